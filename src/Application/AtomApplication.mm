@@ -1,0 +1,3 @@
+#include "Application/AtomApplication.h"
+
+void TsInstallApplicationPatch() {}

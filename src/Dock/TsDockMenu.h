@@ -1,0 +1,4 @@
+#pragma once
+
+// Gives the host application's delegate the Dock menu.
+void TsInstallDockMenuPatch();

@@ -1,0 +1,3 @@
+#include "Dock/TsDockMenu.h"
+
+void TsInstallDockMenuPatch() {}

@@ -1,0 +1,3 @@
+#include "Reachability/TsReachability.h"
+
+void TsStartReachabilityMonitoring(std::function<void(bool connected)>) {}

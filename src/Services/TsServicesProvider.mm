@@ -1,0 +1,3 @@
+#include "Services/TsServicesProvider.h"
+
+void TsRegisterServicesProvider(NSApplication*) {}

@@ -1,0 +1,5 @@
+#include "StatusItem/TsStatusItemController.h"
+
+void TsActivateStatusItem() {}
+
+void TsListenForStatusItemMenuNeedsUpdate() {}

@@ -1,0 +1,179 @@
+#include "TessaroNative/FunctionTable.h"
+
+#include <array>
+#include <utility>
+
+#include "TessaroNative/Dispatch.h"
+#include "TessaroNative/Handlers.h"
+
+namespace {
+
+constexpr char kTableFile[] = __FILE__;
+
+#define LANDED(name) #name, name, #name
+// The capability behind the name is still missing: callers get a warning in the log and the "nothing" result.
+#define PENDING(name) #name, nullptr, #name
+
+using enum Nothing;
+using enum Needs;
+
+// clang-format off
+constexpr ScriptFunction kFunctions[] = {
+    {LANDED(loadFScript), Undefined, Foundation, {}},
+    {LANDED(setCurrentURL), Null, Bridge, {}},
+    {LANDED(setCurrentStateCallbackFunction), Null, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {LANDED(getBundlePath), EmptyText, Foundation, {}},
+    {LANDED(getPreferredLanguages), EmptyText, Foundation, {}},
+    {PENDING(getPasswordForAccount), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(setPasswordForAccount), Undefined, Foundation, {Either(2, 3)}},
+    {PENDING(removePasswordForAccount), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(removeAllPasswords), Undefined, Foundation, {}},
+    {PENDING(deliverUserNotification), Undefined, Foundation,
+     {Exactly(10), Arg(0).IsString(), Arg(1).IsStringOrNullOrUndefined(), Arg(2).IsStringOrNullOrUndefined(),
+      Arg(3).IsStringOrNullOrUndefined(), Arg(4).IsStringOrNullOrUndefined(), Arg(6).IsStringOrNullOrUndefined(),
+      Arg(8).IsStringOrNullOrUndefined()}},
+    {PENDING(removeUserNotifications), Undefined, Foundation, {}},
+    {PENDING(removeUserNotification), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {LANDED(setNotificationCallbackFunction), Undefined, Bridge, {}},
+    {PENDING(getSoundNames), EmptyArray, Foundation, {}},
+    {PENDING(playSoundWithName), False, Foundation, {}},
+    {PENDING(addToolbarToWindow), Undefined, WindowServer,
+     {Exactly(3), Arg(0).IsObject(), Arg(1).IsInt32(), Arg(2).IsString()}},
+    {LANDED(setToolbarCallbackFunctions), Undefined, Bridge, {Exactly(3)}},
+    {PENDING(reenableWindowUpdates), Undefined, WindowServer, {}},
+    {LANDED(setWindowNotificationCallbackFunction), Undefined, Bridge, {}},
+    {PENDING(hasMainWindow), False, WindowServer, {Exactly(0)}},
+    {PENDING(hasKeyWindow), False, WindowServer, {Exactly(0)}},
+    {PENDING(hasSheets), False, WindowServer, {Exactly(1), Arg(0).IsObject()}},
+    {PENDING(closeMainWindow), Undefined, WindowServer, {Exactly(0)}},
+    {PENDING(closeKeyWindow), Undefined, WindowServer, {Exactly(0)}},
+    {PENDING(hideWindowContent), Undefined, WindowServer, {Exactly(2), Arg(0).IsObject(), Arg(1).IsInt32()}},
+    {PENDING(validateToolbarItems), Undefined, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(selectToolbarItem), Undefined, WindowServer, {Exactly(2), Arg(0).IsInt32(), Arg(1).IsString()}},
+    {PENDING(toggleToolbarVisibility), Undefined, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(isToolbarVisible), False, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(customizeToolbar), Undefined, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(changeImageOfToolbarItem), Undefined, WindowServer,
+     {Exactly(3), Arg(0).IsInt32(), Arg(1).IsString(), Arg(2).IsString()}},
+    {PENDING(showAddTabButton), Undefined, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(hideAddTabButton), Undefined, WindowServer, {Exactly(1), Arg(0).IsInt32()}},
+    {PENDING(updateMainMenuMenuItem), Zero, WindowServer, {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},
+    {PENDING(updateMainMenuMenuItemWithCommandId), Zero, WindowServer,
+     {Exactly(2), Arg(0).IsInt32(), Arg(1).IsString()}},
+    {PENDING(isWebImagePath), Zero, Foundation, {Arg(0).IsString()}},
+    {PENDING(scaleImage), Null, Foundation,
+     {Arg(0).IsString(), Arg(1).IsString(), Arg(2).IsInt32(), Arg(3).IsInt32()}},
+    {PENDING(saveGeneralPasteboard), False, Foundation, {}},
+    {PENDING(restoreGeneralPasteboard), False, Foundation, {}},
+    {PENDING(writeFileContentsToGeneralPasteboard), False, Foundation, {Arg(0).IsString()}},
+    {PENDING(getValueOfPasteboardType), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(doesPasteboardContainImage), Zero, Foundation, {Exactly(0)}},
+    {PENDING(dropFiles), False, WindowServer, {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsString()}},
+    {LANDED(setDragAndDropCallbackFunction), Undefined, Bridge, {}},
+    {LANDED(setKeyboardModifierKeysCallbackFunction), Undefined, Bridge, {}},
+    {PENDING(openSupportAndFeedbackWindow), Undefined, WindowServer,
+     {Exactly(5), Arg(0).IsString(), Arg(1).IsString(), Arg(2).IsStringOrNull(), Arg(3).IsStringOrNull(),
+      Arg(4).IsStringOrNull()}},
+    {PENDING(attachFilesToSupportAndFeedbackWindow), Undefined, WindowServer, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(annotateImage), Undefined, WindowServer, {Exactly(2), Arg(0).IsString()}},
+    {PENDING(imageFromPasteboard), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(takeScreenRecording), Undefined, WindowServer, {Exactly(2), Arg(0).IsString()}},
+    {PENDING(setupCrashReporter), Undefined, Foundation, {Exactly(0)}},
+    {PENDING(testCrash), Undefined, Foundation, {}},
+    {PENDING(checkForUpdates), Undefined, Foundation, {Exactly(2), Arg(0).IsBoolean(), Arg(1).IsBoolean()}},
+    {LANDED(setAppcastParameterCallback), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {PENDING(fetchAppcast), Undefined, Foundation, {Exactly(0)}},
+    {LANDED(setQueryWindowTraitCallbackFunction), Undefined, Bridge, {Exactly(1)}},
+    {"getFindStringFromPasteboard", nullptr, "getFindTextFromPasteboard", Null, Foundation, {}},
+    {"setFindStringToPasteboard", nullptr, "getFindStringFromPasteboard", Undefined, Foundation, {Exactly(1)}},
+    {PENDING(applicationsForFileExtension), Null, Foundation, {Exactly(3)}},
+    {PENDING(applicationsForScheme), Undefined, Foundation, {Exactly(3)}},
+    {PENDING(bundleId), Null, Foundation, {Exactly(0)}},
+    {PENDING(defaultApplicationForScheme), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(setDefaultApplicationForScheme), Zero, Foundation, {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},
+    {PENDING(iconForFileExtension), Undefined, Foundation,
+     {Exactly(3), Arg(0).IsString(), Arg(1).IsInt32(), Arg(2).IsString()}},
+    {PENDING(openFile), Zero, Foundation, {Exactly(3)}},
+    {PENDING(openInfoForFile), Undefined, Foundation, {Exactly(1)}},
+    {PENDING(quickLook), Undefined, WindowServer,
+     {Exactly(4), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsInt32(), Arg(3).IsFunction()}},
+    {PENDING(shareFiles), Undefined, WindowServer,
+     {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsString()}},
+    {PENDING(generatePreview), Undefined, Foundation,
+     {Exactly(4), Arg(0).IsString(), Arg(1).IsInt32(), Arg(2).IsString(), Arg(3).IsFunction()}},
+    {PENDING(isApplicationInstalled), False, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(iconForApplication), Undefined, Foundation,
+     {Exactly(3), Arg(0).IsString(), Arg(1).IsInt32(), Arg(2).IsString()}},
+    {PENDING(applicationName), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(importIntoApplication), Undefined, Foundation, {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},
+    {PENDING(printPath), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(clipPage), Undefined, Foundation, {Exactly(2), Arg(0).IsString(), Arg(1).IsObject()}},
+    {PENDING(installedClipperApps), Null, Foundation, {Exactly(0)}},
+    {LANDED(setSearchServiceCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {LANDED(setComposeOutgoingMessageCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {LANDED(setNetworkReachabilityCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {PENDING(isNetworkReachable), False, Foundation, {Exactly(0)}},
+    {PENDING(setUserDefault), Undefined, Foundation, {Exactly(2), Arg(0).IsString()}},
+    {PENDING(getUserDefault), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(removeUserDefault), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(synchronizeUserDefaults), Undefined, Foundation, {Exactly(0)}},
+    {PENDING(getStartAtLogin), False, Foundation, {Exactly(0)}},
+    {PENDING(migrateStartAtLogin), Undefined, Foundation, {Exactly(0)}},
+    {PENDING(setStartAtLogin), False, Foundation, {Exactly(1), Arg(0).IsBoolean()}},
+    {PENDING(setStatusItemTitle), Undefined, WindowServer,
+     {Exactly(2), Arg(0).IsStringOrNull(), Arg(1).IsBooleanOrNull()}},
+    {LANDED(setStatusItemMenuNeedsUpdateCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
+    {PENDING(setupMenuWillShowNotification), Undefined, WindowServer, {Exactly(0)}},
+    {PENDING(getBuildNumber), Null, Foundation, {Exactly(0)}},
+    {PENDING(getReleaseString), EmptyText, Foundation, {Exactly(0)}},
+    {PENDING(pickEmailAddresses), Undefined, WindowServer, {Exactly(2), Arg(0).IsObject(), Arg(1).IsString()}},
+    {PENDING(recipientsForGroupName), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(hasPreviousVersion), False, Foundation, {Exactly(0)}},
+    {PENDING(getMigrationInfo), Null, Foundation, {Exactly(1), Arg(0).IsStringOrNullOrUndefined()}},
+    {PENDING(getTextReplacements), Null, Foundation, {}},
+    {PENDING(startMonitoringKeyboardShortcuts), Undefined, WindowServer, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(stopMonitoringKeyboardShortcuts), Undefined, WindowServer, {Exactly(0)}},
+    {PENDING(bindGlobalShortcutWithDefaultsKey), Undefined, WindowServer, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(globalShortcutDescriptionForDefaultsKey), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
+    {PENDING(modifierKeys), Null, WindowServer, {Exactly(0)}},
+    {PENDING(uninstallPDFServices), Undefined, Foundation, {Exactly(0)}},
+    {PENDING(showFileDialog), Undefined, WindowServer,
+     {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsFunction()}},
+    {PENDING(registerAppleEventForTimingApp), Undefined, Foundation, {Exactly(1), Arg(0).IsFunction()}},
+    {"createRequest", nullptr, "TsCreateRequest", Null, Foundation, {AtLeast(1), Arg(0).IsString()}},
+    {"isAppHidden", nullptr, "TsIsAppHidden", False, WindowServer, {}},
+    {"writeFile", nullptr, "TsWriteFile", Undefined, Foundation,
+     {Exactly(3), Arg(0).IsString(), Arg(1).IsObject(), Arg(2).IsBoolean()}},
+    {"performService", nullptr, "TsPerformService", Undefined, Foundation,
+     {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},
+    {"resizeWindowContent", nullptr, "TsResizeWindowContent", Undefined, WindowServer,
+     {Exactly(3), Arg(0).IsObject(), Arg(1).IsInt32(), Arg(2).IsInt32()}},
+    {LANDED(isDarkMode), False, Bridge, {Exactly(0)}},
+    {LANDED(macOSVersion), Undefined, Foundation, {Exactly(0)}},
+};
+// clang-format on
+
+#undef LANDED
+#undef PENDING
+
+// The engine gives a native callback no cheap way to know its own row, so each row has an instance of its own.
+template <std::size_t row>
+void Enter(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  Dispatch(kTableFile, kFunctions[row], args);
+}
+
+template <std::size_t... rows>
+constexpr std::array<ScriptHandler, sizeof...(rows)> Entrances(std::index_sequence<rows...>) {
+  return {Enter<rows>...};
+}
+
+}  // namespace
+
+std::span<const ScriptFunction> FunctionTable() { return kFunctions; }
+
+void RegisterFunctions(v8::Local<v8::Object> exports) {
+  static constexpr auto kEntrances = Entrances(std::make_index_sequence<std::size(kFunctions)>());
+  for (std::size_t row = 0; row < kEntrances.size(); ++row) {
+    NODE_SET_METHOD(exports, kFunctions[row].name, kEntrances[row]);
+  }
+}

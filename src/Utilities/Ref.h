@@ -1,0 +1,53 @@
+#pragma once
+
+#import <Foundation/NSObject.h>
+
+#include <type_traits>
+#include <utility>
+
+// Owner of one reference to an Objective-C object: retains on copy, releases at the end of its life.
+// Make one with Retain() from an object somebody else owns, or with Adopt() from one returned at +1 (alloc, new, copy).
+template <typename T>
+class Ref {
+ public:
+  Ref() = default;
+  Ref(std::nullptr_t) {}
+  Ref(const Ref& other) : object_([other.object_ retain]) {}
+  Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
+  ~Ref() { [object_ release]; }
+
+  Ref& operator=(Ref other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+
+  [[nodiscard]] T* get() const { return object_; }
+  operator T*() const { return object_; }
+  explicit operator bool() const { return object_ != nil; }
+
+  // Gives the reference up: the caller must release it, or hand it on as a +1 result.
+  [[nodiscard]] T* Leak() { return std::exchange(object_, nil); }
+
+  // The object, released with the current autorelease pool: what a Cocoa method returns.
+  [[nodiscard]] T* Autoreleased() { return [Leak() autorelease]; }
+
+ private:
+  template <typename U>
+  friend Ref<U> Adopt(U* object);
+  template <typename U>
+  friend Ref<U> Retain(U* object);
+
+  explicit Ref(T* owned) : object_(owned) {}
+
+  T* object_ = nil;
+};
+
+template <typename T>
+[[nodiscard]] Ref<T> Adopt(T* object) {
+  return Ref<T>(object);
+}
+
+template <typename T>
+[[nodiscard]] Ref<T> Retain(T* object) {
+  return Ref<T>([object retain]);
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#import <Foundation/NSString.h>
+
+#include <initializer_list>
+#include <memory>
+#include <variant>
+
+namespace v8 {
+template <class T>
+class Local;
+class Value;
+}  // namespace v8
+
+// A native object that script receives as an opaque handle (a Buffer of 8 bytes).
+struct TsObjectHandle {
+  id object = nil;
+};
+
+// What native code can pass to a script function. A nil string arrives as null.
+using TsScriptArgument = std::variant<NSString*, bool, TsObjectHandle>;
+
+// Holds one script function for native events to call. Empty at first; never cleared from script, only replaced.
+//
+// Main thread only. Calling an empty slot does nothing, but callers that would have to prepare arguments ask IsSet()
+// first. What the function throws is left to the engine: it reaches the script that is running, or, when native code
+// was called by nobody, the process's handling of uncaught exceptions. Promise reactions and next-tick callbacks of
+// a function called from the event loop have run when the call returns.
+class TsCallbackSlot {
+ public:
+  TsCallbackSlot();
+  ~TsCallbackSlot();
+  TsCallbackSlot(const TsCallbackSlot&) = delete;
+  TsCallbackSlot& operator=(const TsCallbackSlot&) = delete;
+
+  [[nodiscard]] bool IsSet() const;
+
+  // Keeps any value: one that is not a function fails inside the engine when the slot is called.
+  // An empty handle empties the slot.
+  void Set(v8::Local<v8::Value> function);
+
+  void Call(std::initializer_list<TsScriptArgument> arguments) const;
+
+  // The function's result as convertToNSString() gives it; nil also when the slot is empty or the function threw.
+  [[nodiscard]] NSString* CallForString(std::initializer_list<TsScriptArgument> arguments) const;
+
+ private:
+  struct Function;
+  std::unique_ptr<Function> function_;
+};
+
+// Every slot of the module.
+struct TsCallbackSlots {
+  static TsCallbackSlots& Shared();
+
+  TsCallbackSlot currentState;
+  TsCallbackSlot composeOutgoingMessage;
+  TsCallbackSlot searchService;
+  TsCallbackSlot reachability;
+  TsCallbackSlot windowNotification;
+  TsCallbackSlot queryWindowTrait;
+  TsCallbackSlot dragAndDrop;
+  TsCallbackSlot keyboardModifierKeys;
+  TsCallbackSlot notificationActivation;
+  TsCallbackSlot statusItemMenuNeedsUpdate;
+  TsCallbackSlot appcastParameter;
+  TsCallbackSlot toolbarValidation;
+  TsCallbackSlot toolbarAction;
+  TsCallbackSlot toolbarAddTab;
+
+  // Lets go of every function at the end of the script environment.
+  void Clear();
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+
+// The flag of a message; a message has exactly one.
+enum class TsLogFlag : std::uint32_t { Error = 1, Warning = 2, Info = 4, Debug = 8 };
+
+// Every message is logged at this level: all flags pass.
+inline constexpr std::uint32_t kTsLogLevelAll = 31;
+
+struct TsLogMessage {
+  std::string_view text;  // UTF-8, valid only during the call
+  TsLogFlag flag = TsLogFlag::Info;
+  std::uint32_t level = kTsLogLevelAll;
+  std::int32_t context = 0;
+  const char* file = "";      // source file, relative to the project; lives as long as the process
+  const char* function = "";  // full signature; lives as long as the process
+  std::int32_t line = 0;
+  std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
+};
+
+// A destination of log messages. Both functions run on the logging thread, one call at a time.
+class TsLogger {
+ public:
+  virtual ~TsLogger() = default;
+  virtual void Log(const TsLogMessage& message) noexcept = 0;
+  virtual void Flush() noexcept {}
+};
+
+// Hands messages to all loggers, in the order in which they were logged. A message flagged as an error has reached
+// every logger when Log() returns; the others are written asynchronously. Thread-safe; nothing throws.
+class TsLogFacility {
+ public:
+  static TsLogFacility& Shared();
+
+  void AddLogger(std::shared_ptr<TsLogger> logger) noexcept;
+  void RemoveLogger(const std::shared_ptr<TsLogger>& logger) noexcept;
+
+  // Coloured lines on the terminal that standard error is connected to. Where it is not a terminal nothing is
+  // written, unless the environment says TESSARO_NATIVE_LOG=stderr: programs that read our standard error must not
+  // find our log in it.
+  void AddTerminalLogger() noexcept;
+
+  // One file a day below `directory` (created when missing), of which only the newest is kept.
+  // False when the file cannot be written; the facility then goes on without it.
+  bool AddDailyFileLogger(const std::filesystem::path& directory) noexcept;
+
+  void Log(const TsLogMessage& message) noexcept;
+
+  // Returns when everything logged so far has been written.
+  void Flush() noexcept;
+
+  ~TsLogFacility();
+
+ private:
+  TsLogFacility();
+
+  class Pipeline;
+  std::unique_ptr<Pipeline> pipeline_;
+};

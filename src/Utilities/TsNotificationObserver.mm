@@ -1,0 +1,38 @@
+#include "Utilities/TsNotificationObserver.h"
+
+#import <Foundation/Foundation.h>
+
+#include "Platform/MainQueue.h"
+#include "Utilities/Ref.h"
+
+@interface TsNotificationObserver : NSObject {
+  std::function<void(NSNotification*)> _handler;
+}
+- (instancetype)initWithHandler:(std::function<void(NSNotification*)>)handler;
+- (void)receive:(NSNotification*)notification;
+@end
+
+@implementation TsNotificationObserver
+
+- (instancetype)initWithHandler:(std::function<void(NSNotification*)>)handler {
+  self = [super init];
+  if (self) _handler = std::move(handler);
+  return self;
+}
+
+- (void)receive:(NSNotification*)notification {
+  auto& queue = tessaro::platform::MainQueue::Shared();
+  if (queue.IsCurrent()) return _handler(notification);
+  queue.Post([self, kept = Retain(notification)] { _handler(kept); });
+}
+
+@end
+
+void TsObserveOnMainQueue(NSString* name, std::function<void(NSNotification*)> handler) {
+  // The notification centre does not retain its observers; this one stays for the life of the process.
+  auto observer = Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]);
+  [[NSNotificationCenter defaultCenter] addObserver:observer.Leak()
+                                           selector:@selector(receive:)
+                                               name:name
+                                             object:nil];
+}

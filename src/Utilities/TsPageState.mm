@@ -1,0 +1,38 @@
+#include "Utilities/TsPageState.h"
+
+#include "Utilities/Ref.h"
+#include "Utilities/TsCallbackSlot.h"
+
+namespace {
+
+struct PageState {
+  Ref<NSString> url;
+  Ref<NSString> webURL;
+  Ref<NSString> title;
+};
+
+PageState& Page() {
+  static PageState page;
+  return page;
+}
+
+Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
+
+// The caller may go on using the text after the page has changed.
+NSString* Autoreleased(Ref<NSString> text) { return text.Autoreleased(); }
+
+}  // namespace
+
+void SetCurrentURL(NSString* url, NSString* webURL, NSString* title) {
+  Page() = {.url = Copy(url), .webURL = Copy(webURL), .title = Copy(title)};
+}
+
+NSString* GetCurrentURL() { return Autoreleased(Page().url); }
+
+NSString* GetCurrentWebURL() { return Autoreleased(Page().webURL); }
+
+NSString* GetCurrentTitle() { return Autoreleased(Page().title); }
+
+NSString* GetCurrentMessageText() {
+  return TsCallbackSlots::Shared().currentState.CallForString({@"current-message-text"});
+}

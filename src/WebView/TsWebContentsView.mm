@@ -1,0 +1,3 @@
+#include "WebView/TsWebContentsView.h"
+
+void TsInstallWebContentsViewPatch() {}

@@ -1,0 +1,5 @@
+#include "Window/WindowUtils.h"
+
+void TsInstallDelegateMethods() {}
+
+void TsListenForWindowNotifications() {}
