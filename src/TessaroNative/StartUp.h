@@ -23,8 +23,12 @@ struct StartUpStep {
 // 1 when the process runs translated, 0 when it runs natively, -1 when the system would not say.
 [[nodiscard]] int IsRunningInsideRosetta2();
 
+// The same from what the kernel variable "sysctl.proc_translated" gave: its value, or the error of reading it.
+[[nodiscard]] int TsTranslationState(int value, int error);
+
 // Sets the user default "DisableGPU" unless the process is known to run natively.
 void TsDisableGPUIfNeeded();
+void TsDisableGPUUnlessNative(int insideRosetta2);
 
 void TsSetupLogging();
 void TsDisableNativeTabs();

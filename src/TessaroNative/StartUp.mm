@@ -157,13 +157,19 @@ void TsSetupLogging() {
 
 int IsRunningInsideRosetta2() {
   const auto translated = platform::ReadKernelVariable("sysctl.proc_translated");
-  if (translated.error == 0) return translated.value;
-  return translated.error == ENOENT ? 0 : -1;
+  return TsTranslationState(translated.value, translated.error);
 }
 
-void TsDisableGPUIfNeeded() {
+int TsTranslationState(int value, int error) {
+  if (error == 0) return value;
+  return error == ENOENT ? 0 : -1;
+}
+
+void TsDisableGPUIfNeeded() { TsDisableGPUUnlessNative(IsRunningInsideRosetta2()); }
+
+void TsDisableGPUUnlessNative(int insideRosetta2) {
   // An unknown answer counts as translated: software rendering is slow, a broken window is worse.
-  if (IsRunningInsideRosetta2() == 0) {
+  if (insideRosetta2 == 0) {
     TsLogInfo(@"Process is running natively, keeping DisableGPU unchanged");
     return;
   }

@@ -1,0 +1,470 @@
+/// <reference types="node" />
+
+/**
+ * TessaroNative: what a mail client's main process needs of the desktop and script can't do by itself.
+ *
+ * Every function is called on the main thread. Arguments are a contract: a call that breaks it ends the process with
+ * an assertion that names the condition. Nothing is thrown; what fails is logged and told by the result. Where the
+ * desktop can't offer something, the result is the one that says "nothing": `null`, `undefined`, `false`, 0 or empty.
+ *
+ * Functions marked _not available yet_ check their contract, log a warning and answer "nothing".
+ */
+
+/** An opaque reference to a native window: a Buffer of 8 bytes. Pass it back unchanged, never after the window's end. */
+export type WindowHandle = Buffer;
+
+/** A text that holds JSON. Arrays and dictionaries always cross the boundary this way. */
+export type JSONText = string;
+
+/** A platform truth value. */
+export type Truth = 0 | 1;
+
+type Text = string | null | undefined;
+
+// ---- Module core
+
+/** Loads the FScript object browser, if it is installed, and adds its menu. For developers. */
+export function loadFScript(): void;
+
+/**
+ * Says which page is shown: its own URL, its URL on the web and its title. Other applications' scripting and the drag
+ * of a window's title use them. Any value is taken by its string form; missing ones are forgotten.
+ */
+export function setCurrentURL(url?: unknown, webURL?: unknown, title?: unknown): null;
+
+/**
+ * Sets the function that native code asks about the page.
+ * @param callback Called with `"current-message-text"`; returns that text, or nothing when there is no message.
+ */
+export function setCurrentStateCallbackFunction(callback: (question: 'current-message-text') => Text): null;
+
+/** Path of the application's main bundle. */
+export function getBundlePath(): string;
+
+/** The user's languages in order of preference, as a JSON array of BCP 47 identifiers. */
+export function getPreferredLanguages(): JSONText;
+
+/** Whether the desktop's appearance is dark. */
+export function isDarkMode(): boolean;
+
+/** Version of the operating system: a macOS version, or the Linux distribution's own number. */
+export function macOSVersion(): string | undefined;
+
+// ---- Keychain
+
+/** _Not available yet._ The stored password as JSON: `{"ok?", "password", "error"}`. */
+export function getPasswordForAccount(account: string): JSONText | undefined;
+
+/** _Not available yet._ */
+export function setPasswordForAccount(password: unknown, account: unknown, ignored?: unknown): JSONText | undefined;
+
+/** _Not available yet._ */
+export function removePasswordForAccount(account: string): void;
+
+/** _Not available yet._ */
+export function removeAllPasswords(): void;
+
+// ---- User notifications and sounds
+
+/**
+ * _Not available yet._
+ * @param deliverAt Seconds since 1970 as text; missing: at once.
+ */
+export function deliverUserNotification(
+  identifier: string,
+  title: Text,
+  subtitle: Text,
+  informativeText: Text,
+  soundName: Text,
+  hasReplyButton: unknown,
+  responsePlaceholder: Text,
+  hasActionButton: unknown,
+  actionButtonTitle: Text,
+  deliverAt: unknown,
+): void;
+
+/** _Not available yet._ */
+export function removeUserNotifications(): void;
+
+/** _Not available yet._ */
+export function removeUserNotification(identifier: string): void;
+
+/**
+ * Sets the function that learns what the user did with an alert. Any value is kept; one that is not a function fails
+ * when an alert is used.
+ */
+export function setNotificationCallbackFunction(
+  callback?: (identifier: string, type: string, response: string | null) => void,
+): void;
+
+/** _Not available yet._ */
+export function getSoundNames(): string[];
+
+/** _Not available yet._ */
+export function playSoundWithName(name?: unknown): boolean;
+
+// ---- Windows and toolbar
+
+/** _Not available yet._ */
+export function addToolbarToWindow(window: WindowHandle, windowId: number, definition: JSONText): void;
+
+/** Sets the three functions of all toolbars; each replaces the earlier one. */
+export function setToolbarCallbackFunctions(
+  validation: (windowId: number, itemIdentifier: string) => boolean,
+  action: (windowId: number, itemIdentifier: string) => void,
+  addTab: (windowId: number) => void,
+): void;
+
+/** Does nothing; kept for callers of earlier versions. */
+export function reenableWindowUpdates(): void;
+
+/**
+ * Sets the function that learns of window events. Any value is kept; one that is not a function fails when an event
+ * comes.
+ */
+export function setWindowNotificationCallbackFunction(callback?: (event: string, window: WindowHandle) => void): void;
+
+/** _Not available yet._ */
+export function hasMainWindow(): boolean;
+
+/** _Not available yet._ */
+export function hasKeyWindow(): boolean;
+
+/** _Not available yet._ */
+export function hasSheets(window: WindowHandle): boolean;
+
+/** _Not available yet._ */
+export function closeMainWindow(): void;
+
+/** _Not available yet._ */
+export function closeKeyWindow(): void;
+
+/** _Not available yet._ @param duration In milliseconds. */
+export function hideWindowContent(window: WindowHandle, duration: number): void;
+
+/** _Not available yet._ */
+export function validateToolbarItems(windowId: number): void;
+
+/** _Not available yet._ */
+export function selectToolbarItem(windowId: number, itemIdentifier: string): void;
+
+/** _Not available yet._ */
+export function toggleToolbarVisibility(windowId: number): void;
+
+/** _Not available yet._ */
+export function isToolbarVisible(windowId: number): boolean;
+
+/** _Not available yet._ */
+export function customizeToolbar(windowId: number): void;
+
+/** _Not available yet._ */
+export function changeImageOfToolbarItem(windowId: number, itemIdentifier: string, imageName: string): void;
+
+/** _Not available yet._ */
+export function showAddTabButton(windowId: number): void;
+
+/** _Not available yet._ */
+export function hideAddTabButton(windowId: number): void;
+
+/** Keeps a function of which the module makes no use. */
+export function setQueryWindowTraitCallbackFunction(callback: unknown): void;
+
+/** _Not available yet._ Sizes in points. */
+export function resizeWindowContent(window: WindowHandle, width: number, height: number): void;
+
+// ---- Main menu and keyboard
+
+/** _Not available yet._ */
+export function updateMainMenuMenuItem(navigationPath: JSONText, attributes: JSONText): Truth;
+
+/** _Not available yet._ */
+export function updateMainMenuMenuItemWithCommandId(commandId: number, attributes: JSONText): Truth;
+
+/** _Not available yet._ */
+export function setupMenuWillShowNotification(): void;
+
+/**
+ * Sets the function that learns of changes of the modifier keys. Any value is kept; one that is not a function fails
+ * when a key changes.
+ */
+export function setKeyboardModifierKeysCallbackFunction(
+  callback?: (
+    functionKey: boolean,
+    control: boolean,
+    option: boolean,
+    command: boolean,
+    shift: boolean,
+    capsLock: boolean,
+    help: boolean,
+    numericPad: boolean,
+  ) => void,
+): void;
+
+/** _Not available yet._ State of the modifier keys in the current event, as JSON. */
+export function modifierKeys(): JSONText | null;
+
+/** _Not available yet._ */
+export function isAppHidden(): boolean;
+
+// ---- Drag and drop, pasteboard
+
+/** _Not available yet._ */
+export function dropFiles(window: WindowHandle, point: JSONText, paths: JSONText): unknown;
+
+/**
+ * Sets the function that learns of drags. Any value is kept; one that is not a function fails when a drag comes.
+ */
+export function setDragAndDropCallbackFunction(
+  callback?: (event: string, window: WindowHandle, paths: JSONText) => unknown,
+): void;
+
+/** _Not available yet._ */
+export function saveGeneralPasteboard(): boolean;
+
+/** _Not available yet._ */
+export function restoreGeneralPasteboard(): boolean;
+
+/** _Not available yet._ */
+export function writeFileContentsToGeneralPasteboard(path: string): boolean;
+
+/** _Not available yet._ */
+export function getValueOfPasteboardType(type: string): JSONText | null;
+
+/** _Not available yet._ */
+export function doesPasteboardContainImage(): Truth;
+
+/** _Not available yet._ */
+export function imageFromPasteboard(targetDirectory: string): string | null;
+
+/** _Not available yet._ */
+export function getFindStringFromPasteboard(): string | null;
+
+/** _Not available yet._ */
+export function setFindStringToPasteboard(text: unknown): void;
+
+// ---- Images, previews, sharing, files, dialogs
+
+/** _Not available yet._ */
+export function isWebImagePath(path: string): Truth;
+
+/** _Not available yet._ Sizes in pixels. */
+export function scaleImage(path: string, targetPath: string, width: number, height: number): string | null;
+
+/** _Not available yet._ */
+export function annotateImage(path: string, callback: unknown): void;
+
+/** _Not available yet._ */
+export function takeScreenRecording(path: string, callback: unknown): void;
+
+/** _Not available yet._ */
+export function quickLook(
+  window: WindowHandle,
+  paths: JSONText,
+  index: number,
+  callback: (...values: unknown[]) => void,
+): void;
+
+/** _Not available yet._ */
+export function shareFiles(window: WindowHandle, paths: JSONText, rectangle: JSONText): void;
+
+/** _Not available yet._ */
+export function generatePreview(
+  path: string,
+  size: number,
+  targetPath: string,
+  callback: (...values: unknown[]) => void,
+): void;
+
+/** _Not available yet._ */
+export function showFileDialog(
+  window: WindowHandle,
+  options: JSONText,
+  callback: (...values: unknown[]) => void,
+): void;
+
+/** _Not available yet._ */
+export function writeFile(path: string, content: object, append: boolean): string | undefined;
+
+/** _Not available yet._ */
+export function openSupportAndFeedbackWindow(
+  name: string,
+  email: string,
+  subject: string | null,
+  message: string | null,
+  attachments: string | null,
+): void;
+
+/** _Not available yet._ */
+export function attachFilesToSupportAndFeedbackWindow(paths: JSONText): void;
+
+// ---- Applications and default handlers
+
+/** _Not available yet._ @param imageSize In pixels. */
+export function applicationsForFileExtension(
+  extension: unknown,
+  imageSize: unknown,
+  targetDirectory: unknown,
+): JSONText | null;
+
+/** _Not available yet._ @param imageSize In pixels. */
+export function applicationsForScheme(
+  scheme: unknown,
+  imageSize: unknown,
+  targetDirectory: unknown,
+): JSONText | undefined;
+
+/** _Not available yet._ */
+export function bundleId(): string | null;
+
+/** _Not available yet._ */
+export function defaultApplicationForScheme(scheme: string): string | undefined;
+
+/** _Not available yet._ */
+export function setDefaultApplicationForScheme(bundleIdentifier: string, scheme: string): number;
+
+/** _Not available yet._ @param size In pixels. */
+export function iconForFileExtension(extension: string, size: number, targetDirectory: string): string | undefined;
+
+/** _Not available yet._ */
+export function openFile(path: unknown, applicationPath: unknown, deactivate: unknown): Truth;
+
+/** _Not available yet._ */
+export function openInfoForFile(path: unknown): void;
+
+/** _Not available yet._ */
+export function isApplicationInstalled(bundleIdentifier: string): boolean;
+
+/** _Not available yet._ @param size In pixels. */
+export function iconForApplication(bundleIdentifier: string, size: number, targetDirectory: string): string | undefined;
+
+/** _Not available yet._ */
+export function applicationName(bundleIdentifier: string): string | null;
+
+// ---- Clipping and importing into other applications
+
+/** _Not available yet._ */
+export function importIntoApplication(bundleIdentifier: string, path: string): void;
+
+/** _Not available yet._ */
+export function printPath(path: string): void;
+
+/** _Not available yet._ */
+export function clipPage(application: string, page: object): void;
+
+/** _Not available yet._ */
+export function installedClipperApps(): JSONText | null;
+
+/** _Not available yet._ */
+export function registerAppleEventForTimingApp(callback: (...values: unknown[]) => unknown): void;
+
+/** _Not available yet._ */
+export function uninstallPDFServices(): void;
+
+// ---- Mail composition from other applications, contacts
+
+/** Sets the function that receives the text another application wants to be searched for. */
+export function setSearchServiceCallbackFunction(callback: (text: string) => void): void;
+
+/** Sets the function that receives the messages other applications compose. */
+export function setComposeOutgoingMessageCallbackFunction(
+  callback: (message: JSONText, options: JSONText) => void,
+): void;
+
+/** _Not available yet._ */
+export function performService(name: string, text: string): void;
+
+/** _Not available yet._ */
+export function pickEmailAddresses(window: WindowHandle, options: JSONText): void;
+
+/** _Not available yet._ */
+export function recipientsForGroupName(name: string): JSONText | null;
+
+// ---- Network
+
+/** Sets the function that learns when the internet connection comes and goes. */
+export function setNetworkReachabilityCallbackFunction(callback: (isConnected: boolean) => void): void;
+
+/** _Not available yet._ */
+export function isNetworkReachable(): boolean;
+
+/** _Not available yet._ */
+export function createRequest(url: string, options?: object): object | null;
+
+// ---- User defaults, start at login
+
+/** _Not available yet._ */
+export function setUserDefault(key: string, value: unknown): void;
+
+/** _Not available yet._ */
+export function getUserDefault(key: string): string | boolean | number | null;
+
+/** _Not available yet._ */
+export function removeUserDefault(key: string): void;
+
+/** _Not available yet._ */
+export function synchronizeUserDefaults(): void;
+
+/** _Not available yet._ */
+export function getStartAtLogin(): boolean;
+
+/** _Not available yet._ */
+export function migrateStartAtLogin(): void;
+
+/** _Not available yet._ */
+export function setStartAtLogin(start: boolean): boolean;
+
+/** _Not available yet._ */
+export function getTextReplacements(): JSONText | null;
+
+// ---- Status item
+
+/** _Not available yet._ */
+export function setStatusItemTitle(title: string | null, isInError: boolean | null): void;
+
+/** Sets the function that describes the status item's menu, as JSON, each time it is about to open. */
+export function setStatusItemMenuNeedsUpdateCallbackFunction(
+  callback: (first: unknown, second: unknown) => JSONText,
+): void;
+
+// ---- Updates, crash events, migration
+
+/** _Not available yet._ */
+export function setupCrashReporter(): void;
+
+/** _Not available yet._ Ends the process. */
+export function testCrash(): void;
+
+/** _Not available yet._ */
+export function checkForUpdates(first: boolean, second: boolean): void;
+
+/** Sets the function that adds parameters to each request for the update feed, as a JSON array of dictionaries. */
+export function setAppcastParameterCallback(callback: (isSendingProfile: boolean) => JSONText): void;
+
+/** _Not available yet._ */
+export function fetchAppcast(): void;
+
+/** _Not available yet._ */
+export function getBuildNumber(): string | null;
+
+/** _Not available yet._ */
+export function getReleaseString(): string;
+
+/** _Not available yet._ */
+export function hasPreviousVersion(): boolean;
+
+/** _Not available yet._ */
+export function getMigrationInfo(selection: Text): JSONText | null;
+
+// ---- Global shortcuts
+
+/** _Not available yet._ */
+export function startMonitoringKeyboardShortcuts(defaultsKey: string): void;
+
+/** _Not available yet._ */
+export function stopMonitoringKeyboardShortcuts(): void;
+
+/** _Not available yet._ */
+export function bindGlobalShortcutWithDefaultsKey(defaultsKey: string): void;
+
+/** _Not available yet._ */
+export function globalShortcutDescriptionForDefaultsKey(defaultsKey: string): string | null;

@@ -1,0 +1,106 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { evaluate, runScript, temporaryDirectory } = require('./support/child');
+
+const [error, warning, info, debug] = [1, 2, 4, 8];
+
+test('messages carry level, flag, context and place, and keep their order', async (t) => {
+  const { captured, before } = await evaluate(
+    t,
+    `const { captureLog, capturedLog, stopCapturingLog, log, logFormat, flushLog } = probe();
+     captureLog();
+     for (const flag of [${debug}, ${info}, ${warning}]) log(flag, 'flag ' + flag);
+     logFormat('Grüße\\u0000 😀');
+     log(${error}, 'an error is written before the call returns');
+     const before = capturedLog().length;
+     log(${info}, 'last');
+     flushLog();
+     stopCapturingLog();
+     log(${error}, 'after the logger was removed');
+     console.log(JSON.stringify({ captured: capturedLog(), before }));`,
+  );
+  assert.strictEqual(before, 5);
+  assert.deepStrictEqual(
+    captured.map((message) => [message.flag, message.text]),
+    [
+      [debug, 'flag 8'],
+      [info, 'flag 4'],
+      [warning, 'flag 2'],
+      [warning, 'Grüße\u0000 😀 and 42'],
+      [error, 'an error is written before the call returns'],
+      [info, 'last'],
+    ],
+  );
+  for (const message of captured) {
+    assert.deepStrictEqual([message.level, message.context, message.onCallersThread], [31, 0, false]);
+  }
+  const formatted = captured[3];
+  assert.strictEqual(formatted.file, 'tests/native/CoreProbe.mm');
+  assert.match(formatted.function, /^void \(anonymous namespace\)::logFormat\(ProbeArguments\)$/);
+  assert.ok(formatted.line > 100);
+});
+
+test('the file rolls over after a day, and one file is kept', async (t) => {
+  const logs = temporaryDirectory(t);
+  const stale = path.join(logs, 'TessaroNative_2020-01-01.log');
+  const foreign = path.join(logs, 'other.log');
+  fs.writeFileSync(stale, 'old');
+  fs.writeFileSync(foreign, 'not ours');
+  const days = await evaluate(
+    t,
+    `const { addFileLogger, log, flushLog } = probe();
+     const fs = require('fs');
+     const logs = ${JSON.stringify(logs)};
+     const days = [addFileLogger(logs)];
+     for (const day of [0, 1, 2]) {
+       log(${info}, 'day ' + day, day);
+       flushLog();
+       days.push(fs.readdirSync(logs).filter((name) => name.startsWith('TessaroNative')).map((name) => fs.readFileSync(logs + '/' + name, 'utf8')));
+     }
+     console.log(JSON.stringify(days));`,
+  );
+  assert.strictEqual(days[0], true);
+  [0, 1, 2].forEach((day) => {
+    assert.strictEqual(days[day + 1].length, 1, `one file on day ${day}`);
+    assert.match(days[day + 1][0], new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`));
+  });
+  assert.ok(fs.existsSync(foreign));
+  assert.ok(!fs.existsSync(stale));
+});
+
+test('a folder that cannot be written leaves the module without a file, not without a log', async (t) => {
+  const directory = temporaryDirectory(t);
+  const blocked = path.join(directory, 'file');
+  fs.writeFileSync(blocked, '');
+  const result = await runScript(
+    t,
+    `const { addFileLogger, log } = probe();
+     console.log(addFileLogger(${JSON.stringify(path.join(blocked, 'logs'))}));
+     log(${error}, 'still heard');`,
+    { env: { TESSARO_NATIVE_LOG: 'stderr', XDG_STATE_HOME: blocked } },
+  );
+  assert.deepStrictEqual([result.code, result.stdout], [0, 'false\n']);
+  assert.match(result.stderr, /\[error\] still heard \(tests\/log\.test\.js:1 void log\(\)\)\n$/);
+});
+
+test('everything logged before the process ends is in the file', async (t) => {
+  for (const end of ['', 'process.exit(0);', 'module.getPasswordForAccount();']) {
+    const logs = temporaryDirectory(t);
+    await runScript(
+      t,
+      `const { module, addFileLogger, log } = probe();
+       addFileLogger(${JSON.stringify(logs)});
+       for (let i = 0; i < 20000; ++i) log(${info}, 'message ' + i);
+       ${end}`,
+    );
+    const [file] = fs.readdirSync(logs);
+    const lines = fs.readFileSync(path.join(logs, file), 'utf8').trim().split('\n');
+    assert.strictEqual(lines.filter((line) => /message \d+ /.test(line)).length, 20000, end);
+    assert.match(lines.findLast((line) => line.includes('message ')), /message 19999 /);
+  }
+});

@@ -1,0 +1,335 @@
+#import <Foundation/Foundation.h>
+
+#include <node_buffer.h>
+
+#include <array>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/BackgroundQueue.h"
+#include "Platform/MainQueue.h"
+#include "Probe.h"
+#include "TessaroNative/Dispatch.h"
+#include "TessaroNative/StartUp.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsPageState.h"
+#include "Utilities/TsScriptValues.h"
+#include "Utilities/TsString.h"
+
+namespace {
+
+v8::Local<v8::Value> Text(v8::Isolate* isolate, std::string_view text) {
+  return v8::String::NewFromUtf8(isolate, text.data(), v8::NewStringType::kNormal, static_cast<int>(text.size()))
+      .ToLocalChecked();
+}
+
+v8::Local<v8::Value> TextOrNull(v8::Isolate* isolate, NSString* text) {
+  v8::Local<v8::String> string;
+  if (!ToScriptString(isolate, text).ToLocal(&string)) return v8::Null(isolate);
+  return string;
+}
+
+void Set(v8::Local<v8::Object> object, const char* key, v8::Local<v8::Value> value) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  object->Set(isolate->GetCurrentContext(), Text(isolate, key), value).Check();
+}
+
+template <typename Range, typename Convert>
+v8::Local<v8::Array> List(v8::Isolate* isolate, const Range& range, Convert convert) {
+  const auto list = v8::Array::New(isolate);
+  std::uint32_t index = 0;
+  for (const auto& element : range) {
+    list->Set(isolate->GetCurrentContext(), index++, convert(element)).Check();
+  }
+  return list;
+}
+
+int Integer(v8::Local<v8::Value> value) {
+  return value->Int32Value(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
+}
+
+std::string StdText(v8::Local<v8::Value> value) {
+  const v8::String::Utf8Value utf8(v8::Isolate::GetCurrent(), value);
+  return {*utf8, static_cast<std::size_t>(utf8.length())};
+}
+
+// ---- Values
+
+void echo(ProbeArguments args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  v8::Local<v8::String> result;
+  if (ToScriptString(isolate, TsCopyString(isolate, args[0])).ToLocal(&result)) args.GetReturnValue().Set(result);
+}
+
+void echoAutoreleased(ProbeArguments args) {
+  args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), convertToNSString(args[0])));
+}
+
+// Through a string of Foundation's own making, as Cocoa calls return them.
+void echoForeign(ProbeArguments args) {
+  const std::string text = StdText(args[0]);
+  const auto foreign =
+      Adopt([[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding]);
+  args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), foreign));
+}
+
+void utf8(ProbeArguments args) {
+  const std::string text = TsStdString(convertToNSString(args[0]));
+  args.GetReturnValue().Set(node::Buffer::Copy(args.GetIsolate(), text.data(), text.size()).ToLocalChecked());
+}
+
+void fromUtf8(ProbeArguments args) {
+  const std::string_view bytes(node::Buffer::Data(args[0]), node::Buffer::Length(args[0]));
+  args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), TsNSString(bytes)));
+}
+
+void nothingToDo(ProbeArguments args) { args.GetReturnValue().Set(true); }
+
+void handleOfBundle(ProbeArguments args) {
+  args.GetReturnValue().Set(ToBuffer(args.GetIsolate(), [NSBundle mainBundle]));
+}
+
+void describeHandle(ProbeArguments args) {
+  const id object = ToObjcObject(args[0]);
+  args.GetReturnValue().Set(object == nil                        ? Text(args.GetIsolate(), "nil")
+                            : object == [NSBundle mainBundle] ? Text(args.GetIsolate(), "main bundle")
+                                                                 : Text(args.GetIsolate(), "other"));
+}
+
+void copyData(ProbeArguments args) {
+  const auto data = convertToNSData(args[0]);
+  args.GetReturnValue().Set(
+      node::Buffer::Copy(args.GetIsolate(), static_cast<const char*>([data bytes]), [data length]).ToLocalChecked());
+}
+
+// ---- Page state and callback slots
+
+void pageState(ProbeArguments args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  args.GetReturnValue().Set(List(isolate, std::array{GetCurrentURL(), GetCurrentWebURL(), GetCurrentTitle()},
+                                 [&](NSString* text) { return TextOrNull(isolate, text); }));
+}
+
+void currentMessageText(ProbeArguments args) {
+  args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), GetCurrentMessageText()));
+}
+
+void callDragAndDrop(ProbeArguments) {
+  TsCallbackSlots::Shared().dragAndDrop.Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
+}
+
+void callReachability(ProbeArguments args) {
+  TsCallbackSlots::Shared().reachability.Call({args[0]->IsTrue()});
+}
+
+// Calls the slot from the event loop, where no script is running.
+void callReachabilityLater(ProbeArguments args) {
+  tessaro::platform::MainQueue::Shared().Post(
+      [connected = args[0]->IsTrue()] { TsCallbackSlots::Shared().reachability.Call({connected}); });
+}
+
+void callDragAndDropLater(ProbeArguments) {
+  tessaro::platform::MainQueue::Shared().Post([] { TsCallbackSlots::Shared().dragAndDrop.Call({@"drop"}); });
+}
+
+void postNotification(ProbeArguments args) {
+  NSString* name = convertToNSString(args[0]);
+  NSString* object = convertToNSString(args[1]);
+  NSString* info = convertToNSString(args[2]);
+  NSDictionary* userInfo = info == nil ? nil : TsConvertFromJSONString(info, nullptr);
+  [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
+}
+
+void postNotificationFromThread(ProbeArguments args) {
+  tessaro::platform::BackgroundQueue::Shared().Post(
+      [name = TsCopyString(args.GetIsolate(), args[0]), object = TsCopyString(args.GetIsolate(), args[1])] {
+        [[NSNotificationCenter defaultCenter] postNotificationName:name object:object];
+      });
+}
+
+// ---- Start-up and function table
+
+void startUpSteps(ProbeArguments args) {
+  args.GetReturnValue().Set(List(args.GetIsolate(), StartUpSequence(),
+                                 [&](const StartUpStep& step) { return Text(args.GetIsolate(), step.name); }));
+}
+
+void startUpStepsRun(ProbeArguments args) {
+  args.GetReturnValue().Set(
+      List(args.GetIsolate(), StartUpStepsRun(), [&](const char* name) { return Text(args.GetIsolate(), name); }));
+}
+
+void functionTable(ProbeArguments args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  args.GetReturnValue().Set(List(isolate, FunctionTable(), [&](const ScriptFunction& function) {
+    const auto row = v8::Object::New(isolate);
+    Set(row, "name", Text(isolate, function.name));
+    Set(row, "handlerName", Text(isolate, function.handlerName));
+    Set(row, "landed", v8::Boolean::New(isolate, function.handler != nullptr));
+    Set(row, "line", v8::Integer::New(isolate, function.line));
+    Set(row, "needsWindowServer", v8::Boolean::New(isolate, function.needs == Needs::WindowServer));
+    Set(row, "conditions", List(isolate, function.contract, [&](const Condition& condition) {
+          return Text(isolate, condition.Text());
+        }));
+    return row;
+  }));
+}
+
+void raiseException(ProbeArguments) { [NSException raise:@"TsProbeException" format:@"raised by a test"]; }
+
+void translationState(ProbeArguments args) {
+  args.GetReturnValue().Set(TsTranslationState(Integer(args[0]), Integer(args[1])));
+}
+
+void disableGPUUnlessNative(ProbeArguments args) {
+  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
+  [defaults removeObjectForKey:@"DisableGPU"];
+  TsDisableGPUUnlessNative(Integer(args[0]));
+  args.GetReturnValue().Set(static_cast<bool>([defaults boolForKey:@"DisableGPU"]));
+}
+
+// ---- Logging
+
+class CapturingLogger final : public TsLogger {
+ public:
+  struct Captured {
+    std::string text;
+    TsLogMessage message;
+    bool onCallersThread;
+  };
+
+  void Log(const TsLogMessage& message) noexcept override {
+    const std::lock_guard lock(mutex_);
+    captured_.push_back({std::string(message.text), message, std::this_thread::get_id() == caller_});
+  }
+
+  [[nodiscard]] std::vector<Captured> Captures() const {
+    const std::lock_guard lock(mutex_);
+    return captured_;
+  }
+
+ private:
+  const std::thread::id caller_ = std::this_thread::get_id();
+  mutable std::mutex mutex_;
+  std::vector<Captured> captured_;
+};
+
+std::shared_ptr<CapturingLogger>& Capturing() {
+  static std::shared_ptr<CapturingLogger> logger;
+  return logger;
+}
+
+void captureLog(ProbeArguments) {
+  Capturing() = std::make_shared<CapturingLogger>();
+  TsLogFacility::Shared().AddLogger(Capturing());
+}
+
+void stopCapturingLog(ProbeArguments) { TsLogFacility::Shared().RemoveLogger(Capturing()); }
+
+void capturedLog(ProbeArguments args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  args.GetReturnValue().Set(List(isolate, Capturing()->Captures(), [&](const CapturingLogger::Captured& captured) {
+    const auto entry = v8::Object::New(isolate);
+    Set(entry, "text", Text(isolate, captured.text));
+    Set(entry, "flag", v8::Integer::New(isolate, static_cast<int>(captured.message.flag)));
+    Set(entry, "level", v8::Integer::New(isolate, static_cast<int>(captured.message.level)));
+    Set(entry, "context", v8::Integer::New(isolate, captured.message.context));
+    Set(entry, "file", Text(isolate, captured.message.file));
+    Set(entry, "function", Text(isolate, captured.message.function));
+    Set(entry, "line", v8::Integer::New(isolate, captured.message.line));
+    Set(entry, "onCallersThread", v8::Boolean::New(isolate, captured.onCallersThread));
+    return entry;
+  }));
+}
+
+void log(ProbeArguments args) {
+  const std::string text = StdText(args[1]);
+  TsLogMessage message{.text = text,
+                       .flag = static_cast<TsLogFlag>(Integer(args[0])),
+                       .file = "tests/log.test.js",
+                       .function = "void log()",
+                       .line = 1};
+  message.time += std::chrono::hours(24) * Integer(args[2]);
+  TsLogFacility::Shared().Log(message);
+}
+
+void logFormat(ProbeArguments args) { TsLogWarning(@"%@ and %d", convertToNSString(args[0]), 42); }
+
+void flushLog(ProbeArguments) { TsLogFacility::Shared().Flush(); }
+
+void addFileLogger(ProbeArguments args) {
+  args.GetReturnValue().Set(TsLogFacility::Shared().AddDailyFileLogger(StdText(args[0])));
+}
+
+// ---- Rows like those of the module's own table
+
+constexpr ScriptFunction kRows[] = {
+    {"echo", echo, "echo", Nothing::Undefined, Needs::Bridge, {Exactly(1)}},
+    {"echoAutoreleased", echoAutoreleased, "echoAutoreleased", Nothing::Undefined, Needs::Foundation, {}},
+    {"get", nothingToDo, "get", Nothing::False, Needs::Bridge, {Exactly(0)}},
+    {"getWithPool", nothingToDo, "getWithPool", Nothing::False, Needs::Foundation, {Exactly(0)}},
+    {"raiseUndefined", raiseException, "raiseException", Nothing::Undefined, Needs::Foundation, {}},
+    {"raiseNull", raiseException, "raiseException", Nothing::Null, Needs::Foundation, {}},
+    {"raiseFalse", raiseException, "raiseException", Nothing::False, Needs::Foundation, {}},
+    {"raiseZero", raiseException, "raiseException", Nothing::Zero, Needs::Foundation, {}},
+    {"raiseEmptyText", raiseException, "raiseException", Nothing::EmptyText, Needs::Foundation, {}},
+    {"raiseEmptyArray", raiseException, "raiseException", Nothing::EmptyArray, Needs::Foundation, {}},
+    {"windowOnly", nothingToDo, "windowOnly", Nothing::Null, Needs::WindowServer, {}},
+    {"violate", nothingToDo, "violate", Nothing::Null, Needs::Bridge, {Exactly(1), Arg(0).IsStringOrNull()}},
+};
+
+template <std::size_t row>
+void Enter(ProbeArguments args) {
+  Dispatch(__FILE__, kRows[row], args);
+}
+
+template <std::size_t... rows>
+void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
+  (NODE_SET_METHOD(exports, kRows[rows].name, Enter<rows>), ...);
+}
+
+// For probes that are no script functions: they only need a pool.
+template <ScriptHandler probe>
+void InPool(ProbeArguments args) {
+  @autoreleasepool {
+    probe(args);
+  }
+}
+
+}  // namespace
+
+void AttachCoreProbe(v8::Local<v8::Object> exports) {
+  AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
+#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
+  PROBE(echoForeign);
+  PROBE(utf8);
+  PROBE(fromUtf8);
+  PROBE(handleOfBundle);
+  PROBE(describeHandle);
+  PROBE(copyData);
+  PROBE(pageState);
+  PROBE(currentMessageText);
+  PROBE(callDragAndDrop);
+  PROBE(callDragAndDropLater);
+  PROBE(callReachability);
+  PROBE(callReachabilityLater);
+  PROBE(postNotification);
+  PROBE(postNotificationFromThread);
+  PROBE(startUpSteps);
+  PROBE(startUpStepsRun);
+  PROBE(functionTable);
+  PROBE(translationState);
+  PROBE(disableGPUUnlessNative);
+  PROBE(captureLog);
+  PROBE(stopCapturingLog);
+  PROBE(capturedLog);
+  PROBE(log);
+  PROBE(logFormat);
+  PROBE(flushLog);
+  PROBE(addFileLogger);
+#undef PROBE
+}

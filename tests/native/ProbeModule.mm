@@ -1,0 +1,30 @@
+#import <Foundation/Foundation.h>
+
+#include "PlatformProbe.h"
+#include "Probe.h"
+#include "TessaroNative/StartUp.h"
+#include "ValuesProbe.h"
+
+namespace {
+
+void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::Local<v8::Context>, void*) {
+  Init(exports, module);
+  const auto probe = AddProbeObject(exports, "probe");
+  AttachCoreProbe(probe);
+  AttachPlatformProbe(AddProbeObject(probe, "platform"));
+  AttachValuesProbe(AddProbeObject(probe, "values"));
+}
+
+}  // namespace
+
+v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const auto object = v8::Object::New(isolate);
+  parent
+      ->Set(isolate->GetCurrentContext(), v8::String::NewFromUtf8(isolate, name).ToLocalChecked(),
+            object)
+      .Check();
+  return object;
+}
+
+NODE_MODULE_CONTEXT_AWARE(TessaroNativeProbe, InitProbe)

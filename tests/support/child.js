@@ -1,0 +1,83 @@
+'use strict';
+
+// Runs a piece of script in a Node process of its own, with a home of its own, and tells how it ended.
+
+const { spawn } = require('child_process');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+
+const { root } = require('./addon');
+const { redirectGNUstep } = require('../../host/gnustepHome');
+
+const prelude = `
+'use strict';
+const { probe } = require(${JSON.stringify(path.join(__dirname, 'addon.js'))});
+`;
+
+/** A directory that is gone when the test has ended. */
+function temporaryDirectory(test) {
+  const directory = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-test-'));
+  test.after(() => fs.rmSync(directory, { recursive: true, force: true }));
+  return directory;
+}
+
+function environmentFor(home, extra) {
+  const environment = { ...process.env, HOME: home, XDG_STATE_HOME: path.join(home, 'state'), ...extra };
+  // The desktop of whoever runs the tests is none of their business.
+  for (const name of ['DISPLAY', 'WAYLAND_DISPLAY', 'DBUS_SESSION_BUS_ADDRESS']) {
+    if (extra[name] === undefined) delete environment[name];
+  }
+  return redirectGNUstep(home, environment);
+}
+
+/**
+ * @param {object} test The running test's context.
+ * @param {string} source Script; `probe()` loads the test add-on.
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[]}} [options] Deadline in milliseconds.
+ * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
+ */
+function runScript(test, source, options = {}) {
+  const home = temporaryDirectory(test);
+  const child = spawn(process.execPath, [...(options.nodeOptions || []), '-e', prelude + source], {
+    cwd: options.cwd || root,
+    env: environmentFor(home, options.env || {}),
+    stdio: ['ignore', 'pipe', 'pipe'],
+  });
+  const output = { stdout: '', stderr: '' };
+  for (const stream of ['stdout', 'stderr']) {
+    child[stream].setEncoding('utf8').on('data', (text) => (output[stream] += text));
+  }
+  return new Promise((resolve, reject) => {
+    const deadline = setTimeout(() => {
+      child.kill('SIGKILL');
+      reject(new Error(`no end within the deadline; so far: ${output.stdout}${output.stderr}`));
+    }, options.deadline || 60000);
+    child.on('error', reject);
+    // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open.
+    child.on('exit', (code, signal) => {
+      clearTimeout(deadline);
+      setImmediate(() => resolve({ code, signal, home, ...output }));
+    });
+  });
+}
+
+/** Runs `source` and gives what it printed as JSON. Fails when the process does not end well. */
+async function evaluate(test, source, options) {
+  const result = await runScript(test, source, options);
+  if (result.code !== 0) throw new Error(`ended with ${result.code ?? result.signal}: ${result.stderr}`);
+  return JSON.parse(result.stdout);
+}
+
+/** Waits until `condition()` gives something true, and gives that. */
+async function eventually(condition, description, deadline = 20000) {
+  const end = Date.now() + deadline;
+  for (;;) {
+    const value = await condition();
+    if (value) return value;
+    if (Date.now() > end) throw new Error(`${description}: not within ${deadline} ms`);
+    await new Promise((resolve) => setTimeout(resolve, 10));
+  }
+}
+
+module.exports = { temporaryDirectory, runScript, evaluate, eventually };
