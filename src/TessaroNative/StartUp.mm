@@ -12,6 +12,7 @@
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
+#include "Platform/ShutDown.h"
 #include "Platform/StandardDirectories.h"
 #include "Platform/SystemAppearance.h"
 #include "Platform/WindowServer.h"
@@ -117,7 +118,7 @@ void Run(const StartUpStep& step) {
 void EndWithEnvironment(void*) {
   TsCallbackSlots::Shared().Clear();
   TsForgetApplicationIsolate();
-  platform::MainQueue::Shared().Detach();
+  platform::ShutDown();
   TsLogFacility::Shared().Flush();
 }
 

@@ -1,0 +1,59 @@
+'use strict';
+
+// Makes GNUstep keep a user's files where HOME says.
+//
+// GNUstep goes by the password database and ignores HOME, so a process started with another home, as tests and
+// sandboxes do, would read and write the preferences of the real one. A configuration of its own tells it better, if
+// the environment names it before libgnustep-base is loaded.
+
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+
+const systemConfiguration = '/etc/GNUstep/GNUstep.conf';
+// Paths below the user's home; all others belong to the system and stay as the distribution set them.
+const userSetting = /^(GNUSTEP_USER_(?:DIR\w*|DEFAULTS_DIR|CONFIG_FILE))=(.*)$/;
+const necessarySettings = ['GNUSTEP_USER_DEFAULTS_DIR=GNUstep/Defaults', 'GNUSTEP_USER_DIR_LIBRARY=GNUstep/Library'];
+
+function readSystemConfiguration() {
+  try {
+    return fs.readFileSync(systemConfiguration, 'utf8').split('\n');
+  } catch {
+    return [];
+  }
+}
+
+function configurationFor(home) {
+  const lines = readSystemConfiguration().filter((line) => line !== '' && !line.startsWith('#'));
+  const missing = necessarySettings.filter((setting) => !lines.some((line) => line.startsWith(setting.split('=')[0])));
+  const settings = [...lines, ...missing].map((line) =>
+    line.replace(userSetting, (_, name, value) => `${name}=${path.resolve(home, value.replace(/^~\//, ''))}`),
+  );
+  return `${settings.join('\n')}\n`;
+}
+
+/**
+ * Writes a GNUstep configuration for `home` into it.
+ * @param {string} home An existing directory.
+ * @param {Record<string, string | undefined>} [environment]
+ * @returns A copy of `environment` whose GNUstep programs keep their files in `home`.
+ */
+function redirectGNUstep(home, environment = process.env) {
+  const directory = path.join(home, 'GNUstep');
+  const file = path.join(directory, 'GNUstep.conf');
+  fs.mkdirSync(directory, { recursive: true, mode: 0o700 });
+  // GNUstep refuses a configuration that somebody else could have written.
+  fs.writeFileSync(file, configurationFor(home), { mode: 0o600 });
+  return { ...environment, GNUSTEP_CONFIG_FILE: file };
+}
+
+/** Redirects this very process, unless its home is the user's own or GNUstep has been configured by somebody else. */
+function followHome() {
+  const { HOME: home, GNUSTEP_CONFIG_FILE: configured } = process.env;
+  if (configured || !home || !path.isAbsolute(home)) return;
+  if (path.resolve(home) === path.resolve(os.userInfo().homedir)) return;
+  if (!fs.existsSync(home)) return;
+  process.env.GNUSTEP_CONFIG_FILE = redirectGNUstep(home).GNUSTEP_CONFIG_FILE;
+}
+
+module.exports = { redirectGNUstep, followHome };

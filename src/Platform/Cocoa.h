@@ -1,0 +1,9 @@
+#pragma once
+
+// Cocoa as the shared sources expect it, on every system. For .mm files.
+
+#import <AppKit/AppKit.h>
+
+#ifdef GNUSTEP
+#include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
+#endif

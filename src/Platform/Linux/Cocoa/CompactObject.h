@@ -1,0 +1,47 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+// Objects of the compact classes live in memory of their own, outside Foundation's allocator, which costs more than
+// all the rest of making a small object. They count their references themselves; a new object has one.
+namespace tessaro::platform {
+
+// Memory for one object of `type` and `extraBytes` behind its instance variables, all of which are zero.
+inline id AllocateCompactObject(Class type, std::size_t instanceSize, std::size_t extraBytes) {
+  void* memory = std::malloc(instanceSize + extraBytes);
+  if (memory == nullptr) [NSException raise:NSMallocException format:@"No memory for an object"];
+  std::memset(memory, 0, instanceSize);
+  std::memcpy(memory, &type, sizeof type);
+  return static_cast<id>(memory);
+}
+
+inline void AddReference(std::uint32_t& extraReferences) {
+  __atomic_fetch_add(&extraReferences, 1, __ATOMIC_RELAXED);
+}
+
+// True when the reference that was given up was the last.
+[[nodiscard]] inline bool RemoveReference(std::uint32_t& extraReferences) {
+  return __atomic_fetch_sub(&extraReferences, 1, __ATOMIC_ACQ_REL) == 0;
+}
+
+}  // namespace tessaro::platform
+
+// The reference counting of a compact class with an instance variable `_extraReferences`.
+#define TS_COMPACT_REFERENCE_COUNTING                                          \
+  -(id)retain {                                                                \
+    tessaro::platform::AddReference(_extraReferences);                         \
+    return self;                                                               \
+  }                                                                            \
+  -(oneway void)release {                                                      \
+    if (tessaro::platform::RemoveReference(_extraReferences)) [self dealloc];  \
+  }                                                                            \
+  -(NSUInteger)retainCount {                                                   \
+    return __atomic_load_n(&_extraReferences, __ATOMIC_RELAXED) + 1;           \
+  }                                                                            \
+  -(NSZone*)zone {                                                             \
+    return NSDefaultMallocZone();                                              \
+  }

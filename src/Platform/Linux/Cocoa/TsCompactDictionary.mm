@@ -1,0 +1,192 @@
+#import <objc/runtime.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Platform/FoundationValues.h"
+#include "Platform/Linux/Cocoa/CompactObject.h"
+
+namespace {
+
+struct Pair {
+  id key;
+  id value;
+};
+
+}  // namespace
+
+// A mutable dictionary with its pairs behind the object, in the order in which they came. Made by
+// NewMutableDictionary() only, for few keys: it looks them up one by one. When it is to hold more than it was made
+// for, a dictionary of Foundation's takes over.
+@interface TsCompactDictionary : NSMutableDictionary {
+ @private
+  std::uint32_t _extraReferences;
+  std::uint32_t _capacity;
+  NSUInteger _count;
+  unsigned long _mutations;
+  NSMutableDictionary* _grown;
+}
+- (void)takePairs:(std::size_t)count keys:(NSString* const*)keys values:(const id*)values;
+@end
+
+namespace {
+
+Class CompactDictionary() {
+  static const Class type = [TsCompactDictionary class];
+  return type;
+}
+
+std::size_t InstanceSize() {
+  static const std::size_t size = class_getInstanceSize(CompactDictionary());
+  return size;
+}
+
+Pair* PairsOf(id dictionary) {
+  return reinterpret_cast<Pair*>(reinterpret_cast<char*>(dictionary) + InstanceSize());
+}
+
+void Release(const Pair& pair) {
+  [pair.key release];
+  [pair.value release];
+}
+
+}  // namespace
+
+@implementation TsCompactDictionary
+
+// The class makes no objects itself: `[[dictionary class] alloc]` must give what any other dictionary's class gives.
++ (id)allocWithZone:(NSZone*)zone {
+  return static_cast<id>([NSMutableDictionary allocWithZone:zone]);
+}
+
+TS_COMPACT_REFERENCE_COUNTING
+
+// Not of Foundation's allocation, so Foundation must not free it.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wobjc-missing-super-calls"
+- (void)dealloc {
+  std::for_each_n(PairsOf(self), _grown == nil ? _count : 0, Release);
+  [_grown release];
+  std::free(self);
+}
+#pragma clang diagnostic pop
+
+- (void)takePairs:(std::size_t)count keys:(NSString* const*)keys values:(const id*)values {
+  _capacity = static_cast<std::uint32_t>(count);
+  _count = count;
+  for (std::size_t i = 0; i < count; ++i) PairsOf(self)[i] = {[keys[i] retain], values[i]};
+}
+
+// The pair with `key`, or nullptr. Keys of one document are shared, so most lookups end with the first comparison.
+- (Pair*)pairForKey:(id)key {
+  Pair* const first = PairsOf(self);
+  Pair* const end = first + _count;
+  Pair* found = std::find_if(first, end, [key](const Pair& pair) { return pair.key == key; });
+  if (found != end) return found;
+  const NSUInteger hash = [key hash];
+  found = std::find_if(first, end, [&](const Pair& pair) { return [pair.key hash] == hash && [pair.key isEqual:key]; });
+  return found == end ? nullptr : found;
+}
+
+- (void)grow {
+  _grown = [[NSMutableDictionary alloc] initWithCapacity:_count * 2];
+  for (Pair* pair = PairsOf(self); pair != PairsOf(self) + _count; ++pair) {
+    [_grown setObject:pair->value forKey:pair->key];
+    Release(*pair);
+  }
+}
+
+- (NSUInteger)count {
+  return _grown == nil ? _count : [_grown count];
+}
+
+- (id)objectForKey:(id)key {
+  if (key == nil) return nil;
+  if (_grown != nil) return [_grown objectForKey:key];
+  const Pair* pair = [self pairForKey:key];
+  return pair == nullptr ? nil : pair->value;
+}
+
+- (void)setObject:(id)value forKey:(id)key {
+  if (key == nil || value == nil) [NSException raise:NSInvalidArgumentException format:@"Tried to add nil to dictionary"];
+  ++_mutations;
+  if (_grown == nil) {
+    if (Pair* pair = [self pairForKey:key]) {
+      [value retain];
+      [pair->value release];
+      pair->value = value;
+      return;
+    }
+    if (_count < _capacity) {
+      PairsOf(self)[_count++] = {[key copy], [value retain]};
+      return;
+    }
+    [self grow];
+  }
+  [_grown setObject:value forKey:key];
+}
+
+- (void)removeObjectForKey:(id)key {
+  if (key == nil) return;
+  ++_mutations;
+  if (_grown != nil) return [_grown removeObjectForKey:key];
+  Pair* pair = [self pairForKey:key];
+  if (pair == nullptr) return;
+  const Pair removed = *pair;
+  std::move(pair + 1, PairsOf(self) + _count, pair);
+  --_count;
+  Release(removed);
+}
+
+- (NSArray*)allKeys {
+  if (_grown != nil) return [_grown allKeys];
+  std::vector<id> keys(_count);
+  std::transform(PairsOf(self), PairsOf(self) + _count, keys.begin(), [](const Pair& pair) { return pair.key; });
+  return [NSArray arrayWithObjects:keys.data() count:keys.size()];
+}
+
+- (NSEnumerator*)keyEnumerator {
+  return [[self allKeys] objectEnumerator];
+}
+
+- (NSEnumerator*)objectEnumerator {
+  if (_grown != nil) return [_grown objectEnumerator];
+  std::vector<id> values(_count);
+  std::transform(PairsOf(self), PairsOf(self) + _count, values.begin(), [](const Pair& pair) { return pair.value; });
+  return [[NSArray arrayWithObjects:values.data() count:values.size()] objectEnumerator];
+}
+
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
+                                  objects:(id*)buffer
+                                    count:(NSUInteger)room {
+  state->mutationsPtr = &_mutations;
+  if (_grown != nil) {
+    const NSUInteger given = [_grown countByEnumeratingWithState:state objects:buffer count:room];
+    state->mutationsPtr = &_mutations;
+    return given;
+  }
+  const NSUInteger given = std::min<NSUInteger>(room, _count - state->state);
+  std::transform(PairsOf(self) + state->state, PairsOf(self) + state->state + given, buffer,
+                 [](const Pair& pair) { return pair.key; });
+  state->state += given;
+  state->itemsPtr = buffer;
+  return given;
+}
+
+@end
+
+namespace tessaro::platform {
+
+Ref<NSMutableDictionary> NewMutableDictionary(NSString* const keys[], id const ownedValues[], std::size_t count) {
+  constexpr std::size_t kMostCompact = 16;
+  if (count > kMostCompact) {
+    const auto dictionary = Adopt([[NSMutableDictionary alloc] initWithObjects:ownedValues forKeys:keys count:count]);
+    std::for_each_n(ownedValues, count, [](id value) { [value release]; });
+    return dictionary;
+  }
+  TsCompactDictionary* dictionary = AllocateCompactObject(CompactDictionary(), InstanceSize(), count * sizeof(Pair));
+  [dictionary takePairs:count keys:keys values:ownedValues];
+  return Adopt<NSMutableDictionary>(dictionary);
+}
+
+}  // namespace tessaro::platform

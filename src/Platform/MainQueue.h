@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace tessaro::platform {
+
+// Brings work to the main thread, which runs the application's event loop.
+//
+// Post() may be called on any thread, PostDelayed() too. Tasks run on the main thread in the order in which they were
+// posted, on a later turn of the loop, never inside Post(), each with an autorelease pool. They must not throw C++
+// exceptions; an Objective-C exception ends the task and is logged.
+//
+// Waiting work does not keep the process alive. What has not run when the queue is detached is dropped, and so is
+// everything posted later.
+class MainQueue {
+ public:
+  using Task = std::function<void()>;
+
+  static MainQueue& Shared();
+
+  // Whether the caller runs on the process's main thread; needs no attached queue.
+  [[nodiscard]] static bool IsMainThread();
+
+  // Joins and leaves the event loop. Main thread only; attaching twice is allowed, and so is detaching twice.
+  void Attach();
+  void Detach();
+
+  [[nodiscard]] bool IsCurrent() const { return IsMainThread(); }
+
+  void Post(Task task);
+  void PostDelayed(std::chrono::milliseconds delay, Task task);
+
+  MainQueue(const MainQueue&) = delete;
+  MainQueue& operator=(const MainQueue&) = delete;
+
+ private:
+  MainQueue();
+  ~MainQueue();
+
+  struct Body;
+  std::shared_ptr<Body> body_;
+};
+
+}  // namespace tessaro::platform

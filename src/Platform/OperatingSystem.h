@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tessaro::platform {
+
+// The operating system's version as its users know it: "10.14.6", "12" for Debian 12. Empty when nothing tells.
+[[nodiscard]] std::string Version();
+
+// False on every other system.
+[[nodiscard]] bool IsAtLeastMacOS(int major, int minor);
+
+struct KernelVariable {
+  int value = 0;
+  int error = 0;  // an errno value; 0 when `value` was read, ENOENT when the kernel has no such variable
+};
+
+// Reads an integer kernel variable by its dotted name.
+[[nodiscard]] KernelVariable ReadKernelVariable(std::string_view name);
+
+}  // namespace tessaro::platform

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+#include <string_view>
+
+namespace tessaro::platform {
+
+// The folder for an application's log files. It may not exist yet.
+[[nodiscard]] std::filesystem::path LogDirectory(std::string_view applicationName);
+
+// The user's home; "/" when the system knows none.
+[[nodiscard]] std::filesystem::path HomeDirectory();
+
+}  // namespace tessaro::platform

@@ -1,0 +1,6 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+// Compact JSON of an array or a dictionary, autoreleased; nil and an error when that can't be.
+[[nodiscard]] NSString* TsWriteJSON(id object, NSError** error);

@@ -1,0 +1,246 @@
+#include "Utilities/TsJSONWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "Platform/FoundationValues.h"
+#include "Utilities/TsJSONError.h"
+#include "Utilities/TsUnicode.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+enum class Kind { String, Number, Boolean, Null, Array, Dictionary, Other };
+
+// What an object is to JSON. A document has many objects of few classes, so each class is asked once.
+class Kinds {
+ public:
+  Kind Of(id object) {
+    const Class type = object_getClass(object);
+    if (type == lastType_) return lastKind_;
+    const auto [place, isNew] = kinds_.try_emplace(type, Kind::Other);
+    if (isNew) place->second = Ask(object);
+    lastType_ = type;
+    return lastKind_ = place->second;
+  }
+
+ private:
+  static Kind Ask(id object) {
+    static const Class boolean = object_getClass([NSNumber numberWithBool:YES]);
+    if ([object isKindOfClass:[NSString class]]) return Kind::String;
+    if (object_getClass(object) == boolean) return Kind::Boolean;
+    if ([object isKindOfClass:[NSNumber class]]) return Kind::Number;
+    if ([object isKindOfClass:[NSNull class]]) return Kind::Null;
+    if ([object isKindOfClass:[NSArray class]]) return Kind::Array;
+    if ([object isKindOfClass:[NSDictionary class]]) return Kind::Dictionary;
+    return Kind::Other;
+  }
+
+  Class lastType_ = nil;
+  Kind lastKind_ = Kind::Other;
+  std::unordered_map<Class, Kind> kinds_;
+};
+
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+
+bool NeedsEscape(char16_t unit) { return unit < 0x20 || unit == '"' || unit == '\\'; }
+
+// The letter of a two-character escape, or 0.
+char ShortEscape(char16_t unit) {
+  switch (unit) {
+    case '"':
+    case '\\':
+      return static_cast<char>(unit);
+    case '\b':
+      return 'b';
+    case '\f':
+      return 'f';
+    case '\n':
+      return 'n';
+    case '\r':
+      return 'r';
+    case '\t':
+      return 't';
+    default:
+      return 0;
+  }
+}
+
+// Writes in the width that the result will have: Latin-1 while that holds all characters, else UTF-16.
+template <typename Unit>
+class Writer {
+ public:
+  // False when a character does not fit in Latin-1, or `error` has been set.
+  bool Write(id object) { return Value(object, 1); }
+
+  NSString* error = nil;
+  std::basic_string<Unit> text;
+
+ private:
+  bool Fail(NSString* reason) {
+    error = reason;
+    return false;
+  }
+
+  void Put(std::string_view ascii) { text.append(ascii.begin(), ascii.end()); }
+  void Put(char ascii) { text.push_back(static_cast<Unit>(ascii)); }
+
+  bool Value(id object, std::size_t level) {
+    switch (kinds_.Of(object)) {
+      case Kind::String:
+        return String(object);
+      case Kind::Number:
+        return Number(object);
+      case Kind::Boolean:
+        Put([object boolValue] ? "true" : "false");
+        return true;
+      case Kind::Null:
+        Put("null");
+        return true;
+      case Kind::Array:
+        return level <= kTsMostJSONLevels ? Array(object, level) : Fail(@"it is nested too deeply");
+      case Kind::Dictionary:
+        return level <= kTsMostJSONLevels ? Dictionary(object, level) : Fail(@"it is nested too deeply");
+      case Kind::Other:
+        return Fail([NSString stringWithFormat:@"JSON has no form for objects of the class %@", [object class]]);
+    }
+    return false;
+  }
+
+  bool Array(NSArray* array, std::size_t level) {
+    Put('[');
+    bool isFirst = true;
+    for (id element in array) {
+      if (!std::exchange(isFirst, false)) Put(',');
+      if (!Value(element, level + 1)) return false;
+    }
+    Put(']');
+    return true;
+  }
+
+  bool Dictionary(NSDictionary* dictionary, std::size_t level) {
+    Put('{');
+    bool isFirst = true;
+    for (id key in dictionary) {
+      if (kinds_.Of(key) != Kind::String) return Fail(@"it has a key that is not a string");
+      if (!std::exchange(isFirst, false)) Put(',');
+      if (!String(key)) return false;
+      Put(':');
+      if (!Value([dictionary objectForKey:key], level + 1)) return false;
+    }
+    Put('}');
+    return true;
+  }
+
+  bool Number(NSNumber* number) {
+    switch ([number objCType][0]) {
+      case 'd':
+      case 'f':
+        return Double([number doubleValue]);
+      case 'Q':
+      case 'L':
+        return Digits([number unsignedLongLongValue]);
+      default:
+        return Digits([number longLongValue]);
+    }
+  }
+
+  bool Double(double value) {
+    return std::isfinite(value) ? Digits(value) : Fail(@"it contains a number that is infinite or not a number");
+  }
+
+  template <typename Value>
+  bool Digits(Value value) {
+    std::array<char, 32> digits;
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
+    Put({digits.data(), static_cast<std::size_t>(end - digits.data())});
+    return true;
+  }
+
+  bool String(NSString* string) {
+    const auto contents = platform::StringContents(string);
+    if (contents.latin1 != nullptr) return Quoted(contents.latin1, contents.length);
+    if (contents.utf16 != nullptr) return Quoted(contents.utf16, contents.length);
+    characters_.resize([string length]);
+    [string getCharacters:reinterpret_cast<unichar*>(characters_.data()) range:NSMakeRange(0, characters_.size())];
+    ReplaceLoneSurrogates(characters_.data(), characters_.size());
+    return Quoted(characters_.data(), characters_.size());
+  }
+
+  template <typename Character>
+  bool Quoted(const Character* characters, std::size_t length) {
+    if constexpr (sizeof(Unit) < sizeof(Character)) {
+      if (!FitsLatin1(characters, length)) return false;
+    }
+    Put('"');
+    const Character* const end = characters + length;
+    while (characters != end) {
+      const Character* plain = std::find_if(characters, end, NeedsEscape);
+      text.append(characters, plain);
+      characters = plain;
+      if (characters != end) Escape(*characters++);
+    }
+    Put('"');
+    return true;
+  }
+
+  void Escape(char16_t unit) {
+    Put('\\');
+    if (const char letter = ShortEscape(unit)) return Put(letter);
+    Put("u00");
+    Put(kHexDigits[unit >> 4]);
+    Put(kHexDigits[unit & 0xF]);
+  }
+
+  Kinds kinds_;
+  std::vector<char16_t> characters_;
+};
+
+template <typename Unit>
+NSString* MakeString(const std::basic_string<Unit>& text) {
+  if constexpr (sizeof(Unit) == 1) {
+    auto made = platform::NewLatin1String(text.size());
+    std::copy(text.begin(), text.end(), made.characters);
+    return made.string.Autoreleased();
+  } else {
+    auto made = platform::NewUtf16String(text.size());
+    std::copy(text.begin(), text.end(), made.characters);
+    return made.string.Autoreleased();
+  }
+}
+
+NSString* WriteAsNarrowAsPossible(id object, NSString*& reason) {
+  Writer<std::uint8_t> narrow;
+  if (narrow.Write(object)) return MakeString(narrow.text);
+  reason = narrow.error;
+  if (reason != nil) return nil;
+  Writer<char16_t> wide;
+  if (wide.Write(object)) return MakeString(wide.text);
+  reason = wide.error;
+  return nil;
+}
+
+bool IsContainer(id object) { return [object isKindOfClass:[NSArray class]] || [object isKindOfClass:[NSDictionary class]]; }
+
+}  // namespace
+
+NSString* TsWriteJSON(id object, NSError** error) {
+  NSString* reason = @"it is neither an array nor a dictionary";
+  NSString* json = nil;
+  @try {
+    if (IsContainer(object)) json = WriteAsNarrowAsPossible(object, reason);
+  } @catch (NSException* exception) {
+    reason = [exception reason];
+  }
+  if (json == nil && error != nullptr) *error = TsJSONError(reason);
+  return json;
+}
