@@ -32,13 +32,16 @@ struct StringView {
 
 [[nodiscard]] StringView StringContents(NSString* string);
 
+// The same string at +1, without the cost of a message where there is a shorter way.
+[[nodiscard]] NSString* RetainedString(NSString* string);
+
 [[nodiscard]] Ref<NSNumber> NewNumber(std::int64_t value);
 [[nodiscard]] Ref<NSNumber> NewNumber(std::uint64_t value);
 [[nodiscard]] Ref<NSNumber> NewNumber(double value);
 
-// A dictionary of `count` keys, none of them twice, and their values. Takes over one reference to each value and
-// retains the keys.
-[[nodiscard]] Ref<NSMutableDictionary> NewMutableDictionary(NSString* const keys[], id const ownedValues[],
+// A dictionary of `count` keys, which are immutable, and their values. Takes over one reference to each of them. Of
+// keys that come twice the last one counts.
+[[nodiscard]] Ref<NSMutableDictionary> NewMutableDictionary(NSString* const ownedKeys[], id const ownedValues[],
                                                             std::size_t count);
 
 }  // namespace tessaro::platform

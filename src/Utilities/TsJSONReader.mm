@@ -26,15 +26,17 @@ using Element = simdjson::dom::element;
 // The keys of one document, of which the same few come again and again.
 class KeyCache {
  public:
+  // The string at +1.
   template <typename MakeString>
   NSString* Key(std::string_view text, MakeString makeString) {
-    Ref<NSString>& slot = keys_[SlotOf(text)];
-    std::string_view& slotText = texts_[SlotOf(text)];
+    const std::size_t place = SlotOf(text);
+    Ref<NSString>& slot = keys_[place];
+    std::string_view& slotText = texts_[place];
     if (!slot || slotText != text) {
       slot = makeString(text);
       slotText = text;
     }
-    return slot;
+    return platform::RetainedString(slot);
   }
 
  private:
@@ -105,39 +107,14 @@ class Builder {
     const std::size_t first = values_.size();
     const std::size_t firstKey = keys_.size();
     for (const auto field : object) {
-      NSString* key = keyCache_.Key(field.key, [this](std::string_view text) { return MakeString(text); });
-      keys_.push_back([key retain]);
-      keyTexts_.push_back(field.key);
+      keys_.push_back(keyCache_.Key(field.key, [this](std::string_view text) { return MakeString(text); }));
       values_.push_back(Make(field.value));
     }
     const std::size_t count = values_.size() - first;
-    id made = MakeDictionary(keys_.data() + firstKey, values_.data() + first, count,
-                             HasTwins(keyTexts_.data() + firstKey, count));
-    for (std::size_t i = firstKey; i < keys_.size(); ++i) [keys_[i] release];
+    auto made = platform::NewMutableDictionary(keys_.data() + firstKey, values_.data() + first, count);
     keys_.resize(firstKey);
-    keyTexts_.resize(firstKey);
     values_.resize(first);
-    return made;
-  }
-
-  static id MakeDictionary(NSString* const* keys, const id* values, std::size_t count, bool hasTwins) {
-    if (!hasTwins) return platform::NewMutableDictionary(keys, values, count).Leak();
-    NSMutableDictionary* made = [[NSMutableDictionary alloc] initWithCapacity:count];
-    for (std::size_t i = 0; i < count; ++i) {
-      [made setObject:values[i] forKey:keys[i]];
-      [values[i] release];
-    }
-    return made;
-  }
-
-  // Whether a key comes twice – for many keys simply true, because finding out would cost more than it saves.
-  static bool HasTwins(const std::string_view* keys, std::size_t count) {
-    constexpr std::size_t kFewKeys = 16;
-    if (count > kFewKeys) return true;
-    for (std::size_t i = 1; i < count; ++i) {
-      if (std::find(keys, keys + i, keys[i]) != keys + i) return true;
-    }
-    return false;
+    return made.Leak();
   }
 
   NSNumber* const yes_ = [NSNumber numberWithBool:YES];
@@ -147,7 +124,6 @@ class Builder {
   // Of the containers that are being made, from the outermost in. Keys and values are at +1.
   std::vector<id> values_;
   std::vector<NSString*> keys_;
-  std::vector<std::string_view> keyTexts_;
   std::vector<char16_t> characters_;
 };
 

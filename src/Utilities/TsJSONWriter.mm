@@ -52,7 +52,22 @@ class Kinds {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-bool NeedsEscape(char16_t unit) { return unit < 0x20 || unit == '"' || unit == '\\'; }
+template <typename Character>
+constexpr bool NeedsEscape(Character unit) {
+  return unit < 0x20 || unit == '"' || unit == '\\';
+}
+
+// The first character to be escaped. Looks at blocks, which the compiler turns into vectors, as most have none.
+template <typename Character>
+const Character* FindEscape(const Character* characters, const Character* end) {
+  constexpr std::ptrdiff_t kBlock = 16;
+  for (; end - characters >= kBlock; characters += kBlock) {
+    unsigned char found = 0;
+    for (std::ptrdiff_t i = 0; i < kBlock; ++i) found |= NeedsEscape(characters[i]);
+    if (found != 0) break;
+  }
+  return std::find_if(characters, end, NeedsEscape<Character>);
+}
 
 // The letter of a two-character escape, or 0.
 char ShortEscape(char16_t unit) {
@@ -184,7 +199,7 @@ class Writer {
     Put('"');
     const Character* const end = characters + length;
     while (characters != end) {
-      const Character* plain = std::find_if(characters, end, NeedsEscape);
+      const Character* plain = FindEscape(characters, end);
       text.append(characters, plain);
       characters = plain;
       if (characters != end) Escape(*characters++);

@@ -48,7 +48,7 @@ class Appearance {
       isListening_ = true;
       subscription_ = bus_.Listen({[this] { Follow(); }, [this] { Forget(); }});
     }
-    return portal_.value_or(IsThemeDark());
+    return portal_ ? *portal_ : IsThemeDark();
   }
 
  private:

@@ -3,20 +3,22 @@
 #import <Foundation/Foundation.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
-// Objects of the compact classes live in memory of their own, outside Foundation's allocator, which costs more than
-// all the rest of making a small object. They count their references themselves; a new object has one.
+#include "Platform/Linux/Cocoa/CompactMemory.h"
+
+// Objects of the compact classes do without Foundation's allocator, which costs more than all the rest of making a
+// small object. They count their references themselves; a new object has one.
 namespace tessaro::platform {
 
-// Memory for one object of `type` and `extraBytes` behind its instance variables, all of which are zero.
-inline id AllocateCompactObject(Class type, std::size_t instanceSize, std::size_t extraBytes) {
-  void* memory = std::malloc(instanceSize + extraBytes);
+// Memory for one object of the class `Object`, with `extraBytes` behind its instance variables, all of which are zero.
+template <typename Object>
+Object* AllocateCompactObject(Class type, std::size_t extraBytes) {
+  void* memory = AllocateCompactMemory(sizeof(Object) + extraBytes);
   if (memory == nullptr) [NSException raise:NSMallocException format:@"No memory for an object"];
-  std::memset(memory, 0, instanceSize);
+  std::memset(memory, 0, sizeof(Object));
   std::memcpy(memory, &type, sizeof type);
-  return static_cast<id>(memory);
+  return static_cast<Object*>(memory);
 }
 
 inline void AddReference(std::uint32_t& extraReferences) {

@@ -1,10 +1,9 @@
-#import <objc/runtime.h>
-
 #include <algorithm>
 #include <vector>
 
 #include "Platform/FoundationValues.h"
 #include "Platform/Linux/Cocoa/CompactObject.h"
+#include "Platform/Linux/Cocoa/TsCompactString.h"
 
 namespace {
 
@@ -19,35 +18,24 @@ struct Pair {
 // NewMutableDictionary() only, for few keys: it looks them up one by one. When it is to hold more than it was made
 // for, a dictionary of Foundation's takes over.
 @interface TsCompactDictionary : NSMutableDictionary {
- @private
+ @public
   std::uint32_t _extraReferences;
   std::uint32_t _capacity;
   NSUInteger _count;
   unsigned long _mutations;
   NSMutableDictionary* _grown;
 }
-- (void)takePairs:(std::size_t)count keys:(NSString* const*)keys values:(const id*)values;
 @end
 
 namespace {
 
-Class CompactDictionary() {
-  static const Class type = [TsCompactDictionary class];
-  return type;
-}
-
-std::size_t InstanceSize() {
-  static const std::size_t size = class_getInstanceSize(CompactDictionary());
-  return size;
-}
-
-Pair* PairsOf(id dictionary) {
-  return reinterpret_cast<Pair*>(reinterpret_cast<char*>(dictionary) + InstanceSize());
+Pair* PairsOf(TsCompactDictionary* dictionary) {
+  return reinterpret_cast<Pair*>(reinterpret_cast<char*>(dictionary) + sizeof(TsCompactDictionary));
 }
 
 void Release(const Pair& pair) {
-  [pair.key release];
-  [pair.value release];
+  tessaro::platform::ReleaseObject(pair.key);
+  tessaro::platform::ReleaseObject(pair.value);
 }
 
 }  // namespace
@@ -67,15 +55,9 @@ TS_COMPACT_REFERENCE_COUNTING
 - (void)dealloc {
   std::for_each_n(PairsOf(self), _grown == nil ? _count : 0, Release);
   [_grown release];
-  std::free(self);
+  tessaro::platform::FreeCompactMemory(self);
 }
 #pragma clang diagnostic pop
-
-- (void)takePairs:(std::size_t)count keys:(NSString* const*)keys values:(const id*)values {
-  _capacity = static_cast<std::uint32_t>(count);
-  _count = count;
-  for (std::size_t i = 0; i < count; ++i) PairsOf(self)[i] = {[keys[i] retain], values[i]};
-}
 
 // The pair with `key`, or nullptr. Keys of one document are shared, so most lookups end with the first comparison.
 - (Pair*)pairForKey:(id)key {
@@ -177,15 +159,38 @@ TS_COMPACT_REFERENCE_COUNTING
 
 namespace tessaro::platform {
 
-Ref<NSMutableDictionary> NewMutableDictionary(NSString* const keys[], id const ownedValues[], std::size_t count) {
+namespace {
+
+bool IsSameKey(id one, id other) {
+  if (one == other) return true;
+  if (!IsCompactString(one) || !IsCompactString(other)) return [one isEqual:other];
+  const bool isAsLong = static_cast<TsCompactString*>(one)->_length == static_cast<TsCompactString*>(other)->_length;
+  return isAsLong && [one isEqual:other];
+}
+
+bool HasTwins(NSString* const keys[], std::size_t count) {
+  for (std::size_t i = 1; i < count; ++i) {
+    if (std::any_of(keys, keys + i, [key = keys[i]](id earlier) { return IsSameKey(earlier, key); })) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+Ref<NSMutableDictionary> NewMutableDictionary(NSString* const ownedKeys[], id const ownedValues[], std::size_t count) {
   constexpr std::size_t kMostCompact = 16;
-  if (count > kMostCompact) {
-    const auto dictionary = Adopt([[NSMutableDictionary alloc] initWithObjects:ownedValues forKeys:keys count:count]);
-    std::for_each_n(ownedValues, count, [](id value) { [value release]; });
+  if (count > kMostCompact || HasTwins(ownedKeys, count)) {
+    const auto dictionary = Adopt([[NSMutableDictionary alloc] initWithCapacity:count]);
+    for (std::size_t i = 0; i < count; ++i) [dictionary.get() setObject:ownedValues[i] forKey:ownedKeys[i]];
+    std::for_each_n(ownedKeys, count, ReleaseObject);
+    std::for_each_n(ownedValues, count, ReleaseObject);
     return dictionary;
   }
-  TsCompactDictionary* dictionary = AllocateCompactObject(CompactDictionary(), InstanceSize(), count * sizeof(Pair));
-  [dictionary takePairs:count keys:keys values:ownedValues];
+  static const Class type = [TsCompactDictionary class];
+  auto* dictionary = AllocateCompactObject<TsCompactDictionary>(type, count * sizeof(Pair));
+  dictionary->_capacity = static_cast<std::uint32_t>(count);
+  dictionary->_count = count;
+  for (std::size_t i = 0; i < count; ++i) PairsOf(dictionary)[i] = {ownedKeys[i], ownedValues[i]};
   return Adopt<NSMutableDictionary>(dictionary);
 }
 

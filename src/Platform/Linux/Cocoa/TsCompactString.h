@@ -1,17 +1,47 @@
 #pragma once
 
 #import <Foundation/NSString.h>
+#import <objc/runtime.h>
 
 #include "Platform/FoundationValues.h"
+#include "Platform/Linux/Cocoa/CompactObject.h"
 
 // An immutable string with its characters behind the object, as Latin-1 or UTF-16. Made by NewLatin1String() and
-// NewUtf16String() only.
+// NewUtf16String() only. The instance variables are public for the functions below.
 @interface TsCompactString : NSString {
- @private
+ @public
   std::uint32_t _extraReferences;
   std::uint32_t _isWide;
   NSUInteger _length;
   NSUInteger _hash;  // 0 until it is asked for
 }
-- (tessaro::platform::StringView)contents;
 @end
+
+namespace tessaro::platform {
+
+// What a message would do, for the places where looking the method up costs more than the work.
+
+[[nodiscard]] inline bool IsCompactString(id object) {
+  static const Class type = [TsCompactString class];
+  return object != nil && object_getClass(object) == type;
+}
+
+template <typename Character>
+[[nodiscard]] Character* CharactersOf(TsCompactString* string) {
+  return reinterpret_cast<Character*>(reinterpret_cast<char*>(string) + sizeof(TsCompactString));
+}
+
+inline void RetainObject(id object) {
+  if (IsCompactString(object)) {
+    AddReference(static_cast<TsCompactString*>(object)->_extraReferences);
+  } else {
+    [object retain];
+  }
+}
+
+inline void ReleaseObject(id object) {
+  if (!IsCompactString(object)) return [object release];
+  if (RemoveReference(static_cast<TsCompactString*>(object)->_extraReferences)) FreeCompactMemory(object);
+}
+
+}  // namespace tessaro::platform

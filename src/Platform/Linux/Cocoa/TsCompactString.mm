@@ -1,29 +1,12 @@
 #import "Platform/Linux/Cocoa/TsCompactString.h"
 
-#import <objc/runtime.h>
-
 #include <algorithm>
 
-#include "Platform/Linux/Cocoa/CompactObject.h"
-
-namespace platform = tessaro::platform;
+using tessaro::platform::CharactersOf;
+using tessaro::platform::IsCompactString;
+using tessaro::platform::StringContents;
 
 namespace {
-
-Class CompactString() {
-  static const Class type = [TsCompactString class];
-  return type;
-}
-
-std::size_t InstanceSize() {
-  static const std::size_t size = class_getInstanceSize(CompactString());
-  return size;
-}
-
-template <typename Character>
-Character* CharactersOf(id string) {
-  return reinterpret_cast<Character*>(reinterpret_cast<char*>(string) + InstanceSize());
-}
 
 void CheckRange(NSRange range, NSUInteger length) {
   if (range.location > length || range.length > length - range.location) {
@@ -35,10 +18,6 @@ void CheckRange(NSRange range, NSUInteger length) {
 }
 
 }  // namespace
-
-@interface TsCompactString ()
-- (void)setLength:(NSUInteger)length isWide:(BOOL)isWide;
-@end
 
 @implementation TsCompactString
 
@@ -53,19 +32,9 @@ TS_COMPACT_REFERENCE_COUNTING
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wobjc-missing-super-calls"
 - (void)dealloc {
-  std::free(self);
+  tessaro::platform::FreeCompactMemory(self);
 }
 #pragma clang diagnostic pop
-
-- (void)setLength:(NSUInteger)length isWide:(BOOL)isWide {
-  _length = length;
-  _isWide = isWide;
-}
-
-- (platform::StringView)contents {
-  if (_isWide) return {.utf16 = CharactersOf<char16_t>(self), .length = _length};
-  return {.latin1 = CharactersOf<std::uint8_t>(self), .length = _length};
-}
 
 - (NSUInteger)length {
   return _length;
@@ -97,13 +66,13 @@ TS_COMPACT_REFERENCE_COUNTING
 
 - (BOOL)isEqual:(id)other {
   if (other == self) return YES;
-  return object_getClass(other) == CompactString() ? [self isEqualToString:other] : [super isEqual:other];
+  return IsCompactString(other) ? [self isEqualToString:other] : [super isEqual:other];
 }
 
 - (BOOL)isEqualToString:(NSString*)other {
-  if (object_getClass(other) != CompactString()) return [super isEqualToString:other];
-  const auto mine = [self contents];
-  const auto theirs = [static_cast<TsCompactString*>(other) contents];
+  if (!IsCompactString(other)) return [super isEqualToString:other];
+  const auto mine = StringContents(self);
+  const auto theirs = StringContents(other);
   if (mine.length != theirs.length) return NO;
   if (mine.latin1 != nullptr && theirs.latin1 != nullptr) {
     return std::equal(mine.latin1, mine.latin1 + mine.length, theirs.latin1);
@@ -125,21 +94,30 @@ namespace tessaro::platform {
 namespace {
 
 template <typename Character>
-BlankString<Character> NewString(std::size_t length, BOOL isWide) {
-  TsCompactString* string = AllocateCompactObject(CompactString(), InstanceSize(), length * sizeof(Character));
-  [string setLength:length isWide:isWide];
+BlankString<Character> NewString(std::size_t length, bool isWide) {
+  static const Class type = [TsCompactString class];
+  auto* string = AllocateCompactObject<TsCompactString>(type, length * sizeof(Character));
+  string->_length = length;
+  string->_isWide = isWide;
   return {Adopt<NSString>(string), CharactersOf<Character>(string)};
 }
 
 }  // namespace
 
-BlankString<std::uint8_t> NewLatin1String(std::size_t length) { return NewString<std::uint8_t>(length, NO); }
+BlankString<std::uint8_t> NewLatin1String(std::size_t length) { return NewString<std::uint8_t>(length, false); }
 
-BlankString<char16_t> NewUtf16String(std::size_t length) { return NewString<char16_t>(length, YES); }
+BlankString<char16_t> NewUtf16String(std::size_t length) { return NewString<char16_t>(length, true); }
+
+NSString* RetainedString(NSString* string) {
+  RetainObject(string);
+  return string;
+}
 
 StringView StringContents(NSString* string) {
-  if (object_getClass(string) != CompactString()) return {};
-  return [static_cast<TsCompactString*>(string) contents];
+  if (!IsCompactString(string)) return {};
+  auto* compact = static_cast<TsCompactString*>(string);
+  if (compact->_isWide) return {.utf16 = CharactersOf<char16_t>(compact), .length = compact->_length};
+  return {.latin1 = CharactersOf<std::uint8_t>(compact), .length = compact->_length};
 }
 
 }  // namespace tessaro::platform
