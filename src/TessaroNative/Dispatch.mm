@@ -28,12 +28,12 @@ void Answer(const Arguments& args, Nothing nothing) {
 }
 
 void Perform(const ScriptFunction& function, const Arguments& args) {
-  if (function.handler == nullptr) {
-    TsLogWarning(@"%s is not available yet", function.name);
-    return Answer(args, function.nothing);
-  }
   if (function.needs == Needs::WindowServer && !tessaro::platform::IsWindowServerAvailable()) {
     TsLogWarning(@"%s needs a window server, and there is none", function.name);
+    return Answer(args, function.nothing);
+  }
+  if (function.handler == nullptr) {
+    TsLogWarning(@"%s is not available yet", function.name);
     return Answer(args, function.nothing);
   }
   @try {

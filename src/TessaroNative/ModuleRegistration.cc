@@ -26,3 +26,6 @@ const struct Registration {
 } registration;
 
 }  // namespace
+
+// An image that is still in memory is not constructed again when it is loaded again. Then the host looks for this.
+NODE_MODULE_INIT(/* exports, module, context */) { InitInContext(exports, module, context, nullptr); }

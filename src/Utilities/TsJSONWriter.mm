@@ -97,14 +97,17 @@ class Writer {
   // False when a character does not fit in Latin-1, or `error` has been set.
   bool Write(id object) { return Value(object, 1); }
 
-  NSString* error = nil;
+  NSError* error = nil;
   std::basic_string<Unit> text;
 
  private:
-  bool Fail(NSString* reason) {
-    error = reason;
+  bool Fail(NSString* reason, NSInteger code = kTsJSONError) {
+    error = TsJSONError(reason, code);
     return false;
   }
+
+  // One answer for what is nested too deeply, and for what is nested without end.
+  bool FailTooDeep() { return Fail(@"it is nested too deeply", kTsJSONNestedTooDeeply); }
 
   void Put(std::string_view ascii) { text.append(ascii.begin(), ascii.end()); }
   void Put(char ascii) { text.push_back(static_cast<Unit>(ascii)); }
@@ -122,9 +125,9 @@ class Writer {
         Put("null");
         return true;
       case Kind::Array:
-        return level <= kTsMostJSONLevels ? Array(object, level) : Fail(@"it is nested too deeply");
+        return level <= kTsMostJSONLevels ? Array(object, level) : FailTooDeep();
       case Kind::Dictionary:
-        return level <= kTsMostJSONLevels ? Dictionary(object, level) : Fail(@"it is nested too deeply");
+        return level <= kTsMostJSONLevels ? Dictionary(object, level) : FailTooDeep();
       case Kind::Other:
         return Fail([NSString stringWithFormat:@"JSON has no form for objects of the class %@", [object class]]);
     }
@@ -233,14 +236,14 @@ NSString* MakeString(const std::basic_string<Unit>& text) {
   }
 }
 
-NSString* WriteAsNarrowAsPossible(id object, NSString*& reason) {
+NSString* WriteAsNarrowAsPossible(id object, NSError*& error) {
   Writer<std::uint8_t> narrow;
   if (narrow.Write(object)) return MakeString(narrow.text);
-  reason = narrow.error;
-  if (reason != nil) return nil;
+  error = narrow.error;
+  if (error != nil) return nil;
   Writer<char16_t> wide;
   if (wide.Write(object)) return MakeString(wide.text);
-  reason = wide.error;
+  error = wide.error;
   return nil;
 }
 
@@ -249,13 +252,11 @@ bool IsContainer(id object) { return [object isKindOfClass:[NSArray class]] || [
 }  // namespace
 
 NSString* TsWriteJSON(id object, NSError** error) {
-  NSString* reason = @"it is neither an array nor a dictionary";
-  NSString* json = nil;
   @try {
-    if (IsContainer(object)) json = WriteAsNarrowAsPossible(object, reason);
+    if (IsContainer(object)) return WriteAsNarrowAsPossible(object, *error);
+    *error = TsJSONError(@"it is neither an array nor a dictionary");
   } @catch (NSException* exception) {
-    reason = [exception reason];
+    *error = TsJSONError([exception reason]);
   }
-  if (json == nil && error != nullptr) *error = TsJSONError(reason);
-  return json;
+  return nil;
 }

@@ -12,6 +12,7 @@ constexpr std::size_t kBlock = 16;
 
 constexpr bool IsHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
 constexpr bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
+constexpr bool IsSurrogate(char16_t unit) { return (unit & 0xF800) == 0xD800; }
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 template <typename Unit>
@@ -19,6 +20,13 @@ unsigned Combined(const Unit* units, std::size_t count) {
   unsigned all = 0;
   for (std::size_t i = 0; i < count; ++i) all |= units[i];
   return all;
+}
+
+// Whether a block has any.
+bool HasSurrogate(const char16_t* units) {
+  bool found = false;
+  for (std::size_t i = 0; i < kBlock; ++i) found |= IsSurrogate(units[i]);
+  return found;
 }
 
 // Copies whole blocks of ASCII from the front and returns how many units that were.
@@ -58,7 +66,7 @@ char32_t TakeUtf16(const char16_t* characters, std::size_t length, std::size_t& 
   if (IsHighSurrogate(unit) && index < length && IsLowSurrogate(characters[index])) {
     return 0x10000 + ((unit - 0xD800U) << 10) + (characters[index++] - 0xDC00U);
   }
-  return IsHighSurrogate(unit) || IsLowSurrogate(unit) ? kReplacement : unit;
+  return IsSurrogate(unit) ? kReplacement : unit;
 }
 
 struct Lead {
@@ -114,12 +122,19 @@ bool FitsLatin1(const char16_t* characters, std::size_t length) noexcept {
 }
 
 void ReplaceLoneSurrogates(char16_t* characters, std::size_t length) noexcept {
-  for (std::size_t i = 0; i < length; ++i) {
-    if ((characters[i] & 0xF800) != 0xD800) continue;
-    if (IsHighSurrogate(characters[i]) && i + 1 < length && IsLowSurrogate(characters[i + 1])) {
-      ++i;
-    } else {
-      characters[i] = kReplacement;
+  for (std::size_t index = 0; index < length;) {
+    if (index + kBlock <= length && !HasSurrogate(characters + index)) {
+      index += kBlock;
+      continue;
+    }
+    for (const std::size_t end = std::min(index + kBlock, length); index < end; ++index) {
+      if (!IsSurrogate(characters[index])) continue;
+      const bool isPair = IsHighSurrogate(characters[index]) && index + 1 < length && IsLowSurrogate(characters[index + 1]);
+      if (isPair) {
+        ++index;
+      } else {
+        characters[index] = kReplacement;
+      }
     }
   }
 }

@@ -71,9 +71,10 @@ void echoAutoreleased(ProbeArguments args) {
 
 // Through a string of Foundation's own making, as Cocoa calls return them.
 void echoForeign(ProbeArguments args) {
-  const std::string text = StdText(args[0]);
-  const auto foreign =
-      Adopt([[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding]);
+  NSString* text = convertToNSString(args[0]);
+  std::vector<unichar> characters([text length]);
+  [text getCharacters:characters.data() range:NSMakeRange(0, characters.size())];
+  const auto foreign = Adopt([[NSString alloc] initWithCharacters:characters.data() length:characters.size()]);
   args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), foreign));
 }
 
@@ -224,6 +225,8 @@ std::shared_ptr<CapturingLogger>& Capturing() {
 }
 
 void captureLog(ProbeArguments) {
+  // Or messages from before could still be on their way.
+  TsLogFacility::Shared().Flush();
   Capturing() = std::make_shared<CapturingLogger>();
   TsLogFacility::Shared().AddLogger(Capturing());
 }

@@ -142,7 +142,9 @@ class Conformance {
     check([[compact substringFromIndex:[compact length] / 2] isEqual:[standard substringFromIndex:[compact length] / 2]],
           "substring");
     NSArray* list = [NSArray arrayWithObject:compact];
-    check([PropertyListRoundTrip(list) isEqual:[NSArray arrayWithObject:standard]], "property list");
+    // Compared with what becomes of a standard string, as GNUstep loses characters beyond the BMP on this way.
+    check([PropertyListRoundTrip(list) isEqual:PropertyListRoundTrip([NSArray arrayWithObject:standard])],
+          "property list");
     check([[NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:list]] isEqual:list], "archive");
     check([[NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:list]] isEqual:list],
           "keyed archive");

@@ -34,7 +34,8 @@ function environmentFor(home, extra) {
 /**
  * @param {object} test The running test's context.
  * @param {string} source Script; `probe()` loads the test add-on.
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[]}} [options] Deadline in milliseconds.
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string}} [options] Deadline in
+ *   milliseconds; `input` is what the script reads from standard input.
  * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
  */
 function runScript(test, source, options = {}) {
@@ -42,8 +43,9 @@ function runScript(test, source, options = {}) {
   const child = spawn(process.execPath, [...(options.nodeOptions || []), '-e', prelude + source], {
     cwd: options.cwd || root,
     env: environmentFor(home, options.env || {}),
-    stdio: ['ignore', 'pipe', 'pipe'],
+    stdio: [options.input === undefined ? 'ignore' : 'pipe', 'pipe', 'pipe'],
   });
+  if (options.input !== undefined) child.stdin.end(options.input);
   const output = { stdout: '', stderr: '' };
   for (const stream of ['stdout', 'stderr']) {
     child[stream].setEncoding('utf8').on('data', (text) => (output[stream] += text));
