@@ -3,3 +3,4 @@
 #include <node.h>
 
 void AttachPlatformProbe(v8::Local<v8::Object> exports);
+void AttachBusProbe(v8::Local<v8::Object> exports);

@@ -12,6 +12,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   const auto probe = AddProbeObject(exports, "probe");
   AttachCoreProbe(probe);
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
+  AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 

@@ -32,36 +32,51 @@ function environmentFor(home, extra) {
 }
 
 /**
- * @param {object} test The running test's context.
+ * Starts a process and goes on.
+ * @param {object} test The running test's context; the process ends with it.
  * @param {string} source Script; `probe()` loads the test add-on.
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string}} [options] Deadline in
- *   milliseconds; `input` is what the script reads from standard input.
- * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
+ * @param {{env?: object, cwd?: string, nodeOptions?: string[]}} [options]
  */
-function runScript(test, source, options = {}) {
+function startScript(test, source, options = {}) {
   const home = temporaryDirectory(test);
   const child = spawn(process.execPath, [...(options.nodeOptions || []), '-e', prelude + source], {
     cwd: options.cwd || root,
     env: environmentFor(home, options.env || {}),
-    stdio: [options.input === undefined ? 'ignore' : 'pipe', 'pipe', 'pipe'],
+    stdio: 'pipe',
   });
-  if (options.input !== undefined) child.stdin.end(options.input);
   const output = { stdout: '', stderr: '' };
   for (const stream of ['stdout', 'stderr']) {
     child[stream].setEncoding('utf8').on('data', (text) => (output[stream] += text));
   }
-  return new Promise((resolve, reject) => {
-    const deadline = setTimeout(() => {
-      child.kill('SIGKILL');
-      reject(new Error(`no end within the deadline; so far: ${output.stdout}${output.stderr}`));
-    }, options.deadline || 60000);
-    child.on('error', reject);
-    // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open.
-    child.on('exit', (code, signal) => {
-      clearTimeout(deadline);
-      setImmediate(() => resolve({ code, signal, home, ...output }));
+  // A process that has ended early reads no more.
+  child.stdin.on('error', () => {});
+  test.after(() => child.kill('SIGKILL'));
+  // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open.
+  const ended = new Promise((resolve) =>
+    child.on('exit', (code, signal) => setImmediate(() => resolve({ code, signal, stderr: output.stderr }))),
+  );
+  const printed = (text) =>
+    eventually(() => output.stdout === text, `printing ${JSON.stringify(text)}`).catch((error) => {
+      throw new Error(`${error.message}; so far ${JSON.stringify(output)}`);
     });
-  });
+  return { process: child, home, output, ended, printed };
+}
+
+/**
+ * Runs a process to its end.
+ * @param {object} test
+ * @param {string} source
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string}} [options] Deadline in
+ *   milliseconds; `input` is what the script reads from standard input.
+ * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
+ */
+async function runScript(test, source, options = {}) {
+  const child = startScript(test, source, options);
+  child.process.stdin.end(options.input || '');
+  const timer = setTimeout(() => child.process.kill('SIGKILL'), options.deadline || 60000);
+  const { code, signal, stderr } = await child.ended;
+  clearTimeout(timer);
+  return { code, signal, stdout: child.output.stdout, stderr, home: child.home };
 }
 
 /** Runs `source` and gives what it printed as JSON. Fails when the process does not end well. */
@@ -82,4 +97,4 @@ async function eventually(condition, description, deadline = 20000) {
   }
 }
 
-module.exports = { temporaryDirectory, runScript, evaluate, eventually };
+module.exports = { temporaryDirectory, startScript, runScript, evaluate, eventually };

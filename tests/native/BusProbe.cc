@@ -1,0 +1,93 @@
+#include <memory>
+#include <optional>
+
+#include "PlatformProbe.h"
+#include "Platform/Linux/SessionBus.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+using Arguments = const v8::FunctionCallbackInfo<v8::Value>&;
+
+constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
+constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
+constexpr char kSettings[] = "org.freedesktop.portal.Settings";
+constexpr char kAppearance[] = "org.freedesktop.appearance";
+
+v8::Local<v8::String> Text(const std::string& text) {
+  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text.c_str()).ToLocalChecked();
+}
+
+void uniqueName(Arguments args) {
+  auto* bus = platform::SessionBus::Shared().Connection();
+  args.GetReturnValue().Set(Text(bus != nullptr ? bus->getUniqueName() : platform::SessionBus::Shared().LastError()));
+}
+
+std::optional<platform::SessionBus::Subscription>& Listening() {
+  static std::optional<platform::SessionBus::Subscription> subscription;
+  return subscription;
+}
+
+void Report(const std::shared_ptr<v8::Global<v8::Function>>& function, const char* event) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const v8::HandleScope handles(isolate);
+  const auto local = function->Get(isolate);
+  const auto context = local->GetCreationContext().ToLocalChecked();
+  const v8::Context::Scope entered(context);
+  v8::Local<v8::Value> argument = Text(event);
+  static_cast<void>(node::MakeCallback(isolate, context->Global(), local, 1, &argument, {0, 0}));
+}
+
+void listen(Arguments args) {
+  // A script function must be let go of before its engine ends.
+  node::AddEnvironmentCleanupHook(args.GetIsolate(), [](void*) { Listening().reset(); }, nullptr);
+  const auto function =
+      std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), args[0].As<v8::Function>());
+  Listening() = platform::SessionBus::Shared().Listen(
+      {[function] { Report(function, "connected"); }, [function] { Report(function, "disconnected"); }});
+}
+
+void stopListening(Arguments) { Listening().reset(); }
+
+// A settings portal that knows the colour scheme: no real one runs without a desktop.
+class Portal {
+ public:
+  explicit Portal(sdbus::IConnection& bus) : object_(sdbus::createObject(bus, kPortalPath)) {
+    object_->registerMethod("Read").onInterface(kSettings).implementedAs([this](const std::string&, const std::string&) {
+      return sdbus::Variant(sdbus::Variant(scheme_));
+    });
+    object_->registerSignal("SettingChanged")
+        .onInterface(kSettings)
+        .withParameters<std::string, std::string, sdbus::Variant>();
+    object_->finishRegistration();
+    bus.requestName(kPortal);
+  }
+
+  void Set(std::uint32_t scheme) {
+    scheme_ = scheme;
+    object_->emitSignal("SettingChanged")
+        .onInterface(kSettings)
+        .withArguments(std::string(kAppearance), std::string("color-scheme"), sdbus::Variant(scheme));
+  }
+
+ private:
+  std::uint32_t scheme_ = 0;
+  std::unique_ptr<sdbus::IObject> object_;
+};
+
+void setPortalScheme(Arguments args) {
+  static Portal portal(*platform::SessionBus::Shared().Connection());
+  portal.Set(args[0]->Uint32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0));
+}
+
+}  // namespace
+
+void AttachBusProbe(v8::Local<v8::Object> exports) {
+#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
+  PROBE(uniqueName);
+  PROBE(listen);
+  PROBE(stopListening);
+  PROBE(setPortalScheme);
+#undef PROBE
+}

@@ -1,0 +1,224 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const os = require('os');
+const { test } = require('node:test');
+
+const { startBus } = require('./support/bus');
+const { evaluate, runScript, startScript, temporaryDirectory } = require('./support/child');
+
+test('the main queue runs posts in order, on later turns, and leaves turns to others', async (t) => {
+  const result = await evaluate(
+    t,
+    `const { platform } = probe();
+     const seen = [];
+     const note = (name) => (where) => seen.push(name + (where ? ' ' + where : ''));
+     platform.postDelayed(30, note('delayed 30'));
+     platform.postDelayed(10, note('delayed 10'));
+     platform.post(note('first'));
+     platform.post(note('second'));
+     seen.push('posted');
+     let posts = 0, immediates = 0, done = false;
+     const postAgain = () => { if (!done) { ++posts; platform.post(postAgain); } };
+     const countImmediate = () => { ++immediates; if (!done) setImmediate(countImmediate); };
+     postAgain(); countImmediate();
+     setTimeout(() => { done = true; console.log(JSON.stringify({ seen, starved: posts > immediates * 3 + 10 })); }, 200);`,
+  );
+  assert.deepStrictEqual(result, {
+    seen: ['posted', 'first main', 'second main', 'delayed 10', 'delayed 30'],
+    starved: false,
+  });
+});
+
+test('posts from four threads all arrive, in the order of each thread', async (t) => {
+  const result = await evaluate(
+    t,
+    `const { platform } = probe();
+     const next = [0, 0, 0, 0];
+     let ordered = true, total = 0;
+     platform.postFromThreads(10000, (text) => {
+       const [thread, number] = text.split(':').map(Number);
+       ordered = ordered && next[thread]++ === number;
+       if (++total === 40000) { clearInterval(alive); console.log(JSON.stringify({ ordered, next })); }
+     });
+     const alive = setInterval(() => {}, 1000);`,
+  );
+  assert.deepStrictEqual(result, { ordered: true, next: [10000, 10000, 10000, 10000] });
+});
+
+test('the background queue works beside the main thread, and a hanging task stops no other', async (t) => {
+  const result = await evaluate(
+    t,
+    `const { platform } = probe();
+     const seen = [];
+     platform.background(600000, () => seen.push('never'));
+     let left = 8;
+     for (let i = 0; i < 8; ++i) platform.background(1, (where) => { seen.push(where); if (--left === 0) finish(); });
+     const alive = setInterval(() => {}, 1000);
+     // Ends although a task still runs.
+     function finish() { clearInterval(alive); console.log(JSON.stringify(seen)); process.exit(0); }`,
+  );
+  assert.deepStrictEqual(result, Array(8).fill('other'));
+});
+
+test('an Objective-C exception ends its task only', async (t) => {
+  const result = await evaluate(
+    t,
+    `const { platform } = probe();
+     platform.raiseOnMainQueue();
+     platform.post(() => { clearInterval(alive); console.log('"still running"'); });
+     const alive = setInterval(() => {}, 1000);`,
+  );
+  assert.strictEqual(result, 'still running');
+});
+
+test('waiting work does not keep the process', async (t) => {
+  const result = await runScript(t, `probe().platform.postDelayed(600000, () => {});`, { deadline: 20000 });
+  assert.deepStrictEqual([result.code, result.stderr], [0, '']);
+});
+
+test('kernel variables are read by their names', async (t) => {
+  const { ENOENT, EINVAL } = os.constants.errno;
+  const cases = [
+    ['kernel.ngroups_max', Number(fs.readFileSync('/proc/sys/kernel/ngroups_max', 'utf8'))],
+    ['sysctl.proc_translated', -ENOENT],
+    ['kernel.ostype', -EINVAL],
+    ['../../etc/passwd', -EINVAL],
+    ['kernel/ngroups_max', -EINVAL],
+    ['', -EINVAL],
+  ];
+  const values = await evaluate(
+    t,
+    `const { platform } = probe();
+     console.log(JSON.stringify(${JSON.stringify(cases)}.map(([name]) => platform.kernelVariable(name))));`,
+  );
+  cases.forEach(([name, expected], index) => assert.strictEqual(values[index], expected, name));
+});
+
+test('logs go where the base directory standard says', async (t) => {
+  const passwdHome = os.userInfo().homedir;
+  const cases = [
+    [{ XDG_STATE_HOME: '/state', HOME: '/home/x' }, 'Mail', '/state/Mail/logs'],
+    [{ XDG_STATE_HOME: '', HOME: '/home/x' }, 'Mail', '/home/x/.local/state/Mail/logs'],
+    [{ XDG_STATE_HOME: 'relative', HOME: '/home/x' }, 'a/../b', '/home/x/.local/state/a_.._b/logs'],
+    [{ XDG_STATE_HOME: '', HOME: '' }, '..', `${passwdHome}/.local/state/_../logs`],
+    [{ XDG_STATE_HOME: '', HOME: 'relative' }, '', `${passwdHome}/.local/state/_/logs`],
+  ];
+  for (const [environment, name, expected] of cases) {
+    const directory = await evaluate(
+      t,
+      `const p = probe();
+       Object.assign(process.env, ${JSON.stringify(environment)});
+       console.log(JSON.stringify(p.platform.logDirectory(${JSON.stringify(name)})));`,
+    );
+    assert.strictEqual(directory, expected);
+  }
+});
+
+test('the preferred languages are those of the environment, as BCP 47 identifiers', async (t) => {
+  const cases = [
+    [{ LANG: 'de_AT.UTF-8@euro' }, 'de-AT'],
+    [{ LANG: 'fr_FR.UTF-8', LC_ALL: 'pt_BR' }, 'pt-BR'],
+    [{ LANG: 'fr_FR.UTF-8', LC_MESSAGES: 'it' }, 'it'],
+    [{ LANG: 'de_AT.UTF-8', LANGUAGE: 'de_AT:de::en_GB:de' }, 'de-AT,de,en-GB'],
+    [{ LANG: 'C.UTF-8', LANGUAGE: 'de' }, 'en'],
+    [{ LC_ALL: 'POSIX', LANG: 'de' }, 'en'],
+    [{}, 'en'],
+  ];
+  for (const [environment, expected] of cases) {
+    const env = { LANG: '', LANGUAGE: '', LC_ALL: '', LC_MESSAGES: '', ...environment };
+    const script = 'console.log(JSON.stringify(probe().platform.preferredLanguages()))';
+    assert.strictEqual(await evaluate(t, script, { env }), expected, JSON.stringify(environment));
+  }
+});
+
+test('without a bus there is a reason, and no waiting', async (t) => {
+  for (const address of [undefined, '', 'disabled:', 'unix:path=/nonexistent', 'nonsense', 'tcp:host=127.0.0.1,port=1']) {
+    const env = address === undefined ? {} : { DBUS_SESSION_BUS_ADDRESS: address };
+    const result = await evaluate(
+      t,
+      `const { bus, module: m } = probe();
+       let events = 0;
+       bus.listen(() => ++events);
+       console.log(JSON.stringify([bus.uniqueName(), m.isDarkMode(), events]));`,
+      { env, deadline: 10000 },
+    );
+    assert.match(result[0], /^[\w.]*Error[\w.]*: ./, `${address}`);
+    assert.deepStrictEqual(result.slice(1), [false, 0]);
+  }
+});
+
+test('a bus that dies and comes back is connected to again', async (t) => {
+  const directory = temporaryDirectory(t);
+  const first = await startBus(t, directory);
+  const child = startScript(
+    t,
+    `const { bus } = probe();
+     bus.listen((event) => console.log(event === 'connected' ? event + ' ' + bus.uniqueName().startsWith(':1.') : event));
+     process.stdin.on('data', () => process.exit(0));`,
+    { env: { DBUS_SESSION_BUS_ADDRESS: first.address } },
+  );
+  await child.printed('connected true\n');
+  await first.stop();
+  await child.printed('connected true\ndisconnected\n');
+  await startBus(t, directory);
+  await child.printed('connected true\ndisconnected\nconnected true\n');
+  child.process.stdin.write('end');
+  assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
+});
+
+test('an idle connection costs no time and does not keep the process', async (t) => {
+  const { address } = await startBus(t, temporaryDirectory(t));
+  const env = { DBUS_SESSION_BUS_ADDRESS: address };
+  const share = await evaluate(
+    t,
+    `const { bus } = probe();
+     bus.listen(() => {});
+     setTimeout(() => {
+       const before = process.cpuUsage();
+       setTimeout(() => {
+         const { user, system } = process.cpuUsage(before);
+         console.log(JSON.stringify((user + system) / 2e6));
+       }, 2000);
+     }, 300);`,
+    { env },
+  );
+  t.diagnostic(`${(share * 100).toFixed(3)} % of a processor`);
+  assert.ok(share < 0.02, `${share}`);
+  const result = await runScript(t, 'probe().bus.listen(() => {});', { env, deadline: 20000 });
+  assert.strictEqual(result.code, 0);
+});
+
+test('the appearance is what the desktop’s settings say, now and later', async (t) => {
+  const { address } = await startBus(t, temporaryDirectory(t));
+  const env = { DBUS_SESSION_BUS_ADDRESS: address, GTK_THEME: 'Adwaita:dark' };
+  const asking = startScript(
+    t,
+    `const { module: m } = probe();
+     let last;
+     setInterval(() => { if (m.isDarkMode() !== last) console.log(last = m.isDarkMode()); }, 5);
+     process.stdin.on('data', () => process.exit(0));`,
+    { env },
+  );
+  // Nobody knows but the theme; then a portal comes and says light, then dark, and goes.
+  await asking.printed('true\n');
+  const portal = startScript(
+    t,
+    `const { bus } = probe();
+     bus.setPortalScheme(0);
+     process.stdin.on('data', (data) => bus.setPortalScheme(Number(data)));
+     process.stdin.on('end', () => process.exit(0));`,
+    { env },
+  );
+  await asking.printed('true\nfalse\n');
+  portal.process.stdin.write('1');
+  await asking.printed('true\nfalse\ntrue\n');
+  portal.process.stdin.write('2');
+  await asking.printed('true\nfalse\ntrue\nfalse\n');
+  portal.process.stdin.end();
+  await portal.ended;
+  await asking.printed('true\nfalse\ntrue\nfalse\ntrue\n');
+  asking.process.stdin.write('end');
+  await asking.ended;
+});

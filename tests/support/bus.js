@@ -1,0 +1,38 @@
+'use strict';
+
+// A session bus of the test's own.
+
+const { spawn } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+
+const { eventually } = require('./child');
+
+function configuration(socket) {
+  return `<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+    "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+  <busconfig>
+    <type>session</type>
+    <listen>unix:path=${socket}</listen>
+    <policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
+  </busconfig>`;
+}
+
+/** Starts a bus in `directory`; it ends with the test, or with `stop()`. Started again, it has the same address. */
+async function startBus(test, directory) {
+  const socket = path.join(directory, 'bus');
+  const file = path.join(directory, 'bus.conf');
+  fs.rmSync(socket, { force: true });
+  fs.writeFileSync(file, configuration(socket));
+  const daemon = spawn('dbus-daemon', ['--nofork', '--nosyslog', `--config-file=${file}`], { stdio: 'ignore' });
+  const ended = new Promise((resolve) => daemon.on('exit', resolve));
+  const stop = async () => {
+    daemon.kill();
+    await ended;
+  };
+  test.after(stop);
+  await eventually(() => fs.existsSync(socket), 'the bus listens');
+  return { address: `unix:path=${socket}`, stop };
+}
+
+module.exports = { startBus };
