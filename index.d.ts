@@ -276,11 +276,7 @@ export function generatePreview(
 ): void;
 
 /** _Not available yet._ */
-export function showFileDialog(
-  window: WindowHandle,
-  options: JSONText,
-  callback: (...values: unknown[]) => void,
-): void;
+export function showFileDialog(window: WindowHandle, options: JSONText, callback: (...values: unknown[]) => void): void;
 
 /** _Not available yet._ */
 export function writeFile(path: string, content: object, append: boolean): string | undefined;

@@ -28,7 +28,11 @@ const env = redirectGNUstep(home, { ...process.env, HOME: home });
 const samples = Object.fromEntries(Object.keys(peers).map((name) => [name, { elapsed: [], memory: [] }]));
 for (let round = 0; round < 11; ++round) {
   for (const [name, script] of Object.entries(peers)) {
-    const { stdout } = spawnSync(process.execPath, ['-e', script], { cwd: root, env, stdio: ['ignore', 'pipe', 'ignore'] });
+    const { stdout } = spawnSync(process.execPath, ['-e', script], {
+      cwd: root,
+      env,
+      stdio: ['ignore', 'pipe', 'ignore'],
+    });
     const { elapsed, memory } = JSON.parse(stdout.toString());
     samples[name].elapsed.push(elapsed);
     samples[name].memory.push(memory);
@@ -36,6 +40,7 @@ for (let round = 0; round < 11; ++round) {
 }
 fs.rmSync(home, { recursive: true, force: true });
 
-const column = (key) => Object.fromEntries(Object.entries(samples).map(([name, values]) => [name, summary(values[key])]));
+const column = (key) =>
+  Object.fromEntries(Object.entries(samples).map(([name, values]) => [name, summary(values[key])]));
 report('Loading, time', column('elapsed'), { unit: 'ms', scale: 1e6 });
 report('Loading, memory', column('memory'), { unit: 'MB', scale: 1048576 });

@@ -10,7 +10,9 @@ const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 
 let failed = 0;
 for (const name of chosen) {
-  const { status } = spawnSync(process.execPath, ['--expose-gc', path.join(__dirname, `${name}.js`)], { stdio: 'inherit' });
+  const { status } = spawnSync(process.execPath, ['--expose-gc', path.join(__dirname, `${name}.js`)], {
+    stdio: 'inherit',
+  });
   if (status !== 0) {
     console.error(`bench ${name} ended with ${status}`);
     ++failed;

@@ -34,7 +34,9 @@ function report(title, results, { unit = 'ns', scale = 1 } = {}) {
   const width = Math.max(...Object.keys(results).map((name) => name.length));
   for (const [name, { median: middle, least, most }] of Object.entries(results)) {
     const range = `${figure(least)} – ${figure(most)}`;
-    console.log(`  ${name.padEnd(width)}  ${figure(middle).padStart(9)}  ${range.padEnd(20)}  ${(middle / first.median).toFixed(2)}`);
+    console.log(
+      `  ${name.padEnd(width)}  ${figure(middle).padStart(9)}  ${range.padEnd(20)}  ${(middle / first.median).toFixed(2)}`,
+    );
   }
 }
 

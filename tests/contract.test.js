@@ -143,7 +143,12 @@ const allowedCounts = ({ count }) => [count?.atLeast ?? count ?? []].flat();
 function countText({ count }) {
   if (count === null) return [];
   if (count.atLeast !== undefined) return [`args.Length() >= ${count.atLeast}`];
-  return [[count].flat().map((n) => `args.Length() == ${n}`).join(' || ')];
+  return [
+    [count]
+      .flat()
+      .map((n) => `args.Length() == ${n}`)
+      .join(' || '),
+  ];
 }
 
 const typeText = ([index, types]) => types.map((type) => `args[${index}]->Is${type}()`).join(' || ');
@@ -160,7 +165,10 @@ function violations(contract) {
   const args = validArguments(contract);
   const list = countText(contract).map((condition) => ({
     condition,
-    args: contract.count === 0 || [contract.count].flat().includes(0) ? ['1'] : args.slice(0, allowedCounts(contract)[0] - 1),
+    args:
+      contract.count === 0 || [contract.count].flat().includes(0)
+        ? ['1']
+        : args.slice(0, allowedCounts(contract)[0] - 1),
   }));
   for (const [index, types] of Object.entries(contract.types)) {
     const broken = [...args];
@@ -221,7 +229,9 @@ test('a call that keeps its contract but can get nothing answers "nothing"', asy
 
 // One process for each violated condition, a few at a time.
 test('a violated condition ends the process with its text', async (t) => {
-  const { functionTable } = { functionTable: await evaluate(t, 'console.log(JSON.stringify(probe().functionTable()))') };
+  const { functionTable } = {
+    functionTable: await evaluate(t, 'console.log(JSON.stringify(probe().functionTable()))'),
+  };
   const lines = new Map(functionTable.map((row) => [row.name, row.line]));
   const queue = contracts.flatMap(violations);
   assert.ok(queue.length > 130, `${queue.length} conditions`);

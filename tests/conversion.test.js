@@ -42,7 +42,11 @@ test('lone surrogates become U+FFFD, as they would through UTF-8', async (t) => 
   );
   texts.forEach((text, index) => {
     const throughUtf8 = Buffer.from(text, 'utf8');
-    assert.deepStrictEqual(results[index], [throughUtf8.toString(), throughUtf8.toString(), throughUtf8.toString('hex')]);
+    assert.deepStrictEqual(results[index], [
+      throughUtf8.toString(),
+      throughUtf8.toString(),
+      throughUtf8.toString('hex'),
+    ]);
   });
 });
 
@@ -64,7 +68,10 @@ test('other values convert by their string form', async (t) => {
     ['Object.create(null)', '<string conversion failed>'],
     ['({ toString() { throw new Error("no"); } })', '<string conversion failed>'],
     ['new Proxy({}, { get() { throw new Error("no"); } })', '<string conversion failed>'],
-    ['(() => { const { proxy, revoke } = Proxy.revocable({}, {}); revoke(); return proxy; })()', '<string conversion failed>'],
+    [
+      '(() => { const { proxy, revoke } = Proxy.revocable({}, {}); revoke(); return proxy; })()',
+      '<string conversion failed>',
+    ],
   ];
   const results = await evaluate(
     t,
@@ -75,13 +82,33 @@ test('other values convert by their string form', async (t) => {
 });
 
 test('UTF-8 from outside is mended, never refused', async (t) => {
-  const cases = ['', '41', 'c3a9', 'f09f9880', 'ff', '41c3', 'e282', 'eda080', 'c080', '410042', 'f4908080', '80', 'c3a941ffe4bda0'];
+  const cases = [
+    '',
+    '41',
+    'c3a9',
+    'f09f9880',
+    'ff',
+    '41c3',
+    'e282',
+    'eda080',
+    'c080',
+    '410042',
+    'f4908080',
+    '80',
+    'c3a941ffe4bda0',
+  ];
   const results = await evaluate(
     t,
     `const { fromUtf8 } = probe();
      console.log(JSON.stringify(${JSON.stringify(cases)}.map((hex) => fromUtf8(Buffer.from(hex, 'hex')))));`,
   );
-  cases.forEach((hex, index) => assert.strictEqual(results[index], new TextDecoder('utf-8', { ignoreBOM: true }).decode(Buffer.from(hex, 'hex')), hex));
+  cases.forEach((hex, index) =>
+    assert.strictEqual(
+      results[index],
+      new TextDecoder('utf-8', { ignoreBOM: true }).decode(Buffer.from(hex, 'hex')),
+      hex,
+    ),
+  );
 });
 
 test('object handles are 8 bytes and come back as the same object', async (t) => {

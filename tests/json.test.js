@@ -31,7 +31,9 @@ test('what is valid comes back the same', async (t) => {
     '['.repeat(512) + ']'.repeat(512),
   ];
   const results = await roundTrips(t, cases);
-  cases.forEach((text, index) => assert.deepStrictEqual(JSON.parse(results[index]), JSON.parse(text), text.slice(0, 80)));
+  cases.forEach((text, index) =>
+    assert.deepStrictEqual(JSON.parse(results[index]), JSON.parse(text), text.slice(0, 80)),
+  );
   // The first seven have one way to be written only.
   assert.deepStrictEqual(results.slice(0, 7), cases.slice(0, 7));
 });
@@ -48,9 +50,15 @@ test('what is read otherwise than it is written', async (t) => {
     ['[123456789012345678901234567890]', '[1.2345678901234568e+29]'],
     ['["\\ud83d"]', '["\ufffd"]'],
     ['["\\ude00\\ud83d x \\ud83d\\ude00"]', '["\ufffd\ufffd x 😀"]'],
-    ['["12345678901234567890123 \\ud800",12345678901234567890123]', '["12345678901234567890123 \ufffd",1.2345678901234568e+22]'],
+    [
+      '["12345678901234567890123 \\ud800",12345678901234567890123]',
+      '["12345678901234567890123 \ufffd",1.2345678901234568e+22]',
+    ],
   ];
-  const results = await roundTrips(t, cases.map(([text]) => text));
+  const results = await roundTrips(
+    t,
+    cases.map(([text]) => text),
+  );
   cases.forEach(([text, expected], index) => {
     if (expected !== null) return assert.strictEqual(results[index], expected, text);
     return assert.deepStrictEqual(JSON.parse(results[index]), JSON.parse(text), text);
@@ -59,11 +67,56 @@ test('what is read otherwise than it is written', async (t) => {
 
 test('what is not JSON, or has no container around it, is refused with an error', async (t) => {
   const texts = [
-    '', ' ', '[', ']', '{', '[1,]', '{"a":1,}', '[1 2]', '[1] x', '[1][2]', '[01]', '[1.]', '[.5]', '[+1]', '[-]', '[1e]', '[1e400]',
-    '[0x1]', '[NaN]', '[Infinity]', '[nul]', '[True]', "['a']", '["a]', '["\\x"]', '["\\u12"]', '["\\u12g4"]', '["\t"]', '["\n"]',
-    '{"a"}', '{"a":}', '{a:1}', '{1:2}', '{"a":1 "b":2}', '[1,,2]', '[,1]', '//x\n[]', '[] //x', '\u00a0[]', '[\u2028]',
-    '1', '"text"', 'null', 'true', '['.repeat(513) + ']'.repeat(513), '{"a":'.repeat(600) + '1' + '}'.repeat(600),
-    '[123456789012345678901234567890', '["\\ud83d]', '[12345678901234567890123x]', '[-012345678901234567890123]',
+    '',
+    ' ',
+    '[',
+    ']',
+    '{',
+    '[1,]',
+    '{"a":1,}',
+    '[1 2]',
+    '[1] x',
+    '[1][2]',
+    '[01]',
+    '[1.]',
+    '[.5]',
+    '[+1]',
+    '[-]',
+    '[1e]',
+    '[1e400]',
+    '[0x1]',
+    '[NaN]',
+    '[Infinity]',
+    '[nul]',
+    '[True]',
+    "['a']",
+    '["a]',
+    '["\\x"]',
+    '["\\u12"]',
+    '["\\u12g4"]',
+    '["\t"]',
+    '["\n"]',
+    '{"a"}',
+    '{"a":}',
+    '{a:1}',
+    '{1:2}',
+    '{"a":1 "b":2}',
+    '[1,,2]',
+    '[,1]',
+    '//x\n[]',
+    '[] //x',
+    '\u00a0[]',
+    '[\u2028]',
+    '1',
+    '"text"',
+    'null',
+    'true',
+    '['.repeat(513) + ']'.repeat(513),
+    '{"a":'.repeat(600) + '1' + '}'.repeat(600),
+    '[123456789012345678901234567890',
+    '["\\ud83d]',
+    '[12345678901234567890123x]',
+    '[-012345678901234567890123]',
   ];
   const errors = await evaluate(
     t,
@@ -72,7 +125,9 @@ test('what is not JSON, or has no container around it, is refused with an error'
      console.log(JSON.stringify([...texts, null].map((text) => values.readError(text) ?? null)));`,
     { input: JSON.stringify(texts) },
   );
-  [...texts, null].forEach((text, index) => assert.match(errors[index] ?? 'accepted', /^NSCocoaErrorDomain 3840 \S/, JSON.stringify(text)));
+  [...texts, null].forEach((text, index) =>
+    assert.match(errors[index] ?? 'accepted', /^NSCocoaErrorDomain 3840 \S/, JSON.stringify(text)),
+  );
 });
 
 test('what JSON cannot hold is logged and gives nothing', async (t) => {
@@ -85,7 +140,10 @@ test('what JSON cannot hold is logged and gives nothing', async (t) => {
      flushLog();
      console.log(JSON.stringify({ written, log: capturedLog().map((m) => [m.flag, m.text]) }));`,
   );
-  assert.deepStrictEqual(written, names.map(() => null));
+  assert.deepStrictEqual(
+    written,
+    names.map(() => null),
+  );
   assert.strictEqual(log.length, names.length);
   for (const [flag, text] of log) {
     assert.strictEqual(flag, 1);
@@ -136,7 +194,10 @@ function generator(seed) {
 test('random documents come back the same', async (t) => {
   const { value } = generator(20260101);
   const documents = Array.from({ length: 400 }, () => [value(0)]);
-  const results = await roundTrips(t, documents.map((document) => JSON.stringify(document)));
+  const results = await roundTrips(
+    t,
+    documents.map((document) => JSON.stringify(document)),
+  );
   documents.forEach((document, index) => assert.deepStrictEqual(JSON.parse(results[index]), document));
 });
 
@@ -158,10 +219,16 @@ test('damaged documents are accepted and refused as the engine does', async (t) 
   };
   texts.forEach((text, index) => {
     const expected = parse(text);
-    const isFinite = !/Infinity/.test(require('util').inspect(expected, { depth: null, maxArrayLength: null, maxStringLength: 0 }));
+    const isFinite = !/Infinity/.test(
+      require('util').inspect(expected, { depth: null, maxArrayLength: null, maxStringLength: 0 }),
+    );
     const isContainer = typeof expected === 'object' && expected !== null;
     if (!isContainer || !isFinite) return assert.strictEqual(results[index], null, text);
     // Lone surrogates do not survive, by design; the rest does.
-    return assert.deepStrictEqual(JSON.parse(results[index]), JSON.parse(JSON.stringify(expected).replace(/\\ud[89a-f]../g, '\ufffd')), text);
+    return assert.deepStrictEqual(
+      JSON.parse(results[index]),
+      JSON.parse(JSON.stringify(expected).replace(/\\ud[89a-f]../g, '\ufffd')),
+      text,
+    );
   });
 });

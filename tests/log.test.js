@@ -67,7 +67,10 @@ test('the file rolls over after a day, and one file is kept', async (t) => {
   assert.strictEqual(days[0], true);
   [0, 1, 2].forEach((day) => {
     assert.strictEqual(days[day + 1].length, 1, `one file on day ${day}`);
-    assert.match(days[day + 1][0], new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`));
+    assert.match(
+      days[day + 1][0],
+      new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`),
+    );
   });
   assert.ok(fs.existsSync(foreign));
   assert.ok(!fs.existsSync(stale));
@@ -101,6 +104,9 @@ test('everything logged before the process ends is in the file', async (t) => {
     const [file] = fs.readdirSync(logs);
     const lines = fs.readFileSync(path.join(logs, file), 'utf8').trim().split('\n');
     assert.strictEqual(lines.filter((line) => /message \d+ /.test(line)).length, 20000, end);
-    assert.match(lines.findLast((line) => line.includes('message ')), /message 19999 /);
+    assert.match(
+      lines.findLast((line) => line.includes('message ')),
+      /message 19999 /,
+    );
   }
 });

@@ -134,7 +134,14 @@ test('the preferred languages are those of the environment, as BCP 47 identifier
 });
 
 test('without a bus there is a reason, and no waiting', async (t) => {
-  for (const address of [undefined, '', 'disabled:', 'unix:path=/nonexistent', 'nonsense', 'tcp:host=127.0.0.1,port=1']) {
+  for (const address of [
+    undefined,
+    '',
+    'disabled:',
+    'unix:path=/nonexistent',
+    'nonsense',
+    'tcp:host=127.0.0.1,port=1',
+  ]) {
     const env = address === undefined ? {} : { DBUS_SESSION_BUS_ADDRESS: address };
     const result = await evaluate(
       t,

@@ -123,7 +123,9 @@ test('what a callback throws in a call from the event loop is an uncaught except
      const alive = setTimeout(() => {}, 30000);`;
   const handled = await runScript(
     t,
-    source(`process.on('uncaughtException', (error) => { console.log('handled ' + error.message); process.exit(7); });`),
+    source(
+      `process.on('uncaughtException', (error) => { console.log('handled ' + error.message); process.exit(7); });`,
+    ),
   );
   assert.deepStrictEqual([handled.code, handled.stdout], [7, 'handled mine\n']);
   const unhandled = await runScript(t, source(''));

@@ -10,7 +10,10 @@ const { evaluate, runScript } = require('./support/child');
 
 const logOf = (home) => {
   const directory = path.join(home, 'state', 'node', 'logs');
-  return fs.readdirSync(directory).map((name) => fs.readFileSync(path.join(directory, name), 'utf8')).join('');
+  return fs
+    .readdirSync(directory)
+    .map((name) => fs.readFileSync(path.join(directory, name), 'utf8'))
+    .join('');
 };
 
 test('the start-up steps run in their order, once, however often the module is loaded', async (t) => {
@@ -114,7 +117,10 @@ test('without a window server, what needs one says so and answers "nothing"', as
   );
   assert.deepStrictEqual(result, {
     answers: [null, false],
-    log: ['windowOnly needs a window server, and there is none', 'hasMainWindow needs a window server, and there is none'],
+    log: [
+      'windowOnly needs a window server, and there is none',
+      'hasMainWindow needs a window server, and there is none',
+    ],
   });
 });
 
@@ -138,11 +144,31 @@ test('a worker is refused with an error, before and after the main thread has lo
 test('the process ends well: by itself, by exit during a callback, and with exceptions pending', async (t) => {
   const cases = [
     ['by itself', '', 0],
-    ['exit in a callback', `m.setNetworkReachabilityCallbackFunction(() => process.exit(3)); p.callReachability(true);`, 3],
-    ['exit in a callback from the event loop', `m.setNetworkReachabilityCallbackFunction(() => process.exit(4)); p.callReachabilityLater(true); setTimeout(() => {}, 30000);`, 4],
-    ['exit with a call still queued', `m.setNetworkReachabilityCallbackFunction(() => process.exit(9)); p.callReachabilityLater(true); process.exit(5);`, 5],
-    ['native events after exit has begun', `m.setNetworkReachabilityCallbackFunction(() => {}); process.on('exit', () => { p.callReachabilityLater(true); p.callReachability(true); });`, 0],
-    ['posts from a thread at exit', `for (let i = 0; i < 1000; ++i) p.postNotificationFromThread('Ts', 'x'); process.exit(6);`, 6],
+    [
+      'exit in a callback',
+      `m.setNetworkReachabilityCallbackFunction(() => process.exit(3)); p.callReachability(true);`,
+      3,
+    ],
+    [
+      'exit in a callback from the event loop',
+      `m.setNetworkReachabilityCallbackFunction(() => process.exit(4)); p.callReachabilityLater(true); setTimeout(() => {}, 30000);`,
+      4,
+    ],
+    [
+      'exit with a call still queued',
+      `m.setNetworkReachabilityCallbackFunction(() => process.exit(9)); p.callReachabilityLater(true); process.exit(5);`,
+      5,
+    ],
+    [
+      'native events after exit has begun',
+      `m.setNetworkReachabilityCallbackFunction(() => {}); process.on('exit', () => { p.callReachabilityLater(true); p.callReachability(true); });`,
+      0,
+    ],
+    [
+      'posts from a thread at exit',
+      `for (let i = 0; i < 1000; ++i) p.postNotificationFromThread('Ts', 'x'); process.exit(6);`,
+      6,
+    ],
   ];
   for (const [name, script, code] of cases) {
     await t.test(name, async (subtest) => {

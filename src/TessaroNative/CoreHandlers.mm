@@ -46,9 +46,7 @@ void getPreferredLanguages(const v8::FunctionCallbackInfo<v8::Value>& args) {
   ReturnString(args, TsConvertToJSONString([NSLocale preferredLanguages]));
 }
 
-void isDarkMode(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  args.GetReturnValue().Set(TsIsDarkMode());
-}
+void isDarkMode(const v8::FunctionCallbackInfo<v8::Value>& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
 
 void macOSVersion(const v8::FunctionCallbackInfo<v8::Value>& args) {
   ReturnString(args, [[NSProcessInfo processInfo] ts_osVersion]);

@@ -3,8 +3,8 @@
 #import <Foundation/Foundation.h>
 #include <node.h>
 
-#include <optional>
 #include <array>
+#include <optional>
 
 #include "Utilities/TsApplicationIsolate.h"
 #include "Utilities/TsCallbackSetters.h"
@@ -114,27 +114,45 @@ void TsCallbackSlots::Clear() {
   }
 }
 
-void SetCurrentStateCallbackFunction(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().currentState.Set(function); }
+void SetCurrentStateCallbackFunction(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().currentState.Set(function);
+}
 
-void SetComposeOutgoingMessageCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().composeOutgoingMessage.Set(function); }
+void SetComposeOutgoingMessageCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().composeOutgoingMessage.Set(function);
+}
 
 void SetSearchServiceCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().searchService.Set(function); }
 
-void SetNetworkReachabilityCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().reachability.Set(function); }
+void SetNetworkReachabilityCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().reachability.Set(function);
+}
 
-void SetWindowNotificationCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().windowNotification.Set(function); }
+void SetWindowNotificationCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().windowNotification.Set(function);
+}
 
-void SetQueryWindowTraitCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().queryWindowTrait.Set(function); }
+void SetQueryWindowTraitCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().queryWindowTrait.Set(function);
+}
 
 void SetDragAndDropCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().dragAndDrop.Set(function); }
 
-void SetKeyboardModifierKeysCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().keyboardModifierKeys.Set(function); }
+void SetKeyboardModifierKeysCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().keyboardModifierKeys.Set(function);
+}
 
-void SetNotificationActivationCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().notificationActivation.Set(function); }
+void SetNotificationActivationCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().notificationActivation.Set(function);
+}
 
-void SetStatusItemMenuNeedsUpdateCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.Set(function); }
+void SetStatusItemMenuNeedsUpdateCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.Set(function);
+}
 
-void SetAppcastParameterCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().appcastParameter.Set(function); }
+void SetAppcastParameterCallback(v8::Local<v8::Value> function) {
+  TsCallbackSlots::Shared().appcastParameter.Set(function);
+}
 
 void SetToolbarCallbacks(v8::Local<v8::Value> validation, v8::Local<v8::Value> action, v8::Local<v8::Value> addTab) {
   TsCallbackSlots& slots = TsCallbackSlots::Shared();

@@ -81,7 +81,8 @@ class Repair {
   void Escape() {
     const int unit = EscapedUnit(rest_);
     if (unit < 0) return Keep(2);
-    if (IsHighSurrogate(unit) && IsLowSurrogate(EscapedUnit(rest_.substr(kEscapeLength)))) return Keep(2 * kEscapeLength);
+    if (IsHighSurrogate(unit) && IsLowSurrogate(EscapedUnit(rest_.substr(kEscapeLength))))
+      return Keep(2 * kEscapeLength);
     if (!IsHighSurrogate(unit) && !IsLowSurrogate(unit)) return Keep(kEscapeLength);
     repaired_ += "\\ufffd";
     rest_.remove_prefix(kEscapeLength);

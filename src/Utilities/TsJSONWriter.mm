@@ -247,7 +247,9 @@ NSString* WriteAsNarrowAsPossible(id object, NSError*& error) {
   return nil;
 }
 
-bool IsContainer(id object) { return [object isKindOfClass:[NSArray class]] || [object isKindOfClass:[NSDictionary class]]; }
+bool IsContainer(id object) {
+  return [object isKindOfClass:[NSArray class]] || [object isKindOfClass:[NSDictionary class]];
+}
 
 }  // namespace
 

@@ -6,8 +6,8 @@
 //
 // TsLogText* take UTF-8 text (std::string_view) and serve plain C++; the others take an NSString format with its
 // arguments and serve Objective-C++.
-#define TS_LOG_TEXT(flag_, text_)                                                                           \
-  TsLogFacility::Shared().Log(                                                                              \
+#define TS_LOG_TEXT(flag_, text_) \
+  TsLogFacility::Shared().Log(    \
       {.text = (text_), .flag = (flag_), .file = __FILE__, .function = __PRETTY_FUNCTION__, .line = __LINE__})
 
 #define TsLogTextError(text) TS_LOG_TEXT(TsLogFlag::Error, text)

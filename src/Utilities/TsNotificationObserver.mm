@@ -31,8 +31,5 @@
 void TsObserveOnMainQueue(NSString* name, std::function<void(NSNotification*)> handler) {
   // The notification centre does not retain its observers; this one stays for the life of the process.
   auto observer = Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]);
-  [[NSNotificationCenter defaultCenter] addObserver:observer.Leak()
-                                           selector:@selector(receive:)
-                                               name:name
-                                             object:nil];
+  [[NSNotificationCenter defaultCenter] addObserver:observer.Leak() selector:@selector(receive:) name:name object:nil];
 }

@@ -129,7 +129,8 @@ void ReplaceLoneSurrogates(char16_t* characters, std::size_t length) noexcept {
     }
     for (const std::size_t end = std::min(index + kBlock, length); index < end; ++index) {
       if (!IsSurrogate(characters[index])) continue;
-      const bool isPair = IsHighSurrogate(characters[index]) && index + 1 < length && IsLowSurrogate(characters[index + 1]);
+      const bool isPair =
+          IsHighSurrogate(characters[index]) && index + 1 < length && IsLowSurrogate(characters[index + 1]);
       if (isPair) {
         ++index;
       } else {
@@ -145,7 +146,8 @@ std::size_t Latin1ToUtf8(const std::uint8_t* characters, std::size_t length, cha
     const std::size_t copied = CopyAsciiBlocks(characters + index, length - index, next);
     index += copied;
     next += copied;
-    for (const std::size_t end = std::min(index + kBlock, length); index < end;) next = PutUtf8(characters[index++], next);
+    for (const std::size_t end = std::min(index + kBlock, length); index < end;)
+      next = PutUtf8(characters[index++], next);
   }
   return static_cast<std::size_t>(next - out);
 }

@@ -1,8 +1,8 @@
 #include <memory>
 #include <optional>
 
-#include "PlatformProbe.h"
 #include "Platform/Linux/SessionBus.h"
+#include "PlatformProbe.h"
 
 namespace platform = tessaro::platform;
 
@@ -41,7 +41,8 @@ void Report(const std::shared_ptr<v8::Global<v8::Function>>& function, const cha
 
 void listen(Arguments args) {
   // A script function must be let go of before its engine ends.
-  node::AddEnvironmentCleanupHook(args.GetIsolate(), [](void*) { Listening().reset(); }, nullptr);
+  node::AddEnvironmentCleanupHook(
+      args.GetIsolate(), [](void*) { Listening().reset(); }, nullptr);
   const auto function =
       std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), args[0].As<v8::Function>());
   Listening() = platform::SessionBus::Shared().Listen(
@@ -54,9 +55,8 @@ void stopListening(Arguments) { Listening().reset(); }
 class Portal {
  public:
   explicit Portal(sdbus::IConnection& bus) : object_(sdbus::createObject(bus, kPortalPath)) {
-    object_->registerMethod("Read").onInterface(kSettings).implementedAs([this](const std::string&, const std::string&) {
-      return sdbus::Variant(sdbus::Variant(scheme_));
-    });
+    object_->registerMethod("Read").onInterface(kSettings).implementedAs(
+        [this](const std::string&, const std::string&) { return sdbus::Variant(sdbus::Variant(scheme_)); });
     object_->registerSignal("SettingChanged")
         .onInterface(kSettings)
         .withParameters<std::string, std::string, sdbus::Variant>();

@@ -96,9 +96,9 @@ void handleOfBundle(ProbeArguments args) {
 
 void describeHandle(ProbeArguments args) {
   const id object = ToObjcObject(args[0]);
-  args.GetReturnValue().Set(object == nil                        ? Text(args.GetIsolate(), "nil")
+  args.GetReturnValue().Set(object == nil                     ? Text(args.GetIsolate(), "nil")
                             : object == [NSBundle mainBundle] ? Text(args.GetIsolate(), "main bundle")
-                                                                 : Text(args.GetIsolate(), "other"));
+                                                              : Text(args.GetIsolate(), "other"));
 }
 
 void copyData(ProbeArguments args) {
@@ -123,9 +123,7 @@ void callDragAndDrop(ProbeArguments) {
   TsCallbackSlots::Shared().dragAndDrop.Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
 }
 
-void callReachability(ProbeArguments args) {
-  TsCallbackSlots::Shared().reachability.Call({args[0]->IsTrue()});
-}
+void callReachability(ProbeArguments args) { TsCallbackSlots::Shared().reachability.Call({args[0]->IsTrue()}); }
 
 // Calls the slot from the event loop, where no script is running.
 void callReachabilityLater(ProbeArguments args) {
@@ -173,9 +171,8 @@ void functionTable(ProbeArguments args) {
     Set(row, "landed", v8::Boolean::New(isolate, function.handler != nullptr));
     Set(row, "line", v8::Integer::New(isolate, function.line));
     Set(row, "needsWindowServer", v8::Boolean::New(isolate, function.needs == Needs::WindowServer));
-    Set(row, "conditions", List(isolate, function.contract, [&](const Condition& condition) {
-          return Text(isolate, condition.Text());
-        }));
+    Set(row, "conditions",
+        List(isolate, function.contract, [&](const Condition& condition) { return Text(isolate, condition.Text()); }));
     return row;
   }));
 }

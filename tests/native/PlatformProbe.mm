@@ -71,11 +71,12 @@ void postFromThreads(ProbeArguments args) {
 }
 
 void background(ProbeArguments args) {
-  platform::BackgroundQueue::Shared().Post([function = Keep(args[1]), pause = std::chrono::milliseconds(Integer(args[0]))] {
-    std::this_thread::sleep_for(pause);
-    const bool isMain = platform::MainQueue::IsMainThread();
-    platform::MainQueue::Shared().Post([=] { CallFromLoop(function, isMain ? "main" : "other"); });
-  });
+  platform::BackgroundQueue::Shared().Post(
+      [function = Keep(args[1]), pause = std::chrono::milliseconds(Integer(args[0]))] {
+        std::this_thread::sleep_for(pause);
+        const bool isMain = platform::MainQueue::IsMainThread();
+        platform::MainQueue::Shared().Post([=] { CallFromLoop(function, isMain ? "main" : "other"); });
+      });
 }
 
 void raiseOnMainQueue(ProbeArguments) {
@@ -98,7 +99,6 @@ void preferredLanguages(ProbeArguments args) {
 }
 
 }  // namespace
-
 
 void AttachPlatformProbe(v8::Local<v8::Object> exports) {
 #define PROBE(function) NODE_SET_METHOD(exports, #function, function)

@@ -21,10 +21,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
 v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const auto object = v8::Object::New(isolate);
-  parent
-      ->Set(isolate->GetCurrentContext(), v8::String::NewFromUtf8(isolate, name).ToLocalChecked(),
-            object)
-      .Check();
+  parent->Set(isolate->GetCurrentContext(), v8::String::NewFromUtf8(isolate, name).ToLocalChecked(), object).Check();
   return object;
 }
 

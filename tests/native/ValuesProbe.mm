@@ -51,11 +51,11 @@ void writeUnfit(ProbeArguments args) {
 
 // Numbers as Foundation makes them, which scripts never do.
 void writeNumbers(ProbeArguments args) {
-  NSArray* numbers = [NSArray
-      arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithBool:NO], [NSNumber numberWithChar:-1],
-                       [NSNumber numberWithUnsignedChar:255], [NSNumber numberWithInt:1],
-                       [NSNumber numberWithLongLong:INT64_MIN], [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
-                       [NSNumber numberWithFloat:0.5F], [NSNumber numberWithDouble:0.1], nil];
+  NSArray* numbers = [NSArray arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithBool:NO],
+                                               [NSNumber numberWithChar:-1], [NSNumber numberWithUnsignedChar:255],
+                                               [NSNumber numberWithInt:1], [NSNumber numberWithLongLong:INT64_MIN],
+                                               [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
+                                               [NSNumber numberWithFloat:0.5F], [NSNumber numberWithDouble:0.1], nil];
   Return(args, TsConvertToJSONString(numbers));
 }
 
@@ -66,7 +66,8 @@ void mutate(ProbeArguments args) {
   [[inner objectForKey:@"list"] addObject:@"added"];
   [inner setObject:@"changed" forKey:@"name"];
   [inner removeObjectForKey:@"gone"];
-  for (int i = 0; i < 40; ++i) [inner setObject:[NSNumber numberWithInt:i] forKey:[NSString stringWithFormat:@"k%d", i]];
+  for (int i = 0; i < 40; ++i)
+    [inner setObject:[NSNumber numberWithInt:i] forKey:[NSString stringWithFormat:@"k%d", i]];
   for (int i = 1; i < 40; ++i) [inner removeObjectForKey:[NSString stringWithFormat:@"k%d", i]];
   [root setObject:[[inner mutableCopy] autorelease] forKey:@"copy"];
   [root setObject:[NSNumber numberWithBool:[[root objectForKey:@"copy"] isEqual:inner]] forKey:@"equal?"];
@@ -139,13 +140,15 @@ class Conformance {
     check([compact hasPrefix:standard] == [standard hasPrefix:standard], "hasPrefix:");
     check([[compact componentsSeparatedByString:@" "] isEqual:[standard componentsSeparatedByString:@" "]],
           "components");
-    check([[compact substringFromIndex:[compact length] / 2] isEqual:[standard substringFromIndex:[compact length] / 2]],
-          "substring");
+    check(
+        [[compact substringFromIndex:[compact length] / 2] isEqual:[standard substringFromIndex:[compact length] / 2]],
+        "substring");
     NSArray* list = [NSArray arrayWithObject:compact];
     // Compared with what becomes of a standard string, as GNUstep loses characters beyond the BMP on this way.
     check([PropertyListRoundTrip(list) isEqual:PropertyListRoundTrip([NSArray arrayWithObject:standard])],
           "property list");
-    check([[NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:list]] isEqual:list], "archive");
+    check([[NSUnarchiver unarchiveObjectWithData:[NSArchiver archivedDataWithRootObject:list]] isEqual:list],
+          "archive");
     check([[NSKeyedUnarchiver unarchiveObjectWithData:[NSKeyedArchiver archivedDataWithRootObject:list]] isEqual:list],
           "keyed archive");
     check([compact isKindOfClass:[NSString class]] && ![compact isKindOfClass:[NSMutableString class]], "class");
@@ -175,10 +178,10 @@ class Conformance {
 
   void Numbers() {
     NSArray* read = TsConvertFromJSONString(@"[1,-7,9223372036854775807,18446744073709551615,0.1,true]", nullptr);
-    NSArray* standard = [NSArray
-        arrayWithObjects:[NSNumber numberWithInt:1], [NSNumber numberWithInt:-7],
-                         [NSNumber numberWithLongLong:INT64_MAX], [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
-                         [NSNumber numberWithDouble:0.1], [NSNumber numberWithBool:YES], nil];
+    NSArray* standard = [NSArray arrayWithObjects:[NSNumber numberWithInt:1], [NSNumber numberWithInt:-7],
+                                                  [NSNumber numberWithLongLong:INT64_MAX],
+                                                  [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
+                                                  [NSNumber numberWithDouble:0.1], [NSNumber numberWithBool:YES], nil];
     for (NSUInteger i = 0; i < [standard count]; ++i) {
       NSNumber* one = [read objectAtIndex:i];
       NSNumber* other = [standard objectAtIndex:i];
@@ -247,8 +250,7 @@ void timeWrite(ProbeArguments args) {
 
 // From a script's text to containers, and back to a script's text.
 void read(ProbeArguments args) {
-  args.GetReturnValue().Set(
-      TsConvertFromJSONString(TsCopyString(args.GetIsolate(), args[0]), nullptr) != nil);
+  args.GetReturnValue().Set(TsConvertFromJSONString(TsCopyString(args.GetIsolate(), args[0]), nullptr) != nil);
 }
 
 template <void (*probe)(ProbeArguments)>

@@ -128,9 +128,8 @@ void SessionBus::Arm() noexcept {
   if (!connection_) return;
   try {
     const auto data = connection_->getEventLoopPollData();
-    uv_poll_start(poll_.get(), UvEvents(data.events), [](uv_poll_t* handle, int, int) {
-      OwnerOf<SessionBus>(handle).Process();
-    });
+    uv_poll_start(poll_.get(), UvEvents(data.events),
+                  [](uv_poll_t* handle, int, int) { OwnerOf<SessionBus>(handle).Process(); });
     const int milliseconds = data.getPollTimeout();
     if (milliseconds < 0) {
       uv_timer_stop(timeout_.get());

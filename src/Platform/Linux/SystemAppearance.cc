@@ -56,12 +56,12 @@ class Appearance {
     try {
       auto& bus = *bus_.Connection();
       const std::string fromPortal = std::string("type='signal',sender='") + kPortal + "',path='" + kPortalPath + "'";
-      changes_ = bus.addMatch(fromPortal + ",interface='" + kSettings + "',member='SettingChanged',arg0='" +
-                                  kNamespace + "'",
-                              [this](sdbus::Message& message) { Changed(message); });
-      owners_ = bus.addMatch(std::string("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") +
-                                 kPortal + "'",
-                             [this](sdbus::Message& message) { OwnerChanged(message); });
+      changes_ =
+          bus.addMatch(fromPortal + ",interface='" + kSettings + "',member='SettingChanged',arg0='" + kNamespace + "'",
+                       [this](sdbus::Message& message) { Changed(message); });
+      owners_ = bus.addMatch(
+          std::string("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") + kPortal + "'",
+          [this](sdbus::Message& message) { OwnerChanged(message); });
       settings_ = sdbus::createProxy(bus, kPortal, kPortalPath);
       // Asking a portal that is not running would start it, and wait for it.
       if (IsPortalRunning(bus)) ReadNow();

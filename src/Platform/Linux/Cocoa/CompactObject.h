@@ -21,9 +21,7 @@ Object* AllocateCompactObject(Class type, std::size_t extraBytes) {
   return static_cast<Object*>(memory);
 }
 
-inline void AddReference(std::uint32_t& extraReferences) {
-  __atomic_fetch_add(&extraReferences, 1, __ATOMIC_RELAXED);
-}
+inline void AddReference(std::uint32_t& extraReferences) { __atomic_fetch_add(&extraReferences, 1, __ATOMIC_RELAXED); }
 
 // True when the reference that was given up was the last.
 [[nodiscard]] inline bool RemoveReference(std::uint32_t& extraReferences) {
@@ -33,17 +31,17 @@ inline void AddReference(std::uint32_t& extraReferences) {
 }  // namespace tessaro::platform
 
 // The reference counting of a compact class with an instance variable `_extraReferences`.
-#define TS_COMPACT_REFERENCE_COUNTING                                          \
-  -(id)retain {                                                                \
-    tessaro::platform::AddReference(_extraReferences);                         \
-    return self;                                                               \
-  }                                                                            \
-  -(oneway void)release {                                                      \
-    if (tessaro::platform::RemoveReference(_extraReferences)) [self dealloc];  \
-  }                                                                            \
-  -(NSUInteger)retainCount {                                                   \
-    return __atomic_load_n(&_extraReferences, __ATOMIC_RELAXED) + 1;           \
-  }                                                                            \
-  -(NSZone*)zone {                                                             \
-    return NSDefaultMallocZone();                                              \
+#define TS_COMPACT_REFERENCE_COUNTING                                         \
+  -(id)retain {                                                               \
+    tessaro::platform::AddReference(_extraReferences);                        \
+    return self;                                                              \
+  }                                                                           \
+  -(oneway void)release {                                                     \
+    if (tessaro::platform::RemoveReference(_extraReferences)) [self dealloc]; \
+  }                                                                           \
+  -(NSUInteger)retainCount {                                                  \
+    return __atomic_load_n(&_extraReferences, __ATOMIC_RELAXED) + 1;          \
+  }                                                                           \
+  -(NSZone*)zone {                                                            \
+    return NSDefaultMallocZone();                                             \
   }

@@ -90,7 +90,8 @@ TS_COMPACT_REFERENCE_COUNTING
 }
 
 - (void)setObject:(id)value forKey:(id)key {
-  if (key == nil || value == nil) [NSException raise:NSInvalidArgumentException format:@"Tried to add nil to dictionary"];
+  if (key == nil || value == nil)
+    [NSException raise:NSInvalidArgumentException format:@"Tried to add nil to dictionary"];
   ++_mutations;
   if (_grown == nil) {
     if (Pair* pair = [self pairForKey:key]) {
@@ -138,9 +139,7 @@ TS_COMPACT_REFERENCE_COUNTING
   return [[NSArray arrayWithObjects:values.data() count:values.size()] objectEnumerator];
 }
 
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
-                                  objects:(id*)buffer
-                                    count:(NSUInteger)room {
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state objects:(id*)buffer count:(NSUInteger)room {
   state->mutationsPtr = &_mutations;
   if (_grown != nil) {
     const NSUInteger given = [_grown countByEnumeratingWithState:state objects:buffer count:room];

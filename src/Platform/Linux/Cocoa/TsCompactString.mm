@@ -10,10 +10,10 @@ namespace {
 
 void CheckRange(NSRange range, NSUInteger length) {
   if (range.location > length || range.length > length - range.location) {
-    [NSException raise:NSRangeException
-                format:@"Range {%lu, %lu} is outside a string of %lu characters",
-                       static_cast<unsigned long>(range.location), static_cast<unsigned long>(range.length),
-                       static_cast<unsigned long>(length)];
+    [NSException
+         raise:NSRangeException
+        format:@"Range {%lu, %lu} is outside a string of %lu characters", static_cast<unsigned long>(range.location),
+               static_cast<unsigned long>(range.length), static_cast<unsigned long>(length)];
   }
 }
 

@@ -1,0 +1,41 @@
+# Every target installs what it needs and builds what it runs.
+
+ARGS ?=
+
+.PHONY: help bootstrap build run test bench sanitize lint format clean
+
+help:
+	@echo "make run [ARGS=--stay]      take the module through a mail session in the reference host"
+	@echo "make test [ARGS=name…]      run the tests"
+	@echo "make bench [ARGS=name…]     measure, beside peers"
+	@echo "make sanitize [ARGS=name…]  run the tests under AddressSanitizer and UndefinedBehaviorSanitizer"
+	@echo "make lint | format          check | correct the sources"
+	@echo "make build | clean"
+
+bootstrap:
+	@scripts/bootstrap
+
+build: bootstrap
+	@scripts/build release
+
+run: build
+	@scripts/display-session node host/main.js $(ARGS)
+
+test: build
+	@node tests/run.js $(ARGS)
+
+bench: build
+	@scripts/display-session --own-display node bench/run.js $(ARGS)
+
+sanitize: bootstrap
+	@scripts/build sanitize
+	@scripts/sanitized node tests/run.js $(ARGS)
+
+lint: build
+	@scripts/lint
+
+format: bootstrap
+	@scripts/format
+
+clean:
+	@rm -rf build

@@ -1,0 +1,127 @@
+'use strict';
+
+// Proves that imports point downwards only, and that each outside library is known to the rooms it belongs to.
+
+const { execFileSync } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+
+const subsystems = [
+  'AppleScript',
+  'Application',
+  'Contacts',
+  'Dock',
+  'Integrations',
+  'Keychain',
+  'Menu',
+  'Migration',
+  'Network',
+  'Notifications',
+  'Pasteboard',
+  'Reachability',
+  'Services',
+  'StatusItem',
+  'Toolbar',
+  'WebView',
+  'Window',
+  'Workspace',
+];
+
+// What each room may include of ours. Within itself every room may.
+const belowSubsystem = ['Utilities', 'Extensions', 'Platform'];
+const allowed = {
+  TessaroNative: [...subsystems, ...belowSubsystem],
+  Utilities: ['Platform'],
+  Extensions: ['Utilities', 'Platform'],
+  Platform: [],
+  ...Object.fromEntries(subsystems.map((name) => [name, [...subsystems, ...belowSubsystem]])),
+};
+
+// The owner of references is for everybody, and knows nobody.
+const forEverybody = ['Utilities/Ref.h'];
+
+// The script bridge: the only files below `TessaroNative` that know the engine.
+const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsScriptValues'].flatMap((name) => [
+  `src/Utilities/${name}.h`,
+  `src/Utilities/${name}.cc`,
+  `src/Utilities/${name}.mm`,
+]);
+
+const engine = /^(v8|node)[\w-]*\.h$/;
+const cocoa = /^(AppKit|Foundation|objc)\/[\w+]+\.h$/;
+// Libraries that are no system's own, and where each is used.
+const portable = [
+  { header: /^spdlog\//, files: /^src\/Utilities\/TsLogging\.cc$/ },
+  { header: /^simdjson\.h$/, files: /^src\/Utilities\/TsJSONReader\.mm$/ },
+];
+
+// C and C++: names without a folder and without ".h", or the few C headers in use.
+const standard = /^([a-z_]+|c[a-z]+)$/;
+
+// Contracts in terms of Cocoa, for Objective-C++ only.
+const cocoaContracts = ['src/Platform/Cocoa.h', 'src/Platform/FoundationValues.h'];
+
+/** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */
+function violations(file, source) {
+  const found = [];
+  source.split('\n').forEach((line, index) => {
+    const tell = (text) => found.push(`${file}:${index + 1}: ${text}`);
+    if (/^\s*#\s*(el)?ifn?(def)?\b.*__(APPLE|linux)__/.test(line) && !file.startsWith('src/Platform/')) {
+      tell('only src/Platform may ask which system it is on');
+    }
+    const outside = line.match(/^\s*#\s*(?:include|import)\s*<([^>]+)>/)?.[1];
+    if (outside !== undefined) checkOutside(file, outside, tell);
+    const ours = line.match(/^\s*#\s*(?:include|import)\s*"([^"]+)"/)?.[1];
+    if (ours !== undefined) checkOurs(file, ours, tell);
+  });
+  return found;
+}
+
+function checkOutside(file, header, tell) {
+  const isContract = /^src\/Platform\/[^/]+\.h$/.test(file);
+  if (engine.test(header)) {
+    if (!file.startsWith('src/TessaroNative/') && !bridge.includes(file))
+      tell(`<${header}>: only the bridge knows the engine`);
+  } else if (cocoa.test(header)) {
+    if (isContract && !cocoaContracts.includes(file)) tell(`<${header}>: a contract knows no Cocoa`);
+  } else if (!standard.test(header)) {
+    const known = portable.find((library) => library.header.test(header));
+    if (known !== undefined && !known.files.test(file)) tell(`<${header}>: this library is used in one place`);
+    if (known === undefined && !/^src\/Platform\/\w+\//.test(file))
+      tell(`<${header}>: only src/Platform/<System> knows the system's libraries`);
+  }
+}
+
+function checkOurs(file, header, tell) {
+  const room = file.split('/')[1];
+  const other = header.split('/')[0];
+  if (!header.includes('/')) return tell(`"${header}": includes are written from src/`);
+  if (other === room || forEverybody.includes(header)) return undefined;
+  if (/^Platform\/\w+\//.test(header)) return tell(`"${header}": a system's own headers are for that system's bodies`);
+  if (!(allowed[room] || []).includes(other)) return tell(`"${header}": ${room} must not know ${other}`);
+  return undefined;
+}
+
+function sources() {
+  const root = path.resolve(__dirname, '..');
+  const listed = execFileSync(
+    'git',
+    ['ls-files', '-co', '--exclude-standard', '--', 'src/*.h', 'src/*.cc', 'src/*.mm'],
+    { cwd: root },
+  );
+  return listed
+    .toString()
+    .trim()
+    .split('\n')
+    .map((file) => [file, fs.readFileSync(path.join(root, file), 'utf8')]);
+}
+
+function main() {
+  const found = sources().flatMap(([file, source]) => violations(file, source));
+  for (const violation of found) console.error(violation);
+  process.exitCode = found.length > 0 ? 1 : 0;
+}
+
+if (require.main === module) main();
+
+module.exports = { violations };

@@ -1,0 +1,98 @@
+'use strict';
+
+// Runs the test files one after the other, each in a process and a home of its own, and ends with one line that counts
+// everything. `node tests/run.js json log` runs the named ones only.
+
+const { spawn } = require('child_process');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+
+const fileDeadline = 20 * 60 * 1000;
+
+const named = process.argv.slice(2);
+const files = fs
+  .readdirSync(__dirname)
+  .filter((name) => name.endsWith('.test.js'))
+  .filter((name) => named.length === 0 || named.includes(name.replace('.test.js', '')))
+  .sort();
+
+const totals = { pass: 0, fail: 0, skipped: 0 };
+
+/** Everything a test may write to lies below `home`. */
+function environmentFor(home) {
+  const folders = { HOME: home, TMPDIR: path.join(home, 'tmp'), XDG_RUNTIME_DIR: path.join(home, 'run') };
+  for (const folder of Object.values(folders)) fs.mkdirSync(folder, { recursive: true, mode: 0o700 });
+  const environment = { ...process.env, ...folders };
+  for (const name of ['XDG_CONFIG_HOME', 'XDG_DATA_HOME', 'XDG_STATE_HOME', 'XDG_CACHE_HOME']) delete environment[name];
+  return environment;
+}
+
+function run(file) {
+  // The names of Unix sockets below it are limited to 107 bytes.
+  const home = fs.mkdtempSync(path.join(os.tmpdir(), 'ts-'));
+  const child = spawn(process.execPath, ['--test-reporter=tap', path.join(__dirname, file)], {
+    env: environmentFor(home),
+    stdio: ['ignore', 'pipe', 'inherit'],
+  });
+  let output = '';
+  child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
+  const timer = setTimeout(() => child.kill('SIGKILL'), fileDeadline);
+  return new Promise((resolve) =>
+    child.on('close', (code, signal) => {
+      clearTimeout(timer);
+      fs.rmSync(home, { recursive: true, force: true });
+      resolve({ output, code, signal });
+    }),
+  );
+}
+
+const count = (output, what) => Number(output.match(new RegExp(`^# ${what} (\\d+)$`, 'm'))?.[1] ?? 0);
+
+/** The lines of a TAP text that tell of failures, with what follows each of them. */
+function failures(output) {
+  const lines = output.split('\n');
+  const kept = [];
+  let block = null;
+  for (const line of lines) {
+    const failed = line.match(/^(\s*)not ok /);
+    if (failed) block = failed[1];
+    if (block === null) continue;
+    kept.push(line);
+    if (line === `${block}  ...`) block = null;
+  }
+  return kept.join('\n');
+}
+
+function report(file, { output, code, signal }, seconds) {
+  const result = {
+    pass: count(output, 'pass'),
+    fail: count(output, 'fail') + count(output, 'cancelled'),
+    skipped: count(output, 'skipped'),
+  };
+  // A file that ended otherwise than by its own summary has failed, whatever it printed before.
+  if (code !== 0 && result.fail === 0) result.fail = 1;
+  for (const [kind, number] of Object.entries(result)) totals[kind] += number;
+  const skipped = result.skipped > 0 ? `, ${result.skipped} skipped` : '';
+  console.log(
+    `${file.padEnd(22)} ${String(result.pass).padStart(4)} passed, ${result.fail} failed${skipped}  (${seconds.toFixed(1)} s)`,
+  );
+  for (const line of output.match(/^ *# (?!Subtest|tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$/gm) ||
+    []) {
+    console.log(`    ${line.trim().slice(2)}`);
+  }
+  for (const line of output.match(/^.* # SKIP.*$/gm) || []) console.log(`    ${line.trim()}`);
+  if (result.fail > 0) console.log(failures(output) || `ended with ${code ?? signal}:\n${output.slice(-4000)}`);
+}
+
+async function main() {
+  for (const file of files) {
+    const start = Date.now();
+    report(file, await run(file), (Date.now() - start) / 1000);
+  }
+  if (totals.pass + totals.fail === 0) totals.fail = 1;
+  process.exitCode = totals.fail > 0 ? 1 : 0;
+  console.log(`${totals.pass} passed, ${totals.fail} failed${totals.skipped > 0 ? `, ${totals.skipped} skipped` : ''}`);
+}
+
+main();

@@ -1,0 +1,21 @@
+// Compiled only: what the typings must accept, and what they must refuse.
+
+import * as native from '../../index';
+
+const languages: string[] = JSON.parse(native.getPreferredLanguages());
+native.setCurrentURL('https://example.org/', null, undefined);
+native.setCurrentURL();
+native.setCurrentStateCallbackFunction((question) => (question === 'current-message-text' ? languages[0] : null));
+native.setComposeOutgoingMessageCallbackFunction((message, options) => JSON.parse(message + options));
+native.setNetworkReachabilityCallbackFunction((isConnected) => native.setStatusItemTitle(null, !isConnected));
+native.setDragAndDropCallbackFunction();
+native.setPasswordForAccount('secret', 'account');
+
+// @ts-expect-error a function is asserted
+native.setSearchServiceCallbackFunction('text');
+// @ts-expect-error exactly one argument is asserted
+native.getPasswordForAccount();
+// @ts-expect-error a window handle is a Buffer
+native.hasSheets(1);
+// @ts-expect-error platform truth values are numbers
+const truth: boolean = native.doesPasteboardContainImage();
