@@ -81,11 +81,8 @@ class Builder {
 
  private:
   Ref<NSString> MakeString(std::string_view utf8) {
-    if (IsAscii(utf8)) {
-      auto made = platform::NewLatin1String(utf8.size());
-      std::copy(utf8.begin(), utf8.end(), made.characters);
-      return std::move(made.string);
-    }
+    auto plain = platform::NewLatin1String(utf8.size());
+    if (CopyAscii(utf8, plain.characters)) return std::move(plain.string);
     if (characters_.size() < utf8.size()) characters_.resize(utf8.size());
     const std::size_t length = Utf8ToUtf16(utf8, characters_.data());
     auto made = platform::NewUtf16String(length);

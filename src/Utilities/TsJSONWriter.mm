@@ -90,27 +90,49 @@ char ShortEscape(char16_t unit) {
   }
 }
 
+// Memory for the text being written, kept from one document to the next unless it has become large.
+template <typename Unit>
+class ScratchText {
+ public:
+  ScratchText() : text(std::exchange(Spare(), {})) { text.clear(); }
+  ~ScratchText() {
+    if (text.capacity() <= kKeptCapacity) Spare() = std::move(text);
+  }
+  ScratchText(const ScratchText&) = delete;
+  ScratchText& operator=(const ScratchText&) = delete;
+
+  std::basic_string<Unit> text;
+
+ private:
+  static constexpr std::size_t kKeptCapacity = 4 << 20;
+
+  static std::basic_string<Unit>& Spare() {
+    static thread_local std::basic_string<Unit> spare;
+    return spare;
+  }
+};
+
 // Writes in the width that the result will have: Latin-1 while that holds all characters, else UTF-16.
 template <typename Unit>
 class Writer {
  public:
-  // False when a character does not fit in Latin-1, or `error` has been set.
+  // False when a character does not fit in Latin-1, or error() has been set.
   bool Write(id object) { return Value(object, 1); }
 
-  NSError* error = nil;
-  std::basic_string<Unit> text;
+  [[nodiscard]] NSError* error() const { return error_; }
+  [[nodiscard]] const std::basic_string<Unit>& text() const { return scratch_.text; }
 
  private:
   bool Fail(NSString* reason, NSInteger code = kTsJSONError) {
-    error = TsJSONError(reason, code);
+    error_ = TsJSONError(reason, code);
     return false;
   }
 
   // One answer for what is nested too deeply, and for what is nested without end.
   bool FailTooDeep() { return Fail(@"it is nested too deeply", kTsJSONNestedTooDeeply); }
 
-  void Put(std::string_view ascii) { text.append(ascii.begin(), ascii.end()); }
-  void Put(char ascii) { text.push_back(static_cast<Unit>(ascii)); }
+  void Put(std::string_view ascii) { scratch_.text.append(ascii.begin(), ascii.end()); }
+  void Put(char ascii) { scratch_.text.push_back(static_cast<Unit>(ascii)); }
 
   bool Value(id object, std::size_t level) {
     switch (kinds_.Of(object)) {
@@ -203,7 +225,7 @@ class Writer {
     const Character* const end = characters + length;
     while (characters != end) {
       const Character* plain = FindEscape(characters, end);
-      text.append(characters, plain);
+      scratch_.text.append(characters, plain);
       characters = plain;
       if (characters != end) Escape(*characters++);
     }
@@ -219,6 +241,8 @@ class Writer {
     Put(kHexDigits[unit & 0xF]);
   }
 
+  ScratchText<Unit> scratch_;
+  NSError* error_ = nil;
   Kinds kinds_;
   std::vector<char16_t> characters_;
 };
@@ -238,12 +262,12 @@ NSString* MakeString(const std::basic_string<Unit>& text) {
 
 NSString* WriteAsNarrowAsPossible(id object, NSError*& error) {
   Writer<std::uint8_t> narrow;
-  if (narrow.Write(object)) return MakeString(narrow.text);
-  error = narrow.error;
+  if (narrow.Write(object)) return MakeString(narrow.text());
+  error = narrow.error();
   if (error != nil) return nil;
   Writer<char16_t> wide;
-  if (wide.Write(object)) return MakeString(wide.text);
-  error = wide.error;
+  if (wide.Write(object)) return MakeString(wide.text());
+  error = wide.error();
   return nil;
 }
 

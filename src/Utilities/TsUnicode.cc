@@ -29,14 +29,21 @@ bool HasSurrogate(const char16_t* units) {
   return found;
 }
 
-// Copies whole blocks of ASCII from the front and returns how many units that were.
-template <typename From, typename To>
-std::size_t CopyAsciiBlocks(const From* from, std::size_t length, To* to) {
+template <std::size_t block, typename From, typename To>
+std::size_t CopyAsciiBlocksOf(const From* from, std::size_t length, To* to) {
   std::size_t done = 0;
-  for (; done + kBlock <= length && Combined(from + done, kBlock) < 0x80; done += kBlock) {
-    for (std::size_t i = 0; i < kBlock; ++i) to[done + i] = static_cast<To>(from[done + i]);
+  for (; done + block <= length && Combined(from + done, block) < 0x80; done += block) {
+    for (std::size_t i = 0; i < block; ++i) to[done + i] = static_cast<To>(from[done + i]);
   }
   return done;
+}
+
+// Copies whole blocks of ASCII from the front and returns how many units that were: large blocks for the speed, and
+// small ones for the rest.
+template <typename From, typename To>
+std::size_t CopyAsciiBlocks(const From* from, std::size_t length, To* to) {
+  const std::size_t done = CopyAsciiBlocksOf<8 * kBlock>(from, length, to);
+  return done + CopyAsciiBlocksOf<kBlock>(from + done, length - done, to + done);
 }
 
 char* PutUtf8(char32_t character, char* out) {
@@ -108,8 +115,10 @@ char32_t TakeUtf8(std::string_view utf8, std::size_t& index) {
 
 }  // namespace
 
-bool IsAscii(std::string_view bytes) noexcept {
-  return Combined(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size()) < 0x80;
+bool CopyAscii(std::string_view bytes, std::uint8_t* out) noexcept {
+  unsigned all = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) all |= out[i] = static_cast<std::uint8_t>(bytes[i]);
+  return all < 0x80;
 }
 
 bool FitsLatin1(const char16_t* characters, std::size_t length) noexcept {

@@ -8,7 +8,9 @@
 // Conversions between the encodings that texts come in. Whatever the input, the result is well-formed: a lone
 // surrogate or a malformed sequence becomes U+FFFD.
 
-[[nodiscard]] bool IsAscii(std::string_view bytes) noexcept;
+// Copies, and tells whether all of it is ASCII.
+[[nodiscard]] bool CopyAscii(std::string_view bytes, std::uint8_t* out) noexcept;
+
 [[nodiscard]] bool FitsLatin1(const char16_t* characters, std::size_t length) noexcept;
 
 void ReplaceLoneSurrogates(char16_t* characters, std::size_t length) noexcept;

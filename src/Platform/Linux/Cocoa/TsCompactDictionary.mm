@@ -169,7 +169,9 @@ bool IsSameKey(id one, id other) {
 
 bool HasTwins(NSString* const keys[], std::size_t count) {
   for (std::size_t i = 1; i < count; ++i) {
-    if (std::any_of(keys, keys + i, [key = keys[i]](id earlier) { return IsSameKey(earlier, key); })) return true;
+    for (std::size_t earlier = 0; earlier < i; ++earlier) {
+      if (IsSameKey(keys[earlier], keys[i])) return true;
+    }
   }
   return false;
 }
@@ -179,7 +181,7 @@ bool HasTwins(NSString* const keys[], std::size_t count) {
 Ref<NSMutableDictionary> NewMutableDictionary(NSString* const ownedKeys[], id const ownedValues[], std::size_t count) {
   constexpr std::size_t kMostCompact = 16;
   if (count > kMostCompact || HasTwins(ownedKeys, count)) {
-    const auto dictionary = Adopt([[NSMutableDictionary alloc] initWithCapacity:count]);
+    auto dictionary = Adopt([[NSMutableDictionary alloc] initWithCapacity:count]);
     for (std::size_t i = 0; i < count; ++i) [dictionary.get() setObject:ownedValues[i] forKey:ownedKeys[i]];
     std::for_each_n(ownedKeys, count, ReleaseObject);
     std::for_each_n(ownedValues, count, ReleaseObject);

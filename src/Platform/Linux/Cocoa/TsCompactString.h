@@ -21,9 +21,11 @@ namespace tessaro::platform {
 
 // What a message would do, for the places where looking the method up costs more than the work.
 
+// The class, known from the moment that it is loaded.
+extern Class compactStringClass;
+
 [[nodiscard]] inline bool IsCompactString(id object) {
-  static const Class type = [TsCompactString class];
-  return object != nil && object_getClass(object) == type;
+  return object != nil && object_getClass(object) == compactStringClass;
 }
 
 template <typename Character>

@@ -19,7 +19,13 @@ void CheckRange(NSRange range, NSUInteger length) {
 
 }  // namespace
 
+Class tessaro::platform::compactStringClass = nil;
+
 @implementation TsCompactString
+
++ (void)load {
+  tessaro::platform::compactStringClass = self;
+}
 
 // The class makes no objects itself: `[[string class] alloc]` must give what any other string's class gives.
 + (id)allocWithZone:(NSZone*)zone {
@@ -95,8 +101,7 @@ namespace {
 
 template <typename Character>
 BlankString<Character> NewString(std::size_t length, bool isWide) {
-  static const Class type = [TsCompactString class];
-  auto* string = AllocateCompactObject<TsCompactString>(type, length * sizeof(Character));
+  auto* string = AllocateCompactObject<TsCompactString>(compactStringClass, length * sizeof(Character));
   string->_length = length;
   string->_isWide = isWide;
   return {Adopt<NSString>(string), CharactersOf<Character>(string)};
