@@ -144,6 +144,23 @@ test('every command of the main menu has a number of its own', async (t) => {
   assert.strictEqual(new Set(commands.map(({ commandId }) => commandId)).size, commands.length);
 });
 
+test('the classes that are looked up by name are there, with what is exchanged on them', async (t) => {
+  const methods = {
+    AtomApplication: ['sendEvent:'],
+    HostApplicationDelegate: ['performCommand:'],
+    AtomNSWindow: ['makeFirstResponder:'],
+    AtomNSWindowDelegate: ['windowWillClose:'],
+    BRYInspectableWebContentsView: ['subviews'],
+    WebContentsViewCocoa: ['draggingEntered:', 'draggingUpdated:', 'draggingExited:', 'performDragOperation:'],
+  };
+  const pairs = Object.entries(methods).flatMap(([name, selectors]) => selectors.map((selector) => [name, selector]));
+  const missing = await inSession(
+    t,
+    `host.start(); print(${JSON.stringify(pairs)}.filter(([name, selector]) => !host.hasMethod(name, selector)));`,
+  );
+  assert.deepStrictEqual(missing, []);
+});
+
 test('keys typed by a person arrive in the page, and shortcuts choose menu items', async (t) => {
   const { typedText, command } = await inSession(
     t,
@@ -476,7 +493,6 @@ test('a display session passes input, output and the exit code, and leaves nothi
   const [directory, rest] = output.split('\n');
   assert.deepStrictEqual([child.exitCode, rest], [7, 'through']);
   assert.deepStrictEqual([fs.existsSync(directory), processesOf(directory)], [false, []]);
-  t.diagnostic(directory);
 });
 
 for (const [signal, code] of [

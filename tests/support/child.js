@@ -10,6 +10,9 @@ const path = require('path');
 const { root } = require('./addon');
 const { redirectGNUstep } = require('../../host/gnustepHome');
 
+// Node.js, or the script that starts it for the sanitized add-ons.
+const node = process.env.TESSARO_NODE || process.execPath;
+
 const prelude = `
 'use strict';
 const { probe } = require(${JSON.stringify(path.join(__dirname, 'addon.js'))});
@@ -39,7 +42,7 @@ function environmentFor(home, extra) {
  */
 function startScript(test, source, options = {}) {
   const home = temporaryDirectory(test);
-  const child = spawn(process.execPath, [...(options.nodeOptions || []), '-e', prelude + source], {
+  const child = spawn(node, [...(options.nodeOptions || []), '-e', prelude + source], {
     cwd: options.cwd || root,
     env: environmentFor(home, options.env || {}),
     stdio: 'pipe',
@@ -97,4 +100,4 @@ async function eventually(condition, description, deadline = 20000) {
   }
 }
 
-module.exports = { temporaryDirectory, startScript, runScript, evaluate, eventually };
+module.exports = { node, temporaryDirectory, startScript, runScript, evaluate, eventually };

@@ -1,0 +1,4 @@
+'use strict';
+
+// Desktop programs that a test starts are not ours to check.
+delete process.env.LD_PRELOAD;
