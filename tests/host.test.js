@@ -11,6 +11,7 @@ const { test, before, after } = require('node:test');
 const { root } = require('./support/addon');
 const { evaluate, eventually, runScript, temporaryDirectory } = require('./support/child');
 
+const node = process.env.TESSARO_NODE || process.execPath;
 const displaySession = path.join(root, 'scripts', 'display-session');
 
 const prelude = `
@@ -35,14 +36,14 @@ const prelude = `
 `;
 
 /** What a child needs to be on the session's display; its home stays its own. */
-const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TESSARO_SESSION'];
+const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP', 'TESSARO_SESSION'];
 
 let session;
 
 // One session for all tests that only look at the application.
 before(async () => {
   const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
-  const child = spawn(displaySession, ['--own-display', process.execPath, '-e', script], {
+  const child = spawn(displaySession, ['--own-display', node, '-e', script], {
     stdio: ['pipe', 'pipe', 'inherit'],
   });
   let output = '';
@@ -63,7 +64,7 @@ const inSession = (t, source, options = {}) =>
 /** Runs `source` in a display session of its own, which it may damage. */
 function inOwnSession(t, source, { deadline = 30000, signal } = {}) {
   const home = temporaryDirectory(t);
-  const child = spawn(displaySession, ['--own-display', process.execPath, '-e', prelude + source], {
+  const child = spawn(displaySession, ['--own-display', node, '-e', prelude + source], {
     cwd: root,
     env: { ...process.env, HOME: home },
     stdio: ['ignore', 'pipe', 'pipe'],
@@ -515,7 +516,7 @@ test('the tour opens its window and finds nothing broken', async (t) => {
   const screenshots = temporaryDirectory(t);
   const child = spawn(
     displaySession,
-    ['--own-display', process.execPath, path.join(root, 'host', 'main.js'), '--screenshots', screenshots],
+    ['--own-display', node, path.join(root, 'host', 'main.js'), '--screenshots', screenshots],
     {
       stdio: ['ignore', 'pipe', 'inherit'],
     },

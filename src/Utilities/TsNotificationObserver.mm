@@ -2,6 +2,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <utility>
+#include <vector>
+
 #include "Platform/MainQueue.h"
 #include "Utilities/Ref.h"
 
@@ -29,7 +32,9 @@
 @end
 
 void TsObserveOnMainQueue(NSString* name, std::function<void(NSNotification*)> handler) {
-  // The notification centre does not retain its observers; this one stays for the life of the process.
-  auto observer = Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]);
-  [[NSNotificationCenter defaultCenter] addObserver:observer.Leak() selector:@selector(receive:) name:name object:nil];
+  // The notification centre does not retain its observers.
+  static std::vector<Ref<TsNotificationObserver>> observers;
+  const auto& observer =
+      observers.emplace_back(Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]));
+  [[NSNotificationCenter defaultCenter] addObserver:observer.get() selector:@selector(receive:) name:name object:nil];
 }

@@ -179,6 +179,9 @@ void functionTable(ProbeArguments args) {
 
 void raiseException(ProbeArguments) { [NSException raise:@"TsProbeException" format:@"raised by a test"]; }
 
+// What the leak detector has to find.
+void leak(ProbeArguments) { [[[NSObject alloc] init] retain]; }
+
 void translationState(ProbeArguments args) {
   args.GetReturnValue().Set(TsTranslationState(Integer(args[0]), Integer(args[1])));
 }
@@ -322,6 +325,7 @@ void AttachCoreProbe(v8::Local<v8::Object> exports) {
   PROBE(startUpSteps);
   PROBE(startUpStepsRun);
   PROBE(functionTable);
+  PROBE(leak);
   PROBE(translationState);
   PROBE(disableGPUUnlessNative);
   PROBE(captureLog);

@@ -8,6 +8,8 @@ using tessaro::platform::StringContents;
 
 namespace {
 
+using UnalignedCharacter __attribute__((aligned(1))) = unichar;
+
 void CheckRange(NSRange range, NSUInteger length) {
   if (range.location > length || range.length > length - range.location) {
     [NSException
@@ -57,10 +59,12 @@ TS_COMPACT_REFERENCE_COUNTING
 
 - (void)getCharacters:(unichar*)characters range:(NSRange)range {
   CheckRange(range, _length);
+  // Foundation's archives hand in addresses of any alignment.
+  auto* out = reinterpret_cast<UnalignedCharacter*>(characters);
   if (_isWide) {
-    std::copy_n(CharactersOf<char16_t>(self) + range.location, range.length, characters);
+    std::copy_n(CharactersOf<char16_t>(self) + range.location, range.length, out);
   } else {
-    std::copy_n(CharactersOf<std::uint8_t>(self) + range.location, range.length, characters);
+    std::copy_n(CharactersOf<std::uint8_t>(self) + range.location, range.length, out);
   }
 }
 

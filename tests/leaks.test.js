@@ -1,0 +1,52 @@
+'use strict';
+
+// Only the sanitized build can tell what is leaked. Node.js, GNUstep and the Objective-C run time leave much behind
+// that they made once; what our work leaves behind grows with the work.
+
+const assert = require('assert');
+const { test } = require('node:test');
+
+const { runScript } = require('./support/child');
+
+const work = {
+  'values and JSON': `
+    p.echo('text'); p.echo('你好'); p.echoAutoreleased('text'); p.echoForeign('text');
+    p.values.roundTrip('{"a":[1,2.5,18446744073709551615,"x","你好",null,true],"b":{"c":{}},"a":2}');
+    p.values.roundTrip('[1,'); p.values.writeUnfit('date'); p.values.mutate('{"inner":{"list":["x"],"name":"n","gone":1}}');
+    p.fromUtf8(p.utf8('Grüße')); p.copyData(Buffer.from('bytes')); p.describeHandle(p.handleOfBundle());`,
+  'callbacks and page state': `
+    m.setCurrentURL('u', 'w', 't' + round); p.pageState();
+    m.setCurrentStateCallbackFunction(() => 'answer'); p.currentMessageText();
+    m.setNetworkReachabilityCallbackFunction(() => {}); p.callReachability(true);
+    m.setDragAndDropCallbackFunction('no function'); try { p.callDragAndDrop(); } catch {}
+    m.setComposeOutgoingMessageCallbackFunction(() => {});
+    p.postNotification('TsComposeOutgoingMessageNotification', null, '{"message":{},"options":{}}');
+    p.raiseNull();`,
+  queues: `p.platform.post(() => {}); p.platform.postDelayed(1, () => {}); p.platform.background(0, () => {});`,
+  'core questions': `m.getBundlePath(); m.getPreferredLanguages(); m.isDarkMode(); m.macOSVersion(); m.loadFScript();`,
+};
+
+async function leakedAllocations(t, script, rounds) {
+  const { code, stderr } = await runScript(
+    t,
+    `const p = probe(), m = p.module;
+     for (let round = 0; round < ${rounds}; ++round) { ${script} }
+     setTimeout(() => {}, 500);`,
+    { env: { ASAN_OPTIONS: 'detect_leaks=1:exitcode=0', TESSARO_NATIVE_LOG: '' }, deadline: 120000 },
+  );
+  assert.strictEqual(code, 0, stderr);
+  return Number(stderr.match(/leaked in (\d+) allocation/)?.[1] ?? 0);
+}
+
+if (process.env.TESSARO_SANITIZER_RUNTIME) {
+  test('the leak detector sees what is lost', async (t) => {
+    const few = await leakedAllocations(t, 'p.leak();', 1);
+    assert.strictEqual((await leakedAllocations(t, 'p.leak();', 101)) - few, 100);
+  });
+  for (const [name, script] of Object.entries(work)) {
+    test(`nothing is lost: ${name}`, async (t) => {
+      // The first round makes what is made once.
+      assert.strictEqual(await leakedAllocations(t, script, 200), await leakedAllocations(t, script, 2));
+    });
+  }
+}
