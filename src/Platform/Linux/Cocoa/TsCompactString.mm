@@ -8,7 +8,14 @@ using tessaro::platform::StringContents;
 
 namespace {
 
-using UnalignedCharacter __attribute__((aligned(1))) = unichar;
+// `out` may have any alignment: Foundation's archives write in the middle of their bytes.
+void Widen(const std::uint8_t* characters, std::size_t length, unichar* out) {
+  auto* next = reinterpret_cast<char*>(out);
+  for (std::size_t i = 0; i < length; ++i, next += sizeof(unichar)) {
+    const unichar wide = characters[i];
+    std::memcpy(next, &wide, sizeof wide);
+  }
+}
 
 void CheckRange(NSRange range, NSUInteger length) {
   if (range.location > length || range.length > length - range.location) {
@@ -59,12 +66,10 @@ TS_COMPACT_REFERENCE_COUNTING
 
 - (void)getCharacters:(unichar*)characters range:(NSRange)range {
   CheckRange(range, _length);
-  // Foundation's archives hand in addresses of any alignment.
-  auto* out = reinterpret_cast<UnalignedCharacter*>(characters);
   if (_isWide) {
-    std::copy_n(CharactersOf<char16_t>(self) + range.location, range.length, out);
+    std::memcpy(characters, CharactersOf<char16_t>(self) + range.location, range.length * sizeof(unichar));
   } else {
-    std::copy_n(CharactersOf<std::uint8_t>(self) + range.location, range.length, out);
+    Widen(CharactersOf<std::uint8_t>(self) + range.location, range.length, characters);
   }
 }
 
