@@ -1,0 +1,21 @@
+'use strict';
+
+const fs = require('fs');
+const path = require('path');
+
+const { followHome } = require('./gnustepHome');
+
+const candidates = [
+  process.env.TESSARO_BUILD_DIR && path.resolve(process.env.TESSARO_BUILD_DIR, 'TessaroHost.node'),
+  path.resolve(__dirname, '..', 'build', 'release', 'TessaroHost.node'),
+].filter(Boolean);
+
+/** Loads the host's native part, and GNUstep with it. */
+function loadAddon() {
+  const file = candidates.find((candidate) => fs.existsSync(candidate));
+  if (file === undefined) throw new Error(`The host is not built. Looked for:\n  ${candidates.join('\n  ')}`);
+  followHome();
+  return require(file);
+}
+
+module.exports = { loadAddon };

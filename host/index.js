@@ -1,0 +1,130 @@
+'use strict';
+
+// The host application to script: loads the add-on, and tells what happens in the application by events.
+//
+//   'notification'   {name, object, userInfo}: the module, or anybody in its name, has posted a notification
+//   'command'        {commandId, title}: a menu item was chosen
+//   'window-closed'  the window's handle
+//   'quit'           the user wants to quit; without a listener the process ends
+//   'display-lost'   the display's server has gone; without a listener the process ends with code 1
+//   'probe'          answers to probe(), for tests and benchmarks
+
+const { execFile } = require('child_process');
+const { EventEmitter } = require('events');
+const path = require('path');
+const { promisify } = require('util');
+
+const { loadAddon } = require('./addon');
+
+const execute = promisify(execFile);
+
+const whenNobodyListens = {
+  quit: () => process.exit(),
+  'display-lost': () => process.exit(1),
+};
+
+class Host extends EventEmitter {
+  #addon = loadAddon();
+  #display;
+
+  /**
+   * Makes this process an application. It must come before anything else loads Cocoa, the module included.
+   * Without a display the process is none that has windows, and what needs one throws; everything else works.
+   * @returns {{display: boolean, reason?: string}}
+   */
+  start({ argv0 = 'TessaroHost', bundlePath = path.join(__dirname, 'TessaroHost.app') } = {}) {
+    if (this.#display !== undefined) return this.#display;
+    this.#addon.setEventHandler((name, payload) => this.#receive(name, payload));
+    this.#display = this.#addon.start({ argv0, bundlePath });
+    // What may still happen while the process ends must not reach for script.
+    process.on('exit', () => this.stop());
+    return this.#display;
+  }
+
+  #receive(name, payload) {
+    if (!this.emit(name, payload)) whenNobodyListens[name]?.();
+  }
+
+  /** Leaves the event loop; there are no events from then on. */
+  stop() {
+    this.#addon.stop();
+  }
+
+  /** Whether the application keeps the process from ending by itself. At first it doesn't. */
+  setKeepAlive(keeps) {
+    this.#addon.setKeepAlive(keeps);
+  }
+
+  /** Opens a browser window. @returns {Buffer} Its handle, as the module takes it. */
+  createWindow({ title = 'TessaroHost', width = 800, height = 500 } = {}) {
+    return this.#addon.createWindow({ title, width, height });
+  }
+
+  closeWindow(handle) {
+    this.#addon.closeWindow(handle);
+  }
+
+  windowInfo(handle) {
+    return this.#addon.windowInfo(handle);
+  }
+
+  /** The main menu as nested arrays of {title, key, modifiers, commandId, items}. */
+  mainMenuDescription() {
+    return this.#addon.mainMenuDescription();
+  }
+
+  /** The latest key presses: {characters, keyCode, modifiers, arrival (ns), serverTime (ms)}. */
+  keyArrivals() {
+    return this.#addon.keyArrivals();
+  }
+
+  /** Posts on the process's default notification centre, as native code would. */
+  postNotification(name, object = null, userInfo = null) {
+    this.#addon.postNotification(name, object, userInfo);
+  }
+
+  /** Whether instances of an Objective-C class have a method. */
+  hasMethod(className, selector) {
+    return this.#addon.hasMethod(className, selector);
+  }
+
+  /** A text of the main bundle in the user's language. */
+  localized(key) {
+    return this.#addon.localized(key);
+  }
+
+  bundleInfo() {
+    return this.#addon.bundleInfo();
+  }
+
+  /**
+   * Drops files on the point of the screen, from a process of its own, as a file manager would.
+   * @returns {Promise<string>} 'accepted', 'refused', 'no target', 'no answer' or 'no display'.
+   */
+  async dragFiles(x, y, paths) {
+    const { stdout } = await execute(process.env.TESSARO_NODE || process.execPath, [
+      path.join(__dirname, 'dragFiles.js'),
+      x,
+      y,
+      ...paths,
+    ]);
+    return stdout.trim();
+  }
+
+  /** The paths that a text/uri-list names on this machine. */
+  localPaths(list) {
+    return this.#addon.localPaths(list);
+  }
+
+  /** Figures of the event loop: {turns, events, descriptorWakes, timerWakes, nanoseconds}. */
+  stats() {
+    return this.#addon.stats();
+  }
+
+  /** See RunLoopProbe.h. */
+  probe(name, argument) {
+    this.#addon.probe(name, argument);
+  }
+}
+
+module.exports = new Host();

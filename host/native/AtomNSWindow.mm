@@ -1,0 +1,41 @@
+#import "native/AtomNSWindow.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Utilities/Ref.h"
+#import "native/BRYInspectableWebContentsView.h"
+#import "native/WebContentsViewCocoa.h"
+
+static const NSUInteger kStyle =
+    NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask | NSResizableWindowMask;
+
+@implementation AtomNSWindow
+
+- (instancetype)initWithTitle:(NSString*)title size:(NSSize)size {
+  const NSRect frame = {.origin = NSZeroPoint, .size = size};
+  self = [super initWithContentRect:frame styleMask:kStyle backing:NSBackingStoreBuffered defer:NO];
+  if (self == nil) return nil;
+
+  [self setTitle:title];
+  [self setReleasedWhenClosed:NO];
+  // GNUstep shows the main menu in the windows that ask for it.
+  [self setMenu:[NSApp mainMenu]];
+
+  NSView* content = [self contentView];
+  auto inspectable = Adopt([[BRYInspectableWebContentsView alloc] initWithFrame:[content bounds]]);
+  [inspectable setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
+  [content addSubview:inspectable];
+  [self makeFirstResponder:[inspectable webContentsView]];
+  return self;
+}
+
+- (WebContentsViewCocoa*)webContentsView {
+  for (NSView* view in [[self contentView] subviews]) {
+    if ([view isKindOfClass:[BRYInspectableWebContentsView class]]) {
+      return [static_cast<BRYInspectableWebContentsView*>(view) webContentsView];
+    }
+  }
+  return nil;
+}
+
+@end

@@ -1,0 +1,26 @@
+#pragma once
+
+#import <Foundation/NSString.h>
+#include <node_api.h>
+
+#include "native/ScriptContext.h"
+
+// Hands what happens in the application to one script function. Main thread only.
+class ScriptEvents {
+ public:
+  explicit ScriptEvents(const ScriptContext& script) : script_(script) {}
+  ~ScriptEvents() { Clear(); }
+  ScriptEvents(const ScriptEvents&) = delete;
+  ScriptEvents& operator=(const ScriptEvents&) = delete;
+
+  // The function that receives every event, as (name, payload).
+  void SetHandler(napi_value function);
+  void Clear();
+
+  // `payload` crosses by content (see ScriptValues.h). Without a handler nothing happens.
+  void Emit(NSString* name, id payload) const;
+
+ private:
+  const ScriptContext& script_;
+  napi_ref handler_ = nullptr;
+};

@@ -1,0 +1,38 @@
+#include "native/SyntheticKey.h"
+
+#include <X11/Xlib.h>
+#include <uv.h>
+
+#include <memory>
+
+namespace {
+
+struct DisplayCloser {
+  void operator()(Display* display) const { XCloseDisplay(display); }
+};
+
+XEvent KeyEvent(Display* display, int type, Window window, unsigned keycode) {
+  XEvent event{};
+  event.xkey.type = type;
+  event.xkey.display = display;
+  event.xkey.window = window;
+  event.xkey.root = DefaultRootWindow(display);
+  event.xkey.time = static_cast<Time>(uv_hrtime() / 1000000);
+  event.xkey.same_screen = True;
+  event.xkey.keycode = keycode;
+  return event;
+}
+
+}  // namespace
+
+std::uint64_t SendSyntheticKey(unsigned long window, unsigned keycode) {
+  const std::unique_ptr<Display, DisplayCloser> display(XOpenDisplay(nullptr));
+  if (!display) return 0;
+  const std::uint64_t sent = uv_hrtime();
+  for (const int type : {KeyPress, KeyRelease}) {
+    XEvent event = KeyEvent(display.get(), type, window, keycode);
+    XSendEvent(display.get(), window, False, type == KeyPress ? KeyPressMask : KeyReleaseMask, &event);
+  }
+  XFlush(display.get());
+  return sent;
+}

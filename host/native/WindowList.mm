@@ -1,0 +1,88 @@
+#include "native/WindowList.h"
+
+#import <AppKit/AppKit.h>
+#import <GNUstepGUI/GSDisplayServer.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#import "native/AtomNSWindow.h"
+#import "native/AtomNSWindowDelegate.h"
+#include "native/ScriptEvents.h"
+#import "native/WebContentsViewCocoa.h"
+
+namespace {
+
+// The window's number for other X clients.
+NSNumber* SystemWindow(NSWindow* window) {
+  void* device = [GSServerForWindow(window) windowDevice:static_cast<int>([window windowNumber])];
+  return @(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(device)));
+}
+
+NSDictionary* Describe(NSRect rect) {
+  return @{
+    @"x" : @(rect.origin.x),
+    @"y" : @(rect.origin.y),
+    @"width" : @(rect.size.width),
+    @"height" : @(rect.size.height),
+  };
+}
+
+NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
+
+}  // namespace
+
+WindowList::WindowList(const ScriptEvents& events)
+    : events_(events), delegate_(Adopt([[AtomNSWindowDelegate alloc] initWithWindows:this])) {}
+
+WindowList::~WindowList() {
+  for (const auto& window : windows_) [window setDelegate:nil];
+}
+
+NSData* WindowList::Open(NSString* title, NSSize size) {
+  auto window = Adopt([[AtomNSWindow alloc] initWithTitle:title size:size]);
+  [window setDelegate:delegate_];
+  [window center];
+  windows_.push_back(window);
+  [window makeKeyAndOrderFront:nil];
+  [NSApp activateIgnoringOtherApps:YES];
+  return HandleOf(window);
+}
+
+void WindowList::Close(NSData* handle) { [WindowOf(handle) close]; }
+
+NSDictionary* WindowList::Describe(NSData* handle) const {
+  AtomNSWindow* window = WindowOf(handle);
+  WebContentsViewCocoa* page = [window webContentsView];
+  return @{
+    @"title" : [window title],
+    @"frame" : ::Describe([window frame]),
+    @"content" : ::Describe([[window contentView] frame]),
+    @"isVisible" : Truth([window isVisible]),
+    @"isKey" : Truth([window isKeyWindow]),
+    @"isMain" : Truth([window isMainWindow]),
+    @"isPageFocused" : Truth([window firstResponder] == page),
+    @"systemWindow" : SystemWindow(window),
+    @"typedText" : [page typedText],
+    @"droppedFiles" : [page droppedFiles],
+  };
+}
+
+NSData* WindowList::HandleOf(id object) { return [NSData dataWithBytes:&object length:sizeof object]; }
+
+void WindowList::WillClose(AtomNSWindow* window) {
+  const auto position =
+      std::find_if(windows_.begin(), windows_.end(), [window](const auto& each) { return each.get() == window; });
+  if (position == windows_.end()) return;
+  // It is still at work on closing.
+  static_cast<void>(Retain(window).Autoreleased());
+  windows_.erase(position);
+  events_.Emit(@"window-closed", HandleOf(window));
+}
+
+AtomNSWindow* WindowList::WindowOf(NSData* handle) const {
+  const auto position = std::find_if(windows_.begin(), windows_.end(),
+                                     [handle](const auto& window) { return [HandleOf(window) isEqual:handle]; });
+  if (position == windows_.end()) [NSException raise:NSInvalidArgumentException format:@"There is no such window"];
+  return *position;
+}
