@@ -11,8 +11,9 @@ exports.run = async (stage) => {
   if (!(await stage.until(() => host.windowInfo(stage.window).isVisible))) {
     return failed('Window', 'it does not come on screen');
   }
-  // The window manager has yet to decorate and place it.
-  await stage.until(() => host.windowInfo(stage.window).isKey);
+  // The window manager has yet to decorate and place it, and then it is drawn.
+  await stage.focusWindow();
+  await stage.windowIsDrawn();
   const picture = await stage.screenshot();
   const { width, height } = host.windowInfo(stage.window).frame;
   const menus = host.mainMenuDescription().map(({ title }) => title);

@@ -40,10 +40,18 @@ class Stage {
   /** Waits until `condition` gives something true, and gives that; false when it takes too long. */
   async until(condition, deadline = 5000) {
     for (const end = Date.now() + deadline; Date.now() < end; await new Promise((r) => setTimeout(r, 10))) {
-      const value = condition();
+      const value = await condition();
       if (value) return value;
     }
     return false;
+  }
+
+  /** Waits until the window shows more than its background. False also where ImageMagick is missing. */
+  async windowIsDrawn() {
+    const { systemWindow } = this.host.windowInfo(this.window);
+    const countColours = () => this.run('import', '-window', String(systemWindow), '-format', '%k', 'info:');
+    if ((await countColours()) === undefined) return false;
+    return this.until(async () => Number(await countColours()) > 1);
   }
 
   /** Takes a picture of the whole screen. Gives the file's name, or undefined when it can't be taken. */

@@ -34,13 +34,18 @@ class ToScript {
   v8::Isolate* isolate_;
 };
 
+// Node keeps its context entered while the event loop waits: only the stack tells whether script is running.
+bool IsScriptRunning(v8::Isolate* isolate) {
+  return v8::StackTrace::CurrentStackTrace(isolate, 1, v8::StackTrace::kScriptId)->GetFrameCount() > 0;
+}
+
 // Makes the engine ready for a call from native code. A call from the event loop, where no script is running, needs
 // Node's callback scope: it drains the micro-task and next-tick queues and reports what was thrown. A call made
 // while script runs must have none, or the exception would not reach that script.
 class EngineEntry {
  public:
   explicit EngineEntry(v8::Isolate* isolate)
-      : handles_(isolate), nested_(isolate->InContext()), context_(GetApplicationContext()), entered_(context_) {
+      : handles_(isolate), nested_(IsScriptRunning(isolate)), context_(GetApplicationContext()), entered_(context_) {
     if (!nested_) callback_.emplace(isolate, v8::Object::New(isolate), node::async_context{0, 0});
   }
 
