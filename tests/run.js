@@ -23,7 +23,13 @@ const totals = { pass: 0, fail: 0, skipped: 0 };
 function environmentFor(home) {
   const temporary = path.join(home, 'tmp');
   // GNUstep asks for TEMP and TMP, everybody else for TMPDIR.
-  const folders = { HOME: home, TMPDIR: temporary, TMP: temporary, TEMP: temporary, XDG_RUNTIME_DIR: path.join(home, 'run') };
+  const folders = {
+    HOME: home,
+    TMPDIR: temporary,
+    TMP: temporary,
+    TEMP: temporary,
+    XDG_RUNTIME_DIR: path.join(home, 'run'),
+  };
   for (const folder of Object.values(folders)) fs.mkdirSync(folder, { recursive: true, mode: 0o700 });
   const environment = { ...process.env, ...folders };
   for (const name of ['XDG_CONFIG_HOME', 'XDG_DATA_HOME', 'XDG_STATE_HOME', 'XDG_CACHE_HOME']) delete environment[name];
