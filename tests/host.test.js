@@ -539,3 +539,13 @@ test('the tour without a display says so and ends with code 1', async (t) => {
   assert.match(result.stdout, /^Window and main menu +not offered here +no display/m);
   assert.match(result.stdout, /^Message bus +not offered here/m);
 });
+
+test('what needs a window server works where there is one', async (t) => {
+  const answer = await inSession(
+    t,
+    `host.start();
+     const { windowOnly } = require('./tests/support/addon').probe();
+     print(windowOnly());`,
+  );
+  assert.strictEqual(answer, true);
+});

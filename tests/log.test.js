@@ -88,6 +88,7 @@ test('a folder that cannot be written leaves the module without a file, not with
     { env: { TESSARO_NATIVE_LOG: 'stderr', XDG_STATE_HOME: blocked } },
   );
   assert.deepStrictEqual([result.code, result.stdout], [0, 'false\n']);
+  assert.match(result.stderr, /\[warning\] There is no log file, because none can be written in \S+file\/node\/logs /);
   assert.match(result.stderr, /\[error\] still heard \(tests\/log\.test\.js:1 void log\(\)\)\n$/);
 });
 

@@ -16,7 +16,7 @@ class BackgroundQueue {
 
   static BackgroundQueue& Shared();
 
-  void Post(Task task);
+  void Post(Task task) noexcept;
 
   BackgroundQueue(const BackgroundQueue&) = delete;
   BackgroundQueue& operator=(const BackgroundQueue&) = delete;

@@ -29,8 +29,8 @@ class MainQueue {
 
   [[nodiscard]] bool IsCurrent() const { return IsMainThread(); }
 
-  void Post(Task task);
-  void PostDelayed(std::chrono::milliseconds delay, Task task);
+  void Post(Task task) noexcept;
+  void PostDelayed(std::chrono::milliseconds delay, Task task) noexcept;
 
   MainQueue(const MainQueue&) = delete;
   MainQueue& operator=(const MainQueue&) = delete;

@@ -152,8 +152,10 @@ std::span<const char* const> StartUpStepsRun() { return StepsRun(); }
 void TsSetupLogging() {
   TsLogFacility& facility = TsLogFacility::Shared();
   facility.AddTerminalLogger();
-  facility.AddDailyFileLogger(platform::LogDirectory(TsStdString([[NSProcessInfo processInfo] processName])));
+  const auto directory = platform::LogDirectory(TsStdString([[NSProcessInfo processInfo] processName]));
+  const bool hasFile = facility.AddDailyFileLogger(directory);
   TsLogInfo(@"Native Module logging initialized!");
+  if (!hasFile) TsLogWarning(@"There is no log file, because none can be written in %s", directory.c_str());
 }
 
 int IsRunningInsideRosetta2() {

@@ -47,7 +47,7 @@ class TsLogFacility {
 
   // One file a day below `directory` (created when missing), of which only the newest is kept.
   // False when the file cannot be written; the facility then goes on without it.
-  bool AddDailyFileLogger(const std::filesystem::path& directory) noexcept;
+  [[nodiscard]] bool AddDailyFileLogger(const std::filesystem::path& directory) noexcept;
 
   void Log(const TsLogMessage& message) noexcept;
 

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -58,13 +59,17 @@ BackgroundQueue& BackgroundQueue::Shared() {
 BackgroundQueue::BackgroundQueue() : body_(std::make_shared<Body>()) {}
 BackgroundQueue::~BackgroundQueue() { body_->Close(); }
 
-void BackgroundQueue::Post(Task task) {
+void BackgroundQueue::Post(Task task) noexcept {
   const std::lock_guard lock(body_->mutex);
   body_->waiting.push_back(std::move(task));
   body_->work.notify_one();
   if (body_->waiting.size() <= body_->idle || body_->workers == kMostWorkers) return;
-  ++body_->workers;
-  std::thread(Body::Work, body_).detach();
+  try {
+    std::thread(Body::Work, body_).detach();
+    ++body_->workers;
+  } catch (const std::system_error&) {
+    // The system has no thread to give. The task waits for a worker that there is, or for the next post to try again.
+  }
 }
 
 }  // namespace tessaro::platform
