@@ -12,6 +12,7 @@
 #include "Platform/FoundationValues.h"
 #include "Utilities/TsJSONError.h"
 #include "Utilities/TsJSONRepair.h"
+#include "Utilities/TsString.h"
 #include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
@@ -27,13 +28,12 @@ using Element = simdjson::dom::element;
 class KeyCache {
  public:
   // The string at +1.
-  template <typename MakeString>
-  NSString* Key(std::string_view text, MakeString makeString) {
+  NSString* Key(std::string_view text) {
     const std::size_t place = SlotOf(text);
     Ref<NSString>& slot = keys_[place];
     std::string_view& slotText = texts_[place];
     if (!slot || slotText != text) {
-      slot = makeString(text);
+      slot = TsNewString(text);
       slotText = text;
     }
     return platform::RetainedString(slot);
@@ -64,7 +64,7 @@ class Builder {
       case simdjson::dom::element_type::OBJECT:
         return MakeDictionary(element.get_object().value_unsafe());
       case simdjson::dom::element_type::STRING:
-        return MakeString(element.get_string().value_unsafe()).Leak();
+        return TsNewString(element.get_string().value_unsafe()).Leak();
       case simdjson::dom::element_type::INT64:
         return platform::NewNumber(element.get_int64().value_unsafe()).Leak();
       case simdjson::dom::element_type::UINT64:
@@ -80,16 +80,6 @@ class Builder {
   }
 
  private:
-  Ref<NSString> MakeString(std::string_view utf8) {
-    auto plain = platform::NewLatin1String(utf8.size());
-    if (CopyAscii(utf8, plain.characters)) return std::move(plain.string);
-    if (characters_.size() < utf8.size()) characters_.resize(utf8.size());
-    const std::size_t length = Utf8ToUtf16(utf8, characters_.data());
-    auto made = platform::NewUtf16String(length);
-    std::copy_n(characters_.data(), length, made.characters);
-    return std::move(made.string);
-  }
-
   id MakeArray(simdjson::dom::array array) {
     const std::size_t first = values_.size();
     for (const Element element : array) values_.push_back(Make(element));
@@ -104,7 +94,7 @@ class Builder {
     const std::size_t first = values_.size();
     const std::size_t firstKey = keys_.size();
     for (const auto field : object) {
-      keys_.push_back(keyCache_.Key(field.key, [this](std::string_view text) { return MakeString(text); }));
+      keys_.push_back(keyCache_.Key(field.key));
       values_.push_back(Make(field.value));
     }
     const std::size_t count = values_.size() - first;
@@ -121,14 +111,12 @@ class Builder {
   // Of the containers that are being made, from the outermost in. Keys and values are at +1.
   std::vector<id> values_;
   std::vector<NSString*> keys_;
-  std::vector<char16_t> characters_;
 };
 
 // One document at a time, with memory kept for the next.
 class Parser {
  public:
   Parser() { static_cast<void>(parser_.allocate(0, kTsMostJSONLevels)); }
-  ~Parser() = default;
 
   [[nodiscard]] simdjson::error_code Parse(NSString* string, Element& root) {
     FillText(string);

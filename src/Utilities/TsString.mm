@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
+#include <utility>
 #include <vector>
 
 #include "Platform/FoundationValues.h"
@@ -19,9 +20,13 @@ std::string TsStdString(NSString* string) {
   return Utf16ToUtf8(characters.data(), characters.size());
 }
 
-NSString* TsNSString(std::string_view utf8) {
+Ref<NSString> TsNewString(std::string_view utf8) {
+  auto plain = platform::NewLatin1String(utf8.size());
+  if (CopyAscii(utf8, plain.characters)) return std::move(plain.string);
   const std::u16string characters = Utf8ToUtf16(utf8);
   auto made = platform::NewUtf16String(characters.size());
   characters.copy(made.characters, characters.size());
-  return made.string.Autoreleased();
+  return std::move(made.string);
 }
+
+NSString* TsNSString(std::string_view utf8) { return TsNewString(utf8).Autoreleased(); }

@@ -112,6 +112,8 @@ bool MainQueue::IsMainThread() { return getpid() == static_cast<pid_t>(syscall(S
 void MainQueue::Attach() { body_->Attach(); }
 void MainQueue::Detach() { body_->Detach(); }
 void MainQueue::Post(Task task) noexcept { body_->Post(std::move(task)); }
-void MainQueue::PostDelayed(std::chrono::milliseconds delay, Task task) noexcept { body_->PostDelayed(delay, std::move(task)); }
+void MainQueue::PostDelayed(std::chrono::milliseconds delay, Task task) noexcept {
+  body_->PostDelayed(delay, std::move(task));
+}
 
 }  // namespace tessaro::platform
