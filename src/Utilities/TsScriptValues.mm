@@ -2,6 +2,7 @@
 
 #include <node_buffer.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -17,12 +18,23 @@ namespace {
 constexpr char kConversionFailed[] = "<string conversion failed>";
 constexpr std::size_t kHandleSize = sizeof(id);
 constexpr std::size_t kShortText = 256;
+constexpr int kShortLatin1 = 64;
 
 static_assert(kHandleSize == 8, "script keeps object handles in Buffers of 8 bytes");
 
 Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
   auto made = platform::NewLatin1String(static_cast<std::size_t>(length));
   text->WriteOneByte(isolate, made.characters, 0, length, v8::String::NO_NULL_TERMINATION);
+  return std::move(made.string);
+}
+
+// Most texts are short, and asking the engine for the length costs as much as copying one.
+Ref<NSString> CopyShortLatin1(v8::Isolate* isolate, v8::Local<v8::String> text) {
+  std::array<std::uint8_t, kShortLatin1> characters;
+  const int length = text->WriteOneByte(isolate, characters.data(), 0, kShortLatin1, v8::String::NO_NULL_TERMINATION);
+  if (length == kShortLatin1) return CopyLatin1(isolate, text, text->Length());
+  auto made = platform::NewLatin1String(static_cast<std::size_t>(length));
+  std::copy_n(characters.data(), length, made.characters);
   return std::move(made.string);
 }
 
@@ -34,8 +46,7 @@ Ref<NSString> CopyUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, int le
 }
 
 Ref<NSString> CopyText(v8::Isolate* isolate, v8::Local<v8::String> text) {
-  const int length = text->Length();
-  return text->IsOneByte() ? CopyLatin1(isolate, text, length) : CopyUtf16(isolate, text, length);
+  return text->IsOneByte() ? CopyShortLatin1(isolate, text) : CopyUtf16(isolate, text, text->Length());
 }
 
 v8::MaybeLocal<v8::String> FromLatin1(v8::Isolate* isolate, const std::uint8_t* characters, std::size_t length) {

@@ -10,6 +10,7 @@ namespace tessaro::platform {
 // Aligned for any object; nullptr when there is no memory.
 [[nodiscard]] void* AllocateCompactMemory(std::size_t size) noexcept;
 
-void FreeCompactMemory(void* memory) noexcept;
+// `size` is what was asked for.
+void FreeCompactMemory(void* memory, std::size_t size) noexcept;
 
 }  // namespace tessaro::platform

@@ -25,23 +25,26 @@ inline void AddReference(std::uint32_t& extraReferences) { __atomic_fetch_add(&e
 
 // True when the reference that was given up was the last.
 [[nodiscard]] inline bool RemoveReference(std::uint32_t& extraReferences) {
+  // The only owner has nobody to race with.
+  if (__atomic_load_n(&extraReferences, __ATOMIC_ACQUIRE) == 0) return true;
   return __atomic_fetch_sub(&extraReferences, 1, __ATOMIC_ACQ_REL) == 0;
 }
 
 }  // namespace tessaro::platform
 
-// The reference counting of a compact class with an instance variable `_extraReferences`.
-#define TS_COMPACT_REFERENCE_COUNTING                                         \
-  -(id)retain {                                                               \
-    tessaro::platform::AddReference(_extraReferences);                        \
-    return self;                                                              \
-  }                                                                           \
-  -(oneway void)release {                                                     \
-    if (tessaro::platform::RemoveReference(_extraReferences)) [self dealloc]; \
-  }                                                                           \
-  -(NSUInteger)retainCount {                                                  \
-    return __atomic_load_n(&_extraReferences, __ATOMIC_RELAXED) + 1;          \
-  }                                                                           \
-  -(NSZone*)zone {                                                            \
-    return NSDefaultMallocZone();                                             \
+// The reference counting of a compact class with an instance variable `_extraReferences`. `destroy` is called without
+// a message when the last reference is given up: no class is derived from a compact one.
+#define TS_COMPACT_REFERENCE_COUNTING(destroy)                                 \
+  -(id)retain {                                                                \
+    tessaro::platform::AddReference(_extraReferences);                         \
+    return self;                                                               \
+  }                                                                            \
+  -(oneway void)release {                                                      \
+    if (tessaro::platform::RemoveReference(_extraReferences)) (destroy)(self); \
+  }                                                                            \
+  -(NSUInteger)retainCount {                                                   \
+    return __atomic_load_n(&_extraReferences, __ATOMIC_RELAXED) + 1;           \
+  }                                                                            \
+  -(NSZone*)zone {                                                             \
+    return NSDefaultMallocZone();                                              \
   }

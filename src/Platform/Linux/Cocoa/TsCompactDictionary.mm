@@ -38,6 +38,12 @@ void Release(const Pair& pair) {
   tessaro::platform::ReleaseObject(pair.value);
 }
 
+void Destroy(TsCompactDictionary* dictionary) {
+  std::for_each_n(PairsOf(dictionary), dictionary->_grown == nil ? dictionary->_count : 0, Release);
+  [dictionary->_grown release];
+  tessaro::platform::FreeCompactMemory(dictionary, sizeof(TsCompactDictionary) + dictionary->_capacity * sizeof(Pair));
+}
+
 }  // namespace
 
 @implementation TsCompactDictionary
@@ -47,17 +53,7 @@ void Release(const Pair& pair) {
   return static_cast<id>([NSMutableDictionary allocWithZone:zone]);
 }
 
-TS_COMPACT_REFERENCE_COUNTING
-
-// Not of Foundation's allocation, so Foundation must not free it.
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wobjc-missing-super-calls"
-- (void)dealloc {
-  std::for_each_n(PairsOf(self), _grown == nil ? _count : 0, Release);
-  [_grown release];
-  tessaro::platform::FreeCompactMemory(self);
-}
-#pragma clang diagnostic pop
+TS_COMPACT_REFERENCE_COUNTING(Destroy)
 
 // The pair with `key`, or nullptr. Keys of one document are shared, so most lookups end with the first comparison.
 - (Pair*)pairForKey:(id)key {

@@ -33,6 +33,11 @@ template <typename Character>
   return reinterpret_cast<Character*>(reinterpret_cast<char*>(string) + sizeof(TsCompactString));
 }
 
+inline void FreeString(TsCompactString* string) {
+  const std::size_t width = string->_isWide ? sizeof(char16_t) : sizeof(std::uint8_t);
+  FreeCompactMemory(string, sizeof(TsCompactString) + string->_length * width);
+}
+
 inline void RetainObject(id object) {
   if (IsCompactString(object)) {
     AddReference(static_cast<TsCompactString*>(object)->_extraReferences);
@@ -43,7 +48,8 @@ inline void RetainObject(id object) {
 
 inline void ReleaseObject(id object) {
   if (!IsCompactString(object)) return [object release];
-  if (RemoveReference(static_cast<TsCompactString*>(object)->_extraReferences)) FreeCompactMemory(object);
+  auto* string = static_cast<TsCompactString*>(object);
+  if (RemoveReference(string->_extraReferences)) FreeString(string);
 }
 
 }  // namespace tessaro::platform

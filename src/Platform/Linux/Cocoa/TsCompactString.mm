@@ -41,15 +41,7 @@ Class tessaro::platform::compactStringClass = nil;
   return static_cast<id>([NSString allocWithZone:zone]);
 }
 
-TS_COMPACT_REFERENCE_COUNTING
-
-// Not of Foundation's allocation, so Foundation must not free it.
-#pragma clang diagnostic push
-#pragma clang diagnostic ignored "-Wobjc-missing-super-calls"
-- (void)dealloc {
-  tessaro::platform::FreeCompactMemory(self);
-}
-#pragma clang diagnostic pop
+TS_COMPACT_REFERENCE_COUNTING(tessaro::platform::FreeString)
 
 - (NSUInteger)length {
   return _length;
