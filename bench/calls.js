@@ -9,7 +9,8 @@ const stub = open('CallStub');
 const { get, getWithPool, echo, echoAutoreleased, module: tessaro } = probe();
 
 // Each peer is called from code of its own and in the same way, or the engine would optimise one call and not the other.
-const caller = (native, ...args) => new Function('native', 'args', `return () => native(${args.map((_, i) => `args[${i}]`)})`)(native, args);
+const caller = (native, ...args) =>
+  new Function('native', 'args', `return () => native(${args.map((_, i) => `args[${i}]`)})`)(native, args);
 
 report(
   'A function without arguments',
