@@ -18,7 +18,8 @@ namespace {
 constexpr char kConversionFailed[] = "<string conversion failed>";
 constexpr std::size_t kHandleSize = sizeof(id);
 constexpr std::size_t kShortText = 256;
-constexpr int kShortLatin1 = 64;
+constexpr int kShortAscii = 64;
+constexpr int kLongestInUtf8 = 4;
 
 static_assert(kHandleSize == 8, "script keeps object handles in Buffers of 8 bytes");
 
@@ -28,11 +29,14 @@ Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int l
   return std::move(made.string);
 }
 
-// Most texts are short, and asking the engine for the length costs as much as copying one.
-Ref<NSString> CopyShortLatin1(v8::Isolate* isolate, v8::Local<v8::String> text) {
-  std::array<std::uint8_t, kShortLatin1> characters;
-  const int length = text->WriteOneByte(isolate, characters.data(), 0, kShortLatin1, v8::String::NO_NULL_TERMINATION);
-  if (length == kShortLatin1) return CopyLatin1(isolate, text, text->Length());
+// nullptr unless the text is short and ASCII, as most are. One question to the engine costs as much as making the
+// string, so everything is found out by the one call that also copies the characters.
+Ref<NSString> CopyShortAscii(v8::Isolate* isolate, v8::Local<v8::String> text) {
+  std::array<char, kShortAscii> characters;
+  int length = 0;
+  const int bytes = text->WriteUtf8(isolate, characters.data(), kShortAscii, &length, v8::String::NO_NULL_TERMINATION);
+  const bool isWhole = bytes < kShortAscii - kLongestInUtf8;
+  if (!isWhole || bytes != length) return nullptr;
   auto made = platform::NewLatin1String(static_cast<std::size_t>(length));
   std::copy_n(characters.data(), length, made.characters);
   return std::move(made.string);
@@ -46,7 +50,9 @@ Ref<NSString> CopyUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, int le
 }
 
 Ref<NSString> CopyText(v8::Isolate* isolate, v8::Local<v8::String> text) {
-  return text->IsOneByte() ? CopyShortLatin1(isolate, text) : CopyUtf16(isolate, text, text->Length());
+  if (auto ascii = CopyShortAscii(isolate, text)) return ascii;
+  const int length = text->Length();
+  return text->IsOneByte() ? CopyLatin1(isolate, text, length) : CopyUtf16(isolate, text, length);
 }
 
 v8::MaybeLocal<v8::String> FromLatin1(v8::Isolate* isolate, const std::uint8_t* characters, std::size_t length) {
