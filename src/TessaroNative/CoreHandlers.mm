@@ -2,6 +2,7 @@
 
 #include "Extensions/NSProcessInfo+TsSystem.h"
 #include "TessaroNative/Handlers.h"
+#include "TessaroNative/ReturnValues.h"
 #include "TessaroNative/StartUp.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsLog.h"
@@ -11,11 +12,6 @@
 namespace {
 
 NSString* const kFScriptFramework = @"~/Library/Frameworks/FScript.framework";
-
-void ReturnString(const v8::FunctionCallbackInfo<v8::Value>& args, NSString* string) {
-  v8::Local<v8::String> result;
-  if (ToScriptString(args.GetIsolate(), string).ToLocal(&result)) args.GetReturnValue().Set(result);
-}
 
 }  // namespace
 

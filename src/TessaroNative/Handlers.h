@@ -26,3 +26,9 @@ void setSearchServiceCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>&
 void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Passwords
+void getPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
+void removePasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
+void removeAllPasswords(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -2,10 +2,12 @@
 
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
+#include "Platform/SecretStore.h"
 
 namespace tessaro::platform {
 
 void ShutDown() {
+  SecretStore::Shared().Close();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }

@@ -1,0 +1,11 @@
+#pragma once
+
+#import <AppKit/NSApplication.h>
+
+// The running application's bundle. Class methods, as they serve without a display too, where there is no instance.
+@interface NSApplication (TsBundle)
+
+// What the bundle calls itself; nil when it does not say.
++ (NSString*)ts_bundleName;
+
+@end

@@ -1,0 +1,213 @@
+#import "Keychain/TsKeyChain.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Extensions/NSApplication+TsBundle.h"
+#include "Platform/FoundationValues.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+#include "Utilities/TsUnicode.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+using platform::Secret;
+using platform::SecretItem;
+using platform::SecretStatus;
+
+NSString* const kPreviousVersionsService = @"Tessaro 3";
+NSString* const kSeparateService = @"Kolvar";
+
+// The UTF-8 bytes of a password, without leaving a copy anywhere.
+Secret SecretOf(NSString* password) {
+  constexpr std::size_t kMostBytesPerUnit = 3;
+  Secret bytes([password length] * kMostBytesPerUnit);
+  const auto contents = platform::StringContents(password);
+  if (contents.latin1 != nullptr) {
+    bytes.Shorten(Latin1ToUtf8(contents.latin1, contents.length, bytes.Data()));
+  } else if (contents.utf16 != nullptr) {
+    bytes.Shorten(Utf16ToUtf8(contents.utf16, contents.length, bytes.Data()));
+  } else {
+    Secret units([password length] * sizeof(char16_t));
+    auto* characters = reinterpret_cast<char16_t*>(units.Data());
+    [password getCharacters:reinterpret_cast<unichar*>(characters) range:NSMakeRange(0, [password length])];
+    bytes.Shorten(Utf16ToUtf8(characters, [password length], bytes.Data()));
+  }
+  return bytes;
+}
+
+// nil when the bytes are no UTF-8: another password than the stored one would be of no use.
+NSString* PasswordOf(const Secret& secret) {
+  NSString* password = TsNSString(secret.View());
+  return SecretOf(password).View() == secret.View() ? password : nil;
+}
+
+platform::SecretResult<SecretItem> FirstOf(platform::SecretResult<std::vector<SecretItem>> found) {
+  if (found.status != SecretStatus::Success) return {found.status};
+  return {SecretStatus::Success, std::move(found.value.front())};
+}
+
+int Code(SecretStatus status) { return static_cast<int>(status); }
+
+NSDictionary* Succeeded() { return [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"ok?"]; }
+
+NSDictionary* Failed(SecretStatus status) {
+  return [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:NO], @"ok?",
+                                                    [NSNumber numberWithInt:Code(status)], @"error", nil];
+}
+
+NSDictionary* Found(id password) {
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:YES], @"ok?", password, @"password", nil];
+}
+
+}  // namespace
+
+@implementation TsKeychain
+
+@synthesize service = service_;
+
++ (TsKeychain*)sharedInstance {
+  static const Ref<TsKeychain> keychain = [] {
+    const bool isSeparate = [[NSApplication ts_bundleName] isEqualToString:kSeparateService];
+    return Adopt([[TsKeychain alloc] initWithService:isSeparate ? kSeparateService : kPreviousVersionsService]);
+  }();
+  return keychain;
+}
+
+- (instancetype)initWithService:(NSString*)service {
+  return [self initWithService:service store:platform::SecretStore::Shared()];
+}
+
+- (instancetype)initWithService:(NSString*)service store:(platform::SecretStore&)store {
+  if ((self = [super init]) != nil) {
+    service_ = [service copy];
+    store_ = &store;
+  }
+  return self;
+}
+
+- (void)dealloc {
+  [service_ release];
+  [super dealloc];
+}
+
+- (platform::SecretResult<SecretItem>)findAccount:(NSString*)account {
+  return FirstOf(store_->Find(TsStdString(service_), TsStdString(account)));
+}
+
+- (NSDictionary*)passwordForAccount:(NSString*)account {
+  const auto item = [self findAccount:account];
+  SecretStatus status = item.status;
+  if (status == SecretStatus::Success) {
+    const auto secret = store_->Read(item.value);
+    status = secret.status;
+    if (status == SecretStatus::Success) {
+      if (NSString* password = PasswordOf(secret.value); password != nil) return Found(password);
+      status = SecretStatus::Decode;
+    }
+  }
+  if (status == SecretStatus::ItemNotFound) return Found([NSNull null]);
+  TsLogWarning(@"Could not read password from keychain. (account=%@, error=%d)", account, Code(status));
+  return Failed(status);
+}
+
+- (NSDictionary*)setPassword:(NSString*)password forAccount:(NSString*)account {
+  if (password == nil) return [self deleteItem:[self findAccount:account] ofAccount:account];
+  const auto item = FirstOf(store_->FindVisible(TsStdString(service_), TsStdString(account)));
+  if (item.status == SecretStatus::Success) return [self modifyItem:item.value password:password account:account];
+  if (item.status == SecretStatus::ItemNotFound) return [self addPassword:password account:account];
+  // The caller is told that all is well: it could do nothing about it.
+  TsLogWarning(@"Could not find keychain item. (account=%@, error=%d)", account, Code(item.status));
+  return Succeeded();
+}
+
+- (NSDictionary*)modifyItem:(const SecretItem&)item password:(NSString*)password account:(NSString*)account {
+  const auto length = static_cast<unsigned long>([password length]);
+  const SecretStatus status = store_->Replace(item, SecretOf(password));
+  if (status == SecretStatus::Success) {
+    TsLogInfo(@"Modified password in keychain. (account=%@, passwordLength=%lu)", account, length);
+    return Succeeded();
+  }
+  TsLogWarning(@"Could not modify keychain item. (account=%@, passwordLength=%lu, error=%d)", account, length,
+               Code(status));
+  return Failed(status);
+}
+
+- (NSDictionary*)addPassword:(NSString*)password account:(NSString*)account {
+  const auto length = static_cast<unsigned long>([password length]);
+  const SecretStatus status = store_->Add(TsStdString(service_), TsStdString(account), SecretOf(password));
+  if (status == SecretStatus::Success) {
+    TsLogInfo(@"Added password to keychain. (account=%@, passwordLength=%lu)", account, length);
+    return Succeeded();
+  }
+  TsLogWarning(@"Could not add password to keychain. (account=%@, passwordLength=%lu, error=%d)", account, length,
+               Code(status));
+  return Failed(status);
+}
+
+- (NSDictionary*)deleteItem:(const platform::SecretResult<SecretItem>&)item ofAccount:(NSString*)account {
+  if (item.status != SecretStatus::Success) {
+    TsLogError(@"Could not find keychain item in order to delete it. (account=%@, error=%d)", account,
+               Code(item.status));
+    return Failed(item.status);
+  }
+  const SecretStatus status = store_->Remove(item.value);
+  if (status == SecretStatus::Success) {
+    TsLogInfo(@"Deleted password from keychain. (account=%@)", account);
+  } else {
+    TsLogWarning(@"Could not delete keychain item. (account=%@, error=%d)", account, Code(status));
+  }
+  return Succeeded();
+}
+
+- (NSSet*)allAccounts {
+  const auto items = store_->Find(TsStdString(service_), std::nullopt);
+  if (items.status == SecretStatus::ItemNotFound) return [NSSet set];
+  SecretStatus status = items.status;
+  if (status == SecretStatus::Success) {
+    const auto accounts = store_->Accounts(items.value);
+    status = accounts.status;
+    if (status == SecretStatus::Success) {
+      NSMutableSet* names = [NSMutableSet setWithCapacity:accounts.value.size()];
+      for (const auto& account : accounts.value) {
+        if (account) [names addObject:TsNewString(*account)];
+      }
+      return names;
+    }
+  }
+  TsLogWarning(@"Error while querying all accounts in Keychain. (error=%@)", TsNSString(platform::Message(status)));
+  return nil;
+}
+
+- (BOOL)removePasswordForAccount:(NSString*)account {
+  const auto item = [self findAccount:account];
+  if (item.status != SecretStatus::Success || store_->Remove(item.value) != SecretStatus::Success) return NO;
+  [self logRemovalOf:account];
+  return YES;
+}
+
+- (BOOL)removeAllPasswords {
+  const std::string service = TsStdString(service_);
+  // What is added meanwhile must go as well; each round costs one search, however many items there are.
+  for (;;) {
+    const auto items = store_->Find(service, std::nullopt);
+    if (items.status != SecretStatus::Success) return YES;
+    const auto accounts = store_->Accounts(items.value);
+    for (std::size_t i = 0; i < items.value.size(); ++i) {
+      if (store_->Remove(items.value[i]) != SecretStatus::Success) return NO;
+      const bool isKnown = i < accounts.value.size() && accounts.value[i];
+      [self logRemovalOf:isKnown ? TsNSString(*accounts.value[i]) : @"unknown"];
+    }
+  }
+}
+
+- (void)logRemovalOf:(NSString*)account {
+  TsLogInfo(@"Removed keychain entry '%@' (%@).", account, service_);
+}
+
+@end

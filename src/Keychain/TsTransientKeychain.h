@@ -1,0 +1,21 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+// Passwords that live as long as the process, for accounts whose user does not want them stored. Main thread only.
+@interface TsTransientKeychain : NSObject {
+ @private
+  NSMutableDictionary* passwordsByAccount_;
+}
+
+@property(nonatomic, readonly) NSMutableDictionary* passwordsByAccount;
+
++ (TsTransientKeychain*)sharedInstance;
+
+// nil forgets the account's password.
+- (void)setPassword:(NSString*)password forAccount:(NSString*)account;
+
+// nil when there is none.
+- (NSString*)passwordForAccount:(NSString*)account;
+
+@end
