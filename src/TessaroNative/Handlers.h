@@ -32,3 +32,13 @@ void getPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
 void removePasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
 void removeAllPasswords(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Settings of the application and of the user
+void getUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args);
+void removeUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args);
+void synchronizeUserDefaults(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
+void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "KeychainProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
@@ -13,6 +14,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachCoreProbe(probe);
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
+  AttachKeychainProbe(AddProbeObject(probe, "keychain"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 

@@ -38,13 +38,16 @@ function environmentFor(home, extra) {
  * Starts a process and goes on.
  * @param {object} test The running test's context; the process ends with it.
  * @param {string} source Script; `probe()` loads the test add-on.
- * @param {{env?: object, cwd?: string, nodeOptions?: string[]}} [options]
+ * @param {{env?: object, cwd?: string, nodeOptions?: string[], executable?: string, home?: string}} [options]
+ *   `executable` stands in for Node.js itself; `home` is by default one of the process's own.
  */
 function startScript(test, source, options = {}) {
-  const home = temporaryDirectory(test);
-  const child = spawn(node, [...(options.nodeOptions || []), '-e', prelude + source], {
+  const home = options.home || temporaryDirectory(test);
+  // The sanitizers' script has to start whatever it is.
+  const command = process.env.TESSARO_NODE || options.executable || node;
+  const child = spawn(command, [...(options.nodeOptions || []), '-e', prelude + source], {
     cwd: options.cwd || root,
-    env: environmentFor(home, options.env || {}),
+    env: environmentFor(home, { TESSARO_EXECUTABLE: options.executable, ...options.env }),
     stdio: 'pipe',
   });
   const output = { stdout: '', stderr: '' };
@@ -69,7 +72,8 @@ function startScript(test, source, options = {}) {
  * Runs a process to its end.
  * @param {object} test
  * @param {string} source
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string}} [options] Deadline in
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string,
+ *   executable?: string, home?: string}} [options] Deadline in
  *   milliseconds; `input` is what the script reads from standard input.
  * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
  */

@@ -11,6 +11,8 @@ namespace tessaro::platform {
 namespace {
 
 constexpr char kService[] = "org.freedesktop.secrets";
+// A bus refuses to keep more than its limit of open questions, which is 128 where nobody has raised it.
+constexpr std::size_t kMostCallsAtOnce = 64;
 constexpr char kPromptInterface[] = "org.freedesktop.Secret.Prompt";
 
 // GLib would start a bus of its own where there is none.
@@ -215,13 +217,19 @@ std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const st
                                                               const char* type) {
   struct Pending {
     SecretServiceReply reply;
-    std::size_t* left;
+    std::size_t* waiting;
   };
   const ContextScope scope(context_.get());
-  std::size_t left = paths.size();
+  std::size_t waiting = 0;
   std::vector<Pending> pending(paths.size());
+  // Each call ends at its own deadline, if not before.
+  const auto turnUntilWaitingFor = [&](std::size_t most) {
+    while (waiting > most) g_main_context_iteration(context_.get(), TRUE);
+  };
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    pending[i].left = &left;
+    turnUntilWaitingFor(kMostCallsAtOnce - 1);
+    pending[i].waiting = &waiting;
+    ++waiting;
     g_dbus_connection_call(
         bus_.get(), kService, paths[i].c_str(), interface, method, arguments(), G_VARIANT_TYPE(type),
         G_DBUS_CALL_FLAGS_NONE, Milliseconds(deadlines_.answer), nullptr,
@@ -230,12 +238,11 @@ std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const st
           answered.reply = ReplyOf([&](GError** error) {
             return g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, error);
           });
-          --*answered.left;
+          --*answered.waiting;
         },
         &pending[i]);
   }
-  // Each call ends at its own deadline, if not before.
-  while (left > 0) g_main_context_iteration(context_.get(), TRUE);
+  turnUntilWaitingFor(0);
   std::vector<SecretServiceReply> replies;
   replies.reserve(pending.size());
   for (Pending& answered : pending) replies.push_back(std::move(answered.reply));

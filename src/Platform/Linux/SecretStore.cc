@@ -158,7 +158,8 @@ class SecretStore::Body {
     const auto replies = client_->CallEach(paths, kProperties, "Get", question, "(v)");
     std::vector<std::optional<std::string>> accounts;
     for (const auto& reply : replies) {
-      if (StatusOf(reply.failure) == SecretStatus::NotAvailable) return {SecretStatus::NotAvailable};
+      const bool isGone = reply.failure == Failure::UnknownObject;
+      if (!reply && !isGone) return {StatusOf(reply.failure)};
       accounts.push_back(AccountOf(reply));
     }
     return {SecretStatus::Success, std::move(accounts)};

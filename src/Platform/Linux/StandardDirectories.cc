@@ -4,19 +4,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
+
+#include "Platform/Linux/BaseDirectories.h"
 
 namespace tessaro::platform {
 
 namespace {
-
-// The base directory standard wants relative paths to be ignored.
-std::filesystem::path AbsolutePathIn(const char* variable) {
-  const char* value = std::getenv(variable);
-  const std::filesystem::path path = value != nullptr ? value : "";
-  return path.is_absolute() ? path : std::filesystem::path();
-}
 
 std::string AsFileName(std::string_view name) {
   std::string file(name);
@@ -33,9 +27,7 @@ std::filesystem::path HomeDirectory() {
 }
 
 std::filesystem::path LogDirectory(std::string_view applicationName) {
-  auto state = AbsolutePathIn("XDG_STATE_HOME");
-  if (state.empty()) state = HomeDirectory() / ".local" / "state";
-  return state / AsFileName(applicationName) / "logs";
+  return StateHome() / AsFileName(applicationName) / "logs";
 }
 
 }  // namespace tessaro::platform

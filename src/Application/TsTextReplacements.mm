@@ -1,0 +1,50 @@
+#include "Application/TsTextReplacements.h"
+
+#import <Foundation/Foundation.h>
+
+#include "Platform/StandardDirectories.h"
+#include "Utilities/TsString.h"
+
+namespace {
+
+NSString* const kGlobalPreferences = @"Library/Preferences/.GlobalPreferences.plist";
+
+// nil when there is no such file, or no dictionary in it.
+NSDictionary* GlobalPreferences() {
+  NSString* home = TsNSString(tessaro::platform::HomeDirectory().native());
+  NSData* data = [NSData dataWithContentsOfFile:[home stringByAppendingPathComponent:kGlobalPreferences]];
+  if (data == nil) return nil;
+  @try {
+    id contents = [NSPropertyListSerialization propertyListWithData:data
+                                                            options:NSPropertyListImmutable
+                                                             format:nullptr
+                                                              error:nullptr];
+    return [contents isKindOfClass:[NSDictionary class]] ? contents : nil;
+  } @catch (NSException*) {
+    return nil;
+  }
+}
+
+bool IsSwitchedOff(id value) { return [value respondsToSelector:@selector(boolValue)] && ![value boolValue]; }
+
+void AddIfSet(NSMutableDictionary* dictionary, NSString* key, id value) {
+  if (value != nil) [dictionary setObject:value forKey:key];
+}
+
+}  // namespace
+
+NSDictionary* TsTextReplacements() {
+  NSUserDefaults* own = [NSUserDefaults standardUserDefaults];
+  id dashes = [own objectForKey:@"WebAutomaticDashSubstitutionEnabled"];
+  id replacements = [own objectForKey:@"WebAutomaticTextReplacementEnabled"];
+  NSLog(@"localeDashSubstitution: %@: %@", dashes, replacements);
+
+  NSDictionary* global = GlobalPreferences();
+  NSMutableDictionary* result = [NSMutableDictionary dictionary];
+  AddIfSet(result, @"text-replacements",
+           IsSwitchedOff(replacements) ? [NSArray array] : [global objectForKey:@"NSUserDictionaryReplacementItems"]);
+  AddIfSet(result, @"dash-substitution?",
+           dashes != nil ? dashes : [global objectForKey:@"NSAutomaticDashSubstitutionEnabled"]);
+  AddIfSet(result, @"period-substitution?", [global objectForKey:@"NSAutomaticPeriodSubstitutionEnabled"]);
+  return result;
+}

@@ -1,0 +1,45 @@
+#include "Platform/Linux/BaseDirectories.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "Platform/StandardDirectories.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path PathIn(const char* variable, const fs::path& belowHome) {
+  fs::path path = AbsolutePathIn(variable);
+  return path.empty() ? HomeDirectory() / belowHome : path;
+}
+
+}  // namespace
+
+fs::path AbsolutePathIn(const char* variable) {
+  const char* value = std::getenv(variable);
+  const fs::path path = value != nullptr ? value : "";
+  return path.is_absolute() ? path : fs::path();
+}
+
+fs::path ConfigHome() { return PathIn("XDG_CONFIG_HOME", ".config"); }
+
+fs::path StateHome() { return PathIn("XDG_STATE_HOME", ".local/state"); }
+
+std::vector<fs::path> ConfigDirectories() {
+  const char* value = std::getenv("XDG_CONFIG_DIRS");
+  std::string_view list = value != nullptr && *value != '\0' ? value : "/etc/xdg";
+  std::vector<fs::path> directories;
+  while (!list.empty()) {
+    const auto end = std::min(list.find(':'), list.size());
+    if (const fs::path path = list.substr(0, end); path.is_absolute()) directories.push_back(path);
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return directories;
+}
+
+}  // namespace tessaro::platform

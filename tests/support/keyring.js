@@ -1,0 +1,77 @@
+'use strict';
+
+// A gnome-keyring of the test's own, on a bus of its own.
+
+const { execFile, spawn } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+const { promisify } = require('util');
+
+const { startBus } = require('./bus');
+const { eventually } = require('./child');
+
+const run = promisify(execFile);
+
+const collection = '/org/freedesktop/secrets/collection/login';
+
+function dbusSend(environment, object, method, ...args) {
+  const call = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', object, method, ...args];
+  return run('dbus-send', call, { env: environment }).then(({ stdout }) => stdout);
+}
+
+/**
+ * Starts a keyring that is open, with nothing in it. It ends with the test.
+ * @param {object} test
+ * @param {string} directory Where it keeps its file; a keyring started there again has the same items.
+ * @param {{address: string, stop(): Promise<void>}} [bus] By default one is started.
+ */
+async function startKeyring(test, directory, bus) {
+  const ownBus = bus || (await startBus(test, directory));
+  const data = path.join(directory, 'keyring');
+  fs.mkdirSync(data, { recursive: true, mode: 0o700 });
+  const environment = { ...process.env, DBUS_SESSION_BUS_ADDRESS: ownBus.address, XDG_DATA_HOME: data };
+  delete environment.DISPLAY;
+  const daemon = spawn(
+    'gnome-keyring-daemon',
+    ['--foreground', '--unlock', '--components=secrets', `--control-directory=${data}`],
+    { env: environment, stdio: ['pipe', 'ignore', 'ignore'] },
+  );
+  daemon.stdin.end('keyring');
+  const ended = new Promise((resolve) => daemon.on('exit', resolve));
+  const kill = async (signal = 'SIGKILL') => {
+    daemon.kill(signal);
+    await ended;
+  };
+  test.after(() => kill());
+  const isLocked = async () => {
+    const question = ['string:org.freedesktop.Secret.Collection', 'string:Locked'];
+    const answer = dbusSend(environment, collection, 'org.freedesktop.DBus.Properties.Get', ...question);
+    return (await answer.catch(() => '')).match(/boolean (\w+)/)?.[1];
+  };
+  await eventually(async () => (await isLocked()) === 'false', 'the keyring is open');
+  return {
+    address: ownBus.address,
+    bus: ownBus,
+    kill,
+    pause: () => daemon.kill('SIGSTOP'),
+    resume: () => daemon.kill('SIGCONT'),
+    lock: () => dbusSend(environment, '/org/freedesktop/secrets', 'org.freedesktop.Secret.Service.Lock', `array:objpath:${collection}`),
+    // Items are kept in memory only from now on, which is a hundred times quicker.
+    useMemory: () =>
+      dbusSend(
+        environment,
+        '/org/freedesktop/secrets',
+        'org.freedesktop.Secret.Service.SetAlias',
+        'string:default',
+        'objpath:/org/freedesktop/secrets/collection/session',
+      ),
+    /** Another program at the same keyring: what `secret-tool` prints. */
+    async secretTool(args, input = '') {
+      const child = run('secret-tool', args, { env: environment, encoding: 'buffer' });
+      child.child.stdin.end(input);
+      return (await child.catch((error) => error)).stdout;
+    },
+  };
+}
+
+module.exports = { startKeyring };
