@@ -52,16 +52,22 @@ export function macOSVersion(): string | undefined;
 
 // ---- Keychain
 
-/** _Not available yet._ The stored password as JSON: `{"ok?", "password", "error"}`. */
-export function getPasswordForAccount(account: string): JSONText | undefined;
+/**
+ * The account's password in the user's keychain: `{"ok?": true, "password": string | null}`, with null when there is
+ * none, or `{"ok?": false, "error": status}`. Waits while the person is asked to open the keychain.
+ */
+export function getPasswordForAccount(account: string): JSONText;
 
-/** _Not available yet._ */
+/**
+ * Stores a password in place of the account's present one: `{"ok?": true}` or `{"ok?": false, "error": status}`.
+ * The password comes first. Without a password or an account nothing is done, and `undefined` is the result.
+ */
 export function setPasswordForAccount(password: unknown, account: unknown, ignored?: unknown): JSONText | undefined;
 
-/** _Not available yet._ */
+/** Whether there was a password, and it could be removed, is told by the log only. */
 export function removePasswordForAccount(account: string): void;
 
-/** _Not available yet._ */
+/** Removes the passwords of all accounts of this application. */
 export function removeAllPasswords(): void;
 
 // ---- User notifications and sounds
@@ -388,28 +394,36 @@ export function createRequest(url: string, options?: object): object | null;
 
 // ---- User defaults, start at login
 
-/** _Not available yet._ */
-export function setUserDefault(key: string, value: unknown): void;
+/**
+ * Stores a boolean, a 32-bit integer or a string under the key of the application's preferences; null removes the key.
+ * Any other value is refused, and the log says so.
+ */
+export function setUserDefault(key: string, value: boolean | number | string | null): void;
 
-/** _Not available yet._ */
+/**
+ * The value of a key of the application's preferences; null when there is none, or one of another type. A number that
+ * equals its truth value reads as that: 0 is false, 1 is true. Any other one is truncated to 32 bits.
+ */
 export function getUserDefault(key: string): string | boolean | number | null;
 
-/** _Not available yet._ */
 export function removeUserDefault(key: string): void;
 
-/** _Not available yet._ */
+/** Writes what has been set. Until then it may be lost with the process. */
 export function synchronizeUserDefaults(): void;
 
-/** _Not available yet._ */
+/** Whether the session starts this application at login. */
 export function getStartAtLogin(): boolean;
 
-/** _Not available yet._ */
+/** Removes the login item of the application's previous major version, the first one if there are several. */
 export function migrateStartAtLogin(): void;
 
-/** _Not available yet._ */
+/** Whether the session starts this application at login after the change, which may not have been possible. */
 export function setStartAtLogin(start: boolean): boolean;
 
-/** _Not available yet._ */
+/**
+ * The user's text replacements and substitution switches: `{"text-replacements", "dash-substitution?",
+ * "period-substitution?"}`. What nobody has set is left out. null when the preferences hold what JSON can't.
+ */
 export function getTextReplacements(): JSONText | null;
 
 // ---- Status item

@@ -40,4 +40,17 @@ function report(title, results, { unit = 'ns', scale = 1 } = {}) {
   }
 }
 
-module.exports = { measure, report, summary };
+/** Prints how long single operations took: samples in milliseconds, with their ratio to the first peer's. */
+function reportLatency(title, samples) {
+  const width = Math.max(...Object.keys(samples).map((name) => name.length));
+  const rank = (values, share) => [...values].sort((a, b) => a - b)[Math.floor((values.length - 1) * share)];
+  const [first] = Object.values(samples);
+  console.log(`\n${title} (ms; ratio of the medians to the first)`);
+  for (const [name, values] of Object.entries(samples)) {
+    const figures = [0.5, 0.95].map((share) => rank(values, share).toFixed(3).padStart(9));
+    const ratio = (rank(values, 0.5) / rank(first, 0.5)).toFixed(2);
+    console.log(`  ${name.padEnd(width)}  p50 ${figures[0]}  p95 ${figures[1]}  ${ratio}`);
+  }
+}
+
+module.exports = { measure, report, reportLatency, summary };

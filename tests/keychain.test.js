@@ -12,7 +12,14 @@ const { startBus } = require('./support/bus');
 const { eventually, evaluate, node, startScript, temporaryDirectory } = require('./support/child');
 const { startKeyring } = require('./support/keyring');
 
-const status = { cancelled: -128, parameter: -50, unavailable: -25291, notFound: -25300, locked: -25308, decode: -26275 };
+const status = {
+  cancelled: -128,
+  parameter: -50,
+  unavailable: -25291,
+  notFound: -25300,
+  locked: -25308,
+  decode: -26275,
+};
 const service = 'Tessaro 3';
 const environmentOf = ({ address }) => ({ DBUS_SESSION_BUS_ADDRESS: address });
 
@@ -72,11 +79,7 @@ test('script stores, reads, changes and removes passwords', async (t) => {
       'info Removed keychain entry for account ann',
     ],
     ["m.removePasswordForAccount('ann')", null, 'info Removed keychain entry for account ann'],
-    [
-      "keychain.set('Tessaro 3', 'true', null)",
-      '{"ok?":true}',
-      'info Deleted password from keychain. (account=true)',
-    ],
+    ["keychain.set('Tessaro 3', 'true', null)", '{"ok?":true}', 'info Deleted password from keychain. (account=true)'],
     [
       "keychain.set('Tessaro 3', 'true', null)",
       `{"error":${status.notFound},"ok?":false}`,
@@ -153,7 +156,10 @@ test('what is no password is told, not handed out', async (t) => {
 
 test('two items of one account: one is read, written and removed, the other stays', async (t) => {
   const keyring = await keyringOf(t);
-  const [one, two] = [['store', '--label=x', 'service', service, 'account', 'ann'], ['kind', 'other']];
+  const [one, two] = [
+    ['store', '--label=x', 'service', service, 'account', 'ann'],
+    ['kind', 'other'],
+  ];
   await keyring.secretTool([...one, ...two], 'second');
   await keyring.secretTool([...one, 'kind', 'first'], 'first');
   const results = await evaluateCalls(
@@ -234,7 +240,11 @@ async function expectRefusal(t, code, env, more, isKnown = false) {
 }
 
 const unavailable = [
-  ["m.setPasswordForAccount('x', 'ann')", { 'ok?': true }, `warning Could not find keychain item. (account=ann, error=${status.unavailable})`],
+  [
+    "m.setPasswordForAccount('x', 'ann')",
+    { 'ok?': true },
+    `warning Could not find keychain item. (account=ann, error=${status.unavailable})`,
+  ],
   [
     "keychain.accounts('Tessaro 3')",
     null,
@@ -381,7 +391,10 @@ test('no password gets into the log or onto the terminal', async (t) => {
   );
   const { code, stderr } = await child.ended;
   const logs = path.join(child.home, 'state', 'node', 'logs');
-  const log = fs.readdirSync(logs).map((name) => fs.readFileSync(path.join(logs, name), 'utf8')).join('');
+  const log = fs
+    .readdirSync(logs)
+    .map((name) => fs.readFileSync(path.join(logs, name), 'utf8'))
+    .join('');
   assert.deepStrictEqual([code, stderr, log.includes('hush')], [0, '', false]);
   assert.match(log, /Removed keychain entry 'ann'/);
 });
@@ -411,8 +424,12 @@ test('a person is asked to open the keyring: refused, then opened by real keys',
     ['--own-display', node, '-e', `const { probe } = require('./tests/support/addon');${source}`],
     { cwd: root, timeout: 60000 },
   );
-  assert.deepStrictEqual(JSON.parse(stdout || 'null'), [
-    { 'ok?': false, error: status.cancelled },
-    { 'ok?': true, password: 'opened' },
-  ], stderr);
+  assert.deepStrictEqual(
+    JSON.parse(stdout || 'null'),
+    [
+      { 'ok?': false, error: status.cancelled },
+      { 'ok?': true, password: 'opened' },
+    ],
+    stderr,
+  );
 });

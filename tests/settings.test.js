@@ -18,8 +18,7 @@ function sharedHome(t) {
 
 const defaultsFile = (home) => path.join(home, 'GNUstep', 'Defaults', 'node.plist');
 
-const document = (contents) =>
-  `<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0">${contents}</plist>`;
+const document = (contents) => `<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0">${contents}</plist>`;
 
 function writeFile(file, contents) {
   fs.mkdirSync(path.dirname(file), { recursive: true });
@@ -30,7 +29,16 @@ function writeFile(file, contents) {
 
 test('what is set and synchronised outlives a crash, and reads back in its type', async (t) => {
   const { home, env } = sharedHome(t);
-  const texts = ['', 'plain', '  spaces ', 'Grüße <&> "x" \'y\'', '😀 \u{10ffff}', 'a\r\nb\tc', 'nul\0\u0001\u001f', '\\U0041 \\UD83D\\UDE00 \\\\'];
+  const texts = [
+    '',
+    'plain',
+    '  spaces ',
+    'Grüße <&> "x" \'y\'',
+    '😀 \u{10ffff}',
+    'a\r\nb\tc',
+    'nul\0\u0001\u001f',
+    '\\U0041 \\UD83D\\UDE00 \\\\',
+  ];
   const table = [
     [true, true],
     [false, false],
@@ -194,7 +202,13 @@ test("the file of another program is not taken, nor is the previous version's se
   const previous = entry('/bin/sh').replace('Name=Mail', 'Name=Tessaro 3');
   const user = { 'a.desktop': previous.replace('3', '33'), 'b.desktop': previous, 'c.desktop': previous };
   const migrated = await withAutostart(t, { user }, 'm.migrateStartAtLogin(), m.getStartAtLogin()');
-  assert.deepStrictEqual([migrated.results, Object.keys(migrated.files)], [[null, false], ['a.desktop', 'c.desktop']]);
+  assert.deepStrictEqual(
+    [migrated.results, Object.keys(migrated.files)],
+    [
+      [null, false],
+      ['a.desktop', 'c.desktop'],
+    ],
+  );
 });
 
 test('a folder that can not be written changes nothing', async (t) => {
@@ -256,7 +270,8 @@ test('whatever characters a path has, the session starts that program', async (t
 // ---- Text replacements
 
 test('text replacements and substitution switches', async (t) => {
-  const items = '<array><dict><key>on</key><integer>1</integer><key>replace</key><string>omw</string><key>with</key><string>On my way 😀</string></dict></array>';
+  const items =
+    '<array><dict><key>on</key><integer>1</integer><key>replace</key><string>omw</string><key>with</key><string>On my way 😀</string></dict></array>';
   const global = (contents) => document(`<dict>${contents}</dict>`);
   const all = global(
     `<key>NSUserDictionaryReplacementItems</key>${items}
@@ -268,13 +283,43 @@ test('text replacements and substitution switches', async (t) => {
     ['no file', null, '', {}],
     ['everything', all, '', everything],
     ['nothing set', global(''), '', {}],
-    ['switched off here', all, "m.setUserDefault('WebAutomaticTextReplacementEnabled', false)", { ...everything, 'text-replacements': [] }],
+    [
+      'switched off here',
+      all,
+      "m.setUserDefault('WebAutomaticTextReplacementEnabled', false)",
+      { ...everything, 'text-replacements': [] },
+    ],
     ['switched on here', all, "m.setUserDefault('WebAutomaticTextReplacementEnabled', true)", everything],
-    ['off, without a file', null, "m.setUserDefault('WebAutomaticTextReplacementEnabled', false)", { 'text-replacements': [] }],
-    ['dashes as here', all, "m.setUserDefault('WebAutomaticDashSubstitutionEnabled', false)", { ...everything, 'dash-substitution?': false }],
-    ['dashes of another type', all, "m.setUserDefault('WebAutomaticDashSubstitutionEnabled', 'maybe')", { ...everything, 'dash-substitution?': 'maybe' }],
-    ['other classes', global('<key>NSUserDictionaryReplacementItems</key><string>x</string>'), '', { 'text-replacements': 'x' }],
-    ['what JSON can not hold', global('<key>NSUserDictionaryReplacementItems</key><array><date>2020-01-01T00:00:00Z</date></array>'), '', null],
+    [
+      'off, without a file',
+      null,
+      "m.setUserDefault('WebAutomaticTextReplacementEnabled', false)",
+      { 'text-replacements': [] },
+    ],
+    [
+      'dashes as here',
+      all,
+      "m.setUserDefault('WebAutomaticDashSubstitutionEnabled', false)",
+      { ...everything, 'dash-substitution?': false },
+    ],
+    [
+      'dashes of another type',
+      all,
+      "m.setUserDefault('WebAutomaticDashSubstitutionEnabled', 'maybe')",
+      { ...everything, 'dash-substitution?': 'maybe' },
+    ],
+    [
+      'other classes',
+      global('<key>NSUserDictionaryReplacementItems</key><string>x</string>'),
+      '',
+      { 'text-replacements': 'x' },
+    ],
+    [
+      'what JSON can not hold',
+      global('<key>NSUserDictionaryReplacementItems</key><array><date>2020-01-01T00:00:00Z</date></array>'),
+      '',
+      null,
+    ],
     ['an array', document('<array/>'), '', {}],
     ['no property list', 'rubbish \0', '', {}],
     ['cut off', all.slice(0, 200), '', {}],

@@ -61,8 +61,7 @@ NSDictionary* Failed(SecretStatus status) {
 }
 
 NSDictionary* Found(id password) {
-  return [NSDictionary
-      dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:YES], @"ok?", password, @"password", nil];
+  return [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:YES], @"ok?", password, @"password", nil];
 }
 
 }  // namespace

@@ -13,7 +13,8 @@ class Secret {
   Secret() = default;
 
   // Room for `capacity` bytes, which the caller writes to Data().
-  explicit Secret(std::size_t capacity) : bytes_(std::make_unique<char[]>(capacity)), capacity_(capacity), size_(capacity) {}
+  explicit Secret(std::size_t capacity)
+      : bytes_(std::make_unique<char[]>(capacity)), capacity_(capacity), size_(capacity) {}
 
   explicit Secret(std::string_view bytes) : Secret(bytes.size()) { bytes.copy(Data(), bytes.size()); }
 

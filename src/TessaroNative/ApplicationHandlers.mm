@@ -39,9 +39,7 @@ void removeUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args) {
 
 void synchronizeUserDefaults(const v8::FunctionCallbackInfo<v8::Value>&) { TsSynchronizeUserDefaults(); }
 
-void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  args.GetReturnValue().Set(TsStartsAtLogin());
-}
+void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args) { args.GetReturnValue().Set(TsStartsAtLogin()); }
 
 void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsSetStartsAtLogin(args[0]->IsTrue());

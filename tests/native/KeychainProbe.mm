@@ -21,6 +21,14 @@ void Return(ProbeArguments args, NSString* text) {
   if (ToScriptString(args.GetIsolate(), text).ToLocal(&string)) args.GetReturnValue().Set(string);
 }
 
+// The pool that the function table gives to the script functions.
+template <void (*function)(ProbeArguments)>
+void InPool(ProbeArguments args) {
+  @autoreleasepool {
+    function(args);
+  }
+}
+
 // A store that waits as long as `setDeadlines` said, and the keychain of a service in it.
 platform::SecretStore::Deadlines& Deadlines() {
   static platform::SecretStore::Deadlines deadlines;
@@ -78,14 +86,14 @@ void countTransient(ProbeArguments args) {
 }  // namespace
 
 void AttachKeychainProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "setDeadlines", setDeadlines);
-  NODE_SET_METHOD(exports, "serviceName", serviceName);
-  NODE_SET_METHOD(exports, "get", get);
-  NODE_SET_METHOD(exports, "set", set);
-  NODE_SET_METHOD(exports, "remove", remove);
-  NODE_SET_METHOD(exports, "removeAll", removeAll);
-  NODE_SET_METHOD(exports, "accounts", accounts);
-  NODE_SET_METHOD(exports, "setTransient", setTransient);
-  NODE_SET_METHOD(exports, "getTransient", getTransient);
-  NODE_SET_METHOD(exports, "countTransient", countTransient);
+  NODE_SET_METHOD(exports, "setDeadlines", InPool<setDeadlines>);
+  NODE_SET_METHOD(exports, "serviceName", InPool<serviceName>);
+  NODE_SET_METHOD(exports, "get", InPool<get>);
+  NODE_SET_METHOD(exports, "set", InPool<set>);
+  NODE_SET_METHOD(exports, "remove", InPool<remove>);
+  NODE_SET_METHOD(exports, "removeAll", InPool<removeAll>);
+  NODE_SET_METHOD(exports, "accounts", InPool<accounts>);
+  NODE_SET_METHOD(exports, "setTransient", InPool<setTransient>);
+  NODE_SET_METHOD(exports, "getTransient", InPool<getTransient>);
+  NODE_SET_METHOD(exports, "countTransient", InPool<countTransient>);
 }

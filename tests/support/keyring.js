@@ -55,7 +55,13 @@ async function startKeyring(test, directory, bus) {
     kill,
     pause: () => daemon.kill('SIGSTOP'),
     resume: () => daemon.kill('SIGCONT'),
-    lock: () => dbusSend(environment, '/org/freedesktop/secrets', 'org.freedesktop.Secret.Service.Lock', `array:objpath:${collection}`),
+    lock: () =>
+      dbusSend(
+        environment,
+        '/org/freedesktop/secrets',
+        'org.freedesktop.Secret.Service.Lock',
+        `array:objpath:${collection}`,
+      ),
     // Items are kept in memory only from now on, which is a hundred times quicker.
     useMemory: () =>
       dbusSend(

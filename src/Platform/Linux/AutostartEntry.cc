@@ -80,8 +80,7 @@ std::optional<bool> AutostartEntry::Flag(const char* key) const {
 }
 
 std::string AutostartEntry::DisplayName() const {
-  const GTextPtr name(
-      g_key_file_get_locale_string(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, "Name", nullptr, nullptr));
+  const GTextPtr name(g_key_file_get_locale_string(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, "Name", nullptr, nullptr));
   return name != nullptr ? name.get() : "";
 }
 
@@ -100,8 +99,7 @@ fs::path AutostartEntry::Program() const {
 bool AutostartEntry::NamesThisDesktop(const char* key) const {
   const char* current = std::getenv("XDG_CURRENT_DESKTOP");
   const GStringListPtr ours(g_strsplit(current != nullptr ? current : "", ":", 0));
-  const GStringListPtr named(
-      g_key_file_get_string_list(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr, nullptr));
+  const GStringListPtr named(g_key_file_get_string_list(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr, nullptr));
   for (char** each = ours.get(); *each != nullptr; ++each) {
     if (ContainsDesktop(named, *each)) return true;
   }
@@ -120,9 +118,7 @@ void AutostartEntry::SwitchOn() {
   g_key_file_set_boolean(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, kSwitch, TRUE);
 }
 
-void AutostartEntry::Hide() {
-  g_key_file_set_boolean(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, "Hidden", TRUE);
-}
+void AutostartEntry::Hide() { g_key_file_set_boolean(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, "Hidden", TRUE); }
 
 std::string ExecOf(std::string_view executable) {
   std::string quoted = "\"";

@@ -60,8 +60,8 @@ fs::path Resolved(const std::string& path) {
 fs::path StartedFile(const LoginApplication& application) {
   const char* image = std::getenv("APPIMAGE");
   const char* mount = std::getenv("APPDIR");
-  const bool isInImage = image != nullptr && mount != nullptr && *mount != '\0' &&
-                         application.executablePath.starts_with(mount);
+  const bool isInImage =
+      image != nullptr && mount != nullptr && *mount != '\0' && application.executablePath.starts_with(mount);
   return Resolved(isInImage ? image : application.executablePath);
 }
 

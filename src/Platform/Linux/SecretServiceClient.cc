@@ -129,12 +129,12 @@ class PromptOutcome {
   static void Completed(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
                         gpointer self) {
     gboolean isDismissed = TRUE;
-    if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(bv)"))) g_variant_get(arguments, "(bv)", &isDismissed, nullptr);
+    if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(bv)")))
+      g_variant_get(arguments, "(bv)", &isDismissed, nullptr);
     static_cast<PromptOutcome*>(self)->outcome_ = isDismissed ? Dismissed() : SecretServiceFailure::None;
   }
 
-  static void Vanished(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*,
-                       gpointer self) {
+  static void Vanished(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*, gpointer self) {
     static_cast<PromptOutcome*>(self)->outcome_ = SecretServiceFailure::Stale;
   }
 
@@ -211,8 +211,8 @@ SecretServiceReply SecretServiceClient::Call(const char* path, const char* inter
   });
 }
 
-std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const std::string> paths,
-                                                              const char* interface, const char* method,
+std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const std::string> paths, const char* interface,
+                                                              const char* method,
                                                               const std::function<GVariant*()>& arguments,
                                                               const char* type) {
   struct Pending {
@@ -235,9 +235,8 @@ std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const st
         G_DBUS_CALL_FLAGS_NONE, Milliseconds(deadlines_.answer), nullptr,
         [](GObject* bus, GAsyncResult* result, gpointer data) {
           auto& answered = *static_cast<Pending*>(data);
-          answered.reply = ReplyOf([&](GError** error) {
-            return g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, error);
-          });
+          answered.reply = ReplyOf(
+              [&](GError** error) { return g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, error); });
           --*answered.waiting;
         },
         &pending[i]);

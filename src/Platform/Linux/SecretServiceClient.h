@@ -55,8 +55,7 @@ class SecretServiceClient {
   // Calls a method of each of `paths` at once, and gives the replies in their order.
   [[nodiscard]] std::vector<SecretServiceReply> CallEach(std::span<const std::string> paths, const char* interface,
                                                          const char* method,
-                                                         const std::function<GVariant*()>& arguments,
-                                                         const char* type);
+                                                         const std::function<GVariant*()>& arguments, const char* type);
 
   // Shows the prompt that a method has answered with, and waits for the person.
   [[nodiscard]] SecretServiceFailure Prompt(const char* path);

@@ -168,9 +168,9 @@ class SecretStore::Body {
   SecretStatus Add(std::string_view service, std::string_view account, const Secret& secret) {
     const auto create = [&](SecretServiceClient& client) {
       const GVariantPtr encoded = client.Encode(secret);
-      return client.Call(
-          kDefaultCollection, kCollection, "CreateItem",
-          g_variant_new("(@a{sv}@(oayays)b)", ItemProperties(service, account), encoded.get(), TRUE), "(oo)");
+      return client.Call(kDefaultCollection, kCollection, "CreateItem",
+                         g_variant_new("(@a{sv}@(oayays)b)", ItemProperties(service, account), encoded.get(), TRUE),
+                         "(oo)");
     };
     auto reply = CallUnlocked(kDefaultCollection, create);
     if (reply.failure == Failure::UnknownObject) {
@@ -244,8 +244,7 @@ class SecretStore::Body {
   }
 
   Failure Unlock(const char* path) {
-    const auto reply =
-        client_->Call(kServicePath, kService, "Unlock", g_variant_new("(@ao)", PathList(path)), "(aoo)");
+    const auto reply = client_->Call(kServicePath, kService, "Unlock", g_variant_new("(@ao)", PathList(path)), "(aoo)");
     return reply ? PromptIfAsked(reply, 1) : reply.failure;
   }
 
