@@ -3,6 +3,7 @@
 const assert = require('assert');
 const { execFile } = require('child_process');
 const fs = require('fs');
+const net = require('net');
 const path = require('path');
 const { test } = require('node:test');
 const { promisify } = require('util');
@@ -305,6 +306,19 @@ test('a service that hangs is given up in time, and asked again later', async (t
   keyring.resume();
   child.process.stdin.write('x');
   await child.printed(`ready\n${status.unavailable}\nanswered\n`);
+});
+
+test('a bus that takes the connection and says nothing is no bus', async (t) => {
+  const socket = path.join(temporaryDirectory(t), 'bus');
+  const server = net.createServer(() => {}).listen(socket);
+  t.after(() => server.close());
+  const source = `const { keychain } = probe();
+    keychain.setDeadlines(200, 200);
+    process.env.DBUS_SESSION_BUS_ADDRESS = 'unix:path=${socket}';
+    console.log(keychain.get('Tessaro 3', 'ann'));
+    process.exit();`;
+  const result = await evaluate(t, source);
+  assert.deepStrictEqual(result, { 'ok?': false, error: status.unavailable });
 });
 
 test('a service killed in the middle of a call, and the bus after it: the next ones are found', async (t) => {

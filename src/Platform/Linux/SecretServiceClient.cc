@@ -22,45 +22,6 @@ std::string BusAddress() {
   return directory != nullptr ? "unix:path=" + std::string(directory) + "/bus" : "";
 }
 
-GObjectPtr<GDBusConnection> ConnectToBus() {
-  const std::string address = BusAddress();
-  if (address.empty()) return nullptr;
-  constexpr auto kFlags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-  return GObjectPtr<GDBusConnection>(
-      g_dbus_connection_new_for_address_sync(address.c_str(), kFlags, nullptr, nullptr, nullptr));
-}
-
-// libsecret's own service insists on GLib's shared connection, and follows every change of the keyring: both are set in
-// the constructor, and only there can they be set again.
-GObject* ConstructOnOwnConnection(GType type, guint count, GObjectConstructParam* properties) {
-  auto* parent = G_OBJECT_CLASS(g_type_class_peek(SECRET_TYPE_SERVICE));
-  GObject* service = parent->constructor(type, count, properties);
-  constexpr auto kFlags = static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
-                                                       G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS);
-  g_object_set(service, "g-bus-type", G_BUS_TYPE_NONE, "g-flags", kFlags, nullptr);
-  return service;
-}
-
-void InitServiceClass(gpointer serviceClass, gpointer) {
-  G_OBJECT_CLASS(serviceClass)->constructor = ConstructOnOwnConnection;
-}
-
-GType ServiceOnOwnConnection() {
-  static const GType type =
-      g_type_register_static_simple(SECRET_TYPE_SERVICE, "TessaroSecretService", sizeof(SecretServiceClass),
-                                    InitServiceClass, sizeof(SecretService), nullptr, static_cast<GTypeFlags>(0));
-  return type;
-}
-
-GObjectPtr<SecretService> OpenService(GDBusConnection* bus, int deadline) {
-  gpointer made = g_initable_new(ServiceOnOwnConnection(), nullptr, nullptr, "g-connection", bus, "g-default-timeout",
-                                 deadline, nullptr);
-  GObjectPtr<SecretService> service(static_cast<SecretService*>(made));
-  if (service != nullptr && !secret_service_ensure_session_sync(service.get(), nullptr, nullptr)) service.reset();
-  return service;
-}
-
 // Makes `context` the one that GLib's answers come to, for as long as it lives.
 class ContextScope {
  public:
@@ -97,6 +58,65 @@ class Deadline {
   GSourcePtr source_;
   bool hasPassed_ = false;
 };
+
+struct PendingConnection {
+  GObjectPtr<GDBusConnection> connection;
+  bool isDone = false;
+};
+
+void ConnectionMade(GObject*, GAsyncResult* result, gpointer data) {
+  auto& pending = *static_cast<PendingConnection*>(data);
+  pending.connection.reset(g_dbus_connection_new_for_address_finish(result, nullptr));
+  pending.isDone = true;
+}
+
+// A bus that takes the connection and says nothing is no bus after the deadline.
+GObjectPtr<GDBusConnection> ConnectToBus(GMainContext* context, std::chrono::milliseconds patience) {
+  const std::string address = BusAddress();
+  if (address.empty()) return nullptr;
+  constexpr auto kFlags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                            G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+  const GObjectPtr<GCancellable> cancellable(g_cancellable_new());
+  const Deadline deadline(context, patience);
+  PendingConnection pending;
+  g_dbus_connection_new_for_address(address.c_str(), kFlags, nullptr, cancellable.get(), ConnectionMade, &pending);
+  while (!pending.isDone) {
+    g_main_context_iteration(context, TRUE);
+    if (deadline.HasPassed()) g_cancellable_cancel(cancellable.get());
+  }
+  return std::move(pending.connection);
+}
+
+// libsecret's own service insists on GLib's shared connection, and follows every change of the keyring: both are set in
+// the constructor, and only there can they be set again.
+GObject* ConstructOnOwnConnection(GType type, guint count, GObjectConstructParam* properties) {
+  auto* parent = G_OBJECT_CLASS(g_type_class_peek(SECRET_TYPE_SERVICE));
+  GObject* service = parent->constructor(type, count, properties);
+  constexpr auto kFlags = static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
+                                                       G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS |
+                                                       G_DBUS_PROXY_FLAGS_DO_NOT_AUTO_START_AT_CONSTRUCTION);
+  g_object_set(service, "g-bus-type", G_BUS_TYPE_NONE, "g-flags", kFlags, nullptr);
+  return service;
+}
+
+void InitServiceClass(gpointer serviceClass, gpointer) {
+  G_OBJECT_CLASS(serviceClass)->constructor = ConstructOnOwnConnection;
+}
+
+GType ServiceOnOwnConnection() {
+  static const GType type =
+      g_type_register_static_simple(SECRET_TYPE_SERVICE, "TessaroSecretService", sizeof(SecretServiceClass),
+                                    InitServiceClass, sizeof(SecretService), nullptr, static_cast<GTypeFlags>(0));
+  return type;
+}
+
+GObjectPtr<SecretService> OpenService(GDBusConnection* bus, int deadline) {
+  gpointer made = g_initable_new(ServiceOnOwnConnection(), nullptr, nullptr, "g-connection", bus, "g-default-timeout",
+                                 deadline, nullptr);
+  GObjectPtr<SecretService> service(static_cast<SecretService*>(made));
+  if (service != nullptr && !secret_service_ensure_session_sync(service.get(), nullptr, nullptr)) service.reset();
+  return service;
+}
 
 // A service without a display dismisses its own prompts: then there was nobody who could have been asked.
 SecretServiceFailure Dismissed() {
@@ -192,16 +212,16 @@ SecretServiceReply ReplyOf(const Finish& finish) {
 }  // namespace
 
 std::unique_ptr<SecretServiceClient> SecretServiceClient::Connect(SecretStore::Deadlines deadlines) {
-  auto bus = ConnectToBus();
-  if (bus == nullptr) return nullptr;
-  auto service = OpenService(bus.get(), Milliseconds(deadlines.answer));
-  if (service == nullptr) return nullptr;
-  return std::unique_ptr<SecretServiceClient>(new SecretServiceClient(std::move(bus), std::move(service), deadlines));
+  std::unique_ptr<SecretServiceClient> client(new SecretServiceClient(deadlines));
+  const ContextScope scope(client->context_.get());
+  client->bus_ = ConnectToBus(client->context_.get(), deadlines.answer);
+  if (client->bus_ == nullptr) return nullptr;
+  client->service_ = OpenService(client->bus_.get(), Milliseconds(deadlines.answer));
+  return client->service_ != nullptr ? std::move(client) : nullptr;
 }
 
-SecretServiceClient::SecretServiceClient(GObjectPtr<GDBusConnection> bus, GObjectPtr<SecretService> service,
-                                         SecretStore::Deadlines deadlines)
-    : context_(g_main_context_new()), bus_(std::move(bus)), service_(std::move(service)), deadlines_(deadlines) {}
+SecretServiceClient::SecretServiceClient(SecretStore::Deadlines deadlines)
+    : context_(g_main_context_new()), deadlines_(deadlines) {}
 
 SecretServiceReply SecretServiceClient::Call(const char* path, const char* interface, const char* method,
                                              GVariant* arguments, const char* type) {

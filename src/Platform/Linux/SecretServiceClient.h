@@ -67,8 +67,7 @@ class SecretServiceClient {
   [[nodiscard]] const char* SessionPath() { return secret_service_get_session_dbus_path(service_.get()); }
 
  private:
-  SecretServiceClient(GObjectPtr<GDBusConnection> bus, GObjectPtr<SecretService> service,
-                      SecretStore::Deadlines deadlines);
+  explicit SecretServiceClient(SecretStore::Deadlines deadlines);
 
   GMainContextPtr context_;
   GObjectPtr<GDBusConnection> bus_;
