@@ -1,3 +1,8 @@
 #include "Application/AtomApplication.h"
 
-void TsInstallApplicationPatch() {}
+#include "Platform/Menus.h"
+#include "Platform/WindowServer.h"
+
+void TsInstallApplicationPatch() {
+  if (tessaro::platform::IsWindowServerAvailable()) tessaro::platform::CompleteMenus();
+}

@@ -26,3 +26,8 @@ void setSearchServiceCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>&
 void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Main menu
+void updateMainMenuMenuItem(const v8::FunctionCallbackInfo<v8::Value>& args);
+void updateMainMenuMenuItemWithCommandId(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setupMenuWillShowNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
