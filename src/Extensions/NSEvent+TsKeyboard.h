@@ -2,7 +2,7 @@
 
 #import <AppKit/NSEvent.h>
 
-@class NSMutableDictionary;
+@class NSMutableDictionary, NSString;
 
 // AppKit's names for these differ between its versions; the values don't.
 inline constexpr NSUInteger kTsCapsLock = 0x10000;
@@ -23,10 +23,19 @@ inline constexpr NSUInteger kTsFlagsChanged = 12;
 // Whether a key is the cause: it was pressed or released, or a modifier changed.
 - (BOOL)ts_isKeyboardEvent;
 
-- (BOOL)ts_holdsModifier:(NSUInteger)modifier;
+// Whether any of the modifiers is held.
+- (BOOL)ts_holdsModifier:(NSUInteger)modifiers;
+
+// The modifiers as they are once the event has happened: on some systems that of the Caps Lock key itself tells of the
+// state before.
+- (NSUInteger)ts_settledModifierFlags;
 
 // The key by its place on the keyboard, whatever the layout: a virtual key code. 0 unless a key is the cause.
 - (unsigned short)ts_virtualKeyCode;
+
+// The characters of the key with all modifiers. Command does not make control characters of letters, whichever key the
+// user has it on. nil for keys that type none, and unless a key is the cause.
+- (NSString*)ts_characters;
 
 // Whether the window's coordinates say (0, 0), as those of events do that web contents have made up.
 - (BOOL)ts_hasNoLocation;

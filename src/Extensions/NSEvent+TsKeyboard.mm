@@ -4,6 +4,12 @@
 
 #include "Platform/KeyboardLayout.h"
 
+static constexpr unsigned short kCapsLockKey = 57;
+
+static bool IsControl(NSString* characters) {
+  return [characters length] == 1 && [characters characterAtIndex:0] < 0x20;
+}
+
 @implementation NSEvent (TsKeyboard)
 
 - (BOOL)ts_isKeyboardEvent {
@@ -11,12 +17,26 @@
   return type == kTsKeyDown || type == kTsKeyUp || type == kTsFlagsChanged;
 }
 
-- (BOOL)ts_holdsModifier:(NSUInteger)modifier {
-  return ([self modifierFlags] & modifier) != 0;
+- (BOOL)ts_holdsModifier:(NSUInteger)modifiers {
+  return ([self modifierFlags] & modifiers) != 0;
+}
+
+- (NSUInteger)ts_settledModifierFlags {
+  const NSUInteger flags = [self modifierFlags];
+  if ([self type] != kTsFlagsChanged || [self ts_virtualKeyCode] != kCapsLockKey) return flags;
+  return tessaro::platform::IsCapsLockOn() ? flags | kTsCapsLock : flags & ~kTsCapsLock;
 }
 
 - (unsigned short)ts_virtualKeyCode {
   return [self ts_isKeyboardEvent] ? tessaro::platform::VirtualKeyCode([self keyCode]) : 0;
+}
+
+- (NSString*)ts_characters {
+  if (![self ts_isKeyboardEvent]) return nil;
+  NSString* characters = [self characters];
+  const bool isLetter = ([self modifierFlags] & (kTsCommand | kTsControl)) == kTsCommand && IsControl(characters) &&
+                        !IsControl([self charactersIgnoringModifiers]);
+  return isLetter ? [self charactersIgnoringModifiers] : characters;
 }
 
 - (BOOL)ts_hasNoLocation {

@@ -214,7 +214,7 @@ NSDictionary* TsMenuEventDescription(NSEvent* event) {
   // Only keys have characters, and not every key has.
   NSString* characters = nil;
   if ([event ts_isKeyboardEvent]) {
-    characters = [event ts_holdsModifier:kTsCommand] ? [event characters] : [event charactersIgnoringModifiers];
+    characters = [event ts_holdsModifier:kTsCommand] ? [event ts_characters] : [event charactersIgnoringModifiers];
   }
   [description setObject:[NSNumber numberWithUnsignedShort:[event ts_virtualKeyCode]] forKey:@"key-code"];
   [description setObject:characters != nil ? characters : @"" forKey:@"chars"];

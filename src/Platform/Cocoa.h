@@ -6,5 +6,6 @@
 
 #ifdef GNUSTEP
 #include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
+#include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #endif

@@ -31,3 +31,7 @@ void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo
 void updateMainMenuMenuItem(const v8::FunctionCallbackInfo<v8::Value>& args);
 void updateMainMenuMenuItemWithCommandId(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setupMenuWillShowNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Application
+void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args);
+void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
