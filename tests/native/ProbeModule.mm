@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "MenuProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
@@ -14,6 +15,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
+  AttachMenuProbe(AddProbeObject(probe, "menus"));
 }
 
 }  // namespace
