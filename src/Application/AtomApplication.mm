@@ -43,8 +43,7 @@ class LastKeyDown {
 
  private:
   static bool IsRepeated(NSEvent* remembered, NSEvent* event) {
-    return [event ts_hasNoLocation] && [event ts_isKeyboardEvent] &&
-           [[remembered characters] isEqualToString:[event characters]];
+    return [event ts_hasNoLocation] && [[remembered ts_characters] isEqualToString:[event ts_characters]];
   }
 
   Ref<NSEvent> event_;

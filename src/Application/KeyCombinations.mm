@@ -21,7 +21,7 @@ bool Holds(NSEvent* event, Modifiers modifiers) {
 }
 
 bool HasCharacters(NSEvent* event, NSString* characters) {
-  return [event ts_isKeyboardEvent] && [[event charactersIgnoringModifiers] isEqualToString:characters];
+  return [[event ts_charactersIgnoringModifiers] isEqualToString:characters];
 }
 
 bool HasKeyCode(NSEvent* event, unsigned short keyCode) {

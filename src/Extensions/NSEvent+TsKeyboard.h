@@ -33,9 +33,10 @@ inline constexpr NSUInteger kTsFlagsChanged = 12;
 // The key by its place on the keyboard, whatever the layout: a virtual key code. 0 unless a key is the cause.
 - (unsigned short)ts_virtualKeyCode;
 
-// The characters of the key with all modifiers. Command does not make control characters of letters, whichever key the
-// user has it on. nil for keys that type none, and unless a key is the cause.
+// The characters of the key, with all modifiers and without those but Shift. nil for keys that type none, and unless a
+// key was pressed or released. Command does not make control characters of letters, whichever key the user has it on.
 - (NSString*)ts_characters;
+- (NSString*)ts_charactersIgnoringModifiers;
 
 // Whether the window's coordinates say (0, 0), as those of events do that web contents have made up.
 - (BOOL)ts_hasNoLocation;

@@ -31,12 +31,20 @@ static bool IsControl(NSString* characters) {
   return [self ts_isKeyboardEvent] ? tessaro::platform::VirtualKeyCode([self keyCode]) : 0;
 }
 
+- (BOOL)ts_isKeyPressOrRelease {
+  const NSUInteger type = [self type];
+  return type == kTsKeyDown || type == kTsKeyUp;
+}
+
 - (NSString*)ts_characters {
-  if (![self ts_isKeyboardEvent]) return nil;
-  NSString* characters = [self characters];
-  const bool isLetter = ([self modifierFlags] & (kTsCommand | kTsControl)) == kTsCommand && IsControl(characters) &&
-                        !IsControl([self charactersIgnoringModifiers]);
-  return isLetter ? [self charactersIgnoringModifiers] : characters;
+  if (![self ts_isKeyPressOrRelease]) return nil;
+  NSString* plain = [self charactersIgnoringModifiers];
+  const bool isOnlyCommand = ([self modifierFlags] & (kTsCommand | kTsControl)) == kTsCommand;
+  return isOnlyCommand && IsControl([self characters]) && !IsControl(plain) ? plain : [self characters];
+}
+
+- (NSString*)ts_charactersIgnoringModifiers {
+  return [self ts_isKeyPressOrRelease] ? [self charactersIgnoringModifiers] : nil;
 }
 
 - (BOOL)ts_hasNoLocation {

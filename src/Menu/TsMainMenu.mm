@@ -211,11 +211,8 @@ bool TsMainMenuUpdateMenuItem(NSArray* path, NSDictionary* attributes) {
 NSDictionary* TsMenuEventDescription(NSEvent* event) {
   if (event == nil) return [NSDictionary dictionary];
   NSMutableDictionary* description = [event ts_modifierDescription];
-  // Only keys have characters, and not every key has.
-  NSString* characters = nil;
-  if ([event ts_isKeyboardEvent]) {
-    characters = [event ts_holdsModifier:kTsCommand] ? [event ts_characters] : [event charactersIgnoringModifiers];
-  }
+  NSString* characters =
+      [event ts_holdsModifier:kTsCommand] ? [event ts_characters] : [event ts_charactersIgnoringModifiers];
   [description setObject:[NSNumber numberWithUnsignedShort:[event ts_virtualKeyCode]] forKey:@"key-code"];
   [description setObject:characters != nil ? characters : @"" forKey:@"chars"];
   return description;

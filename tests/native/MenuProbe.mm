@@ -104,7 +104,7 @@ NSArray* Describe(NSMenu* menu) {
 }
 
 id setMainMenu(id items) {
-  [NSApp setMainMenu:MakeMenu(@"Main", items)];
+  [NSApp setMainMenu:MakeMenu(@"TessaroHost", items)];
   return nil;
 }
 

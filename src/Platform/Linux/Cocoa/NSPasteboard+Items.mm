@@ -4,6 +4,15 @@
 
 #include "Utilities/Ref.h"
 
+// GNUstep hands out the pasteboard server's own list, which can't be enumerated across the two processes.
+static NSArray* TypesOf(NSPasteboard* pasteboard) {
+  NSArray* remote = [pasteboard types];
+  const NSUInteger count = [remote count];
+  NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
+  for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
+  return types;
+}
+
 // What is on a pasteboard, fetched only when it is asked for: it may be large, and come from another application.
 @interface TsLazyPasteboardItem : NSPasteboardItem {
   Ref<NSPasteboard> _pasteboard;
@@ -20,7 +29,7 @@
 }
 
 - (NSArray*)types {
-  return [_pasteboard types];
+  return TypesOf(_pasteboard);
 }
 
 - (NSData*)dataForType:(NSString*)type {
@@ -58,7 +67,7 @@ static NSPasteboardItem* ItemOfFile(NSString* path) {
 @implementation NSPasteboard (Items)
 
 - (NSArray*)pasteboardItems {
-  NSArray* types = [self types];
+  NSArray* types = TypesOf(self);
   if ([types count] == 0) return [NSArray array];
   id paths = [types containsObject:NSFilenamesPboardType] ? [self propertyListForType:NSFilenamesPboardType] : nil;
   NSMutableArray* items = [NSMutableArray array];
