@@ -65,6 +65,10 @@ class Host extends EventEmitter {
     this.#addon.closeWindow(handle);
   }
 
+  setWindowTitle(handle, title) {
+    this.#addon.setWindowTitle(handle, title);
+  }
+
   windowInfo(handle) {
     return this.#addon.windowInfo(handle);
   }
