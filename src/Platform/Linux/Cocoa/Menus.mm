@@ -116,12 +116,28 @@ NSRect RectOfItem(NSMenuView* view, SEL selector, NSInteger index) {
   return rect;
 }
 
-Replaced<void (*)(NSMenuView*, SEL, NSNotification*)> itemChanged;
-
-// GNUstep draws the changed item anew, where its neighbours may have to move.
-void ItemChanged(NSMenuView* view, SEL selector, NSNotification* notification) {
-  itemChanged(view, selector, notification);
+// GNUstep draws the changed item anew, where its neighbours may have to move, and measures the whole menu for it at
+// once.
+void RedrawChangedItem(NSMenuView* view, SEL, NSNotification* notification) {
+  const NSInteger index = [[[notification userInfo] objectForKey:@"NSMenuItemIndex"] integerValue];
+  NSMenuItemCell* cell = [view menuItemCellForItemAtIndex:index];
+  [cell setEnabled:[[cell menuItem] isEnabled]];
+  [cell setNeedsSizing:YES];
+  [view setNeedsSizing:YES];
   [view setNeedsDisplay:YES];
+}
+
+Replaced<void (*)(NSMenuView*, SEL, NSNotification*)> redrawChangedItem;
+Replaced<void (*)(NSMenu*, SEL, NSMenuItem*)> itemChanged;
+
+// GNUstep asks all items of the menu whether they are enabled each time that one of them changes, and once more when
+// the menu opens. While its messages are off it doesn't.
+void ItemChanged(NSMenu* menu, SEL selector, NSMenuItem* item) {
+  const BOOL tellsChanges = [menu menuChangedMessagesEnabled];
+  [menu setMenuChangedMessagesEnabled:NO];
+  itemChanged(menu, selector, item);
+  [menu setMenuChangedMessagesEnabled:tellsChanges];
+  if ([[menu window] isVisible]) [menu update];
 }
 
 // ---- Key equivalents
@@ -163,7 +179,8 @@ void Complete() {
   closeTransient.With([NSMenu class], "closeTransient", CloseTransient);
   heightForItem.With([NSMenuView class], "heightForItem:", HeightForItem);
   rectOfItem.With([NSMenuView class], "rectOfItemAtIndex:", RectOfItem);
-  itemChanged.With([NSMenuView class], "itemChanged:", ItemChanged);
+  redrawChangedItem.With([NSMenuView class], "itemChanged:", RedrawChangedItem);
+  itemChanged.With([NSMenu class], "itemChanged:", ItemChanged);
   performKeyEquivalent.With([NSMenu class], "performKeyEquivalent:", MenuPerformKeyEquivalent);
 }
 
