@@ -338,6 +338,41 @@ test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (t) 
   assert.deepStrictEqual(results, [...cases, true]);
 });
 
+test('a person can have Command and Option elsewhere; menus say where', async (t) => {
+  const items = [
+    { title: 'New', key: 'n', modifiers: command, commandId: 1 },
+    { title: 'Shifted', key: 'N', modifiers: command | option },
+    { title: 'Arrow', key: '\uf702', modifiers: command | control | shift },
+    { title: 'Function', key: '\uf708', modifiers: 0 },
+    { title: 'Enter', key: '\r', modifiers: option },
+    { title: 'None' },
+  ];
+  const result = await inSession(
+    t,
+    `(async () => {
+       call('setMainMenu', [{ title: 'TessaroHost', items: ${JSON.stringify(items)} }]);
+       const texts = [call('shortcutTexts')];
+       call('setUserDefaults', { GSFirstCommandKey: 'Super_L', GSFirstControlKey: 'Control_L' });
+       texts.push(call('shortcutTexts'));
+       const window = await openWindow();
+       await press(window, 'super+n');
+       const [commandPressed] = happened.slice(-1);
+       happened.length = 0;
+       await press(window, 'ctrl+n');
+       print([texts, commandPressed, happened.includes(1)]);
+       process.exit();
+     })();`,
+  );
+  assert.deepStrictEqual(result, [
+    [
+      ['Ctrl+N', 'Ctrl+Alt+Shift+N', 'Super+Ctrl+Shift+←', 'F5', 'Alt+Enter', ''],
+      ['Super+N', 'Super+Alt+Shift+N', 'Ctrl+Super+Shift+←', 'F5', 'Alt+Enter', ''],
+    ],
+    1,
+    false,
+  ]);
+});
+
 test('dead keys, the third level and input methods type as before, and keys without characters do no harm', async (t) => {
   const result = await inSession(
     t,

@@ -8,6 +8,7 @@
 #include "Menu/TsMainMenu.h"
 #include "Platform/Cocoa.h"
 #include "Platform/KeyboardLayout.h"
+#include "Platform/Linux/Cocoa/ShortcutText.h"
 #include "Probe.h"
 #include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
@@ -105,6 +106,21 @@ NSArray* Describe(NSMenu* menu) {
 
 id setMainMenu(id items) {
   [NSApp setMainMenu:MakeMenu(@"TessaroHost", items)];
+  return nil;
+}
+
+id shortcutTexts(id) {
+  NSMutableArray* texts = [NSMutableArray array];
+  for (NSMenuItem* item in [[[[[NSApp mainMenu] itemArray] objectAtIndex:0] submenu] itemArray]) {
+    [texts addObject:tessaro::platform::ShortcutText(item)];
+  }
+  return texts;
+}
+
+id setUserDefaults(id values) {
+  for (NSString* key in static_cast<NSDictionary*>(values)) {
+    [[NSUserDefaults standardUserDefaults] setObject:[values objectForKey:key] forKey:key];
+  }
   return nil;
 }
 
@@ -311,6 +327,8 @@ void AttachMenuProbe(v8::Local<v8::Object> exports) {
 #define PROBE(function) NODE_SET_METHOD(exports, #function, Enter<function>)
   PROBE(setMainMenu);
   PROBE(mainMenu);
+  PROBE(shortcutTexts);
+  PROBE(setUserDefaults);
   PROBE(delegateClasses);
   PROBE(identifiersOfCyclicMenus);
   PROBE(predicates);

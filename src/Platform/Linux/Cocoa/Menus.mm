@@ -8,6 +8,7 @@
 
 #include "Platform/Linux/Cocoa/KeyEquivalents.h"
 #include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
+#include "Platform/Linux/Cocoa/ShortcutText.h"
 #include "Utilities/Ref.h"
 #include "Utilities/TsReplaceMethod.h"
 
@@ -172,6 +173,18 @@ BOOL MenuPerformKeyEquivalent(NSMenu* menu, SEL, NSEvent* event) {
 
 Replaced<BOOL (*)(NSMenu*, SEL, NSEvent*)> performKeyEquivalent;
 
+Replaced<NSString* (*)(NSMenuItemCell*, SEL)> keyEquivalentString;
+
+NSString* KeyEquivalentString(NSMenuItemCell* cell, SEL) { return ShortcutText([cell menuItem]); }
+
+// Menus that were made before know no better.
+void MeasureAgain(NSMenu* menu) {
+  for (NSMenuItem* item in [menu itemArray]) {
+    [menu itemChanged:item];
+    MeasureAgain([item submenu]);
+  }
+}
+
 void Complete() {
   attachSubmenu.With([NSMenuView class], "attachSubmenuForItemAtIndex:", AttachSubmenu);
   displayTransient.With([NSMenu class], "displayTransient", DisplayTransient);
@@ -181,7 +194,9 @@ void Complete() {
   rectOfItem.With([NSMenuView class], "rectOfItemAtIndex:", RectOfItem);
   redrawChangedItem.With([NSMenuView class], "itemChanged:", RedrawChangedItem);
   itemChanged.With([NSMenu class], "itemChanged:", ItemChanged);
+  keyEquivalentString.With([NSMenuItemCell class], "_keyEquivalentString", KeyEquivalentString);
   performKeyEquivalent.With([NSMenu class], "performKeyEquivalent:", MenuPerformKeyEquivalent);
+  MeasureAgain([NSApp mainMenu]);
 }
 
 }  // namespace
