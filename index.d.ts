@@ -180,13 +180,38 @@ export function resizeWindowContent(window: WindowHandle, width: number, height:
 
 // ---- Main menu and keyboard
 
-/** _Not available yet._ */
+/**
+ * What can be changed of a menu item. Other keys, and values of other types, are logged and passed over.
+ * `accelerator` is the key behind the last "+", and any of "Cmd", "Ctrl", "Opt" and "Shift" before it; `null` removes
+ * the shortcut.
+ */
+export interface MenuItemAttributes {
+  title?: string;
+  visible?: boolean;
+  accelerator?: string | null;
+}
+
+/**
+ * Changes the item of the main menu to which a path leads.
+ * @param navigationPath JSON array, from the main menu's items on. A number takes the item with that index and goes on
+ *   in its submenu; a string skips the items before the one with that title, so that a number behind it counts from there.
+ * @param attributes JSON of `MenuItemAttributes`.
+ * @returns 1, or 0 when the path leads nowhere; the log says why.
+ */
 export function updateMainMenuMenuItem(navigationPath: JSONText, attributes: JSONText): Truth;
 
-/** _Not available yet._ */
+/**
+ * Changes the item of the main menu whose represented object has the number under "commandId". All identifiers are
+ * learnt at the first call; items that come later are not found.
+ * @param attributes JSON of `MenuItemAttributes`.
+ * @returns 1, or 0 when there is no such item.
+ */
 export function updateMainMenuMenuItemWithCommandId(commandId: number, attributes: JSONText): Truth;
 
-/** _Not available yet._ */
+/**
+ * From now on "TsAppMenuWillOpen" and "TsAppMenuDidClose" are posted for the menus of the main menu as it is now. Call
+ * it again when the menu has been replaced.
+ */
 export function setupMenuWillShowNotification(): void;
 
 /**
@@ -206,10 +231,14 @@ export function setKeyboardModifierKeysCallbackFunction(
   ) => void,
 ): void;
 
-/** _Not available yet._ State of the modifier keys in the current event, as JSON. */
+/**
+ * The event that the application is at work on, as a JSON dictionary of booleans: "mouse?", "keyboard?",
+ * "function-modifier?", "control-modifier?", "option-modifier?", "command-modifier?" and "shift-modifier?". `null` when
+ * there has been no event.
+ */
 export function modifierKeys(): JSONText | null;
 
-/** _Not available yet._ */
+/** Whether the user has hidden the application. */
 export function isAppHidden(): boolean;
 
 // ---- Drag and drop, pasteboard

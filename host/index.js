@@ -4,6 +4,7 @@
 //
 //   'notification'   {name, object, userInfo}: the module, or anybody in its name, has posted a notification
 //   'command'        {commandId, title}: a menu item was chosen
+//   'page-key'       {characters, modifiers, isUsed}: the page has received a shortcut; unused ones come back to the menu
 //   'window-closed'  the window's handle
 //   'quit'           the user wants to quit; without a listener the process ends
 //   'display-lost'   the display's server has gone; without a listener the process ends with code 1
@@ -62,6 +63,10 @@ class Host extends EventEmitter {
 
   closeWindow(handle) {
     this.#addon.closeWindow(handle);
+  }
+
+  setWindowTitle(handle, title) {
+    this.#addon.setWindowTitle(handle, title);
   }
 
   windowInfo(handle) {

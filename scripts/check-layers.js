@@ -37,8 +37,8 @@ const allowed = {
   ...Object.fromEntries(subsystems.map((name) => [name, [...subsystems, ...belowSubsystem]])),
 };
 
-// The owner of references is for everybody, and knows nobody.
-const forEverybody = ['Utilities/Ref.h'];
+// For everybody, and knowing nobody: the owner of references, and the exchange of methods.
+const forEverybody = ['Utilities/Ref.h', 'Utilities/TsReplaceMethod.h'];
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
 const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsScriptValues'].flatMap((name) => [

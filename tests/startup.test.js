@@ -57,6 +57,7 @@ test('a clean load through the package writes its log, and nothing to standard e
     texts.map((text) => text.replace(/Dark Mode: \d \S+ \(0\)/, 'Dark Mode')),
     [
       'info Native Module logging initialized!',
+      "error Cannot patch as I didn't find application class",
       'info Process is running natively, keeping DisableGPU unchanged',
       'debug Dark Mode',
       'info *** Tessaro Native Module Started ***',

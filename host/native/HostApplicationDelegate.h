@@ -4,7 +4,8 @@
 
 class ScriptEvents;
 
-// Turns what the user asks of the application into events for script: "command" for a chosen menu item, "quit".
+// Turns what the user asks of the application into events for script: "command" for a chosen menu item, "page-key" for
+// a shortcut that the page gets, "quit".
 @interface HostApplicationDelegate : NSObject <NSApplicationDelegate> {
   const ScriptEvents* _events;
 }
@@ -14,5 +15,7 @@ class ScriptEvents;
 
 // Action of the menu items that carry a "commandId".
 - (void)performCommand:(id)sender;
+
+- (void)webContentsReceivedKeyEquivalent:(NSEvent*)event use:(BOOL)isUsed;
 
 @end

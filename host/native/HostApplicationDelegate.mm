@@ -19,6 +19,15 @@
   });
 }
 
+- (void)webContentsReceivedKeyEquivalent:(NSEvent*)event use:(BOOL)isUsed {
+  NSString* characters = [event charactersIgnoringModifiers];
+  _events->Emit(@"page-key", @{
+    @"characters" : characters != nil ? characters : @"",
+    @"modifiers" : @([event modifierFlags]),
+    @"isUsed" : [NSNumber numberWithBool:isUsed],
+  });
+}
+
 // The process is Node's, so how it ends is script's affair.
 - (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)application {
   _events->Emit(@"quit", nil);

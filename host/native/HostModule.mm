@@ -79,6 +79,11 @@ id CloseWindow(Host& host, const Arguments& arguments) {
   return nil;
 }
 
+id SetWindowTitle(Host& host, const Arguments& arguments) {
+  host.windows().SetTitle(arguments[0], arguments[1]);
+  return nil;
+}
+
 id WindowInfo(Host& host, const Arguments& arguments) { return host.windows().Describe(arguments[0]); }
 
 id KeyArrivals(Host&, const Arguments&) { return [static_cast<AtomApplication*>(NSApp) keyArrivals]; }
@@ -156,6 +161,7 @@ constexpr Entry kFunctions[] = {
     {"stats", Stats},
     {"createWindow", CreateWindow},
     {"closeWindow", CloseWindow},
+    {"setWindowTitle", SetWindowTitle},
     {"windowInfo", WindowInfo},
     {"keyArrivals", KeyArrivals},
     {"mainMenuDescription", MainMenuDescription},

@@ -9,6 +9,12 @@ namespace {
 constexpr NSUInteger kCommand = NSCommandKeyMask;
 constexpr NSUInteger kCommandShift = NSCommandKeyMask | NSShiftKeyMask;
 constexpr NSUInteger kCommandOption = NSCommandKeyMask | NSAlternateKeyMask;
+constexpr NSUInteger kCommandControl = NSCommandKeyMask | NSControlKeyMask;
+
+NSString* const kUpArrow = @"\uf700";
+NSString* const kDownArrow = @"\uf701";
+NSString* const kLeftArrow = @"\uf702";
+NSString* const kRightArrow = @"\uf703";
 
 struct ItemDescription {
   NSString* title;  // key of the localised title; nil is a separator
@@ -42,11 +48,20 @@ const ItemDescription kFileItems[] = {
     {@"Close Tab", 202, @"w"},
     {@"Save as PDF…", 203, @"S", kCommandShift},
     {@"Print…", 204, @"p"},
+    {@"Send Again…", 205, @"D", kCommandShift},
 };
 
 const ItemDescription kEditItems[] = {
-    {@"Undo", 300, @"z"},  {@"Redo", 301, @"Z", kCommandShift}, kSeparator, {@"Cut", 302, @"x"},   {@"Copy", 303, @"c"},
-    {@"Paste", 304, @"v"}, {@"Select All", 305, @"a"},          kSeparator, {@"Find…", 306, @"f"},
+    {@"Undo", 300, @"z"},
+    {@"Redo", 301, @"Z", kCommandShift},
+    kSeparator,
+    {@"Cut", 302, @"x"},
+    {@"Copy", 303, @"c"},
+    {@"Paste", 304, @"v"},
+    {@"Select All", 305, @"a"},
+    kSeparator,
+    {@"Find…", 306, @"f"},
+    {@"Emoji & Symbols", 307, @" ", kCommandControl},
 };
 
 const ItemDescription kViewItems[] = {
@@ -56,6 +71,11 @@ const ItemDescription kViewItems[] = {
     {@"Zoom Out", 403, @"-"},
     kSeparator,
     {@"Show Toolbar", 404, @"t", kCommandOption},
+    kSeparator,
+    {@"Back", 405, kLeftArrow},
+    {@"Forward", 406, kRightArrow},
+    {@"Previous Conversation", 407, kUpArrow},
+    {@"Next Conversation", 408, kDownArrow},
 };
 
 const ItemDescription kWindowItems[] = {
@@ -64,6 +84,9 @@ const ItemDescription kWindowItems[] = {
     kSeparator,
     {@"Previous Tab", 502, @"["},
     {@"Next Tab", 503, @"]"},
+    kSeparator,
+    {@"Previous Account", 504, kUpArrow, kCommandOption},
+    {@"Next Account", 505, kDownArrow, kCommandOption},
 };
 
 const ItemDescription kHelpItems[] = {

@@ -33,7 +33,8 @@ class ScriptEvents;
 // Posts a notification of this name from the event loop, after what is going on now.
 - (void)postLater:(NSString*)name;
 
-// Sends {"window", "keycode"} a key press through the X server: "key-sent" with "sent".
+// Sends {"window", "keycode"} a key press through the X server, while the keys of "held" are held: "key-sent" with
+// "sent".
 - (void)sendKey:(NSDictionary*)options;
 
 @end

@@ -3,6 +3,7 @@
 #include <uv.h>
 
 #include <thread>
+#include <vector>
 
 #include "native/ScriptEvents.h"
 #include "native/SyntheticKey.h"
@@ -75,8 +76,12 @@ static double Now() { return static_cast<double>(uv_hrtime()); }
 - (void)sendKey:(NSDictionary*)options {
   const unsigned long window = [[options objectForKey:@"window"] unsignedLongValue];
   const unsigned keycode = [[options objectForKey:@"keycode"] unsignedIntValue];
-  _events->Emit(@"probe",
-                @{@"name" : @"key-sent", @"sent" : @(static_cast<double>(SendSyntheticKey(window, keycode)))});
+  std::vector<unsigned> held;
+  for (NSNumber* modifier in static_cast<NSArray*>([options objectForKey:@"held"])) {
+    held.push_back([modifier unsignedIntValue]);
+  }
+  const std::uint64_t sent = SendSyntheticKey(window, keycode, held);
+  _events->Emit(@"probe", @{@"name" : @"key-sent", @"sent" : @(static_cast<double>(sent))});
 }
 
 @end

@@ -23,16 +23,21 @@ XEvent KeyEvent(Display* display, int type, Window window, unsigned keycode) {
   return event;
 }
 
+void Send(Display* display, int type, Window window, unsigned keycode) {
+  XEvent event = KeyEvent(display, type, window, keycode);
+  XSendEvent(display, window, False, type == KeyPress ? KeyPressMask : KeyReleaseMask, &event);
+}
+
 }  // namespace
 
-std::uint64_t SendSyntheticKey(unsigned long window, unsigned keycode) {
+std::uint64_t SendSyntheticKey(unsigned long window, unsigned keycode, std::span<const unsigned> held) {
   const std::unique_ptr<Display, DisplayCloser> display(XOpenDisplay(nullptr));
   if (!display) return 0;
+  for (const unsigned modifier : held) Send(display.get(), KeyPress, window, modifier);
   const std::uint64_t sent = uv_hrtime();
-  for (const int type : {KeyPress, KeyRelease}) {
-    XEvent event = KeyEvent(display.get(), type, window, keycode);
-    XSendEvent(display.get(), window, False, type == KeyPress ? KeyPressMask : KeyReleaseMask, &event);
-  }
+  Send(display.get(), KeyPress, window, keycode);
+  Send(display.get(), KeyRelease, window, keycode);
+  for (const unsigned modifier : held) Send(display.get(), KeyRelease, window, modifier);
   XFlush(display.get());
   return sent;
 }

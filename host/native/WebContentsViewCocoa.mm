@@ -2,8 +2,18 @@
 
 #import <AppKit/AppKit.h>
 
+#import "native/HostApplicationDelegate.h"
+
 static const CGFloat kMargin = 24;
 static const CGFloat kLineHeight = 26;
+
+static const NSUInteger kModifiers = NSCommandKeyMask | NSAlternateKeyMask | NSControlKeyMask;
+
+// What a page itself makes use of: moving the insertion point, its preferences, input methods, bookmarks.
+static BOOL PageUses(NSEvent* event) {
+  NSString* characters = [event charactersIgnoringModifiers];
+  return ([event modifierFlags] & NSFunctionKeyMask) || [@[ @",", @" ", @"D" ] containsObject:characters];
+}
 
 @implementation WebContentsViewCocoa
 
@@ -40,6 +50,31 @@ static const CGFloat kLineHeight = 26;
   // Some X keys produce no characters at all.
   if ([event characters] != nil) [_typedText appendString:[event characters]];
   [self setNeedsDisplay:YES];
+}
+
+// A web page gets every shortcut before the menu does. What it has no use for comes back a little later, from another
+// process: as an event of its own, without a location and a key code.
+- (BOOL)performKeyEquivalent:(NSEvent*)event {
+  const BOOL isShortcut = ([event modifierFlags] & kModifiers) != 0;
+  if (!isShortcut || [[self window] firstResponder] != self) return NO;
+  const BOOL isUsed = PageUses(event);
+  [static_cast<HostApplicationDelegate*>([NSApp delegate]) webContentsReceivedKeyEquivalent:event use:isUsed];
+  if (!isUsed) [self performSelector:@selector(sendBack:) withObject:event afterDelay:0];
+  return YES;
+}
+
+- (void)sendBack:(NSEvent*)event {
+  NSEvent* returned = [NSEvent keyEventWithType:[event type]
+                                       location:NSZeroPoint
+                                  modifierFlags:[event modifierFlags]
+                                      timestamp:[event timestamp]
+                                   windowNumber:[event windowNumber]
+                                        context:nil
+                                     characters:[event characters]
+                    charactersIgnoringModifiers:[event charactersIgnoringModifiers]
+                                      isARepeat:[event isARepeat]
+                                        keyCode:0];
+  if (![[NSApp mainMenu] performKeyEquivalent:returned]) [self keyDown:event];
 }
 
 - (void)mouseDown:(NSEvent*)event {

@@ -24,6 +24,7 @@ class WindowList {
   NSData* Open(NSString* title, NSSize size);
   void Close(NSData* handle);
   // "title", "frame", "isVisible", "isKey", "isMain", "systemWindow" (the X window), "typedText", "droppedFiles" …
+  void SetTitle(NSData* handle, NSString* title);
   [[nodiscard]] NSDictionary* Describe(NSData* handle) const;
 
   [[nodiscard]] static NSData* HandleOf(id object);

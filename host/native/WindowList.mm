@@ -28,6 +28,24 @@ NSDictionary* Describe(NSRect rect) {
   };
 }
 
+NSView* MenuBarBelow(NSView* view) {
+  for (NSView* each in [view subviews]) {
+    if ([each isKindOfClass:[NSMenuView class]]) return each;
+  }
+  return nil;
+}
+
+// The middles of the titles in the window's menu bar, from the top left corner of the window, for a person's mouse.
+NSArray* DescribeMenuBar(NSWindow* window) {
+  NSMutableArray* titles = [NSMutableArray array];
+  auto* bar = static_cast<NSMenuView*>(MenuBarBelow([[window contentView] superview]));
+  for (NSInteger i = 0; i < [[bar menu] numberOfItems]; ++i) {
+    const NSRect rect = [bar rectOfItemAtIndex:i];
+    [titles addObject:@{@"x" : @(NSMidX(rect)), @"y" : @(NSHeight([bar bounds]) / 2)}];
+  }
+  return titles;
+}
+
 NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
 
 }  // namespace
@@ -51,6 +69,12 @@ NSData* WindowList::Open(NSString* title, NSSize size) {
 
 void WindowList::Close(NSData* handle) { [WindowOf(handle) close]; }
 
+void WindowList::SetTitle(NSData* handle, NSString* title) {
+  AtomNSWindow* window = WindowOf(handle);
+  [window setTitle:title];
+  [[window webContentsView] setNeedsDisplay:YES];
+}
+
 NSDictionary* WindowList::Describe(NSData* handle) const {
   AtomNSWindow* window = WindowOf(handle);
   WebContentsViewCocoa* page = [window webContentsView];
@@ -58,6 +82,7 @@ NSDictionary* WindowList::Describe(NSData* handle) const {
     @"title" : [window title],
     @"frame" : ::Describe([window frame]),
     @"content" : ::Describe([[window contentView] frame]),
+    @"menuBar" : DescribeMenuBar(window),
     @"isVisible" : Truth([window isVisible]),
     @"isKey" : Truth([window isKeyWindow]),
     @"isMain" : Truth([window isMainWindow]),

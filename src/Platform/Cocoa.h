@@ -5,5 +5,7 @@
 #import <AppKit/AppKit.h>
 
 #ifdef GNUSTEP
+#include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
+#include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #endif

@@ -42,3 +42,12 @@ void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Main menu
+void updateMainMenuMenuItem(const v8::FunctionCallbackInfo<v8::Value>& args);
+void updateMainMenuMenuItemWithCommandId(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setupMenuWillShowNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Application
+void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args);
+void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);

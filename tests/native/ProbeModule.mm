@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "KeychainProbe.h"
+#include "MenuProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
@@ -16,6 +17,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
+  AttachMenuProbe(AddProbeObject(probe, "menus"));
 }
 
 }  // namespace

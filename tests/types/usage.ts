@@ -9,6 +9,8 @@ native.setCurrentStateCallbackFunction((question) => (question === 'current-mess
 native.setComposeOutgoingMessageCallbackFunction((message, options) => JSON.parse(message + options));
 native.setNetworkReachabilityCallbackFunction((isConnected) => native.setStatusItemTitle(null, !isConnected));
 native.setDragAndDropCallbackFunction();
+const attributes: native.MenuItemAttributes = { title: 'Reload', accelerator: null };
+native.updateMainMenuMenuItem(JSON.stringify(['View', 0]), JSON.stringify(attributes));
 native.setPasswordForAccount('secret', 'account');
 
 // @ts-expect-error a function is asserted

@@ -1,0 +1,47 @@
+#pragma once
+
+#import <AppKit/NSMenu.h>
+
+@class NSArray, NSDictionary, NSEvent, NSMutableDictionary, NSNumber;
+
+// Changes of single items of the application's main menu, and the news that a menu opens or has closed.
+// Main thread only. Whatever can't be done is logged as an error.
+
+// Posted before a menu opens or is searched for a key equivalent. Object: the menu. User information: "menu", its
+// title, and "event", what TsMenuEventDescription() says of the cause.
+extern "C" __attribute__((visibility("default"))) NSString* const TsAppMenuWillOpenNotificationName;
+
+// "title" (a string, the submenu's title as well), "visible" (a truth value), "accelerator" (a string as
+// "Cmd+Shift+N", or null for none). Other keys, and values of another kind, are logged and passed over.
+void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes);
+
+// Adds the items that have a command identifier (what their represented object, a dictionary, holds under "commandId"),
+// and those of their submenus, in order: of two items with the same identifier the later one counts.
+void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items);
+
+// Made of the whole main menu at the first call, and kept: items added later are not in it.
+[[nodiscard]] NSMutableDictionary* TsGetMenuItemMap();
+
+// False when no item has the identifier.
+bool TsMainMenuUpdateMenuItemWithCommandId(NSNumber* commandId, NSDictionary* attributes);
+
+// The path starts at the main menu's items. A number takes that item, and goes on in its submenu; a title skips the
+// items before the one that has it. False when the path leads nowhere.
+bool TsMainMenuUpdateMenuItem(NSArray* path, NSDictionary* attributes);
+
+// Empty for nil. Otherwise the modifiers of the event, its "key-code" and its "chars".
+[[nodiscard]] NSDictionary* TsMenuEventDescription(NSEvent* event);
+
+void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event);
+
+// From now on the main menu, and the menus that are in it now, tell when they open and close. Called again, it covers
+// what has been added since.
+void TsSetupAppMenuNeedsUpdateNotification();
+
+// Posts the notifications.
+@interface TsAppMenuDelegate : NSObject
+
+- (void)menuWillOpen:(NSMenu*)menu;
+- (void)menuDidClose:(NSMenu*)menu;
+
+@end

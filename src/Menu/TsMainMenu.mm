@@ -1,0 +1,249 @@
+#include "Menu/TsMainMenu.h"
+
+#import <AppKit/AppKit.h>
+
+#include <cmath>
+#include <limits>
+
+#import "Extensions/NSEvent+TsKeyboard.h"
+#include "Platform/Cocoa.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
+
+NSString* const TsAppMenuWillOpenNotificationName = @"TsAppMenuWillOpen";
+
+namespace {
+
+NSString* const kMenuDidClose = @"TsAppMenuDidClose";
+NSString* const kCommandId = @"commandId";
+
+bool IsString(id value) { return [value isKindOfClass:[NSString class]]; }
+
+// JSON's true and false are numbers to Foundation, but of a class of their own.
+bool IsTruthValue(id value) {
+  static const Class truthValue = [[NSNumber numberWithBool:YES] class];
+  return [value isKindOfClass:truthValue];
+}
+
+bool IsNumber(id value) { return [value isKindOfClass:[NSNumber class]] && !IsTruthValue(value); }
+
+// ---- Attributes
+
+struct ModifierName {
+  NSString* name;
+  NSUInteger flag;
+};
+
+const ModifierName kModifierNames[] = {
+    {@"Cmd", kTsCommand}, {@"Ctrl", kTsControl}, {@"Opt", kTsOption}, {@"Shift", kTsShift}};
+
+NSUInteger ModifiersIn(NSArray* parts) {
+  NSUInteger modifiers = 0;
+  for (const auto& [name, flag] : kModifierNames) {
+    if ([parts containsObject:name]) modifiers |= flag;
+  }
+  return modifiers;
+}
+
+bool SetTitle(NSMenuItem* item, id title) {
+  if (!IsString(title)) return false;
+  [item setTitle:title];
+  if ([item hasSubmenu]) [[item submenu] setTitle:[item title]];
+  return true;
+}
+
+bool SetVisible(NSMenuItem* item, id visible) {
+  if (![visible isKindOfClass:[NSNumber class]]) return false;
+  [item setHidden:![visible boolValue]];
+  return true;
+}
+
+bool SetAccelerator(NSMenuItem* item, id accelerator) {
+  const bool isNone = accelerator == [NSNull null];
+  if (!isNone && !IsString(accelerator)) return false;
+  NSArray* parts = isNone ? [NSArray array] : [accelerator componentsSeparatedByString:@"+"];
+  NSString* key = [parts count] == 0 ? @"" : [parts lastObject];
+  [item setKeyEquivalent:key];
+  [item setKeyEquivalentModifierMask:[key length] == 0 ? 0 : ModifiersIn(parts)];
+  return true;
+}
+
+struct Attribute {
+  NSString* key;
+  bool (*set)(NSMenuItem* item, id value);
+};
+
+const Attribute kAttributes[] = {{@"title", SetTitle}, {@"visible", SetVisible}, {@"accelerator", SetAccelerator}};
+
+bool SetAttribute(NSMenuItem* item, NSString* name, id value) {
+  for (const auto& [key, set] : kAttributes) {
+    if ([key isEqualToString:name]) return set(item, value);
+  }
+  return false;
+}
+
+// ---- Items by command identifier
+
+// `visited` keeps menus that contain each other from being followed for ever.
+void AddCommandIds(NSMutableDictionary* map, NSArray* items, NSHashTable* visited) {
+  for (NSMenuItem* item in items) {
+    id command = [item representedObject];
+    id commandId = [command isKindOfClass:[NSDictionary class]] ? [command objectForKey:kCommandId] : nil;
+    if (commandId != nil) [map setObject:item forKey:commandId];
+
+    NSMenu* submenu = [item submenu];
+    if ([submenu numberOfItems] == 0 || [visited containsObject:submenu]) continue;
+    [visited addObject:submenu];
+    AddCommandIds(map, [submenu itemArray], visited);
+  }
+}
+
+// ---- Items by path
+
+// What is no index of any item is beyond all of them.
+NSUInteger IndexOf(NSNumber* number) {
+  constexpr auto kBeyond = std::numeric_limits<NSUInteger>::max();
+  const double value = std::trunc([number doubleValue]);
+  if (!(value >= 0)) return static_cast<NSUInteger>([number longLongValue]);
+  return value < static_cast<double>(kBeyond) ? static_cast<NSUInteger>(value) : kBeyond;
+}
+
+NSUInteger IndexOfTitle(NSArray* items, NSString* title) {
+  NSUInteger index = 0;
+  for (NSMenuItem* item in items) {
+    if ([[item title] isEqualToString:title]) return index;
+    ++index;
+  }
+  return NSNotFound;
+}
+
+// Walks along a path: the items to choose from, and the one that was chosen last.
+class Walk {
+ public:
+  explicit Walk(NSArray* items) : level_(items) {}
+
+  [[nodiscard]] NSMenuItem* item() const { return item_; }
+
+  bool Take(id element, NSArray* path) {
+    if (level_ == nil) {
+      TsLogError(@"Path element %@ isn't valid as it points to a menuItems item without submenu (%@).", element, path);
+      return false;
+    }
+    if (IsNumber(element)) return Choose(IndexOf(element));
+    if (IsString(element)) return SkipTo(element);
+    TsLogError(@"[ERROR] Unknown navigation item %@ in %@", element, path);
+    return false;
+  }
+
+ private:
+  bool Choose(NSUInteger index) {
+    if (index >= [level_ count]) {
+      TsLogError(@"Index out of range %lu for items %@", static_cast<unsigned long>(index), level_);
+      return false;
+    }
+    item_ = [level_ objectAtIndex:index];
+    level_ = [[item_ submenu] itemArray];
+    return true;
+  }
+
+  bool SkipTo(NSString* title) {
+    const NSUInteger index = IndexOfTitle(level_, title);
+    if (index == NSNotFound) {
+      TsLogError(@"Didn't find marker item with name %@", title);
+      return false;
+    }
+    level_ = [level_ subarrayWithRange:NSMakeRange(index, [level_ count] - index)];
+    return true;
+  }
+
+  NSArray* level_;
+  NSMenuItem* item_ = nil;
+};
+
+TsAppMenuDelegate* SharedDelegate() {
+  static const auto delegate = Adopt([[TsAppMenuDelegate alloc] init]);
+  return delegate;
+}
+
+}  // namespace
+
+void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes) {
+  for (NSString* name in attributes) {
+    id value = [attributes objectForKey:name];
+    if (SetAttribute(item, name, value)) continue;
+    TsLogError(@"%@ Cannot set menuItems item attribute %@ to %@", item, name, value);
+  }
+}
+
+void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items) {
+  AddCommandIds(map, items, [NSHashTable hashTableWithOptions:NSPointerFunctionsObjectPointerPersonality]);
+}
+
+NSMutableDictionary* TsGetMenuItemMap() {
+  static const auto map = [] {
+    auto built = Adopt([[NSMutableDictionary alloc] init]);
+    TsBuildCommandIdDictionary(built, [[NSApp mainMenu] itemArray]);
+    return built;
+  }();
+  return map;
+}
+
+bool TsMainMenuUpdateMenuItemWithCommandId(NSNumber* commandId, NSDictionary* attributes) {
+  NSMenuItem* item = [TsGetMenuItemMap() objectForKey:commandId];
+  if (item == nil) return false;
+  TsUpdateMenuItem(item, attributes);
+  return true;
+}
+
+bool TsMainMenuUpdateMenuItem(NSArray* path, NSDictionary* attributes) {
+  Walk walk([[NSApp mainMenu] itemArray]);
+  for (id element in path) {
+    if (!walk.Take(element, path)) return false;
+  }
+  if (walk.item() == nil) {
+    TsLogError(@"No menuItems item found");
+    return false;
+  }
+  TsUpdateMenuItem(walk.item(), attributes);
+  return true;
+}
+
+NSDictionary* TsMenuEventDescription(NSEvent* event) {
+  if (event == nil) return [NSDictionary dictionary];
+  NSMutableDictionary* description = [event ts_modifierDescription];
+  NSString* characters =
+      [event ts_holdsModifier:kTsCommand] ? [event ts_characters] : [event ts_charactersIgnoringModifiers];
+  [description setObject:[NSNumber numberWithUnsignedShort:[event ts_virtualKeyCode]] forKey:@"key-code"];
+  [description setObject:characters != nil ? characters : @"" forKey:@"chars"];
+  return description;
+}
+
+void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event) {
+  NSString* title = [menu title];
+  NSDictionary* info = [NSDictionary dictionaryWithObjectsAndKeys:TsMenuEventDescription(event), @"event",  //
+                                                                  title != nil ? title : @"", @"menu", nil];
+  [[NSNotificationCenter defaultCenter] postNotificationName:TsAppMenuWillOpenNotificationName
+                                                      object:menu
+                                                    userInfo:info];
+}
+
+void TsSetupAppMenuNeedsUpdateNotification() {
+  NSMenu* mainMenu = [NSApp mainMenu];
+  id delegate = SharedDelegate();
+  [mainMenu setDelegate:delegate];
+  for (NSMenuItem* item in [mainMenu itemArray]) [[item submenu] setDelegate:[mainMenu delegate]];
+}
+
+@implementation TsAppMenuDelegate
+
+- (void)menuWillOpen:(NSMenu*)menu {
+  TsPostAppNeedsUpdateNotification(menu, nil);
+}
+
+- (void)menuDidClose:(NSMenu*)menu {
+  [[NSNotificationCenter defaultCenter] postNotificationName:kMenuDidClose
+                                                      object:menu
+                                                    userInfo:[NSDictionary dictionary]];
+}
+
+@end

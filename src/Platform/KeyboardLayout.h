@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+// The keyboard as a set of places, whatever layout is printed or set on it. Main thread only.
+namespace tessaro::platform {
+
+// No key of the keyboards that virtual key codes describe.
+inline constexpr std::uint16_t kNoVirtualKey = 0xffff;
+
+// The virtual key code (those of ANSI, ISO and JIS keyboards: 2 is the key right of "A's" neighbour, 43 the first
+// right of "M's", 49 the space bar, 123 to 126 the arrows) of a key that the window system's events call
+// `systemKeyCode`. kNoVirtualKey when the key has none, or there is no window system to ask.
+[[nodiscard]] std::uint16_t VirtualKeyCode(std::uint16_t systemKeyCode);
+
+// Whether Caps Lock is on now. False where there is no window system to ask.
+[[nodiscard]] bool IsCapsLockOn();
+
+}  // namespace tessaro::platform

@@ -1,0 +1,5 @@
+#pragma once
+
+#include <node.h>
+
+void AttachMenuProbe(v8::Local<v8::Object> exports);
