@@ -1,3 +1,52 @@
-#include "Dock/TsDockMenu.h"
+#import "Dock/TsDockMenu.h"
 
-void TsInstallDockMenuPatch() {}
+#import <objc/runtime.h>
+
+#import "StatusItem/TsStatusItemController.h"
+#include "Utilities/TsLog.h"
+
+namespace {
+
+constexpr char kActionTypes[] = "V@:@";
+constexpr char kMenuTypes[] = "@@:@";
+
+template <void (*perform)(id sender)>
+void Action(id, SEL, id sender) {
+  perform(sender);
+}
+
+id ApplicationDockMenu(id delegate, SEL, id sender) { return TsDockMenu(delegate, sender); }
+
+template <typename Function>
+IMP Implementation(Function function) {
+  return reinterpret_cast<IMP>(function);
+}
+
+}  // namespace
+
+void TsInstallDockMenuPatch() {
+  Class delegateClass = [[NSApp delegate] class];
+  if (delegateClass == Nil) return TsLogError(@"Cannot patch as I didn't find application class");
+  class_addMethod(delegateClass, @selector(ts_checkForNewMessages:), Implementation(Action<TsCheckForNewMessages>),
+                  kActionTypes);
+  class_addMethod(delegateClass, @selector(ts_toggleDoNotDisturb:), Implementation(Action<TsToogleDoNotDisturb>),
+                  kActionTypes);
+  class_addMethod(delegateClass, @selector(ts_composeNewMessage:), Implementation(Action<TsComposeNewMessage>),
+                  kActionTypes);
+  const IMP menu = Implementation(ApplicationDockMenu);
+  // Replacing a method that is only inherited would change the superclass.
+  if (class_addMethod(delegateClass, @selector(applicationDockMenu:), menu, kMenuTypes)) return;
+  class_replaceMethod(delegateClass, @selector(applicationDockMenu:), menu, kMenuTypes);
+}
+
+NSMenu* TsDockMenu(id, id) {
+  auto menu = Adopt([[NSMenu alloc] init]);
+  [[TsStatusItemController sharedInstance] menuNeedsUpdate:menu type:@"dock" includeMessage:NO];
+  return menu.Autoreleased();
+}
+
+void TsCheckForNewMessages(id sender) { [[TsStatusItemController sharedInstance] checkForNewMessages:sender]; }
+
+void TsToogleDoNotDisturb(id sender) { [[TsStatusItemController sharedInstance] toggleDoNotDisturb:sender]; }
+
+void TsComposeNewMessage(id sender) { [[TsStatusItemController sharedInstance] composeNewMessage:sender]; }

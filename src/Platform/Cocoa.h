@@ -5,5 +5,7 @@
 #import <AppKit/AppKit.h>
 
 #ifdef GNUSTEP
+#include "Platform/Linux/Cocoa/NSImage+Template.h"
+#include "Platform/Linux/Cocoa/NSMenu+Items.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #endif

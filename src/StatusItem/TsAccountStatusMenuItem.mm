@@ -1,0 +1,81 @@
+#import "StatusItem/TsAccountStatusMenuItem.h"
+
+namespace {
+
+constexpr CGFloat kBadgeSize = 16;
+constexpr CGFloat kTextHeight = 14.5;
+constexpr CGFloat kTextSize = 9;
+constexpr NSUInteger kMostCounted = 99;
+
+NSDictionary* TextAttributes() {
+  auto paragraph = Adopt([[NSMutableParagraphStyle alloc] init]);
+  [paragraph setAlignment:NSCenterTextAlignment];
+  return @{
+    NSFontAttributeName : [NSFont menuBarFontOfSize:kTextSize],
+    NSParagraphStyleAttributeName : paragraph.get(),
+    NSForegroundColorAttributeName : [NSColor whiteColor],
+    NSFontWeightTrait : [NSNumber numberWithInt:1],
+  };
+}
+
+}  // namespace
+
+@implementation TsAccountStatusMenuItem
+
+- (instancetype)initWithTitle:(NSString*)title
+                        color:(NSColor*)color
+                       action:(SEL)action
+                keyEquivalent:(NSString*)keyEquivalent {
+  self = [super initWithTitle:title action:action keyEquivalent:keyEquivalent];
+  if (self == nil) return nil;
+  [self setColor:color];
+  [self setCount:0];
+  [self setIsInError:NO];
+  return self;
+}
+
+- (NSColor*)color {
+  return _color;
+}
+
+- (void)setColor:(NSColor*)color {
+  if (color == _color) return;
+  _color = Adopt(static_cast<NSColor*>([color copy]));
+  [self updateImage];
+}
+
+- (NSUInteger)count {
+  return _count;
+}
+
+- (void)setCount:(NSUInteger)count {
+  _count = count;
+  [self updateImage];
+}
+
+- (BOOL)isInError {
+  return _isInError;
+}
+
+- (void)setIsInError:(BOOL)isInError {
+  _isInError = isInError;
+  [self updateImage];
+}
+
+- (NSString*)badgeText {
+  if (_isInError) return @"!";
+  if (_count == 0 || _count > kMostCounted) return nil;
+  return [NSString stringWithFormat:@"%ld", static_cast<long>(_count)];
+}
+
+- (void)updateImage {
+  auto image = Adopt([[NSImage alloc] initWithSize:NSMakeSize(kBadgeSize, kBadgeSize)]);
+  [image lockFocus];
+  [_color set];
+  [[NSBezierPath bezierPathWithOvalInRect:NSMakeRect(0, 0, kBadgeSize, kBadgeSize)] fill];
+  [[self badgeText] drawInRect:NSMakeRect(0, 0, kBadgeSize, kTextHeight) withAttributes:TextAttributes()];
+  [image unlockFocus];
+  [self setImage:image];
+}
+
+@end
