@@ -2,6 +2,7 @@
 
 #include "PlatformProbe.h"
 #include "Probe.h"
+#include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "ValuesProbe.h"
 
@@ -13,6 +14,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachCoreProbe(probe);
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
+  AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 
