@@ -65,15 +65,15 @@ void StatusMenuBuilder::Build(StatusMenuForm form, bool doNotDisturb) const {
 }
 
 void StatusMenuBuilder::AddCommands(bool doNotDisturb) const {
-  const auto add = [this](NSString* key, SEL action, NSInteger state) {
-    auto item =
-        Adopt([[NSMenuItem alloc] initWithTitle:Localized(Translation(key)) action:action keyEquivalent:@""]);
-    [item setState:state];
+  const auto add = [this](NSString* key, SEL action) {
+    auto item = Adopt([[NSMenuItem alloc] initWithTitle:Localized(Translation(key)) action:action keyEquivalent:@""]);
     Add(item, nil);
+    return item;
   };
-  add(@"get-new-mail", @selector(checkForNewMessages:), NSOffState);
-  add(@"do-not-disturb?", @selector(toggleDoNotDisturb:), doNotDisturb ? NSOnState : NSOffState);
-  add(@"compose-new-message", @selector(composeNewMessage:), NSOffState);
+  add(@"get-new-mail", @selector(checkForNewMessages:));
+  // Only this one is given a state: a row that has one is shown with a box to check.
+  [add(@"do-not-disturb?", @selector(toggleDoNotDisturb:)) setState:doNotDisturb ? NSOnState : NSOffState];
+  add(@"compose-new-message", @selector(composeNewMessage:));
 }
 
 void StatusMenuBuilder::AddCompactAccount(const Account& account, bool doNotDisturb) const {

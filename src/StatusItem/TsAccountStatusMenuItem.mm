@@ -1,22 +1,10 @@
 #import "StatusItem/TsAccountStatusMenuItem.h"
 
+#include "StatusItem/AccountBadge.h"
+
 namespace {
 
-constexpr CGFloat kBadgeSize = 16;
-constexpr CGFloat kTextHeight = 14.5;
-constexpr CGFloat kTextSize = 9;
 constexpr NSUInteger kMostCounted = 99;
-
-NSDictionary* TextAttributes() {
-  auto paragraph = Adopt([[NSMutableParagraphStyle alloc] init]);
-  [paragraph setAlignment:NSCenterTextAlignment];
-  return @{
-    NSFontAttributeName : [NSFont menuBarFontOfSize:kTextSize],
-    NSParagraphStyleAttributeName : paragraph.get(),
-    NSForegroundColorAttributeName : [NSColor whiteColor],
-    NSFontWeightTrait : [NSNumber numberWithInt:1],
-  };
-}
 
 }  // namespace
 
@@ -69,13 +57,7 @@ NSDictionary* TextAttributes() {
 }
 
 - (void)updateImage {
-  auto image = Adopt([[NSImage alloc] initWithSize:NSMakeSize(kBadgeSize, kBadgeSize)]);
-  [image lockFocus];
-  [_color set];
-  [[NSBezierPath bezierPathWithOvalInRect:NSMakeRect(0, 0, kBadgeSize, kBadgeSize)] fill];
-  [[self badgeText] drawInRect:NSMakeRect(0, 0, kBadgeSize, kTextHeight) withAttributes:TextAttributes()];
-  [image unlockFocus];
-  [self setImage:image];
+  [self setImage:AccountBadge(_color, [self badgeText])];
 }
 
 @end

@@ -2,6 +2,7 @@
 
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
+#include "Platform/StatusBar.h"
 #include "Platform/WindowServer.h"
 #include "StatusItem/StatusMenuBuilder.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -189,6 +190,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
     TsLogWarning(@"The status item needs a window server, and there is none");
     return NO;
   }
+  if (!platform::IsStatusBarAvailable()) TsLogInfo(@"The status item waits for a status bar: there is none yet");
   auto menu = Adopt([[NSMenu alloc] init]);
   [menu setDelegate:static_cast<id>(self)];
   _statusItem = Retain([[NSStatusBar systemStatusBar] statusItemWithLength:kIconLength]);
