@@ -183,6 +183,27 @@ void dockMenu(ProbeArguments args) {
   }
 }
 
+// perform(action, representedObject): chooses a row of its own making.
+void perform(ProbeArguments args) {
+  @autoreleasepool {
+    auto item = Adopt([[NSMenuItem alloc] init]);
+    [item setRepresentedObject:convertToNSString(args[1])];
+    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0]))
+                   to:[TsStatusItemController sharedInstance]
+                 from:item];
+  }
+}
+
+void performOnDelegate(ProbeArguments args) {
+  @autoreleasepool {
+    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0])) to:[NSApp delegate] from:nil];
+  }
+}
+
+void hasItem(ProbeArguments args) {
+  args.GetReturnValue().Set([[TsStatusItemController sharedInstance] statusItem] != nil);
+}
+
 void setDefault(ProbeArguments args) {
   @autoreleasepool {
     NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
@@ -206,6 +227,9 @@ void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
   PROBE(hexColor);
   PROBE(format);
   PROBE(dockMenu);
+  PROBE(perform);
+  PROBE(performOnDelegate);
+  PROBE(hasItem);
   PROBE(setDefault);
 #undef PROBE
 }
