@@ -66,10 +66,11 @@ function startPanel(directory, { environment = process.env, applicationName = 'T
   const children = [
     [xfconfd, []],
     ['xfce4-panel', ['--disable-wm-check']],
-  ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore' }));
+  ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
   const ended = children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
   return async () => {
-    for (const child of children) child.kill('SIGKILL');
+    // The panel's plug-ins are processes of its group.
+    for (const child of children) process.kill(-child.pid, 'SIGKILL');
     await Promise.all(ended);
   };
 }

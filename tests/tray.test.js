@@ -27,7 +27,7 @@ const prelude = `
   const print = (value) => console.log(JSON.stringify(value));
   const run = async (...command) => (await promisify(execFile)(command[0], command.slice(1))).stdout;
   const bus = async (...args) =>
-    JSON.parse(await run('busctl', '--address=' + process.env.DBUS_SESSION_BUS_ADDRESS, '--json=short', ...args.map(String)));
+    JSON.parse((await run('busctl', '--address=' + process.env.DBUS_SESSION_BUS_ADDRESS, '--json=short', '--', ...args.map(String))) || '{}');
   const own = 'org.kde.StatusNotifierItem-' + process.pid + '-1';
   const call = async (method, ...args) =>
     (await bus('call', own, '/StatusNotifierItem/Menu', 'com.canonical.dbusmenu', method, ...args)).data;
@@ -124,11 +124,11 @@ test('a program on the bus reads the menu: titles, marks, images, what is enable
       return png ? { ...rest, png: Buffer.from(png).toString('latin1', 1, 4) } : rest;
     }),
   );
-  const mark = (state) => ({ 'toggle-type': 'checkmark', 'toggle-state': state });
+  const checked = { 'toggle-type': 'checkmark', 'toggle-state': 1 };
   const separator = { type: 'separator' };
   assert.deepStrictEqual(quiet, [
     { label: 'Get New Mail', enabled: false },
-    { label: 'Do Not Disturb', ...mark(1) },
+    { label: 'Do Not Disturb', ...checked },
     { label: 'New Message' },
     separator,
     { label: 'A__b', png: 'PNG' },
@@ -138,7 +138,7 @@ test('a program on the bus reads the menu: titles, marks, images, what is enable
   ]);
   assert.deepStrictEqual(full.slice(0, 6), [
     { label: 'Get New Mail' },
-    { label: 'Do Not Disturb', ...mark(0) },
+    { label: 'Do Not Disturb' },
     { label: 'New Message' },
     separator,
     { label: 'A__b', png: 'PNG' },
@@ -188,6 +188,43 @@ test('rows keep their numbers when the menu is built anew, and only what has cha
   const [[[updated], removed]] = [seen[0][1]];
   assert.deepStrictEqual([updated[0], updated[1].label.data, removed], [account1, 'Renamed', []]);
   assert.deepStrictEqual([seen[1][1], seen[2][1]], [[2, 0], [3, 0]]);
+});
+
+test('a mark that comes and goes is told without a new layout', async (t) => {
+  const { seen, rows } = await inSession(
+    t,
+    `scenario(async () => {
+       showItem();
+       const { rows } = await layout();
+       const { seen, stop } = await watchSignals();
+       for (const value of [true, false]) { statusItem.setDefault('DoNotDisturb', value); await call('AboutToShow', 'i', 0); }
+       const told = () => seen.filter(([name]) => name === 'ItemsPropertiesUpdated').map(([, data]) => data);
+       await eventually(() => told().length === 2, 'the signals');
+       stop();
+       return { seen: told().map(([updated, removed]) => [updated.map(([id, all]) => [id, values(all)]), removed]), rows };
+     });`,
+  );
+  const [get, quiet] = rows.map(({ id }) => id);
+  const label = { [get]: { label: 'Get New Mail' }, [quiet]: { label: 'Do Not Disturb' } };
+  assert.deepStrictEqual(seen, [
+    [
+      [
+        [get, { ...label[get], enabled: false }],
+        [quiet, { ...label[quiet], 'toggle-type': 'checkmark', 'toggle-state': 1 }],
+      ],
+      [],
+    ],
+    [
+      [
+        [get, label[get]],
+        [quiet, label[quiet]],
+      ],
+      [
+        [get, ['enabled']],
+        [quiet, ['toggle-type', 'toggle-state']],
+      ],
+    ],
+  ]);
 });
 
 test('choosing rows over the bus', async (t) => {
@@ -265,9 +302,16 @@ test('a person opens the menu in the tray and chooses rows', async (t) => {
   const directory = temporaryDirectory(t);
   const { received, asked } = await inSession(
     t,
-    `const pointAt = (x, y) => run('xdotool', 'mousemove', x, y);
-     const windows = async () => (await run('sh', '-c', 'xdotool search --onlyvisible --class xfce4-panel || true')).split('\\n').filter(Boolean);
+    `const windows = async (name) => (await run('sh', '-c', 'xdotool search --onlyvisible --class ' + name + ' || true')).split('\\n').filter(Boolean);
      const geometry = async (window) => Object.fromEntries((await run('xdotool', 'getwindowgeometry', '--shell', window)).split('\\n').filter(Boolean).map((line) => [line.split('=')[0], Number(line.split('=')[1])]));
+     // The tray runs in a process of its own, with one window in the panel and one for the menu.
+     const findMenu = async () => {
+       for (const window of await windows('wrapper-2.0')) {
+         const place = await geometry(window).catch(() => undefined);
+         if (place && place.HEIGHT > 60) return place;
+       }
+       return undefined;
+     };
      // The rows of GTK's default theme: 25 pixels, separators 1, a margin of 4.
      const middle = (rows, index) => 4 + rows.slice(0, index).reduce((sum, { type }) => sum + (type ? 1 : 25), 0) + 12;
      scenario(async () => {
@@ -276,20 +320,20 @@ test('a person opens the menu in the tray and chooses rows', async (t) => {
        m.setStatusItemTitle('3', false);
        const stop = startPanel(${JSON.stringify(directory)});
        await eventually(inTray, 'the item in the tray');
-       const [panel] = await eventually(async () => { const all = await windows(); return all.length === 1 && all; }, 'the panel');
+       const [panel] = await eventually(async () => { const found = await windows('xfce4-panel'); return found.length > 0 && found; }, 'the panel');
        const { X, Y, HEIGHT } = await geometry(panel);
+       const openMenu = () => eventually(async () => {
+         await run('xdotool', 'mousemove', String(X + 17), String(Y + (HEIGHT >> 1)), 'click', '1');
+         return eventually(findMenu, 'the menu', 1000).catch(() => false);
+       }, 'the menu');
        const { rows } = await layout();
        asked.length = 0;
        for (const index of [0, 1, 2, 4, 5, rows.length - 1]) {
          const count = notifications.length;
-         await eventually(async () => {
-           await run('xdotool', 'mousemove', String(X + 17), String(Y + HEIGHT / 2 | 0), 'click', '1');
-           return eventually(async () => (await windows()).length === 2, 'the menu', 2000).catch(() => false);
-         }, 'the menu');
-         const menu = await geometry((await windows()).find((window) => window !== panel));
+         const menu = await openMenu();
          await run('xdotool', 'mousemove', '--sync', String(menu.X + 60), String(menu.Y + middle(rows, index)), 'sleep', '0.1', 'click', '1');
          await eventually(() => notifications.length > count, 'the choice of row ' + index);
-         await eventually(async () => (await windows()).length === 1, 'the menu to close');
+         await eventually(async () => !(await findMenu()), 'the menu to close');
        }
        await stop();
        return { received: notifications, asked: asked.length };

@@ -65,15 +65,15 @@ void StatusMenuBuilder::Build(StatusMenuForm form, bool doNotDisturb) const {
 }
 
 void StatusMenuBuilder::AddCommands(bool doNotDisturb) const {
-  const auto add = [this](NSString* key, SEL action) {
-    auto item = Adopt([[NSMenuItem alloc] initWithTitle:Localized(Translation(key)) action:action keyEquivalent:@""]);
-    Add(item, nil);
-    return item;
+  const auto command = [this](NSString* key, SEL action) {
+    return Adopt([[NSMenuItem alloc] initWithTitle:Localized(Translation(key)) action:action keyEquivalent:@""]);
   };
-  add(@"get-new-mail", @selector(checkForNewMessages:));
-  // Only this one is given a state: a row that has one is shown with a box to check.
-  [add(@"do-not-disturb?", @selector(toggleDoNotDisturb:)) setState:doNotDisturb ? NSOnState : NSOffState];
-  add(@"compose-new-message", @selector(composeNewMessage:));
+  auto quiet = command(@"do-not-disturb?", @selector(toggleDoNotDisturb:));
+  [quiet setState:doNotDisturb ? NSOnState : NSOffState];
+
+  Add(command(@"get-new-mail", @selector(checkForNewMessages:)), nil);
+  Add(quiet, nil);
+  Add(command(@"compose-new-message", @selector(composeNewMessage:)), nil);
 }
 
 void StatusMenuBuilder::AddCompactAccount(const Account& account, bool doNotDisturb) const {
@@ -129,7 +129,7 @@ void StatusMenuBuilder::AddMessage(NSDictionary* message) const {
 
 void StatusMenuBuilder::AddSeparator() const { [menu_ addItem:[NSMenuItem separatorItem]]; }
 
-// Complete before it is added: a menu looks for each change of an item it has.
+// Complete before it is added: when an item that it has changes, a menu may ask its delegate to be filled anew.
 void StatusMenuBuilder::Add(NSMenuItem* item, id identifier) const {
   [item setTarget:target_];
   [item setRepresentedObject:identifier];

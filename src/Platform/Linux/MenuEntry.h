@@ -11,12 +11,11 @@ namespace tessaro::platform {
 // A row of a menu that another process shows. Texts are UTF-8.
 struct MenuEntry {
   enum class Kind : std::uint8_t { Row, Separator };
-  enum class Mark : std::uint8_t { None, Off, On };
 
   std::string identity;   // rows of the same identity in consecutive menus are the same row
   std::size_t place = 0;  // whatever its maker knows it by
   Kind kind = Kind::Row;
-  Mark mark = Mark::None;
+  bool isChecked = false;
   bool isEnabled = true;
   std::string label;
   std::string toolTip;

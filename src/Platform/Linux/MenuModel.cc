@@ -18,7 +18,7 @@ bool HaveSameIcon(const MenuEntry& left, const MenuEntry& right) {
 }
 
 bool LookTheSame(const MenuEntry& left, const MenuEntry& right) {
-  return left.kind == right.kind && left.mark == right.mark && left.isEnabled == right.isEnabled &&
+  return left.kind == right.kind && left.isChecked == right.isChecked && left.isEnabled == right.isEnabled &&
          left.label == right.label && left.toolTip == right.toolTip && HaveSameIcon(left, right);
 }
 

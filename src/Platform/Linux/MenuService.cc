@@ -26,9 +26,9 @@ void VisitProperties(const MenuEntry& entry, const Visit& visit) {
   if (entry.kind == MenuEntry::Kind::Separator) return visit("type", std::string("separator"));
   if (!entry.label.empty()) visit("label", Escaped(entry.label));
   if (!entry.isEnabled) visit("enabled", false);
-  if (entry.mark != MenuEntry::Mark::None) {
+  if (entry.isChecked) {
     visit("toggle-type", std::string("checkmark"));
-    visit("toggle-state", static_cast<std::int32_t>(entry.mark == MenuEntry::Mark::On ? 1 : 0));
+    visit("toggle-state", std::int32_t{1});
   }
   if (entry.icon) visit("icon-data", *entry.icon);
   // The protocol has no tool tips; this is what assistive techniques read out instead of the label.
@@ -245,7 +245,8 @@ bool MenuService::AboutToShow(std::int32_t id) {
 
 void MenuService::Event(std::int32_t id, const std::string& event) {
   const MenuEntry* entry = model_.Find(id);
-  if (entry != nullptr && event == "clicked") source_.choose(*entry);
+  if (entry == nullptr || entry == &model_.root() || event != "clicked") return;
+  if (entry->kind == MenuEntry::Kind::Row && entry->isEnabled) source_.choose(*entry);
 }
 
 const MenuEntry& MenuService::Entry(std::int32_t id) {

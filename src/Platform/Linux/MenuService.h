@@ -21,7 +21,7 @@ class MenuService {
   struct Source {
     // Builds the menu.
     std::function<std::vector<MenuEntry>()> build;
-    // The user has chosen a row of the menu as it was built last.
+    // The user has chosen a row, which is enabled, of the menu as it was built last.
     std::function<void(const MenuEntry&)> choose;
   };
 

@@ -15,7 +15,7 @@ namespace tessaro::platform {
 // raises meanwhile is logged.
 class MenuFeed {
  public:
-  // `menu` gives the menu each time it is about to open; its delegate fills it then, and its items are validated.
+  // `menu` gives the menu each time it is about to open; its delegate fills it then.
   explicit MenuFeed(std::function<NSMenu*()> menu) : menu_(std::move(menu)) {}
   MenuFeed(const MenuFeed&) = delete;
   MenuFeed& operator=(const MenuFeed&) = delete;
@@ -26,7 +26,7 @@ class MenuFeed {
  private:
   [[nodiscard]] std::vector<MenuEntry> Build();
   [[nodiscard]] std::vector<MenuEntry> Read(NSMenu* menu);
-  [[nodiscard]] MenuEntry Read(NSMenuItem* item);
+  [[nodiscard]] MenuEntry Read(NSMenuItem* item, NSMenu* menu);
   void Choose(const MenuEntry& entry);
 
   std::function<NSMenu*()> menu_;

@@ -22,9 +22,18 @@ std::string Identity(NSMenuItem* item) {
   return identity;
 }
 
-MenuEntry::Mark Mark(NSMenuItem* item) {
-  if ([item state] != NSOffState) return MenuEntry::Mark::On;
-  return [item changesState] ? MenuEntry::Mark::Off : MenuEntry::Mark::None;
+void Fill(NSMenu* menu) {
+  id delegate = [menu delegate];
+  if ([delegate respondsToSelector:@selector(menuNeedsUpdate:)]) [delegate menuNeedsUpdate:menu];
+}
+
+// Asked of the validator rather than written to the item by -[NSMenu update]: that would tell the menu's own view of
+// the change, which would have the menu filled anew, and so on without end.
+bool IsEnabled(NSMenuItem* item, NSMenu* menu) {
+  if (![menu autoenablesItems] || [item hasSubmenu]) return [item isEnabled];
+  id validator = [NSApp targetForAction:[item action] to:[item target] from:item];
+  if (validator == nil) return false;
+  return ![validator respondsToSelector:@selector(validateMenuItem:)] || [validator validateMenuItem:item];
 }
 
 }  // namespace
@@ -37,7 +46,7 @@ std::vector<MenuEntry> MenuFeed::Build() {
   std::vector<MenuEntry> entries;
   WithAutoreleasePool([&] {
     NSMenu* menu = menu_();
-    [menu update];
+    Fill(menu);
     items_.clear();
     entries = Read(menu);
   });
@@ -47,11 +56,11 @@ std::vector<MenuEntry> MenuFeed::Build() {
 std::vector<MenuEntry> MenuFeed::Read(NSMenu* menu) {
   std::vector<MenuEntry> entries;
   entries.reserve(static_cast<std::size_t>([menu numberOfItems]));
-  for (NSMenuItem* item in [menu itemArray]) entries.push_back(Read(item));
+  for (NSMenuItem* item in [menu itemArray]) entries.push_back(Read(item, menu));
   return entries;
 }
 
-MenuEntry MenuFeed::Read(NSMenuItem* item) {
+MenuEntry MenuFeed::Read(NSMenuItem* item, NSMenu* menu) {
   MenuEntry entry;
   entry.identity = Identity(item);
   entry.place = items_.size();
@@ -60,8 +69,8 @@ MenuEntry MenuFeed::Read(NSMenuItem* item) {
     entry.kind = MenuEntry::Kind::Separator;
     return entry;
   }
-  entry.mark = Mark(item);
-  entry.isEnabled = [item isEnabled];
+  entry.isChecked = [item state] != NSOffState;
+  entry.isEnabled = IsEnabled(item, menu);
   entry.label = Text([item title]);
   entry.toolTip = Text([item toolTip]);
   entry.icon = PNGData([item image]);
@@ -71,7 +80,6 @@ MenuEntry MenuFeed::Read(NSMenuItem* item) {
 
 void MenuFeed::Choose(const MenuEntry& entry) {
   WithAutoreleasePool([&] {
-    if (!entry.isEnabled || entry.place >= items_.size()) return;
     // The action may have the menu built anew.
     const Ref<NSMenuItem> item = items_[entry.place];
     [NSApp sendAction:[item action] to:[item target] from:item];
