@@ -2,9 +2,10 @@
 
 // A panel with a tray, for desktop sessions that have none.
 
-const { spawn } = require('child_process');
+const { execFile, spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
+const { promisify } = require('util');
 
 const xfconfd = ['/usr/lib', '/usr/libexec', '/usr/lib/x86_64-linux-gnu', '/usr/lib/aarch64-linux-gnu']
   .map((directory) => path.join(directory, 'xfce4', 'xfconf', 'xfconfd'))
@@ -46,33 +47,92 @@ const themeConfiguration = `<?xml version="1.0" encoding="UTF-8"?>
 const isInstalled = (program) =>
   (process.env.PATH || '').split(':').some((directory) => fs.existsSync(path.join(directory, program)));
 
-/** Why there can be no panel here; undefined when there can. */
-function whyNoPanel() {
-  return xfconfd && isInstalled('xfce4-panel') ? undefined : 'xfce4-panel is not installed';
-}
+const execute = promisify(execFile);
 
-/**
- * Starts a panel on the display and the bus of `environment`, with its files in `directory`. It announces itself on the
- * bus as org.kde.StatusNotifierWatcher a little later.
- * @returns {() => Promise<void>} Ends it.
- */
-function startPanel(directory, { environment = process.env, applicationName = 'TessaroHost' } = {}) {
-  const channels = path.join(directory, 'xfce4', 'xfconf', 'xfce-perchannel-xml');
-  fs.mkdirSync(channels, { recursive: true });
-  fs.writeFileSync(path.join(channels, 'xfce4-panel.xml'), panelConfiguration(applicationName));
-  fs.writeFileSync(path.join(channels, 'xsettings.xml'), themeConfiguration);
+const output = (environment, program, ...args) =>
+  execute(program, args.map(String), { env: environment }).then(
+    ({ stdout }) => stdout,
+    () => '',
+  );
 
-  const env = { ...environment, XDG_CONFIG_HOME: directory, GSETTINGS_BACKEND: 'memory', NO_AT_BRIDGE: '1' };
-  const children = [
-    [xfconfd, []],
-    ['xfce4-panel', ['--disable-wm-check']],
-  ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
-  const ended = children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
-  return async () => {
+// GTK's default theme: the margin of a menu, and the heights of its rows.
+const margin = 4;
+const rowHeight = 25;
+const separatorHeight = 1;
+
+/** A panel that is running, and what a person does with the one item in its tray. */
+class Panel {
+  #environment;
+  #children;
+  #ended;
+
+  /**
+   * Starts a panel on the display and the bus of `environment`, with its files in `directory`. It announces itself on
+   * the bus as org.kde.StatusNotifierWatcher a little later.
+   */
+  constructor(directory, { environment = process.env, applicationName = 'TessaroHost' } = {}) {
+    this.#environment = environment;
+    const channels = path.join(directory, 'xfce4', 'xfconf', 'xfce-perchannel-xml');
+    fs.mkdirSync(channels, { recursive: true });
+    fs.writeFileSync(path.join(channels, 'xfce4-panel.xml'), panelConfiguration(applicationName));
+    fs.writeFileSync(path.join(channels, 'xsettings.xml'), themeConfiguration);
+
+    const env = { ...environment, XDG_CONFIG_HOME: directory, GSETTINGS_BACKEND: 'memory', NO_AT_BRIDGE: '1' };
+    this.#children = [
+      [xfconfd, []],
+      ['xfce4-panel', ['--disable-wm-check']],
+    ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
+    this.#ended = this.#children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
+  }
+
+  /** Why there can be none; undefined when there can. */
+  static whyNot() {
+    return xfconfd && isInstalled('xfce4-panel') ? undefined : 'xfce4-panel is not installed';
+  }
+
+  async stop() {
     // The panel's plug-ins are processes of its group.
-    for (const child of children) process.kill(-child.pid, 'SIGKILL');
-    await Promise.all(ended);
-  };
+    for (const child of this.#children) process.kill(-child.pid, 'SIGKILL');
+    await Promise.all(this.#ended);
+  }
+
+  /** Where the item's icon is, as xdotool tells it; undefined when there is none. */
+  async icon() {
+    return (await this.#places()).find(({ HEIGHT }) => HEIGHT > 10 && HEIGHT < 60);
+  }
+
+  /** Where the menu is while it is open. */
+  async menu() {
+    return (await this.#places()).find(({ HEIGHT }) => HEIGHT >= 60);
+  }
+
+  async clickIcon() {
+    const { X, Y, WIDTH, HEIGHT } = await this.icon();
+    await this.#click(X + (WIDTH >> 1), Y + (HEIGHT >> 1));
+  }
+
+  /** Clicks the row of the open menu that `above` are above of: for each, whether it is a separator. */
+  async clickRow(above) {
+    const { X, Y } = await this.menu();
+    const top = above.reduce((sum, isSeparator) => sum + (isSeparator ? separatorHeight : rowHeight), margin);
+    await this.#click(X + 60, Y + top + (rowHeight >> 1));
+  }
+
+  // A menu takes a click only from a pointer that has rested on it.
+  #click(x, y) {
+    return output(this.#environment, 'xdotool', 'mousemove', '--sync', x, y, 'sleep', '0.1', 'click', '1');
+  }
+
+  /** The windows of the tray, which is a process of its own. */
+  async #places() {
+    const windows = await output(this.#environment, 'xdotool', 'search', '--onlyvisible', '--class', 'wrapper-2.0');
+    return Promise.all(windows.split('\n').filter(Boolean).map((window) => this.#place(window)));
+  }
+
+  async #place(window) {
+    const lines = (await output(this.#environment, 'xdotool', 'getwindowgeometry', '--shell', window)).split('\n');
+    return Object.fromEntries(lines.map((line) => line.split('=')).map(([name, value]) => [name, Number(value)]));
+  }
 }
 
-module.exports = { startPanel, whyNoPanel };
+module.exports = Panel;

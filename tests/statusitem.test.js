@@ -96,7 +96,7 @@ test('do-not-disturb hides messages and counts, and disables the getting of mail
   const { whole, short } = await inSession(
     t,
     `describe({ translations, accounts: [account(1, { count: 3, messages: 3 }), account(2, { signIn: true })] });
-     statusItem.setDefault('DoNotDisturb', true);
+     host.setDefault('DoNotDisturb', true);
      print({ whole: full(), short: compact() });`,
   );
   assert.deepStrictEqual(titles(whole), [...commands, '-', 'Account 1', '-', 'Account 2', 'Sign In…']);
@@ -253,11 +253,11 @@ test('the item is there while there are accounts and the defaults allow it', asy
      accounts(1); note();
      accounts(2); note();
      // The controller compares with what the defaults said when they changed last.
-     statusItem.setDefault('Other', true);
-     statusItem.setDefault('DisplayStatusItem', false); note();
+     host.setDefault('Other', true);
+     host.setDefault('DisplayStatusItem', false); note();
      accounts(3); note();
-     statusItem.setDefault('DisplayStatusItem', true); note();
-     statusItem.setDefault('DisplayStatusItem', null); note();
+     host.setDefault('DisplayStatusItem', true); note();
+     host.setDefault('DisplayStatusItem', null); note();
      accounts(-1); note();
      accounts(1); accounts('x'); note();
      host.postNotification('TsNumberOfAccountsChanged', null, null); note();
@@ -278,8 +278,8 @@ test('icon, title and width follow what script says', async (t) => {
      m.setStatusItemTitle('', false); note('read');
      m.setStatusItemTitle(null, true); note('error');
      m.setStatusItemTitle('3', true); note('error and unread');
-     statusItem.setDefault('DoNotDisturb', true); note('do not disturb');
-     statusItem.setDefault('DoNotDisturb', false); note('disturb');
+     host.setDefault('DoNotDisturb', true); note('do not disturb');
+     host.setDefault('DoNotDisturb', false); note('disturb');
      m.setStatusItemTitle(null, null); note('nothing');
      print({ states, widths });`,
   );

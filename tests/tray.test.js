@@ -17,7 +17,7 @@ const prelude = `
   const fs = require('fs');
   const { promisify } = require('util');
   const host = require('./host');
-  const { startPanel } = require('./host/panel');
+  const Panel = require('./host/panel');
   const { translations, account, message } = require('./tests/support/accountMenu');
   const { eventually } = require('./tests/support/child');
   host.start();
@@ -108,11 +108,11 @@ test('a program on the bus reads the menu: titles, marks, images, what is enable
   const { rows, asked } = await inSession(
     t,
     `scenario(async () => {
-       statusItem.setDefault('DoNotDisturb', true);
+       host.setDefault('DoNotDisturb', true);
        contents.accounts = [account(1, { count: 3, label: 'A_b' }), account(2, { signIn: true })];
        showItem();
        const disturbed = await layout();
-       statusItem.setDefault('DoNotDisturb', false);
+       host.setDefault('DoNotDisturb', false);
        contents.accounts[0] = account(1, { count: 3, label: 'A_b', messages: 1 });
        await call('AboutToShow', 'i', 0);
        return { rows: [disturbed.rows, (await layout()).rows], asked };
@@ -197,7 +197,7 @@ test('a mark that comes and goes is told without a new layout', async (t) => {
        showItem();
        const { rows } = await layout();
        const { seen, stop } = await watchSignals();
-       for (const value of [true, false]) { statusItem.setDefault('DoNotDisturb', value); await call('AboutToShow', 'i', 0); }
+       for (const value of [true, false]) { host.setDefault('DoNotDisturb', value); await call('AboutToShow', 'i', 0); }
        const told = () => seen.filter(([name]) => name === 'ItemsPropertiesUpdated').map(([, data]) => data);
        await eventually(() => told().length === 2, 'the signals');
        stop();
@@ -231,7 +231,7 @@ test('choosing rows over the bus', async (t) => {
   const { received, errors } = await inSession(
     t,
     `scenario(async () => {
-       statusItem.setDefault('DoNotDisturb', false);
+       host.setDefault('DoNotDisturb', false);
        contents.accounts = [account('a b', { messages: 1 }), account(2, { signIn: true })];
        showItem();
        const { rows } = await layout();
@@ -241,7 +241,7 @@ test('choosing rows over the bus', async (t) => {
        await event(0, 'clicked');
        await event(4711, 'clicked');
        await call('EventGroup', 'a(isvu)', 2, rows[2].id, 'clicked', 's', '', 0, 4712, 'clicked', 's', '', 0).then(([unknown]) => errors.push(unknown));
-       statusItem.setDefault('DoNotDisturb', true);
+       host.setDefault('DoNotDisturb', true);
        await call('AboutToShow', 'i', 0);
        await event(rows[0].id, 'clicked');
        await event(rows[5].id, 'clicked');
@@ -284,14 +284,14 @@ test('the item appears in a tray that starts later, or again, and leaves it', as
     `scenario(async () => {
        showItem();
        const before = await trayItems();
-       let stop = startPanel(${JSON.stringify(directory)});
+       let panel = new Panel(${JSON.stringify(directory)});
        await eventually(inTray, 'the item in the tray');
-       await stop();
-       stop = startPanel(${JSON.stringify(directory)});
+       await panel.stop();
+       panel = new Panel(${JSON.stringify(directory)});
        await eventually(inTray, 'the item in the tray that has come back');
        showItem(0);
        await eventually(async () => !(await inTray()), 'the item to leave');
-       await stop();
+       await panel.stop();
        return { before };
      });`,
   );
@@ -302,40 +302,24 @@ test('a person opens the menu in the tray and chooses rows', async (t) => {
   const directory = temporaryDirectory(t);
   const { received, asked } = await inSession(
     t,
-    `const windows = async (name) => (await run('sh', '-c', 'xdotool search --onlyvisible --class ' + name + ' || true')).split('\\n').filter(Boolean);
-     const geometry = async (window) => Object.fromEntries((await run('xdotool', 'getwindowgeometry', '--shell', window)).split('\\n').filter(Boolean).map((line) => [line.split('=')[0], Number(line.split('=')[1])]));
-     // The tray runs in a process of its own, with one window in the panel and one for the menu.
-     const findMenu = async () => {
-       for (const window of await windows('wrapper-2.0')) {
-         const place = await geometry(window).catch(() => undefined);
-         if (place && place.HEIGHT > 60) return place;
-       }
-       return undefined;
-     };
-     // The rows of GTK's default theme: 25 pixels, separators 1, a margin of 4.
-     const middle = (rows, index) => 4 + rows.slice(0, index).reduce((sum, { type }) => sum + (type ? 1 : 25), 0) + 12;
-     scenario(async () => {
+    `scenario(async () => {
        contents.accounts = [account(1, { count: 3, messages: 2 }), account(2, { signIn: true })];
        showItem();
        m.setStatusItemTitle('3', false);
-       const stop = startPanel(${JSON.stringify(directory)});
+       const panel = new Panel(${JSON.stringify(directory)});
        await eventually(inTray, 'the item in the tray');
-       const [panel] = await eventually(async () => { const found = await windows('xfce4-panel'); return found.length > 0 && found; }, 'the panel');
-       const { X, Y, HEIGHT } = await geometry(panel);
-       const openMenu = () => eventually(async () => {
-         await run('xdotool', 'mousemove', String(X + 17), String(Y + (HEIGHT >> 1)), 'click', '1');
-         return eventually(findMenu, 'the menu', 1000).catch(() => false);
-       }, 'the menu');
+       await eventually(() => panel.icon(), 'the icon');
        const { rows } = await layout();
        asked.length = 0;
        for (const index of [0, 1, 2, 4, 5, rows.length - 1]) {
          const count = notifications.length;
-         const menu = await openMenu();
-         await run('xdotool', 'mousemove', '--sync', String(menu.X + 60), String(menu.Y + middle(rows, index)), 'sleep', '0.1', 'click', '1');
+         await panel.clickIcon();
+         await eventually(() => panel.menu(), 'the menu');
+         await panel.clickRow(rows.slice(0, index).map(({ type }) => type === 'separator'));
          await eventually(() => notifications.length > count, 'the choice of row ' + index);
-         await eventually(async () => !(await findMenu()), 'the menu to close');
+         await eventually(async () => !(await panel.menu()), 'the menu to close');
        }
-       await stop();
+       await panel.stop();
        return { received: notifications, asked: asked.length };
      });`,
   );

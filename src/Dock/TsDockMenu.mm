@@ -2,8 +2,11 @@
 
 #import <objc/runtime.h>
 
+#include "Platform/DockMenu.h"
 #import "StatusItem/TsStatusItemController.h"
 #include "Utilities/TsLog.h"
+
+namespace platform = tessaro::platform;
 
 namespace {
 
@@ -22,6 +25,12 @@ IMP Implementation(Function function) {
   return reinterpret_cast<IMP>(function);
 }
 
+// Replacing a method that is only inherited would change the superclass.
+void Replace(Class target, SEL selector, IMP implementation, const char* types) {
+  if (class_addMethod(target, selector, implementation, types)) return;
+  class_replaceMethod(target, selector, implementation, types);
+}
+
 }  // namespace
 
 void TsInstallDockMenuPatch() {
@@ -33,10 +42,10 @@ void TsInstallDockMenuPatch() {
                   kActionTypes);
   class_addMethod(delegateClass, @selector(ts_composeNewMessage:), Implementation(Action<TsComposeNewMessage>),
                   kActionTypes);
-  const IMP menu = Implementation(ApplicationDockMenu);
-  // Replacing a method that is only inherited would change the superclass.
-  if (class_addMethod(delegateClass, @selector(applicationDockMenu:), menu, kMenuTypes)) return;
-  class_replaceMethod(delegateClass, @selector(applicationDockMenu:), menu, kMenuTypes);
+  Replace(delegateClass, @selector(applicationDockMenu:), Implementation(ApplicationDockMenu), kMenuTypes);
+
+  platform::OfferDockMenu();
+  if (!platform::IsDockAvailable()) TsLogInfo(@"The Dock menu waits for a Dock: there is none yet");
 }
 
 NSMenu* TsDockMenu(id, id) {

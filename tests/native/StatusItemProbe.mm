@@ -204,17 +204,6 @@ void hasItem(ProbeArguments args) {
   args.GetReturnValue().Set([[TsStatusItemController sharedInstance] statusItem] != nil);
 }
 
-void setDefault(ProbeArguments args) {
-  @autoreleasepool {
-    NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
-    if (args[1]->IsBoolean()) {
-      [defaults setBool:args[1]->IsTrue() forKey:convertToNSString(args[0])];
-    } else {
-      [defaults removeObjectForKey:convertToNSString(args[0])];
-    }
-  }
-}
-
 }  // namespace
 
 void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
@@ -230,6 +219,5 @@ void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
   PROBE(perform);
   PROBE(performOnDelegate);
   PROBE(hasItem);
-  PROBE(setDefault);
 #undef PROBE
 }

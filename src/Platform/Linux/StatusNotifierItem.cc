@@ -2,9 +2,9 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <utility>
 
+#include "Platform/Linux/BusNames.h"
 #include "Platform/StatusBar.h"
 
 namespace tessaro::platform {
@@ -16,9 +16,6 @@ constexpr char kPath[] = "/StatusNotifierItem";
 constexpr char kMenuPath[] = "/StatusNotifierItem/Menu";
 constexpr char kWatcher[] = "org.kde.StatusNotifierWatcher";
 constexpr char kWatcherPath[] = "/StatusNotifierWatcher";
-constexpr char kBus[] = "org.freedesktop.DBus";
-constexpr char kBusPath[] = "/org/freedesktop/DBus";
-constexpr std::chrono::milliseconds kDeadline{300};
 
 using Picture = sdbus::Struct<std::int32_t, std::int32_t, std::vector<std::uint8_t>>;
 using Pictures = std::vector<Picture>;
@@ -74,22 +71,7 @@ void StatusNotifierItem::SetToolTip(std::string toolTip) {
   Emit("NewToolTip");
 }
 
-bool StatusNotifierItem::IsTrayRunning() noexcept {
-  auto* bus = SessionBus::Shared().Connection();
-  if (bus == nullptr) return false;
-  bool isRunning = false;
-  try {
-    sdbus::createProxy(*bus, kBus, kBusPath)
-        ->callMethod("NameHasOwner")
-        .onInterface(kBus)
-        .withTimeout(kDeadline)
-        .withArguments(std::string(kWatcher))
-        .storeResultsTo(isRunning);
-  } catch (const sdbus::Error&) {
-    return false;
-  }
-  return isRunning;
-}
+bool StatusNotifierItem::IsTrayRunning() noexcept { return HasOwner(kWatcher); }
 
 void StatusNotifierItem::Appear() noexcept {
   auto& bus = *SessionBus::Shared().Connection();
@@ -100,7 +82,8 @@ void StatusNotifierItem::Appear() noexcept {
     RegisterSignals();
     object_->finishRegistration();
     bus.requestName(busName_);
-    FollowWatcher(bus);
+    watcher_ = sdbus::createProxy(bus, kWatcher, kWatcherPath);
+    watcherOwner_ = WatchForOwner(bus, kWatcher, [this] { AnnounceToWatcher(); });
     AnnounceToWatcher();
   } catch (const sdbus::Error&) {
     Disappear();
@@ -152,18 +135,6 @@ void StatusNotifierItem::RegisterSignals() {
   object_->registerSignal("XAyatanaNewLabel")
       .onInterface(kInterface)
       .withParameters<std::string, std::string>("label", "guide");
-}
-
-void StatusNotifierItem::FollowWatcher(sdbus::IConnection& bus) {
-  watcher_ = sdbus::createProxy(bus, kWatcher, kWatcherPath);
-  const std::string rule = std::string("type='signal',sender='") + kBus + "',member='NameOwnerChanged',arg0='";
-  watcherOwner_ = bus.addMatch(rule + kWatcher + "'", [this](sdbus::Message& message) {
-    std::string name;
-    std::string oldOwner;
-    std::string newOwner;
-    message >> name >> oldOwner >> newOwner;
-    if (!newOwner.empty()) AnnounceToWatcher();
-  });
 }
 
 void StatusNotifierItem::AnnounceToWatcher() {

@@ -45,7 +45,6 @@ class StatusNotifierItem {
   void Disappear() noexcept;
   void RegisterProperties();
   void RegisterSignals();
-  void FollowWatcher(sdbus::IConnection& bus);
   void AnnounceToWatcher();
   void Emit(const char* signal) noexcept;
 

@@ -1,0 +1,13 @@
+#pragma once
+
+namespace tessaro::platform {
+
+// Lets the desktop show the menu that the application's delegate gives by applicationDockMenu:, wherever it shows the
+// application itself. The menu is asked for each time it is about to open. For the life of the process; main thread
+// only.
+void OfferDockMenu();
+
+// Whether the desktop has something that shows the menu at this moment. The answer may take some milliseconds.
+[[nodiscard]] bool IsDockAvailable();
+
+}  // namespace tessaro::platform
