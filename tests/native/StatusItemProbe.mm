@@ -10,6 +10,7 @@
 #include "Probe.h"
 #import "StatusItem/TsAccountStatusMenuItem.h"
 #import "StatusItem/TsStatusItemController.h"
+#include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 
@@ -107,18 +108,21 @@ void fill(ProbeArguments args) {
   }
 }
 
-// Nanoseconds that filling takes, without describing.
-void timeFill(ProbeArguments args) {
+// Nanoseconds that the steps of building the item's menu take: asking script, reading its JSON, making the menu.
+void timeRebuild(ProbeArguments args) {
   @autoreleasepool {
-    auto menu = Adopt([[NSMenu alloc] init]);
-    NSDictionary* contents = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
     TsStatusItemController* controller = [TsStatusItemController sharedInstance];
+    const std::uint64_t start = uv_hrtime();
+    NSString* json = TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.CallForString({@"status-item", true});
+    const std::uint64_t asked = uv_hrtime();
+    NSDictionary* contents = TsConvertFromJSONString(json, nullptr);
+    const std::uint64_t read = uv_hrtime();
     const TsStatusMenuSource script = [controller menuNeedsUpdateCallback];
     [controller setMenuNeedsUpdateCallback:[contents](NSString*, bool) { return contents; }];
-    const std::uint64_t start = uv_hrtime();
-    [controller menuNeedsUpdate:menu type:@"status-item" includeMessage:YES];
-    args.GetReturnValue().Set(static_cast<double>(uv_hrtime() - start));
+    [controller menuNeedsUpdate:[[controller statusItem] menu] type:@"status-item" includeMessage:YES];
+    const std::uint64_t built = uv_hrtime();
     [controller setMenuNeedsUpdateCallback:script];
+    ReturnJSON(args, @[ @(double(asked - start)), @(double(read - asked)), @(double(built - read)) ]);
   }
 }
 
@@ -209,7 +213,7 @@ void hasItem(ProbeArguments args) {
 void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
 #define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(fill);
-  PROBE(timeFill);
+  PROBE(timeRebuild);
   PROBE(state);
   PROBE(titleWidth);
   PROBE(badge);
