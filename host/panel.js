@@ -126,7 +126,12 @@ class Panel {
   /** The windows of the tray, which is a process of its own. */
   async #places() {
     const windows = await output(this.#environment, 'xdotool', 'search', '--onlyvisible', '--class', 'wrapper-2.0');
-    return Promise.all(windows.split('\n').filter(Boolean).map((window) => this.#place(window)));
+    return Promise.all(
+      windows
+        .split('\n')
+        .filter(Boolean)
+        .map((window) => this.#place(window)),
+    );
   }
 
   async #place(window) {

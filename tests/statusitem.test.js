@@ -49,7 +49,13 @@ test('the full form has the commands, then each account with its messages', asyn
   const rows = items.filter((item) => !item.separator);
   assert.ok(rows.every(({ key, isControllers, isEnabled, isOn }) => key === '' && isControllers && isEnabled && !isOn));
   assert.deepStrictEqual(
-    rows.map(({ class: name, action, represented, toolTip, fontSize }) => [name, action, represented, toolTip, fontSize]),
+    rows.map(({ class: name, action, represented, toolTip, fontSize }) => [
+      name,
+      action,
+      represented,
+      toolTip,
+      fontSize,
+    ]),
     [
       ['NSMenuItem', 'checkForNewMessages:', null, null, 0],
       ['NSMenuItem', 'toggleDoNotDisturb:', null, null, 0],
@@ -76,7 +82,13 @@ test('the compact form has one row an account, and the Dock shows it', async (t)
      m.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => { asked.push(args); return JSON.stringify(menu); });
      print({ items: compact(), dock: JSON.parse(statusItem.dockMenu()), asked });`,
   );
-  assert.deepStrictEqual(titles(items), [...commands, '-', 'Open Account 1 (3)', 'Open Account 2', 'Sign in to Account 3']);
+  assert.deepStrictEqual(titles(items), [
+    ...commands,
+    '-',
+    'Open Account 1 (3)',
+    'Open Account 2',
+    'Sign in to Account 3',
+  ]);
   assert.deepStrictEqual(
     items.slice(4).map(({ action, represented, count, isInError }) => [action, represented, count, isInError]),
     [
@@ -103,11 +115,14 @@ test('do-not-disturb hides messages and counts, and disables the getting of mail
   assert.deepStrictEqual(titles(short).slice(4), ['Open Account 1', 'Sign in to Account 2']);
   assert.strictEqual(short[4].count, 3);
   for (const items of [whole, short]) {
-    assert.deepStrictEqual(items.slice(0, 3).map(({ isEnabled, isOn }) => [isEnabled, isOn]), [
-      [false, false],
-      [true, true],
-      [true, false],
-    ]);
+    assert.deepStrictEqual(
+      items.slice(0, 3).map(({ isEnabled, isOn }) => [isEnabled, isOn]),
+      [
+        [false, false],
+        [true, true],
+        [true, false],
+      ],
+    );
   }
 });
 
@@ -137,7 +152,18 @@ const oddMenus = {
     [''],
   ],
   'values of other types': [
-    { accounts: [{ id: {}, label: 5, 'unread-counter-value': 'x', 'hex-color': 3, 'requires-oauth?': 'yes', 'unread-messages': 'x' }] },
+    {
+      accounts: [
+        {
+          id: {},
+          label: 5,
+          'unread-counter-value': 'x',
+          'hex-color': 3,
+          'requires-oauth?': 'yes',
+          'unread-messages': 'x',
+        },
+      ],
+    },
     ['-', ''],
     [''],
   ],
@@ -155,7 +181,10 @@ const oddMenus = {
 
 for (const [what, [menu, whole, short]] of Object.entries(oddMenus)) {
   test(`${what} of script’s making`, async (t) => {
-    const result = await inSession(t, `describe(${JSON.stringify(menu)}); print([full().slice(3), compact().slice(4)]);`);
+    const result = await inSession(
+      t,
+      `describe(${JSON.stringify(menu)}); print([full().slice(3), compact().slice(4)]);`,
+    );
     assert.deepStrictEqual(result.map(titles), [whole, short]);
   });
 }
@@ -191,11 +220,9 @@ test('a callback that throws: the exception reaches script, the menu has the com
 });
 
 test('titles of commands are looked up in the main bundle', async (t) => {
-  const german = await evaluate(
-    t,
-    `${prelude} describe({ translations }); print(full());`,
-    { env: { ...session.env, LANGUAGE: 'de', LANG: 'de_DE.UTF-8' } },
-  );
+  const german = await evaluate(t, `${prelude} describe({ translations }); print(full());`, {
+    env: { ...session.env, LANGUAGE: 'de', LANG: 'de_DE.UTF-8' },
+  });
   assert.deepStrictEqual(titles(german), ['Neue E-Mails abrufen', 'Nicht stören', 'Neue Nachricht']);
 });
 
@@ -214,8 +241,18 @@ test('a badge shows counts from 1 to 99, an exclamation mark for an error, and e
 });
 
 test('colours are six hexadecimal digits, and black where they are none', async (t) => {
-  const cases = { '4F8CF8': '4F8CF8', ff0000: 'FF0000', '': '000000', 'no colour': '000000', '12': '000012', '#00FF00': '000000' };
-  const result = await inSession(t, `print(${JSON.stringify(Object.keys(cases))}.map((text) => JSON.parse(statusItem.hexColor(text))[0]));`);
+  const cases = {
+    '4F8CF8': '4F8CF8',
+    ff0000: 'FF0000',
+    '': '000000',
+    'no colour': '000000',
+    12: '000012',
+    '#00FF00': '000000',
+  };
+  const result = await inSession(
+    t,
+    `print(${JSON.stringify(Object.keys(cases))}.map((text) => JSON.parse(statusItem.hexColor(text))[0]));`,
+  );
   assert.deepStrictEqual(Object.fromEntries(Object.keys(cases).map((text, index) => [text, result[index]])), cases);
 });
 
@@ -239,7 +276,10 @@ test('formats from outside are filled in, or left alone when they ask for other 
     t,
     `print(${JSON.stringify(cases.map(([args]) => args))}.map((args) => JSON.parse(statusItem.format(...args))[0]));`,
   );
-  assert.deepStrictEqual(result, cases.map(([, expected]) => expected));
+  assert.deepStrictEqual(
+    result,
+    cases.map(([, expected]) => expected),
+  );
 });
 
 test('the item is there while there are accounts and the defaults allow it', async (t) => {
@@ -284,9 +324,15 @@ test('icon, title and width follow what script says', async (t) => {
      print({ states, widths });`,
   );
   const width = widths['3'];
-  const main = (colors) => Object.entries(colors).filter(([name]) => name !== 'clear').sort((a, b) => b[1] - a[1])[0][0];
+  const main = (colors) =>
+    Object.entries(colors)
+      .filter(([name]) => name !== 'clear')
+      .sort((a, b) => b[1] - a[1])[0][0];
   const seen = Object.fromEntries(
-    Object.entries(states).map(([name, { title, length, image }]) => [name, [title, length, main(image.colors), image.isTemplate]]),
+    Object.entries(states).map(([name, { title, length, image }]) => [
+      name,
+      [title, length, main(image.colors), image.isTemplate],
+    ]),
   );
   assert.deepStrictEqual(seen, {
     'at first': [null, 29, '000000', true],
@@ -347,5 +393,8 @@ test('without a window server there is no item, and the log says so', async (t) 
      flushLog();
      console.log(JSON.stringify({ log: capturedLog().map(({ text }) => text), shown: statusItem.hasItem() }));`,
   );
-  assert.deepStrictEqual([[...new Set(log)], shown], [['The status item needs a window server, and there is none'], false]);
+  assert.deepStrictEqual(
+    [[...new Set(log)], shown],
+    [['The status item needs a window server, and there is none'], false],
+  );
 });

@@ -99,7 +99,14 @@ test('a program on the bus reads the item', async (t) => {
   });
   assert.deepStrictEqual([width, height, argb.length], [22, 22, 22 * 22 * 4]);
   const pixel = (x, y, pixels = argb) => pixels.slice((y * width + x) * 4, (y * width + x) * 4 + 4);
-  assert.deepStrictEqual([pixel(0, 0), pixel(11, 15)], [[0, 0, 0, 0], [255, 0x4f, 0x8c, 0xf8]], names);
+  assert.deepStrictEqual(
+    [pixel(0, 0), pixel(11, 15)],
+    [
+      [0, 0, 0, 0],
+      [255, 0x4f, 0x8c, 0xf8],
+    ],
+    names,
+  );
   assert.deepStrictEqual([error.label, error.toolTip[2]], ['', 'TessaroHost']);
   assert.notDeepStrictEqual(error.icon[0][2], argb);
 });
@@ -187,7 +194,13 @@ test('rows keep their numbers when the menu is built anew, and only what has cha
   );
   const [[[updated], removed]] = [seen[0][1]];
   assert.deepStrictEqual([updated[0], updated[1].label.data, removed], [account1, 'Renamed', []]);
-  assert.deepStrictEqual([seen[1][1], seen[2][1]], [[2, 0], [3, 0]]);
+  assert.deepStrictEqual(
+    [seen[1][1], seen[2][1]],
+    [
+      [2, 0],
+      [3, 0],
+    ],
+  );
 });
 
 test('a mark that comes and goes is told without a new layout', async (t) => {
@@ -379,4 +392,3 @@ test('without a bus the item exists, and nothing else happens', async (t) => {
     [true, '3', ['The status item waits for a status bar: there is none yet']],
   );
 });
-

@@ -6,8 +6,8 @@ namespace {
 
 // Asked for again and again, the font would cost more than all the rest of a row.
 NSDictionary* SmallType() {
-  static auto& attributes = *new Ref<NSDictionary>(
-      Retain(@{NSFontAttributeName : [NSFont menuBarFontOfSize:[NSFont smallSystemFontSize]]}));
+  static auto& attributes =
+      *new Ref<NSDictionary>(Retain(@{NSFontAttributeName : [NSFont menuBarFontOfSize:[NSFont smallSystemFontSize]]}));
   return attributes;
 }
 

@@ -118,8 +118,8 @@ void StatusMenuBuilder::AddFullAccount(const Account& account, bool doNotDisturb
 
 void StatusMenuBuilder::AddMessage(NSDictionary* message) const {
   if (message == nil) return;
-  NSString* title = [NSString stringWithFormat:@"%@ - %@", Value<NSString>(message, @"from-line"),
-                                               Value<NSString>(message, @"subject")];
+  NSString* title = [NSString
+      stringWithFormat:@"%@ - %@", Value<NSString>(message, @"from-line"), Value<NSString>(message, @"subject")];
   auto item = Adopt([[TsStatusItemMessageMenuItem alloc] initWithTitle:title
                                                                 action:@selector(openMessage:)
                                                          keyEquivalent:@""]);

@@ -62,10 +62,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
              selector:@selector(preferenceDidChange:)
                  name:NSUserDefaultsDidChangeNotification
                object:nil];
-  [center addObserver:self
-             selector:@selector(numberOfAccountsChanged:)
-                 name:@"TsNumberOfAccountsChanged"
-               object:nil];
+  [center addObserver:self selector:@selector(numberOfAccountsChanged:) name:@"TsNumberOfAccountsChanged" object:nil];
   return self;
 }
 

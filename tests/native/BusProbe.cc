@@ -83,8 +83,8 @@ void setPortalScheme(Arguments args) {
   portal.Set(args[0]->Uint32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0));
 }
 
-// Asks the status item's menu as a tray does, over the bus: callMenu(method, row, function). The function is called when
-// the answer has come, which is not read.
+// Asks the status item's menu as a tray does, over the bus: callMenu(method, row, function). The function is called
+// when the answer has come, which is not read.
 void callMenu(Arguments args) {
   static std::unique_ptr<sdbus::IProxy> menu;
   auto* bus = platform::SessionBus::Shared().Connection();

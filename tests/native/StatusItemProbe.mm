@@ -34,8 +34,7 @@ Ref<NSBitmapImageRep> Pixels(NSImage* image) {
   auto canvas = Adopt([[NSImage alloc] initWithSize:size]);
   [canvas lockFocus];
   [image drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
-  auto pixels =
-      Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
+  auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
   [canvas unlockFocus];
   return pixels;
 }
@@ -78,7 +77,8 @@ NSDictionary* DescribeItem(NSMenuItem* item) {
     @"isControllers" : Truth([item target] == [TsStatusItemController sharedInstance]),
     @"represented" : OrNull([item representedObject]),
     @"toolTip" : OrNull([item toolTip]),
-    @"fontSize" : @([[[item attributedTitle] attribute:NSFontAttributeName atIndex:0 effectiveRange:nullptr] pointSize]),
+    @"fontSize" : @([[[item attributedTitle] attribute:NSFontAttributeName atIndex:0
+                                        effectiveRange:nullptr] pointSize]),
   }];
   if ([item isKindOfClass:[TsAccountStatusMenuItem class]]) {
     auto* account = static_cast<TsAccountStatusMenuItem*>(item);
@@ -130,15 +130,16 @@ void state(ProbeArguments args) {
   @autoreleasepool {
     TsStatusItemController* controller = [TsStatusItemController sharedInstance];
     NSStatusItem* item = [controller statusItem];
-    ReturnJSON(args, @{
-      @"hasErrors" : Truth([controller hasErrors]),
-      @"numberOfAccounts" : @([controller numberOfAccounts]),
-      @"isShown" : Truth(item != nil),
-      @"title" : OrNull([item title]),
-      @"length" : @([item length]),
-      @"image" : OrNull(DescribeImage([item image])),
-      @"menuItems" : @([[item menu] numberOfItems]),
-    });
+    ReturnJSON(
+        args, @{
+          @"hasErrors" : Truth([controller hasErrors]),
+          @"numberOfAccounts" : @([controller numberOfAccounts]),
+          @"isShown" : Truth(item != nil),
+          @"title" : OrNull([item title]),
+          @"length" : @([item length]),
+          @"image" : OrNull(DescribeImage([item image])),
+          @"menuItems" : @([[item menu] numberOfItems]),
+        });
   }
 }
 

@@ -202,16 +202,17 @@ void MenuService::Register() {
         static_cast<void>(Entry(id));
         Event(id, event);
       });
-  object_->registerMethod("EventGroup").onInterface(kInterface).implementedAs([this](
-                                                                                  const std::vector<MenuEvent>& all) {
-    Ids unknown;
-    for (const MenuEvent& event : all) {
-      const std::int32_t id = std::get<0>(event);
-      if (model_.Find(id) == nullptr) unknown.push_back(id);
-      Event(id, std::get<1>(event));
-    }
-    return unknown;
-  });
+  object_->registerMethod("EventGroup")
+      .onInterface(kInterface)
+      .implementedAs([this](const std::vector<MenuEvent>& all) {
+        Ids unknown;
+        for (const MenuEvent& event : all) {
+          const std::int32_t id = std::get<0>(event);
+          if (model_.Find(id) == nullptr) unknown.push_back(id);
+          Event(id, std::get<1>(event));
+        }
+        return unknown;
+      });
   object_->registerMethod("AboutToShow").onInterface(kInterface).implementedAs([this](std::int32_t id) {
     return AboutToShow(id);
   });
