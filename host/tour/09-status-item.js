@@ -3,6 +3,7 @@
 const { once } = require('events');
 const path = require('path');
 
+const Launcher = require('../launcher');
 const Panel = require('../panel');
 const { ok, notOffered, failed } = require('./rows');
 
@@ -127,9 +128,24 @@ async function useTray(stage, panel) {
   return [row, ...(await useMenu(stage, panel))];
 }
 
-function dockMenu(host) {
+const titlesOf = (host) => {
   const titles = host.dockMenu().map(({ title }) => title ?? '–');
-  return ok('Dock menu', titles.slice(titles.indexOf('–') + 1).join(', '));
+  return titles.slice(titles.indexOf('–') + 1).join(', ');
+};
+
+async function useDock(stage) {
+  const reason = isOwnSession() ? Launcher.whyNot() : 'on your desktop it is where your launcher shows it';
+  if (reason !== undefined) return notOffered('Dock menu', `${reason}; it has: ${titlesOf(stage.host)}`);
+  const launcher = new Launcher(path.join(process.env.TESSARO_SESSION, 'launcher'));
+  await stage.until(() => launcher.countWindows());
+  const isOpen = () => launcher.countWindows().then((count) => count > 1);
+  const opened = await stage.until(async () => {
+    await launcher.openMenu();
+    return stage.until(isOpen, 1000);
+  }, 15000);
+  const picture = await stage.screenshot('dock');
+  await launcher.stop();
+  return opened ? ok('Dock menu', `${titlesOf(stage.host)}, ${picture}`) : failed('Dock menu', 'it does not open');
 }
 
 exports.run = async (stage) => {
@@ -140,5 +156,5 @@ exports.run = async (stage) => {
 
   const { panel, reason } = await provideTray(stage);
   const rows = reason === undefined ? await useTray(stage, panel) : [notOffered('Status item', reason)];
-  return [...rows, dockMenu(host)];
+  return [...rows, await useDock(stage)];
 };

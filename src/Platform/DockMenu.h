@@ -7,6 +7,10 @@ namespace tessaro::platform {
 // only.
 void OfferDockMenu();
 
+// Call it when the menu would be another one now: for launchers that read it once, and keep it. The menu is asked for
+// then too, on a later turn of the main loop, if one of them has read it.
+void DockMenuMayHaveChanged();
+
 // Whether the desktop has something that shows the menu at this moment. The answer may take some milliseconds.
 [[nodiscard]] bool IsDockAvailable();
 

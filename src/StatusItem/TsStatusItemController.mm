@@ -2,6 +2,7 @@
 
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
+#include "Platform/DockMenu.h"
 #include "Platform/StatusBar.h"
 #include "Platform/WindowServer.h"
 #include "StatusItem/StatusMenuBuilder.h"
@@ -163,6 +164,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
 // ---- The item
 
 - (void)updateStatusItemIcon {
+  platform::DockMenuMayHaveChanged();
   if (![self statusBarItemEnabled]) return [self removeStatusItem];
   if (!_statusItem && ![self createStatusItem]) return;
   if ([self doNotDisturbEnabled]) {

@@ -23,6 +23,15 @@ LauncherEntry::LauncherEntry(const std::string& desktopId, MenuService::Source m
       menuSource_(std::move(menu)),
       subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { Disappear(); }})) {}
 
+void LauncherEntry::RefreshMenu() noexcept {
+  if (!menu_) return;
+  try {
+    menu_->Refresh();
+  } catch (const sdbus::Error&) {
+    // The bus has just gone; the menu will be read anew when it is back.
+  }
+}
+
 bool LauncherEntry::IsLauncherRunning() noexcept { return HasOwner(kLauncher); }
 
 void LauncherEntry::Appear() noexcept {

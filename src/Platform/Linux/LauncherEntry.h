@@ -22,6 +22,9 @@ class LauncherEntry {
   LauncherEntry(const LauncherEntry&) = delete;
   LauncherEntry& operator=(const LauncherEntry&) = delete;
 
+  // The menu has changed.
+  void RefreshMenu() noexcept;
+
   [[nodiscard]] static bool IsLauncherRunning() noexcept;
 
  private:

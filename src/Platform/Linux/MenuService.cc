@@ -239,6 +239,10 @@ void MenuService::Register() {
   object_->finishRegistration();
 }
 
+void MenuService::Refresh() {
+  if (model_.revision() != 0) Rebuild();
+}
+
 bool MenuService::AboutToShow(std::int32_t id) {
   if (id != model_.root().id) return false;
   return Rebuild();

@@ -28,6 +28,9 @@ class MenuService {
   // Raises sdbus::Error. `source` must not destroy the service while it is called.
   MenuService(sdbus::IConnection& bus, const std::string& path, Source source);
 
+  // Builds the menu anew, if somebody has read it, and tells what has changed.
+  void Refresh();
+
  private:
   void Register();
   bool AboutToShow(std::int32_t id);

@@ -2,8 +2,11 @@
 
 #import <AppKit/AppKit.h>
 
+#include <memory>
+
 #include "Platform/Linux/Cocoa/MenuFeed.h"
 #include "Platform/Linux/LauncherEntry.h"
+#include "Platform/MainQueue.h"
 
 @interface NSObject (DockMenu)
 - (NSMenu*)applicationDockMenu:(NSApplication*)sender;
@@ -28,13 +31,31 @@ struct DockEntry {
 
   MenuFeed feed;
   LauncherEntry entry;
+  bool isRefreshDue = false;
 };
+
+// Once there is one, it is there until the process ends; the bus is closed before, and then nobody asks for the menu.
+DockEntry*& TheDockEntry() {
+  static DockEntry* entry = nullptr;
+  return entry;
+}
+
+void Refresh() {
+  TheDockEntry()->isRefreshDue = false;
+  TheDockEntry()->entry.RefreshMenu();
+}
 
 }  // namespace
 
 void OfferDockMenu() {
-  // The bus is closed before the process ends, and then nobody asks for the menu any more.
-  static auto& entry [[maybe_unused]] = *new DockEntry();
+  if (TheDockEntry() == nullptr) TheDockEntry() = std::make_unique<DockEntry>().release();
+}
+
+void DockMenuMayHaveChanged() {
+  DockEntry* dock = TheDockEntry();
+  if (dock == nullptr || dock->isRefreshDue) return;
+  dock->isRefreshDue = true;
+  MainQueue::Shared().Post(Refresh);
 }
 
 }  // namespace tessaro::platform
