@@ -16,6 +16,7 @@ Type=Application
 Name=TessaroHost
 Exec=true
 Icon=mail-unread
+StartupWMClass=TessaroHost
 `;
 
 class Launcher {
@@ -44,6 +45,8 @@ class Launcher {
     };
     this.#child = spawn('plank', [], { env, stdio: 'ignore', detached: true });
     this.#ended = new Promise((resolve) => this.#child.on('exit', resolve));
+    // Who forgets to end it can end nevertheless.
+    this.#child.unref();
   }
 
   /** Why there can be none; undefined when there can. */
@@ -57,15 +60,21 @@ class Launcher {
     await this.#ended;
   }
 
-  /** Opens the menu of the icon, which is in the middle of the screen's lower edge. */
+  /** Opens the menu of the icon, which is in the middle of the Dock. */
   async openMenu() {
-    const [width, height] = (await this.#xdotool('getdisplaygeometry')).split(' ').map(Number);
-    await this.#xdotool('mousemove', '--sync', width >> 1, height - 30, 'sleep', '0.3', 'click', 3);
+    const [dock] = await this.#windows();
+    const lines = (await this.#xdotool('getwindowgeometry', '--shell', dock)).split('\n').map((line) => line.split('='));
+    const { X, Y, WIDTH, HEIGHT } = Object.fromEntries(lines.map(([name, value]) => [name, Number(value)]));
+    await this.#xdotool('mousemove', '--sync', X + (WIDTH >> 1), Y + HEIGHT - 30, 'sleep', '0.3', 'click', 3);
   }
 
   /** How many windows it shows: the Dock itself, and a menu. */
   async countWindows() {
-    return (await this.#xdotool('search', '--onlyvisible', '--class', 'plank')).split('\n').filter(Boolean).length;
+    return (await this.#windows()).length;
+  }
+
+  async #windows() {
+    return (await this.#xdotool('search', '--onlyvisible', '--class', 'plank')).split('\n').filter(Boolean);
   }
 
   press(...keys) {

@@ -83,6 +83,8 @@ class Panel {
       ['xfce4-panel', ['--disable-wm-check']],
     ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
     this.#ended = this.#children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
+    // Who forgets to end it can end nevertheless.
+    for (const child of this.#children) child.unref();
   }
 
   /** Why there can be none; undefined when there can. */
