@@ -16,7 +16,7 @@ Type=Application
 Name=TessaroHost
 Exec=true
 Icon=mail-unread
-StartupWMClass=TessaroHost
+StartupWMClass=GNUstep
 `;
 
 class Launcher {
@@ -25,24 +25,19 @@ class Launcher {
   #ended;
 
   /**
-   * Starts it on the display and the bus of `environment`, with its files in `directory`. It announces itself on the
-   * bus as com.canonical.Unity a little later.
+   * Starts it on the display and the bus of `environment`, with its files in `directory` and in the home.
+   * It announces itself on the bus as com.canonical.Unity a little later.
    */
   constructor(directory, { environment = process.env } = {}) {
-    const entry = path.join(directory, 'data', 'applications', `${applicationId}.desktop`);
-    const item = path.join(directory, 'config', 'plank', 'dock1', 'launchers', `${applicationId}.dockitem`);
+    // Where the service that knows which window belongs to which application looks for it too.
+    const entry = path.join(environment.HOME, '.local', 'share', 'applications', `${applicationId}.desktop`);
+    const item = path.join(directory, 'plank', 'dock1', 'launchers', `${applicationId}.dockitem`);
     for (const file of [entry, item]) fs.mkdirSync(path.dirname(file), { recursive: true });
     fs.writeFileSync(entry, desktopEntry);
     fs.writeFileSync(item, `[PlankDockItemPreferences]\nLauncher=file://${entry}\n`);
 
     this.#environment = environment;
-    const env = {
-      ...environment,
-      XDG_DATA_HOME: path.join(directory, 'data'),
-      XDG_CONFIG_HOME: path.join(directory, 'config'),
-      GSETTINGS_BACKEND: 'memory',
-      NO_AT_BRIDGE: '1',
-    };
+    const env = { ...environment, XDG_CONFIG_HOME: directory, GSETTINGS_BACKEND: 'memory', NO_AT_BRIDGE: '1' };
     this.#child = spawn('plank', [], { env, stdio: 'ignore', detached: true });
     this.#ended = new Promise((resolve) => this.#child.on('exit', resolve));
     // Who forgets to end it can end nevertheless.
@@ -62,19 +57,28 @@ class Launcher {
 
   /** Opens the menu of the icon, which is in the middle of the Dock. */
   async openMenu() {
-    const [dock] = await this.#windows();
-    const lines = (await this.#xdotool('getwindowgeometry', '--shell', dock)).split('\n').map((line) => line.split('='));
-    const { X, Y, WIDTH, HEIGHT } = Object.fromEntries(lines.map(([name, value]) => [name, Number(value)]));
+    const [{ X, Y, WIDTH, HEIGHT }] = await this.#places();
     await this.#xdotool('mousemove', '--sync', X + (WIDTH >> 1), Y + HEIGHT - 30, 'sleep', '0.3', 'click', 3);
   }
 
-  /** How many windows it shows: the Dock itself, and a menu. */
-  async countWindows() {
-    return (await this.#windows()).length;
+  async isRunning() {
+    return (await this.#places()).length > 0;
   }
 
-  async #windows() {
-    return (await this.#xdotool('search', '--onlyvisible', '--class', 'plank')).split('\n').filter(Boolean);
+  async isMenuOpen() {
+    return (await this.#places()).length > 1;
+  }
+
+  /** The Dock itself and then its menu, but not the names that it shows of what the pointer is on. */
+  async #places() {
+    const windows = (await this.#xdotool('search', '--onlyvisible', '--class', 'plank')).split('\n').filter(Boolean);
+    const places = await Promise.all(windows.map((window) => this.#place(window)));
+    return places.filter(({ HEIGHT }) => HEIGHT >= 60);
+  }
+
+  async #place(window) {
+    const lines = (await this.#xdotool('getwindowgeometry', '--shell', window)).split('\n');
+    return Object.fromEntries(lines.map((line) => line.split('=')).map(([name, value]) => [name, Number(value)]));
   }
 
   press(...keys) {

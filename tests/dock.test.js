@@ -38,7 +38,7 @@ test('a launcher shows the menu, follows its changes and lets rows be chosen', a
        m.setStatusItemTitle('4', true);
        m.setStatusItemTitle('5', true);
        await eventually(() => asked.length === 2, 'the menu to be asked for again');
-       await eventually(async () => { await launcher.openMenu(); return eventually(async () => (await launcher.countWindows()) > 1, 'it', 1000).catch(() => false); }, 'the menu');
+       await eventually(async () => { await launcher.openMenu(); return eventually(() => launcher.isMenuOpen(), 'it', 1000).catch(() => false); }, 'the menu');
        const heard = once(host, 'notification', { signal: AbortSignal.timeout(10000) });
        await launcher.press('Up', 'Return');
        const [chosen] = await heard;

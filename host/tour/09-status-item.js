@@ -137,11 +137,10 @@ async function useDock(stage) {
   const reason = isOwnSession() ? Launcher.whyNot() : 'on your desktop it is where your launcher shows it';
   if (reason !== undefined) return notOffered('Dock menu', `${reason}; it has: ${titlesOf(stage.host)}`);
   const launcher = new Launcher(path.join(process.env.TESSARO_SESSION, 'launcher'));
-  await stage.until(() => launcher.countWindows());
-  const isOpen = () => launcher.countWindows().then((count) => count > 1);
+  await stage.until(() => launcher.isRunning());
   const opened = await stage.until(async () => {
     await launcher.openMenu();
-    return stage.until(isOpen, 1000);
+    return stage.until(() => launcher.isMenuOpen(), 1000);
   }, 15000);
   const picture = await stage.screenshot('dock');
   await launcher.stop();
