@@ -72,15 +72,17 @@ const prelude = `
 const inSession = (t, source, env = session.env) => evaluate(t, prelude + source, { env });
 
 test('a program on the bus reads the item', async (t) => {
-  const { names, read, error } = await inSession(
+  const { read, plain, error } = await inSession(
     t,
     `scenario(async () => {
        showItem();
        m.setStatusItemTitle('3', false);
        const read = {};
        for (const name of ['Category', 'Id', 'Title', 'Status', 'ItemIsMenu', 'Menu', 'IconName', 'IconPixmap', 'ToolTip', 'XAyatanaLabel', 'WindowId']) read[name] = await property(name);
+       m.setStatusItemTitle(null, false);
+       const plain = (await property('IconPixmap'))[0][2];
        m.setStatusItemTitle(null, true);
-       return { read, error: { icon: await property('IconPixmap'), label: await property('XAyatanaLabel'), toolTip: await property('ToolTip') } };
+       return { read, plain, error: { icon: await property('IconPixmap'), label: await property('XAyatanaLabel'), toolTip: await property('ToolTip') } };
      });`,
   );
   const [[width, height, argb]] = read.IconPixmap;
@@ -105,8 +107,11 @@ test('a program on the bus reads the item', async (t) => {
       [0, 0, 0, 0],
       [255, 0x4f, 0x8c, 0xf8],
     ],
-    names,
   );
+  // A template image: dark, in a light rim.
+  const [alphaOfRim, ...rim] = pixel(11, 3, plain);
+  assert.deepStrictEqual([pixel(11, 15, plain), rim], [[255, 38, 38, 38], [255, 255, 255]]);
+  assert.ok(alphaOfRim > 50, `${alphaOfRim}`);
   assert.deepStrictEqual([error.label, error.toolTip[2]], ['', 'TessaroHost']);
   assert.notDeepStrictEqual(error.icon[0][2], argb);
 });
