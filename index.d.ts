@@ -457,12 +457,15 @@ export function getTextReplacements(): JSONText | null;
 
 // ---- Status item
 
-/** _Not available yet._ */
+/** The text beside the status item's icon, usually the number of unread messages, and whether an account is in error. */
 export function setStatusItemTitle(title: string | null, isInError: boolean | null): void;
 
-/** Sets the function that describes the status item's menu, as JSON, each time it is about to open. */
+/**
+ * Sets the function that describes the account menu, as JSON, each time it is about to open: of the status item, with
+ * messages, or of the Dock, without. `docs/api.md` tells the keys.
+ */
 export function setStatusItemMenuNeedsUpdateCallbackFunction(
-  callback: (first: unknown, second: unknown) => JSONText,
+  callback: (type: 'status-item' | 'dock', includeMessages: boolean) => JSONText,
 ): void;
 
 // ---- Updates, crash events, migration

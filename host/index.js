@@ -78,6 +78,16 @@ class Host extends EventEmitter {
     return this.#addon.mainMenuDescription();
   }
 
+  /** The rows of the Dock's menu, made anew: {title, isOn, isEnabled}; a separator has none of them. */
+  dockMenu() {
+    return this.#addon.dockMenu();
+  }
+
+  /** Sets a user default of this application, or removes it where the value is null. */
+  setDefault(name, value) {
+    this.#addon.setDefault(name, value);
+  }
+
   /** The latest key presses: {characters, keyCode, modifiers, arrival (ns), serverTime (ms)}. */
   keyArrivals() {
     return this.#addon.keyArrivals();

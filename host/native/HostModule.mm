@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "native/AtomApplication.h"
+#include "native/DockMenu.h"
 #include "native/DraggedFiles.h"
 #include "native/FileDrag.h"
 #include "native/Host.h"
@@ -90,6 +91,18 @@ id KeyArrivals(Host&, const Arguments&) { return [static_cast<AtomApplication*>(
 
 id MainMenuDescription(Host&, const Arguments&) { return DescribeMenu([NSApp mainMenu]); }
 
+id DockMenu(Host&, const Arguments&) { return DescribeDockMenu(); }
+
+id SetDefault(Host&, const Arguments& arguments) {
+  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
+  if (id value = arguments[1]) {
+    [defaults setObject:value forKey:arguments[0]];
+  } else {
+    [defaults removeObjectForKey:arguments[0]];
+  }
+  return nil;
+}
+
 id PostNotification(Host&, const Arguments& arguments) {
   [[NSNotificationCenter defaultCenter] postNotificationName:arguments[0] object:arguments[1] userInfo:arguments[2]];
   return nil;
@@ -165,6 +178,8 @@ constexpr Entry kFunctions[] = {
     {"windowInfo", WindowInfo},
     {"keyArrivals", KeyArrivals},
     {"mainMenuDescription", MainMenuDescription},
+    {"dockMenu", DockMenu},
+    {"setDefault", SetDefault},
     {"postNotification", PostNotification},
     {"hasMethod", HasMethod},
     {"localized", Localized},

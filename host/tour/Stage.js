@@ -54,9 +54,12 @@ class Stage {
     return this.until(async () => Number(await countColours()) > 1);
   }
 
-  /** Takes a picture of the whole screen. Gives the file's name, or undefined when it can't be taken. */
-  async screenshot() {
-    const file = path.join(this.screenshots, `${this.scene}.png`);
+  /**
+   * Takes a picture of the whole screen; scenes with several of them name each. Gives the file's name, or undefined
+   * when it can't be taken.
+   */
+  async screenshot(detail) {
+    const file = path.join(this.screenshots, `${[this.scene, detail].filter(Boolean).join('-')}.png`);
     return (await this.run('import', '-window', 'root', file)) === undefined ? undefined : path.basename(file);
   }
 

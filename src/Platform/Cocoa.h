@@ -7,5 +7,8 @@
 #ifdef GNUSTEP
 #include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
 #include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
+
+#include "Platform/Linux/Cocoa/NSImage+Template.h"
+#include "Platform/Linux/Cocoa/NSMenu+Items.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #endif

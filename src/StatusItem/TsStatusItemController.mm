@@ -1,5 +1,271 @@
-#include "StatusItem/TsStatusItemController.h"
+#import "StatusItem/TsStatusItemController.h"
 
-void TsActivateStatusItem() {}
+#import "Extensions/NSColor+TsHex.h"
+#import "Extensions/NSImage+TsTint.h"
+#include "Platform/DockMenu.h"
+#include "Platform/StatusBar.h"
+#include "Platform/WindowServer.h"
+#include "StatusItem/StatusMenuBuilder.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
 
-void TsListenForStatusItemMenuNeedsUpdate() {}
+namespace platform = tessaro::platform;
+
+namespace {
+
+constexpr CGFloat kIconLength = 26;
+constexpr CGFloat kTitleMargin = 29;
+constexpr CGFloat kErrorTitleMargin = 35;
+
+NSString* const kDefaultIcon = @"SB_Default_Template";
+NSString* const kErrorIcon = @"SB_InError_Template";
+NSString* const kUnreadColor = @"4F8CF8";
+
+NSImage* Tinted(NSImage* image, NSColor* color) {
+  NSImage* tinted = [image ts_tintedImageWithColor:color];
+  // A template would be drawn in the menu bar's colour instead.
+  [tinted setTemplate:NO];
+  return tinted;
+}
+
+CGFloat TitleWidth(NSString* title) {
+  return [title sizeWithAttributes:@{NSFontAttributeName : [NSFont menuBarFontOfSize:0]}].width;
+}
+
+NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
+  const TsCallbackSlot& script = TsCallbackSlots::Shared().statusItemMenuNeedsUpdate;
+  if (!script.IsSet()) return @{};
+  NSString* json = script.CallForString({type, includesMessages});
+  NSError* error = nil;
+  id menu = TsConvertFromJSONString(json, &error);
+  if ([menu isKindOfClass:[NSDictionary class]]) return menu;
+  TsLogError(@"Couldn't update status item menu with %@ because of %@", json,
+             error != nil ? error : static_cast<id>(@"it is no object"));
+  return @{};
+}
+
+}  // namespace
+
+@implementation TsStatusItemController
+
++ (TsStatusItemController*)sharedInstance {
+  static auto& shared = *new Ref<TsStatusItemController>(Adopt([[TsStatusItemController alloc] init]));
+  return shared;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (self == nil) return nil;
+  _numberOfAccounts = -1;
+  NSNotificationCenter* center = [NSNotificationCenter defaultCenter];
+  [center addObserver:self
+             selector:@selector(preferenceDidChange:)
+                 name:NSUserDefaultsDidChangeNotification
+               object:nil];
+  [center addObserver:self selector:@selector(numberOfAccountsChanged:) name:@"TsNumberOfAccountsChanged" object:nil];
+  return self;
+}
+
+- (void)dealloc {
+  [[NSNotificationCenter defaultCenter] removeObserver:self];
+  [super dealloc];
+}
+
+// ---- Properties
+
+- (BOOL)hasErrors {
+  return _hasErrors;
+}
+
+- (void)setHasErrors:(BOOL)hasErrors {
+  if (hasErrors == _hasErrors) return;
+  _hasErrors = hasErrors;
+  [self updateStatusItemIcon];
+}
+
+- (BOOL)previousDoNotDisturbEnabled {
+  return _previousDoNotDisturbEnabled;
+}
+
+- (void)setPreviousDoNotDisturbEnabled:(BOOL)enabled {
+  _previousDoNotDisturbEnabled = enabled;
+}
+
+- (BOOL)previousStatusBarItemEnabled {
+  return _previousStatusBarItemEnabled;
+}
+
+- (void)setPreviousStatusBarItemEnabled:(BOOL)enabled {
+  _previousStatusBarItemEnabled = enabled;
+}
+
+- (NSStatusItem*)statusItem {
+  return _statusItem;
+}
+
+- (void)setStatusItem:(NSStatusItem*)statusItem {
+  _statusItem = Retain(statusItem);
+}
+
+- (NSString*)title {
+  return _title;
+}
+
+- (void)setTitle:(NSString*)title {
+  if (title != nil && [title isEqualToString:_title]) return;
+  _title = Retain(title);
+  [self updateStatusItemIcon];
+}
+
+- (TsStatusMenuSource)menuNeedsUpdateCallback {
+  return _menuNeedsUpdateCallback;
+}
+
+- (void)setMenuNeedsUpdateCallback:(TsStatusMenuSource)callback {
+  _menuNeedsUpdateCallback = std::move(callback);
+}
+
+- (NSInteger)numberOfAccounts {
+  return _numberOfAccounts;
+}
+
+- (void)setNumberOfAccounts:(NSInteger)numberOfAccounts {
+  _numberOfAccounts = numberOfAccounts;
+}
+
+// ---- What it follows
+
+- (BOOL)statusBarItemEnabled {
+  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
+  NSString* const key = @"DisplayStatusItem";
+  if ([defaults objectForKey:key] != nil && ![defaults boolForKey:key]) return NO;
+  return _numberOfAccounts > 0;
+}
+
+- (BOOL)doNotDisturbEnabled {
+  return [[NSUserDefaults standardUserDefaults] boolForKey:@"DoNotDisturb"];
+}
+
+- (void)preferenceDidChange:(NSNotification*)notification {
+  const BOOL isEnabled = [self statusBarItemEnabled];
+  const BOOL doNotDisturb = [self doNotDisturbEnabled];
+  if (isEnabled == _previousStatusBarItemEnabled && doNotDisturb == _previousDoNotDisturbEnabled) return;
+  _previousStatusBarItemEnabled = isEnabled;
+  _previousDoNotDisturbEnabled = doNotDisturb;
+  [self updateStatusItemIcon];
+}
+
+- (void)numberOfAccountsChanged:(NSNotification*)notification {
+  _numberOfAccounts = [[[notification userInfo] objectForKey:@"num-accounts"] integerValue];
+  [self updateStatusItemIcon];
+}
+
+// ---- The item
+
+- (void)updateStatusItemIcon {
+  platform::DockMenuMayHaveChanged();
+  if (![self statusBarItemEnabled]) return [self removeStatusItem];
+  if (!_statusItem && ![self createStatusItem]) return;
+  if ([self doNotDisturbEnabled]) {
+    [_statusItem setImage:Tinted([NSImage imageNamed:kDefaultIcon], [NSColor lightGrayColor])];
+    [_statusItem setLength:kIconLength];
+    [_statusItem setTitle:@""];
+    return;
+  }
+  [_statusItem setImage:[self icon]];
+  [_statusItem setLength:TitleWidth(_title) + (_hasErrors ? kErrorTitleMargin : kTitleMargin)];
+  [_statusItem setTitle:_title];
+}
+
+- (NSImage*)icon {
+  if (_hasErrors) return [NSImage imageNamed:kErrorIcon];
+  NSImage* icon = [NSImage imageNamed:kDefaultIcon];
+  return [_title length] > 0 ? Tinted(icon, [NSColor ts_colorWithHexColorString:kUnreadColor]) : icon;
+}
+
+- (BOOL)createStatusItem {
+  if (!platform::IsWindowServerAvailable()) {
+    TsLogWarning(@"The status item needs a window server, and there is none");
+    return NO;
+  }
+  if (!platform::IsStatusBarAvailable()) TsLogInfo(@"The status item waits for a status bar: there is none yet");
+  auto menu = Adopt([[NSMenu alloc] init]);
+  [menu setDelegate:static_cast<id>(self)];
+  _statusItem = Retain([[NSStatusBar systemStatusBar] statusItemWithLength:kIconLength]);
+  [_statusItem setHighlightMode:YES];
+  [_statusItem setMenu:menu];
+  return _statusItem.get() != nil;
+}
+
+- (void)removeStatusItem {
+  if (!_statusItem) return;
+  [[NSStatusBar systemStatusBar] removeStatusItem:_statusItem];
+  _statusItem = nullptr;
+}
+
+// ---- The menu
+
+- (void)menuNeedsUpdate:(NSMenu*)menu {
+  [self menuNeedsUpdate:menu type:@"status-item" includeMessage:YES];
+}
+
+- (void)menuNeedsUpdate:(NSMenu*)menu type:(NSString*)type includeMessage:(BOOL)includesMessages {
+  [menu removeAllItems];
+  if (!_menuNeedsUpdateCallback) return;
+  NSDictionary* contents = _menuNeedsUpdateCallback(type, includesMessages);
+  const auto form = includesMessages ? StatusMenuForm::Full : StatusMenuForm::Compact;
+  StatusMenuBuilder(menu, self, contents).Build(form, [self doNotDisturbEnabled]);
+}
+
+- (BOOL)validateMenuItem:(NSMenuItem*)item {
+  if (!sel_isEqual([item action], @selector(checkForNewMessages:))) return YES;
+  return ![self doNotDisturbEnabled];
+}
+
+- (void)post:(NSString*)name {
+  [[NSNotificationCenter defaultCenter] postNotificationName:name object:self];
+}
+
+- (void)post:(NSString*)name with:(NSString*)key of:(id)sender {
+  // A row of an account or a message without an identifier has nothing to tell.
+  id identifier = [sender representedObject];
+  [[NSNotificationCenter defaultCenter] postNotificationName:name
+                                                      object:self
+                                                    userInfo:identifier != nil ? @{key : identifier} : @{}];
+}
+
+- (void)checkForNewMessages:(id)sender {
+  [self post:@"TsGetNewMessagesNotification"];
+}
+
+- (void)toggleDoNotDisturb:(id)sender {
+  [self post:@"TsToggleDoNotDisturbNotification"];
+}
+
+- (void)composeNewMessage:(id)sender {
+  [self post:@"TsComposeNewMessageNotification"];
+}
+
+- (void)showTabViewItem:(id)sender {
+  [self post:@"TsActivateTabForAccountNotification" with:@"account-db-id" of:sender];
+}
+
+- (void)loginOAuth:(id)sender {
+  [self post:@"TsOpenOAuthWindowForAccountNotification" with:@"account-db-id" of:sender];
+}
+
+- (void)openMessage:(id)sender {
+  [self post:@"TsOpenMessageWithUniqueNotificationId" with:@"unique-id" of:sender];
+}
+
+@end
+
+void TsActivateStatusItem() { [TsStatusItemController sharedInstance]; }
+
+void TsListenForStatusItemMenuNeedsUpdate() {
+  static const bool isListening [[maybe_unused]] = [] {
+    [[TsStatusItemController sharedInstance] setMenuNeedsUpdateCallback:AskScriptForMenu];
+    return true;
+  }();
+}

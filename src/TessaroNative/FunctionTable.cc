@@ -120,7 +120,7 @@ constexpr ScriptFunction kFunctions[] = {
     {LANDED(getStartAtLogin), False, Foundation, {Exactly(0)}},
     {LANDED(migrateStartAtLogin), Undefined, Foundation, {Exactly(0)}},
     {LANDED(setStartAtLogin), False, Foundation, {Exactly(1), Arg(0).IsBoolean()}},
-    {PENDING(setStatusItemTitle), Undefined, WindowServer,
+    {LANDED(setStatusItemTitle), Undefined, WindowServer,
      {Exactly(2), Arg(0).IsStringOrNull(), Arg(1).IsBooleanOrNull()}},
     {LANDED(setStatusItemMenuNeedsUpdateCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
     {LANDED(setupMenuWillShowNotification), Undefined, WindowServer, {Exactly(0)}},

@@ -13,6 +13,9 @@ void getPreferredLanguages(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isDarkMode(const v8::FunctionCallbackInfo<v8::Value>& args);
 void macOSVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
 
+// Status item
+void setStatusItemTitle(const v8::FunctionCallbackInfo<v8::Value>& args);
+
 // Callback slots
 void setCurrentStateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setNotificationCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);

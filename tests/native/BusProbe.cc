@@ -1,5 +1,7 @@
 #include <memory>
 #include <optional>
+#include <string_view>
+#include <vector>
 
 #include "Platform/Linux/SessionBus.h"
 #include "PlatformProbe.h"
@@ -81,6 +83,25 @@ void setPortalScheme(Arguments args) {
   portal.Set(args[0]->Uint32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0));
 }
 
+// Asks the status item's menu as a tray does, over the bus: callMenu(method, row, function). The function is called
+// when the answer has come, which is not read.
+void callMenu(Arguments args) {
+  static std::unique_ptr<sdbus::IProxy> menu;
+  auto* bus = platform::SessionBus::Shared().Connection();
+  if (!menu) menu = sdbus::createProxy(*bus, bus->getUniqueName(), "/StatusNotifierItem/Menu");
+  const v8::String::Utf8Value method(args.GetIsolate(), args[0]);
+  const std::int32_t row = args[1]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
+  auto call = menu->createMethodCall("com.canonical.dbusmenu", *method);
+  call << row;
+  if (std::string_view(*method) == "GetLayout") call << std::int32_t{-1} << std::vector<std::string>();
+  if (std::string_view(*method) == "Event") call << "clicked" << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
+  const auto function =
+      std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), args[2].As<v8::Function>());
+  menu->callMethod(call, [function](sdbus::MethodReply&, const sdbus::Error* error) {
+    Report(function, error == nullptr ? "answered" : "failed");
+  });
+}
+
 }  // namespace
 
 void AttachBusProbe(v8::Local<v8::Object> exports) {
@@ -89,5 +110,6 @@ void AttachBusProbe(v8::Local<v8::Object> exports) {
   PROBE(listen);
   PROBE(stopListening);
   PROBE(setPortalScheme);
+  PROBE(callMenu);
 #undef PROBE
 }

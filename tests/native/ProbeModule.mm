@@ -4,6 +4,7 @@
 #include "MenuProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
+#include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "ValuesProbe.h"
 
@@ -16,6 +17,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
+  AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
 }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "Platform/FoundationValues.h"
@@ -33,6 +34,34 @@ Pair* PairsOf(TsCompactDictionary* dictionary) {
   return reinterpret_cast<Pair*>(reinterpret_cast<char*>(dictionary) + sizeof(TsCompactDictionary));
 }
 
+// A short key of ASCII characters, as the constants in our sources are: read once, and compared without asking the key
+// for its hash, which constants work out each time, or whether it is equal, which goes by the rules of Unicode.
+class ShortKey {
+ public:
+  explicit ShortKey(id key) {
+    if (![key isKindOfClass:[NSString class]]) return;
+    length_ = [key length];
+    if (length_ > kLongest) return;
+    std::array<unichar, kLongest> wide;
+    [key getCharacters:wide.data() range:NSMakeRange(0, length_)];
+    isASCII_ = std::all_of(wide.begin(), wide.begin() + length_, [](unichar character) { return character < 0x80; });
+    std::copy_n(wide.begin(), length_, characters_.begin());
+  }
+
+  [[nodiscard]] bool IsASCII() const { return isASCII_; }
+
+  [[nodiscard]] bool Is(const tessaro::platform::StringView& other) const {
+    return other.length == length_ && std::equal(other.latin1, other.latin1 + length_, characters_.begin());
+  }
+
+ private:
+  static constexpr NSUInteger kLongest = 64;
+
+  NSUInteger length_ = 0;
+  bool isASCII_ = false;
+  std::array<std::uint8_t, kLongest> characters_;
+};
+
 void Release(const Pair& pair) {
   tessaro::platform::ReleaseObject(pair.key);
   tessaro::platform::ReleaseObject(pair.value);
@@ -61,6 +90,16 @@ TS_COMPACT_REFERENCE_COUNTING(Destroy)
   Pair* const end = first + _count;
   Pair* found = std::find_if(first, end, [key](const Pair& pair) { return pair.key == key; });
   if (found != end) return found;
+
+  bool isNarrow = true;  // a key of other characters may be equal to one of ASCII
+  const ShortKey text(key);
+  for (Pair* pair = first; text.IsASCII() && isNarrow && pair != end; ++pair) {
+    const auto contents = tessaro::platform::StringContents(pair->key);
+    isNarrow = contents.latin1 != nullptr;
+    if (isNarrow && text.Is(contents)) return pair;
+  }
+  if (text.IsASCII() && isNarrow) return nullptr;
+
   const NSUInteger hash = [key hash];
   found = std::find_if(first, end, [&](const Pair& pair) { return [pair.key hash] == hash && [pair.key isEqual:key]; });
   return found == end ? nullptr : found;

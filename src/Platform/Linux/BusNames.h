@@ -1,0 +1,17 @@
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <functional>
+#include <string>
+
+namespace tessaro::platform {
+
+// Whether somebody on the session bus has that name now. False without a bus.
+[[nodiscard]] bool HasOwner(const std::string& name) noexcept;
+
+// Calls `appeared` whenever somebody takes that name, until the slot is gone. Raises sdbus::Error.
+[[nodiscard]] sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name,
+                                        std::function<void()> appeared);
+
+}  // namespace tessaro::platform

@@ -1,0 +1,9 @@
+#pragma once
+
+#import <AppKit/NSMenu.h>
+
+@interface NSMenu (Items)
+
+- (void)removeAllItems;
+
+@end

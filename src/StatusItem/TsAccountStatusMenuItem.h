@@ -1,0 +1,25 @@
+#pragma once
+
+#import "Platform/Cocoa.h"
+#include "Utilities/Ref.h"
+
+// An account's row, with a badge in the account's colour: "!" while the account is in error, else its unread count.
+@interface TsAccountStatusMenuItem : NSMenuItem {
+  Ref<NSColor> _color;
+  NSUInteger _count;
+  BOOL _isInError;
+}
+
+@property(nonatomic, copy) NSColor* color;
+@property(nonatomic) NSUInteger count;
+@property(nonatomic) BOOL isInError;
+
+- (instancetype)initWithTitle:(NSString*)title
+                        color:(NSColor*)color
+                       action:(SEL)action
+                keyEquivalent:(NSString*)keyEquivalent;
+
+// Draws the badge anew.
+- (void)updateImage;
+
+@end

@@ -1,0 +1,228 @@
+#include "StatusItemProbe.h"
+
+#include <uv.h>
+
+#include "Dock/TsDockMenu.h"
+#import "Extensions/NSColor+TsHex.h"
+#import "Extensions/NSImage+TsTint.h"
+#import "Extensions/NSString+TsFormat.h"
+#include "Platform/Cocoa.h"
+#include "Probe.h"
+#import "StatusItem/TsAccountStatusMenuItem.h"
+#import "StatusItem/TsStatusItemController.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+id OrNull(id object) { return object != nil ? object : [NSNull null]; }
+
+NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
+
+int Integer(v8::Local<v8::Value> value) {
+  return value->Int32Value(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
+}
+
+void ReturnJSON(ProbeArguments args, id object) {
+  v8::Local<v8::String> text;
+  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
+}
+
+Ref<NSBitmapImageRep> Pixels(NSImage* image) {
+  const NSSize size = [image size];
+  auto canvas = Adopt([[NSImage alloc] initWithSize:size]);
+  [canvas lockFocus];
+  [image drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
+  auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
+  [canvas unlockFocus];
+  return pixels;
+}
+
+// Hexadecimal, or "clear" (whose components are none).
+NSString* ColorText(NSColor* color) {
+  if ([color alphaComponent] == 0) return @"clear";
+  const auto byte = [](CGFloat component) { return static_cast<int>(component * 255 + 0.5); };
+  return [NSString stringWithFormat:@"%02X%02X%02X", byte([color redComponent]), byte([color greenComponent]),
+                                    byte([color blueComponent])];
+}
+
+NSDictionary* DescribeImage(NSImage* image) {
+  if (image == nil) return nil;
+  const auto pixels = Pixels(image);
+  NSMutableDictionary* counts = [NSMutableDictionary dictionary];
+  for (NSInteger y = 0; y < [pixels pixelsHigh]; ++y) {
+    for (NSInteger x = 0; x < [pixels pixelsWide]; ++x) {
+      NSString* color = ColorText([pixels colorAtX:x y:y]);
+      [counts setObject:@([[counts objectForKey:color] intValue] + 1) forKey:color];
+    }
+  }
+  return @{
+    @"width" : @([image size].width),
+    @"height" : @([image size].height),
+    @"isTemplate" : Truth([image isTemplate]),
+    @"colors" : counts,
+  };
+}
+
+NSDictionary* DescribeItem(NSMenuItem* item) {
+  if ([item isSeparatorItem]) return @{@"separator" : Truth(true)};
+  NSMutableDictionary* description = [NSMutableDictionary dictionaryWithDictionary:@{
+    @"class" : NSStringFromClass([item class]),
+    @"title" : [item title],
+    @"action" : NSStringFromSelector([item action]),
+    @"key" : [item keyEquivalent],
+    @"isOn" : Truth([item state] == NSOnState),
+    @"isEnabled" : Truth([[item target] validateMenuItem:item]),
+    @"isControllers" : Truth([item target] == [TsStatusItemController sharedInstance]),
+    @"represented" : OrNull([item representedObject]),
+    @"toolTip" : OrNull([item toolTip]),
+    @"fontSize" : @([[[item attributedTitle] attribute:NSFontAttributeName atIndex:0
+                                        effectiveRange:nullptr] pointSize]),
+  }];
+  if ([item isKindOfClass:[TsAccountStatusMenuItem class]]) {
+    auto* account = static_cast<TsAccountStatusMenuItem*>(item);
+    [description addEntriesFromDictionary:@{
+      @"color" : ColorText([account color]),
+      @"count" : @([account count]),
+      @"isInError" : Truth([account isInError]),
+    }];
+  }
+  return description;
+}
+
+NSArray* DescribeItems(NSMenu* menu) {
+  NSMutableArray* items = [NSMutableArray array];
+  for (NSMenuItem* item in [menu itemArray]) [items addObject:DescribeItem(item)];
+  return items;
+}
+
+// fill(type, includesMessages): the items of a menu that the controller has filled.
+void fill(ProbeArguments args) {
+  @autoreleasepool {
+    auto menu = Adopt([[NSMenu alloc] init]);
+    [[TsStatusItemController sharedInstance] menuNeedsUpdate:menu
+                                                        type:convertToNSString(args[0])
+                                              includeMessage:args[1]->IsTrue()];
+    ReturnJSON(args, DescribeItems(menu));
+  }
+}
+
+// Nanoseconds that the steps of building the item's menu take: asking script, reading its JSON, making the menu.
+void timeRebuild(ProbeArguments args) {
+  @autoreleasepool {
+    TsStatusItemController* controller = [TsStatusItemController sharedInstance];
+    const std::uint64_t start = uv_hrtime();
+    NSString* json = TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.CallForString({@"status-item", true});
+    const std::uint64_t asked = uv_hrtime();
+    NSDictionary* contents = TsConvertFromJSONString(json, nullptr);
+    const std::uint64_t read = uv_hrtime();
+    const TsStatusMenuSource script = [controller menuNeedsUpdateCallback];
+    [controller setMenuNeedsUpdateCallback:[contents](NSString*, bool) { return contents; }];
+    [controller menuNeedsUpdate:[[controller statusItem] menu] type:@"status-item" includeMessage:YES];
+    const std::uint64_t built = uv_hrtime();
+    [controller setMenuNeedsUpdateCallback:script];
+    ReturnJSON(args, @[ @(double(asked - start)), @(double(read - asked)), @(double(built - read)) ]);
+  }
+}
+
+void state(ProbeArguments args) {
+  @autoreleasepool {
+    TsStatusItemController* controller = [TsStatusItemController sharedInstance];
+    NSStatusItem* item = [controller statusItem];
+    ReturnJSON(
+        args, @{
+          @"hasErrors" : Truth([controller hasErrors]),
+          @"numberOfAccounts" : @([controller numberOfAccounts]),
+          @"isShown" : Truth(item != nil),
+          @"title" : OrNull([item title]),
+          @"length" : @([item length]),
+          @"image" : OrNull(DescribeImage([item image])),
+          @"menuItems" : @([[item menu] numberOfItems]),
+        });
+  }
+}
+
+void titleWidth(ProbeArguments args) {
+  @autoreleasepool {
+    NSDictionary* attributes = @{NSFontAttributeName : [NSFont menuBarFontOfSize:0]};
+    args.GetReturnValue().Set([convertToNSString(args[0]) sizeWithAttributes:attributes].width);
+  }
+}
+
+// badge(color, count, isInError)
+void badge(ProbeArguments args) {
+  @autoreleasepool {
+    auto item = Adopt([[TsAccountStatusMenuItem alloc]
+        initWithTitle:@"Account"
+                color:[NSColor ts_colorWithHexColorString:convertToNSString(args[0])]
+               action:nullptr
+        keyEquivalent:@""]);
+    [item setCount:static_cast<NSUInteger>(Integer(args[1]))];
+    [item setIsInError:args[2]->IsTrue()];
+    ReturnJSON(args, DescribeImage([item image]));
+  }
+}
+
+void hexColor(ProbeArguments args) {
+  @autoreleasepool {
+    ReturnJSON(args, @[ ColorText([NSColor ts_colorWithHexColorString:convertToNSString(args[0])]) ]);
+  }
+}
+
+// format(format, text[, number])
+void format(ProbeArguments args) {
+  @autoreleasepool {
+    NSString* pattern = convertToNSString(args[0]);
+    NSString* text = convertToNSString(args[1]);
+    ReturnJSON(args, @[ args.Length() > 2 ? [pattern ts_formatWithText:text number:Integer(args[2])]
+                                          : [pattern ts_formatWithText:text] ]);
+  }
+}
+
+void dockMenu(ProbeArguments args) {
+  @autoreleasepool {
+    id delegate = [NSApp delegate];
+    NSMenu* menu = [delegate performSelector:@selector(applicationDockMenu:) withObject:NSApp];
+    ReturnJSON(args, DescribeItems(menu));
+  }
+}
+
+// perform(action, representedObject): chooses a row of its own making.
+void perform(ProbeArguments args) {
+  @autoreleasepool {
+    auto item = Adopt([[NSMenuItem alloc] init]);
+    [item setRepresentedObject:convertToNSString(args[1])];
+    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0]))
+                   to:[TsStatusItemController sharedInstance]
+                 from:item];
+  }
+}
+
+void performOnDelegate(ProbeArguments args) {
+  @autoreleasepool {
+    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0])) to:[NSApp delegate] from:nil];
+  }
+}
+
+void hasItem(ProbeArguments args) {
+  args.GetReturnValue().Set([[TsStatusItemController sharedInstance] statusItem] != nil);
+}
+
+}  // namespace
+
+void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
+#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
+  PROBE(fill);
+  PROBE(timeRebuild);
+  PROBE(state);
+  PROBE(titleWidth);
+  PROBE(badge);
+  PROBE(hexColor);
+  PROBE(format);
+  PROBE(dockMenu);
+  PROBE(perform);
+  PROBE(performOnDelegate);
+  PROBE(hasItem);
+#undef PROBE
+}
