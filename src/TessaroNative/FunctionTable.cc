@@ -140,7 +140,7 @@ constexpr ScriptFunction kFunctions[] = {
     {PENDING(showFileDialog), Undefined, WindowServer,
      {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsFunction()}},
     {PENDING(registerAppleEventForTimingApp), Undefined, Foundation, {Exactly(1), Arg(0).IsFunction()}},
-    {"createRequest", nullptr, "TsCreateRequest", Null, Foundation, {AtLeast(1), Arg(0).IsString()}},
+    {"createRequest", TsCreateRequest, "TsCreateRequest", Null, Foundation, {AtLeast(1), Arg(0).IsString()}},
     {"isAppHidden", nullptr, "TsIsAppHidden", False, WindowServer, {}},
     {"writeFile", nullptr, "TsWriteFile", Undefined, Foundation,
      {Exactly(3), Arg(0).IsString(), Arg(1).IsObject(), Arg(2).IsBoolean()}},

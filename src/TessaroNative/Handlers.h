@@ -26,3 +26,6 @@ void setSearchServiceCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>&
 void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Network
+void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);

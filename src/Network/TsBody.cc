@@ -1,0 +1,36 @@
+#include "Network/TsBody.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t kInitialCapacity = 1024;
+
+}  // namespace
+
+bool TsBody::Append(std::span<const char> piece) noexcept {
+  if (piece.size() > capacity_ - size_) {
+    if (!Resize(std::max({kInitialCapacity, capacity_ * 2, size_ + piece.size()}))) return false;
+  }
+  std::memcpy(bytes_.get() + size_, piece.data(), piece.size());
+  size_ += piece.size();
+  return true;
+}
+
+TsBody::Bytes TsBody::Leave() noexcept {
+  if (size_ < capacity_ / 2) static_cast<void>(Resize(size_));
+  size_ = capacity_ = 0;
+  return std::move(bytes_);
+}
+
+bool TsBody::Resize(std::size_t capacity) noexcept {
+  // realloc() moves large blocks by their page tables, which no container does.
+  auto* moved = static_cast<char*>(std::realloc(bytes_.get(), capacity));
+  if (moved == nullptr) return capacity == 0;
+  static_cast<void>(bytes_.release());
+  bytes_.reset(moved);
+  capacity_ = capacity;
+  return true;
+}
