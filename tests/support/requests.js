@@ -3,6 +3,7 @@
 // Servers for requests, and requests made by a process of their own.
 
 const http = require('http');
+const util = require('util');
 
 const { evaluate } = require('./child');
 
@@ -51,13 +52,16 @@ function request(url, options, prepare = () => {}) {
 /** Runs `source`, which may use `request()` and `m`, and gives what it prints as JSON. */
 const evaluateRequests = (test, source, options) => evaluate(test, client + source, options);
 
-/** Makes the requests, [url, options] each, one after the other and gives the events of each. */
+/**
+ * Makes the requests, [url, options] each, one after the other and gives the events of each. Options may hold numbers
+ * that JSON hasn't.
+ */
 function request(test, requests, options) {
   return evaluateRequests(
     test,
     `(async () => {
        const all = [];
-       for (const args of ${JSON.stringify(requests)}) all.push(await request(...args));
+       for (const args of ${util.inspect(requests, { depth: null, maxArrayLength: null, maxStringLength: null })}) all.push(await request(...args));
        console.log(JSON.stringify(all));
      })();`,
     options,
@@ -72,4 +76,4 @@ const whole = (status, body) => [
   ['end', true, body],
 ];
 
-module.exports = { listen, serve, request, evaluateRequests, whole };
+module.exports = { client, listen, serve, request, evaluateRequests, whole };

@@ -17,7 +17,6 @@ constexpr Meaning kUnknown = {CURLE_OK, -1, "The operation couldn't be completed
 
 constexpr Meaning kMeanings[] = {
     {CURLE_URL_MALFORMAT, -1000, "bad URL"},
-    {CURLE_BAD_FUNCTION_ARGUMENT, -1000, "bad URL"},
     {CURLE_OPERATION_TIMEDOUT, -1001, "The request timed out."},
     {CURLE_UNSUPPORTED_PROTOCOL, -1002, "unsupported URL"},
     {CURLE_COULDNT_RESOLVE_HOST, -1003, "A server with the specified hostname could not be found."},

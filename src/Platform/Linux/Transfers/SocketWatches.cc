@@ -16,13 +16,21 @@ int CurlEvents(int status, int events) {
   return ((events & UV_READABLE) != 0 ? CURL_CSELECT_IN : 0) | ((events & UV_WRITABLE) != 0 ? CURL_CSELECT_OUT : 0);
 }
 
+// Whether the socket is connected to another host; a socket that has been closed isn't.
+bool IsConnection(curl_socket_t socket) {
+  sockaddr_storage peer{};
+  socklen_t length = sizeof peer;
+  if (getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &length) != 0) return false;
+  return peer.ss_family == AF_INET || peer.ss_family == AF_INET6;
+}
+
 }  // namespace
 
-curl_socket_t SocketWatches::Open(const curl_sockaddr& address) {
-  const int socket = ::socket(address.family, address.socktype | SOCK_CLOEXEC | SOCK_NONBLOCK, address.protocol);
-  if (socket < 0) return CURL_SOCKET_BAD;
-  Add(socket, true);
-  return socket;
+void SocketWatches::Want(curl_socket_t socket, int curlPoll) {
+  if (curlPoll == CURL_POLL_REMOVE) return LetGo(socket);
+  Watch& watch = Find(socket);
+  watch.wanted = UvEvents(curlPoll);
+  if (watch.wanted != 0 && watch.wanted != watch.watched) watch.Start(watch.wanted);
 }
 
 void SocketWatches::Close(curl_socket_t socket) {
@@ -30,32 +38,31 @@ void SocketWatches::Close(curl_socket_t socket) {
   ::close(socket);
 }
 
-void SocketWatches::Want(curl_socket_t socket, int curlPoll) {
-  const auto found = watches_.find(socket);
-  const bool isOver = curlPoll == CURL_POLL_REMOVE;
-  if (isOver && found == watches_.end()) return;
-  if (isOver && !found->second.isConnection) {
-    watches_.erase(found);
-    return;
+SocketWatches::Watch& SocketWatches::Find(curl_socket_t socket) {
+  const auto [place, isNew] = watches_.try_emplace(socket);
+  Watch& watch = place->second;
+  if (isNew) {
+    watch.owner = this;
+    watch.socket = socket;
+    watch.poll = MakeUvHandle<uv_poll_t>(&watch, uv_poll_init_socket, socket);
   }
-  Watch& watch = found != watches_.end() ? found->second : Add(socket, false);
-  watch.wanted = isOver ? 0 : UvEvents(curlPoll);
-  if (watch.wanted != 0 && watch.wanted != watch.watched) watch.Start(watch.wanted);
+  return watch;
 }
 
-SocketWatches::Watch& SocketWatches::Add(curl_socket_t socket, bool isConnection) {
-  Watch& watch = watches_.try_emplace(socket).first->second;
-  watch.owner = this;
-  watch.socket = socket;
-  watch.isConnection = isConnection;
-  watch.poll = MakeUvHandle<uv_poll_t>(&watch, uv_poll_init_socket, socket);
-  return watch;
+void SocketWatches::LetGo(curl_socket_t socket) {
+  const auto found = watches_.find(socket);
+  if (found == watches_.end()) return;
+  Watch& watch = found->second;
+  watch.wanted = 0;
+  watch.isConnection = watch.isConnection || IsConnection(socket);
+  if (!watch.isConnection) watches_.erase(found);
 }
 
 void SocketWatches::Watch::Start(int events) {
   watched = events;
-  uv_poll_start(poll.get(), events,
-                [](uv_poll_t* handle, int status, int happened) { OwnerOf<Watch>(handle).Happened(status, happened); });
+  uv_poll_start(poll.get(), events, [](uv_poll_t* handle, int status, int happened) {
+    OwnerOf<Watch>(handle).Happened(status, happened);
+  });
 }
 
 void SocketWatches::Watch::Happened(int status, int events) {

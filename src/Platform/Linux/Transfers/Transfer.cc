@@ -19,6 +19,9 @@ namespace {
 constexpr double kDefaultSilence = 60;
 // The clock's last moment must stay beyond every deadline.
 constexpr double kLongestSilence = 1e9;
+// As long as a server is fast enough, libcurl reads on and on, and nothing else would get a turn.
+constexpr std::size_t kMostAtOnce = 1024 * 1024;
+constexpr int kSwitchingProtocols = 101;
 constexpr std::string_view kTokenCharacters = "!#$%&'*+-.^_`|~";
 
 std::uint64_t Milliseconds(std::optional<std::chrono::duration<double>> timeout) {
@@ -47,6 +50,21 @@ bool IsToken(std::string_view text) {
 
 bool IsHeaderValue(std::string_view text) {
   return text.find_first_of(std::string_view("\0\r\n", 3)) == std::string_view::npos;
+}
+
+// The address with the bytes beyond ASCII written as ASCII, except in the name of the host, which has its own way.
+std::string Encoded(const std::string& url) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  const auto authority = url.find("//") + 2;
+  std::string encoded = url.substr(0, url.find_first_of("/?#", authority));
+  for (const unsigned char c : url.substr(encoded.size())) {
+    if (c < 0x80) {
+      encoded += static_cast<char>(c);
+    } else {
+      encoded.append({'%', kDigits[c >> 4], kDigits[c & 15]});
+    }
+  }
+  return encoded;
 }
 
 // These announce a body, if only an empty one: without its length some servers wait for it, and some refuse.
@@ -82,11 +100,15 @@ CURLcode Transfer::Ask(const HTTPRequest& request) {
   const bool isSecure = StartsWith(url_, "https://");
   if (!isSecure && !StartsWith(url_, "http://")) return CURLE_UNSUPPORTED_PROTOCOL;
   if (url_.find('\0') != std::string::npos) return CURLE_URL_MALFORMAT;
-  if (!IsToken(request.method) || !AddHeaders(request)) return CURLE_BAD_FUNCTION_ARGUMENT;
+  if (!IsToken(request.method)) return Refuse("The method can't be sent: " + request.method);
+  for (const auto& [name, value] : request.headers) {
+    if (!IsToken(name) || !IsHeaderValue(value)) return Refuse("The header can't be sent: " + name);
+  }
 
   CURL* easy = easy_.get();
   AskFor(request.method);
-  curl_easy_setopt(easy, CURLOPT_URL, url_.c_str());
+  AddHeaders(request);
+  curl_easy_setopt(easy, CURLOPT_URL, Encoded(url_).c_str());
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, followRedirects_ ? 1L : 0L);
   curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, isSecure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
@@ -99,6 +121,11 @@ CURLcode Transfer::Ask(const HTTPRequest& request) {
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, OnBody);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
   return CURLE_OK;
+}
+
+CURLcode Transfer::Refuse(std::string_view reason) {
+  reason.copy(detail_.data(), detail_.size() - 1);
+  return CURLE_BAD_FUNCTION_ARGUMENT;
 }
 
 void Transfer::AskFor(const std::string& method) {
@@ -114,20 +141,18 @@ void Transfer::AskFor(const std::string& method) {
   curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE, 0L);
 }
 
-bool Transfer::AddHeaders(const HTTPRequest& request) {
+void Transfer::AddHeaders(const HTTPRequest& request) {
   const auto add = [this](const std::string& line) {
     headers_.reset(curl_slist_append(headers_.release(), line.c_str()));
   };
   bool hasContentType = false;
   for (const auto& [name, value] : request.headers) {
-    if (!IsToken(name) || !IsHeaderValue(value)) return false;
     hasContentType = hasContentType || strcasecmp(name.c_str(), "content-type") == 0;
     // libcurl's own way of writing a header without a value.
     add(Trimmed(value).empty() ? name + ";" : name + ": " + value);
   }
   // Otherwise libcurl would call the body that there isn't a form.
   if (AnnouncesBody(request.method) && !hasContentType) add("Content-Type:");
-  return true;
 }
 
 std::size_t Transfer::OnHeader(char* line, std::size_t, std::size_t length, Transfer* self) {
@@ -137,9 +162,21 @@ std::size_t Transfer::OnHeader(char* line, std::size_t, std::size_t length, Tran
 
 std::size_t Transfer::OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self) {
   self->Heard();
+  if (self->MustPause()) {
+    self->isPaused_ = true;
+    return CURL_WRITEFUNC_PAUSE;
+  }
   if (!self->client_.Keep({bytes, length})) return CURL_WRITEFUNC_ERROR;
   self->untoldLength_ += length;
   return length;
+}
+
+// What libcurl has in hand while it pauses, it keeps, up to a limit that some compressed bodies would reach.
+bool Transfer::MustPause() const { return untoldLength_ >= kMostAtOnce && !isEncoded_; }
+
+void Transfer::Continue() {
+  isPaused_ = false;
+  curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
 }
 
 // Lines may also come behind the body, and before another answer's.
@@ -148,8 +185,11 @@ void Transfer::Header(std::string_view line) {
   if (StartsWith(line, "http/")) {
     isInHeaders_ = true;
     location_.clear();
+    isEncoded_ = false;
   } else if (StartsWith(line, "location:")) {
     location_ = Trimmed(line.substr(line.find(':') + 1));
+  } else if (StartsWith(line, "content-encoding:")) {
+    isEncoded_ = true;
   } else if (isInHeaders_ && Trimmed(line).empty()) {
     isInHeaders_ = false;
     HeadersEnded();
@@ -159,9 +199,10 @@ void Transfer::Header(std::string_view line) {
 void Transfer::HeadersEnded() {
   long statusCode = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &statusCode);
-  const bool isInterim = statusCode < 200;
+  const bool isInterim = statusCode < 200 && statusCode != kSwitchingProtocols;
   const bool isRedirect = statusCode >= 300 && statusCode < 400 && !location_.empty();
   if (isInterim || (isRedirect && followRedirects_)) return;
+  isAnswered_ = true;
   untoldResponse_ = {static_cast<int>(statusCode), std::nullopt};
   if (isRedirect) untoldResponse_->refusedRedirect = AbsoluteLocation();
 }
@@ -184,8 +225,17 @@ std::string Transfer::AbsoluteLocation() const {
   return isResolved ? absolute : location_;
 }
 
+// libcurl takes an answer that ends among its headers for a whole one, and has no code of its own for some others.
+CURLcode Transfer::Verdict(CURLcode code) const {
+  if (code == CURLE_OK && !isAnswered_) return CURLE_GOT_NOTHING;
+  long redirects = 0;
+  if (easy_) curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
+  const bool isAsked = deadline != 0;
+  return code == CURLE_UNSUPPORTED_PROTOCOL && isAsked && redirects == 0 ? CURLE_WEIRD_SERVER_REPLY : code;
+}
+
 void Transfer::End(CURLcode code) {
-  result_ = code;
+  result_ = Verdict(code);
   if (easy_) {
     engine_.Remove(*this, easy_.get());
     engine_.GiveEasy(std::move(easy_));
@@ -203,6 +253,7 @@ void Transfer::TellClient() {
   if (isDestroyed) return;
   if (const std::size_t length = std::exchange(untoldLength_, 0)) client_.ReceivedData(length);
   if (isDestroyed) return;
+  if (isPaused_) Continue();
   if (const auto result = std::exchange(result_, std::nullopt)) {
     if (*result == CURLE_OK) {
       client_.Finished();

@@ -36,16 +36,20 @@ class Transfer final : public HTTPTransfer {
 
  private:
   [[nodiscard]] CURLcode Ask(const HTTPRequest& request);
+  [[nodiscard]] CURLcode Refuse(std::string_view reason);
   void AskFor(const std::string& method);
-  [[nodiscard]] bool AddHeaders(const HTTPRequest& request);
+  void AddHeaders(const HTTPRequest& request);
 
   static std::size_t OnHeader(char* line, std::size_t, std::size_t length, Transfer* self);
+  [[nodiscard]] bool MustPause() const;
   static std::size_t OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self);
 
   void Header(std::string_view line);
   void HeadersEnded();
   void Heard();
+  void Continue();
   [[nodiscard]] std::string AbsoluteLocation() const;
+  [[nodiscard]] CURLcode Verdict(CURLcode code) const;
 
   struct Response {
     int statusCode;
@@ -64,6 +68,9 @@ class Transfer final : public HTTPTransfer {
 
   bool isInHeaders_ = false;
   std::string location_;
+  bool isEncoded_ = false;
+  bool isAnswered_ = false;
+  bool isPaused_ = false;
 
   std::optional<Response> untoldResponse_;
   std::size_t untoldLength_ = 0;

@@ -31,10 +31,6 @@ void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
   curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
   if (const char* file = std::getenv("SSL_CERT_FILE")) curl_easy_setopt(easy, CURLOPT_CAINFO, file);
 
-  curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, watches);
-  curl_easy_setopt(
-      easy, CURLOPT_OPENSOCKETFUNCTION,
-      +[](SocketWatches* opener, curlsocktype, curl_sockaddr* address) { return opener->Open(*address); });
   curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, watches);
   curl_easy_setopt(
       easy, CURLOPT_CLOSESOCKETFUNCTION, +[](SocketWatches* closer, curl_socket_t socket) {
