@@ -11,6 +11,7 @@ namespace {
 
 // More at once would only wait in the server's queue instead of ours; the rest waits for a connection to be free.
 constexpr long kMostConnectionsPerHost = 32;
+constexpr long kMostStreamsPerConnection = 1000;
 constexpr long kMostConnectionsAtRest = 64;
 constexpr long kMostRedirects = 16;
 // The largest piece read at once, and so the largest "data" of a fast server.
@@ -57,6 +58,7 @@ void TransferEngine::Configure() {
   curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
   CURLM* multi = multi_.get();
   curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kMostConnectionsPerHost);
+  curl_multi_setopt(multi, CURLMOPT_MAX_CONCURRENT_STREAMS, kMostStreamsPerConnection);
   curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, kMostConnectionsAtRest);
   curl_multi_setopt(multi, CURLMOPT_SOCKETDATA, &watches_);
   curl_multi_setopt(
