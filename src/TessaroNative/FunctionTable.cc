@@ -112,7 +112,7 @@ constexpr ScriptFunction kFunctions[] = {
     {LANDED(setSearchServiceCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
     {LANDED(setComposeOutgoingMessageCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
     {LANDED(setNetworkReachabilityCallbackFunction), Undefined, Bridge, {Exactly(1), Arg(0).IsFunction()}},
-    {PENDING(isNetworkReachable), False, Foundation, {Exactly(0)}},
+    {LANDED(isNetworkReachable), False, Foundation, {Exactly(0)}},
     {PENDING(setUserDefault), Undefined, Foundation, {Exactly(2), Arg(0).IsString()}},
     {PENDING(getUserDefault), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
     {PENDING(removeUserDefault), Undefined, Foundation, {Exactly(1), Arg(0).IsString()}},

@@ -27,5 +27,6 @@ void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8
 void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// Network
+// Network, reachability
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
+void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);

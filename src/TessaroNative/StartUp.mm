@@ -57,8 +57,11 @@ void TsListenForServiceProviderSearch() {
 }
 
 void TsMonitorReachability() {
-  TsStartReachabilityMonitoring([](bool connected) {
-    platform::MainQueue::Shared().Post([connected] { TsCallbackSlots::Shared().reachability.Call({connected}); });
+  TsStartReachabilityMonitoring([] {
+    platform::MainQueue::Shared().Post([] {
+      const TsCallbackSlot& callback = TsCallbackSlots::Shared().reachability;
+      if (callback.IsSet()) callback.Call({TsIsNetworkReachable()});
+    });
   });
 }
 

@@ -13,6 +13,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachCoreProbe(probe);
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
+  AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 

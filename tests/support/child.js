@@ -38,11 +38,13 @@ function environmentFor(home, extra) {
  * Starts a process and goes on.
  * @param {object} test The running test's context; the process ends with it.
  * @param {string} source Script; `probe()` loads the test add-on.
- * @param {{env?: object, cwd?: string, nodeOptions?: string[]}} [options]
+ * @param {{env?: object, cwd?: string, nodeOptions?: string[], within?: string[]}} [options] `within` is a command that
+ *   runs the process as its arguments say.
  */
 function startScript(test, source, options = {}) {
   const home = temporaryDirectory(test);
-  const child = spawn(node, [...(options.nodeOptions || []), '-e', prelude + source], {
+  const [program, ...args] = [...(options.within || []), node, ...(options.nodeOptions || []), '-e', prelude + source];
+  const child = spawn(program, args, {
     cwd: options.cwd || root,
     env: environmentFor(home, options.env || {}),
     stdio: 'pipe',
@@ -69,7 +71,7 @@ function startScript(test, source, options = {}) {
  * Runs a process to its end.
  * @param {object} test
  * @param {string} source
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string}} [options] Deadline in
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], within?: string[], input?: string}} [options] Deadline in
  *   milliseconds; `input` is what the script reads from standard input.
  * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
  */

@@ -1,6 +1,7 @@
 #include "Platform/ShutDown.h"
 
 #include "Platform/HTTPTransfer.h"
+#include "Platform/Linux/NetworkChanges.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
 
@@ -8,6 +9,7 @@ namespace tessaro::platform {
 
 void ShutDown() {
   HTTPTransfer::ShutDown();
+  NetworkChanges::Shared().Close();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }
