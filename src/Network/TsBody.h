@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <span>
@@ -12,6 +13,10 @@ class TsBody {
     void operator()(char* bytes) const { std::free(bytes); }
   };
   using Bytes = std::unique_ptr<char, Free>;
+
+  // Makes room for a body of that size, which may turn out to be shorter or longer. The system gives the memory only
+  // as it is filled.
+  void Expect(std::uint64_t size) noexcept;
 
   // False, and nothing appended, when there is not enough memory.
   [[nodiscard]] bool Append(std::span<const char> piece) noexcept;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -27,13 +28,16 @@ struct HTTPRequest {
 
 // Receives what becomes of a transfer. Everything is called on the main thread.
 //
-// Keep() is called while the system reads, and must neither call script nor start or cancel a transfer. The others
-// are called from the event loop, never inside HTTPTransfer::Start(), and may do both, even destroy the transfer:
+// Expect() and Keep() are called while the system reads, and must neither call script nor start or cancel a transfer.
+// The others are called from the event loop, never inside HTTPTransfer::Start(), and may do both, even destroy the transfer:
 // redirect refused or response first, then data any number of times, then exactly one of finished and failed, after
 // which nothing more comes.
 class HTTPTransferClient {
  public:
   virtual ~HTTPTransferClient() = default;
+
+  // How many bytes the server says will come; it may say nothing, or lie.
+  virtual void Expect(std::uint64_t length) noexcept = 0;
 
   // A piece of the decoded body, valid only during the call. False when it can't be kept, which fails the transfer.
   [[nodiscard]] virtual bool Keep(std::span<const char> piece) noexcept = 0;

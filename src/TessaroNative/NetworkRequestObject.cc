@@ -1,5 +1,7 @@
 #include "TessaroNative/NetworkRequestObject.h"
 
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <utility>
 
@@ -8,8 +10,13 @@
 namespace {
 
 constexpr int kNativeField = 0;
-// Up to here a copy is cheaper than a piece of foreign memory that the engine has to keep account of.
-constexpr std::size_t kCopiedBody = 64 * 1024;
+// Up to here the engine's own memory is cheaper than a piece of foreign memory that it has to keep account of. An
+// engine that lives in a sandbox takes no foreign memory at all.
+#ifdef V8_ENABLE_SANDBOX
+constexpr std::size_t kMostInEngine = SIZE_MAX;
+#else
+constexpr std::size_t kMostInEngine = 16 * 1024;
+#endif
 
 v8::Local<v8::String> Name(v8::Isolate* isolate, const char* name) {
   return v8::String::NewFromUtf8(isolate, name, v8::NewStringType::kInternalized).ToLocalChecked();
@@ -23,7 +30,19 @@ v8::Local<v8::Value> Text(v8::Isolate* isolate, std::string_view text) {
   return string;
 }
 
+v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody::Bytes bytes, std::size_t size) {
+  const auto free = [](void* moved, std::size_t, void*) { TsBody::Free()(static_cast<char*>(moved)); };
+  return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(bytes.release(), size, free, nullptr));
+}
+
 v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const char> bytes) {
+  // The engine would fill its own memory with zeros first.
+  if (bytes.size() > kMostInEngine) {
+    if (TsBody::Bytes copy(static_cast<char*>(std::malloc(bytes.size()))); copy) {
+      std::memcpy(copy.get(), bytes.data(), bytes.size());
+      return MoveToScript(isolate, std::move(copy), bytes.size());
+    }
+  }
   const auto buffer = v8::ArrayBuffer::New(isolate, bytes.size());
   if (!bytes.empty()) std::memcpy(buffer->GetBackingStore()->Data(), bytes.data(), bytes.size());
   return buffer;
@@ -31,13 +50,8 @@ v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const ch
 
 v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
   const std::size_t size = body.size();
-#ifndef V8_ENABLE_SANDBOX  // whose engine takes no foreign memory
-  if (size > kCopiedBody) {
-    const auto free = [](void* bytes, std::size_t, void*) { TsBody::Free()(static_cast<char*>(bytes)); };
-    return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(body.Leave().release(), size, free, nullptr));
-  }
-#endif
-  return CopyToScript(isolate, body.First(size));
+  if (size <= kMostInEngine) return CopyToScript(isolate, body.First(size));
+  return MoveToScript(isolate, body.Leave(), size);
 }
 
 }  // namespace

@@ -21,6 +21,8 @@ constexpr double kDefaultSilence = 60;
 constexpr double kLongestSilence = 1e9;
 // As long as a server is fast enough, libcurl reads on and on, and nothing else would get a turn.
 constexpr std::size_t kMostAtOnce = 1024 * 1024;
+// Told in pieces that the client's memory has room for without asking the system.
+constexpr std::size_t kLongestPiece = 64 * 1024;
 constexpr int kSwitchingProtocols = 101;
 constexpr std::string_view kTokenCharacters = "!#$%&'*+-.^_`|~";
 
@@ -203,6 +205,9 @@ void Transfer::HeadersEnded() {
   const bool isRedirect = statusCode >= 300 && statusCode < 400 && !location_.empty();
   if (isInterim || (isRedirect && followRedirects_)) return;
   isAnswered_ = true;
+  curl_off_t length = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  if (length > 0 && !isEncoded_) client_.Expect(static_cast<std::uint64_t>(length));
   untoldResponse_ = {static_cast<int>(statusCode), std::nullopt};
   if (isRedirect) untoldResponse_->refusedRedirect = AbsoluteLocation();
 }
@@ -251,8 +256,12 @@ void Transfer::TellClient() {
     if (!isDestroyed) client_.ReceivedResponse(response->statusCode);
   }
   if (isDestroyed) return;
-  if (const std::size_t length = std::exchange(untoldLength_, 0)) client_.ReceivedData(length);
-  if (isDestroyed) return;
+  while (untoldLength_ > 0) {
+    const std::size_t length = std::min(untoldLength_, kLongestPiece);
+    untoldLength_ -= length;
+    client_.ReceivedData(length);
+    if (isDestroyed) return;
+  }
   if (isPaused_) Continue();
   if (const auto result = std::exchange(result_, std::nullopt)) {
     if (*result == CURLE_OK) {
