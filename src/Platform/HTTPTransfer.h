@@ -29,9 +29,9 @@ struct HTTPRequest {
 // Receives what becomes of a transfer. Everything is called on the main thread.
 //
 // Expect() and Keep() are called while the system reads, and must neither call script nor start or cancel a transfer.
-// The others are called from the event loop, never inside HTTPTransfer::Start(), and may do both, even destroy the transfer:
-// redirect refused or response first, then data any number of times, then exactly one of finished and failed, after
-// which nothing more comes.
+// The others are called from the event loop, never inside HTTPTransfer::Start(), and may do both, even destroy the
+// transfer: redirect refused or response first, then data any number of times, then exactly one of finished and failed,
+// after which nothing more comes.
 class HTTPTransferClient {
  public:
   virtual ~HTTPTransferClient() = default;

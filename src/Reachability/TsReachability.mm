@@ -27,13 +27,12 @@ bool IsReachable(ReachabilityFlags flags) {
 
 NSString* DescribeFlags(ReachabilityFlags flags) {
   const auto letter = [flags](ReachabilityFlags flag, char set) { return (flags & flag) != 0 ? set : '-'; };
-  return [NSString stringWithFormat:@"%c%c %c%c%c%c%c%c%c", 'X', letter(platform::kReachable, 'R'),
-                                    letter(platform::kConnectionRequired, 'c'),
-                                    letter(platform::kTransientConnection, 't'),
-                                    letter(platform::kInterventionRequired, 'i'),
-                                    letter(platform::kConnectionOnTraffic, 'C'),
-                                    letter(platform::kConnectionOnDemand, 'D'), letter(platform::kIsLocalAddress, 'l'),
-                                    letter(platform::kIsDirect, 'd')];
+  return [NSString
+      stringWithFormat:@"%c%c %c%c%c%c%c%c%c", 'X', letter(platform::kReachable, 'R'),
+                       letter(platform::kConnectionRequired, 'c'), letter(platform::kTransientConnection, 't'),
+                       letter(platform::kInterventionRequired, 'i'), letter(platform::kConnectionOnTraffic, 'C'),
+                       letter(platform::kConnectionOnDemand, 'D'), letter(platform::kIsLocalAddress, 'l'),
+                       letter(platform::kIsDirect, 'd')];
 }
 
 }  // namespace
@@ -47,8 +46,8 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 @synthesize reachableOnWWAN = _reachableOnWWAN;
 
 + (instancetype)reachabilityWithHostname:(NSString*)hostname {
-  return [[[self alloc]
-      initWithReachabilityRef:platform::NetworkReachability::WithName(TsStdString(hostname))] autorelease];
+  return [[[self alloc] initWithReachabilityRef:platform::NetworkReachability::WithName(TsStdString(hostname))]
+      autorelease];
 }
 
 + (instancetype)reachabilityWithHostName:(NSString*)hostname {
@@ -101,7 +100,8 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
   if (_reachabilityObject) return YES;
   // A change may be on its way to the queue when the notifier is stopped: it has a reference of its own.
   const bool isWatching = _reachabilityRef->Watch(
-      _reachabilitySerialQueue, [monitor = Retain(self)](ReachabilityFlags flags) { [monitor reachabilityChanged:flags]; });
+      _reachabilitySerialQueue,
+      [monitor = Retain(self)](ReachabilityFlags flags) { [monitor reachabilityChanged:flags]; });
   if (isWatching) _reachabilityObject = Retain(self);
   return isWatching;
 }

@@ -105,8 +105,7 @@ void watch(ProbeArguments args) {
 
 void seen(ProbeArguments args) {
   const std::lock_guard lock(WhatIsSeen().mutex);
-  args.GetReturnValue().Set(
-      v8::String::NewFromUtf8(args.GetIsolate(), WhatIsSeen().text.c_str()).ToLocalChecked());
+  args.GetReturnValue().Set(v8::String::NewFromUtf8(args.GetIsolate(), WhatIsSeen().text.c_str()).ToLocalChecked());
 }
 
 }  // namespace

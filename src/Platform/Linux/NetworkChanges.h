@@ -20,7 +20,8 @@ class NetworkChanges {
   class Subscription {
    public:
     Subscription() = default;
-    Subscription(Subscription&& other) noexcept : changes_(std::exchange(other.changes_, nullptr)), place_(other.place_) {}
+    Subscription(Subscription&& other) noexcept
+        : changes_(std::exchange(other.changes_, nullptr)), place_(other.place_) {}
     Subscription& operator=(Subscription&& other) noexcept;
     ~Subscription();
 

@@ -60,9 +60,8 @@ void SocketWatches::LetGo(curl_socket_t socket) {
 
 void SocketWatches::Watch::Start(int events) {
   watched = events;
-  uv_poll_start(poll.get(), events, [](uv_poll_t* handle, int status, int happened) {
-    OwnerOf<Watch>(handle).Happened(status, happened);
-  });
+  uv_poll_start(poll.get(), events,
+                [](uv_poll_t* handle, int status, int happened) { OwnerOf<Watch>(handle).Happened(status, happened); });
 }
 
 void SocketWatches::Watch::Happened(int status, int events) {

@@ -1,7 +1,9 @@
 #include "Platform/Linux/Transfers/TransferEngine.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <string>
 
 #include "Platform/Linux/Transfers/Transfer.h"
 
@@ -18,12 +20,18 @@ constexpr long kMostRedirects = 16;
 constexpr long kReadSize = 256 * 1024;
 constexpr std::size_t kMostIdleHandles = 64;
 
+std::string UserAgent() {
+  return std::string(program_invocation_short_name) + " libcurl/" + curl_version_info(CURLVERSION_NOW)->version;
+}
+
 void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
   curl_easy_setopt(easy, CURLOPT_SHARE, share);
   curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
+  // Some servers answer nobody who doesn't say who he is.
+  curl_easy_setopt(easy, CURLOPT_USERAGENT, UserAgent().c_str());
   // Whatever encodings this libcurl can decode.
   curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
   curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReadSize);
