@@ -415,11 +415,44 @@ export function recipientsForGroupName(name: string): JSONText | null;
 /** Sets the function that learns when the internet connection comes and goes. */
 export function setNetworkReachabilityCallbackFunction(callback: (isConnected: boolean) => void): void;
 
-/** _Not available yet._ */
+/** Whether there is a way to the internet now. On Linux: whether the kernel's routing has one; false if it can't be asked. */
 export function isNetworkReachable(): boolean;
 
-/** _Not available yet._ */
-export function createRequest(url: string, options?: object): object | null;
+export interface RequestOptions {
+  /** Properties whose value is not a string are skipped. */
+  headers?: Record<string, unknown>;
+  /** "GET" by default. */
+  method?: string;
+  /** True by default. */
+  followRedirects?: boolean;
+  /** The longest silence, in seconds, fractions allowed. 60 by default, and when it is not above 0. */
+  timeout?: number;
+}
+
+/** An HTTP request. Keep a reference until "end" or "error": a request that is collected is cancelled. */
+export interface Request {
+  /** Set before "response". */
+  statusCode?: number;
+  /** Set before the "response" that tells of a redirect that is not followed: its absolute target. */
+  location?: string;
+  /** Set before "end": the whole body. */
+  buffer?: ArrayBuffer;
+
+  /**
+   * Adds a listener, with exactly two arguments; anything else is ignored.
+   *
+   * "data" hears of each chunk of the body: it gets as many bytes as have come, always from the _beginning_ of the body.
+   */
+  on(event: 'response' | 'end', listener: (request: Request) => void): void;
+  on(event: 'data', listener: (firstBytes: ArrayBuffer) => void): void;
+  on(event: 'error', listener: (description: string) => void): void;
+
+  /** Returns at once. A running request begins anew, a finished one does nothing. */
+  start(): void;
+}
+
+/** Makes a request of http or https, without cookies; nothing is sent before `start()`. Any other URL is an "error". */
+export function createRequest(url: string, options?: RequestOptions | null): Request;
 
 // ---- User defaults, start at login
 

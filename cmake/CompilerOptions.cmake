@@ -12,6 +12,7 @@ if(TESSARO_SANITIZE)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=undefined
     -fno-omit-frame-pointer -shared-libsan)
   target_compile_options(tessaro_options INTERFACE ${sanitizers})
+  target_compile_definitions(tessaro_options INTERFACE TESSARO_SANITIZED)
   target_link_options(tessaro_options INTERFACE ${sanitizers})
 else()
   target_compile_definitions(tessaro_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)

@@ -41,11 +41,9 @@ const allowed = {
 const forEverybody = ['Utilities/Ref.h', 'Utilities/TsReplaceMethod.h'];
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
-const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsScriptValues'].flatMap((name) => [
-  `src/Utilities/${name}.h`,
-  `src/Utilities/${name}.cc`,
-  `src/Utilities/${name}.mm`,
-]);
+const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsEngineEntry', 'TsEventEmitter', 'TsScriptValues'].flatMap(
+  (name) => [`src/Utilities/${name}.h`, `src/Utilities/${name}.cc`, `src/Utilities/${name}.mm`],
+);
 
 const engine = /^(v8|node)[\w-]*\.h$/;
 const cocoa = /^(AppKit|Foundation|objc)\/[\w+]+\.h$/;

@@ -23,6 +23,12 @@ const work = {
     p.postNotification('TsComposeOutgoingMessageNotification', null, '{"message":{},"options":{}}');
     p.raiseNull();`,
   queues: `p.platform.post(() => {}); p.platform.postDelayed(1, () => {}); p.platform.background(0, () => {});`,
+  'requests and reachability': `
+    for (const url of ['http://127.0.0.1:1/', 'nonsense']) {
+      const made = m.createRequest(url, { headers: { A: 'b' }, method: 'POST' });
+      made.on('error', () => {}); made.start(); made.start();
+    }
+    m.isNetworkReachable(); p.reachability.query('internet'); p.reachability.query(2);`,
   'core questions': `m.getBundlePath(); m.getPreferredLanguages(); m.isDarkMode(); m.macOSVersion(); m.loadFScript();`,
 };
 

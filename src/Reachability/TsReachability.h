@@ -1,7 +1,81 @@
 #pragma once
 
-#include <functional>
+#import <Foundation/Foundation.h>
 
-// Watches the internet connection for the life of the process. `changed` is called with "connected?" at each change,
-// on any thread; it must not throw.
-void TsStartReachabilityMonitoring(std::function<void(bool connected)> changed);
+#include <functional>
+#include <memory>
+
+#include "Platform/NetworkReachability.h"
+#include "Utilities/Ref.h"
+
+// Posted on the main queue after each change, with the monitor as its object.
+extern NSString* const kTsReachabilityChangedNotification;
+
+// What currentReachabilityStatus answers.
+typedef NS_ENUM(NSInteger, TsNetworkStatus) {
+  TsNotReachable = 0,
+  TsReachableViaWWAN = 1,
+  TsReachableViaWiFi = 2,
+};
+
+@class TsReachability;
+
+using TsReachabilityBlock = std::function<void(TsReachability* monitor)>;
+
+// Watches whether this machine has a way to a target.
+//
+// Create, start, stop and release on the main thread; queries work on any thread. When the flags can't be read, every
+// query answers "no".
+@interface TsReachability : NSObject {
+ @private
+  std::shared_ptr<tessaro::platform::NetworkReachability> _reachabilityRef;
+  std::shared_ptr<tessaro::platform::SerialQueue> _reachabilitySerialQueue;
+  Ref<TsReachability> _reachabilityObject;
+  TsReachabilityBlock _reachableBlock;
+  TsReachabilityBlock _unreachableBlock;
+  TsReachabilityBlock _reachabilityBlock;
+  BOOL _reachableOnWWAN;
+}
+
+// nil when the system can't make the target.
++ (instancetype)reachabilityWithHostname:(NSString*)hostname;
++ (instancetype)reachabilityWithHostName:(NSString*)hostname;
++ (instancetype)reachabilityWithAddress:(const tessaro::platform::IPAddress&)address;
++ (instancetype)reachabilityForInternetConnection;
++ (instancetype)reachabilityForLocalWiFi;
+- (instancetype)initWithReachabilityRef:(std::shared_ptr<tessaro::platform::NetworkReachability>)ref;
+
+// Called on the monitor's own serial queue. Set them before the notifier starts.
+- (void)setReachableBlock:(TsReachabilityBlock)block;
+- (void)setUnreachableBlock:(TsReachabilityBlock)block;
+- (void)setReachabilityBlock:(TsReachabilityBlock)block;
+
+// YES at first; nobody asks.
+@property(nonatomic, assign) BOOL reachableOnWWAN;
+
+// The monitor stays alive while its notifier runs. NO when the system can't tell of changes.
+- (BOOL)startNotifier;
+- (void)stopNotifier;
+
+- (BOOL)isReachable;
+- (BOOL)isConnected;
+- (BOOL)isReachableViaWWAN;
+- (BOOL)isReachableViaWiFi;
+- (BOOL)isConnectionRequired;
+- (BOOL)connectionRequired;
+- (BOOL)isConnectionOnDemand;
+- (BOOL)isInterventionRequired;
+- (BOOL)isReachableWithFlags:(tessaro::platform::ReachabilityFlags)flags;
+- (TsNetworkStatus)currentReachabilityStatus;
+- (tessaro::platform::ReachabilityFlags)reachabilityFlags;
+- (NSString*)currentReachabilityString;
+- (NSString*)currentReachabilityFlags;
+
+@end
+
+// Watches the internet connection for the life of the process, from the first call on. `changed` is called at each
+// change, on another thread; it must not throw.
+void TsStartReachabilityMonitoring(std::function<void()> changed);
+
+// The state of the internet connection now. False before the monitoring has begun.
+[[nodiscard]] bool TsIsNetworkReachable();

@@ -54,3 +54,7 @@ void setupMenuWillShowNotification(const v8::FunctionCallbackInfo<v8::Value>& ar
 // Application
 void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args);
 void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Network, reachability
+void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
+void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -20,6 +20,7 @@
 #include "Services/TsServicesProvider.h"
 #include "StatusItem/TsStatusItemController.h"
 #include "TessaroNative/FunctionTable.h"
+#include "TessaroNative/NetworkRequestObject.h"
 #include "Utilities/TsApplicationIsolate.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
@@ -56,8 +57,11 @@ void TsListenForServiceProviderSearch() {
 }
 
 void TsMonitorReachability() {
-  TsStartReachabilityMonitoring([](bool connected) {
-    platform::MainQueue::Shared().Post([connected] { TsCallbackSlots::Shared().reachability.Call({connected}); });
+  TsStartReachabilityMonitoring([] {
+    platform::MainQueue::Shared().Post([] {
+      const TsCallbackSlot& callback = TsCallbackSlots::Shared().reachability;
+      if (callback.IsSet()) callback.Call({TsIsNetworkReachable()});
+    });
   });
 }
 
@@ -116,6 +120,7 @@ void Run(const StartUpStep& step) {
 
 // The environment is going away while the process may live on: nothing of ours may reach for the engine after this.
 void EndWithEnvironment(void*) {
+  NetworkRequestObject::DestroyAll();
   TsCallbackSlots::Shared().Clear();
   TsForgetApplicationIsolate();
   platform::ShutDown();

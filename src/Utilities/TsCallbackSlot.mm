@@ -4,10 +4,10 @@
 #include <node.h>
 
 #include <array>
-#include <optional>
 
 #include "Utilities/TsApplicationIsolate.h"
 #include "Utilities/TsCallbackSetters.h"
+#include "Utilities/TsEngineEntry.h"
 #include "Utilities/TsScriptValues.h"
 
 struct TsCallbackSlot::Function {
@@ -34,45 +34,12 @@ class ToScript {
   v8::Isolate* isolate_;
 };
 
-// Node keeps its context entered while the event loop waits: only the stack tells whether script is running.
-bool IsScriptRunning(v8::Isolate* isolate) {
-  return v8::StackTrace::CurrentStackTrace(isolate, 1, v8::StackTrace::kScriptId)->GetFrameCount() > 0;
-}
-
-// Makes the engine ready for a call from native code. A call from the event loop, where no script is running, needs
-// Node's callback scope: it drains the micro-task and next-tick queues and reports what was thrown. A call made
-// while script runs must have none, or the exception would not reach that script.
-class EngineEntry {
- public:
-  explicit EngineEntry(v8::Isolate* isolate)
-      : handles_(isolate), nested_(IsScriptRunning(isolate)), context_(GetApplicationContext()), entered_(context_) {
-    if (!nested_) callback_.emplace(isolate, v8::Object::New(isolate), node::async_context{0, 0});
-  }
-
-  [[nodiscard]] v8::Local<v8::Context> context() const { return context_; }
-
- private:
-  v8::HandleScope handles_;
-  bool nested_;
-  v8::Local<v8::Context> context_;
-  v8::Context::Scope entered_;
-  std::optional<node::CallbackScope> callback_;
-};
-
-v8::MaybeLocal<v8::Value> CallInEngine(v8::Isolate* isolate, v8::Local<v8::Context> context,
-                                       v8::Local<v8::Value> function,
+v8::MaybeLocal<v8::Value> CallInEngine(const TsEngineEntry& entry, const v8::Global<v8::Value>& function,
                                        std::initializer_list<TsScriptArgument> arguments) {
   std::array<v8::Local<v8::Value>, kMostArguments> values;
   int count = 0;
-  for (const auto& argument : arguments) values[count++] = std::visit(ToScript(isolate), argument);
-
-  if (function->IsFunction()) {
-    return function.As<v8::Function>()->Call(context, v8::Null(isolate), count, values.data());
-  }
-  // Not a function: the engine says so, in its own words and to whoever handles its exceptions.
-  v8::Local<v8::Object> object;
-  if (!function->ToObject(context).ToLocal(&object)) return {};
-  return object->CallAsFunction(context, v8::Null(isolate), count, values.data());
+  for (const auto& argument : arguments) values[count++] = std::visit(ToScript(entry.isolate()), argument);
+  return entry.Call(function.Get(entry.isolate()), count, values.data());
 }
 
 }  // namespace
@@ -92,16 +59,16 @@ void TsCallbackSlot::Set(v8::Local<v8::Value> function) {
 void TsCallbackSlot::Call(std::initializer_list<TsScriptArgument> arguments) const {
   v8::Isolate* isolate = GetApplicationIsolate();
   if (!IsSet() || isolate == nullptr) return;
-  const EngineEntry entry(isolate);
-  static_cast<void>(CallInEngine(isolate, entry.context(), function_->handle.Get(isolate), arguments).IsEmpty());
+  const TsEngineEntry entry(isolate);
+  static_cast<void>(CallInEngine(entry, function_->handle, arguments).IsEmpty());
 }
 
 NSString* TsCallbackSlot::CallForString(std::initializer_list<TsScriptArgument> arguments) const {
   v8::Isolate* isolate = GetApplicationIsolate();
   if (!IsSet() || isolate == nullptr) return nil;
-  const EngineEntry entry(isolate);
+  const TsEngineEntry entry(isolate);
   v8::Local<v8::Value> result;
-  if (!CallInEngine(isolate, entry.context(), function_->handle.Get(isolate), arguments).ToLocal(&result)) return nil;
+  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return nil;
   return convertToNSString(result);
 }
 

@@ -18,6 +18,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
   AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
+  AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
 }

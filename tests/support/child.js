@@ -38,14 +38,17 @@ function environmentFor(home, extra) {
  * Starts a process and goes on.
  * @param {object} test The running test's context; the process ends with it.
  * @param {string} source Script; `probe()` loads the test add-on.
- * @param {{env?: object, cwd?: string, nodeOptions?: string[], executable?: string, home?: string}} [options]
- *   `executable` stands in for Node.js itself; `home` is by default one of the process's own.
+ * @param {{env?: object, cwd?: string, nodeOptions?: string[], within?: string[], executable?: string, home?: string}}
+ *   [options] `within` is a command that runs the process as its arguments say; `executable` stands in for Node.js
+ *   itself; `home` is by default one of the process's own.
  */
 function startScript(test, source, options = {}) {
   const home = options.home || temporaryDirectory(test);
   // The sanitizers' script has to start whatever it is.
-  const command = process.env.TESSARO_NODE || options.executable || node;
-  const child = spawn(command, [...(options.nodeOptions || []), '-e', prelude + source], {
+  const executable = process.env.TESSARO_NODE || options.executable || node;
+  const nodeOptions = options.nodeOptions || [];
+  const [program, ...args] = [...(options.within || []), executable, ...nodeOptions, '-e', prelude + source];
+  const child = spawn(program, args, {
     cwd: options.cwd || root,
     env: environmentFor(home, { TESSARO_EXECUTABLE: options.executable, ...options.env }),
     stdio: 'pipe',
@@ -72,7 +75,7 @@ function startScript(test, source, options = {}) {
  * Runs a process to its end.
  * @param {object} test
  * @param {string} source
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], input?: string,
+ * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], within?: string[], input?: string,
  *   executable?: string, home?: string}} [options] Deadline in
  *   milliseconds; `input` is what the script reads from standard input.
  * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}

@@ -13,6 +13,12 @@ const attributes: native.MenuItemAttributes = { title: 'Reload', accelerator: nu
 native.updateMainMenuMenuItem(JSON.stringify(['View', 0]), JSON.stringify(attributes));
 native.setPasswordForAccount('secret', 'account');
 
+const request = native.createRequest('https://example.org/', { headers: { Accept: '*/*', skipped: 1 }, timeout: 0.5 });
+request.on('data', (bytes) => bytes.byteLength);
+request.on('end', ({ buffer, statusCode }) => [buffer, statusCode, request.start()]);
+// @ts-expect-error there is no such event
+request.on('close', () => {});
+
 // @ts-expect-error a function is asserted
 native.setSearchServiceCallbackFunction('text');
 // @ts-expect-error exactly one argument is asserted

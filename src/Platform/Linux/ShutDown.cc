@@ -1,5 +1,7 @@
 #include "Platform/ShutDown.h"
 
+#include "Platform/HTTPTransfer.h"
+#include "Platform/Linux/NetworkChanges.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SecretStore.h"
@@ -8,6 +10,8 @@ namespace tessaro::platform {
 
 void ShutDown() {
   SecretStore::Shared().Close();
+  HTTPTransfer::ShutDown();
+  NetworkChanges::Shared().Close();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "Network/TsBody.h"
+#include "Platform/HTTPTransfer.h"
+
+// Hears the events of a request, on the main thread, from the event loop. Every one of the calls may start the request
+// again or destroy it.
+class TsNetworkRequestListener {
+ public:
+  virtual ~TsNetworkRequestListener() = default;
+
+  // `location` is the absolute target of a redirect that is not followed.
+  virtual void Response(int statusCode, std::optional<std::string_view> location) = 0;
+  virtual void Data(std::span<const char> bytes) = 0;
+  virtual void End(TsBody body) = 0;
+  virtual void Error(std::string_view description) = 0;
+};
+
+// One HTTP request, outside the browser engine and without cookies, whose response arrives as events: a response for
+// a refused redirect and one for the answer itself, data, then exactly one end or error. After that the request is
+// cleared and can't be started again.
+class TsNetworkRequest final : tessaro::platform::HTTPTransferClient {
+ public:
+  // `listener` must outlive the request.
+  TsNetworkRequest(tessaro::platform::HTTPRequest request, TsNetworkRequestListener& listener);
+
+  // Returns at once. Starting a running request begins anew, with a new connection and an empty body; nothing more is
+  // heard of the earlier connection.
+  void Start();
+
+ private:
+  void Expect(std::uint64_t length) noexcept override;
+  [[nodiscard]] bool Keep(std::span<const char> piece) noexcept override;
+  void RefusedRedirect(int statusCode, std::string_view location) noexcept override;
+  void ReceivedResponse(int statusCode) noexcept override;
+  void ReceivedData(std::size_t length) noexcept override;
+  void Finished() noexcept override;
+  void Failed(std::string_view description) noexcept override;
+
+  void Clear();
+
+  std::optional<tessaro::platform::HTTPRequest> request_;
+  TsNetworkRequestListener& listener_;
+  TsBody body_;
+  std::unique_ptr<tessaro::platform::HTTPTransfer> connection_;
+};

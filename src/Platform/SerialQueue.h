@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+namespace tessaro::platform {
+
+// Runs tasks away from the main thread, one after the other, in the order in which they were posted.
+//
+// Post() may be called on any thread. Each task runs with an autorelease pool and must not throw C++ exceptions. Tasks
+// that were posted run even when the queue is gone by then, unless the process ends before.
+class SerialQueue {
+ public:
+  using Task = std::function<void()>;
+
+  SerialQueue();
+  ~SerialQueue();
+  SerialQueue(const SerialQueue&) = delete;
+  SerialQueue& operator=(const SerialQueue&) = delete;
+
+  void Post(Task task) noexcept;
+
+ private:
+  struct Body;
+  std::shared_ptr<Body> body_;
+};
+
+}  // namespace tessaro::platform

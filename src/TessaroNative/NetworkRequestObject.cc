@@ -1,0 +1,188 @@
+#include "TessaroNative/NetworkRequestObject.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+#include "Utilities/TsApplicationIsolate.h"
+
+namespace {
+
+constexpr int kNativeField = 0;
+// Up to here the engine's own memory is cheaper than a piece of foreign memory that it has to keep account of. An
+// engine that lives in a sandbox takes no foreign memory at all.
+#ifdef V8_ENABLE_SANDBOX
+constexpr std::size_t kMostInEngine = SIZE_MAX;
+#else
+constexpr std::size_t kMostInEngine = 16 * 1024;
+#endif
+
+v8::Local<v8::String> Name(v8::Isolate* isolate, const char* name) {
+  return v8::String::NewFromUtf8(isolate, name, v8::NewStringType::kInternalized).ToLocalChecked();
+}
+
+v8::Local<v8::Value> Text(v8::Isolate* isolate, std::string_view text) {
+  v8::Local<v8::String> string;
+  const auto made =
+      v8::String::NewFromUtf8(isolate, text.data(), v8::NewStringType::kNormal, static_cast<int>(text.size()));
+  if (!made.ToLocal(&string)) return v8::String::Empty(isolate);
+  return string;
+}
+
+v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody::Bytes bytes, std::size_t size) {
+  const auto free = [](void* moved, std::size_t, void*) { TsBody::Free()(static_cast<char*>(moved)); };
+  return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(bytes.release(), size, free, nullptr));
+}
+
+v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const char> bytes) {
+  // The engine would fill its own memory with zeros first.
+  if (bytes.size() > kMostInEngine) {
+    if (TsBody::Bytes copy(static_cast<char*>(std::malloc(bytes.size()))); copy) {
+      std::memcpy(copy.get(), bytes.data(), bytes.size());
+      return MoveToScript(isolate, std::move(copy), bytes.size());
+    }
+  }
+  const auto buffer = v8::ArrayBuffer::New(isolate, bytes.size());
+  if (!bytes.empty()) std::memcpy(buffer->GetBackingStore()->Data(), bytes.data(), bytes.size());
+  return buffer;
+}
+
+v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
+  const std::size_t size = body.size();
+  if (size <= kMostInEngine) return CopyToScript(isolate, body.First(size));
+  return MoveToScript(isolate, body.Leave(), size);
+}
+
+}  // namespace
+
+// Every native half of a script object, and what they are made from.
+struct NetworkRequestObject::Living {
+  v8::Global<v8::FunctionTemplate> maker;
+  v8::Global<v8::String> statusCode;
+  std::list<std::unique_ptr<NetworkRequestObject>> objects;
+
+  static Living& Shared() {
+    // Not destroyed: at the end of the process there may be no engine left to give the handles back to.
+    static auto* const living = std::make_unique<Living>().release();
+    return *living;
+  }
+};
+
+v8::MaybeLocal<v8::Object> NetworkRequestObject::New(v8::Local<v8::Context> context,
+                                                     tessaro::platform::HTTPRequest request) {
+  v8::Isolate* isolate = context->GetIsolate();
+  Living& living = Living::Shared();
+  if (living.maker.IsEmpty()) living.maker.Reset(isolate, MakeTemplate(isolate));
+
+  v8::Local<v8::Object> object;
+  if (!living.maker.Get(isolate)->InstanceTemplate()->NewInstance(context).ToLocal(&object)) return {};
+  auto& made =
+      living.objects.emplace_front(std::make_unique<NetworkRequestObject>(std::move(request), isolate, object));
+  made->place_ = living.objects.begin();
+  return object;
+}
+
+void NetworkRequestObject::DestroyAll() {
+  Living& living = Living::Shared();
+  living.objects.clear();
+  living.maker.Reset();
+}
+
+NetworkRequestObject::NetworkRequestObject(tessaro::platform::HTTPRequest request, v8::Isolate* isolate,
+                                           v8::Local<v8::Object> object)
+    : object_(isolate, object), request_(std::move(request), *this) {
+  object->SetAlignedPointerInInternalField(kNativeField, this);
+  object_.SetWeak(this, Collected, v8::WeakCallbackType::kParameter);
+}
+
+v8::Local<v8::FunctionTemplate> NetworkRequestObject::MakeTemplate(v8::Isolate* isolate) {
+  const auto maker = v8::FunctionTemplate::New(isolate);
+  const auto instance = maker->InstanceTemplate();
+  instance->SetInternalFieldCount(1);
+  instance->Set(Name(isolate, "on"), v8::FunctionTemplate::New(isolate, On));
+  instance->Set(Name(isolate, "start"), v8::FunctionTemplate::New(isolate, Start));
+  return maker;
+}
+
+// nullptr when the method was taken from a request and called on something else.
+NetworkRequestObject* NetworkRequestObject::ReceiverOf(const Arguments& args) {
+  const auto maker = Living::Shared().maker.Get(args.GetIsolate());
+  if (maker.IsEmpty() || !maker->HasInstance(args.This())) return nullptr;
+  return static_cast<NetworkRequestObject*>(args.This()->GetAlignedPointerFromInternalField(kNativeField));
+}
+
+void NetworkRequestObject::On(const Arguments& args) {
+  NetworkRequestObject* self = ReceiverOf(args);
+  if (self == nullptr || args.Length() != 2) return;
+  v8::Isolate* isolate = args.GetIsolate();
+  // A script's own toString() may throw; then there is no such event.
+  const v8::TryCatch conversion(isolate);
+  const v8::String::Utf8Value name(isolate, args[0]);
+  if (*name == nullptr) return;
+  TsEventEmitter* emitter = self->EmitterNamed({*name, static_cast<std::size_t>(name.length())});
+  if (emitter != nullptr) emitter->Add(isolate, args[1]);
+}
+
+void NetworkRequestObject::Start(const Arguments& args) {
+  if (NetworkRequestObject* self = ReceiverOf(args)) self->request_.Start();
+}
+
+void NetworkRequestObject::Collected(const v8::WeakCallbackInfo<NetworkRequestObject>& info) {
+  info.GetParameter()->object_.Reset();
+  // The first call may do no more than that.
+  info.SetSecondPassCallback([](const v8::WeakCallbackInfo<NetworkRequestObject>& later) {
+    Living::Shared().objects.erase(later.GetParameter()->place_);
+  });
+}
+
+TsEventEmitter* NetworkRequestObject::EmitterNamed(std::string_view eventName) {
+  if (eventName == "response") return &response_;
+  if (eventName == "data") return &data_;
+  if (eventName == "error") return &error_;
+  if (eventName == "end") return &end_;
+  return nullptr;
+}
+
+void NetworkRequestObject::Response(int statusCode, std::optional<std::string_view> location) {
+  if (object_.IsEmpty()) return;
+  const TsEngineEntry entry(GetApplicationIsolate());
+  v8::Isolate* isolate = entry.isolate();
+  const auto object = object_.Get(isolate);
+  const auto set = [&](const char* name, v8::Local<v8::Value> value) {
+    static_cast<void>(object->Set(entry.context(), Name(isolate, name), value).IsNothing());
+  };
+  set("statusCode", v8::Integer::New(isolate, statusCode));
+  if (location) set("location", Text(isolate, *location));
+  response_.Emit(entry, object);
+}
+
+void NetworkRequestObject::Data(std::span<const char> bytes) {
+  if (object_.IsEmpty() || data_.IsEmpty()) return;
+  const TsEngineEntry entry(GetApplicationIsolate());
+  [[maybe_unused]] const auto keptMeanwhile = object_.Get(entry.isolate());
+  data_.Emit(entry, CopyToScript(entry.isolate(), bytes));
+}
+
+void NetworkRequestObject::End(TsBody body) {
+  if (object_.IsEmpty()) return;
+  const TsEngineEntry entry(GetApplicationIsolate());
+  v8::Isolate* isolate = entry.isolate();
+  const auto object = object_.Get(isolate);
+  const auto buffer = MoveToScript(isolate, std::move(body));
+  static_cast<void>(object->Set(entry.context(), Name(isolate, "buffer"), buffer).IsNothing());
+  end_.Emit(entry, object);
+  Clear();
+}
+
+void NetworkRequestObject::Error(std::string_view description) {
+  if (object_.IsEmpty()) return;
+  const TsEngineEntry entry(GetApplicationIsolate());
+  [[maybe_unused]] const auto keptMeanwhile = object_.Get(entry.isolate());
+  error_.Emit(entry, Text(entry.isolate(), description));
+  Clear();
+}
+
+void NetworkRequestObject::Clear() {
+  for (TsEventEmitter* emitter : {&response_, &error_, &data_, &end_}) emitter->Clear();
+}

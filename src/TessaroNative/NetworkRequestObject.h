@@ -1,0 +1,53 @@
+#pragma once
+
+#include <node.h>
+
+#include <list>
+#include <memory>
+
+#include "Network/TsNetwork.h"
+#include "Utilities/TsEventEmitter.h"
+
+// A request as script sees it: an object with the methods "on" and "start", which hands the request's events to the
+// listeners that "on" has registered.
+//
+// Lives exactly as long as its script object: when the engine collects that, a request that still runs is cancelled.
+// The listeners are let go of at the end of the request.
+class NetworkRequestObject final : TsNetworkRequestListener {
+ public:
+  // A new script object; its native half belongs to it. Empty when the engine can't make one.
+  [[nodiscard]] static v8::MaybeLocal<v8::Object> New(v8::Local<v8::Context> context,
+                                                      tessaro::platform::HTTPRequest request);
+
+  // At the end of the script environment.
+  static void DestroyAll();
+
+  // For New().
+  NetworkRequestObject(tessaro::platform::HTTPRequest request, v8::Isolate* isolate, v8::Local<v8::Object> object);
+
+ private:
+  struct Living;
+  using Arguments = v8::FunctionCallbackInfo<v8::Value>;
+
+  static v8::Local<v8::FunctionTemplate> MakeTemplate(v8::Isolate* isolate);
+  static NetworkRequestObject* ReceiverOf(const Arguments& args);
+  static void On(const Arguments& args);
+  static void Start(const Arguments& args);
+  static void Collected(const v8::WeakCallbackInfo<NetworkRequestObject>& info);
+
+  void Response(int statusCode, std::optional<std::string_view> location) override;
+  void Data(std::span<const char> bytes) override;
+  void End(TsBody body) override;
+  void Error(std::string_view description) override;
+
+  [[nodiscard]] TsEventEmitter* EmitterNamed(std::string_view eventName);
+  void Clear();
+
+  v8::Global<v8::Object> object_;
+  TsEventEmitter error_;
+  TsEventEmitter response_;
+  TsEventEmitter data_;
+  TsEventEmitter end_;
+  TsNetworkRequest request_;
+  std::list<std::unique_ptr<NetworkRequestObject>>::iterator place_;
+};

@@ -1,0 +1,408 @@
+'use strict';
+
+const assert = require('assert');
+const http = require('http');
+const net = require('net');
+const { test } = require('node:test');
+
+const { runScript, startScript } = require('./support/child');
+const { client, evaluateRequests, listen, request, serve, whole } = require('./support/requests');
+
+const ok = 'HTTP/1.1 200 OK\r\n';
+
+/** Events in short: response codes, "data", "end" with its length, and errors by their number. */
+const inShort = (events) =>
+  events
+    .map(([name, first, second]) => {
+      if (name === 'response') return second;
+      if (name === 'end') return `end ${second.length}`;
+      return name === 'error' ? Number(first.match(/^Error Domain=NSURLErrorDomain Code=(-\d+) "/)?.[1]) : name;
+    })
+    .slice(1);
+
+/** A server that does to each connection what the path of its first request names. */
+function hostileServer(test, deeds) {
+  const server = net.createServer((socket) =>
+    socket.once('data', (bytes) => deeds[bytes.toString().match(/ \/([^/ ]*)/)[1]](socket)),
+  );
+  return listen(test, server);
+}
+
+function endlessly(socket, piece) {
+  const write = () => {
+    while (!socket.destroyed && socket.write(piece));
+  };
+  socket.on('drain', write);
+  write();
+}
+
+test('whatever a server does, there is one end or one error', async (t) => {
+  const cases = {
+    closedAtOnce: [(s) => s.destroy(), [-1005]],
+    endedAtOnce: [(s) => s.end(), [-1005]],
+    reset: [
+      (s) => s.write(`${ok}Content-Length: 100\r\n\r\nabc`, () => setTimeout(() => s.resetAndDestroy(), 20)),
+      [200, 'data', -1005],
+    ],
+    tooShort: [(s) => s.end(`${ok}Content-Length: 100\r\n\r\nabc`), [200, 'data', -1005]],
+    tooLong: [(s) => s.end(`${ok}Content-Length: 3\r\n\r\nabcdef`), [200, 'data', 'end 3']],
+    untilTheEnd: [(s) => s.end('HTTP/1.0 200 OK\r\n\r\nabcdef'), [200, 'data', 'end 6']],
+    lengthBelowNothing: [(s) => s.end(`${ok}Content-Length: -3\r\n\r\nabc`), [-1011]],
+    halfOfTheHeaders: [(s) => s.end(`${ok}Content-Le`), [-1005]],
+    otherProtocol: [(s) => s.end('SSH-2.0-Server\r\n'), [-1011]],
+    impossibleStatus: [(s) => s.end('HTTP/1.1 99999 ?\r\n\r\n'), [-1011]],
+    noChunk: [(s) => s.end(`${ok}Transfer-Encoding: chunked\r\n\r\nzz\r\nabc\r\n`), [200, -1005]],
+    halfAChunk: [(s) => s.end(`${ok}Transfer-Encoding: chunked\r\n\r\n5\r\nabc`), [200, 'data', -1005]],
+    headersBehind: [
+      (s) => s.end(`${ok}Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\nLocation: /x\r\n\r\n`),
+      [200, 'data', 'end 3'],
+    ],
+    answersBefore: [
+      (s) =>
+        s.end(
+          `HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 103 Hints\r\nLocation: /x\r\n\r\n${ok}Content-Length: 2\r\n\r\nok`,
+        ),
+      [200, 'data', 'end 2'],
+    ],
+    otherCourse: [(s) => s.end('HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\n\r\nabc'), [101, 'data', 'end 3']],
+    noGzip: [(s) => s.end(`${ok}Content-Encoding: gzip\r\nContent-Length: 5\r\n\r\nhello`), [200, -1015]],
+    unknownEncoding: [(s) => s.end(`${ok}Content-Encoding: own\r\nContent-Length: 5\r\n\r\nhello`), [200, -1015]],
+    toItself: [
+      (s) => s.end('HTTP/1.1 302 Found\r\nLocation: /toItself\r\nConnection: close\r\nContent-Length: 0\r\n\r\n'),
+      [-1007],
+    ],
+    toAFile: [(s) => s.end('HTTP/1.1 302 Found\r\nLocation: file:///etc/passwd\r\nContent-Length: 0\r\n\r\n'), [-1002]],
+    silent: [() => {}, [-1001]],
+    silentBetween: [(s) => s.write(`${ok}Content-Length: 100\r\n\r\nabc`), [200, 'data', -1001]],
+    slowHeaders: [
+      (s) => {
+        s.write(ok);
+        const drip = setInterval(() => s.write('X'), 20);
+        s.on('close', () => clearInterval(drip));
+      },
+      [-1001],
+    ],
+    endlessHeaders: [(s) => endlessly(s, `X-Line: ${'x'.repeat(1000)}\r\n`), [-1011]],
+  };
+  const url = await hostileServer(t, Object.fromEntries(Object.entries(cases).map(([name, [deed]]) => [name, deed])));
+  const names = Object.keys(cases);
+  const answers = await request(
+    t,
+    names.map((name) => [`${url}/${name}`, { timeout: 0.4 }]),
+  );
+  const expected = Object.fromEntries(names.map((name) => [name, cases[name][1]]));
+  assert.deepStrictEqual(Object.fromEntries(names.map((name, i) => [name, inShort(answers[i])])), expected);
+});
+
+test('a server that keeps talking is not silent', async (t) => {
+  const url = await serve(t, (_question, answer) => {
+    let left = 8;
+    const drip = setInterval(() => (--left > 0 ? answer.write('.') : answer.end(clearInterval(drip))), 100);
+  });
+  const [events] = await request(t, [[url, { timeout: 0.4 }]]);
+  assert.deepStrictEqual(events.at(-1), ['end', true, '.......']);
+});
+
+test('what cannot be sent is an error, and nothing is sent', async (t) => {
+  let questions = 0;
+  const url = await serve(t, (_question, answer) => {
+    ++questions;
+    answer.end();
+  });
+  const refused = await listen(t, net.createServer());
+  const closed = net.createServer().listen(0, '127.0.0.1');
+  await new Promise((resolve) => closed.once('listening', resolve));
+  const { port } = closed.address();
+  await new Promise((resolve) => closed.close(resolve));
+  const cases = [
+    [[''], -1002],
+    [['nonsense'], -1002],
+    [['//host/path'], -1002],
+    [['http:/host'], -1002],
+    [['file:///etc/passwd'], -1002],
+    [['ftp://127.0.0.1/'], -1002],
+    [['data:text/plain,x'], -1002],
+    [['http://'], -1000],
+    [['http://[::1'], -1000],
+    [['http://127.0.0.1:99999/'], -1000],
+    [[`${url}/a b`], -1000],
+    [[`${url}/\r\nX: y`], -1000],
+    [[`${url}/\0`], -1000],
+    [[url, { method: '' }], -1],
+    [[url, { method: 'GET / HTTP/1.1\r\nX: y\r\n\r\nGET' }], -1],
+    [[url, { headers: { 'A: b\r\nC': 'd' } }], -1],
+    [[url, { headers: { A: 'b\r\nC: d' } }], -1],
+    [[url, { headers: { A: 'b\0' } }], -1],
+    [[`http://127.0.0.1:${port}/`], -1004],
+    [['http://nowhere.invalid/'], -1003],
+    [[refused, { timeout: 0.2 }], -1001],
+  ];
+  const answers = await request(
+    t,
+    cases.map(([args]) => args),
+  );
+  assert.deepStrictEqual(
+    answers.map((events, i) => [cases[i][0], inShort(events)]),
+    cases.map(([args, number]) => [args, [number]]),
+  );
+  assert.strictEqual(questions, 0);
+});
+
+test('the description of an error has its domain, number, text and address', async (t) => {
+  const [[, [, text]]] = await request(t, [['ftp://127.0.0.1/x']]);
+  assert.strictEqual(
+    text,
+    'Error Domain=NSURLErrorDomain Code=-1002 "unsupported URL" UserInfo={' +
+      'NSErrorFailingURLStringKey=ftp://127.0.0.1/x, NSLocalizedDescription=unsupported URL, ' +
+      'NSUnderlyingError=Unsupported protocol}',
+  );
+});
+
+test('a timeout that is none is the default', async (t) => {
+  const url = await serve(t, (_question, answer) => setTimeout(() => answer.end('late'), 200));
+  const answers = await request(
+    t,
+    [0, -1, NaN, Infinity, 1e300].map((timeout) => [url, { timeout }]),
+  );
+  for (const events of answers) assert.deepStrictEqual(events, whole(200, 'late'));
+});
+
+test('a thousand at once all end, over few connections', async (t) => {
+  const connections = new Set();
+  const url = await serve(t, (question, answer) => {
+    connections.add(question.socket);
+    answer.end(question.url);
+  });
+  const result = await evaluateRequests(
+    t,
+    `Promise.all(Array.from({ length: 1000 }, (_, i) => request(${JSON.stringify(url)} + '/' + i))).then((all) =>
+       console.log(JSON.stringify(all.filter((events, i) => events.at(-1)[2] === '/' + i && events.length === 4).length)));`,
+  );
+  assert.strictEqual(result, 1000);
+  assert.ok(connections.size <= 32, `${connections.size} connections`);
+});
+
+test('starting again begins anew; of the earlier connection nothing more is heard', async (t) => {
+  let count = 0;
+  const url = await serve(t, (_question, answer) => {
+    const name = `answer ${++count}`;
+    answer.write(name);
+    setTimeout(() => answer.end(), 50);
+  });
+  const events = await evaluateRequests(
+    t,
+    `let starts = 0;
+     request(${JSON.stringify(url)}, {}, (made) => made.on('data', () => { if (++starts === 1) { made.start(); made.start(); } }))
+       .then((all) => setTimeout(() => console.log(JSON.stringify(all)), 200));`,
+  );
+  const last = events.at(-1);
+  assert.strictEqual(last[0], 'end');
+  assert.strictEqual(events.filter(([name]) => name === 'end').length, 1);
+  assert.strictEqual(events.filter(([name]) => name === 'response').length, 2);
+  assert.match(last[2], /^answer [23]$/);
+});
+
+test('what a listener throws is an uncaught exception, and the others are called', async (t) => {
+  const url = await serve(t, (_question, answer) => answer.end('body'));
+  const result = await evaluateRequests(
+    t,
+    `const seen = [];
+     process.on('uncaughtException', (error) => seen.push(error.message ?? error));
+     request(${JSON.stringify(url)}, {}, (made) => {
+       for (const name of ['response', 'data', 'end']) made.on(name, () => { throw new Error(name); });
+       made.on('response', 'no function');
+       made.on('end', () => Promise.resolve().then(() => seen.push('reaction')));
+     }).then((events) => setTimeout(() => console.log(JSON.stringify([events, seen])), 50));`,
+  );
+  assert.deepStrictEqual(result, [
+    whole(200, 'body'),
+    ['response', 'object is not a function', 'data', 'end', 'reaction'],
+  ]);
+});
+
+test('collecting a request that runs cancels it', async (t) => {
+  const sockets = new Set();
+  const url = await serve(t, (question, answer) => {
+    sockets.add(question.socket);
+    question.socket.on('close', () => sockets.delete(question.socket));
+    answer.write('begun');
+  });
+  const { code, stderr, stdout } = await runScript(
+    t,
+    `${client}
+     const heard = [];
+     let held = [];
+     const start = (i) => {
+       const made = m.createRequest(${JSON.stringify(url)} + '/' + i);
+       made.on('data', () => heard.push(i));
+       for (const name of ['end', 'error']) made.on(name, () => console.log(name));
+       made.start();
+       held.push(made);
+     };
+     for (let i = 0; i < 20; ++i) start(i);
+     const timer = setInterval(() => {
+       if (heard.length < 20) return;
+       held = [];
+       gc();
+       clearInterval(timer);
+       setTimeout(() => console.log(heard.length), 300);
+     }, 10);`,
+    { nodeOptions: ['--expose-gc'] },
+  );
+  assert.deepStrictEqual([code, stdout, stderr], [0, '20\n', '']);
+  assert.strictEqual(sockets.size, 0);
+});
+
+test('collecting is safe at any moment', async (t) => {
+  const url = await serve(t, (question, answer) => answer.end('x'.repeat(Number(question.url.slice(1)))));
+  const { code, stdout, stderr } = await runScript(
+    t,
+    `${client}
+     let ends = 0;
+     const timer = setInterval(() => {}, 1000);
+     const again = (left) => {
+       if (left === 0) return clearInterval(timer);
+       for (let i = 0; i < 10; ++i) {
+         const made = m.createRequest(${JSON.stringify(url)} + '/' + i * 20000);
+         made.on('response', () => gc());
+         made.on('end', () => ++ends);
+         made.start();
+         m.createRequest('http://127.0.0.1:1/').start();
+         m.createRequest('never started').on('end', () => {});
+       }
+       gc();
+       setTimeout(again, left % 5, left - 1);
+     };
+     again(100);
+     process.on('exit', () => console.log(typeof ends));`,
+    { nodeOptions: ['--expose-gc'] },
+  );
+  assert.deepStrictEqual([code, stdout, stderr], [0, 'number\n', '']);
+});
+
+test('a running request does not hold the process, and its end is clean', async (t) => {
+  const url = await serve(t, (question, answer) => {
+    if (question.url === '/silent') return;
+    answer.write('x'.repeat(1e6));
+  });
+  const endings = {
+    'nothing left to do': '',
+    'process.exit()': `setTimeout(() => process.exit(0), 100);`,
+    'process.exit() in a listener': `kept[0].on('data', () => process.exit(0)); setInterval(() => {}, 1000);`,
+    'an exception in a listener': `process.on('uncaughtException', () => process.exit(0)); kept[0].on('data', () => { throw 1; }); setInterval(() => {}, 1000);`,
+  };
+  for (const [name, ending] of Object.entries(endings)) {
+    const { code, signal, stderr } = await runScript(
+      t,
+      `${client}
+       const kept = ['/', '/silent', '/'].map((path) => m.createRequest(${JSON.stringify(url)} + path));
+       for (const made of kept) { made.on('data', () => {}); made.start(); }
+       ${ending}`,
+    );
+    assert.deepStrictEqual([code, signal, stderr], [0, null, ''], name);
+  }
+});
+
+test('proxies come from the environment', async (t) => {
+  const asked = [];
+  const proxy = await serve(t, (question, answer) => {
+    asked.push(question.url);
+    answer.end('from the proxy');
+  });
+  const [through, past] = await request(t, [['http://nowhere.invalid/x'], ['http://other.invalid/']], {
+    env: { http_proxy: proxy, no_proxy: 'other.invalid' },
+  });
+  assert.deepStrictEqual(through, whole(200, 'from the proxy'));
+  assert.deepStrictEqual(inShort(past), [-1003]);
+  assert.deepStrictEqual(asked, ['http://nowhere.invalid/x']);
+});
+
+test('no cookie is stored or sent', async (t) => {
+  const cookies = [];
+  const url = await serve(t, (question, answer) => {
+    cookies.push(question.headers.cookie);
+    answer.setHeader('set-cookie', 'a=b; path=/').end();
+  });
+  await request(t, [[url], [url], [url, { headers: { Cookie: 'own=1' } }]]);
+  assert.deepStrictEqual(cookies, [undefined, undefined, 'own=1']);
+});
+
+test('script that is busy slows the server down, and the memory stays what the body needs', async (t) => {
+  const size = 300 * 1024 * 1024;
+  let sent = 0;
+  const url = await serve(t, (_question, answer) => {
+    answer.setHeader('content-length', size);
+    const piece = Buffer.alloc(1024 * 1024);
+    const write = () => {
+      while (sent < size) {
+        sent += piece.length;
+        if (!answer.write(piece)) return answer.once('drain', write);
+      }
+      return answer.end();
+    };
+    write();
+  });
+  const child = startScript(
+    t,
+    `${client}
+     const made = m.createRequest(${JSON.stringify(url)});
+     const alive = setInterval(() => {}, 1000);
+     let received = 0, largest = 0, busy = true;
+     made.on('data', (data) => {
+       received += data.byteLength;
+       largest = Math.max(largest, data.byteLength);
+       if (!busy) return;
+       busy = false;
+       console.log('busy');
+       for (const end = Date.now() + 1000; Date.now() < end;);
+     });
+     made.on('end', ({ buffer }) => {
+       const peak = Number(require('fs').readFileSync('/proc/self/status', 'utf8').match(/VmHWM:\\s+(\\d+)/)[1]) * 1024;
+       console.log(JSON.stringify({ received, length: buffer.byteLength, largest, peak }));
+       clearInterval(alive);
+     });
+     made.start();`,
+  );
+  await new Promise((resolve) => child.process.stdout.once('data', resolve));
+  await new Promise((resolve) => setTimeout(resolve, 500));
+  const meanwhile = sent;
+  const { code, stderr } = await child.ended;
+  assert.strictEqual(code, 0, stderr);
+  const { received, length, largest, peak } = JSON.parse(child.output.stdout.split('\n')[1]);
+  assert.deepStrictEqual([received, length], [size, size]);
+  assert.ok(meanwhile < 40e6, `${meanwhile} bytes were sent to a busy process`);
+  assert.ok(largest <= 1.1e6, `a chunk of ${largest} bytes`);
+  assert.ok(peak < size + 200e6, `${peak} bytes at most, for ${size}`);
+});
+
+test('a body beyond what 31 bits count', async (t) => {
+  const size = 2 ** 31 + 12345;
+  const server = http.createServer((_question, answer) => {
+    answer.setHeader('content-length', size);
+    const piece = Buffer.alloc(1024 * 1024, 7);
+    let left = size;
+    const write = () => {
+      while (left > 0) {
+        const next = piece.subarray(0, Math.min(left, piece.length));
+        left -= next.length;
+        if (!answer.write(next)) return answer.once('drain', write);
+      }
+      return answer.end();
+    };
+    write();
+  });
+  const url = await listen(t, server);
+  const result = await evaluateRequests(
+    t,
+    `const alive = setInterval(() => {}, 1000);
+     const made = m.createRequest(${JSON.stringify(url)});
+     made.on('end', ({ buffer }) => {
+       const bytes = new Uint8Array(buffer);
+       console.log(JSON.stringify([bytes.length, bytes[0], bytes[2 ** 31], bytes.at(-1)]));
+       clearInterval(alive);
+     });
+     made.on('error', (text) => { console.log(JSON.stringify(text)); clearInterval(alive); });
+     made.start();`,
+  );
+  assert.deepStrictEqual(result, [size, 7, 7, 7]);
+});

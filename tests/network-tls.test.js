@@ -1,0 +1,214 @@
+'use strict';
+
+const assert = require('assert');
+const { execFileSync } = require('child_process');
+const fs = require('fs');
+const http2 = require('http2');
+const https = require('https');
+const path = require('path');
+const { test } = require('node:test');
+
+const { runScript, temporaryDirectory } = require('./support/child');
+const { client, evaluateRequests, listen, request, whole } = require('./support/requests');
+
+/** A certificate that nobody but itself vouches for, and its key. */
+function certificate(test, ...options) {
+  const directory = temporaryDirectory(test);
+  const [key, cert] = ['key.pem', 'cert.pem'].map((name) => path.join(directory, name));
+  const kind = ['-newkey', 'ec', '-pkeyopt', 'ec_paramgen_curve:prime256v1', '-nodes', '-subj', '/CN=test'];
+  execFileSync('openssl', ['req', '-x509', ...kind, '-keyout', key, '-out', cert, ...options], { stdio: 'ignore' });
+  return { file: cert, key: fs.readFileSync(key), cert: fs.readFileSync(cert) };
+}
+
+// openssl makes none that has expired; it can say that today is long ago.
+function expiredCertificate(test) {
+  const made = certificate(test, ...forThisHost);
+  const directory = path.dirname(made.file);
+  const request = path.join(directory, 'request.pem');
+  const run = (...args) => execFileSync('openssl', args, { cwd: directory, stdio: 'ignore' });
+  fs.writeFileSync(path.join(directory, 'index.txt'), '');
+  fs.writeFileSync(path.join(directory, 'serial'), '01');
+  fs.writeFileSync(
+    path.join(directory, 'ca.conf'),
+    `[ca]\ndefault_ca=d\n[d]\ndatabase=index.txt\nserial=serial\nnew_certs_dir=.\ndefault_md=sha256\npolicy=p
+     [p]\ncommonName=supplied\n[x]\nsubjectAltName=IP:127.0.0.1\nbasicConstraints=CA:TRUE`.replace(/^ +/gm, ''),
+  );
+  run('req', '-new', '-key', 'key.pem', '-subj', '/CN=test', '-out', request);
+  const past = ['-startdate', '200101000000Z', '-enddate', '200102000000Z'];
+  run(
+    'ca',
+    '-batch',
+    '-config',
+    'ca.conf',
+    '-extensions',
+    'x',
+    '-selfsign',
+    '-keyfile',
+    'key.pem',
+    '-in',
+    request,
+    ...past,
+    '-out',
+    'cert.pem',
+    '-notext',
+  );
+  return { ...made, cert: fs.readFileSync(made.file) };
+}
+
+const forThisHost = ['-addext', 'subjectAltName=IP:127.0.0.1', '-days', '2'];
+
+// The server's own account of what it keeps for a connection would make it refuse these.
+const generous = { maxSessionMemory: 1000 };
+
+const answer = (question, response) => response.end(`HTTP/${question.httpVersion} ${question.url}`);
+
+test('HTTP/2 where the server speaks it, else HTTP/1.1', async (t) => {
+  const own = certificate(t, ...forThisHost);
+  const both = await listen(t, http2.createSecureServer({ ...own, allowHTTP1: true }, answer), 'https');
+  const old = await listen(t, https.createServer(own, answer), 'https');
+  const answers = await request(t, [[`${both}/a`], [`${old}/b`], [`${both}/c`]], { env: { SSL_CERT_FILE: own.file } });
+  assert.deepStrictEqual(answers, [whole(200, 'HTTP/2.0 /a'), whole(200, 'HTTP/1.1 /b'), whole(200, 'HTTP/2.0 /c')]);
+});
+
+test('an invalid certificate is an error, and nothing is asked', async (t) => {
+  const good = certificate(t, ...forThisHost);
+  const otherHost = certificate(t, '-addext', 'subjectAltName=DNS:other.invalid');
+  const expired = expiredCertificate(t);
+  let questions = 0;
+  for (const [what, own, trusted] of [
+    ['unknown issuer', good, undefined],
+    ['other issuer', good, otherHost.file],
+    ['other host', otherHost, otherHost.file],
+    ['expired', expired, expired.file],
+    ['unreadable list', good, '/nowhere.pem'],
+  ]) {
+    const server = https.createServer(own, () => ++questions).on('tlsClientError', () => {});
+    const url = await listen(t, server, 'https');
+    const [[, [name, text]]] = await request(t, [[url]], { env: trusted ? { SSL_CERT_FILE: trusted } : {} });
+    assert.strictEqual(name, 'error', what);
+    assert.match(text, what === 'unreadable list' ? /Code=-1200 / : /Code=-1202 /, what);
+  }
+  assert.strictEqual(questions, 0);
+});
+
+test('a server without TLS, or that ends in the middle of it', async (t) => {
+  const plain = await listen(t, require('http').createServer(answer), 'https');
+  const rude = await listen(
+    t,
+    require('net').createServer((s) => s.once('data', () => s.end())),
+    'https',
+  );
+  for (const [[, [name, text]]] of await request(t, [[plain], [rude]]).then((all) => all.map((events) => [events]))) {
+    assert.deepStrictEqual([name, /Code=(-1200|-1005) /.test(text)], ['error', true], text);
+  }
+});
+
+test('many requests share one HTTP/2 connection, and each gets its own answer', async (t) => {
+  const own = certificate(t, ...forThisHost);
+  const sessions = new Set();
+  const server = http2.createSecureServer({ ...own, ...generous }, (question, response) => {
+    sessions.add(question.stream.session);
+    const size = Number(question.url.slice(1)) * 1000;
+    response.end(Buffer.alloc(size, question.url));
+  });
+  const url = await listen(t, server, 'https');
+  const result = await evaluateRequests(
+    t,
+    `Promise.all(Array.from({ length: 300 }, (_, i) => request(${JSON.stringify(url)} + '/' + i))).then((all) => {
+       const good = all.filter((events, i) => {
+         const [name, , body] = events.at(-1);
+         return name === 'end' && body === Buffer.alloc(i * 1000, '/' + i).toString();
+       });
+       console.log(JSON.stringify(good.length));
+     });`,
+    { env: { SSL_CERT_FILE: own.file } },
+  );
+  assert.strictEqual(result, 300);
+  assert.strictEqual(sessions.size, 1);
+});
+
+test('large HTTP/2 bodies beside each other, one of them broken off', async (t) => {
+  const own = certificate(t, ...forThisHost);
+  const server = http2.createSecureServer({ ...own, ...generous });
+  server.on('stream', (stream, headers) => {
+    stream.on('error', () => {});
+    stream.respond({ ':status': 200 });
+    if (headers[':path'] !== '/broken') return stream.end(Buffer.alloc(40e6, headers[':path']));
+    stream.write(Buffer.alloc(5e6));
+    return setTimeout(() => stream.close(http2.constants.NGHTTP2_INTERNAL_ERROR), 50);
+  });
+  const url = await listen(t, server, 'https');
+  const result = await evaluateRequests(
+    t,
+    `const paths = ['/a', '/broken', '/b', '/c'];
+     Promise.all(paths.map((path) => request(${JSON.stringify(url)} + path))).then((all) =>
+       console.log(JSON.stringify(all.map((events, i) => {
+         const [name, first, body] = events.at(-1);
+         return name === 'end' ? body === Buffer.alloc(40e6, paths[i]).toString() : /Code=-1005 /.test(first);
+       }))));`,
+    { env: { SSL_CERT_FILE: own.file } },
+  );
+  assert.deepStrictEqual(result, [true, true, true, true]);
+});
+
+test('a connection that is lost in the middle ends every request on it', async (t) => {
+  const own = certificate(t, ...forThisHost);
+  const server = http2.createSecureServer(own);
+  server.on('stream', (stream) => {
+    stream.on('error', () => {});
+    stream.respond({ ':status': 200 });
+    stream.write('begun');
+  });
+  server.on('secureConnection', (socket) => setTimeout(() => socket.destroy(), 200));
+  const url = await listen(t, server, 'https');
+  const result = await evaluateRequests(
+    t,
+    `Promise.all(['/a', '/b', '/c'].map((path) => request(${JSON.stringify(url)} + path))).then((all) =>
+       console.log(JSON.stringify(all.map((events) => events.at(-1)[0]))));`,
+    { env: { SSL_CERT_FILE: own.file } },
+  );
+  assert.deepStrictEqual(result, ['error', 'error', 'error']);
+});
+
+const withoutIsolation =
+  process.env.TESSARO_SANITIZER_RUNTIME && 'the sanitizers end a process that opens a library with symbols of its own';
+
+test(
+  'TLS, HTTP/2 and decompression are those of the system, not those of Node.js',
+  { skip: withoutIsolation },
+  async (t) => {
+    const own = certificate(t, ...forThisHost);
+    const server = http2.createSecureServer(own, (question, response) => {
+      response.setHeader('content-encoding', 'gzip');
+      response.end(require('zlib').gzipSync('compressed'));
+    });
+    const url = await listen(t, server, 'https');
+    const directory = temporaryDirectory(t);
+    const { stdout } = await runScript(
+      t,
+      `${client}
+     request(${JSON.stringify(url)}).then((events) => console.log(events.at(-1)[2], process.pid));`,
+      { env: { SSL_CERT_FILE: own.file, LD_DEBUG: 'bindings', LD_DEBUG_OUTPUT: path.join(directory, 'bindings') } },
+    );
+    const [body, pid] = stdout.trim().split(' ');
+    assert.strictEqual(body, 'compressed');
+
+    // "binding file A [0] to B [0]: normal symbol `name' [version]"
+    const lines = fs.readFileSync(path.join(directory, `bindings.${pid}`), 'utf8').split('\n');
+    const bindings = lines.flatMap((line) => {
+      const match = line.match(/binding file (\S+) \[\d+\] to (\S+) \[\d+\]: \w+ symbol `(\w+)'/);
+      return match ? [match.slice(1).map((file) => path.basename(file))] : [];
+    });
+    const targets = (name) =>
+      new Set(bindings.filter(([from, , symbol]) => /^libcurl\.so/.test(from) && symbol === name).map(([, to]) => to));
+    assert.deepStrictEqual([...targets('SSL_new')], ['libssl.so.3']);
+    assert.deepStrictEqual([...targets('nghttp2_session_mem_recv')], ['libnghttp2.so.14']);
+    assert.deepStrictEqual([...targets('inflate')], ['TessaroTransfers.so']);
+    // Node.js also has what every program has, like the C library's streams.
+    const libraries = /^(TessaroTransfers\.so|lib(curl|ssl|crypto|nghttp2|zstd)\.so)/;
+    const foreign = bindings.filter(
+      ([from, to, symbol]) => libraries.test(from) && /^node/.test(to) && !/^(uv_|std(in|out|err)$)/.test(symbol),
+    );
+    assert.deepStrictEqual(foreign, []);
+  },
+);

@@ -1,0 +1,79 @@
+'use strict';
+
+// Servers for requests, and requests made by a process of their own.
+
+const http = require('http');
+const util = require('util');
+
+const { evaluate } = require('./child');
+
+/** Listens on a port of its own; the server and its connections end with the test. Gives the address. */
+async function listen(test, server, scheme = 'http') {
+  const sockets = new Set();
+  // Both kinds of servers call it; one of TLS also has the sockets below.
+  server.on('connection', (socket) => {
+    sockets.add(socket);
+    socket.on('error', () => {});
+    socket.on('close', () => sockets.delete(socket));
+  });
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  test.after(() => {
+    server.close();
+    for (const socket of sockets) socket.destroy();
+  });
+  return `${scheme}://127.0.0.1:${server.address().port}`;
+}
+
+/** An HTTP server that answers with `handler`. */
+const serve = (test, handler) => listen(test, http.createServer(handler));
+
+// What the requesting process runs: `request()` gives every event of a request, in order.
+const client = `
+const { module: m } = probe();
+function request(url, options, prepare = () => {}) {
+  // A running request does not keep the process alive.
+  const alive = setInterval(() => {}, 1000);
+  return new Promise((resolve) => {
+    const made = m.createRequest(url, ...(options === undefined ? [] : [options]));
+    const events = [];
+    const note = (...event) => events.push(event);
+    // JSON has no undefined; a text without it is easier to compare.
+    made.on('response', (r) => note('response', r === made, r.statusCode, ...('location' in r ? [r.location] : [])));
+    made.on('data', (data) => note('data', data instanceof ArrayBuffer && Buffer.from(data).toString()));
+    made.on('end', (r) => { note('end', r === made, Buffer.from(r.buffer).toString()); resolve(events); });
+    made.on('error', (text) => { note('error', text); resolve(events); });
+    prepare(made, note);
+    made.start();
+    note('started');
+  }).finally(() => clearInterval(alive));
+}
+`;
+
+/** Runs `source`, which may use `request()` and `m`, and gives what it prints as JSON. */
+const evaluateRequests = (test, source, options) => evaluate(test, client + source, options);
+
+/**
+ * Makes the requests, [url, options] each, one after the other and gives the events of each. Options may hold numbers
+ * that JSON hasn't.
+ */
+function request(test, requests, options) {
+  return evaluateRequests(
+    test,
+    `(async () => {
+       const all = [];
+       for (const args of ${util.inspect(requests, { depth: null, maxArrayLength: null, maxStringLength: null })}) all.push(await request(...args));
+       console.log(JSON.stringify(all));
+     })();`,
+    options,
+  );
+}
+
+/** The texts of the "data" events that a body gives when it arrives in one piece, and the rest of a plain answer. */
+const whole = (status, body) => [
+  ['started'],
+  ['response', true, status],
+  ...(body === '' ? [] : [['data', body]]),
+  ['end', true, body],
+];
+
+module.exports = { client, listen, serve, request, evaluateRequests, whole };
