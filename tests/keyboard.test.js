@@ -86,7 +86,9 @@ test('key combinations', async (t) => {
     CommandShift: (flags) => flags === (command | shift),
   };
   const bits = [shift, control, option, command];
-  const combinations = Array.from({ length: 16 }, (_, i) => bits.reduce((sum, bit, n) => sum | (i & (1 << n) && bit), 0));
+  const combinations = Array.from({ length: 16 }, (_, i) =>
+    bits.reduce((sum, bit, n) => sum | (i & (1 << n) && bit), 0),
+  );
   const results = await inSession(
     t,
     `print(${JSON.stringify(combinations.map((flags) => event(flags)))}.map((event) => call('predicates', event)));`,
@@ -152,7 +154,32 @@ test('virtual key codes follow the place of the key', async (t) => {
   );
   const none = 0xffff;
   assert.deepStrictEqual(result, [
-    0, 2, 45, 43, 49, 123, 124, 125, 126, 36, 53, 122, 103, 33, 30, 10, 12, 24, 82, 76, 57, 59, 55, none, none, none,
+    0,
+    2,
+    45,
+    43,
+    49,
+    123,
+    124,
+    125,
+    126,
+    36,
+    53,
+    122,
+    103,
+    33,
+    30,
+    10,
+    12,
+    24,
+    82,
+    76,
+    57,
+    59,
+    55,
+    none,
+    none,
+    none,
   ]);
 });
 

@@ -38,12 +38,25 @@ const inSession = (t, source) => evaluate(t, prelude + source, { env: session.en
 // submenu into it.
 const applicationMenu = 'TessaroHost';
 const menu = [
-  { title: applicationMenu, items: [{ title: 'About', commandId: 1 }, { title: 'Twice', commandId: 7 }] },
+  {
+    title: applicationMenu,
+    items: [
+      { title: 'About', commandId: 1 },
+      { title: 'Twice', commandId: 7 },
+    ],
+  },
   {
     title: 'Mail',
     items: [
       { title: 'New', commandId: 2, key: 'n', modifiers: command },
-      { title: 'Move', commandId: 3, items: [{ title: 'Archive', commandId: 4 }, { title: 'Twice', commandId: 7 }] },
+      {
+        title: 'Move',
+        commandId: 3,
+        items: [
+          { title: 'Archive', commandId: 4 },
+          { title: 'Twice', commandId: 7 },
+        ],
+      },
       { title: 'Marker' },
       { title: 'Behind', commandId: 5 },
       { title: 'Second behind', commandId: 6 },
@@ -131,8 +144,16 @@ test('paths', async (t) => {
     [[18446744073709551615], null, /^Index out of range 18446744073709551615 for items \(/],
     [['mail', 0], null, /^Didn't find marker item with name mail$/],
     [[1, 'Mail'], null, /^Didn't find marker item with name Mail$/],
-    [[1, 0, 4], null, /^Path element 4 isn't valid as it points to a menuItems item without submenu \(\(1, 0, 4\)\)\.$/],
-    [[1, 0, 'x'], null, /^Path element x isn't valid as it points to a menuItems item without submenu \(\(1, 0, x\)\)\.$/],
+    [
+      [1, 0, 4],
+      null,
+      /^Path element 4 isn't valid as it points to a menuItems item without submenu \(\(1, 0, 4\)\)\.$/,
+    ],
+    [
+      [1, 0, 'x'],
+      null,
+      /^Path element x isn't valid as it points to a menuItems item without submenu \(\(1, 0, x\)\)\.$/,
+    ],
     [[2, 0], null, /^Index out of range 0 for items \(\)$/],
     [[true], null, /^\[ERROR\] Unknown navigation item 1 in \(1\)$/],
     [[0, false], null, /^\[ERROR\] Unknown navigation item 0 in \(0, 0\)$/],

@@ -59,6 +59,12 @@ exports.run = async (stage) => {
   host.off('notification', renew);
 
   const titles = host.mainMenuDescription()[viewMenu].items.map(({ title }) => title);
-  const change = ok('Main menu updates', `“${titles[0]}”, “${titles[2]}” and “${titles[5]}”, one item hidden; ${picture}`);
-  return [change, news.length === 2 ? ok('Menu news', news.join(', ')) : failed('Menu news', news.join(', ') || 'none')];
+  const change = ok(
+    'Main menu updates',
+    `“${titles[0]}”, “${titles[2]}” and “${titles[5]}”, one item hidden; ${picture}`,
+  );
+  return [
+    change,
+    news.length === 2 ? ok('Menu news', news.join(', ')) : failed('Menu news', news.join(', ') || 'none'),
+  ];
 };

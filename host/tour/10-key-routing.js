@@ -47,7 +47,8 @@ class Witness {
 const row = (capability, { found, told }, more = '') => (found ? ok : failed)(capability, told + more);
 
 exports.run = async (stage) => {
-  if ((await stage.run('xdotool', 'version')) === undefined) return notOffered(exports.title, 'xdotool is not installed');
+  if ((await stage.run('xdotool', 'version')) === undefined)
+    return notOffered(exports.title, 'xdotool is not installed');
   if (!(await stage.focusWindow()))
     return notOffered(exports.title, 'the window manager does not give the window the keyboard');
 
