@@ -51,6 +51,11 @@ const prelude = `
     await eventually(() => host.windowInfo(window).isVisible, 'the window');
     await run('xdotool', ['windowactivate', '--sync', String(host.windowInfo(window).systemWindow)]);
     await eventually(() => host.windowInfo(window).isKey, 'the keyboard');
+    // The window manager may still be at work on the window of the test before.
+    await eventually(async () => {
+      await run('xdotool', ['key', '2']);
+      return host.windowInfo(window).typedText.includes('2');
+    }, 'the first key');
     return window;
   };
   // Presses keys and waits until the last of them has gone all its way: until a key pressed after them is typed, one that
