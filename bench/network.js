@@ -15,7 +15,7 @@ const { startWebServer } = require('./webServer');
 const atOnce = 50;
 const small = 1024;
 const large = 256 * 1024 * 1024;
-const rounds = 5;
+const rounds = { requests: 5, streams: 3 };
 
 /** `get(url, chunk)` makes a request; `chunk`, where given, hears of each piece of the body, and nothing is kept. */
 function peers(certificate) {
@@ -111,9 +111,9 @@ async function run(get, url, count, parallel) {
   return { elapsed: elapsed / count, processor: (user + system) / count };
 }
 
-async function alternate(all, work) {
+async function alternate(all, count, work) {
   const samples = Object.fromEntries(Object.keys(all).map((name) => [name, []]));
-  for (let round = -1; round < rounds; ++round) {
+  for (let round = -1; round < count; ++round) {
     for (const [name, get] of Object.entries(all)) {
       globalThis.gc?.();
       const sample = await work(get);
@@ -126,7 +126,7 @@ async function alternate(all, work) {
 }
 
 async function requests(title, all, url) {
-  const parallel = await alternate(all, (get) => run(get, url, 5000, atOnce));
+  const parallel = await alternate(all, rounds.requests, (get) => run(get, url, 4000, atOnce));
   report(
     `${title}, ${atOnce} at once: requests a second`,
     parallel((sample) => 1e9 / sample.elapsed),
@@ -137,7 +137,7 @@ async function requests(title, all, url) {
     parallel((sample) => sample.processor),
     { unit: 'µs' },
   );
-  const single = await alternate(all, (get) => run(get, url, 1000, 1));
+  const single = await alternate(all, rounds.requests, (get) => run(get, url, 1000, 1));
   report(
     `${title}, one at a time: latency`,
     single((sample) => sample.elapsed),
@@ -162,7 +162,7 @@ async function streams(title, all, url) {
     ['the whole body at the end', false],
     ['in pieces (the module keeps the whole body as well)', true],
   ]) {
-    const rates = await alternate(all, (get) => stream(get, url, chunk));
+    const rates = await alternate(all, rounds.streams, (get) => stream(get, url, chunk));
     report(
       `${title}, ${what}: rate`,
       rates((sample) => sample.rate),

@@ -173,42 +173,38 @@ test('a connection that is lost in the middle ends every request on it', async (
 const withoutIsolation =
   process.env.TESSARO_SANITIZER_RUNTIME && 'the sanitizers end a process that opens a library with symbols of its own';
 
-test(
-  'TLS, HTTP/2 and decompression are those of the system, not those of Node.js',
-  { skip: withoutIsolation },
-  async (t) => {
-    const own = certificate(t, ...forThisHost);
-    const server = http2.createSecureServer(own, (question, response) => {
-      response.setHeader('content-encoding', 'gzip');
-      response.end(require('zlib').gzipSync('compressed'));
-    });
-    const url = await listen(t, server, 'https');
-    const directory = temporaryDirectory(t);
-    const { stdout } = await runScript(
-      t,
-      `${client}
+test('TLS, HTTP/2 and decompression are not those of Node.js', { skip: withoutIsolation }, async (t) => {
+  const own = certificate(t, ...forThisHost);
+  const server = http2.createSecureServer(own, (question, response) => {
+    response.setHeader('content-encoding', 'gzip');
+    response.end(require('zlib').gzipSync('compressed'));
+  });
+  const url = await listen(t, server, 'https');
+  const directory = temporaryDirectory(t);
+  const { stdout } = await runScript(
+    t,
+    `${client}
      request(${JSON.stringify(url)}).then((events) => console.log(events.at(-1)[2], process.pid));`,
-      { env: { SSL_CERT_FILE: own.file, LD_DEBUG: 'bindings', LD_DEBUG_OUTPUT: path.join(directory, 'bindings') } },
-    );
-    const [body, pid] = stdout.trim().split(' ');
-    assert.strictEqual(body, 'compressed');
+    { env: { SSL_CERT_FILE: own.file, LD_DEBUG: 'bindings', LD_DEBUG_OUTPUT: path.join(directory, 'bindings') } },
+  );
+  const [body, pid] = stdout.trim().split(' ');
+  assert.strictEqual(body, 'compressed');
 
-    // "binding file A [0] to B [0]: normal symbol `name' [version]"
-    const lines = fs.readFileSync(path.join(directory, `bindings.${pid}`), 'utf8').split('\n');
-    const bindings = lines.flatMap((line) => {
-      const match = line.match(/binding file (\S+) \[\d+\] to (\S+) \[\d+\]: \w+ symbol `(\w+)'/);
-      return match ? [match.slice(1).map((file) => path.basename(file))] : [];
-    });
-    const targets = (name) =>
-      new Set(bindings.filter(([from, , symbol]) => /^libcurl\.so/.test(from) && symbol === name).map(([, to]) => to));
-    assert.deepStrictEqual([...targets('SSL_new')], ['libssl.so.3']);
-    assert.deepStrictEqual([...targets('nghttp2_session_mem_recv')], ['libnghttp2.so.14']);
-    assert.deepStrictEqual([...targets('inflate')], ['TessaroTransfers.so']);
-    // Node.js also has what every program has, like the C library's streams.
-    const libraries = /^(TessaroTransfers\.so|lib(curl|ssl|crypto|nghttp2|zstd)\.so)/;
-    const foreign = bindings.filter(
-      ([from, to, symbol]) => libraries.test(from) && /^node/.test(to) && !/^(uv_|std(in|out|err)$)/.test(symbol),
-    );
-    assert.deepStrictEqual(foreign, []);
-  },
-);
+  // "binding file A [0] to B [0]: normal symbol `name' [version]"
+  const lines = fs.readFileSync(path.join(directory, `bindings.${pid}`), 'utf8').split('\n');
+  const bindings = lines.flatMap((line) => {
+    const match = line.match(/binding file (\S+) \[\d+\] to (\S+) \[\d+\]: \w+ symbol `(\w+)'/);
+    return match ? [match.slice(1).map((file) => path.basename(file))] : [];
+  });
+  const targets = (name) =>
+    new Set(bindings.filter(([from, , symbol]) => /^libcurl\.so/.test(from) && symbol === name).map(([, to]) => to));
+  assert.deepStrictEqual([...targets('SSL_new')], ['libssl.so.3']);
+  assert.deepStrictEqual([...targets('nghttp2_session_mem_recv')], ['libnghttp2.so.14']);
+  assert.deepStrictEqual([...targets('inflate')], ['TessaroTransfers.so']);
+  // Node.js also has what every program has, like the C library's streams.
+  const libraries = /^(TessaroTransfers\.so|lib(curl|ssl|crypto|nghttp2|zstd)\.so)/;
+  const foreign = bindings.filter(
+    ([from, to, symbol]) => libraries.test(from) && /^node/.test(to) && !/^(uv_|std(in|out|err)$)/.test(symbol),
+  );
+  assert.deepStrictEqual(foreign, []);
+});

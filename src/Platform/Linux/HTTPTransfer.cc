@@ -53,12 +53,19 @@ class OpenedLibrary {
   std::string error_;
 };
 
+// In the form of all descriptions.
+std::string Impossible(const std::string& reason) {
+  const std::string text = "This system can't make requests.";
+  return "Error Domain=NSURLErrorDomain Code=-1 \"" + text + "\" UserInfo={NSLocalizedDescription=" + text +
+         ", NSUnderlyingError=" + reason + "}";
+}
+
 // What a system without libcurl gives.
 class ImpossibleTransfer final : public HTTPTransfer {
  public:
   ImpossibleTransfer(const std::string& reason, HTTPTransferClient& client) {
     MainQueue::Shared().Post([alive = std::weak_ptr(alive_), &client, reason] {
-      if (!alive.expired()) client.Failed(reason);
+      if (!alive.expired()) client.Failed(Impossible(reason));
     });
   }
 

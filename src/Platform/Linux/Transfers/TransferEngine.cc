@@ -1,6 +1,5 @@
 #include "Platform/Linux/Transfers/TransferEngine.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -107,7 +106,11 @@ CurlEasy TransferEngine::TakeEasy() {
 }
 
 void TransferEngine::GiveEasy(CurlEasy easy) {
-  if (idle_.size() < kMostIdleHandles && !isClosed_) idle_.push_back(std::move(easy));
+  if (idle_.size() >= kMostIdleHandles || isClosed_) return;
+  // What belongs to the transfer goes with it.
+  curl_easy_setopt(easy.get(), CURLOPT_ERRORBUFFER, nullptr);
+  curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, nullptr);
+  idle_.push_back(std::move(easy));
 }
 
 void TransferEngine::Add(CURL* easy) {
@@ -126,9 +129,7 @@ void TransferEngine::Tell(Transfer& transfer) {
 }
 
 void TransferEngine::Forget(Transfer& transfer) {
-  if (!transfer.isUntold) return;
-  for (auto* list : {&untold_, &telling_})
-    std::replace(list->begin(), list->end(), &transfer, static_cast<Transfer*>(nullptr));
+  if (transfer.isUntold) std::erase(untold_, &transfer);
 }
 
 void TransferEngine::SetTimer(long milliseconds) {
@@ -169,14 +170,14 @@ void TransferEngine::Perform(curl_socket_t socket, int events) {
   }
 }
 
+// Only those that wait now: what comes up meanwhile leaves the loop a turn for everything else.
 void TransferEngine::TellAll() {
-  std::swap(telling_, untold_);
-  for (std::size_t i = 0; i < telling_.size(); ++i) {
-    if (telling_[i] == nullptr) continue;
-    telling_[i]->isUntold = false;
-    telling_[i]->TellClient();
+  for (std::size_t left = untold_.size(); left > 0 && !untold_.empty(); --left) {
+    Transfer& transfer = *untold_.front();
+    untold_.pop_front();
+    transfer.isUntold = false;
+    transfer.TellClient();
   }
-  telling_.clear();
 }
 
 void TransferEngine::LimitSilence(Transfer& transfer) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <set>
 #include <utility>
 #include <vector>
@@ -52,8 +53,7 @@ class TransferEngine final : public TransferLibrary {
   UvHandle<uv_timer_t> timer_;
   UvHandle<uv_timer_t> silenceTimer_;
   std::vector<CurlEasy> idle_;
-  std::vector<Transfer*> untold_;  // nullptr: destroyed meanwhile
-  std::vector<Transfer*> telling_;
+  std::deque<Transfer*> untold_;
   std::set<Deadline> deadlines_;
   bool isActing_ = false;
   bool isDue_ = false;
