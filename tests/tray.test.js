@@ -110,7 +110,13 @@ test('a program on the bus reads the item', async (t) => {
   );
   // A template image: dark, in a light rim.
   const [alphaOfRim, ...rim] = pixel(11, 3, plain);
-  assert.deepStrictEqual([pixel(11, 15, plain), rim], [[255, 38, 38, 38], [255, 255, 255]]);
+  assert.deepStrictEqual(
+    [pixel(11, 15, plain), rim],
+    [
+      [255, 38, 38, 38],
+      [255, 255, 255],
+    ],
+  );
   assert.ok(alphaOfRim > 50, `${alphaOfRim}`);
   assert.deepStrictEqual([error.label, error.toolTip[2]], ['', 'TessaroHost']);
   assert.notDeepStrictEqual(error.icon[0][2], argb);
