@@ -58,7 +58,7 @@ class Launcher {
   /** Opens the menu of the icon, which is in the middle of the Dock. */
   async openMenu() {
     const [{ X, Y, WIDTH, HEIGHT }] = await this.#places();
-    await this.#xdotool('mousemove', '--sync', X + (WIDTH >> 1), Y + HEIGHT - 30, 'sleep', '0.3', 'click', 3);
+    await this.#xdotool('mousemove', X + (WIDTH >> 1), Y + HEIGHT - 30, 'sleep', '0.3', 'click', 3);
   }
 
   async isRunning() {

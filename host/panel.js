@@ -113,6 +113,12 @@ class Panel {
     await this.#click(X + (WIDTH >> 1), Y + (HEIGHT >> 1));
   }
 
+  async closeMenu() {
+    for (let attempt = 0; attempt < 20 && (await this.menu()); ++attempt) {
+      await output(this.#environment, 'xdotool', 'key', 'Escape', 'sleep', '0.1');
+    }
+  }
+
   /** Clicks the row of the open menu that `above` are above of: for each, whether it is a separator. */
   async clickRow(above) {
     const { X, Y } = await this.menu();
@@ -122,7 +128,7 @@ class Panel {
 
   // A menu takes a click only from a pointer that has rested on it.
   #click(x, y) {
-    return output(this.#environment, 'xdotool', 'mousemove', '--sync', x, y, 'sleep', '0.1', 'click', '1');
+    return output(this.#environment, 'xdotool', 'mousemove', x, y, 'sleep', '0.1', 'click', '1');
   }
 
   /** The windows of the tray, which is a process of its own. */

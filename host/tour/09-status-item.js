@@ -77,11 +77,6 @@ async function openMenu(stage, panel) {
   return stage.until(() => panel.menu());
 }
 
-async function closeMenu(stage, panel) {
-  await panel.clickIcon();
-  await stage.until(async () => !(await panel.menu()));
-}
-
 /** Chooses a row by a click, and gives what the host is told. */
 async function choose(stage, panel, row) {
   const chosen = once(stage.host, 'notification', { signal: AbortSignal.timeout(5000) });
@@ -100,13 +95,13 @@ async function useMenu(stage, panel) {
   if (toggled.name === 'TsToggleDoNotDisturbNotification') host.setDefault('DoNotDisturb', true);
   await openMenu(stage, panel);
   const quietPicture = await stage.screenshot('do-not-disturb');
-  await closeMenu(stage, panel);
+  await panel.closeMenu();
   host.setDefault('DoNotDisturb', null);
 
   module.setStatusItemTitle('122', true);
   await openMenu(stage, panel);
   const errorPicture = await stage.screenshot('error');
-  await closeMenu(stage, panel);
+  await panel.closeMenu();
 
   return [
     message.name === 'TsOpenMessageWithUniqueNotificationId'
