@@ -6,12 +6,12 @@ const assert = require('assert');
 const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
-const { test, before, after } = require('node:test');
+const { test } = require('node:test');
 
 const { root } = require('./support/addon');
-const { evaluate, eventually, runScript, temporaryDirectory } = require('./support/child');
+const { evaluate, eventually, node, runScript, temporaryDirectory } = require('./support/child');
+const { useSession } = require('./support/session');
 
-const node = process.env.TESSARO_NODE || process.execPath;
 const displaySession = path.join(root, 'scripts', 'display-session');
 
 const prelude = `
@@ -35,28 +35,8 @@ const prelude = `
   });
 `;
 
-/** What a child needs to be on the session's display; its home stays its own. */
-const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP', 'TESSARO_SESSION'];
-
-let session;
-
 // One session for all tests that only look at the application.
-before(async () => {
-  const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
-  const child = spawn(displaySession, ['--own-display', node, '-e', script], {
-    stdio: ['pipe', 'pipe', 'inherit'],
-  });
-  let output = '';
-  child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
-  await eventually(() => output.endsWith('\n') || child.exitCode !== null, 'the session');
-  const environment = JSON.parse(output);
-  session = { child, env: Object.fromEntries(belonging.map((name) => [name, environment[name]])) };
-});
-
-after(async () => {
-  session.child.stdin.end();
-  await eventually(() => session.child.exitCode !== null, 'the end of the session');
-});
+const session = useSession();
 
 const inSession = (t, source, options = {}) =>
   evaluate(t, prelude + source, { ...options, env: { ...session.env, ...options.env } });
