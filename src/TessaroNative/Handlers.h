@@ -42,3 +42,7 @@ void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// What the previous version has left behind
+void hasPreviousVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getMigrationInfo(const v8::FunctionCallbackInfo<v8::Value>& args);
