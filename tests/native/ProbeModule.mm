@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "KeychainProbe.h"
+#include "MigrationProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
@@ -15,6 +16,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
+  AttachMigrationProbe(AddProbeObject(probe, "migration"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 
