@@ -195,8 +195,7 @@ NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
 }
 
 - (NSArray*)bookmarksOrdered {
-  return TsSorted([self objectsIn:"bookmarks"],
-                  [](TsBookmark* a, TsBookmark* b) { return TsCompare([a order], [b order]) == NSOrderedAscending; });
+  return TsSorted([self objectsIn:"bookmarks"], [](TsBookmark* bookmark) { return TsSortKey([bookmark order]); });
 }
 
 - (TsBookmark*)addBookmarkForUrl:(NSString*)url title:(NSString*)title {
@@ -243,38 +242,45 @@ NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
 }
 
 - (NSArray*)exportedBookmarks {
-  NSArray* bookmarks = [self objectsIn:"bookmarks"];
-  NSMutableArray* exported = [NSMutableArray arrayWithCapacity:[bookmarks count]];
-  for (TsBookmark* bookmark in bookmarks) [exported addObject:[bookmark dictionaryWithValues]];
+  TsStoreFile& store = *[[self managedObjectContext] store];
+  const auto bookmarks = store.Related(*[self storeObject], "bookmarks");
+  NSMutableArray* exported = [NSMutableArray arrayWithCapacity:bookmarks.size()];
+  for (const TsStoreObject* bookmark : bookmarks) [exported addObject:[TsBookmark newExportOf:*bookmark in:store]];
   return exported;
 }
 
 - (NSDictionary*)dictionaryWithValues {
-  return TsExported({
-      {@"order", [self order]},
-      {@"username", [self username]},
-      {@"nickname", [self nickname]},
-      {@"password", [self password]},
-      {@"detectUnreadCountType", [self detectUnreadCountType]},
-      {@"defaultInboxType", [self defaultInboxType]},
-      {@"customInboxLabelName", [self customInboxLabelName]},
-      {@"isNotificationEnabled", [self isNotificationEnabled]},
-      {@"unreadMessagesLocation", [self unreadMessagesLocation]},
-      {@"autoBCC", [self autoBCC]},
-      {@"notificationSound", [self notificationSound]},
-      {@"isNotifyNewMessages", [self isNotifyNewMessages]},
-      {@"loadRapportivePlugin", [self loadRapportivePlugin]},
-      {@"loadClearbitConnectPlugin", [self loadClearbitConnectPlugin]},
-      {@"loadBoomerangPlugin", [self loadBoomerangPlugin]},
-      {@"loadStreakPlugin", [self loadStreakPlugin]},
-      {@"loadRightInboxPlugin", [self loadRightInboxPlugin]},
-      {@"isGmailChatBlockedAsBOOL", Boolean([self isGmailChatBlockedAsBOOL])},
-      {@"isGooglePlusBlockedAsBOOL", Boolean([self isGooglePlusBlockedAsBOOL])},
-      {@"isGoogleDriveBlockedAsBOOL", Boolean([self isGoogleDriveBlockedAsBOOL])},
-      {@"isGoogleCalendarAlertsBlockedAsBOOL", Boolean([self isGoogleCalendarAlertsBlockedAsBOOL])},
-      {@"numberOfDownloadItems", [NSNumber numberWithUnsignedLong:[self numberOfDownloadItems]]},
-      {@"bookmarks", [self exportedBookmarks]},
-  });
+  static const TsExport kExport(
+      "TsAccount",
+      {
+          {"order"},
+          {"username"},
+          {"nickname"},
+          {"detectUnreadCountType"},
+          {"defaultInboxType"},
+          {"customInboxLabelName"},
+          {"isNotificationEnabled", "autoAuthenticate"},
+          {"unreadMessagesLocation"},
+          {"autoBCC"},
+          {"notificationSound"},
+          {"isNotifyNewMessages", "notificationUseGrowl"},
+          {"loadRapportivePlugin"},
+          {"loadClearbitConnectPlugin"},
+          {"loadBoomerangPlugin"},
+          {"loadStreakPlugin"},
+          {"loadRightInboxPlugin"},
+          {"isGmailChatBlockedAsBOOL", "isGmailChatBlocked", TsWhenMissing::False},
+          {"isGooglePlusBlockedAsBOOL", "isGooglePlusBlocked", TsWhenMissing::False},
+          {"isGoogleDriveBlockedAsBOOL", "isGoogleDriveBlocked", TsWhenMissing::False},
+          {"isGoogleCalendarAlertsBlockedAsBOOL", "isGoogleCalendarAlertsBlocked", TsWhenMissing::False},
+      },
+      {"password", "numberOfDownloadItems", "bookmarks"});
+  if ([self managedObjectContext] == nil) return nil;
+  NSNumber* downloadItems = [NSNumber numberWithUnsignedLong:[self numberOfDownloadItems]];
+  return kExport
+      .NewDictionary(*[[self managedObjectContext] store], *[self storeObject],
+                     {[self password], downloadItems, [self exportedBookmarks]})
+      .Autoreleased();
 }
 
 @end

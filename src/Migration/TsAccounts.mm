@@ -5,6 +5,21 @@
 #include "Utilities/Ref.h"
 #include "Utilities/TsLog.h"
 
+namespace {
+
+struct SortKey {
+  double order;
+  NSString* username;
+
+  bool operator<(const SortKey& other) const {
+    if (order != other.order) return order < other.order;
+    if (username == nil || other.username == nil) return username == nil && other.username != nil;
+    return [username compare:other.username] == NSOrderedAscending;
+  }
+};
+
+}  // namespace
+
 @implementation TsAccounts
 
 @synthesize context = context_;
@@ -47,9 +62,8 @@
     TsLogWarning(@"Could not execute TsAccounts#all query. (%@)", error);
     return [NSArray array];
   }
-  return TsSorted(accounts, [](TsAccount* a, TsAccount* b) {
-    const NSComparisonResult order = TsCompare([a order], [b order]);
-    return (order != NSOrderedSame ? order : TsCompare([a username], [b username])) == NSOrderedAscending;
+  return TsSorted(accounts, [](TsAccount* account) {
+    return SortKey{TsSortKey([account order]), [account username]};
   });
 }
 

@@ -14,4 +14,7 @@
 // "order", "title", "url".
 - (NSDictionary*)dictionaryWithValues;
 
+// The same, without making an object of what only passes through.
++ (Ref<NSDictionary>)newExportOf:(const TsStoreObject&)bookmark in:(const TsStoreFile&)store;
+
 @end

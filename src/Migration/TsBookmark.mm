@@ -1,6 +1,7 @@
 #import "Migration/TsBookmark.h"
 
 #import "Migration/TsExport.h"
+#import "Migration/TsManagedObjectContext.h"
 
 @implementation TsBookmark
 
@@ -16,8 +17,14 @@
   return [self objectIn:"account"];
 }
 
++ (Ref<NSDictionary>)newExportOf:(const TsStoreObject&)bookmark in:(const TsStoreFile&)store {
+  static const TsExport kExport("TsBookmark", {{"order"}, {"title"}, {"url"}});
+  return kExport.NewDictionary(store, bookmark);
+}
+
 - (NSDictionary*)dictionaryWithValues {
-  return TsExported({{@"order", [self order]}, {@"title", [self title]}, {@"url", [self url]}});
+  if ([self managedObjectContext] == nil) return nil;
+  return [TsBookmark newExportOf:*[self storeObject] in:*[[self managedObjectContext] store]].Autoreleased();
 }
 
 @end

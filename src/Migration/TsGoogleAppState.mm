@@ -1,6 +1,7 @@
 #import "Migration/TsGoogleAppState.h"
 
 #import "Migration/TsExport.h"
+#import "Migration/TsManagedObjectContext.h"
 
 @implementation TsGoogleAppState
 
@@ -11,7 +12,9 @@
 }
 
 - (NSDictionary*)dictionaryWithValues {
-  return TsExported({{@"identifier", [self identifier]}, {@"url", [self url]}});
+  static const TsExport kExport("TsGoogleAppState", {{"identifier"}, {"url"}});
+  if ([self managedObjectContext] == nil) return nil;
+  return kExport.NewDictionary(*[[self managedObjectContext] store], *[self storeObject]).Autoreleased();
 }
 
 @end

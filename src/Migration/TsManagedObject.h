@@ -38,9 +38,13 @@
 
 @end
 
-// Attributes by their position in the entity.
-@interface TsManagedObject (Attributes)
+// The store's own view of the object.
+@interface TsManagedObject (Store)
 
+// null once the context is gone.
+- (TsStoreObject*)storeObject;
+
+// By the attribute's position in the entity.
 - (Ref<NSObject>)newValueOfAttribute:(std::size_t)attribute;
 - (void)setValue:(id)value ofAttribute:(std::size_t)attribute;
 

@@ -15,7 +15,6 @@ NSError* ErrorOf(const TsStoreError& error, NSString* path) {
 @interface TsManagedObject (ForContext)
 
 - (instancetype)initWithContext:(TsManagedObjectContext*)context object:(TsStoreObject&)object;
-- (TsStoreObject*)storeObject;
 - (void)contextIsGone;
 
 @end

@@ -1,7 +1,6 @@
 #import "Migration/TsMigration.h"
 
 #import "Migration/TsAccounts.h"
-#import "Migration/TsExport.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
 #include "Utilities/Ref.h"
@@ -62,13 +61,16 @@ NSDictionary* DictionaryInFile(NSString* path) {
 
 NSDictionary* ExportedTab(TsGoogleAppState* state) {
   TsGoogleAppIdentifier* identifier = [TsGoogleAppIdentifier identifierWithDescription:[state identifier]];
-  return TsExported({{@"email", [identifier accountIdentifier]}, {@"app", [identifier type]}});
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:[identifier accountIdentifier], @"email", [identifier type], @"app", nil];
 }
 
 NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
   NSMutableArray* tabs = [NSMutableArray array];
   for (TsGoogleAppState* appState in [state appStates]) [tabs addObject:ExportedTab(appState)];
-  return TsExported({{@"active?", [state active]}, {@"tabs", tabs}});
+  id active = [state active];
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:active != nil ? active : [NSNull null], @"active?", tabs, @"tabs", nil];
 }
 
 }  // namespace

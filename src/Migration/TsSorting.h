@@ -3,20 +3,30 @@
 #import <Foundation/Foundation.h>
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
-// The objects of `array`, sorted; equal ones keep their order. Autoreleased.
-template <typename IsBefore>
-[[nodiscard]] NSArray* TsSorted(NSArray* array, const IsBefore& isBefore) {
-  std::vector<id> objects([array count]);
-  [array getObjects:objects.data() range:NSMakeRange(0, objects.size())];
-  std::stable_sort(objects.begin(), objects.end(), isBefore);
-  return [NSArray arrayWithObjects:objects.data() count:objects.size()];
+// The objects of `array` by their keys, of which each is asked once; equal ones keep their order. Autoreleased.
+template <typename KeyOf>
+[[nodiscard]] NSArray* TsSorted(NSArray* array, const KeyOf& keyOf) {
+  struct Entry {
+    decltype(keyOf(nil)) key;
+    id object;
+  };
+  std::vector<Entry> entries;
+  entries.reserve([array count]);
+  for (id object in array) entries.push_back({keyOf(object), object});
+  std::stable_sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
+  NSMutableArray* sorted = [NSMutableArray arrayWithCapacity:entries.size()];
+  for (const Entry& entry : entries) [sorted addObject:entry.object];
+  return sorted;
 }
 
-// nil comes first.
-template <typename Comparable>
-[[nodiscard]] NSComparisonResult TsCompare(Comparable* a, Comparable* b) {
-  if (a == nil || b == nil) return a == b ? NSOrderedSame : a == nil ? NSOrderedAscending : NSOrderedDescending;
-  return [a compare:b];
+// What is missing comes before everything else.
+[[nodiscard]] inline double TsSortKey(NSNumber* number) {
+  return number != nil ? [number doubleValue] : -std::numeric_limits<double>::infinity();
+}
+
+[[nodiscard]] inline double TsSortKey(NSDate* date) {
+  return date != nil ? [date timeIntervalSinceReferenceDate] : -std::numeric_limits<double>::infinity();
 }

@@ -7,10 +7,8 @@ namespace {
 
 bool IsActive(TsWorkspaceState* state) { return [[state active] boolValue] != NO; }
 
-bool IsLater(NSDate* a, NSDate* b) { return TsCompare(a, b) == NSOrderedDescending; }
-
 bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
-  return IsActive(a) != IsActive(b) ? IsActive(a) : IsLater([a lastUpdatedAt], [b lastUpdatedAt]);
+  return IsActive(a) != IsActive(b) ? IsActive(a) : TsSortKey([a lastUpdatedAt]) > TsSortKey([b lastUpdatedAt]);
 }
 
 }  // namespace
@@ -44,8 +42,7 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
     TsLogWarning(@"Could not execute TsWorkspaceStates#all query. (%@)", error);
     return [NSArray array];
   }
-  return TsSorted(
-      states, [](TsWorkspaceState* a, TsWorkspaceState* b) { return IsLater([a lastUpdatedAt], [b lastUpdatedAt]); });
+  return TsSorted(states, [](TsWorkspaceState* state) { return -TsSortKey([state lastUpdatedAt]); });
 }
 
 - (TsWorkspaceState*)insertNewWorkspaceState {
