@@ -22,7 +22,7 @@ struct TsStoreError {
   std::string reason;
 };
 
-// An object graph in the platform's XML store format: read at once, changed in memory, written back as a whole.
+// An object graph in the platform's XML store format: read at once, changed in memory, written back on demand.
 //
 // Entities and properties are found in any letter case, as the framework stores them in its own: entities in capitals,
 // properties in small letters. What the model does not know is kept, and so are the store's identity and metadata.
@@ -60,7 +60,7 @@ class TsStoreFile {
 
   [[nodiscard]] bool HasChanges() const noexcept;
 
-  // Replaces the file. Whether it did.
+  // Puts the changes into the file as it is now, all of them or none. Whether it did.
   [[nodiscard]] bool Save(TsStoreError& error) noexcept;
 
   // Forgets all changes since the store was opened or saved; objects that were new are deleted ones then.
