@@ -58,3 +58,7 @@ void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
 // Network, reachability
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// What the previous version has left behind
+void hasPreviousVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getMigrationInfo(const v8::FunctionCallbackInfo<v8::Value>& args);

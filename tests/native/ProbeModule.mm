@@ -2,6 +2,7 @@
 
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
+#include "MigrationProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "StatusItemProbe.h"
@@ -19,6 +20,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
   AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
   AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
+  AttachMigrationProbe(AddProbeObject(probe, "migration"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
 }

@@ -214,7 +214,7 @@ bool HasTwins(NSString* const keys[], std::size_t count) {
 }  // namespace
 
 Ref<NSMutableDictionary> NewMutableDictionary(NSString* const ownedKeys[], id const ownedValues[], std::size_t count) {
-  constexpr std::size_t kMostCompact = 16;
+  constexpr std::size_t kMostCompact = 32;
   if (count > kMostCompact || HasTwins(ownedKeys, count)) {
     auto dictionary = Adopt([[NSMutableDictionary alloc] initWithCapacity:count]);
     for (std::size_t i = 0; i < count; ++i) [dictionary.get() setObject:ownedValues[i] forKey:ownedKeys[i]];

@@ -1,0 +1,286 @@
+#import "Migration/TsAccount.h"
+
+#import "Contacts/TsRecipient.h"
+#import "Keychain/TsKeyChain.h"
+#import "Keychain/TsTransientKeychain.h"
+#import "Migration/TsBookmark.h"
+#import "Migration/TsDownloadItem.h"
+#import "Migration/TsExport.h"
+#import "Migration/TsManagedObjectContext.h"
+#import "Migration/TsSignature.h"
+#import "Migration/TsSorting.h"
+#include "Utilities/Ref.h"
+
+namespace {
+
+// Whatever this application's bundle is called.
+NSString* const kPreviousVersionsService = @"Tessaro 3";
+
+constexpr int kOrderStep = 10;  // leaves room between neighbours
+
+// nil when the item is missing or can't be read.
+NSString* StoredPassword(TsKeychain* keychain, NSString* account) {
+  if (account == nil) return nil;
+  id password = [[keychain passwordForAccount:account] objectForKey:@"password"];
+  return [password isKindOfClass:[NSString class]] ? password : nil;
+}
+
+NSColor* ColorIn(NSData* archive) {
+  @try {
+    id color = [NSKeyedUnarchiver unarchiveObjectWithData:archive];
+    return [color isKindOfClass:[NSColor class]] ? color : nil;
+  } @catch (NSException*) {
+    return nil;
+  }
+}
+
+NSString* Trimmed(NSString* text) {
+  return [text stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+}
+
+bool IsSameText(NSString* a, NSString* b) { return a == b || [a isEqualToString:b]; }
+
+NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
+
+}  // namespace
+
+@interface TsAccount ()
+
+// Under these names the previous version stores the two notification switches.
+@property(nonatomic, copy) NSNumber* autoAuthenticate;
+@property(nonatomic, copy) NSNumber* notificationUseGrowl;
+
+@end
+
+@implementation TsAccount
+
+@dynamic order, username, nickname, colorData, detectUnreadCountType, defaultInboxType, customInboxLabelName;
+@dynamic unreadMessagesLocation, autoBCC, notificationSound, useSignatures, signatureAboveQuotedText;
+@dynamic loadRapportivePlugin, loadClearbitConnectPlugin, loadBoomerangPlugin, loadStreakPlugin, loadAwayFindPlugin;
+@dynamic loadRightInboxPlugin, isGmailChatBlocked, isGooglePlusBlocked, isGoogleDriveBlocked;
+@dynamic isGoogleCalendarAlertsBlocked, autoAuthenticate, notificationUseGrowl;
+
+- (NSString*)password {
+  NSString* username = [self username];
+  NSString* password = [self keychainPasswordFor:username];
+  return password != nil ? password : [[TsTransientKeychain sharedInstance] passwordForAccount:username];
+}
+
+- (NSString*)keychainPasswordFor:(NSString*)account {
+  const auto keychain = Adopt([[TsKeychain alloc] initWithService:kPreviousVersionsService]);
+  return StoredPassword(keychain, account);
+}
+
+- (void)setPassword:(NSString*)password storeInKeychain:(BOOL)storeInKeychain {
+  NSString* username = [self username];
+  if (username == nil) return;
+  [[TsKeychain sharedInstance] setPassword:storeInKeychain ? password : nil forAccount:username];
+  [[TsTransientKeychain sharedInstance] setPassword:storeInKeychain ? nil : password forAccount:username];
+}
+
+- (NSString*)oauthAccount {
+  NSString* username = [self username];
+  return username != nil ? [NSString stringWithFormat:@"%@ (oauth)", username] : nil;
+}
+
+- (NSString*)oauthRefreshToken {
+  return [self keychainPasswordFor:[self oauthAccount]];
+}
+
+- (void)setOauthRefreshToken:(NSString*)token {
+  NSString* account = [self oauthAccount];
+  if (account != nil) [[TsKeychain sharedInstance] setPassword:token forAccount:account];
+}
+
+- (NSNumber*)isNotificationEnabled {
+  return [self autoAuthenticate];
+}
+
+- (void)setIsNotificationEnabled:(NSNumber*)isEnabled {
+  [self setAutoAuthenticate:isEnabled];
+  if (![isEnabled boolValue]) [self setOauthRefreshToken:nil];
+}
+
+- (NSNumber*)isNotifyNewMessages {
+  return [self notificationUseGrowl];
+}
+
+- (void)setIsNotifyNewMessages:(NSNumber*)notifies {
+  [self setNotificationUseGrowl:notifies];
+}
+
+- (BOOL)detectUnreadCountTypeAsBOOL {
+  NSNumber* detects = [self detectUnreadCountType];
+  return detects == nil || [detects boolValue];
+}
+
+- (void)setDetectUnreadCountTypeAsBOOL:(BOOL)detects {
+  [self setDetectUnreadCountType:Boolean(detects)];
+}
+
+- (BOOL)isGmailChatBlockedAsBOOL {
+  return [[self isGmailChatBlocked] boolValue];
+}
+
+- (BOOL)isGooglePlusBlockedAsBOOL {
+  return [[self isGooglePlusBlocked] boolValue];
+}
+
+- (BOOL)isGoogleDriveBlockedAsBOOL {
+  return [[self isGoogleDriveBlocked] boolValue];
+}
+
+- (BOOL)isGoogleCalendarAlertsBlockedAsBOOL {
+  return [[self isGoogleCalendarAlertsBlocked] boolValue];
+}
+
+- (NSColor*)color {
+  NSData* archive = [self colorData];
+  NSColor* color = archive != nil ? ColorIn(archive) : nil;
+  return color != nil ? color : [NSColor systemBlueColor];
+}
+
+- (void)setColor:(NSColor*)color {
+  [self setColorData:color != nil ? [NSKeyedArchiver archivedDataWithRootObject:color] : nil];
+}
+
+- (NSArray*)autoBccRecipients {
+  NSMutableArray* recipients = [NSMutableArray array];
+  for (NSString* part in [[self autoBCC] componentsSeparatedByString:@","]) {
+    NSString* address = Trimmed(part);
+    if ([address length] > 0) [recipients addObject:[TsRecipient recipient:address name:nil]];
+  }
+  return recipients;
+}
+
+- (NSSet*)downloadItems {
+  return [NSSet setWithArray:[self objectsIn:"downloadItems"]];
+}
+
+- (NSUInteger)numberOfDownloadItems {
+  return [self countIn:"downloadItems"];
+}
+
+- (NSArray*)downloadItemsDefaultSortDescriptors {
+  const auto byDate = Adopt([[NSSortDescriptor alloc] initWithKey:@"createdAt" ascending:YES]);
+  return [NSArray arrayWithObject:byDate];
+}
+
+- (TsDownloadItem*)addDownloadItemWithPath:(NSString*)path {
+  TsDownloadItem* item = [self insertObjectIn:"downloadItems"];
+  [item setPath:path];
+  return item;
+}
+
+- (void)deleteDownloadItemsThatAreFinished:(BOOL)finished {
+  for (TsDownloadItem* item in [self objectsIn:"downloadItems"]) {
+    if ([item isFinished] == finished) [[self managedObjectContext] deleteObject:item];
+  }
+}
+
+- (void)deleteFinishedDownloadItems {
+  [self deleteDownloadItemsThatAreFinished:YES];
+}
+
+- (void)deletePendingDownloadItems {
+  [self deleteDownloadItemsThatAreFinished:NO];
+}
+
+- (void)deleteAllDownloadItems {
+  for (TsDownloadItem* item in [self objectsIn:"downloadItems"]) [[self managedObjectContext] deleteObject:item];
+}
+
+- (NSSet*)bookmarks {
+  return [NSSet setWithArray:[self objectsIn:"bookmarks"]];
+}
+
+- (NSArray*)bookmarksOrdered {
+  return TsSorted([self objectsIn:"bookmarks"], [](TsBookmark* bookmark) { return TsSortKey([bookmark order]); });
+}
+
+- (TsBookmark*)addBookmarkForUrl:(NSString*)url title:(NSString*)title {
+  const long long last = [[[[self bookmarksOrdered] lastObject] order] longLongValue];
+  TsBookmark* bookmark = [self insertObjectIn:"bookmarks"];
+  [bookmark setOrder:[NSNumber numberWithLongLong:last + kOrderStep]];
+  [bookmark setTitle:title];
+  [bookmark setUrl:url];
+  return bookmark;
+}
+
+- (NSSet*)signatures {
+  return [NSSet setWithArray:[self objectsIn:"signatures"]];
+}
+
+- (TsSignature*)addSignatureForEmail:(NSString*)email name:(NSString*)name {
+  TsSignature* signature = [self insertObjectIn:"signatures"];
+  [signature setEmail:email];
+  [signature setName:name];
+  return signature;
+}
+
+- (NSArray*)signaturesForEmail:(NSString*)email {
+  NSMutableArray* found = [NSMutableArray array];
+  for (TsSignature* signature in [self objectsIn:"signatures"]) {
+    if (IsSameText([signature email], email)) [found addObject:signature];
+  }
+  return found;
+}
+
+- (TsSignature*)signatureForEmail:(NSString*)email name:(NSString*)name {
+  for (TsSignature* signature in [self signaturesForEmail:email]) {
+    if (IsSameText([signature name], name)) return signature;
+  }
+  return nil;
+}
+
+- (TsSignature*)defaultSignatureForEmail:(NSString*)email {
+  NSArray* signatures = [self signaturesForEmail:email];
+  for (TsSignature* signature in signatures) {
+    if ([[signature useByDefault] boolValue]) return signature;
+  }
+  return [signatures count] > 0 ? [signatures objectAtIndex:0] : nil;
+}
+
+- (NSArray*)exportedBookmarks {
+  TsStoreFile& store = *[[self managedObjectContext] store];
+  const auto bookmarks = store.Related(*[self storeObject], "bookmarks");
+  NSMutableArray* exported = [NSMutableArray arrayWithCapacity:bookmarks.size()];
+  for (const TsStoreObject* bookmark : bookmarks) [exported addObject:[TsBookmark newExportOf:*bookmark in:store]];
+  return exported;
+}
+
+- (NSDictionary*)dictionaryWithValues {
+  static const TsExport kExport(
+      "TsAccount",
+      {
+          {"order"},
+          {"username"},
+          {"nickname"},
+          {"detectUnreadCountType"},
+          {"defaultInboxType"},
+          {"customInboxLabelName"},
+          {"isNotificationEnabled", "autoAuthenticate"},
+          {"unreadMessagesLocation"},
+          {"autoBCC"},
+          {"notificationSound"},
+          {"isNotifyNewMessages", "notificationUseGrowl"},
+          {"loadRapportivePlugin"},
+          {"loadClearbitConnectPlugin"},
+          {"loadBoomerangPlugin"},
+          {"loadStreakPlugin"},
+          {"loadRightInboxPlugin"},
+          {"isGmailChatBlockedAsBOOL", "isGmailChatBlocked", TsWhenMissing::False},
+          {"isGooglePlusBlockedAsBOOL", "isGooglePlusBlocked", TsWhenMissing::False},
+          {"isGoogleDriveBlockedAsBOOL", "isGoogleDriveBlocked", TsWhenMissing::False},
+          {"isGoogleCalendarAlertsBlockedAsBOOL", "isGoogleCalendarAlertsBlocked", TsWhenMissing::False},
+      },
+      {"password", "numberOfDownloadItems", "bookmarks"});
+  if ([self managedObjectContext] == nil) return nil;
+  NSNumber* downloadItems = [NSNumber numberWithUnsignedLong:[self numberOfDownloadItems]];
+  return kExport
+      .NewDictionary(*[[self managedObjectContext] store], *[self storeObject],
+                     { [self password], downloadItems, [self exportedBookmarks] })
+      .Autoreleased();
+}
+
+@end

@@ -1,0 +1,107 @@
+#import "Migration/TsAccounts.h"
+
+#import "Migration/TsMigration.h"
+#import "Migration/TsSorting.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
+
+namespace {
+
+struct SortKey {
+  double order;
+  NSString* username;
+
+  bool operator<(const SortKey& other) const {
+    if (order != other.order) return order < other.order;
+    if (username == nil || other.username == nil) return username == nil && other.username != nil;
+    return [username compare:other.username] == NSOrderedAscending;
+  }
+};
+
+}  // namespace
+
+@implementation TsAccounts
+
+@synthesize context = context_;
+
++ (TsAccounts*)sharedInstance {
+  static const Ref<TsAccounts> accounts = [] {
+    const auto migration = Adopt([[TsMigration alloc] init]);
+    return Adopt([[TsAccounts alloc] initWithPath:[migration accountsPath]]);
+  }();
+  return accounts;
+}
+
+- (instancetype)initWithPath:(NSString*)path {
+  if ((self = [super init]) != nil) {
+    context_ = [[TsManagedObjectContext alloc] initWithModel:TsAccountsModel()];
+    NSError* error = nil;
+    if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
+  }
+  return self;
+}
+
+- (void)dealloc {
+  [context_ release];
+  [super dealloc];
+}
+
+- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
+  return [context_ addStoreAtPath:path error:error];
+}
+
+- (BOOL)detachPersistence:(NSError**)error {
+  [context_ removeStores];
+  return YES;
+}
+
+- (NSArray*)all {
+  NSError* error = nil;
+  NSArray* accounts = [context_ fetch:"Account" error:&error];
+  if (accounts == nil) {
+    TsLogWarning(@"Could not execute TsAccounts#all query. (%@)", error);
+    return [NSArray array];
+  }
+  return TsSorted(accounts, [](TsAccount* account) { return SortKey{TsSortKey([account order]), [account username]}; });
+}
+
+// The first account whose value is `value`, but for the sender. nil, and the error, when they can't be fetched.
+- (TsAccount*)findBy:(SEL)attribute value:(NSString*)value sender:(id)sender error:(NSError**)error {
+  for (TsAccount* account in [context_ fetch:"Account" error:error]) {
+    NSString* own = [account performSelector:attribute];
+    if (account != sender && (own == value || [own isEqualToString:value])) return account;
+  }
+  return nil;
+}
+
+- (TsAccount*)findByUsername:(NSString*)username {
+  return [self findByUsername:username sender:nil];
+}
+
+- (TsAccount*)findByUsername:(NSString*)username sender:(id)sender {
+  NSError* error = nil;
+  TsAccount* account = [self findBy:@selector(username) value:username sender:sender error:&error];
+  if (error != nil) TsLogWarning(@"Could not execute TsAccounts#findByUsername:'%@' query. (%@)", username, error);
+  return account;
+}
+
+- (TsAccount*)findByNickname:(NSString*)nickname {
+  return [self findByNickname:nickname sender:nil];
+}
+
+- (TsAccount*)findByNickname:(NSString*)nickname sender:(id)sender {
+  NSError* error = nil;
+  TsAccount* account = [self findBy:@selector(nickname) value:nickname sender:sender error:&error];
+  if (error != nil) TsLogWarning(@"Could not execute TsAccounts#findByNickname:'%@' query. (%@)", nickname, error);
+  return account;
+}
+
+- (BOOL)hasBookmarks {
+  return [[context_ fetch:"Bookmark" error:nullptr] count] > 0;
+}
+
+- (BOOL)isAccessible:(TsAccount*)account {
+  return [context_ contains:account];
+}
+
+@end

@@ -1,0 +1,44 @@
+#pragma once
+
+#import <AppKit/NSImage.h>
+#import <Foundation/Foundation.h>
+
+#include <cstddef>
+
+// One of the Google applications, of one account. Its text form is "Ts_<type>_<account>", as in
+// "Ts_Calendar_ann@example.org". Immutable; any thread, but for the image.
+@interface TsGoogleAppIdentifier : NSObject <NSCopying> {
+ @private
+  NSString* accountIdentifier_;
+  std::size_t type_;
+}
+
+@property(nonatomic, readonly) NSString* accountIdentifier;  // the e-mail address
+@property(nonatomic, readonly) NSString* type;               // "Gmail", "GoogleInbox", "Calendar" or "Contacts"
+@property(nonatomic, readonly) NSString* typeLabel;   // as the user reads it; empty when nobody has translated it
+@property(nonatomic, readonly) NSImage* defaultIcon;  // nil when the application has none
+
+@property(nonatomic, readonly) BOOL isGmail;
+@property(nonatomic, readonly) BOOL isGoogleInbox;
+@property(nonatomic, readonly) BOOL isCalendar;
+@property(nonatomic, readonly) BOOL isContacts;
+
++ (TsGoogleAppIdentifier*)gmailIdentifierWithAccountIdentifier:(NSString*)accountIdentifier;
++ (TsGoogleAppIdentifier*)googleInboxIdentifierWithAccountIdentifier:(NSString*)accountIdentifier;
++ (TsGoogleAppIdentifier*)calendarIdentifierWithAccountIdentifier:(NSString*)accountIdentifier;
++ (TsGoogleAppIdentifier*)contactsIdentifierWithAccountIdentifier:(NSString*)accountIdentifier;
+
+// In the order Gmail, Google Inbox, Calendar, Contacts.
++ (NSArray*)allWithAccountIdentifier:(NSString*)accountIdentifier;
+
+// Raises "UnknownIdentifier", with the text as its reason, when it is no such text.
++ (TsGoogleAppIdentifier*)identifierWithDescription:(NSString*)description;
+
+- (TsGoogleAppIdentifier*)toGmailIdentifier;
+- (TsGoogleAppIdentifier*)toGoogleInboxIdentifier;
+- (TsGoogleAppIdentifier*)toCalendarIdentifier;
+- (TsGoogleAppIdentifier*)toContactsIdentifier;
+
+- (BOOL)isEqualToIdentifier:(TsGoogleAppIdentifier*)identifier;
+
+@end

@@ -1,0 +1,153 @@
+#import "Migration/TsGoogleAppIdentifier.h"
+
+#include <iterator>
+
+#include "Utilities/Ref.h"
+
+namespace {
+
+enum Type : std::size_t { Gmail, GoogleInbox, Calendar, Contacts };
+
+struct TypeDescription {
+  NSString* name;
+  NSString* prefix;
+  std::size_t lengthBeforeAccount;  // of the text form: the prefix, and what separates the account
+  NSString* label;
+  NSString* icon;
+};
+
+// In the order in which a text is compared with them.
+const TypeDescription kTypes[] = {
+    {@"Gmail", @"Ts_Gmail", 9, @"Gmail", @"Gmail_Template"},
+    {@"GoogleInbox", @"Ts_GoogleInbox", 15, @"Google Inbox", @"GoogleInbox_Template"},
+    {@"Calendar", @"Ts_Calendar", 12, @"Calendar", @"Calendar_Template"},
+    {@"Contacts", @"Ts_Contacts", 12, @"Contacts", @"Contacts_Template"},
+};
+
+bool IsTextOf(const TypeDescription& type, NSString* text) {
+  return [text hasPrefix:type.prefix] && [text length] >= type.lengthBeforeAccount;
+}
+
+}  // namespace
+
+@implementation TsGoogleAppIdentifier
+
+@synthesize accountIdentifier = accountIdentifier_;
+
+- (instancetype)initWithType:(std::size_t)type accountIdentifier:(NSString*)accountIdentifier {
+  if ((self = [super init]) != nil) {
+    type_ = type;
+    accountIdentifier_ = [accountIdentifier copy];
+  }
+  return self;
+}
+
+- (void)dealloc {
+  [accountIdentifier_ release];
+  [super dealloc];
+}
+
++ (TsGoogleAppIdentifier*)identifierWithType:(std::size_t)type accountIdentifier:(NSString*)account {
+  return [[[self alloc] initWithType:type accountIdentifier:account] autorelease];
+}
+
++ (TsGoogleAppIdentifier*)gmailIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
+  return [self identifierWithType:Gmail accountIdentifier:accountIdentifier];
+}
+
++ (TsGoogleAppIdentifier*)googleInboxIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
+  return [self identifierWithType:GoogleInbox accountIdentifier:accountIdentifier];
+}
+
++ (TsGoogleAppIdentifier*)calendarIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
+  return [self identifierWithType:Calendar accountIdentifier:accountIdentifier];
+}
+
++ (TsGoogleAppIdentifier*)contactsIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
+  return [self identifierWithType:Contacts accountIdentifier:accountIdentifier];
+}
+
++ (NSArray*)allWithAccountIdentifier:(NSString*)accountIdentifier {
+  NSMutableArray* all = [NSMutableArray arrayWithCapacity:std::size(kTypes)];
+  for (const std::size_t type : {Gmail, GoogleInbox, Calendar, Contacts}) {
+    [all addObject:[self identifierWithType:type accountIdentifier:accountIdentifier]];
+  }
+  return all;
+}
+
++ (TsGoogleAppIdentifier*)identifierWithDescription:(NSString*)description {
+  for (const std::size_t type : {Gmail, GoogleInbox, Calendar, Contacts}) {
+    if (!IsTextOf(kTypes[type], description)) continue;
+    NSString* account = [description substringFromIndex:kTypes[type].lengthBeforeAccount];
+    return [self identifierWithType:type accountIdentifier:account];
+  }
+  @throw [NSException exceptionWithName:@"UnknownIdentifier" reason:description userInfo:nil];
+}
+
+- (id)copyWithZone:(NSZone*)zone {
+  return [self retain];
+}
+
+- (NSString*)type {
+  return kTypes[type_].name;
+}
+
+- (NSString*)typeLabel {
+  return [[NSBundle mainBundle] localizedStringForKey:kTypes[type_].label value:@"" table:nil];
+}
+
+- (NSImage*)defaultIcon {
+  return [NSImage imageNamed:kTypes[type_].icon];
+}
+
+- (BOOL)isGmail {
+  return type_ == Gmail;
+}
+
+- (BOOL)isGoogleInbox {
+  return type_ == GoogleInbox;
+}
+
+- (BOOL)isCalendar {
+  return type_ == Calendar;
+}
+
+- (BOOL)isContacts {
+  return type_ == Contacts;
+}
+
+- (TsGoogleAppIdentifier*)toGmailIdentifier {
+  return [TsGoogleAppIdentifier gmailIdentifierWithAccountIdentifier:accountIdentifier_];
+}
+
+- (TsGoogleAppIdentifier*)toGoogleInboxIdentifier {
+  return [TsGoogleAppIdentifier googleInboxIdentifierWithAccountIdentifier:accountIdentifier_];
+}
+
+- (TsGoogleAppIdentifier*)toCalendarIdentifier {
+  return [TsGoogleAppIdentifier calendarIdentifierWithAccountIdentifier:accountIdentifier_];
+}
+
+- (TsGoogleAppIdentifier*)toContactsIdentifier {
+  return [TsGoogleAppIdentifier contactsIdentifierWithAccountIdentifier:accountIdentifier_];
+}
+
+- (NSString*)description {
+  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], accountIdentifier_];
+}
+
+- (BOOL)isEqual:(id)other {
+  return [other isKindOfClass:[TsGoogleAppIdentifier class]] && [self isEqualToIdentifier:other];
+}
+
+- (BOOL)isEqualToIdentifier:(TsGoogleAppIdentifier*)identifier {
+  if (identifier == nil || type_ != identifier->type_) return NO;
+  return accountIdentifier_ == identifier->accountIdentifier_ ||
+         [accountIdentifier_ isEqualToString:identifier->accountIdentifier_];
+}
+
+- (NSUInteger)hash {
+  return 31 * [accountIdentifier_ hash] + [[self type] hash];
+}
+
+@end

@@ -1,0 +1,141 @@
+#import "Migration/TsMigration.h"
+
+#import "Migration/TsAccounts.h"
+#import "Migration/TsWorkspaceStates.h"
+#include "Platform/StandardDirectories.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsString.h"
+
+namespace {
+
+NSString* const kPreviousVersionsFolder = @"Tessaro 3";
+
+// An application may say in its bundle which one it replaces.
+NSString* const kPreviousVersionsIdentifierKey = @"TsPreviousVersionIdentifier";
+NSString* const kPreviousVersionsIdentifier = @"com.tessaro.Tessaro3";
+
+NSString* const kCarriedOverPreferences[] = {
+    @"DoNotDisturb",
+    @"AskForPhotoOptimizationSettings",
+    @"AutomaticallyOpenSafeDownloads",
+    @"ConvertImagesToFileType",
+    @"DisplayStatusItem",
+    @"DownloadDestinationPath",
+    @"DownloadsAskForDestination",
+    @"HideTabBar",
+    @"InsertImagesInline",
+    @"PrintWithGmailHeader",
+    @"ScaleImagesToMaxDimension",
+    @"ShowStatusBar",
+    @"WebViewTextSizeMultiplier",
+    @"DefaultSenderAccountIdentifier",
+};
+
+// Foundation's own way of expanding a tilde may know another home.
+NSString* WithTildeExpanded(NSString* path) {
+  if (![path hasPrefix:@"~"]) return path;
+  NSString* home = TsNSString(tessaro::platform::HomeDirectory().native());
+  return [home stringByAppendingPathComponent:[path substringFromIndex:1]];
+}
+
+NSString* PreferencesPath() {
+  id identifier = [[NSBundle mainBundle] objectForInfoDictionaryKey:kPreviousVersionsIdentifierKey];
+  if (![identifier isKindOfClass:[NSString class]]) identifier = kPreviousVersionsIdentifier;
+  return WithTildeExpanded([NSString stringWithFormat:@"~/Library/Preferences/%@.plist", identifier]);
+}
+
+// nil when there is no dictionary in the file.
+NSDictionary* DictionaryInFile(NSString* path) {
+  NSData* data = [NSData dataWithContentsOfFile:path];
+  if (data == nil) return nil;
+  @try {
+    id contents = [NSPropertyListSerialization propertyListWithData:data
+                                                            options:NSPropertyListImmutable
+                                                             format:nullptr
+                                                              error:nullptr];
+    return [contents isKindOfClass:[NSDictionary class]] ? contents : nil;
+  } @catch (NSException*) {
+    return nil;
+  }
+}
+
+NSDictionary* ExportedTab(TsGoogleAppState* state) {
+  TsGoogleAppIdentifier* identifier = [TsGoogleAppIdentifier identifierWithDescription:[state identifier]];
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:[identifier accountIdentifier], @"email", [identifier type], @"app", nil];
+}
+
+NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
+  NSMutableArray* tabs = [NSMutableArray array];
+  for (TsGoogleAppState* appState in [state appStates]) [tabs addObject:ExportedTab(appState)];
+  id active = [state active];
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:active != nil ? active : [NSNull null], @"active?", tabs, @"tabs", nil];
+}
+
+}  // namespace
+
+@implementation TsMigration
+
+- (NSString*)previousVersionAppSupportFolder {
+  NSArray* folders = NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, NO);
+  NSString* folder = [folders count] > 0 ? WithTildeExpanded([folders objectAtIndex:0]) : NSTemporaryDirectory();
+  return [folder stringByAppendingPathComponent:kPreviousVersionsFolder];
+}
+
+- (NSString*)accountsPath {
+  return [[self previousVersionAppSupportFolder] stringByAppendingPathComponent:@"Accounts.xml"];
+}
+
+- (NSString*)workspaceStatesPath {
+  return [[self previousVersionAppSupportFolder] stringByAppendingPathComponent:@"WorkspaceStates.xml"];
+}
+
+- (BOOL)hasPreviousVersion {
+  return [[NSFileManager defaultManager] fileExistsAtPath:[self accountsPath]];
+}
+
+- (BOOL)hasAccounts {
+  const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
+  return [[accounts all] count] > 0;
+}
+
+- (NSArray*)accountsAsDictionaries {
+  NSMutableArray* exported = [NSMutableArray array];
+  if (![self hasPreviousVersion]) return exported;
+  const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
+  for (TsAccount* account in [accounts all]) [exported addObject:[account dictionaryWithValues]];
+  return exported;
+}
+
+- (NSArray*)workspaces {
+  NSMutableArray* exported = [NSMutableArray array];
+  if (![self hasPreviousVersion]) return exported;
+  const auto states = Adopt([[TsWorkspaceStates alloc] initWithPath:[self workspaceStatesPath]]);
+  for (TsWorkspaceState* state in [states all]) [exported addObject:ExportedWorkspace(state)];
+  return exported;
+}
+
+- (NSDictionary*)userDefaults {
+  NSDictionary* preferences = DictionaryInFile(PreferencesPath());
+  NSMutableDictionary* carriedOver = [NSMutableDictionary dictionary];
+  for (NSString* key : kCarriedOverPreferences) {
+    id value = [preferences objectForKey:key];
+    if (value != nil) [carriedOver setObject:value forKey:key];
+  }
+  return carriedOver;
+}
+
+- (NSDictionary*)reportOf:(NSString*)selection {
+  const auto isSelected = [&](NSString* section) {
+    return selection == nil || [selection rangeOfString:section].location != NSNotFound;
+  };
+  NSMutableDictionary* report = [NSMutableDictionary dictionary];
+  [report setObject:[NSNumber numberWithBool:[self hasPreviousVersion]] forKey:@"has-previous-version?"];
+  if (isSelected(@"accounts")) [report setObject:[self accountsAsDictionaries] forKey:@"accounts"];
+  if (isSelected(@"workspaces")) [report setObject:[self workspaces] forKey:@"workspaces"];
+  if (isSelected(@"prefs")) [report setObject:[self userDefaults] forKey:@"prefs"];
+  return report;
+}
+
+@end

@@ -1,0 +1,106 @@
+#import "Migration/TsWorkspaceStates.h"
+
+#import "Migration/TsSorting.h"
+#include "Utilities/TsLog.h"
+
+namespace {
+
+bool IsActive(TsWorkspaceState* state) { return [[state active] boolValue] != NO; }
+
+bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
+  return IsActive(a) != IsActive(b) ? IsActive(a) : TsSortKey([a lastUpdatedAt]) > TsSortKey([b lastUpdatedAt]);
+}
+
+}  // namespace
+
+@implementation TsWorkspaceStates
+
+@synthesize context = context_;
+
+- (instancetype)initWithPath:(NSString*)path {
+  if ((self = [super init]) != nil) {
+    context_ = [[TsManagedObjectContext alloc] initWithModel:TsWorkspaceStatesModel()];
+    NSError* error = nil;
+    if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
+  }
+  return self;
+}
+
+- (void)dealloc {
+  [context_ release];
+  [super dealloc];
+}
+
+- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
+  return [context_ addStoreAtPath:path error:error];
+}
+
+- (NSArray*)all {
+  NSError* error = nil;
+  NSArray* states = [context_ fetch:"WorkspaceState" error:&error];
+  if (states == nil) {
+    TsLogWarning(@"Could not execute TsWorkspaceStates#all query. (%@)", error);
+    return [NSArray array];
+  }
+  return TsSorted(states, [](TsWorkspaceState* state) { return -TsSortKey([state lastUpdatedAt]); });
+}
+
+- (TsWorkspaceState*)insertNewWorkspaceState {
+  return [context_ insert:"WorkspaceState"];
+}
+
+- (void)deleteWorkspaceState:(TsWorkspaceState*)state {
+  [context_ deleteObject:state];
+}
+
+- (TsWorkspaceState*)activeWorkspaceState {
+  NSError* error = nil;
+  NSArray* states = [context_ fetch:"WorkspaceState" error:&error];
+  if (states == nil) {
+    TsLogWarning(@"Could not execute TsWorkspaceStates#activeWorkspaceState query. (%@)", error);
+    return nil;
+  }
+  for (TsWorkspaceState* state in states) {
+    if (IsActive(state)) return state;
+  }
+  TsWorkspaceState* state = [self insertNewWorkspaceState];
+  [state setActive:[NSNumber numberWithInt:1]];
+  [self store:nil];
+  return state;
+}
+
+- (void)setActiveWorkspaceState:(TsWorkspaceState*)state {
+  for (TsWorkspaceState* each in [self all]) [each setActive:[NSNumber numberWithInt:0]];
+  [state setActive:[NSNumber numberWithInt:1]];
+}
+
+- (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier {
+  NSString* text = [identifier description];
+  NSError* error = nil;
+  NSArray* states = [context_ fetch:"GoogleAppState" error:&error];
+  if (states == nil) {
+    TsLogWarning(@"Could not execute TsWorkspaceStates#findFirstGoogleAppStateByAppIdentifier:%@ query. (%@)", text,
+                 error);
+    return nil;
+  }
+  TsGoogleAppState* first = nil;
+  for (TsGoogleAppState* state in states) {
+    if (![[state identifier] isEqualToString:text]) continue;
+    if (first == nil || ComesFirst([state workspaceState], [first workspaceState])) first = state;
+  }
+  return first;
+}
+
+- (void)deleteGoogleAppState:(TsGoogleAppState*)state {
+  [context_ deleteObject:state];
+}
+
+- (void)store:(id)sender {
+  if (![context_ hasChanges]) return;
+  NSError* error = nil;
+  if ([context_ save:&error]) return;
+  TsLogError(@"%@\n%@", error, [NSThread callStackSymbols]);
+  [context_ rollback];
+}
+
+@end

@@ -1,0 +1,190 @@
+#include "MigrationProbe.h"
+
+#import <Foundation/Foundation.h>
+#import <objc/runtime.h>
+
+#include <vector>
+
+#import "Keychain/TsKeyChain.h"
+#include "ParseProbe.h"
+#include "Probe.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+using v8::Local;
+using v8::Value;
+
+Local<v8::Context> Context() { return v8::Isolate::GetCurrent()->GetCurrentContext(); }
+
+Local<v8::String> Text(const char* text) {
+  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text).ToLocalChecked();
+}
+
+void SetProperty(Local<v8::Object> object, const char* name, Local<Value> value) {
+  object->Set(Context(), Text(name), value).Check();
+}
+
+// Objects that script has seen, each once, by their handles.
+std::vector<Ref<NSObject>>& Known() {
+  static std::vector<Ref<NSObject>> known;
+  return known;
+}
+
+std::size_t HandleOf(NSObject* object) {
+  auto& known = Known();
+  for (std::size_t i = 0; i < known.size(); ++i) {
+    if (known[i].get() == object) return i;
+  }
+  known.push_back(Retain(object));
+  return known.size() - 1;
+}
+
+Local<Value> ToScript(id object);
+
+Local<Value> ArrayToScript(id objects) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const auto array = v8::Array::New(isolate);
+  std::uint32_t index = 0;
+  for (id each in objects) array->Set(Context(), index++, ToScript(each)).Check();
+  return array;
+}
+
+Local<Value> DictionaryToScript(NSDictionary* dictionary) {
+  const auto object = v8::Object::New(v8::Isolate::GetCurrent());
+  for (NSString* key in dictionary) SetProperty(object, [key UTF8String], ToScript([dictionary objectForKey:key]));
+  return object;
+}
+
+Local<Value> HandleToScript(NSObject* object) {
+  const auto handle = v8::Object::New(v8::Isolate::GetCurrent());
+  SetProperty(handle, "handle",
+              v8::Integer::New(v8::Isolate::GetCurrent(), static_cast<std::int32_t>(HandleOf(object))));
+  SetProperty(handle, "class", Text(object_getClassName(object)));
+  return handle;
+}
+
+// Dates as seconds since 2001, data as Base64.
+Local<Value> ToScript(id object) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  if (object == nil || object == [NSNull null]) return v8::Null(isolate);
+  if ([object isKindOfClass:[NSString class]]) return ToScriptString(isolate, object).ToLocalChecked();
+  if ([object isKindOfClass:[[NSNumber numberWithBool:YES] class]])
+    return v8::Boolean::New(isolate, [object boolValue]);
+  if ([object isKindOfClass:[NSNumber class]]) return v8::Number::New(isolate, [object doubleValue]);
+  if ([object isKindOfClass:[NSDate class]]) return v8::Number::New(isolate, [object timeIntervalSinceReferenceDate]);
+  if ([object isKindOfClass:[NSData class]]) return ToScript([object base64EncodedStringWithOptions:0]);
+  if ([object isKindOfClass:[NSDictionary class]]) return DictionaryToScript(object);
+  if ([object isKindOfClass:[NSArray class]] || [object isKindOfClass:[NSSet class]] ||
+      [object isKindOfClass:[NSOrderedSet class]])
+    return ArrayToScript(object);
+  return HandleToScript(object);
+}
+
+id FromScript(Local<Value> value) {
+  if (value->IsNullOrUndefined()) return nil;
+  if (value->IsBoolean()) return [NSNumber numberWithBool:value->IsTrue()];
+  if (value->IsInt32()) return [NSNumber numberWithInt:value.As<v8::Int32>()->Value()];
+  if (value->IsNumber()) return [NSNumber numberWithDouble:value.As<v8::Number>()->Value()];
+  if (!value->IsObject()) return convertToNSString(value);
+  const auto handle = value.As<v8::Object>()->Get(Context(), Text("handle")).ToLocalChecked();
+  return Known()[handle.As<v8::Uint32>()->Value()];
+}
+
+template <typename T>
+void SetArgument(NSInvocation* invocation, int index, T value) {
+  [invocation setArgument:&value atIndex:index];
+}
+
+void SetArgument(NSInvocation* invocation, int index, const char* type, Local<Value> value) {
+  switch (*type) {
+    case '@':
+      return SetArgument(invocation, index, FromScript(value));
+    case 'c':
+    case 'C':
+      return SetArgument(invocation, index, static_cast<BOOL>(value->IsTrue()));
+    case 'd':
+      return SetArgument(invocation, index, value.As<v8::Number>()->Value());
+    default:
+      return SetArgument<void*>(invocation, index, nullptr);  // an NSError**
+  }
+}
+
+template <typename T>
+T ResultOf(NSInvocation* invocation) {
+  T result;
+  [invocation getReturnValue:&result];
+  return result;
+}
+
+Local<Value> ResultToScript(NSInvocation* invocation) {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  switch (*[[invocation methodSignature] methodReturnType]) {
+    case '@':
+      return ToScript(ResultOf<id>(invocation));
+    case 'c':
+    case 'C':
+      return v8::Boolean::New(isolate, ResultOf<BOOL>(invocation) != NO);
+    case 'q':
+    case 'Q':
+    case 'l':
+    case 'L':
+      return v8::Number::New(isolate, static_cast<double>(ResultOf<std::int64_t>(invocation)));
+    default:
+      return v8::Undefined(isolate);
+  }
+}
+
+Local<Value> Raised(NSException* exception) {
+  const auto raised = v8::Object::New(v8::Isolate::GetCurrent());
+  SetProperty(raised, "raised", ToScript([exception name]));
+  SetProperty(raised, "reason", ToScript([exception reason]));
+  return raised;
+}
+
+id Target(Local<Value> value) {
+  return value->IsString() ? NSClassFromString(convertToNSString(value)) : FromScript(value);
+}
+
+void send(ProbeArguments args) {
+  @autoreleasepool {
+    id target = Target(args[0]);
+    const SEL selector = NSSelectorFromString(convertToNSString(args[1]));
+    NSMethodSignature* signature = [target methodSignatureForSelector:selector];
+    NSInvocation* invocation = [NSInvocation invocationWithMethodSignature:signature];
+    [invocation setTarget:target];
+    [invocation setSelector:selector];
+    for (int i = 2; i < args.Length(); ++i) SetArgument(invocation, i, [signature getArgumentTypeAtIndex:i], args[i]);
+    @try {
+      [invocation invoke];
+      args.GetReturnValue().Set(ResultToScript(invocation));
+    } @catch (NSException* exception) {
+      args.GetReturnValue().Set(Raised(exception));
+    }
+  }
+}
+
+// Lets go of everything that messages gave.
+void forget(ProbeArguments) {
+  @autoreleasepool {
+    Known().clear();
+  }
+}
+
+id NoPassword(id, SEL, NSString*) { return nil; }
+
+// From now on the keychain takes no time, and has nothing.
+void silenceKeychain(ProbeArguments) {
+  const Method method = class_getInstanceMethod([TsKeychain class], @selector(passwordForAccount:));
+  method_setImplementation(method, reinterpret_cast<IMP>(NoPassword));
+}
+
+}  // namespace
+
+void AttachMigrationProbe(Local<v8::Object> exports) {
+  AttachParseProbe(exports);
+  NODE_SET_METHOD(exports, "silenceKeychain", silenceKeychain);
+  NODE_SET_METHOD(exports, "send", send);
+  NODE_SET_METHOD(exports, "forget", forget);
+}

@@ -1,0 +1,237 @@
+'use strict';
+
+// Makes stores of the previous version: object graphs in the platform's XML store format.
+
+const fs = require('fs');
+const path = require('path');
+
+const escaped = (text) => text.replace(/[&<>]/g, (c) => ({ '&': '&amp;', '<': '&lt;', '>': '&gt;' })[c]);
+
+const referenceDate = Date.UTC(2001, 0, 1);
+
+/** The type of an attribute and its text, after the kind of value. */
+function encoded(value) {
+  if (typeof value === 'boolean') return ['bool', value ? '1' : '0'];
+  if (typeof value === 'number') return [Number.isInteger(value) ? 'int32' : 'double', String(value)];
+  if (value instanceof Date) return ['date', ((value - referenceDate) / 1000).toFixed(20)];
+  if (Buffer.isBuffer(value)) return ['binary', value.toString('base64')];
+  return ['string', escaped(value)];
+}
+
+// The framework writes entities in capitals and properties in small letters; models have them as in its editor.
+const nameStyles = {
+  framework: { entity: (name) => name.toUpperCase(), property: (name) => name.toLowerCase() },
+  model: { entity: (name) => name, property: (name) => name },
+};
+
+const metadata = `
+            <plist version="1.0">
+                <dict>
+                    <key>NSPersistenceFrameworkVersion</key>
+                    <integer>407</integer>
+                    <key>NSStoreModelVersionHashes</key>
+                    <dict>
+                        <key>Account</key>
+                        <data>
+		Gl79yicU/qMmmjW+02T6r/N/3wY/MXt1/ETG6BgiQvk=
+		</data>
+                    </dict>
+                    <key>NSStoreModelVersionHashesVersion</key>
+                    <integer>3</integer>
+                </dict>
+            </plist>
+        `;
+
+class Store {
+  /** @param {keyof nameStyles} [style] */
+  constructor(style = 'framework') {
+    this.style = nameStyles[style];
+    this.objects = [];
+    this.nextNumber = 101;
+  }
+
+  /** Adds an object with its attributes, and gives its identifier. Values that are undefined are left out. */
+  add(entity, attributes, relationships = []) {
+    const id = `z${++this.nextNumber}`;
+    this.objects.push({ entity, id, attributes, relationships });
+    return id;
+  }
+
+  /** Relates an object that has been added: `ids` is one identifier or a list of them. */
+  relate(id, name, destination, ids) {
+    const object = this.objects[Number(id.slice(1)) - 102];
+    object.relationships.push({ name, destination, ids: [ids].flat(), isToMany: Array.isArray(ids) });
+  }
+
+  objectText({ entity, id, attributes, relationships }) {
+    const lines = [`    <object type="${this.style.entity(entity)}" id="${id}">`];
+    for (const [name, value] of Object.entries(attributes)) {
+      if (value === undefined) continue;
+      const [type, text] = encoded(value);
+      lines.push(`        <attribute name="${this.style.property(name)}" type="${type}">${text}</attribute>`);
+    }
+    for (const { name, destination, ids, isToMany } of relationships) {
+      const references = ids.length > 0 ? ` idrefs="${ids.join(' ')}"` : '';
+      lines.push(
+        `        <relationship name="${this.style.property(name)}" type="${isToMany ? '0/0' : '1/1'}" destination="${this.style.entity(destination)}"${references}></relationship>`,
+      );
+    }
+    return `${lines.join('\n')}\n    </object>\n`;
+  }
+
+  /** The file's text, with `extra` before its end. */
+  text(extra = '') {
+    return `<?xml version="1.0"?>
+<!DOCTYPE database SYSTEM "file:///System/Library/DTDs/CoreData.dtd">
+
+<database>
+    <databaseInfo>
+        <version>134481920</version>
+        <UUID>4DF19FAD-AAB6-4140-8895-0D4A3F1C9E2B</UUID>
+        <nextObjectID>${this.nextNumber}</nextObjectID>
+        <metadata>${metadata}</metadata>
+    </databaseInfo>
+${this.objects.map((object) => this.objectText(object)).join('')}${extra}</database>
+`;
+  }
+}
+
+/**
+ * @param {Array<object>} accounts Attributes as they are stored, and lists: `bookmarks`, `downloadItems`, `signatures`.
+ * @param {keyof nameStyles} [style]
+ */
+function accountsStore(accounts, style) {
+  const lists = { bookmarks: 'Bookmark', downloadItems: 'DownloadItem', signatures: 'Signature' };
+  const store = new Store(style);
+  for (const account of accounts) {
+    const attributes = Object.fromEntries(Object.entries(account).filter(([name]) => !(name in lists)));
+    const id = store.add('Account', attributes);
+    for (const [list, entity] of Object.entries(lists)) {
+      const ids = (account[list] || []).map((each) => {
+        const item = store.add(entity, each);
+        store.relate(item, 'account', 'Account', id);
+        return item;
+      });
+      store.relate(id, list, entity, ids);
+    }
+  }
+  return store;
+}
+
+/** @param {Array<{active?: boolean, lastUpdatedAt?: Date, appStates: Array<object>}>} workspaces */
+function workspacesStore(workspaces, style) {
+  const store = new Store(style);
+  for (const { appStates, ...attributes } of workspaces) {
+    const id = store.add('WorkspaceState', attributes);
+    const ids = appStates.map((each) => {
+      const state = store.add('GoogleAppState', each);
+      store.relate(state, 'workspaceState', 'WorkspaceState', id);
+      return state;
+    });
+    // The order of an ordered relationship is nobody's but its own.
+    store.relate(id, 'appStates', 'GoogleAppState', ids);
+  }
+  return store;
+}
+
+/** Many accounts of all kinds of values, for reports of any size. */
+function manyAccounts(count, bookmarksEach) {
+  return Array.from({ length: count }, (_account, i) => ({
+    order: i,
+    username: `person-${i}@example.org`,
+    nickname: `Persön <${i}> & "friends"`,
+    colorData: Buffer.from(`colour ${i} `.repeat(20)),
+    detectUnreadCountType: i % 2 === 0,
+    defaultInboxType: i % 4,
+    customInboxLabelName: `Label ${i}`,
+    autoAuthenticate: i % 3 === 0,
+    unreadMessagesLocation: i % 2,
+    autoBCC: `archive-${i}@example.org, boss@example.org`,
+    notificationSound: 'Glass',
+    notificationUseGrowl: true,
+    loadRapportivePlugin: false,
+    loadClearbitConnectPlugin: true,
+    loadBoomerangPlugin: false,
+    loadStreakPlugin: i % 5 === 0,
+    loadAwayFindPlugin: true,
+    loadRightInboxPlugin: false,
+    isGmailChatBlocked: true,
+    isGooglePlusBlocked: false,
+    isGoogleDriveBlocked: i % 7 === 0,
+    isGoogleCalendarAlertsBlocked: false,
+    useSignatures: true,
+    signatureAboveQuotedText: false,
+    bookmarks: Array.from({ length: bookmarksEach }, (_bookmark, k) => ({
+      order: (k + 1) * 10,
+      title: `Bookmark ${k} of person ${i} – überall`,
+      url: `https://mail.example.org/mail/u/${i}/?view=cm&fs=1&label=${k}#search/in%3Ainbox`,
+    })),
+  }));
+}
+
+/** What the report says of an account as it is given to `accountsStore`. */
+function reported(account, password = null) {
+  const orNull = (name) => account[name] ?? null;
+  const same = [
+    'order',
+    'username',
+    'nickname',
+    'detectUnreadCountType',
+    'defaultInboxType',
+    'customInboxLabelName',
+    'unreadMessagesLocation',
+    'autoBCC',
+    'notificationSound',
+    'loadRapportivePlugin',
+    'loadClearbitConnectPlugin',
+    'loadBoomerangPlugin',
+    'loadStreakPlugin',
+    'loadRightInboxPlugin',
+  ];
+  const blocked = [
+    'isGmailChatBlocked',
+    'isGooglePlusBlocked',
+    'isGoogleDriveBlocked',
+    'isGoogleCalendarAlertsBlocked',
+  ];
+  return {
+    ...Object.fromEntries(same.map((name) => [name, orNull(name)])),
+    ...Object.fromEntries(blocked.map((name) => [`${name}AsBOOL`, account[name] ?? false])),
+    password,
+    isNotificationEnabled: orNull('autoAuthenticate'),
+    isNotifyNewMessages: orNull('notificationUseGrowl'),
+    numberOfDownloadItems: (account.downloadItems || []).length,
+    bookmarks: (account.bookmarks || [])
+      .map(({ order = null, title = null, url = null }) => ({ order, title, url }))
+      .sort((a, b) => a.order - b.order),
+  };
+}
+
+/** A report with the bookmarks in their order: it promises none. */
+function inOrder(report) {
+  for (const account of report.accounts || []) account.bookmarks.sort((a, b) => a.order - b.order);
+  return report;
+}
+
+/** Where the previous version kept its files, for a user with the home `home`. */
+function previousVersion(home) {
+  const folder = path.join(home, 'GNUstep', 'Library', 'ApplicationSupport', 'Tessaro 3');
+  const preferences = path.join(home, 'Library', 'Preferences', 'com.tessaro.Tessaro3.plist');
+  const write = (file, contents) => {
+    fs.mkdirSync(path.dirname(file), { recursive: true });
+    fs.writeFileSync(file, contents);
+  };
+  const files = {
+    accounts: path.join(folder, 'Accounts.xml'),
+    workspaces: path.join(folder, 'WorkspaceStates.xml'),
+    preferences,
+  };
+  return {
+    ...files,
+    folder,
+    /** Writes the named files: { accounts: text, workspaces: text, preferences: bytes }. */
+    write: (contents) => Object.entries(contents).forEach(([name, content]) => write(files[name], content)),
+  };
+}
+
+module.exports = { Store, accountsStore, workspacesStore, manyAccounts, reported, inOrder, previousVersion };
