@@ -1,5 +1,6 @@
 #include "Platform/ShutDown.h"
 
+#include "Platform/Linux/Cocoa/UserNotificationDelivery.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SecretStore.h"
@@ -8,6 +9,7 @@ namespace tessaro::platform {
 
 void ShutDown() {
   SecretStore::Shared().Close();
+  EndUserNotificationDelivery();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }
