@@ -1,11 +1,15 @@
 #include "Platform/SoundPlayer.h"
 
-#include <alsa/asoundlib.h>
 #include <canberra.h>
 
 #include <mutex>
 #include <optional>
 #include <utility>
+
+// Not every function of ALSA's is declared for C++ there.
+extern "C" {
+#include <alsa/asoundlib.h>
+}
 
 #include "Platform/BackgroundQueue.h"
 
