@@ -33,4 +33,10 @@
 
 - (void)callbackForNotification:(NSUserNotification*)notification typeString:(NSString*)type;
 
+// What a centre may tell its delegate beyond the public protocol.
+- (void)userNotificationCenter:(NSUserNotificationCenter*)center didDismissAlert:(NSUserNotification*)notification;
+- (void)userNotificationCenter:(NSUserNotificationCenter*)center
+               responseChanged:(NSAttributedString*)response
+               forNotification:(NSUserNotification*)notification;
+
 @end

@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "KeychainProbe.h"
+#include "NotificationsProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
@@ -15,6 +16,8 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachPlatformProbe(AddProbeObject(probe, "platform"));
   AttachBusProbe(AddProbeObject(probe, "bus"));
   AttachKeychainProbe(AddProbeObject(probe, "keychain"));
+  AttachNotificationsProbe(AddProbeObject(probe, "notifications"));
+  AttachNotificationServerProbe(AddProbeObject(probe, "notificationServer"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
 }
 
