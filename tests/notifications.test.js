@@ -32,7 +32,7 @@ const secondsFromNow = (seconds) => String(Math.floor(Date.now() / 1000) + secon
 test('what a server is given, by what it can do', async (t) => {
   const alert = { title: 'Ann <b>', subtitle: 'Lunch & more', text: 'at 1 < 2\nToday?' };
   const silent = { 'suppress-sound': true };
-  const plain = ['default', ''];
+  const plain = ['default', 'Show'];
   const table = [
     ['markup', everything, alert, 'Lunch &amp; more\nat 1 &lt; 2\nToday?', plain, silent],
     ['no markup', ['actions', 'body'], alert, 'Lunch & more\nat 1 < 2\nToday?', plain, silent],
@@ -280,9 +280,9 @@ test('a server that refuses, hangs or dies stops nothing', async (t) => {
 
 test('scheduled alerts are listed, removed, and delivered on time', async (t) => {
   const { client, server } = await session(t);
-  const due = Number(secondsFromNow(2));
+  const due = Number(secondsFromNow(3));
   await client.deliver('soon', { at: `${due} seconds`, text: 'x' });
-  await client.deliver('removed', { at: secondsFromNow(1) });
+  await client.deliver('removed', { at: String(due) });
   await client.deliver('never', { at: '9223372036854775807' });
   await client.deliver('far', { at: '99999999999999999999999' });
   await client.run("m.removeUserNotification('removed')");

@@ -137,7 +137,8 @@ void DesktopNotifications::Send(Alert alert, Entry& entry) {
 
 std::vector<std::string> DesktopNotifications::ActionsFor(const AlertContents& contents) const {
   if (!Has("actions")) return {};
-  std::vector<std::string> actions = {kDefaultAction, ""};
+  // Where a click on the alert only closes it, as in Xfce, this is a button, which needs a title.
+  std::vector<std::string> actions = {kDefaultAction, contents.defaultTitle};
   if (contents.reply) {
     actions.insert(actions.end(), {Has("inline-reply") ? kInlineReplyAction : kButtonAction, contents.reply->title});
   } else if (contents.actionTitle) {

@@ -24,7 +24,8 @@ struct AlertContents {
 
   std::string title;
   std::string text;
-  std::string soundFile;  // empty: silent
+  std::string soundFile;     // empty: silent
+  std::string defaultTitle;  // of what a click on the alert does
   std::optional<std::string> actionTitle;
   std::optional<Reply> reply;  // takes the place of the action
 };

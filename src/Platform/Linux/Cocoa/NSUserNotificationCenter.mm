@@ -62,6 +62,7 @@ AlertContents ContentsOf(NSUserNotification* alert) {
   contents.title = Utf8(OrElse([alert title], ApplicationName()));
   contents.text = TextOf(alert);
   if ([alert soundName] != nil) contents.soundFile = SoundFileNamed(Utf8([alert soundName]));
+  contents.defaultTitle = Utf8(NSLocalizedString(@"Show", nil));
   if ([alert hasActionButton]) {
     contents.actionTitle = Utf8(OrElse([alert actionButtonTitle], NSLocalizedString(@"Show", nil)));
   }
