@@ -1,6 +1,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -87,6 +88,9 @@ class Server {
     object_->registerMethod("GetCapabilities").onInterface(kName).implementedAs([this] {
       calls.push_back({.method = "GetCapabilities"});
       return capabilities_;
+    });
+    object_->registerMethod("GetServerInformation").onInterface(kName).implementedAs([] {
+      return std::make_tuple(std::string("test"), std::string("test"), std::string("1"), std::string("1.2"));
     });
     object_->registerMethod("Notify").onInterface(kName).implementedAs(
         [this](sdbus::Result<std::uint32_t>&& result, const std::string& application, std::uint32_t replacesId,
