@@ -56,7 +56,13 @@ for (const { command, gestures } of servers) {
     await startDesktopServer(t, session.env, command);
     const { DISPLAY, DBUS_SESSION_BUS_ADDRESS } = session.env;
     const client = await startClient(t, { env: { DISPLAY, DBUS_SESSION_BUS_ADDRESS } });
-    const alert = { title: 'Ann Example', subtitle: 'Lunch & more', text: 'Today at 1 <ok>?', action: true, actionTitle: 'Archive' };
+    const alert = {
+      title: 'Ann Example',
+      subtitle: 'Lunch & more',
+      text: 'Today at 1 <ok>?',
+      action: true,
+      actionTitle: 'Archive',
+    };
     for (const [index, [name, gesture, type]] of gestures.entries()) {
       await client.deliver(name, alert);
       await client.until(`JSON.parse(n.takeRecorded()).some(([event]) => event === 'TsNotificationDidDeliver')`);

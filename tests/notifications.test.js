@@ -42,11 +42,30 @@ test('what a server is given, by what it can do', async (t) => {
     ['action', everything, { action: 1, actionTitle: 'Archive' }, '', [...plain, 'button', 'Archive'], silent],
     ['action without title', everything, { action: 'yes' }, '', [...plain, 'button', 'Show'], silent],
     ['title without action', everything, { actionTitle: 'Archive' }, '', plain, silent],
-    ['reply', everything, { reply: true, placeholder: 'Dear …' }, '', [...plain, 'inline-reply', 'Reply'],
-      { ...silent, 'x-kde-reply-placeholder-text': 'Dear …' }],
-    ['reply before action', everything, { reply: true, action: true, actionTitle: 'Archive' }, '',
-      [...plain, 'inline-reply', 'Reply'], { ...silent, 'x-kde-reply-placeholder-text': '' }],
-    ['reply without a field', ['actions'], { reply: true, placeholder: 'x' }, '', [...plain, 'button', 'Reply'], silent],
+    [
+      'reply',
+      everything,
+      { reply: true, placeholder: 'Dear …' },
+      '',
+      [...plain, 'inline-reply', 'Reply'],
+      { ...silent, 'x-kde-reply-placeholder-text': 'Dear …' },
+    ],
+    [
+      'reply before action',
+      everything,
+      { reply: true, action: true, actionTitle: 'Archive' },
+      '',
+      [...plain, 'inline-reply', 'Reply'],
+      { ...silent, 'x-kde-reply-placeholder-text': '' },
+    ],
+    [
+      'reply without a field',
+      ['actions'],
+      { reply: true, placeholder: 'x' },
+      '',
+      [...plain, 'button', 'Reply'],
+      silent,
+    ],
     ['sound', everything, { sound: 'Basso' }, '', plain, { 'sound-file': '/usr/share/sounds/GNUstep/Basso.wav' }],
     ['sound nobody knows', everything, { sound: '../Basso' }, '', plain, silent],
     ['sound without a server to play it', ['actions'], { sound: 'Basso' }, '', plain, silent],
@@ -108,10 +127,33 @@ test('each alert ends once, whatever the server tells', async (t) => {
   const table = [
     [[['invoke', 'default']], ['contents-clicked', ''], clicked('contents-clicked')],
     [[['invoke', 'button']], ['action-button-clicked', ''], clicked('action-button-clicked')],
-    [[['invoke', 'default'], ['invoke', 'button'], ['close', 2]], ['contents-clicked', ''], clicked('contents-clicked')],
-    [[['reply', 'grüß\ndich 😀'], ['close', 2]], ['replied', 'grüß\ndich 😀'], clicked('replied')],
+    [
+      [
+        ['invoke', 'default'],
+        ['invoke', 'button'],
+        ['close', 2],
+      ],
+      ['contents-clicked', ''],
+      clicked('contents-clicked'),
+    ],
+    [
+      [
+        ['reply', 'grüß\ndich 😀'],
+        ['close', 2],
+      ],
+      ['replied', 'grüß\ndich 😀'],
+      clicked('replied'),
+    ],
     [[['reply', '']], ['replied', ''], clicked('replied')],
-    [[['close', 2], ['close', 2], ['invoke', 'default']], ['dismissed', ''], (id) => [dismissed(id)]],
+    [
+      [
+        ['close', 2],
+        ['close', 2],
+        ['invoke', 'default'],
+      ],
+      ['dismissed', ''],
+      (id) => [dismissed(id)],
+    ],
     [[['close', 1]], ['dismissed', ''], (id) => [dismissed(id)]],
     [[['close', 4]], ['dismissed', ''], (id) => [dismissed(id)]],
     [[['close', 99]], ['dismissed', ''], (id) => [dismissed(id)]],
@@ -168,7 +210,14 @@ test('script may deliver and remove alerts while it is told of one, and may thro
 });
 
 test('every activation type, with and without an identifier', async (t) => {
-  const types = ['none', 'contents-clicked', 'action-button-clicked', 'replied', 'additional-action-clicked', 'unknown'];
+  const types = [
+    'none',
+    'contents-clicked',
+    'action-button-clicked',
+    'replied',
+    'additional-action-clicked',
+    'unknown',
+  ];
   const { told, posted, warnings, debugLines, infoLines } = await evaluate(
     t,
     `const { module: m, notifications: n, captureLog, capturedLog, flushLog } = probe();
@@ -260,7 +309,9 @@ test('a server that refuses, hangs or dies stops nothing', async (t) => {
 
   server.pause();
   const start = Date.now();
-  await client.run(`for (let i = 0; i < 100; ++i) ${delivery('late')}; for (let i = 0; i < 100; ++i) m.removeUserNotification('late')`);
+  await client.run(
+    `for (let i = 0; i < 100; ++i) ${delivery('late')}; for (let i = 0; i < 100; ++i) m.removeUserNotification('late')`,
+  );
   await client.deliver('late');
   assert.ok(Date.now() - start < 5000);
   server.resume();
@@ -286,7 +337,10 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
   await client.deliver('never', { at: '9223372036854775807' });
   await client.deliver('far', { at: '99999999999999999999999' });
   await client.run("m.removeUserNotification('removed')");
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), { delivered: [], scheduled: ['soon', 'never', 'far'] });
+  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), {
+    delivered: [],
+    scheduled: ['soon', 'never', 'far'],
+  });
   const call = await server.shown('soon');
   const late = Date.now() / 1000 - due;
   assert.ok(late >= 0 && late < 1, `${late} s late`);
@@ -298,7 +352,10 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
   const debug = await client.run('debugLines()');
   assert.ok(debug.some((line) => /^Schedule notification soon -> \d{4}-/.test(line)));
   assert.strictEqual(debug.filter((line) => line.startsWith('removing scheduled notification <NSUserNot')).length, 2);
-  assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['soon']);
+  assert.deepStrictEqual(
+    server.calls('Notify').map(({ summary }) => summary),
+    ['soon'],
+  );
 });
 
 test('a moment that has passed, or is none, is ten seconds from now', async (t) => {
@@ -335,7 +392,12 @@ test('scheduled alerts outlive the process, with everything in them', async (t) 
   for (const file of files) assert.strictEqual(fs.statSync(path.join(folder, file)).mode & 0o777, 0o600);
 
   // Files that are none of ours, or no more, change nothing.
-  for (const [name, contents] of [['a.alert', ''], ['b.alert', 'rubbish'], ['c.alert', 'bplist00\xff\xff'], ['d.txt', 'x']]) {
+  for (const [name, contents] of [
+    ['a.alert', ''],
+    ['b.alert', 'rubbish'],
+    ['c.alert', 'bplist00\xff\xff'],
+    ['d.txt', 'x'],
+  ]) {
     fs.writeFileSync(path.join(folder, name), contents, 'latin1');
   }
   fs.writeFileSync(path.join(folder, 'e.alert'), fs.readFileSync(path.join(folder, files[0])).subarray(0, 60));
@@ -350,7 +412,10 @@ test('scheduled alerts outlive the process, with everything in them', async (t) 
   await second.kill();
   const third = await startClient(t, { home, env: { DBUS_SESSION_BUS_ADDRESS: bus.address } });
   assert.deepStrictEqual(await third.run('JSON.parse(n.alerts())'), { delivered: [], scheduled: [] });
-  assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['due']);
+  assert.deepStrictEqual(
+    server.calls('Notify').map(({ summary }) => summary),
+    ['due'],
+  );
 });
 
 test('an identifier may be delivered and scheduled: the delivered alert is found, and removed, first', async (t) => {

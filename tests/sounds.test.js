@@ -46,11 +46,15 @@ test('the list has every playable sound once, in plain order', async (t) => {
   const names = await soundNames(t, { home });
   // Foundation compares characters that are composed as if they were not.
   const own = ['Äther', 'Basso', 'Zoo', 'twice', 'two.dots', 'zebra'];
-  assert.deepStrictEqual(names.filter((name) => own.includes(name)), own);
+  assert.deepStrictEqual(
+    names.filter((name) => own.includes(name)),
+    own,
+  );
   assert.deepStrictEqual(names, [...new Set(names)]);
   const ascii = names.filter((name) => name !== 'Äther');
   assert.deepStrictEqual(ascii, [...ascii].sort());
-  for (const name of ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail']) assert.ok(!names.includes(name), name);
+  for (const name of ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail'])
+    assert.ok(!names.includes(name), name);
   // The theme of a desktop, and what comes with GNUstep.
   for (const name of ['bell', 'message-new-instant', 'Ping', 'Tink']) assert.ok(names.includes(name), name);
 });
@@ -71,7 +75,10 @@ test("the desktop's chosen theme comes with those that it inherits from", async 
   for (const [theme, inherits] of Object.entries(themes)) {
     const folder = path.join(data, 'sounds', theme, 'stereo');
     fs.mkdirSync(folder, { recursive: true });
-    fs.writeFileSync(path.join(folder, '..', 'index.theme'), `[Sound Theme]\nName=x\nDirectories=stereo\n${inherits}\n`);
+    fs.writeFileSync(
+      path.join(folder, '..', 'index.theme'),
+      `[Sound Theme]\nName=x\nDirectories=stereo\n${inherits}\n`,
+    );
     fs.writeFileSync(path.join(folder, `of-${theme}.wav`), quiet);
   }
   const config = path.join(home, 'config', 'gtk-3.0');
@@ -106,15 +113,18 @@ test('a preview is heard, and cut off by the next', async (t) => {
   await eventually(() => audio.peak() > 12000, 'the loud sound is heard');
   await client.run("m.playSoundWithName('quiet')");
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'only the quiet sound is heard');
-  assert.deepStrictEqual(await client.run("['none', undefined, null, 3, '', 'loud\\0', '../loud', {}].map((x) => m.playSoundWithName(x))"),
-    Array(8).fill(false));
+  assert.deepStrictEqual(
+    await client.run("['none', undefined, null, 3, '', 'loud\\0', '../loud', {}].map((x) => m.playSoundWithName(x))"),
+    Array(8).fill(false),
+  );
   assert.ok(audio.peak(200) > 500);
-  for (let i = 0; i < 5; ++i) await client.run("for (let i = 0; i < 20; ++i) m.playSoundWithName(i % 2 ? 'quiet' : 'loud')");
+  for (let i = 0; i < 5; ++i)
+    await client.run("for (let i = 0; i < 20; ++i) m.playSoundWithName(i % 2 ? 'quiet' : 'loud')");
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'the last of many is heard');
   // An audio server may be started anew.
   await audio.kill();
   await client.run("m.playSoundWithName('loud')");
-  await client.until("warnings().some((text) => text.startsWith(\"Couldn't play a sound: \"))");
+  await client.until('warnings().some((text) => text.startsWith("Couldn\'t play a sound: "))');
   assert.strictEqual(client.output.stderr, '');
 });
 
@@ -144,7 +154,11 @@ test('an alert is heard where the notification server plays no sounds', async (t
 
 test('without an audio device nothing waits, nothing is printed, and the log says so', async (t) => {
   const home = homeWithSounds(t, { 'quiet.wav': quiet });
-  const drivers = { pulse: { PULSE_SERVER: 'unix:/nowhere' }, alsa: { CANBERRA_DRIVER: 'alsa' }, unknown: { CANBERRA_DRIVER: 'x' } };
+  const drivers = {
+    pulse: { PULSE_SERVER: 'unix:/nowhere' },
+    alsa: { CANBERRA_DRIVER: 'alsa' },
+    unknown: { CANBERRA_DRIVER: 'x' },
+  };
   for (const [name, env] of Object.entries(drivers)) {
     const client = await startClient(t, { home, env });
     assert.strictEqual(await client.run("m.playSoundWithName('quiet')"), true);

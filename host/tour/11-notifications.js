@@ -3,7 +3,10 @@
 const { spawn } = require('child_process');
 const { once } = require('events');
 const fs = require('fs');
+const os = require('os');
+const path = require('path');
 
+const { startAudioServer } = require('../../tests/support/audio');
 const { startNotificationServer } = require('../../tests/support/notificationServer');
 const { ok, failed, notOffered } = require('./rows');
 
@@ -14,21 +17,30 @@ const program = '/usr/lib/notification-daemon/notification-daemon';
 const alert = (module, identifier, ...rest) =>
   module.deliverUserNotification(identifier, 'Ann Example', 'Lunch & more', 'Today at one?', 'New Mail', ...rest, null);
 
-/** A notification server with buttons, in a session that has none. */
+const hasServer = async (stage) => {
+  const call = ['--session', '--print-reply', '--dest=org.freedesktop.DBus', '/', 'org.freedesktop.DBus.ListNames'];
+  return ((await stage.run('dbus-send', ...call)) ?? '').includes('"org.freedesktop.Notifications"');
+};
+
+/** A notification server with buttons, in a session that has none; undefined where that can't be. */
 async function startServer(stage) {
-  const names = await stage.run('dbus-send', '--session', '--print-reply', '--dest=org.freedesktop.DBus', '/', 'org.freedesktop.DBus.ListNames');
-  if (names?.includes('"org.freedesktop.Notifications"') || !fs.existsSync(program)) return undefined;
-  return spawn(program, { stdio: 'ignore', env: { ...process.env, NO_AT_BRIDGE: '1', GSETTINGS_BACKEND: 'memory' } });
+  if (!process.env.DBUS_SESSION_BUS_ADDRESS || !fs.existsSync(program) || (await hasServer(stage))) return undefined;
+  const env = { ...process.env, NO_AT_BRIDGE: '1', GSETTINGS_BACKEND: 'memory' };
+  const server = spawn(program, { stdio: 'ignore', env });
+  // Otherwise the bus would start one by itself.
+  return (await stage.until(() => hasServer(stage))) ? server : undefined;
 }
 
 const clickable = async (stage) =>
-  (await stage.run('xdotool', 'search', '--onlyvisible', '--name', '^Notification$'))?.trim().split('\n').at(-1);
+  (await stage.run('xdotool', 'search', '--onlyvisible', '--name', 'Notification'))?.trim().split('\n').at(-1);
 
 async function clickButton(stage) {
   const window = await clickable(stage);
   if (!window) return false;
   const geometry = (await stage.run('xdotool', 'getwindowgeometry', '--shell', window)) ?? '';
-  const [x, y, width] = ['X', 'Y', 'WIDTH'].map((key) => Number(geometry.match(new RegExp(`^${key}=(\\d+)`, 'm'))?.[1]));
+  const [x, y, width] = ['X', 'Y', 'WIDTH'].map((key) =>
+    Number(geometry.match(new RegExp(`^${key}=(\\d+)`, 'm'))?.[1]),
+  );
   return stage.run('xdotool', 'mousemove', String(x + width - 87), String(y + 104), 'click', '1');
 }
 
@@ -38,7 +50,10 @@ async function clicked(stage, told) {
   await delivered;
   await stage.until(() => clickable(stage));
   const picture = await stage.screenshot();
-  await stage.until(async () => (await clickButton(stage)) && stage.until(() => told.length > 0, 300));
+  await stage.until(async () => {
+    await clickButton(stage);
+    return told.length > 0;
+  });
   return told[0]?.join() === 'message-1,action-button-clicked,'
     ? ok('Alert, clicked', `its “Archive” button was clicked and script was told, ${picture ?? 'no picture'}`)
     : failed('Alert, clicked', `script was told ${JSON.stringify(told)}`);
@@ -59,18 +74,36 @@ async function replied(stage, told) {
     : failed('Alert, replied to', `script was told ${JSON.stringify(told)}`);
 }
 
-function preview({ module }) {
+/** Where nobody listens, into a sink that is recorded. */
+async function preview(stage) {
+  const { module } = stage;
   const name = 'New Mail';
-  return module.playSoundWithName(name)
-    ? ok('Sounds', `${module.getSoundNames().length} sounds, “${name}” is played where there is an audio device`)
-    : failed('Sounds', `“${name}” of the host is not among ${module.getSoundNames().join(', ')}`);
+  const hasAudio = fs.existsSync(path.join(process.env.XDG_RUNTIME_DIR ?? '/', 'pulse', 'native'));
+  const cleaning = [];
+  const directory = fs.mkdtempSync(path.join(os.tmpdir(), 'audio-'));
+  const audio = hasAudio
+    ? undefined
+    : await startAudioServer({ after: (step) => cleaning.push(step) }, directory).catch(() => {});
+  Object.assign(process.env, audio?.env);
+  const isPlayed = module.playSoundWithName(name);
+  const isHeard = audio !== undefined && (await stage.until(() => audio.peak() > 1000));
+  for (const step of cleaning) await step();
+  fs.rmSync(directory, { recursive: true, force: true });
+  if (!isPlayed) return failed('Sounds', `“${name}” of the host is not among ${module.getSoundNames().join(', ')}`);
+  if (audio === undefined) return ok('Sounds', `“${name}” of ${module.getSoundNames().length} sounds is played`);
+  return isHeard
+    ? ok('Sounds', `“${name}” of ${module.getSoundNames().length} sounds was played, and heard in a recording`)
+    : failed('Sounds', `“${name}” was played, but not heard`);
 }
 
 exports.run = async (stage) => {
-  const rows = [preview(stage)];
-  const server = process.env.DBUS_SESSION_BUS_ADDRESS && (await startServer(stage));
+  const rows = [await preview(stage)];
+  const server = await startServer(stage);
   if (!server) {
-    return [...rows, notOffered('Alerts', 'there is no session bus, or the server there is not the tour’s to click on')];
+    return [
+      ...rows,
+      notOffered('Alerts', 'there is no session bus, or the server there is not the tour’s to click on'),
+    ];
   }
   const told = [];
   stage.module.setNotificationCallbackFunction((...what) => told.push(what));

@@ -13,10 +13,11 @@ namespace {
 constexpr NSUInteger kUsualSounds = 50;
 
 NSArray* SoundFolders() {
-  NSMutableArray* folders = [NSMutableArray
-      arrayWithObjects:@"/System/Library/Sounds", @"/Network/Library/Sounds", @"/Library/Sounds",
-                       [TsNSString(platform::HomeDirectory().native()) stringByAppendingPathComponent:@"Library/Sounds"],
-                       nil];
+  NSMutableArray* folders =
+      [NSMutableArray arrayWithObjects:@"/System/Library/Sounds", @"/Network/Library/Sounds", @"/Library/Sounds",
+                                       [TsNSString(platform::HomeDirectory().native())
+                                           stringByAppendingPathComponent:@"Library/Sounds"],
+                                       nil];
   for (const std::string& folder : platform::SystemSoundFolders()) [folders addObject:TsNSString(folder)];
   return folders;
 }
@@ -33,7 +34,9 @@ Ref<NSArray> FindSounds() {
       AddIfPlayable(sounds, [TsSound soundWithPath:entry]);
     }
   }
-  NSSortDescriptor* byName = [NSSortDescriptor sortDescriptorWithKey:@"name" ascending:YES selector:@selector(compare:)];
+  NSSortDescriptor* byName = [NSSortDescriptor sortDescriptorWithKey:@"name"
+                                                           ascending:YES
+                                                            selector:@selector(compare:)];
   return Retain([[sounds allObjects] sortedArrayUsingDescriptors:@[ byName ]]);
 }
 
@@ -101,9 +104,8 @@ Ref<NSArray> FindSounds() {
     player.Stop();
     std::string file = platform::SoundFileNamed(TsStdString(name_));
     if (file.empty()) return;
-    player.Play(std::move(file), [](const std::string& reason) {
-      TsLogTextWarning("Couldn't play a sound: " + reason);
-    });
+    player.Play(std::move(file),
+                [](const std::string& reason) { TsLogTextWarning("Couldn't play a sound: " + reason); });
   }
 }
 

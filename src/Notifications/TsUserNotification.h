@@ -10,8 +10,8 @@
 
 + (instancetype)sharedInstance;
 
-// `deliverAt` is a number of seconds since 1970; a moment that has passed is put off to ten seconds from now, and nil is
-// at once. An alert with a reply button has no action button.
+// `deliverAt` is a number of seconds since 1970; a moment that has passed is put off to ten seconds from now, and nil
+// is at once. An alert with a reply button has no action button.
 - (void)showNotification:(NSString*)identifier
                    title:(NSString*)title
                 subTitle:(NSString*)subtitle

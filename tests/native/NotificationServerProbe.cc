@@ -45,9 +45,7 @@ void Put(v8::Local<v8::Object> object, const std::string& key, const Value& valu
   object->Set(context, ToScript(key), ToScript(value)).Check();
 }
 
-std::string FromScript(v8::Local<v8::Value> value) {
-  return *v8::String::Utf8Value(v8::Isolate::GetCurrent(), value);
-}
+std::string FromScript(v8::Local<v8::Value> value) { return *v8::String::Utf8Value(v8::Isolate::GetCurrent(), value); }
 
 std::uint32_t NumberFrom(v8::Local<v8::Value> value) { return value.As<v8::Uint32>()->Value(); }
 

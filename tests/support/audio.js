@@ -17,13 +17,16 @@ async function startAudioServer(test, directory) {
   const environment = { ...process.env, ...env, HOME: directory, XDG_RUNTIME_DIR: directory };
   delete environment.DISPLAY;
   fs.rmSync(socket, { force: true });
-  const modules = ['module-null-sink sink_name=nowhere', `module-native-protocol-unix auth-anonymous=1 socket=${socket}`];
+  const modules = [
+    'module-null-sink sink_name=nowhere',
+    `module-native-protocol-unix auth-anonymous=1 socket=${socket}`,
+  ];
   const server = spawn(
     'pulseaudio',
     ['-n', '--daemonize=no', '--exit-idle-time=-1', '--use-pid-file=no', ...modules.flatMap((name) => ['-L', name])],
     { env: environment, stdio: 'ignore' },
   );
-  const ended = new Promise((resolve) => server.on('exit', resolve));
+  const ended = new Promise((resolve) => server.on('exit', resolve).on('error', resolve));
   const kill = async () => {
     server.kill('SIGKILL');
     await ended;
@@ -31,10 +34,14 @@ async function startAudioServer(test, directory) {
   test.after(kill);
   await eventually(() => fs.existsSync(socket), 'the audio server listens');
 
-  const recorder = spawn('parec', ['--device=nowhere.monitor', '--format=s16le', '--rate=8000', '--channels=1', '--latency-msec=20'], {
-    env: environment,
-    stdio: ['ignore', 'pipe', 'ignore'],
-  });
+  const recorder = spawn(
+    'parec',
+    ['--device=nowhere.monitor', '--format=s16le', '--rate=8000', '--channels=1', '--latency-msec=20'],
+    {
+      env: environment,
+      stdio: ['ignore', 'pipe', 'ignore'],
+    },
+  );
   test.after(() => recorder.kill('SIGKILL'));
   let recorded = [];
   recorder.stdout.on('data', (bytes) => recorded.push(bytes));

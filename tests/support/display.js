@@ -23,13 +23,22 @@ async function startDisplaySession() {
   session.stdout.setEncoding('utf8').on('data', (text) => (output += text));
   await eventually(() => output.endsWith('\n') || session.exitCode !== null, 'the session');
   const env = JSON.parse(output);
-  const xdotool = (...args) => run('xdotool', args, { env }).then(({ stdout }) => stdout, () => '');
+  const xdotool = (...args) =>
+    run('xdotool', args, { env }).then(
+      ({ stdout }) => stdout,
+      () => '',
+    );
 
   async function geometryOf(name) {
     const window = (await xdotool('search', '--onlyvisible', '--name', name)).trim().split('\n').at(-1);
     if (window === '') return undefined;
     const text = await xdotool('getwindowgeometry', '--shell', window);
-    return Object.fromEntries(text.trim().split('\n').map((line) => line.toLowerCase().split('=')));
+    return Object.fromEntries(
+      text
+        .trim()
+        .split('\n')
+        .map((line) => line.toLowerCase().split('=')),
+    );
   }
 
   return {

@@ -67,8 +67,14 @@ async function startDesktopServer(test, env, command, ...args) {
   const hasOwner = () =>
     run(
       'dbus-send',
-      ['--session', '--print-reply', '--dest=org.freedesktop.DBus', '/', 'org.freedesktop.DBus.NameHasOwner',
-        'string:org.freedesktop.Notifications'],
+      [
+        '--session',
+        '--print-reply',
+        '--dest=org.freedesktop.DBus',
+        '/',
+        'org.freedesktop.DBus.NameHasOwner',
+        'string:org.freedesktop.Notifications',
+      ],
       { env },
     ).then(({ stdout }) => stdout.includes('true'));
   await eventually(hasOwner, `${command} serves`);

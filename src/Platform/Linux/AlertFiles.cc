@@ -42,9 +42,8 @@ fs::path AlertFiles::Keep(std::string_view contents) const noexcept {
   fs::permissions(directory_, fs::perms::owner_all, error);
   const GTextPtr name(g_uuid_string_random());
   fs::path file = directory_ / (std::string(name.get()) + kExtension);
-  const bool isWritten =
-      g_file_set_contents_full(file.c_str(), contents.data(), static_cast<gssize>(contents.size()),
-                               G_FILE_SET_CONTENTS_CONSISTENT, kFileMode, nullptr) != FALSE;
+  const bool isWritten = g_file_set_contents_full(file.c_str(), contents.data(), static_cast<gssize>(contents.size()),
+                                                  G_FILE_SET_CONTENTS_CONSISTENT, kFileMode, nullptr) != FALSE;
   return isWritten ? file : fs::path();
 }
 

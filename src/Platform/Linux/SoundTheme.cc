@@ -19,7 +19,7 @@ constexpr char kThemeGroup[] = "Sound Theme";
 GKeyFilePtr Read(const fs::path& file) {
   GKeyFilePtr keys(g_key_file_new());
   return g_key_file_load_from_file(keys.get(), file.c_str(), G_KEY_FILE_NONE, nullptr) != FALSE ? std::move(keys)
-                                                                                              : nullptr;
+                                                                                                : nullptr;
 }
 
 std::vector<std::string> ListIn(const GKeyFilePtr& keys, const char* key) {

@@ -47,8 +47,7 @@ void WallClockTimer::Start(Seconds due) noexcept {
   timerfd_settime(descriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &moment, nullptr);
   if (poll_) return;
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, descriptor_);
-  uv_poll_start(poll_.get(), UV_READABLE,
-                [](uv_poll_t* handle, int, int) { OwnerOf<WallClockTimer>(handle).Fire(); });
+  uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) { OwnerOf<WallClockTimer>(handle).Fire(); });
 }
 
 void WallClockTimer::Stop() noexcept {

@@ -44,11 +44,11 @@ NSString* const kActualDeliveryDate = @"actualDeliveryDate";
     [self ts_set:value forKey:@ #getter];      \
   }
 
-#define FLAG_PROPERTY(getter, setter)                           \
-  -(BOOL)getter {                                               \
-    return [[_uniqueId objectForKey:@ #getter] boolValue];      \
-  }                                                             \
-  -(void)setter : (BOOL)value {                                 \
+#define FLAG_PROPERTY(getter, setter)                                       \
+  -(BOOL)getter {                                                           \
+    return [[_uniqueId objectForKey:@ #getter] boolValue];                  \
+  }                                                                         \
+  -(void)setter : (BOOL)value {                                             \
     [_uniqueId setObject:[NSNumber numberWithBool:value] forKey:@ #getter]; \
   }
 

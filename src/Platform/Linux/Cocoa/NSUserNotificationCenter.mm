@@ -24,8 +24,8 @@
 @interface NSObject (NSUserNotificationCenterDelegateMethodsOfOurs)
 - (void)userNotificationCenter:(NSUserNotificationCenter*)center didDismissAlert:(NSUserNotification*)notification;
 - (void)userNotificationCenter:(NSUserNotificationCenter*)center
-        ts_couldNotDeliver:(NSUserNotification*)notification
-                    reason:(NSString*)reason;
+            ts_couldNotDeliver:(NSUserNotification*)notification
+                        reason:(NSString*)reason;
 @end
 
 namespace tessaro::platform {
@@ -310,8 +310,8 @@ void Center::Ended(Alert number, AlertEnd end, const std::string& text) {
 void Center::Complain(NSUserNotification* alert, const std::string& reason) const {
   if (![delegate respondsToSelector:@selector(userNotificationCenter:ts_couldNotDeliver:reason:)]) return;
   [static_cast<NSObject*>(delegate) userNotificationCenter:TheCenter()
-                                       ts_couldNotDeliver:alert
-                                                   reason:[NSString stringWithUTF8String:reason.c_str()]];
+                                        ts_couldNotDeliver:alert
+                                                    reason:[NSString stringWithUTF8String:reason.c_str()]];
 }
 
 void Center::Close() noexcept {
