@@ -73,8 +73,12 @@ export function removeAllPasswords(): void;
 // ---- User notifications and sounds
 
 /**
- * _Not available yet._
- * @param deliverAt Seconds since 1970 as text; missing: at once.
+ * Shows an alert in the notification centre, in place of an earlier one with the same identifier.
+ * @param identifier Names the alert in the activation callback and for its removal.
+ * @param soundName One of `getSoundNames()`; missing: silent.
+ * @param hasReplyButton With it, the alert has no action button, whatever the arguments after it say.
+ * @param deliverAt Seconds since 1970, as text or number; missing: at once. What has passed, or is no number, is
+ *   delivered ten seconds from now. Scheduled alerts outlive the process.
  */
 export function deliverUserNotification(
   identifier: string,
@@ -89,24 +93,35 @@ export function deliverUserNotification(
   deliverAt: unknown,
 ): void;
 
-/** _Not available yet._ */
+/** Withdraws every alert, delivered or scheduled. */
 export function removeUserNotifications(): void;
 
-/** _Not available yet._ */
+/** Withdraws the delivered alert of this identifier, or else the scheduled one. Nobody is told of its end. */
 export function removeUserNotification(identifier: string): void;
 
+/** What became of an alert. */
+export type NotificationActivation =
+  | 'none'
+  | 'contents-clicked'
+  | 'action-button-clicked'
+  | 'replied'
+  | 'additional-action-clicked'
+  | 'unknown'
+  | 'dismissed'
+  | 'response-changed';
+
 /**
- * Sets the function that learns what the user did with an alert. Any value is kept; one that is not a function fails
- * when an alert is used.
+ * Sets the function that learns what the user did with an alert. `response` is the text of a reply, and empty without
+ * one. Any value is kept; one that is not a function fails when an alert is used.
  */
 export function setNotificationCallbackFunction(
-  callback?: (identifier: string, type: string, response: string | null) => void,
+  callback?: (identifier: string, type: NotificationActivation, response: string) => void,
 ): void;
 
-/** _Not available yet._ */
+/** The system's playable sounds, sorted. The list is made once in a process. */
 export function getSoundNames(): string[];
 
-/** _Not available yet._ */
+/** Plays a sound of the list, and cuts off the one before. Whether there is such a sound. */
 export function playSoundWithName(name?: unknown): boolean;
 
 // ---- Windows and toolbar

@@ -5,7 +5,18 @@
 const { spawnSync } = require('child_process');
 const path = require('path');
 
-const benchmarks = ['calls', 'json', 'load', 'menus', 'host', 'keyring', 'statusItem', 'network', 'migration'];
+const benchmarks = [
+  'calls',
+  'json',
+  'load',
+  'menus',
+  'host',
+  'keyring',
+  'statusItem',
+  'network',
+  'migration',
+  'notifications',
+];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 
 let failed = 0;

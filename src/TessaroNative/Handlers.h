@@ -30,6 +30,13 @@ void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8
 void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 
+// User notifications and sounds
+void deliverUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
+void removeUserNotifications(const v8::FunctionCallbackInfo<v8::Value>& args);
+void removeUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getSoundNames(const v8::FunctionCallbackInfo<v8::Value>& args);
+void playSoundWithName(const v8::FunctionCallbackInfo<v8::Value>& args);
+
 // Passwords
 void getPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -3,6 +3,7 @@
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "MigrationProbe.h"
+#include "NotificationsProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "StatusItemProbe.h"
@@ -21,6 +22,8 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
   AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachMigrationProbe(AddProbeObject(probe, "migration"));
+  AttachNotificationsProbe(AddProbeObject(probe, "notifications"));
+  AttachNotificationServerProbe(AddProbeObject(probe, "notificationServer"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
 }

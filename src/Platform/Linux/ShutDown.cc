@@ -1,6 +1,7 @@
 #include "Platform/ShutDown.h"
 
 #include "Platform/HTTPTransfer.h"
+#include "Platform/Linux/Cocoa/UserNotificationDelivery.h"
 #include "Platform/Linux/NetworkChanges.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
@@ -12,6 +13,7 @@ void ShutDown() {
   SecretStore::Shared().Close();
   HTTPTransfer::ShutDown();
   NetworkChanges::Shared().Close();
+  EndUserNotificationDelivery();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }

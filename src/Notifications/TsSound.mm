@@ -1,0 +1,112 @@
+#import "Notifications/TsSound.h"
+
+#include "Platform/SoundPlayer.h"
+#include "Platform/StandardDirectories.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+constexpr NSUInteger kUsualSounds = 50;
+
+NSArray* SoundFolders() {
+  NSMutableArray* folders =
+      [NSMutableArray arrayWithObjects:@"/System/Library/Sounds", @"/Network/Library/Sounds", @"/Library/Sounds",
+                                       [TsNSString(platform::HomeDirectory().native())
+                                           stringByAppendingPathComponent:@"Library/Sounds"],
+                                       nil];
+  for (const std::string& folder : platform::SystemSoundFolders()) [folders addObject:TsNSString(folder)];
+  return folders;
+}
+
+void AddIfPlayable(NSMutableSet* sounds, TsSound* sound) {
+  if ([sound isPlayable]) [sounds addObject:sound];
+}
+
+Ref<NSArray> FindSounds() {
+  NSMutableSet* sounds = [NSMutableSet setWithCapacity:kUsualSounds];
+  AddIfPlayable(sounds, [TsSound soundNewMail]);
+  for (NSString* folder in SoundFolders()) {
+    for (NSString* entry in [[NSFileManager defaultManager] contentsOfDirectoryAtPath:folder error:nullptr]) {
+      AddIfPlayable(sounds, [TsSound soundWithPath:entry]);
+    }
+  }
+  NSSortDescriptor* byName = [NSSortDescriptor sortDescriptorWithKey:@"name"
+                                                           ascending:YES
+                                                            selector:@selector(compare:)];
+  return Retain([[sounds allObjects] sortedArrayUsingDescriptors:@[ byName ]]);
+}
+
+}  // namespace
+
+@implementation TsSound
+
+@synthesize name = name_;
+
++ (NSArray*)sounds {
+  static const Ref<NSArray> sounds = FindSounds();
+  return [NSArray arrayWithArray:sounds];
+}
+
++ (TsSound*)soundNamed:(NSString*)name {
+  TsSound* sound = [[[self alloc] initWithName:name] autorelease];
+  return [sound isPlayable] ? sound : nil;
+}
+
++ (TsSound*)soundNewMail {
+  return [[[self alloc] initWithName:@"New Mail"] autorelease];
+}
+
++ (TsSound*)soundWithPath:(NSString*)path {
+  if (path == nil) return nil;
+  NSString* name = [[path lastPathComponent] stringByDeletingPathExtension];
+  return [[[self alloc] initWithName:name] autorelease];
+}
+
+- (instancetype)initWithName:(NSString*)name {
+  self = [super init];
+  if (self != nil) name_ = [[name lastPathComponent] copy];
+  return self;
+}
+
+- (void)dealloc {
+  [name_ release];
+  [super dealloc];
+}
+
+- (BOOL)isEqual:(id)other {
+  return [other isMemberOfClass:[self class]] && [self isEqualToSound:other];
+}
+
+- (BOOL)isEqualToSound:(TsSound*)sound {
+  if (sound == nil) return NO;
+  return sound == self || [sound name] == name_ || [[sound name] isEqualToString:name_];
+}
+
+- (NSUInteger)hash {
+  return [name_ hash];
+}
+
+- (NSString*)description {
+  return name_;
+}
+
+- (BOOL)isPlayable {
+  return !platform::SoundFileNamed(TsStdString(name_)).empty();
+}
+
+- (void)play {
+  @synchronized([TsSound class]) {
+    platform::SoundPlayer& player = platform::SoundPlayer::Shared();
+    player.Stop();
+    std::string file = platform::SoundFileNamed(TsStdString(name_));
+    if (file.empty()) return;
+    player.Play(std::move(file),
+                [](const std::string& reason) { TsLogTextWarning("Couldn't play a sound: " + reason); });
+  }
+}
+
+@end

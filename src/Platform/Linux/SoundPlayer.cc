@@ -1,0 +1,133 @@
+#include "Platform/SoundPlayer.h"
+
+#include <canberra.h>
+
+#include <mutex>
+#include <optional>
+#include <utility>
+
+// Not every function of ALSA's is declared for C++ there.
+extern "C" {
+#include <alsa/asoundlib.h>
+}
+
+#include "Platform/BackgroundQueue.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::uint32_t kSound = 1;
+
+struct ContextDeleter {
+  void operator()(ca_context* context) const { ca_context_destroy(context); }
+};
+using Context = std::unique_ptr<ca_context, ContextDeleter>;
+
+struct PropertiesDeleter {
+  void operator()(ca_proplist* properties) const { ca_proplist_destroy(properties); }
+};
+using Properties = std::unique_ptr<ca_proplist, PropertiesDeleter>;
+
+// Without it, ALSA tells people's terminals what it thinks of machines without a sound card.
+void IgnoreAlsaError(const char*, int, const char*, int, const char*, va_list) {}
+
+Context Connect() {
+  ca_context* made = nullptr;
+  if (ca_context_create(&made) != CA_SUCCESS) return nullptr;
+  return Context(made);
+}
+
+Properties PropertiesOf(const std::string& file) {
+  ca_proplist* made = nullptr;
+  if (ca_proplist_create(&made) != CA_SUCCESS) return nullptr;
+  Properties properties(made);
+  ca_proplist_sets(made, CA_PROP_MEDIA_FILENAME, file.c_str());
+  ca_proplist_sets(made, CA_PROP_MEDIA_ROLE, "event");
+  // The server would keep every sound that was tried.
+  ca_proplist_sets(made, CA_PROP_CANBERRA_CACHE_CONTROL, "never");
+  return properties;
+}
+
+// Called once for each sound that was started, on the library's thread.
+void Finished(ca_context*, std::uint32_t, int result, void* data) {
+  const std::unique_ptr<SoundPlayer::Failure> failure(static_cast<SoundPlayer::Failure*>(data));
+  const bool isExpected = result == CA_SUCCESS || result == CA_ERROR_CANCELED || result == CA_ERROR_DESTROYED;
+  if (!isExpected && *failure) (*failure)(ca_strerror(result));
+}
+
+int Start(const Context& context, const std::string& file, const SoundPlayer::Failure& failure) {
+  const Properties properties = PropertiesOf(file);
+  if (!context || !properties) return CA_ERROR_OOM;
+  auto told = std::make_unique<SoundPlayer::Failure>(failure);
+  const int result = ca_context_play_full(context.get(), kSound, properties.get(), Finished, told.get());
+  if (result == CA_SUCCESS) static_cast<void>(told.release());
+  return result;
+}
+
+}  // namespace
+
+// The audio system may take its time, or stop answering: it is talked to in the background, by one task at a time.
+// What has been asked for meanwhile, but for the last, is not worth playing any more.
+struct SoundPlayer::Body {
+  struct Request {
+    std::string file;  // empty: silence
+    Failure failure;
+  };
+
+  std::mutex mutex;
+  std::optional<Request> next;
+  bool isWorking = false;
+  Context context;  // of the task
+
+  void Post(const std::shared_ptr<Body>& self, Request request) {
+    const std::lock_guard lock(mutex);
+    next = std::move(request);
+    if (std::exchange(isWorking, true)) return;
+    BackgroundQueue::Shared().Post([self] { self->Work(); });
+  }
+
+ private:
+  std::optional<Request> Take() {
+    const std::lock_guard lock(mutex);
+    auto taken = std::exchange(next, std::nullopt);
+    if (!taken) isWorking = false;
+    return taken;
+  }
+
+  void Work() {
+    const auto handler = snd_lib_error_set_local(IgnoreAlsaError);
+    while (const auto request = Take()) {
+      if (context) ca_context_cancel(context.get(), kSound);
+      if (!request->file.empty()) Play(*request);
+    }
+    snd_lib_error_set_local(handler);
+  }
+
+  void Play(const Request& request) {
+    if (context && Start(context, request.file, request.failure) == CA_SUCCESS) return;
+    // The audio server may have been started anew.
+    context = Connect();
+    const int result = Start(context, request.file, request.failure);
+    if (result == CA_SUCCESS) return;
+    context.reset();
+    if (request.failure) request.failure(ca_strerror(result));
+  }
+};
+
+SoundPlayer& SoundPlayer::Shared() {
+  // Never destroyed: a task may be waiting for the audio system when the process ends.
+  static auto& player = *new SoundPlayer();
+  return player;
+}
+
+SoundPlayer::SoundPlayer() : body_(std::make_shared<Body>()) {}
+SoundPlayer::~SoundPlayer() = default;
+
+void SoundPlayer::Play(std::string file, Failure failure) noexcept {
+  body_->Post(body_, {std::move(file), std::move(failure)});
+}
+
+void SoundPlayer::Stop() noexcept { body_->Post(body_, {}); }
+
+}  // namespace tessaro::platform

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+namespace tessaro::platform {
+
+// The folders of the desktop's sound theme, and of the themes that it inherits from, the most important one first.
+[[nodiscard]] std::vector<std::filesystem::path> SoundThemeFolders();
+
+}  // namespace tessaro::platform

@@ -1,0 +1,83 @@
+'use strict';
+
+// Alerts on the screens of notification servers that people have, clicked as they would.
+
+const assert = require('assert');
+const { execFile } = require('child_process');
+const { test, before, after } = require('node:test');
+const { promisify } = require('util');
+
+const { startClient } = require('./support/alerts');
+const { startDisplaySession } = require('./support/display');
+const { startDesktopServer } = require('./support/notificationServer');
+
+const run = promisify(execFile);
+
+let session;
+
+before(async () => {
+  session = await startDisplaySession();
+  session.env.NO_AT_BRIDGE = '1';
+  session.env.GSETTINGS_BACKEND = 'memory';
+});
+
+after(() => session.end());
+
+const servers = [
+  {
+    command: '/usr/lib/notification-daemon/notification-daemon',
+    gestures: [
+      ['its button', () => session.click('Notification', -87, 104), 'action-button-clicked'],
+      ['its text', () => session.click('Notification', 136, 56), 'contents-clicked'],
+      ['its cross', () => session.click('Notification', -24, 29), 'dismissed'],
+    ],
+  },
+  {
+    command: '/usr/lib/x86_64-linux-gnu/xfce4/notifyd/xfce4-notifyd',
+    gestures: [
+      ['its second button', () => session.click('xfce4-notifyd', -57, 89), 'action-button-clicked'],
+      ['its first button', () => session.click('xfce4-notifyd', 57, 89), 'contents-clicked'],
+      ['its text', () => session.click('xfce4-notifyd', 30, 22), 'dismissed'],
+    ],
+  },
+  {
+    // It has no buttons, and leaves an alert on screen when its action has been chosen.
+    command: 'dunst',
+    gestures: [
+      ['dunstctl', () => run('dunstctl', ['action', '0'], { env: session.env }), 'contents-clicked'],
+      ['a middle click', () => session.click('Dunst', 60, 20, 2), 'contents-clicked'],
+      ['a click', () => session.click('Dunst', 60, 20), 'dismissed'],
+    ],
+  },
+];
+
+for (const { command, gestures } of servers) {
+  test(`alerts on the screen of ${command}`, async (t) => {
+    await startDesktopServer(t, session.env, command);
+    const { DISPLAY, DBUS_SESSION_BUS_ADDRESS } = session.env;
+    const client = await startClient(t, { env: { DISPLAY, DBUS_SESSION_BUS_ADDRESS } });
+    const alert = {
+      title: 'Ann Example',
+      subtitle: 'Lunch & more',
+      text: 'Today at 1 <ok>?',
+      action: true,
+      actionTitle: 'Archive',
+    };
+    for (const [index, [name, gesture, type]] of gestures.entries()) {
+      await client.deliver(name, alert);
+      await client.until(`JSON.parse(n.takeRecorded()).some(([event]) => event === 'TsNotificationDidDeliver')`);
+      await gesture();
+      assert.deepStrictEqual((await client.told(index + 1))[index], [name, type, '']);
+    }
+    // Replacing and withdrawing end nothing.
+    await client.deliver('a', alert);
+    await client.deliver('a', { ...alert, title: 'Bob' });
+    await client.until(`JSON.parse(n.takeRecorded()).length > 0`);
+    await client.run("m.removeUserNotification('a')");
+    await client.deliver('b', alert);
+    await client.until(`JSON.parse(n.takeRecorded()).length > 0`);
+    await client.run('m.removeUserNotifications()');
+    assert.strictEqual((await client.run('told')).length, gestures.length);
+    assert.deepStrictEqual(await client.run('warnings()'), []);
+  });
+}

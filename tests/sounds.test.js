@@ -1,0 +1,183 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { startClient } = require('./support/alerts');
+const { startAudioServer, tone } = require('./support/audio');
+const { startBus } = require('./support/bus');
+const { evaluate, eventually, temporaryDirectory } = require('./support/child');
+const { startNotificationServer } = require('./support/notificationServer');
+
+/** A home with these files in its sound folder. */
+function homeWithSounds(t, files) {
+  const home = temporaryDirectory(t);
+  const folder = path.join(home, 'Library', 'Sounds');
+  fs.mkdirSync(folder, { recursive: true });
+  for (const [name, contents] of Object.entries(files)) fs.writeFileSync(path.join(folder, name), contents);
+  return home;
+}
+
+const quiet = tone({ amplitude: 1000, seconds: 20 });
+const loud = tone({ amplitude: 16000, seconds: 20 });
+
+const soundNames = (t, options, source = 'm.getSoundNames()') =>
+  evaluate(t, `const { module: m } = probe(); console.log(JSON.stringify(${source}));`, options);
+
+test('the list has every playable sound once, in plain order', async (t) => {
+  const home = homeWithSounds(t, {
+    'zebra.wav': quiet,
+    'Zoo.wav': quiet,
+    'Äther.wav': quiet,
+    'twice.wav': quiet,
+    'twice.oga': fs.readFileSync('/usr/share/sounds/freedesktop/stereo/bell.oga'),
+    'Basso.wav': quiet,
+    'two.dots.wav': quiet,
+    'text.wav': 'no sound',
+    'empty.wav': '',
+    'sound.txt': quiet,
+    '.wav': quiet,
+  });
+  const folder = path.join(home, 'Library', 'Sounds');
+  fs.symlinkSync(path.join(folder, 'nowhere.wav'), path.join(folder, 'link.wav'));
+  fs.mkdirSync(path.join(folder, 'folder.wav'));
+  const names = await soundNames(t, { home });
+  // Foundation compares characters that are composed as if they were not.
+  const own = ['Äther', 'Basso', 'Zoo', 'twice', 'two.dots', 'zebra'];
+  assert.deepStrictEqual(
+    names.filter((name) => own.includes(name)),
+    own,
+  );
+  assert.deepStrictEqual(names, [...new Set(names)]);
+  const ascii = names.filter((name) => name !== 'Äther');
+  assert.deepStrictEqual(ascii, [...ascii].sort());
+  for (const name of ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail'])
+    assert.ok(!names.includes(name), name);
+  // The theme of a desktop, and what comes with GNUstep.
+  for (const name of ['bell', 'message-new-instant', 'Ping', 'Tink']) assert.ok(names.includes(name), name);
+});
+
+test('the list is learnt once', async (t) => {
+  const home = homeWithSounds(t, {});
+  const late = path.join(home, 'Library', 'Sounds', 'late.wav');
+  const source = `[m.getSoundNames().push('x'), require('fs').writeFileSync(${JSON.stringify(late)}, Buffer.from('${quiet.subarray(0, 60).toString('hex')}', 'hex')),
+    m.getSoundNames().includes('late'), m.getSoundNames().includes('x')]`;
+  assert.deepStrictEqual((await soundNames(t, { home }, source)).slice(2), [false, false]);
+  assert.ok((await soundNames(t, { home })).includes('late'));
+});
+
+test("the desktop's chosen theme comes with those that it inherits from", async (t) => {
+  const home = homeWithSounds(t, {});
+  const data = path.join(home, 'data');
+  const themes = { ours: 'Inherits=parent,ours,../x', parent: 'Inherits=missing' };
+  for (const [theme, inherits] of Object.entries(themes)) {
+    const folder = path.join(data, 'sounds', theme, 'stereo');
+    fs.mkdirSync(folder, { recursive: true });
+    fs.writeFileSync(
+      path.join(folder, '..', 'index.theme'),
+      `[Sound Theme]\nName=x\nDirectories=stereo\n${inherits}\n`,
+    );
+    fs.writeFileSync(path.join(folder, `of-${theme}.wav`), quiet);
+  }
+  const config = path.join(home, 'config', 'gtk-3.0');
+  fs.mkdirSync(config, { recursive: true });
+  fs.writeFileSync(path.join(config, 'settings.ini'), '[Settings]\ngtk-sound-theme-name=ours\n');
+  const env = { XDG_DATA_HOME: data, XDG_CONFIG_HOME: path.join(home, 'config') };
+  const names = await soundNames(t, { home, env });
+  for (const name of ['of-ours', 'of-parent', 'bell']) assert.ok(names.includes(name), name);
+});
+
+test('sounds are equal by their names', async (t) => {
+  const compare = (one, other) => `JSON.parse(n.compareSounds(${JSON.stringify(one)}, ${JSON.stringify(other)}))`;
+  const results = await evaluate(
+    t,
+    `const { notifications: n } = probe();
+     console.log(JSON.stringify([${compare('/a/Ping.wav', 'b/Ping.oga')}, ${compare('Ping', 'ping')}, ${compare('Ping', null)}, ${compare(null, null)}]));`,
+  );
+  assert.deepStrictEqual(results, [
+    [true, true, 'Ping'],
+    [false, false, 'Ping'],
+    [false, false, 'Ping'],
+    [false, true, null],
+  ]);
+});
+
+test('a preview is heard, and cut off by the next', async (t) => {
+  const audio = await startAudioServer(t, temporaryDirectory(t));
+  const home = homeWithSounds(t, { 'loud.wav': loud, 'quiet.wav': quiet });
+  const client = await startClient(t, { home, env: audio.env });
+  assert.strictEqual(audio.peak(), 0);
+  assert.strictEqual(await client.run("m.playSoundWithName('loud')"), true);
+  await eventually(() => audio.peak() > 12000, 'the loud sound is heard');
+  await client.run("m.playSoundWithName('quiet')");
+  await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'only the quiet sound is heard');
+  assert.deepStrictEqual(
+    await client.run("['none', undefined, null, 3, '', 'loud\\0', '../loud', {}].map((x) => m.playSoundWithName(x))"),
+    Array(8).fill(false),
+  );
+  assert.ok(audio.peak(200) > 500);
+  for (let i = 0; i < 5; ++i)
+    await client.run("for (let i = 0; i < 20; ++i) m.playSoundWithName(i % 2 ? 'quiet' : 'loud')");
+  await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'the last of many is heard');
+  // An audio server may be started anew.
+  await audio.kill();
+  await client.run("m.playSoundWithName('loud')");
+  await client.until('warnings().some((text) => text.startsWith("Couldn\'t play a sound: "))');
+  assert.strictEqual(client.output.stderr, '');
+});
+
+test('the sound of a file that is gone is not played', async (t) => {
+  const home = homeWithSounds(t, { 'gone.wav': quiet });
+  const file = path.join(home, 'Library', 'Sounds', 'gone.wav');
+  const source = `[m.getSoundNames().includes('gone'), require('fs').rmSync(${JSON.stringify(file)}), m.playSoundWithName('gone')]`;
+  assert.deepStrictEqual(await soundNames(t, { home }, source), [true, null, false]);
+});
+
+test('an alert is heard where the notification server plays no sounds', async (t) => {
+  const audio = await startAudioServer(t, temporaryDirectory(t));
+  const bus = await startBus(t, temporaryDirectory(t));
+  const env = { ...audio.env, DBUS_SESSION_BUS_ADDRESS: bus.address };
+  const client = await startClient(t, { home: homeWithSounds(t, { 'loud.wav': loud }), env });
+  const server = await startNotificationServer(t, bus, ['actions']);
+  await client.deliver('silent');
+  await server.shown('silent');
+  await client.deliver('nobody knows it', { sound: 'none' });
+  await server.shown('nobody knows it');
+  assert.strictEqual(audio.peak(), 0);
+  await client.deliver('heard', { sound: 'loud' });
+  await eventually(() => audio.peak() > 12000, 'the alert is heard');
+  const lines = await client.run("debugLines().filter((line) => line.startsWith('sound with name'))");
+  assert.deepStrictEqual(lines, ["sound with name 'none' '(null)' (null)", "sound with name 'loud' 'loud' loud"]);
+});
+
+test('without an audio device nothing waits, nothing is printed, and the log says so', async (t) => {
+  const home = homeWithSounds(t, { 'quiet.wav': quiet });
+  const drivers = {
+    pulse: { PULSE_SERVER: 'unix:/nowhere' },
+    alsa: { CANBERRA_DRIVER: 'alsa' },
+    unknown: { CANBERRA_DRIVER: 'x' },
+  };
+  for (const [name, env] of Object.entries(drivers)) {
+    const client = await startClient(t, { home, env });
+    assert.strictEqual(await client.run("m.playSoundWithName('quiet')"), true);
+    const [warning] = await client.until('warnings().length > 0 && warnings()', name);
+    assert.match(warning, /^Couldn't play a sound: ./);
+    await client.run('process.exit(0)').catch(() => {});
+    const { code, stderr } = await client.ended;
+    assert.deepStrictEqual([name, code, stderr], [name, 0, '']);
+  }
+});
+
+test('an audio server that hangs holds up neither script nor the end of the process', async (t) => {
+  const audio = await startAudioServer(t, temporaryDirectory(t));
+  const client = await startClient(t, { home: homeWithSounds(t, { 'quiet.wav': quiet }), env: audio.env });
+  audio.pause();
+  const start = Date.now();
+  await client.run("for (let i = 0; i < 100; ++i) m.playSoundWithName('quiet')");
+  client.process.stdin.end();
+  const { code } = await client.ended;
+  assert.strictEqual(code, 0);
+  assert.ok(Date.now() - start < 5000);
+});

@@ -1,0 +1,66 @@
+'use strict';
+
+// A display session for tests that need to see windows and to click on them.
+
+const { execFile, spawn } = require('child_process');
+const path = require('path');
+const { promisify } = require('util');
+
+const { root } = require('./addon');
+const { eventually } = require('./child');
+
+const run = promisify(execFile);
+
+/** Starts a session. `env` is the environment of everything in it; `end()` ends it. */
+async function startDisplaySession() {
+  const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
+  const session = spawn(
+    path.join(root, 'scripts', 'display-session'),
+    ['--own-display', process.execPath, '-e', script],
+    { stdio: ['pipe', 'pipe', 'inherit'] },
+  );
+  let output = '';
+  session.stdout.setEncoding('utf8').on('data', (text) => (output += text));
+  await eventually(() => output.endsWith('\n') || session.exitCode !== null, 'the session');
+  const env = JSON.parse(output);
+  const xdotool = (...args) =>
+    run('xdotool', args, { env }).then(
+      ({ stdout }) => stdout,
+      () => '',
+    );
+
+  async function geometryOf(name) {
+    const window = (await xdotool('search', '--onlyvisible', '--name', name)).trim().split('\n').at(-1);
+    if (window === '') return undefined;
+    const text = await xdotool('getwindowgeometry', '--shell', window);
+    return Object.fromEntries(
+      text
+        .trim()
+        .split('\n')
+        .map((line) => line.toLowerCase().split('=')),
+    );
+  }
+
+  return {
+    env,
+    /** Clicks into a window, at a place counted from its left or, when negative, from its right. */
+    async click(name, x, y, button = 1) {
+      let before;
+      // Windows come on screen before they have their size.
+      const settled = await eventually(async () => {
+        const now = JSON.stringify(await geometryOf(name));
+        if (now !== undefined && now === before) return JSON.parse(now);
+        before = now;
+        return undefined;
+      }, `${name} is on screen`);
+      const left = Number(settled.x) + x + (x < 0 ? Number(settled.width) : 0);
+      await xdotool('mousemove', String(left), String(Number(settled.y) + y), 'click', String(button));
+    },
+    async end() {
+      session.stdin.end();
+      await eventually(() => session.exitCode !== null, 'the end of the session');
+    },
+  };
+}
+
+module.exports = { startDisplaySession };
