@@ -18,7 +18,9 @@ NSString* TypeWord(NSInteger activationType) {
 NSDate* DeliveryDate(NSString* secondsSince1970) {
   NSDate* now = [NSDate date];
   NSDate* date = [NSDate dateWithTimeIntervalSince1970:static_cast<NSTimeInterval>([secondsSince1970 longLongValue])];
-  return [date compare:now] == NSOrderedDescending ? date : [now dateByAddingTimeInterval:kDelayOfPastDates];
+  if ([date compare:now] != NSOrderedDescending) return [now dateByAddingTimeInterval:kDelayOfPastDates];
+  // Foundation is seconds at work on describing the years that 64 bits reach.
+  return [date earlierDate:[NSDate distantFuture]];
 }
 
 NSUserNotification* FindAlert(NSArray* alerts, NSString* identifier) {
