@@ -24,8 +24,9 @@ constexpr int kReadTooLarge = 263;
 constexpr int kReadCorrupt = 259;
 constexpr int kWriteUnknown = 512;
 
-constexpr unsigned kReading = pugi::parse_default | pugi::parse_ws_pcdata_single;
-constexpr unsigned kEditing = kReading | pugi::parse_declaration | pugi::parse_doctype;
+constexpr unsigned kParsing = pugi::parse_default | pugi::parse_ws_pcdata_single;
+constexpr unsigned kReading = kParsing | pugi::parse_embed_pcdata;  // half the nodes
+constexpr unsigned kEditing = kParsing | pugi::parse_declaration | pugi::parse_doctype;
 constexpr unsigned kWriting = pugi::format_indent | pugi::format_no_empty_element_tags;
 
 constexpr std::string_view kObjectStart = "<object";
@@ -141,7 +142,6 @@ class TsStoreFile::Body {
 
   // Where a property of the file belongs.
   struct Property {
-    std::string kind;
     std::string name;
     std::size_t slot;
   };
@@ -174,7 +174,7 @@ class TsStoreFile::Body {
   void ReadObjects(pugi::xml_node parent);
   void ReadObject(pugi::xml_node element);
   void ReadProperties(const Record& record, pugi::xml_node element);
-  static Property PropertyOf(const TsEntity& entity, std::string_view kind, std::string_view name);
+  static Property PropertyOf(const TsEntity& entity, std::string_view name);
   [[nodiscard]] Slot TextOf(pugi::xml_node element);
   static Slot ReferencesOf(pugi::xml_node element);
   [[nodiscard]] const TsEntity* EntityOf(std::string_view type) const;
@@ -290,17 +290,12 @@ void TsStoreFile::Body::ReadObject(pugi::xml_node element) {
   ReadProperties(Add(*entity, id), element);
 }
 
-TsStoreFile::Body::Property TsStoreFile::Body::PropertyOf(const TsEntity& entity, std::string_view kind,
-                                                          std::string_view name) {
-  std::size_t slot = kNoSlot;
-  if (kind == "attribute") {
-    const std::size_t index = IndexOf(entity.attributes, name);
-    if (index < entity.attributes.size()) slot = index;
-  } else if (kind == "relationship") {
-    const std::size_t index = IndexOf(entity.relationships, name);
-    if (index < entity.relationships.size()) slot = entity.attributes.size() + index;
-  }
-  return {std::string(kind), std::string(name), slot};
+TsStoreFile::Body::Property TsStoreFile::Body::PropertyOf(const TsEntity& entity, std::string_view name) {
+  const std::size_t attribute = IndexOf(entity.attributes, name);
+  if (attribute < entity.attributes.size()) return {std::string(name), attribute};
+  const std::size_t relationship = IndexOf(entity.relationships, name);
+  const bool isKnown = relationship < entity.relationships.size();
+  return {std::string(name), isKnown ? attribute + relationship : kNoSlot};
 }
 
 void TsStoreFile::Body::ReadProperties(const Record& record, pugi::xml_node element) {
@@ -309,11 +304,10 @@ void TsStoreFile::Body::ReadProperties(const Record& record, pugi::xml_node elem
   auto& expected = expected_[static_cast<std::size_t>(&entity - model_.data())];
   std::size_t position = 0;
   for (pugi::xml_node property = element.first_child(); property; property = property.next_sibling(), ++position) {
-    const char* kind = property.name();
     const char* name = property.attribute("name").value();
-    if (position == expected.size()) expected.emplace_back();
+    if (position == expected.size()) expected.push_back(PropertyOf(entity, name));
     Property& known = expected[position];
-    if (known.name != name || known.kind != kind) known = PropertyOf(entity, kind, name);
+    if (known.name != name) known = PropertyOf(entity, name);
     if (known.slot == kNoSlot) continue;
     const bool isAttribute = known.slot < entity.attributes.size();
     slots_[record.firstSlot + known.slot] = isAttribute ? TextOf(property) : ReferencesOf(property);
@@ -326,10 +320,10 @@ TsStoreFile::Body::Slot TsStoreFile::Body::ReferencesOf(pugi::xml_node element) 
 }
 
 TsStoreFile::Body::Slot TsStoreFile::Body::TextOf(pugi::xml_node element) {
-  const pugi::xml_node first = element.first_child();
-  std::string_view text = first.value();
-  if (first.next_sibling()) {
-    std::string pieces;
+  std::string_view text = element.child_value();
+  // More than the one piece that stands in the element itself.
+  if (element.first_child()) {
+    std::string pieces(element.value());
     for (const pugi::xml_node piece : element.children()) pieces += piece.value();
     text = Keep(std::move(pieces));
   }

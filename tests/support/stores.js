@@ -188,7 +188,12 @@ function reported(account, password = null) {
     'loadStreakPlugin',
     'loadRightInboxPlugin',
   ];
-  const blocked = ['isGmailChatBlocked', 'isGooglePlusBlocked', 'isGoogleDriveBlocked', 'isGoogleCalendarAlertsBlocked'];
+  const blocked = [
+    'isGmailChatBlocked',
+    'isGooglePlusBlocked',
+    'isGoogleDriveBlocked',
+    'isGoogleCalendarAlertsBlocked',
+  ];
   return {
     ...Object.fromEntries(same.map((name) => [name, orNull(name)])),
     ...Object.fromEntries(blocked.map((name) => [`${name}AsBOOL`, account[name] ?? false])),
