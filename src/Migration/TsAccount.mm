@@ -279,7 +279,7 @@ NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
   NSNumber* downloadItems = [NSNumber numberWithUnsignedLong:[self numberOfDownloadItems]];
   return kExport
       .NewDictionary(*[[self managedObjectContext] store], *[self storeObject],
-                     {[self password], downloadItems, [self exportedBookmarks]})
+                     { [self password], downloadItems, [self exportedBookmarks] })
       .Autoreleased();
 }
 

@@ -62,9 +62,7 @@ struct SortKey {
     TsLogWarning(@"Could not execute TsAccounts#all query. (%@)", error);
     return [NSArray array];
   }
-  return TsSorted(accounts, [](TsAccount* account) {
-    return SortKey{TsSortKey([account order]), [account username]};
-  });
+  return TsSorted(accounts, [](TsAccount* account) { return SortKey{TsSortKey([account order]), [account username]}; });
 }
 
 // The first account whose value is `value`, but for the sender. nil, and the error, when they can't be fetched.

@@ -97,6 +97,40 @@ TsStoreError ErrorOf(const pugi::xml_parse_result& result) {
           std::string(result.description()) + " at byte " + std::to_string(result.offset)};
 }
 
+struct Bytes {
+  std::unique_ptr<char[]> data;
+  std::size_t size = 0;
+};
+
+// The file's contents; nothing, and the error, when it can't be read.
+std::optional<Bytes> ReadFile(const std::filesystem::path& file, TsStoreError& error) {
+  std::error_code failure;
+  const auto status = std::filesystem::status(file, failure);
+  if (status.type() == std::filesystem::file_type::not_found) {
+    error = {kReadNoSuchFile, "There is no such file."};
+    return std::nullopt;
+  }
+  // A pipe or a device might never end.
+  if (failure || !std::filesystem::is_regular_file(status)) {
+    error = {kReadUnknown, failure ? failure.message() : "It is not a file."};
+    return std::nullopt;
+  }
+  const std::uintmax_t size = std::filesystem::file_size(file, failure);
+  if (failure || size > kMostBytes) {
+    error = {kReadTooLarge, failure ? failure.message() : "The file is too large."};
+    return std::nullopt;
+  }
+  Bytes bytes{std::unique_ptr<char[]>(new char[size])};
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream.read(bytes.data.get(), static_cast<std::streamsize>(size)) && !stream.eof()) {
+    error = {kReadUnknown, "The file can't be read."};
+    return std::nullopt;
+  }
+  // It may have become shorter meanwhile.
+  bytes.size = static_cast<std::size_t>(stream.gcount());
+  return bytes;
+}
+
 bool IsDatabase(const std::string& text) {
   pugi::xml_document document;
   return document.load_string(text.c_str(), kReading) && document.child("database");
@@ -106,7 +140,8 @@ bool IsDatabase(const std::string& text) {
 
 class TsStoreFile::Body {
  public:
-  Body(std::filesystem::path file, std::span<const TsEntity> model) : file_(std::move(file)), model_(model), expected_(model.size()) {}
+  Body(std::filesystem::path file, std::span<const TsEntity> model)
+      : file_(std::move(file)), model_(model), expected_(model.size()) {}
 
   bool Read(TsStoreError& error);
 
@@ -191,10 +226,9 @@ class TsStoreFile::Body {
   std::filesystem::path file_;
   std::span<const TsEntity> model_;
   std::vector<std::vector<Property>> expected_;  // by entity, in their order
-  std::unique_ptr<char[]> bytes_;  // of the file, where the texts are that nobody has changed
-  std::size_t size_ = 0;
-  pugi::xml_document document_;    // of a file that has to be read as a whole
-  std::deque<std::string> texts_;  // all others
+  Bytes bytes_;                                  // of the file, where the texts are that nobody has changed
+  pugi::xml_document document_;                  // of a file that has to be read as a whole
+  std::deque<std::string> texts_;                // all others
   std::deque<Record> records_;
   std::vector<Slot> slots_;
   std::unordered_map<std::string_view, Record*> byId_;
@@ -204,33 +238,14 @@ class TsStoreFile::Body {
 };
 
 bool TsStoreFile::Body::Load(TsStoreError& error) {
-  std::error_code failure;
-  const auto status = std::filesystem::status(file_, failure);
-  if (status.type() == std::filesystem::file_type::not_found) {
-    error = {kReadNoSuchFile, "There is no such file."};
-    return false;
-  }
-  // A pipe or a device might never end.
-  if (failure || !std::filesystem::is_regular_file(status)) {
-    error = {kReadUnknown, failure ? failure.message() : "It is not a file."};
-    return false;
-  }
-  const std::uintmax_t size = std::filesystem::file_size(file_, failure);
-  if (failure || size > kMostBytes) {
-    error = {kReadTooLarge, failure ? failure.message() : "The file is too large."};
-    return false;
-  }
-  bytes_ = std::unique_ptr<char[]>(new char[size]);
-  std::ifstream stream(file_, std::ios::binary);
-  stream.read(bytes_.get(), static_cast<std::streamsize>(size));
-  size_ = static_cast<std::size_t>(stream.gcount());
-  if (!stream.is_open()) error = {kReadUnknown, "The file can't be read."};
-  return stream.is_open();
+  auto bytes = ReadFile(file_, error);
+  if (bytes) bytes_ = std::move(*bytes);
+  return bytes.has_value();
 }
 
 bool TsStoreFile::Body::Read(TsStoreError& error) {
   if (!Load(error)) return false;
-  byId_.reserve(size_ / 256);
+  byId_.reserve(bytes_.size / 256);
   if (ReadInPieces()) return true;
   records_.clear();
   slots_.clear();
@@ -244,17 +259,18 @@ bool TsStoreFile::Body::Read(TsStoreError& error) {
 // A boundary that is none, as one in a comment, leaves a piece that does not parse.
 bool TsStoreFile::Body::ReadInPieces() {
   constexpr std::size_t kPiece = 64 << 10;
-  const std::string_view file(bytes_.get(), size_);
+  const std::string_view file(bytes_.data.get(), bytes_.size);
   std::size_t start = file.find(kObjectStart);
   const std::size_t last = file.rfind(kObjectEnd);
   if (start == std::string_view::npos || last == std::string_view::npos || last < start) return false;
   const std::size_t end = last + kObjectEnd.size();
   const std::string head(file.substr(0, start));
-  if (!IsDatabase(head + std::string(kRootEnd)) || !IsDatabase("<database>" + std::string(file.substr(end)))) return false;
+  if (!IsDatabase(head + std::string(kRootEnd)) || !IsDatabase("<database>" + std::string(file.substr(end))))
+    return false;
   while (start < end) {
     const std::size_t boundary = file.find(kObjectEnd, std::min(start + kPiece, last)) + kObjectEnd.size();
     pugi::xml_document piece;
-    if (!piece.load_buffer_inplace(bytes_.get() + start, boundary - start, kReading, pugi::encoding_utf8)) {
+    if (!piece.load_buffer_inplace(bytes_.data.get() + start, boundary - start, kReading, pugi::encoding_utf8)) {
       return false;
     }
     ReadObjects(piece);
@@ -264,7 +280,7 @@ bool TsStoreFile::Body::ReadInPieces() {
 }
 
 bool TsStoreFile::Body::ReadAsAWhole(TsStoreError& error) {
-  const auto result = document_.load_buffer_inplace(bytes_.get(), size_, kReading);
+  const auto result = document_.load_buffer_inplace(bytes_.data.get(), bytes_.size, kReading);
   if (!result) {
     error = ErrorOf(result);
     return false;
@@ -331,8 +347,8 @@ TsStoreFile::Body::Slot TsStoreFile::Body::TextOf(pugi::xml_node element) {
 }
 
 const TsEntity* TsStoreFile::Body::EntityOf(std::string_view type) const {
-  const auto found = std::find_if(model_.begin(), model_.end(),
-                                  [&](const TsEntity& entity) { return IsSameName(entity.name, type); });
+  const auto found =
+      std::find_if(model_.begin(), model_.end(), [&](const TsEntity& entity) { return IsSameName(entity.name, type); });
   return found != model_.end() ? &*found : nullptr;
 }
 
@@ -525,8 +541,10 @@ void TsStoreFile::Body::Edit(pugi::xml_node database) {
 }
 
 bool TsStoreFile::Body::Save(TsStoreError& error) {
+  const auto bytes = ReadFile(file_, error);
+  if (!bytes) return false;
   pugi::xml_document document;
-  if (const auto result = document.load_file(file_.c_str(), kEditing); !result) {
+  if (const auto result = document.load_buffer_inplace(bytes->data.get(), bytes->size, kEditing); !result) {
     error = ErrorOf(result);
     return false;
   }

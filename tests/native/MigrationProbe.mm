@@ -70,10 +70,10 @@ Local<Value> ToScript(id object) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   if (object == nil || object == [NSNull null]) return v8::Null(isolate);
   if ([object isKindOfClass:[NSString class]]) return ToScriptString(isolate, object).ToLocalChecked();
-  if ([object isKindOfClass:[[NSNumber numberWithBool:YES] class]]) return v8::Boolean::New(isolate, [object boolValue]);
+  if ([object isKindOfClass:[[NSNumber numberWithBool:YES] class]])
+    return v8::Boolean::New(isolate, [object boolValue]);
   if ([object isKindOfClass:[NSNumber class]]) return v8::Number::New(isolate, [object doubleValue]);
-  if ([object isKindOfClass:[NSDate class]])
-    return v8::Number::New(isolate, [object timeIntervalSinceReferenceDate]);
+  if ([object isKindOfClass:[NSDate class]]) return v8::Number::New(isolate, [object timeIntervalSinceReferenceDate]);
   if ([object isKindOfClass:[NSData class]]) return ToScript([object base64EncodedStringWithOptions:0]);
   if ([object isKindOfClass:[NSDictionary class]]) return DictionaryToScript(object);
   if ([object isKindOfClass:[NSArray class]] || [object isKindOfClass:[NSSet class]] ||
@@ -143,7 +143,9 @@ Local<Value> Raised(NSException* exception) {
   return raised;
 }
 
-id Target(Local<Value> value) { return value->IsString() ? NSClassFromString(convertToNSString(value)) : FromScript(value); }
+id Target(Local<Value> value) {
+  return value->IsString() ? NSClassFromString(convertToNSString(value)) : FromScript(value);
+}
 
 void send(ProbeArguments args) {
   @autoreleasepool {
