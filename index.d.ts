@@ -539,11 +539,66 @@ export function getBuildNumber(): string | null;
 /** _Not available yet._ */
 export function getReleaseString(): string;
 
-/** _Not available yet._ */
+/** Whether the previous major version has left a file of accounts behind, with at least one account in it. */
 export function hasPreviousVersion(): boolean;
 
-/** _Not available yet._ */
-export function getMigrationInfo(selection: Text): JSONText | null;
+/**
+ * What the previous major version has left behind, for a {@link MigrationReport}. Waits for the keychain, and for the
+ * person when it has to be opened.
+ * @param selection A text that contains the names of the wanted sections: "accounts", "workspaces", "prefs". All of
+ *   them when there is no text, none when it is empty.
+ * @returns `null` when a tab belongs to an unknown application, or a preference has no form in JSON, as a date.
+ */
+export function getMigrationInfo(selection: string | null | undefined): JSONText | null;
+
+/** Sections that were not selected are missing. */
+export interface MigrationReport {
+  /** Whether there is a file of accounts, with or without accounts. */
+  'has-previous-version?': boolean;
+  /** By "order", then by "username". */
+  accounts?: MigratedAccount[];
+  /** The one that was updated last comes first. */
+  workspaces?: { 'active?': boolean | null; tabs: MigratedTab[] }[];
+  /** The preferences that are carried over, as they were stored. */
+  prefs?: Record<string, unknown>;
+}
+
+/** What the previous version has never set is `null`. */
+export interface MigratedAccount {
+  order: number | null;
+  /** The e-mail address. */
+  username: string | null;
+  nickname: string | null;
+  /** In clear, from the keychain. */
+  password: string | null;
+  detectUnreadCountType: boolean | null;
+  defaultInboxType: number | null;
+  customInboxLabelName: string | null;
+  isNotificationEnabled: boolean | null;
+  unreadMessagesLocation: number | null;
+  /** Addresses with commas between them. */
+  autoBCC: string | null;
+  notificationSound: string | null;
+  isNotifyNewMessages: boolean | null;
+  loadRapportivePlugin: boolean | null;
+  loadClearbitConnectPlugin: boolean | null;
+  loadBoomerangPlugin: boolean | null;
+  loadStreakPlugin: boolean | null;
+  loadRightInboxPlugin: boolean | null;
+  isGmailChatBlockedAsBOOL: boolean;
+  isGooglePlusBlockedAsBOOL: boolean;
+  isGoogleDriveBlockedAsBOOL: boolean;
+  isGoogleCalendarAlertsBlockedAsBOOL: boolean;
+  numberOfDownloadItems: number;
+  /** In no particular order: sort them by `order`. */
+  bookmarks: { order: number | null; title: string | null; url: string | null }[];
+}
+
+export interface MigratedTab {
+  /** The account's e-mail address. */
+  email: string;
+  app: 'Gmail' | 'GoogleInbox' | 'Calendar' | 'Contacts';
+}
 
 // ---- Global shortcuts
 

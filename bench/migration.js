@@ -13,7 +13,7 @@ const { probe } = require('../tests/support/addon');
 const { accountsStore, manyAccounts, previousVersion } = require('../tests/support/stores');
 const { reportLatency } = require('./support');
 
-const rounds = 31;
+const rounds = 15;
 
 const milliseconds = (run) => {
   const start = process.hrtime.bigint();
@@ -49,7 +49,7 @@ function main(home) {
       'passwords alone': () =>
         milliseconds(() => accounts.forEach(({ username }) => native.getPasswordForAccount(username))),
     },
-    5,
+    3,
   );
   migration.silenceKeychain();
   const parser = new XMLParser({ ignoreAttributes: false });

@@ -33,24 +33,11 @@ std::array<Accessors, sizeof...(attributes)> MakeAccessors(std::index_sequence<a
   return {Accessors{reinterpret_cast<IMP>(Get<attributes>), reinterpret_cast<IMP>(Set<attributes>)}...};
 }
 
-struct Accessor {
-  std::size_t attribute;
-  bool isSetter;
-};
-
-// "order", or "setOrder:".
-bool IsSetterOf(std::string_view selector, std::string_view name) {
-  return selector.size() == name.size() + 4 && selector.starts_with("set") && selector.ends_with(':') &&
-         selector[3] == name[0] - 'a' + 'A' && selector.substr(4, name.size() - 1) == name.substr(1);
-}
-
-std::optional<Accessor> AccessorNamed(const TsEntity& entity, std::string_view selector) {
-  for (std::size_t i = 0; i < entity.attributes.size(); ++i) {
-    const std::string_view name = entity.attributes[i].name;
-    if (selector == name) return Accessor{i, false};
-    if (IsSetterOf(selector, name)) return Accessor{i, true};
-  }
-  return std::nullopt;
+// "setOrder:" for "order".
+std::string SetterOf(std::string_view name) {
+  std::string setter = "set" + std::string(name) + ":";
+  setter[3] = static_cast<char>(setter[3] - 'a' + 'A');
+  return setter;
 }
 
 }  // namespace
@@ -59,14 +46,16 @@ std::optional<Accessor> AccessorNamed(const TsEntity& entity, std::string_view s
 
 @synthesize managedObjectContext = context_;
 
-+ (BOOL)resolveInstanceMethod:(SEL)selector {
+// At once rather than when they are missed, which Foundation's key-value coding would not be told of everywhere.
++ (void)initialize {
   static const auto kAccessors = MakeAccessors(std::make_index_sequence<kTsMostAttributes>());
   const TsEntity* entity = TsEntityOfClass(class_getName(self));
-  const auto accessor = entity != nullptr ? AccessorNamed(*entity, sel_getName(selector)) : std::nullopt;
-  if (!accessor) return [super resolveInstanceMethod:selector];
-  const auto [get, set] = kAccessors[accessor->attribute];
-  return accessor->isSetter ? class_addMethod(self, selector, set, "v@:@")
-                            : class_addMethod(self, selector, get, "@@:");
+  if (entity == nullptr) return;
+  for (std::size_t i = 0; i < entity->attributes.size(); ++i) {
+    const std::string name(entity->attributes[i].name);
+    class_addMethod(self, sel_registerName(name.c_str()), kAccessors[i].get, "@@:");
+    class_addMethod(self, sel_registerName(SetterOf(name).c_str()), kAccessors[i].set, "v@:@");
+  }
 }
 
 - (instancetype)initWithContext:(TsManagedObjectContext*)context object:(TsStoreObject&)object {

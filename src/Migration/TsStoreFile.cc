@@ -24,8 +24,9 @@ constexpr int kReadTooLarge = 263;
 constexpr int kReadCorrupt = 259;
 constexpr int kWriteUnknown = 512;
 
-constexpr unsigned kReading = pugi::parse_default | pugi::parse_ws_pcdata_single;
-constexpr unsigned kEditing = kReading | pugi::parse_declaration | pugi::parse_doctype;
+constexpr unsigned kParsing = pugi::parse_default | pugi::parse_ws_pcdata_single;
+constexpr unsigned kReading = kParsing | pugi::parse_embed_pcdata;  // half the nodes
+constexpr unsigned kEditing = kParsing | pugi::parse_declaration | pugi::parse_doctype;
 constexpr unsigned kWriting = pugi::format_indent | pugi::format_no_empty_element_tags;
 
 constexpr std::string_view kObjectStart = "<object";
@@ -96,6 +97,40 @@ TsStoreError ErrorOf(const pugi::xml_parse_result& result) {
           std::string(result.description()) + " at byte " + std::to_string(result.offset)};
 }
 
+struct Bytes {
+  std::unique_ptr<char[]> data;
+  std::size_t size = 0;
+};
+
+// The file's contents; nothing, and the error, when it can't be read.
+std::optional<Bytes> ReadFile(const std::filesystem::path& file, TsStoreError& error) {
+  std::error_code failure;
+  const auto status = std::filesystem::status(file, failure);
+  if (status.type() == std::filesystem::file_type::not_found) {
+    error = {kReadNoSuchFile, "There is no such file."};
+    return std::nullopt;
+  }
+  // A pipe or a device might never end.
+  if (failure || !std::filesystem::is_regular_file(status)) {
+    error = {kReadUnknown, failure ? failure.message() : "It is not a file."};
+    return std::nullopt;
+  }
+  const std::uintmax_t size = std::filesystem::file_size(file, failure);
+  if (failure || size > kMostBytes) {
+    error = {kReadTooLarge, failure ? failure.message() : "The file is too large."};
+    return std::nullopt;
+  }
+  Bytes bytes{std::unique_ptr<char[]>(new char[size])};
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream.read(bytes.data.get(), static_cast<std::streamsize>(size)) && !stream.eof()) {
+    error = {kReadUnknown, "The file can't be read."};
+    return std::nullopt;
+  }
+  // It may have become shorter meanwhile.
+  bytes.size = static_cast<std::size_t>(stream.gcount());
+  return bytes;
+}
+
 bool IsDatabase(const std::string& text) {
   pugi::xml_document document;
   return document.load_string(text.c_str(), kReading) && document.child("database");
@@ -142,7 +177,6 @@ class TsStoreFile::Body {
 
   // Where a property of the file belongs.
   struct Property {
-    std::string kind;
     std::string name;
     std::size_t slot;
   };
@@ -175,7 +209,7 @@ class TsStoreFile::Body {
   void ReadObjects(pugi::xml_node parent);
   void ReadObject(pugi::xml_node element);
   void ReadProperties(const Record& record, pugi::xml_node element);
-  static Property PropertyOf(const TsEntity& entity, std::string_view kind, std::string_view name);
+  static Property PropertyOf(const TsEntity& entity, std::string_view name);
   [[nodiscard]] Slot TextOf(pugi::xml_node element);
   static Slot ReferencesOf(pugi::xml_node element);
   [[nodiscard]] const TsEntity* EntityOf(std::string_view type) const;
@@ -192,10 +226,9 @@ class TsStoreFile::Body {
   std::filesystem::path file_;
   std::span<const TsEntity> model_;
   std::vector<std::vector<Property>> expected_;  // by entity, in their order
-  std::unique_ptr<char[]> bytes_;                // of the file, where the texts are that nobody has changed
-  std::size_t size_ = 0;
-  pugi::xml_document document_;    // of a file that has to be read as a whole
-  std::deque<std::string> texts_;  // all others
+  Bytes bytes_;                                  // of the file, where the texts are that nobody has changed
+  pugi::xml_document document_;                  // of a file that has to be read as a whole
+  std::deque<std::string> texts_;                // all others
   std::deque<Record> records_;
   std::vector<Slot> slots_;
   std::unordered_map<std::string_view, Record*> byId_;
@@ -205,33 +238,14 @@ class TsStoreFile::Body {
 };
 
 bool TsStoreFile::Body::Load(TsStoreError& error) {
-  std::error_code failure;
-  const auto status = std::filesystem::status(file_, failure);
-  if (status.type() == std::filesystem::file_type::not_found) {
-    error = {kReadNoSuchFile, "There is no such file."};
-    return false;
-  }
-  // A pipe or a device might never end.
-  if (failure || !std::filesystem::is_regular_file(status)) {
-    error = {kReadUnknown, failure ? failure.message() : "It is not a file."};
-    return false;
-  }
-  const std::uintmax_t size = std::filesystem::file_size(file_, failure);
-  if (failure || size > kMostBytes) {
-    error = {kReadTooLarge, failure ? failure.message() : "The file is too large."};
-    return false;
-  }
-  bytes_ = std::unique_ptr<char[]>(new char[size]);
-  std::ifstream stream(file_, std::ios::binary);
-  stream.read(bytes_.get(), static_cast<std::streamsize>(size));
-  size_ = static_cast<std::size_t>(stream.gcount());
-  if (!stream.is_open()) error = {kReadUnknown, "The file can't be read."};
-  return stream.is_open();
+  auto bytes = ReadFile(file_, error);
+  if (bytes) bytes_ = std::move(*bytes);
+  return bytes.has_value();
 }
 
 bool TsStoreFile::Body::Read(TsStoreError& error) {
   if (!Load(error)) return false;
-  byId_.reserve(size_ / 256);
+  byId_.reserve(bytes_.size / 256);
   if (ReadInPieces()) return true;
   records_.clear();
   slots_.clear();
@@ -245,7 +259,7 @@ bool TsStoreFile::Body::Read(TsStoreError& error) {
 // A boundary that is none, as one in a comment, leaves a piece that does not parse.
 bool TsStoreFile::Body::ReadInPieces() {
   constexpr std::size_t kPiece = 64 << 10;
-  const std::string_view file(bytes_.get(), size_);
+  const std::string_view file(bytes_.data.get(), bytes_.size);
   std::size_t start = file.find(kObjectStart);
   const std::size_t last = file.rfind(kObjectEnd);
   if (start == std::string_view::npos || last == std::string_view::npos || last < start) return false;
@@ -256,7 +270,7 @@ bool TsStoreFile::Body::ReadInPieces() {
   while (start < end) {
     const std::size_t boundary = file.find(kObjectEnd, std::min(start + kPiece, last)) + kObjectEnd.size();
     pugi::xml_document piece;
-    if (!piece.load_buffer_inplace(bytes_.get() + start, boundary - start, kReading, pugi::encoding_utf8)) {
+    if (!piece.load_buffer_inplace(bytes_.data.get() + start, boundary - start, kReading, pugi::encoding_utf8)) {
       return false;
     }
     ReadObjects(piece);
@@ -266,7 +280,7 @@ bool TsStoreFile::Body::ReadInPieces() {
 }
 
 bool TsStoreFile::Body::ReadAsAWhole(TsStoreError& error) {
-  const auto result = document_.load_buffer_inplace(bytes_.get(), size_, kReading);
+  const auto result = document_.load_buffer_inplace(bytes_.data.get(), bytes_.size, kReading);
   if (!result) {
     error = ErrorOf(result);
     return false;
@@ -292,17 +306,12 @@ void TsStoreFile::Body::ReadObject(pugi::xml_node element) {
   ReadProperties(Add(*entity, id), element);
 }
 
-TsStoreFile::Body::Property TsStoreFile::Body::PropertyOf(const TsEntity& entity, std::string_view kind,
-                                                          std::string_view name) {
-  std::size_t slot = kNoSlot;
-  if (kind == "attribute") {
-    const std::size_t index = IndexOf(entity.attributes, name);
-    if (index < entity.attributes.size()) slot = index;
-  } else if (kind == "relationship") {
-    const std::size_t index = IndexOf(entity.relationships, name);
-    if (index < entity.relationships.size()) slot = entity.attributes.size() + index;
-  }
-  return {std::string(kind), std::string(name), slot};
+TsStoreFile::Body::Property TsStoreFile::Body::PropertyOf(const TsEntity& entity, std::string_view name) {
+  const std::size_t attribute = IndexOf(entity.attributes, name);
+  if (attribute < entity.attributes.size()) return {std::string(name), attribute};
+  const std::size_t relationship = IndexOf(entity.relationships, name);
+  const bool isKnown = relationship < entity.relationships.size();
+  return {std::string(name), isKnown ? attribute + relationship : kNoSlot};
 }
 
 void TsStoreFile::Body::ReadProperties(const Record& record, pugi::xml_node element) {
@@ -311,11 +320,10 @@ void TsStoreFile::Body::ReadProperties(const Record& record, pugi::xml_node elem
   auto& expected = expected_[static_cast<std::size_t>(&entity - model_.data())];
   std::size_t position = 0;
   for (pugi::xml_node property = element.first_child(); property; property = property.next_sibling(), ++position) {
-    const char* kind = property.name();
     const char* name = property.attribute("name").value();
-    if (position == expected.size()) expected.emplace_back();
+    if (position == expected.size()) expected.push_back(PropertyOf(entity, name));
     Property& known = expected[position];
-    if (known.name != name || known.kind != kind) known = PropertyOf(entity, kind, name);
+    if (known.name != name) known = PropertyOf(entity, name);
     if (known.slot == kNoSlot) continue;
     const bool isAttribute = known.slot < entity.attributes.size();
     slots_[record.firstSlot + known.slot] = isAttribute ? TextOf(property) : ReferencesOf(property);
@@ -328,10 +336,10 @@ TsStoreFile::Body::Slot TsStoreFile::Body::ReferencesOf(pugi::xml_node element) 
 }
 
 TsStoreFile::Body::Slot TsStoreFile::Body::TextOf(pugi::xml_node element) {
-  const pugi::xml_node first = element.first_child();
-  std::string_view text = first.value();
-  if (first.next_sibling()) {
-    std::string pieces;
+  std::string_view text = element.child_value();
+  // More than the one piece that stands in the element itself.
+  if (element.first_child()) {
+    std::string pieces(element.value());
     for (const pugi::xml_node piece : element.children()) pieces += piece.value();
     text = Keep(std::move(pieces));
   }
@@ -533,8 +541,10 @@ void TsStoreFile::Body::Edit(pugi::xml_node database) {
 }
 
 bool TsStoreFile::Body::Save(TsStoreError& error) {
+  const auto bytes = ReadFile(file_, error);
+  if (!bytes) return false;
   pugi::xml_document document;
-  if (const auto result = document.load_file(file_.c_str(), kEditing); !result) {
+  if (const auto result = document.load_buffer_inplace(bytes->data.get(), bytes->size, kEditing); !result) {
     error = ErrorOf(result);
     return false;
   }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -26,11 +27,12 @@ class Kinds {
  public:
   Kind Of(id object) {
     const Class type = object_getClass(object);
-    if (type == lastType_) return lastKind_;
+    Entry& recent = recent_[(reinterpret_cast<std::uintptr_t>(type) >> 5) % recent_.size()];
+    if (type == recent.type) return recent.kind;
     const auto [place, isNew] = kinds_.try_emplace(type, Kind::Other);
     if (isNew) place->second = Ask(object);
-    lastType_ = type;
-    return lastKind_ = place->second;
+    recent = {type, place->second};
+    return place->second;
   }
 
  private:
@@ -45,8 +47,12 @@ class Kinds {
     return Kind::Other;
   }
 
-  Class lastType_ = nil;
-  Kind lastKind_ = Kind::Other;
+  struct Entry {
+    Class type = nil;
+    Kind kind = Kind::Other;
+  };
+
+  std::array<Entry, 16> recent_;
   std::unordered_map<Class, Kind> kinds_;
 };
 
@@ -131,7 +137,19 @@ class Writer {
   // One answer for what is nested too deeply, and for what is nested without end.
   bool FailTooDeep() { return Fail(@"it is nested too deeply", kTsJSONNestedTooDeeply); }
 
-  void Put(std::string_view ascii) { scratch_.text.append(ascii.begin(), ascii.end()); }
+  template <typename Character>
+  void Append(const Character* characters, std::size_t length) {
+    if constexpr (std::is_same_v<Character, Unit>) {
+      scratch_.text.append(characters, length);
+    } else {
+      // The string's own way of appending other characters makes a string of them first.
+      const std::size_t before = scratch_.text.size();
+      scratch_.text.resize(before + length);
+      std::copy_n(characters, length, scratch_.text.data() + before);
+    }
+  }
+
+  void Put(std::string_view ascii) { Append(ascii.data(), ascii.size()); }
   void Put(char ascii) { scratch_.text.push_back(static_cast<Unit>(ascii)); }
 
   bool Value(id object, std::size_t level) {
@@ -225,7 +243,7 @@ class Writer {
     const Character* const end = characters + length;
     while (characters != end) {
       const Character* plain = FindEscape(characters, end);
-      scratch_.text.append(characters, plain);
+      Append(characters, static_cast<std::size_t>(plain - characters));
       characters = plain;
       if (characters != end) Escape(*characters++);
     }
