@@ -1,0 +1,21 @@
+#pragma once
+
+#import <AppKit/NSDragging.h>
+
+#include "Utilities/Ref.h"
+
+@class NSPasteboard;
+
+// What a view is told about a drag that no hand makes: it comes from nowhere, to a point, as a copy.
+@interface TsDraggingInfo : NSObject <NSDraggingInfo> {
+  Ref<NSPasteboard> _pasteboard;
+  NSPoint _draggingLocation;
+}
+
+// Takes the system's drag pasteboard.
+- (instancetype)initWithLocation:(NSPoint)location;
+
+@property(retain) NSPasteboard* pasteboard;
+@property NSPoint draggingLocation;
+
+@end
