@@ -132,8 +132,6 @@ void SetImage(id owner, NSImage* image) {
   [toolbar setToolbarController:self];
   [toolbar setDelegate:self];
   [_window setToolbar:toolbar];
-  // An item that is selected at its creation was not yet in the toolbar.
-  if (NSString* selected = [toolbar selectedItemIdentifier]) [toolbar setSelectedItemIdentifier:selected];
 }
 
 - (void)windowWillClose:(NSNotification*)notification {

@@ -18,4 +18,14 @@
 @property(retain) NSPasteboard* pasteboard;
 @property NSPoint draggingLocation;
 
+// What Cocoa asks and GNUstep doesn't.
+- (NSInteger)draggingFormation;
+- (void)setDraggingFormation:(NSInteger)formation;
+- (BOOL)animatesToDestination;
+- (void)setAnimatesToDestination:(BOOL)animates;
+- (NSInteger)numberOfValidItemsForDrop;
+- (void)setNumberOfValidItemsForDrop:(NSInteger)number;
+- (NSInteger)springLoadingHighlight;
+- (void)resetSpringLoading;
+
 @end

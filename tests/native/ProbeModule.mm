@@ -7,6 +7,7 @@
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "ValuesProbe.h"
+#include "WindowProbe.h"
 
 namespace {
 
@@ -21,6 +22,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
+  AttachWindowProbe(AddProbeObject(probe, "windows"));
 }
 
 }  // namespace
