@@ -9,6 +9,22 @@
 static const NSUInteger kStyle =
     NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask | NSResizableWindowMask;
 
+// Takes the focus for the page, which is what a person means.
+@interface AtomContentView : NSView
+@end
+
+@implementation AtomContentView
+
+- (BOOL)acceptsFirstResponder {
+  return YES;
+}
+
+- (void)keyDown:(NSEvent*)event {
+  [[static_cast<AtomNSWindow*>([self window]) webContentsView] keyDown:event];
+}
+
+@end
+
 @implementation AtomNSWindow
 
 - (instancetype)initWithTitle:(NSString*)title size:(NSSize)size {
@@ -21,7 +37,8 @@ static const NSUInteger kStyle =
   // GNUstep shows the main menu in the windows that ask for it.
   [self setMenu:[NSApp mainMenu]];
 
-  NSView* content = [self contentView];
+  auto content = Adopt([[AtomContentView alloc] initWithFrame:[[self contentView] frame]]);
+  [self setContentView:content];
   auto inspectable = Adopt([[BRYInspectableWebContentsView alloc] initWithFrame:[content bounds]]);
   [inspectable setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
   [content addSubview:inspectable];

@@ -10,5 +10,8 @@
 
 #include "Platform/Linux/Cocoa/NSImage+Template.h"
 #include "Platform/Linux/Cocoa/NSMenu+Items.h"
+#include "Platform/Linux/Cocoa/NSToolbar+Extensions.h"
+#include "Platform/Linux/Cocoa/NSWindow+Sheets.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
+#include "Platform/Linux/Cocoa/NSWindow+TitlebarAccessories.h"
 #endif

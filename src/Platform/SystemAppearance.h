@@ -6,4 +6,8 @@ namespace tessaro::platform {
 // take a moment; later ones answer from what was learnt and what the desktop has announced since.
 [[nodiscard]] bool IsDarkMode();
 
+// From the first call on, changes of that answer are announced as "AppleInterfaceThemeChangedNotification" on the
+// distributed notification centre. Main thread only.
+void AnnounceAppearanceChanges();
+
 }  // namespace tessaro::platform

@@ -69,3 +69,27 @@ void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);
 // What the previous version has left behind
 void hasPreviousVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getMigrationInfo(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Windows
+void reenableWindowUpdates(const v8::FunctionCallbackInfo<v8::Value>& args);
+void hasMainWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void hasKeyWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void hasSheets(const v8::FunctionCallbackInfo<v8::Value>& args);
+void closeMainWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void closeKeyWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void hideWindowContent(const v8::FunctionCallbackInfo<v8::Value>& args);
+void TsResizeWindowContent(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Toolbar
+void addToolbarToWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void validateToolbarItems(const v8::FunctionCallbackInfo<v8::Value>& args);
+void selectToolbarItem(const v8::FunctionCallbackInfo<v8::Value>& args);
+void toggleToolbarVisibility(const v8::FunctionCallbackInfo<v8::Value>& args);
+void isToolbarVisible(const v8::FunctionCallbackInfo<v8::Value>& args);
+void customizeToolbar(const v8::FunctionCallbackInfo<v8::Value>& args);
+void changeImageOfToolbarItem(const v8::FunctionCallbackInfo<v8::Value>& args);
+void showAddTabButton(const v8::FunctionCallbackInfo<v8::Value>& args);
+void hideAddTabButton(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Drag and drop
+void dropFiles(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -2,6 +2,7 @@
 
 #import <Foundation/NSString.h>
 
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <variant>
@@ -18,7 +19,7 @@ struct TsObjectHandle {
 };
 
 // What native code can pass to a script function. A nil string arrives as null.
-using TsScriptArgument = std::variant<NSString*, bool, TsObjectHandle>;
+using TsScriptArgument = std::variant<NSString*, bool, std::int32_t, TsObjectHandle>;
 
 // Holds one script function for native events to call. Empty at first; never cleared from script, only replaced.
 //
@@ -43,6 +44,11 @@ class TsCallbackSlot {
 
   // The function's result as convertToNSString() gives it; nil also when the slot is empty or the function threw.
   [[nodiscard]] NSString* CallForString(std::initializer_list<TsScriptArgument> arguments) const;
+
+  // The function's result where it is a boolean. Otherwise its integer form, 0 where it has none, where the slot is
+  // empty, and where the function threw.
+  [[nodiscard]] std::variant<bool, std::int32_t> CallForBoolean(
+      std::initializer_list<TsScriptArgument> arguments) const;
 
  private:
   struct Function;

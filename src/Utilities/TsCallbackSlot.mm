@@ -28,6 +28,7 @@ class ToScript {
     return string;
   }
   v8::Local<v8::Value> operator()(bool value) const { return v8::Boolean::New(isolate_, value); }
+  v8::Local<v8::Value> operator()(std::int32_t value) const { return v8::Integer::New(isolate_, value); }
   v8::Local<v8::Value> operator()(TsObjectHandle handle) const { return ToBuffer(isolate_, handle.object); }
 
  private:
@@ -70,6 +71,18 @@ NSString* TsCallbackSlot::CallForString(std::initializer_list<TsScriptArgument> 
   v8::Local<v8::Value> result;
   if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return nil;
   return convertToNSString(result);
+}
+
+std::variant<bool, std::int32_t> TsCallbackSlot::CallForBoolean(
+    std::initializer_list<TsScriptArgument> arguments) const {
+  v8::Isolate* isolate = GetApplicationIsolate();
+  if (!IsSet() || isolate == nullptr) return 0;
+  const TsEngineEntry entry(isolate);
+  v8::Local<v8::Value> result;
+  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return 0;
+  if (result->IsBoolean()) return result->IsTrue();
+  // Other values could run script of their own to become a number.
+  return result->IsInt32() ? result.As<v8::Int32>()->Value() : 0;
 }
 
 TsCallbackSlots& TsCallbackSlots::Shared() {

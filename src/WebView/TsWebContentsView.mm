@@ -1,3 +1,154 @@
 #include "WebView/TsWebContentsView.h"
 
-void TsInstallWebContentsViewPatch() {}
+#import "Extensions/NSPasteboard+TsURL.h"
+#include "Platform/Cocoa.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsPageState.h"
+#include "Utilities/TsReplaceMethod.h"
+#import "WebView/TsDraggingInfo.h"
+
+// The host view's own methods, once they have been exchanged.
+@interface NSObject (TsWebContentsViewAliases)
+- (NSDragOperation)draggingEntered_:(id<NSDraggingInfo>)info;
+- (NSDragOperation)draggingUpdated_:(id<NSDraggingInfo>)info;
+- (void)draggingExited_:(id<NSDraggingInfo>)info;
+- (BOOL)performDragOperation_:(id<NSDraggingInfo>)info;
+@end
+
+namespace {
+
+constexpr int kMostSuperviews = 101;
+
+Class WebContentsView() { return NSClassFromString(@"WebContentsViewCocoa"); }
+
+NSView* FirstSubviewOfKind(NSView* view, Class kind) {
+  for (NSView* each in [view subviews]) {
+    if ([each isKindOfClass:kind]) return each;
+  }
+  return nil;
+}
+
+NSView* DropTargetAroundFocus(NSWindow* window) {
+  NSResponder* responder = [window firstResponder];
+  if (![responder isKindOfClass:[NSView class]]) return nil;
+  auto* view = static_cast<NSView*>(responder);
+  for (int tested = 0; view != nil && tested < kMostSuperviews; ++tested, view = [view superview]) {
+    if ([view isKindOfClass:WebContentsView()]) return view;
+  }
+  return nil;
+}
+
+NSView* DropTargetFromTop(NSWindow* window) {
+  Class inspectable = NSClassFromString(@"BRYInspectableWebContentsView");
+  for (NSView* each in [[window contentView] subviews]) {
+    if (![each isKindOfClass:inspectable]) continue;
+    if (NSView* target = FirstSubviewOfKind(each, WebContentsView())) return target;
+  }
+  return nil;
+}
+
+// Whatever the page answers, the user is shown that files can be dropped: script may take them.
+NSDragOperation TsDraggingEntered(id view, SEL, id<NSDraggingInfo> info) {
+  CallCallback(@"dragging-entered", info);
+  [view draggingEntered_:info];
+  return NSDragOperationCopy;
+}
+
+NSDragOperation TsDraggingUpdated(id view, SEL, id<NSDraggingInfo> info) {
+  CallCallback(@"dragging-updated", info);
+  [view draggingUpdated_:info];
+  return NSDragOperationCopy;
+}
+
+void TsDraggingExited(id view, SEL, id<NSDraggingInfo> info) {
+  CallCallback(@"dragging-exited", info);
+  [view draggingExited_:info];
+}
+
+BOOL TsPerformDragOperation(id view, SEL, id<NSDraggingInfo> info) {
+  CallCallback(@"perform-drag-operation", info);
+  return [view performDragOperation_:info];
+}
+
+template <typename Method>
+void Exchange(SEL selector, SEL alias, Method method) {
+  TsReplaceMethod(WebContentsView(), selector, alias, reinterpret_cast<IMP>(method));
+}
+
+}  // namespace
+
+void TsInstallWebContentsViewPatch() {
+  if (WebContentsView() == Nil) {
+    TsLogError(@"Cannot patch as I didn't find application class");
+    return;
+  }
+  Exchange(@selector(draggingEntered:), @selector(draggingEntered_:), TsDraggingEntered);
+  Exchange(@selector(draggingExited:), @selector(draggingExited_:), TsDraggingExited);
+  Exchange(@selector(draggingUpdated:), @selector(draggingUpdated_:), TsDraggingUpdated);
+  Exchange(@selector(performDragOperation:), @selector(performDragOperation_:), TsPerformDragOperation);
+  TsLogDebug(@"Installed patch!");
+}
+
+void CallCallback(NSString* eventName, id<NSDraggingInfo> info) {
+  const TsCallbackSlot& callback = TsCallbackSlots::Shared().dragAndDrop;
+  if (!callback.IsSet()) return;
+  if (eventName == nil) {
+    TsLogWarning(@"Need event name.");
+    return;
+  }
+  NSArray* paths = [[info draggingPasteboard] propertyListForType:NSFilenamesPboardType];
+  if ([paths count] == 0) return;
+  NSString* json = TsConvertToJSONString(paths);
+  if (json == nil) {
+    TsLogWarning(@"Couldn't convert to JSON");
+    return;
+  }
+  callback.Call({eventName, TsObjectHandle{[info draggingDestinationWindow]}, json});
+}
+
+NSView* FindWebViewDropTarget(NSWindow* window) {
+  if (NSView* target = DropTargetAroundFocus(window)) {
+    TsLogDebug(@"FindWebViewDropTarget: Found view from firstResponder.");
+    return target;
+  }
+  if (NSView* target = DropTargetFromTop(window)) {
+    TsLogDebug(@"FindWebViewDropTarget: Found view from the top.");
+    return target;
+  }
+  TsLogWarning(@"FindWebViewDropTarget: Unable to find drop target.");
+  return nil;
+}
+
+bool DropFiles(NSWindow* window, NSPoint point, NSArray* paths) {
+  NSView* target = FindWebViewDropTarget(window);
+  if (target == nil) return false;
+  const NSRect frame = [[window contentView] frame];
+  if (!NSPointInRect(point, frame)) {
+    TsLogInfo(@"Unable to drop files as %@ is not in %@", NSStringFromPoint(point), NSStringFromRect(frame));
+  }
+  const auto info = Adopt([[TsDraggingInfo alloc] initWithLocation:point]);
+  [[info pasteboard] declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
+  [[info pasteboard] setPropertyList:paths forType:NSFilenamesPboardType];
+  [target draggingEntered_:info];
+  [target draggingUpdated_:info];
+  return [target performDragOperation_:info];
+}
+
+void PrintPasteboard(NSString* label, NSPasteboard* pasteboard) {
+  for (NSPasteboardItem* item in [pasteboard pasteboardItems]) {
+    for (NSString* type in [item types]) TsLogDebug(@"%@: %@ = %@", label, type, [item stringForType:type]);
+  }
+}
+
+BOOL shouldDragDocumentWithEventMethod(id delegate, SEL, NSWindow*, NSEvent*, NSPoint, NSPasteboard* pasteboard) {
+  const bool isOptionHeld = ([[NSApp currentEvent] modifierFlags] & NSAlternateKeyMask) != 0;
+  NSString* title = GetCurrentTitle();
+  NSString* url = isOptionHeld ? GetCurrentWebURL() : GetCurrentURL();
+  if (title == nil || url == nil) return NO;
+  [pasteboard ts_declareURLPasteboardWithAdditionalTypes:nil owner:delegate];
+  [pasteboard ts_setURL:url withTitle:title];
+  return YES;
+}

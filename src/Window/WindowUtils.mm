@@ -1,5 +1,136 @@
 #include "Window/WindowUtils.h"
 
-void TsInstallDelegateMethods() {}
+#import <objc/runtime.h>
 
-void TsListenForWindowNotifications() {}
+#include <chrono>
+
+#include "Platform/Cocoa.h"
+#include "Platform/MainQueue.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsLog.h"
+#include "WebView/TsWebContentsView.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+NSString* const kDelayedNotification = @"TsDelayedNotification";
+constexpr std::chrono::seconds kSettlingTime{5};
+
+struct WindowEvent {
+  NSString* notification;
+  NSString* name;
+};
+
+NSString* EventNameOf(NSNotification* notification) {
+  const WindowEvent events[] = {
+      {NSWindowDidResignMainNotification, @"did-resign-main"},
+      {NSWindowDidBecomeMainNotification, @"did-become-main"},
+      {NSWindowDidResignKeyNotification, @"did-resign-key"},
+      {NSWindowDidBecomeKeyNotification, @"did-become-key"},
+  };
+  for (const WindowEvent& event : events) {
+    if ([[notification name] isEqualToString:event.notification]) return event.name;
+  }
+  return nil;
+}
+
+Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
+  NSMutableDictionary* userInfo = [NSMutableDictionary dictionaryWithDictionary:[notification userInfo]];
+  [userInfo setObject:[NSNumber numberWithBool:YES] forKey:kDelayedNotification];
+  return Retain([NSNotification notificationWithName:[notification name]
+                                              object:[notification object]
+                                            userInfo:userInfo]);
+}
+
+}  // namespace
+
+@implementation TsWindowUtils
+
++ (TsWindowUtils*)sharedInstance {
+  [[clang::no_destroy]] static const Ref<TsWindowUtils> shared = Adopt([[TsWindowUtils alloc] init]);
+  return shared;
+}
+
+- (void)dealloc {
+  [[NSNotificationCenter defaultCenter] removeObserver:self];
+  [super dealloc];
+}
+
+- (void)registerCallbacks {
+  [self observe:NSWindowDidResignMainNotification with:@selector(windowNotification:)];
+  [self observe:NSWindowDidBecomeMainNotification with:@selector(windowNotification:)];
+  [self observe:NSWindowDidResignKeyNotification with:@selector(windowNotification:)];
+  [self observe:NSWindowDidBecomeKeyNotification with:@selector(windowNotification:)];
+  [self observe:NSWindowDidChangeBackingPropertiesNotification with:@selector(windowDidChangeScreenBacking:)];
+}
+
+- (void)observe:(NSString*)name with:(SEL)handler {
+  [[NSNotificationCenter defaultCenter] addObserver:self selector:handler name:name object:nil];
+}
+
+- (void)windowNotification:(NSNotification*)notification {
+  NSString* name = EventNameOf(notification);
+  if (name == nil) {
+    TsLogWarning(@"Unknown notification %@", [notification name]);
+    return;
+  }
+  if (!TsIsBrowserWindow([notification object])) return;
+  TsCallbackSlots::Shared().windowNotification.Call({name, TsObjectHandle{[notification object]}});
+}
+
+- (void)windowDidChangeScreenBacking:(NSNotification*)notification {
+  if ([[notification userInfo] objectForKey:kDelayedNotification] != nil) return;
+  if (!TsIsBrowserWindow([notification object])) return;
+  platform::MainQueue::Shared().PostDelayed(kSettlingTime, [delayed = DelayedCopyOf(notification)] {
+    TsLogInfo(@"Post delayed notification %@", delayed.get());
+    [[NSNotificationCenter defaultCenter] postNotification:delayed];
+  });
+}
+
+- (void)debugNotification:(NSNotification*)notification {
+  TsLogInfo(@"Received Notification: %@", notification);
+}
+
+@end
+
+@implementation TsOverlayView
+
+- (NSColor*)backgroundColor {
+  return _backgroundColor;
+}
+
+- (void)setBackgroundColor:(NSColor*)color {
+  _backgroundColor = Retain(color);
+}
+
+- (void)drawRect:(NSRect)dirty {
+  [_backgroundColor set];
+  NSRectFill([self frame]);
+}
+
+@end
+
+bool TsIsBrowserWindow(id window) {
+  Class browserWindow = NSClassFromString(@"AtomNSWindow");
+  return browserWindow != Nil && [window isKindOfClass:browserWindow];
+}
+
+void TsInstallDelegateMethods() {
+  Class delegate = NSClassFromString(@"AtomNSWindowDelegate");
+  if (delegate == Nil) return;
+  class_addMethod(delegate, @selector(window:shouldDragDocumentWithEvent:from:withPasteboard:),
+                  reinterpret_cast<IMP>(shouldDragDocumentWithEventMethod), "B@:@@{}@");
+}
+
+void TsListenForWindowNotifications() { [[TsWindowUtils sharedInstance] registerCallbacks]; }
+
+void TsHideWindowContent(NSWindow* window, int milliseconds) {
+  [window makeFirstResponder:nil];
+  [[window contentView] setAlphaValue:0];
+  platform::MainQueue::Shared().PostDelayed(std::chrono::milliseconds(milliseconds), [kept = Retain(window)] {
+    NSView* content = [kept contentView];
+    [content setAlphaValue:1];
+    [kept makeFirstResponder:content];
+  });
+}

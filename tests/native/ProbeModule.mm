@@ -9,6 +9,7 @@
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "ValuesProbe.h"
+#include "WindowProbe.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachNotificationServerProbe(AddProbeObject(probe, "notificationServer"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
+  AttachWindowProbe(AddProbeObject(probe, "windows"));
 }
 
 }  // namespace

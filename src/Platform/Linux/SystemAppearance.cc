@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "Platform/Linux/AppearanceChanges.h"
 #include "Platform/Linux/SessionBus.h"
 
 namespace tessaro::platform {
@@ -49,6 +50,11 @@ class Appearance {
       subscription_ = bus_.Listen({[this] { Follow(); }, [this] { Forget(); }});
     }
     return portal_ ? *portal_ : IsThemeDark();
+  }
+
+  void Listen(void (*listener)()) {
+    listener_ = listener;
+    static_cast<void>(IsDarkNow());
   }
 
  private:
@@ -103,8 +109,14 @@ class Appearance {
         .onInterface(kSettings)
         .withArguments(std::string(kNamespace), std::string(kKey))
         .uponReplyInvoke([this](const sdbus::Error* error, const sdbus::Variant& value) {
-          if (error == nullptr) portal_ = IsDark(value);
+          if (error == nullptr) Learn(IsDark(value));
         });
+  }
+
+  void Learn(std::optional<bool> answer) {
+    const bool wasDark = IsDarkNow();
+    portal_ = answer;
+    if (listener_ != nullptr && IsDarkNow() != wasDark) listener_();
   }
 
   void Changed(sdbus::Message& message) {
@@ -112,7 +124,7 @@ class Appearance {
     std::string key;
     sdbus::Variant value;
     message >> settingsNamespace >> key >> value;
-    if (key == kKey) portal_ = IsDark(value);
+    if (key == kKey) Learn(IsDark(value));
   }
 
   void OwnerChanged(sdbus::Message& message) {
@@ -121,7 +133,7 @@ class Appearance {
     std::string newOwner;
     message >> name >> oldOwner >> newOwner;
     if (newOwner.empty()) {
-      portal_.reset();
+      Learn(std::nullopt);
     } else {
       ReadLater();
     }
@@ -129,6 +141,7 @@ class Appearance {
 
   SessionBus& bus_ = SessionBus::Shared();
   bool isListening_ = false;
+  void (*listener_)() = nullptr;
   std::optional<bool> portal_;
   sdbus::Slot changes_;
   sdbus::Slot owners_;
@@ -139,5 +152,7 @@ class Appearance {
 }  // namespace
 
 bool IsDarkMode() { return Appearance::Shared().IsDarkNow(); }
+
+void ListenForAppearanceChanges(void (*listener)()) { Appearance::Shared().Listen(listener); }
 
 }  // namespace tessaro::platform

@@ -1,0 +1,25 @@
+#import <Foundation/Foundation.h>
+
+#include "Platform/Linux/AppearanceChanges.h"
+#include "Platform/SystemAppearance.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+void Announce() {
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] postNotificationName:@"AppleInterfaceThemeChangedNotification"
+                                                                   object:nil
+                                                                 userInfo:nil
+                                                       deliverImmediately:YES];
+  } @catch (NSException*) {
+    // Whoever wants to hear of it can't either.
+  }
+}
+
+}  // namespace
+
+void AnnounceAppearanceChanges() { ListenForAppearanceChanges(Announce); }
+
+}  // namespace tessaro::platform

@@ -1,0 +1,14 @@
+#pragma once
+
+#import <AppKit/NSToolbar.h>
+
+// No system but macOS has such an item; toolbars leave it out.
+extern "C" NSString* const NSToolbarCloudSharingItemIdentifier;
+
+// GNUstep knows no extensions that could bring items. The switch is kept, so that it reads as it was set.
+@interface NSToolbar (Extensions)
+
+- (BOOL)allowsExtensionItems;
+- (void)setAllowsExtensionItems:(BOOL)allows;
+
+@end

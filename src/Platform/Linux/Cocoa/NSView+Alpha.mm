@@ -1,0 +1,21 @@
+#import <AppKit/NSView.h>
+
+// GNUstep keeps a view's alpha value, but draws the view all the same. One that is made entirely transparent is hidden
+// here, so that it can't be seen.
+
+// The run time takes a category's method before the class's own.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@interface NSView (Alpha)
+@end
+
+@implementation NSView (Alpha)
+
+- (void)setAlphaValue:(CGFloat)alpha {
+  const BOOL wasClear = _alphaValue == 0;
+  const BOOL isClear = alpha == 0;
+  _alphaValue = alpha;
+  if (wasClear != isClear) [self setHidden:isClear];
+}
+
+@end

@@ -1,0 +1,148 @@
+#import <AppKit/AppKit.h>
+
+#include "Utilities/TsReplaceMethod.h"
+
+// What GNUstep's toolbars leave out: items of the system that the delegate does not list among the allowed ones, the
+// selection that is made while items are created, and the views of items.
+
+@interface NSToolbar (TsPrivate)
+- (NSArray*)_itemsWithIdentifier:(NSString*)identifier;
+- (NSArray*)_defaultItemIdentifiers;
+- (NSArray*)_allowedItemIdentifiers;
+@end
+
+@interface NSToolbarItem (TsPrivate)
+- (BOOL)_selectable;
+- (void)_setSelectable:(BOOL)isSelectable;
+- (void)_setSelected:(BOOL)isSelected;
+@end
+
+@interface NSView (TsToolbarBackView)
+- (NSToolbarItem*)toolbarItem;
+@end
+
+namespace {
+
+constexpr CGFloat kLabelHeight = 20;
+
+template <typename Method>
+Method Exchange(Class owner, SEL selector, const char* alias, Method method) {
+  return reinterpret_cast<Method>(
+      TsReplaceMethod(owner, selector, sel_registerName(alias), reinterpret_cast<IMP>(method)));
+}
+
+// ---- Allowed items
+
+using InsertItem = void (*)(NSToolbar*, SEL, NSString*, int, BOOL);
+using AllowedIdentifiers = NSArray* (*)(NSToolbar*, SEL);
+using SetImage = void (*)(NSToolbarItem*, SEL, NSImage*);
+using Layout = void (*)(NSView*, SEL);
+
+InsertItem insertItem = nullptr;
+AllowedIdentifiers allowedIdentifiers = nullptr;
+SetImage setImage = nullptr;
+Layout layout = nullptr;
+
+// What is being inserted: the delegate is asked what is allowed on the way.
+NSString* identifierBeingInserted = nil;
+
+void SelectInserted(NSToolbar* toolbar, NSString* identifier) {
+  if ([[toolbar selectedItemIdentifier] isEqualToString:identifier]) [toolbar setSelectedItemIdentifier:identifier];
+}
+
+void InsertAnyItem(NSToolbar* toolbar, SEL selector, NSString* identifier, int index, BOOL isBroadcast) {
+  NSString* outer = identifierBeingInserted;
+  identifierBeingInserted = identifier;
+  @try {
+    insertItem(toolbar, selector, identifier, index, isBroadcast);
+  } @finally {
+    identifierBeingInserted = outer;
+  }
+  SelectInserted(toolbar, identifier);
+}
+
+// The palette offers what the delegate allows; default items, and what the application inserts itself, need not be
+// among that.
+NSArray* AllowedAndInserted(NSToolbar* toolbar, SEL selector) {
+  NSArray* allowed = allowedIdentifiers(toolbar, selector);
+  if (identifierBeingInserted == nil || [allowed containsObject:identifierBeingInserted]) return allowed;
+  return [allowed arrayByAddingObject:identifierBeingInserted];
+}
+
+// ---- Views
+
+// An item's image is its view's, where there is a view that can show one.
+void SetItemImage(NSToolbarItem* item, SEL selector, NSImage* image) {
+  setImage(item, selector, image);
+  if (![[item view] isKindOfClass:[NSButton class]]) return;
+  auto* button = static_cast<NSButton*>([item view]);
+  [button setImage:image];
+  [button setImagePosition:NSImageOnly];
+}
+
+void LayOutWithView(NSView* backView, SEL selector) {
+  layout(backView, selector);
+  NSToolbarItem* item = [backView toolbarItem];
+  NSView* view = [item view];
+  const NSToolbarDisplayMode mode = [[item toolbar] displayMode];
+  if (view == nil || mode == NSToolbarDisplayModeLabelOnly) return;
+  NSRect room = [backView bounds];
+  if (mode != NSToolbarDisplayModeIconOnly) {
+    room.origin.y += kLabelHeight;
+    room.size.height -= kLabelHeight;
+  }
+  const NSSize size = [item minSize];
+  const CGFloat width = MIN(size.width, NSWidth(room));
+  const CGFloat height = MIN(size.height, NSHeight(room));
+  [view setFrame:NSMakeRect(NSMidX(room) - width / 2, NSMidY(room) - height / 2, width, height)];
+  if ([view superview] != backView) [backView addSubview:view];
+}
+
+// GNUstep selects items, but doesn't show it.
+void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
+  if ([button state] == NSOnState) {
+    [[NSColor colorWithCalibratedWhite:0 alpha:0.2] set];
+    [[NSBezierPath bezierPathWithRoundedRect:NSInsetRect([button bounds], 2, 2) xRadius:4 yRadius:4] fill];
+  }
+  const IMP ordinary = class_getMethodImplementation([NSButton class], selector);
+  reinterpret_cast<void (*)(NSButton*, SEL, NSRect)>(ordinary)(button, selector, dirty);
+}
+
+}  // namespace
+
+// The run time takes a category's method before the class's own.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@interface NSToolbar (Completion)
+@end
+
+@implementation NSToolbar (Completion)
+
++ (void)load {
+  insertItem = Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:",
+                        InsertAnyItem);
+  allowedIdentifiers =
+      Exchange(self, @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
+  setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
+  layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
+  Class button = NSClassFromString(@"GSToolbarButton");
+  class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
+                  method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));
+}
+
+// GNUstep refuses what is not there yet, and what it has not yet found out to be selectable.
+- (void)setSelectedItemIdentifier:(NSString*)identifier {
+  for (NSToolbarItem* item in [self _itemsWithIdentifier:_selectedItemIdentifier]) [item _setSelected:NO];
+  NSString* previous = _selectedItemIdentifier;
+  _selectedItemIdentifier = [identifier copy];
+  [previous release];
+  if (identifier == nil) return;
+  const BOOL isSelectable = [[_delegate toolbarSelectableItemIdentifiers:self] containsObject:identifier];
+  if (!isSelectable) return;
+  for (NSToolbarItem* item in [self _itemsWithIdentifier:identifier]) {
+    [item _setSelectable:YES];
+    [item _setSelected:YES];
+  }
+}
+
+@end

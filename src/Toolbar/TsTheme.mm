@@ -1,0 +1,33 @@
+#include "Toolbar/TsTheme.h"
+
+#import <Foundation/Foundation.h>
+
+#include "Platform/SystemAppearance.h"
+#include "Utilities/TsLog.h"
+
+namespace {
+
+NSString* const kThemeChanged = @"AppleInterfaceThemeChangedNotification";
+
+}  // namespace
+
+// The notifications come from another process, which may be missing: that is no reason to go without a toolbar.
+void TsObserveTheme(id observer, SEL selector) {
+  tessaro::platform::AnnounceAppearanceChanges();
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] addObserver:observer
+                                                        selector:selector
+                                                            name:kThemeChanged
+                                                          object:nil];
+  } @catch (NSException* exception) {
+    TsLogWarning(@"Changes of the appearance won't be noticed: %@", [exception reason]);
+  }
+}
+
+void TsLeaveTheme(id observer) {
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer name:kThemeChanged object:nil];
+  } @catch (NSException* exception) {
+    TsLogDebug(@"The appearance was not watched: %@", [exception reason]);
+  }
+}

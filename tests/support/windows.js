@@ -1,0 +1,47 @@
+'use strict';
+
+// Tests that open windows: what they run in the session, and how they reach behind the module.
+
+const { evaluate } = require('./child');
+const { useSession } = require('./session');
+
+const prelude = `
+  const { execFile } = require('child_process');
+  const host = require('./host');
+  const { eventually } = require('./tests/support/child');
+  host.start();
+  host.setKeepAlive(true);
+  const { module: m, windows, captureLog, flushLog, capturedLog } = probe();
+  const ask = (name, argument = {}) => {
+    const answer = windows[name](JSON.stringify(argument));
+    return answer === undefined ? undefined : JSON.parse(answer);
+  };
+  const print = (value) => console.log(JSON.stringify(value));
+  const log = (flag) => { flushLog(); return capturedLog().filter((line) => line.flag === flag).map(({ text }) => text); };
+  const run = (program, ...args) => new Promise((resolve) => execFile(program, args.map(String), (error, out) => resolve(error ? undefined : out)));
+  // The window manager decorates and places a window some time after it has been opened.
+  const open = async (options) => {
+    const handle = host.createWindow(options);
+    await eventually(() => host.windowInfo(handle).isKey && host.windowInfo(handle).frame.y !== 0, 'the window');
+    return handle;
+  };
+  // Presses the button at a point of the window, in its own coordinates, as a person would.
+  const click = async (handle, x, y) => {
+    const { systemWindow, frame, content } = host.windowInfo(handle);
+    const geometry = await run('xwininfo', '-id', systemWindow);
+    const height = Number(geometry.match(/Height: (\\d+)/)[1]);
+    await run('xdotool', 'mousemove', '--window', systemWindow, Math.round(x - content.x), Math.round(height - (y - content.y)));
+    await run('xdotool', 'click', 1);
+  };
+  const main = async () => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
+  setImmediate(main);
+`;
+
+/** Gives a function that runs `body`, script with a display, and gives what it prints. */
+function useWindows() {
+  const session = useSession();
+  return (t, body, env = {}) =>
+    evaluate(t, `${prelude}\nasync function body() {\n${body}\n}`, { env: { ...session.env, ...env } });
+}
+
+module.exports = { useWindows };
