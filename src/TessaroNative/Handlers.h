@@ -58,3 +58,12 @@ void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
 // Network, reachability
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Pasteboard
+void saveGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void restoreGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void writeFileContentsToGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getValueOfPasteboardType(const v8::FunctionCallbackInfo<v8::Value>& args);
+void doesPasteboardContainImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getFindTextFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setFindStringToPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
