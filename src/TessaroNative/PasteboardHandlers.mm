@@ -35,6 +35,7 @@ void getFindTextFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) 
   args.GetReturnValue().SetNull();
 }
 
-void setFindStringToPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+// Bound to the script name "setFindStringToPasteboard".
+void getFindStringFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsSetFindStringToPasteboard(convertToNSString(args[0]));
 }
