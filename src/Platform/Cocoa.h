@@ -11,4 +11,5 @@
 #include "Platform/Linux/Cocoa/NSImage+Template.h"
 #include "Platform/Linux/Cocoa/NSMenu+Items.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
+#include "Platform/Linux/Cocoa/SBApplication.h"
 #endif

@@ -67,6 +67,7 @@ struct TsCallbackSlots {
   TsCallbackSlot toolbarValidation;
   TsCallbackSlot toolbarAction;
   TsCallbackSlot toolbarAddTab;
+  TsCallbackSlot timeTracker;
 
   // Lets go of every function at the end of the script environment.
   void Clear();

@@ -5,6 +5,7 @@
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SecretStore.h"
+#include "Platform/TimeTracker.h"
 
 namespace tessaro::platform {
 
@@ -12,6 +13,7 @@ void ShutDown() {
   SecretStore::Shared().Close();
   HTTPTransfer::ShutDown();
   NetworkChanges::Shared().Close();
+  StopServingTimeTracker();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }

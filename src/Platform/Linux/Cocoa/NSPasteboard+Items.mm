@@ -103,7 +103,7 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 // What is on a pasteboard, fetched only when it is asked for: it may be large, and come from another application.
 @interface TsLazyPasteboardItem : NSPasteboardItem {
   Ref<NSPasteboard> _pasteboard;
-  Ref<NSArray> _types;
+  Ref<NSArray> _offered;
 }
 - (instancetype)initWithPasteboard:(NSPasteboard*)pasteboard types:(NSArray*)types;
 @end
@@ -114,13 +114,13 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
   self = [super init];
   if (self) {
     _pasteboard = Retain(pasteboard);
-    _types = Retain(types);
+    _offered = Retain(types);
   }
   return self;
 }
 
 - (NSArray*)types {
-  return [[super types] arrayByAddingObjectsFromArray:_types];
+  return [[super types] arrayByAddingObjectsFromArray:_offered];
 }
 
 - (NSData*)dataForType:(NSString*)type {
