@@ -14,5 +14,4 @@
 // As a part of a URL's query: everything but letters, digits and "-._~" is escaped.
 - (NSString*)ts_escapeForURL;
 
-
 @end

@@ -35,7 +35,7 @@ void ClipToEvernote(const TsClippedPage& page) {
     return platform::MainQueue::Shared().Post(showEvernoteError);
   }
   [note appendHtml:page.html];
-  for (NSString* path in page.attachments) [note appendAttachment:path];
+  for (NSString* path in page.attachments.get()) [note appendAttachment:path];
   [note openNoteWindow];
 }
 
@@ -49,18 +49,17 @@ void ClipToDEVONthink(const TsClippedPage& page) {
 void ClipToReceipts(const TsClippedPage& page) { [TsReceiptsApp importEMLWithPath:page.emlPath]; }
 
 void ClipToOmnifocus(const TsClippedPage& page) {
-  NSString* comment = [NSString
-      stringWithFormat:@"%@\n%@\n\n%@", Text(page.url), Text(page.webURL), TsTextFromHTML(page.html)];
+  NSString* comment =
+      [NSString stringWithFormat:@"%@\n%@\n\n%@", Text(page.url), Text(page.webURL), TsTextFromHTML(page.html)];
   [TsOmnifocus addActionWithContent:page.title comment:comment];
 }
 
 // The pasteboard belongs to the main thread.
 void ClipToClipboard(const TsClippedPage& page) {
-  NSString* text = [TsTextFromHTML(page.html)
-      stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+  NSString* text =
+      [TsTextFromHTML(page.html) stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
   NSString* body = [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, Text(page.url), Text(page.webURL)];
-  auto result = Retain(
-      [NSString stringWithFormat:@"# %@ [%@]\n\n%@", Text(page.title), Text(page.account), body]);
+  auto result = Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", Text(page.title), Text(page.account), body]);
   platform::MainQueue::Shared().Post([result] { [TsClipboard copy:result]; });
 }
 
@@ -69,14 +68,12 @@ NSString* TextWithLinks(const TsClippedPage& page) {
 }
 
 void ClipToTodoist(const TsClippedPage& page) {
-  NSString* content = [NSString
-      stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", Text(page.title), Text(page.webURL), Text(page.url)];
+  NSString* content =
+      [NSString stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", Text(page.title), Text(page.webURL), Text(page.url)];
   [TsTodoist addActionWithContent:content comment:TextWithLinks(page)];
 }
 
-void ClipToThings(const TsClippedPage& page) {
-  [TsThings addActionWithContent:page.title comment:TextWithLinks(page)];
-}
+void ClipToThings(const TsClippedPage& page) { [TsThings addActionWithContent:page.title comment:TextWithLinks(page)]; }
 
 struct Clipper {
   NSString* name;
@@ -107,9 +104,7 @@ void ImportIntoEvernote(NSString* path, NSString*) {
   [note openNoteWindow];
 }
 
-void ImportIntoDEVONthink(NSString* path, NSString*) {
-  [[TsDEVONthinkRecord importFiles:@[ path ]] openRecordWindow];
-}
+void ImportIntoDEVONthink(NSString* path, NSString*) { [[TsDEVONthinkRecord importFiles:@[ path ]] openRecordWindow]; }
 
 void ImportIntoPhotos(NSString* path, NSString* application) {
   static constexpr std::array<std::string_view, 5> kPhotos = {"*.jpg", "*.jpeg", "*.gif", "*.tif", "*.tiff"};
@@ -165,8 +160,7 @@ void TsImportIntoApplication(NSString* identifier, NSString* path) {
 
 void showEvernoteError() {
   NSString* message = NSLocalizedString(@"This version of Evernote doesn't support AppleScript", @"");
-  NSString* information =
-      NSLocalizedString(@"Please use Evernote 7.x or contact Evernote for more information.", @"");
+  NSString* information = NSLocalizedString(@"Please use Evernote 7.x or contact Evernote for more information.", @"");
   if (!platform::IsWindowServerAvailable()) return TsLogWarning(@"%@. %@", message, information);
   auto alert = Adopt([[NSAlert alloc] init]);
   [alert setAlertStyle:NSInformationalAlertStyle];

@@ -24,8 +24,8 @@ static constexpr unsigned int kAllTypes = 'all ';
 static NSString* GroupName() {
   auto formatter = Adopt([[NSDateFormatter alloc] init]);
   [formatter setDateFormat:@"yyyy-MM-dd HH:mm:ss"];
-  return [NSString stringWithFormat:NSLocalizedString(@"Tessaro Import %@", @""),
-                                    [formatter stringFromDate:[NSDate date]]];
+  return [NSString
+      stringWithFormat:NSLocalizedString(@"Tessaro Import %@", @""), [formatter stringFromDate:[NSDate date]]];
 }
 
 static id Import(id application, NSString* path, NSString* name, id group) {

@@ -34,19 +34,19 @@ static NSString* const kEvernote = @"com.evernote.Evernote";
 
 + (instancetype)noteWithTitle:(NSString*)title sourceURL:(NSString*)sourceURL {
   SBApplication* application = [SBApplication applicationWithBundleIdentifier:kEvernote];
-  const SEL create =
-      @selector(createNoteFromFile:fromUrl:withText:withHtml:withEnml:title:notebook:tags:attachments:created:);
+  const SEL create = @selector(createNoteFromFile:
+                                          fromUrl:withText:withHtml:withEnml:title:notebook:tags:attachments:created:);
   if (![application respondsToSelector:create]) return nil;
   id created = [static_cast<id>(application) createNoteFromFile:nil
-                                       fromUrl:nil
-                                      withText:nil
-                                      withHtml:@""
-                                      withEnml:nil
-                                         title:title
-                                      notebook:nil
-                                          tags:nil
-                                   attachments:nil
-                                       created:nil];
+                                                        fromUrl:nil
+                                                       withText:nil
+                                                       withHtml:@""
+                                                       withEnml:nil
+                                                          title:title
+                                                       notebook:nil
+                                                           tags:nil
+                                                    attachments:nil
+                                                        created:nil];
   if (created == nil) return nil;
   [created setSourceURL:sourceURL];
   TsEvernoteNote* note = Adopt([[self alloc] init]).Autoreleased();
@@ -69,8 +69,8 @@ static NSString* const kEvernote = @"com.evernote.Evernote";
 
 - (void)appendAttachment:(NSString*)path {
   if (![path ts_isZipPath]) return [self appendFile:path];
-  NSString* folder = [[NSTemporaryDirectory() stringByAppendingPathComponent:[path lastPathComponent]]
-      ts_makeUniquePath];
+  NSString* folder =
+      [[NSTemporaryDirectory() stringByAppendingPathComponent:[path lastPathComponent]] ts_makeUniquePath];
   if (!tessaro::platform::UnpackZip(TsStdString(path), TsStdString(folder), {})) {
     TsLogWarning(@"Couldn't unzip all of %@", path);
   }

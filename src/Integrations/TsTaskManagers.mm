@@ -22,8 +22,8 @@ static void Open(NSString* url, NSString* identifier) {
 }
 
 + (void)addActionWithContent:(NSString*)content comment:(NSString*)comment {
-  Open([NSString stringWithFormat:@"omnifocus:///add?name=%@&note=%@", [content ts_escapeForURL],
-                                  [comment ts_escapeForURL]],
+  Open([NSString
+           stringWithFormat:@"omnifocus:///add?name=%@&note=%@", [content ts_escapeForURL], [comment ts_escapeForURL]],
        [self installedBundleId]);
 }
 

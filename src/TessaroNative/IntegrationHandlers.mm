@@ -80,8 +80,9 @@ void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args) {
 
 void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args) {
   platform::BackgroundQueue::Shared().Post(
-      [name = TsCopyString(args.GetIsolate(), args[0]),
-       page = PageOf(args.GetIsolate(), args[1].As<v8::Object>())] { TsClipPage(name, page); });
+      [name = TsCopyString(args.GetIsolate(), args[0]), page = PageOf(args.GetIsolate(), args[1].As<v8::Object>())] {
+        TsClipPage(name, page);
+      });
 }
 
 void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
@@ -89,9 +90,8 @@ void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void printPath(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  platform::BackgroundQueue::Shared().Post([path = TsCopyString(args.GetIsolate(), args[0])] {
-    [TsPreview printFile:[NSURL fileURLWithPath:path]];
-  });
+  platform::BackgroundQueue::Shared().Post(
+      [path = TsCopyString(args.GetIsolate(), args[0])] { [TsPreview printFile:[NSURL fileURLWithPath:path]]; });
 }
 
 void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args) {

@@ -18,8 +18,8 @@ void writeFileContentsToGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Val
 }
 
 void getValueOfPasteboardType(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  NSString* json = TsConvertToJSONString(
-      TsStringsOfPasteboardType([NSPasteboard generalPasteboard], convertToNSString(args[0])));
+  NSString* json =
+      TsConvertToJSONString(TsStringsOfPasteboardType([NSPasteboard generalPasteboard], convertToNSString(args[0])));
   if (json != nil) return ReturnString(args, json);
   TsLogWarning(@"getValueOfPasteboardType: Couldn't create JSON From pasteboard");
   args.GetReturnValue().SetNull();

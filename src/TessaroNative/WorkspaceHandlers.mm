@@ -29,8 +29,8 @@ void ReturnStringOrNull(const v8::FunctionCallbackInfo<v8::Value>& args, NSStrin
 }  // namespace
 
 void applicationsForFileExtension(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  ReturnEntries(args, TsApplicationsForFileExtension(convertToNSString(args[0]), Integer(args, 1),
-                                                     convertToNSString(args[2])));
+  ReturnEntries(
+      args, TsApplicationsForFileExtension(convertToNSString(args[0]), Integer(args, 1), convertToNSString(args[2])));
 }
 
 void applicationsForScheme(const v8::FunctionCallbackInfo<v8::Value>& args) {
@@ -64,13 +64,13 @@ void setDefaultApplicationForScheme(const v8::FunctionCallbackInfo<v8::Value>& a
 }
 
 void iconForFileExtension(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  ReturnString(args, TsGetIconForPathExtension(convertToNSString(args[0]), Integer(args, 1),
-                                               convertToNSString(args[2])));
+  ReturnString(args,
+               TsGetIconForPathExtension(convertToNSString(args[0]), Integer(args, 1), convertToNSString(args[2])));
 }
 
 void iconForApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  ReturnString(args, TsGetApplicationIconForBundleId(convertToNSString(args[0]), Integer(args, 1),
-                                                     convertToNSString(args[2])));
+  ReturnString(
+      args, TsGetApplicationIconForBundleId(convertToNSString(args[0]), Integer(args, 1), convertToNSString(args[2])));
 }
 
 void openFile(const v8::FunctionCallbackInfo<v8::Value>& args) {

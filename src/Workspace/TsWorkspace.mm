@@ -25,8 +25,8 @@ NSArray* Texts(const std::vector<std::string>& texts) {
 
 // Names from outside must not lead out of the folder.
 NSString* TsPathForImage(NSString* directory, NSString* name) {
-  NSString* file = [[[name componentsSeparatedByString:@"/"] componentsJoinedByString:@"-"]
-      stringByAppendingString:@".png"];
+  NSString* file =
+      [[[name componentsSeparatedByString:@"/"] componentsJoinedByString:@"-"] stringByAppendingString:@".png"];
   return [directory stringByAppendingPathComponent:file];
 }
 
@@ -153,8 +153,7 @@ NSString* TsGetIconForPathExtension(NSString* extension, NSInteger size, NSStrin
 }
 
 NSString* TsGetApplicationIconForBundleId(NSString* identifier, NSInteger size, NSString* directory) {
-  return WriteIcon(platform::IconOfApplication(TsStdString(identifier), static_cast<int>(size)), identifier,
-                   directory);
+  return WriteIcon(platform::IconOfApplication(TsStdString(identifier), static_cast<int>(size)), identifier, directory);
 }
 
 bool TsOpenFile(NSString* path, NSString* applicationPath, bool deactivate) {

@@ -23,22 +23,23 @@ struct Element {
 };
 
 constexpr Element kElements[] = {
-    {"address", Flow::Block},   {"article", Flow::Block},    {"aside", Flow::Block},     {"blockquote", Flow::Block},
-    {"body", Flow::Block},      {"br", Flow::Break},         {"center", Flow::Block},    {"dd", Flow::Block},
-    {"div", Flow::Block},       {"dl", Flow::Block},         {"dt", Flow::Block},        {"fieldset", Flow::Block},
-    {"figure", Flow::Block},    {"footer", Flow::Block},     {"form", Flow::Block},      {"h1", Flow::Paragraph},
-    {"h2", Flow::Paragraph},    {"h3", Flow::Paragraph},     {"h4", Flow::Paragraph},    {"h5", Flow::Paragraph},
-    {"h6", Flow::Paragraph},    {"head", Flow::Hidden},      {"header", Flow::Block},    {"hr", Flow::Block},
-    {"li", Flow::Item},         {"main", Flow::Block},       {"nav", Flow::Block},       
-    {"ol", Flow::Block},        {"option", Flow::Hidden},    {"p", Flow::Paragraph},     {"pre", Flow::Verbatim},
-    {"script", Flow::Hidden},   {"section", Flow::Block},    {"style", Flow::Hidden},    {"table", Flow::Block},
-    {"td", Flow::Cell},         {"template", Flow::Hidden},  {"th", Flow::Cell},         {"title", Flow::Hidden},
-    {"tr", Flow::Block},        {"ul", Flow::Block},
+    {"address", Flow::Block},   {"article", Flow::Block}, {"aside", Flow::Block},  {"blockquote", Flow::Block},
+    {"body", Flow::Block},      {"br", Flow::Break},      {"center", Flow::Block}, {"dd", Flow::Block},
+    {"div", Flow::Block},       {"dl", Flow::Block},      {"dt", Flow::Block},     {"fieldset", Flow::Block},
+    {"figure", Flow::Block},    {"footer", Flow::Block},  {"form", Flow::Block},   {"h1", Flow::Paragraph},
+    {"h2", Flow::Paragraph},    {"h3", Flow::Paragraph},  {"h4", Flow::Paragraph}, {"h5", Flow::Paragraph},
+    {"h6", Flow::Paragraph},    {"head", Flow::Hidden},   {"header", Flow::Block}, {"hr", Flow::Block},
+    {"li", Flow::Item},         {"main", Flow::Block},    {"nav", Flow::Block},    {"ol", Flow::Block},
+    {"option", Flow::Hidden},   {"p", Flow::Paragraph},   {"pre", Flow::Verbatim}, {"script", Flow::Hidden},
+    {"section", Flow::Block},   {"style", Flow::Hidden},  {"table", Flow::Block},  {"td", Flow::Cell},
+    {"template", Flow::Hidden}, {"th", Flow::Cell},       {"title", Flow::Hidden}, {"tr", Flow::Block},
+    {"ul", Flow::Block},
 };
 
 Flow FlowOf(std::string_view name) {
-  const auto* found = std::lower_bound(std::begin(kElements), std::end(kElements), name,
-                                       [](const Element& element, std::string_view text) { return element.name < text; });
+  const auto* found =
+      std::lower_bound(std::begin(kElements), std::end(kElements), name,
+                       [](const Element& element, std::string_view text) { return element.name < text; });
   return found != std::end(kElements) && found->name == name ? found->flow : Flow::Inline;
 }
 

@@ -14,7 +14,10 @@
 static NSString* const kFileURLType = @"public.file-url";
 
 // The pasteboard server may hang, as while it waits for another program's data.
-static constexpr NSTimeInterval kServerDeadline = 10;
+static constexpr NSTimeInterval kServerDeadline = 5;
+
+// One message to it holds 32 MiB at most; a larger one would end the connection.
+static constexpr NSUInteger kLargestValue = 31 << 20;
 
 static void SetDeadline(id remote) {
   if (![remote isProxy]) return;
@@ -129,8 +132,8 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 }
 
 - (NSString*)stringForType:(NSString*)type {
-  NSString* own = [super stringForType:type];
-  return own != nil ? own : [_pasteboard stringForType:type];
+  // The pasteboard keeps strings in a form of its own.
+  return [super dataForType:type] != nil ? [super stringForType:type] : [_pasteboard stringForType:type];
 }
 
 - (id)propertyListForType:(NSString*)type {
@@ -148,6 +151,18 @@ static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
   id paths = [pasteboard propertyListForType:NSFilenamesPboardType];
   return [paths isKindOfClass:[NSArray class]] ? paths : @[];
 }
+
+// GNUstep takes only TIFF and vector graphics from pasteboards, although it reads the others.
+@interface NSBitmapImageRep (PasteboardTypes)
+@end
+
+@implementation NSBitmapImageRep (PasteboardTypes)
+
++ (NSArray*)imageUnfilteredPasteboardTypes {
+  return @[ NSTIFFPboardType, @"public.png", @"public.jpg", @"public.jpeg", @"public.gif", @"public.tiff" ];
+}
+
+@end
 
 @implementation NSPasteboard (Items)
 
@@ -175,17 +190,21 @@ static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
   NSMutableArray* types = [NSMutableArray array];
   NSMutableArray* data = [NSMutableArray array];
   for (NSPasteboardItem* item in items) {
-    const BOOL listsFiles = [[item types] containsObject:NSFilenamesPboardType] || [types containsObject:NSFilenamesPboardType];
+    const BOOL listsFiles =
+        [[item types] containsObject:NSFilenamesPboardType] || [types containsObject:NSFilenamesPboardType];
     for (NSString* type in [item types]) {
       if ([types containsObject:type] || (listsFiles && [type isEqualToString:kFileURLType])) continue;
+      NSData* value = [item dataForType:type];
+      if (value == nil) continue;
       [types addObject:type];
-      [data addObject:[item dataForType:type]];
+      [data addObject:value];
     }
   }
   [self declareTypes:types owner:nil];
   BOOL allWritten = YES;
   for (NSUInteger i = 0; i < [types count]; ++i) {
-    if (![self setData:[data objectAtIndex:i] forType:[types objectAtIndex:i]]) allWritten = NO;
+    NSData* value = [data objectAtIndex:i];
+    if ([value length] > kLargestValue || ![self setData:value forType:[types objectAtIndex:i]]) allWritten = NO;
   }
   return allWritten;
 }
