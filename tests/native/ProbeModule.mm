@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "IntegrationProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "PlatformProbe.h"
@@ -20,6 +21,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
   AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
+  AttachIntegrationProbe(AddProbeObject(probe, "integrations"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
 }
 
