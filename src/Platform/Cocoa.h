@@ -14,4 +14,6 @@
 #include "Platform/Linux/Cocoa/NSWindow+Sheets.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #include "Platform/Linux/Cocoa/NSWindow+TitlebarAccessories.h"
+
+#include "Platform/Linux/Cocoa/SBApplication.h"
 #endif

@@ -93,3 +93,33 @@ void hideAddTabButton(const v8::FunctionCallbackInfo<v8::Value>& args);
 
 // Drag and drop
 void dropFiles(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Pasteboard. The handlers of the find string are one name off: the last is setFindStringToPasteboard's.
+void saveGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void restoreGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void writeFileContentsToGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getValueOfPasteboardType(const v8::FunctionCallbackInfo<v8::Value>& args);
+void doesPasteboardContainImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getFindTextFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getFindStringFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Other applications and default handlers
+void applicationsForFileExtension(const v8::FunctionCallbackInfo<v8::Value>& args);
+void applicationsForScheme(const v8::FunctionCallbackInfo<v8::Value>& args);
+void bundleId(const v8::FunctionCallbackInfo<v8::Value>& args);
+void defaultApplicationForScheme(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setDefaultApplicationForScheme(const v8::FunctionCallbackInfo<v8::Value>& args);
+void iconForFileExtension(const v8::FunctionCallbackInfo<v8::Value>& args);
+void iconForApplication(const v8::FunctionCallbackInfo<v8::Value>& args);
+void openFile(const v8::FunctionCallbackInfo<v8::Value>& args);
+void openInfoForFile(const v8::FunctionCallbackInfo<v8::Value>& args);
+void isApplicationInstalled(const v8::FunctionCallbackInfo<v8::Value>& args);
+void applicationName(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Hand-offs to other applications
+void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args);
+void printPath(const v8::FunctionCallbackInfo<v8::Value>& args);
+void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args);
+void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>& args);
+void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args);

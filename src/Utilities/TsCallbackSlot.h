@@ -73,6 +73,7 @@ struct TsCallbackSlots {
   TsCallbackSlot toolbarValidation;
   TsCallbackSlot toolbarAction;
   TsCallbackSlot toolbarAddTab;
+  TsCallbackSlot timeTracker;
 
   // Lets go of every function at the end of the script environment.
   void Clear();

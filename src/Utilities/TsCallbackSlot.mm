@@ -94,7 +94,7 @@ void TsCallbackSlots::Clear() {
   for (TsCallbackSlot* slot :
        {&currentState, &composeOutgoingMessage, &searchService, &reachability, &windowNotification, &queryWindowTrait,
         &dragAndDrop, &keyboardModifierKeys, &notificationActivation, &statusItemMenuNeedsUpdate, &appcastParameter,
-        &toolbarValidation, &toolbarAction, &toolbarAddTab}) {
+        &toolbarValidation, &toolbarAction, &toolbarAddTab, &timeTracker}) {
     slot->Set({});
   }
 }

@@ -6,6 +6,7 @@
 #include "Application/KeyCombinations.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
+#include "PasteboardProbe.h"
 #include "Platform/Cocoa.h"
 #include "Platform/KeyboardLayout.h"
 #include "Platform/Linux/Cocoa/ShortcutText.h"
@@ -280,6 +281,10 @@ id putOnPasteboard(id description) {
   NSPasteboard* pasteboard = [NSPasteboard generalPasteboard];
   id files = [description objectForKey:@"files"];
   id text = [description objectForKey:@"text"];
+  if (id types = [description objectForKey:@"types"]) {
+    PutTypesOnPasteboard(types);
+    return nil;
+  }
   [pasteboard declareTypes:@[ files != nil ? NSFilenamesPboardType : NSStringPboardType ] owner:nil];
   if (files != nil) [pasteboard setPropertyList:files forType:NSFilenamesPboardType];
   if (text != nil) [pasteboard setString:text forType:NSStringPboardType];
@@ -343,6 +348,9 @@ void AttachMenuProbe(v8::Local<v8::Object> exports) {
   PROBE(putOnPasteboard);
   PROBE(pasteIfPossible);
 #undef PROBE
+  NODE_SET_METHOD(exports, "pasteboardTypes", Enter<PasteboardTypes>);
+  NODE_SET_METHOD(exports, "largeValueSurvives", Enter<LargeValueSurvives>);
+  NODE_SET_METHOD(exports, "putURLs", Enter<PutURLs>);
   NODE_SET_METHOD(exports, "measureSendEvent", measureSendEvent);
   NODE_SET_METHOD(exports, "measurePreviousSendEvent", measurePreviousSendEvent);
 }

@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "IntegrationProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "MigrationProbe.h"
@@ -26,6 +27,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachNotificationsProbe(AddProbeObject(probe, "notifications"));
   AttachNotificationServerProbe(AddProbeObject(probe, "notificationServer"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
+  AttachIntegrationProbe(AddProbeObject(probe, "integrations"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
   AttachWindowProbe(AddProbeObject(probe, "windows"));
 }

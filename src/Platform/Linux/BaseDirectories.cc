@@ -18,6 +18,18 @@ fs::path PathIn(const char* variable, const fs::path& belowHome) {
   return path.empty() ? HomeDirectory() / belowHome : path;
 }
 
+std::vector<fs::path> PathsIn(const char* variable, std::string_view otherwise) {
+  const char* value = std::getenv(variable);
+  std::string_view list = value != nullptr && *value != '\0' ? value : otherwise;
+  std::vector<fs::path> directories;
+  while (!list.empty()) {
+    const auto end = std::min(list.find(':'), list.size());
+    if (const fs::path path = list.substr(0, end); path.is_absolute()) directories.push_back(path);
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return directories;
+}
+
 }  // namespace
 
 fs::path AbsolutePathIn(const char* variable) {
@@ -30,16 +42,10 @@ fs::path ConfigHome() { return PathIn("XDG_CONFIG_HOME", ".config"); }
 
 fs::path StateHome() { return PathIn("XDG_STATE_HOME", ".local/state"); }
 
-std::vector<fs::path> ConfigDirectories() {
-  const char* value = std::getenv("XDG_CONFIG_DIRS");
-  std::string_view list = value != nullptr && *value != '\0' ? value : "/etc/xdg";
-  std::vector<fs::path> directories;
-  while (!list.empty()) {
-    const auto end = std::min(list.find(':'), list.size());
-    if (const fs::path path = list.substr(0, end); path.is_absolute()) directories.push_back(path);
-    list.remove_prefix(std::min(end + 1, list.size()));
-  }
-  return directories;
-}
+fs::path DataHome() { return PathIn("XDG_DATA_HOME", ".local/share"); }
+
+std::vector<fs::path> ConfigDirectories() { return PathsIn("XDG_CONFIG_DIRS", "/etc/xdg"); }
+
+std::vector<fs::path> DataDirectories() { return PathsIn("XDG_DATA_DIRS", "/usr/local/share:/usr/share"); }
 
 }  // namespace tessaro::platform

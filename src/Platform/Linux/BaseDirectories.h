@@ -9,9 +9,11 @@ namespace tessaro::platform {
 
 [[nodiscard]] std::filesystem::path ConfigHome();
 [[nodiscard]] std::filesystem::path StateHome();
+[[nodiscard]] std::filesystem::path DataHome();
 
 // Those of the system, the most important one first.
 [[nodiscard]] std::vector<std::filesystem::path> ConfigDirectories();
+[[nodiscard]] std::vector<std::filesystem::path> DataDirectories();
 
 // The absolute path in an environment variable; empty when there is none.
 [[nodiscard]] std::filesystem::path AbsolutePathIn(const char* variable);

@@ -6,6 +6,7 @@
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SecretStore.h"
+#include "Platform/TimeTracker.h"
 
 namespace tessaro::platform {
 
@@ -14,6 +15,7 @@ void ShutDown() {
   HTTPTransfer::ShutDown();
   NetworkChanges::Shared().Close();
   EndUserNotificationDelivery();
+  StopServingTimeTracker();
   SessionBus::Shared().Close();
   MainQueue::Shared().Detach();
 }

@@ -6,7 +6,14 @@
 // GNUstep's pasteboards hold types, not items.
 @interface NSPasteboard (Items)
 
-// An item of type "public.file-url" for each file, and where there are no files one that offers all types.
+// An item of type "public.file-url" for each file, and where there are no files one that offers all types. The first
+// item of several offers all types too.
 - (NSArray*)pasteboardItems;
+
+- (NSInteger)clearContents;
+
+// Declares the types of all items and sets their data; of a type that comes twice the first data count. Files are not
+// written one by one: they stand in the list of file names that belongs to them.
+- (BOOL)writeObjects:(NSArray*)items;
 
 @end

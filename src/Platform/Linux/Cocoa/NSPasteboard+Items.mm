@@ -2,42 +2,138 @@
 
 #import <AppKit/AppKit.h>
 
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "Platform/Linux/Cocoa/SideTable.h"
 #include "Utilities/Ref.h"
 
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+static NSString* const kFileURLType = @"public.file-url";
+
+// The pasteboard server may hang, as while it waits for another program's data.
+static constexpr NSTimeInterval kServerDeadline = 5;
+
+// One message to it holds 32 MiB at most; a larger one would end the connection.
+static constexpr NSUInteger kLargestValue = 31 << 20;
+
+static void SetDeadline(id remote) {
+  if (![remote isProxy]) return;
+  NSConnection* connection = [static_cast<NSDistantObject*>(remote) connectionForProxy];
+  [connection setRequestTimeout:kServerDeadline];
+  [connection setReplyTimeout:kServerDeadline];
+}
+
 // GNUstep hands out the pasteboard server's own list, which can't be enumerated across the two processes.
-static NSArray* TypesOf(NSPasteboard* pasteboard) {
+static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
   NSArray* remote = [pasteboard types];
+  SetDeadline(remote);
   const NSUInteger count = [remote count];
   NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
   for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
   return types;
 }
 
+namespace {
+
+struct TypedData {
+  Ref<NSString> type;
+  Ref<NSData> data;
+};
+
+using TypesInOrder = std::shared_ptr<std::vector<TypedData>>;
+using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, TypesInOrder>;
+
+TypesInOrder ContentsOf(NSPasteboardItem* item) {
+  TypesInOrder contents = ItemContents::Shared().Get(item, nullptr);
+  if (contents) return contents;
+  contents = std::make_shared<std::vector<TypedData>>();
+  ItemContents::Shared().Set(item, contents);
+  return contents;
+}
+
+TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
+  const auto found = std::find_if(contents.begin(), contents.end(),
+                                  [type](const TypedData& each) { return [each.type isEqualToString:type]; });
+  return found == contents.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+// GNUstep's own items have only the types that somebody promises data for, in no order.
+@interface NSPasteboardItem (Contents)
+@end
+
+@implementation NSPasteboardItem (Contents)
+
+- (NSArray*)types {
+  NSMutableArray* types = [NSMutableArray array];
+  for (const TypedData& each : *ContentsOf(self)) [types addObject:each.type];
+  return types;
+}
+
+- (BOOL)setData:(NSData*)data forType:(NSString*)type {
+  if (data == nil || type == nil) return NO;
+  const TypesInOrder contents = ContentsOf(self);
+  auto copy = Adopt(static_cast<NSData*>([data copy]));
+  if (TypedData* known = Find(*contents, type)) {
+    known->data = std::move(copy);
+  } else {
+    contents->push_back({Adopt(static_cast<NSString*>([type copy])), std::move(copy)});
+  }
+  return YES;
+}
+
+- (BOOL)setString:(NSString*)string forType:(NSString*)type {
+  return [self setData:[string dataUsingEncoding:NSUTF8StringEncoding] forType:type];
+}
+
+- (NSData*)dataForType:(NSString*)type {
+  const TypedData* found = Find(*ContentsOf(self), type);
+  return found == nullptr ? nil : found->data.get();
+}
+
+- (NSString*)stringForType:(NSString*)type {
+  NSData* data = [self dataForType:type];
+  if (data == nil) return nil;
+  return Adopt([[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding]).Autoreleased();
+}
+
+@end
+
 // What is on a pasteboard, fetched only when it is asked for: it may be large, and come from another application.
 @interface TsLazyPasteboardItem : NSPasteboardItem {
   Ref<NSPasteboard> _pasteboard;
+  Ref<NSArray> _offered;
 }
-- (instancetype)initWithPasteboard:(NSPasteboard*)pasteboard;
+- (instancetype)initWithPasteboard:(NSPasteboard*)pasteboard types:(NSArray*)types;
 @end
 
 @implementation TsLazyPasteboardItem
 
-- (instancetype)initWithPasteboard:(NSPasteboard*)pasteboard {
+- (instancetype)initWithPasteboard:(NSPasteboard*)pasteboard types:(NSArray*)types {
   self = [super init];
-  if (self) _pasteboard = Retain(pasteboard);
+  if (self) {
+    _pasteboard = Retain(pasteboard);
+    _offered = Retain(types);
+  }
   return self;
 }
 
 - (NSArray*)types {
-  return TypesOf(_pasteboard);
+  return [[super types] arrayByAddingObjectsFromArray:_offered];
 }
 
 - (NSData*)dataForType:(NSString*)type {
-  return [_pasteboard dataForType:type];
+  NSData* own = [super dataForType:type];
+  return own != nil ? own : [_pasteboard dataForType:type];
 }
 
 - (NSString*)stringForType:(NSString*)type {
-  return [_pasteboard stringForType:type];
+  // The pasteboard keeps strings in a form of its own.
+  return [super dataForType:type] != nil ? [super stringForType:type] : [_pasteboard stringForType:type];
 }
 
 - (id)propertyListForType:(NSString*)type {
@@ -46,36 +142,71 @@ static NSArray* TypesOf(NSPasteboard* pasteboard) {
 
 @end
 
-// GNUstep's own items have only the types that somebody promises data for.
-@interface TsFilePasteboardItem : NSPasteboardItem
+static void SetFile(NSPasteboardItem* item, NSString* path) {
+  [item setString:[[NSURL fileURLWithPath:path] absoluteString] forType:kFileURLType];
+}
+
+static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
+  if (![types containsObject:NSFilenamesPboardType]) return @[];
+  id paths = [pasteboard propertyListForType:NSFilenamesPboardType];
+  return [paths isKindOfClass:[NSArray class]] ? paths : @[];
+}
+
+// GNUstep takes only TIFF and vector graphics from pasteboards, although it reads the others.
+@interface NSBitmapImageRep (PasteboardTypes)
 @end
 
-@implementation TsFilePasteboardItem
+@implementation NSBitmapImageRep (PasteboardTypes)
 
-- (NSArray*)types {
-  return [NSArray arrayWithObject:@"public.file-url"];
++ (NSArray*)imageUnfilteredPasteboardTypes {
+  return @[ NSTIFFPboardType, @"public.png", @"public.jpg", @"public.jpeg", @"public.gif", @"public.tiff" ];
 }
 
 @end
-
-static NSPasteboardItem* ItemOfFile(NSString* path) {
-  auto item = Adopt([[TsFilePasteboardItem alloc] init]);
-  [item setString:[[NSURL fileURLWithPath:path] absoluteString] forType:@"public.file-url"];
-  return item.Autoreleased();
-}
 
 @implementation NSPasteboard (Items)
 
 - (NSArray*)pasteboardItems {
-  NSArray* types = TypesOf(self);
-  if ([types count] == 0) return [NSArray array];
-  id paths = [types containsObject:NSFilenamesPboardType] ? [self propertyListForType:NSFilenamesPboardType] : nil;
-  NSMutableArray* items = [NSMutableArray array];
-  if ([paths isKindOfClass:[NSArray class]]) {
-    for (NSString* path in static_cast<NSArray*>(paths)) [items addObject:ItemOfFile(path)];
+  NSMutableArray* types = TypesOf(self);
+  if ([types count] == 0) return @[];
+  NSArray* paths = FilesOf(self, types);
+  if ([paths count] > 0) [types removeObject:kFileURLType];
+  auto first = Adopt([[TsLazyPasteboardItem alloc] initWithPasteboard:self types:types]);
+  NSMutableArray* items = [NSMutableArray arrayWithObject:first];
+  for (NSString* path in paths) {
+    if (path != [paths objectAtIndex:0]) {
+      [items addObject:Adopt([[NSPasteboardItem alloc] init])];
+    }
+    SetFile([items lastObject], path);
   }
-  if ([items count] > 0) return items;
-  return [NSArray arrayWithObject:Adopt([[TsLazyPasteboardItem alloc] initWithPasteboard:self]).Autoreleased()];
+  return items;
+}
+
+- (NSInteger)clearContents {
+  return [self declareTypes:@[] owner:nil];
+}
+
+- (BOOL)writeObjects:(NSArray*)items {
+  NSMutableArray* types = [NSMutableArray array];
+  NSMutableArray* data = [NSMutableArray array];
+  for (NSPasteboardItem* item in items) {
+    const BOOL listsFiles =
+        [[item types] containsObject:NSFilenamesPboardType] || [types containsObject:NSFilenamesPboardType];
+    for (NSString* type in [item types]) {
+      if ([types containsObject:type] || (listsFiles && [type isEqualToString:kFileURLType])) continue;
+      NSData* value = [item dataForType:type];
+      if (value == nil) continue;
+      [types addObject:type];
+      [data addObject:value];
+    }
+  }
+  [self declareTypes:types owner:nil];
+  BOOL allWritten = YES;
+  for (NSUInteger i = 0; i < [types count]; ++i) {
+    NSData* value = [data objectAtIndex:i];
+    if ([value length] > kLargestValue || ![self setData:value forType:[types objectAtIndex:i]]) allWritten = NO;
+  }
+  return allWritten;
 }
 
 @end

@@ -1,0 +1,17 @@
+#pragma once
+
+#import <Foundation/NSString.h>
+
+@interface NSString (TsPath)
+
+// By the path's extension.
+- (BOOL)ts_isZipPath;
+- (BOOL)ts_isWebImagePath;
+
+// The path, or where something is there already, one beside it with a number.
+- (NSString*)ts_makeUniquePath;
+
+// As a part of a URL's query: everything but letters, digits and "-._~" is escaped.
+- (NSString*)ts_escapeForURL;
+
+@end

@@ -1,0 +1,29 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include "Utilities/Ref.h"
+
+// The page or mail that is handed to another application. Any text may be missing.
+struct TsClippedPage {
+  Ref<NSString> url;     // opens it in this client
+  Ref<NSString> webURL;  // opens it in the web interface
+  Ref<NSString> title;
+  Ref<NSString> html;
+  Ref<NSString> htmlPath;
+  Ref<NSString> account;
+  Ref<NSString> emlPath;
+  Ref<NSMutableArray> attachments;  // paths
+};
+
+// The names that TsClipPage() takes and whose applications are installed, in a fixed order.
+[[nodiscard]] NSArray* TsInstalledClippers();
+
+// Hands the page to the application of that name. Any thread but the main one, which it may keep waiting for long.
+void TsClipPage(NSString* name, const TsClippedPage& page);
+
+// Hands a file to an application. Main thread only.
+void TsImportIntoApplication(NSString* identifier, NSString* path);
+
+// Tells that the installed Evernote can't be scripted. Main thread only.
+void showEvernoteError();

@@ -1,0 +1,170 @@
+#include "Integrations/TsClippers.h"
+
+#include <array>
+#include <string_view>
+
+#import "Extensions/NSString+TsPath.h"
+#import "Integrations/TsClipboard.h"
+#import "Integrations/TsDEVONthinkRecord.h"
+#import "Integrations/TsEvernoteNote.h"
+#include "Integrations/TsOpenWith.h"
+#import "Integrations/TsReceiptsApp.h"
+#include "Integrations/TsTaskManagers.h"
+#include "Platform/Applications.h"
+#include "Platform/Cocoa.h"
+#include "Platform/HTMLText.h"
+#include "Platform/MainQueue.h"
+#include "Platform/WindowServer.h"
+#include "Platform/ZipArchive.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+NSString* Text(NSString* text) { return text != nil ? text : @""; }
+
+NSString* TsTextFromHTML(NSString* html) { return TsNSString(platform::TextFromHTML(TsStdString(html))); }
+
+void ClipToEvernote(const TsClippedPage& page) {
+  NSString* title = page.title ? page.title.get() : @"Tessaro";
+  TsEvernoteNote* note = [TsEvernoteNote noteWithTitle:title sourceURL:page.url];
+  if (note == nil) {
+    TsLogWarning(@"Couldn't create Evernote note because of missing AppleScript support");
+    return platform::MainQueue::Shared().Post(showEvernoteError);
+  }
+  [note appendHtml:page.html];
+  for (NSString* path in page.attachments.get()) [note appendAttachment:path];
+  [note openNoteWindow];
+}
+
+void ClipToDEVONthink(const TsClippedPage& page) {
+  NSString* path = page.emlPath ? page.emlPath : page.htmlPath;
+  TsDEVONthinkRecord* record = [TsDEVONthinkRecord recordWithTitle:page.title sourceURL:page.url path:path];
+  [record setWebURL:page.webURL];
+  [record openRecordWindow];
+}
+
+void ClipToReceipts(const TsClippedPage& page) { [TsReceiptsApp importEMLWithPath:page.emlPath]; }
+
+void ClipToOmnifocus(const TsClippedPage& page) {
+  NSString* comment =
+      [NSString stringWithFormat:@"%@\n%@\n\n%@", Text(page.url), Text(page.webURL), TsTextFromHTML(page.html)];
+  [TsOmnifocus addActionWithContent:page.title comment:comment];
+}
+
+// The pasteboard belongs to the main thread.
+void ClipToClipboard(const TsClippedPage& page) {
+  NSString* text =
+      [TsTextFromHTML(page.html) stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+  NSString* body = [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, Text(page.url), Text(page.webURL)];
+  auto result = Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", Text(page.title), Text(page.account), body]);
+  platform::MainQueue::Shared().Post([result] { [TsClipboard copy:result]; });
+}
+
+NSString* TextWithLinks(const TsClippedPage& page) {
+  return [NSString stringWithFormat:@"%@\n\n%@\n%@", TsTextFromHTML(page.html), Text(page.url), Text(page.webURL)];
+}
+
+void ClipToTodoist(const TsClippedPage& page) {
+  NSString* content =
+      [NSString stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", Text(page.title), Text(page.webURL), Text(page.url)];
+  [TsTodoist addActionWithContent:content comment:TextWithLinks(page)];
+}
+
+void ClipToThings(const TsClippedPage& page) { [TsThings addActionWithContent:page.title comment:TextWithLinks(page)]; }
+
+struct Clipper {
+  NSString* name;
+  bool (*isInstalled)();
+  void (*clip)(const TsClippedPage& page);
+};
+
+// The order is behaviour.
+const std::array<Clipper, 7>& Clippers() {
+  static const std::array<Clipper, 7> clippers = {{
+      {@"evernote", [] { return bool([TsEvernoteNote isInstalled]); }, ClipToEvernote},
+      {@"devonthink", [] { return [TsDEVONthinkRecord installedBundleId] != nil; }, ClipToDEVONthink},
+      {@"omnifocus", [] { return [TsOmnifocus installedBundleId] != nil; }, ClipToOmnifocus},
+      {@"receipts", [] { return [TsReceiptsApp installedBundleId] != nil; }, ClipToReceipts},
+      {@"todoist", [] { return bool([TsTodoist isInstalled]); }, ClipToTodoist},
+      {@"things", [] { return [TsThings installedBundleId] != nil; }, ClipToThings},
+      {@"clipboard", [] { return true; }, ClipToClipboard},
+  }};
+  return clippers;
+}
+
+// ---- Importing
+
+void ImportIntoEvernote(NSString* path, NSString*) {
+  TsEvernoteNote* note = [TsEvernoteNote noteWithTitle:@"Tessaro" sourceURL:nil];
+  if (note == nil) return showEvernoteError();
+  [note appendAttachment:path];
+  [note openNoteWindow];
+}
+
+void ImportIntoDEVONthink(NSString* path, NSString*) { [[TsDEVONthinkRecord importFiles:@[ path ]] openRecordWindow]; }
+
+void ImportIntoPhotos(NSString* path, NSString* application) {
+  static constexpr std::array<std::string_view, 5> kPhotos = {"*.jpg", "*.jpeg", "*.gif", "*.tif", "*.tiff"};
+  if ([path ts_isWebImagePath]) return TsOpenWith(path, application);
+  if (![path ts_isZipPath]) return;
+  NSString* folder = [path stringByDeletingPathExtension];
+  if (!platform::UnpackZip(TsStdString(path), TsStdString(folder), kPhotos)) {
+    TsLogWarning(@"Couldn't unzip all of %@", path);
+  }
+  TsOpenWith(folder, application);
+}
+
+struct Importer {
+  NSString* identifier;
+  void (*import)(NSString* path, NSString* application);
+};
+
+const std::array<Importer, 4>& Importers() {
+  static const std::array<Importer, 4> importers = {{
+      {@"com.evernote.Evernote", ImportIntoEvernote},
+      {@"com.devon-technologies.thinkpro2", ImportIntoDEVONthink},
+      {@"com.apple.Photos", ImportIntoPhotos},
+      {@"com.apperdeck.mac.Receipts", TsOpenWith},
+  }};
+  return importers;
+}
+
+}  // namespace
+
+NSArray* TsInstalledClippers() {
+  NSMutableArray* names = [NSMutableArray array];
+  for (const Clipper& clipper : Clippers()) {
+    if (clipper.isInstalled()) [names addObject:clipper.name];
+  }
+  return names;
+}
+
+void TsClipPage(NSString* name, const TsClippedPage& page) {
+  for (const Clipper& clipper : Clippers()) {
+    if ([clipper.name isEqualToString:name]) return clipper.clip(page);
+  }
+  TsLogWarning(@"Unknown application %@", name);
+}
+
+void TsImportIntoApplication(NSString* identifier, NSString* path) {
+  const auto application = platform::FindApplication(TsStdString(identifier));
+  for (const Importer& importer : Importers()) {
+    if (![importer.identifier isEqualToString:identifier]) continue;
+    return importer.import(path, application ? TsNSString(application->path) : nil);
+  }
+  TsLogWarning(@"Don't know how to handle bundleId %@ for %@", identifier, path);
+}
+
+void showEvernoteError() {
+  NSString* message = NSLocalizedString(@"This version of Evernote doesn't support AppleScript", @"");
+  NSString* information = NSLocalizedString(@"Please use Evernote 7.x or contact Evernote for more information.", @"");
+  if (!platform::IsWindowServerAvailable()) return TsLogWarning(@"%@. %@", message, information);
+  auto alert = Adopt([[NSAlert alloc] init]);
+  [alert setAlertStyle:NSInformationalAlertStyle];
+  [alert setMessageText:message];
+  [alert setInformativeText:information];
+  [alert runModal];
+}

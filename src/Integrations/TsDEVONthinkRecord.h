@@ -1,0 +1,26 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include "Utilities/Ref.h"
+
+@class SBApplication;
+
+// A record, or a group of them, in DEVONthink.
+@interface TsDEVONthinkRecord : NSObject {
+  Ref<SBApplication> _application;
+  Ref<NSObject> _delegate;
+}
+
+// nil when it isn't installed.
++ (NSString*)installedBundleId;
+
+// nil where there is nothing to import, or it couldn't be.
++ (instancetype)recordWithTitle:(NSString*)title sourceURL:(NSString*)sourceURL path:(NSString*)path;
++ (instancetype)importFiles:(NSArray*)paths;
+
+- (instancetype)initWithDelegate:(id)delegate application:(SBApplication*)application;
+- (void)setWebURL:(NSString*)url;
+- (void)openRecordWindow;
+
+@end

@@ -1,0 +1,23 @@
+#import "Integrations/TsReceiptsApp.h"
+
+#include "Integrations/TsInstalledApplication.h"
+#include "Integrations/TsOpenWith.h"
+#include "Platform/Applications.h"
+#include "Utilities/TsString.h"
+
+@implementation TsReceiptsApp
+
++ (NSString*)installedBundleId {
+  return TsInstalledBundleId(@[ @"com.apperdeck.mac.Receipts", @"com.apperdeck.mac.Receipts-setapp" ]);
+}
+
++ (NSURL*)urlForApplication {
+  const auto application = tessaro::platform::FindApplication(TsStdString([self installedBundleId]));
+  return application ? [NSURL fileURLWithPath:TsNSString(application->path)] : nil;
+}
+
++ (void)importEMLWithPath:(NSString*)path {
+  TsOpenWith(path, [[self urlForApplication] path]);
+}
+
+@end

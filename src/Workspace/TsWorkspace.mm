@@ -1,0 +1,165 @@
+#include "Workspace/TsWorkspace.h"
+
+#include <vector>
+
+#include "Platform/Applications.h"
+#include "Platform/Cocoa.h"
+#include "Platform/WindowServer.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+// Handles documents in the system's own name; no application for people.
+NSString* const kSystemLibrary = @"com.apple.system-library";
+
+NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
+
+NSArray* Texts(const std::vector<std::string>& texts) {
+  NSMutableArray* array = [NSMutableArray arrayWithCapacity:texts.size()];
+  for (const std::string& text : texts) [array addObject:TsNSString(text)];
+  return array;
+}
+
+// Names from outside must not lead out of the folder.
+NSString* TsPathForImage(NSString* directory, NSString* name) {
+  NSString* file =
+      [[[name componentsSeparatedByString:@"/"] componentsJoinedByString:@"-"] stringByAppendingString:@".png"];
+  return [directory stringByAppendingPathComponent:file];
+}
+
+bool TsWriteImage(const std::vector<std::uint8_t>& png, NSString* path) {
+  if (png.empty()) return false;
+  return [[NSData dataWithBytes:png.data() length:png.size()] writeToFile:path atomically:NO];
+}
+
+// nil when there is a folder.
+NSError* MakeDirectory(NSString* directory) {
+  NSFileManager* files = [NSFileManager defaultManager];
+  if ([directory length] == 0 || [files fileExistsAtPath:directory]) return nil;
+  NSError* error = nil;
+  const BOOL isMade = [files createDirectoryAtPath:directory
+                       withIntermediateDirectories:YES
+                                        attributes:nil
+                                             error:&error];
+  if (isMade) return nil;
+  return error != nil ? error : [NSError errorWithDomain:NSCocoaErrorDomain code:NSFileWriteUnknownError userInfo:nil];
+}
+
+void PrepareImageDirectory(NSString* directory) {
+  if (NSError* error = MakeDirectory(directory)) {
+    TsLogWarning(@"Couldn't create directory at path %@ because of %@", directory, error);
+  }
+}
+
+NSString* ImageOf(NSString* identifier, NSInteger size, NSString* directory) {
+  if ([directory length] == 0) return @"";
+  NSString* path = TsPathForImage(directory, identifier);
+  if ([[NSFileManager defaultManager] fileExistsAtPath:path]) return path;
+  if (!TsWriteImage(platform::IconOfApplication(TsStdString(identifier), static_cast<int>(size)), path)) {
+    TsLogWarning(@"Couldn't write icon file %@", path);
+  }
+  return path;
+}
+
+NSString* WriteIcon(const std::vector<std::uint8_t>& png, NSString* name, NSString* directory) {
+  if (NSError* error = MakeDirectory(directory)) {
+    TsLogWarning(@"Couldn't create target dir for target dir %@ because of %@", directory, error);
+  }
+  NSString* path = TsPathForImage(directory, name);
+  if (TsWriteImage(png, path)) return path;
+  TsLogWarning(@"Couldn't write icon file %@", path);
+  return nil;
+}
+
+bool IsOurs(NSString* identifier) {
+  NSString* ours = [[NSBundle mainBundle] bundleIdentifier];
+  return ours != nil && [[identifier lowercaseString] isEqualToString:[ours lowercaseString]];
+}
+
+NSString* TsUTIForFileExtension(NSString* extension) {
+  return TsNSString(platform::ContentTypeOfExtension(TsStdString(extension)));
+}
+
+NSString* TsDefaultAppForUTI(NSString* type) {
+  return TsNSString(platform::DefaultHandlerOfContentType(TsStdString(type)));
+}
+
+NSString* WithoutDot(NSString* extension) {
+  return [extension hasPrefix:@"."] ? [extension substringFromIndex:1] : extension;
+}
+
+}  // namespace
+
+NSArray* TsAppsFromBundleIds(NSArray* identifiers, NSString* standard, NSInteger imageSize, NSString* directory) {
+  NSMutableArray* entries = [NSMutableArray array];
+  for (NSString* identifier in identifiers) {
+    if ([identifier isEqualToString:kSystemLibrary]) continue;
+    const auto application = platform::FindApplication(TsStdString(identifier));
+    if (!application || application->path.empty()) continue;
+    [entries addObject:@{
+      @"path" : TsNSString(application->path),
+      @"name" : TsNSString(application->name),
+      @"bundle-id" : identifier,
+      @"default?" : Truth([identifier isEqualToString:standard]),
+      @"our-entry?" : Truth(IsOurs(identifier)),
+      @"image-path" : ImageOf(identifier, imageSize, directory),
+    }];
+  }
+  return [NSArray arrayWithArray:entries];
+}
+
+NSArray* TsApplicationsForFileExtension(NSString* extension, NSInteger imageSize, NSString* directory) {
+  NSString* plain = [WithoutDot(extension) lowercaseString];
+  TsLogInfo(@"applicationsForFileExtension: extension: %@, imageSize: %lu, targetDir: %@", plain,
+            static_cast<unsigned long>(imageSize), directory);
+  PrepareImageDirectory(directory);
+  NSString* type = TsUTIForFileExtension(plain);
+  NSArray* handlers = Texts(platform::HandlersOfContentType(TsStdString(type)));
+  return TsAppsFromBundleIds(handlers, TsDefaultAppForUTI(type), imageSize, directory);
+}
+
+NSArray* TsApplicationsForURLScheme(NSString* scheme, NSInteger imageSize, NSString* directory) {
+  TsLogInfo(@"applicationsForScheme scheme %@, imageSize: %lu, targetDir: %@", scheme,
+            static_cast<unsigned long>(imageSize), directory);
+  PrepareImageDirectory(directory);
+  NSArray* handlers = Texts(platform::HandlersOfScheme(TsStdString(scheme)));
+  return TsAppsFromBundleIds(handlers, TsGetDefaultApplicationForURLScheme(scheme), imageSize, directory);
+}
+
+NSString* TsGetDefaultApplicationForURLScheme(NSString* scheme) {
+  const std::string identifier = platform::DefaultHandlerOfScheme(TsStdString(scheme));
+  return identifier.empty() ? nil : TsNSString(identifier);
+}
+
+bool TsSetDefaultApplicationForURLScheme(NSString* scheme, NSString* identifier) {
+  return platform::SetDefaultHandlerOfScheme(TsStdString(scheme), TsStdString(identifier));
+}
+
+bool TsIsApplicationInstalled(NSString* identifier) {
+  return platform::FindApplication(TsStdString(identifier)).has_value();
+}
+
+NSString* TsApplicationNameForBundleId(NSString* identifier) {
+  const auto application = platform::FindApplication(TsStdString(identifier));
+  return application ? TsNSString(application->name) : nil;
+}
+
+NSString* TsGetIconForPathExtension(NSString* extension, NSInteger size, NSString* directory) {
+  const std::string type = TsStdString(TsUTIForFileExtension(extension));
+  return WriteIcon(platform::IconOfContentType(type, static_cast<int>(size)), extension, directory);
+}
+
+NSString* TsGetApplicationIconForBundleId(NSString* identifier, NSInteger size, NSString* directory) {
+  return WriteIcon(platform::IconOfApplication(TsStdString(identifier), static_cast<int>(size)), identifier, directory);
+}
+
+bool TsOpenFile(NSString* path, NSString* applicationPath, bool deactivate) {
+  if (!platform::OpenFile(TsStdString(path), TsStdString(applicationPath))) return false;
+  if (deactivate && platform::IsWindowServerAvailable()) [NSApp deactivate];
+  return true;
+}
+
+bool TsOpenInfoForFile(NSString* path) { return platform::ShowFileInformation(TsStdString(path)); }

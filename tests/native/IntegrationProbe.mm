@@ -1,0 +1,122 @@
+#import <Foundation/Foundation.h>
+
+#include "IntegrationProbe.h"
+#include "Platform/HTMLText.h"
+#include "Platform/ZipArchive.h"
+#include "Probe.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
+#include "Utilities/TsString.h"
+
+// Another application that can be scripted: it writes down every message it gets. One object stands for the application
+// and for everything in it.
+@interface TsStandIn : NSObject {
+  Ref<NSString> _record;
+  Ref<NSMutableArray> _messages;
+}
+@end
+
+@implementation TsStandIn
+
+- (instancetype)initWithRecord:(NSString*)record {
+  self = [super init];
+  if (self) {
+    _record = Retain(record);
+    _messages = Adopt([[NSMutableArray alloc] init]);
+  }
+  return self;
+}
+
+- (id)note:(NSString*)message with:(NSArray*)values {
+  [_messages addObject:@[ message, values ]];
+  [TsConvertToJSONString(_messages) writeToFile:_record atomically:YES encoding:NSUTF8StringEncoding error:nullptr];
+  return self;
+}
+
+static id Plain(id value) { return value == nil ? [NSNull null] : [NSString stringWithFormat:@"%@", value]; }
+
+- (id)createNoteFromFile:(id)file
+                 fromUrl:(NSString*)url
+                withText:(NSString*)text
+                withHtml:(NSString*)html
+                withEnml:(NSString*)enml
+                   title:(NSString*)title
+                notebook:(id)notebook
+                    tags:(id)tags
+             attachments:(id)attachments
+                 created:(NSDate*)created {
+  return [self note:@"create" with:@[ Plain(html), Plain(title), Plain(url) ]];
+}
+
+- (void)setSourceURL:(NSString*)url {
+  [self note:@"sourceURL" with:@[ Plain(url) ]];
+}
+
+- (void)appendText:(NSString*)text html:(NSString*)html attachment:(id)attachment {
+  [self note:@"append" with:@[ Plain(html), attachment == nil ? [NSNull null] : Plain([attachment path]) ]];
+}
+
+- (void)openNoteWindowWith:(id)note {
+  [self note:@"open" with:@[]];
+}
+
+- (id)import:(NSString*)path
+            from:(NSString*)from
+            name:(NSString*)name
+    placeholders:(id)placeholders
+              to:(id)group
+            type:(unsigned int)type {
+  return [self note:@"import" with:@[ Plain(path), Plain(name), [NSNumber numberWithUnsignedInt:type] ]];
+}
+
+- (id)createThumbnailFor:(id)record {
+  return [self note:@"thumbnail" with:@[]];
+}
+
+- (id)openWindowForRecord:(id)record {
+  return [self note:@"open" with:@[]];
+}
+
+- (void)setURL:(NSString*)url {
+  [self note:@"URL" with:@[ Plain(url) ]];
+}
+
+- (void)setAliases:(NSString*)aliases {
+  [self note:@"aliases" with:@[ Plain(aliases) ]];
+}
+
+@end
+
+namespace {
+
+// Serves for as long as the process is let.
+void serveStandIn(ProbeArguments args) {
+  NSConnection* connection = [NSConnection defaultConnection];
+  [connection setRootObject:Adopt([[TsStandIn alloc] initWithRecord:convertToNSString(args[1])])];
+  args.GetReturnValue().Set([connection registerName:convertToNSString(args[0])]);
+  [[NSRunLoop currentRunLoop] run];
+}
+
+std::string StdText(v8::Local<v8::Value> value) { return TsStdString(convertToNSString(value)); }
+
+void textFromHTML(ProbeArguments args) {
+  @autoreleasepool {
+    NSString* text = TsNSString(tessaro::platform::TextFromHTML(StdText(args[0])));
+    args.GetReturnValue().Set(ToScriptString(args.GetIsolate(), text).ToLocalChecked());
+  }
+}
+
+void unpackZip(ProbeArguments args) {
+  @autoreleasepool {
+    args.GetReturnValue().Set(tessaro::platform::UnpackZip(StdText(args[0]), StdText(args[1]), {}));
+  }
+}
+
+}  // namespace
+
+void AttachIntegrationProbe(v8::Local<v8::Object> exports) {
+  NODE_SET_METHOD(exports, "serve", serveStandIn);
+  NODE_SET_METHOD(exports, "textFromHTML", textFromHTML);
+  NODE_SET_METHOD(exports, "unpackZip", unpackZip);
+}
