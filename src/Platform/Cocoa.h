@@ -10,5 +10,6 @@
 
 #include "Platform/Linux/Cocoa/NSImage+Template.h"
 #include "Platform/Linux/Cocoa/NSMenu+Items.h"
+#include "Platform/Linux/Cocoa/NSScriptObjectSpecifier.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #endif

@@ -58,3 +58,8 @@ void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
 // Network, reachability
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Mail from other applications, contacts
+void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
+void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args);
+void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args);
