@@ -163,9 +163,10 @@ class ScriptingService {
   LinkHandler openLink_;
   std::string name_;
   std::string path_;
-  SessionBus::Subscription subscription_;
   std::unique_ptr<sdbus::IObject> application_;
   std::map<std::int64_t, std::unique_ptr<sdbus::IObject>> messages_;
+  // Calls back while it is made.
+  SessionBus::Subscription subscription_;
 };
 
 void ScriptingService::Appear() noexcept {

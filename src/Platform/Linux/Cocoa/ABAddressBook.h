@@ -2,8 +2,12 @@
 
 // GNUstep's Addresses framework, which has Cocoa's address book under other names, and what it leaves out.
 
-#import <AddressBook/AddressBook.h>
 #import <Foundation/Foundation.h>
+
+// Its headers know no C++.
+extern "C" {
+#import <AddressBook/AddressBook.h>
+}
 
 #import "Platform/Linux/Cocoa/ABPeoplePickerView.h"
 
