@@ -1,7 +1,10 @@
 #import "Contacts/TsRecipient.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Contacts/RecipientText.h"
@@ -11,8 +14,6 @@
 namespace platform = tessaro::platform;
 
 namespace {
-
-constexpr char16_t kQuote = '"';
 
 Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
 
@@ -33,18 +34,10 @@ Ref<NSString> NewText(std::u16string_view utf16) {
   return blank.string;
 }
 
-void Append(std::u16string& text, NSString* string) {
-  const auto view = platform::StringContents(string);
-  if (view.latin1 != nullptr) {
-    text.append(view.latin1, view.latin1 + view.length);
-  } else if (view.utf16 != nullptr) {
-    text.append(view.utf16, view.length);
-  } else {
-    const std::size_t start = text.size();
-    const NSUInteger length = [string length];
-    text.resize(start + length);
-    [string getCharacters:reinterpret_cast<unichar*>(text.data() + start) range:NSMakeRange(0, length)];
-  }
+std::u16string Characters(NSString* string) {
+  std::u16string characters([string length], u'\0');
+  [string getCharacters:reinterpret_cast<unichar*>(characters.data()) range:NSMakeRange(0, characters.size())];
+  return characters;
 }
 
 // Calls `visit` with the characters of the string, in one piece.
@@ -55,25 +48,52 @@ void WithCharacters(NSString* string, const Visit& visit) {
     return visit(std::string_view(reinterpret_cast<const char*>(view.latin1), view.length));
   }
   if (view.utf16 != nullptr) return visit(std::u16string_view(view.utf16, view.length));
-  std::u16string characters;
-  Append(characters, string);
+  const std::u16string characters = Characters(string);
   visit(std::u16string_view(characters));
 }
 
-void AppendItem(std::u16string& text, TsRecipient* recipient) {
-  const std::size_t start = text.size();
-  NSString* name = [recipient name];
-  if ([name length] > 0) {
-    text += kQuote;
-    Append(text, name);
-    text += kQuote;
-    text += u' ';
+// Latin-1 for as long as that will do.
+class HeaderText {
+ public:
+  void Add(TsRecipient* recipient) {
+    if (!latin1_.empty() || !utf16_.empty()) Append(std::string_view(", "));
+    bool hasBracket = false;
+    WithCharacters([recipient name], [&](auto name) {
+      if (name.empty()) return;
+      hasBracket = name.find('<') != name.npos;
+      Append(std::string_view("\""));
+      Append(name);
+      Append(std::string_view("\" "));
+    });
+    if (hasBracket) return;
+    Append(std::string_view("<"));
+    WithCharacters([recipient address], [this](auto address) { Append(address); });
+    Append(std::string_view(">"));
   }
-  if (text.find(u'<', start) != std::u16string::npos) return;
-  text += u'<';
-  Append(text, [recipient address]);
-  text += u'>';
-}
+
+  [[nodiscard]] Ref<NSString> Text() const { return isWide_ ? NewText(utf16_) : NewText(latin1_); }
+
+ private:
+  void Append(std::string_view text) {
+    if (!isWide_) {
+      latin1_ += text;
+      return;
+    }
+    std::transform(text.begin(), text.end(), std::back_inserter(utf16_), [](char unit) { return Unit(unit); });
+  }
+
+  void Append(std::u16string_view text) {
+    if (!isWide_) {
+      isWide_ = true;
+      Append(std::exchange(latin1_, {}));
+    }
+    utf16_ += text;
+  }
+
+  std::string latin1_;
+  std::u16string utf16_;
+  bool isWide_ = false;
+};
 
 // ---- Address book
 
@@ -158,21 +178,21 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 
 @implementation TsRecipient
 
-- (instancetype)initWithAddress:(NSString*)address name:(NSString*)name {
+- (instancetype)initWithAddress:(Ref<NSString>)address name:(Ref<NSString>)name {
   self = [super init];
   if (self) {
-    _address = Copy(address);
-    _name = Copy(name);
+    _address = std::move(address);
+    _name = std::move(name);
   }
   return self;
 }
 
 - (instancetype)init {
-  return [self initWithAddress:@"" name:@""];
+  return [self initWithAddress:Copy(@"") name:Copy(@"")];
 }
 
 + (instancetype)recipient:(NSString*)address name:(NSString*)name {
-  return Adopt([[self alloc] initWithAddress:address name:name != nil ? name : @""]).Autoreleased();
+  return Adopt([[self alloc] initWithAddress:Copy(address) name:Copy(name != nil ? name : @"")]).Autoreleased();
 }
 
 + (instancetype)recipient:(NSString*)address person:(ABPerson*)person {
@@ -190,12 +210,9 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 }
 
 + (NSString*)toString:(NSArray*)recipients {
-  std::u16string text;
-  for (TsRecipient* recipient in recipients) {
-    if (!text.empty()) text += u", ";
-    AppendItem(text, recipient);
-  }
-  return NewText(text).Autoreleased();
+  HeaderText text;
+  for (TsRecipient* recipient in recipients) text.Add(recipient);
+  return text.Text().Autoreleased();
 }
 
 + (NSArray*)fromString:(NSString*)string {
@@ -210,9 +227,9 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 }
 
 - (NSString*)stringForEmail {
-  std::u16string text;
-  AppendItem(text, self);
-  return NewText(text).Autoreleased();
+  HeaderText text;
+  text.Add(self);
+  return text.Text().Autoreleased();
 }
 
 - (NSString*)address {

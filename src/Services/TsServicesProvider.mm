@@ -93,5 +93,6 @@ void TsPerformService(NSString* serviceName, NSString* text) {
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
   [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
   [pasteboard setString:text forType:NSStringPboardType];
-  tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
+  const auto failure = tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
+  if (failure) TsLogWarning(@"The service %@ can't be used: %s", serviceName, failure->c_str());
 }

@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "CompositionProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "PlatformProbe.h"
@@ -21,6 +22,8 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
   AttachValuesProbe(AddProbeObject(probe, "values"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
+  AttachCompositionProbe(AddProbeObject(probe, "composition"));
+  AttachContactsProbe(AddProbeObject(probe, "contacts"));
 }
 
 }  // namespace

@@ -2,20 +2,13 @@
 
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSServicesManager.h>
+#import <objc/message.h>
 
 #include <algorithm>
 
 #include "Utilities/Ref.h"
 
 // NSPerformService() tells every failure by a modal alert, an unknown service included, and would stop script with it.
-
-// What GNUstep's applications answer to.
-@protocol ServiceListener
-- (void)performService:(NSString*)message
-        withPasteboard:(NSPasteboard*)pasteboard
-              userData:(NSString*)userData
-                 error:(NSString**)error;
-@end
 
 namespace tessaro::platform {
 
@@ -26,10 +19,9 @@ constexpr NSTimeInterval kLongestStart = 10;
 constexpr NSTimeInterval kStartStep = 0.05;
 
 
-bool Fail(const std::string& service, NSString* reason) {
-  NSLog(@"The service \"%s\" can't be used: %@", service.c_str(), reason);
-  return false;
-}
+using Failure = std::optional<std::string>;
+
+Failure Because(NSString* reason) { return std::string(reason != nil ? [reason UTF8String] : "it says no more"); }
 
 // nil when nobody offers it.
 NSDictionary* Declaration(NSString* service) {
@@ -65,34 +57,39 @@ NSString* Application(NSDictionary* declaration) {
   return path != nil ? path : [declaration objectForKey:@"NSPortName"];
 }
 
-bool Perform(const std::string& service, NSString* pasteboard) {
+// Applications listen for the messages of their services themselves.
+void SendService(id listener, NSString* message, NSPasteboard* pasteboard, NSString* userData, NSString** error) {
+  using Send = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
+  const SEL selector = NSSelectorFromString([message stringByAppendingString:@":userData:error:"]);
+  reinterpret_cast<Send>(objc_msg_lookup(listener, selector))(listener, selector, pasteboard, userData, error);
+}
+
+Failure Perform(const std::string& service, NSString* pasteboard) {
   NSDictionary* declaration = Declaration([NSString stringWithUTF8String:service.c_str()]);
-  if (declaration == nil) return Fail(service, @"no application offers it");
+  if (declaration == nil) return Because(@"no application offers it");
   NSString* port = [declaration objectForKey:@"NSPortName"];
   const NSTimeInterval timeout = Timeout(declaration);
   NSDistantObject* listener = Running(port);
   if (listener == nil) listener = Started(port, Application(declaration), timeout);
-  if (listener == nil) return Fail(service, [NSString stringWithFormat:@"%@ does not answer", port]);
+  if (listener == nil) return Because([NSString stringWithFormat:@"%@ does not answer", port]);
   NSConnection* connection = [listener connectionForProxy];
   [connection setRequestTimeout:timeout];
   [connection setReplyTimeout:timeout];
-  [listener setProtocolForProxy:@protocol(ServiceListener)];
   NSString* error = nil;
-  [static_cast<id<ServiceListener>>(listener) performService:[declaration objectForKey:@"NSMessage"]
-                                              withPasteboard:[NSPasteboard pasteboardWithName:pasteboard]
-                                                    userData:[declaration objectForKey:@"NSUserData"]
-                                                       error:&error];
-  return [error length] == 0 || Fail(service, error);
+  SendService(listener, [declaration objectForKey:@"NSMessage"], [NSPasteboard pasteboardWithName:pasteboard],
+              [declaration objectForKey:@"NSUserData"], &error);
+  if ([error length] > 0) return Because(error);
+  return std::nullopt;
 }
 
 }  // namespace
 
-bool PerformService(const std::string& service, const std::string& pasteboard) {
-  if (NSApp == nil) return Fail(service, @"this process is no application");
+Failure PerformService(const std::string& service, const std::string& pasteboard) {
+  if (NSApp == nil) return Because(@"this process is no application");
   @try {
     return Perform(service, [NSString stringWithUTF8String:pasteboard.c_str()]);
   } @catch (NSException* exception) {
-    return Fail(service, [exception reason]);
+    return Because([exception reason]);
   }
 }
 
