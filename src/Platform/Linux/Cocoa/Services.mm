@@ -24,9 +24,8 @@ using Failure = std::optional<std::string>;
 Failure Because(NSString* reason) { return std::string(reason != nil ? [reason UTF8String] : "it says no more"); }
 
 // nil when nobody offers it.
-NSDictionary* Declaration(NSString* service) {
+NSDictionary* Declaration(NSString* service, NSArray* types) {
   // Services are known for the types only that the application has said to work with.
-  NSArray* types = @[ NSStringPboardType ];
   [NSApp registerServicesMenuSendTypes:types returnTypes:types];
   GSServicesManager* manager = [GSServicesManager manager];
   [manager loadServices];
@@ -38,46 +37,47 @@ NSTimeInterval Timeout(NSDictionary* declaration) {
   return milliseconds > 0 ? milliseconds / 1000 : kDefaultTimeout;
 }
 
-NSDistantObject* Running(NSString* port) {
-  return [NSConnection rootProxyForConnectionWithRegisteredName:port host:@""];
+// Applications listen for the messages of their services themselves.
+SEL Message(NSDictionary* declaration) {
+  return NSSelectorFromString([[declaration objectForKey:@"NSMessage"] stringByAppendingString:@":userData:error:"]);
 }
 
-NSDistantObject* Started(NSString* port, NSString* application, NSTimeInterval timeout) {
+// nil while the application is not there, or does not offer its services yet.
+NSDistantObject* Listener(NSDictionary* declaration) {
+  NSDistantObject* listener =
+      [NSConnection rootProxyForConnectionWithRegisteredName:[declaration objectForKey:@"NSPortName"] host:@""];
+  return [listener methodSignatureForSelector:Message(declaration)] != nil ? listener : nil;
+}
+
+NSDistantObject* ListenerOnceStarted(NSDictionary* declaration) {
+  NSString* path = [declaration objectForKey:@"ServicePath"];
+  NSString* application = path != nil ? path : [declaration objectForKey:@"NSPortName"];
   if (![[NSWorkspace sharedWorkspace] launchApplication:application]) return nil;
-  NSDate* deadline = [NSDate dateWithTimeIntervalSinceNow:std::min(timeout, kLongestStart)];
+  NSDate* deadline = [NSDate dateWithTimeIntervalSinceNow:std::min(Timeout(declaration), kLongestStart)];
   while ([deadline timeIntervalSinceNow] > 0) {
+    if (NSDistantObject* listener = Listener(declaration)) return listener;
     [NSThread sleepForTimeInterval:kStartStep];
-    if (NSDistantObject* listener = Running(port)) return listener;
   }
   return nil;
 }
 
-NSString* Application(NSDictionary* declaration) {
-  NSString* path = [declaration objectForKey:@"ServicePath"];
-  return path != nil ? path : [declaration objectForKey:@"NSPortName"];
-}
-
-// Applications listen for the messages of their services themselves.
-void SendService(id listener, NSString* message, NSPasteboard* pasteboard, NSString* userData, NSString** error) {
-  using Send = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
-  const SEL selector = NSSelectorFromString([message stringByAppendingString:@":userData:error:"]);
-  reinterpret_cast<Send>(objc_msg_lookup(listener, selector))(listener, selector, pasteboard, userData, error);
-}
-
-Failure Perform(const std::string& service, NSString* pasteboard) {
-  NSDictionary* declaration = Declaration([NSString stringWithUTF8String:service.c_str()]);
+Failure Perform(NSString* service, NSPasteboard* pasteboard) {
+  NSDictionary* declaration = Declaration(service, [NSArray arrayWithArray:[pasteboard types]]);
   if (declaration == nil) return Because(@"no application offers it");
-  NSString* port = [declaration objectForKey:@"NSPortName"];
-  const NSTimeInterval timeout = Timeout(declaration);
-  NSDistantObject* listener = Running(port);
-  if (listener == nil) listener = Started(port, Application(declaration), timeout);
-  if (listener == nil) return Because([NSString stringWithFormat:@"%@ does not answer", port]);
+  NSDistantObject* listener = Listener(declaration);
+  if (listener == nil) listener = ListenerOnceStarted(declaration);
+  if (listener == nil) {
+    return Because([[declaration objectForKey:@"NSPortName"] stringByAppendingString:@" does not answer"]);
+  }
   NSConnection* connection = [listener connectionForProxy];
-  [connection setRequestTimeout:timeout];
-  [connection setReplyTimeout:timeout];
+  [connection setRequestTimeout:Timeout(declaration)];
+  [connection setReplyTimeout:Timeout(declaration)];
+
+  using Send = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
+  const SEL message = Message(declaration);
   NSString* error = nil;
-  SendService(listener, [declaration objectForKey:@"NSMessage"], [NSPasteboard pasteboardWithName:pasteboard],
-              [declaration objectForKey:@"NSUserData"], &error);
+  reinterpret_cast<Send>(objc_msg_lookup(listener, message))(listener, message, pasteboard,
+                                                             [declaration objectForKey:@"NSUserData"], &error);
   if ([error length] > 0) return Because(error);
   return std::nullopt;
 }
@@ -87,7 +87,8 @@ Failure Perform(const std::string& service, NSString* pasteboard) {
 Failure PerformService(const std::string& service, const std::string& pasteboard) {
   if (NSApp == nil) return Because(@"this process is no application");
   @try {
-    return Perform(service, [NSString stringWithUTF8String:pasteboard.c_str()]);
+    return Perform([NSString stringWithUTF8String:service.c_str()],
+                   [NSPasteboard pasteboardWithName:[NSString stringWithUTF8String:pasteboard.c_str()]]);
   } @catch (NSException* exception) {
     return Because([exception reason]);
   }
