@@ -13,9 +13,11 @@ constexpr CGFloat kButtonsHeight = 70;
 NSString* const kCancelKey = @"\u0017";
 NSString* const kReturnKey = @"\r";
 
-Ref<NSButton> NewButton(NSString* title) {
+Ref<NSButton> NewButton(NSString* title, NSString* key = @"") {
   auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
   [button setTitle:title];
+  // It may add to the button's size.
+  [button setKeyEquivalent:key];
   [button setBezelStyle:NSRoundedBezelStyle];
   [button sizeToFit];
   return button;
@@ -79,16 +81,14 @@ NSDictionary* RecordsByAddress(NSArray* records) {
 }
 
 - (void)addButtonsTo:(NSView*)view {
-  const auto accept = NewButton([self translation:@"accept-button-label"]);
-  [accept setKeyEquivalent:kReturnKey];
+  const auto accept = NewButton([self translation:@"accept-button-label"], kReturnKey);
   [accept setTarget:self];
   [accept setAction:@selector(accept:)];
   [accept setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
   [accept setFrameOrigin:NSMakePoint([view bounds].size.width - kMargin - [accept frame].size.width, kMargin)];
   [view addSubview:accept];
 
-  const auto cancel = NewButton([self translation:@"cancel-button-label"]);
-  [cancel setKeyEquivalent:kCancelKey];
+  const auto cancel = NewButton([self translation:@"cancel-button-label"], kCancelKey);
   [cancel setTarget:self];
   [cancel setAction:@selector(cancel:)];
   [cancel setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
