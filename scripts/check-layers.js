@@ -46,7 +46,7 @@ const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsEngineEntry', 'TsEv
 );
 
 const engine = /^(v8|node)[\w-]*\.h$/;
-const cocoa = /^(AppKit|Foundation|objc)\/[\w+]+\.h$/;
+const cocoa = /^(AddressBook|AppKit|Foundation|objc)\/[\w+]+\.h$/;
 // Libraries that are no system's own, and where each is used.
 const portable = [
   { header: /^spdlog\//, files: /^src\/Utilities\/TsLogging\.cc$/ },
@@ -58,7 +58,7 @@ const portable = [
 const standard = /^([a-z_]+|c[a-z]+)$/;
 
 // Contracts in terms of Cocoa, for Objective-C++ only.
-const cocoaContracts = ['src/Platform/Cocoa.h', 'src/Platform/FoundationValues.h'];
+const cocoaContracts = ['src/Platform/AddressBook.h', 'src/Platform/Cocoa.h', 'src/Platform/FoundationValues.h'];
 
 /** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */
 function violations(file, source) {

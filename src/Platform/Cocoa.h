@@ -12,6 +12,8 @@
 #include "Platform/Linux/Cocoa/NSMenu+Items.h"
 #include "Platform/Linux/Cocoa/NSToolbar+Extensions.h"
 #include "Platform/Linux/Cocoa/NSWindow+Sheets.h"
+
+#include "Platform/Linux/Cocoa/NSScriptObjectSpecifier.h"
 #include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
 #include "Platform/Linux/Cocoa/NSWindow+TitlebarAccessories.h"
 

@@ -1,3 +1,98 @@
-#include "Services/TsServicesProvider.h"
+#import "Services/TsServicesProvider.h"
 
-void TsRegisterServicesProvider(NSApplication*) {}
+#import "AppleScript/TsASOutgoingMessage.h"
+#include "Platform/Services.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+NSString* const TsServiceProviderSearchNotification = @"TsServiceProviderSearchNotification";
+
+namespace {
+
+NSString* Localized(NSString* text) { return [[NSBundle mainBundle] localizedStringForKey:text value:@"" table:nil]; }
+
+bool Has(NSPasteboard* pasteboard, NSString* type) { return [[pasteboard types] containsObject:type]; }
+
+// nil, and the error, when there is no text.
+NSString* Text(NSPasteboard* pasteboard, NSString* errorText, NSString** error) {
+  NSString* text = Has(pasteboard, NSStringPboardType) ? [pasteboard stringForType:NSStringPboardType] : nil;
+  if (text == nil && error != nullptr) *error = Localized(errorText);
+  return text;
+}
+
+void AnswerNothing(NSPasteboard* pasteboard) {
+  [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
+  [pasteboard setString:@"" forType:NSStringPboardType];
+}
+
+// A new message, which scripts can reach as well.
+TsASOutgoingMessage* NewMessage() {
+  const auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  [[TsASOutgoingMessage outgoingMessages] addObject:message];
+  return message;
+}
+
+}  // namespace
+
+@implementation TsServicesProvider
+
+- (void)searchSelection:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
+  NSString* text = Text(pasteboard, @"Error: No search string has been selected.", error);
+  if (text == nil) return;
+  [[NSNotificationCenter defaultCenter] postNotificationName:TsServiceProviderSearchNotification object:text];
+  AnswerNothing(pasteboard);
+}
+
+- (void)mailSelection:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
+  NSString* text = Text(pasteboard, @"Error: No text has been selected.", error);
+  if (text == nil) return;
+  TsASOutgoingMessage* message = NewMessage();
+  [message setContent:text];
+  [message handleComposeScriptCommand:nil];
+  AnswerNothing(pasteboard);
+}
+
+- (void)mailDocument:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
+  id paths = Has(pasteboard, NSFilenamesPboardType) ? [pasteboard propertyListForType:NSFilenamesPboardType] : nil;
+  if (![paths isKindOfClass:[NSArray class]]) {
+    if (error != nullptr) *error = Localized(@"Error: Pasteboard doesn't contain one or more files names.");
+    return;
+  }
+  NSMutableArray* attachments = [NSMutableArray array];
+  for (NSString* path in paths) {
+    const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
+    [attachment setPath:path];
+    [attachments addObject:attachment];
+  }
+  TsASOutgoingMessage* message = NewMessage();
+  [message setMailAttachments:attachments];
+  [message handleComposeScriptCommand:nil];
+}
+
+- (void)mailTo:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
+  NSString* address = Text(pasteboard, @"Error: No email address has been selected.", error);
+  if (address == nil) return;
+  const auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
+  [recipient setAddress:address];
+  [recipient setName:nil];
+  TsASOutgoingMessage* message = NewMessage();
+  [message setToRecipients:[NSMutableArray arrayWithObject:recipient]];
+  [message handleComposeScriptCommand:nil];
+  AnswerNothing(pasteboard);
+}
+
+@end
+
+void TsRegisterServicesProvider(NSApplication* application) {
+  static const auto provider = Adopt([[TsServicesProvider alloc] init]);
+  [application setServicesProvider:provider];
+}
+
+void TsPerformService(NSString* serviceName, NSString* text) {
+  if ([serviceName length] == 0 || [text length] == 0) return TsLogWarning(@"No Parameter found");
+  NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
+  [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
+  [pasteboard setString:text forType:NSStringPboardType];
+  const auto failure = tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
+  if (failure) TsLogWarning(@"The service %@ can't be used: %s", serviceName, failure->c_str());
+}

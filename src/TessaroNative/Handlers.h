@@ -123,3 +123,8 @@ void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args);
 void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args);
 void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>& args);
 void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Mail from other applications, contacts
+void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
+void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args);
+void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args);

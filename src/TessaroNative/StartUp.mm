@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <vector>
 
+#include "AppleScript/TsASOutgoingMessage.h"
+#include "AppleScript/TsMailto.h"
 #include "Application/AtomApplication.h"
 #include "Dock/TsDockMenu.h"
 #include "Extensions/NSProcessInfo+TsSystem.h"
@@ -12,6 +14,7 @@
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
+#include "Platform/ScriptingService.h"
 #include "Platform/ShutDown.h"
 #include "Platform/StandardDirectories.h"
 #include "Platform/SystemAppearance.h"
@@ -37,8 +40,8 @@ namespace {
 void SendOutgoingMessageToScript(NSNotification* notification) {
   const TsCallbackSlot& callback = TsCallbackSlots::Shared().composeOutgoingMessage;
   if (!callback.IsSet()) return;
-  NSString* message = TsConvertToJSONString([[notification userInfo] objectForKey:@"message"]);
-  NSString* options = TsConvertToJSONString([[notification userInfo] objectForKey:@"options"]);
+  NSString* message = TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationMessageKey]);
+  NSString* options = TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationOptionsKey]);
   if (message == nil || options == nil) {
     TsLogWarning(@"Could get message or options");
     return;
@@ -47,11 +50,12 @@ void SendOutgoingMessageToScript(NSNotification* notification) {
 }
 
 void TsListenForComposeOutgoingMessage() {
-  TsObserveOnMainQueue(@"TsComposeOutgoingMessageNotification", SendOutgoingMessageToScript);
+  TsObserveOnMainQueue(TsComposeOutgoingMessageNotification, SendOutgoingMessageToScript);
+  platform::OfferScripting(TsComposeMailtoLink);
 }
 
 void TsListenForServiceProviderSearch() {
-  TsObserveOnMainQueue(@"TsServiceProviderSearchNotification", [](NSNotification* notification) {
+  TsObserveOnMainQueue(TsServiceProviderSearchNotification, [](NSNotification* notification) {
     TsCallbackSlots::Shared().searchService.Call({static_cast<NSString*>([notification object])});
   });
 }

@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "IntegrationProbe.h"
+#include "CompositionProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "MigrationProbe.h"
@@ -30,6 +31,8 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachIntegrationProbe(AddProbeObject(probe, "integrations"));
   AttachMenuProbe(AddProbeObject(probe, "menus"));
   AttachWindowProbe(AddProbeObject(probe, "windows"));
+  AttachCompositionProbe(AddProbeObject(probe, "composition"));
+  AttachContactsProbe(AddProbeObject(probe, "contacts"));
 }
 
 }  // namespace

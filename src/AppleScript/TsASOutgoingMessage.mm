@@ -1,0 +1,318 @@
+#import "AppleScript/TsASOutgoingMessage.h"
+
+#include <chrono>
+
+#include "Platform/MainQueue.h"
+#include "Utilities/TsLog.h"
+
+NSString* const TsComposeOutgoingMessageNotification = @"TsComposeOutgoingMessageNotification";
+NSString* const TsComposeOutgoingMessageNotificationMessageKey = @"message";
+NSString* const TsComposeOutgoingMessageNotificationOptionsKey = @"options";
+NSString* const TsComposeOutgoingMessageNotificationDirectlySendKey = @"directly-send?";
+NSString* const TsComposeOutgoingMessageNotificationOptimizeAttachmentKey = @"optimize-attachments?";
+NSString* const TsComposeOutgoingMessageNotificationImageAttachMethodKey = @"image-attach-method";
+NSString* const TsComposeOutgoingMessageNotificationImageSizeKey = @"image-size";
+NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey = @"image-file-type";
+
+namespace {
+
+constexpr NSUInteger kExpectedMessages = 10;
+// What a script gets for completing a message that it has made visible.
+constexpr std::chrono::milliseconds kTimeToComplete{1000};
+
+int64_t NextId() {
+  static int64_t lastId = -1;
+  return ++lastId;
+}
+
+Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
+
+Ref<NSMutableArray> NewArray() { return Adopt([[NSMutableArray alloc] init]); }
+
+// Paragraphs, each with a line feed at its end.
+NSString* Body(id content) {
+  NSString* text = [content isKindOfClass:[NSAttributedString class]] ? [content string] : content;
+  NSMutableString* body = [NSMutableString stringWithCapacity:[text length] + 1];
+  for (NSUInteger start = 0; start < [text length];) {
+    NSUInteger end = 0;
+    [text getParagraphStart:nullptr end:&end contentsEnd:nullptr forRange:NSMakeRange(start, 0)];
+    [body appendString:[text substringWithRange:NSMakeRange(start, end - start)]];
+    if (![body hasSuffix:@"\n"]) [body appendString:@"\n"];
+    start = end;
+  }
+  return body;
+}
+
+void AddIfNotEmpty(NSMutableDictionary* dictionary, NSString* key, NSString* text) {
+  if ([text length] > 0) [dictionary setObject:text forKey:key];
+}
+
+NSScriptClassDescription* ClassDescription(id object) {
+  return static_cast<NSScriptClassDescription*>([object classDescription]);
+}
+
+NSArray* RecipientDictionaries(NSArray* recipients) {
+  NSMutableArray* dictionaries = [NSMutableArray arrayWithCapacity:[recipients count]];
+  for (TsASOutgoingMessageRecipient* recipient in recipients) {
+    [dictionaries addObject:@{
+      @"name" : TsSanitizeValue([recipient name]),
+      @"email" : TsSanitizeValue([recipient address]),
+    }];
+  }
+  return dictionaries;
+}
+
+NSArray* Paths(NSArray* attachments) {
+  NSMutableArray* paths = [NSMutableArray arrayWithCapacity:[attachments count]];
+  for (TsASOutgoingMessageAttachment* attachment in attachments) [paths addObject:TsSanitizeValue([attachment path])];
+  return paths;
+}
+
+}  // namespace
+
+id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
+
+@implementation TsASOutgoingMessage
+
++ (NSMutableArray*)outgoingMessages {
+  static const auto messages = Adopt([[NSMutableArray alloc] initWithCapacity:kExpectedMessages]);
+  return messages;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (!self) return nil;
+  [self setId:NextId()];
+  [self setSender:@""];
+  [self setSubject:@""];
+  [self setContent:@""];
+  [self setToRecipients:NewArray()];
+  [self setCcRecipients:NewArray()];
+  [self setBccRecipients:NewArray()];
+  [self setMailAttachments:NewArray()];
+  [self setDirectlySend:NO];
+  [self setOptimizeAttachments:YES];
+  [self setDidSetOptimizeAttachments:NO];
+  [self setMessageSignature:Adopt([[TsASOutgoingMessageSignature alloc] init])];
+  TsLogDebug(@"Created new and empty outgoing message.");
+  return self;
+}
+
+// ---- Elements
+
+- (NSScriptObjectSpecifier*)objectSpecifier {
+  return Adopt([[NSUniqueIDSpecifier alloc]
+                   initWithContainerClassDescription:ClassDescription(NSApp)
+                                  containerSpecifier:[NSApp objectSpecifier]
+                                                 key:@"outgoingMessages"
+                                            uniqueID:[NSNumber numberWithLongLong:_id]])
+      .Autoreleased();
+}
+
+// Tells the elements, from the one at `first` on, where they are.
+- (void)specifyElements:(NSArray*)elements ofKey:(NSString*)key from:(NSUInteger)first {
+  const NSUInteger count = [elements count];
+  if (first >= count) return;
+  NSScriptObjectSpecifier* container = [self objectSpecifier];
+  NSScriptClassDescription* description = ClassDescription(self);
+  for (NSUInteger index = first; index < count; ++index) {
+    const auto specifier = Adopt([[NSIndexSpecifier alloc] initWithContainerClassDescription:description
+                                                                          containerSpecifier:container
+                                                                                         key:key
+                                                                                       index:NSInteger(index)]);
+    [[elements objectAtIndex:index] setObjectSpecifier:specifier];
+  }
+}
+
+- (void)insert:(id)element into:(NSMutableArray*)elements ofKey:(NSString*)key at:(NSUInteger)index {
+  [elements insertObject:element atIndex:index];
+  [self specifyElements:elements ofKey:key from:index];
+}
+
+- (void)removeFrom:(NSMutableArray*)elements ofKey:(NSString*)key at:(NSUInteger)index {
+  [elements removeObjectAtIndex:index];
+  [self specifyElements:elements ofKey:key from:index];
+}
+
+- (NSMutableArray*)toRecipients {
+  return _toRecipients;
+}
+
+- (void)setToRecipients:(NSMutableArray*)elements {
+  _toRecipients = Retain(elements);
+  [self specifyElements:elements ofKey:@"toRecipients" from:0];
+}
+
+- (void)insertObject:(id)element inToRecipientsAtIndex:(NSUInteger)index {
+  [self insert:element into:_toRecipients ofKey:@"toRecipients" at:index];
+}
+
+- (void)removeObjectFromToRecipientsAtIndex:(NSUInteger)index {
+  [self removeFrom:_toRecipients ofKey:@"toRecipients" at:index];
+}
+
+- (NSMutableArray*)ccRecipients {
+  return _ccRecipients;
+}
+
+- (void)setCcRecipients:(NSMutableArray*)elements {
+  _ccRecipients = Retain(elements);
+  [self specifyElements:elements ofKey:@"ccRecipients" from:0];
+}
+
+- (void)insertObject:(id)element inCcRecipientsAtIndex:(NSUInteger)index {
+  [self insert:element into:_ccRecipients ofKey:@"ccRecipients" at:index];
+}
+
+- (void)removeObjectFromCcRecipientsAtIndex:(NSUInteger)index {
+  [self removeFrom:_ccRecipients ofKey:@"ccRecipients" at:index];
+}
+
+- (NSMutableArray*)bccRecipients {
+  return _bccRecipients;
+}
+
+- (void)setBccRecipients:(NSMutableArray*)elements {
+  _bccRecipients = Retain(elements);
+  [self specifyElements:elements ofKey:@"bccRecipients" from:0];
+}
+
+- (void)insertObject:(id)element inBccRecipientsAtIndex:(NSUInteger)index {
+  [self insert:element into:_bccRecipients ofKey:@"bccRecipients" at:index];
+}
+
+- (void)removeObjectFromBccRecipientsAtIndex:(NSUInteger)index {
+  [self removeFrom:_bccRecipients ofKey:@"bccRecipients" at:index];
+}
+
+- (NSMutableArray*)mailAttachments {
+  return _mailAttachments;
+}
+
+- (void)setMailAttachments:(NSMutableArray*)elements {
+  _mailAttachments = Retain(elements);
+  [self specifyElements:elements ofKey:@"mailAttachments" from:0];
+}
+
+- (void)insertObject:(id)element inMailAttachmentsAtIndex:(NSUInteger)index {
+  [self insert:element into:_mailAttachments ofKey:@"mailAttachments" at:index];
+}
+
+- (void)removeObjectFromMailAttachmentsAtIndex:(NSUInteger)index {
+  [self removeFrom:_mailAttachments ofKey:@"mailAttachments" at:index];
+}
+
+// ---- Properties
+
+@synthesize directlySend = _directlySend;
+@synthesize optimizeAttachments = _optimizeAttachments;
+@synthesize didSetOptimizeAttachments = _didSetOptimizeAttachments;
+@synthesize id = _id;
+
+- (void)setOptimizeAttachments:(BOOL)optimizes {
+  _optimizeAttachments = optimizes;
+  [self setDidSetOptimizeAttachments:YES];
+}
+
+- (NSString*)sender {
+  return _sender;
+}
+
+- (void)setSender:(NSString*)sender {
+  _sender = Copy(sender);
+}
+
+- (NSString*)subject {
+  return _subject;
+}
+
+- (void)setSubject:(NSString*)subject {
+  _subject = Copy(subject);
+}
+
+- (NSString*)imageAttachMethod {
+  return _imageAttachMethod;
+}
+
+- (void)setImageAttachMethod:(NSString*)imageAttachMethod {
+  _imageAttachMethod = Copy(imageAttachMethod);
+}
+
+- (NSString*)imageFileType {
+  return _imageFileType;
+}
+
+- (void)setImageFileType:(NSString*)imageFileType {
+  _imageFileType = Copy(imageFileType);
+}
+
+- (NSString*)imageSize {
+  return _imageSize;
+}
+
+- (void)setImageSize:(NSString*)imageSize {
+  _imageSize = Copy(imageSize);
+}
+
+- (id)content {
+  return _content;
+}
+
+- (void)setContent:(id)content {
+  _content = Retain<NSObject>(content);
+}
+
+- (TsASOutgoingMessageSignature*)messageSignature {
+  return _messageSignature;
+}
+
+- (void)setMessageSignature:(TsASOutgoingMessageSignature*)signature {
+  _messageSignature = Retain(signature);
+}
+
+- (void)setVisible:(BOOL)visible {
+  if (!visible) return;
+  tessaro::platform::MainQueue::Shared().PostDelayed(kTimeToComplete,
+                                                     [kept = Retain(self)] { [kept handleComposeScriptCommand:nil]; });
+}
+
+// ---- Composing
+
+- (NSDictionary*)messageDictionary {
+  NSMutableDictionary* message = [NSMutableDictionary dictionary];
+  AddIfNotEmpty(message, @"sender", _sender);
+  AddIfNotEmpty(message, @"subject", _subject);
+  AddIfNotEmpty(message, @"body", Body(_content));
+  [message setObject:RecipientDictionaries(_toRecipients) forKey:@"to"];
+  [message setObject:RecipientDictionaries(_ccRecipients) forKey:@"cc"];
+  [message setObject:RecipientDictionaries(_bccRecipients) forKey:@"bcc"];
+  [message setObject:Paths(_mailAttachments) forKey:@"attachment-paths"];
+  return message;
+}
+
+- (NSDictionary*)optionsDictionary {
+  NSNumber* optimizes = _didSetOptimizeAttachments ? [NSNumber numberWithBool:_optimizeAttachments] : nil;
+  return @{
+    TsComposeOutgoingMessageNotificationOptimizeAttachmentKey : TsSanitizeValue(optimizes),
+    TsComposeOutgoingMessageNotificationDirectlySendKey : [NSNumber numberWithBool:_directlySend],
+    TsComposeOutgoingMessageNotificationImageAttachMethodKey : TsSanitizeValue(_imageAttachMethod),
+    TsComposeOutgoingMessageNotificationImageFileTypeKey : TsSanitizeValue(_imageFileType),
+    TsComposeOutgoingMessageNotificationImageSizeKey : TsSanitizeValue(_imageSize),
+  };
+}
+
+- (id)handleComposeScriptCommand:(NSScriptCommand*)command {
+  NSDictionary* message = [self messageDictionary];
+  NSDictionary* options = [self optionsDictionary];
+  TsLogInfo(@"Composing new outgoing message %@", message);
+  TsLogInfo(@"Outgoing message options: %@", options);
+  [[NSNotificationCenter defaultCenter] postNotificationName:TsComposeOutgoingMessageNotification
+                                                      object:nil
+                                                    userInfo:@{
+                                                      TsComposeOutgoingMessageNotificationMessageKey : message,
+                                                      TsComposeOutgoingMessageNotificationOptionsKey : options,
+                                                    }];
+  return nil;
+}
+
+@end

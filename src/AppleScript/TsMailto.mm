@@ -1,0 +1,42 @@
+#include "AppleScript/TsMailto.h"
+
+#include "AppleScript/MailtoLink.h"
+#import "AppleScript/TsASOutgoingMessage.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+namespace {
+
+NSMutableArray* Recipients(const std::vector<std::string>& addresses) {
+  NSMutableArray* recipients = [NSMutableArray arrayWithCapacity:addresses.size()];
+  for (const std::string& address : addresses) {
+    auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
+    [recipient setAddress:TsNSString(address)];
+    [recipient setName:nil];
+    [recipients addObject:recipient];
+  }
+  return recipients;
+}
+
+void Compose(const MailtoLink& link) {
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  [message setToRecipients:Recipients(link.to)];
+  [message setCcRecipients:Recipients(link.cc)];
+  [message setBccRecipients:Recipients(link.bcc)];
+  [message setSubject:TsNSString(link.subject)];
+  [message setContent:TsNSString(link.body)];
+  [[TsASOutgoingMessage outgoingMessages] addObject:message];
+  [message handleComposeScriptCommand:nil];
+}
+
+}  // namespace
+
+std::optional<std::string> TsComposeMailtoLink(const std::string& link) {
+  const auto parsed = ParseMailtoLink(link);
+  if (const auto* error = std::get_if<MailtoError>(&parsed)) {
+    TsLogWarning(@"Refused a mailto link: %s", error->reason.c_str());
+    return error->reason;
+  }
+  Compose(std::get<MailtoLink>(parsed));
+  return std::nullopt;
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#import "Platform/AddressBook.h"
+#import "Platform/Cocoa.h"
+#include "Utilities/Ref.h"
+
+@class NSDictionary;
+
+// The window in which the user picks contacts. What was picked is told by the notification
+// "TsContactEmailAddressesPicked", whose object is the controller and whose user information has, under "addresses",
+// the JSON text of an array of address header items.
+@interface TsAddressBookWindowController : NSWindowController {
+  Ref<NSDictionary> _translations;
+  ABPeoplePickerView* _peoplePickerView;
+}
+
+// "window-title", "accept-button-label", "cancel-button-label", "edit-in-contacts-button-label".
+@property(nonatomic, retain) NSDictionary* translations;
+// In the window, which owns it.
+@property(nonatomic, assign) ABPeoplePickerView* peoplePickerView;
+
+// The translations count the first time only.
++ (instancetype)sharedInstanceWithTranslations:(NSDictionary*)translations;
+
+// Shows the window in the middle of the screen, whichever window asks for it.
+- (void)openForWindow:(id)window;
+
+// The text for the key, or the key itself.
+- (NSString*)translation:(NSString*)key;
+
+- (IBAction)accept:(id)sender;
+- (IBAction)cancel:(id)sender;
+- (IBAction)groupDoubleAction:(id)sender;
+- (IBAction)nameDoubleAction:(id)sender;
+
+@end

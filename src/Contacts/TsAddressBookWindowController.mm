@@ -1,0 +1,162 @@
+#import "Contacts/TsAddressBookWindowController.h"
+
+#import "Contacts/TsRecipient.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
+
+namespace {
+
+constexpr CGFloat kWindowSize = 500;
+constexpr CGFloat kMargin = 20;
+constexpr CGFloat kButtonsHeight = 70;
+// Not Escape, so that Escape leaves the window open.
+NSString* const kCancelKey = @"\u0017";
+NSString* const kReturnKey = @"\r";
+
+Ref<NSButton> NewButton(NSString* title, NSString* key = @"") {
+  auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
+  [button setTitle:title];
+  // It may add to the button's size.
+  [button setKeyEquivalent:key];
+  [button setBezelStyle:NSRoundedBezelStyle];
+  [button sizeToFit];
+  return button;
+}
+
+// Who has which address; of two who have the same the first counts.
+NSDictionary* RecordsByAddress(NSArray* records) {
+  NSMutableDictionary* byAddress = [NSMutableDictionary dictionary];
+  for (ABPerson* person in records) {
+    ABMultiValue* addresses = [person valueForProperty:kABEmailProperty];
+    for (NSUInteger index = 0; index < [addresses count]; ++index) {
+      NSString* address = [addresses valueAtIndex:index];
+      if ([byAddress objectForKey:address] == nil) [byAddress setObject:person forKey:address];
+    }
+  }
+  return byAddress;
+}
+
+}  // namespace
+
+@implementation TsAddressBookWindowController
+
+@synthesize peoplePickerView = _peoplePickerView;
+
++ (instancetype)sharedInstanceWithTranslations:(NSDictionary*)translations {
+  static TsAddressBookWindowController* const instance = [[self alloc] initWithTranslations:translations];
+  return instance;
+}
+
+- (instancetype)initWithTranslations:(NSDictionary*)translations {
+  _translations = Retain(translations);
+  const NSUInteger style = NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask;
+  const auto window = Adopt([[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, kWindowSize, kWindowSize)
+                                                        styleMask:style
+                                                          backing:NSBackingStoreBuffered
+                                                            defer:YES]);
+  self = [super initWithWindow:window];
+  if (!self) return nil;
+  [window setReleasedWhenClosed:NO];
+  [window setTitle:[self translation:@"window-title"]];
+  [self addPeoplePickerTo:[window contentView]];
+  [self addButtonsTo:[window contentView]];
+  return self;
+}
+
+- (void)addPeoplePickerTo:(NSView*)view {
+  const NSSize size = [view bounds].size;
+  const NSRect frame =
+      NSMakeRect(kMargin, kButtonsHeight, size.width - 2 * kMargin, size.height - kButtonsHeight - kMargin);
+  const auto picker = Adopt([[ABPeoplePickerView alloc] initWithFrame:frame]);
+  [picker setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
+  [picker addProperty:kABEmailProperty];
+  [picker setDisplayedProperty:kABEmailProperty];
+  [picker setAllowsGroupSelection:YES];
+  [picker setAllowsMultipleSelection:YES];
+  [picker setTarget:self];
+  [picker setGroupDoubleAction:@selector(groupDoubleAction:)];
+  [picker setNameDoubleAction:@selector(nameDoubleAction:)];
+  [view addSubview:picker];
+  _peoplePickerView = picker;
+}
+
+- (void)addButtonsTo:(NSView*)view {
+  const auto accept = NewButton([self translation:@"accept-button-label"], kReturnKey);
+  [accept setTarget:self];
+  [accept setAction:@selector(accept:)];
+  [accept setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
+  [accept setFrameOrigin:NSMakePoint([view bounds].size.width - kMargin - [accept frame].size.width, kMargin)];
+  [view addSubview:accept];
+
+  const auto cancel = NewButton([self translation:@"cancel-button-label"], kCancelKey);
+  [cancel setTarget:self];
+  [cancel setAction:@selector(cancel:)];
+  [cancel setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
+  [cancel setFrameOrigin:NSMakePoint(NSMinX([accept frame]) - [cancel frame].size.width, kMargin)];
+  [view addSubview:cancel];
+
+  const auto edit = NewButton([self translation:@"edit-in-contacts-button-label"]);
+  [edit setTarget:_peoplePickerView];
+  [edit setAction:@selector(editInAddressBook:)];
+  [edit setAutoresizingMask:NSViewMaxXMargin | NSViewMaxYMargin];
+  [edit setFrameOrigin:NSMakePoint(kMargin, kMargin)];
+  [view addSubview:edit];
+}
+
+- (NSDictionary*)translations {
+  return _translations;
+}
+
+- (void)setTranslations:(NSDictionary*)translations {
+  _translations = Retain(translations);
+}
+
+- (NSString*)translation:(NSString*)key {
+  if (NSString* text = [_translations objectForKey:key]) return text;
+  TsLogError(@"No translation for %@ in %@", key, _translations.get());
+  return key;
+}
+
+- (void)openForWindow:(id)window {
+  [[self window] center];
+  [[self window] makeKeyAndOrderFront:nil];
+}
+
+- (NSArray*)pickedRecipients {
+  NSArray* values = [_peoplePickerView selectedValues];
+  NSDictionary* records = RecordsByAddress([_peoplePickerView selectedRecords]);
+  NSArray* groups = [_peoplePickerView selectedGroups];
+  NSMutableArray* recipients = [NSMutableArray array];
+  for (ABGroup* group in groups) [recipients addObjectsFromArray:[TsRecipient recipientsFromGroup:group]];
+  // With groups, single addresses don't count.
+  if ([groups count] > 0) return recipients;
+  for (NSString* value in values) {
+    TsRecipient* recipient = [TsRecipient recipient:value person:[records objectForKey:value]];
+    if (recipient != nil) [recipients addObject:recipient];
+  }
+  return recipients;
+}
+
+- (IBAction)accept:(id)sender {
+  [[self window] orderOut:sender];
+  NSMutableArray* addresses = [NSMutableArray array];
+  for (TsRecipient* recipient in [self pickedRecipients]) [addresses addObject:[recipient stringForEmail]];
+  [[NSNotificationCenter defaultCenter]
+      postNotificationName:@"TsContactEmailAddressesPicked"
+                    object:self
+                  userInfo:@{@"addresses" : TsConvertToJSONString(addresses)}];
+}
+
+- (IBAction)cancel:(id)sender {
+  [[self window] orderOut:sender];
+}
+
+- (IBAction)groupDoubleAction:(id)sender {
+  [self accept:sender];
+}
+
+- (IBAction)nameDoubleAction:(id)sender {
+  [self accept:sender];
+}
+
+@end

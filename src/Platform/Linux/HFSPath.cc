@@ -1,0 +1,49 @@
+#include "Platform/HFSPath.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace tessaro::platform {
+
+namespace {
+
+std::vector<std::string_view> Split(std::string_view path) {
+  std::vector<std::string_view> parts;
+  for (std::size_t start = 0;;) {
+    const std::size_t colon = path.find(':', start);
+    parts.push_back(path.substr(start, colon - start));
+    if (colon == std::string_view::npos) return parts;
+    start = colon + 1;
+  }
+}
+
+// Each side's separator is an ordinary character of the other's names.
+std::string PosixName(std::string_view name) {
+  std::string posixName(name);
+  std::replace(posixName.begin(), posixName.end(), '/', ':');
+  return posixName;
+}
+
+}  // namespace
+
+std::optional<std::string> PosixPathOfHFSPath(std::string_view path) {
+  // File names have colons here: what begins at the root, or with no volume at all, is a path already.
+  if (path.empty() || path.front() == '/' || path.front() == ':') return std::nullopt;
+  const auto parts = Split(path);
+  // There is one tree of files, so that every volume is the one the system has started from.
+  std::vector<std::string> names;
+  for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
+    if (!part->empty()) {
+      names.push_back(PosixName(*part));
+    } else if (part + 1 != parts.end()) {
+      // An empty part goes up, a colon at the end only says that the path leads to a folder.
+      if (names.empty()) return std::nullopt;
+      names.pop_back();
+    }
+  }
+  std::string posixPath;
+  for (const std::string& name : names) posixPath.append("/").append(name);
+  return posixPath.empty() ? "/" : posixPath;
+}
+
+}  // namespace tessaro::platform

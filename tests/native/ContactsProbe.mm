@@ -1,0 +1,236 @@
+#include <uv.h>
+
+#import <Addresses/ADLocalAddressBook.h>
+
+#include "CompositionProbe.h"
+#include "Contacts/TsAddressBookWindowController.h"
+#include "Contacts/TsRecipient.h"
+#include "Probe.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+id FromJSON(v8::Local<v8::Value> text) { return TsConvertFromJSONString(convertToNSString(text), nullptr); }
+
+void ReturnJSON(ProbeArguments args, id object) {
+  v8::Local<v8::String> text;
+  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
+}
+
+NSArray* Described(NSArray* recipients) {
+  NSMutableArray* pairs = [NSMutableArray array];
+  for (TsRecipient* recipient in recipients) [pairs addObject:@[ [recipient name], [recipient address] ]];
+  return pairs;
+}
+
+NSArray* Recipients(NSArray* pairs) {
+  NSMutableArray* recipients = [NSMutableArray array];
+  for (NSArray* pair in pairs) {
+    id name = [pair objectAtIndex:0];
+    [recipients addObject:[TsRecipient recipient:[pair objectAtIndex:1] name:name == [NSNull null] ? nil : name]];
+  }
+  return recipients;
+}
+
+// parse(text): [name, address] of each.
+void parse(ProbeArguments args) {
+  @autoreleasepool {
+    ReturnJSON(args, Described([TsRecipient fromString:convertToNSString(args[0])]));
+  }
+}
+
+// format(pairs): the header, and each item for itself.
+void format(ProbeArguments args) {
+  @autoreleasepool {
+    NSArray* recipients = Recipients(FromJSON(args[0]));
+    ReturnJSON(args, @[ [TsRecipient toString:recipients], [recipients valueForKey:@"stringForEmail"] ]);
+  }
+}
+
+// timeText(text): nanoseconds of reading it, and of writing it again; and whether that gives the same text.
+void timeText(ProbeArguments args) {
+  @autoreleasepool {
+    NSString* text = convertToNSString(args[0]);
+    const std::uint64_t start = uv_hrtime();
+    NSArray* recipients = [TsRecipient fromString:text];
+    const std::uint64_t parsed = uv_hrtime();
+    NSString* written = [TsRecipient toString:recipients];
+    const std::uint64_t end = uv_hrtime();
+    ReturnJSON(args, @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ]);
+  }
+}
+
+// ---- Address book
+
+NSString* Location() {
+  NSArray* libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES);
+  return [[libraries objectAtIndex:0] stringByAppendingPathComponent:@"Addresses"];
+}
+
+ABMultiValue* Addresses(NSDictionary* description) {
+  auto addresses = Adopt([[ABMutableMultiValue alloc] initWithType:kABMultiStringProperty]);
+  for (NSString* address in [description objectForKey:@"emails"]) {
+    [addresses addValue:address withLabel:kABEmailWorkLabel];
+  }
+  return addresses.Autoreleased();
+}
+
+ABPerson* NewPerson(NSDictionary* description) {
+  NSDictionary* properties = @{
+    @"title" : kABTitleProperty,
+    @"first" : kABFirstNameProperty,
+    @"middle" : kABMiddleNameProperty,
+    @"last" : kABLastNameProperty,
+    @"suffix" : kABSuffixProperty,
+    @"organization" : kABOrganizationProperty,
+    @"flags" : kABPersonFlags,
+  };
+  auto person = Adopt([[ABPerson alloc] init]);
+  for (NSString* key in properties) {
+    id value = [description objectForKey:key];
+    if (value != nil) [person setValue:[value description] forProperty:[properties objectForKey:key]];
+  }
+  [person setValue:Addresses(description) forProperty:kABEmailProperty];
+  return person.Autoreleased();
+}
+
+// make({people: [{title, first, …, emails, flags}], groups: [{name, members, subgroups}]}): a new address book,
+// whose groups name people and groups by their numbers.
+void make(ProbeArguments args) {
+  @autoreleasepool {
+    NSDictionary* description = FromJSON(args[0]);
+    [[NSFileManager defaultManager] createDirectoryAtPath:Location()
+                              withIntermediateDirectories:YES
+                                               attributes:nil
+                                                    error:nullptr];
+    [ADLocalAddressBook makeLocalAddressBookAtLocation:Location()];
+    ABAddressBook* book = tessaro::platform::SharedAddressBook();
+    NSMutableArray* people = [NSMutableArray array];
+    for (NSDictionary* each in [description objectForKey:@"people"]) {
+      ABPerson* person = NewPerson(each);
+      [book addRecord:person];
+      [people addObject:person];
+    }
+    NSMutableArray* groups = [NSMutableArray array];
+    for (NSDictionary* each in [description objectForKey:@"groups"]) {
+      auto group = Adopt([[ABGroup alloc] init]);
+      [group setValue:[each objectForKey:@"name"] forProperty:kABGroupNameProperty];
+      [book addRecord:group];
+      for (NSNumber* member in [each objectForKey:@"members"]) {
+        [group addMember:[people objectAtIndex:[member unsignedIntegerValue]]];
+      }
+      [groups addObject:group.get()];
+    }
+    NSUInteger index = 0;
+    for (NSDictionary* each in [description objectForKey:@"groups"]) {
+      for (NSNumber* subgroup in [each objectForKey:@"subgroups"]) {
+        [[groups objectAtIndex:index] addSubgroup:[groups objectAtIndex:[subgroup unsignedIntegerValue]]];
+      }
+      ++index;
+    }
+    args.GetReturnValue().Set([book save] != NO);
+  }
+}
+
+// recipient(address, description): [name, address], or null.
+void recipient(ProbeArguments args) {
+  @autoreleasepool {
+    static_cast<void>(tessaro::platform::SharedAddressBook());
+    TsRecipient* found = [TsRecipient recipient:convertToNSString(args[0]) person:NewPerson(FromJSON(args[1]))];
+    ReturnJSON(args, found != nil ? Described(@[ found ]) : @[]);
+  }
+}
+
+// timeGroup(name): nanoseconds of its expansion, and how many recipients it has.
+void timeGroup(ProbeArguments args) {
+  @autoreleasepool {
+    const std::uint64_t start = uv_hrtime();
+    NSArray* recipients = TsRecipientsForGroupName(convertToNSString(args[0]));
+    ReturnJSON(args, @[ @(double(uv_hrtime() - start)), @([recipients count]) ]);
+  }
+}
+
+// ---- Picker
+
+TsAddressBookWindowController* Picker() { return [TsAddressBookWindowController sharedInstanceWithTranslations:nil]; }
+
+// On the display, from its upper left.
+NSArray* CentreOnDisplay(NSView* view, NSRect rect) {
+  const NSRect inWindow = [view convertRect:rect toView:nil];
+  const NSPoint centre =
+      [[view window] convertBaseToScreen:NSMakePoint(NSMidX(inWindow), NSMidY(inWindow))];
+  return @[ @(centre.x), @([[[view window] screen] frame].size.height - centre.y) ];
+}
+
+NSDictionary* DescribeView(NSView* view) {
+  const NSRect frame = [view frame];
+  NSMutableDictionary* description = [NSMutableDictionary dictionaryWithDictionary:@{
+    @"class" : NSStringFromClass([view class]),
+    @"frame" : @[ @(frame.origin.x), @(frame.origin.y), @(frame.size.width), @(frame.size.height) ],
+    @"centre" : CentreOnDisplay(view, [view bounds]),
+  }];
+  if ([view isKindOfClass:[NSButton class]]) {
+    [description setObject:[static_cast<NSButton*>(view) title] forKey:@"title"];
+    [description setObject:[static_cast<NSButton*>(view) keyEquivalent] forKey:@"key"];
+  }
+  return description;
+}
+
+NSArray* DescribeRows(NSTableView* table) {
+  NSMutableArray* rows = [NSMutableArray array];
+  for (NSInteger row = 0; row < [table numberOfRows]; ++row) {
+    NSMutableArray* texts = [NSMutableArray array];
+    for (NSTableColumn* column in [table tableColumns]) {
+      [texts addObject:[[table dataSource] tableView:table objectValueForTableColumn:column row:row]];
+    }
+    [rows addObject:@{@"texts" : texts, @"centre" : CentreOnDisplay(table, [table rectOfRow:row])}];
+  }
+  return rows;
+}
+
+void AddTables(NSView* view, NSMutableArray* tables) {
+  if ([view isKindOfClass:[NSTableView class]]) [tables addObject:DescribeRows(static_cast<NSTableView*>(view))];
+  for (NSView* subview in [view subviews]) AddTables(subview, tables);
+}
+
+// picker(): what its window shows, and where.
+void picker(ProbeArguments args) {
+  @autoreleasepool {
+    NSWindow* window = [Picker() window];
+    NSMutableArray* views = [NSMutableArray array];
+    NSMutableArray* tables = [NSMutableArray array];
+    for (NSView* view in [[window contentView] subviews]) [views addObject:DescribeView(view)];
+    AddTables([window contentView], tables);
+    const NSSize size = [[window contentView] frame].size;
+    ReturnJSON(args, @{
+      @"title" : [window title],
+      @"isVisible" : [NSNumber numberWithBool:[window isVisible]],
+      @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
+      @"size" : @[ @(size.width), @(size.height) ],
+      @"views" : views,
+      @"tables" : tables,
+    });
+  }
+}
+
+void resizePicker(ProbeArguments) {
+  @autoreleasepool {
+    [[Picker() window] setContentSize:NSMakeSize(600, 700)];
+  }
+}
+
+}  // namespace
+
+void AttachContactsProbe(v8::Local<v8::Object> exports) {
+#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
+  PROBE(parse);
+  PROBE(format);
+  PROBE(timeText);
+  PROBE(make);
+  PROBE(recipient);
+  PROBE(timeGroup);
+  PROBE(picker);
+  PROBE(resizePicker);
+#undef PROBE
+}

@@ -1,0 +1,167 @@
+'use strict';
+
+// What the Services menus of other GNUstep applications offer, used from a second process, and services of others.
+
+const assert = require('assert');
+const { execFileSync } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { redirectGNUstep } = require('../host/gnustepHome');
+const { root } = require('./support/addon');
+const { evaluate, startScript, eventually, node, temporaryDirectory } = require('./support/child');
+const { useSession } = require('./support/session');
+
+const session = useSession();
+
+const host = (name) => `
+  const host = require('./host');
+  host.start({ argv0: '${name}' });
+  const { module: m, composition, captureLog, flushLog, capturedLog } = probe();
+  const print = (value) => console.log(JSON.stringify(value));
+`;
+
+const provider = `${host('TessaroHost')}
+  host.setKeepAlive(true);
+  m.setComposeOutgoingMessageCallbackFunction((text) => print(['compose', JSON.parse(text)]));
+  m.setSearchServiceCallbackFunction((text) => print(['search', text]));
+  print('ready');
+`;
+
+const lines = (child) => child.output.stdout.split('\n').slice(0, -1).map((line) => JSON.parse(line));
+
+/** Makes the services of the applications in `home` known there. */
+function publish(home) {
+  const env = redirectGNUstep(home, { ...process.env, ...session.env, HOME: home });
+  execFileSync('make_services', [], { env, stdio: 'ignore' });
+}
+
+/** A home in whose applications folder the host is. */
+function homeWithHost(t) {
+  const home = temporaryDirectory(t);
+  const applications = path.join(home, 'GNUstep', 'Applications');
+  fs.mkdirSync(applications, { recursive: true });
+  fs.symlinkSync(path.join(root, 'host', 'TessaroHost.app'), path.join(applications, 'TessaroHost.app'));
+  publish(home);
+  return home;
+}
+
+async function startProvider(t, home) {
+  const child = startScript(t, provider, { env: session.env, home });
+  await eventually(() => child.output.stdout.includes('\n'), 'the provider is ready');
+  return child;
+}
+
+const empty = { to: [], cc: [], bcc: [], 'attachment-paths': [] };
+
+test('another process searches, mails a selection, files, and to an address', async (t) => {
+  const home = homeWithHost(t);
+  const child = await startProvider(t, home);
+  const files = ['/nowhere/a b.pdf', '/etc/hosts'];
+  const failure = await evaluate(
+    t,
+    `${host('OtherApplication')}
+     m.performService('TessaroHost/Search Selection', 'quarterly “report”');
+     m.performService('TessaroHost/Mail Selection', 'one\\ntwo');
+     m.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
+     print(JSON.parse(composition.performWithFiles('TessaroHost/Mail Document', ${JSON.stringify(JSON.stringify(files))}))[0]);
+     process.exit();`,
+    { env: session.env, home },
+  );
+  assert.strictEqual(failure, '');
+  const received = await eventually(() => lines(child).length === 5 && lines(child).slice(1), 'all four arrive');
+  assert.deepStrictEqual(received, [
+    ['search', 'quarterly “report”'],
+    ['compose', { ...empty, body: 'one\ntwo\n' }],
+    ['compose', { ...empty, to: [{ name: null, email: '  Bob <bob@example.org> ' }] }],
+    ['compose', { ...empty, 'attachment-paths': files }],
+  ]);
+});
+
+test('what is missing on the pasteboard is said by the error, and nothing happens', async (t) => {
+  const { errors, composed, searched, served } = await evaluate(
+    t,
+    `${host('TessaroHost')}
+     let composed = 0, searched = 0;
+     m.setComposeOutgoingMessageCallbackFunction(() => ++composed);
+     m.setSearchServiceCallbackFunction(() => ++searched);
+     const serve = (method, type, value) => JSON.parse(composition.serve(method, type, value && JSON.stringify([value])));
+     const text = 'NSStringPboardType', files = 'NSFilenamesPboardType';
+     const errors = [];
+     for (const method of ['searchSelection', 'mailSelection', 'mailTo']) errors.push(serve(method, text, null)[0], serve(method, files, ['/x'])[0]);
+     errors.push(serve('mailDocument', text, null)[0], serve('mailDocument', text, '/x')[0]);
+     const before = composition.messageCount();
+     const served = [serve('mailSelection', text, 'x'), serve('searchSelection', text, 'x'), serve('mailTo', text, 'x'), serve('mailDocument', files, ['/x'])];
+     print({ errors, composed, searched, served: [...served, before, composition.messageCount()] });
+     process.exit();`,
+    { env: session.env },
+  );
+  assert.deepStrictEqual(errors, [
+    ...Array(2).fill('Error: No search string has been selected.'),
+    ...Array(2).fill('Error: No text has been selected.'),
+    ...Array(2).fill('Error: No email address has been selected.'),
+    ...Array(2).fill("Error: Pasteboard doesn't contain one or more files names."),
+  ]);
+  const answered = [null, '', ['NSStringPboardType']];
+  assert.deepStrictEqual(served, [answered, answered, answered, [null, null, ['NSFilenamesPboardType']], 0, 3]);
+  assert.deepStrictEqual([composed, searched], [3, 1]);
+});
+
+/** An application in `home` that offers one service, whose program is `program`; without one it can't be started. */
+function addApplication(home, name, message, program) {
+  const bundle = path.join(home, 'GNUstep', 'Applications', `${name}.app`);
+  fs.mkdirSync(path.join(bundle, 'Resources'), { recursive: true });
+  fs.writeFileSync(
+    path.join(bundle, 'Resources', 'Info-gnustep.plist'),
+    `{ ApplicationName = ${name}; NSExecutable = ${name}; NSServices = ({ NSMessage = ${message}; NSPortName = ${name};
+       NSMenuItem = { English = "${name}/Use"; default = "${name}/Use"; }; NSSendTypes = (NSStringPboardType); NSTimeout = 8000; }); }`,
+  );
+  if (program !== undefined) fs.writeFileSync(path.join(bundle, name), program, { mode: 0o755 });
+}
+
+test('services that nobody offers, or that fail, are told by the log only', async (t) => {
+  const home = temporaryDirectory(t);
+  addApplication(home, 'Absent', 'mailTo');
+  publish(home);
+  const log = await evaluate(
+    t,
+    `${host('OtherApplication')}
+     captureLog();
+     m.performService('', 'x');
+     m.performService('Absent/Use', '');
+     m.performService('Nobody/Nothing', 'x');
+     m.performService('Absent/Use', 'x');
+     flushLog();
+     print(capturedLog().map(({ flag, text }) => [flag, text.replace(/launch path .*/, '…')]));
+     process.exit();`,
+    { env: session.env, home },
+  );
+  const warning = 2;
+  assert.deepStrictEqual(log, [
+    [warning, 'No Parameter found'],
+    [warning, 'No Parameter found'],
+    [warning, "The service Nobody/Nothing can't be used: no application offers it"],
+    [warning, "The service Absent/Use can't be used: NSTask - …"],
+  ]);
+});
+
+test('an application that is not running is started, and serves then', async (t) => {
+  const home = temporaryDirectory(t);
+  const output = path.join(home, 'output');
+  const source = `
+    const host = require('${root}/host');
+    host.start({ argv0: 'Asleep' });
+    host.setKeepAlive(true);
+    const m = require('${root}/tests/support/addon').probe().module;
+    m.setSearchServiceCallbackFunction((text) => { require('fs').writeFileSync('${output}', text); process.exit(); });`;
+  fs.writeFileSync(path.join(home, 'asleep.js'), source);
+  addApplication(home, 'Asleep', 'searchSelection', `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`);
+  publish(home);
+  await evaluate(t, `${host('OtherApplication')} m.performService('Asleep/Use', 'wake up'); print(1); process.exit();`, {
+    env: session.env,
+    home,
+  });
+  await eventually(() => fs.existsSync(output), 'it has been searched');
+  assert.strictEqual(fs.readFileSync(output, 'utf8'), 'wake up');
+});
