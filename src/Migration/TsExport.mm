@@ -36,7 +36,8 @@ Ref<NSDictionary> TsExport::NewDictionary(const TsStoreFile& store, const TsStor
                                           std::initializer_list<id> others) const {
   std::array<NSString*, kMostKeys> keys;
   std::array<id, kMostKeys> values;
-  std::transform(keys_.begin(), keys_.end(), keys.begin(), [](const Ref<NSString>& key) { return [key retain]; });
+  std::transform(keys_.begin(), keys_.end(), keys.begin(),
+                 [](const Ref<NSString>& key) { return tessaro::platform::RetainedString(key); });
   std::size_t count = 0;
   std::string buffer;
   for (const auto& [position, type, whenMissing] : attributes_) {

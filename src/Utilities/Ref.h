@@ -14,7 +14,10 @@ class Ref {
   Ref(std::nullptr_t) {}
   Ref(const Ref& other) : object_([other.object_ retain]) {}
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
-  ~Ref() { [object_ release]; }
+  ~Ref() {
+    // Most have been moved from, and a message to nil is a message.
+    if (object_ != nil) [object_ release];
+  }
 
   Ref& operator=(Ref other) noexcept {
     std::swap(object_, other.object_);
