@@ -280,8 +280,8 @@ test('the add-tab button is drawn in the colours of its window', async (t) => {
       await open({ title: 'Second' });
       print({ ...looks, quiet: look(false, false) });`),
   );
-  assert.ok(looks.hovering.includes('696869') && looks.hovering.includes('979797'), looks.hovering.join());
-  assert.ok(looks.dark.includes('828282') && looks.dark.includes('515253'), looks.dark.join());
+  assert.ok(looks.hovering.includes('696869') && looks.hovering.includes('b4b2b4'), looks.hovering.join());
+  assert.ok(looks.dark.includes('828282') && looks.dark.includes('212121'), looks.dark.join());
   assert.ok(looks.quiet.includes('cecece') && looks.quiet.includes('e5e4e5'), looks.quiet.join());
 });
 

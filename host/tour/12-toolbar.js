@@ -38,7 +38,9 @@ const composeButton = [32, 45];
 
 async function clickInWindow(stage, handle, [x, y]) {
   const { systemWindow } = stage.host.windowInfo(handle);
-  await stage.run('xdotool', 'mousemove', '--window', String(systemWindow), String(x), String(y), 'click', '1');
+  const move = ['mousemove', '--window', String(systemWindow), String(x), String(y), 'sleep', '0.1'];
+  // A press without any length is none for GNUstep's buttons.
+  await stage.run('xdotool', ...move, 'mousedown', '1', 'sleep', '0.1', 'mouseup', '1');
 }
 
 /** Opens a window with a toolbar in one look, and gives it with what it looks like. */

@@ -44,7 +44,8 @@ const prelude = `
     const { systemWindow, content } = host.windowInfo(handle);
     const shown = Number((await run('xwininfo', '-id', systemWindow)).match(/Height: (\\d+)/)[1]);
     const [across, down] = [x + width / 2 - content.x, shown - (y + height / 2 - content.y)].map(Math.round);
-    await run('xdotool', 'mousemove', '--window', systemWindow, across, down, 'click', 1);
+    // GNUstep's buttons miss the end of a press that has no length.
+    await run('xdotool', 'mousemove', '--window', systemWindow, across, down, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1);
   };
   const main = async () => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
   setImmediate(main);
