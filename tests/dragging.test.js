@@ -66,7 +66,10 @@ test('script drops files on the page, unreported', async (t) => {
   assert.deepStrictEqual(answers, [true, true, false]);
   assert.deepStrictEqual([dropped.length, dropped[0], dropped[1000]], [1001, '/no/such file', '/tmp/file 999']);
   assert.deepStrictEqual(events, []);
-  assert.match(infos.find((line) => line.startsWith('Unable')), /^Unable to drop files as \{.*\} is not in \{.*300\}/);
+  assert.match(
+    infos.find((line) => line.startsWith('Unable')),
+    /^Unable to drop files as \{.*\} is not in \{.*300\}/,
+  );
 });
 
 test('what is no point and no list of paths is refused', async (t) => {

@@ -164,8 +164,8 @@ void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
 @implementation NSToolbar (Completion)
 
 + (void)load {
-  insertItem = Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:",
-                        InsertAnyItem);
+  insertItem =
+      Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:", InsertAnyItem);
   allowedIdentifiers =
       Exchange(self, @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
   setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
