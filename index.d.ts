@@ -10,7 +10,7 @@
  * Functions marked _not available yet_ check their contract, log a warning and answer "nothing".
  */
 
-/** An opaque reference to a native window: a Buffer of 8 bytes. Pass it back unchanged, never after the window's end. */
+/** An opaque reference to a native window: a Buffer of 8 bytes. That of a window which is gone stands for nothing. */
 export type WindowHandle = Buffer;
 
 /** A text that holds JSON. Arrays and dictionaries always cross the boundary this way. */
@@ -126,7 +126,10 @@ export function playSoundWithName(name?: unknown): boolean;
 
 // ---- Windows and toolbar
 
-/** _Not available yet._ */
+/**
+ * Gives the window a toolbar. `windowId` is your own number for the window, by which the functions below find it.
+ * A definition without "identifier", "items" or "options" ends the process.
+ */
 export function addToolbarToWindow(window: WindowHandle, windowId: number, definition: JSONText): void;
 
 /** Sets the three functions of all toolbars; each replaces the earlier one. */
@@ -140,57 +143,61 @@ export function setToolbarCallbackFunctions(
 export function reenableWindowUpdates(): void;
 
 /**
- * Sets the function that learns of window events. Any value is kept; one that is not a function fails when an event
+ * Sets the function that learns of "did-become-main", "did-resign-main", "did-become-key" and "did-resign-key" of
+ * browser windows. Any value is kept; one that is not a function fails when an event
  * comes.
  */
 export function setWindowNotificationCallbackFunction(callback?: (event: string, window: WindowHandle) => void): void;
 
-/** _Not available yet._ */
+/** Whether a window of the application is the main window. */
 export function hasMainWindow(): boolean;
 
-/** _Not available yet._ */
+/** Whether a window of the application receives the keys. */
 export function hasKeyWindow(): boolean;
 
-/** _Not available yet._ */
+/** Whether a sheet is attached to the window. */
 export function hasSheets(window: WindowHandle): boolean;
 
-/** _Not available yet._ */
+/** Closes the main window, if there is one. */
 export function closeMainWindow(): void;
 
-/** _Not available yet._ */
+/** Closes the window that receives the keys, if there is one. */
 export function closeKeyWindow(): void;
 
-/** _Not available yet._ @param duration In milliseconds. */
+/**
+ * Makes the window’s content invisible for a while; afterwards it has the focus.
+ * @param duration In milliseconds.
+ */
 export function hideWindowContent(window: WindowHandle, duration: number): void;
 
-/** _Not available yet._ */
+/** Asks the validation function for every visible item. */
 export function validateToolbarItems(windowId: number): void;
 
-/** _Not available yet._ */
+/** Makes an item the selected one. */
 export function selectToolbarItem(windowId: number, itemIdentifier: string): void;
 
-/** _Not available yet._ */
+/** Hides the toolbar, or shows it again. */
 export function toggleToolbarVisibility(windowId: number): void;
 
-/** _Not available yet._ */
+/** Whether the toolbar is shown; false without one. */
 export function isToolbarVisible(windowId: number): boolean;
 
-/** _Not available yet._ */
+/** Opens the palette from which the user arranges the toolbar. */
 export function customizeToolbar(windowId: number): void;
 
-/** _Not available yet._ */
+/** Gives the first visible button with the identifier another image of the application’s. */
 export function changeImageOfToolbarItem(windowId: number, itemIdentifier: string, imageName: string): void;
 
-/** _Not available yet._ */
+/** Shows the add-tab button. While the palette is open, it comes when that has closed. */
 export function showAddTabButton(windowId: number): void;
 
-/** _Not available yet._ */
+/** Hides the add-tab button. */
 export function hideAddTabButton(windowId: number): void;
 
 /** Keeps a function of which the module makes no use. */
 export function setQueryWindowTraitCallbackFunction(callback: unknown): void;
 
-/** _Not available yet._ Sizes in points. */
+/** Gives the window’s content a size in points, and keeps the window’s top edge where it is. */
 export function resizeWindowContent(window: WindowHandle, width: number, height: number): void;
 
 // ---- Main menu and keyboard
@@ -258,11 +265,17 @@ export function isAppHidden(): boolean;
 
 // ---- Drag and drop, pasteboard
 
-/** _Not available yet._ */
-export function dropFiles(window: WindowHandle, point: JSONText, paths: JSONText): unknown;
+/**
+ * Drops files on the page as if the user had dragged them there; the drag-and-drop function is not called.
+ * @param point `{"x": 10, "y": 20}`, in points from the window’s lower left corner.
+ * @param paths An array of paths.
+ * @returns The page’s answer, false for texts that are none of these, undefined when there is no such window.
+ */
+export function dropFiles(window: WindowHandle, point: JSONText, paths: JSONText): boolean | undefined;
 
 /**
- * Sets the function that learns of drags. Any value is kept; one that is not a function fails when a drag comes.
+ * Sets the function that learns of files being dragged over a page: "dragging-entered", "dragging-updated",
+ * "dragging-exited" and "perform-drag-operation", each before the page does. Any value is kept; one that is not a function fails when a drag comes.
  */
 export function setDragAndDropCallbackFunction(
   callback?: (event: string, window: WindowHandle, paths: JSONText) => unknown,

@@ -56,8 +56,7 @@ void StrokeEdge(NSRect area, const Look& look) {
 void StrokePlus(NSRect area, const Look& look) {
   const CGFloat besides = (NSWidth(area) - kPlusLength) / 2;
   const CGFloat above = (NSHeight(area) - kPlusLength) / 2;
-  Stroke(look.plus,
-         {NSMakePoint(NSMidX(area), NSMinY(area) + above), NSMakePoint(NSMidX(area), NSMaxY(area) - above)});
+  Stroke(look.plus, {NSMakePoint(NSMidX(area), NSMinY(area) + above), NSMakePoint(NSMidX(area), NSMaxY(area) - above)});
   Stroke(look.plus,
          {NSMakePoint(NSMinX(area) + besides, NSMidY(area)), NSMakePoint(NSMaxX(area) - besides, NSMidY(area))});
 }

@@ -187,8 +187,7 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (void)makeButtonOf:(TsToolbarItem*)item label:(NSString*)label {
-  const auto button =
-      Adopt([[NSButton alloc] initWithFrame:NSMakeRect(0, 0, kButtonSize.width, kButtonSize.height)]);
+  const auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(0, 0, kButtonSize.width, kButtonSize.height)]);
   [item setMinSize:kButtonSize];
   [item setMaxSize:kButtonSize];
   [button setBezelStyle:NSTexturedRoundedBezelStyle];

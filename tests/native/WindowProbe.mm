@@ -86,10 +86,9 @@ NSToolbarItem* Item(NSDictionary* arguments) {
 // ---- Windows
 
 id postBackingChange(id arguments) {
-  [[NSNotificationCenter defaultCenter]
-      postNotificationName:NSWindowDidChangeBackingPropertiesNotification
-                    object:WindowTitled([arguments objectForKey:@"window"])
-                  userInfo:[arguments objectForKey:@"userInfo"]];
+  [[NSNotificationCenter defaultCenter] postNotificationName:NSWindowDidChangeBackingPropertiesNotification
+                                                      object:WindowTitled([arguments objectForKey:@"window"])
+                                                    userInfo:[arguments objectForKey:@"userInfo"]];
   return nil;
 }
 
@@ -180,8 +179,7 @@ NSDictionary* DescribeItem(NSToolbarItem* item) {
 }
 
 TsAddTabView* AddTabView(TsToolbarController* controller) {
-  NSTitlebarAccessoryViewController* accessory =
-      [[[controller window] titlebarAccessoryViewControllers] lastObject];
+  NSTitlebarAccessoryViewController* accessory = [[[controller window] titlebarAccessoryViewControllers] lastObject];
   return static_cast<TsAddTabView*>([accessory view]);
 }
 
@@ -321,9 +319,9 @@ id dragTitle(id arguments) {
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
   id delegate = [window delegate];
   const BOOL begins = [delegate window:window
-             shouldDragDocumentWithEvent:nil
-                                    from:NSZeroPoint
-                          withPasteboard:pasteboard];
+           shouldDragDocumentWithEvent:nil
+                                  from:NSZeroPoint
+                        withPasteboard:pasteboard];
   NSDictionary* result = @{
     @"begins" : Truth(begins),
     @"text" : OrNull(begins ? [pasteboard stringForType:NSStringPboardType] : nil),

@@ -25,13 +25,27 @@ const prelude = `
     await eventually(() => host.windowInfo(handle).isKey && host.windowInfo(handle).frame.y !== 0, 'the window');
     return handle;
   };
-  // Presses the button at a point of the window, in its own coordinates, as a person would.
-  const click = async (handle, x, y) => {
-    const { systemWindow, frame, content } = host.windowInfo(handle);
-    const geometry = await run('xwininfo', '-id', systemWindow);
-    const height = Number(geometry.match(/Height: (\\d+)/)[1]);
-    await run('xdotool', 'mousemove', '--window', systemWindow, Math.round(x - content.x), Math.round(height - (y - content.y)));
-    await run('xdotool', 'click', 1);
+  // The window manager answers to a change of size in its own time.
+  const settled = async (handle) => {
+    let last;
+    await eventually(async () => {
+      const { systemWindow, frame, content } = host.windowInfo(handle);
+      const now = JSON.stringify([frame, content, await run('xwininfo', '-id', systemWindow)]);
+      const isSame = now === last;
+      last = now;
+      await new Promise((resolve) => setTimeout(resolve, 100));
+      return isSame;
+    }, 'a window at rest');
+  };
+  // Presses the button in the middle of a rectangle of the window, in its own coordinates, as a person would.
+  const click = async (handle, rectangle) => {
+    await settled(handle);
+    const [x, y, width, height] = rectangle();
+    const { systemWindow, content } = host.windowInfo(handle);
+    const shown = Number((await run('xwininfo', '-id', systemWindow)).match(/Height: (\\d+)/)[1]);
+    const [across, down] = [x + width / 2 - content.x, shown - (y + height / 2 - content.y)].map(Math.round);
+    // GNUstep's buttons miss the end of a press that has no length.
+    await run('xdotool', 'mousemove', '--window', systemWindow, across, down, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1);
   };
   const main = async () => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
   setImmediate(main);

@@ -1,4 +1,4 @@
-#import <Foundation/Foundation.h>
+#import <AppKit/AppKit.h>
 
 #include "Platform/Linux/AppearanceChanges.h"
 #include "Platform/SystemAppearance.h"
@@ -8,6 +8,7 @@ namespace tessaro::platform {
 namespace {
 
 void Announce() {
+  for (NSWindow* window in [NSApp windows]) [[[window contentView] superview] setNeedsDisplay:YES];
   @try {
     [[NSDistributedNotificationCenter defaultCenter] postNotificationName:@"AppleInterfaceThemeChangedNotification"
                                                                    object:nil

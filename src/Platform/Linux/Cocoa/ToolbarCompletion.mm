@@ -1,9 +1,11 @@
 #import <AppKit/AppKit.h>
 
+#include "Platform/SystemAppearance.h"
+#include "Utilities/Ref.h"
 #include "Utilities/TsReplaceMethod.h"
 
 // What GNUstep's toolbars leave out: items of the system that the delegate does not list among the allowed ones, the
-// selection that is made while items are created, and the views of items.
+// selection that is made while items are created, the views of items, and a look for dark desktops.
 
 @interface NSToolbar (TsPrivate)
 - (NSArray*)_itemsWithIdentifier:(NSString*)identifier;
@@ -19,6 +21,11 @@
 
 @interface NSView (TsToolbarBackView)
 - (NSToolbarItem*)toolbarItem;
+- (NSColor*)standardBackgroundColor;
+@end
+
+@interface NSCell (TsPrivate)
+- (void)_drawAttributedText:(NSAttributedString*)text inFrame:(NSRect)frame;
 @end
 
 namespace {
@@ -108,6 +115,44 @@ void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
   reinterpret_cast<void (*)(NSButton*, SEL, NSRect)>(ordinary)(button, selector, dirty);
 }
 
+// ---- The dark look
+
+using BackgroundColor = NSColor* (*)(NSView*, SEL);
+using DrawText = void (*)(NSCell*, SEL, NSAttributedString*, NSRect);
+using Draw = void (*)(NSView*, SEL, NSRect);
+
+BackgroundColor backgroundColor = nullptr;
+DrawText drawText = nullptr;
+Draw drawBackView = nullptr;
+
+constexpr CGFloat kLabelBottom = 4;
+
+NSColor* Background(NSView* view, SEL selector) {
+  if (!tessaro::platform::IsDarkMode()) return backgroundColor(view, selector);
+  return [NSColor colorWithCalibratedWhite:0.16 alpha:1];
+}
+
+NSColor* DarkLabelColor() { return [NSColor colorWithCalibratedWhite:0.9 alpha:1]; }
+
+void DrawButtonText(NSCell* cell, SEL selector, NSAttributedString* text, NSRect frame) {
+  if (!tessaro::platform::IsDarkMode()) return drawText(cell, selector, text, frame);
+  const auto light = Adopt([[NSMutableAttributedString alloc] initWithAttributedString:text]);
+  [light addAttribute:NSForegroundColorAttributeName value:DarkLabelColor() range:NSMakeRange(0, [light length])];
+  drawText(cell, selector, light, frame);
+}
+
+void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
+  if (!tessaro::platform::IsDarkMode()) return drawBackView(view, selector, dirty);
+  NSToolbarItem* item = [view toolbarItem];
+  if ([[item toolbar] displayMode] == NSToolbarDisplayModeIconOnly) return;
+  NSDictionary* attributes = @{
+    NSForegroundColorAttributeName : DarkLabelColor(),
+    NSFontAttributeName : [NSFont systemFontOfSize:11],
+  };
+  const CGFloat width = [[item label] sizeWithAttributes:attributes].width;
+  [[item label] drawAtPoint:NSMakePoint(NSMidX([view bounds]) - width / 2, kLabelBottom) withAttributes:attributes];
+}
+
 }  // namespace
 
 // The run time takes a category's method before the class's own.
@@ -119,12 +164,17 @@ void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
 @implementation NSToolbar (Completion)
 
 + (void)load {
-  insertItem = Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:",
-                        InsertAnyItem);
+  insertItem =
+      Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:", InsertAnyItem);
   allowedIdentifiers =
       Exchange(self, @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
   setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
   layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
+  backgroundColor = Exchange(NSClassFromString(@"GSToolbarView"), @selector(standardBackgroundColor),
+                             "ts_standardBackgroundColor", Background);
+  drawText = Exchange(NSClassFromString(@"GSToolbarButtonCell"), @selector(_drawAttributedText:inFrame:),
+                      "ts_drawAttributedText:", DrawButtonText);
+  drawBackView = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(drawRect:), "ts_drawRect:", DrawLabel);
   Class button = NSClassFromString(@"GSToolbarButton");
   class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
                   method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));

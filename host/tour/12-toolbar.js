@@ -1,0 +1,92 @@
+'use strict';
+
+const { ok, notOffered, failed } = require('./rows');
+
+exports.title = 'Toolbar';
+exports.needs = ['display', 'module'];
+
+const button = (identifier, label, image) => ({
+  identifier,
+  label,
+  'image-name': image,
+  'button?': true,
+  'default?': true,
+});
+
+const definition = JSON.stringify({
+  identifier: 'mail',
+  items: [
+    button('compose', 'Compose', 'TB_Compose'),
+    button('archive', 'Archive', 'TB_Archive'),
+    { type: 'flexible-space', 'default?': true },
+    {
+      identifier: 'inbox',
+      label: 'Inbox',
+      'image-name': 'TB_Inbox',
+      'default?': true,
+      'selectable?': true,
+      'selected?': true,
+    },
+  ],
+  options: { 'allows-user-customization?': true },
+});
+
+const windowId = 1;
+
+// The first item is at the left end, below the menu, and as wide as a button with its margins.
+const composeButton = [32, 45];
+
+async function clickInWindow(stage, handle, [x, y]) {
+  const { systemWindow } = stage.host.windowInfo(handle);
+  const move = ['mousemove', '--window', String(systemWindow), String(x), String(y), 'sleep', '0.1'];
+  // A press without any length is none for GNUstep's buttons.
+  await stage.run('xdotool', ...move, 'mousedown', '1', 'sleep', '0.1', 'mouseup', '1');
+}
+
+/** Opens a window with a toolbar in one look, and gives it with what it looks like. */
+async function show(stage, look, theme) {
+  const before = process.env.GTK_THEME;
+  process.env.GTK_THEME = theme;
+  const handle = stage.host.createWindow({ title: look, width: 560, height: 240 });
+  await stage.until(() => stage.host.windowInfo(handle).isKey);
+  stage.module.addToolbarToWindow(handle, windowId, definition);
+  stage.module.showAddTabButton(windowId);
+  stage.module.validateToolbarItems(windowId);
+  await new Promise((resolve) => setTimeout(resolve, 500));
+  const picture = await stage.screenshot(look);
+  if (before === undefined) delete process.env.GTK_THEME;
+  else process.env.GTK_THEME = before;
+  return { handle, picture };
+}
+
+async function palette(stage, handle) {
+  stage.module.customizeToolbar(windowId);
+  const opened = await stage.until(() => !stage.host.windowInfo(handle).isKey);
+  await new Promise((resolve) => setTimeout(resolve, 300));
+  const picture = await stage.screenshot('palette');
+  stage.module.closeKeyWindow();
+  return (opened ? ok : failed)('Toolbar palette', `${picture}`);
+}
+
+exports.run = async (stage) => {
+  const clicks = [];
+  stage.module.setToolbarCallbackFunctions(
+    (_, item) => item !== 'archive',
+    (id, item) => clicks.push(`${item} in window ${id}`),
+    (id) => clicks.push(`add tab in window ${id}`),
+  );
+  const dark = await show(stage, 'dark', 'Adwaita:dark');
+  stage.host.closeWindow(dark.handle);
+  const light = await show(stage, 'light', 'Adwaita');
+  const looks = ok('Toolbar', `${light.picture}, ${dark.picture}; script has disabled “Archive”`);
+  await clickInWindow(stage, light.handle, composeButton);
+  const clicked = await stage.until(() => clicks.length > 0, 2000);
+  const hands = await stage.run('xdotool', 'version');
+  const click = hands
+    ? (clicked ? ok : failed)('Toolbar click', clicks.join() || 'nothing arrived')
+    : notOffered('Toolbar click', 'xdotool is not installed');
+  const palettes = await palette(stage, light.handle);
+  stage.host.closeWindow(light.handle);
+  await stage.focusWindow();
+  return [looks, click, palettes];
+};
