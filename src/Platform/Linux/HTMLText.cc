@@ -80,7 +80,11 @@ class Writer {
     }
   }
 
-  [[nodiscard]] std::string Text() && { return std::move(text_); }
+  // Without an end of the last line, as the parser can't tell whether there was one.
+  [[nodiscard]] std::string Text() && {
+    while (text_.ends_with('\n')) text_.pop_back();
+    return std::move(text_);
+  }
 
  private:
   static bool IsOnLinesOfItsOwn(Flow flow) {
