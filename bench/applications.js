@@ -59,8 +59,8 @@ function text(integrations) {
 }
 
 const { display } = host.start();
-const { module, menus, integrations } = probe();
-applications(module);
+const { module: native, menus, integrations } = probe();
+applications(native);
 text(integrations);
-if (display) pasteboard(module, menus);
+if (display) pasteboard(native, menus);
 process.exit();
