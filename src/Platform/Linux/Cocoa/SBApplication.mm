@@ -80,7 +80,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
     [invocation invokeWithTarget:[self remote]];
   } @catch (NSException* exception) {
     NSLog(@"%@ doesn't answer %@: %@", _identifier.get(), NSStringFromSelector([invocation selector]),
-                 [exception reason]);
+          [exception reason]);
   }
 }
 
