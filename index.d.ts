@@ -281,28 +281,31 @@ export function setDragAndDropCallbackFunction(
   callback?: (event: string, window: WindowHandle, paths: JSONText) => unknown,
 ): void;
 
-/** _Not available yet._ */
+/**
+ * Keeps a copy of everything on the general pasteboard, in all its types. False when one is kept already, which stays,
+ * or when what is there can’t be had.
+ */
 export function saveGeneralPasteboard(): boolean;
 
-/** _Not available yet._ */
+/** Puts back what was kept, and forgets it. False when nothing was kept. */
 export function restoreGeneralPasteboard(): boolean;
 
-/** _Not available yet._ */
+/** Replaces the general pasteboard by the contents of a PNG, JPEG or GIF file; other files are refused. */
 export function writeFileContentsToGeneralPasteboard(path: string): boolean;
 
-/** _Not available yet._ */
+/** The strings of that type on the general pasteboard, one an item: a JSON array, empty when there are none. */
 export function getValueOfPasteboardType(type: string): JSONText | null;
 
-/** _Not available yet._ */
+/** 1 when an image can be made of what is on the general pasteboard. */
 export function doesPasteboardContainImage(): Truth;
 
 /** _Not available yet._ */
 export function imageFromPasteboard(targetDirectory: string): string | null;
 
-/** _Not available yet._ */
+/** What was last searched for, in any application. */
 export function getFindStringFromPasteboard(): string | null;
 
-/** _Not available yet._ */
+/** Tells all applications what is searched for. */
 export function setFindStringToPasteboard(text: unknown): void;
 
 // ---- Images, previews, sharing, files, dialogs
@@ -358,65 +361,107 @@ export function attachFilesToSupportAndFeedbackWindow(paths: JSONText): void;
 
 // ---- Applications and default handlers
 
-/** _Not available yet._ @param imageSize In pixels. */
+/** What `applicationsForFileExtension` and `applicationsForScheme` tell of an application. */
+export interface ApplicationEntry {
+  path: string;
+  name: string;
+  'bundle-id': string;
+  'default?': boolean;
+  'our-entry?': boolean;
+  /** Path of the icon, or "". */
+  'image-path': string;
+}
+
+/**
+ * The applications that open files of an extension, with or without its dot, the default one first: a JSON array of `ApplicationEntry`.
+ * @param imageSize Of the icons, in pixels.
+ * @param targetDirectory Where the icons are written, unless they are there; none are without one.
+ */
 export function applicationsForFileExtension(
   extension: unknown,
   imageSize: unknown,
   targetDirectory: unknown,
 ): JSONText | null;
 
-/** _Not available yet._ @param imageSize In pixels. */
+/**
+ * The applications that open URLs of a scheme, the default one first: a JSON array of `ApplicationEntry`.
+ * @param imageSize Of the icons, in pixels.
+ * @param targetDirectory Where the icons are written, unless they are there; none are without one.
+ */
 export function applicationsForScheme(
   scheme: unknown,
   imageSize: unknown,
   targetDirectory: unknown,
 ): JSONText | undefined;
 
-/** _Not available yet._ */
+/** The bundle identifier of this application. */
 export function bundleId(): string | null;
 
-/** _Not available yet._ */
+/** The bundle identifier of the application that opens URLs of a scheme; `undefined` when there is none. */
 export function defaultApplicationForScheme(scheme: string): string | undefined;
 
-/** _Not available yet._ */
-export function setDefaultApplicationForScheme(bundleIdentifier: string, scheme: string): number;
+/** Makes an application the user’s default for a scheme. 1 when the system has accepted it. */
+export function setDefaultApplicationForScheme(scheme: string, bundleIdentifier: string): Truth;
 
-/** _Not available yet._ @param size In pixels. */
+/** Writes the icon of a kind of files as PNG, and gives its path. @param size In pixels, 1 to 1024. */
 export function iconForFileExtension(extension: string, size: number, targetDirectory: string): string | undefined;
 
-/** _Not available yet._ */
+/**
+ * Opens a file. 1 when the application could be started.
+ * @param applicationPath An entry’s "path", or a bundle identifier; empty for the default application.
+ * @param deactivate Whether this application steps back.
+ */
 export function openFile(path: unknown, applicationPath: unknown, deactivate: unknown): Truth;
 
-/** _Not available yet._ */
-export function openInfoForFile(path: unknown): void;
+/** Shows the file manager’s information about a file. Whether the file manager did. */
+export function openInfoForFile(path: unknown): boolean;
 
-/** _Not available yet._ */
+/** Whether there is an application of that bundle identifier. */
 export function isApplicationInstalled(bundleIdentifier: string): boolean;
 
-/** _Not available yet._ @param size In pixels. */
+/** Writes the icon of an application as PNG, and gives its path. @param size In pixels, 1 to 1024. */
 export function iconForApplication(bundleIdentifier: string, size: number, targetDirectory: string): string | undefined;
 
-/** _Not available yet._ */
+/** What an application is called; `null` when it isn’t installed. */
 export function applicationName(bundleIdentifier: string): string | null;
 
 // ---- Clipping and importing into other applications
 
-/** _Not available yet._ */
+/** The page or mail that is handed on. What is missing counts as empty. */
+export interface ClippedPage {
+  /** Opens it in this client. */
+  url?: string;
+  /** Opens it in the web interface. */
+  'web-url'?: string;
+  title?: string;
+  html?: string;
+  /** Of a file with the HTML. */
+  'html-path'?: string;
+  account?: string;
+  /** Of the mail as a file. */
+  'eml-path'?: string;
+  /** Paths. */
+  attachments?: string[];
+}
+
+/** Hands a file to Evernote, DEVONthink, Photos or Receipts. */
 export function importIntoApplication(bundleIdentifier: string, path: string): void;
 
-/** _Not available yet._ */
+/** Prints a file through the system’s document viewer, or its printing system. Returns at once. */
 export function printPath(path: string): void;
 
-/** _Not available yet._ */
-export function clipPage(application: string, page: object): void;
+/** Hands a page to an application, by its name in `installedClipperApps()`. Returns at once. */
+export function clipPage(application: string, page: ClippedPage): void;
 
-/** _Not available yet._ */
+/** The names that `clipPage` takes and whose applications are installed: a JSON array. */
 export function installedClipperApps(): JSONText | null;
 
-/** _Not available yet._ */
-export function registerAppleEventForTimingApp(callback: (...values: unknown[]) => unknown): void;
+/**
+ * Sets the function that tells a time tracker what the user is at work on: a JSON array of strings. The first one stays.
+ */
+export function registerAppleEventForTimingApp(callback: () => JSONText): void;
 
-/** _Not available yet._ */
+/** Removes the application’s entry among the PDF services, which every start makes anew. */
 export function uninstallPDFServices(): void;
 
 // ---- Mail composition from other applications, contacts

@@ -11,11 +11,14 @@ const benchmarks = [
   'load',
   'menus',
   'host',
+  'windows',
   'keyring',
   'statusItem',
   'network',
   'migration',
   'notifications',
+  'applications',
+  'composition',
 ];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 

@@ -52,18 +52,26 @@ test('the clippers are those whose applications are installed', async (t) => {
 test('task managers get their URL as one argument, escaped', async (t) => {
   const links = [page.url, page['web-url']];
   const table = [
-    ['omnifocus', 'com.omnigroup.OmniFocus3', 'omnifocus:///add', { name: page.title, note: `${links.join('\n')}\n\n${text}\n` }],
+    [
+      'omnifocus',
+      'com.omnigroup.OmniFocus3',
+      'omnifocus:///add',
+      { name: page.title, note: `${links.join('\n')}\n\n${text}` },
+    ],
     [
       'todoist',
       'com.todoist.mac.Todoist',
       'todoist://addtask',
-      { content: `${page.title} [Web](${links[1]}) | [Tessaro](${links[0]})`, comment: `${text}\n\n\n${links.join('\n')}` },
+      {
+        content: `${page.title} [Web](${links[1]}) | [Tessaro](${links[0]})`,
+        comment: `${text}\n\n${links.join('\n')}`,
+      },
     ],
     [
       'things',
       'com.culturedcode.ThingsMac',
       'things:///add',
-      { title: page.title, notes: `${text}\n\n\n${links.join('\n')}`, 'show-quick-entry': 'true' },
+      { title: page.title, notes: `${text}\n\n${links.join('\n')}`, 'show-quick-entry': 'true' },
     ],
   ];
   for (const [name, identifier, address, parameters] of table) {
@@ -82,7 +90,11 @@ test('task managers get their URL as one argument, escaped', async (t) => {
 
 test('the clipboard gets a document that another program can read', async (t) => {
   const applications = new Applications(t);
-  act(t, applications, `m.clipPage('clipboard', { ...page, title: 'T', account: 'A', html: '  x\\n ', url: 'U', 'web-url': 'W' });`);
+  act(
+    t,
+    applications,
+    `m.clipPage('clipboard', { ...page, title: 'T', account: 'A', html: '  x\\n ', url: 'U', 'web-url': 'W' });`,
+  );
   const read = () =>
     promisify(execFile)('xclip', ['-selection', 'clipboard', '-o'], { env: { ...process.env, ...session.env } }).then(
       ({ stdout }) => stdout,
@@ -122,11 +134,9 @@ test('what nobody handles is logged, whatever the page is', async (t) => {
 async function startStandIn(t, applications, identifier) {
   const record = path.join(applications.home, 'messages.json');
   applications.add(identifier);
-  startScript(
-    t,
-    `const ok = probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`,
-    { env: { ...session.env, ...applications.env } },
-  );
+  startScript(t, `const ok = probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`, {
+    env: { ...session.env, ...applications.env },
+  });
   const messages = () => (fs.existsSync(record) ? JSON.parse(fs.readFileSync(record, 'utf8')) : []);
   const names = path.join(session.env.TMPDIR, 'NSMessagePort', 'names', Buffer.from(identifier).toString('base64'));
   await eventually(() => fs.existsSync(names), 'the application can be scripted');
@@ -169,22 +179,20 @@ test('a note in Evernote has the page and the files, those of archives one by on
 });
 
 test('a record in DEVONthink is the mail, or the page when there is none', async (t) => {
-  for (const [paths, expected] of [
-    [{ 'eml-path': '/a.eml', 'html-path': '/a.html' }, '/a.eml'],
-    [{ 'html-path': '/a.html' }, '/a.html'],
-  ]) {
-    const applications = new Applications(t);
-    const messages = await startStandIn(t, applications, 'com.devon-technologies.think3');
-    act(t, applications, `m.clipPage('devonthink', { ...page, ...${JSON.stringify(paths)} });`);
-    await eventually(() => messages().at(-1)?.[0] === 'open', 'the record is opened');
-    assert.deepStrictEqual(messages(), [
-      ['import', [expected, page.title, 0x616c6c20]],
-      ['URL', [page.url]],
-      ['thumbnail', []],
-      ['aliases', [page['web-url']]],
-      ['open', []],
-    ]);
-  }
+  const applications = new Applications(t);
+  const messages = await startStandIn(t, applications, 'com.devon-technologies.think3');
+  const record = (file) => [
+    ['import', [file, page.title, 0x616c6c20]],
+    ['URL', [page.url]],
+    ['thumbnail', []],
+    ['aliases', [page['web-url']]],
+    ['open', []],
+  ];
+  act(t, applications, `m.clipPage('devonthink', { ...page, 'eml-path': '/a.eml', 'html-path': '/a.html' });`);
+  await eventually(() => messages().length >= 5, 'the first record is opened');
+  act(t, applications, `m.clipPage('devonthink', { ...page, 'html-path': '/a.html' });`);
+  await eventually(() => messages().length >= 10, 'the second record is opened');
+  assert.deepStrictEqual(messages(), [...record('/a.eml'), ...record('/a.html')]);
 });
 
 test('photos, receipts and printing', async (t) => {
@@ -198,7 +206,8 @@ test('photos, receipts and printing', async (t) => {
   applications.addProgram('evince-previewer');
   const file = (name) => path.join(folder, name);
   for (const name of ['x.png', 'mail.eml', '-p.pdf']) fs.writeFileSync(file(name), '');
-  const importing = (id, name) => act(t, applications, `m.importIntoApplication('${id}', ${JSON.stringify(file(name))});`);
+  const importing = (id, name) =>
+    act(t, applications, `m.importIntoApplication('${id}', ${JSON.stringify(file(name))});`);
   importing('com.apple.Photos', 'photos.zip');
   assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('photos')]);
   assert.deepStrictEqual(fs.readdirSync(file('photos')).sort(), ['a.JPG', 'b.tiff']);
@@ -218,12 +227,12 @@ test('the text of HTML', async (t) => {
   const table = [
     ['', ''],
     ['plain', 'plain'],
-    ['<p>a<p>b', 'a\n\nb\n'],
-    ['<div>a</div><div>b</div>', 'a\nb\n'],
+    ['<p>a<p>b', 'a\n\nb'],
+    ['<div>a</div><div>b</div>', 'a\nb'],
     ['a<br>b<br/><br>c', 'a\nb\n\nc'],
-    ['<ul><li>one<li>two</ul>', '• one\n• two\n'],
-    ['<table><tr><td>1<td>2<tr><td>3</table>', '1\t2\n3\n'],
-    ['<pre>a\n  b</pre>', 'a\n  b\n'],
+    ['<ul><li>one<li>two</ul>', '• one\n• two'],
+    ['<table><tr><td>1<td>2<tr><td>3</table>', '1\t2\n3'],
+    ['<pre>a\n  b</pre>', 'a\n  b'],
     ['  a \n\t b  ', 'a b'],
     ['<script>x</script><style>y</style><title>z</title>t', 't'],
     ['&lt;b&gt; &amp; &#128512; &euro;', '<b> & 😀 €'],
@@ -239,7 +248,7 @@ test('the text of HTML', async (t) => {
      console.log(JSON.stringify([texts, deep, large]));`,
   );
   table.forEach(([html, expected], i) => expected === null || assert.strictEqual(seen[0][i], expected, html));
-  assert.deepStrictEqual(seen.slice(1), ['x\n', 6000000 - 1]);
+  assert.deepStrictEqual(seen.slice(1), ['x', 6000000 - 2]);
 });
 
 test('archives that mean harm', async (t) => {
@@ -289,7 +298,8 @@ test('the PDF entry leads to this application, and goes with its folder', async 
   fs.symlinkSync(bundle, path.join(services, 'renamed'));
   fs.symlinkSync('/no/such/place', entry);
   fs.writeFileSync(path.join(services, 'foreign'), '');
-  const run = (source) => runScript(t, `${withHost} const { module: m } = probe(); ${source}`, { home, env: session.env });
+  const run = (source) =>
+    runScript(t, `${withHost} const { module: m } = probe(); ${source}`, { home, env: session.env });
   await run('process.exit();');
   assert.deepStrictEqual(fs.readdirSync(services).sort(), ['Mail PDF with Tessaro', 'foreign']);
   assert.strictEqual(fs.realpathSync(entry), fs.realpathSync(bundle));

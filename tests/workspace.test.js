@@ -5,7 +5,7 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, temporaryDirectory } = require('./support/child');
+const { evaluate, runScript, temporaryDirectory } = require('./support/child');
 const { Applications } = require('./support/applications');
 
 const call = (t, applications, source) =>
@@ -175,4 +175,26 @@ test('files are opened without a shell, whatever they are called', async (t) => 
     `return ${JSON.stringify(refused)}.map((args) => m.openFile(...args, false));`,
   );
   assert.deepStrictEqual(results, [0, 0, 0, 0, 0, 0]);
+});
+
+test('folders that can’t be made, and no file manager', async (t) => {
+  const applications = new Applications(t);
+  applications.add('org.example.A', { types: ['x-scheme-handler/example'] });
+  const folder = JSON.stringify(path.join(applications.folder, 'org.example.A.desktop', 'icons'));
+  const result = await runScript(
+    t,
+    `const { module: m } = probe();
+     const [entry] = JSON.parse(m.applicationsForScheme('example', 16, ${folder}));
+     console.log(JSON.stringify([entry['bundle-id'], m.iconForApplication('org.example.A', 16, ${folder}) ?? null,
+       m.iconForFileExtension('pdf', 16, ${folder}) ?? null, m.openInfoForFile('/etc/passwd'), m.openInfoForFile('')]));`,
+    { env: { ...applications.env, TESSARO_NATIVE_LOG: 'stderr' }, home: applications.home },
+  );
+  assert.deepStrictEqual(JSON.parse(result.stdout), ['org.example.A', null, null, false, false]);
+  for (const line of [
+    "Couldn't create directory at path",
+    "Couldn't create target dir for target dir",
+    "Couldn't write icon file",
+  ]) {
+    assert.ok(result.stderr.includes(line), line);
+  }
 });

@@ -53,13 +53,13 @@ static void Delete(NSString* path) {
   }
 }
 
-- (BOOL)makeFolder {
+- (void)makeFolder {
   NSFileManager* files = [NSFileManager defaultManager];
   NSString* folder = [self pdfServicesPath];
-  if ([files fileExistsAtPath:folder]) return YES;
-  if (![files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:nullptr]) return NO;
-  TsLogInfo(@"Created %@", folder);
-  return YES;
+  if ([files fileExistsAtPath:folder]) return;
+  if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:nullptr]) {
+    TsLogInfo(@"Created %@", folder);
+  }
 }
 
 // What an alias leads to need not exist, so the alias is asked for, not its target.

@@ -13,6 +13,12 @@ const attributes: native.MenuItemAttributes = { title: 'Reload', accelerator: nu
 native.updateMainMenuMenuItem(JSON.stringify(['View', 0]), JSON.stringify(attributes));
 native.setPasswordForAccount('secret', 'account');
 
+const viewers: native.ApplicationEntry[] = JSON.parse(
+  native.applicationsForFileExtension('.pdf', 32, '/icons') ?? '[]',
+);
+native.openFile('/a.pdf', viewers[0].path, true);
+native.clipPage('things', { title: 'Lunch?', 'web-url': 'https://example.org/', attachments: ['/a.pdf'] });
+
 const request = native.createRequest('https://example.org/', { headers: { Accept: '*/*', skipped: 1 }, timeout: 0.5 });
 request.on('data', (bytes) => bytes.byteLength);
 request.on('end', ({ buffer, statusCode }) => [buffer, statusCode, request.start()]);

@@ -1,18 +1,19 @@
 #include "Platform/HTMLText.h"
 
 #include <libxml/HTMLparser.h>
+#include <libxml/parserInternals.h>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace tessaro::platform {
 
 namespace {
 
-constexpr std::size_t kPiece = 64 * 1024;
+// What the parser can count.
+constexpr std::size_t kLargestPage = std::numeric_limits<int>::max() - 1;
 
 // What stands between the texts of an element and those around it.
 enum class Flow { Inline, Block, Paragraph, Hidden, Break, Cell, Item, Verbatim };
@@ -80,7 +81,11 @@ class Writer {
     }
   }
 
-  [[nodiscard]] std::string Text() && { return std::move(text_); }
+  // Without an end of the last line, as the parser can't tell whether there was one.
+  [[nodiscard]] std::string Text() && {
+    while (text_.ends_with('\n')) text_.pop_back();
+    return std::move(text_);
+  }
 
  private:
   static bool IsOnLinesOfItsOwn(Flow flow) {
@@ -142,17 +147,17 @@ using Parser = std::unique_ptr<htmlParserCtxt, decltype([](htmlParserCtxt* parse
 
 // The parser tells what it finds without keeping it, so that no tree can grow too deep or too large.
 std::string TextFromHTML(std::string_view html) noexcept {
+  if (html.empty() || html.size() > kLargestPage) return {};
+  const Parser parser(htmlCreateMemoryParserCtxt(html.data(), static_cast<int>(html.size())));
+  if (parser == nullptr) return {};
   Writer writer;
   htmlSAXHandler handler = Handler();
-  const Parser parser(htmlCreatePushParserCtxt(&handler, &writer, nullptr, 0, nullptr, XML_CHAR_ENCODING_UTF8));
-  if (parser == nullptr) return {};
+  // The parser comes with a handler of its own, which it frees.
+  std::swap(*parser->sax, handler);
+  parser->userData = &writer;
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET | HTML_PARSE_RECOVER);
-  while (!html.empty()) {
-    const std::string_view piece = html.substr(0, kPiece);
-    htmlParseChunk(parser.get(), piece.data(), static_cast<int>(piece.size()), 0);
-    html.remove_prefix(piece.size());
-  }
-  htmlParseChunk(parser.get(), nullptr, 0, 1);
+  xmlSwitchEncoding(parser.get(), XML_CHAR_ENCODING_UTF8);
+  htmlParseDocument(parser.get());
   return std::move(writer).Text();
 }
 

@@ -4,8 +4,6 @@
 
 #include "Platform/Applications.h"
 #include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 static constexpr NSTimeInterval kAnswerDeadline = 10;
 static constexpr NSTimeInterval kLaunchDeadline = 10;
@@ -18,7 +16,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
     [[remote connectionForProxy] setReplyTimeout:kAnswerDeadline];
     return Retain(remote);
   } @catch (NSException* exception) {
-    TsLogWarning(@"%@ can't be reached: %@", identifier, [exception reason]);
+    NSLog(@"%@ can't be reached: %@", identifier, [exception reason]);
   }
   return nullptr;
 }
@@ -26,7 +24,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
 @implementation SBApplication
 
 + (instancetype)applicationWithBundleIdentifier:(NSString*)identifier {
-  if (!tessaro::platform::FindApplication(TsStdString(identifier))) return nil;
+  if (identifier == nil || !tessaro::platform::FindApplication([identifier UTF8String])) return nil;
   SBApplication* application = Adopt([[self alloc] init]).Autoreleased();
   application->_identifier = Retain(identifier);
   return application;
@@ -43,10 +41,10 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
 }
 
 - (NSDistantObject*)remote {
-  if ([self isRunning] || !tessaro::platform::LaunchApplication(TsStdString(_identifier))) return _remote;
+  if ([self isRunning] || !tessaro::platform::LaunchApplication([_identifier UTF8String])) return _remote;
   NSDate* end = [NSDate dateWithTimeIntervalSinceNow:kLaunchDeadline];
   while (![self isRunning] && [end timeIntervalSinceNow] > 0) [NSThread sleepForTimeInterval:kLaunchPoll];
-  if (!_remote) TsLogWarning(@"%@ doesn't let itself be scripted", _identifier.get());
+  if (!_remote) NSLog(@"%@ doesn't let itself be scripted", _identifier.get());
   return _remote;
 }
 
@@ -54,7 +52,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
   @try {
     if ([[self remote] respondsToSelector:_cmd]) [static_cast<SBApplication*>(static_cast<id>([self remote])) activate];
   } @catch (NSException* exception) {
-    TsLogWarning(@"%@ can't be activated: %@", _identifier.get(), [exception reason]);
+    NSLog(@"%@ can't be activated: %@", _identifier.get(), [exception reason]);
   }
 }
 
@@ -81,8 +79,8 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
   @try {
     [invocation invokeWithTarget:[self remote]];
   } @catch (NSException* exception) {
-    TsLogWarning(@"%@ doesn't answer %@: %@", _identifier.get(), NSStringFromSelector([invocation selector]),
-                 [exception reason]);
+    NSLog(@"%@ doesn't answer %@: %@", _identifier.get(), NSStringFromSelector([invocation selector]),
+          [exception reason]);
   }
 }
 
