@@ -469,18 +469,59 @@ export function uninstallPDFServices(): void;
 /** Sets the function that receives the text another application wants to be searched for. */
 export function setSearchServiceCallbackFunction(callback: (text: string) => void): void;
 
-/** Sets the function that receives the messages other applications compose. */
+/**
+ * Sets the function that receives the messages other applications compose, by scripting, services and mailto links.
+ * What comes before it is set is dropped.
+ * @param callback Receives the texts of an {@link OutgoingMessage} and of its {@link OutgoingMessageOptions}.
+ */
 export function setComposeOutgoingMessageCallbackFunction(
   callback: (message: JSONText, options: JSONText) => void,
 ): void;
 
-/** _Not available yet._ */
+/** JSON of a message that another application composes. */
+export interface OutgoingMessage {
+  sender?: string;
+  subject?: string;
+  /** Ends with a line feed. */
+  body?: string;
+  to: OutgoingRecipient[];
+  cc: OutgoingRecipient[];
+  bcc: OutgoingRecipient[];
+  'attachment-paths': string[];
+}
+
+export interface OutgoingRecipient {
+  name: string | null;
+  email: string | null;
+}
+
+/** null is what the other application has not decided. */
+export interface OutgoingMessageOptions {
+  'optimize-attachments?': boolean | null;
+  'directly-send?': boolean;
+  'image-attach-method': string | null;
+  'image-file-type': string | null;
+  'image-size': string | null;
+}
+
+/**
+ * Has a service of another application work on the text, and waits for it. Its result is ignored; failures are logged.
+ * @param name The service's path in the Services menu, as "Mailer/Mail To".
+ */
 export function performService(name: string, text: string): void;
 
-/** _Not available yet._ */
-export function pickEmailAddresses(window: WindowHandle, options: JSONText): void;
+/**
+ * Opens the window in which the user picks contacts. The addresses that are picked arrive with the notification
+ * "TsContactEmailAddressesPicked", under "addresses", as the JSON text of an array.
+ * @param translations JSON of an object with "window-title", "accept-button-label", "cancel-button-label" and
+ *   "edit-in-contacts-button-label"; those of the first call count.
+ */
+export function pickEmailAddresses(window: WindowHandle, translations: JSONText): void;
 
-/** _Not available yet._ */
+/**
+ * The members of the user's first contact group of that name, and of the groups in it.
+ * @returns JSON of an array of `{name?, email}`, or null when there is no such group.
+ */
 export function recipientsForGroupName(name: string): JSONText | null;
 
 // ---- Network

@@ -119,19 +119,31 @@ test('who has no contacts has no groups, and no folder is made for them', async 
   assert.deepStrictEqual([group, made], [null, false]);
 });
 
-test('records that cannot be read, or are gone, don’t stop a group', async (t) => {
-  const child = startScript(t, `${prelude} make(${JSON.stringify(book)}); print('made');`);
+test('members that are gone are passed over, and a damaged record is told by the log', async (t) => {
+  const child = startScript(t, `${prelude} make(${JSON.stringify(book)});`);
   await child.ended;
+  const read = (source) => evaluate(t, `${prelude} captureLog(); ${source}`, { home: child.home, env: session.env });
   const folder = `${child.home}/GNUstep/Library/Addresses`;
-  fs.writeFileSync(`${folder}/1.mfaddr`, '{ not a property list');
+
   fs.rmSync(`${folder}/2.mfaddr`);
-  const recipients = await evaluate(t, `${prelude} print(JSON.parse(m.recipientsForGroupName('Friends')));`, {
-    home: child.home,
-  });
+  const recipients = await read(`print(JSON.parse(m.recipientsForGroupName('Friends')));`);
   assert.deepStrictEqual(
     recipients.map(({ email }) => email),
-    ['nameless@x', 'info@acme'],
+    ['ann@x', 'ann@x', 'nameless@x', 'info@acme'],
   );
+
+  fs.writeFileSync(`${folder}/1.mfaddr`, '{ no property list');
+  const [group, log, shown] = await read(`
+    const host = require('./host');
+    host.start();
+    const group = m.recipientsForGroupName('Friends');
+    flushLog();
+    m.pickEmailAddresses(host.createWindow(), '{}');
+    print([group, capturedLog().at(-1).text, JSON.parse(contacts.picker()).isVisible]);
+    process.exit();`);
+  assert.strictEqual(group, null);
+  assert.match(log, /Parse failed/);
+  assert.ok(shown);
 });
 
 test('groups may be nested deeply', async (t) => {

@@ -44,6 +44,17 @@ NSString* DisplayName(ABPerson* person) {
   return name != nil ? name : @"";
 }
 
+// The framework raises an exception for a record that is damaged.
+template <typename Read>
+NSArray* IfReadable(const Read& read) {
+  @try {
+    return read();
+  } @catch (NSException* exception) {
+    NSLog(@"The contacts can't be read: %@", [exception reason]);
+    return @[];
+  }
+}
+
 std::vector<NSUInteger> SelectedRows(NSTableView* table) {
   std::vector<NSUInteger> rows;
   NSIndexSet* selected = [table selectedRowIndexes];
@@ -108,17 +119,19 @@ std::vector<NSUInteger> SelectedRows(NSTableView* table) {
 // ---- Contents
 
 - (void)reload {
-  _groups = Retain<NSArray>([platform::SharedAddressBook() groups]);
+  _groups = Retain(IfReadable([] { return [platform::SharedAddressBook() groups]; }));
   [_groupTable reloadData];
   [self reloadNames];
 }
 
 - (NSArray*)shownPeople {
   NSArray* groups = [self selectedGroups];
-  if ([groups count] == 0) return [platform::SharedAddressBook() people];
-  NSMutableArray* people = [NSMutableArray array];
-  for (ABGroup* group in groups) [people addObjectsFromArray:[group members]];
-  return people;
+  return IfReadable([groups]() -> NSArray* {
+    if ([groups count] == 0) return [platform::SharedAddressBook() people];
+    NSMutableArray* people = [NSMutableArray array];
+    for (ABGroup* group in groups) [people addObjectsFromArray:[group members]];
+    return people;
+  });
 }
 
 - (void)reloadNames {

@@ -1,0 +1,102 @@
+'use strict';
+
+// A scripted message on its way from the bus to script, recipients as text, and groups of contacts.
+
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+
+const { redirectGNUstep } = require('../host/gnustepHome');
+
+const home = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-bench-'));
+process.on('exit', () => fs.rmSync(home, { recursive: true, force: true }));
+process.env.GNUSTEP_CONFIG_FILE = redirectGNUstep(home).GNUSTEP_CONFIG_FILE;
+
+const host = require('../host');
+const { probe } = require('../tests/support/addon');
+const { report, summary } = require('./support');
+
+const rounds = 21;
+const ms = { unit: 'ms', scale: 1e6 };
+
+host.start();
+host.setKeepAlive(true);
+const { module: native, bus, contacts } = probe();
+
+const since = (start) => Number(process.hrtime.bigint() - start);
+
+async function compose(recipients) {
+  const composed = new Promise((resolve) => native.setComposeOutgoingMessageCallbackFunction(resolve));
+  const start = process.hrtime.bigint();
+  bus.composeMessage(recipients);
+  const text = await composed;
+  const time = since(start);
+  if (JSON.parse(text).to.length !== recipients) throw new Error(`composed ${text}`);
+  return time;
+}
+
+async function repeat(work) {
+  await work();
+  const samples = [];
+  for (let round = 0; round < rounds; ++round) samples.push(await work());
+  return samples;
+}
+
+function splitInScript(text) {
+  const start = process.hrtime.bigint();
+  const recipients = text.split(',').map((piece) => {
+    const match = /^([^<]*)<([^>]*)>/.exec(piece);
+    return match ? { name: match[1].trim(), address: match[2] } : { name: '', address: piece };
+  });
+  const split = since(start);
+  const written = recipients.map(({ name, address }) => (name ? `"${name}" <${address}>` : `<${address}>`)).join(', ');
+  return [split, since(start) - split, written.length];
+}
+
+function measureText(count) {
+  const text = Array.from({ length: count }, (_, i) => `Person ${i} <person${i}@example.org>`).join(', ');
+  const samples = Array.from({ length: rounds }, () => ({
+    native: JSON.parse(contacts.timeText(text)),
+    script: splitInScript(text),
+  }));
+  const of = (peer, step) => summary(samples.map((sample) => sample[peer][step]));
+  report(
+    `${count} recipients, ${(text.length / 1e6).toFixed(1)} MB`,
+    {
+      'fromString:': of('native', 0),
+      'the same in script': of('script', 0),
+      'toString:': of('native', 1),
+      'the same in script ': of('script', 1),
+    },
+    ms,
+  );
+}
+
+function measureGroups(count) {
+  contacts.make(
+    JSON.stringify({
+      people: Array.from({ length: count }, (_, i) => ({ first: 'Person', last: `${i}`, emails: [`person${i}@x`] })),
+      groups: [{ name: 'Everybody', members: Array.from({ length: count }, (_, i) => i) }],
+    }),
+  );
+  const samples = Array.from({ length: 5 }, () => JSON.parse(contacts.timeGroup('Everybody'))[0]);
+  report(`A group of ${count} people`, { 'its recipients': summary(samples) }, ms);
+}
+
+async function main() {
+  report(
+    'A message from the bus to script',
+    {
+      'one recipient': summary(await repeat(() => compose(1))),
+      '1000 recipients': summary(await repeat(() => compose(1000))),
+      '10000 recipients': summary(await repeat(() => compose(10000))),
+    },
+    ms,
+  );
+  measureText(100000);
+  measureGroups(1000);
+  measureGroups(10000);
+  process.exit();
+}
+
+main();
