@@ -49,7 +49,7 @@ function main(home) {
       'passwords alone': () =>
         milliseconds(() => accounts.forEach(({ username }) => native.getPasswordForAccount(username))),
     },
-    3,
+    5,
   );
   migration.silenceKeychain();
   const parser = new XMLParser({ ignoreAttributes: false });
