@@ -5,7 +5,7 @@
 const { spawnSync } = require('child_process');
 const path = require('path');
 
-const benchmarks = ['calls', 'json', 'load', 'menus', 'host', 'keyring', 'statusItem', 'network'];
+const benchmarks = ['calls', 'json', 'load', 'menus', 'host', 'keyring', 'statusItem', 'network', 'windows'];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 
 let failed = 0;
