@@ -2,6 +2,7 @@
 #import <GNUstepGUI/GSTheme.h>
 
 #include "Platform/SystemAppearance.h"
+#include "Platform/Toolbars.h"
 #include "Utilities/Ref.h"
 #include "Utilities/TsReplaceMethod.h"
 
@@ -155,22 +156,6 @@ void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
 
 @implementation NSToolbar (Completion)
 
-+ (void)load {
-  insertItem =
-      Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:", InsertAnyItem);
-  allowedIdentifiers =
-      Exchange(self, @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
-  setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
-  layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
-  backgroundColor = Exchange(NSClassFromString(@"GSTheme"), @selector(toolbarBackgroundColor),
-                             "ts_toolbarBackgroundColor", Background);
-  textColor = Exchange(NSClassFromString(@"GSToolbarButtonCell"), @selector(textColor), "ts_textColor", LabelColor);
-  drawBackView = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(drawRect:), "ts_drawRect:", DrawLabel);
-  Class button = NSClassFromString(@"GSToolbarButton");
-  class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
-                  method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));
-}
-
 // GNUstep refuses what is not there yet, and what it has not yet found out to be selectable.
 - (void)setSelectedItemIdentifier:(NSString*)identifier {
   for (NSToolbarItem* item in [self _itemsWithIdentifier:_selectedItemIdentifier]) [item _setSelected:NO];
@@ -187,3 +172,24 @@ void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
 }
 
 @end
+
+namespace tessaro::platform {
+
+void CompleteToolbars() {
+  if (insertItem != nullptr) return;
+  insertItem = Exchange([NSToolbar class], @selector(_insertItemWithItemIdentifier:atIndex:broadcast:),
+                        "ts_insertItem:", InsertAnyItem);
+  allowedIdentifiers =
+      Exchange([NSToolbar class], @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
+  setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
+  layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
+  backgroundColor = Exchange(NSClassFromString(@"GSTheme"), @selector(toolbarBackgroundColor),
+                             "ts_toolbarBackgroundColor", Background);
+  textColor = Exchange(NSClassFromString(@"GSToolbarButtonCell"), @selector(textColor), "ts_textColor", LabelColor);
+  drawBackView = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(drawRect:), "ts_drawRect:", DrawLabel);
+  Class button = NSClassFromString(@"GSToolbarButton");
+  class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
+                  method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));
+}
+
+}  // namespace tessaro::platform
