@@ -2,6 +2,7 @@
 
 #include "Platform/MainQueue.h"
 #include "Platform/SystemAppearance.h"
+#include "Platform/Toolbars.h"
 #include "Toolbar/TsTheme.h"
 #import "Toolbar/TsToolbar.h"
 #include "Toolbar/TsToolbarDefinitions.h"
@@ -124,6 +125,7 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (void)installToolbar {
+  platform::CompleteToolbars();
   const auto toolbar = Adopt([[TsToolbar alloc] initWithIdentifier:_toolbarIdentifier]);
   [toolbar setAllowsExtensionItems:TsIsTrue(_options, @"allows-extension-items?")];
   [toolbar setAllowsUserCustomization:TsIsTrue(_options, @"allows-user-customization?")];

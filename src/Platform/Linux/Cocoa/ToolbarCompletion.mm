@@ -1,6 +1,8 @@
 #import <AppKit/AppKit.h>
+#import <GNUstepGUI/GSTheme.h>
 
 #include "Platform/SystemAppearance.h"
+#include "Platform/Toolbars.h"
 #include "Utilities/Ref.h"
 #include "Utilities/TsReplaceMethod.h"
 
@@ -21,11 +23,6 @@
 
 @interface NSView (TsToolbarBackView)
 - (NSToolbarItem*)toolbarItem;
-- (NSColor*)standardBackgroundColor;
-@end
-
-@interface NSCell (TsPrivate)
-- (void)_drawAttributedText:(NSAttributedString*)text inFrame:(NSRect)frame;
 @end
 
 namespace {
@@ -108,7 +105,7 @@ void LayOutWithView(NSView* backView, SEL selector) {
 // GNUstep selects items, but doesn't show it.
 void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
   if ([button state] == NSOnState) {
-    [[NSColor colorWithCalibratedWhite:0 alpha:0.2] set];
+    [[NSColor colorWithCalibratedWhite:tessaro::platform::IsDarkMode() ? 1 : 0 alpha:0.2] set];
     [[NSBezierPath bezierPathWithRoundedRect:NSInsetRect([button bounds], 2, 2) xRadius:4 yRadius:4] fill];
   }
   const IMP ordinary = class_getMethodImplementation([NSButton class], selector);
@@ -117,28 +114,24 @@ void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
 
 // ---- The dark look
 
-using BackgroundColor = NSColor* (*)(NSView*, SEL);
-using DrawText = void (*)(NSCell*, SEL, NSAttributedString*, NSRect);
+using BackgroundColor = NSColor* (*)(id, SEL);
 using Draw = void (*)(NSView*, SEL, NSRect);
 
 BackgroundColor backgroundColor = nullptr;
-DrawText drawText = nullptr;
+BackgroundColor textColor = nullptr;
 Draw drawBackView = nullptr;
 
 constexpr CGFloat kLabelBottom = 4;
 
-NSColor* Background(NSView* view, SEL selector) {
-  if (!tessaro::platform::IsDarkMode()) return backgroundColor(view, selector);
+NSColor* Background(id theme, SEL selector) {
+  if (!tessaro::platform::IsDarkMode()) return backgroundColor(theme, selector);
   return [NSColor colorWithCalibratedWhite:0.16 alpha:1];
 }
 
 NSColor* DarkLabelColor() { return [NSColor colorWithCalibratedWhite:0.9 alpha:1]; }
 
-void DrawButtonText(NSCell* cell, SEL selector, NSAttributedString* text, NSRect frame) {
-  if (!tessaro::platform::IsDarkMode()) return drawText(cell, selector, text, frame);
-  const auto light = Adopt([[NSMutableAttributedString alloc] initWithAttributedString:text]);
-  [light addAttribute:NSForegroundColorAttributeName value:DarkLabelColor() range:NSMakeRange(0, [light length])];
-  drawText(cell, selector, light, frame);
+NSColor* LabelColor(id cell, SEL selector) {
+  return tessaro::platform::IsDarkMode() ? DarkLabelColor() : textColor(cell, selector);
 }
 
 void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
@@ -163,23 +156,6 @@ void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
 
 @implementation NSToolbar (Completion)
 
-+ (void)load {
-  insertItem =
-      Exchange(self, @selector(_insertItemWithItemIdentifier:atIndex:broadcast:), "ts_insertItem:", InsertAnyItem);
-  allowedIdentifiers =
-      Exchange(self, @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
-  setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
-  layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
-  backgroundColor = Exchange(NSClassFromString(@"GSToolbarView"), @selector(standardBackgroundColor),
-                             "ts_standardBackgroundColor", Background);
-  drawText = Exchange(NSClassFromString(@"GSToolbarButtonCell"), @selector(_drawAttributedText:inFrame:),
-                      "ts_drawAttributedText:", DrawButtonText);
-  drawBackView = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(drawRect:), "ts_drawRect:", DrawLabel);
-  Class button = NSClassFromString(@"GSToolbarButton");
-  class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
-                  method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));
-}
-
 // GNUstep refuses what is not there yet, and what it has not yet found out to be selectable.
 - (void)setSelectedItemIdentifier:(NSString*)identifier {
   for (NSToolbarItem* item in [self _itemsWithIdentifier:_selectedItemIdentifier]) [item _setSelected:NO];
@@ -196,3 +172,24 @@ void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
 }
 
 @end
+
+namespace tessaro::platform {
+
+void CompleteToolbars() {
+  if (insertItem != nullptr) return;
+  insertItem = Exchange([NSToolbar class], @selector(_insertItemWithItemIdentifier:atIndex:broadcast:),
+                        "ts_insertItem:", InsertAnyItem);
+  allowedIdentifiers =
+      Exchange([NSToolbar class], @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
+  setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
+  layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
+  backgroundColor = Exchange(NSClassFromString(@"GSTheme"), @selector(toolbarBackgroundColor),
+                             "ts_toolbarBackgroundColor", Background);
+  textColor = Exchange(NSClassFromString(@"GSToolbarButtonCell"), @selector(textColor), "ts_textColor", LabelColor);
+  drawBackView = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(drawRect:), "ts_drawRect:", DrawLabel);
+  Class button = NSClassFromString(@"GSToolbarButton");
+  class_addMethod(button, @selector(drawRect:), reinterpret_cast<IMP>(DrawSelection),
+                  method_getTypeEncoding(class_getInstanceMethod(button, @selector(drawRect:))));
+}
+
+}  // namespace tessaro::platform
