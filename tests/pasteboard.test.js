@@ -80,7 +80,7 @@ test('a large value comes back whole, one that is too large is refused', async (
   fs.writeFileSync(file, Buffer.alloc(64 << 20));
   const seen = await inSession(
     t,
-    `const seen = [...JSON.parse(menus.largeValueSurvives(JSON.stringify({ bytes: 24 << 20 })))];
+    `const seen = [...JSON.parse(menus.largeValueSurvives(JSON.stringify({ bytes: 12 << 20 })))];
      seen.push(m.writeFileContentsToGeneralPasteboard(${JSON.stringify(file)}));
      m.setFindStringToPasteboard('still there');
      seen.push(m.getFindStringFromPasteboard());

@@ -13,8 +13,9 @@
 
 static NSString* const kFileURLType = @"public.file-url";
 
-// The pasteboard server may hang, as while it waits for another program's data.
-static constexpr NSTimeInterval kServerDeadline = 5;
+// The pasteboard server may hang, as while it waits for another program's data. It takes some seconds for
+// the largest values too.
+static constexpr NSTimeInterval kServerDeadline = 10;
 
 // One message to it holds 32 MiB at most; a larger one would end the connection.
 static constexpr NSUInteger kLargestValue = 31 << 20;
