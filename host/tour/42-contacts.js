@@ -22,7 +22,7 @@ const records = [
   person(1, 'Ann', 'Adler', 'ann@example.org'),
   person(2, 'Bob', 'Baker', 'bob@example.org'),
   person(3, 'Carla', 'Cole', 'carla@example.org'),
-  '{ Type = Group; UID = 4; GroupName = Choir; Members = (1, 3); Subgroups = (5); }',
+  '{ Type = Group; UID = 4; GroupName = Choir; Members = (1, 3, 5); }',
   '{ Type = Group; UID = 5; GroupName = Basses; Members = (2); }',
 ];
 
