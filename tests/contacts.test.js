@@ -323,7 +323,11 @@ test('addresses, groups and nothing are picked by hand', async (t) => {
   assert.ok(addresses.includes('"Bob" <bob@x>') && addresses.includes('"Ann Lee" <ann@y>'), addresses.join());
 
   await picker.open();
-  await picker.click(await picker.group('Work'), ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05]);
+  const work = await picker.group('Work');
+  // Two clicks are one double click only if they are quick enough, which on a busy machine they may not be.
+  for (let attempt = 0; attempt < 8 && picker.pickedSoFar() < 3; ++attempt) {
+    await picker.click(work, ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05], ['sleep', 0.5]);
+  }
   assert.deepStrictEqual((await picker.picked(3))[2], ['"ACME" <info@acme>']);
   await picker.isHidden();
 });
