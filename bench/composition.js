@@ -72,14 +72,31 @@ function measureText(count) {
   );
 }
 
-function measureGroups(count) {
-  contacts.make(
-    JSON.stringify({
-      people: Array.from({ length: count }, (_, i) => ({ first: 'Person', last: `${i}`, emails: [`person${i}@x`] })),
-      groups: [{ name: 'Everybody', members: Array.from({ length: count }, (_, i) => i) }],
-    }),
+// As files, because the framework takes a minute to add so many.
+function makeContacts(count) {
+  const folder = path.join(home, 'GNUstep', 'Library', 'Addresses');
+  fs.rmSync(folder, { recursive: true, force: true });
+  fs.mkdirSync(folder, { recursive: true });
+  const write = (id, text) => fs.writeFileSync(path.join(folder, `${id}.mfaddr`), text);
+  const ids = Array.from({ length: count }, (_, index) => index + 1);
+  for (const id of ids) {
+    const email = `({ ID = 1; Label = WorkEmail; Value = "person${id}@example.org"; })`;
+    write(id, `{ Type = Person; UID = ${id}; FirstName = Person; LastName = "${id}"; Email = ${email}; }`);
+  }
+  write(
+    count + 1,
+    `{ Type = Group; UID = ${count + 1}; GroupName = "${count} people"; Members = (${ids.join(', ')}); }`,
   );
-  const samples = Array.from({ length: 5 }, () => JSON.parse(contacts.timeGroup('Everybody'))[0]);
+  fs.writeFileSync(path.join(folder, 'NEXTID'), String(count + 2));
+}
+
+function measureGroup(count) {
+  makeContacts(count);
+  const samples = Array.from({ length: 5 }, () => {
+    const [time, found] = JSON.parse(contacts.timeGroup(`${count} people`));
+    if (found !== count) throw new Error(`${found} of ${count} people`);
+    return time;
+  });
   report(`A group of ${count} people`, { 'its recipients': summary(samples) }, ms);
 }
 
@@ -94,8 +111,7 @@ async function main() {
     ms,
   );
   measureText(100000);
-  measureGroups(1000);
-  measureGroups(10000);
+  measureGroup(10000);
   process.exit();
 }
 

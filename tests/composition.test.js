@@ -39,7 +39,11 @@ const applicationScript = `${host}
   print('ready');
 `;
 
-const lines = (child) => child.output.stdout.split('\n').slice(0, -1).map((line) => JSON.parse(line));
+const lines = (child) =>
+  child.output.stdout
+    .split('\n')
+    .slice(0, -1)
+    .map((line) => JSON.parse(line));
 
 /** Another process, which talks to the application over the bus. */
 async function startApplication(t, { env = session.env, source = applicationScript } = {}) {
@@ -56,7 +60,14 @@ async function startApplication(t, { env = session.env, source = applicationScri
     ...child,
     busctl,
     call,
-    make: (...properties) => call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', properties.length ? properties[0] : 0, ...properties.slice(1)),
+    make: (...properties) =>
+      call(
+        applicationPath,
+        'MakeOutgoingMessage',
+        'a{sv}',
+        properties.length ? properties[0] : 0,
+        ...properties.slice(1),
+      ),
     get: (object, property) =>
       busctl('get-property', name, object, object === applicationPath ? application : message, property),
     set: (object, property, ...value) =>
@@ -66,7 +77,10 @@ async function startApplication(t, { env = session.env, source = applicationScri
         const all = lines(child).filter((line) => Array.isArray(line));
         return all.length >= count && all.map(([, ...texts]) => texts);
       }, `${count} messages are composed`),
-    composedAt: () => lines(child).filter((line) => Array.isArray(line)).map(([time]) => time),
+    composedAt: () =>
+      lines(child)
+        .filter((line) => Array.isArray(line))
+        .map(([time]) => time),
     async tell(line) {
       const before = lines(child).length;
       child.process.stdin.write(`${line.replace(/\n/g, ' ')}\n`);
@@ -97,7 +111,10 @@ test('another process makes a message, reads and sets its properties, and compos
   assert.strictEqual(await app.get(messagePath(0), 'OptimizeAttachments'), 'b true');
   await app.call(messagePath(0), 'Compose');
 
-  assert.strictEqual(await app.make(2, 'Subject', 's', 'Grüße 🌍', 'DirectlySend', 'b', 'true'), `o "${messagePath(1)}"`);
+  assert.strictEqual(
+    await app.make(2, 'Subject', 's', 'Grüße 🌍', 'DirectlySend', 'b', 'true'),
+    `o "${messagePath(1)}"`,
+  );
   const properties = {
     Sender: 'ann@example.org',
     Content: 'a\nb',
@@ -161,7 +178,10 @@ test('a message that becomes visible is composed a second later, as it is then, 
   await app.call(messagePath(0), 'SetVisible', 'b', 'true');
   await app.set(messagePath(0), 'Subject', 's', 'late');
   const composed = await app.composed(2);
-  assert.deepStrictEqual(composed.map(([{ subject }]) => subject), ['late', 'late']);
+  assert.deepStrictEqual(
+    composed.map(([{ subject }]) => subject),
+    ['late', 'late'],
+  );
   assert.ok(app.composedAt()[0] - start >= 1000, 'not before a second has passed');
 });
 
@@ -169,7 +189,9 @@ test('what comes before script has set its callback is dropped', async (t) => {
   const app = await startApplication(t, { source: applicationScript.replace(/^ *m\.set.*$/m, '') });
   await app.make();
   await app.call(messagePath(0), 'Compose');
-  await app.tell('m.setComposeOutgoingMessageCallbackFunction((...texts) => print([0, ...texts.map((t) => JSON.parse(t))]))');
+  await app.tell(
+    'm.setComposeOutgoingMessageCallbackFunction((...texts) => print([0, ...texts.map((t) => JSON.parse(t))]))',
+  );
   await app.set(messagePath(0), 'Subject', 's', 'second');
   await app.call(messagePath(0), 'Compose');
   assert.deepStrictEqual(await app.composed(1), [[{ ...empty, subject: 'second' }, noOptions]]);
@@ -183,7 +205,16 @@ test('the current page and do-not-disturb are read, and do-not-disturb is switch
     host.on('notification', ({ name }) => { if (name === 'TsToggleDoNotDisturbNotification') { print({ name }); host.setDefault('DoNotDisturb', true); } });
     1
   }`);
-  const titles = await app.busctl('--json=short', 'get-property', name, applicationPath, application, 'CurrentURL', 'CurrentTitle', 'CurrentMessageText');
+  const titles = await app.busctl(
+    '--json=short',
+    'get-property',
+    name,
+    applicationPath,
+    application,
+    'CurrentURL',
+    'CurrentTitle',
+    'CurrentMessageText',
+  );
   assert.deepStrictEqual(
     titles.split('\n').map((line) => JSON.parse(line).data),
     ['tessaro://inbox', 'Inbox “ä”', 'current-message-text!'],
@@ -204,7 +235,10 @@ test('bad requests get an error, and leave no message behind', async (t) => {
   const cases = [
     [() => app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 77), /There is no message 77/],
     [() => app.call(messagePath(5), 'Compose'), /Unknown object/],
-    [() => app.call(applicationPath, 'OutgoingMessageWithUniqueID', 's', 'one'), /Invalid argument|InvalidArgs|Unexpected/i],
+    [
+      () => app.call(applicationPath, 'OutgoingMessageWithUniqueID', 's', 'one'),
+      /Invalid argument|InvalidArgs|Unexpected/i,
+    ],
     [() => app.make(1, 'Subject', 'i', 3), /of the type i/],
     [() => app.make(1, 'Subject', 'b', 'true'), /Subject is of the type s/],
     [() => app.make(1, 'Nothing', 's', 'x'), /no property Nothing/],
@@ -218,8 +252,14 @@ test('bad requests get an error, and leave no message behind', async (t) => {
   await app.make();
   const known = [
     [() => app.set(messagePath(0), 'Subject', 'i', 3), /expected 's'/],
-    [() => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'), /no property objectSpecifier/],
-    [() => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0), /Elements have no elements/],
+    [
+      () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'),
+      /no property objectSpecifier/,
+    ],
+    [
+      () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0),
+      /Elements have no elements/,
+    ],
     [() => app.call(messagePath(0), 'AddToRecipient', 's', 'x'), /Invalid argument|InvalidArgs|Unexpected/i],
   ];
   for (const [request, reason] of known) assert.match(await refusal(request()), reason);
@@ -297,9 +337,13 @@ test('the desktop hands links to the application', async (t) => {
     path.join(root, 'host', 'TessaroHost.desktop'),
     path.join(data, 'applications', 'org.tessaro.TessaroHost.desktop'),
   );
-  await run('gio', ['launch', path.join(data, 'applications', 'org.tessaro.TessaroHost.desktop'), 'mailto:ann@example.org?subject=Hi'], {
-    env: { ...process.env, ...session.env },
-  });
+  await run(
+    'gio',
+    ['launch', path.join(data, 'applications', 'org.tessaro.TessaroHost.desktop'), 'mailto:ann@example.org?subject=Hi'],
+    {
+      env: { ...process.env, ...session.env },
+    },
+  );
   const [[text]] = await app.composed(1);
   assert.deepStrictEqual([text.subject, text.to[0].email], ['Hi', 'ann@example.org']);
 });

@@ -25,42 +25,89 @@ test('headers are split at every comma, and what stands in brackets is the addre
     ['', []],
     [',,', []],
     ['a@x', [['', 'a@x']]],
-    ['John <a@x>, b@x', [['John', 'a@x'], ['', ' b@x']]],
-    ['"Doe, John" <a@x>', [['', '"Doe'], ['John"', 'a@x']]],
+    [
+      'John <a@x>, b@x',
+      [
+        ['John', 'a@x'],
+        ['', ' b@x'],
+      ],
+    ],
+    [
+      '"Doe, John" <a@x>',
+      [
+        ['', '"Doe'],
+        ['John"', 'a@x'],
+      ],
+    ],
     ['>a<', [['', '>a<']]],
     ['<a@x', [['', '<a@x']]],
     ['<>', [['', '']]],
     [' \t John\u00a0\u3000< a@x >rest', [['John', ' a@x ']]],
     ['\nJohn\n<a@x>', [['\nJohn\n', 'a@x']]],
     ['a<b<c>d>', [['a', 'b<c']]],
-    ['Zoë 😀 <ä@x>,日本 <b@x>', [['Zoë 😀', 'ä@x'], ['日本', 'b@x']]],
+    [
+      'Zoë 😀 <ä@x>,日本 <b@x>',
+      [
+        ['Zoë 😀', 'ä@x'],
+        ['日本', 'b@x'],
+      ],
+    ],
     [' ', [['', ' ']]],
   ];
   const results = await evaluate(
     t,
     `${prelude} print(${JSON.stringify(cases.map(([text]) => text))}.map((text) => JSON.parse(contacts.parse(text))));`,
   );
-  assert.deepStrictEqual(results, cases.map(([, recipients]) => recipients));
+  assert.deepStrictEqual(
+    results,
+    cases.map(([, recipients]) => recipients),
+  );
 });
 
 test('recipients are written as items of a header', async (t) => {
   const cases = [
     [[], '', []],
     [[['Ann', 'a@x']], '"Ann" <a@x>', ['"Ann" <a@x>']],
-    [[['', 'a@x'], [null, 'b@x']], '<a@x>, <b@x>', ['<a@x>', '<b@x>']],
+    [
+      [
+        ['', 'a@x'],
+        [null, 'b@x'],
+      ],
+      '<a@x>, <b@x>',
+      ['<a@x>', '<b@x>'],
+    ],
     [[['A <B>', 'a@x']], '"A <B>" ', ['"A <B>" ']],
     [[['"Q\\', 'a<x']], '""Q\\" <a<x>', ['""Q\\" <a<x>']],
-    [[['Zoë', 'a@x'], ['日本 😀', 'ü@x'], ['B', '']], '"Zoë" <a@x>, "日本 😀" <ü@x>, "B" <>', ['"Zoë" <a@x>', '"日本 😀" <ü@x>', '"B" <>']],
+    [
+      [
+        ['Zoë', 'a@x'],
+        ['日本 😀', 'ü@x'],
+        ['B', ''],
+      ],
+      '"Zoë" <a@x>, "日本 😀" <ü@x>, "B" <>',
+      ['"Zoë" <a@x>', '"日本 😀" <ü@x>', '"B" <>'],
+    ],
   ];
   const results = await evaluate(
     t,
     `${prelude} print(${JSON.stringify(cases.map(([pairs]) => JSON.stringify(pairs)))}.map((pairs) => JSON.parse(contacts.format(pairs))));`,
   );
-  assert.deepStrictEqual(results, cases.map(([, ...texts]) => texts));
+  assert.deepStrictEqual(
+    results,
+    cases.map(([, ...texts]) => texts),
+  );
 });
 
 test('people go by their names in their order, and companies by their organization', async (t) => {
-  const full = { title: 'Dr.', first: 'Ann', middle: 'M.', last: 'Lee', suffix: 'Jr.', organization: 'ACME', emails: ['a@x', 'b@x'] };
+  const full = {
+    title: 'Dr.',
+    first: 'Ann',
+    middle: 'M.',
+    last: 'Lee',
+    suffix: 'Jr.',
+    organization: 'ACME',
+    emails: ['a@x', 'b@x'],
+  };
   const cases = [
     ['a@x', full, [['Dr. Ann M. Lee Jr.', 'a@x']]],
     ['b@x', { ...full, flags: 16 }, [['Dr. Lee Ann M. Jr.', 'b@x']]],
@@ -76,7 +123,10 @@ test('people go by their names in their order, and companies by their organizati
     t,
     `${prelude} print(${JSON.stringify(cases.map(([address, person]) => [address, JSON.stringify(person)]))}.map((args) => JSON.parse(contacts.recipient(...args))));`,
   );
-  assert.deepStrictEqual(results, cases.map(([, , recipients]) => recipients));
+  assert.deepStrictEqual(
+    results,
+    cases.map(([, , recipients]) => recipients),
+  );
 });
 
 const book = {
@@ -139,7 +189,7 @@ test('members that are gone are passed over, and a damaged record is told by the
     const group = m.recipientsForGroupName('Friends');
     flushLog();
     m.pickEmailAddresses(host.createWindow(), '{}');
-    print([group, capturedLog().at(-1).text, JSON.parse(contacts.picker()).isVisible]);
+    print([group, capturedLog().map(({ text }) => text).join('\\n'), JSON.parse(contacts.picker()).isVisible]);
     process.exit();`);
   assert.strictEqual(group, null);
   assert.match(log, /Parse failed/);
@@ -156,7 +206,10 @@ test('groups may be nested deeply', async (t) => {
       members: index + 1 < depth ? [] : [0],
     })),
   };
-  const recipients = await evaluate(t, `${prelude} make(${JSON.stringify(deep)}); print(JSON.parse(m.recipientsForGroupName('Level 0')));`);
+  const recipients = await evaluate(
+    t,
+    `${prelude} make(${JSON.stringify(deep)}); print(JSON.parse(m.recipientsForGroupName('Level 0')));`,
+  );
   assert.deepStrictEqual(recipients, [{ email: 'deep@x' }]);
 });
 
@@ -185,7 +238,11 @@ const pickerScript = `
 
 async function startPicker(t) {
   const child = startScript(t, pickerScript, { env: session.env });
-  const lines = () => child.output.stdout.split('\n').slice(0, -1).map((line) => JSON.parse(line));
+  const lines = () =>
+    child.output.stdout
+      .split('\n')
+      .slice(0, -1)
+      .map((line) => JSON.parse(line));
   const answers = () => lines().filter((line) => 'answer' in line);
   await eventually(() => answers().length > 0, 'the application is ready').catch((error) => {
     throw new Error(`${error.message}: ${child.output.stderr}`);
@@ -266,7 +323,11 @@ test('addresses, groups and nothing are picked by hand', async (t) => {
   assert.ok(addresses.includes('"Bob" <bob@x>') && addresses.includes('"Ann Lee" <ann@y>'), addresses.join());
 
   await picker.open();
-  await picker.click(await picker.group('Work'), ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05]);
+  const work = await picker.group('Work');
+  // Two clicks are one double click only if they are quick enough, which on a busy machine they may not be.
+  for (let attempt = 0; attempt < 8 && picker.pickedSoFar() < 3; ++attempt) {
+    await picker.click(work, ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05], ['sleep', 0.5]);
+  }
   assert.deepStrictEqual((await picker.picked(3))[2], ['"ACME" <info@acme>']);
   await picker.isHidden();
 });
@@ -279,7 +340,13 @@ test('with groups, single addresses do not count', async (t) => {
   await picker.click(await picker.address('ann@z'));
   await picker.click(await picker.button('Add Recipients'));
   const [recipients] = await picker.picked(1);
-  assert.deepStrictEqual(recipients, ['"Ann Lee" <ann@x>', '<nameless@x>', '"Bob" <bob@x>', '"Ann Lee" <ann@x>', '"ACME" <info@acme>']);
+  assert.deepStrictEqual(recipients, [
+    '"Ann Lee" <ann@x>',
+    '<nameless@x>',
+    '"Bob" <bob@x>',
+    '"Ann Lee" <ann@x>',
+    '"ACME" <info@acme>',
+  ]);
 });
 
 test('Cancel hides the picker and tells nothing, Escape does not even that', async (t) => {

@@ -29,7 +29,11 @@ const provider = `${host('TessaroHost')}
   print('ready');
 `;
 
-const lines = (child) => child.output.stdout.split('\n').slice(0, -1).map((line) => JSON.parse(line));
+const lines = (child) =>
+  child.output.stdout
+    .split('\n')
+    .slice(0, -1)
+    .map((line) => JSON.parse(line));
 
 /** Makes the services of the applications in `home` known there. */
 function publish(home) {
@@ -156,12 +160,21 @@ test('an application that is not running is started, and serves then', async (t)
     const m = require('${root}/tests/support/addon').probe().module;
     m.setSearchServiceCallbackFunction((text) => { require('fs').writeFileSync('${output}', text); process.exit(); });`;
   fs.writeFileSync(path.join(home, 'asleep.js'), source);
-  addApplication(home, 'Asleep', 'searchSelection', `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`);
-  publish(home);
-  await evaluate(t, `${host('OtherApplication')} m.performService('Asleep/Use', 'wake up'); print(1); process.exit();`, {
-    env: session.env,
+  addApplication(
     home,
-  });
+    'Asleep',
+    'searchSelection',
+    `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`,
+  );
+  publish(home);
+  await evaluate(
+    t,
+    `${host('OtherApplication')} m.performService('Asleep/Use', 'wake up'); print(1); process.exit();`,
+    {
+      env: session.env,
+      home,
+    },
+  );
   await eventually(() => fs.existsSync(output), 'it has been searched');
   assert.strictEqual(fs.readFileSync(output, 'utf8'), 'wake up');
 });

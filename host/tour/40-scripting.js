@@ -16,7 +16,21 @@ async function script(stage) {
   const made = await busctl(
     stage,
     ...['call', name, path, application, 'MakeOutgoingMessage', 'a{sv}', 2],
-    ...['Subject', 's', 'Lunch? 🥗', 'ToRecipients', 'aa{sv}', 1, 2, 'address', 's', 'bob@example.org', 'name', 's', 'Bob'],
+    ...[
+      'Subject',
+      's',
+      'Lunch? 🥗',
+      'ToRecipients',
+      'aa{sv}',
+      1,
+      2,
+      'address',
+      's',
+      'bob@example.org',
+      'name',
+      's',
+      'Bob',
+    ],
   );
   const object = made?.match(/"(.+)"/)?.[1];
   if (object === undefined) return undefined;

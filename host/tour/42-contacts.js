@@ -22,7 +22,7 @@ const records = [
   person(1, 'Ann', 'Adler', 'ann@example.org'),
   person(2, 'Bob', 'Baker', 'bob@example.org'),
   person(3, 'Carla', 'Cole', 'carla@example.org'),
-  '{ Type = Group; UID = 4; GroupName = Choir; Members = (1, 3); Subgroups = (5); }',
+  '{ Type = Group; UID = 4; GroupName = Choir; Members = (1, 3, 5); }',
   '{ Type = Group; UID = 5; GroupName = Basses; Members = (2); }',
 ];
 
@@ -53,7 +53,9 @@ async function pick(stage) {
   );
   if (!id) return failed('Contact picker', 'it does not appear');
   const click = ([x, y]) =>
-    ['mousemove', '--window', id, x, y, 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.2].map(String);
+    ['mousemove', '--window', id, x, y, 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.2].map(
+      String,
+    );
   await stage.run('xdotool', 'windowactivate', '--sync', id);
   await stage.run('xdotool', ...click(firstAddress), 'keydown', 'Shift_L', ...click(secondAddress), 'keyup', 'Shift_L');
   const picture = await stage.screenshot();
@@ -71,7 +73,12 @@ exports.run = async (stage) => {
   const choir = stage.module.recipientsForGroupName('Choir');
   const group =
     choir !== null && JSON.parse(choir).length === 3
-      ? ok('Contact group', `Choir is ${JSON.parse(choir).map(({ name }) => name).join(', ')}`)
+      ? ok(
+          'Contact group',
+          `Choir is ${JSON.parse(choir)
+            .map(({ name }) => name)
+            .join(', ')}`,
+        )
       : failed('Contact group', `Choir is ${choir}`);
   if ((await stage.run('xdotool', 'version')) === undefined) {
     return [group, notOffered('Contact picker', 'xdotool is not installed')];

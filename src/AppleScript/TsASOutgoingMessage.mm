@@ -101,11 +101,10 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
 // ---- Elements
 
 - (NSScriptObjectSpecifier*)objectSpecifier {
-  return Adopt([[NSUniqueIDSpecifier alloc]
-                   initWithContainerClassDescription:ClassDescription(NSApp)
-                                  containerSpecifier:[NSApp objectSpecifier]
-                                                 key:@"outgoingMessages"
-                                            uniqueID:[NSNumber numberWithLongLong:_id]])
+  return Adopt([[NSUniqueIDSpecifier alloc] initWithContainerClassDescription:ClassDescription(NSApp)
+                                                           containerSpecifier:[NSApp objectSpecifier]
+                                                                          key:@"outgoingMessages"
+                                                                     uniqueID:[NSNumber numberWithLongLong:_id]])
       .Autoreleased();
 }
 

@@ -141,10 +141,9 @@ NSDictionary* RecordsByAddress(NSArray* records) {
   [[self window] orderOut:sender];
   NSMutableArray* addresses = [NSMutableArray array];
   for (TsRecipient* recipient in [self pickedRecipients]) [addresses addObject:[recipient stringForEmail]];
-  [[NSNotificationCenter defaultCenter]
-      postNotificationName:@"TsContactEmailAddressesPicked"
-                    object:self
-                  userInfo:@{@"addresses" : TsConvertToJSONString(addresses)}];
+  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsContactEmailAddressesPicked"
+                                                      object:self
+                                                    userInfo:@{@"addresses" : TsConvertToJSONString(addresses)}];
 }
 
 - (IBAction)cancel:(id)sender {

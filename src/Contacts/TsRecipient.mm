@@ -122,9 +122,12 @@ NSString* FullName(ABPerson* person, NSInteger flags) {
   NSString* lastName = [person valueForProperty:kABLastNameProperty];
   const bool isLastNameFirst = IsLastNameFirst(flags);
   NSString* const parts[] = {
-      [person valueForProperty:kABTitleProperty],      isLastNameFirst ? lastName : nil,
-      [person valueForProperty:kABFirstNameProperty],  [person valueForProperty:kABMiddleNameProperty],
-      isLastNameFirst ? nil : lastName,                [person valueForProperty:kABSuffixProperty],
+      [person valueForProperty:kABTitleProperty],
+      isLastNameFirst ? lastName : nil,
+      [person valueForProperty:kABFirstNameProperty],
+      [person valueForProperty:kABMiddleNameProperty],
+      isLastNameFirst ? nil : lastName,
+      [person valueForProperty:kABSuffixProperty],
   };
   NSMutableArray* present = [NSMutableArray array];
   for (NSString* part : parts) {

@@ -40,8 +40,10 @@ namespace {
 void SendOutgoingMessageToScript(NSNotification* notification) {
   const TsCallbackSlot& callback = TsCallbackSlots::Shared().composeOutgoingMessage;
   if (!callback.IsSet()) return;
-  NSString* message = TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationMessageKey]);
-  NSString* options = TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationOptionsKey]);
+  NSString* message =
+      TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationMessageKey]);
+  NSString* options =
+      TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationOptionsKey]);
   if (message == nil || options == nil) {
     TsLogWarning(@"Could get message or options");
     return;

@@ -1,8 +1,10 @@
+#include <map>
 #include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
 
+#include "Platform/Linux/ScriptingWire.h"
 #include "Platform/Linux/SessionBus.h"
 #include "PlatformProbe.h"
 
@@ -102,6 +104,38 @@ void callMenu(Arguments args) {
   });
 }
 
+constexpr char kApplication[] = "org.tessaro.TessaroHost";
+constexpr char kApplicationPath[] = "/org/tessaro/TessaroHost";
+
+void ComposeAt(const sdbus::ObjectPath& path) {
+  static std::unique_ptr<sdbus::IProxy> message;
+  message = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, path);
+  message->callMethodAsync("Compose")
+      .onInterface("org.tessaro.OutgoingMessage")
+      .uponReplyInvoke([](const sdbus::Error*) {});
+}
+
+// Composes a message to so many recipients as a script does, over the bus: composeMessage(count).
+void composeMessage(Arguments args) {
+  static std::unique_ptr<sdbus::IProxy> application;
+  if (!application) {
+    application = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
+  }
+  platform::wire::Elements recipients;
+  const auto count = args[0]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
+  for (int index = 0; index < count; ++index) {
+    const std::string name = "person" + std::to_string(index);
+    recipients.push_back({{{"address", name + "@example.org"}, {"name", name}}});
+  }
+  const std::map<std::string, sdbus::Variant> properties{{"ToRecipients", sdbus::Variant(recipients)}};
+  application->callMethodAsync("MakeOutgoingMessage")
+      .onInterface("org.tessaro.Application")
+      .withArguments(properties)
+      .uponReplyInvoke([](const sdbus::Error* error, const sdbus::ObjectPath& path) {
+        if (error == nullptr) ComposeAt(path);
+      });
+}
+
 }  // namespace
 
 void AttachBusProbe(v8::Local<v8::Object> exports) {
@@ -111,5 +145,6 @@ void AttachBusProbe(v8::Local<v8::Object> exports) {
   PROBE(stopListening);
   PROBE(setPortalScheme);
   PROBE(callMenu);
+  PROBE(composeMessage);
 #undef PROBE
 }

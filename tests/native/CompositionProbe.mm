@@ -132,8 +132,7 @@ void serve(ProbeArguments args) {
     const SEL selector = NSSelectorFromString([convertToNSString(args[0]) stringByAppendingString:@":userData:error:"]);
     reinterpret_cast<Serve>([provider methodForSelector:selector])(provider, selector, pasteboard, nil, &error);
     ReturnJSON(args, @[
-      OrNull(error), OrNull([pasteboard stringForType:NSStringPboardType]),
-      [NSArray arrayWithArray:[pasteboard types]]
+      OrNull(error), OrNull([pasteboard stringForType:NSStringPboardType]), [NSArray arrayWithArray:[pasteboard types]]
     ]);
   }
 }
@@ -145,8 +144,8 @@ void performWithFiles(ProbeArguments args) {
     [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
     [pasteboard setPropertyList:TsConvertFromJSONString(convertToNSString(args[1]), nullptr)
                         forType:NSFilenamesPboardType];
-    const auto failure = tessaro::platform::PerformService(TsStdString(convertToNSString(args[0])),
-                                                           TsStdString([pasteboard name]));
+    const auto failure =
+        tessaro::platform::PerformService(TsStdString(convertToNSString(args[0])), TsStdString([pasteboard name]));
     ReturnJSON(args, @[ failure ? TsNSString(*failure) : @"" ]);
   }
 }

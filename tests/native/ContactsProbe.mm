@@ -57,7 +57,8 @@ void timeText(ProbeArguments args) {
     const std::uint64_t parsed = uv_hrtime();
     NSString* written = [TsRecipient toString:recipients];
     const std::uint64_t end = uv_hrtime();
-    ReturnJSON(args, @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ]);
+    ReturnJSON(args,
+               @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ]);
   }
 }
 
@@ -158,8 +159,7 @@ TsAddressBookWindowController* Picker() { return [TsAddressBookWindowController 
 // On the display, from its upper left.
 NSArray* CentreOnDisplay(NSView* view, NSRect rect) {
   const NSRect inWindow = [view convertRect:rect toView:nil];
-  const NSPoint centre =
-      [[view window] convertBaseToScreen:NSMakePoint(NSMidX(inWindow), NSMidY(inWindow))];
+  const NSPoint centre = [[view window] convertBaseToScreen:NSMakePoint(NSMidX(inWindow), NSMidY(inWindow))];
   return @[ @(centre.x), @([[[view window] screen] frame].size.height - centre.y) ];
 }
 
@@ -203,14 +203,15 @@ void picker(ProbeArguments args) {
     for (NSView* view in [[window contentView] subviews]) [views addObject:DescribeView(view)];
     AddTables([window contentView], tables);
     const NSSize size = [[window contentView] frame].size;
-    ReturnJSON(args, @{
-      @"title" : [window title],
-      @"isVisible" : [NSNumber numberWithBool:[window isVisible]],
-      @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
-      @"size" : @[ @(size.width), @(size.height) ],
-      @"views" : views,
-      @"tables" : tables,
-    });
+    ReturnJSON(
+        args, @{
+          @"title" : [window title],
+          @"isVisible" : [NSNumber numberWithBool:[window isVisible]],
+          @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
+          @"size" : @[ @(size.width), @(size.height) ],
+          @"views" : views,
+          @"tables" : tables,
+        });
   }
 }
 

@@ -244,9 +244,9 @@ std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t 
       ThrowIfFailed(scripted::AddMessageElement(id, key, {{"address", address}, {"name", name}}));
     };
   };
-  for (const auto& [method, key] : {std::pair("AddToRecipient", "toRecipients"),
-                                    std::pair("AddCcRecipient", "ccRecipients"),
-                                    std::pair("AddBccRecipient", "bccRecipients")}) {
+  for (const auto& [method, key] :
+       {std::pair("AddToRecipient", "toRecipients"), std::pair("AddCcRecipient", "ccRecipients"),
+        std::pair("AddBccRecipient", "bccRecipients")}) {
     object->registerMethod(method)
         .onInterface(kMessage)
         .withInputParamNames("address", "name")
@@ -262,9 +262,8 @@ std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t 
       .onInterface(kMessage)
       .withInputParamNames("visible")
       .implementedAs([id](bool visible) { ThrowIfFailed(scripted::SetMessageProperty(id, "visible", visible)); });
-  object->registerMethod("Compose").onInterface(kMessage).implementedAs([id] {
-    ThrowIfFailed(scripted::ComposeMessage(id));
-  });
+  object->registerMethod("Compose").onInterface(kMessage).implementedAs(
+      [id] { ThrowIfFailed(scripted::ComposeMessage(id)); });
   object->finishRegistration();
   return object;
 }

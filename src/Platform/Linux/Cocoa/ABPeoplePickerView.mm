@@ -80,10 +80,7 @@ std::vector<NSUInteger> SelectedRows(NSTableView* table) {
   _allowsGroupSelection = YES;
   [self addTables];
   for (NSString* change in @[ kABDatabaseChangedNotification, kABDatabaseChangedExternallyNotification ]) {
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(reload)
-                                                 name:change
-                                               object:nil];
+    [[NSNotificationCenter defaultCenter] addObserver:self selector:@selector(reload) name:change object:nil];
   }
   [self reload];
   return self;

@@ -18,7 +18,6 @@ constexpr NSTimeInterval kDefaultTimeout = 30;
 constexpr NSTimeInterval kLongestStart = 10;
 constexpr NSTimeInterval kStartStep = 0.05;
 
-
 using Failure = std::optional<std::string>;
 
 Failure Because(NSString* reason) { return std::string(reason != nil ? [reason UTF8String] : "it says no more"); }
