@@ -1,7 +1,7 @@
 #import <Foundation/Foundation.h>
 
-#include "IntegrationProbe.h"
 #include "CompositionProbe.h"
+#include "IntegrationProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
 #include "MigrationProbe.h"
