@@ -60,6 +60,7 @@ test('a clean load through the package writes its log, and nothing to standard e
       "error Cannot patch as I didn't find application class",
       'info Process is running natively, keeping DisableGPU unchanged',
       "error Cannot patch as I didn't find application class",
+      "error Cannot patch as I didn't find application class",
       'debug Dark Mode',
       'info *** Tessaro Native Module Started ***',
     ],
