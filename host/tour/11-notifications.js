@@ -31,16 +31,23 @@ async function startServer(stage) {
   return (await stage.until(() => hasServer(stage))) ? server : undefined;
 }
 
-const clickable = async (stage) =>
-  (await stage.run('xdotool', 'search', '--onlyvisible', '--name', 'Notification'))?.trim().split('\n').at(-1);
+/** Where the alert is. Where there is a tray, the server has an icon of the same name in it. */
+async function clickable(stage) {
+  const found = (await stage.run('xdotool', 'search', '--onlyvisible', '--name', 'Notification')) ?? '';
+  for (const window of found.split('\n').filter((line) => line !== '')) {
+    const geometry = (await stage.run('xdotool', 'getwindowgeometry', '--shell', window)) ?? '';
+    const [x, y, width] = ['X', 'Y', 'WIDTH'].map((key) =>
+      Number(geometry.match(new RegExp(`^${key}=(\\d+)`, 'm'))?.[1]),
+    );
+    if (width > 200) return { x, y, width };
+  }
+  return undefined;
+}
 
 async function clickButton(stage) {
-  const window = await clickable(stage);
-  if (!window) return false;
-  const geometry = (await stage.run('xdotool', 'getwindowgeometry', '--shell', window)) ?? '';
-  const [x, y, width] = ['X', 'Y', 'WIDTH'].map((key) =>
-    Number(geometry.match(new RegExp(`^${key}=(\\d+)`, 'm'))?.[1]),
-  );
+  const place = await clickable(stage);
+  if (place === undefined) return false;
+  const { x, y, width } = place;
   return stage.run('xdotool', 'mousemove', String(x + width - 87), String(y + 104), 'click', '1');
 }
 

@@ -32,6 +32,21 @@ bool HasOwner(const std::string& name) noexcept {
   return hasOwner;
 }
 
+void TakeName(sdbus::IConnection& bus, const std::string& name) {
+  std::string owner;
+  try {
+    sdbus::createProxy(bus, kBus, kBusPath)
+        ->callMethod("GetNameOwner")
+        .onInterface(kBus)
+        .withTimeout(kDeadline)
+        .withArguments(name)
+        .storeResultsTo(owner);
+  } catch (const sdbus::Error&) {
+    // Nobody has it.
+  }
+  if (owner != bus.getUniqueName()) bus.requestName(name);
+}
+
 sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name, std::function<void()> appeared) {
   const std::string rule = std::string("type='signal',sender='") + kBus + "',member='NameOwnerChanged',arg0='" + name;
   return bus.addMatch(rule + "'", [appeared = std::move(appeared)](sdbus::Message& message) {

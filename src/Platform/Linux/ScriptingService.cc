@@ -10,6 +10,7 @@
 
 #include "Platform/Linux/Cocoa/ScriptedObjects.h"
 #include "Platform/Linux/ScriptingWire.h"
+#include "Platform/Linux/BusNames.h"
 #include "Platform/Linux/SessionBus.h"
 
 namespace tessaro::platform {
@@ -174,7 +175,7 @@ void ScriptingService::Appear() noexcept {
   try {
     application_ = sdbus::createObject(bus, path_);
     RegisterApplication();
-    bus.requestName(name_);
+    TakeName(bus, name_);
   } catch (const sdbus::Error&) {
     // Another process of the application is the one that scripts talk to.
     Disappear();

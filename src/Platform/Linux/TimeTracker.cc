@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "Platform/Linux/BusNames.h"
 #include "Platform/Linux/SessionBus.h"
 
 namespace tessaro::platform {
@@ -28,7 +29,7 @@ class TimeTrackerService {
       object_ = sdbus::createObject(bus, kPath);
       object_->registerMethod("List").onInterface(kInterface).implementedAs([this] { return answer_(); });
       object_->finishRegistration();
-      bus.requestName(name_);
+      TakeName(bus, name_);
     } catch (const sdbus::Error&) {
       object_.reset();
     }
