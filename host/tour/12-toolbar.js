@@ -79,11 +79,13 @@ exports.run = async (stage) => {
   stage.host.closeWindow(dark.handle);
   const light = await show(stage, 'light', 'Adwaita');
   const looks = ok('Toolbar', `${light.picture}, ${dark.picture}; script has disabled “Archive”`);
-  await clickInWindow(stage, light.handle, composeButton);
-  const clicked = await stage.until(() => clicks.length > 0, 2000);
+  const clicked = await stage.until(async () => {
+    await clickInWindow(stage, light.handle, composeButton);
+    return stage.until(() => clicks.length > 0, 500);
+  });
   const hands = await stage.run('xdotool', 'version');
   const click = hands
-    ? (clicked ? ok : failed)('Toolbar click', clicks.join() || 'nothing arrived')
+    ? (clicked ? ok : failed)('Toolbar click', clicks[0] ?? 'nothing arrived')
     : notOffered('Toolbar click', 'xdotool is not installed');
   const palettes = await palette(stage, light.handle);
   stage.host.closeWindow(light.handle);
