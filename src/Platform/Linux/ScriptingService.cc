@@ -8,9 +8,9 @@
 #include <string_view>
 #include <utility>
 
+#include "Platform/Linux/BusNames.h"
 #include "Platform/Linux/Cocoa/ScriptedObjects.h"
 #include "Platform/Linux/ScriptingWire.h"
-#include "Platform/Linux/BusNames.h"
 #include "Platform/Linux/SessionBus.h"
 
 namespace tessaro::platform {
