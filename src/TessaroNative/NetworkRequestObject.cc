@@ -1,5 +1,7 @@
 #include "TessaroNative/NetworkRequestObject.h"
 
+#include <node_buffer.h>
+
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -35,17 +37,15 @@ v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody::Bytes byte
   return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(bytes.release(), size, free, nullptr));
 }
 
+// Memory of the engine's own, because only of that it knows early how much of it is garbage. A Node.js buffer's isn't
+// filled with zeros first.
 v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const char> bytes) {
-  // The engine would fill its own memory with zeros first.
-  if (bytes.size() > kMostInEngine) {
-    if (TsBody::Bytes copy(static_cast<char*>(std::malloc(bytes.size()))); copy) {
-      std::memcpy(copy.get(), bytes.data(), bytes.size());
-      return MoveToScript(isolate, std::move(copy), bytes.size());
-    }
+  v8::Local<v8::Object> view;
+  if (bytes.empty() || !node::Buffer::New(isolate, bytes.size()).ToLocal(&view)) {
+    return v8::ArrayBuffer::New(isolate, 0);
   }
-  const auto buffer = v8::ArrayBuffer::New(isolate, bytes.size());
-  if (!bytes.empty()) std::memcpy(buffer->GetBackingStore()->Data(), bytes.data(), bytes.size());
-  return buffer;
+  std::memcpy(node::Buffer::Data(view), bytes.data(), bytes.size());
+  return view.As<v8::Uint8Array>()->Buffer();
 }
 
 v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
