@@ -2,7 +2,9 @@
 
 const assert = require('assert');
 const fs = require('fs');
+const net = require('net');
 const os = require('os');
+const path = require('path');
 const { test } = require('node:test');
 
 const { startBus } = require('./support/bus');
@@ -171,6 +173,31 @@ test('a bus that dies and comes back is connected to again', async (t) => {
   await child.printed('connected true\ndisconnected\n');
   await startBus(t, directory);
   await child.printed('connected true\ndisconnected\nconnected true\n');
+  child.process.stdin.write('end');
+  assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
+});
+
+test('a bus that says nothing is waited for once, and connected to when another has taken its place', async (t) => {
+  const directory = temporaryDirectory(t);
+  const sockets = [];
+  const mute = net.createServer((socket) => sockets.push(socket)).listen(path.join(directory, 'bus'));
+  t.after(() => mute.close());
+  const child = startScript(
+    t,
+    `const { bus } = probe();
+     bus.listen((event) => console.log(event));
+     const start = process.hrtime.bigint();
+     for (let i = 0; i < 100; ++i) bus.uniqueName();
+     console.log(bus.uniqueName(), process.hrtime.bigint() - start < 1000000000n);
+     process.stdin.on('data', () => process.exit());`,
+    { env: { DBUS_SESSION_BUS_ADDRESS: `unix:path=${directory}/bus` } },
+  );
+  const refusal = 'The bus has taken the connection, but does not answer. true\n';
+  await child.printed(refusal);
+  sockets.forEach((socket) => socket.destroy());
+  await new Promise((resolve) => mute.close(resolve));
+  await startBus(t, directory);
+  await child.printed(`${refusal}connected\n`);
   child.process.stdin.write('end');
   assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
 });

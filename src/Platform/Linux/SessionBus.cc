@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include "Platform/Linux/Cocoa/AutoreleaseScope.h"
@@ -13,6 +14,10 @@ namespace {
 
 constexpr std::chrono::milliseconds kFirstRetry{250};
 constexpr std::chrono::milliseconds kLastRetry{30000};
+// A bus that works has answered by then on the busiest machine; whoever asks first is kept waiting.
+constexpr std::chrono::milliseconds kFirstPatience{5000};
+// Nobody waits for a reconnection, and this is time in which the event loop stands still.
+constexpr std::chrono::milliseconds kPatience{50};
 
 int UvEvents(short events) {
   return ((events & POLLIN) != 0 ? UV_READABLE : 0) | ((events & POLLOUT) != 0 ? UV_WRITABLE : 0);
@@ -37,7 +42,7 @@ SessionBus& SessionBus::Shared() {
 
 sdbus::IConnection* SessionBus::Connection() noexcept {
   // While a reconnection is due, asking must not hurry it: a dead bus would be tried at every question.
-  if (!connection_ && !retry_ && !closed_ && !Connect()) return nullptr;
+  if (!connection_ && !retry_ && !closed_ && !Connect(kFirstPatience)) return nullptr;
   return connection_.get();
 }
 
@@ -57,17 +62,33 @@ void SessionBus::Close() noexcept {
   retry_.reset();
 }
 
-bool SessionBus::Connect() noexcept {
+// libsystemd waits a minute and a half for the bus's greeting, which can't be told otherwise: let a thread wait.
+SessionBus::Opening SessionBus::Open() {
+  std::packaged_task<std::unique_ptr<sdbus::IConnection>()> open([] { return sdbus::createSessionBusConnection(); });
+  Opening opening = open.get_future();
+  std::thread(std::move(open)).detach();
+  return opening;
+}
+
+bool SessionBus::Connect(std::chrono::milliseconds patience) noexcept {
   try {
-    connection_ = sdbus::createSessionBusConnection();
+    const bool isNew = !opening_.valid();
+    if (isNew) opening_ = Open();
+    if (opening_.wait_for(isNew ? patience : std::chrono::milliseconds{}) == std::future_status::timeout) {
+      lastError_ = "The bus has taken the connection, but does not answer.";
+      return false;
+    }
+    connection_ = opening_.get();
     Watch();
     retryDelay_ = kFirstRetry;
     return true;
   } catch (const sdbus::Error& error) {
     lastError_ = error.getName() + ": " + error.getMessage();
-    connection_.reset();
-    return false;
+  } catch (const std::system_error& error) {
+    lastError_ = error.what();
   }
+  connection_.reset();
+  return false;
 }
 
 void SessionBus::Watch() {
@@ -96,7 +117,7 @@ void SessionBus::ScheduleReconnection() noexcept {
       [](uv_timer_t* handle) {
         auto& bus = OwnerOf<SessionBus>(handle);
         bus.retry_.reset();
-        if (bus.Connect()) {
+        if (bus.Connect(kPatience)) {
           WithAutoreleasePool([&bus] {
             for (const Listener& listener : bus.listeners_) listener.connected();
           });

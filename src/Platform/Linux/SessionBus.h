@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <future>
 #include <list>
 #include <memory>
 #include <string>
@@ -16,7 +17,8 @@ namespace tessaro::platform {
 //
 // Main thread only; nothing throws. The connection is made when it is first asked for. When the bus goes away, those
 // who asked for it are told before the connection is destroyed, so that they let go of their proxies and objects;
-// reconnecting is tried for as long as anybody wants to hear of it. The connection does not keep the process alive.
+// reconnecting is tried for as long as anybody wants to hear of it. A bus that takes the connection and says nothing is
+// waited for once, for some seconds, and counts as none after that. The connection does not keep the process alive.
 class SessionBus {
  public:
   using Handler = std::function<void()>;
@@ -59,7 +61,10 @@ class SessionBus {
   SessionBus() = default;
   ~SessionBus() = default;
 
-  [[nodiscard]] bool Connect() noexcept;
+  using Opening = std::future<std::unique_ptr<sdbus::IConnection>>;
+
+  [[nodiscard]] static Opening Open();
+  [[nodiscard]] bool Connect(std::chrono::milliseconds patience) noexcept;
   void Watch();
   void Disconnect() noexcept;
   void ScheduleReconnection() noexcept;
@@ -67,6 +72,7 @@ class SessionBus {
   void Arm() noexcept;
 
   std::unique_ptr<sdbus::IConnection> connection_;
+  Opening opening_;  // one that has outlasted our patience
   std::list<Listener> listeners_;
   std::string lastError_;
   std::chrono::milliseconds retryDelay_{};
