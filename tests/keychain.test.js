@@ -288,24 +288,33 @@ test('a locked keyring is never taken for an empty one', async (t) => {
   await expectRefusal(t, status.locked, environmentOf(keyring), more, true);
 });
 
-test('a service that hangs is given up in time, and asked again later', async (t) => {
+test('a service that hangs is given up in time, sooner each time, and asked again later', async (t) => {
   const keyring = await keyringOf(t);
   const child = startScript(
     t,
     `const { keychain } = probe();
-     keychain.setDeadlines(200, 200);
+     keychain.setDeadlines(1000, 1000);
      keychain.set('Tessaro 3', 'ann', 'x');
      console.log('ready');
-     process.stdin.on('data', () => console.log(JSON.parse(keychain.get('Tessaro 3', 'ann')).error ?? 'answered'));`,
+     const ask = () => JSON.parse(keychain.get('Tessaro 3', 'ann')).error ?? 'answered';
+     process.stdin.once('data', () => {
+       const start = process.hrtime.bigint();
+       const answers = Array.from({ length: 50 }, ask);
+       console.log(...new Set(answers), process.hrtime.bigint() - start < 20000000000n);
+       process.stdin.on('data', () => {
+         while (ask() !== 'answered');
+         console.log('answered');
+       });
+     });`,
     { env: environmentOf(keyring) },
   );
   await child.printed('ready\n');
   keyring.pause();
   child.process.stdin.write('x');
-  await child.printed(`ready\n${status.unavailable}\n`);
+  await child.printed(`ready\n${status.unavailable} true\n`);
   keyring.resume();
   child.process.stdin.write('x');
-  await child.printed(`ready\n${status.unavailable}\nanswered\n`);
+  await child.printed(`ready\n${status.unavailable} true\nanswered\n`);
 });
 
 test('a bus that takes the connection and says nothing is no bus', async (t) => {

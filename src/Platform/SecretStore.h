@@ -44,7 +44,7 @@ struct SecretItem {
 class SecretStore {
  public:
   struct Deadlines {
-    std::chrono::milliseconds answer{5000};   // for the store
+    std::chrono::milliseconds answer{5000};   // for the store; less and less for one that never answers
     std::chrono::milliseconds person{60000};  // for somebody to open it
   };
 

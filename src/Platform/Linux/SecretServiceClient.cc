@@ -13,6 +13,8 @@ namespace {
 constexpr char kService[] = "org.freedesktop.secrets";
 // A bus refuses to keep more than its limit of open questions, which is 128 where nobody has raised it.
 constexpr std::size_t kMostCallsAtOnce = 64;
+// Enough for a service that works.
+constexpr std::chrono::milliseconds kLeastPatience{50};
 constexpr char kPromptInterface[] = "org.freedesktop.Secret.Prompt";
 
 // GLib would start a bus of its own where there is none.
@@ -35,9 +37,9 @@ class ContextScope {
 };
 
 // Tells when the time is up, and wakes the context for it.
-class Deadline {
+class Alarm {
  public:
-  Deadline(GMainContext* context, std::chrono::milliseconds time)
+  Alarm(GMainContext* context, std::chrono::milliseconds time)
       : source_(g_timeout_source_new(static_cast<guint>(time.count()))) {
     g_source_set_callback(
         source_.get(),
@@ -45,18 +47,18 @@ class Deadline {
           *static_cast<bool*>(passed) = true;
           return G_SOURCE_REMOVE;
         },
-        &hasPassed_, nullptr);
+        &hasGoneOff_, nullptr);
     g_source_attach(source_.get(), context);
   }
-  Deadline(const Deadline&) = delete;
-  Deadline& operator=(const Deadline&) = delete;
-  ~Deadline() { g_source_destroy(source_.get()); }
+  Alarm(const Alarm&) = delete;
+  Alarm& operator=(const Alarm&) = delete;
+  ~Alarm() { g_source_destroy(source_.get()); }
 
-  [[nodiscard]] bool HasPassed() const { return hasPassed_; }
+  [[nodiscard]] bool HasGoneOff() const { return hasGoneOff_; }
 
  private:
   GSourcePtr source_;
-  bool hasPassed_ = false;
+  bool hasGoneOff_ = false;
 };
 
 struct PendingConnection {
@@ -77,12 +79,12 @@ GObjectPtr<GDBusConnection> ConnectToBus(GMainContext* context, std::chrono::mil
   constexpr auto kFlags = static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                             G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
   const GObjectPtr<GCancellable> cancellable(g_cancellable_new());
-  const Deadline deadline(context, patience);
+  const Alarm alarm(context, patience);
   PendingConnection pending;
   g_dbus_connection_new_for_address(address.c_str(), kFlags, nullptr, cancellable.get(), ConnectionMade, &pending);
   while (!pending.isDone) {
     g_main_context_iteration(context, TRUE);
-    if (deadline.HasPassed()) g_cancellable_cancel(cancellable.get());
+    if (alarm.HasGoneOff()) g_cancellable_cancel(cancellable.get());
   }
   return std::move(pending.connection);
 }
@@ -169,8 +171,6 @@ class PromptOutcome {
   std::optional<SecretServiceFailure> outcome_;
 };
 
-int Milliseconds(std::chrono::milliseconds time) { return static_cast<int>(time.count()); }
-
 struct RemoteError {
   std::string_view name;
   SecretServiceFailure failure;
@@ -211,24 +211,39 @@ SecretServiceReply ReplyOf(const Finish& finish) {
 
 }  // namespace
 
-std::unique_ptr<SecretServiceClient> SecretServiceClient::Connect(SecretStore::Deadlines deadlines) {
-  std::unique_ptr<SecretServiceClient> client(new SecretServiceClient(deadlines));
+void Patience::DidNotAnswer() { left_ = std::max(left_ / 2, std::min(whole_, kLeastPatience)); }
+
+std::unique_ptr<SecretServiceClient> SecretServiceClient::Connect(Patience& patience,
+                                                                  std::chrono::milliseconds forThePerson) {
+  std::unique_ptr<SecretServiceClient> client(new SecretServiceClient(patience, forThePerson));
   const ContextScope scope(client->context_.get());
-  client->bus_ = ConnectToBus(client->context_.get(), deadlines.answer);
-  if (client->bus_ == nullptr) return nullptr;
-  client->service_ = OpenService(client->bus_.get(), Milliseconds(deadlines.answer));
-  return client->service_ != nullptr ? std::move(client) : nullptr;
+  const auto start = std::chrono::steady_clock::now();
+  client->bus_ = ConnectToBus(client->context_.get(), patience.Left());
+  if (client->bus_ != nullptr) client->service_ = OpenService(client->bus_.get(), client->Deadline());
+  if (client->service_ != nullptr) return client;
+  // Where there is nobody, that is known at once.
+  if (std::chrono::steady_clock::now() - start >= patience.Left()) patience.DidNotAnswer();
+  return nullptr;
 }
 
-SecretServiceClient::SecretServiceClient(SecretStore::Deadlines deadlines)
-    : context_(g_main_context_new()), deadlines_(deadlines) {}
+SecretServiceClient::SecretServiceClient(Patience& patience, std::chrono::milliseconds forThePerson)
+    : context_(g_main_context_new()), patience_(patience), forThePerson_(forThePerson) {}
+
+SecretServiceReply SecretServiceClient::Heard(SecretServiceReply reply) {
+  if (reply.failure == SecretServiceFailure::NoAnswer) {
+    patience_.DidNotAnswer();
+  } else {
+    patience_.DidAnswer();
+  }
+  return reply;
+}
 
 SecretServiceReply SecretServiceClient::Call(const char* path, const char* interface, const char* method,
                                              GVariant* arguments, const char* type) {
-  return ReplyOf([&](GError** error) {
+  return Heard(ReplyOf([&](GError** error) {
     return g_dbus_connection_call_sync(bus_.get(), kService, path, interface, method, arguments, G_VARIANT_TYPE(type),
-                                       G_DBUS_CALL_FLAGS_NONE, Milliseconds(deadlines_.answer), nullptr, error);
-  });
+                                       G_DBUS_CALL_FLAGS_NONE, Deadline(), nullptr, error);
+  }));
 }
 
 std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const std::string> paths, const char* interface,
@@ -252,7 +267,7 @@ std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const st
     ++waiting;
     g_dbus_connection_call(
         bus_.get(), kService, paths[i].c_str(), interface, method, arguments(), G_VARIANT_TYPE(type),
-        G_DBUS_CALL_FLAGS_NONE, Milliseconds(deadlines_.answer), nullptr,
+        G_DBUS_CALL_FLAGS_NONE, Deadline(), nullptr,
         [](GObject* bus, GAsyncResult* result, gpointer data) {
           auto& answered = *static_cast<Pending*>(data);
           answered.reply = ReplyOf(
@@ -264,17 +279,17 @@ std::vector<SecretServiceReply> SecretServiceClient::CallEach(std::span<const st
   turnUntilWaitingFor(0);
   std::vector<SecretServiceReply> replies;
   replies.reserve(pending.size());
-  for (Pending& answered : pending) replies.push_back(std::move(answered.reply));
+  for (Pending& answered : pending) replies.push_back(Heard(std::move(answered.reply)));
   return replies;
 }
 
 SecretServiceFailure SecretServiceClient::Prompt(const char* path) {
   const ContextScope scope(context_.get());
-  const Deadline deadline(context_.get(), deadlines_.person);
+  const Alarm alarm(context_.get(), forThePerson_);
   const PromptOutcome outcome(bus_.get(), path);
   const auto shown = Call(path, kPromptInterface, "Prompt", g_variant_new("(s)", ""), "()");
   if (!shown) return shown.failure;
-  while (!outcome.Get() && !deadline.HasPassed()) g_main_context_iteration(context_.get(), TRUE);
+  while (!outcome.Get() && !alarm.HasGoneOff()) g_main_context_iteration(context_.get(), TRUE);
   if (outcome.Get()) return *outcome.Get();
   static_cast<void>(Call(path, kPromptInterface, "Dismiss", nullptr, "()"));
   return SecretServiceFailure::Locked;

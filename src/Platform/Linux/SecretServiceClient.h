@@ -14,7 +14,6 @@
 
 #include "Platform/Linux/GLibOwners.h"
 #include "Platform/Secret.h"
-#include "Platform/SecretStore.h"
 
 namespace tessaro::platform {
 
@@ -38,6 +37,21 @@ struct SecretServiceReply {
   explicit operator bool() const { return value != nullptr; }
 };
 
+// How long a service is waited for that may not answer. Each time that it does not is half as long as the one before,
+// so that a program with many questions isn't kept for each of them; with the first answer it is whole again.
+class Patience {
+ public:
+  explicit Patience(std::chrono::milliseconds whole) : whole_(whole), left_(whole) {}
+
+  [[nodiscard]] std::chrono::milliseconds Left() const { return left_; }
+  void DidAnswer() { left_ = whole_; }
+  void DidNotAnswer();
+
+ private:
+  std::chrono::milliseconds whole_;
+  std::chrono::milliseconds left_;
+};
+
 // One connection to the Secret Service, with a session in which secrets travel encrypted. When the bus or the service
 // has gone, it is of no use any more.
 //
@@ -45,8 +59,8 @@ struct SecretServiceReply {
 // prompt is shown, a main context of the client's own turns, never the program's.
 class SecretServiceClient {
  public:
-  // Empty when there is no bus or no service.
-  static std::unique_ptr<SecretServiceClient> Connect(SecretStore::Deadlines deadlines);
+  // Empty when there is no bus or no service. `patience` must outlive the client.
+  static std::unique_ptr<SecretServiceClient> Connect(Patience& patience, std::chrono::milliseconds forThePerson);
 
   // Calls a method and waits for its reply of `type`.
   [[nodiscard]] SecretServiceReply Call(const char* path, const char* interface, const char* method,
@@ -67,12 +81,16 @@ class SecretServiceClient {
   [[nodiscard]] const char* SessionPath() { return secret_service_get_session_dbus_path(service_.get()); }
 
  private:
-  explicit SecretServiceClient(SecretStore::Deadlines deadlines);
+  SecretServiceClient(Patience& patience, std::chrono::milliseconds forThePerson);
+
+  [[nodiscard]] int Deadline() const { return static_cast<int>(patience_.Left().count()); }
+  [[nodiscard]] SecretServiceReply Heard(SecretServiceReply reply);
 
   GMainContextPtr context_;
   GObjectPtr<GDBusConnection> bus_;
   GObjectPtr<SecretService> service_;
-  SecretStore::Deadlines deadlines_;
+  Patience& patience_;
+  std::chrono::milliseconds forThePerson_;
 };
 
 }  // namespace tessaro::platform

@@ -107,7 +107,7 @@ SecretStatus StatusOf(SecretServiceFailure failure) {
 
 class SecretStore::Body {
  public:
-  explicit Body(Deadlines deadlines) : deadlines_(deadlines) {}
+  explicit Body(Deadlines deadlines) : patience_(deadlines.answer), forThePerson_(deadlines.person) {}
 
   SecretResult<std::vector<SecretItem>> Search(std::string_view service, std::optional<std::string_view> account) {
     const auto reply = CallAgainIfStale([&](SecretServiceClient& client) {
@@ -203,7 +203,7 @@ class SecretStore::Body {
   using Failure = SecretServiceFailure;
 
   bool IsConnected() {
-    if (client_ == nullptr) client_ = SecretServiceClient::Connect(deadlines_);
+    if (client_ == nullptr) client_ = SecretServiceClient::Connect(patience_, forThePerson_);
     return client_ != nullptr;
   }
 
@@ -261,7 +261,8 @@ class SecretStore::Body {
     return std::string_view(path) == kNoPrompt ? Failure::None : client_->Prompt(path);
   }
 
-  Deadlines deadlines_;
+  Patience patience_;
+  std::chrono::milliseconds forThePerson_;
   std::unique_ptr<SecretServiceClient> client_;
 };
 
