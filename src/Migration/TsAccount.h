@@ -8,7 +8,8 @@
 @class TsDownloadItem;
 @class TsSignature;
 
-// A mail account of the previous version.
+// A mail account of the previous version. Leaves its store with the password in clear; the bookmarks are in no
+// particular order then.
 @interface TsAccount : TsManagedObject
 
 @property(nonatomic, copy) NSNumber* order;
@@ -76,8 +77,5 @@
 - (TsSignature*)signatureForEmail:(NSString*)email name:(NSString*)name;
 - (NSArray*)signaturesForEmail:(NSString*)email;
 - (TsSignature*)defaultSignatureForEmail:(NSString*)email;
-
-// What the migration hands over, the password in clear included. The bookmarks are in no particular order.
-- (NSDictionary*)dictionaryWithValues;
 
 @end

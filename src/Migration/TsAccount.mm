@@ -1,15 +1,17 @@
 #import "Migration/TsAccount.h"
 
+#include <utility>
+
 #import "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #import "Keychain/TsTransientKeychain.h"
 #import "Migration/TsBookmark.h"
 #import "Migration/TsDownloadItem.h"
-#import "Migration/TsExport.h"
 #import "Migration/TsManagedObjectContext.h"
 #import "Migration/TsSignature.h"
 #import "Migration/TsSorting.h"
 #include "Utilities/Ref.h"
+#include "Utilities/TsString.h"
 
 namespace {
 
@@ -241,46 +243,50 @@ NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
   return [signatures count] > 0 ? [signatures objectAtIndex:0] : nil;
 }
 
-- (NSArray*)exportedBookmarks {
-  TsStoreFile& store = *[[self managedObjectContext] store];
-  const auto bookmarks = store.Related(*[self storeObject], "bookmarks");
-  NSMutableArray* exported = [NSMutableArray arrayWithCapacity:bookmarks.size()];
-  for (const TsStoreObject* bookmark : bookmarks) [exported addObject:[TsBookmark newExportOf:*bookmark in:store]];
-  return exported;
+- (void)exportBookmarksTo:(TsExportText&)json {
+  const TsStoreFile& store = *[[self managedObjectContext] store];
+  json.Put('[');
+  bool isFirst = true;
+  for (const TsStoreObject* bookmark : store.Related(*[self storeObject], "bookmarks")) {
+    if (!std::exchange(isFirst, false)) json.Put(',');
+    [TsBookmark exportObject:*bookmark of:store to:json];
+  }
+  json.Put(']');
 }
 
-- (NSDictionary*)dictionaryWithValues {
+- (void)exportTo:(TsExportText&)json {
   static const TsExport kExport(
-      "TsAccount",
-      {
-          {"order"},
-          {"username"},
-          {"nickname"},
-          {"detectUnreadCountType"},
-          {"defaultInboxType"},
-          {"customInboxLabelName"},
-          {"isNotificationEnabled", "autoAuthenticate"},
-          {"unreadMessagesLocation"},
-          {"autoBCC"},
-          {"notificationSound"},
-          {"isNotifyNewMessages", "notificationUseGrowl"},
-          {"loadRapportivePlugin"},
-          {"loadClearbitConnectPlugin"},
-          {"loadBoomerangPlugin"},
-          {"loadStreakPlugin"},
-          {"loadRightInboxPlugin"},
-          {"isGmailChatBlockedAsBOOL", "isGmailChatBlocked", TsWhenMissing::False},
-          {"isGooglePlusBlockedAsBOOL", "isGooglePlusBlocked", TsWhenMissing::False},
-          {"isGoogleDriveBlockedAsBOOL", "isGoogleDriveBlocked", TsWhenMissing::False},
-          {"isGoogleCalendarAlertsBlockedAsBOOL", "isGoogleCalendarAlertsBlocked", TsWhenMissing::False},
-      },
-      {"password", "numberOfDownloadItems", "bookmarks"});
-  if ([self managedObjectContext] == nil) return nil;
-  NSNumber* downloadItems = [NSNumber numberWithUnsignedLong:[self numberOfDownloadItems]];
-  return kExport
-      .NewDictionary(*[[self managedObjectContext] store], *[self storeObject],
-                     { [self password], downloadItems, [self exportedBookmarks] })
-      .Autoreleased();
+      "TsAccount", {
+                       {"order"},
+                       {"username"},
+                       {"nickname"},
+                       {"detectUnreadCountType"},
+                       {"defaultInboxType"},
+                       {"customInboxLabelName"},
+                       {"isNotificationEnabled", "autoAuthenticate"},
+                       {"unreadMessagesLocation"},
+                       {"autoBCC"},
+                       {"notificationSound"},
+                       {"isNotifyNewMessages", "notificationUseGrowl"},
+                       {"loadRapportivePlugin"},
+                       {"loadClearbitConnectPlugin"},
+                       {"loadBoomerangPlugin"},
+                       {"loadStreakPlugin"},
+                       {"loadRightInboxPlugin"},
+                       {"isGmailChatBlockedAsBOOL", "isGmailChatBlocked", TsWhenMissing::False},
+                       {"isGooglePlusBlockedAsBOOL", "isGooglePlusBlocked", TsWhenMissing::False},
+                       {"isGoogleDriveBlockedAsBOOL", "isGoogleDriveBlocked", TsWhenMissing::False},
+                       {"isGoogleCalendarAlertsBlockedAsBOOL", "isGoogleCalendarAlertsBlocked", TsWhenMissing::False},
+                   });
+  kExport.Open(json, *[[self managedObjectContext] store], *[self storeObject]);
+  NSString* password = [self password];
+  json.Put(",\"password\":");
+  TsPutText(json, password != nil ? std::optional(TsStdString(password)) : std::nullopt);
+  json.Put(",\"numberOfDownloadItems\":");
+  json.PutNumber([self numberOfDownloadItems]);
+  json.Put(",\"bookmarks\":");
+  [self exportBookmarksTo:json];
+  json.Put('}');
 }
 
 @end

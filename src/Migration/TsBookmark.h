@@ -11,10 +11,7 @@
 @property(nonatomic, copy) NSString* url;
 @property(nonatomic, readonly) TsAccount* account;
 
-// "order", "title", "url".
-- (NSDictionary*)dictionaryWithValues;
-
-// The same, without making an object of what only passes through.
-+ (Ref<NSDictionary>)newExportOf:(const TsStoreObject&)bookmark in:(const TsStoreFile&)store;
+// What exportTo: writes, without making an object of what only passes through.
++ (void)exportObject:(const TsStoreObject&)bookmark of:(const TsStoreFile&)store to:(TsExportText&)json;
 
 @end

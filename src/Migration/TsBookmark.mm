@@ -1,6 +1,5 @@
 #import "Migration/TsBookmark.h"
 
-#import "Migration/TsExport.h"
 #import "Migration/TsManagedObjectContext.h"
 
 @implementation TsBookmark
@@ -17,14 +16,14 @@
   return [self objectIn:"account"];
 }
 
-+ (Ref<NSDictionary>)newExportOf:(const TsStoreObject&)bookmark in:(const TsStoreFile&)store {
++ (void)exportObject:(const TsStoreObject&)bookmark of:(const TsStoreFile&)store to:(TsExportText&)json {
   static const TsExport kExport("TsBookmark", {{"order"}, {"title"}, {"url"}});
-  return kExport.NewDictionary(store, bookmark);
+  kExport.Open(json, store, bookmark);
+  json.Put('}');
 }
 
-- (NSDictionary*)dictionaryWithValues {
-  if ([self managedObjectContext] == nil) return nil;
-  return [TsBookmark newExportOf:*[self storeObject] in:*[[self managedObjectContext] store]].Autoreleased();
+- (void)exportTo:(TsExportText&)json {
+  [TsBookmark exportObject:*[self storeObject] of:*[[self managedObjectContext] store] to:json];
 }
 
 @end

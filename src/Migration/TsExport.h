@@ -1,14 +1,14 @@
 #pragma once
 
-#import <Foundation/Foundation.h>
-
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "Migration/TsStoreFile.h"
-#include "Utilities/Ref.h"
+#include "Utilities/TsJSONText.h"
 
 enum class TsWhenMissing : std::uint8_t { Null, False };
 
@@ -18,24 +18,28 @@ struct TsExportedAttribute {
   TsWhenMissing whenMissing = TsWhenMissing::Null;
 };
 
-// Makes the dictionaries in which objects leave their store, straight from the store, as there may be very many.
+using TsExportText = TsJSONText<char>;  // UTF-8
+
+// Writes objects in the form in which they leave their store: as JSON, without a detour over objects of Foundation, as
+// there may be very many.
 class TsExport {
  public:
-  // Of what has no attribute the caller says the values.
-  TsExport(std::string_view className, std::initializer_list<TsExportedAttribute> attributes,
-           std::initializer_list<std::string_view> otherKeys = {});
+  // Numbers, Booleans and texts.
+  TsExport(std::string_view className, std::initializer_list<TsExportedAttribute> attributes);
 
-  // `others` are the values of the other keys; nil becomes null.
-  [[nodiscard]] Ref<NSDictionary> NewDictionary(const TsStoreFile& store, const TsStoreObject& object,
-                                                std::initializer_list<id> others = {}) const;
+  // A JSON object but for its closing brace, for what has no attribute.
+  void Open(TsExportText& json, const TsStoreFile& store, const TsStoreObject& object) const;
 
  private:
   struct Attribute {
+    std::string lead;  // up to the value
     std::size_t position;
     TsAttributeType type;
     TsWhenMissing whenMissing;
   };
 
-  std::vector<Ref<NSString>> keys_;
   std::vector<Attribute> attributes_;
 };
+
+// null for none.
+void TsPutText(TsExportText& json, std::optional<std::string_view> text);

@@ -11,7 +11,4 @@
 @property(nonatomic, copy) NSString* url;
 @property(nonatomic, readonly) TsWorkspaceState* workspaceState;
 
-// "identifier", "url".
-- (NSDictionary*)dictionaryWithValues;
-
 @end

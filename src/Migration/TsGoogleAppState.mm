@@ -1,6 +1,5 @@
 #import "Migration/TsGoogleAppState.h"
 
-#import "Migration/TsExport.h"
 #import "Migration/TsManagedObjectContext.h"
 
 @implementation TsGoogleAppState
@@ -11,10 +10,10 @@
   return [self objectIn:"workspaceState"];
 }
 
-- (NSDictionary*)dictionaryWithValues {
+- (void)exportTo:(TsExportText&)json {
   static const TsExport kExport("TsGoogleAppState", {{"identifier"}, {"url"}});
-  if ([self managedObjectContext] == nil) return nil;
-  return kExport.NewDictionary(*[[self managedObjectContext] store], *[self storeObject]).Autoreleased();
+  kExport.Open(json, *[[self managedObjectContext] store], *[self storeObject]);
+  json.Put('}');
 }
 
 @end

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "Migration/TsExport.h"
 #include "Migration/TsStoreFile.h"
 #include "Utilities/Ref.h"
 
@@ -24,6 +25,12 @@
 
 // A new object's first values, for subclasses.
 - (void)awakeFromInsert;
+
+// The values in which the object leaves its store. nil once it has none.
+- (NSDictionary*)dictionaryWithValues;
+
+// The same, written for subclasses that say which they are.
+- (void)exportTo:(TsExportText&)json;
 
 // For each object in a relationship, in the order of the store.
 - (NSArray*)objectsIn:(std::string_view)relationship;

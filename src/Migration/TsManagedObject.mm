@@ -10,6 +10,8 @@
 
 #import "Migration/TsManagedObjectContext.h"
 #include "Migration/TsStoreValue.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsString.h"
 
 namespace {
 
@@ -76,6 +78,17 @@ std::string SetterOf(std::string_view name) {
 }
 
 - (void)awakeFromInsert {
+}
+
+- (NSDictionary*)dictionaryWithValues {
+  if (context_ == nil) return nil;
+  TsExportText json;
+  [self exportTo:json];
+  return TsConvertFromJSONString(TsNSString(json.text), nullptr);
+}
+
+- (void)exportTo:(TsExportText&)json {
+  json.Put("{}");
 }
 
 - (Ref<NSObject>)newValueOfAttribute:(std::size_t)attribute {

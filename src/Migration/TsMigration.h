@@ -2,6 +2,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <optional>
+#include <string>
+
 // What the previous major version has left behind for this user. Nothing is cached, nothing is written, and what is
 // missing is empty. Main thread.
 @interface TsMigration : NSObject
@@ -25,8 +28,8 @@
 // The preferences that are carried over, as they are stored.
 - (NSDictionary*)userDefaults;
 
-// All of it, for script: "has-previous-version?", and "accounts", "workspaces" and "prefs" – or only those of the three
-// that are part of the text `selection`, when there is one.
-- (NSDictionary*)reportOf:(NSString*)selection;
+// All of it, for script, as compact JSON: "has-previous-version?", and "accounts", "workspaces" and "prefs" – or only
+// those of the three that are part of the text `selection`, when there is one. Nothing when JSON can't express it.
+- (std::optional<std::string>)reportOf:(NSString*)selection;
 
 @end

@@ -1,9 +1,12 @@
 #import "Migration/TsMigration.h"
 
+#include <utility>
+
 #import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
 #include "Utilities/Ref.h"
+#include "Utilities/TsJSON.h"
 #include "Utilities/TsString.h"
 
 namespace {
@@ -73,6 +76,15 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
       dictionaryWithObjectsAndKeys:active != nil ? active : [NSNull null], @"active?", tabs, @"tabs", nil];
 }
 
+// Whether JSON can express it.
+bool PutSection(TsExportText& json, std::string_view lead, id section) {
+  NSString* text = TsConvertToJSONString(section);
+  if (text == nil) return false;
+  json.Put(lead);
+  json.text += TsStdString(text);
+  return true;
+}
+
 }  // namespace
 
 @implementation TsMigration
@@ -100,12 +112,23 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
   return [[accounts all] count] > 0;
 }
 
+- (void)exportAccountsTo:(TsExportText&)json {
+  json.Put('[');
+  if ([self hasPreviousVersion]) {
+    const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
+    bool isFirst = true;
+    for (TsAccount* account in [accounts all]) {
+      if (!std::exchange(isFirst, false)) json.Put(',');
+      [account exportTo:json];
+    }
+  }
+  json.Put(']');
+}
+
 - (NSArray*)accountsAsDictionaries {
-  NSMutableArray* exported = [NSMutableArray array];
-  if (![self hasPreviousVersion]) return exported;
-  const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
-  for (TsAccount* account in [accounts all]) [exported addObject:[account dictionaryWithValues]];
-  return exported;
+  TsExportText json;
+  [self exportAccountsTo:json];
+  return TsConvertFromJSONString(TsNSString(json.text), nullptr);
 }
 
 - (NSArray*)workspaces {
@@ -126,16 +149,20 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
   return carriedOver;
 }
 
-- (NSDictionary*)reportOf:(NSString*)selection {
+- (std::optional<std::string>)reportOf:(NSString*)selection {
   const auto isSelected = [&](NSString* section) {
     return selection == nil || [selection rangeOfString:section].location != NSNotFound;
   };
-  NSMutableDictionary* report = [NSMutableDictionary dictionary];
-  [report setObject:[NSNumber numberWithBool:[self hasPreviousVersion]] forKey:@"has-previous-version?"];
-  if (isSelected(@"accounts")) [report setObject:[self accountsAsDictionaries] forKey:@"accounts"];
-  if (isSelected(@"workspaces")) [report setObject:[self workspaces] forKey:@"workspaces"];
-  if (isSelected(@"prefs")) [report setObject:[self userDefaults] forKey:@"prefs"];
-  return report;
+  TsExportText json;
+  json.Put([self hasPreviousVersion] ? "{\"has-previous-version?\":true" : "{\"has-previous-version?\":false");
+  if (isSelected(@"accounts")) {
+    json.Put(",\"accounts\":");
+    [self exportAccountsTo:json];
+  }
+  if (isSelected(@"workspaces") && !PutSection(json, ",\"workspaces\":", [self workspaces])) return std::nullopt;
+  if (isSelected(@"prefs") && !PutSection(json, ",\"prefs\":", [self userDefaults])) return std::nullopt;
+  json.Put('}');
+  return std::move(json.text);
 }
 
 @end

@@ -131,6 +131,12 @@ std::optional<Bytes> ReadFile(const std::filesystem::path& file, TsStoreError& e
   return bytes;
 }
 
+// Elements mostly begin with the attribute that is asked for.
+const char* AttributeOf(pugi::xml_node element, const char* name) {
+  const pugi::xml_attribute first = element.first_attribute();
+  return std::strcmp(first.name(), name) == 0 ? first.value() : element.attribute(name).value();
+}
+
 bool IsDatabase(const std::string& text) {
   pugi::xml_document document;
   return document.load_string(text.c_str(), kReading) && document.child("database");
@@ -215,7 +221,7 @@ class TsStoreFile::Body {
   [[nodiscard]] const TsEntity* EntityOf(std::string_view type) const;
 
   void WillChange();
-  Record& Add(const TsEntity& entity, std::string_view id);
+  Record* Add(const TsEntity& entity, std::string_view id);
   void Set(Slot& slot, std::optional<std::string_view> text);
   [[nodiscard]] std::string_view Keep(std::string text) { return texts_.emplace_back(std::move(text)); }
   void RemoveDeadReferences(const Record& record);
@@ -246,6 +252,7 @@ bool TsStoreFile::Body::Load(TsStoreError& error) {
 bool TsStoreFile::Body::Read(TsStoreError& error) {
   if (!Load(error)) return false;
   byId_.reserve(bytes_.size / 256);
+  slots_.reserve(bytes_.size / 64);
   if (ReadInPieces()) return true;
   records_.clear();
   slots_.clear();
@@ -301,9 +308,9 @@ void TsStoreFile::Body::ReadObject(pugi::xml_node element) {
   const std::string_view id = element.attribute("id").value();
   // Objects of unknown entities have identifiers too.
   highestNumber_ = std::max(highestNumber_, NumberOf(id));
-  const TsEntity* entity = EntityOf(element.attribute("type").value());
-  if (entity == nullptr || id.empty() || byId_.contains(id)) return;
-  ReadProperties(Add(*entity, id), element);
+  const TsEntity* entity = EntityOf(AttributeOf(element, "type"));
+  if (entity == nullptr || id.empty()) return;
+  if (Record* record = Add(*entity, id)) ReadProperties(*record, element);
 }
 
 TsStoreFile::Body::Property TsStoreFile::Body::PropertyOf(const TsEntity& entity, std::string_view name) {
@@ -320,10 +327,10 @@ void TsStoreFile::Body::ReadProperties(const Record& record, pugi::xml_node elem
   auto& expected = expected_[static_cast<std::size_t>(&entity - model_.data())];
   std::size_t position = 0;
   for (pugi::xml_node property = element.first_child(); property; property = property.next_sibling(), ++position) {
-    const char* name = property.attribute("name").value();
+    const char* name = AttributeOf(property, "name");
     if (position == expected.size()) expected.push_back(PropertyOf(entity, name));
     Property& known = expected[position];
-    if (known.name != name) known = PropertyOf(entity, name);
+    if (std::strcmp(known.name.c_str(), name) != 0) known = PropertyOf(entity, name);
     if (known.slot == kNoSlot) continue;
     const bool isAttribute = known.slot < entity.attributes.size();
     slots_[record.firstSlot + known.slot] = isAttribute ? TextOf(property) : ReferencesOf(property);
@@ -352,11 +359,13 @@ const TsEntity* TsStoreFile::Body::EntityOf(std::string_view type) const {
   return found != model_.end() ? &*found : nullptr;
 }
 
-TsStoreFile::Body::Record& TsStoreFile::Body::Add(const TsEntity& entity, std::string_view id) {
-  Record& record = records_.emplace_back(Record{{&entity, records_.size()}, id, slots_.size()});
+// null when there is an object of that identifier already.
+TsStoreFile::Body::Record* TsStoreFile::Body::Add(const TsEntity& entity, std::string_view id) {
+  const auto [place, isNew] = byId_.try_emplace(id, nullptr);
+  if (!isNew) return nullptr;
+  place->second = &records_.emplace_back(Record{{&entity, records_.size()}, id, slots_.size()});
   slots_.resize(slots_.size() + entity.attributes.size() + entity.relationships.size());
-  byId_.insert_or_assign(id, &record);
-  return record;
+  return place->second;
 }
 
 std::vector<TsStoreObject*> TsStoreFile::Body::Objects(const TsEntity& entity) {
@@ -419,7 +428,7 @@ void TsStoreFile::Body::Append(TsStoreObject& owner, std::string_view relationsh
 
 TsStoreObject& TsStoreFile::Body::Insert(const TsEntity& entity) {
   WillChange();
-  Record& record = Add(entity, Keep("z" + std::to_string(++highestNumber_)));
+  Record& record = *Add(entity, Keep("z" + std::to_string(++highestNumber_)));
   record.isNew = true;
   return record;
 }

@@ -1,8 +1,6 @@
 #include "Migration/TsStoreText.h"
 
-#include <charconv>
 #include <cstdint>
-#include <optional>
 
 namespace {
 
@@ -55,4 +53,11 @@ std::string TsTextForStore(std::string_view text) {
     }
   }
   return stored;
+}
+
+std::optional<bool> TsBooleanInStore(std::string_view text) {
+  if (const auto number = TsNumberInStore<int>(text)) return *number != 0;
+  if (text == "true" || text == "YES") return true;
+  if (text == "false" || text == "NO") return false;
+  return std::nullopt;
 }

@@ -2,9 +2,9 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 
+#include "Migration/TsStoreText.h"
 #include "Platform/FoundationValues.h"
 #include "Utilities/TsString.h"
 
@@ -12,31 +12,23 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-template <typename Number>
-std::optional<Number> Parsed(std::string_view text) {
-  Number number;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
-}
-
 Ref<NSNumber> NewNumber(std::string_view text) {
-  if (const auto integer = Parsed<std::int64_t>(text)) return platform::NewNumber(*integer);
-  const auto number = Parsed<double>(text);
-  return number && std::isfinite(*number) ? platform::NewNumber(*number) : Ref<NSNumber>();
+  if (const auto integer = TsNumberInStore<std::int64_t>(text)) return platform::NewNumber(*integer);
+  const auto number = TsNumberInStore<double>(text);
+  return number ? platform::NewNumber(*number) : Ref<NSNumber>();
 }
 
 Ref<NSNumber> NewBoolean(std::string_view text) {
-  const auto number = Parsed<int>(text);
-  const bool isTrue = number ? *number != 0 : text == "true" || text == "YES";
-  if (!number && !isTrue && text != "false" && text != "NO") return nullptr;
   static const Ref<NSNumber> kYes = Retain([NSNumber numberWithBool:YES]);
   static const Ref<NSNumber> kNo = Retain([NSNumber numberWithBool:NO]);
-  return isTrue ? kYes : kNo;
+  const auto value = TsBooleanInStore(text);
+  if (!value) return nullptr;
+  return *value ? kYes : kNo;
 }
 
 Ref<NSDate> NewDate(std::string_view text) {
-  const auto seconds = Parsed<double>(text);
-  if (!seconds || !std::isfinite(*seconds)) return nullptr;
+  const auto seconds = TsNumberInStore<double>(text);
+  if (!seconds) return nullptr;
   return Adopt([[NSDate alloc] initWithTimeIntervalSinceReferenceDate:*seconds]);
 }
 

@@ -14,6 +14,7 @@
 
 #include "Platform/FoundationValues.h"
 #include "Utilities/TsJSONError.h"
+#include "Utilities/TsJSONText.h"
 #include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
@@ -56,58 +57,19 @@ class Kinds {
   std::unordered_map<Class, Kind> kinds_;
 };
 
-constexpr std::string_view kHexDigits = "0123456789abcdef";
-
-template <typename Character>
-constexpr bool NeedsEscape(Character unit) {
-  return unit < 0x20 || unit == '"' || unit == '\\';
-}
-
-// The first character to be escaped. Looks at blocks, which the compiler turns into vectors, as most have none.
-template <typename Character>
-const Character* FindEscape(const Character* characters, const Character* end) {
-  constexpr std::ptrdiff_t kBlock = 16;
-  for (; end - characters >= kBlock; characters += kBlock) {
-    unsigned char found = 0;
-    for (std::ptrdiff_t i = 0; i < kBlock; ++i) found |= NeedsEscape(characters[i]);
-    if (found != 0) break;
-  }
-  return std::find_if(characters, end, NeedsEscape<Character>);
-}
-
-// The letter of a two-character escape, or 0.
-char ShortEscape(char16_t unit) {
-  switch (unit) {
-    case '"':
-    case '\\':
-      return static_cast<char>(unit);
-    case '\b':
-      return 'b';
-    case '\f':
-      return 'f';
-    case '\n':
-      return 'n';
-    case '\r':
-      return 'r';
-    case '\t':
-      return 't';
-    default:
-      return 0;
-  }
-}
-
 // Memory for the text being written, kept from one document to the next unless it has become large.
 template <typename Unit>
-class ScratchText {
+class ScratchText : public TsJSONText<Unit> {
  public:
-  ScratchText() : text(std::exchange(Spare(), {})) { text.clear(); }
+  ScratchText() {
+    this->text = std::exchange(Spare(), {});
+    this->text.clear();
+  }
   ~ScratchText() {
-    if (text.capacity() <= kKeptCapacity) Spare() = std::move(text);
+    if (this->text.capacity() <= kKeptCapacity) Spare() = std::move(this->text);
   }
   ScratchText(const ScratchText&) = delete;
   ScratchText& operator=(const ScratchText&) = delete;
-
-  std::basic_string<Unit> text;
 
  private:
   static constexpr std::size_t kKeptCapacity = 4 << 20;
@@ -137,20 +99,7 @@ class Writer {
   // One answer for what is nested too deeply, and for what is nested without end.
   bool FailTooDeep() { return Fail(@"it is nested too deeply", kTsJSONNestedTooDeeply); }
 
-  template <typename Character>
-  void Append(const Character* characters, std::size_t length) {
-    if constexpr (std::is_same_v<Character, Unit>) {
-      scratch_.text.append(characters, length);
-    } else {
-      // The string's own way of appending other characters makes a string of them first.
-      const std::size_t before = scratch_.text.size();
-      scratch_.text.resize(before + length);
-      std::copy_n(characters, length, scratch_.text.data() + before);
-    }
-  }
-
-  void Put(std::string_view ascii) { Append(ascii.data(), ascii.size()); }
-  void Put(char ascii) { scratch_.text.push_back(static_cast<Unit>(ascii)); }
+  void Put(char ascii) { scratch_.Put(ascii); }
 
   bool Value(id object, std::size_t level) {
     switch (kinds_.Of(object)) {
@@ -159,10 +108,10 @@ class Writer {
       case Kind::Number:
         return Number(object);
       case Kind::Boolean:
-        Put([object boolValue] ? "true" : "false");
+        scratch_.Put([object boolValue] ? "true" : "false");
         return true;
       case Kind::Null:
-        Put("null");
+        scratch_.Put("null");
         return true;
       case Kind::Array:
         return level <= kTsMostJSONLevels ? Array(object, level) : FailTooDeep();
@@ -218,9 +167,7 @@ class Writer {
 
   template <typename Value>
   bool Digits(Value value) {
-    std::array<char, 32> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    Put({digits.data(), static_cast<std::size_t>(end - digits.data())});
+    scratch_.PutNumber(value);
     return true;
   }
 
@@ -239,24 +186,8 @@ class Writer {
     if constexpr (sizeof(Unit) < sizeof(Character)) {
       if (!FitsLatin1(characters, length)) return false;
     }
-    Put('"');
-    const Character* const end = characters + length;
-    while (characters != end) {
-      const Character* plain = FindEscape(characters, end);
-      Append(characters, static_cast<std::size_t>(plain - characters));
-      characters = plain;
-      if (characters != end) Escape(*characters++);
-    }
-    Put('"');
+    scratch_.PutQuoted(characters, length);
     return true;
-  }
-
-  void Escape(char16_t unit) {
-    Put('\\');
-    if (const char letter = ShortEscape(unit)) return Put(letter);
-    Put("u00");
-    Put(kHexDigits[unit >> 4]);
-    Put(kHexDigits[unit & 0xF]);
   }
 
   ScratchText<Unit> scratch_;
