@@ -2,12 +2,9 @@
 
 // A virtual desktop that the tests of one file share.
 
-const { spawn } = require('child_process');
-const path = require('path');
 const { before, after } = require('node:test');
 
-const { root } = require('./addon');
-const { eventually, node } = require('./child');
+const { startDisplaySession } = require('./display');
 
 /** What a child needs to be on the session's display; its home stays its own. */
 const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP', 'TESSARO_SESSION'];
@@ -15,22 +12,12 @@ const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP
 /** Starts a session for all tests of the file. `env` of the result is there when they run. */
 function useSession() {
   const session = { env: {} };
-  let child;
+  let started;
   before(async () => {
-    const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
-    child = spawn(path.join(root, 'scripts', 'display-session'), ['--own-display', node, '-e', script], {
-      stdio: ['pipe', 'pipe', 'inherit'],
-    });
-    let output = '';
-    child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
-    await eventually(() => output.endsWith('\n') || child.exitCode !== null, 'the session');
-    const environment = JSON.parse(output);
-    for (const name of belonging) session.env[name] = environment[name];
+    started = await startDisplaySession();
+    for (const name of belonging) session.env[name] = started.env[name];
   });
-  after(async () => {
-    child.stdin.end();
-    await eventually(() => child.exitCode !== null, 'the end of the session');
-  });
+  after(() => started?.end());
   return session;
 }
 

@@ -118,7 +118,7 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 
 - (void)setMenu:(NSMenu*)menu {
   _itemMenu = Retain(menu);
-  // The tray shows it, never GNUstep: its own view needs no cell for each row, and takes a quarter of the time.
+  // The tray shows it, never GNUstep: its own view needs no cell for each row.
   if (menu != nil) [[NSNotificationCenter defaultCenter] removeObserver:[menu menuRepresentation] name:nil object:menu];
   if (_entry) _entry->menu = Retain(menu);
 }
