@@ -1,24 +1,16 @@
 #pragma once
 
 #import "Migration/TsAccount.h"
-#import "Migration/TsManagedObjectContext.h"
+#import "Migration/TsPersistence.h"
 
 // The accounts of the previous version. Whatever can't be read is told by the log and an empty result. Main thread.
-@interface TsAccounts : NSObject {
- @private
-  TsManagedObjectContext* context_;
-}
-
-@property(nonatomic, readonly) TsManagedObjectContext* context;
+@interface TsAccounts : TsPersistence
 
 // The previous version's own file.
 + (TsAccounts*)sharedInstance;
 
 // Without a store when there is none at `path`.
 - (instancetype)initWithPath:(NSString*)path;
-
-- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error;
-- (BOOL)detachPersistence:(NSError**)error;
 
 // By "order", then by "username".
 - (NSArray*)all;

@@ -22,8 +22,6 @@ struct SortKey {
 
 @implementation TsAccounts
 
-@synthesize context = context_;
-
 + (TsAccounts*)sharedInstance {
   static const Ref<TsAccounts> accounts = [] {
     const auto migration = Adopt([[TsMigration alloc] init]);
@@ -33,26 +31,7 @@ struct SortKey {
 }
 
 - (instancetype)initWithPath:(NSString*)path {
-  if ((self = [super init]) != nil) {
-    context_ = [[TsManagedObjectContext alloc] initWithModel:TsAccountsModel()];
-    NSError* error = nil;
-    if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
-  }
-  return self;
-}
-
-- (void)dealloc {
-  [context_ release];
-  [super dealloc];
-}
-
-- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
-  return [context_ addStoreAtPath:path error:error];
-}
-
-- (BOOL)detachPersistence:(NSError**)error {
-  [context_ removeStores];
-  return YES;
+  return [self initWithPath:path model:TsAccountsModel()];
 }
 
 - (NSArray*)all {

@@ -2,22 +2,15 @@
 
 #import "Migration/TsGoogleAppIdentifier.h"
 #import "Migration/TsGoogleAppState.h"
-#import "Migration/TsManagedObjectContext.h"
+#import "Migration/TsPersistence.h"
 #import "Migration/TsWorkspaceState.h"
 
 // The workspaces of the previous version. Whatever can't be read or written is told by the log and an empty result.
 // One thread.
-@interface TsWorkspaceStates : NSObject {
- @private
-  TsManagedObjectContext* context_;
-}
-
-@property(nonatomic, readonly) TsManagedObjectContext* context;
+@interface TsWorkspaceStates : TsPersistence
 
 // Without a store when there is none at `path`.
 - (instancetype)initWithPath:(NSString*)path;
-
-- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error;
 
 // The one that was updated last comes first.
 - (NSArray*)all;

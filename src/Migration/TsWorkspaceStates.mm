@@ -15,24 +15,8 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 
 @implementation TsWorkspaceStates
 
-@synthesize context = context_;
-
 - (instancetype)initWithPath:(NSString*)path {
-  if ((self = [super init]) != nil) {
-    context_ = [[TsManagedObjectContext alloc] initWithModel:TsWorkspaceStatesModel()];
-    NSError* error = nil;
-    if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
-  }
-  return self;
-}
-
-- (void)dealloc {
-  [context_ release];
-  [super dealloc];
-}
-
-- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
-  return [context_ addStoreAtPath:path error:error];
+  return [self initWithPath:path model:TsWorkspaceStatesModel()];
 }
 
 - (NSArray*)all {
