@@ -134,3 +134,5 @@ void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args
 void fetchAppcast(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getBuildNumber(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getReleaseString(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setupCrashReporter(const v8::FunctionCallbackInfo<v8::Value>& args);
+void testCrash(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -1,10 +1,27 @@
+#include <csignal>
+
 #include "Application/TsApplicationUpdate.h"
 #include "Application/TsRelease.h"
+#include "Application/TsSentryLogger.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "TessaroNative/Handlers.h"
 #include "TessaroNative/ReturnValues.h"
 #include "Utilities/TsCallbackSetters.h"
 #include "Utilities/TsLog.h"
+
+// The engine's own header for it is not among those that Node.js installs.
+namespace v8 {
+V8_EXPORT bool TryHandleWebAssemblyTrapPosix(int signal, siginfo_t* information, void* context);
+}
+
+namespace {
+
+// WebAssembly lets the processor find accesses beyond its memory: such faults are no crashes.
+bool IsTrapOfEngine(int signal, void* information, void* context) {
+  return v8::TryHandleWebAssemblyTrapPosix(signal, static_cast<siginfo_t*>(information), context);
+}
+
+}  // namespace
 
 void checkForUpdates(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
@@ -29,3 +46,7 @@ void getBuildNumber(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void getReleaseString(const v8::FunctionCallbackInfo<v8::Value>& args) { ReturnString(args, TsGetRelease()); }
+
+void setupCrashReporter(const v8::FunctionCallbackInfo<v8::Value>&) { TsSetUpCrashReporter(IsTrapOfEngine); }
+
+void testCrash(const v8::FunctionCallbackInfo<v8::Value>&) { TsTestCrash(); }
