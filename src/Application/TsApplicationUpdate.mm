@@ -60,7 +60,8 @@ NSDictionary* Dictionary(const std::vector<platform::AppcastProperty>& propertie
   return dictionary;
 }
 
-bool HoldsOption() { return platform::IsWindowServerAvailable() && ([NSEvent modifierFlags] & kTsOption) != 0; }
+// As the latest event has it: not every AppKit knows the state of the keys between events.
+bool HoldsOption() { return [[NSApp currentEvent] ts_holdsModifier:kTsOption]; }
 
 // The updater's side of the controller.
 class ControllerDelegate final : public platform::UpdaterDelegate {

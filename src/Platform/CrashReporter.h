@@ -53,10 +53,10 @@ class CrashReporter {
   [[nodiscard]] static std::unique_ptr<CrashReporter> ForProject(std::string_view address, Hooks hooks,
                                                                  std::string& reason);
 
-  // Records crashes of this process from now on, for good, and gives the events of earlier processes to the hooks, each
-  // once, before it returns. Handlers that others have installed have their turn after the record is written. A stack
-  // that has overflowed is survived on the calling thread only. False, with the reason, when nothing can be recorded;
-  // earlier events are told all the same. Main thread, once in a process.
+  // Records crashes of this process from now on, for good; handlers that others have installed have their turn after
+  // the record is written. A stack that has overflowed is survived on the calling thread only. False, with the reason,
+  // when nothing can be recorded. The events of earlier processes are given to the hooks, each once, on a later turn of
+  // the main queue, in any case. Main thread, once in a process; the client must live as long as that.
   [[nodiscard]] bool Start(const std::filesystem::path& directory, FaultClaim claim, std::string& reason);
 
   // Crashes, to see what becomes of it.

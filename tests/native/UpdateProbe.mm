@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 #include <node_buffer.h>
+#import <objc/runtime.h>
 
 #include <string>
 
@@ -161,6 +162,12 @@ void resetLastProfileSubmissionDate(ProbeArguments) {
   [[TsApplicationUpdate sharedInstance] resetLastProfileSubmissionDate];
 }
 
+// Nobody has no language at all, but an environment may bring it about.
+void forgetLanguages(ProbeArguments) {
+  const Method languages = class_getClassMethod([NSLocale class], @selector(preferredLanguages));
+  method_setImplementation(languages, reinterpret_cast<IMP>(+[](id, SEL) -> id { return [NSArray array]; }));
+}
+
 // setDateDefault(key, seconds since 1970, or null), dateDefault(key)
 void setDateDefault(ProbeArguments args) {
   NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
@@ -209,6 +216,7 @@ void AttachUpdateProbe(v8::Local<v8::Object> exports) {
   PROBE(fuzz);
   PROBE(promptsForPermission);
   PROBE(resetLastProfileSubmissionDate);
+  PROBE(forgetLanguages);
   PROBE(setDateDefault);
   PROBE(dateDefault);
   PROBE(readCrashRecord);

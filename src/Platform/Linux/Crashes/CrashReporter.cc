@@ -9,6 +9,7 @@
 
 #include "Platform/Linux/Crashes/CrashHandler.h"
 #include "Platform/Linux/Crashes/CrashRecord.h"
+#include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
 
@@ -66,12 +67,14 @@ std::unique_ptr<CrashReporter> CrashReporter::ForProject(std::string_view addres
 }
 
 bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim claim, std::string& reason) {
-  const bool isHandling = HandleOwnCrashes(directory, claim, reason);
-  for (CrashEvent& event : TakeCrashEvents(directory)) {
-    hooks_.beforeSerialising(event);
-    static_cast<void>(hooks_.shouldSend(event));
-  }
-  return isHandling;
+  // What a process takes and doesn't tell is lost, and some end as soon as they have started.
+  MainQueue::Shared().Post([this, directory] {
+    for (CrashEvent& event : TakeCrashEvents(directory)) {
+      hooks_.beforeSerialising(event);
+      static_cast<void>(hooks_.shouldSend(event));
+    }
+  });
+  return HandleOwnCrashes(directory, claim, reason);
 }
 
 // Whatever finds such mistakes must leave this one alone.
