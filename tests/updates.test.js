@@ -343,7 +343,7 @@ test('what can not be fetched or read is logged, and the next check is as any ot
   const good = feed(item({ version: '3', url: somewhere, signature: signed }));
   const answers = [
     [/can't be fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
-    [/can't be fetched: .*Code=-1005/, (answer) => answer.writeHead(200, { 'content-length': 9999 }).end('<rss>', () => answer.destroy())],
+    [/can't be fetched: .*Code=-1005/, (answer) => answer.writeHead(200, { 'content-length': 9999 }).write('<rss>', () => answer.destroy())],
     [/can't be fetched: it is longer than 4194304 bytes/, (answer) => answer.end(' '.repeat(5 * 1024 * 1024))],
     [/can't be fetched: it is redirected to http:\/\/example.org\/feed, which is not secure/, (answer) => answer.writeHead(302, { location: 'http://example.org/feed' }).end()],
     [/can't be fetched: it is redirected to file:/, (answer) => answer.writeHead(302, { location: 'file:///etc/passwd' }).end()],
@@ -597,7 +597,7 @@ test('Option makes one request a test; what is found comes to the front unless o
        // Keys are lost while the keyboard changes hands: they are pressed until they have been heard.
        const pressUntil = (keys, condition) =>
          eventually(async () => { await press(...keys); await new Promise((r) => setTimeout(r, 50)); return condition(); }, keys.join(' '));
-       await pressUntil(['keydown', 'alt'], holdsOption);
+       await pressUntil(['keyup', 'alt', 'keydown', 'alt'], holdsOption);
        news();
        m.checkForUpdates(false, false);
        const first = await upTo(/not installed/);

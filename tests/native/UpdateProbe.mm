@@ -3,8 +3,15 @@
 #import <Foundation/Foundation.h>
 #include <node_buffer.h>
 #import <objc/runtime.h>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <csignal>
+#include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "Application/TsApplicationUpdate.h"
 #include "Application/TsSentryLogger.h"
@@ -16,6 +23,7 @@
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
 #include "Utilities/TsScriptValues.h"
 #include "Utilities/TsString.h"
 
@@ -198,6 +206,70 @@ void whyNoProject(ProbeArguments args) {
   ReturnText(args, client != nullptr ? "" : reason);
 }
 
+// Uses up the stack of a thread.
+__attribute__((noinline, no_sanitize("address"))) int Overflow(int depth) {
+  volatile char room[4096];
+  room[depth % 4096] = 1;
+  return depth < 0 ? 0 : Overflow(depth + 1) + room[depth % 4096];
+}
+
+// crash(how), with and without a thread of its own.
+void crash(ProbeArguments args) {
+  const std::string how = StdText(args[0]);
+  const auto isIn = [&how](const char* word) { return how.find(word) != std::string::npos; };
+  const auto work = [&] {
+    if (isIn("overflow")) args.GetReturnValue().Set(Overflow(0));
+    if (isIn("abort")) std::abort();
+    if (isIn("trap")) __builtin_trap();
+    if (isIn("break")) raise(SIGTRAP);
+    if (isIn("fault")) platform::CrashReporter::Crash();
+  };
+  if (!isIn("thread")) return work();
+  std::thread([&] {
+    pthread_setname_np(pthread_self(), "unlucky");
+    work();
+  }).join();
+}
+
+// Several threads crash at once.
+void crashEverywhere(ProbeArguments) {
+  std::atomic<int> ready = 0;
+  for (int i = 0; i < 8; ++i) {
+    std::thread([&] {
+      for (++ready; ready < 8;) continue;
+      platform::CrashReporter::Crash();
+    }).detach();
+  }
+  for (;;) pause();
+}
+
+// Whoever handled crashes before: tells of its turn by the process's code.
+void handleCrashes(ProbeArguments) {
+  struct sigaction action {};
+  action.sa_flags = SA_SIGINFO;
+  action.sa_sigaction = [](int, siginfo_t* information, void* context) {
+    _exit(information != nullptr && context != nullptr ? 42 : 43);
+  };
+  for (const int signal : {SIGSEGV, SIGABRT, SIGTRAP}) sigaction(signal, &action, nullptr);
+}
+
+// Has a forked process crash; gives the signal that ended it.
+void crashInFork(ProbeArguments args) {
+  const pid_t child = fork();
+  if (child == 0) platform::CrashReporter::Crash();
+  int status = 0;
+  waitpid(child, &status, 0);
+  args.GetReturnValue().Set(WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+}
+
+// logFromThread(name, text): the thread that logs has that name.
+void logFromThread(ProbeArguments args) {
+  std::thread([name = StdText(args[0]), text = StdText(args[1])] {
+    pthread_setname_np(pthread_self(), name.c_str());
+    TsLogTextWarning(text);
+  }).join();
+}
+
 template <ScriptHandler probe>
 void InPool(ProbeArguments args) {
   @autoreleasepool {
@@ -221,5 +293,10 @@ void AttachUpdateProbe(v8::Local<v8::Object> exports) {
   PROBE(dateDefault);
   PROBE(readCrashRecord);
   PROBE(whyNoProject);
+  PROBE(crash);
+  PROBE(crashEverywhere);
+  PROBE(handleCrashes);
+  PROBE(crashInFork);
+  PROBE(logFromThread);
 #undef PROBE
 }
