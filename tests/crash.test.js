@@ -34,9 +34,13 @@ const crash = (t, home, source, options) =>
 
 /** What the next process of the application tells. */
 const nextStart = (t, home) =>
-  evaluate(t, `${prelude} m.setupCrashReporter(); settle().then(() => { print(events.map(({ event }) => event)); process.exit(); });`, {
-    home,
-  });
+  evaluate(
+    t,
+    `${prelude} m.setupCrashReporter(); settle().then(() => { print(events.map(({ event }) => event)); process.exit(); });`,
+    {
+      home,
+    },
+  );
 
 const exceptionOf = (event) => event.exception.values[0];
 
@@ -150,7 +154,11 @@ test("the engine's own faults are no crashes, and neither are those of forked pr
 
 test('a crash is told by one of many processes, and not before its own has ended', async (t) => {
   const home = temporaryDirectory(t);
-  const living = startScript(t, `${prelude} m.setupCrashReporter(); process.stdin.once('data', () => m.testCrash()); console.log('ready');`, { home });
+  const living = startScript(
+    t,
+    `${prelude} m.setupCrashReporter(); process.stdin.once('data', () => m.testCrash()); console.log('ready');`,
+    { home },
+  );
   await living.printed('ready\n');
   assert.deepStrictEqual(await nextStart(t, home), []);
   assert.strictEqual(records(home).length, 1);
@@ -217,7 +225,10 @@ test('a record may hold anything', async (t) => {
   table.forEach(([text, expected], i) => assert.deepStrictEqual(brief(answers[i]), expected, text.slice(0, 40)));
   const [last] = answers.slice(-2);
   assert.deepStrictEqual(exceptionOf(last).mechanism.data, { address: '0xffffffffffffffff', process: 7 });
-  assert.deepStrictEqual(exceptionOf(last).stacktrace.frames, [{ instruction_addr: '0xf' }, { instruction_addr: '0x401010' }]);
+  assert.deepStrictEqual(exceptionOf(last).stacktrace.frames, [
+    { instruction_addr: '0xf' },
+    { instruction_addr: '0x401010' },
+  ]);
   assert.deepStrictEqual(last.debug_meta.images, [
     { type: 'elf', code_file: '/usr/bin/a program', image_addr: '0x400000', image_size: 0x2000 },
     { type: 'elf', code_file: '/usr/lib/b.so (deleted)', image_addr: '0x7f0000000000', image_size: 0x1000 },
@@ -289,7 +300,9 @@ test('an address of a project has two keys, a host and a number', async (t) => {
     t,
     `const { updates } = probe(); console.log(JSON.stringify(${JSON.stringify(all)}.map(updates.whyNoProject)));`,
   );
-  all.forEach((address, i) => assert.strictEqual(reasons[i], i < good.length ? '' : `no address of a project: ${address}`));
+  all.forEach((address, i) =>
+    assert.strictEqual(reasons[i], i < good.length ? '' : `no address of a project: ${address}`),
+  );
 });
 
 test('log messages become breadcrumbs, in order, with the place and the thread they come from', async (t) => {

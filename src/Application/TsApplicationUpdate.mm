@@ -158,8 +158,8 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
   if (_parameterCallback) [parameters addObjectsFromArray:_parameterCallback(sendingProfile)];
   [parameters addObject:Parameter(@"osVersion", @"macOS Version", [[NSProcessInfo processInfo] ts_osVersion])];
   [parameters addObject:Parameter(@"appVersion", @"Application Version", [NSApplication ts_bundleVersion])];
-  [parameters addObject:Parameter(@"shortVersionString", @"Application Version String",
-                                  [NSApplication ts_shortVersionString])];
+  [parameters
+      addObject:Parameter(@"shortVersionString", @"Application Version String", [NSApplication ts_shortVersionString])];
   [parameters addObject:Parameter(@"selectedLanguage", @"Selected Language", SelectedLanguage())];
   if (![[self buildType] isEqualToString:kStable]) {
     [parameters addObject:Parameter(@"buildType", @"Build Type", [self buildType])];
@@ -168,8 +168,7 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
   return parameters;
 }
 
-- (void)updater:(platform::Updater&)updater
-    didFinishLoadingAppcast:(const std::vector<platform::AppcastItem>&)items {
+- (void)updater:(platform::Updater&)updater didFinishLoadingAppcast:(const std::vector<platform::AppcastItem>&)items {
   NSMutableArray* appcast = [NSMutableArray arrayWithCapacity:items.size()];
   for (const auto& item : items) [appcast addObject:Dictionary(item.properties)];
   [[NSNotificationCenter defaultCenter] postNotificationName:TsReceivedAppcastNotification

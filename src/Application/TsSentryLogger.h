@@ -23,8 +23,8 @@ class TsSentryLogger final : public TsLogger {
 // The event in the form of the service, which JSON can hold.
 [[nodiscard]] NSDictionary* TsSerialisedEvent(const tessaro::platform::CrashEvent& event);
 
-// From now on crashes are recorded, log messages are breadcrumbs, and the crashes of earlier processes are told. Once in
-// a process; what can't be had is logged. `claim` as for the crash reporter.
+// From now on crashes are recorded, log messages are breadcrumbs, and the crashes of earlier processes are told. Once
+// in a process; what can't be had is logged. `claim` as for the crash reporter.
 void TsSetUpCrashReporter(tessaro::platform::CrashReporter::FaultClaim claim);
 
 // Crashes, if the crash reporter was set up.

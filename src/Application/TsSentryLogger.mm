@@ -56,7 +56,9 @@ void Post(NSString* name, NSDictionary* userInfo) {
 NSNumber* Number(std::int64_t number) { return [NSNumber numberWithLongLong:number]; }
 
 // JSON's numbers are not exact enough for addresses.
-NSString* Address(std::uint64_t address) { return [NSString stringWithFormat:@"0x%llx", static_cast<unsigned long long>(address)]; }
+NSString* Address(std::uint64_t address) {
+  return [NSString stringWithFormat:@"0x%llx", static_cast<unsigned long long>(address)];
+}
 
 NSArray* Frames(const platform::CrashEvent& event) {
   NSMutableArray* frames = [NSMutableArray arrayWithCapacity:event.frames.size()];

@@ -126,8 +126,9 @@ void fuzz(ProbeArguments args) {
     state ^= state << 17;
     return static_cast<std::size_t>(state % below);
   };
-  constexpr std::string_view kPieces[] = {"<item>", "</item>", "\"", "]]>", "<![CDATA[", "&", "<", ">", "sparkle:", "0",
-                                          "<!--",   "-->",     "\0", "&#0;", "<!DOCTYPE", "\xff", "9999999999", "<?"};
+  constexpr std::string_view kPieces[] = {"<item>", "</item>", "\"",        "]]>",  "<![CDATA[",  "&",
+                                          "<",      ">",       "sparkle:",  "0",    "<!--",       "-->",
+                                          "\0",     "&#0;",    "<!DOCTYPE", "\xff", "9999999999", "<?"};
   int updates = 0;
   for (int i = 0; i < count; ++i) {
     std::string feed = original;

@@ -119,8 +119,7 @@ void AppcastUpdater::Announce(UpdateDecision decision) {
   if (!key) return FindNothing("No update can be verified: the public key is missing or malformed");
   AppcastItem& item = decision.items[*decision.update];
   if (!Tell([&](UpdaterDelegate& delegate) { delegate.FoundUpdate(item); })) return;
-  const bool isWanted =
-      kind_ == Kind::User || (kind_ == Kind::Background && defaults_.AutomaticallyUpdates());
+  const bool isWanted = kind_ == Kind::User || (kind_ == Kind::Background && defaults_.AutomaticallyUpdates());
   if (isWanted) Install(std::move(item), std::move(decision.file), *key);
 }
 
@@ -160,13 +159,13 @@ void AppcastUpdater::Verify(SharedInstallation installation) {
 
 void AppcastUpdater::Replace(SharedInstallation installation) {
   if (!Tell([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
+  // The version that runs goes on running; the next start is the new one's, even if this process doesn't get further.
+  defaults_.SetInstalledVersion(installation->item.version);
   BackgroundQueue::Shared().Post([=, this] {
     const std::error_code error = ReplaceFile(installation->target, installation->bytes);
     Later([=, this] {
-      if (error) return EndInstallation(installation, error.message());
-      // The version that runs now goes on running: the new one comes with the next start.
-      defaults_.SetInstalledVersion(installation->item.version);
-      EndInstallation(installation, {});
+      if (error) defaults_.SetInstalledVersion({});
+      EndInstallation(installation, error ? error.message() : std::string());
     });
   });
 }
