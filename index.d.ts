@@ -617,25 +617,38 @@ export function setStatusItemMenuNeedsUpdateCallbackFunction(
 
 // ---- Updates, crash events, migration
 
-/** _Not available yet._ */
+/**
+ * From now on crashes are recorded, log messages are posted as breadcrumbs, and the crashes of earlier processes are
+ * posted, once: "TsSentryBreadcrumbNotification" and "TsSentryEventNotification". The host sends them; the module sends
+ * nothing. Calling again does nothing.
+ */
 export function setupCrashReporter(): void;
 
-/** _Not available yet._ Ends the process. */
+/** Crashes, if the crash reporter was set up: the process ends. */
 export function testCrash(): void;
 
-/** _Not available yet._ */
-export function checkForUpdates(first: boolean, second: boolean): void;
+/**
+ * Looks for updates.
+ * @param inBackground `false`: the user has asked, and what is found is installed.
+ * @param automatically In the background only: whether checks are made every 12 hours from now on, in later processes
+ *   too.
+ */
+export function checkForUpdates(inBackground: boolean, automatically: boolean): void;
 
-/** Sets the function that adds parameters to each request for the update feed, as a JSON array of dictionaries. */
+/**
+ * Sets the function that adds parameters to each request for the update feed: a JSON array of
+ * `{"key", "value", "displayKey", "displayValue"}`, all texts. Its argument tells whether the request carries the system
+ * profile, once a week if the user default "SUSendProfileInfo" wants it.
+ */
 export function setAppcastParameterCallback(callback: (isSendingProfile: boolean) => JSONText): void;
 
-/** _Not available yet._ */
+/** Asks for the update feed, which is posted as "TsReceivedAppcastNotification", and does nothing else with it. */
 export function fetchAppcast(): void;
 
-/** _Not available yet._ */
+/** The build's version, "CFBundleVersion" of the main bundle; `null` when there is none. */
 export function getBuildNumber(): string | null;
 
-/** _Not available yet._ */
+/** The version that people know, and the build's: "3.1 (412)". */
 export function getReleaseString(): string;
 
 /** Whether the previous major version has left a file of accounts behind, with at least one account in it. */

@@ -51,7 +51,7 @@ const cocoa = /^(AddressBook|AppKit|Foundation|objc)\/[\w+]+\.h$/;
 const portable = [
   { header: /^spdlog\//, files: /^src\/Utilities\/TsLogging\.cc$/ },
   { header: /^simdjson\.h$/, files: /^src\/Utilities\/TsJSONReader\.mm$/ },
-  { header: /^pugixml\.hpp$/, files: /^src\/Migration\/TsStoreFile\.cc$/ },
+  { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Linux\/Updates\/Appcast)\.cc$/ },
 ];
 
 // C and C++: names without a folder and without ".h", or the few C headers in use.

@@ -8,4 +8,8 @@
 // What the bundle calls itself; nil when it does not say.
 + (NSString*)ts_bundleName;
 
+// Its version: the build's, and the one that people know. nil when it does not say.
++ (NSString*)ts_bundleVersion;
++ (NSString*)ts_shortVersionString;
+
 @end

@@ -26,10 +26,6 @@ void setKeyboardModifierKeysCallbackFunction(const v8::FunctionCallbackInfo<v8::
   SetKeyboardModifierKeysCallback(args[0]);
 }
 
-void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  SetAppcastParameterCallback(args[0]);
-}
-
 void setQueryWindowTraitCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args) {
   SetQueryWindowTraitCallback(args[0]);
 }

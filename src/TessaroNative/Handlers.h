@@ -23,7 +23,6 @@ void setToolbarCallbackFunctions(const v8::FunctionCallbackInfo<v8::Value>& args
 void setWindowNotificationCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setDragAndDropCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setKeyboardModifierKeysCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setQueryWindowTraitCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setSearchServiceCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
@@ -128,3 +127,12 @@ void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& a
 void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
 void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args);
 void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Updates and crash events
+void checkForUpdates(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args);
+void fetchAppcast(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getBuildNumber(const v8::FunctionCallbackInfo<v8::Value>& args);
+void getReleaseString(const v8::FunctionCallbackInfo<v8::Value>& args);
+void setupCrashReporter(const v8::FunctionCallbackInfo<v8::Value>& args);
+void testCrash(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -45,6 +45,9 @@ class TsCallbackSlot {
   // The function's result as convertToNSString() gives it; nil also when the slot is empty or the function threw.
   [[nodiscard]] NSString* CallForString(std::initializer_list<TsScriptArgument> arguments) const;
 
+  // The function's result where it is a string; nil also when the slot is empty or the function threw.
+  [[nodiscard]] NSString* CallForText(std::initializer_list<TsScriptArgument> arguments) const;
+
   // The function's result where it is a boolean. Otherwise its integer form, 0 where it has none, where the slot is
   // empty, and where the function threw.
   [[nodiscard]] std::variant<bool, std::int32_t> CallForBoolean(

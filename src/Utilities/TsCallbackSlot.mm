@@ -73,6 +73,15 @@ NSString* TsCallbackSlot::CallForString(std::initializer_list<TsScriptArgument> 
   return convertToNSString(result);
 }
 
+NSString* TsCallbackSlot::CallForText(std::initializer_list<TsScriptArgument> arguments) const {
+  v8::Isolate* isolate = GetApplicationIsolate();
+  if (!IsSet() || isolate == nullptr) return nil;
+  const TsEngineEntry entry(isolate);
+  v8::Local<v8::Value> result;
+  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return nil;
+  return result->IsString() ? convertToNSString(result) : nil;
+}
+
 std::variant<bool, std::int32_t> TsCallbackSlot::CallForBoolean(
     std::initializer_list<TsScriptArgument> arguments) const {
   v8::Isolate* isolate = GetApplicationIsolate();

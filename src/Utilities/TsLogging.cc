@@ -80,6 +80,7 @@ class LoggerSink final : public spdlog::sinks::base_sink<spdlog::details::null_m
                   .file = message.source.filename,
                   .function = message.source.funcname,
                   .line = message.source.line,
+                  .thread = {message.logger_name.data(), message.logger_name.size()},
                   .time = message.time});
   }
   void flush_() override { logger_->Flush(); }
@@ -161,8 +162,15 @@ class TsLogFacility::Pipeline {
   std::uint64_t Enqueue(const TsLogMessage& message) {
     // Counting and queueing are one step, or a ticket could name another thread's message.
     const std::lock_guard lock(queueMutex_);
-    logger_->log(message.time, spdlog::source_loc{message.file, message.line, message.function},
-                 SpdlogLevel(message.flag), spdlog::string_view_t(message.text.data(), message.text.size()));
+    // Of the texts that travel with a message one is its logger's name. There is only one logger, whose name isn't
+    // written anywhere: the thread's takes its place.
+    pool_->post_log(std::shared_ptr(logger_),
+                    {message.time,
+                     {message.file, message.line, message.function},
+                     {message.thread.data(), message.thread.size()},
+                     SpdlogLevel(message.flag),
+                     {message.text.data(), message.text.size()}},
+                    spdlog::async_overflow_policy::block);
     return ++queued_;
   }
 

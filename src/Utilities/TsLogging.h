@@ -6,6 +6,8 @@
 #include <memory>
 #include <string_view>
 
+#include "Platform/ThreadName.h"
+
 // The flag of a message; a message has exactly one.
 enum class TsLogFlag : std::uint32_t { Error = 1, Warning = 2, Info = 4, Debug = 8 };
 
@@ -20,6 +22,7 @@ struct TsLogMessage {
   const char* file = "";      // source file, relative to the project; lives as long as the process
   const char* function = "";  // full signature; lives as long as the process
   std::int32_t line = 0;
+  std::string_view thread = tessaro::platform::CurrentThreadName();  // valid only during the call
   std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
 };
 

@@ -10,6 +10,7 @@
 #include "Probe.h"
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
+#include "UpdateProbe.h"
 #include "ValuesProbe.h"
 #include "WindowProbe.h"
 
@@ -33,6 +34,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachWindowProbe(AddProbeObject(probe, "windows"));
   AttachCompositionProbe(AddProbeObject(probe, "composition"));
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
+  AttachUpdateProbe(AddProbeObject(probe, "updates"));
 }
 
 }  // namespace

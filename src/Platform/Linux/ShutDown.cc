@@ -7,11 +7,13 @@
 #include "Platform/MainQueue.h"
 #include "Platform/SecretStore.h"
 #include "Platform/TimeTracker.h"
+#include "Platform/Updater.h"
 
 namespace tessaro::platform {
 
 void ShutDown() {
   SecretStore::Shared().Close();
+  Updater::Shared().ShutDown();
   HTTPTransfer::ShutDown();
   NetworkChanges::Shared().Close();
   EndUserNotificationDelivery();

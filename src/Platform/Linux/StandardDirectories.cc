@@ -30,4 +30,8 @@ std::filesystem::path LogDirectory(std::string_view applicationName) {
   return StateHome() / AsFileName(applicationName) / "logs";
 }
 
+std::filesystem::path CrashDirectory(std::string_view applicationName) {
+  return StateHome() / AsFileName(applicationName) / "crashes";
+}
+
 }  // namespace tessaro::platform

@@ -1,0 +1,63 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "Platform/Updater.h"
+#include "Utilities/Ref.h"
+
+// The feed's items have arrived: {"appcast": an array of dictionaries}. Its object is the shared update controller.
+extern NSString* const TsReceivedAppcastNotification;
+
+// This process is the first one of a version that the updater has installed.
+extern NSString* const TsApplicationDidRelaunchAfterUpdateNotification;
+
+// Gives further parameters for a request for the feed: dictionaries of "key", "value", "displayKey" and "displayValue".
+using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
+
+// Looks for updates: the updater's settings, the parameters of each request for the feed, and what is made of its
+// answers. Main thread only.
+@interface TsApplicationUpdate : NSObject {
+ @private
+  std::unique_ptr<tessaro::platform::UpdaterDelegate> _delegate;
+  Ref<NSString> _buildType;
+  TsFeedParameterBlock _parameterCallback;
+  BOOL _dryRun;
+}
+
+// Made on first use; automatic checks begin with it.
++ (TsApplicationUpdate*)sharedInstance;
+
+// The update channel: "stable", but "test" from a check with the Option key held to the request for its feed.
+@property(nonatomic, copy) NSString* buildType;
+
+- (void)setParameterCallback:(TsFeedParameterBlock)callback;
+
+// Whether only the feed is wanted: what is found then does not bring the application to the front.
+@property(nonatomic, assign) BOOL dryRun;
+
+// The user has asked.
+- (void)checkForUpdates;
+- (void)checkForUpdatesInBackground:(BOOL)automatically;
+- (void)fetchAppcast;
+
+// The next check sends the system profile again.
+- (void)resetLastProfileSubmissionDate;
+
+// What the updater asks and tells.
+- (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(tessaro::platform::Updater&)updater;
+- (NSArray*)feedParametersForUpdater:(tessaro::platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile;
+- (void)updater:(tessaro::platform::Updater&)updater
+    didFinishLoadingAppcast:(const std::vector<tessaro::platform::AppcastItem>&)items;
+- (void)updater:(tessaro::platform::Updater&)updater didFindValidUpdate:(const tessaro::platform::AppcastItem&)item;
+- (void)updaterDidNotFindUpdate:(tessaro::platform::Updater&)updater;
+- (void)updater:(tessaro::platform::Updater&)updater willInstallUpdate:(const tessaro::platform::AppcastItem&)item;
+- (void)updaterDidRelaunchApplication:(tessaro::platform::Updater&)updater;
+
+@end
+
+// The parameters that script's callback gives; none, with a warning, when they can't be made out.
+[[nodiscard]] NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile);

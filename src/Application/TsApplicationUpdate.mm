@@ -1,0 +1,211 @@
+#include "Application/TsApplicationUpdate.h"
+
+#include <string_view>
+#include <utility>
+
+#include "Extensions/NSApplication+TsBundle.h"
+#include "Extensions/NSEvent+TsKeyboard.h"
+#include "Extensions/NSProcessInfo+TsSystem.h"
+#include "Platform/WindowServer.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+namespace platform = tessaro::platform;
+
+NSString* const TsReceivedAppcastNotification = @"TsReceivedAppcastNotification";
+NSString* const TsApplicationDidRelaunchAfterUpdateNotification = @"TsApplicationDidRelaunchAfterUpdateNotification";
+
+namespace {
+
+constexpr std::chrono::hours kCheckInterval(12);
+
+NSString* const kStable = @"stable";
+NSString* const kTest = @"test";
+
+NSDictionary* Parameter(NSString* key, NSString* displayKey, NSString* value) {
+  NSString* text = value != nil ? value : @"";
+  return @{@"key" : key, @"value" : text, @"displayKey" : displayKey, @"displayValue" : text};
+}
+
+NSString* SelectedLanguage() {
+  NSArray* languages = [NSLocale preferredLanguages];
+  return [languages count] > 0 ? [languages objectAtIndex:0] : @"None";
+}
+
+// Script may have written anything.
+std::string TextFor(NSDictionary* dictionary, NSString* key) {
+  const id value = [dictionary objectForKey:key];
+  return [value isKindOfClass:[NSString class]] ? TsStdString(value) : std::string();
+}
+
+std::vector<platform::FeedParameter> FeedParameters(NSArray* dictionaries) {
+  std::vector<platform::FeedParameter> parameters;
+  for (NSDictionary* each in dictionaries) {
+    if (![each isKindOfClass:[NSDictionary class]]) continue;
+    platform::FeedParameter parameter{TextFor(each, @"key"), TextFor(each, @"value"), TextFor(each, @"displayKey"),
+                                      TextFor(each, @"displayValue")};
+    if (!parameter.key.empty()) parameters.push_back(std::move(parameter));
+  }
+  return parameters;
+}
+
+NSDictionary* Dictionary(const std::vector<platform::AppcastProperty>& properties) {
+  NSMutableDictionary* dictionary = [NSMutableDictionary dictionaryWithCapacity:properties.size()];
+  for (const auto& property : properties) {
+    const id value = property.attributes.empty() ? TsNSString(property.text) : Dictionary(property.attributes);
+    [dictionary setObject:value forKey:TsNSString(property.name)];
+  }
+  return dictionary;
+}
+
+// As the latest event has it: not every AppKit knows the state of the keys between events.
+bool HoldsOption() { return [[NSApp currentEvent] ts_holdsModifier:kTsOption]; }
+
+// The updater's side of the controller.
+class ControllerDelegate final : public platform::UpdaterDelegate {
+ public:
+  explicit ControllerDelegate(TsApplicationUpdate* controller) : controller_(controller) {}
+
+  [[nodiscard]] bool ShouldPromptForPermission() override {
+    return [controller_ updaterShouldPromptForPermissionToCheckForUpdates:updater_];
+  }
+  [[nodiscard]] std::string Channel() override { return TsStdString([controller_ buildType]); }
+  [[nodiscard]] std::vector<platform::FeedParameter> FeedParameters(bool sendingSystemProfile) override {
+    return ::FeedParameters([controller_ feedParametersForUpdater:updater_ sendingSystemProfile:sendingSystemProfile]);
+  }
+  void FinishedLoadingAppcast(const std::vector<platform::AppcastItem>& items) override {
+    [controller_ updater:updater_ didFinishLoadingAppcast:items];
+  }
+  void FoundUpdate(const platform::AppcastItem& item) override {
+    [controller_ updater:updater_ didFindValidUpdate:item];
+  }
+  void FoundNoUpdate() override { [controller_ updaterDidNotFindUpdate:updater_]; }
+  void WillInstallUpdate(const platform::AppcastItem& item) override {
+    [controller_ updater:updater_ willInstallUpdate:item];
+  }
+  void RelaunchedApplication() override { [controller_ updaterDidRelaunchApplication:updater_]; }
+  void Failed(std::string_view reason) override { TsLogTextWarning(reason); }
+
+ private:
+  platform::Updater& updater_ = platform::Updater::Shared();
+  TsApplicationUpdate* controller_;
+};
+
+}  // namespace
+
+@implementation TsApplicationUpdate
+
+@synthesize dryRun = _dryRun;
+
++ (TsApplicationUpdate*)sharedInstance {
+  static auto& shared = *new Ref<TsApplicationUpdate>(Adopt([[TsApplicationUpdate alloc] init]));
+  return shared;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (self == nil) return nil;
+  [self setBuildType:kStable];
+  _delegate = std::make_unique<ControllerDelegate>(self);
+  platform::Updater& updater = platform::Updater::Shared();
+  updater.SetUpdateCheckInterval(kCheckInterval);
+  updater.SetDelegate(*_delegate);
+  return self;
+}
+
+- (NSString*)buildType {
+  return _buildType;
+}
+
+- (void)setBuildType:(NSString*)buildType {
+  _buildType = Adopt(static_cast<NSString*>([buildType copy]));
+}
+
+- (void)setParameterCallback:(TsFeedParameterBlock)callback {
+  _parameterCallback = std::move(callback);
+}
+
+- (void)checkForUpdates {
+  if (HoldsOption()) [self setBuildType:kTest];
+  platform::Updater::Shared().CheckForUpdates();
+}
+
+- (void)checkForUpdatesInBackground:(BOOL)automatically {
+  platform::Updater& updater = platform::Updater::Shared();
+  updater.SetAutomaticallyChecks(automatically);
+  updater.ResetUpdateCycle();
+  updater.CheckForUpdatesInBackground();
+}
+
+- (void)fetchAppcast {
+  [self setDryRun:YES];
+  platform::Updater::Shared().CheckForUpdateInformation();
+}
+
+- (void)resetLastProfileSubmissionDate {
+  [[NSUserDefaults standardUserDefaults] removeObjectForKey:@"SULastProfileSubmissionDate"];
+}
+
+- (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(platform::Updater&)updater {
+  return NO;
+}
+
+- (NSArray*)feedParametersForUpdater:(platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile {
+  TsLogInfo(@"Check for updates. (buildType=%@, sendingProfile=%@)", [self buildType], sendingProfile ? @"YES" : @"NO");
+  NSMutableArray* parameters = [NSMutableArray array];
+  if (_parameterCallback) [parameters addObjectsFromArray:_parameterCallback(sendingProfile)];
+  [parameters addObject:Parameter(@"osVersion", @"macOS Version", [[NSProcessInfo processInfo] ts_osVersion])];
+  [parameters addObject:Parameter(@"appVersion", @"Application Version", [NSApplication ts_bundleVersion])];
+  [parameters
+      addObject:Parameter(@"shortVersionString", @"Application Version String", [NSApplication ts_shortVersionString])];
+  [parameters addObject:Parameter(@"selectedLanguage", @"Selected Language", SelectedLanguage())];
+  if (![[self buildType] isEqualToString:kStable]) {
+    [parameters addObject:Parameter(@"buildType", @"Build Type", [self buildType])];
+    [self setBuildType:kStable];
+  }
+  return parameters;
+}
+
+- (void)updater:(platform::Updater&)updater didFinishLoadingAppcast:(const std::vector<platform::AppcastItem>&)items {
+  NSMutableArray* appcast = [NSMutableArray arrayWithCapacity:items.size()];
+  for (const auto& item : items) [appcast addObject:Dictionary(item.properties)];
+  [[NSNotificationCenter defaultCenter] postNotificationName:TsReceivedAppcastNotification
+                                                      object:self
+                                                    userInfo:@{@"appcast" : appcast}];
+}
+
+- (void)updater:(platform::Updater&)updater didFindValidUpdate:(const platform::AppcastItem&)item {
+  TsLogInfo(@"Did find update %@.", TsNSString(item.version));
+  if (![self dryRun] && platform::IsWindowServerAvailable()) [NSApp activateIgnoringOtherApps:YES];
+  [self setDryRun:NO];
+}
+
+- (void)updaterDidNotFindUpdate:(platform::Updater&)updater {
+  [self setDryRun:NO];
+}
+
+- (void)updater:(platform::Updater&)updater willInstallUpdate:(const platform::AppcastItem&)item {
+  TsLogInfo(@"Will install update %@.", TsNSString(item.version));
+}
+
+- (void)updaterDidRelaunchApplication:(platform::Updater&)updater {
+  [[NSNotificationCenter defaultCenter] postNotificationName:TsApplicationDidRelaunchAfterUpdateNotification
+                                                      object:[NSValue valueWithPointer:&updater]];
+}
+
+@end
+
+NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile) {
+  NSString* json = TsCallbackSlots::Shared().appcastParameter.CallForText({sendingSystemProfile != NO});
+  if (json == nil) {
+    TsLogWarning(@"Couldn't get parameters from callback because result wasn't a string");
+    return @[];
+  }
+  NSError* error = nil;
+  const id parameters = TsConvertFromJSONString(json, &error);
+  if ([parameters isKindOfClass:[NSArray class]]) return parameters;
+  TsLogWarning(@"Couldn't get parameters from callback because of %@", error);
+  return @[];
+}

@@ -1,0 +1,270 @@
+#include "Platform/Linux/Crashes/CrashHandler.h"
+
+#include <execinfo.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <string_view>
+
+// Whatever runs once the process has crashed is limited to what a signal's handler may use: system calls, and memory
+// that was there before. The unwinder qualifies, as it finds its tables without a lock since glibc 2.35; elsewhere the
+// alarm ends it.
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::array kSignals = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGTRAP, SIGSYS};
+constexpr std::size_t kStackSize = 128 * 1024;
+constexpr std::size_t kSmallestStack = 32 * 1024;
+constexpr int kMostFrames = 128;
+constexpr unsigned kLongestUnwinding = 10;  // seconds
+constexpr timespec kMoment = {0, 50'000'000};
+
+struct Crash {
+  int signal;
+  const siginfo_t& information;
+  const ucontext_t& context;
+};
+
+// Writes lines through a small buffer. What can't be written is lost: there is nobody to tell.
+class Writer {
+ public:
+  explicit Writer(int file) : file_(file) {}
+  Writer(const Writer&) = delete;
+  Writer& operator=(const Writer&) = delete;
+  ~Writer() { Flush(); }
+
+  void Text(std::string_view text) {
+    for (const char c : text) {
+      if (length_ == buffer_.size()) Flush();
+      buffer_[length_++] = c;
+    }
+  }
+
+  void Line(std::string_view name, std::string_view text) {
+    Text(name);
+    Text(" ");
+    Text(text);
+    Text("\n");
+  }
+
+  void Line(std::string_view name, std::int64_t number) {
+    const bool isNegative = number < 0;
+    const auto magnitude = static_cast<std::uint64_t>(number);
+    Number(name, isNegative ? "-" : "", isNegative ? 0 - magnitude : magnitude, 10);
+  }
+
+  void Address(std::string_view name, std::uint64_t address) { Number(name, "0x", address, 16); }
+
+  void Flush() {
+    for (std::size_t done = 0; done < length_;) {
+      const ssize_t written = write(file_, buffer_.data() + done, length_ - done);
+      if (written < 0 && errno == EINTR) continue;
+      if (written <= 0) break;
+      done += static_cast<std::size_t>(written);
+    }
+    length_ = 0;
+  }
+
+ private:
+  void Number(std::string_view name, std::string_view prefix, std::uint64_t number, unsigned base) {
+    std::array<char, 24> digits;
+    std::size_t first = digits.size();
+    do {
+      digits[--first] = "0123456789abcdef"[number % base];
+      number /= base;
+    } while (number > 0);
+    Text(name);
+    Text(" ");
+    Text(prefix);
+    Text({digits.data() + first, digits.size() - first});
+    Text("\n");
+  }
+
+  const int file_;
+  std::size_t length_ = 0;
+  std::array<char, 1024> buffer_;
+};
+
+// Ends the process if what happens during its life takes too long.
+class Patience {
+ public:
+  Patience() {
+    struct sigaction deadly {};
+    deadly.sa_handler = SIG_DFL;
+    sigaction(SIGALRM, &deadly, &previous_);
+    alarm(kLongestUnwinding);
+  }
+  Patience(const Patience&) = delete;
+  Patience& operator=(const Patience&) = delete;
+  ~Patience() {
+    alarm(0);
+    sigaction(SIGALRM, &previous_, nullptr);
+  }
+
+ private:
+  struct sigaction previous_ {};
+};
+
+std::uint64_t ProgramCounter(const ucontext_t& context) {
+#if defined(__x86_64__)
+  return static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]);
+#elif defined(__aarch64__)
+  return context.uc_mcontext.pc;
+#else
+#error "Where is the program counter?"
+#endif
+}
+
+void WriteReason(Writer& writer, const Crash& crash) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  std::array<char, 16> name{};
+  prctl(PR_GET_NAME, name.data());
+  writer.Line("signal", crash.signal);
+  writer.Line("code", crash.information.si_code);
+  // Signals that somebody has sent have a sender in that place.
+  if (crash.information.si_code > 0) {
+    writer.Address("address", reinterpret_cast<std::uintptr_t>(crash.information.si_addr));
+  }
+  writer.Line("time", now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
+  writer.Line("process", getpid());
+  writer.Line("thread", syscall(SYS_gettid));
+  writer.Line("name", name.data());
+}
+
+void WriteFrames(Writer& writer, const Crash& crash) {
+  const std::uint64_t pc = ProgramCounter(crash.context);
+  writer.Address("frame", pc);
+  writer.Flush();
+  std::array<void*, kMostFrames> frames;
+  const Patience patience;
+  const int count = backtrace(frames.data(), kMostFrames);
+  // The handler's own come first.
+  int crashed = 0;
+  while (crashed < count && reinterpret_cast<std::uintptr_t>(frames[crashed]) != pc) ++crashed;
+  for (int i = crashed + 1; i < count; ++i) {
+    writer.Address("frame", reinterpret_cast<std::uintptr_t>(frames[i]));
+  }
+}
+
+void WriteMaps(Writer& writer, int file) {
+  writer.Text("maps\n");
+  writer.Flush();
+  const int maps = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
+  if (maps < 0) return;
+  std::array<char, 4096> piece;
+  for (ssize_t length; (length = read(maps, piece.data(), piece.size())) > 0;) {
+    static_cast<void>(!write(file, piece.data(), static_cast<std::size_t>(length)));
+  }
+  close(maps);
+}
+
+// There is one, made when crashes begin to be handled and never destroyed: a handler could be running.
+class CrashHandler {
+ public:
+  CrashHandler(int record, CrashReporter::FaultClaim claim) : record_(record), claim_(claim) {}
+
+  [[nodiscard]] bool Install() {
+    // The unwinder is loaded at its first use.
+    std::array<void*, 1> frame;
+    backtrace(frame.data(), 1);
+    PrepareStack();
+    struct sigaction action {};
+    action.sa_sigaction = OnSignal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    // What crashes meanwhile ends the process.
+    sigfillset(&action.sa_mask);
+    sigdelset(&action.sa_mask, SIGALRM);
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+      if (sigaction(kSignals[i], &action, &previous_[i]) != 0) return false;
+    }
+    return true;
+  }
+
+  static std::atomic<CrashHandler*> current;
+
+ private:
+  static void OnSignal(int signal, siginfo_t* information, void* context) {
+    const int error = errno;
+    current.load()->Handle({signal, *information, *static_cast<const ucontext_t*>(context)}, information, context);
+    errno = error;
+  }
+
+  void Handle(const Crash& crash, siginfo_t* information, void* context) {
+    if (claim_ != nullptr && claim_(crash.signal, information, context)) return;
+    // A forked process has inherited all this, and the record is not its own.
+    if (getpid() == process_) Record(crash);
+    LeaveToOthers(crash.signal, information);
+  }
+
+  // The first thread that crashes is the one to tell of, and must not be cut short by another's end.
+  void Record(const Crash& crash) {
+    if (isRecording_.exchange(true)) {
+      for (unsigned i = 0; i < kLongestUnwinding * 20 && !isRecorded_; ++i) nanosleep(&kMoment, nullptr);
+      return;
+    }
+    {
+      Writer writer(record_);
+      WriteReason(writer, crash);
+      WriteFrames(writer, crash);
+      WriteMaps(writer, record_);
+    }
+    isRecorded_ = true;
+  }
+
+  // A fault happens again as soon as this returns, and a signal that was sent is sent again.
+  void LeaveToOthers(int signal, siginfo_t* information) {
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+      if (kSignals[i] == signal) sigaction(signal, &previous_[i], nullptr);
+    }
+    const bool isFault = information->si_code > 0 && signal != SIGTRAP && signal != SIGSYS;
+    if (!isFault) syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), signal, information);
+  }
+
+  // A stack that has overflowed can't hold the handler. Somebody else may have seen to that.
+  static void PrepareStack() {
+    stack_t present{};
+    if (sigaltstack(nullptr, &present) == 0 && (present.ss_flags & SS_DISABLE) == 0 &&
+        present.ss_size >= kSmallestStack) {
+      return;
+    }
+    void* memory = mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    if (memory == MAP_FAILED) return;
+    stack_t stack{};
+    stack.ss_sp = memory;
+    stack.ss_size = kStackSize;
+    sigaltstack(&stack, nullptr);
+  }
+
+  const int record_;
+  const CrashReporter::FaultClaim claim_;
+  const pid_t process_ = getpid();
+  std::array<struct sigaction, kSignals.size()> previous_{};
+  std::atomic<bool> isRecording_ = false;
+  std::atomic<bool> isRecorded_ = false;
+};
+
+std::atomic<CrashHandler*> CrashHandler::current = nullptr;
+
+}  // namespace
+
+bool HandleCrashes(int record, CrashReporter::FaultClaim claim) noexcept {
+  auto& handler = *new CrashHandler(record, claim);
+  CrashHandler::current = &handler;
+  return handler.Install();
+}
+
+}  // namespace tessaro::platform

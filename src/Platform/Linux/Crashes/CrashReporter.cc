@@ -1,0 +1,87 @@
+#include "Platform/CrashReporter.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "Platform/Linux/Crashes/CrashHandler.h"
+#include "Platform/Linux/Crashes/CrashRecord.h"
+#include "Platform/MainQueue.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::string_view kScheme = "https://";
+constexpr std::size_t kKeyLength = 32;
+
+bool IsKey(std::string_view text) {
+  return text.size() == kKeyLength && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
+// Takes what stands before the separator, and that too; nothing where it is missing.
+std::optional<std::string_view> Take(std::string_view& text, char separator) {
+  const auto end = text.find(separator);
+  if (end == std::string_view::npos) return std::nullopt;
+  const auto taken = text.substr(0, end);
+  text.remove_prefix(end + 1);
+  return taken;
+}
+
+bool IsProjectAddress(std::string_view address) {
+  if (!address.starts_with(kScheme)) return false;
+  address.remove_prefix(kScheme.size());
+  const auto publicKey = Take(address, ':');
+  const auto secretKey = Take(address, '@');
+  const auto host = Take(address, '/');
+  return publicKey && IsKey(*publicKey) && secretKey && IsKey(*secretKey) && host && !host->empty() && !address.empty();
+}
+
+// Never destroyed, as it may be needed to the very end.
+std::optional<CrashRecord>& OwnRecord() {
+  static auto& record = *new std::optional<CrashRecord>();
+  return record;
+}
+
+bool HandleOwnCrashes(const std::filesystem::path& directory, CrashReporter::FaultClaim claim, std::string& reason) {
+  auto record = CrashRecord::In(directory, reason);
+  if (!record) return false;
+  const int file = OwnRecord().emplace(std::move(*record)).descriptor();
+  std::atexit([] { OwnRecord()->RemoveIfUnused(); });
+  if (HandleCrashes(file, claim)) return true;
+  reason = std::generic_category().message(errno);
+  return false;
+}
+
+}  // namespace
+
+CrashReporter::CrashReporter(Hooks hooks) : hooks_(std::move(hooks)) {}
+
+std::unique_ptr<CrashReporter> CrashReporter::ForProject(std::string_view address, Hooks hooks, std::string& reason) {
+  if (IsProjectAddress(address)) return std::unique_ptr<CrashReporter>(new CrashReporter(std::move(hooks)));
+  reason = "no address of a project: " + std::string(address);
+  return nullptr;
+}
+
+bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim claim, std::string& reason) {
+  // What a process takes and doesn't tell is lost, and some end as soon as they have started.
+  MainQueue::Shared().Post([this, directory] {
+    for (CrashEvent& event : TakeCrashEvents(directory)) {
+      hooks_.beforeSerialising(event);
+      static_cast<void>(hooks_.shouldSend(event));
+    }
+  });
+  return HandleOwnCrashes(directory, claim, reason);
+}
+
+// Whatever finds such mistakes must leave this one alone.
+__attribute__((no_sanitize("undefined", "address"))) void CrashReporter::Crash() {
+  volatile int* volatile nowhere = nullptr;
+  *nowhere = 0;
+  std::abort();
+}
+
+}  // namespace tessaro::platform

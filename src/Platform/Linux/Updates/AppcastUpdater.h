@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Platform/Linux/Cocoa/UpdateDefaults.h"
+#include "Platform/Linux/Updates/Download.h"
+#include "Platform/Linux/Updates/UpdateDecision.h"
+#include "Platform/Linux/WallClockTimer.h"
+#include "Platform/Updater.h"
+
+namespace tessaro::platform {
+
+// The updater of a system that has none of its own.
+class AppcastUpdater final : public Updater {
+ public:
+  AppcastUpdater();
+
+  void SetDelegate(UpdaterDelegate& delegate) override;
+  void SetUpdateCheckInterval(std::chrono::seconds interval) override { interval_ = interval; }
+  void SetAutomaticallyChecks(bool automatically) override;
+  void ResetUpdateCycle() override;
+  void CheckForUpdates() override { Check(Kind::User); }
+  void CheckForUpdatesInBackground() override { Check(Kind::Background); }
+  void CheckForUpdateInformation() override { Check(Kind::Information); }
+  void ShutDown() noexcept override;
+
+ private:
+  // The later ones do more.
+  enum class Kind { Information, Background, User };
+
+  // An update on its way onto the disk.
+  struct Installation {
+    AppcastItem item;
+    UpdateFile file;
+    UpdateKey key{};
+    std::filesystem::path target;
+    std::string bytes;
+  };
+  using SharedInstallation = std::shared_ptr<Installation>;
+
+  void TellOfRelaunch();
+  void CheckIfDue();
+  [[nodiscard]] UpdateDefaults::Time NextCheck() const;
+
+  void Check(Kind kind);
+  [[nodiscard]] std::string FeedAddress();
+  void ReceiveFeed(Download::Result result);
+  void Announce(UpdateDecision decision);
+  void FindNothing(const std::string& reason);
+
+  void Install(AppcastItem item, UpdateFile file, const UpdateKey& key);
+  void Verify(SharedInstallation installation);
+  void Replace(SharedInstallation installation);
+  void EndInstallation(const SharedInstallation& installation, const std::string& failure);
+
+  void Fetch(const std::string& url, std::size_t limit, Download::Done done);
+
+  // Calls the delegate. False when the check that it belongs to is not the running one any more.
+  [[nodiscard]] bool Tell(const std::function<void(UpdaterDelegate&)>& call);
+  // Does it on a later turn, if the check is still the running one then. Any thread that the check has work on.
+  void Later(std::function<void()> work);
+
+  UpdateDefaults defaults_;
+  UpdaterDelegate* delegate_ = nullptr;
+  std::chrono::seconds interval_{0};
+  WallClockTimer timer_;
+
+  unsigned number_ = 0;  // of the running check
+  Kind kind_ = Kind::Information;
+  bool isInstalling_ = false;
+  UpdateInformation information_;
+  UpdateSettings settings_;
+  std::unique_ptr<Download> download_;
+};
+
+}  // namespace tessaro::platform

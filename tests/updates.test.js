@@ -1,0 +1,706 @@
+'use strict';
+
+const assert = require('assert');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { evaluate, eventually, runScript, startScript, temporaryDirectory } = require('./support/child');
+const { serve } = require('./support/requests');
+const { useSession } = require('./support/session');
+const { feed, item, makeBundle, makeKeys, vocabulary } = require('./support/updates');
+
+const session = useSession();
+const keys = makeKeys();
+const signed = keys.sign(Buffer.from('anything'));
+const somewhere = 'https://example.org/file';
+
+// ---- The choice
+
+const inProbe = (t, expression) =>
+  evaluate(t, `const { updates } = probe(); console.log(JSON.stringify(${expression}));`);
+
+test('versions are compared by their numbers and words', async (t) => {
+  const ascending = [
+    ['1.0', '1.1'],
+    ['1.9', '1.10'],
+    ['0.0.1', '0.1'],
+    ['1.0', '1.0.0'],
+    ['1.0', '1.0.1'],
+    ['1.0b', '1.0b2'],
+    ['1.0b9', '1.0b10'],
+    ['1.0a1', '1.0b1'],
+    ['1.0b1', '1.0'],
+    ['1.0-rc.2', '1.0'],
+    ['1.0 beta', '1.0.1'],
+    ['0.9', '1.0a1'],
+    ['1.0b1 (1234)', '1.0 (1234)'],
+    ['1.0 (1234)', '1.0 (1235)'],
+    ['201210251627', '201211051041'],
+    ['99999999999999999999999998', '99999999999999999999999999'],
+    ['999', '1'.repeat(5000)],
+    ['', '0'],
+    ['beta', ''],
+  ];
+  const equal = [
+    ['1.0', '1.0'],
+    ['1.0', '01.00'],
+    ['1-0', ' 1..0.'],
+    ['', '.-'],
+  ];
+  const cases = [...ascending, ...ascending.map(([older, newer]) => [newer, older]), ...equal];
+  const answers = await inProbe(t, `${JSON.stringify(cases)}.map((pair) => updates.compareVersions(...pair))`);
+  const expected = [...ascending.map(() => -1), ...ascending.map(() => 1), ...equal.map(() => 0)];
+  cases.forEach((pair, i) => assert.strictEqual(answers[i], expected[i], JSON.stringify(pair)));
+});
+
+test('addresses are trusted over TLS and on this machine', async (t) => {
+  const trusted = [
+    'https://a',
+    'HTTPS://a.example/b?c',
+    'http://127.0.0.1',
+    'http://localhost:80/x',
+    'Http://[::1]:1/',
+  ];
+  const others = [
+    ...['', 'https://', 'http://a.example/', 'ftp://127.0.0.1/', 'file:///etc/passwd', '//127.0.0.1', ' https://a'],
+    ...[
+      'http://127.0.0.1.example.org/',
+      'http://localhost@a.example/',
+      'http://localhost:1@a.example',
+      'http://[::1].a',
+    ],
+  ];
+  const all = [...trusted, ...others];
+  const answers = await inProbe(t, `${JSON.stringify(all)}.map(updates.isTrustworthyAddress)`);
+  all.forEach((url, i) => assert.strictEqual(answers[i], i < trusted.length, url));
+});
+
+/** What is decided on each feed, by an application of version 2.0 on a system of version 12, in channel "test". */
+const decideAll = async (t, feeds) => {
+  const directory = temporaryDirectory(t);
+  feeds.forEach((text, i) => fs.writeFileSync(path.join(directory, String(i)), text));
+  const answers = await evaluate(
+    t,
+    `const { updates: { decide } } = probe();
+     const read = (i) => require('fs').readFileSync(${JSON.stringify(directory)} + '/' + i);
+     console.log(JSON.stringify(Array.from({ length: ${feeds.length} }, (_, i) => decide(read(i), '2.0', '12', 'test'))));`,
+  );
+  return answers.map((text) => (text.startsWith('{') ? JSON.parse(text) : text));
+};
+
+test('an item is an update if it is newer, suits the system and the channel, and has a signed file', async (t) => {
+  const good = { version: '3', url: somewhere, signature: signed };
+  const needs = (name, value) => ({ ...good, inside: `<sparkle:${name}>${value}</sparkle:${name}>` });
+  const table = [
+    ['suitable', good],
+    ['suitable', { ...good, version: undefined, inside: '<sparkle:version> 3 </sparkle:version>' }],
+    ['suitable', { ...good, os: 'linux' }],
+    ['suitable', { ...good, url: 'http://localhost/file' }],
+    ['suitable', needs('minimumSystemVersion', '12')],
+    ['suitable', needs('minimumSystemVersion', '')],
+    ['suitable', needs('maximumSystemVersion', '12')],
+    ['suitable', needs('channel', 'test')],
+    ['suitable', needs('channel', 'stable')],
+    ['no version', { ...good, version: undefined }],
+    ['no version', { ...good, version: ' ' }],
+    ['not newer', { ...good, version: '2.0' }],
+    ['not newer', { ...good, version: '2.0b1' }],
+    ['not newer', { ...good, version: '1.9.9' }],
+    ['other system', { ...good, os: 'windows' }],
+    ['system too old', needs('minimumSystemVersion', '12.1')],
+    ['system too new', needs('maximumSystemVersion', '11.9')],
+    ['other channel', needs('channel', 'nightly')],
+    ['no file', { ...good, url: undefined }],
+    ['no file', { ...good, url: 'http://example.org/file' }],
+    ['no file', { ...good, url: 'file:///bin/sh' }],
+    ['not signed', { ...good, signature: undefined }],
+    ['not signed', { ...good, signature: '' }],
+    ['not signed', { ...good, signature: signed.slice(0, -4) }],
+    ['not signed', { ...good, signature: `${signed}AAAA` }],
+    ['not signed', { ...good, signature: 'ä'.repeat(88) }],
+  ];
+  const [together] = await decideAll(t, [feed(...table.map(([, properties]) => item(properties)))]);
+  assert.deepStrictEqual(
+    together.judgements,
+    table.map(([judgement]) => judgement),
+  );
+});
+
+test('the newest suitable item is the update, wherever it stands; of several the first', async (t) => {
+  const version = (number, more) => item({ version: number, url: somewhere, signature: signed, ...more });
+  const otherPrefix = feed(version('3')).replaceAll('sparkle:', 'x:').replace('xmlns:sparkle', 'xmlns:x');
+  const table = [
+    [feed(version('2.1'), version('3', { length: 12 }), version('2.9')), { update: '3', url: somewhere, length: 12 }],
+    [feed(version('3', { url: `${somewhere}?1` }), version('3.')), { update: '3', url: `${somewhere}?1` }],
+    [feed(version('4', { os: 'windows' }), version('3')), { update: '3', url: somewhere }],
+    [feed(version('3', { length: -1 })), { update: '3', url: somewhere }],
+    [feed(version('1')), {}],
+    [feed(), {}],
+    [otherPrefix, { update: '3', url: somewhere }],
+    [feed(version('3')).replace(`xmlns:sparkle="${vocabulary}"`, ''), { update: '3', url: somewhere }],
+    [Buffer.from(`\ufeff${feed(version('3'))}`, 'utf16le'), { update: '3', url: somewhere }],
+  ];
+  const answers = await decideAll(
+    t,
+    table.map(([text]) => text),
+  );
+  const chosen = answers.map(({ judgements: _, versions: __, ...update }) => update);
+  assert.deepStrictEqual(
+    chosen,
+    table.map(([, expected]) => expected),
+  );
+});
+
+test('what is no feed is refused with a reason, and hostile feeds do no harm', async (t) => {
+  const good = item({ version: '3', url: somewhere, signature: signed });
+  const entities = Array.from({ length: 30 }, (_, i) => `<!ENTITY e${i + 1} "&e${i};&e${i};">`).join('');
+  const bomb = `<!DOCTYPE rss [<!ENTITY e0 "2">${entities}]>`;
+  const external = '<!DOCTYPE rss [<!ENTITY file SYSTEM "file:///etc/passwd">]>';
+  const deep = 500000;
+  const table = [
+    ['', /^no XML: No document element found/],
+    ['not XML at all', /^no XML/],
+    [feed(good).slice(0, -20), /^no XML/],
+    ['<rss></rss>', /^no channel/],
+    ['<feed><channel/></feed>', /^no channel/],
+    ['<channel><item/></channel>', /^no channel/],
+    [feed('<item/>'.repeat(10001)), /^more than 10000 items/],
+    ['<a>'.repeat(deep), /^no XML/],
+    ['<a>'.repeat(deep) + '</a>'.repeat(deep), /^no channel/],
+  ];
+  const harmless = [
+    [`${bomb}${feed(item({ version: '&e30;', url: somewhere, signature: signed }))}`.replace(/<\?.*?\?>/, ''), '&e30;'],
+    [
+      `${external}${feed(item({ version: '&file;', url: somewhere, signature: signed }))}`.replace(/<\?.*?\?>/, ''),
+      '&file;',
+    ],
+    [feed(`<item>${'<a>'.repeat(deep)}${'</a>'.repeat(deep)}</item>`, good), ''],
+    [feed(`<item>${Array.from({ length: 100000 }, (_, i) => `<a${i}/>`).join('')}</item>`, good), ''],
+    [feed(`<item><enclosure ${Array.from({ length: 100000 }, (_, i) => `a${i}=""`).join(' ')}/></item>`, good), ''],
+    [feed('<item/>', '<item><item/></item>', '<item><enclosure/></item>', good), ''],
+  ];
+  const answers = await decideAll(
+    t,
+    [...table, ...harmless].map(([text]) => text),
+  );
+  table.forEach(([text, reason], i) => assert.match(answers[i], reason, text.slice(0, 50)));
+  harmless.forEach(([text, version], i) => {
+    const { versions, update } = answers[table.length + i];
+    assert.deepStrictEqual([versions[0], update], [version, versions[0] === '' ? '3' : undefined], text.slice(0, 50));
+  });
+});
+
+test('whatever becomes of a feed on its way, nothing older or less safe is offered', async (t) => {
+  const seed = Math.floor(Math.random() * 2 ** 32);
+  t.diagnostic(`seed ${seed}`);
+  const original = feed(
+    item({
+      version: '3',
+      url: somewhere,
+      signature: signed,
+      inside: '<description><![CDATA[<b>New</b>]]></description>',
+    }),
+    item({ version: '1.9', url: 'http://example.org', signature: signed, os: 'linux' }),
+    item({ version: '2.5', url: somewhere, inside: '<sparkle:minimumSystemVersion>12</sparkle:minimumSystemVersion>' }),
+  );
+  const updates = await inProbe(t, `updates.fuzz(Buffer.from(${JSON.stringify(original)}), 30000, ${seed})`);
+  assert.ok(updates > 1000 && updates < 29000, `${updates} of 30000`);
+});
+
+// ---- Applications
+
+const prelude = (bundle) => `
+  const host = require('./host');
+  host.start({ bundlePath: ${JSON.stringify(bundle)} });
+  host.setKeepAlive(true);
+  const { module: m, updates, captureLog, flushLog, capturedLog } = probe();
+  const { eventually } = require('./tests/support/child');
+  captureLog();
+  const posted = [];
+  host.on('notification', ({ name, object, userInfo }) => posted.push([name, object, userInfo]));
+  const print = (value) => console.log(JSON.stringify(value));
+  // The log since the last call.
+  let told = 0;
+  const news = () => { flushLog(); const all = capturedLog().map(({ text }) => text); const since = all.slice(told); told = all.length; return since; };
+  const upTo = async (pattern) => {
+    const lines = [];
+    await eventually(() => { lines.push(...news()); return lines.some((line) => pattern.test(line)); }, String(pattern))
+      .catch((error) => { throw new Error(error.message + ': ' + JSON.stringify(lines)); });
+    return lines;
+  };
+  const appcasts = () => posted.filter(([name]) => name === 'TsReceivedAppcastNotification').length;
+  const run = async (body) => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
+`;
+
+/** Makes an application, version 2.0 by default, and gives what `body`, script in a process of it, prints. */
+async function inApplication(t, information, body, options) {
+  const bundle = makeBundle(temporaryDirectory(t), { version: '2.0', publicKey: keys.publicKey, ...information });
+  return evaluate(t, `${prelude(bundle)}\nrun(async () => {\n${body}\n});`, options);
+}
+
+/** Serves a feed that is empty, and notes the questions for it. */
+async function serveEmptyFeed(t) {
+  const questions = [];
+  const url = await serve(t, (question, answer) => {
+    questions.push(question.url);
+    answer.end(feed());
+  });
+  return { url, questions };
+}
+
+const parametersOf = (question) => [...new URL(question, 'http://a').searchParams];
+
+test('the build number and the release are those of the bundle', async (t) => {
+  const ask = 'print([m.getBuildNumber(), m.getReleaseString(), m.getReleaseString(), ...news()]);';
+  const missing = "Couldn't get build number";
+  assert.deepStrictEqual(await inApplication(t, { version: '412', shortVersion: '3.1' }, ask), [
+    '412',
+    '3.1 (412)',
+    '3.1 (412)',
+  ]);
+  const nothing = await inApplication(t, { version: undefined }, ask);
+  assert.deepStrictEqual(nothing, [null, '(null) ((null))', '(null) ((null))', missing]);
+});
+
+test("each request has the script's parameters and then the four of the module", async (t) => {
+  const { url, questions } = await serveEmptyFeed(t);
+  const builtIn = [
+    ['osVersion', '12'],
+    ['appVersion', '2.0'],
+    ['shortVersionString', '2.0.1 Ä'],
+    ['selectedLanguage', 'en'],
+  ];
+  const entry = (key, value) => ({ key, value, displayKey: 'Shown', displayValue: value });
+  const noText = "Couldn't get parameters from callback because result wasn't a string";
+  const noArray = /^Couldn't get parameters from callback because of /;
+  const table = [
+    [
+      `() => ${JSON.stringify(JSON.stringify([entry('a b', 'c&d=ü'), entry('e', '')]))}`,
+      [
+        ['a b', 'c&d=ü'],
+        ['e', ''],
+      ],
+    ],
+    [`() => '[]'`, []],
+    [`() => 7`, [], noText],
+    [`() => ['[]']`, [], noText],
+    [`() => undefined`, [], noText],
+    [`() => '[{'`, [], noArray],
+    [`() => '{"key": "a"}'`, [], noArray],
+    [`() => ''`, [], noArray],
+    [`() => '[1, null, "a", [], {"value": "b"}, {"key": 1}, {"key": "c", "value": 2}]'`, [['c', '']]],
+  ];
+  const logs = await inApplication(
+    t,
+    { feed: `${url}/feed?fixed=1#part`, shortVersion: '2.0.1 Ä' },
+    `m.fetchAppcast();
+     await eventually(() => appcasts() === 1, 'the first feed');
+     const logs = [];
+     news();
+     for (const callback of [${table.map(([callback]) => callback).join(', ')}]) {
+       const before = appcasts();
+       m.setAppcastParameterCallback(callback);
+       m.fetchAppcast();
+       await eventually(() => appcasts() > before, 'the feed');
+       logs.push(news());
+     }
+     print(logs);`,
+  );
+  assert.deepStrictEqual(parametersOf(questions[0]), [['fixed', '1'], ...builtIn]);
+  table.forEach(([callback, expected, warning], i) => {
+    assert.deepStrictEqual(parametersOf(questions[i + 1]), [['fixed', '1'], ...expected, ...builtIn], callback);
+    const [check, ...warnings] = logs[i];
+    assert.strictEqual(check, 'Check for updates. (buildType=stable, sendingProfile=NO)');
+    assert.strictEqual(warnings.length, warning === undefined ? 0 : 1, callback);
+    if (warning instanceof RegExp) assert.match(warnings[0], warning);
+    else assert.strictEqual(warnings[0], warning);
+  });
+});
+
+test('what the callback throws reaches the script that asked, and the request goes on', async (t) => {
+  const { url, questions } = await serveEmptyFeed(t);
+  const result = await inApplication(
+    t,
+    { feed: url },
+    `m.setAppcastParameterCallback(() => { throw new Error('no parameters'); });
+     let thrown;
+     try { m.checkForUpdates(false, false); } catch (error) { thrown = error.message; }
+     await eventually(() => appcasts() === 1, 'the feed');
+     print([thrown, updates.promptsForPermission()]);`,
+  );
+  assert.deepStrictEqual(result, ['no parameters', false]);
+  assert.strictEqual(parametersOf(questions[0]).length, 4);
+});
+
+test('the language is "None" when the user has none', async (t) => {
+  const { url, questions } = await serveEmptyFeed(t);
+  await inApplication(
+    t,
+    { feed: url },
+    `updates.forgetLanguages();
+     m.fetchAppcast();
+     await eventually(() => appcasts() === 1, 'the feed');
+     print(null);`,
+  );
+  assert.deepStrictEqual(parametersOf(questions[0]).at(-1), ['selectedLanguage', 'None']);
+});
+
+test('the system profile is announced once a week, if the user wants it', async (t) => {
+  const { url } = await serveEmptyFeed(t);
+  const result = await inApplication(
+    t,
+    { feed: url },
+    `const asked = [];
+     m.setAppcastParameterCallback((sending) => { asked.push(sending); return '[]'; });
+     const check = async () => { const before = appcasts(); m.fetchAppcast(); await eventually(() => appcasts() > before, 'the feed'); };
+     const key = 'SULastProfileSubmissionDate';
+     const now = Date.now() / 1000;
+     await check();
+     m.setUserDefault('SUSendProfileInfo', true);
+     await check();
+     const sent = updates.dateDefault(key) - now;
+     await check();
+     updates.setDateDefault(key, now - 8 * 86400);
+     await check();
+     updates.resetLastProfileSubmissionDate();
+     const forgotten = updates.dateDefault(key);
+     await check();
+     print([asked, sent > -5 && sent < 60, forgotten]);`,
+  );
+  assert.deepStrictEqual(result, [[false, true, false, true, true], true, null]);
+});
+
+test('what can not be fetched or read is logged, and the next check is as any other', async (t) => {
+  const good = feed(item({ version: '3', url: somewhere, signature: signed }));
+  const answers = [
+    [/can't be fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
+    [
+      /can't be fetched: .*Code=-1005/,
+      (answer) => answer.writeHead(200, { 'content-length': 9999 }).write('<rss>', () => answer.destroy()),
+    ],
+    [/can't be fetched: it is longer than 4194304 bytes/, (answer) => answer.end(' '.repeat(5 * 1024 * 1024))],
+    [
+      /can't be fetched: it is redirected to http:\/\/example.org\/feed, which is not secure/,
+      (answer) => answer.writeHead(302, { location: 'http://example.org/feed' }).end(),
+    ],
+    [
+      /can't be fetched: it is redirected to file:/,
+      (answer) => answer.writeHead(302, { location: 'file:///etc/passwd' }).end(),
+    ],
+    [
+      /can't be fetched: too many redirects/,
+      (answer, question) => answer.writeHead(302, { location: `${question.url}&again` }).end(),
+    ],
+    [/can't be fetched: the server answers 302/, (answer) => answer.writeHead(302).end(good)],
+    [/can't be read: no XML/, (answer) => answer.end('<html>')],
+    [
+      /^Did find update 3\.$/,
+      (answer, question) =>
+        question.url === '/moved' ? answer.end(good) : answer.writeHead(302, { location: '/moved' }).end('not this'),
+    ],
+  ];
+  let step = -1;
+  const url = await serve(t, (question, answer) => {
+    if (question.url.startsWith('/feed?os') && !question.url.endsWith('&again')) ++step;
+    answers[step][1](answer, question);
+  });
+  const patterns = answers.map(([pattern]) => pattern);
+  await inApplication(
+    t,
+    { feed: `${url}/feed` },
+    `for (const pattern of [${patterns.join(', ')}]) { m.fetchAppcast(); await upTo(pattern); }
+     print(null);`,
+  );
+  const [missing, insecure] = await Promise.all(
+    [undefined, 'http://example.org/feed'].map((address) =>
+      inApplication(t, { feed: address }, 'm.fetchAppcast(); print((await upTo(/not secure/)).at(-1));'),
+    ),
+  );
+  assert.match(missing, /^The feed's address is missing or not secure: \?osVersion=/);
+  assert.match(insecure, /not secure: http:\/\/example\.org\/feed\?/);
+});
+
+// ---- Installations
+
+/** An application in an AppImage, version 2.0 of it, whose feed has what `items` makes of the server's address. */
+async function makeImage(t, answerFile) {
+  const directory = temporaryDirectory(t);
+  const image = path.join(directory, 'Tessaro.AppImage');
+  fs.writeFileSync(image, 'version 2.0', { mode: 0o750 });
+  const state = { items: () => [], image, env: { APPDIR: directory, APPIMAGE: image } };
+  const url = await serve(t, (question, answer) => {
+    if (question.url.startsWith('/feed')) return answer.end(feed(...state.items(url)));
+    return answerFile(question, answer);
+  });
+  state.information = { feed: `${url}/feed`, publicKey: keys.publicKey };
+  state.bundle = (version, more) => makeBundle(directory, { version, ...state.information, ...more });
+  return state;
+}
+
+test('a file is installed if it is the one that was signed, and nothing else is', async (t) => {
+  const file = Buffer.from('version 3'.repeat(50000));
+  const forged = Buffer.from(file.toString().replace('version', 'Version'));
+  const other = makeKeys();
+  const signature = keys.sign(file);
+  const notSigned = /^Update 3 is not installed: its file has not the signature that the feed tells$/;
+  const table = [
+    ['/forged', { signature }, notSigned],
+    ['/file', { signature: other.sign(file) }, notSigned],
+    ['/short', { signature }, notSigned],
+    ['/empty', { signature }, notSigned],
+    ['/broken', { signature, length: file.length }, /not installed: .*Code=-1005/],
+    ['/long', { signature, length: file.length }, /not installed: it is longer than 450000 bytes/],
+    ['/missing', { signature }, /not installed: the server answers 404/],
+    ['/away', { signature }, /not installed: it is redirected to http:\/\/example.org\/file, which is not secure/],
+    ['/file', { signature: undefined }, null],
+    ['/moved', { signature, length: file.length }, /^Will install update 3\.$/],
+  ];
+  const files = {
+    '/file': (answer) => answer.end(file),
+    '/forged': (answer) => answer.end(forged),
+    '/short': (answer) => answer.end(file.subarray(1)),
+    '/empty': (answer) => answer.end(),
+    '/long': (answer) => answer.end(Buffer.concat([file, file])),
+    '/broken': (answer) =>
+      answer.writeHead(200, { 'content-length': file.length }).write(file.subarray(9), () => answer.destroy()),
+    '/missing': (answer) => answer.writeHead(404).end(file),
+    '/away': (answer) => answer.writeHead(301, { location: 'http://example.org/file' }).end(),
+    '/moved': (answer) => answer.writeHead(301, { location: '/file' }).end('x'.repeat(file.length)),
+  };
+  const application = await makeImage(t, (question, answer) => files[question.url](answer));
+  let step = -1;
+  application.items = (url) => {
+    const [address, more] = table[++step];
+    return [item({ version: '3', url: url + address, ...more })];
+  };
+  const bundle = application.bundle('2.0');
+  const logs = await evaluate(
+    t,
+    `${prelude(bundle)}
+     const read = () => require('fs').readFileSync(process.env.APPIMAGE, 'utf8');
+     run(async () => {
+       const logs = [];
+       for (const pattern of [${table.map(([, , pattern]) => pattern).join(', ')}]) {
+         const before = appcasts();
+         m.checkForUpdates(false, true);
+         if (pattern) await upTo(pattern); else await eventually(() => appcasts() > before, 'the feed');
+         logs.push(read().slice(0, 11));
+       }
+       await eventually(() => read() === 'version 3'.repeat(50000), 'the new version');
+       print(logs);
+     });`,
+    { env: application.env },
+  );
+  assert.deepStrictEqual(logs.slice(0, -1), Array(table.length - 1).fill('version 2.0'));
+  assert.deepStrictEqual(fs.readFileSync(application.image), file);
+  assert.strictEqual(fs.statSync(application.image).mode & 0o777, 0o750);
+  const left = fs.readdirSync(path.dirname(application.image));
+  assert.deepStrictEqual(left.sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
+});
+
+test('the first process of the new version tells of it, once', async (t) => {
+  const file = Buffer.from('version 3');
+  const application = await makeImage(t, (_question, answer) => answer.end(file));
+  application.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
+  const home = temporaryDirectory(t);
+  const inVersion = (version, body) =>
+    evaluate(t, `${prelude(application.bundle(version))} run(async () => { ${body} });`, {
+      env: application.env,
+      home,
+    });
+  const tell = `m.setAppcastParameterCallback(() => '[]');
+    for (let i = 0; i < 20; ++i) await new Promise(setImmediate);
+    print(posted.filter(([name]) => name.includes('Relaunch')).map(([name]) => name));`;
+  await inVersion(
+    '2.0',
+    `m.checkForUpdates(false, true);
+     await eventually(() => require('fs').readFileSync(process.env.APPIMAGE, 'utf8') === 'version 3', 'the installation');
+     print(null);`,
+  );
+  assert.deepStrictEqual(await inVersion('2.0', tell), []);
+  assert.deepStrictEqual(await inVersion('3', tell), ['TsApplicationDidRelaunchAfterUpdateNotification']);
+  assert.deepStrictEqual(await inVersion('3', tell), []);
+});
+
+test('without a key, an AppImage or the wish for it nothing is installed', async (t) => {
+  const file = Buffer.from('version 3');
+  const questions = [];
+  const application = await makeImage(t, (question, answer) => {
+    questions.push(question.url);
+    answer.end(file);
+  });
+  application.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
+  const checkAs = async (more, env, call, pattern) => {
+    const bundle = application.bundle('2.0', more);
+    return evaluate(t, `${prelude(bundle)} run(async () => { ${call}; print((await upTo(${pattern})).slice(1)); });`, {
+      env,
+    });
+  };
+  const user = 'm.checkForUpdates(false, false)';
+  const found = 'Did find update 3.';
+  const noImage = 'Update 3 is not installed: the application is no AppImage, and updated by its package manager';
+  const noKey = 'No update can be verified: the public key is missing or malformed';
+  const otherImage = {
+    APPIMAGE: application.image,
+    APPDIR: path.join(path.dirname(application.image), 'TessaroHost.app', 'Resources'),
+  };
+  const cases = [
+    [{ publicKey: undefined }, application.env, user, '/verified/', [noKey]],
+    [{ publicKey: 'AAAA' }, application.env, user, '/verified/', [noKey]],
+    [{}, {}, user, '/not installed/', [found, noImage]],
+    [{}, otherImage, user, '/not installed/', [found, noImage]],
+    [{}, application.env, 'm.checkForUpdates(true, false)', '/Did find/', [found]],
+    [{}, application.env, 'm.fetchAppcast()', '/Did find/', [found]],
+  ];
+  for (const [more, env, call, pattern, expected] of cases) {
+    assert.deepStrictEqual(await checkAs(more, env, call, pattern), expected, `${JSON.stringify(more)} ${call}`);
+  }
+  assert.deepStrictEqual(questions, []);
+  await checkAs(
+    {},
+    application.env,
+    "m.setUserDefault('SUAutomaticallyUpdate', true); m.checkForUpdates(true, false)",
+    '/Will install/',
+  );
+  assert.deepStrictEqual(questions, ['/file']);
+});
+
+// ---- When
+
+test('automatic checks go on in later processes, as often as they are due', async (t) => {
+  const { url, questions } = await serveEmptyFeed(t);
+  const home = temporaryDirectory(t);
+  const inProcess = (body) => inApplication(t, { feed: url }, body, { home });
+  const quiet = (setUp) => `${setUp} m.setAppcastParameterCallback(() => '[]');
+    await new Promise((resolve) => setTimeout(resolve, 300)); print(updates.dateDefault('SULastCheckTime'));`;
+  const now = Math.floor(Date.now() / 1000);
+  const never = await inProcess(quiet(''));
+  assert.deepStrictEqual([never, questions.length], [null, 0]);
+  const checked = await inProcess(
+    `m.checkForUpdates(true, true); await eventually(() => appcasts() === 1, 'the feed'); print(updates.dateDefault('SULastCheckTime'));`,
+  );
+  assert.ok(checked >= now && checked < now + 600, `${checked} ${now}`);
+  assert.strictEqual(await inProcess(quiet('')), checked);
+  assert.strictEqual(questions.length, 1);
+
+  const due = (last) => `updates.setDateDefault('SULastCheckTime', ${last}); m.setAppcastParameterCallback(() => '[]');
+    await eventually(() => appcasts() === 1, 'the feed'); print(null);`;
+  await inProcess(due(now - 43201));
+  // Later than the moment at which the clock was set back.
+  await inProcess(due(now + 1e6));
+  assert.strictEqual(questions.length, 3);
+  // The interval passes while the process runs.
+  await inProcess(due(Math.ceil(Date.now() / 1000) - 43199));
+  assert.strictEqual(questions.length, 4);
+
+  await inProcess(`m.checkForUpdates(true, false); await eventually(() => appcasts() === 1, 'the feed'); print(null);`);
+  await inProcess(quiet(`updates.setDateDefault('SULastCheckTime', ${now - 1e6});`));
+  assert.strictEqual(questions.length, 5);
+});
+
+test('a check takes the place of one that waits for its feed, unless it does less', async (t) => {
+  const waiting = [];
+  const url = await serve(t, (question, answer) => waiting.push([parametersOf(question.url)[0][1], answer]));
+  const child = startScript(
+    t,
+    `${prelude(makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey }))}
+     let kind;
+     m.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
+     const check = { information: () => m.fetchAppcast(), background: () => m.checkForUpdates(true, false), user: () => m.checkForUpdates(false, false) };
+     for (kind of ['background', 'information', 'user', 'background', 'user']) check[kind]();
+     process.stdin.once('data', () => run(async () => { await eventually(() => appcasts() > 0, 'the feed'); print([appcasts(), kind]); }));`,
+  );
+  // Connections of checks that were given up may never have been asked for anything.
+  await eventually(() => waiting.some(([kind]) => kind === 'user'), 'the request');
+  await new Promise((resolve) => setTimeout(resolve, 100));
+  assert.ok(
+    waiting.every(([kind]) => kind !== 'information'),
+    JSON.stringify(waiting.map(([kind]) => kind)),
+  );
+  for (const [, answer] of waiting) answer.end(feed());
+  child.process.stdin.end('go');
+  const { code, stderr } = await child.ended;
+  assert.deepStrictEqual([code, child.output.stdout], [0, '[1,"user"]\n'], stderr);
+});
+
+test('a process may end during a check, and none is kept by one', async (t) => {
+  const url = await serve(t, () => {});
+  const bundle = makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey });
+  for (const end of ['process.exit()', 'host.setKeepAlive(false)']) {
+    const { code, signal, stderr } = await runScript(
+      t,
+      `${prelude(bundle)} m.checkForUpdates(true, true); setTimeout(() => ${end}, 50);`,
+    );
+    assert.deepStrictEqual([code, signal], [0, null], stderr);
+  }
+});
+
+// ---- On a display
+
+test('Option makes one request a test; what is found comes to the front unless only the feed is wanted', async (t) => {
+  const questions = [];
+  const url = await serve(t, (question, answer) => {
+    questions.push(parametersOf(question.url).filter(([key]) => key === 'buildType'));
+    answer.end(
+      feed(
+        item({ version: '3', url: somewhere, signature: signed, inside: '<sparkle:channel>test</sparkle:channel>' }),
+      ),
+    );
+  });
+  const found = feed(item({ version: '3', url: somewhere, signature: signed }));
+  const always = await serve(t, (_question, answer) => answer.end(found));
+  const inFront = (body) => `
+    const { execFile, spawn } = require('child_process');
+    const press = (...args) => new Promise((resolve) => execFile('xdotool', args, resolve));
+    const window = host.createWindow({ title: 'Updates' });
+    const isInFront = () => host.windowInfo(window).isKey;
+    await eventually(isInFront, 'the window');
+    ${body}`;
+  const lines = await inApplication(
+    t,
+    { feed: url },
+    inFront(
+      `const holdsOption = () => JSON.parse(m.modifierKeys())?.['option-modifier?'];
+       // Keys are lost while the keyboard changes hands: they are pressed until they have been heard.
+       const pressUntil = (keys, condition) =>
+         eventually(async () => { await press(...keys); await new Promise((r) => setTimeout(r, 50)); return condition(); }, keys.join(' '));
+       await pressUntil(['keyup', 'alt', 'keydown', 'alt'], holdsOption);
+       news();
+       m.checkForUpdates(false, false);
+       const first = await upTo(/not installed/);
+       await pressUntil(['keyup', 'alt', 'key', 'x'], () => !holdsOption());
+       const before = appcasts();
+       m.checkForUpdates(false, false);
+       await eventually(() => appcasts() > before, 'the feed');
+       print([...first, ...news()]);`,
+    ),
+    { env: session.env },
+  );
+  assert.deepStrictEqual(questions, [[['buildType', 'test']], []]);
+  assert.deepStrictEqual(lines, [
+    'Check for updates. (buildType=test, sendingProfile=NO)',
+    'Did find update 3.',
+    'Update 3 is not installed: the application is no AppImage, and updated by its package manager',
+    'Check for updates. (buildType=stable, sendingProfile=NO)',
+  ]);
+
+  const result = await inApplication(
+    t,
+    { feed: always },
+    inFront(
+      `const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
+       await eventually(() => !isInFront(), 'the other window');
+       m.fetchAppcast();
+       await upTo(/Did find/);
+       await new Promise((resolve) => setTimeout(resolve, 300));
+       const afterFeed = isInFront();
+       m.checkForUpdates(true, false);
+       await eventually(isInFront, 'the window in front');
+       other.kill();
+       print([afterFeed, appcasts()]);`,
+    ),
+    { env: session.env },
+  );
+  assert.deepStrictEqual(result, [false, 2]);
+});
