@@ -8,6 +8,7 @@
 #include "NotificationsProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
+#include "ShortcutProbe.h"
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "ValuesProbe.h"
@@ -33,6 +34,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachWindowProbe(AddProbeObject(probe, "windows"));
   AttachCompositionProbe(AddProbeObject(probe, "composition"));
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
+  AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
 }
 
 }  // namespace

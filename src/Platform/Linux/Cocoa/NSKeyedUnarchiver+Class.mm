@@ -2,7 +2,22 @@
 
 #import <Foundation/Foundation.h>
 
+#include <string_view>
+
+#include "Platform/Linux/BinaryPropertyList.h"
+
+using tessaro::platform::IsSoundBinaryPropertyList;
+
 namespace {
+
+// More than any object without objects takes, and less than GNUstep's reader of texts needs to get lost in brackets.
+constexpr std::size_t kMostBytes = 16384;
+
+// GNUstep also reads forms of its own, one of which makes objects of any class.
+bool IsReadable(NSData* data) {
+  const std::string_view bytes(static_cast<const char*>([data bytes]), [data length]);
+  return bytes.size() <= kMostBytes && (bytes.starts_with("<?xml") || IsSoundBinaryPropertyList(bytes));
+}
 
 NSDictionary* Dictionary(id value) { return [value isKindOfClass:[NSDictionary class]] ? value : nil; }
 
@@ -20,6 +35,15 @@ bool IsFlat(NSDictionary* object) {
     if (isReference != [key isEqualToString:@"$class"]) return false;
   }
   return true;
+}
+
+// nil when it is none.
+id PropertyList(NSData* data) {
+  if (!IsReadable(data)) return nil;
+  return [NSPropertyListSerialization propertyListWithData:data
+                                                   options:NSPropertyListImmutable
+                                                    format:nullptr
+                                                     error:nullptr];
 }
 
 // Whether the whole of the archive is one flat object of the class.
@@ -46,11 +70,7 @@ void Tell(NSError** error, NSString* reason) {
 
 + (id)unarchivedObjectOfClass:(Class)expected fromData:(NSData*)data error:(NSError**)error {
   @try {
-    id archive = [NSPropertyListSerialization propertyListWithData:data
-                                                           options:NSPropertyListImmutable
-                                                            format:nullptr
-                                                             error:nullptr];
-    if (IsArchiveOf(expected, archive)) return [NSKeyedUnarchiver unarchiveObjectWithData:data];
+    if (IsArchiveOf(expected, PropertyList(data))) return [NSKeyedUnarchiver unarchiveObjectWithData:data];
     Tell(error, [NSString stringWithFormat:@"This is no archive of %@", NSStringFromClass(expected)]);
   } @catch (NSException* exception) {
     Tell(error, [exception reason]);
