@@ -26,6 +26,6 @@ NSString* WhyUnheard(MASShortcut* shortcut, HotKeyStatus status) {
     case HotKeyStatus::NotOnKeyboard:
       return [NSString stringWithFormat:@"This keyboard has no %@.", shortcut];
     case HotKeyStatus::Unsupported:
-      return @"This session doesn't let applications have shortcuts outside their own windows.";
+      return @"This session doesn’t let applications have shortcuts outside their own windows.";
   }
 }
