@@ -460,7 +460,7 @@ test('a shortcut that another process has is refused, told, and heard there only
      // A key that is sent to the window reaches it whoever has grabbed it.
      native.startMonitoringKeyboardShortcuts('new');
      statuses.length = 0;
-     await run('xdotool', ['key', '--window', String(host.windowInfo(window).systemWindow), 'ctrl+shift+m']);
+     host.probe('sendKey', { window: host.windowInfo(window).systemWindow, keycode: 58, held: [37, 50] });
      const refused = await eventually(() => statuses.find(({ shortcut }) => shortcut === '⇧⌘M'), 'the refusal');
      native.stopMonitoringKeyboardShortcuts();
      await key('ctrl+shift+m');
