@@ -270,10 +270,7 @@ test('Escape, Delete, Forward Delete and a stop bring the earlier shortcut back'
   );
   const restored = [
     null,
-    [
-      status('', { 'existing?': true }),
-      status('⇧⌘M', { 'existing?': true, 'monitoring?': false }),
-    ],
+    [status('', { 'existing?': true }), status('⇧⌘M', { 'existing?': true, 'monitoring?': false })],
     '⇧⌘M',
   ];
   const ended = status('', { 'existing?': true, 'monitoring?': false });

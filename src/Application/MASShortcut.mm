@@ -123,7 +123,8 @@ id OrEmpty(NSString* text) { return text != nil ? text : @""; }
   id keyCode = [value objectForKey:kKeyCode];
   id modifierFlags = [value objectForKey:kModifierFlags];
   if (![keyCode isKindOfClass:[NSNumber class]] || ![modifierFlags isKindOfClass:[NSNumber class]]) return nil;
-  return [MASShortcut shortcutWithKeyCode:[keyCode unsignedShortValue] modifierFlags:[modifierFlags unsignedIntegerValue]];
+  return [MASShortcut shortcutWithKeyCode:[keyCode unsignedShortValue]
+                            modifierFlags:[modifierFlags unsignedIntegerValue]];
 }
 
 - (id)reverseTransformedValue:(id)value {

@@ -78,8 +78,10 @@ NSString* Capital(NSString* character) {
 
 NSString* NameOfKey(unsigned short keyCode) {
   if (const NamedKey* key = Find(kNamedKeys, keyCode)) return key->name;
-  if (const KeypadKey* key = Find(kKeypadKeys, keyCode)) return [NSString stringWithFormat:@"Keypad %C", key->character];
-  if (IsFunctionKey(keyCode)) return [NSString stringWithFormat:@"F%d", static_cast<int>(FunctionKeyIndex(keyCode)) + 1];
+  if (const KeypadKey* key = Find(kKeypadKeys, keyCode))
+    return [NSString stringWithFormat:@"Keypad %C", key->character];
+  if (IsFunctionKey(keyCode))
+    return [NSString stringWithFormat:@"F%d", static_cast<int>(FunctionKeyIndex(keyCode)) + 1];
   return Capital(TypedCharacter(keyCode));
 }
 
@@ -94,6 +96,4 @@ bool IsFunctionKey(unsigned short keyCode) {
   return FunctionKeyIndex(keyCode) < static_cast<std::ptrdiff_t>(std::size(kFunctionKeys));
 }
 
-bool IsTypingKey(unsigned short keyCode) {
-  return Find(kNamedKeys, keyCode) == nullptr && !IsFunctionKey(keyCode);
-}
+bool IsTypingKey(unsigned short keyCode) { return Find(kNamedKeys, keyCode) == nullptr && !IsFunctionKey(keyCode); }

@@ -83,10 +83,9 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   _savedShortcutData = Retain<NSObject>([Defaults() objectForKey:key]);
   // Or else the old shortcut would act while the new one is typed.
   [Defaults() removeObjectForKey:key];
-  _eventMonitor = Retain<NSObject>([NSEvent addLocalMonitorForEventsMatchingMask:NSKeyDownMask | NSFlagsChangedMask
-                                                                         handler:[self](NSEvent* event) {
-                                                                           return [self recordEvent:event];
-                                                                         }]);
+  _eventMonitor = Retain<NSObject>([NSEvent
+      addLocalMonitorForEventsMatchingMask:NSKeyDownMask | NSFlagsChangedMask
+                                   handler:[self](NSEvent* event) { return [self recordEvent:event]; }]);
   [self postNotificationWith:nil error:nil];
 }
 

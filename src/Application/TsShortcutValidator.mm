@@ -22,7 +22,9 @@ bool HasShortcut(NSMenuItem* item, MASShortcut* shortcut) {
 
 NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
   for (NSMenuItem* item in [menu itemArray]) {
-    NSMenuItem* found = [item hasSubmenu] ? FindItem([item submenu], shortcut) : HasShortcut(item, shortcut) ? item : nil;
+    NSMenuItem* found = [item hasSubmenu]             ? FindItem([item submenu], shortcut)
+                        : HasShortcut(item, shortcut) ? item
+                                                      : nil;
     if (found != nil) return found;
   }
   return nil;
@@ -47,8 +49,9 @@ NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
 
 - (BOOL)isShortcutAlreadyTakenBySystem:(MASShortcut*)shortcut explanation:(NSString**)explanation {
   NSMenuItem* item = FindItem([NSApp mainMenu], shortcut);
-  NSString* reason = item != nil ? [NSString stringWithFormat:@"%@ is the shortcut of the menu item “%@”.", shortcut, [item title]]
-                                 : WhyUnheard(shortcut, HotKeyStatusOf(ToHotKey(shortcut)));
+  NSString* reason =
+      item != nil ? [NSString stringWithFormat:@"%@ is the shortcut of the menu item “%@”.", shortcut, [item title]]
+                  : WhyUnheard(shortcut, HotKeyStatusOf(ToHotKey(shortcut)));
   if (reason == nil) return NO;
   if (explanation != nullptr) *explanation = reason;
   return YES;

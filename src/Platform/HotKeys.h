@@ -22,7 +22,7 @@ struct HotKey {
 
 enum class HotKeyStatus {
   Heard,
-  Taken,        // by another application, or by the system itself
+  Taken,  // by another application, or by the system itself
   NotOnKeyboard,
   Unsupported,  // in this session applications hear no keys of each other's, or there is no window system
 };

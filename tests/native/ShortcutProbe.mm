@@ -43,7 +43,9 @@ id Unarchived(NSData* data) {
 
 // ---- Probes
 
-id valid(id description) { return Truth([[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)]); }
+id valid(id description) {
+  return Truth([[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)]);
+}
 
 id whyTaken(id description) {
   NSString* explanation = nil;
@@ -64,8 +66,10 @@ id archives(id description) {
 }
 
 id archivesOfOthers(id) {
-  return @[ Base64(Archive(@"text", NSPropertyListXMLFormat_v1_0)), Base64(Archive(@[ @1 ], NSPropertyListXMLFormat_v1_0)),
-            Base64(Archive([NSDate date], NSPropertyListBinaryFormat_v1_0)) ];
+  return @[
+    Base64(Archive(@"text", NSPropertyListXMLFormat_v1_0)), Base64(Archive(@[ @1 ], NSPropertyListXMLFormat_v1_0)),
+    Base64(Archive([NSDate date], NSPropertyListBinaryFormat_v1_0))
+  ];
 }
 
 id unarchive(id text) { return [Unarchived(FromBase64(text)) description]; }

@@ -14,7 +14,19 @@ constexpr int kDeepest = 32;
 constexpr int kMostValues = 10000;
 
 // What the upper half of a value's first byte says.
-enum class Kind { Constant = 0, Integer = 1, Real = 2, Date = 3, Data = 4, Latin = 5, Utf16 = 6, Reference = 8, Array = 10, Set = 12, Dictionary = 13 };
+enum class Kind {
+  Constant = 0,
+  Integer = 1,
+  Real = 2,
+  Date = 3,
+  Data = 4,
+  Latin = 5,
+  Utf16 = 6,
+  Reference = 8,
+  Array = 10,
+  Set = 12,
+  Dictionary = 13
+};
 
 class Walk {
  public:

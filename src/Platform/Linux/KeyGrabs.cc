@@ -82,8 +82,7 @@ bool KeyGrabs::Open() noexcept {
   XkbSelectEvents(display, XkbUseCoreKbd, kKeyboardChanges, kKeyboardChanges);
   masks_ = ModifierMasks(display);
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, ConnectionNumber(display));
-  uv_poll_start(poll_.get(), UV_READABLE,
-                [](uv_poll_t* handle, int, int) { OwnerOf<KeyGrabs>(handle).ReadEvents(); });
+  uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) { OwnerOf<KeyGrabs>(handle).ReadEvents(); });
   return true;
 }
 
@@ -113,7 +112,7 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
   bool isRefused = false;
   for (const xcb_void_cookie_t request : requests) {
     const std::unique_ptr<xcb_generic_error_t, decltype(&std::free)> error(xcb_request_check(connection, request),
-                                                                          std::free);
+                                                                           std::free);
     if (error) isRefused = true;
   }
   // Waiting for the answers may have read events, which the event loop would not notice.

@@ -9,7 +9,8 @@ namespace tessaro::platform {
 
 namespace {
 
-constexpr unsigned kModifierBits = ShiftMask | LockMask | ControlMask | Mod1Mask | Mod2Mask | Mod3Mask | Mod4Mask | Mod5Mask;
+constexpr unsigned kModifierBits =
+    ShiftMask | LockMask | ControlMask | Mod1Mask | Mod2Mask | Mod3Mask | Mod4Mask | Mod5Mask;
 
 unsigned MaskOf(Display* display, KeySym symbol) { return XkbKeysymToModifiers(display, symbol); }
 
@@ -41,7 +42,8 @@ ModifierMasks::ModifierMasks(Display* display)
       locks_(Combinations({LockMask, MaskOf(display, XK_Num_Lock), MaskOf(display, XK_Scroll_Lock)})) {}
 
 std::optional<unsigned> ModifierMasks::Of(const HotKey& key) const {
-  const bool isLacking = (key.command && command_ == 0) || (key.option && option_ == 0) || (key.control && control_ == 0);
+  const bool isLacking =
+      (key.command && command_ == 0) || (key.option && option_ == 0) || (key.control && control_ == 0);
   if (isLacking) return std::nullopt;
   return (key.command ? command_ : 0) | (key.option ? option_ : 0) | (key.control ? control_ : 0) |
          (key.shift ? ShiftMask : 0);

@@ -52,9 +52,8 @@ void SendEvent(NSApplication* application, SEL, NSEvent* event) {
 }
 
 void WatchEvents() {
-  static const IMP previous =
-      TsReplaceMethod([NSApp class], @selector(sendEvent:), @selector(tsSendUnmonitoredEvent:),
-                      reinterpret_cast<IMP>(SendEvent));
+  static const IMP previous = TsReplaceMethod([NSApp class], @selector(sendEvent:), @selector(tsSendUnmonitoredEvent:),
+                                              reinterpret_cast<IMP>(SendEvent));
   static_cast<void>(previous);
 }
 

@@ -53,8 +53,7 @@ bool IsArchiveOf(Class expected, id archive) {
   NSDictionary* top = Dictionary([Dictionary(archive) objectForKey:@"$top"]);
   NSDictionary* root = Dictionary(Target(objects, [top objectForKey:@"root"]));
   NSDictionary* description = Dictionary(Target(objects, [root objectForKey:@"$class"]));
-  return root != nil && IsFlat(root) &&
-         [NSStringFromClass(expected) isEqual:[description objectForKey:@"$classname"]];
+  return root != nil && IsFlat(root) && [NSStringFromClass(expected) isEqual:[description objectForKey:@"$classname"]];
 }
 
 void Tell(NSError** error, NSString* reason) {
