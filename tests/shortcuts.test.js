@@ -18,6 +18,8 @@ const command = 0x100000;
 
 const prelude = `
   const { execFile } = require('child_process');
+  const fs = require('fs');
+  const path = require('path');
   const { promisify } = require('util');
   const host = require('./host');
   const { eventually } = require('./tests/support/child');
@@ -163,7 +165,14 @@ test('which shortcuts are valid', async (t) => {
 });
 
 test('archives are read back in each form, and everything else is no shortcut', async (t) => {
-  const cycle = '62706c6973743030a1000800000000000000010100000000000000010000000000000000000000000000000a';
+  // Of Apple's binary form: the values, where each begins, and what is known of both; the first value is the list.
+  const binary = (...values) => {
+    const number = (value) => [0, 0, 0, 0, 0, 0, 0, value];
+    const starts = values.map((_, i) => 8 + values.slice(0, i).flat().length);
+    const end = 8 + values.flat().length;
+    const trailer = [0, 0, 0, 0, 0, 0, 1, 1, ...number(values.length), ...number(0), ...number(end)];
+    return String.fromCharCode(...Buffer.from('bplist00'), ...values.flat(), ...starts, ...trailer);
+  };
   const broken = [
     '',
     'text',
@@ -174,7 +183,11 @@ test('archives are read back in each form, and everything else is no shortcut', 
     '\0\x01\x02\x03'.repeat(50),
     'bplist00',
     `bplist00${'\xff'.repeat(40)}`,
-    Buffer.from(cycle, 'hex').toString('latin1'),
+    // An array that contains itself, arrays a dozen deep with more ways than can be gone, a text and data beyond the end.
+    binary([0xa1, 0]),
+    binary(...Array.from({ length: 12 }, (_, i) => [0xaf, 0x10, 20, ...Array(20).fill(i + 1)]), [0x08]),
+    binary([0x5f, 0x13, 0x7f, 0, 0, 0, 0, 0, 0, 0]),
+    binary([0x4f, 0x12, 0x00, 0xff, 0xff, 0xff]),
   ].map((text) => Buffer.from(text, 'latin1').toString('base64'));
   const result = await inSession(
     t,
@@ -411,20 +424,30 @@ test('layouts come and go; modifiers move', async (t) => {
      const heard = {};
      // The key right of the left Shift key, whatever is on it.
      const place = '52';
-     for (const layout of [['us'], ['de'], ['ru'], ['us,ru'], ['us', '-option', 'ctrl:swap_lwin_lctl']]) {
-       await run('setxkbmap', layout);
-       // The grabs are made anew when the server tells of the layout, and there is no other sign of that.
-       heard[layout] = [];
+     const switchTo = {
+       de: () => run('setxkbmap', ['de']),
+       ru: () => run('setxkbmap', ['ru']),
+       'us,ru': () => run('setxkbmap', ['us,ru']),
+       'another bit for Super': async () => {
+         const { stdout } = await run('xkbcomp', [process.env.DISPLAY, '-']);
+         const file = path.join(process.env.HOME, 'moved.xkb');
+         fs.writeFileSync(file, stdout.replace(/modifier_map Mod4/g, 'modifier_map Mod3'));
+         await run('xkbcomp', ['-w', '0', file, process.env.DISPLAY]);
+       },
+       us: () => run('setxkbmap', ['us']),
+     };
+     for (const [name, make] of Object.entries(switchTo)) {
+       await make();
+       // The grabs are made anew when the server tells of the keyboard, and there is no other sign of that.
        await eventually(async () => {
          actions.length = 0;
          await key('ctrl+shift+' + place);
          await key('super+' + place);
          await pause(50);
-         heard[layout] = [...actions];
+         heard[name] = [...actions];
          return actions.length >= 2;
-       }, layout + ' ' + JSON.stringify(heard));
+       }, name + ' ' + JSON.stringify(heard));
      }
-     await run('setxkbmap', ['us', '-option', '']);
      print(heard);`,
   );
   for (const [layout, heard] of Object.entries(result)) assert.deepStrictEqual(heard, ['key', 'super'], layout);
