@@ -714,14 +714,20 @@ export interface MigratedTab {
 
 // ---- Global shortcuts
 
-/** _Not available yet._ */
+/**
+ * Records what the user types next as the shortcut of a user default, and takes away the one that is stored there. The
+ * host observes how it goes: see docs/api.md. Refused, with an error in the log, while another recording is running.
+ */
 export function startMonitoringKeyboardShortcuts(defaultsKey: string): void;
 
-/** _Not available yet._ */
+/** Ends the recording, and puts back what was stored when it began, even if a shortcut was accepted meanwhile. */
 export function stopMonitoringKeyboardShortcuts(): void;
 
-/** _Not available yet._ */
+/**
+ * Has the shortcut heard in every application that is stored under the key, now or later. The host observes
+ * "TsGlobalShortcutAction" for each press.
+ */
 export function bindGlobalShortcutWithDefaultsKey(defaultsKey: string): void;
 
-/** _Not available yet._ */
+/** The stored shortcut as people write it, "⇧⌘M"; `null` when there is none. */
 export function globalShortcutDescriptionForDefaultsKey(defaultsKey: string): string | null;

@@ -20,6 +20,7 @@ const benchmarks = [
   'applications',
   'composition',
   'updates',
+  'shortcuts',
 ];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 

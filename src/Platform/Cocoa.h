@@ -5,6 +5,8 @@
 #import <AppKit/AppKit.h>
 
 #ifdef GNUSTEP
+#include "Platform/Linux/Cocoa/NSEvent+LocalMonitor.h"
+#include "Platform/Linux/Cocoa/NSKeyedUnarchiver+Class.h"
 #include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
 #include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
 

@@ -13,6 +13,10 @@ inline constexpr std::uint16_t kNoVirtualKey = 0xffff;
 // `systemKeyCode`. kNoVirtualKey when the key has none, or there is no window system to ask.
 [[nodiscard]] std::uint16_t VirtualKeyCode(std::uint16_t systemKeyCode);
 
+// The character that a key types alone in the layout in use, or in a layout without Latin letters in
+// the first of the user's that has one; without a window system on an American keyboard. 0 for keys that type none.
+[[nodiscard]] char16_t CharacterOnKey(std::uint16_t virtualKeyCode);
+
 // Whether Caps Lock is on now. False where there is no window system to ask.
 [[nodiscard]] bool IsCapsLockOn();
 

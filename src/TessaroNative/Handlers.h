@@ -61,6 +61,12 @@ void setupMenuWillShowNotification(const v8::FunctionCallbackInfo<v8::Value>& ar
 void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args);
 void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args);
 
+// Global shortcuts
+void startMonitoringKeyboardShortcuts(const v8::FunctionCallbackInfo<v8::Value>& args);
+void stopMonitoringKeyboardShortcuts(const v8::FunctionCallbackInfo<v8::Value>& args);
+void bindGlobalShortcutWithDefaultsKey(const v8::FunctionCallbackInfo<v8::Value>& args);
+void globalShortcutDescriptionForDefaultsKey(const v8::FunctionCallbackInfo<v8::Value>& args);
+
 // Network, reachability
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);

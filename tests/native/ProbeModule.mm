@@ -8,6 +8,7 @@
 #include "NotificationsProbe.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
+#include "ShortcutProbe.h"
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "UpdateProbe.h"
@@ -35,6 +36,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachCompositionProbe(AddProbeObject(probe, "composition"));
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
   AttachUpdateProbe(AddProbeObject(probe, "updates"));
+  AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ function temporaryDirectory(test) {
 function environmentFor(home, extra) {
   const environment = { ...process.env, HOME: home, XDG_STATE_HOME: path.join(home, 'state'), ...extra };
   // The desktop of whoever runs the tests is none of their business.
-  for (const name of ['DISPLAY', 'WAYLAND_DISPLAY', 'DBUS_SESSION_BUS_ADDRESS']) {
+  for (const name of ['DISPLAY', 'WAYLAND_DISPLAY', 'XDG_SESSION_TYPE', 'DBUS_SESSION_BUS_ADDRESS']) {
     if (extra[name] === undefined) delete environment[name];
   }
   return redirectGNUstep(home, environment);

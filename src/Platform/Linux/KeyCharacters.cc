@@ -1,6 +1,7 @@
 #include "Platform/Linux/KeyCharacters.h"
 
 #include <X11/XKBlib.h>
+#include <xkbcommon/xkbcommon.h>
 
 #include <string_view>
 
@@ -17,20 +18,33 @@ constexpr std::string_view kAmericanShifted{"ASDFHGZXCV\0BQWERYT!@#$^%+(&_*)}OU{
 static_assert(kAmerican[43] == ',' && kAmerican[49] == ' ' && kAmericanShifted[33] == '{' &&
               kAmericanShifted[2] == 'D');
 
-constexpr KeySym kUnicodeKeysyms = 0x01000000;
-
 char16_t CharacterOf(KeySym symbol) {
-  const bool isLatin1 = (symbol >= 0x20 && symbol <= 0x7e) || (symbol >= 0xa0 && symbol <= 0xff);
-  if (isLatin1) return static_cast<char16_t>(symbol);
-  const bool isUnicode = symbol > kUnicodeKeysyms && symbol <= kUnicodeKeysyms + 0xffff;
-  return isUnicode ? static_cast<char16_t>(symbol - kUnicodeKeysyms) : 0;
+  const std::uint32_t character = xkb_keysym_to_utf32(static_cast<xkb_keysym_t>(symbol));
+  const bool isPrintable = character >= 0x20 && character != 0x7f && character <= 0xffff;
+  return isPrintable ? static_cast<char16_t>(character) : 0;
 }
 
 char16_t CharacterOn(Display* display, std::uint16_t systemKeyCode, int group, int level) {
   return CharacterOf(XkbKeycodeToKeysym(display, static_cast<KeyCode>(systemKeyCode), group, level));
 }
 
+char16_t AmericanCharacter(std::uint16_t virtualKeyCode, bool isShifted) {
+  const std::string_view american = isShifted ? kAmericanShifted : kAmerican;
+  return virtualKeyCode < american.size() ? static_cast<char16_t>(american[virtualKeyCode]) : 0;
+}
+
+std::uint16_t SystemKeyCode(std::uint16_t virtualKeyCode) {
+  constexpr std::uint16_t kLast = 255;
+  std::uint16_t code = 0;
+  while (code <= kLast && VirtualKeyCode(code) != virtualKeyCode) ++code;
+  return code;
+}
+
 }  // namespace
+
+bool IsOfOtherScript(char16_t character) noexcept {
+  return (character >= 0x370 && character < 0x1e00) || (character >= 0x2e80 && character < 0xd800);
+}
 
 char16_t UnshiftedCharacter(std::uint16_t systemKeyCode) noexcept {
   Display* display = XDisplay();
@@ -46,9 +60,14 @@ char16_t AsciiCharacter(std::uint16_t systemKeyCode, bool isShifted) noexcept {
     const char16_t character = CharacterOn(display, systemKeyCode, group, isShifted ? 1 : 0);
     if (character != 0 && character < 0x7f) return character;
   }
-  const std::uint16_t key = VirtualKeyCode(systemKeyCode);
-  const std::string_view american = isShifted ? kAmericanShifted : kAmerican;
-  return key < american.size() ? static_cast<char16_t>(american[key]) : 0;
+  return AmericanCharacter(VirtualKeyCode(systemKeyCode), isShifted);
+}
+
+char16_t CharacterOnKey(std::uint16_t virtualKeyCode) {
+  if (XDisplay() == nullptr) return AmericanCharacter(virtualKeyCode, false);
+  const std::uint16_t key = SystemKeyCode(virtualKeyCode);
+  const char16_t character = UnshiftedCharacter(key);
+  return character == 0 || IsOfOtherScript(character) ? AsciiCharacter(key, false) : character;
 }
 
 }  // namespace tessaro::platform

@@ -13,4 +13,7 @@ namespace tessaro::platform {
 // any, on an American keyboard.
 [[nodiscard]] char16_t AsciiCharacter(std::uint16_t systemKeyCode, bool isShifted) noexcept;
 
+// Greek, Cyrillic, Arabic, Kana, Hangul …: what is no key equivalent of any menu in Latin letters.
+[[nodiscard]] bool IsOfOtherScript(char16_t character) noexcept;
+
 }  // namespace tessaro::platform

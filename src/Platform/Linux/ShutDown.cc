@@ -2,6 +2,7 @@
 
 #include "Platform/HTTPTransfer.h"
 #include "Platform/Linux/Cocoa/UserNotificationDelivery.h"
+#include "Platform/Linux/KeyGrabs.h"
 #include "Platform/Linux/NetworkChanges.h"
 #include "Platform/Linux/SessionBus.h"
 #include "Platform/MainQueue.h"
@@ -16,6 +17,7 @@ void ShutDown() {
   Updater::Shared().ShutDown();
   HTTPTransfer::ShutDown();
   NetworkChanges::Shared().Close();
+  KeyGrabs::Shared().Close();
   EndUserNotificationDelivery();
   StopServingTimeTracker();
   SessionBus::Shared().Close();

@@ -20,12 +20,6 @@ bool IsControl(NSString* text) {
   return first < 0x20 || first == 0x7f || (first >= 0xf700 && first <= 0xf8ff);
 }
 
-// Greek, Cyrillic, Arabic, Kana, Hangul …: what is no key equivalent of any menu in Latin letters.
-bool IsOfOtherScript(NSString* text) {
-  const unichar first = [text length] > 0 ? [text characterAtIndex:0] : 0;
-  return (first >= 0x370 && first < 0x1e00) || (first >= 0x2e80 && first < 0xd800);
-}
-
 NSString* StringOf(char16_t character) {
   if (character == 0) return nil;
   const unichar unit = character;
@@ -37,7 +31,7 @@ NSString* StringOf(char16_t character) {
 KeyPress::KeyPress(NSEvent* event)
     : characters_([event charactersIgnoringModifiers]), modifiers_([event modifierFlags]) {
   const bool isShifted = (modifiers_ & NSShiftKeyMask) != 0;
-  if (IsOfOtherScript(characters_)) {
+  if ([characters_ length] > 0 && IsOfOtherScript([characters_ characterAtIndex:0])) {
     if (NSString* latin = StringOf(AsciiCharacter([event keyCode], isShifted))) characters_ = latin;
   }
   if (isShifted && !IsLetter(characters_) && !IsControl(characters_)) {

@@ -2,21 +2,21 @@
 
 #import <AppKit/AppKit.h>
 
+#include "Platform/Linux/Cocoa/ModifierKeys.h"
+
 namespace tessaro::platform {
 
 namespace {
 
-// GNUstep's default for the key, and the key where there is no such default.
-struct ModifierKey {
+struct ModifierFlag {
   NSUInteger flag;
-  NSString* defaultsKey;
-  NSString* usual;
+  Modifier modifier;
 };
 
-const ModifierKey kModifierKeys[] = {
-    {NSControlKeyMask, @"GSFirstControlKey", @"Control_L"},
-    {NSCommandKeyMask, @"GSFirstCommandKey", @"Alt_L"},
-    {NSAlternateKeyMask, @"GSFirstAlternateKey", @"Alt_R"},
+constexpr ModifierFlag kModifierFlags[] = {
+    {NSControlKeyMask, Modifier::Control},
+    {NSCommandKeyMask, Modifier::Command},
+    {NSAlternateKeyMask, Modifier::Option},
 };
 
 struct NamedCharacter {
@@ -43,14 +43,12 @@ const NamedCharacter kNamedCharacters[] = {
 };
 
 // "Control_L" is "Ctrl", "Super_L" is "Super".
-NSString* NameOfModifierKey(NSString* symbol) {
+NSString* NameOfModifier(Modifier modifier) {
+  const std::vector<std::string> keys = ModifierKeyNames(modifier);
+  if (keys.empty()) return nil;
+  NSString* symbol = [NSString stringWithUTF8String:keys.front().c_str()];
   if ([symbol hasPrefix:@"Control"]) return @"Ctrl";
   return [[symbol componentsSeparatedByString:@"_"] objectAtIndex:0];
-}
-
-NSString* NameOfModifier(const ModifierKey& modifier) {
-  NSString* symbol = [[NSUserDefaults standardUserDefaults] stringForKey:modifier.defaultsKey];
-  return NameOfModifierKey(symbol != nil ? symbol : modifier.usual);
 }
 
 NSString* NameOfKey(NSString* key) {
@@ -75,8 +73,9 @@ NSString* ShortcutText(NSMenuItem* item) {
   const NSUInteger mask = [item keyEquivalentModifierMask];
   if ([key length] == 0) return @"";
   NSMutableArray* parts = [NSMutableArray array];
-  for (const auto& modifier : kModifierKeys) {
-    if (mask & modifier.flag) [parts addObject:NameOfModifier(modifier)];
+  for (const auto& [flag, modifier] : kModifierFlags) {
+    NSString* name = mask & flag ? NameOfModifier(modifier) : nil;
+    if (name != nil) [parts addObject:name];
   }
   if (IsTypedWithShift(key, mask)) [parts addObject:@"Shift"];
   [parts addObject:NameOfKey(key)];

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "Platform/HotKeys.h"
+
+struct _XDisplay;
+
+namespace tessaro::platform {
+
+// The bits that modifier keys have in the state of X's events, as the keyboard has them now.
+class ModifierMasks {
+ public:
+  ModifierMasks() = default;
+  explicit ModifierMasks(_XDisplay* display);
+
+  // None when the keyboard lacks one of the modifiers.
+  [[nodiscard]] std::optional<unsigned> Of(const HotKey& key) const;
+
+  // Every state of Caps Lock, Num Lock and Scroll Lock that there can be.
+  [[nodiscard]] const std::vector<unsigned>& Locks() const { return locks_; }
+
+  // `state` without locks, mouse buttons and the number of the layout.
+  [[nodiscard]] unsigned Held(unsigned state) const;
+
+ private:
+  unsigned command_ = 0;
+  unsigned option_ = 0;
+  unsigned control_ = 0;
+  std::vector<unsigned> locks_{0};
+};
+
+}  // namespace tessaro::platform

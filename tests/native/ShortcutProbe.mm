@@ -1,0 +1,126 @@
+#include "ShortcutProbe.h"
+
+#import "Application/MASShortcut.h"
+#import "Application/TsGlobalShortcut.h"
+#import "Application/TsShortcutValidator.h"
+#include "Platform/Cocoa.h"
+#include "Platform/HotKeys.h"
+#include "Probe.h"
+#include "Utilities/Ref.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+id OrNull(id value) { return value != nil ? value : [NSNull null]; }
+
+NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
+
+// Described as [key code, modifier flags].
+MASShortcut* ShortcutOf(NSArray* description) {
+  return [MASShortcut shortcutWithKeyCode:[[description objectAtIndex:0] unsignedShortValue]
+                            modifierFlags:[[description objectAtIndex:1] unsignedIntegerValue]];
+}
+
+NSData* Archive(id object, NSPropertyListFormat format) {
+  NSMutableData* data = [NSMutableData data];
+  const auto archiver = Adopt([[NSKeyedArchiver alloc] initForWritingWithMutableData:data]);
+  [archiver setOutputFormat:format];
+  [archiver encodeObject:object forKey:@"root"];
+  [archiver finishEncoding];
+  return data;
+}
+
+NSString* Base64(NSData* data) { return [data base64EncodedStringWithOptions:0]; }
+
+NSData* FromBase64(NSString* text) {
+  return Adopt([[NSData alloc] initWithBase64EncodedString:text options:0]).Autoreleased();
+}
+
+id Unarchived(NSData* data) {
+  return [NSKeyedUnarchiver unarchivedObjectOfClass:[MASShortcut class] fromData:data error:nullptr];
+}
+
+// ---- Probes
+
+id valid(id description) {
+  return Truth([[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)]);
+}
+
+id whyTaken(id description) {
+  NSString* explanation = nil;
+  const BOOL isTaken = [[TsShortcutValidator sharedValidator] isShortcutAlreadyTakenBySystem:ShortcutOf(description)
+                                                                                 explanation:&explanation];
+  return isTaken ? explanation : nil;
+}
+
+id describe(id description) { return [ShortcutOf(description) description]; }
+
+// As it is stored, as a binary property list, and as one in XML.
+id archives(id description) {
+  MASShortcut* shortcut = ShortcutOf(description);
+  return @[
+    Base64([NSKeyedArchiver archivedDataWithRootObject:shortcut]),
+    Base64(Archive(shortcut, NSPropertyListBinaryFormat_v1_0)), Base64(Archive(shortcut, NSPropertyListXMLFormat_v1_0))
+  ];
+}
+
+id archivesOfOthers(id) {
+  return @[
+    Base64(Archive(@"text", NSPropertyListXMLFormat_v1_0)), Base64(Archive(@[ @1 ], NSPropertyListXMLFormat_v1_0)),
+    Base64(Archive([NSDate date], NSPropertyListBinaryFormat_v1_0))
+  ];
+}
+
+id unarchive(id text) { return [Unarchived(FromBase64(text)) description]; }
+
+// How many of the archives with one byte wrong, or cut short, still give a shortcut.
+id unarchiveDamaged(id text) {
+  NSData* sound = FromBase64(text);
+  int shortcuts = 0;
+  for (NSUInteger i = 0; i < [sound length]; ++i) {
+    @autoreleasepool {
+      if (Unarchived([sound subdataWithRange:NSMakeRange(0, i)]) != nil) ++shortcuts;
+      for (const unsigned change : {0x01u, 0x20u, 0x80u, 0xffu}) {
+        NSMutableData* damaged = [NSMutableData dataWithData:sound];
+        static_cast<unsigned char*>([damaged mutableBytes])[i] ^= change;
+        if (Unarchived(damaged) != nil) ++shortcuts;
+      }
+    }
+  }
+  return [NSNumber numberWithInt:shortcuts];
+}
+
+// What the transformer gives for a dictionary, and for that again.
+id transform(id dictionary) {
+  [TsGlobalShortcut sharedInstance];
+  NSValueTransformer* transformer = [NSValueTransformer valueTransformerForName:@"MASDictionaryTransformer"];
+  id shortcut = [transformer transformedValue:dictionary];
+  return @[ OrNull([shortcut description]), OrNull([transformer reverseTransformedValue:shortcut]) ];
+}
+
+template <id (*probe)(id)>
+void Enter(ProbeArguments args) {
+  @autoreleasepool {
+    NSArray* arguments = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
+    id result = probe([arguments objectAtIndex:0]);
+    v8::Local<v8::String> text;
+    if (!ToScriptString(args.GetIsolate(), TsConvertToJSONString(@[ OrNull(result) ])).ToLocal(&text)) return;
+    args.GetReturnValue().Set(text);
+  }
+}
+
+}  // namespace
+
+void AttachShortcutProbe(v8::Local<v8::Object> exports) {
+#define PROBE(function) NODE_SET_METHOD(exports, #function, Enter<function>)
+  PROBE(valid);
+  PROBE(whyTaken);
+  PROBE(describe);
+  PROBE(archives);
+  PROBE(archivesOfOthers);
+  PROBE(unarchive);
+  PROBE(unarchiveDamaged);
+  PROBE(transform);
+#undef PROBE
+}
