@@ -344,8 +344,15 @@ export function generatePreview(
 /** _Not available yet._ */
 export function showFileDialog(window: WindowHandle, options: JSONText, callback: (...values: unknown[]) => void): void;
 
-/** _Not available yet._ */
-export function writeFile(path: string, content: object, append: boolean): string | undefined;
+/**
+ * Writes a file, completely or not at all: it is replaced at once when its new contents are on the disk. Its
+ * permissions are kept; of a link, the file it leads to is written. Waits for the disk.
+ * @param data A Buffer, another typed array, a DataView or an ArrayBuffer.
+ * @param append Adds to the end of the file instead. After an error it is as long as before.
+ * @returns Why it could not be written, in words; `undefined` when it has been. Folders are not made, and only regular
+ *   files are written: a pipe or a device is refused.
+ */
+export function writeFile(path: string, data: object, append: boolean): string | undefined;
 
 /** _Not available yet._ */
 export function openSupportAndFeedbackWindow(

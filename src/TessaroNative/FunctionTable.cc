@@ -142,7 +142,7 @@ constexpr ScriptFunction kFunctions[] = {
     {LANDED(registerAppleEventForTimingApp), Undefined, Foundation, {Exactly(1), Arg(0).IsFunction()}},
     {"createRequest", TsCreateRequest, "TsCreateRequest", Null, Foundation, {AtLeast(1), Arg(0).IsString()}},
     {"isAppHidden", TsIsAppHidden, "TsIsAppHidden", False, WindowServer, {}},
-    {"writeFile", nullptr, "TsWriteFile", Undefined, Foundation,
+    {"writeFile", TsWriteFile, "TsWriteFile", Undefined, Foundation,
      {Exactly(3), Arg(0).IsString(), Arg(1).IsObject(), Arg(2).IsBoolean()}},
     {"performService", TsPerformService, "TsPerformService", Undefined, Foundation,
      {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},

@@ -53,6 +53,9 @@ void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
 
+// Files, dialogs, support
+void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args);
+
 // Main menu
 void updateMainMenuMenuItem(const v8::FunctionCallbackInfo<v8::Value>& args);
 void updateMainMenuMenuItemWithCommandId(const v8::FunctionCallbackInfo<v8::Value>& args);
