@@ -1,12 +1,16 @@
 #import <AppKit/NSApplication.h>
 
+#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "Application/AtomApplication.h"
+#include "Application/TsFileDialog.h"
 #include "Application/TsFileWriter.h"
 #include "TessaroNative/Handlers.h"
 #include "TessaroNative/ReturnValues.h"
+#include "TessaroNative/WindowArgument.h"
+#include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 
 namespace {
@@ -32,6 +36,13 @@ void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args) {
 
 void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args) {
   args.GetReturnValue().Set(static_cast<bool>([NSApp isHidden]));
+}
+
+void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  auto callback = std::make_shared<TsCallbackSlot>();
+  callback->Set(args[2]);
+  TsShowFileDialog(ToWindow(args[0]), convertToNSString(args[1]),
+                   [callback](NSArray* paths) { callback->Call({paths != nil ? TsConvertToJSONString(paths) : nil}); });
 }
 
 void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args) {

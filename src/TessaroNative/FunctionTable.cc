@@ -137,7 +137,7 @@ constexpr ScriptFunction kFunctions[] = {
     {PENDING(globalShortcutDescriptionForDefaultsKey), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
     {LANDED(modifierKeys), Null, WindowServer, {Exactly(0)}},
     {LANDED(uninstallPDFServices), Undefined, Foundation, {Exactly(0)}},
-    {PENDING(showFileDialog), Undefined, WindowServer,
+    {LANDED(showFileDialog), Undefined, Foundation,
      {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsFunction()}},
     {LANDED(registerAppleEventForTimingApp), Undefined, Foundation, {Exactly(1), Arg(0).IsFunction()}},
     {"createRequest", TsCreateRequest, "TsCreateRequest", Null, Foundation, {AtLeast(1), Arg(0).IsString()}},

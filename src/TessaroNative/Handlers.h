@@ -54,6 +54,7 @@ void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
 
 // Files, dialogs, support
+void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args);
 void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args);
 
 // Main menu

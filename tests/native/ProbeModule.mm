@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "CompositionProbe.h"
+#include "DialogProbe.h"
 #include "IntegrationProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
@@ -33,6 +34,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachWindowProbe(AddProbeObject(probe, "windows"));
   AttachCompositionProbe(AddProbeObject(probe, "composition"));
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
+  AttachDialogProbe(AddProbeObject(probe, "dialogs"));
 }
 
 }  // namespace
