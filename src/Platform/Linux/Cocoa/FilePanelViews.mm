@@ -1,5 +1,7 @@
 #include "Platform/Linux/Cocoa/FilePanelViews.h"
 
+#include <algorithm>
+
 #import "Platform/Linux/Cocoa/TsFilePanel.h"
 #include "Utilities/TsString.h"
 
@@ -17,6 +19,7 @@ constexpr CGFloat kGap = 8;
 constexpr CGFloat kRowHeight = 24;
 constexpr CGFloat kTextHeight = 18;
 constexpr CGFloat kLabelWidth = 60;
+constexpr CGFloat kLeastButtonWidth = 60;
 constexpr CGFloat kFilterWidth = 200;
 constexpr CGFloat kIconWidth = 20;
 constexpr NSUInteger kAtBottom = NSViewMaxYMargin;
@@ -63,15 +66,19 @@ class Layout {
   }
 
   // As wide as its title, at the left of `row`, or at the right of it; the row is that much shorter then.
-  Ref<NSButton> AddButton(NSString* title, SEL action, NSRect& row, NSRectEdge edge, NSUInteger mask) const {
+  Ref<NSButton> AddButton(NSString* title, SEL action, NSRect& row, NSRectEdge edge, NSUInteger mask,
+                          NSString* key = @"") const {
     auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
     [button setTitle:title];
     [button setBezelStyle:NSRoundedBezelStyle];
     [button setTarget:target_];
     [button setAction:action];
+    // It may add to the button's size.
+    [button setKeyEquivalent:key];
     [button sizeToFit];
+    const CGFloat width = std::max([button frame].size.width, kLeastButtonWidth);
     NSRect frame;
-    NSDivideRect(row, &frame, &row, [button frame].size.width + kGap, edge);
+    NSDivideRect(row, &frame, &row, width + kGap, edge);
     if (edge == NSMaxXEdge) frame.origin.x += kGap;
     frame.size.width -= kGap;
     [button setFrame:frame];
@@ -145,11 +152,9 @@ FilePanelViews AddFilePanelViews(NSView* content, const FileRequest& request, id
   NSRect buttons = layout.RowAtBottom(kRowHeight);
   NSString* title = isSaving ? NSLocalizedString(@"Save", nil) : NSLocalizedString(@"Open", nil);
   if (!request.button.empty()) title = TsNSString(request.button);
-  views.accept = layout.AddButton(title, @selector(accept:), buttons, NSMaxXEdge, NSViewMinXMargin | kAtBottom);
-  [views.accept setKeyEquivalent:@"\r"];
-  const auto cancel = layout.AddButton(NSLocalizedString(@"Cancel", nil), @selector(cancel:), buttons, NSMaxXEdge,
-                                       NSViewMinXMargin | kAtBottom);
-  [cancel setKeyEquivalent:@"\e"];
+  views.accept = layout.AddButton(title, @selector(accept:), buttons, NSMaxXEdge, NSViewMinXMargin | kAtBottom, @"\r");
+  layout.AddButton(NSLocalizedString(@"Cancel", nil), @selector(cancel:), buttons, NSMaxXEdge,
+                   NSViewMinXMargin | kAtBottom, @"\e");
   if (isSaving || request.choosesFolders) {
     layout.AddButton(NSLocalizedString(@"New Folder", nil), @selector(newFolder:), buttons, NSMinXEdge,
                      NSViewMaxXMargin | kAtBottom);

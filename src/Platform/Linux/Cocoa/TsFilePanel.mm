@@ -194,7 +194,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   for (std::size_t row = 0; !name.empty() && row < _entries.size(); ++row) {
     if (_entries[row].name == name) [self selectRow:static_cast<NSInteger>(row)];
   }
-  [self update];
+  [self reconsider];
   if (name.empty() || name != _newFolder || [_views.table selectedRow] < 0) return;
   const NSInteger column = [_views.table columnWithIdentifier:platform::kNameColumn];
   [_views.table editColumn:column row:[_views.table selectedRow] withEvent:nil select:YES];
@@ -269,7 +269,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   const std::string name = platform::HarmlessName(TsStdString(value));
   if (folder.empty() || name.empty() || name == folder) return;
   // Of two folders with one name the system would make one.
-  if (IsThere(_folder / name)) return [self tell:Sentence(NSLocalizedString(@"“%@” is there already.", nil), name)];
+  if (IsThere(_folder / name)) return [self tell:Sentence(NSLocalizedString(@"\"%@\" is there already.", nil), name)];
   std::error_code error;
   fs::rename(_folder / folder, _folder / name, error);
   if (error) return [self tell:TsNSString(error.message())];
@@ -303,7 +303,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   if (_views.name && selected.size() == 1 && !selected.front().isFolder) {
     [_views.name setStringValue:TsNSString(selected.front().name)];
   }
-  [self update];
+  [self reconsider];
 }
 
 - (IBAction)rowDoubleClicked:(id)sender {
@@ -315,7 +315,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
 }
 
 - (void)controlTextDidChange:(NSNotification*)notification {
-  [self update];
+  [self reconsider];
 }
 
 // ---- What is chosen
@@ -325,7 +325,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   return _request.choosesFolders || [_views.table selectedRow] >= 0;
 }
 
-- (void)update {
+- (void)reconsider {
   [self tell:@""];
   [_views.accept setEnabled:[self canAccept]];
 }
@@ -337,6 +337,8 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
 }
 
 - (IBAction)accept:(id)sender {
+  // Return ends the naming of a folder, and comes here first.
+  if ([_views.table editedRow] >= 0) return static_cast<void>([self makeFirstResponder:_views.table]);
   if (![self canAccept]) return;
   const auto selected = [self selectedEntries];
   const bool isFolder = selected.size() == 1 && selected.front().isFolder;
@@ -350,7 +352,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   std::vector<std::string> paths;
   for (const platform::FolderEntry& entry : entries) {
     const fs::path path = _folder / entry.name;
-    if (!IsThere(path)) return [self tell:Sentence(NSLocalizedString(@"“%@” is no longer there.", nil), path)];
+    if (!IsThere(path)) return [self tell:Sentence(NSLocalizedString(@"\"%@\" is no longer there.", nil), path)];
     if (entry.isFolder ? _request.choosesFolders : _request.choosesFiles) paths.push_back(path.native());
   }
   if (!paths.empty()) [self choose:std::move(paths)];
@@ -366,12 +368,12 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   const auto extensions = [self extensions];
   if (!platform::HasExtension(path.filename(), extensions)) path += '.' + extensions.front();
   const fs::path folder = path.parent_path();
-  if (!IsFolder(folder)) return [self tell:Sentence(NSLocalizedString(@"There is no folder “%@”.", nil), folder)];
+  if (!IsFolder(folder)) return [self tell:Sentence(NSLocalizedString(@"There is no folder \"%@\".", nil), folder)];
   if (access(folder.c_str(), W_OK) != 0) {
-    return [self tell:Sentence(NSLocalizedString(@"You can’t save in “%@”.", nil), folder)];
+    return [self tell:Sentence(NSLocalizedString(@"You can't save in \"%@\".", nil), folder)];
   }
   if (IsThere(path) && path != _doubtful) {
-    [self tell:Sentence(NSLocalizedString(@"“%@” is there already. Once more, and it is replaced.", nil), path)];
+    [self tell:Sentence(NSLocalizedString(@"\"%@\" is there already. Save again to replace it.", nil), path)];
     _doubtful = path;
     return;
   }
