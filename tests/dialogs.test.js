@@ -14,7 +14,9 @@ const { useSession } = require('./support/session');
 
 const session = useSession();
 
-const likeAnybody = process.getuid() === 0;
+// A root who has lost the right to pass over permissions is like anybody else.
+const likeAnybody =
+  process.getuid() === 0 ? { within: ['setpriv', '--bounding-set=-dac_override,-dac_read_search'] } : {};
 
 function makeFiles(t) {
   const folder = temporaryDirectory(t);
@@ -36,7 +38,7 @@ const ask = (person, options) =>
 async function open(person, options) {
   // The window manager must have seen the end of the last one.
   await person.isGone(title);
-  await person.window('Mail');
+  await eventually(async () => (await person.windows()).some(({ isKey }) => isKey), 'a window has the keyboard');
   await ask(person, options);
   await person.window(title);
 }
@@ -197,16 +199,9 @@ test('a folder is made and named where the file is to be saved', async (t) => {
 
 test('what can’t be saved there is told in the panel, and files may vanish', async (t) => {
   const folder = makeFiles(t);
-  const person = await startPerson(t, session);
+  const person = await startPerson(t, session, '', likeAnybody);
   await open(person, { type: 'save', folder: '/proc', name: 'x' });
-  await person
-    .clickButton(
-      title,
-      'Save',
-      async () => (await notice(person)).some((text) => /can.t save in "proc"/.test(text)),
-      'a refusal',
-    )
-    .catch(async (error) => assert.ok(likeAnybody, error));
+  await person.clickButton(title, 'Save', async () => (await notice(person)).includes('You can\'t save in "proc".'));
   await person.key('Escape');
   await person.report(0);
 

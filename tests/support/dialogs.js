@@ -142,8 +142,9 @@ class Person {
 }
 
 /** Starts the process; `source` is more script for it. */
-async function startPerson(test, session, source = '', env = {}) {
+async function startPerson(test, session, source = '', { env = {}, ...options } = {}) {
   const child = startScript(test, `${prelude}\n${source}\nprint({ answer: 'ready' });`, {
+    ...options,
     env: { ...session.env, ...env },
   });
   const person = new Person(child, { ...process.env, ...session.env });
