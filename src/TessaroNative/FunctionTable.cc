@@ -97,7 +97,7 @@ constexpr ScriptFunction kFunctions[] = {
     {LANDED(openInfoForFile), Undefined, Foundation, {Exactly(1)}},
     {PENDING(quickLook), Undefined, WindowServer,
      {Exactly(4), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsInt32(), Arg(3).IsFunction()}},
-    {PENDING(shareFiles), Undefined, WindowServer,
+    {LANDED(shareFiles), Undefined, WindowServer,
      {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsString()}},
     {PENDING(generatePreview), Undefined, Foundation,
      {Exactly(4), Arg(0).IsString(), Arg(1).IsInt32(), Arg(2).IsString(), Arg(3).IsFunction()}},

@@ -53,7 +53,8 @@ void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// Files, dialogs, support
+// Files, dialogs, sharing, support
+void shareFiles(const v8::FunctionCallbackInfo<v8::Value>& args);
 void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args);
 void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args);
 

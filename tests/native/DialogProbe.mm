@@ -39,6 +39,7 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
   NSMutableDictionary* description = [NSMutableDictionary dictionaryWithDictionary:@{
     @"class" : NSStringFromClass([view class]),
     @"centre" : CentreOnDisplay(view, [view bounds]),
+    @"size" : @[ @([view bounds].size.width), @([view bounds].size.height) ],
   }];
   if ([view isKindOfClass:[NSButton class]]) [description setObject:[(NSButton*)view title] forKey:@"title"];
   if ([view isKindOfClass:[NSPopUpButton class]]) {
