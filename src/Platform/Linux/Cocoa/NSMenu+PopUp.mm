@@ -12,6 +12,18 @@ NSPoint OriginOnScreen(NSPoint corner, NSSize size, NSRect screen) {
           std::max(std::min(corner.y, NSMaxY(screen)) - size.height, NSMinY(screen))};
 }
 
+NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
+  return [NSEvent mouseEventWithType:type
+                            location:location
+                       modifierFlags:0
+                           timestamp:[NSDate timeIntervalSinceReferenceDate]
+                        windowNumber:[window windowNumber]
+                             context:nil
+                         eventNumber:0
+                          clickCount:1
+                            pressure:1];
+}
+
 }  // namespace
 
 @implementation NSMenu (PopUp)
@@ -24,15 +36,9 @@ NSPoint OriginOnScreen(NSPoint corner, NSSize size, NSRect screen) {
   NSMenuView* shown = [self menuRepresentation];
   [[shown window] setFrameOrigin:OriginOnScreen([window convertBaseToScreen:inWindow], [[shown window] frame].size,
                                                 [[window screen] frame])];
-  [shown mouseDown:[NSEvent mouseEventWithType:NSLeftMouseDown
-                                      location:inWindow
-                                 modifierFlags:0
-                                     timestamp:[NSDate timeIntervalSinceReferenceDate]
-                                  windowNumber:[window windowNumber]
-                                       context:nil
-                                   eventNumber:0
-                                    clickCount:1
-                                      pressure:1]];
+  // Tracking ignores the end of the press that it takes for its beginning.
+  [NSApp postEvent:MouseEvent(NSLeftMouseUp, inWindow, window) atStart:NO];
+  [shown mouseDown:MouseEvent(NSLeftMouseDown, inWindow, window)];
   [self closeTransient];
   return NO;
 }
