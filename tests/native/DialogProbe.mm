@@ -56,6 +56,8 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
     [description setObject:DescribeRows((NSTableView*)view) forKey:@"rows"];
   }
   [descriptions addObject:description];
+  // What edits a field, while it is being edited.
+  if ([view isKindOfClass:[NSTextField class]]) return;
   for (NSView* subview in [view subviews]) Describe(subview, descriptions);
 }
 
