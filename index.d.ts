@@ -330,7 +330,14 @@ export function quickLook(
   callback: (...values: unknown[]) => void,
 ): void;
 
-/** _Not available yet._ */
+/**
+ * Offers, in a menu, what the desktop has to pass files on to: mail programs other than this one, Bluetooth, and the
+ * applications that open every one of the files. The one that is chosen is started with them. Script waits while the
+ * menu is open, as with every menu, but not in this call.
+ * @param paths An array of paths. Files that aren't there are left out; without any there is no menu, but a log line.
+ * @param rectangle `{"x", "y", "width", "height"}` of what the menu is to appear below, in points from the upper left
+ *   of the window's content, as `getBoundingClientRect()` gives it. What is missing is 0.
+ */
 export function shareFiles(window: WindowHandle, paths: JSONText, rectangle: JSONText): void;
 
 /** _Not available yet._ */
@@ -341,22 +348,76 @@ export function generatePreview(
   callback: (...values: unknown[]) => void,
 ): void;
 
-/** _Not available yet._ */
-export function showFileDialog(window: WindowHandle, options: JSONText, callback: (...values: unknown[]) => void): void;
+/** What `showFileDialog` asks, as JSON. Texts that are missing are the system's own. */
+export interface FileDialogOptions {
+  /** `"open"` unless it says otherwise. */
+  type?: 'open' | 'save';
+  title?: string;
+  /** Stands above the files. */
+  message?: string;
+  'button-label'?: string;
+  /** Path of the folder to begin in. Where that is none, it is the one in which something was chosen last. */
+  folder?: string;
+  /** For saving: the suggested name. Whatever it contains, it doesn't lead out of the folder, and isn't hidden. */
+  name?: string;
+  /**
+   * Which files there are, by extensions without dots, in any case; `"*"`, or none, for all. The first one counts, and
+   * the user may change to another. When saving, a name that has none of the extensions gets the first.
+   */
+  filters?: { name: string; extensions: string[] }[];
+  /** For opening: `true` unless they say otherwise. */
+  'choose-files?'?: boolean;
+  /** For opening. */
+  'choose-folders?'?: boolean;
+  /** For opening. */
+  'allow-multiple?'?: boolean;
+  /** To begin with; the user may change it. */
+  'show-hidden?'?: boolean;
+}
 
-/** _Not available yet._ */
-export function writeFile(path: string, content: object, append: boolean): string | undefined;
+/**
+ * Lets the user choose files in a panel over the window, and returns at once. That a file is replaced has been
+ * confirmed by the user.
+ * @param options `FileDialogOptions`.
+ * @param callback Called exactly once, later: with an array of absolute paths, also for a single one, or with null:
+ *   when the user chose nothing, the panel or the window was closed, the window has such a panel already (which comes
+ *   to the front), or, with a line in the log, when nothing could be asked.
+ */
+export function showFileDialog(
+  window: WindowHandle,
+  options: JSONText,
+  callback: (paths: JSONText | null) => void,
+): void;
 
-/** _Not available yet._ */
+/**
+ * Writes a file, completely or not at all: it is replaced at once when its new contents are on the disk. Its
+ * permissions are kept; of a link, the file it leads to is written. Waits for the disk.
+ * @param data A Buffer, another typed array, a DataView or an ArrayBuffer.
+ * @param append Adds to the end of the file instead. After an error it is as long as before.
+ * @returns Why it could not be written, in words; `undefined` when it has been. Folders are not made, and only regular
+ *   files are written: a pipe or a device is refused.
+ */
+export function writeFile(path: string, data: object, append: boolean): string | undefined;
+
+/**
+ * Opens the window in which the user writes to the makers of the application. What is sent goes to the host as the
+ * notification "TsSupportAndFeedbackMessageNotification"; `docs/api.md` tells its keys. If the window is open, it comes
+ * to the front and gets the attachments, but keeps what has been written.
+ * @param name Of the user.
+ * @param email Where an answer goes to.
+ * @param subject null for none.
+ * @param message What the message begins with; null for nothing.
+ * @param attachments An array of paths, null for none. Files that aren't there, and folders, are left out.
+ */
 export function openSupportAndFeedbackWindow(
   name: string,
   email: string,
   subject: string | null,
   message: string | null,
-  attachments: string | null,
+  attachments: JSONText | null,
 ): void;
 
-/** _Not available yet._ */
+/** Adds an array of files to the window for support and feedback, which is opened if it isn't. */
 export function attachFilesToSupportAndFeedbackWindow(paths: JSONText): void;
 
 // ---- Applications and default handlers

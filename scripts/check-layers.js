@@ -20,6 +20,7 @@ const subsystems = [
   'Pasteboard',
   'Reachability',
   'Services',
+  'Sharing',
   'StatusItem',
   'Toolbar',
   'WebView',

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "Migration/TsStoreText.h"
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 
 namespace {
 

@@ -22,6 +22,9 @@ struct Application {
 // The system's name for what files of an extension contain; empty when it knows none.
 [[nodiscard]] std::string ContentTypeOfExtension(std::string_view extension) noexcept;
 
+// The same of a file or folder that is there.
+[[nodiscard]] std::string ContentTypeOfFile(const std::string& path) noexcept;
+
 // The identifiers of those that open a content type, or a URL scheme, the default one first.
 [[nodiscard]] std::vector<std::string> HandlersOfContentType(const std::string& type) noexcept;
 [[nodiscard]] std::vector<std::string> HandlersOfScheme(std::string_view scheme) noexcept;
@@ -41,6 +44,9 @@ struct Application {
 // Opens a file or folder with the application at `applicationPath`, or with its default one when that is empty. The
 // application may be given by its identifier too.
 [[nodiscard]] bool OpenFile(const std::string& path, const std::string& applicationPath) noexcept;
+
+// Opens several at once with the application of an identifier, which is started once for all if it can be.
+[[nodiscard]] bool OpenFiles(const std::vector<std::string>& paths, std::string_view identifier) noexcept;
 
 // Opens a URL with an application, or with the default one of its scheme when there is no identifier.
 [[nodiscard]] bool OpenURL(const std::string& url, std::string_view identifier) noexcept;

@@ -12,6 +12,7 @@
 
 #include "Platform/Linux/Cocoa/NSImage+Template.h"
 #include "Platform/Linux/Cocoa/NSMenu+Items.h"
+#include "Platform/Linux/Cocoa/NSMenu+PopUp.h"
 #include "Platform/Linux/Cocoa/NSToolbar+Extensions.h"
 #include "Platform/Linux/Cocoa/NSWindow+Sheets.h"
 

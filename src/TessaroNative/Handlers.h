@@ -52,6 +52,13 @@ void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args);
 
+// Files, dialogs, sharing, support
+void openSupportAndFeedbackWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void attachFilesToSupportAndFeedbackWindow(const v8::FunctionCallbackInfo<v8::Value>& args);
+void shareFiles(const v8::FunctionCallbackInfo<v8::Value>& args);
+void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args);
+void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args);
+
 // Main menu
 void updateMainMenuMenuItem(const v8::FunctionCallbackInfo<v8::Value>& args);
 void updateMainMenuMenuItemWithCommandId(const v8::FunctionCallbackInfo<v8::Value>& args);

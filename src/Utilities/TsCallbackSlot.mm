@@ -46,7 +46,11 @@ v8::MaybeLocal<v8::Value> CallInEngine(const TsEngineEntry& entry, const v8::Glo
 }  // namespace
 
 TsCallbackSlot::TsCallbackSlot() = default;
-TsCallbackSlot::~TsCallbackSlot() = default;
+
+TsCallbackSlot::~TsCallbackSlot() {
+  // A handle must not be given back to an engine that has ended.
+  if (GetApplicationIsolate() == nullptr) static_cast<void>(function_.release());
+}
 
 bool TsCallbackSlot::IsSet() const { return function_ != nullptr; }
 

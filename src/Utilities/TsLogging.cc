@@ -128,6 +128,13 @@ class TsLogFacility::Pipeline {
 
   void Add(spdlog::sink_ptr sink) { destinations_->add_sink(std::move(sink)); }
 
+  void AddFile(std::shared_ptr<spdlog::sinks::daily_file_sink_mt> file) {
+    file_ = file;
+    Add(std::move(file));
+  }
+
+  [[nodiscard]] std::filesystem::path File() const { return file_ != nullptr ? file_->filename() : ""; }
+
   void AddLogger(std::shared_ptr<TsLogger> logger) {
     const std::lock_guard lock(loggersMutex_);
     auto sink = std::make_shared<LoggerSink>(std::move(logger));
@@ -187,6 +194,7 @@ class TsLogFacility::Pipeline {
   std::uint64_t queued_ = 0;
   std::mutex loggersMutex_;
   std::vector<std::shared_ptr<LoggerSink>> loggers_;
+  std::shared_ptr<spdlog::sinks::daily_file_sink_mt> file_;
 };
 
 TsLogFacility& TsLogFacility::Shared() {
@@ -216,7 +224,7 @@ bool TsLogFacility::AddDailyFileLogger(const std::filesystem::path& directory) n
                                                                     /*truncate=*/false, /*max_files=*/1);
     sink->set_pattern(kLinePattern);
     RemoveFilesOfOtherDays(directory, sink->filename());
-    pipeline_->Add(std::move(sink));
+    pipeline_->AddFile(std::move(sink));
     return true;
   } catch (const std::exception&) {
     return false;
@@ -226,3 +234,8 @@ bool TsLogFacility::AddDailyFileLogger(const std::filesystem::path& directory) n
 void TsLogFacility::Log(const TsLogMessage& message) noexcept { pipeline_->Log(message); }
 
 void TsLogFacility::Flush() noexcept { pipeline_->Flush(); }
+
+std::filesystem::path TsLogFacility::File() noexcept {
+  Flush();
+  return pipeline_->File();
+}

@@ -57,6 +57,9 @@ class TsLogFacility {
   // Returns when everything logged so far has been written.
   void Flush() noexcept;
 
+  // The file that everything logged so far today is in; empty when there is none. On the thread that added it.
+  [[nodiscard]] std::filesystem::path File() noexcept;
+
   ~TsLogFacility();
 
  private:

@@ -1,6 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "CompositionProbe.h"
+#include "DialogProbe.h"
 #include "IntegrationProbe.h"
 #include "KeychainProbe.h"
 #include "MenuProbe.h"
@@ -37,6 +38,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
   AttachUpdateProbe(AddProbeObject(probe, "updates"));
   AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
+  AttachDialogProbe(AddProbeObject(probe, "dialogs"));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Platform/FileWriting.h"
 #include "Platform/Linux/GLibOwners.h"
 
 namespace tessaro::platform {
@@ -14,8 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".alert";
-// For the person only: it is their mail.
-constexpr int kFileMode = 0600;
 
 std::string ContentsOf(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -42,9 +41,8 @@ fs::path AlertFiles::Keep(std::string_view contents) const noexcept {
   fs::permissions(directory_, fs::perms::owner_all, error);
   const GTextPtr name(g_uuid_string_random());
   fs::path file = directory_ / (std::string(name.get()) + kExtension);
-  const bool isWritten = g_file_set_contents_full(file.c_str(), contents.data(), static_cast<gssize>(contents.size()),
-                                                  G_FILE_SET_CONTENTS_CONSISTENT, kFileMode, nullptr) != FALSE;
-  return isWritten ? file : fs::path();
+  // For the person only: it is their mail.
+  return ReplaceFile(file, contents, NewFile::ForUserOnly) ? fs::path() : file;
 }
 
 void AlertFiles::Remove(const fs::path& file) noexcept {

@@ -65,20 +65,17 @@ GTextPtr URIOf(const std::string& path) {
 }
 
 // What is started leaves no child of ours behind, and doesn't write to our output.
-bool Launch(GDesktopAppInfo* application, const char* uri) {
+bool LaunchWith(GDesktopAppInfo* application, GList* uris) {
   if (application == nullptr) return false;
-  GList list{const_cast<char*>(uri), nullptr, nullptr};
   constexpr auto kFlags =
       static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-  return g_desktop_app_info_launch_uris_as_manager(application, uri != nullptr ? &list : nullptr, nullptr, kFlags,
-                                                   nullptr, nullptr, nullptr, nullptr, nullptr);
+  return g_desktop_app_info_launch_uris_as_manager(application, uris, nullptr, kFlags, nullptr, nullptr, nullptr,
+                                                   nullptr, nullptr);
 }
 
-std::string TypeOfFile(const std::string& path) {
-  std::error_code error;
-  if (fs::is_directory(path, error)) return "inode/directory";
-  const GTextPtr type(g_content_type_guess(path.c_str(), nullptr, 0, nullptr));
-  return type.get();
+bool Launch(GDesktopAppInfo* application, const char* uri) {
+  GList list{const_cast<char*>(uri), nullptr, nullptr};
+  return LaunchWith(application, uri != nullptr ? &list : nullptr);
 }
 
 AppInfoPtr ApplicationAt(const std::string& path) {
@@ -154,6 +151,13 @@ std::string ContentTypeOfExtension(std::string_view extension) noexcept {
   return isUncertain ? "" : type.get();
 }
 
+std::string ContentTypeOfFile(const std::string& path) noexcept {
+  std::error_code error;
+  if (fs::is_directory(path, error)) return "inode/directory";
+  const GTextPtr type(g_content_type_guess(path.c_str(), nullptr, 0, nullptr));
+  return type.get();
+}
+
 std::vector<std::string> HandlersOfContentType(const std::string& type) noexcept {
   if (type.empty()) return {};
   std::vector<std::string> handlers;
@@ -217,9 +221,19 @@ bool OpenFile(const std::string& path, const std::string& applicationPath) noexc
   std::error_code error;
   if (path.empty() || HasNul(path) || !fs::exists(path, error)) return false;
   const AppInfoPtr application =
-      applicationPath.empty() ? Find(DefaultHandlerOfContentType(TypeOfFile(path))) : ApplicationAt(applicationPath);
+      applicationPath.empty() ? Find(DefaultHandlerOfContentType(ContentTypeOfFile(path))) : ApplicationAt(applicationPath);
   const GTextPtr uri = URIOf(path);
   return uri != nullptr && Launch(application.get(), uri.get());
+}
+
+bool OpenFiles(const std::vector<std::string>& paths, std::string_view identifier) noexcept {
+  GList* uris = nullptr;
+  for (const std::string& path : paths) {
+    if (GTextPtr uri = URIOf(path)) uris = g_list_append(uris, uri.release());
+  }
+  const bool isLaunched = uris != nullptr && LaunchWith(Find(identifier).get(), uris);
+  g_list_free_full(uris, g_free);
+  return isLaunched;
 }
 
 bool OpenURL(const std::string& url, std::string_view identifier) noexcept {

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "Platform/FileWriting.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -62,9 +64,7 @@ std::optional<AutostartEntry> AutostartEntry::Read(const fs::path& file) {
 bool AutostartEntry::Write(const fs::path& file) const {
   std::error_code error;
   fs::create_directories(file.parent_path(), error);
-  // Of a link, the file it leads to is replaced.
-  const fs::path target = fs::weakly_canonical(file, error);
-  return !error && g_key_file_save_to_file(keys_.get(), target.c_str(), nullptr);
+  return !error && !ReplaceFile(file, TextOfKeyFile(keys_.get()), NewFile::AsUsual);
 }
 
 std::string AutostartEntry::Text(const char* key) const {

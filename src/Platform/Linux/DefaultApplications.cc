@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Platform/FileWriting.h"
 #include "Platform/Linux/BaseDirectories.h"
 #include "Platform/Linux/GLibOwners.h"
 
@@ -84,9 +85,7 @@ std::vector<std::string> ListedDefaults(const std::string& type) {
 
 bool WriteListedDefault(const std::string& type, const std::string& desktopFile) {
   std::error_code error;
-  // Of a link, the file it leads to is replaced.
-  const fs::path file = fs::weakly_canonical(UserFile(type), error);
-  if (error) return false;
+  const fs::path file = UserFile(type);
   const GKeyFilePtr keys(g_key_file_new());
   // A list that can't be understood is somebody's work all the same.
   if (Load(file, keys.get()) == List::Unreadable) return false;
@@ -96,7 +95,7 @@ bool WriteListedDefault(const std::string& type, const std::string& desktopFile)
   }
   g_key_file_set_value(keys.get(), kDefaults, type.c_str(), list.c_str());
   fs::create_directories(file.parent_path(), error);
-  return !error && g_key_file_save_to_file(keys.get(), file.c_str(), nullptr);
+  return !error && !ReplaceFile(file, TextOfKeyFile(keys.get()), NewFile::AsUsual);
 }
 
 }  // namespace tessaro::platform

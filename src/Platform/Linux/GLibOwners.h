@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <memory>
+#include <string>
 
 namespace tessaro::platform {
 
@@ -24,5 +25,12 @@ using GSourcePtr = std::unique_ptr<GSource, GLibDeleter<g_source_unref>>;
 using GStringListPtr = std::unique_ptr<char*, GLibDeleter<g_strfreev>>;
 using GTextPtr = std::unique_ptr<char, GLibDeleter<g_free>>;
 using GVariantPtr = std::unique_ptr<GVariant, GLibDeleter<g_variant_unref>>;
+
+// What the file of these keys contains.
+[[nodiscard]] inline std::string TextOfKeyFile(GKeyFile* keys) {
+  gsize length = 0;
+  const GTextPtr text(g_key_file_to_data(keys, &length, nullptr));
+  return {text.get(), length};
+}
 
 }  // namespace tessaro::platform

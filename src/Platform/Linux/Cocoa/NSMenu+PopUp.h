@@ -1,0 +1,11 @@
+#pragma once
+
+#import <AppKit/NSMenu.h>
+
+@interface NSMenu (PopUp)
+
+// Shows the menu with its upper left corner, whatever `item` is, at a point of the view, and follows the mouse until it
+// chooses or leaves. Whether something was chosen is not known.
+- (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view;
+
+@end

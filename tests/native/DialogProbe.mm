@@ -1,0 +1,98 @@
+#include "DialogProbe.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+// On the display, from its upper left.
+NSArray* CentreOnDisplay(NSView* view, NSRect rect) {
+  const NSRect inWindow = [view convertRect:rect toView:nil];
+  const NSPoint centre = [[view window] convertBaseToScreen:NSMakePoint(NSMidX(inWindow), NSMidY(inWindow))];
+  return @[ @(centre.x), @([[[view window] screen] frame].size.height - centre.y) ];
+}
+
+NSString* TextOf(id value) {
+  if (value == nil) return @"";
+  return [value isKindOfClass:[NSString class]] ? value : NSStringFromClass([value class]);
+}
+
+NSArray* DescribeRows(NSTableView* table) {
+  NSMutableArray* rows = [NSMutableArray array];
+  for (NSInteger row = 0; row < [table numberOfRows]; ++row) {
+    NSMutableArray* texts = [NSMutableArray array];
+    for (NSTableColumn* column in [table tableColumns]) {
+      [texts addObject:TextOf([[table dataSource] tableView:table objectValueForTableColumn:column row:row])];
+    }
+    [rows addObject:@{
+      @"texts" : texts,
+      @"centre" : CentreOnDisplay(table, NSIntersectionRect([table rectOfRow:row], [table visibleRect])),
+      @"isSelected" : [NSNumber numberWithBool:[table isRowSelected:row]],
+    }];
+  }
+  return rows;
+}
+
+void Describe(NSView* view, NSMutableArray* descriptions) {
+  NSMutableDictionary* description = [NSMutableDictionary dictionaryWithDictionary:@{
+    @"class" : NSStringFromClass([view class]),
+    @"centre" : CentreOnDisplay(view, [view bounds]),
+    @"size" : @[ @([view bounds].size.width), @([view bounds].size.height) ],
+  }];
+  if ([view isKindOfClass:[NSButton class]]) [description setObject:[(NSButton*)view title] forKey:@"title"];
+  if ([view isKindOfClass:[NSPopUpButton class]]) {
+    [description setObject:[(NSPopUpButton*)view itemTitles] forKey:@"items"];
+  }
+  if ([view isKindOfClass:[NSControl class]]) {
+    [description setObject:[NSNumber numberWithBool:[(NSControl*)view isEnabled]] forKey:@"isEnabled"];
+  }
+  if ([view isKindOfClass:[NSTextField class]]) {
+    [description setObject:[(NSTextField*)view stringValue] forKey:@"text"];
+  }
+  if ([view isKindOfClass:[NSTextView class]]) [description setObject:[(NSTextView*)view string] forKey:@"text"];
+  if ([view isKindOfClass:[NSTableView class]]) {
+    [description setObject:DescribeRows((NSTableView*)view) forKey:@"rows"];
+  }
+  [descriptions addObject:description];
+  // What edits a field, while it is being edited.
+  if ([view isKindOfClass:[NSTextField class]]) return;
+  for (NSView* subview in [view subviews]) Describe(subview, descriptions);
+}
+
+// windows(): those that have a title and are on show, with their views.
+void windows(ProbeArguments args) {
+  @autoreleasepool {
+    NSMutableArray* shown = [NSMutableArray array];
+    for (NSWindow* window in [NSApp windows]) {
+      if (![window isVisible] || ![window contentView] || [[window title] length] == 0) continue;
+      NSMutableArray* views = [NSMutableArray array];
+      Describe([window contentView], views);
+      [shown addObject:@{
+        @"title" : [window title],
+        @"class" : NSStringFromClass([window class]),
+        @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
+        @"views" : views,
+      }];
+    }
+    v8::Local<v8::String> text;
+    if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(shown)).ToLocal(&text)) args.GetReturnValue().Set(text);
+  }
+}
+
+// closeWindow(title): as its close button would.
+void closeWindow(ProbeArguments args) {
+  @autoreleasepool {
+    for (NSWindow* window in [NSApp windows]) {
+      if ([[window title] isEqual:convertToNSString(args[0])]) return [window performClose:nil];
+    }
+  }
+}
+
+}  // namespace
+
+void AttachDialogProbe(v8::Local<v8::Object> exports) {
+  NODE_SET_METHOD(exports, "windows", windows);
+  NODE_SET_METHOD(exports, "closeWindow", closeWindow);
+}
