@@ -128,3 +128,9 @@ void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& a
 void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
 void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args);
 void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args);
+
+// Images, previews and recordings
+void isWebImagePath(const v8::FunctionCallbackInfo<v8::Value>& args);
+void scaleImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -1,0 +1,35 @@
+#import "Extensions/NSString+TsPath.h"
+#include "Images/TsImages.h"
+#include "TessaroNative/Handlers.h"
+#include "TessaroNative/ReturnValues.h"
+
+namespace {
+
+std::int32_t Integer(const v8::FunctionCallbackInfo<v8::Value>& args, int index) {
+  return args[index].As<v8::Int32>()->Value();
+}
+
+void ReturnPath(const v8::FunctionCallbackInfo<v8::Value>& args, NSString* path) {
+  args.GetReturnValue().SetNull();
+  ReturnString(args, path);
+}
+
+}  // namespace
+
+void isWebImagePath(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  args.GetReturnValue().Set([convertToNSString(args[0]) ts_isWebImagePath] ? 1 : 0);
+}
+
+void scaleImage(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  ReturnPath(args,
+             TsScaleImage(convertToNSString(args[0]), convertToNSString(args[1]), Integer(args, 2), Integer(args, 3)));
+}
+
+void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  ReturnPath(args, TsImageFromPasteboard([NSPasteboard generalPasteboard], convertToNSString(args[0])));
+}
+
+void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  TsGeneratePreview(convertToNSString(args[0]), Integer(args, 1), convertToNSString(args[2]),
+                    TsPendingCallback(args[3]));
+}
