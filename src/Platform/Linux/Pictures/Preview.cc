@@ -100,10 +100,7 @@ VipsImagePtr DrawnText(const std::string& text, int size) {
 // ---- Images and documents
 
 VipsImagePtr DrawnImage(const SourceFile& file, int size) {
-  VipsImage* image = nullptr;
-  vips_thumbnail_source(file.source(), &image, size, "height", size, "size",
-                        file.isVector() ? VIPS_SIZE_BOTH : VIPS_SIZE_DOWN, "export_profile", "srgb", nullptr);
-  return VipsImagePtr(image);
+  return file.Decode({size, size, file.isVector() ? VIPS_SIZE_BOTH : VIPS_SIZE_DOWN});
 }
 
 WrittenPicture Written(const VipsImagePtr& image, const std::string& target) {

@@ -92,12 +92,10 @@ bool Fits(const PictureJob& job, const SourceFile& source) {
 }
 
 VipsImagePtr Shrunk(const PictureJob& job, const SourceFile& source, bool allFrames) {
-  VipsImage* image = nullptr;
-  const int width = job.maxWidth > 0 ? job.maxWidth : VIPS_MAX_COORD;
-  const int height = job.maxHeight > 0 ? job.maxHeight : VIPS_MAX_COORD;
-  vips_thumbnail_source(source.source(), &image, width, "height", height, "size", VIPS_SIZE_DOWN, "export_profile",
-                        "srgb", "fail_on", VIPS_FAIL_ON_TRUNCATED, "option_string", allFrames ? "n=-1" : "", nullptr);
-  return VipsImagePtr(image);
+  return source.Decode({.maxWidth = job.maxWidth > 0 ? job.maxWidth : VIPS_MAX_COORD,
+                        .maxHeight = job.maxHeight > 0 ? job.maxHeight : VIPS_MAX_COORD,
+                        .failOn = VIPS_FAIL_ON_TRUNCATED,
+                        .allFrames = allFrames});
 }
 
 // JPEG has no alpha, and would show what is behind it.

@@ -62,10 +62,20 @@ bool SourceFile::ReadHeader() {
   frames_ = std::max(1, vips_image_get_n_pages(image.get()));
   orientation_ = vips_image_get_orientation(image.get());
   hasAlpha_ = vips_image_hasalpha(image.get());
+  hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
   // Vector images are not decoded in their own size.
   if (isVector() || std::int64_t{width_} * height_ * frames_ <= kMostPixels) return true;
   failure_ = "it has too many pixels";
   return false;
+}
+
+VipsImagePtr SourceFile::Decode(const Fit& fit) const {
+  // Without a profile of the image's own, the colours would be taken for others.
+  const char* profile = hasProfile_ ? "srgb" : nullptr;
+  VipsImage* image = nullptr;
+  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size, "fail_on",
+                        fit.failOn, "export_profile", profile, "option_string", fit.allFrames ? "n=-1" : "", nullptr);
+  return VipsImagePtr(image);
 }
 
 }  // namespace tessaro::platform

@@ -27,7 +27,17 @@ class SourceFile {
   // Reads the header. False, with failure(), for what is no image, and for one with more pixels than anybody has.
   [[nodiscard]] bool ReadHeader();
 
-  [[nodiscard]] VipsSource* source() const { return source_.get(); }
+  // The image, turned the way that it is shown, in sRGB, and made to fit into so many pixels.
+  struct Fit {
+    int maxWidth = VIPS_MAX_COORD;
+    int maxHeight = VIPS_MAX_COORD;
+    VipsSize size = VIPS_SIZE_DOWN;
+    VipsFailOn failOn = VIPS_FAIL_ON_NONE;
+    bool allFrames = false;
+  };
+  // Empty when it can't be decoded: VipsFailure() tells.
+  [[nodiscard]] VipsImagePtr Decode(const Fit& fit) const;
+
   // Of its first frame; before it is turned.
   [[nodiscard]] int width() const { return width_; }
   [[nodiscard]] int height() const { return height_; }
@@ -50,6 +60,7 @@ class SourceFile {
   int frames_ = 1;
   int orientation_ = 1;
   bool hasAlpha_ = false;
+  bool hasProfile_ = false;
 };
 
 }  // namespace tessaro::platform
