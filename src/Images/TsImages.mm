@@ -7,6 +7,7 @@
 #include <string_view>
 
 #import "Extensions/NSString+TsPath.h"
+#include "Images/PictureFiles.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/Cocoa.h"
 #include "Platform/FileReplacement.h"
@@ -71,26 +72,6 @@ NSString* PathOf(const platform::WrittenPicture& written, NSString* what, NSStri
   return nil;
 }
 
-// A file of its own, gone at the end of its life.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(NSData* contents)
-      : path_(Retain<NSString>([NSTemporaryDirectory()
-            stringByAppendingPathComponent:[[NSProcessInfo processInfo] globallyUniqueString]])) {
-    const std::string_view bytes(static_cast<const char*>([contents bytes]), [contents length]);
-    isWritten_ = !platform::ReplaceFile(TsStdString(path_), bytes);
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  ~TemporaryFile() { [[NSFileManager defaultManager] removeItemAtPath:path_ error:nullptr]; }
-
-  [[nodiscard]] NSString* path() const { return path_; }
-  [[nodiscard]] bool isWritten() const { return isWritten_; }
-
- private:
-  Ref<NSString> path_;
-  bool isWritten_ = false;
-};
-
 NSString* CopiedImageFile(NSPasteboard* pasteboard) {
   for (NSPasteboardItem* item in [pasteboard pasteboardItems]) {
     NSString* path = [[NSURL URLWithString:[item stringForType:@"public.file-url"]] path];
@@ -140,11 +121,12 @@ NSString* TsImageFromPasteboard(NSPasteboard* pasteboard, NSString* folder) {
     TsLogInfo(@"There is no image on the pasteboard");
     return nil;
   }
-  const TemporaryFile file(image.contents);
-  if (!file.isWritten()) {
-    TsLogWarning(@"Couldn't write %@", file.path());
+  const TsTemporaryPicture file(TsTemporaryPicturePath());
+  const std::string_view bytes(static_cast<const char*>([image.contents bytes]), [image.contents length]);
+  if (const std::error_code error = platform::ReplaceFile(file.path(), bytes)) {
+    TsLogWarning(@"Couldn't write %s: %s", file.path().c_str(), error.message().c_str());
     return nil;
   }
   NSString* name = [@"Pasted Image" stringByAppendingPathExtension:image.extension];
-  return TsScaleImage(file.path(), [[folder stringByAppendingPathComponent:name] ts_makeUniquePath], 0, 0);
+  return TsScaleImage(TsNSString(file.path()), [[folder stringByAppendingPathComponent:name] ts_makeUniquePath], 0, 0);
 }

@@ -95,7 +95,7 @@ constexpr ScriptFunction kFunctions[] = {
      {Exactly(3), Arg(0).IsString(), Arg(1).IsInt32(), Arg(2).IsString()}},
     {LANDED(openFile), Zero, Foundation, {Exactly(3)}},
     {LANDED(openInfoForFile), Undefined, Foundation, {Exactly(1)}},
-    {PENDING(quickLook), Undefined, WindowServer,
+    {LANDED(quickLook), Undefined, Foundation,
      {Exactly(4), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsInt32(), Arg(3).IsFunction()}},
     {PENDING(shareFiles), Undefined, WindowServer,
      {Exactly(3), Arg(0).IsObject(), Arg(1).IsString(), Arg(2).IsString()}},

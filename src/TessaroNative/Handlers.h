@@ -134,3 +134,4 @@ void isWebImagePath(const v8::FunctionCallbackInfo<v8::Value>& args);
 void scaleImage(const v8::FunctionCallbackInfo<v8::Value>& args);
 void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
 void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args);
+void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args);
