@@ -61,7 +61,9 @@ function pasting({ module }, folder) {
     return failed('Image from the pasteboard', 'it could not be put there');
   }
   const file = module.imageFromPasteboard(path.join(folder, 'pasted'));
-  return file !== null ? ok('Image from the pasteboard', path.basename(file)) : failed('Image from the pasteboard', 'none');
+  return file !== null
+    ? ok('Image from the pasteboard', path.basename(file))
+    : failed('Image from the pasteboard', 'none');
 }
 
 async function quickLook(stage, files) {
@@ -72,13 +74,19 @@ async function quickLook(stage, files) {
   };
   const closed = new Promise((resolve) => stage.module.quickLook(stage.window, JSON.stringify(files), 0, resolve));
   const shown = async (name) =>
-    stage.until(async () => (await stage.run('xdotool', 'search', '--onlyvisible', '--name', `^${name}$`)) !== undefined);
+    stage.until(
+      async () => (await stage.run('xdotool', 'search', '--onlyvisible', '--name', `^${name}$`)) !== undefined,
+    );
   if (!(await shown('star.svg'))) return failed('Quick look', 'no panel');
-  await (await key('star.svg'))('Right');
+  await (
+    await key('star.svg')
+  )('Right');
   await shown('menu.pdf');
   await new Promise((resolve) => setTimeout(resolve, 800));
   const picture = await stage.screenshot();
-  await (await key('menu.pdf'))('Escape');
+  await (
+    await key('menu.pdf')
+  )('Escape');
   const last = await Promise.race([closed, stage.until(() => false)]);
   const result = last && path.basename(last) === 'menu.pdf' ? ok : failed;
   return result('Quick look', `arrow, Escape: closed at ${last && path.basename(last)}; ${picture ?? 'no picture'}`);

@@ -115,6 +115,7 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
   [label setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
   [label setEditable:NO];
   [label setSelectable:NO];
+  [label setBezeled:NO];
   [label setBordered:NO];
   [label setDrawsBackground:NO];
   [view addSubview:label];

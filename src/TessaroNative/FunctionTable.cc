@@ -75,7 +75,7 @@ constexpr ScriptFunction kFunctions[] = {
      {Exactly(5), Arg(0).IsString(), Arg(1).IsString(), Arg(2).IsStringOrNull(), Arg(3).IsStringOrNull(),
       Arg(4).IsStringOrNull()}},
     {PENDING(attachFilesToSupportAndFeedbackWindow), Undefined, WindowServer, {Exactly(1), Arg(0).IsString()}},
-    {PENDING(annotateImage), Undefined, WindowServer, {Exactly(2), Arg(0).IsString()}},
+    {LANDED(annotateImage), Undefined, Foundation, {Exactly(2), Arg(0).IsString()}},
     {LANDED(imageFromPasteboard), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
     {PENDING(takeScreenRecording), Undefined, WindowServer, {Exactly(2), Arg(0).IsString()}},
     {PENDING(setupCrashReporter), Undefined, Foundation, {Exactly(0)}},

@@ -135,3 +135,4 @@ void scaleImage(const v8::FunctionCallbackInfo<v8::Value>& args);
 void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
 void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args);
 void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args);
+void annotateImage(const v8::FunctionCallbackInfo<v8::Value>& args);

@@ -1,4 +1,5 @@
 #import "Extensions/NSString+TsPath.h"
+#include "Images/TsImageAnnotator.h"
 #include "Images/TsImages.h"
 #include "Images/TsPreviewPanel.h"
 #include "TessaroNative/Handlers.h"
@@ -55,4 +56,8 @@ void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args) {
 
 void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsQuickLook(ToWindow(args[0]), TextsOf(convertToNSString(args[1])), Integer(args, 2), TsPendingCallback(args[3]));
+}
+
+void annotateImage(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  TsAnnotateImage(convertToNSString(args[0]), TsPendingCallback(args[1]));
 }
