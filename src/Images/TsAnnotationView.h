@@ -20,6 +20,7 @@
   Annotation::Kind _tool;
   NSTextField* _textField;
   NSPoint _textPlace;
+  bool _isWriting;
   std::function<void()> _changed;
 }
 

@@ -23,6 +23,13 @@ constexpr CGFloat kTextHeight = 24;
   _image = Retain(image);
   _pixels = Retain(static_cast<NSBitmapImageRep*>([[image representations] objectAtIndex:0]));
   _changed = std::move(changed);
+  // It stays, hidden, while nobody writes: AppKit goes on using it after the end of its editing.
+  auto field = Adopt([[NSTextField alloc] initWithFrame:NSZeroRect]);
+  [field setHidden:YES];
+  [field setTarget:self];
+  [field setAction:@selector(endText)];
+  [self addSubview:field];
+  _textField = field;
   return self;
 }
 
@@ -162,22 +169,19 @@ constexpr CGFloat kTextHeight = 24;
 - (void)beginTextAt:(NSEvent*)event {
   const NSPoint point = [self convertPoint:[event locationInWindow] fromView:nil];
   _textPlace = [self imagePointOf:event];
-  auto field = Adopt(
-      [[NSTextField alloc] initWithFrame:NSMakeRect(point.x, point.y - kTextHeight / 2, kTextWidth, kTextHeight)]);
-  [field setTarget:self];
-  [field setAction:@selector(endText)];
-  [self addSubview:field];
-  _textField = field;
-  [[self window] makeFirstResponder:field];
+  [_textField setFrame:NSMakeRect(point.x, point.y - kTextHeight / 2, kTextWidth, kTextHeight)];
+  [_textField setStringValue:@""];
+  [_textField setHidden:NO];
+  _isWriting = true;
+  [[self window] makeFirstResponder:_textField];
 }
 
 - (void)endText {
-  if (_textField == nil) return;
-  // Its removal ends the editing, which comes here again.
-  const auto field = Retain(std::exchange(_textField, nil));
-  const auto text = Adopt<NSString>([[field stringValue] copy]);
+  // The end of the editing comes here again.
+  if (!std::exchange(_isWriting, false)) return;
   [[self window] makeFirstResponder:self];
-  [field removeFromSuperview];
+  const auto text = Adopt(static_cast<NSString*>([[_textField stringValue] copy]));
+  [_textField setHidden:YES];
   if ([text length] > 0) [self add:{.kind = Annotation::Kind::Text, .start = _textPlace, .text = text}];
   [self setNeedsDisplay:YES];
 }

@@ -22,7 +22,8 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion);
 @interface TsImageAnnotator : NSObject {
   Ref<NSString> _path;
   TsCompletion _completion;
-  Ref<NSWindow> _window;
+  // A panel has no main menu of its own.
+  Ref<NSPanel> _window;
   TsAnnotationView* _canvas;
   Ref<NSArray> _toolButtons;
   NSButton* _undoButton;

@@ -107,11 +107,13 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
   _completion = completion;
   const NSSize size = ContentSizeFor([image size]);
   const NSUInteger style = NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask;
-  _window = Adopt([[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, size.width, size.height)
-                                              styleMask:style
-                                                backing:NSBackingStoreBuffered
-                                                  defer:NO]);
+  _window = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, size.width, size.height)
+                                             styleMask:style
+                                               backing:NSBackingStoreBuffered
+                                                 defer:NO]);
   [_window setReleasedWhenClosed:NO];
+  [_window setHidesOnDeactivate:NO];
+  [_window setBecomesKeyOnlyIfNeeded:NO];
   [_window setTitle:[path lastPathComponent]];
   [_window setMinSize:kLeastSize];
   [_window setDelegate:static_cast<id>(self)];
@@ -215,13 +217,11 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
-  if (_completion) {
-    platform::MainQueue::Shared().Post(
-        [path = _path, completion = std::exchange(_completion, nullptr)] { TellEnd(path, nil, completion); });
-  }
-  // The window is still in its own closing.
-  static_cast<void>(Retain(self).Autoreleased());
-  [OpenAnnotators() removeObject:self];
+  // The window is still in its own closing, and may be in that of a button that was pressed.
+  platform::MainQueue::Shared().Post([self, path = _path, completion = std::exchange(_completion, nullptr)] {
+    [OpenAnnotators() removeObject:self];
+    if (completion) TellEnd(path, nil, completion);
+  });
 }
 
 @end
