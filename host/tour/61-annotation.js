@@ -94,6 +94,6 @@ exports.run = async (stage) => {
     }
     return await annotate(stage, file);
   } finally {
-    process.env.KEEP || fs.rmSync(folder, { recursive: true, force: true });
+    fs.rmSync(folder, { recursive: true, force: true });
   }
 };

@@ -26,13 +26,16 @@ struct AnnotationStyle {
 
   CGFloat stroke;
   CGFloat letterSize;
-  // What is blurred keeps nothing smaller than this.
+  // The least that is made one when a part is blurred.
   CGFloat grain;
 };
 
 // Draws with the image's pixels as unit, where the focus is.
 void DrawAnnotation(const Annotation& annotation, const AnnotationStyle& style);
 
-// What `frame` of the image looks like from afar. Nothing can be won back from it: each grain is the mean of the pixels
-// that were there. nil where the frame is empty.
-[[nodiscard]] Ref<NSImage> Blurred(NSBitmapImageRep* pixels, NSRect frame, CGFloat grain);
+// The pixels of an image, eight bits a sample, as Blurred() takes them.
+[[nodiscard]] Ref<NSBitmapImageRep> PixelsOf(NSImage* image);
+
+// What `frame` of the image looks like from afar: nothing is left but the mean of each grain, and there are no more
+// than two of them from edge to edge of what is hidden, or letters could be guessed. nil where the frame is empty.
+[[nodiscard]] Ref<NSImage> Blurred(NSBitmapImageRep* pixels, NSRect frame, const AnnotationStyle& style);

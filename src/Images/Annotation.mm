@@ -142,20 +142,31 @@ void DrawAnnotation(const Annotation& annotation, const AnnotationStyle& style) 
   }
 }
 
-Ref<NSImage> Blurred(NSBitmapImageRep* pixels, NSRect frame, CGFloat grain) {
+Ref<NSBitmapImageRep> PixelsOf(NSImage* image) {
+  auto* stored = static_cast<NSBitmapImageRep*>([[image representations] objectAtIndex:0]);
+  if (CanBeRead(stored)) return Retain(stored);
+  const NSSize size = [image size];
+  auto canvas = Adopt([[NSImage alloc] initWithSize:size]);
+  [canvas lockFocus];
+  [image drawInRect:NSMakeRect(0, 0, size.width, size.height) fromRect:NSZeroRect operation:NSCompositeCopy fraction:1];
+  auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
+  [canvas unlockFocus];
+  return pixels;
+}
+
+Ref<NSImage> Blurred(NSBitmapImageRep* pixels, NSRect frame, const AnnotationStyle& style) {
   const NSRect all =
       NSMakeRect(0, 0, static_cast<CGFloat>([pixels pixelsWide]), static_cast<CGFloat>([pixels pixelsHigh]));
   const NSRect inside = NSIntersectionRect(NSIntegralRect(frame), all);
   if (NSIsEmptyRect(inside)) return nullptr;
+  const CGFloat grain = std::max(style.grain, std::min(NSWidth(inside), NSHeight(inside)) / 2);
   const auto columns = std::max<NSInteger>(1, static_cast<NSInteger>(NSWidth(inside) / grain));
   const auto rows = std::max<NSInteger>(1, static_cast<NSInteger>(NSHeight(inside) / grain));
   const auto grains = NewGrains(pixels, columns, rows);
-  const bool canBeRead = CanBeRead(pixels);
   for (NSInteger row = 0; row < rows; ++row) {
     for (NSInteger column = 0; column < columns; ++column) {
       const Cell cell = CellIn(inside, [pixels pixelsHigh], column, columns, row, rows);
-      // What can't be averaged is hidden all the same.
-      const Samples mean = canBeRead ? MeanOf(pixels, cell) : Samples{128, 128, 128, 255};
+      const Samples mean = MeanOf(pixels, cell);
       unsigned char* at = [grains bitmapData] + row * [grains bytesPerRow] + column * [grains samplesPerPixel];
       std::copy_n(mean.begin(), [grains samplesPerPixel], at);
     }

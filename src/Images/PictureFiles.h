@@ -7,6 +7,9 @@
 
 // Picture files on their way from the platform, which writes them, to a window.
 
+// Whether there is a folder: it is made when nothing is there. Logs why not.
+[[nodiscard]] bool TsMakeFolder(NSString* folder);
+
 // A path in the user's temporary folder where nothing is.
 [[nodiscard]] std::string TsTemporaryPicturePath();
 

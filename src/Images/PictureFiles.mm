@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
 #include "Utilities/TsString.h"
 
 std::string TsTemporaryPicturePath() {
@@ -21,6 +22,19 @@ NSImage* TsImageOfFile(const std::string& path) {
   [pixels setSize:[image size]];
   [image addRepresentation:pixels];
   return image.Autoreleased();
+}
+
+bool TsMakeFolder(NSString* folder) {
+  NSError* error = nil;
+  NSFileManager* files = [NSFileManager defaultManager];
+  BOOL isFolder = NO;
+  if ([files fileExistsAtPath:folder isDirectory:&isFolder]) {
+    if (!isFolder) TsLogWarning(@"%@ is no folder", folder);
+    return isFolder;
+  }
+  if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:&error]) return true;
+  TsLogWarning(@"Couldn't create directory at path %@ because of %@", folder, error);
+  return false;
 }
 
 TsTemporaryPicture::~TsTemporaryPicture() {

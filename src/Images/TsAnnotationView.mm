@@ -21,7 +21,7 @@ constexpr CGFloat kTextHeight = 24;
   self = [super initWithFrame:frame];
   if (!self) return nil;
   _image = Retain(image);
-  _pixels = Retain(static_cast<NSBitmapImageRep*>([[image representations] objectAtIndex:0]));
+  _pixels = PixelsOf(image);
   _changed = std::move(changed);
   // It stays, hidden, while nobody writes: AppKit goes on using it after the end of its editing.
   auto field = Adopt([[NSTextField alloc] initWithFrame:NSZeroRect]);
@@ -150,7 +150,7 @@ constexpr CGFloat kTextHeight = 24;
   if (!_isDrawing) return;
   _draft.end = [self imagePointOf:event];
   if (_draft.kind == Annotation::Kind::Blur) {
-    _draft.blurred = Blurred(_pixels, _draft.Frame(), AnnotationStyle([_image size]).grain);
+    _draft.blurred = Blurred(_pixels, _draft.Frame(), AnnotationStyle([_image size]));
   }
   [self setNeedsDisplay:YES];
 }

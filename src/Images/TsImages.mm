@@ -34,19 +34,6 @@ const ImageType kImageTypes[] = {
     {@"public.jpeg", @"jpg"}, {@"image/jpeg", @"jpg"}, {@"public.jpg", @"jpg"},
 };
 
-bool MakeFolder(NSString* folder) {
-  NSError* error = nil;
-  NSFileManager* files = [NSFileManager defaultManager];
-  BOOL isFolder = NO;
-  if ([files fileExistsAtPath:folder isDirectory:&isFolder]) {
-    if (!isFolder) TsLogWarning(@"%@ is no folder", folder);
-    return isFolder;
-  }
-  if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:&error]) return true;
-  TsLogWarning(@"Couldn't create directory at path %@ because of %@", folder, error);
-  return false;
-}
-
 // FNV-1a: files of one name in several folders have several previews.
 std::string Fingerprint(std::string_view text) {
   std::uint64_t hash = 0xcbf29ce484222325;
@@ -102,7 +89,7 @@ NSString* TsScaleImage(NSString* path, NSString* target, int maxWidth, int maxHe
 }
 
 void TsGeneratePreview(NSString* path, int size, NSString* folder, const TsCompletion& completion) {
-  const bool isPossible = size > 0 && [folder length] > 0 && MakeFolder(folder);
+  const bool isPossible = size > 0 && [folder length] > 0 && TsMakeFolder(folder);
   if (!isPossible) return platform::MainQueue::Shared().Post([completion] { completion(nil); });
   const int pixels = std::min(size, kLargestPreview);
   const std::string target = TsStdString(PreviewPath(path, pixels, folder));
@@ -114,7 +101,7 @@ void TsGeneratePreview(NSString* path, int size, NSString* folder, const TsCompl
 }
 
 NSString* TsImageFromPasteboard(NSPasteboard* pasteboard, NSString* folder) {
-  if ([folder length] == 0 || !MakeFolder(folder)) return nil;
+  if ([folder length] == 0 || !TsMakeFolder(folder)) return nil;
   if (NSString* file = CopiedImageFile(pasteboard)) return TsScaleImage(file, folder, 0, 0);
   const ImageData image = ImageDataOf(pasteboard);
   if ([image.contents length] == 0) {

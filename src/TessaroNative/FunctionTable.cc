@@ -77,7 +77,7 @@ constexpr ScriptFunction kFunctions[] = {
     {PENDING(attachFilesToSupportAndFeedbackWindow), Undefined, WindowServer, {Exactly(1), Arg(0).IsString()}},
     {LANDED(annotateImage), Undefined, Foundation, {Exactly(2), Arg(0).IsString()}},
     {LANDED(imageFromPasteboard), Null, Foundation, {Exactly(1), Arg(0).IsString()}},
-    {PENDING(takeScreenRecording), Undefined, WindowServer, {Exactly(2), Arg(0).IsString()}},
+    {LANDED(takeScreenRecording), Undefined, Foundation, {Exactly(2), Arg(0).IsString()}},
     {PENDING(setupCrashReporter), Undefined, Foundation, {Exactly(0)}},
     {PENDING(testCrash), Undefined, Foundation, {}},
     {PENDING(checkForUpdates), Undefined, Foundation, {Exactly(2), Arg(0).IsBoolean(), Arg(1).IsBoolean()}},

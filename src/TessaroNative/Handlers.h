@@ -136,3 +136,4 @@ void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
 void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args);
 void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args);
 void annotateImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void takeScreenRecording(const v8::FunctionCallbackInfo<v8::Value>& args);

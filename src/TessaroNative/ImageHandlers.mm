@@ -2,6 +2,7 @@
 #include "Images/TsImageAnnotator.h"
 #include "Images/TsImages.h"
 #include "Images/TsPreviewPanel.h"
+#include "Images/TsScreenRecorder.h"
 #include "TessaroNative/Handlers.h"
 #include "TessaroNative/ReturnValues.h"
 #include "TessaroNative/WindowArgument.h"
@@ -60,4 +61,8 @@ void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args) {
 
 void annotateImage(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsAnnotateImage(convertToNSString(args[0]), TsPendingCallback(args[1]));
+}
+
+void takeScreenRecording(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  TsTakeScreenRecording(convertToNSString(args[0]), TsPendingCallback(args[1]));
 }

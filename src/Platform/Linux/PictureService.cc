@@ -1,6 +1,5 @@
 #include "Platform/Linux/PictureService.h"
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -17,6 +16,7 @@
 #include <system_error>
 
 #include "Platform/Linux/FileDescriptor.h"
+#include "Platform/Linux/OwnDirectory.h"
 #include "Platform/Previews.h"
 
 extern char** environ;
@@ -32,13 +32,6 @@ constexpr char kProgram[] = "TessaroPictures";
 constexpr auto kPatience = 35s;
 
 std::string LastError(const char* what) { return std::string(what) + ": " + std::strerror(errno); }
-
-// The program lies beside the module.
-std::string ProgramPath() {
-  Dl_info module{};
-  dladdr(reinterpret_cast<void*>(&ProgramPath), &module);
-  return std::filesystem::path(module.dli_fname).parent_path() / kProgram;
-}
 
 class SpawnActions {
  public:
@@ -89,7 +82,7 @@ class Program {
     if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return LastError("socketpair");
     socket_ = FileDescriptor(ends[0]);
     const FileDescriptor theirs(ends[1]);
-    const std::string program = ProgramPath();
+    const std::string program = OwnDirectory() / kProgram;
     const int error = Spawn(program, theirs.get(), process_);
     if (error == 0) return {};
     socket_ = FileDescriptor();
