@@ -20,7 +20,6 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion);
 @interface TsScreenRecorder : NSObject {
   Ref<NSPanel> _panel;
   NSTextField* _label;
-  Ref<NSArray> _choices;
   NSButton* _stopButton;
   Ref<TsAreaSelection> _selection;
   Ref<NSTimer> _clock;

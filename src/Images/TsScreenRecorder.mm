@@ -64,9 +64,10 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   return recorder;
 }
 
-- (instancetype)init {
-  self = [super init];
-  if (!self) return nil;
+// A panel that has been taken off the screen comes back with another height under some window managers: each stage has
+// one of its own.
+- (void)openPanel {
+  [self closePanel];
   _panel = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, kPanelSize.width, kPanelSize.height)
                                             styleMask:NSTitledWindowMask | NSClosableWindowMask
                                               backing:NSBackingStoreBuffered
@@ -77,11 +78,6 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel setLevel:NSFloatingWindowLevel];
   [_panel setTitle:Localized(@"Screen Recording")];
   [_panel setDelegate:static_cast<id>(self)];
-  [self addContent];
-  return self;
-}
-
-- (void)addContent {
   const CGFloat top = kPanelSize.height - kMargin - kLabelHeight;
   auto label =
       Adopt([[NSTextField alloc] initWithFrame:NSMakeRect(kMargin, top, kPanelSize.width - 2 * kMargin, kLabelHeight)]);
@@ -91,12 +87,15 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [label setDrawsBackground:NO];
   [[_panel contentView] addSubview:label];
   _label = label;
-  _choices = Retain(@[
-    [self addButton:@"Whole Screen" at:0 action:@selector(recordScreen:)],
-    [self addButton:@"Area…" at:1 action:@selector(recordArea:)],
-    [self addButton:@"Cancel" at:2 action:@selector(cancel:)],
-  ]);
-  _stopButton = [self addButton:@"Stop" at:0 action:@selector(stop:)];
+}
+
+- (void)closePanel {
+  [_panel setDelegate:nil];
+  [_panel orderOut:nil];
+  // It may be in the event that has ended it.
+  platform::MainQueue::Shared().Post([panel = std::exchange(_panel, nullptr)]() mutable { panel = nullptr; });
+  _label = nil;
+  _stopButton = nil;
 }
 
 - (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
@@ -117,16 +116,17 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)recordInto:(NSString*)folder completion:(const TsCompletion&)completion {
   _folder = Retain(folder);
   _completion = completion;
-  [_label setStringValue:Localized(@"What do you want to record?")];
-  [self showChoices:YES];
-  [_panel center];
-  [_panel makeKeyAndOrderFront:nil];
+  [self ask];
 }
 
-- (void)showChoices:(BOOL)areOffered {
-  for (NSButton* choice in _choices.get()) [choice setHidden:!areOffered];
-  [_stopButton setHidden:areOffered];
-  [_stopButton setEnabled:YES];
+- (void)ask {
+  [self openPanel];
+  [_label setStringValue:Localized(@"What do you want to record?")];
+  [self addButton:@"Whole Screen" at:0 action:@selector(recordScreen:)];
+  [self addButton:@"Area…" at:1 action:@selector(recordArea:)];
+  [self addButton:@"Cancel" at:2 action:@selector(cancel:)];
+  [_panel center];
+  [_panel makeKeyAndOrderFront:nil];
 }
 
 // ---- What is recorded
@@ -136,7 +136,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 }
 
 - (IBAction)recordArea:(id)sender {
-  [_panel orderOut:nil];
+  [self closePanel];
   platform::MainQueue::Shared().PostDelayed(kUncovering, [self] { [self chooseArea]; });
 }
 
@@ -152,7 +152,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 
 - (void)areaIsChosen:(const platform::ScreenArea&)area {
   _selection = nullptr;
-  if (area.width == 0) return [_panel makeKeyAndOrderFront:nil];
+  if (area.width == 0) return [self ask];
   [self record:area];
 }
 
@@ -168,8 +168,9 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
                                                  selector:@selector(showTime:)
                                                  userInfo:nil
                                                   repeats:YES]);
+  [self openPanel];
+  _stopButton = [self addButton:@"Stop" at:0 action:@selector(stop:)];
   [self showTime:nil];
-  [self showChoices:NO];
   [self moveAside];
   [_panel orderFront:nil];
 }
@@ -207,7 +208,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)endWithFilm:(NSString*)film {
   [_clock invalidate];
   _clock = nullptr;
-  [_panel orderOut:nil];
+  [self closePanel];
   if (!_completion) return;
   const auto path = Retain(film);
   platform::MainQueue::Shared().Post(

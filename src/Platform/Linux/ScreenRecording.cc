@@ -135,9 +135,7 @@ class Recorder final : public ScreenRecording {
     isRunning_ = false;
     const std::string failure = Complete();
     if (!failure.empty()) Discard();
-    // It may be the end of this object.
-    const Ended ended = std::exchange(ended_, nullptr);
-    ended(failure);
+    MainQueue::Shared().Post([ended = ended_, failure] { ended(failure); });
   }
 
   fs::path film_;
