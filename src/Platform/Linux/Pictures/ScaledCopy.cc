@@ -94,7 +94,7 @@ bool Fits(const PictureJob& job, const SourceFile& source) {
 VipsImagePtr Shrunk(const PictureJob& job, const SourceFile& source, bool allFrames) {
   return source.Decode({.maxWidth = job.maxWidth > 0 ? job.maxWidth : VIPS_MAX_COORD,
                         .maxHeight = job.maxHeight > 0 ? job.maxHeight : VIPS_MAX_COORD,
-                        .failOn = VIPS_FAIL_ON_TRUNCATED,
+                        .mustBeWhole = true,
                         .allFrames = allFrames});
 }
 

@@ -24,7 +24,7 @@ std::string FormatOf(const char* loader) {
   if (name.ends_with(kAfter)) name.remove_suffix(kAfter.size());
   std::string format(name);
   std::transform(format.begin(), format.end(), format.begin(), g_ascii_tolower);
-  return format;
+  return format == "nsgif" ? "gif" : format;
 }
 
 }  // namespace
@@ -72,9 +72,12 @@ bool SourceFile::ReadHeader() {
 VipsImagePtr SourceFile::Decode(const Fit& fit) const {
   // Without a profile of the image's own, the colours would be taken for others.
   const char* profile = hasProfile_ ? "srgb" : nullptr;
+  // The operation has an argument of that name, too, which it does not hand on to the loader.
+  const std::string options =
+      std::string(fit.mustBeWhole ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
-  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size, "fail_on",
-                        fit.failOn, "export_profile", profile, "option_string", fit.allFrames ? "n=-1" : "", nullptr);
+  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
+                        "export_profile", profile, "option_string", options.c_str(), nullptr);
   return VipsImagePtr(image);
 }
 

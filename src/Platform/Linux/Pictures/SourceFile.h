@@ -32,7 +32,7 @@ class SourceFile {
     int maxWidth = VIPS_MAX_COORD;
     int maxHeight = VIPS_MAX_COORD;
     VipsSize size = VIPS_SIZE_DOWN;
-    VipsFailOn failOn = VIPS_FAIL_ON_NONE;
+    bool mustBeWhole = false;
     bool allFrames = false;
   };
   // Empty when it can't be decoded: VipsFailure() tells.
