@@ -12,6 +12,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 #include "Platform/Linux/FileDescriptor.h"
@@ -107,6 +108,9 @@ int Serve() {
 }  // namespace tessaro::platform
 
 int main(int, char** argv) {
+  // Another copy of the library in the client's process leaves the name of its own folder here, and this one would miss
+  // the formats that it loads from its own.
+  unsetenv("VIPSHOME");
   if (VIPS_INIT(argv[0]) != 0) return 1;
   tessaro::platform::ChooseLoaders();
   return tessaro::platform::Serve();
