@@ -35,7 +35,10 @@ const makers = {
   jpg: (width, height) => halves(width, height).jpeg().toBuffer(),
   gif: (width, height) => halves(width, height).gif().toBuffer(),
   webp: (width, height) => halves(width, height, 0).webp().toBuffer(),
-  avif: async (width, height) => sharp(await makers.jpg(width, height)).avif({ effort: 0 }).toBuffer(),
+  avif: async (width, height) =>
+    sharp(await makers.jpg(width, height))
+      .avif({ effort: 0 })
+      .toBuffer(),
   tiff: (width, height) => halves(width, height).tiff().toBuffer(),
 };
 
