@@ -11,6 +11,7 @@ const subsystems = [
   'Application',
   'Contacts',
   'Dock',
+  'Images',
   'Integrations',
   'Keychain',
   'Menu',
@@ -42,9 +43,14 @@ const allowed = {
 const forEverybody = ['Utilities/Ref.h', 'Utilities/TsReplaceMethod.h'];
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
-const bridge = ['TsApplicationIsolate', 'TsCallbackSlot', 'TsEngineEntry', 'TsEventEmitter', 'TsScriptValues'].flatMap(
-  (name) => [`src/Utilities/${name}.h`, `src/Utilities/${name}.cc`, `src/Utilities/${name}.mm`],
-);
+const bridge = [
+  'TsApplicationIsolate',
+  'TsCallbackSlot',
+  'TsEngineEntry',
+  'TsEventEmitter',
+  'TsPendingCallback',
+  'TsScriptValues',
+].flatMap((name) => [`src/Utilities/${name}.h`, `src/Utilities/${name}.cc`, `src/Utilities/${name}.mm`]);
 
 const engine = /^(v8|node)[\w-]*\.h$/;
 const cocoa = /^(AddressBook|AppKit|Foundation|objc)\/[\w+]+\.h$/;

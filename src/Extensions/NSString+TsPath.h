@@ -6,6 +6,9 @@
 
 // By the path's extension.
 - (BOOL)ts_isZipPath;
+
+// Whether the file's first bytes are those of an image that every web view shows: PNG, JPEG, GIF, WebP or AVIF,
+// whatever its name is.
 - (BOOL)ts_isWebImagePath;
 
 // The path, or where something is there already, one beside it with a number.

@@ -2,7 +2,50 @@
 
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
 #include "Utilities/TsString.h"
+
+namespace {
+
+struct Signature {
+  std::size_t offset;
+  std::string_view bytes;
+};
+
+constexpr std::size_t kMostSignature = 12;
+
+// "avis" is an AVIF that moves. WebP begins with what it shares with sounds and films.
+constexpr std::array kWebImages = {
+    Signature{0, "\x89PNG\r\n\x1a\n"},
+    Signature{0, "\xff\xd8\xff"},
+    Signature{0, "GIF87a"},
+    Signature{0, "GIF89a"},
+    Signature{8, "WEBP"},
+    Signature{4, "ftypavif"},
+    Signature{4, "ftypavis"},
+};
+
+// Reading anything but a file, as a pipe, could take for ever.
+std::string BeginningOf(const std::filesystem::path& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return {};
+  std::string bytes(kMostSignature, '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  bytes.resize(static_cast<std::size_t>(file.gcount()));
+  return bytes;
+}
+
+bool Has(std::string_view bytes, const Signature& signature) {
+  return bytes.size() >= signature.offset && bytes.substr(signature.offset).starts_with(signature.bytes);
+}
+
+}  // namespace
 
 static BOOL IsUnreserved(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
@@ -16,7 +59,9 @@ static BOOL IsUnreserved(char c) {
 }
 
 - (BOOL)ts_isWebImagePath {
-  return [@[ @"png", @"jpg", @"jpeg", @"gif" ] containsObject:[[self pathExtension] lowercaseString]];
+  const std::string bytes = BeginningOf(TsStdString(self));
+  return std::any_of(kWebImages.begin(), kWebImages.end(),
+                     [&bytes](const Signature& each) { return Has(bytes, each); });
 }
 
 - (NSString*)ts_makeUniquePath {

@@ -149,3 +149,11 @@ void getBuildNumber(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getReleaseString(const v8::FunctionCallbackInfo<v8::Value>& args);
 void setupCrashReporter(const v8::FunctionCallbackInfo<v8::Value>& args);
 void testCrash(const v8::FunctionCallbackInfo<v8::Value>& args);
+// Images, previews and recordings
+void isWebImagePath(const v8::FunctionCallbackInfo<v8::Value>& args);
+void scaleImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void imageFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
+void generatePreview(const v8::FunctionCallbackInfo<v8::Value>& args);
+void quickLook(const v8::FunctionCallbackInfo<v8::Value>& args);
+void annotateImage(const v8::FunctionCallbackInfo<v8::Value>& args);
+void takeScreenRecording(const v8::FunctionCallbackInfo<v8::Value>& args);

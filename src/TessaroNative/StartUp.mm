@@ -29,6 +29,7 @@
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsLog.h"
 #include "Utilities/TsNotificationObserver.h"
+#include "Utilities/TsPendingCallback.h"
 #include "Utilities/TsString.h"
 #include "WebView/TsWebContentsView.h"
 #include "Window/WindowUtils.h"
@@ -128,6 +129,7 @@ void Run(const StartUpStep& step) {
 void EndWithEnvironment(void*) {
   NetworkRequestObject::DestroyAll();
   TsCallbackSlots::Shared().Clear();
+  TsForgetPendingCallbacks();
   TsForgetApplicationIsolate();
   platform::ShutDown();
   TsLogFacility::Shared().Flush();

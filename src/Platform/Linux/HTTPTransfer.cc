@@ -2,8 +2,7 @@
 
 #include <dlfcn.h>
 
-#include <filesystem>
-
+#include "Platform/Linux/OwnDirectory.h"
 #include "Platform/Linux/Transfers/TransferLibrary.h"
 #include "Platform/MainQueue.h"
 
@@ -40,13 +39,6 @@ class OpenedLibrary {
     } else if (const char* reason = dlerror()) {
       error_ = reason;
     }
-  }
-
-  // The shared object lies beside the module.
-  static std::filesystem::path OwnDirectory() {
-    Dl_info module{};
-    dladdr(reinterpret_cast<void*>(&OpenedLibrary::Shared), &module);
-    return std::filesystem::path(module.dli_fname).parent_path();
   }
 
   TransferLibrary* library_ = nullptr;

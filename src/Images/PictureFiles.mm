@@ -1,0 +1,43 @@
+#include "Images/PictureFiles.h"
+
+#import <AppKit/AppKit.h>
+
+#include <filesystem>
+
+#include "Utilities/Ref.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+
+std::string TsTemporaryPicturePath() {
+  NSString* name = [[[NSProcessInfo processInfo] globallyUniqueString] stringByAppendingPathExtension:@"png"];
+  return TsStdString([NSTemporaryDirectory() stringByAppendingPathComponent:name]);
+}
+
+NSImage* TsImageOfFile(const std::string& path) {
+  if (path.empty()) return nil;
+  NSBitmapImageRep* pixels = [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:TsNSString(path)]];
+  if (pixels == nil) return nil;
+  auto image = Adopt([[NSImage alloc]
+      initWithSize:NSMakeSize(static_cast<CGFloat>([pixels pixelsWide]), static_cast<CGFloat>([pixels pixelsHigh]))]);
+  [pixels setSize:[image size]];
+  [image addRepresentation:pixels];
+  return image.Autoreleased();
+}
+
+bool TsMakeFolder(NSString* folder) {
+  NSError* error = nil;
+  NSFileManager* files = [NSFileManager defaultManager];
+  BOOL isFolder = NO;
+  if ([files fileExistsAtPath:folder isDirectory:&isFolder]) {
+    if (!isFolder) TsLogWarning(@"%@ is no folder", folder);
+    return isFolder;
+  }
+  if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:&error]) return true;
+  TsLogWarning(@"Couldn't create directory at path %@ because of %@", folder, error);
+  return false;
+}
+
+TsTemporaryPicture::~TsTemporaryPicture() {
+  std::error_code error;
+  std::filesystem::remove(path_, error);
+}

@@ -1,0 +1,240 @@
+#import "Images/TsPreviewPanel.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "Images/PictureFiles.h"
+#include "Platform/Applications.h"
+#include "Platform/BackgroundQueue.h"
+#include "Platform/MainQueue.h"
+#include "Platform/Previews.h"
+#include "Platform/WindowServer.h"
+#include "Utilities/TsLog.h"
+#include "Utilities/TsString.h"
+#include "Workspace/TsWorkspace.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+constexpr CGFloat kBarHeight = 44;
+constexpr CGFloat kMargin = 10;
+constexpr CGFloat kButtonHeight = 24;
+constexpr CGFloat kArrowWidth = 40;
+constexpr CGFloat kOpenWidth = 80;
+constexpr CGFloat kShareOfWindow = 0.8;
+constexpr NSSize kLeastSize = {360, 280};
+constexpr int kIconSize = 128;
+constexpr unichar kEscape = 27;
+
+Ref<NSButton> NewButton(NSRect frame, NSString* title, id target, SEL action) {
+  auto button = Adopt([[NSButton alloc] initWithFrame:frame]);
+  [button setTitle:title];
+  [button setBezelStyle:NSRoundedBezelStyle];
+  // Space and arrows belong to the panel.
+  [button setRefusesFirstResponder:YES];
+  [button setTarget:target];
+  [button setAction:action];
+  return button;
+}
+
+NSRect FrameOver(NSRect window) {
+  const NSSize size = NSMakeSize(std::max(kLeastSize.width, window.size.width * kShareOfWindow),
+                                 std::max(kLeastSize.height, window.size.height * kShareOfWindow));
+  return NSMakeRect(NSMidX(window) - size.width / 2, NSMidY(window) - size.height / 2, size.width, size.height);
+}
+
+// What stands for a file that can't be shown.
+NSImage* IconOf(NSString* path) {
+  const std::string type = platform::ContentTypeOfExtension(TsStdString([path pathExtension]));
+  const auto png = platform::IconOfContentType(type, kIconSize);
+  if (png.empty()) return nil;
+  return Adopt([[NSImage alloc] initWithData:[NSData dataWithBytes:png.data() length:png.size()]]).Autoreleased();
+}
+
+}  // namespace
+
+void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsCompletion& closed) {
+  const bool isAvailable = platform::IsWindowServerAvailable();
+  if (!isAvailable) TsLogWarning(@"quickLook needs a window server, and there is none");
+  if (isAvailable && (window == nil || [paths count] == 0)) TsLogError(@"Need a window and files to look at");
+  if (!isAvailable || window == nil || [paths count] == 0) {
+    return platform::MainQueue::Shared().Post([closed] { closed(nil); });
+  }
+  const bool isInside = index >= 0 && static_cast<NSUInteger>(index) < [paths count];
+  [[TsPreviewPanel sharedPanel] showPaths:paths
+                                    index:isInside ? static_cast<NSUInteger>(index) : 0
+                               overWindow:window
+                                   closed:closed];
+}
+
+@implementation TsPreviewPanel
+
++ (TsPreviewPanel*)sharedPanel {
+  static TsPreviewPanel* const panel = [[self alloc] init];
+  return panel;
+}
+
+- (instancetype)init {
+  const NSUInteger style = NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask;
+  self = [super initWithContentRect:NSMakeRect(0, 0, kLeastSize.width, kLeastSize.height)
+                          styleMask:style
+                            backing:NSBackingStoreBuffered
+                              defer:YES];
+  if (!self) return nil;
+  [self setReleasedWhenClosed:NO];
+  [self setHidesOnDeactivate:NO];
+  [self setBecomesKeyOnlyIfNeeded:NO];
+  [self setMinSize:kLeastSize];
+  [self addContent:[self contentView]];
+  return self;
+}
+
+- (void)addContent:(NSView*)view {
+  const NSSize size = [view bounds].size;
+  auto image =
+      Adopt([[NSImageView alloc] initWithFrame:NSMakeRect(0, kBarHeight, size.width, size.height - kBarHeight)]);
+  [image setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
+  [image setImageScaling:NSImageScaleProportionallyDown];
+  [image setEditable:NO];
+  [view addSubview:image];
+  _imageView = image;
+
+  _previous = [self addButton:@"◀" at:kMargin width:kArrowWidth action:@selector(showPrevious:)];
+  _next = [self addButton:@"▶" at:kMargin + kArrowWidth width:kArrowWidth action:@selector(showNext:)];
+  NSButton* open = [self addButton:NSLocalizedString(@"Open", nil)
+                                at:size.width - kMargin - kOpenWidth
+                             width:kOpenWidth
+                            action:@selector(openFile:)];
+  [open setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
+
+  const CGFloat left = 2 * kMargin + 2 * kArrowWidth;
+  auto label = Adopt([[NSTextField alloc]
+      initWithFrame:NSMakeRect(left, kMargin, size.width - left - kOpenWidth - 2 * kMargin, kButtonHeight)]);
+  [label setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
+  [label setEditable:NO];
+  [label setSelectable:NO];
+  [label setBezeled:NO];
+  [label setBordered:NO];
+  [label setDrawsBackground:NO];
+  [view addSubview:label];
+  _label = label;
+}
+
+- (NSButton*)addButton:(NSString*)title at:(CGFloat)left width:(CGFloat)width action:(SEL)action {
+  const auto button = NewButton(NSMakeRect(left, kMargin, width, kButtonHeight), title, self, action);
+  [button setAutoresizingMask:NSViewMaxXMargin | NSViewMaxYMargin];
+  [[self contentView] addSubview:button];
+  return button;
+}
+
+- (void)showPaths:(NSArray*)paths
+            index:(NSUInteger)index
+       overWindow:(NSWindow*)window
+           closed:(const TsCompletion&)closed {
+  [self close];
+  _paths = Retain(paths);
+  _index = index;
+  _closed = closed;
+  [[NSNotificationCenter defaultCenter] addObserver:self
+                                           selector:@selector(windowWillEnd:)
+                                               name:NSWindowWillCloseNotification
+                                             object:window];
+  [self setFrame:FrameOver([window frame]) display:NO];
+  [self showFile];
+  [self makeKeyAndOrderFront:nil];
+}
+
+- (void)windowWillEnd:(NSNotification*)notification {
+  [self close];
+}
+
+- (void)close {
+  [super close];
+  if (!_closed) return;
+  [[NSNotificationCenter defaultCenter] removeObserver:self name:NSWindowWillCloseNotification object:nil];
+  [_imageView setImage:nil];
+  ++_turn;
+  const auto last = Retain([self path]);
+  platform::MainQueue::Shared().Post([closed = std::exchange(_closed, nullptr), last] { closed(last); });
+}
+
+- (NSString*)path {
+  return [_paths objectAtIndex:_index];
+}
+
+// ---- The file that is shown
+
+- (void)showFile {
+  NSString* path = [self path];
+  NSString* name = [path lastPathComponent];
+  [self setTitle:name];
+  [_label setStringValue:[NSString stringWithFormat:@"%@ (%lu/%lu)", name, static_cast<unsigned long>(_index + 1),
+                                                    static_cast<unsigned long>([_paths count])]];
+  [_previous setEnabled:_index > 0];
+  [_next setEnabled:_index + 1 < [_paths count]];
+  [_imageView setImage:nil];
+  [self fetchPreviewOf:path];
+}
+
+- (void)fetchPreviewOf:(NSString*)path {
+  const NSSize size = [_imageView bounds].size;
+  const int pixels = static_cast<int>(std::max(size.width, size.height));
+  platform::BackgroundQueue::Shared().Post(
+      [turn = ++_turn, pixels, source = TsStdString(path), target = TsTemporaryPicturePath()] {
+        const auto written = platform::WritePreview(source, pixels, target);
+        platform::MainQueue::Shared().Post([turn, written, target] {
+          const TsTemporaryPicture picture(target);
+          [[TsPreviewPanel sharedPanel] takePreview:written turn:turn];
+        });
+      });
+}
+
+- (void)takePreview:(const platform::WrittenPicture&)written turn:(std::uint64_t)turn {
+  if (turn != _turn) return;
+  if (NSImage* image = TsImageOfFile(written.path)) return [_imageView setImage:image];
+  TsLogWarning(@"Couldn't show %@: %@", [self path], TsNSString(written.failure));
+  [_imageView setImage:IconOf([self path])];
+}
+
+- (IBAction)showPrevious:(id)sender {
+  if (_index == 0) return;
+  --_index;
+  [self showFile];
+}
+
+- (IBAction)showNext:(id)sender {
+  if (_index + 1 >= [_paths count]) return;
+  ++_index;
+  [self showFile];
+}
+
+- (IBAction)openFile:(id)sender {
+  if (!TsOpenFile([self path], nil, false)) TsLogWarning(@"Couldn't open %@", [self path]);
+}
+
+// ---- Keys
+
+- (BOOL)canBecomeKeyWindow {
+  return YES;
+}
+
+- (void)keyDown:(NSEvent*)event {
+  NSString* characters = [event charactersIgnoringModifiers];
+  switch ([characters length] > 0 ? [characters characterAtIndex:0] : 0) {
+    case NSLeftArrowFunctionKey:
+    case NSUpArrowFunctionKey:
+      return [self showPrevious:nil];
+    case NSRightArrowFunctionKey:
+    case NSDownArrowFunctionKey:
+      return [self showNext:nil];
+    case kEscape:
+    case ' ':
+      return [self close];
+    default:
+      return [super keyDown:event];
+  }
+}
+
+@end

@@ -1,0 +1,45 @@
+#include "Utilities/TsPendingCallback.h"
+
+#include <node.h>
+
+#include <cstdint>
+#include <unordered_map>
+
+#include "Utilities/TsCallbackSlot.h"
+
+namespace {
+
+// Completions may outlive the engine, wherever they are kept; what they call must not.
+class PendingCallbacks {
+ public:
+  static PendingCallbacks& Shared() {
+    static PendingCallbacks callbacks;
+    return callbacks;
+  }
+
+  [[nodiscard]] std::uint64_t Add(v8::Local<v8::Value> function) {
+    slots_[++last_].Set(function);
+    return last_;
+  }
+
+  void Call(std::uint64_t number, NSString* result) {
+    // It may ask for more work, or be the end of all.
+    if (const auto slot = slots_.extract(number)) slot.mapped().Call({result});
+  }
+
+  void Clear() { slots_.clear(); }
+
+ private:
+  std::unordered_map<std::uint64_t, TsCallbackSlot> slots_;
+  std::uint64_t last_ = 0;
+};
+
+}  // namespace
+
+TsCompletion TsPendingCallback(v8::Local<v8::Value> function) {
+  if (function.IsEmpty() || !function->IsFunction()) return [](NSString*) {};
+  const std::uint64_t number = PendingCallbacks::Shared().Add(function);
+  return [number](NSString* result) { PendingCallbacks::Shared().Call(number, result); };
+}
+
+void TsForgetPendingCallbacks() { PendingCallbacks::Shared().Clear(); }

@@ -1,0 +1,312 @@
+'use strict';
+
+// Pictures of what is in files, and the panel that shows them.
+
+const assert = require('assert');
+const fs = require('fs');
+const http = require('http');
+const path = require('path');
+const { test } = require('node:test');
+const sharp = require('sharp');
+
+const { evaluate, startScript, temporaryDirectory } = require('./support/child');
+const { useWindows } = require('./support/windows');
+
+const inWindows = useWindows();
+
+const page = (stream, size = '600 800') => `%PDF-1.4
+1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj
+2 0 obj<</Type/Pages/Kids[3 0 R 5 0 R]/Count 2>>endobj
+3 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 ${size}]/Contents 4 0 R>>endobj
+4 0 obj<</Length ${stream.length}>>stream
+${stream}
+endstream endobj
+5 0 obj<</Type/Page/Parent 2 0 R/MediaBox[0 0 10 10]>>endobj
+trailer<</Root 1 0 R>>
+`;
+
+const svg = (contents, size = 'width="200" height="100"') =>
+  `<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" ${size}>${contents}</svg>`;
+
+/** What each file's preview turned out to be: [path or null, …], the callback's count of calls, and the warnings. */
+const preview = (t, calls) =>
+  evaluate(
+    t,
+    `const { module: m, ...p } = probe();
+     p.captureLog();
+     const calls = ${JSON.stringify(calls)};
+     const answers = calls.map(() => []);
+     let inside = true;
+     calls.forEach(([file, size, folder], i) => m.generatePreview(file, size, folder, function (...args) {
+       answers[i].push([inside, this === null || this === globalThis, ...args]);
+     }));
+     inside = false;
+     const wait = setInterval(() => {
+       if (answers.some((each) => each.length === 0)) return;
+       clearInterval(wait);
+       setTimeout(() => {
+         p.flushLog();
+         console.log(JSON.stringify({ answers, warnings: p.capturedLog().filter(({ flag }) => flag === 2).length }));
+       }, 100);
+     }, 10);`,
+  );
+
+test('an image, a page and a text become a PNG of the size, on a later turn, once', async (t) => {
+  const folder = temporaryDirectory(t);
+  const target = path.join(folder, 'to', 'previews');
+  const write = (name, contents) => {
+    fs.writeFileSync(path.join(folder, name), contents);
+    return path.join(folder, name);
+  };
+  const photo = await sharp({ create: { width: 800, height: 400, channels: 3, background: '#68a' } })
+    .jpeg()
+    .toBuffer();
+  const table = [
+    [write('photo.jpg', photo), 128, [128, 64]],
+    [write('small.jpg', await sharp(photo).resize(40).toBuffer()), 128, [40, 20]],
+    [write('page.pdf', page('0 1 0 rg 0 0 600 800 re f')), 128, [96, 128]],
+    [write('drawing.svg', svg('<rect width="200" height="100" fill="#00f"/>')), 400, [400, 200]],
+    [write('huge.svg', svg('<rect width="100%" height="100%"/>', 'width="9000000" height="9000000"')), 100, [100, 100]],
+    [write('letter.txt', 'Dear Ann,\n\nlunch?\n'), 128, [96, 128]],
+    [write('no name', 'Grüße\t<b>&amp;</b> 😀\r\n'.repeat(5000)), 256, [192, 256]],
+    [write('latin.txt', Buffer.from('Grüße', 'latin1')), 64, [48, 64]],
+    [write('wide.txt', Buffer.from('\ufeffGrüße', 'utf16le')), 64, [48, 64]],
+    [write('long.txt', 'x'.repeat(1 << 20)), 64, [48, 64]],
+    [write('-v [1].txt', 'a name like an option'), 64, [48, 64]],
+  ];
+  const { answers, warnings } = await preview(
+    t,
+    table.map(([file, size]) => [file, size, target]),
+  );
+  assert.strictEqual(warnings, 0);
+  for (const [index, [file, , [width, height]]] of table.entries()) {
+    assert.strictEqual(answers[index].length, 1, file);
+    const [inside, hasNoReceiver, picture] = answers[index][0];
+    assert.deepStrictEqual([inside, hasNoReceiver, path.dirname(picture)], [false, true, target]);
+    const facts = await sharp(picture).metadata();
+    assert.deepStrictEqual([facts.format, facts.width, facts.height], ['png', width, height], file);
+  }
+  // Something is on the pages.
+  for (const index of [5, 6, 7, 8]) {
+    const { channels } = await sharp(answers[index][0][2]).stats();
+    assert.ok(channels[0].min < 128 && channels[0].max === 255, table[index][0]);
+  }
+  const { dominant } = await sharp(answers[2][0][2]).stats();
+  assert.ok(dominant.g > 200 && dominant.r < 50, 'the first page is shown');
+});
+
+test('files of one name have previews of their own; those of one file replace each other', async (t) => {
+  const folder = temporaryDirectory(t);
+  const target = path.join(folder, 'previews');
+  const files = ['a', 'b'].map((name) => {
+    fs.mkdirSync(path.join(folder, name));
+    fs.writeFileSync(path.join(folder, name, 'x.txt'), name);
+    return path.join(folder, name, 'x.txt');
+  });
+  const calls = [files[0], files[1], files[0]].map((file) => [file, 64, target]);
+  const { answers } = await preview(t, [...calls, [files[0], 32, target]]);
+  const [first, second, again, smaller] = answers.map(([[, , picture]]) => picture);
+  assert.strictEqual(first, again);
+  assert.strictEqual(new Set([first, second, smaller]).size, 3);
+  assert.strictEqual(fs.readdirSync(target).length, 3);
+});
+
+test('a drawing loads nothing from outside', async (t) => {
+  const folder = temporaryDirectory(t);
+  let requests = 0;
+  const server = http.createServer((request, response) => {
+    ++requests;
+    response.end();
+  });
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  t.after(() => server.close());
+  const secret = path.join(folder, 'secret.png');
+  await sharp({ create: { width: 50, height: 50, channels: 3, background: '#f00' } })
+    .png()
+    .toFile(secret);
+  fs.writeFileSync(path.join(folder, 'style.css'), 'rect { fill: red }');
+  fs.writeFileSync(path.join(folder, 'secret.txt'), 'secret');
+  const url = `http://127.0.0.1:${server.address().port}/a.png`;
+  const images = ['secret.png', secret, `file://${secret}`, url]
+    .map((link) => `<image xlink:href="${link}" width="200" height="100"/>`)
+    .join('');
+  const more = `<style>@import url("style.css"); @import url("${url}");</style><use xlink:href="${url}#x"/>
+    <rect width="10" height="10" fill="blue"/><text y="50">&outside;</text>`;
+  const drawing = path.join(folder, 'a.svg');
+  fs.writeFileSync(drawing, svg(images + more));
+  const entity = path.join(folder, 'b.svg');
+  fs.writeFileSync(
+    entity,
+    `<!DOCTYPE svg [<!ENTITY outside SYSTEM "secret.txt">]>${svg('<rect width="10" height="10" fill="blue"/><text y="50">&outside;</text>')}`,
+  );
+  fs.writeFileSync(drawing, svg(images + more.replace('&outside;', '')));
+  const { answers } = await preview(
+    t,
+    [drawing, entity].map((file) => [file, 200, path.join(folder, 'p')]),
+  );
+  const picture = answers[0][0][2];
+  const { channels } = await sharp(picture).stats();
+  assert.strictEqual(channels[0].max, 0, 'nothing is red');
+  assert.strictEqual(channels[2].max, 255, 'but something is drawn');
+  // One that has a text from outside is refused, or shown without it.
+  const other = answers[1][0][2];
+  if (other !== null)
+    assert.strictEqual(
+      (await sharp(other).extract({ left: 20, top: 20, width: 150, height: 60 }).stats()).channels[3].max,
+      0,
+    );
+  assert.strictEqual(requests, 0);
+});
+
+test('what can’t be shown, or not be written, is null', async (t) => {
+  const folder = temporaryDirectory(t);
+  const at = (name) => path.join(folder, name);
+  fs.writeFileSync(at('zip'), Buffer.from('PK\x03\x04\0\0\0\0\x08', 'latin1'));
+  fs.writeFileSync(at('empty'), '');
+  fs.writeFileSync(at('broken.pdf'), '%PDF-1.4\nno document');
+  fs.writeFileSync(at('broken.png'), '\x89PNG\r\n\x1a\n', 'latin1');
+  fs.writeFileSync(at('a.txt'), 'a text');
+  const calls = [
+    ...['zip', 'empty', 'broken.pdf', 'broken.png', 'missing', '.'].map((name) => [at(name), 64, at('p')]),
+    [at('a.txt'), 0, at('p')],
+    [at('a.txt'), -5, at('p')],
+    [at('a.txt'), 64, ''],
+    [at('a.txt'), 64, at('a.txt')],
+    [at('a.txt'), 64, at('a.txt/p')],
+    ['', 64, at('p')],
+  ];
+  const { answers } = await preview(t, calls);
+  assert.deepStrictEqual(
+    answers,
+    calls.map(() => [[false, true, null]]),
+  );
+  assert.deepStrictEqual(fs.existsSync(at('p')) ? fs.readdirSync(at('p')) : [], []);
+});
+
+test('script goes on while previews are made, and may end before they are', async (t) => {
+  const folder = temporaryDirectory(t);
+  const file = path.join(folder, 'noise.png');
+  await sharp(require('crypto').randomBytes(2000 * 2000 * 3), { raw: { width: 2000, height: 2000, channels: 3 } })
+    .png()
+    .toFile(file);
+  const child = startScript(
+    t,
+    `const { module: m } = probe();
+     const start = Date.now();
+     for (let i = 0; i < 8; ++i) m.generatePreview(${JSON.stringify(file)}, 500 + i, ${JSON.stringify(folder)}, () => {});
+     console.log(Date.now() - start < 2000);
+     process.exit(0);`,
+  );
+  const { code } = await child.ended;
+  assert.deepStrictEqual([code, child.output.stdout], [0, 'true\n']);
+});
+
+// ---- The panel
+
+const prelude = `
+  const search = async (name) => ((await run('xdotool', 'search', '--onlyvisible', '--name', '^' + name + '$')) ?? '').trim().split('\\n').at(-1);
+  const shown = (name) => eventually(() => search(name), name + ' is shown');
+  // The first keys may come before the window manager has given the panel the keyboard.
+  const keyUntil = (key, condition, description) => eventually(async () => {
+    if (await condition()) return true;
+    await run('xdotool', 'key', key);
+    for (let i = 0; i < 20 && !(await condition()); ++i) await new Promise((r) => setTimeout(r, 50));
+    return condition();
+  }, description);
+`;
+
+test('the panel turns over with keys and buttons, and tells once that it has been closed', async (t) => {
+  const folder = temporaryDirectory(t);
+  const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
+  const contents = ['a text', svg('<rect width="200" height="100" fill="#f00"/>'), '\0\x01'];
+  files.forEach((file, index) => fs.writeFileSync(file, contents[index]));
+  const { closed, titles } = await inWindows(
+    t,
+    `${prelude}
+     const window = await open({ title: 'First' });
+     const closed = [];
+     const titles = [];
+     m.quickLook(window, ${JSON.stringify(JSON.stringify(files))}, 0, (...args) => closed.push(args));
+     await shown('one.txt');
+     await keyUntil('Right', () => search('two.svg'), 'the second');
+     titles.push('two.svg');
+     const panel = await shown('two.svg');
+     const press = async (x, name) => eventually(async () => {
+       const height = Number((await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\\d+)/)[1]);
+       await run('xdotool', 'mousemove', '--window', panel, x, height - 22, 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.3);
+       return search(name);
+     }, name);
+     await press(70, 'three.bin');
+     titles.push('three.bin');
+     await run('xdotool', 'key', 'Right');
+     await press(30, 'two.svg');
+     await keyUntil('Left', () => search('one.txt'), 'the first');
+     await keyUntil('Escape', async () => !(await search('one.txt')), 'its end');
+     await eventually(() => closed.length > 0, 'the callback');
+     await new Promise((resolve) => setTimeout(resolve, 200));
+     print({ closed, titles });`,
+  );
+  assert.deepStrictEqual(closed, [[files[0]]]);
+  assert.deepStrictEqual(titles, ['two.svg', 'three.bin']);
+});
+
+test('a file is shown as its preview', async (t) => {
+  const folder = temporaryDirectory(t);
+  const file = path.join(folder, 'red.svg');
+  const picture = path.join(folder, 'screen.png');
+  fs.writeFileSync(file, svg('<rect width="200" height="100" fill="#fe0102"/>'));
+  const isShown = await inWindows(
+    t,
+    `${prelude}
+     const window = await open({ title: 'First' });
+     m.quickLook(window, ${JSON.stringify(JSON.stringify([file]))}, 0, () => {});
+     const panel = await shown('red.svg');
+     const colour = async () => {
+       await run('import', '-window', panel, ${JSON.stringify(picture)});
+       return run('convert', ${JSON.stringify(picture)}, '-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:');
+     };
+     print(await eventually(async () => (await colour())?.startsWith('FE0102'), 'the picture'));`,
+  );
+  assert.strictEqual(isShown, true);
+});
+
+test('asked for again, or without its window, the panel closes; without a window or files it never opens', async (t) => {
+  const folder = temporaryDirectory(t);
+  const files = ['one.txt', 'two.txt'].map((name) => path.join(folder, name));
+  for (const file of files) fs.writeFileSync(file, 'a text');
+  const told = await inWindows(
+    t,
+    `${prelude}
+     const window = await open({ title: 'First' });
+     const told = [];
+     const look = (name, window, paths, index) => m.quickLook(window, paths, index, (path) => told.push([name, path]));
+     const files = ${JSON.stringify(files)};
+     look('first', window, JSON.stringify(files), 1);
+     await shown('two.txt');
+     look('again', window, JSON.stringify(files), 99);
+     await shown('one.txt');
+     host.closeWindow(window);
+     await eventually(() => told.length === 2, 'both ends');
+     look('no window', window, JSON.stringify(files), 0);
+     look('no buffer', {}, JSON.stringify(files), 0);
+     const other = await open({ title: 'Second' });
+     for (const paths of ['[]', '{}', 'no JSON', '[1, null]']) look(paths, other, paths, 0);
+     await eventually(() => told.length === 8, 'all ends');
+     print(told);`,
+  );
+  assert.deepStrictEqual(told, [
+    ['first', files[1]],
+    ['again', files[0]],
+    ...['no window', 'no buffer', '[]', '{}', 'no JSON', '[1, null]'].map((name) => [name, null]),
+  ]);
+});
+
+test('without a display the callback is told so', async (t) => {
+  const answer = await evaluate(
+    t,
+    `const { module: m } = probe();
+     const wait = setInterval(() => {}, 1000);
+     m.quickLook(Buffer.alloc(8), '["/etc/hostname"]', 0, (...args) => { clearInterval(wait); console.log(JSON.stringify(args)); });`,
+  );
+  assert.deepStrictEqual(answer, [null]);
+});
