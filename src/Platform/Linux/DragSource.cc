@@ -130,7 +130,7 @@ bool DragSource::Body::Start(Contents contents) {
     if (found == data->end()) return answer(std::nullopt);
     answer(SelectionServer::Contents{type, std::shared_ptr<const std::string>(data, &found->second)});
   };
-  return server.Take(kSelection, {types, provide, nullptr});
+  return server.Take(kSelection, {types, provide, nullptr, nullptr});
 }
 
 void DragSource::Body::Send(const char* name, std::array<std::uint32_t, 5> values) {

@@ -10,7 +10,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // For each step, not for the whole: large values take their time.
-constexpr auto kDeadline = std::chrono::seconds(5);
+constexpr auto kDeadline = std::chrono::seconds(3);
 constexpr auto kLongest = std::chrono::seconds(30);
 
 // An owner that ends leaves its requestors waiting, so they look after it.

@@ -47,10 +47,9 @@ SelectionServer::SelectionServer() : wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK
 bool SelectionServer::Take(const std::string& selection, Offer offer) {
   if (!IsAvailable()) return false;
   const xcb_atom_t atom = connection_.Atom(selection);
-  {
-    const std::lock_guard lock(mutex_);
-    offers_[atom] = std::make_shared<const Offer>(std::move(offer));
-  }
+  // As one, so that the end of an earlier offer isn't taken for the end of this one.
+  const std::lock_guard lock(mutex_);
+  offers_[atom] = std::make_shared<const Offer>(std::move(offer));
   xcb_set_selection_owner(connection_.get(), connection_.window(), atom, XCB_CURRENT_TIME);
   return Owns(selection);
 }
@@ -63,8 +62,10 @@ void SelectionServer::GiveUp(const std::string& selection) {
     const std::lock_guard lock(mutex_);
     offers_.erase(atom);
   }
-  if (isOwner) xcb_set_selection_owner(connection_.get(), XCB_NONE, atom, XCB_CURRENT_TIME);
-  xcb_flush(connection_.get());
+  if (!isOwner) return;
+  xcb_set_selection_owner(connection_.get(), XCB_NONE, atom, XCB_CURRENT_TIME);
+  // It must have happened before anybody else takes the selection.
+  static_cast<void>(Owns(selection));
 }
 
 bool SelectionServer::Owns(const std::string& selection) {
@@ -142,14 +143,13 @@ void SelectionServer::HandleRequest(const xcb_selection_request_event_t& event) 
 }
 
 void SelectionServer::HandleClear(const xcb_selection_clear_event_t& event) {
-  // It may have been taken again since.
-  if (connection_.OwnerOf(event.selection) == connection_.window()) return;
-  const auto offer = OfferOf(event.selection);
-  if (!offer) return;
-  {
-    const std::lock_guard lock(mutex_);
-    offers_.erase(event.selection);
-  }
+  std::unique_lock lock(mutex_);
+  const auto found = offers_.find(event.selection);
+  const bool isTakenAgain = connection_.OwnerOf(event.selection) == connection_.window();
+  if (found == offers_.end() || isTakenAgain) return;
+  const auto offer = found->second;
+  offers_.erase(found);
+  lock.unlock();
   if (offer->lost) offer->lost();
 }
 
@@ -170,6 +170,7 @@ void SelectionServer::SendTargets(const Request& request, const Offer& offer) {
   xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, XCB_ATOM_ATOM, 32,
                       static_cast<std::uint32_t>(atoms.size()), atoms.data());
   Notify(request, true);
+  if (offer.listed) offer.listed();
 }
 
 void SelectionServer::Reply(const Request& request, const std::optional<Contents>& contents) {

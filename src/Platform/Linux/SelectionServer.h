@@ -33,7 +33,8 @@ class SelectionServer {
   struct Offer {
     std::vector<std::string> targets;
     std::function<void(const std::string& target, Answer answer)> provide;
-    std::function<void()> lost;  // another program has taken the selection
+    std::function<void()> listed;  // another program has asked for the targets
+    std::function<void()> lost;    // another program has taken the selection
   };
 
   static SelectionServer& Shared();

@@ -17,9 +17,6 @@ static NSString* const kFileURLType = @"public.file-url";
 // the largest values too.
 static constexpr NSTimeInterval kServerDeadline = 10;
 
-// One message to it holds 32 MiB at most; a larger one would end the connection.
-static constexpr NSUInteger kLargestValue = 31 << 20;
-
 static void SetDeadline(id remote) {
   if (![remote isProxy]) return;
   NSConnection* connection = [static_cast<NSDistantObject*>(remote) connectionForProxy];
@@ -204,8 +201,7 @@ static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
   [self declareTypes:types owner:nil];
   BOOL allWritten = YES;
   for (NSUInteger i = 0; i < [types count]; ++i) {
-    NSData* value = [data objectAtIndex:i];
-    if ([value length] > kLargestValue || ![self setData:value forType:[types objectAtIndex:i]]) allWritten = NO;
+    if (![self setData:[data objectAtIndex:i] forType:[types objectAtIndex:i]]) allWritten = NO;
   }
   return allWritten;
 }
