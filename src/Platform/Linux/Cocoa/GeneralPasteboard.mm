@@ -233,6 +233,22 @@ NSString* Text(NSData* data) {
 
 @end
 
+// The pasteboard server may hang, as while it waits for another program's data. It takes some seconds for
+// the largest values too.
+static const NSTimeInterval kServerDeadline = 10;
+
+@interface NSPasteboard (TsPrivate)
+- (id)_target;
+@end
+
+static void SetDeadline(NSPasteboard* pasteboard) {
+  id remote = [pasteboard _target];
+  if (![remote isProxy]) return;
+  NSConnection* connection = [static_cast<NSDistantObject*>(remote) connectionForProxy];
+  [connection setRequestTimeout:kServerDeadline];
+  [connection setReplyTimeout:kServerDeadline];
+}
+
 // The run time takes a category's method before the class's own.
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 
@@ -245,7 +261,10 @@ NSString* Text(NSData* data) {
   // GNUstep knows the object without owning it, and would let it go with the clipboard that it offers.
   auto pasteboard = Retain([self pasteboardWithName:NSGeneralPboard]);
   // There is one object for each name, whoever has asked for it first.
-  if (object_getClass(pasteboard) == [NSPasteboard class]) object_setClass(pasteboard, [TsGeneralPasteboard class]);
+  if (object_getClass(pasteboard) == [NSPasteboard class]) {
+    object_setClass(pasteboard, [TsGeneralPasteboard class]);
+    SetDeadline(pasteboard);
+  }
   return pasteboard.Autoreleased();
 }
 

@@ -13,21 +13,9 @@
 
 static NSString* const kFileURLType = @"public.file-url";
 
-// The pasteboard server may hang, as while it waits for another program's data. It takes some seconds for
-// the largest values too.
-static constexpr NSTimeInterval kServerDeadline = 10;
-
-static void SetDeadline(id remote) {
-  if (![remote isProxy]) return;
-  NSConnection* connection = [static_cast<NSDistantObject*>(remote) connectionForProxy];
-  [connection setRequestTimeout:kServerDeadline];
-  [connection setReplyTimeout:kServerDeadline];
-}
-
 // GNUstep hands out the pasteboard server's own list, which can't be enumerated across the two processes.
 static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
   NSArray* remote = [pasteboard types];
-  SetDeadline(remote);
   const NSUInteger count = [remote count];
   NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
   for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
