@@ -62,8 +62,8 @@ const prelude = `
 /** Gives a function that runs `body`, script with a display, and gives what it prints. */
 function useWindows() {
   const session = useSession();
-  return (t, body, env = {}) =>
-    evaluate(t, `${prelude}\nasync function body() {\n${body}\n}`, { env: { ...session.env, ...env } });
+  return (t, body, env = {}, options = {}) =>
+    evaluate(t, `${prelude}\nasync function body() {\n${body}\n}`, { ...options, env: { ...session.env, ...env } });
 }
 
 module.exports = { useWindows };

@@ -76,7 +76,6 @@ using Accessories = tessaro::platform::SideTable<NSWindow, Ref<TsTitlebarAccesso
   CGFloat right = NSMaxX(row);
   for (NSTitlebarAccessoryViewController* controller in _controllers.get()) {
     NSView* view = [controller view];
-    if ([view isHidden]) continue;
     const NSSize size = [view frame].size;
     right -= size.width;
     const CGFloat bottom = toolbar != nil ? NSMinY(row) : NSMaxY(row) - size.height;
