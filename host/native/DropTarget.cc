@@ -38,8 +38,8 @@ class Target {
   Target(Display* display, const std::string& title, int x, int y, bool isWilling) : display_(display) {
     isWilling_ = isWilling;
     const int screen = DefaultScreen(display);
-    window_ = XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, kSize, kSize, 0, 0,
-                                  WhitePixel(display, screen));
+    window_ =
+        XCreateSimpleWindow(display, DefaultRootWindow(display), x, y, kSize, kSize, 0, 0, WhitePixel(display, screen));
     XStoreName(display, window_, title.c_str());
     XSizeHints hints{};
     hints.flags = USPosition | USSize;

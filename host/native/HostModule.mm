@@ -162,8 +162,9 @@ id Drag(Host&, const Arguments& arguments) {
 }
 
 NSString* BytesAsText(const std::string& bytes) {
-  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data() length:bytes.size()
-                                 encoding:NSISOLatin1StringEncoding]);
+  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data()
+                                             length:bytes.size()
+                                           encoding:NSISOLatin1StringEncoding]);
   return text.Autoreleased();
 }
 

@@ -37,7 +37,19 @@ async function dragTitle(stage) {
     const { left, top, height } = await placeOf(stage);
     const mouse = (...args) => stage.run('xdotool', ...args.map(String));
     const press = [left + icon.x + icon.width / 2 - content.x, top + height - (icon.y + icon.height / 2 - content.y)];
-    await mouse('mousemove', ...press.map(Math.round), 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mousemove_relative', 6, 6);
+    await mouse(
+      'mousemove',
+      ...press.map(Math.round),
+      'sleep',
+      0.2,
+      'mousedown',
+      1,
+      'sleep',
+      0.1,
+      'mousemove_relative',
+      6,
+      6,
+    );
     await mouse('mousemove', 1140, 580, 'sleep', 0.2, 'mousemove', 1150, 590, 'sleep', 0.2);
     const picture = await stage.screenshot('title');
     await mouse('mouseup', 1);

@@ -36,7 +36,7 @@ struct DragSource::Body : std::enable_shared_from_this<DragSource::Body> {
   };
 
   struct Target {
-    xcb_window_t window = XCB_NONE;  // the one under the mouse
+    xcb_window_t window = XCB_NONE;    // the one under the mouse
     xcb_window_t receiver = XCB_NONE;  // that, or another that receives messages for it
     std::uint32_t version = 0;
   };
@@ -101,9 +101,8 @@ DragSource::Body::Target DragSource::Body::TargetAt(Point point) {
     const xcb_window_t proxy = WordOf(window, "XdndProxy").value_or(XCB_NONE);
     const xcb_window_t receiver = proxy != XCB_NONE ? proxy : window;
     if (const auto version = WordOf(receiver, "XdndAware")) return {window, receiver, std::min(*version, kVersion)};
-    const auto cookie =
-        xcb_translate_coordinates(queries.get(), queries.root(), window, static_cast<std::int16_t>(point.x),
-                                  static_cast<std::int16_t>(point.y));
+    const auto cookie = xcb_translate_coordinates(
+        queries.get(), queries.root(), window, static_cast<std::int16_t>(point.x), static_cast<std::int16_t>(point.y));
     const XcbOwner<xcb_translate_coordinates_reply_t> reply(
         xcb_translate_coordinates_reply(queries.get(), cookie, nullptr));
     window = reply ? reply->child : static_cast<xcb_window_t>(XCB_NONE);

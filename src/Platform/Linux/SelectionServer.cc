@@ -208,8 +208,7 @@ void SelectionServer::BeginTransfer(const Request& request, const Contents& cont
   const auto size = static_cast<std::uint32_t>(std::min<std::size_t>(contents.bytes->size(), UINT32_MAX));
   xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, request.requestor, request.property,
                       connection_.Atom("INCR"), 32, 1, &size);
-  transfers_.push_back(
-      {request, connection_.Atom(contents.type), contents.bytes, 0, Clock::now() + kTransferDeadline});
+  transfers_.push_back({request, connection_.Atom(contents.type), contents.bytes, 0, Clock::now() + kTransferDeadline});
   Notify(request, true);
 }
 
@@ -224,9 +223,8 @@ void SelectionServer::HandleProperty(const xcb_property_notify_event_t& event) {
   SendChunk(*transfer);
   if (!wasAll) return;
   transfers_.erase(transfer);
-  const bool isBusy = std::any_of(transfers_.begin(), transfers_.end(), [&event](const Transfer& each) {
-    return each.request.requestor == event.window;
-  });
+  const bool isBusy = std::any_of(transfers_.begin(), transfers_.end(),
+                                  [&event](const Transfer& each) { return each.request.requestor == event.window; });
   if (!isBusy) WatchRequestor(event.window, false);
 }
 

@@ -22,8 +22,8 @@ constexpr std::array<std::string_view, 6> kTextTargets = {
 
 // Answers about the selection itself.
 constexpr std::array<std::string_view, 12> kNoContents = {
-    "TARGETS", "TIMESTAMP", "MULTIPLE",  "SAVE_TARGETS", "DELETE",        "INSERT_SELECTION",
-    "USER",    "HOST_NAME", "HOSTNAME",  "OWNER_OS",     "CLIENT_WINDOW", "INSERT_PROPERTY",
+    "TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "DELETE",        "INSERT_SELECTION",
+    "USER",    "HOST_NAME", "HOSTNAME", "OWNER_OS",     "CLIENT_WINDOW", "INSERT_PROPERTY",
 };
 
 struct TypeAndTarget {

@@ -214,8 +214,7 @@ void CompleteToolbars() {
       Exchange([NSToolbar class], @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
   configuration = Exchange([NSToolbar class], @selector(_config), "ts_config", ConfigurationIfAutosaved);
   save = Exchange([NSToolbar class], @selector(_saveConfig), "ts_saveConfig", SaveIfAutosaved);
-  setDisplayMode =
-      Exchange([NSToolbar class], @selector(setDisplayMode:), "ts_setDisplayMode:", SetAndSaveDisplayMode);
+  setDisplayMode = Exchange([NSToolbar class], @selector(setDisplayMode:), "ts_setDisplayMode:", SetAndSaveDisplayMode);
   setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
   layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
   backgroundColor = Exchange(NSClassFromString(@"GSTheme"), @selector(toolbarBackgroundColor),
