@@ -208,3 +208,39 @@ test('without a page there is no drag', async (t) => {
   assert.deepStrictEqual(received.contents, { 'text/uri-list': 'https://second.example/\r\n' });
   assert.ok(isAlone);
 });
+
+test('a window may close in the middle of a drag', async (t) => {
+  const { offered, contents } = await inWindows(
+    t,
+    `${besideTarget('refuse')}
+     m.setCurrentURL('https://a.example/', null, 'Title');
+     const [left, top] = await icon();
+     await run('xdotool', 'mousemove', left, top, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mousemove_relative', 5, 5);
+     for (const [across, down] of onTarget) await run('xdotool', 'mousemove', across, down, 'sleep', 0.2);
+     host.closeWindow(handle);
+     const report = await received();
+     await run('xdotool', 'mouseup', 1);
+     await open({ title: 'Second' });
+     print(report);`,
+  );
+  assert.ok(offered.includes('text/uri-list'));
+  assert.deepStrictEqual(contents, {});
+});
+
+test('a program that hangs has no drag hanging', async (t) => {
+  const { report } = await inWindows(
+    t,
+    `${besideTarget('accept', ['text/uri-list'])}
+     m.setCurrentURL('https://first.example/', null, 'First');
+     other.kill('SIGSTOP');
+     const start = Date.now();
+     await dragTo(onTarget);
+     // Only the drag waits, and not for ever.
+     await new Promise((resolve) => setTimeout(resolve, 5500));
+     other.kill('SIGCONT');
+     m.setCurrentURL('https://second.example/', null, 'Second');
+     await dragTo(onTarget);
+     print({ report: await received() });`,
+  );
+  assert.deepStrictEqual(report.contents, { 'text/uri-list': 'https://second.example/\r\n' });
+});

@@ -18,8 +18,10 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-// One message to the pasteboard server holds 32 MiB at most; a larger one would end the connection.
-constexpr NSUInteger kMostInServer = 31 << 20;
+// For all values together. The pasteboard server takes a second for ten times as much, and a single message of more
+// than 32 MiB would end the connection.
+constexpr NSUInteger kMostInServer = 1 << 20;
+constexpr NSUInteger kLargestMessage = 31 << 20;
 
 // What the server of GNUstep answers about itself, as hardly any other program does.
 constexpr char kOnlyServersTarget[] = "OWNER_OS";
@@ -56,7 +58,8 @@ struct Clipboard {
   ForeignClipboard foreign;
   std::shared_ptr<platform::ClipboardOffer> offer;
   bool isTakenFromServer = false;
-  Ref<NSObject> owner;  // who has declared the types that the server keeps, if it was somebody here
+  Ref<NSObject> owner;      // who has declared the types that the server keeps, if it was somebody here
+  NSUInteger inServer = 0;  // bytes, since then
 
   static Clipboard& Shared() {
     static auto& clipboard = *new Clipboard();
@@ -202,6 +205,7 @@ NSString* Text(NSData* data) {
   }
   LeaveToServer();
   clipboard.owner = Retain(static_cast<NSObject*>(provider));
+  clipboard.inServer = 0;
   const int change = [super declareTypes:types owner:provider];
   clipboard.foreign.NoteServer();
   return change;
@@ -209,13 +213,15 @@ NSString* Text(NSData* data) {
 
 - (BOOL)setData:(NSData*)data forType:(NSString*)type {
   Clipboard& clipboard = Clipboard::Shared();
-  if (!clipboard.offer && [data length] > kMostInServer) [self takeOverFromServer];
+  if (!clipboard.offer && clipboard.inServer + [data length] > kMostInServer) [self takeOverFromServer];
   if (clipboard.offer) return clipboard.offer->IsCurrent() && clipboard.offer->Set(type, data);
-  return [data length] <= kMostInServer && [super setData:data forType:type];
+  clipboard.inServer += [data length];
+  return [data length] <= kLargestMessage && [super setData:data forType:type];
 }
 
 // What the server already has moves to this process, with what will be provided later.
 - (void)takeOverFromServer {
+  if (CurrentHolder() != Holder::kServer) return;
   Clipboard& clipboard = Clipboard::Shared();
   NSMutableArray* types = [NSMutableArray array];
   NSMutableDictionary* values = [NSMutableDictionary dictionary];
