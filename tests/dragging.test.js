@@ -233,7 +233,6 @@ test('a program that hangs has no drag hanging', async (t) => {
     `${besideTarget('accept', ['text/uri-list'])}
      m.setCurrentURL('https://first.example/', null, 'First');
      other.kill('SIGSTOP');
-     const start = Date.now();
      await dragTo(onTarget);
      // Only the drag waits, and not for ever.
      await new Promise((resolve) => setTimeout(resolve, 5500));

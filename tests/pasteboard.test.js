@@ -7,7 +7,7 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, eventually, temporaryDirectory } = require('./support/child');
+const { evaluate, eventually, startScript, temporaryDirectory } = require('./support/child');
 const { useSession } = require('./support/session');
 
 const session = useSession();
@@ -218,12 +218,21 @@ test('values of a type nobody has, and a program that doesn’t answer', async (
   assert.ok(Date.now() - start < 30000);
 });
 
-test('a program that ends in the middle', async (t) => {
+test('a program that ends while it is asked', async (t) => {
   const owner = await putByXclip(t, 'from a program that ends');
   owner.kill('SIGSTOP');
-  const answer = inSession(t, 'console.log(JSON.stringify([m.saveGeneralPasteboard(), m.saveGeneralPasteboard()]));');
-  setTimeout(() => owner.kill('SIGKILL'), 1000);
-  assert.strictEqual((await answer)[0], false);
+  const asking = startScript(
+    t,
+    `const { module: m } = probe();
+     require('fs').writeSync(1, 'asking ');
+     const start = Date.now();
+     require('fs').writeSync(1, JSON.stringify([m.saveGeneralPasteboard(), Date.now() - start < 2500]));`,
+    { env: session.env },
+  );
+  await eventually(() => asking.output.stdout.startsWith('asking'), 'the question');
+  await new Promise((resolve) => setTimeout(resolve, 200));
+  owner.kill('SIGKILL');
+  await asking.printed('asking [false,true]');
 });
 
 test('addresses are written in all forms that others take', async (t) => {

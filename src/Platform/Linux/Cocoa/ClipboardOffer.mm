@@ -4,8 +4,16 @@
 
 #include <algorithm>
 #include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
 #include <utility>
+#include <vector>
 
+#include "Platform/Linux/Cocoa/PasteboardTargets.h"
+#include "Platform/Linux/SelectionServer.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
@@ -27,42 +35,71 @@ std::vector<std::string> TargetsOf(NSArray* types) {
 
 }  // namespace
 
+// What other programs get, on the selection server's thread.
+class ClipboardOffer::Copy {
+ public:
+  void Set(const std::string& target, std::string bytes) {
+    const std::lock_guard lock(mutex_);
+    contents_[target] = std::make_shared<const std::string>(std::move(bytes));
+  }
+
+  [[nodiscard]] std::optional<SelectionServer::Contents> Get(const std::string& target) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = contents_.find(target);
+    if (found == contents_.end()) return std::nullopt;
+    return SelectionServer::Contents{target, found->second};
+  }
+
+  void NoteListed() {
+    const std::lock_guard lock(mutex_);
+    isListed_ = true;
+    listed_.notify_all();
+  }
+
+  void WaitUntilListed() {
+    std::unique_lock lock(mutex_);
+    listed_.wait_for(lock, kListingDeadline, [this] { return isListed_; });
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::condition_variable listed_;
+  bool isListed_ = false;
+  std::map<std::string, std::shared_ptr<const std::string>> contents_;  // by target
+};
+
 ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner)
     : pasteboard_(Retain(pasteboard)),
       types_(Adopt([[NSArray alloc] initWithArray:types copyItems:YES])),
       owner_(Retain(static_cast<NSObject*>(owner))),
-      values_(Adopt([[NSMutableDictionary alloc] init])) {}
+      values_(Adopt([[NSMutableDictionary alloc] init])),
+      copy_(std::make_shared<Copy>()) {}
 
 std::shared_ptr<ClipboardOffer> ClipboardOffer::Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
   auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
-  const auto provide = [weak = std::weak_ptr(offer)](const std::string& target, const SelectionServer::Answer& answer) {
-    const auto current = weak.lock();
-    return current ? current->Answer(target, answer) : answer(std::nullopt);
-  };
-  const auto listed = [weak = std::weak_ptr(offer)] {
-    if (const auto current = weak.lock()) current->NoteListed();
-  };
-  const auto lost = [weak = std::weak_ptr(offer)] {
-    MainQueue::Shared().Post([weak] {
-      if (const auto former = weak.lock()) former->Lose();
+  // Only the main thread may hold the offer itself: its end is the end of Cocoa's objects.
+  const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
+    MainQueue::Shared().Post([weak, task = std::move(task)] {
+      if (const auto current = weak.lock()) task(*current);
     });
   };
+  const auto provide = [copy = offer->copy_, onMainThread](const std::string& target,
+                                                           const SelectionServer::Answer& answer) {
+    if (auto contents = copy->Get(target)) return answer(std::move(contents));
+    onMainThread([copy, target, answer](ClipboardOffer& current) {
+      current.Provide(target);
+      answer(copy->Get(target));
+    });
+  };
+  const auto listed = [copy = offer->copy_] { copy->NoteListed(); };
+  const auto lost = [onMainThread] { onMainThread(&ClipboardOffer::Lose); };
   if (!SelectionServer::Shared().Take(kClipboard, {TargetsOf(types), provide, listed, lost})) return nullptr;
   return offer;
 }
 
 bool ClipboardOffer::IsCurrent() const { return isCurrent_ && SelectionServer::Shared().Owns(kClipboard); }
 
-void ClipboardOffer::NoteListed() {
-  const std::lock_guard lock(mutex_);
-  isListed_ = true;
-  listed_.notify_all();
-}
-
-void ClipboardOffer::WaitUntilListed() {
-  std::unique_lock lock(mutex_);
-  listed_.wait_for(lock, kListingDeadline, [this] { return isListed_; });
-}
+void ClipboardOffer::WaitUntilListed() { copy_->WaitUntilListed(); }
 
 void ClipboardOffer::Withdraw() {
   if (!IsCurrent()) return;
@@ -74,9 +111,9 @@ bool ClipboardOffer::Set(NSString* type, NSData* data) {
   if (![types_ containsObject:type]) return false;
   TargetContents targets;
   if (data != nil) AddTargets(type, data, targets);
-  [values_ setObject:data != nil ? [[data copy] autorelease] : [NSData data] forKey:type];
-  const std::lock_guard lock(mutex_);
-  for (auto& [target, bytes] : targets) contents_[target] = std::make_shared<const std::string>(std::move(bytes));
+  auto value = Adopt(data != nil ? static_cast<NSData*>([data copy]) : [[NSData alloc] init]);
+  [values_ setObject:value forKey:type];
+  for (auto& [target, bytes] : targets) copy_->Set(target, std::move(bytes));
   return true;
 }
 
@@ -91,25 +128,12 @@ void ClipboardOffer::AskOwner(NSString* type) {
   }
 }
 
-std::optional<SelectionServer::Contents> ClipboardOffer::Known(const std::string& target) {
-  const std::lock_guard lock(mutex_);
-  const auto found = contents_.find(target);
-  if (found == contents_.end()) return std::nullopt;
-  return SelectionServer::Contents{target, found->second};
-}
-
-void ClipboardOffer::Answer(const std::string& target, const SelectionServer::Answer& answer) {
-  if (auto known = Known(target)) return answer(std::move(known));
-  MainQueue::Shared().Post([self = shared_from_this(), target, answer] { self->AnswerFromOwner(target, answer); });
-}
-
-void ClipboardOffer::AnswerFromOwner(const std::string& target, const SelectionServer::Answer& answer) {
+void ClipboardOffer::Provide(const std::string& target) {
   for (NSString* type in types_.get()) {
     const std::vector<std::string> targets = TargetsOfType(type);
     const bool isOfType = std::find(targets.begin(), targets.end(), target) != targets.end();
     if (isOfType && [values_ objectForKey:type] == nil) AskOwner(type);
   }
-  answer(Known(target));
 }
 
 void ClipboardOffer::Lose() {

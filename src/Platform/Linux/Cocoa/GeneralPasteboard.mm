@@ -12,6 +12,7 @@
 
 #include "Platform/Linux/Cocoa/ClipboardOffer.h"
 #include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
+#include "Platform/Linux/Cocoa/PasteboardTargets.h"
 #include "Platform/Linux/SelectionReader.h"
 
 namespace platform = tessaro::platform;
@@ -127,7 +128,7 @@ void Offer(NSPasteboard* pasteboard, NSArray* types, id owner) {
 void LeaveToServer() {
   Clipboard& clipboard = Clipboard::Shared();
   if (!clipboard.offer) return;
-  if (clipboard.isTakenFromServer) clipboard.offer->WaitUntilListed();
+  if (clipboard.isTakenFromServer && clipboard.offer->IsCurrent()) clipboard.offer->WaitUntilListed();
   clipboard.offer->Withdraw();
   clipboard.offer = nullptr;
 }
