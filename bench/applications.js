@@ -45,7 +45,8 @@ function pasteboard(module, menus) {
     });
   for (const [title, content] of [
     ['100 types of 1 KB', types(100, 1024)],
-    ['2 types of 24 MB', types(2, 24 << 20)],
+    ['100 types, 64 MB in all', types(100, (64 << 20) / 100)],
+    ['one type of 64 MB', types(1, 64 << 20)],
   ]) {
     menus.putOnPasteboard(content);
     const pair = () => [module.saveGeneralPasteboard(), module.restoreGeneralPasteboard()];

@@ -69,6 +69,11 @@ class Host extends EventEmitter {
     this.#addon.setWindowTitle(handle, title);
   }
 
+  /** Gives a window the icon of a file; an empty path takes it away. */
+  setRepresentedFilename(handle, path) {
+    this.#addon.setRepresentedFilename(handle, path);
+  }
+
   windowInfo(handle) {
     return this.#addon.windowInfo(handle);
   }

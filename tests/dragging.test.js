@@ -130,3 +130,116 @@ test('a drag of the title carries the page’s address', async (t) => {
     none,
   ]);
 });
+
+// A window with the icon of a document, and another program's window beside it.
+const besideTarget = (answer, types = []) => `
+  ${listening}
+  host.setRepresentedFilename(handle, '/etc/hosts');
+  await settled(handle);
+  const { spawn } = require('child_process');
+  const [title, x, y] = ['Drop target', 1000, 500];
+  const node = process.env.TESSARO_NODE || process.execPath;
+  const other = spawn(node, ['host/receiveDrop.js', title, x, y, ${JSON.stringify(answer)}, ...${JSON.stringify(types)}], {
+    stdio: ['ignore', 'pipe', 'inherit'],
+  });
+  process.on('exit', () => other.kill('SIGKILL'));
+  let said = '';
+  other.stdout.on('data', (text) => (said += text));
+  const shown = () => run('xdotool', 'search', '--onlyvisible', '--name', title);
+  await eventually(shown, 'the other window');
+  const received = () => eventually(() => said.endsWith('\\n') && JSON.parse(said), 'the report');
+  // The mouse of a person: presses, moves a little, then all the way, and lets go.
+  const icon = () => onScreen(handle, host.windowInfo(handle).accessories[0]);
+  const dragTo = async (steps) => {
+    const [left, top] = await icon();
+    await run('xdotool', 'mousemove', left, top, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mousemove_relative', 5, 5);
+    for (const [across, down] of steps) await run('xdotool', 'mousemove', across, down, 'sleep', 0.2);
+    await run('xdotool', 'mouseup', 1);
+  };
+  const onTarget = [[1050, 600], [1090, 590], [1095, 595]];`;
+
+test('the icon of the document, dragged by the mouse, brings another program the page’s address', async (t) => {
+  const types = ['text/uri-list', 'text/x-moz-url', 'UTF8_STRING', 'no/such-type'];
+  const { offered, contents } = await inWindows(
+    t,
+    `${besideTarget('accept', types)}
+     m.setCurrentURL('https://a.example/?q=1', 'https://mail.example.org/1', 'Tïtle');
+     await dragTo(onTarget);
+     print(await received());`,
+  );
+  const url = 'https://a.example/?q=1';
+  assert.deepStrictEqual(
+    types.map((type) => offered.includes(type)),
+    [true, true, true, false],
+  );
+  assert.strictEqual(contents['text/uri-list'], `${url}\r\n`);
+  assert.strictEqual(contents.UTF8_STRING, url);
+  assert.strictEqual(Buffer.from(contents['text/x-moz-url'], 'latin1').toString('utf16le'), `${url}\nTïtle`);
+});
+
+test('a program that refuses and no program at all end the drag', async (t) => {
+  const { refused, dropped } = await inWindows(
+    t,
+    `${besideTarget('refuse')}
+     m.setCurrentURL('https://a.example/', null, 'Title');
+     await dragTo(onTarget);
+     const refused = await received();
+     await dragTo([[640, 790], [640, 795]]);
+     // Nothing of it is left: the next drag, to the page of the window itself, arrives.
+     const before = dropped().length;
+     const { frame } = host.windowInfo(handle);
+     await dragTo([[frame.x + 200, 800 - frame.y - 100], [frame.x + 205, 800 - frame.y - 105]]);
+     print({ refused, dropped: dropped().slice(before) });`,
+  );
+  assert.ok(refused.offered.includes('text/uri-list'));
+  assert.deepStrictEqual(refused.contents, {});
+  assert.deepStrictEqual(dropped, []);
+});
+
+test('without a page there is no drag', async (t) => {
+  const { received, isAlone } = await inWindows(
+    t,
+    `${besideTarget('accept', ['text/uri-list'])}
+     await dragTo(onTarget);
+     m.setCurrentURL('https://second.example/', null, 'Second');
+     await dragTo(onTarget);
+     print({ received: await received(), isAlone: host.windowInfo(handle).accessories.length === 1 });`,
+  );
+  assert.deepStrictEqual(received.contents, { 'text/uri-list': 'https://second.example/\r\n' });
+  assert.ok(isAlone);
+});
+
+test('a window may close in the middle of a drag', async (t) => {
+  const { offered, contents } = await inWindows(
+    t,
+    `${besideTarget('refuse')}
+     m.setCurrentURL('https://a.example/', null, 'Title');
+     const [left, top] = await icon();
+     await run('xdotool', 'mousemove', left, top, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mousemove_relative', 5, 5);
+     for (const [across, down] of onTarget) await run('xdotool', 'mousemove', across, down, 'sleep', 0.2);
+     host.closeWindow(handle);
+     const report = await received();
+     await run('xdotool', 'mouseup', 1);
+     await open({ title: 'Second' });
+     print(report);`,
+  );
+  assert.ok(offered.includes('text/uri-list'));
+  assert.deepStrictEqual(contents, {});
+});
+
+test('a program that hangs has no drag hanging', async (t) => {
+  const { report } = await inWindows(
+    t,
+    `${besideTarget('accept', ['text/uri-list'])}
+     m.setCurrentURL('https://first.example/', null, 'First');
+     other.kill('SIGSTOP');
+     await dragTo(onTarget);
+     // Only the drag waits, and not for ever.
+     await new Promise((resolve) => setTimeout(resolve, 5500));
+     other.kill('SIGCONT');
+     m.setCurrentURL('https://second.example/', null, 'Second');
+     await dragTo(onTarget);
+     print({ report: await received() });`,
+  );
+  assert.deepStrictEqual(report.contents, { 'text/uri-list': 'https://second.example/\r\n' });
+});

@@ -2,11 +2,12 @@
 
 const assert = require('assert');
 const { execFileSync, spawn } = require('child_process');
+const crypto = require('crypto');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, eventually, temporaryDirectory } = require('./support/child');
+const { evaluate, eventually, startScript, temporaryDirectory } = require('./support/child');
 const { useSession } = require('./support/session');
 
 const session = useSession();
@@ -14,31 +15,39 @@ const session = useSession();
 const selection = ['-selection', 'clipboard'];
 
 /** Another program at the same clipboard. It owns what it has put there until the test ends, or somebody else does. */
-async function putByXclip(t, text) {
-  const child = spawn('xclip', [...selection, '-i', '-quiet'], {
+async function putByXclip(t, content, target = 'UTF8_STRING') {
+  const child = spawn('xclip', [...selection, '-i', '-quiet', '-t', target], {
     env: { ...process.env, ...session.env },
     stdio: ['pipe', 'ignore', 'ignore'],
   });
   t.after(() => child.kill('SIGKILL'));
-  child.stdin.end(text);
-  await eventually(() => readByXclip() === text, 'xclip has the clipboard');
+  child.stdin.end(content);
+  await eventually(() => readByXclip(target)?.equals(Buffer.from(content)), 'xclip has the clipboard');
   return child;
 }
 
-function readByXclip() {
+function readByXclip(target = 'UTF8_STRING') {
   try {
-    return execFileSync('xclip', [...selection, '-o'], {
+    return execFileSync('xclip', [...selection, '-o', '-t', target], {
       env: { ...process.env, ...session.env },
-      encoding: 'utf8',
+      maxBuffer: 100 << 20,
       stdio: ['ignore', 'pipe', 'ignore'],
-      timeout: 5000,
+      timeout: 20000,
     });
   } catch {
     return null;
   }
 }
 
-const inSession = (t, source) => evaluate(t, `const { module: m, menus } = probe();\n${source}`, { env: session.env });
+const digest = (bytes) => crypto.createHash('sha256').update(bytes).digest('hex');
+
+const prelude = `
+  const { execFile } = require('child_process');
+  const digest = (bytes) => require('crypto').createHash('sha256').update(bytes).digest('hex');
+  const large = { encoding: 'buffer', maxBuffer: 100 << 20 };
+  const { module: m, menus } = probe();`;
+
+const inSession = (t, source) => evaluate(t, `${prelude}\n${source}`, { env: session.env });
 
 test('a snapshot is taken once, survives what comes after it, and is put back once', async (t) => {
   await putByXclip(t, 'Grüße 😀\nfrom another program');
@@ -52,7 +61,7 @@ test('a snapshot is taken once, survives what comes after it, and is put back on
   );
   const text = JSON.stringify(['Grüße 😀\nfrom another program']);
   assert.deepStrictEqual(seen, [false, true, false, '["of the module"]', true, false, text]);
-  assert.strictEqual(readByXclip(), 'Grüße 😀\nfrom another program');
+  assert.strictEqual(readByXclip().toString(), 'Grüße 😀\nfrom another program');
 });
 
 test('all types come back byte by byte, files one by one', async (t) => {
@@ -75,18 +84,78 @@ test('all types come back byte by byte, files one by one', async (t) => {
   assert.deepStrictEqual(seen, [true, true, true, 3, true, true, true, 1, true, true, true, 0, files]);
 });
 
-test('a large value comes back whole, one that is too large is refused', async (t) => {
+test('64 MiB come back whole, and go to other programs in pieces', async (t) => {
   const file = path.join(temporaryDirectory(t), 'large.png');
-  fs.writeFileSync(file, Buffer.alloc(64 << 20));
+  const bytes = crypto.randomBytes(64 << 20);
+  fs.writeFileSync(file, bytes);
   const seen = await inSession(
     t,
-    `const seen = [...JSON.parse(menus.largeValueSurvives(JSON.stringify({ bytes: 12 << 20 })))];
-     seen.push(m.writeFileContentsToGeneralPasteboard(${JSON.stringify(file)}));
+    `const seen = [...JSON.parse(menus.largeValueSurvives(JSON.stringify({ bytes: ${64 << 20} })))];
+     seen.push(m.writeFileContentsToGeneralPasteboard(${JSON.stringify(file)}), m.doesPasteboardContainImage());
      m.setFindStringToPasteboard('still there');
      seen.push(m.getFindStringFromPasteboard());
-     console.log(JSON.stringify(seen));`,
+     execFile('xclip', ['-selection', 'clipboard', '-o', '-t', 'image/png'], large, (error, out) => {
+       console.log(JSON.stringify([...seen, digest(out)]));
+       process.exit();
+     });`,
   );
-  assert.deepStrictEqual(seen, [true, false, 'still there']);
+  assert.deepStrictEqual(seen, [true, true, 1, 'still there', digest(bytes)]);
+});
+
+test('what other programs copy is saved and restored byte by byte', async (t) => {
+  const html = '<p>Grüße &amp; <b>😀</b></p>';
+  const table = [
+    ['text/html', 'public.html', Buffer.from(html)],
+    ['image/png', 'public.png', crypto.randomBytes(64 << 20)],
+    ['image/jpeg', 'public.jpeg', Buffer.from([0xff, 0xd8, 0, 10, 255])],
+    ['application/x-of-its-own', 'application/x-of-its-own', Buffer.from([0, 1, 2])],
+    ['text/uri-list', 'text/uri-list', Buffer.from('file:///tmp/a%20b\r\nhttps://a.example/\r\n')],
+  ];
+  for (const [target, type, bytes] of table) {
+    const owner = await putByXclip(t, bytes, target);
+    const seen = await inSession(
+      t,
+      `const types = () => menus.typesOnPasteboard('null');
+       const before = types();
+       const seen = [m.doesPasteboardContainImage(), JSON.parse(before).includes(${JSON.stringify(type)})];
+       const strings = ${bytes.length < 1024} ? JSON.parse(m.getValueOfPasteboardType(${JSON.stringify(type)})) : [];
+       seen.push(m.saveGeneralPasteboard());
+       menus.putOnPasteboard(JSON.stringify({ text: 'between' }));
+       seen.push(m.restoreGeneralPasteboard(), types() === before);
+       execFile('xclip', ['-selection', 'clipboard', '-o', '-t', ${JSON.stringify(target)}], large, (error, out) => {
+         console.log(JSON.stringify([...seen, digest(out), strings]));
+         process.exit();
+       });`,
+    );
+    const strings = target.startsWith('text/') ? [bytes.toString()] : seen.at(-1);
+    const isImage = target.startsWith('image/') ? 1 : 0;
+    assert.deepStrictEqual(seen, [isImage, true, true, true, true, digest(bytes), strings], target);
+    owner.kill('SIGKILL');
+  }
+});
+
+test('files that a file manager copies are items', async (t) => {
+  await putByXclip(t, Buffer.from('file:///tmp/a%20b\r\nfile:///tmp/%2541\r\n'), 'text/uri-list');
+  const seen = await inSession(t, "console.log(m.getValueOfPasteboardType('public.file-url'));");
+  assert.deepStrictEqual(seen, ['file:///tmp/a%20b', 'file:///tmp/%2541']);
+});
+
+test('what is provided later is provided when another program asks, and once', async (t) => {
+  const seen = await inSession(
+    t,
+    `const seen = [menus.offerLazily('null')];
+     const ask = (target) => new Promise((resolve) =>
+       execFile('xclip', ['-selection', 'clipboard', '-o', '-t', target], large, (error, out) => resolve(out.toString())));
+     (async () => {
+       seen.push((await ask('TARGETS')).includes('image/png'), menus.timesProvided('null'));
+       seen.push(await ask('image/png'), await ask('image/png'), menus.timesProvided('null'));
+       seen.push(await ask('text/html'), m.getValueOfPasteboardType('public.html'), menus.timesProvided('null'));
+       console.log(JSON.stringify(seen));
+       process.exit();
+     })();`,
+  );
+  const [html, png] = ['of public.html', 'of public.png'];
+  assert.deepStrictEqual(seen, ['[]', true, '[0]', png, png, '[1]', html, JSON.stringify([html]), '[2]']);
 });
 
 test('the contents of image files', async (t) => {
@@ -145,9 +214,25 @@ test('values of a type nobody has, and a program that doesn’t answer', async (
     `console.log(JSON.stringify([m.getValueOfPasteboardType('no.such.type'), m.getValueOfPasteboardType('NSStringPboardType'),
        m.saveGeneralPasteboard()]));`,
   );
-  assert.deepStrictEqual(seen, ['[]', null, false]);
+  assert.deepStrictEqual(seen, [null, null, false]);
   assert.ok(Date.now() - start < 30000);
+});
+
+test('a program that ends while it is asked', async (t) => {
+  const owner = await putByXclip(t, 'from a program that ends');
+  owner.kill('SIGSTOP');
+  const asking = startScript(
+    t,
+    `const { module: m } = probe();
+     require('fs').writeSync(1, 'asking ');
+     const start = Date.now();
+     require('fs').writeSync(1, JSON.stringify([m.saveGeneralPasteboard(), Date.now() - start < 2500]));`,
+    { env: session.env },
+  );
+  await eventually(() => asking.output.stdout.startsWith('asking'), 'the question');
+  await new Promise((resolve) => setTimeout(resolve, 200));
   owner.kill('SIGKILL');
+  await asking.printed('asking [false,true]');
 });
 
 test('addresses are written in all forms that others take', async (t) => {

@@ -5,7 +5,7 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { runScript } = require('./support/child');
+const { runScript, temporaryDirectory } = require('./support/child');
 const { useSession } = require('./support/session');
 const { useWindows } = require('./support/windows');
 
@@ -270,6 +270,81 @@ test('images follow the appearance', async (t) => {
   ]);
 });
 
+test('images follow the desktop’s settings while windows are open', async (t) => {
+  const seen = await inWindows(
+    t,
+    withToolbar(
+      `
+      const { spawn } = require('child_process');
+      // No real portal runs without a desktop.
+      const portal = spawn(process.env.TESSARO_NODE || process.execPath, ['-e', \`
+        const { bus } = require('./tests/support/addon').probe();
+        process.stdin.on('data', (data) => bus.setPortalScheme(Number(data)));\`], { stdio: ['pipe', 'ignore', 'inherit'] });
+      process.on('exit', () => portal.kill('SIGKILL'));
+      const images = () => [item('inbox').image, item('archive').buttonImage, state().addTab.isDarkMode];
+      const second = await open({ title: 'Second' });
+      m.addToolbarToWindow(second, 8, JSON.stringify(definition));
+      const inSecond = () => ask('toolbarState', { id: 8 }).items[0].image;
+      const seen = [[...images(), inSecond()]];
+      for (const scheme of ['1', '2']) {
+        portal.stdin.write(scheme);
+        await eventually(() => images()[2] === (scheme === '1') && inSecond() === images()[0], 'the other look');
+        seen.push([...images(), inSecond()]);
+      }
+      print(seen);`,
+      {
+        ...definition,
+        items: definition.items.map((each) => (each['image-name'] ? { ...each, 'image-name': 'TB_Archive' } : each)),
+      },
+    ),
+  );
+  const light = ['TB_Archive', 'TB_Archive', false, 'TB_Archive'];
+  const dark = ['TB_Archive--wdark', 'TB_Archive--wdark', true, 'TB_Archive--wdark'];
+  assert.deepStrictEqual(seen, [light, dark, light]);
+});
+
+test('what a person makes of a toolbar is there again in the next process, where it is to be', async (t) => {
+  const home = temporaryDirectory(t);
+  const sets = [];
+  for (const [step, autosaves] of [
+    ['change', true],
+    ['look', true],
+    ['change', false],
+    ['look', false],
+  ]) {
+    const text = JSON.stringify({
+      ...definition,
+      identifier: `saved ${autosaves}`,
+      options: { 'autosaves-configuration?': autosaves },
+    });
+    sets.push(
+      await inWindows(
+        t,
+        `const handle = await open({ title: 'First', width: 700, height: 300 });
+         m.addToolbarToWindow(handle, 7, ${JSON.stringify(text)});
+         const identifiers = () => ask('toolbarState', { id: 7 }).items.map((each) => each.identifier);
+         const before = identifiers();
+         if (${step === 'change'}) {
+           ask('insertItem', { id: 7, item: 'spare', at: 0 });
+           ask('removeItem', { id: 7, at: 2 });
+         }
+         print([before, identifiers()]);`,
+        {},
+        { home },
+      ),
+    );
+  }
+  const [flexible, separator] = ['NSToolbarFlexibleSpaceItem', 'NSToolbarSeparatorItem'];
+  const before = ['inbox', 'archive', flexible, separator, 'plain'];
+  const after = ['spare', 'inbox', flexible, separator, 'plain'];
+  assert.deepStrictEqual(sets, [
+    [before, after],
+    [after, after],
+    [before, after],
+    [before, before],
+  ]);
+});
+
 test('the add-tab button is drawn in the colours of its window', async (t) => {
   const looks = await inWindows(
     t,
@@ -389,4 +464,28 @@ test('a window may close while its toolbar, its palette or a click is at work', 
       print([...afterClick, ask('toolbarState', { id: 8 }) === undefined, m.isToolbarVisible(9)]);`),
   );
   assert.deepStrictEqual(result, [true, false, true, true]);
+});
+
+test('windows with toolbars leave nothing behind', async (t) => {
+  const { growth, windows: left } = await inWindows(
+    t,
+    `m.setToolbarCallbackFunctions(() => true, () => {}, () => {});
+     const turn = () => new Promise(setImmediate);
+     const cycle = async () => {
+       const handle = host.createWindow({ title: 'Cycle', width: 600, height: 300 });
+       m.addToolbarToWindow(handle, 7, ${JSON.stringify(JSON.stringify(definition))});
+       m.showAddTabButton(7);
+       await turn();
+       host.closeWindow(handle);
+       await turn();
+     };
+     const memory = () => process.memoryUsage().rss / 2 ** 20;
+     for (let i = 0; i < 50; ++i) await cycle();
+     const before = [memory(), ask('numberOfWindows')[0]];
+     for (let i = 0; i < 100; ++i) await cycle();
+     print({ growth: memory() - before[0], windows: ask('numberOfWindows')[0] - before[1] });`,
+  );
+  assert.strictEqual(left, 0);
+  // The pixels of each window alone are 0.7 MB.
+  assert.ok(growth < 15, `${growth} MB in 100 windows`);
 });

@@ -12,6 +12,7 @@
 #include "native/AtomApplication.h"
 #include "native/DockMenu.h"
 #include "native/DraggedFiles.h"
+#include "native/DropTarget.h"
 #include "native/FileDrag.h"
 #include "native/Host.h"
 #include "native/MainMenu.h"
@@ -85,6 +86,11 @@ id SetWindowTitle(Host& host, const Arguments& arguments) {
   return nil;
 }
 
+id SetRepresentedFilename(Host& host, const Arguments& arguments) {
+  host.windows().SetRepresentedFilename(arguments[0], arguments[1]);
+  return nil;
+}
+
 id WindowInfo(Host& host, const Arguments& arguments) { return host.windows().Describe(arguments[0]); }
 
 id KeyArrivals(Host&, const Arguments&) { return [static_cast<AtomApplication*>(NSApp) keyArrivals]; }
@@ -155,6 +161,28 @@ id Drag(Host&, const Arguments& arguments) {
   return NameOf(DragFiles([arguments[0] intValue], [arguments[1] intValue], paths));
 }
 
+NSString* BytesAsText(const std::string& bytes) {
+  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data()
+                                             length:bytes.size()
+                                           encoding:NSISOLatin1StringEncoding]);
+  return text.Autoreleased();
+}
+
+id Receive(Host&, const Arguments& arguments) {
+  NSDictionary* options = arguments[0];
+  std::vector<std::string> wanted;
+  for (NSString* type in static_cast<NSArray*>([options objectForKey:@"types"])) wanted.emplace_back([type UTF8String]);
+  const std::optional<ReceivedDrop> drop =
+      ReceiveDrop([[options objectForKey:@"title"] UTF8String], [[options objectForKey:@"x"] intValue],
+                  [[options objectForKey:@"y"] intValue], [[options objectForKey:@"isWilling"] boolValue], wanted);
+  if (!drop) return nil;
+  NSMutableArray* offered = [NSMutableArray array];
+  for (const std::string& type : drop->offered) [offered addObject:BytesAsText(type)];
+  NSMutableDictionary* contents = [NSMutableDictionary dictionary];
+  for (const auto& [type, bytes] : drop->contents) [contents setObject:BytesAsText(bytes) forKey:BytesAsText(type)];
+  return @{@"offered" : offered, @"contents" : contents};
+}
+
 // probe(name, argument): see RunLoopProbe.h.
 id Probe(Host& host, const Arguments& arguments) {
   SEL selector = NSSelectorFromString([arguments[0] stringByAppendingString:@":"]);
@@ -175,6 +203,7 @@ constexpr Entry kFunctions[] = {
     {"createWindow", CreateWindow},
     {"closeWindow", CloseWindow},
     {"setWindowTitle", SetWindowTitle},
+    {"setRepresentedFilename", SetRepresentedFilename},
     {"windowInfo", WindowInfo},
     {"keyArrivals", KeyArrivals},
     {"mainMenuDescription", MainMenuDescription},
@@ -186,6 +215,7 @@ constexpr Entry kFunctions[] = {
     {"bundleInfo", BundleInfo},
     {"localPaths", LocalPaths},
     {"dragFiles", Drag},
+    {"receiveDrop", Receive},
     {"probe", Probe},
 };
 

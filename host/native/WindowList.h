@@ -23,8 +23,10 @@ class WindowList {
   // Opens a window in front of the others and gives its handle.
   NSData* Open(NSString* title, NSSize size);
   void Close(NSData* handle);
-  // "title", "frame", "isVisible", "isKey", "isMain", "systemWindow" (the X window), "typedText", "droppedFiles" …
   void SetTitle(NSData* handle, NSString* title);
+  // The file whose icon a window shows; an empty path for none.
+  void SetRepresentedFilename(NSData* handle, NSString* path);
+  // "title", "frame", "isVisible", "isKey", "isMain", "systemWindow" (the X window), "typedText", "droppedFiles" …
   [[nodiscard]] NSDictionary* Describe(NSData* handle) const;
 
   [[nodiscard]] static NSData* HandleOf(id object);

@@ -11,6 +11,11 @@
 #include "native/ScriptEvents.h"
 #import "native/WebContentsViewCocoa.h"
 
+// Of AppKit, where it is complete.
+@interface NSWindow (Accessories)
+- (NSArray*)titlebarAccessoryViewControllers;
+@end
+
 namespace {
 
 // The window's number for other X clients.
@@ -46,6 +51,16 @@ NSArray* DescribeMenuBar(NSWindow* window) {
   return titles;
 }
 
+// The places of what the title bar has got beside the title, in the window's coordinates. GNUstep alone knows none.
+NSArray* DescribeAccessories(NSWindow* window) {
+  if (![window respondsToSelector:@selector(titlebarAccessoryViewControllers)]) return @[];
+  NSMutableArray* places = [NSMutableArray array];
+  for (NSViewController* each in [static_cast<id>(window) titlebarAccessoryViewControllers]) {
+    [places addObject:Describe([[each view] convertRect:[[each view] bounds] toView:nil])];
+  }
+  return places;
+}
+
 NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
 
 }  // namespace
@@ -75,6 +90,10 @@ void WindowList::SetTitle(NSData* handle, NSString* title) {
   [[window webContentsView] setNeedsDisplay:YES];
 }
 
+void WindowList::SetRepresentedFilename(NSData* handle, NSString* path) {
+  [WindowOf(handle) setRepresentedFilename:path];
+}
+
 NSDictionary* WindowList::Describe(NSData* handle) const {
   AtomNSWindow* window = WindowOf(handle);
   WebContentsViewCocoa* page = [window webContentsView];
@@ -83,6 +102,7 @@ NSDictionary* WindowList::Describe(NSData* handle) const {
     @"frame" : ::Describe([window frame]),
     @"content" : ::Describe([[window contentView] frame]),
     @"menuBar" : DescribeMenuBar(window),
+    @"accessories" : DescribeAccessories(window),
     @"isVisible" : Truth([window isVisible]),
     @"isKey" : Truth([window isKeyWindow]),
     @"isMain" : Truth([window isMainWindow]),

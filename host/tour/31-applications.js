@@ -54,8 +54,29 @@ function viewers({ module, screenshots }) {
   return ok('Applications for an extension', `${entries.length} open .txt${names ? `: ${names}` : ''}`);
 }
 
+// Print dialogs would offer what stands in that folder.
+function pdfEntry({ host, module }) {
+  const folder = path.join(os.homedir(), 'Library', 'PDF Services');
+  const entry = path.join(folder, 'Mail PDF with Tessaro');
+  const target = fs.existsSync(entry) ? fs.realpathSync(entry) : undefined;
+  module.uninstallPDFServices();
+  const isGone = !fs.existsSync(folder);
+  const detail = `“${path.basename(entry)}” leads to ${target && path.basename(target)}; taken away: ${isGone}`;
+  return (isGone && target === fs.realpathSync(host.bundleInfo().path) ? ok : failed)('PDF Services', detail);
+}
+
+async function timeTracker(stage) {
+  const { identifier } = stage.host.bundleInfo();
+  stage.module.registerAppleEventForTimingApp(() => JSON.stringify(['Inbox – ann@example.org', 'tessaro://mail/1']));
+  const question = ['--session', '--print-reply=literal', `--dest=${identifier}`, '/org/tessaro/Timing'];
+  const ask = () => stage.run('dbus-send', ...question, 'org.tessaro.Timing.List');
+  const answer = (await stage.until(ask)) || '';
+  const detail = answer.replace(/\s+/g, ' ').trim();
+  return (detail.includes('tessaro://mail/1') ? ok : failed)('Time tracker', `it is told ${detail || 'nothing'}`);
+}
+
 exports.run = async (stage) => {
-  const rows = [viewers(stage)];
+  const rows = [viewers(stage), await timeTracker(stage)];
   if (!process.env.TESSARO_SESSION || !os.homedir().startsWith(process.env.TESSARO_SESSION)) {
     return [...rows, notOffered('Task manager, mail handler', 'the settings of this desktop are left alone')];
   }
@@ -64,7 +85,7 @@ exports.run = async (stage) => {
   const entry = installTaskManager(folder, record);
   try {
     await stage.until(() => stage.module.isApplicationInstalled(todoist));
-    return [...rows, await taskByURL(stage, record), mailHandler(stage)];
+    return [...rows, await taskByURL(stage, record), mailHandler(stage), pdfEntry(stage)];
   } finally {
     fs.rmSync(entry);
     fs.rmSync(folder, { recursive: true, force: true });

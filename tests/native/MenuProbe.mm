@@ -351,6 +351,9 @@ void AttachMenuProbe(v8::Local<v8::Object> exports) {
   NODE_SET_METHOD(exports, "pasteboardTypes", Enter<PasteboardTypes>);
   NODE_SET_METHOD(exports, "largeValueSurvives", Enter<LargeValueSurvives>);
   NODE_SET_METHOD(exports, "putURLs", Enter<PutURLs>);
+  NODE_SET_METHOD(exports, "typesOnPasteboard", Enter<TypesOnPasteboard>);
+  NODE_SET_METHOD(exports, "offerLazily", Enter<OfferLazily>);
+  NODE_SET_METHOD(exports, "timesProvided", Enter<TimesProvided>);
   NODE_SET_METHOD(exports, "measureSendEvent", measureSendEvent);
   NODE_SET_METHOD(exports, "measurePreviousSendEvent", measurePreviousSendEvent);
 }

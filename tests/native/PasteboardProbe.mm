@@ -17,6 +17,45 @@ NSString* TextFor(NSString* type) {
 
 }  // namespace
 
+// Provides what it is asked for, and counts how often.
+@interface TsProbeProvider : NSObject {
+  int _times;
+}
+- (int)times;
+@end
+
+@implementation TsProbeProvider
+
+- (void)pasteboard:(NSPasteboard*)pasteboard provideDataForType:(NSString*)type {
+  ++_times;
+  [pasteboard setString:[@"of " stringByAppendingString:type] forType:type];
+}
+
+- (int)times {
+  return _times;
+}
+
+@end
+
+static TsProbeProvider* Provider() {
+  static const Ref<TsProbeProvider>& provider = *new Ref<TsProbeProvider>(Adopt([[TsProbeProvider alloc] init]));
+  return provider;
+}
+
+id OfferLazily(id) {
+  [General() declareTypes:@[ @"public.png", @"public.html" ] owner:Provider()];
+  return @[];
+}
+
+id TimesProvided(id) { return @[ @([Provider() times]) ]; }
+
+id TypesOnPasteboard(id) {
+  NSMutableArray* types = [NSMutableArray array];
+  NSArray* remote = [General() types];
+  for (NSUInteger i = 0; i < [remote count]; ++i) [types addObject:[remote objectAtIndex:i]];
+  return types;
+}
+
 void PutTypesOnPasteboard(NSDictionary* types) {
   [General() declareTypes:[[types allKeys] sortedArrayUsingSelector:@selector(compare:)] owner:nil];
   for (NSString* type in types) {

@@ -235,6 +235,11 @@ id insertItem(id arguments) {
   return nil;
 }
 
+id removeItem(id arguments) {
+  [[Controller(arguments) toolbar] removeItemAtIndex:[[arguments objectForKey:@"at"] integerValue]];
+  return nil;
+}
+
 id postThemeChange(id) {
   [[NSDistributedNotificationCenter defaultCenter] postNotificationName:@"AppleInterfaceThemeChangedNotification"
                                                                  object:nil
@@ -359,6 +364,7 @@ void AttachWindowProbe(v8::Local<v8::Object> exports) {
   PROBE(activate);
   PROBE(validateMenuItem);
   PROBE(insertItem);
+  PROBE(removeItem);
   PROBE(postThemeChange);
   PROBE(addTabColors);
   PROBE(dragOverPage);

@@ -47,6 +47,14 @@ const prelude = `
     // GNUstep's buttons miss the end of a press that has no length.
     await run('xdotool', 'mousemove', '--window', systemWindow, across, down, 'sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1);
   };
+  // The middle of a rectangle of the window, in its own coordinates, on the screen.
+  const onScreen = async (handle, { x, y, width, height }) => {
+    const { systemWindow, content } = host.windowInfo(handle);
+    const geometry = await run('xwininfo', '-id', systemWindow);
+    const [left, top] = ['X', 'Y'].map((axis) => Number(geometry.match('Absolute upper-left ' + axis + ': +(-?[0-9]+)')[1]));
+    const shown = Number(geometry.match(/Height: (\\d+)/)[1]);
+    return [left + x + width / 2 - content.x, top + shown - (y + height / 2 - content.y)].map(Math.round);
+  };
   const main = async () => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
   setImmediate(main);
 `;
@@ -54,8 +62,8 @@ const prelude = `
 /** Gives a function that runs `body`, script with a display, and gives what it prints. */
 function useWindows() {
   const session = useSession();
-  return (t, body, env = {}) =>
-    evaluate(t, `${prelude}\nasync function body() {\n${body}\n}`, { env: { ...session.env, ...env } });
+  return (t, body, env = {}, options = {}) =>
+    evaluate(t, `${prelude}\nasync function body() {\n${body}\n}`, { ...options, env: { ...session.env, ...env } });
 }
 
 module.exports = { useWindows };

@@ -13,24 +13,9 @@
 
 static NSString* const kFileURLType = @"public.file-url";
 
-// The pasteboard server may hang, as while it waits for another program's data. It takes some seconds for
-// the largest values too.
-static constexpr NSTimeInterval kServerDeadline = 10;
-
-// One message to it holds 32 MiB at most; a larger one would end the connection.
-static constexpr NSUInteger kLargestValue = 31 << 20;
-
-static void SetDeadline(id remote) {
-  if (![remote isProxy]) return;
-  NSConnection* connection = [static_cast<NSDistantObject*>(remote) connectionForProxy];
-  [connection setRequestTimeout:kServerDeadline];
-  [connection setReplyTimeout:kServerDeadline];
-}
-
 // GNUstep hands out the pasteboard server's own list, which can't be enumerated across the two processes.
 static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
   NSArray* remote = [pasteboard types];
-  SetDeadline(remote);
   const NSUInteger count = [remote count];
   NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
   for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
@@ -204,8 +189,7 @@ static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
   [self declareTypes:types owner:nil];
   BOOL allWritten = YES;
   for (NSUInteger i = 0; i < [types count]; ++i) {
-    NSData* value = [data objectAtIndex:i];
-    if ([value length] > kLargestValue || ![self setData:value forType:[types objectAtIndex:i]]) allWritten = NO;
+    if (![self setData:[data objectAtIndex:i] forType:[types objectAtIndex:i]]) allWritten = NO;
   }
   return allWritten;
 }

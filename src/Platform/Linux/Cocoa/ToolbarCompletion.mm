@@ -13,6 +13,8 @@
 - (NSArray*)_itemsWithIdentifier:(NSString*)identifier;
 - (NSArray*)_defaultItemIdentifiers;
 - (NSArray*)_allowedItemIdentifiers;
+- (NSDictionary*)_config;
+- (void)_saveConfig;
 @end
 
 @interface NSToolbarItem (TsPrivate)
@@ -71,6 +73,35 @@ NSArray* AllowedAndInserted(NSToolbar* toolbar, SEL selector) {
   NSArray* allowed = allowedIdentifiers(toolbar, selector);
   if (identifierBeingInserted == nil || [allowed containsObject:identifierBeingInserted]) return allowed;
   return [allowed arrayByAddingObject:identifierBeingInserted];
+}
+
+// ---- The saved configuration
+
+using Configuration = NSDictionary* (*)(NSToolbar*, SEL);
+using Save = void (*)(NSToolbar*, SEL);
+using SetDisplayMode = void (*)(NSToolbar*, SEL, NSToolbarDisplayMode);
+
+Configuration configuration = nullptr;
+Save save = nullptr;
+SetDisplayMode setDisplayMode = nullptr;
+
+// GNUstep saves every toolbar's items, and makes the next one of that name of them, whether it is to or not.
+NSDictionary* ConfigurationIfAutosaved(NSToolbar* toolbar, SEL selector) {
+  return [toolbar autosavesConfiguration] ? configuration(toolbar, selector) : nil;
+}
+
+// Half a minute later, as usual for preferences, the process may have ended.
+void SaveIfAutosaved(NSToolbar* toolbar, SEL selector) {
+  if (![toolbar autosavesConfiguration]) return;
+  save(toolbar, selector);
+  [[NSUserDefaults standardUserDefaults] synchronize];
+}
+
+// It saves the way items are shown only when it happens to save the items afterwards.
+void SetAndSaveDisplayMode(NSToolbar* toolbar, SEL selector, NSToolbarDisplayMode mode) {
+  const bool isOther = mode != [toolbar displayMode];
+  setDisplayMode(toolbar, selector, mode);
+  if (isOther && [[toolbar items] count] > 0) [toolbar _saveConfig];
 }
 
 // ---- Views
@@ -181,6 +212,9 @@ void CompleteToolbars() {
                         "ts_insertItem:", InsertAnyItem);
   allowedIdentifiers =
       Exchange([NSToolbar class], @selector(_allowedItemIdentifiers), "ts_allowedItemIdentifiers", AllowedAndInserted);
+  configuration = Exchange([NSToolbar class], @selector(_config), "ts_config", ConfigurationIfAutosaved);
+  save = Exchange([NSToolbar class], @selector(_saveConfig), "ts_saveConfig", SaveIfAutosaved);
+  setDisplayMode = Exchange([NSToolbar class], @selector(setDisplayMode:), "ts_setDisplayMode:", SetAndSaveDisplayMode);
   setImage = Exchange([NSToolbarItem class], @selector(setImage:), "ts_setImage:", SetItemImage);
   layout = Exchange(NSClassFromString(@"GSToolbarBackView"), @selector(layout), "ts_layout", LayOutWithView);
   backgroundColor = Exchange(NSClassFromString(@"GSTheme"), @selector(toolbarBackgroundColor),
