@@ -175,16 +175,16 @@ void KeyGrabs::Receive(XEvent& event) noexcept {
 
 void KeyGrabs::Press(KeyCode code, unsigned state) noexcept {
   if (held_ == code) return;
-  held_ = code;
   const std::uint16_t virtualKeyCode = VirtualKeyCode(code);
   const unsigned held = masks_.Held(state);
   for (const Listener* listener : listeners_) {
     if (listener->key.virtualKeyCode == virtualKeyCode && masks_.Of(listener->key) == held) listener->receive();
   }
+  WaitForRelease(code);
 }
 
-// A key that is down while it is grabbed, as the one that the user has just chosen, repeats into the grab, but whether
-// it is released before that nobody tells.
+// Its release may go elsewhere: a key that is down while it is grabbed, as the one that the user has just chosen, can
+// be released before it repeats into the grab, and who takes the keyboard from everybody gets the rest.
 void KeyGrabs::WaitForRelease(KeyCode key) noexcept {
   if (!IsDown(key)) return;
   held_ = key;
