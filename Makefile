@@ -31,8 +31,11 @@ sanitize: bootstrap
 	@scripts/build sanitize
 	@scripts/sanitized node tests/run.js $(ARGS)
 
-lint: build
-	@scripts/lint
+# Form first: a slip in it is told before anything is built.
+lint: bootstrap
+	@scripts/lint form
+	@scripts/build release
+	@scripts/lint tidy
 
 format: bootstrap
 	@scripts/format

@@ -184,7 +184,7 @@ std::string DefaultHandlerOfContentType(const std::string& type) noexcept {
   if (type.empty()) return {};
   // The lists are read each time, because GIO learns of changes only a little later.
   for (const std::string& file : ListedDefaults(type)) {
-    const std::string identifier = IdentifierOf(file);
+    std::string identifier = IdentifierOf(file);
     if (Find(identifier) != nullptr) return identifier;
   }
   const GObjectPtr<GAppInfo> application(g_app_info_get_default_for_type(type.c_str(), FALSE));

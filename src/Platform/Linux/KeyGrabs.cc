@@ -121,7 +121,9 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
     Ungrab(key);
     return HotKeyStatus::Taken;
   }
-  for (const KeyCode code : codes) WaitForRelease(code);
+  for (const KeyCode code : codes) {
+    if (IsDown(code)) WaitForRelease(code);
+  }
   return HotKeyStatus::Heard;
 }
 
@@ -175,7 +177,7 @@ void KeyGrabs::Receive(XEvent& event) noexcept {
 
 void KeyGrabs::Press(KeyCode code, unsigned state) noexcept {
   if (held_ == code) return;
-  held_ = code;
+  WaitForRelease(code);
   const std::uint16_t virtualKeyCode = VirtualKeyCode(code);
   const unsigned held = masks_.Held(state);
   for (const Listener* listener : listeners_) {
@@ -183,23 +185,22 @@ void KeyGrabs::Press(KeyCode code, unsigned state) noexcept {
   }
 }
 
-// A key that is down while it is grabbed, as the one that the user has just chosen, repeats into the grab, but whether
-// it is released before that nobody tells.
+// Its release may go elsewhere: a key that is down while it is grabbed, as the one that the user has just chosen, can
+// be released before it repeats into the grab, and who takes the keyboard from everybody gets the rest.
 void KeyGrabs::WaitForRelease(KeyCode key) noexcept {
-  if (!IsDown(key)) return;
   held_ = key;
   if (!release_) release_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
   uv_timer_start(
-      release_.get(),
-      [](uv_timer_t* timer) {
-        auto& grabs = OwnerOf<KeyGrabs>(timer);
-        if (!grabs.held_ || !grabs.IsDown(*grabs.held_)) {
-          grabs.held_.reset();
-          uv_timer_stop(timer);
-        }
-        grabs.ReadEvents();
-      },
-      kReleaseInterval, kReleaseInterval);
+      release_.get(), [](uv_timer_t* timer) { OwnerOf<KeyGrabs>(timer).LookForRelease(); }, kReleaseInterval,
+      kReleaseInterval);
+}
+
+void KeyGrabs::LookForRelease() noexcept {
+  const bool isReleased = held_ && !IsDown(*held_);
+  // Its repeats may still be on their way.
+  ReadEvents();
+  if (isReleased) held_.reset();
+  if (!held_ && release_) uv_timer_stop(release_.get());
 }
 
 bool KeyGrabs::IsDown(KeyCode key) const noexcept {

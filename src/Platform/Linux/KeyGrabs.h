@@ -56,6 +56,7 @@ class KeyGrabs {
   void Receive(_XEvent& event) noexcept;
   void Press(KeyCode code, unsigned state) noexcept;
   void WaitForRelease(KeyCode key) noexcept;
+  void LookForRelease() noexcept;
   [[nodiscard]] bool IsDown(KeyCode key) const noexcept;
 
   bool isClosed_ = false;
