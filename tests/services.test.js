@@ -124,7 +124,7 @@ test('the items of another application’s Services menu are clicked', async (t)
     const before = lines(child).length;
     for (let attempt = 0; attempt < 6 && lines(child).length === before; ++attempt) {
       await notes.choose(row).catch(() => {});
-      await eventually(() => lines(child).length > before, title, 4000).catch(() => {});
+      await eventually(() => lines(child).length > before, title, 10000).catch(() => {});
     }
     assert.deepStrictEqual(lines(child).slice(before), [expected], title);
   }

@@ -1,4 +1,5 @@
-// Somebody else's application: a note (-Text "…"), all of it selected, and a Services menu. It knows nothing of the module.
+// Somebody else's application: a note (-Text "…"), all of it selected, and a Services menu. It knows nothing of the
+// module.
 
 #import <AppKit/AppKit.h>
 
