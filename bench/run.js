@@ -21,6 +21,7 @@ const benchmarks = [
   'composition',
   'updates',
   'shortcuts',
+  'files',
 ];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 

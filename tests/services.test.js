@@ -3,13 +3,14 @@
 // What the Services menus of other GNUstep applications offer, used from a second process, and services of others.
 
 const assert = require('assert');
-const { execFileSync } = require('child_process');
+const { execFile, execFileSync, spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
+const { promisify } = require('util');
 
 const { redirectGNUstep } = require('../host/gnustepHome');
-const { root } = require('./support/addon');
+const { root, buildDirectory } = require('./support/addon');
 const { evaluate, startScript, eventually, node, temporaryDirectory } = require('./support/child');
 const { useSession } = require('./support/session');
 
@@ -81,6 +82,52 @@ test('another process searches, mails a selection, files, and to an address', as
     ['compose', { ...empty, to: [{ name: null, email: '  Bob <bob@example.org> ' }] }],
     ['compose', { ...empty, 'attachment-paths': files }],
   ]);
+});
+
+/** Another application with a note whose text is selected, and hands to use its Services menu with. */
+async function startNotes(t, home, text) {
+  const env = redirectGNUstep(home, { ...process.env, ...session.env, HOME: home });
+  const notes = spawn(path.join(buildDirectory, 'TessaroNotes'), ['-Text', text], { env, stdio: 'ignore' });
+  t.after(() => notes.kill('SIGKILL'));
+  const xdotool = (...args) =>
+    promisify(execFile)('xdotool', args.flat().map(String), { env }).then(
+      ({ stdout }) => stdout.trim(),
+      () => '',
+    );
+  const id = await eventually(() => xdotool('search', '--onlyvisible', '--name', '^Notes$'), 'the note');
+  const countWindows = async () => (await xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
+  // In the window, from its upper left: the menu bar, then the menus beside each other, of which each opens on the
+  // way. GNUstep follows the mouse from where it has been, so it must arrive twice.
+  const move = (x, y) => ['mousemove', '--window', id, x - 4, y, 'sleep', 0.2, 'mousemove', '--window', id, x, y];
+  const press = ['sleep', 0.2, 'mousedown', 1, 'sleep', 0.2, 'mouseup', 1, 'sleep', 0.3];
+  return {
+    async choose(row) {
+      const before = await countWindows();
+      await xdotool(move(60, 10), press);
+      await eventually(async () => (await countWindows()) > before, 'the menu is open', 3000);
+      await xdotool(move(38, 30), 'sleep', 0.6, move(110, 30), 'sleep', 0.6, move(200, 30), 'sleep', 0.3);
+      await xdotool(move(230, 30 + 20 * row), press);
+    },
+  };
+}
+
+test('the items of another application’s Services menu are clicked', async (t) => {
+  const home = homeWithHost(t);
+  const child = await startProvider(t, home);
+  const notes = await startNotes(t, home, 'bob@example.org');
+  const cases = [
+    ['Mail Selection', ['compose', { ...empty, body: 'bob@example.org\n' }]],
+    ['Mail To', ['compose', { ...empty, to: [{ name: null, email: 'bob@example.org' }] }]],
+    ['Search Selection', ['search', 'bob@example.org']],
+  ];
+  for (const [row, [title, expected]] of cases.entries()) {
+    const before = lines(child).length;
+    for (let attempt = 0; attempt < 6 && lines(child).length === before; ++attempt) {
+      await notes.choose(row).catch(() => {});
+      await eventually(() => lines(child).length > before, title, 10000).catch(() => {});
+    }
+    assert.deepStrictEqual(lines(child).slice(before), [expected], title);
+  }
 });
 
 test('what is missing on the pasteboard is said by the error, and nothing happens', async (t) => {

@@ -60,7 +60,9 @@ exports.run = async (stage) => {
   fs.writeFileSync(file, '');
   const entry = installMailer(folder, record);
   try {
-    await stage.until(() => stage.module.isApplicationInstalled(identifier));
+    await stage.run('update-desktop-database', path.dirname(entry));
+    const isKnown = () => stage.module.applicationsForScheme('mailto', 16, '').includes(identifier);
+    if (!(await stage.until(isKnown))) return notOffered('Sharing', 'update-desktop-database is not installed');
     await stage.focusWindow();
     return await share(stage, file, record);
   } finally {

@@ -85,7 +85,7 @@ void TsShowFileDialog(NSWindow* window, NSString* options, std::function<void(NS
     platform::MainQueue::Shared().Post([answer = std::move(answer)] { answer(nil); });
     return;
   }
-  platform::AskForFiles(
-      window, RequestOf(dictionary),
-      [answer = std::move(answer)](const auto& paths) { answer(paths.empty() ? nil : Texts(paths)); });
+  platform::AskForFiles(window, RequestOf(dictionary), [answer = std::move(answer)](const auto& paths) {
+    answer(paths.empty() ? nil : Texts(paths));
+  });
 }

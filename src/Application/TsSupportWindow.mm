@@ -219,8 +219,10 @@ bool IsFile(NSString* path) {
 
 - (void)attachFiles:(NSArray*)paths {
   for (id path in paths) {
-    if (!IsFile(path)) TsLogWarning(@"There is no file %@ to attach", path);
-    else if (![_attachments containsObject:path]) [_attachments addObject:path];
+    if (!IsFile(path))
+      TsLogWarning(@"There is no file %@ to attach", path);
+    else if (![_attachments containsObject:path])
+      [_attachments addObject:path];
   }
   [_attachmentList reloadData];
   [self reconsider];

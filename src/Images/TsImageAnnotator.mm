@@ -8,7 +8,7 @@
 #include "Images/PictureFiles.h"
 #import "Images/TsAnnotationView.h"
 #include "Platform/BackgroundQueue.h"
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"

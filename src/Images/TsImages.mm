@@ -10,7 +10,7 @@
 #include "Images/PictureFiles.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/Cocoa.h"
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Previews.h"

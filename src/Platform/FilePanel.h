@@ -22,8 +22,8 @@ struct FileRequest {
   std::string title;
   std::string message;
   std::string button;
-  std::string folder;  // where to begin; where that is no folder, it is the one that was chosen in last
-  std::string name;    // for Save, a suggestion; it never leads out of the folder, whatever it contains
+  std::string folder;               // where to begin; where that is no folder, it is the one that was chosen in last
+  std::string name;                 // for Save, a suggestion; it never leads out of the folder, whatever it contains
   std::vector<FileFilter> filters;  // of which the first one counts to begin with
   bool choosesFiles = true;         // these three are for Open
   bool choosesFolders = false;

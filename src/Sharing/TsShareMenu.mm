@@ -37,9 +37,12 @@ std::vector<std::string> PresentFiles(NSArray* paths) {
 NSString* TitleOf(const platform::ShareTarget& target) {
   NSString* name = TsNSString(target.name);
   switch (target.kind) {
-    case Kind::Mail: return [NSString stringWithFormat:NSLocalizedString(@"Mail with %@", nil), name];
-    case Kind::Bluetooth: return NSLocalizedString(@"Send by Bluetooth", nil);
-    case Kind::Application: return [NSString stringWithFormat:NSLocalizedString(@"Open with %@", nil), name];
+    case Kind::Mail:
+      return [NSString stringWithFormat:NSLocalizedString(@"Mail with %@", nil), name];
+    case Kind::Bluetooth:
+      return NSLocalizedString(@"Send by Bluetooth", nil);
+    case Kind::Application:
+      return [NSString stringWithFormat:NSLocalizedString(@"Open with %@", nil), name];
   }
   return name;
 }

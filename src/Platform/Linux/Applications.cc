@@ -220,8 +220,8 @@ std::vector<std::uint8_t> IconOfContentType(const std::string& type, int size) n
 bool OpenFile(const std::string& path, const std::string& applicationPath) noexcept {
   std::error_code error;
   if (path.empty() || HasNul(path) || !fs::exists(path, error)) return false;
-  const AppInfoPtr application =
-      applicationPath.empty() ? Find(DefaultHandlerOfContentType(ContentTypeOfFile(path))) : ApplicationAt(applicationPath);
+  const AppInfoPtr application = applicationPath.empty() ? Find(DefaultHandlerOfContentType(ContentTypeOfFile(path)))
+                                                         : ApplicationAt(applicationPath);
   const GTextPtr uri = URIOf(path);
   return uri != nullptr && Launch(application.get(), uri.get());
 }

@@ -71,9 +71,12 @@ struct Present {
     }
     isThere = true;
     mode = status.st_mode & 07777;
-    if (S_ISDIR(status.st_mode)) error = ErrorOf(std::errc::is_a_directory);
-    else if (!S_ISREG(status.st_mode)) error = ErrorOf(std::errc::operation_not_supported);
-    else if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0) error = LastError();
+    if (S_ISDIR(status.st_mode))
+      error = ErrorOf(std::errc::is_a_directory);
+    else if (!S_ISREG(status.st_mode))
+      error = ErrorOf(std::errc::operation_not_supported);
+    else if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
+      error = LastError();
   }
 
   bool isThere = false;
@@ -142,8 +145,8 @@ std::error_code AppendToFile(const fs::path& file, std::string_view contents, Ne
   if (error) return error;
   const Present present(target);
   if (present.error) return present.error;
-  const FileDescriptor end(open(target.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
-                                ModeOf(access)));
+  const FileDescriptor end(
+      open(target.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, ModeOf(access)));
   struct stat before;
   if (!end || fstat(end.get(), &before) != 0) return LastError();
   error = WriteAll(end.get(), contents);
@@ -153,8 +156,10 @@ std::error_code AppendToFile(const fs::path& file, std::string_view contents, Ne
     return {};
   }
   // Half of what was to be added is worse than nothing of it.
-  if (present.isThere) static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
-  else unlink(target.c_str());
+  if (present.isThere)
+    static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
+  else
+    unlink(target.c_str());
   return error;
 }
 

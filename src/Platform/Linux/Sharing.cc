@@ -104,9 +104,12 @@ std::string ThunderbirdsAttachments(const std::vector<std::string>& paths) {
     if (uri == nullptr) continue;
     if (!list.empty()) list += ',';
     for (const char* c = uri.get(); *c != '\0'; ++c) {
-      if (*c == ',') list += "%2C";
-      else if (*c == '\'') list += "%27";
-      else list += *c;
+      if (*c == ',')
+        list += "%2C";
+      else if (*c == '\'')
+        list += "%27";
+      else
+        list += *c;
     }
   }
   return "attachment='" + list + '\'';
@@ -153,9 +156,12 @@ std::vector<ShareTarget> ShareTargets(const std::vector<std::string>& paths) noe
 
 bool ShareFiles(const ShareTarget& target, const std::vector<std::string>& paths) noexcept {
   switch (target.kind) {
-    case ShareTarget::Kind::Mail: return ShareByMail(target.identifier, paths);
-    case ShareTarget::Kind::Bluetooth: return ShareByBluetooth(target.identifier, paths);
-    case ShareTarget::Kind::Application: return OpenFiles(paths, target.identifier);
+    case ShareTarget::Kind::Mail:
+      return ShareByMail(target.identifier, paths);
+    case ShareTarget::Kind::Bluetooth:
+      return ShareByBluetooth(target.identifier, paths);
+    case ShareTarget::Kind::Application:
+      return OpenFiles(paths, target.identifier);
   }
   return false;
 }

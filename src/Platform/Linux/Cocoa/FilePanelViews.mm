@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "Platform/Linux/Cocoa/Text.h"
 #import "Platform/Linux/Cocoa/TsFilePanel.h"
-#include "Utilities/TsString.h"
 
 namespace tessaro::platform {
 
@@ -137,7 +137,7 @@ Ref<NSTableView> AddTable(const Layout& layout, bool allowsSeveral, id target) {
 void FillFilters(NSPopUpButton* popUp, const std::vector<FileFilter>& filters) {
   for (const FileFilter& filter : filters) {
     // Not by the button itself, which has no two items of one title.
-    [[popUp menu] addItemWithTitle:TsNSString(filter.name) action:nullptr keyEquivalent:@""];
+    [[popUp menu] addItemWithTitle:Text(filter.name) action:nullptr keyEquivalent:@""];
   }
   [popUp selectItemAtIndex:0];
 }
@@ -151,7 +151,7 @@ FilePanelViews AddFilePanelViews(NSView* content, const FileRequest& request, id
 
   NSRect buttons = layout.RowAtBottom(kRowHeight);
   NSString* title = isSaving ? NSLocalizedString(@"Save", nil) : NSLocalizedString(@"Open", nil);
-  if (!request.button.empty()) title = TsNSString(request.button);
+  if (!request.button.empty()) title = Text(request.button);
   views.accept = layout.AddButton(title, @selector(accept:), buttons, NSMaxXEdge, NSViewMinXMargin | kAtBottom, @"\r");
   layout.AddButton(NSLocalizedString(@"Cancel", nil), @selector(cancel:), buttons, NSMaxXEdge,
                    NSViewMinXMargin | kAtBottom, @"\e");
@@ -183,7 +183,7 @@ FilePanelViews AddFilePanelViews(NSView* content, const FileRequest& request, id
     layout.Add(views.name, NSViewWidthSizable | kAtBottom);
   }
   if (!request.message.empty()) {
-    layout.Add(NewLabel(TsNSString(request.message), layout.RowAtTop(kTextHeight)), NSViewWidthSizable | kAtTop);
+    layout.Add(NewLabel(Text(request.message), layout.RowAtTop(kTextHeight)), NSViewWidthSizable | kAtTop);
   }
   NSRect places = layout.RowAtTop(kRowHeight);
   layout.AddButton(NSLocalizedString(@"Home", nil), @selector(goHome:), places, NSMaxXEdge, NSViewMinXMargin | kAtTop);

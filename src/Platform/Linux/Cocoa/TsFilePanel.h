@@ -35,8 +35,7 @@
 
 + (TsFilePanel*)panelOfWindow:(NSWindow*)window;
 
-- (instancetype)initWithRequest:(tessaro::platform::FileRequest)request
-                         answer:(tessaro::platform::FileAnswer)answer;
+- (instancetype)initWithRequest:(tessaro::platform::FileRequest)request answer:(tessaro::platform::FileAnswer)answer;
 - (void)showOver:(NSWindow*)window;
 
 - (IBAction)accept:(id)sender;

@@ -6,11 +6,13 @@
 
 #include "Platform/Applications.h"
 #include "Platform/BackgroundQueue.h"
+#include "Platform/Linux/Cocoa/Text.h"
 #include "Platform/MainQueue.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 namespace fs = std::filesystem;
+using platform::Text;
+using platform::Utf8;
 
 namespace {
 
@@ -29,11 +31,11 @@ bool IsThere(const fs::path& path) {
   return fs::exists(path, error);
 }
 
-fs::path Home() { return TsStdString(NSHomeDirectory()); }
+fs::path Home() { return Utf8(NSHomeDirectory()); }
 
 // Where to begin: at `wish`, else where something was chosen last, else at home.
 fs::path FirstFolder(const fs::path& wish) {
-  const fs::path last = TsStdString([[NSUserDefaults standardUserDefaults] stringForKey:kLastFolder]);
+  const fs::path last = Utf8([[NSUserDefaults standardUserDefaults] stringForKey:kLastFolder]);
   for (const fs::path& folder : {wish, last}) {
     if (folder.is_absolute() && IsFolder(folder)) return folder.lexically_normal();
   }
@@ -47,9 +49,7 @@ std::vector<fs::path> PlacesOf(fs::path folder) {
   return places;
 }
 
-NSString* NameOf(const fs::path& path) {
-  return TsNSString((path.has_filename() ? path.filename() : path).native());
-}
+NSString* NameOf(const fs::path& path) { return Text((path.has_filename() ? path.filename() : path).native()); }
 
 NSString* Sentence(NSString* format, const fs::path& path) { return [NSString stringWithFormat:format, NameOf(path)]; }
 
@@ -80,8 +80,8 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   [self setHidesOnDeactivate:NO];
   [self setMinSize:[self frame].size];
   _views = platform::AddFilePanelViews([self contentView], _request, self);
-  [self setTitle:_request.title.empty() ? [_views.accept title] : TsNSString(_request.title)];
-  [_views.name setStringValue:TsNSString(platform::HarmlessName(_request.name))];
+  [self setTitle:_request.title.empty() ? [_views.accept title] : Text(_request.title)];
+  [_views.name setStringValue:Text(platform::HarmlessName(_request.name))];
   [[NSNotificationCenter defaultCenter] addObserver:self
                                            selector:@selector(controlTextDidChange:)
                                                name:NSControlTextDidChangeNotification
@@ -116,17 +116,15 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
 
 - (void)answer:(std::vector<std::string>)paths {
   if (!_answer) return;
-  platform::MainQueue::Shared().Post(
-      [answer = std::exchange(_answer, nullptr), paths = std::move(paths), panel = std::exchange(_living, nullptr)] {
-        answer(paths);
-      });
+  platform::MainQueue::Shared().Post([answer = std::exchange(_answer, nullptr), paths = std::move(paths),
+                                      panel = std::exchange(_living, nullptr)] { answer(paths); });
   if (_reader) *_reader = nil;
   _owner = nil;
   [self setParentWindow:nil];
 }
 
 - (void)choose:(std::vector<std::string>)paths {
-  [[NSUserDefaults standardUserDefaults] setObject:TsNSString(fs::path(paths.front()).parent_path().native())
+  [[NSUserDefaults standardUserDefaults] setObject:Text(fs::path(paths.front()).parent_path().native())
                                             forKey:kLastFolder];
   [self answer:std::move(paths)];
   [self close];
@@ -179,7 +177,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   if (_reader) *_reader = nil;
   _reader = std::make_shared<TsFilePanel*>(self);
   platform::BackgroundQueue::Shared().Post(
-      [reader = _reader, folder = _folder, view = [self folderView], name = TsStdString(name)] {
+      [reader = _reader, folder = _folder, view = [self folderView], name = Utf8(name)] {
         auto listing = std::make_shared<platform::FolderListing>(platform::ListFolder(folder, view));
         platform::MainQueue::Shared().Post([=] { [*reader show:std::move(*listing) selecting:name]; });
       });
@@ -190,7 +188,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   [_views.table deselectAll:nil];
   [_views.table reloadData];
   [_views.table scrollRowToVisible:0];
-  if (listing.error) [self tell:TsNSString(listing.error.message())];
+  if (listing.error) [self tell:Text(listing.error.message())];
   for (std::size_t row = 0; !name.empty() && row < _entries.size(); ++row) {
     if (_entries[row].name == name) [self selectRow:static_cast<NSInteger>(row)];
   }
@@ -228,15 +226,15 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
 }
 
 - (IBAction)newFolder:(id)sender {
-  const std::string name = TsStdString(NSLocalizedString(@"New Folder", nil));
+  const std::string name = Utf8(NSLocalizedString(@"New Folder", nil));
   std::error_code error;
   for (int number = 1; number <= kMostNewFolders; ++number) {
     const std::string numbered = number == 1 ? name : name + ' ' + std::to_string(number);
     if (fs::create_directory(_folder / numbered, error)) {
       _newFolder = numbered;
-      return [self reload:TsNSString(numbered)];
+      return [self reload:Text(numbered)];
     }
-    if (error) return [self tell:TsNSString(error.message())];
+    if (error) return [self tell:Text(error.message())];
   }
 }
 
@@ -251,9 +249,9 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   const platform::FolderEntry& entry = _entries[static_cast<std::size_t>(row)];
   NSString* identifier = [column identifier];
   if ([identifier isEqual:platform::kIconColumn]) return [self iconOf:entry];
-  if ([identifier isEqual:platform::kNameColumn]) return TsNSString(entry.name);
-  if ([identifier isEqual:platform::kTimeColumn]) return TsNSString(platform::TimeText(entry.changed));
-  return entry.isFolder ? @"" : TsNSString(platform::SizeText(entry.size));
+  if ([identifier isEqual:platform::kNameColumn]) return Text(entry.name);
+  if ([identifier isEqual:platform::kTimeColumn]) return Text(platform::TimeText(entry.changed));
+  return entry.isFolder ? @"" : Text(platform::SizeText(entry.size));
 }
 
 // A new folder gets its name where it stands, and nothing else does.
@@ -266,14 +264,14 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
     forTableColumn:(NSTableColumn*)column
                row:(NSInteger)row {
   const std::string folder = std::exchange(_newFolder, {});
-  const std::string name = platform::HarmlessName(TsStdString(value));
+  const std::string name = platform::HarmlessName(Utf8(value));
   if (folder.empty() || name.empty() || name == folder) return;
   // Of two folders with one name the system would make one.
   if (IsThere(_folder / name)) return [self tell:Sentence(NSLocalizedString(@"\"%@\" is there already.", nil), name)];
   std::error_code error;
   fs::rename(_folder / folder, _folder / name, error);
-  if (error) return [self tell:TsNSString(error.message())];
-  [self reload:TsNSString(name)];
+  if (error) return [self tell:Text(error.message())];
+  [self reload:Text(name)];
 }
 
 - (NSImage*)iconOf:(const platform::FolderEntry&)entry {
@@ -301,7 +299,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
 - (void)tableViewSelectionDidChange:(NSNotification*)notification {
   const auto selected = [self selectedEntries];
   if (_views.name && selected.size() == 1 && !selected.front().isFolder) {
-    [_views.name setStringValue:TsNSString(selected.front().name)];
+    [_views.name setStringValue:Text(selected.front().name)];
   }
   [self reconsider];
 }
@@ -343,7 +341,7 @@ NSString* Sentence(NSString* format, const fs::path& path) { return [NSString st
   const auto selected = [self selectedEntries];
   const bool isFolder = selected.size() == 1 && selected.front().isFolder;
   if (isFolder && (_views.name || !_request.choosesFolders)) return [self showFolder:_folder / selected.front().name];
-  if (_views.name) return [self acceptName:TsStdString([_views.name stringValue])];
+  if (_views.name) return [self acceptName:Utf8([_views.name stringValue])];
   [self acceptEntries:selected];
 }
 

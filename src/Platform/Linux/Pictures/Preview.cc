@@ -2,7 +2,7 @@
 #include <string>
 #include <system_error>
 
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 #include "Platform/Linux/Pictures/Picture.h"
 #include "Platform/Linux/Pictures/SourceFile.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <system_error>
 
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 #include "Platform/Linux/Pictures/Picture.h"
 #include "Platform/Linux/Pictures/SourceFile.h"
 

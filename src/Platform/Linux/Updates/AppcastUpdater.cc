@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
-#include "Platform/FileReplacement.h"
+#include "Platform/FileWriting.h"
 #include "Platform/Linux/Cocoa/AutoreleaseScope.h"
 #include "Platform/Linux/Updates/AppImage.h"
 #include "Platform/Linux/Updates/UpdateAddress.h"
