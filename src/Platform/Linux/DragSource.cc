@@ -19,7 +19,7 @@ constexpr char kSelection[] = "XdndSelection";
 constexpr std::uint32_t kVersion = 5;
 constexpr std::size_t kTypesInMessage = 3;
 
-// A target has this long to make up its mind, and as long again to fetch the data.
+// A target has this long to make up its mind.
 constexpr auto kDeadline = std::chrono::seconds(5);
 
 constexpr std::uint32_t kHasMoreTypes = 1;
@@ -41,9 +41,7 @@ struct DragSource::Body : std::enable_shared_from_this<DragSource::Body> {
     std::uint32_t version = 0;
   };
 
-  enum class Phase { kMoving, kDropping, kFinishing, kEnded };
-
-  explicit Body(std::function<void(DragEnd)> onEnd) : ended(std::move(onEnd)) {}
+  enum class Phase { kMoving, kDropping, kEnded };
 
   [[nodiscard]] bool Start(Contents contents);
   void Move();
@@ -56,7 +54,7 @@ struct DragSource::Body : std::enable_shared_from_this<DragSource::Body> {
   void Leave();
   void SendPosition();
   void FinishDrop();
-  void End(DragEnd end);
+  void CallOff();
   void WatchDeadline();
   void Send(const char* name, std::array<std::uint32_t, 5> values);
 
@@ -65,7 +63,6 @@ struct DragSource::Body : std::enable_shared_from_this<DragSource::Body> {
   [[nodiscard]] std::optional<std::uint32_t> WordOf(xcb_window_t window, const char* property);
 
   SelectionServer& server = SelectionServer::Shared();
-  std::function<void(DragEnd)> ended;
   XConnection queries;  // the main thread's, whose replies must not bring the server's events along
   std::vector<std::string> types;
 
@@ -190,11 +187,9 @@ void DragSource::Body::Move() {
 
 void DragSource::Body::HandleMessage(const xcb_client_message_event_t& message) {
   const bool isStatus = message.type == server.connection().Atom("XdndStatus");
-  const bool isFinished = message.type == server.connection().Atom("XdndFinished");
   const std::lock_guard lock(mutex);
-  if (message.data.data32[0] != target.window || target.window == XCB_NONE) return;
-  if (isFinished && phase == Phase::kFinishing) return End(DragEnd::kDropped);
-  if (!isStatus || phase == Phase::kFinishing) return;
+  if (!isStatus || phase == Phase::kEnded || target.window == XCB_NONE) return;
+  if (message.data.data32[0] != target.window) return;
   isAwaitingStatus = false;
   isWelcome = (message.data.data32[1] & kAccepts) != 0;
   if (hasMoved) return SendPosition();
@@ -206,49 +201,40 @@ void DragSource::Body::Drop() {
   const std::lock_guard lock(mutex);
   if (phase != Phase::kMoving) return;
   phase = Phase::kDropping;
+  if (target.window == XCB_NONE || !isAwaitingStatus) return FinishDrop();
   WatchDeadline();
-  if (target.window == XCB_NONE || !isAwaitingStatus) FinishDrop();
 }
 
 void DragSource::Body::FinishDrop() {
-  if (!isWelcome) {
-    Leave();
-    return End(DragEnd::kRefused);
-  }
-  phase = Phase::kFinishing;
+  if (!isWelcome) return CallOff();
+  phase = Phase::kEnded;
+  changed.notify_all();
   Send("XdndDrop", {0, 0, XCB_CURRENT_TIME, 0, 0});
+}
+
+void DragSource::Body::CallOff() {
+  phase = Phase::kEnded;
+  changed.notify_all();
+  Leave();
 }
 
 void DragSource::Body::Cancel() {
   const std::lock_guard lock(mutex);
-  if (phase != Phase::kMoving) return;
-  Leave();
-  End(DragEnd::kRefused);
-}
-
-void DragSource::Body::End(DragEnd end) {
-  if (phase == Phase::kEnded) return;
-  phase = Phase::kEnded;
-  changed.notify_all();
-  if (ended) ended(end);
+  if (phase == Phase::kMoving) CallOff();
 }
 
 void DragSource::Body::WatchDeadline() {
   std::thread([body = shared_from_this()] {
     std::unique_lock lock(body->mutex);
-    for (const Phase last : {Phase::kDropping, Phase::kFinishing}) {
-      body->changed.wait_for(lock, kDeadline, [&body] { return body->phase == Phase::kEnded; });
-      if (body->phase == last) break;
-    }
-    if (body->phase == Phase::kDropping) body->Leave();
-    body->End(DragEnd::kNoAnswer);
+    const auto isOver = [&body] { return body->phase == Phase::kEnded; };
+    if (!body->changed.wait_for(lock, kDeadline, isOver)) body->CallOff();
   }).detach();
 }
 
 // ---- Its owner
 
-std::unique_ptr<DragSource> DragSource::Begin(Contents contents, std::function<void(DragEnd)> ended) {
-  auto body = std::make_shared<Body>(std::move(ended));
+std::unique_ptr<DragSource> DragSource::Begin(Contents contents) {
+  auto body = std::make_shared<Body>();
   if (!body->Start(std::move(contents))) return nullptr;
   return std::unique_ptr<DragSource>(new DragSource(std::move(body)));
 }
@@ -265,7 +251,5 @@ bool DragSource::IsWelcome() const {
 }
 
 void DragSource::Drop() { body_->Drop(); }
-
-void DragSource::Cancel() { body_->Cancel(); }
 
 }  // namespace tessaro::platform

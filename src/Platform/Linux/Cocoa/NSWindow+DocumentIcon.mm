@@ -7,7 +7,6 @@
 #include "Platform/Linux/Cocoa/PasteboardTargets.h"
 #include "Platform/Linux/Cocoa/SideTable.h"
 #include "Platform/Linux/DragSource.h"
-#include "Platform/MainQueue.h"
 #include "Utilities/Ref.h"
 
 namespace platform = tessaro::platform;
@@ -92,7 +91,7 @@ static platform::TargetContents ContentsOf(NSPasteboard* pasteboard) {
                            shouldDragDocumentWithEvent:event
                                                   from:[self convertPoint:_pressed fromView:nil]
                                         withPasteboard:pasteboard];
-  if (!_isRefused) _drag = platform::DragSource::Begin(ContentsOf(pasteboard), nullptr);
+  if (!_isRefused) _drag = platform::DragSource::Begin(ContentsOf(pasteboard));
 }
 
 @end

@@ -75,6 +75,16 @@ Kind* Deserialized(NSData* data) {
   }
 }
 
+// Any program may have put anything there.
+NSArray* StringsOf(id value) {
+  NSMutableArray* strings = [NSMutableArray array];
+  if (![value isKindOfClass:[NSArray class]]) return strings;
+  for (id each in static_cast<NSArray*>(value)) {
+    if ([each isKindOfClass:[NSString class]]) [strings addObject:each];
+  }
+  return strings;
+}
+
 // ---- Texts
 
 void AddText(NSString* text, TargetContents& contents) {
@@ -106,8 +116,8 @@ void AddFiles(NSArray* paths, TargetContents& contents) {
 
 void AddPageAddresses(NSArray* urlsAndTitles, TargetContents& contents) {
   if ([urlsAndTitles count] != 2) return;
-  NSArray* urls = [urlsAndTitles objectAtIndex:0];
-  NSArray* titles = [urlsAndTitles objectAtIndex:1];
+  NSArray* urls = StringsOf([urlsAndTitles objectAtIndex:0]);
+  NSArray* titles = StringsOf([urlsAndTitles objectAtIndex:1]);
   NSMutableArray* lines = [NSMutableArray array];
   for (NSUInteger i = 0; i < [urls count]; ++i) {
     [lines addObject:[urls objectAtIndex:i]];
@@ -151,7 +161,7 @@ std::vector<std::string> TargetsOfType(NSString* type) {
 
 void AddTargets(NSString* type, NSData* data, TargetContents& contents) {
   if ([type isEqualToString:NSStringPboardType]) return AddText(Deserialized<NSString>(data), contents);
-  if ([type isEqualToString:NSFilenamesPboardType]) return AddFiles(Deserialized<NSArray>(data), contents);
+  if ([type isEqualToString:NSFilenamesPboardType]) return AddFiles(StringsOf(Deserialized<NSArray>(data)), contents);
   if ([type isEqualToString:NSURLPboardType]) {
     NSString* url = Deserialized<NSString>(data);
     return AddURIs(url != nil ? @[ url ] : nil, contents);
@@ -176,7 +186,8 @@ NSArray* TypesOfTargets(const std::vector<std::string>& targets) {
     const auto found =
         std::find_if(kTable.begin(), kTable.end(), [&target](const auto& each) { return each.target == target; });
     if (target == kURIList) add(NSFilenamesPboardType);
-    add(found != kTable.end() ? found->type : Text(target, NSUTF8StringEncoding));
+    NSString* name = found != kTable.end() ? found->type : Text(target, NSUTF8StringEncoding);
+    if (name != nil) add(name);
   }
   return types;
 }
