@@ -53,10 +53,7 @@ void AppcastUpdater::TellOfRelaunch() {
 
 // ---- Automatic checks
 
-void AppcastUpdater::SetAutomaticallyChecks(bool automatically) {
-  defaults_.SetAutomaticallyChecks(automatically);
-  ResetUpdateCycle();
-}
+void AppcastUpdater::SetAutomaticallyChecks(bool automatically) { defaults_.SetAutomaticallyChecks(automatically); }
 
 void AppcastUpdater::ResetUpdateCycle() {
   if (delegate_ == nullptr || !defaults_.AutomaticallyChecks()) return timer_.Set(std::nullopt);
@@ -82,15 +79,17 @@ void AppcastUpdater::Check(Kind kind) {
   ResetUpdateCycle();
   if (isInstalling_ || (download_ != nullptr && kind < kind_)) return;
 
-  ++number_;
+  const unsigned number = ++number_;
   kind_ = kind;
   information_ = ReadUpdateInformation();
+  download_.reset();
+  if (!IsTrustworthyAddress(information_.feedURL)) {
+    return Later([this] { FindNothing("The feed's address is missing or not secure: " + information_.feedURL); });
+  }
   settings_ = {information_.version, Version(), delegate_->Channel()};
   const std::string url = FeedAddress();
-  if (!IsTrustworthyAddress(url)) {
-    download_.reset();
-    return Later([this, url] { FindNothing("The feed's address is missing or not secure: " + url); });
-  }
+  // Whoever gives the parameters may have begun another one.
+  if (number != number_) return;
   Fetch(url, kLongestFeed, [this](Download::Result result) { ReceiveFeed(std::move(result)); });
 }
 
@@ -135,6 +134,9 @@ void AppcastUpdater::FindNothing(const std::string& reason) {
 void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey& key) {
   auto installation = std::make_shared<Installation>(
       Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}});
+  if (installed_ && CompareVersions(installation->item.version, *installed_) <= 0) {
+    return EndInstallation(installation, "it is there already, and waits for the next start");
+  }
   if (installation->target.empty()) {
     return EndInstallation(installation, "the application is no AppImage, and updated by its package manager");
   }
@@ -164,7 +166,11 @@ void AppcastUpdater::Replace(SharedInstallation installation) {
   BackgroundQueue::Shared().Post([=, this] {
     const std::error_code error = ReplaceFile(installation->target, installation->bytes);
     Later([=, this] {
-      if (error) defaults_.SetInstalledVersion({});
+      if (error) {
+        defaults_.SetInstalledVersion({});
+      } else {
+        installed_ = installation->item.version;
+      }
       EndInstallation(installation, error ? error.message() : std::string());
     });
   });

@@ -71,6 +71,7 @@ class AppcastUpdater final : public Updater {
   unsigned number_ = 0;  // of the running check
   Kind kind_ = Kind::Information;
   bool isInstalling_ = false;
+  std::optional<std::string> installed_;  // the version that replaced the one that runs
   UpdateInformation information_;
   UpdateSettings settings_;
   std::unique_ptr<Download> download_;
