@@ -443,7 +443,7 @@ test('a file is installed if it is the one that was signed, and nothing else is'
   const forged = Buffer.from(file.toString().replace('version', 'Version'));
   const other = makeKeys();
   const signature = keys.sign(file);
-  const notSigned = /^Update 3 is not installed: its file has not the signature that the feed tells$/;
+  const notSigned = /^Update 3 is not installed: its file doesn't have the signature that the feed tells$/;
   const table = [
     ['/forged', { signature }, notSigned],
     ['/file', { signature: other.sign(file) }, notSigned],

@@ -84,7 +84,9 @@ void AppcastUpdater::Check(Kind kind) {
   information_ = ReadUpdateInformation();
   download_.reset();
   if (!IsTrustworthyAddress(information_.feedURL)) {
-    return Later([this] { FindNothing("The feed's address is missing or not secure: " + information_.feedURL); });
+    return MainQueue::Shared().Post([this, number] {
+      if (number == number_) FindNothing("The feed's address is missing or not secure: " + information_.feedURL);
+    });
   }
   settings_ = {information_.version, Version(), delegate_->Channel()};
   const std::string url = FeedAddress();
@@ -132,8 +134,8 @@ void AppcastUpdater::FindNothing(const std::string& reason) {
 // ---- An installation
 
 void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey& key) {
-  auto installation = std::make_shared<Installation>(
-      Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}});
+  const auto installation = std::make_shared<Installation>(
+      Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}, false, {}});
   if (installed_ && CompareVersions(installation->item.version, *installed_) <= 0) {
     return EndInstallation(installation, "it is there already, and waits for the next start");
   }
@@ -149,31 +151,32 @@ void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey&
   });
 }
 
-void AppcastUpdater::Verify(SharedInstallation installation) {
-  BackgroundQueue::Shared().Post([=, this] {
-    const bool isSigned = IsSigned(installation->bytes, installation->file.signature, installation->key);
-    Later([=, this] {
-      if (!isSigned) return EndInstallation(installation, "its file has not the signature that the feed tells");
-      Replace(installation);
-    });
-  });
+void AppcastUpdater::Verify(const SharedInstallation& installation) {
+  Elsewhere(
+      [installation] {
+        installation->isSigned = IsSigned(installation->bytes, installation->file.signature, installation->key);
+      },
+      [installation, this] {
+        if (installation->isSigned) return Replace(installation);
+        EndInstallation(installation, "its file doesn't have the signature that the feed tells");
+      });
 }
 
-void AppcastUpdater::Replace(SharedInstallation installation) {
+void AppcastUpdater::Replace(const SharedInstallation& installation) {
   if (!Tell([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
   // The version that runs goes on running; the next start is the new one's, even if this process doesn't get further.
   defaults_.SetInstalledVersion(installation->item.version);
-  BackgroundQueue::Shared().Post([=, this] {
-    const std::error_code error = ReplaceFile(installation->target, installation->bytes);
-    Later([=, this] {
-      if (error) {
-        defaults_.SetInstalledVersion({});
-      } else {
-        installed_ = installation->item.version;
-      }
-      EndInstallation(installation, error ? error.message() : std::string());
-    });
-  });
+  Elsewhere([installation] { installation->error = ReplaceFile(installation->target, installation->bytes); },
+            [installation, this] { EndReplacement(installation); });
+}
+
+void AppcastUpdater::EndReplacement(const SharedInstallation& installation) {
+  if (installation->error) {
+    defaults_.SetInstalledVersion({});
+    return EndInstallation(installation, installation->error.message());
+  }
+  installed_ = installation->item.version;
+  EndInstallation(installation, {});
 }
 
 void AppcastUpdater::EndInstallation(const SharedInstallation& installation, const std::string& failure) {
@@ -199,9 +202,12 @@ bool AppcastUpdater::Tell(const std::function<void(UpdaterDelegate&)>& call) {
   return number == number_;
 }
 
-void AppcastUpdater::Later(std::function<void()> work) {
-  MainQueue::Shared().Post([this, number = number_, work = std::move(work)] {
-    if (number == number_) work();
+void AppcastUpdater::Elsewhere(std::function<void()> work, std::function<void()> rest) {
+  BackgroundQueue::Shared().Post([this, number = number_, work = std::move(work), rest = std::move(rest)] {
+    work();
+    MainQueue::Shared().Post([this, number, rest] {
+      if (number == number_) rest();
+    });
   });
 }
 
