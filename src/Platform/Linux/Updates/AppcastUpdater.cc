@@ -1,6 +1,7 @@
 #include "Platform/Linux/Updates/AppcastUpdater.h"
 
 #include <algorithm>
+#include <compare>
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
@@ -46,7 +47,7 @@ void AppcastUpdater::ShutDown() noexcept {
 
 void AppcastUpdater::TellOfRelaunch() {
   const std::string installed = defaults_.InstalledVersion();
-  if (installed.empty() || CompareVersions(ReadUpdateInformation().version, installed) < 0) return;
+  if (installed.empty() || std::is_lt(CompareVersions(ReadUpdateInformation().version, installed))) return;
   defaults_.SetInstalledVersion({});
   if (delegate_ != nullptr) delegate_->RelaunchedApplication();
 }
@@ -136,7 +137,7 @@ void AppcastUpdater::FindNothing(const std::string& reason) {
 void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey& key) {
   const auto installation = std::make_shared<Installation>(
       Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}, false, {}});
-  if (installed_ && CompareVersions(installation->item.version, *installed_) <= 0) {
+  if (installed_ && std::is_lteq(CompareVersions(installation->item.version, *installed_))) {
     return EndInstallation(installation, "it is there already, and waits for the next start");
   }
   if (installation->target.empty()) {
