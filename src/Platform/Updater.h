@@ -75,7 +75,7 @@ class Updater {
 
   // How much time passes between two automatic checks.
   virtual void SetUpdateCheckInterval(std::chrono::seconds interval) = 0;
-  // Remembered beyond the process.
+  // Remembered beyond the process. It counts from the next ResetUpdateCycle().
   virtual void SetAutomaticallyChecks(bool automatically) = 0;
   // Counts the interval again from the last check.
   virtual void ResetUpdateCycle() = 0;

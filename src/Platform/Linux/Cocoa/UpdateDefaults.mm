@@ -70,10 +70,12 @@ void UpdateDefaults::SetLastProfileSubmission(Time time) { SetTime(kLastProfileS
 std::string UpdateDefaults::InstalledVersion() const { return Text([Defaults() stringForKey:kInstalledVersion]); }
 
 void UpdateDefaults::SetInstalledVersion(const std::string& version) {
-  if (version.empty()) {
+  // A feed may call a version anything, even what is no text.
+  NSString* text = [NSString stringWithUTF8String:version.c_str()];
+  if ([text length] == 0) {
     [Defaults() removeObjectForKey:kInstalledVersion];
   } else {
-    [Defaults() setObject:[NSString stringWithUTF8String:version.c_str()] forKey:kInstalledVersion];
+    [Defaults() setObject:text forKey:kInstalledVersion];
   }
   [Defaults() synchronize];
 }

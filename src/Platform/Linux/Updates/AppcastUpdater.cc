@@ -1,6 +1,7 @@
 #include "Platform/Linux/Updates/AppcastUpdater.h"
 
 #include <algorithm>
+#include <compare>
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
@@ -46,17 +47,14 @@ void AppcastUpdater::ShutDown() noexcept {
 
 void AppcastUpdater::TellOfRelaunch() {
   const std::string installed = defaults_.InstalledVersion();
-  if (installed.empty() || CompareVersions(ReadUpdateInformation().version, installed) < 0) return;
+  if (installed.empty() || std::is_lt(CompareVersions(ReadUpdateInformation().version, installed))) return;
   defaults_.SetInstalledVersion({});
   if (delegate_ != nullptr) delegate_->RelaunchedApplication();
 }
 
 // ---- Automatic checks
 
-void AppcastUpdater::SetAutomaticallyChecks(bool automatically) {
-  defaults_.SetAutomaticallyChecks(automatically);
-  ResetUpdateCycle();
-}
+void AppcastUpdater::SetAutomaticallyChecks(bool automatically) { defaults_.SetAutomaticallyChecks(automatically); }
 
 void AppcastUpdater::ResetUpdateCycle() {
   if (delegate_ == nullptr || !defaults_.AutomaticallyChecks()) return timer_.Set(std::nullopt);
@@ -82,15 +80,19 @@ void AppcastUpdater::Check(Kind kind) {
   ResetUpdateCycle();
   if (isInstalling_ || (download_ != nullptr && kind < kind_)) return;
 
-  ++number_;
+  const unsigned number = ++number_;
   kind_ = kind;
   information_ = ReadUpdateInformation();
+  download_.reset();
+  if (!IsTrustworthyAddress(information_.feedURL)) {
+    return MainQueue::Shared().Post([this, number] {
+      if (number == number_) FindNothing("The feed's address is missing or not secure: " + information_.feedURL);
+    });
+  }
   settings_ = {information_.version, Version(), delegate_->Channel()};
   const std::string url = FeedAddress();
-  if (!IsTrustworthyAddress(url)) {
-    download_.reset();
-    return Later([this, url] { FindNothing("The feed's address is missing or not secure: " + url); });
-  }
+  // Whoever gives the parameters may have begun another one.
+  if (number != number_) return;
   Fetch(url, kLongestFeed, [this](Download::Result result) { ReceiveFeed(std::move(result)); });
 }
 
@@ -133,8 +135,11 @@ void AppcastUpdater::FindNothing(const std::string& reason) {
 // ---- An installation
 
 void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey& key) {
-  auto installation = std::make_shared<Installation>(
-      Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}});
+  const auto installation = std::make_shared<Installation>(
+      Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}, false, {}});
+  if (installed_ && std::is_lteq(CompareVersions(installation->item.version, *installed_))) {
+    return EndInstallation(installation, "it is there already, and waits for the next start");
+  }
   if (installation->target.empty()) {
     return EndInstallation(installation, "the application is no AppImage, and updated by its package manager");
   }
@@ -147,27 +152,32 @@ void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey&
   });
 }
 
-void AppcastUpdater::Verify(SharedInstallation installation) {
-  BackgroundQueue::Shared().Post([=, this] {
-    const bool isSigned = IsSigned(installation->bytes, installation->file.signature, installation->key);
-    Later([=, this] {
-      if (!isSigned) return EndInstallation(installation, "its file has not the signature that the feed tells");
-      Replace(installation);
-    });
-  });
+void AppcastUpdater::Verify(const SharedInstallation& installation) {
+  Elsewhere(
+      [installation] {
+        installation->isSigned = IsSigned(installation->bytes, installation->file.signature, installation->key);
+      },
+      [installation, this] {
+        if (installation->isSigned) return Replace(installation);
+        EndInstallation(installation, "its file doesn't have the signature that the feed tells");
+      });
 }
 
-void AppcastUpdater::Replace(SharedInstallation installation) {
+void AppcastUpdater::Replace(const SharedInstallation& installation) {
   if (!Tell([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
   // The version that runs goes on running; the next start is the new one's, even if this process doesn't get further.
   defaults_.SetInstalledVersion(installation->item.version);
-  BackgroundQueue::Shared().Post([=, this] {
-    const std::error_code error = ReplaceFile(installation->target, installation->bytes);
-    Later([=, this] {
-      if (error) defaults_.SetInstalledVersion({});
-      EndInstallation(installation, error ? error.message() : std::string());
-    });
-  });
+  Elsewhere([installation] { installation->error = ReplaceFile(installation->target, installation->bytes); },
+            [installation, this] { EndReplacement(installation); });
+}
+
+void AppcastUpdater::EndReplacement(const SharedInstallation& installation) {
+  if (installation->error) {
+    defaults_.SetInstalledVersion({});
+    return EndInstallation(installation, installation->error.message());
+  }
+  installed_ = installation->item.version;
+  EndInstallation(installation, {});
 }
 
 void AppcastUpdater::EndInstallation(const SharedInstallation& installation, const std::string& failure) {
@@ -193,9 +203,12 @@ bool AppcastUpdater::Tell(const std::function<void(UpdaterDelegate&)>& call) {
   return number == number_;
 }
 
-void AppcastUpdater::Later(std::function<void()> work) {
-  MainQueue::Shared().Post([this, number = number_, work = std::move(work)] {
-    if (number == number_) work();
+void AppcastUpdater::Elsewhere(std::function<void()> work, std::function<void()> rest) {
+  BackgroundQueue::Shared().Post([this, number = number_, work = std::move(work), rest = std::move(rest)] {
+    work();
+    MainQueue::Shared().Post([this, number, rest] {
+      if (number == number_) rest();
+    });
   });
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "Platform/Linux/Cocoa/UpdateDefaults.h"
 #include "Platform/Linux/Updates/Download.h"
@@ -38,6 +39,8 @@ class AppcastUpdater final : public Updater {
     UpdateKey key{};
     std::filesystem::path target;
     std::string bytes;
+    bool isSigned = false;
+    std::error_code error;
   };
   using SharedInstallation = std::shared_ptr<Installation>;
 
@@ -52,16 +55,17 @@ class AppcastUpdater final : public Updater {
   void FindNothing(const std::string& reason);
 
   void Install(AppcastItem item, UpdateFile file, const UpdateKey& key);
-  void Verify(SharedInstallation installation);
-  void Replace(SharedInstallation installation);
+  void Verify(const SharedInstallation& installation);
+  void Replace(const SharedInstallation& installation);
+  void EndReplacement(const SharedInstallation& installation);
   void EndInstallation(const SharedInstallation& installation, const std::string& failure);
 
   void Fetch(const std::string& url, std::size_t limit, Download::Done done);
 
   // Calls the delegate. False when the check that it belongs to is not the running one any more.
   [[nodiscard]] bool Tell(const std::function<void(UpdaterDelegate&)>& call);
-  // Does it on a later turn, if the check is still the running one then. Any thread that the check has work on.
-  void Later(std::function<void()> work);
+  // Does `work` on another thread, and then, if the check is still the running one, the rest on the main thread.
+  void Elsewhere(std::function<void()> work, std::function<void()> rest);
 
   UpdateDefaults defaults_;
   UpdaterDelegate* delegate_ = nullptr;
@@ -71,6 +75,7 @@ class AppcastUpdater final : public Updater {
   unsigned number_ = 0;  // of the running check
   Kind kind_ = Kind::Information;
   bool isInstalling_ = false;
+  std::optional<std::string> installed_;  // the version that replaced the one that runs
   UpdateInformation information_;
   UpdateSettings settings_;
   std::unique_ptr<Download> download_;

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Updates/UpdateDecision.h"
 
 #include <charconv>
+#include <compare>
 #include <utility>
 
 #include "Platform/Linux/Updates/Appcast.h"
@@ -48,9 +49,9 @@ bool IsInChannel(const AppcastItem& item, std::string_view channel) {
 std::optional<Unsuitable> JudgeSystem(const AppcastItem& item, std::string_view version) {
   if (!IsForThisSystem(item)) return Unsuitable::OtherSystem;
   const std::string_view least = TextOfProperty(item.properties, "sparkle:minimumSystemVersion");
-  if (!least.empty() && CompareVersions(version, least) < 0) return Unsuitable::SystemTooOld;
+  if (!least.empty() && std::is_lt(CompareVersions(version, least))) return Unsuitable::SystemTooOld;
   const std::string_view most = TextOfProperty(item.properties, "sparkle:maximumSystemVersion");
-  if (!most.empty() && CompareVersions(version, most) > 0) return Unsuitable::SystemTooNew;
+  if (!most.empty() && std::is_gt(CompareVersions(version, most))) return Unsuitable::SystemTooNew;
   return std::nullopt;
 }
 
@@ -63,7 +64,7 @@ std::optional<Unsuitable> JudgeFile(const AppcastItem& item) {
 
 std::optional<Unsuitable> Judge(const AppcastItem& item, const UpdateSettings& settings) {
   if (item.version.empty()) return Unsuitable::NoVersion;
-  if (CompareVersions(item.version, settings.currentVersion) <= 0) return Unsuitable::NotNewer;
+  if (std::is_lteq(CompareVersions(item.version, settings.currentVersion))) return Unsuitable::NotNewer;
   if (const auto reason = JudgeSystem(item, settings.systemVersion)) return reason;
   if (!IsInChannel(item, settings.channel)) return Unsuitable::OtherChannel;
   return JudgeFile(item);
@@ -79,8 +80,8 @@ std::optional<UpdateDecision> DecideUpdate(std::string_view feed, const UpdateSe
   for (std::size_t i = 0; i < decision.items.size(); ++i) {
     const auto judgement = decision.judgements.emplace_back(Judge(decision.items[i], settings));
     if (judgement) continue;
-    const bool isNewest =
-        !decision.update || CompareVersions(decision.items[i].version, decision.items[*decision.update].version) > 0;
+    const bool isNewest = !decision.update || std::is_gt(CompareVersions(decision.items[i].version,
+                                                                         decision.items[*decision.update].version));
     if (isNewest) decision.update = i;
   }
   if (decision.update) decision.file = FileOf(decision.items[*decision.update]);

@@ -36,7 +36,7 @@ std::weak_ordering CompareNumbers(std::string_view left, std::string_view right)
     number->remove_prefix(std::min(number->find_first_not_of('0'), number->size()));
   }
   const auto bySize = left.size() <=> right.size();
-  return bySize != 0 ? bySize : left.compare(right) <=> 0;
+  return std::is_neq(bySize) ? bySize : left.compare(right) <=> 0;
 }
 
 std::weak_ordering CompareRuns(std::string_view left, std::string_view right) {
@@ -58,7 +58,7 @@ std::weak_ordering CompareVersions(std::string_view left, std::string_view right
     if (leftRun.empty()) return IsDigit(rightRun.front()) ? std::weak_ordering::less : std::weak_ordering::greater;
     if (rightRun.empty()) return IsDigit(leftRun.front()) ? std::weak_ordering::greater : std::weak_ordering::less;
     const auto order = CompareRuns(leftRun, rightRun);
-    if (order != 0) return order;
+    if (std::is_neq(order)) return order;
   }
 }
 
