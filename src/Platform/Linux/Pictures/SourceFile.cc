@@ -14,6 +14,7 @@ namespace tessaro::platform {
 namespace {
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+constexpr int kLargestDrawing = 100000;
 
 // "VipsForeignLoadJpegSource" → "jpeg"
 std::string FormatOf(const char* loader) {
@@ -63,8 +64,10 @@ bool SourceFile::ReadHeader() {
   orientation_ = vips_image_get_orientation(image.get());
   hasAlpha_ = vips_image_hasalpha(image.get());
   hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
-  // Vector images are not decoded in their own size.
-  if (isVector() || std::int64_t{width_} * height_ * frames_ <= kMostPixels) return true;
+  // Vector images are not decoded in their own size, but many times it is still too much.
+  const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing
+                                       : std::int64_t{width_} * height_ * frames_ <= kMostPixels;
+  if (isReasonable) return true;
   failure_ = "it has too many pixels";
   return false;
 }
