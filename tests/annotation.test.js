@@ -15,7 +15,7 @@ const { useWindows } = require('./support/windows');
 const inWindows = useWindows();
 
 const barHeight = 48;
-const imageSize = [640, 400];
+const imageSize = [660, 400];
 
 // What a person does in the editor, whose image is shown in its own size.
 const prelude = `
@@ -48,6 +48,11 @@ const prelude = `
     press = (x, y) => this.do(this.to(x, y), 'mousedown', 1, pause, 'mouseup', 1, pause);
     button = (place) => this.press(place < 0 ? this.width - 10 - 36 + (place + 1) * 77 : 10 + 36 + place * 77, 24);
     tool = (name) => this.button(places[name]);
+    // The button that the window manager draws, in the corner.
+    close = async () => {
+      const [x, y] = (await run('xwininfo', '-id', this.id)).match(/Absolute upper-left [XY]: +(\\d+)/g).map((text) => Number(text.split(':')[1]));
+      await this.do('mousemove', x + this.width - 10, y - 10, pause, 'click', 1, pause);
+    };
     save = () => this.button(-1);
     cancel = () => this.button(-2);
     drag = async ([fromX, fromY], [toX, toY]) => {
@@ -179,7 +184,7 @@ test('the copy has the format of the image, and a name of its own; cancelled the
      await second.cancel();
      const cancelled = await second.ended();
      const third = await draw();
-     await third.do('key', 'alt+F4');
+     await third.close();
      print({ saved, cancelled, closed: await third.ended() });`,
   );
   assert.deepStrictEqual(
@@ -217,11 +222,12 @@ test('what is no image is not edited, and what can’t be written is no copy', a
 const film = `
   const panelTitle = 'Screen Recording';
   const panel = () => eventually(() => search(panelTitle), 'the panel');
+  // At the place of the button that was pressed another one appears.
   const pressUntil = async (place, condition, description) => eventually(async () => {
     const id = await search(panelTitle);
-    if (id) await run('xdotool', 'mousemove', '--window', id, 12 + 60 + place * 126, 70, ...pause, 'mousedown', 1, ...pause, 'mouseup', 1, 'sleep', 0.3);
-    return condition();
-  }, description);
+    if (id) await run('xdotool', 'mousemove', '--window', id, 12 + 60 + place * 126, 70, ...pause, 'mousedown', 1, ...pause, 'mouseup', 1);
+    return eventually(condition, description, 5000).catch(() => false);
+  }, description, 30000);
   const isRecording = (folder) => require('fs').readdirSync(folder).some((name) => name.endsWith('.part'));
   const answers = [];
   const record = (folder) => m.takeScreenRecording(folder, (...args) => answers.push(args));

@@ -68,8 +68,8 @@ test('an image, a page and a text become a PNG of the size, on a later turn, onc
     [write('drawing.svg', svg('<rect width="200" height="100" fill="#00f"/>')), 400, [400, 200]],
     [write('letter.txt', 'Dear Ann,\n\nlunch?\n'), 128, [96, 128]],
     [write('no name', 'Grüße\t<b>&amp;</b> 😀\r\n'.repeat(5000)), 256, [192, 256]],
-    [write('latin.txt', Buffer.from('Grüße', 'latin1')), 64, [48, 64]],
-    [write('wide.txt', Buffer.from('\ufeffGrüße', 'utf16le')), 64, [48, 64]],
+    [write('latin.txt', Buffer.from('Grüße', 'latin1')), 512, [384, 512]],
+    [write('wide.txt', Buffer.from('\ufeffGrüße', 'utf16le')), 512, [384, 512]],
     [write('long.txt', 'x'.repeat(1 << 20)), 64, [48, 64]],
     [write('-v [1].txt', 'a name like an option'), 64, [48, 64]],
   ];
