@@ -19,6 +19,7 @@ const benchmarks = [
   'notifications',
   'applications',
   'composition',
+  'images',
 ];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 
