@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -72,6 +73,15 @@ bool SourceFile::ReadHeader() {
   return false;
 }
 
+SourceFile::Size SourceFile::ShownSize() const {
+  return orientation_ >= 5 ? Size{height_, width_} : Size{width_, height_};
+}
+
+double SourceFile::FactorFor(const Fit& fit) const {
+  const Size shown = ShownSize();
+  return std::max(static_cast<double>(shown.width) / fit.maxWidth, static_cast<double>(shown.height) / fit.maxHeight);
+}
+
 VipsImagePtr SourceFile::Decode(const Fit& fit) const {
   // Without a profile of the image's own, the colours would be taken for others.
   const char* profile = hasProfile_ ? "srgb" : nullptr;
@@ -79,8 +89,22 @@ VipsImagePtr SourceFile::Decode(const Fit& fit) const {
   const std::string options =
       std::string(fit.mustBeWhole ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
-  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
-                        "export_profile", profile, "option_string", options.c_str(), nullptr);
+  const double factor = FactorFor(fit);
+  if (format_ != "jpeg" || factor < 2) {
+    vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
+                          "export_profile", profile, "option_string", options.c_str(), nullptr);
+    return VipsImagePtr(image);
+  }
+  // The decoder of JPEGs shrinks by itself. Left alone, the operation would ask it for twice as many pixels in each
+  // direction.
+  const int shrink = factor >= 8 ? 8 : factor >= 4 ? 4 : 2;
+  const VipsImagePtr loaded(vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL,
+                                                       "shrink", shrink, nullptr));
+  if (!loaded) return nullptr;
+  const auto shrunk = [factor](int length) { return std::max(1, static_cast<int>(std::lround(length / factor))); };
+  const Size shown = ShownSize();
+  vips_thumbnail_image(loaded.get(), &image, shrunk(shown.width), "height", shrunk(shown.height), "size",
+                       VIPS_SIZE_FORCE, "export_profile", profile, nullptr);
   return VipsImagePtr(image);
 }
 
