@@ -299,7 +299,12 @@ export function getValueOfPasteboardType(type: string): JSONText | null;
 /** 1 when an image can be made of what is on the general pasteboard. */
 export function doesPasteboardContainImage(): Truth;
 
-/** _Not available yet._ */
+/**
+ * Writes the image on the general pasteboard as a file, and gives its path; `null` when there is none, or it can't be
+ * written. PNG, JPEG and GIF stay what they are, others become PNG: "Pasted Image.png", with a number when that is
+ * taken. Of an image file that was copied, a copy under its own name.
+ * @param targetDirectory Made when it is missing.
+ */
 export function imageFromPasteboard(targetDirectory: string): string | null;
 
 /** What was last searched for, in any application. */
@@ -310,24 +315,63 @@ export function setFindStringToPasteboard(text: unknown): void;
 
 // ---- Images, previews, sharing, files, dialogs
 
-/** _Not available yet._ */
+/** 1 when the file's contents, whatever its name, are a PNG, JPEG, GIF, WebP or AVIF, which every web view shows. */
 export function isWebImagePath(path: string): Truth;
 
-/** _Not available yet._ Sizes in pixels. */
-export function scaleImage(path: string, targetPath: string, width: number, height: number): string | null;
+/**
+ * Writes a copy of an image that is no larger than so many pixels, and gives its path; `null` when the image is broken
+ * or cut off, can't be read, or the copy can't be written. Waits for it, at most half a minute.
+ *
+ * The copy keeps shape, alpha and the frames of animations, is turned the way that the image is shown, has sRGB colours
+ * and no other metadata, and is never larger than the image. An image that fits, in the wanted format, is copied as it
+ * is.
+ * @param target A folder that is there: the copy is called like the image, with a number when that is taken. Otherwise
+ *   the copy's file, which is replaced at once and completely, in the format of its extension: png, jpg, jpeg, gif, webp,
+ *   tif or tiff. With another extension, or none, and in a folder it has the image's format; where that can't be
+ *   written, it is a PNG, or a JPEG of a HEIC or AVIF without alpha.
+ * @param maxWidth In pixels; 0 or less for any.
+ * @param maxHeight In pixels; 0 or less for any.
+ */
+export function scaleImage(path: string, target: string, maxWidth: number, maxHeight: number): string | null;
 
-/** _Not available yet._ */
-export function annotateImage(path: string, callback: unknown): void;
+/**
+ * Opens an editor in which the user draws arrows and boxes on an image, writes on it, and blurs parts of it. What is
+ * saved is a copy, beside the image and in its format: "photo annotated.jpg". Images of more than 6000 pixels in a row
+ * are edited, and saved, in that size.
+ *
+ * The host hears of the end by the notification "TsImageAnnotated", with the image's path under "original" and, if one was
+ * saved, the copy's under "path".
+ * @param callback If it is a function, it is called once, on a later turn: with the path of the copy, or with `null` when
+ *   the user has cancelled, or the image can't be shown or the copy not be written.
+ */
+export function annotateImage(path: string, callback: ((copy: string | null) => void) | unknown): void;
 
-/** _Not available yet._ */
-export function takeScreenRecording(path: string, callback: unknown): void;
+/**
+ * Asks the user whether to record the screen or an area of it, and records a film without sound until it is stopped,
+ * for an hour at most: "Screen Recording 2026-11-21 at 10.15.30.mp4", which appears when it is complete. One film is made
+ * at a time.
+ *
+ * The host hears of the end by the notification "TsScreenRecorded", with the film's path under "path" if there is one.
+ * @param targetDirectory Made when it is missing.
+ * @param callback If it is a function, it is called once, on a later turn: with the path of the film, or with `null` when
+ *   the user has cancelled or nothing can be recorded; the log says why.
+ */
+export function takeScreenRecording(targetDirectory: string, callback: ((film: string | null) => void) | unknown): void;
 
-/** _Not available yet._ */
+/**
+ * Shows files, one at a time, in a panel over a window: images, the first pages of PDFs, beginnings of texts, icons of
+ * others. Arrow keys and buttons turn over; Escape, Space and the end of the window close it. There is one panel: it is
+ * closed before it shows other files.
+ * @param paths JSON array of paths.
+ * @param index Of the file that is shown first; the first one where there is none of that index.
+ * @param callback Called once, on a later turn, when the panel has been closed: with the path of the file that was shown
+ *   last, or with `null` when there was no such window, no file or no display.
+ */
 export function quickLook(
   window: WindowHandle,
   paths: JSONText,
   index: number,
-  callback: (...values: unknown[]) => void,
+  callback: (lastPath: string | null) => void,
 ): void;
 
 /**
@@ -340,12 +384,18 @@ export function quickLook(
  */
 export function shareFiles(window: WindowHandle, paths: JSONText, rectangle: JSONText): void;
 
-/** _Not available yet._ */
+/**
+ * Writes a PNG that shows what is in a file: an image, the first page of a PDF, or the beginning of a text. The same file
+ * in the same size has the same preview, which is replaced.
+ * @param size Width and height at most, in pixels; 8192 where it is more. Smaller images keep their size.
+ * @param targetDirectory Made when it is missing.
+ * @param callback Called once, on a later turn: with the path of the preview, or with `null` when there is none.
+ */
 export function generatePreview(
   path: string,
   size: number,
-  targetPath: string,
-  callback: (...values: unknown[]) => void,
+  targetDirectory: string,
+  callback: (preview: string | null) => void,
 ): void;
 
 /** What `showFileDialog` asks, as JSON. Texts that are missing are the system's own. */

@@ -22,6 +22,7 @@ const benchmarks = [
   'updates',
   'shortcuts',
   'files',
+  'images',
 ];
 const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 

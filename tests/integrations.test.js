@@ -205,7 +205,8 @@ test('photos, receipts and printing', async (t) => {
   for (const id of ['com.apple.Photos', 'com.apperdeck.mac.Receipts']) applications.add(id, { argument: '%f' });
   applications.addProgram('evince-previewer');
   const file = (name) => path.join(folder, name);
-  for (const name of ['x.png', 'mail.eml', '-p.pdf']) fs.writeFileSync(file(name), '');
+  for (const name of ['mail.eml', '-p.pdf']) fs.writeFileSync(file(name), '');
+  fs.writeFileSync(file('x.png'), '\x89PNG\r\n\x1a\n', 'latin1');
   const importing = (id, name) =>
     act(t, applications, `m.importIntoApplication('${id}', ${JSON.stringify(file(name))});`);
   importing('com.apple.Photos', 'photos.zip');

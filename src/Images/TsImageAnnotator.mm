@@ -26,7 +26,7 @@ constexpr CGFloat kMargin = 10;
 constexpr CGFloat kButtonHeight = 26;
 constexpr CGFloat kButtonWidth = 72;
 constexpr CGFloat kShareOfScreen = 0.85;
-constexpr NSSize kLeastSize = {620, 360};
+constexpr NSSize kLeastSize = {660, 360};
 
 struct Tool {
   Annotation::Kind kind;

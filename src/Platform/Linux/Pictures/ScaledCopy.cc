@@ -23,7 +23,7 @@ struct FileFormat {
   bool hasFrames;
 };
 
-constexpr char kSaveJPEG[] = ".jpg[Q=85,optimize_coding,strip]";
+constexpr char kSaveJPEG[] = ".jpg[Q=85,strip]";
 constexpr char kSaveTIFF[] = ".tif[compression=deflate,strip]";
 
 // The first of a format is the extension it is given.

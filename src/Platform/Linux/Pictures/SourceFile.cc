@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -14,6 +15,7 @@ namespace tessaro::platform {
 namespace {
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
+constexpr int kLargestDrawing = 100000;
 
 // "VipsForeignLoadJpegSource" → "jpeg"
 std::string FormatOf(const char* loader) {
@@ -63,10 +65,21 @@ bool SourceFile::ReadHeader() {
   orientation_ = vips_image_get_orientation(image.get());
   hasAlpha_ = vips_image_hasalpha(image.get());
   hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
-  // Vector images are not decoded in their own size.
-  if (isVector() || std::int64_t{width_} * height_ * frames_ <= kMostPixels) return true;
+  // Vector images are not decoded in their own size, but many times it is still too much.
+  const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing
+                                       : std::int64_t{width_} * height_ * frames_ <= kMostPixels;
+  if (isReasonable) return true;
   failure_ = "it has too many pixels";
   return false;
+}
+
+SourceFile::Size SourceFile::ShownSize() const {
+  return orientation_ >= 5 ? Size{height_, width_} : Size{width_, height_};
+}
+
+double SourceFile::FactorFor(const Fit& fit) const {
+  const Size shown = ShownSize();
+  return std::max(static_cast<double>(shown.width) / fit.maxWidth, static_cast<double>(shown.height) / fit.maxHeight);
 }
 
 VipsImagePtr SourceFile::Decode(const Fit& fit) const {
@@ -76,8 +89,22 @@ VipsImagePtr SourceFile::Decode(const Fit& fit) const {
   const std::string options =
       std::string(fit.mustBeWhole ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
-  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
-                        "export_profile", profile, "option_string", options.c_str(), nullptr);
+  const double factor = FactorFor(fit);
+  if (format_ != "jpeg" || factor < 2) {
+    vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
+                          "export_profile", profile, "option_string", options.c_str(), nullptr);
+    return VipsImagePtr(image);
+  }
+  // The decoder of JPEGs shrinks by itself. Left alone, the operation would ask it for twice as many pixels in each
+  // direction.
+  const int shrink = factor >= 8 ? 8 : factor >= 4 ? 4 : 2;
+  const VipsImagePtr loaded(vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL,
+                                                       "shrink", shrink, nullptr));
+  if (!loaded) return nullptr;
+  const auto shrunk = [factor](int length) { return std::max(1, static_cast<int>(std::lround(length / factor))); };
+  const Size shown = ShownSize();
+  vips_thumbnail_image(loaded.get(), &image, shrunk(shown.width), "height", shrunk(shown.height), "size",
+                       VIPS_SIZE_FORCE, "export_profile", profile, nullptr);
   return VipsImagePtr(image);
 }
 

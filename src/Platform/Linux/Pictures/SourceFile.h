@@ -51,6 +51,15 @@ class SourceFile {
   [[nodiscard]] bool isVector() const { return format_ == "svg" || format_ == "pdf"; }
 
  private:
+  struct Size {
+    int width;
+    int height;
+  };
+  // When it is turned.
+  [[nodiscard]] Size ShownSize() const;
+  // By how much it is too large.
+  [[nodiscard]] double FactorFor(const Fit& fit) const;
+
   std::string failure_;
   FileDescriptor file_;
   VipsSourcePtr source_;
