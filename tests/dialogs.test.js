@@ -43,6 +43,14 @@ async function open(person, options) {
   await person.window(title);
 }
 
+/** Closes the panel by the keyboard, and waits for the report of a number. */
+const escape = (person, number) =>
+  person.until(
+    () => person.reports.length > number,
+    () => person.key('Escape'),
+    `report ${number}`,
+  );
+
 const names = async (person) => (await person.rows(title)).map(({ texts }) => texts[1]);
 const shows = (person, expected) =>
   eventually(async () => (await names(person)).join() === expected.join(), `showing ${expected}`).catch(
@@ -128,8 +136,8 @@ test('one file, several, and those of another folder are chosen', async (t) => {
   // The folder is remembered.
   await open(person, { folder: path.join(folder, 'missing') });
   await shows(person, ['inner.txt']);
-  await person.key('Escape');
-  assert.strictEqual(await person.report(3), null);
+  await escape(person, 3);
+  assert.strictEqual(person.reports[3], null);
 });
 
 test('a folder is chosen: the selected one, or the one that is shown', async (t) => {
@@ -202,8 +210,7 @@ test('what can’t be saved there is told in the panel, and files may vanish', a
   const person = await startPerson(t, session, '', likeAnybody);
   await open(person, { type: 'save', folder: '/proc', name: 'x' });
   await person.clickButton(title, 'Save', async () => (await notice(person)).includes('You can\'t save in "proc".'));
-  await person.key('Escape');
-  await person.report(0);
+  await escape(person, 0);
 
   await open(person, { folder });
   await person.click((await person.row(title, 'Report.pdf')).centre);
@@ -211,8 +218,8 @@ test('what can’t be saved there is told in the panel, and files may vanish', a
   await person.clickButton(title, 'Open', async () =>
     (await notice(person)).some((text) => /no longer there/.test(text)),
   );
-  await person.key('Escape');
-  assert.strictEqual(await person.report(1), null);
+  await escape(person, 1);
+  assert.strictEqual(person.reports[1], null);
 });
 
 test('the application goes on meanwhile, and every question is answered once', async (t) => {
@@ -274,8 +281,7 @@ test('what nobody can be asked is answered too, and the log says why', async (t)
     type: [],
   });
   await person.window(title);
-  await person.key('Escape');
-  await person.report(cases.length);
+  await escape(person, cases.length);
 });
 
 test('without a display nothing is chosen', async (t) => {
@@ -307,6 +313,5 @@ test('twenty thousand files are shown while the application goes on', async (t) 
       )) === 20000,
     'all are shown',
   );
-  await person.key('Escape');
-  await person.report(1);
+  await escape(person, 1);
 });

@@ -33,9 +33,10 @@ async function ask(stage, options, ...keys) {
   await stage.run('xdotool', 'windowactivate', '--sync', id);
   // Files appear a little later than their panel.
   await stage.run('sleep', '0.5');
-  for (const [x, y] of options.clicks ?? []) {
-    await stage.run('xdotool', ...['mousemove', '--window', id, x, y, 'sleep', 0.2, 'mousedown', 1].map(String));
-    await stage.run('xdotool', 'sleep', '0.1', 'mouseup', '1', 'sleep', '0.2');
+  for (const place of options.clicks ?? []) {
+    // By one program: this one waits as long as the button is down.
+    const press = ['sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.2];
+    await stage.run('xdotool', ...['mousemove', '--window', id, ...place, ...press].map(String));
   }
   const picture = await stage.screenshot(options.type);
   await stage.run('xdotool', 'key', '--delay', '80', ...keys);
