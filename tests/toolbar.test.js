@@ -486,6 +486,6 @@ test('windows with toolbars leave nothing behind', async (t) => {
      print({ growth: memory() - before[0], windows: ask('numberOfWindows')[0] - before[1] });`,
   );
   assert.strictEqual(left, 0);
-  // The pixels of each window alone are 0.7 MB.
-  assert.ok(growth < 15, `${growth} MB in 100 windows`);
+  // The pixels of each window alone are 0.7 MB. The address sanitizer holds back what has been freed.
+  if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(growth < 15, `${growth} MB in 100 windows`);
 });
