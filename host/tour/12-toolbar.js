@@ -38,6 +38,9 @@ const composeButton = [32, 45];
 
 async function clickInWindow(stage, handle, [x, y]) {
   const { systemWindow } = stage.host.windowInfo(handle);
+  // The window manager's late answer to the closing of the window before may give the focus to another one.
+  await stage.run('xdotool', 'windowactivate', String(systemWindow));
+  await stage.until(() => stage.host.windowInfo(handle).isKey, 1000);
   const move = ['mousemove', '--window', String(systemWindow), String(x), String(y), 'sleep', '0.1'];
   // A press without any length is none for GNUstep's buttons.
   await stage.run('xdotool', ...move, 'mousedown', '1', 'sleep', '0.1', 'mouseup', '1');
