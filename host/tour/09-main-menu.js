@@ -12,8 +12,11 @@ const reload = 400;
 const hideItem = 403;
 const showToolbar = 404;
 
+// GNUstep may lose a click without any length.
+const click = ['mousedown', 1, 'sleep', '0.1', 'mouseup', 1];
+
 // Opens a menu of the window's bar, takes a picture and closes it again. While it is open script waits, so one program
-// does all of it.
+// does all of it, and makes sure of the end.
 async function lookAtMenu(stage, index) {
   const { systemWindow, menuBar } = stage.host.windowInfo(stage.window);
   const picture = path.join(stage.screenshots, `${stage.scene}.png`);
@@ -22,7 +25,8 @@ async function lookAtMenu(stage, index) {
   const takePicture = ['exec', '--sync', '--args', 4, 'import', '-window', 'root', picture];
   const look = ['sleep', '0.3', ...(hasEyes ? takePicture : [])];
   const { x, y } = menuBar[index];
-  await stage.run('xdotool', ...[to(x, y), 'click', 1, look, to(x, y + 400), 'click', 1].flat().map(String));
+  const close = [to(x, y + 400), click, 'sleep', '0.2', click];
+  await stage.run('xdotool', ...[to(x, y), click, look, close].flat(2).map(String));
   return hasEyes ? path.basename(picture) : 'no picture: ImageMagick is missing';
 }
 
