@@ -280,7 +280,7 @@ test('a person’s menus tell when they open and close, once asked to, and can s
      const window = host.createWindow({ title: 'Menus' });
      const { systemWindow } = host.windowInfo(window);
      const moment = ['sleep', 0.2];
-     const click = ['click', 1];
+     const click = ['mousedown', 1, 'sleep', 0.1, 'mouseup', 1];
      const to = (x, y) => ['mousemove', '--window', systemWindow, x, y, ...moment];
      const hands = (...actions) => spawn('xdotool', actions.flat().map(String), { stdio: 'ignore' });
      const told = [];
