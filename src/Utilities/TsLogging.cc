@@ -136,6 +136,8 @@ class TsLogFacility::Pipeline {
   [[nodiscard]] std::filesystem::path File() const { return file_ != nullptr ? file_->filename() : ""; }
 
   void AddLogger(std::shared_ptr<TsLogger> logger) {
+    // What is still on its way was logged before.
+    Flush();
     const std::lock_guard lock(loggersMutex_);
     auto sink = std::make_shared<LoggerSink>(std::move(logger));
     loggers_.push_back(sink);

@@ -24,7 +24,7 @@ namespace tessaro::platform {
 namespace {
 
 constexpr unsigned kJobSeconds = 30;
-constexpr rlim_t kJobMemory = rlim_t{4} << 30;
+[[maybe_unused]] constexpr rlim_t kJobMemory = rlim_t{4} << 30;
 constexpr int kSocket = STDIN_FILENO;
 
 void Limit(__rlimit_resource what, rlim_t most) {
