@@ -74,7 +74,10 @@ struct MainQueue::Body {
  private:
   // Runs only what is waiting now: tasks that post again must leave the loop a turn for everything else.
   void Run() {
-    for (const Task& task : Take()) WithAutoreleasePool(task);
+    for (Task& task : Take()) {
+      // What a task keeps alive may go with it, and may need the pool for that.
+      WithAutoreleasePool([&task] { std::exchange(task, nullptr)(); });
+    }
     StartTimer();
   }
 
