@@ -25,8 +25,6 @@ int64_t NextId() {
   return ++lastId;
 }
 
-Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
-
 Ref<NSMutableArray> NewArray() { return Adopt([[NSMutableArray alloc] init]); }
 
 // Paragraphs, each with a line feed at its end.

@@ -8,8 +8,6 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
-
 NSString* WithHome(NSString* path) {
   if (![path isEqualToString:@"~"] && ![path hasPrefix:@"~/"]) return [path stringByExpandingTildeInPath];
   return [TsNSString(platform::HomeDirectory().native()) stringByAppendingString:[path substringFromIndex:1]];

@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
+#import "Extensions/NSDictionary+TsFile.h"
 #include "Platform/StandardDirectories.h"
 #include "Utilities/TsString.h"
 
@@ -9,20 +10,9 @@ namespace {
 
 NSString* const kGlobalPreferences = @"Library/Preferences/.GlobalPreferences.plist";
 
-// nil when there is no such file, or no dictionary in it.
 NSDictionary* GlobalPreferences() {
   NSString* home = TsNSString(tessaro::platform::HomeDirectory().native());
-  NSData* data = [NSData dataWithContentsOfFile:[home stringByAppendingPathComponent:kGlobalPreferences]];
-  if (data == nil) return nil;
-  @try {
-    id contents = [NSPropertyListSerialization propertyListWithData:data
-                                                            options:NSPropertyListImmutable
-                                                             format:nullptr
-                                                              error:nullptr];
-    return [contents isKindOfClass:[NSDictionary class]] ? contents : nil;
-  } @catch (NSException*) {
-    return nil;
-  }
+  return [NSDictionary ts_dictionaryInPropertyListFile:[home stringByAppendingPathComponent:kGlobalPreferences]];
 }
 
 bool IsSwitchedOff(id value) { return [value respondsToSelector:@selector(boolValue)] && ![value boolValue]; }

@@ -15,8 +15,6 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
-
 Ref<NSString> NewText(std::string_view latin1) {
   auto blank = platform::NewLatin1String(latin1.size());
   std::copy(latin1.begin(), latin1.end(), blank.characters);

@@ -35,8 +35,6 @@ struct Tool {
 const std::array kTools = {Tool{Annotation::Kind::Arrow, @"Arrow"}, Tool{Annotation::Kind::Box, @"Box"},
                            Tool{Annotation::Kind::Text, @"Text"}, Tool{Annotation::Kind::Blur, @"Blur"}};
 
-NSString* Localized(NSString* text) { return [[NSBundle mainBundle] localizedStringForKey:text value:text table:nil]; }
-
 void TellEnd(NSString* original, NSString* copy, const TsCompletion& completion) {
   NSMutableDictionary* userInfo = [NSMutableDictionary dictionaryWithObject:original forKey:@"original"];
   if (copy != nil) [userInfo setObject:copy forKey:@"path"];
@@ -138,18 +136,20 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
   [view addSubview:canvas];
   _canvas = canvas;
   [self addTools];
-  _undoButton = [self addButton:Localized(@"Undo") at:5 action:@selector(undo:)];
+  _undoButton = [self addButton:NSLocalizedString(@"Undo", nil) at:5 action:@selector(undo:)];
   [_undoButton setKeyEquivalent:@"z"];
   [_undoButton setKeyEquivalentModifierMask:NSCommandKeyMask];
-  [self addButton:Localized(@"Cancel") at:-2 action:@selector(cancel:)];
-  [self addButton:Localized(@"Save") at:-1 action:@selector(save:)];
+  [self addButton:NSLocalizedString(@"Cancel", nil) at:-2 action:@selector(cancel:)];
+  [self addButton:NSLocalizedString(@"Save", nil) at:-1 action:@selector(save:)];
   [self showState];
 }
 
 - (void)addTools {
   NSMutableArray* buttons = [NSMutableArray array];
   for (std::size_t i = 0; i < kTools.size(); ++i) {
-    NSButton* button = [self addButton:Localized(kTools[i].name) at:static_cast<int>(i) action:@selector(chooseTool:)];
+    NSButton* button = [self addButton:NSLocalizedString(kTools[i].name, nil)
+                                    at:static_cast<int>(i)
+                                action:@selector(chooseTool:)];
     [button setButtonType:NSPushOnPushOffButton];
     [button setTag:static_cast<NSInteger>(i)];
     [buttons addObject:button];

@@ -24,8 +24,6 @@ constexpr CGFloat kLabelHeight = 22;
 // What was behind a window is on screen a moment after its end.
 constexpr auto kUncovering = 400ms;
 
-NSString* Localized(NSString* text) { return [[NSBundle mainBundle] localizedStringForKey:text value:text table:nil]; }
-
 NSString* FilmPath(NSString* folder) {
   auto format = Adopt([[NSDateFormatter alloc] init]);
   [format setDateFormat:@"yyyy-MM-dd 'at' HH.mm.ss"];
@@ -76,7 +74,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel setHidesOnDeactivate:NO];
   [_panel setBecomesKeyOnlyIfNeeded:NO];
   [_panel setLevel:NSFloatingWindowLevel];
-  [_panel setTitle:Localized(@"Screen Recording")];
+  [_panel setTitle:NSLocalizedString(@"Screen Recording", nil)];
   [_panel setDelegate:static_cast<id>(self)];
   const CGFloat top = kPanelSize.height - kMargin - kLabelHeight;
   auto label =
@@ -101,7 +99,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
   const CGFloat left = kMargin + place * (kButtonWidth + kMargin / 2);
   auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(left, kMargin, kButtonWidth, kButtonHeight)]);
-  [button setTitle:Localized(title)];
+  [button setTitle:NSLocalizedString(title, nil)];
   [button setRefusesFirstResponder:YES];
   [button setTarget:self];
   [button setAction:action];
@@ -121,7 +119,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 
 - (void)ask {
   [self openPanel];
-  [_label setStringValue:Localized(@"What do you want to record?")];
+  [_label setStringValue:NSLocalizedString(@"What do you want to record?", nil)];
   [self addButton:@"Whole Screen" at:0 action:@selector(recordScreen:)];
   [self addButton:@"Area…" at:1 action:@selector(recordArea:)];
   [self addButton:@"Cancel" at:2 action:@selector(cancel:)];
@@ -183,14 +181,14 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 
 - (void)showTime:(NSTimer*)timer {
   const auto seconds = static_cast<int>([NSDate timeIntervalSinceReferenceDate] - _began);
-  [_label
-      setStringValue:[NSString stringWithFormat:@"%@ %d:%02d", Localized(@"Recording"), seconds / 60, seconds % 60]];
+  [_label setStringValue:[NSString stringWithFormat:@"%@ %d:%02d", NSLocalizedString(@"Recording", nil), seconds / 60,
+                                                    seconds % 60]];
 }
 
 - (IBAction)stop:(id)sender {
   [_clock invalidate];
   [_stopButton setEnabled:NO];
-  [_label setStringValue:Localized(@"Saving…")];
+  [_label setStringValue:NSLocalizedString(@"Saving…", nil)];
   if (_recording) _recording->Stop();
 }
 

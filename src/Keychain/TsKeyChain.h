@@ -3,6 +3,7 @@
 #import <Foundation/Foundation.h>
 
 #include "Platform/SecretStore.h"
+#include "Utilities/Ref.h"
 
 // The passwords of one service in the user's keychain, by account. Nothing is cached: what another program changes is
 // seen at once. Main thread only; calls wait for the keychain, and for the person when it has to be opened.
@@ -13,7 +14,7 @@
 //   "error"     NSNumber, the keychain's status code; when not ok
 @interface TsKeychain : NSObject {
  @private
-  NSString* service_;
+  Ref<NSString> service_;
   tessaro::platform::SecretStore* store_;
 }
 

@@ -68,8 +68,6 @@ NSDictionary* Found(id password) {
 
 @implementation TsKeychain
 
-@synthesize service = service_;
-
 + (TsKeychain*)sharedInstance {
   static const Ref<TsKeychain> keychain = [] {
     const bool isSeparate = [[NSApplication ts_bundleName] isEqualToString:kSeparateService];
@@ -84,15 +82,14 @@ NSDictionary* Found(id password) {
 
 - (instancetype)initWithService:(NSString*)service store:(platform::SecretStore&)store {
   if ((self = [super init]) != nil) {
-    service_ = [service copy];
+    service_ = Copy(service);
     store_ = &store;
   }
   return self;
 }
 
-- (void)dealloc {
-  [service_ release];
-  [super dealloc];
+- (NSString*)service {
+  return service_;
 }
 
 - (platform::SecretResult<SecretItem>)findAccount:(NSString*)account {
@@ -206,7 +203,7 @@ NSDictionary* Found(id password) {
 }
 
 - (void)logRemovalOf:(NSString*)account {
-  TsLogInfo(@"Removed keychain entry '%@' (%@).", account, service_);
+  TsLogInfo(@"Removed keychain entry '%@' (%@).", account, service_.get());
 }
 
 @end

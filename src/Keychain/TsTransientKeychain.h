@@ -2,10 +2,12 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Utilities/Ref.h"
+
 // Passwords that live as long as the process, for accounts whose user does not want them stored. Main thread only.
 @interface TsTransientKeychain : NSObject {
  @private
-  NSMutableDictionary* passwordsByAccount_;
+  Ref<NSMutableDictionary> passwordsByAccount_;
 }
 
 @property(nonatomic, readonly) NSMutableDictionary* passwordsByAccount;

@@ -1,10 +1,6 @@
 #import "Keychain/TsTransientKeychain.h"
 
-#include "Utilities/Ref.h"
-
 @implementation TsTransientKeychain
-
-@synthesize passwordsByAccount = passwordsByAccount_;
 
 + (TsTransientKeychain*)sharedInstance {
   static const Ref<TsTransientKeychain> keychain = Adopt([[TsTransientKeychain alloc] init]);
@@ -12,13 +8,12 @@
 }
 
 - (instancetype)init {
-  if ((self = [super init]) != nil) passwordsByAccount_ = [[NSMutableDictionary alloc] init];
+  if ((self = [super init]) != nil) passwordsByAccount_ = Adopt([[NSMutableDictionary alloc] init]);
   return self;
 }
 
-- (void)dealloc {
-  [passwordsByAccount_ release];
-  [super dealloc];
+- (NSMutableDictionary*)passwordsByAccount {
+  return passwordsByAccount_;
 }
 
 - (void)setPassword:(NSString*)password forAccount:(NSString*)account {

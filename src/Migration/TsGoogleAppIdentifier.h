@@ -5,11 +5,13 @@
 
 #include <cstddef>
 
+#include "Utilities/Ref.h"
+
 // One of the Google applications, of one account. Its text form is "Ts_<type>_<account>", as in
 // "Ts_Calendar_ann@example.org". Immutable; any thread, but for the image.
 @interface TsGoogleAppIdentifier : NSObject <NSCopying> {
  @private
-  NSString* accountIdentifier_;
+  Ref<NSString> accountIdentifier_;
   std::size_t type_;
 }
 

@@ -32,19 +32,12 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 
 @implementation TsGoogleAppIdentifier
 
-@synthesize accountIdentifier = accountIdentifier_;
-
 - (instancetype)initWithType:(std::size_t)type accountIdentifier:(NSString*)accountIdentifier {
   if ((self = [super init]) != nil) {
     type_ = type;
-    accountIdentifier_ = [accountIdentifier copy];
+    accountIdentifier_ = Copy(accountIdentifier);
   }
   return self;
-}
-
-- (void)dealloc {
-  [accountIdentifier_ release];
-  [super dealloc];
 }
 
 + (TsGoogleAppIdentifier*)identifierWithType:(std::size_t)type accountIdentifier:(NSString*)account {
@@ -88,12 +81,16 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
   return [self retain];
 }
 
+- (NSString*)accountIdentifier {
+  return accountIdentifier_;
+}
+
 - (NSString*)type {
   return kTypes[type_].name;
 }
 
 - (NSString*)typeLabel {
-  return [[NSBundle mainBundle] localizedStringForKey:kTypes[type_].label value:@"" table:nil];
+  return NSLocalizedString(kTypes[type_].label, nil);
 }
 
 - (NSImage*)defaultIcon {

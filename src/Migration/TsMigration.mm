@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#import "Extensions/NSDictionary+TsFile.h"
 #import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
@@ -45,21 +46,6 @@ NSString* PreferencesPath() {
   id identifier = [[NSBundle mainBundle] objectForInfoDictionaryKey:kPreviousVersionsIdentifierKey];
   if (![identifier isKindOfClass:[NSString class]]) identifier = kPreviousVersionsIdentifier;
   return WithTildeExpanded([NSString stringWithFormat:@"~/Library/Preferences/%@.plist", identifier]);
-}
-
-// nil when there is no dictionary in the file.
-NSDictionary* DictionaryInFile(NSString* path) {
-  NSData* data = [NSData dataWithContentsOfFile:path];
-  if (data == nil) return nil;
-  @try {
-    id contents = [NSPropertyListSerialization propertyListWithData:data
-                                                            options:NSPropertyListImmutable
-                                                             format:nullptr
-                                                              error:nullptr];
-    return [contents isKindOfClass:[NSDictionary class]] ? contents : nil;
-  } @catch (NSException*) {
-    return nil;
-  }
 }
 
 NSDictionary* ExportedTab(TsGoogleAppState* state) {
@@ -140,7 +126,7 @@ bool PutSection(TsExportText& json, std::string_view lead, id section) {
 }
 
 - (NSDictionary*)userDefaults {
-  NSDictionary* preferences = DictionaryInFile(PreferencesPath());
+  NSDictionary* preferences = [NSDictionary ts_dictionaryInPropertyListFile:PreferencesPath()];
   NSMutableDictionary* carriedOver = [NSMutableDictionary dictionary];
   for (NSString* key : kCarriedOverPreferences) {
     id value = [preferences objectForKey:key];

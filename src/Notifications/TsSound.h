@@ -2,10 +2,12 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Utilities/Ref.h"
+
 // A sound that the system knows by its name.
 @interface TsSound : NSObject {
  @private
-  NSString* name_;
+  Ref<NSString> name_;
 }
 
 @property(nonatomic, readonly) NSString* name;  // no folder, no extension

@@ -44,8 +44,6 @@ Ref<NSArray> FindSounds() {
 
 @implementation TsSound
 
-@synthesize name = name_;
-
 + (NSArray*)sounds {
   static const Ref<NSArray> sounds = FindSounds();
   return [NSArray arrayWithArray:sounds];
@@ -68,13 +66,12 @@ Ref<NSArray> FindSounds() {
 
 - (instancetype)initWithName:(NSString*)name {
   self = [super init];
-  if (self != nil) name_ = [[name lastPathComponent] copy];
+  if (self != nil) name_ = Copy([name lastPathComponent]);
   return self;
 }
 
-- (void)dealloc {
-  [name_ release];
-  [super dealloc];
+- (NSString*)name {
+  return name_;
 }
 
 - (BOOL)isEqual:(id)other {

@@ -9,14 +9,12 @@ NSString* const TsServiceProviderSearchNotification = @"TsServiceProviderSearchN
 
 namespace {
 
-NSString* Localized(NSString* text) { return [[NSBundle mainBundle] localizedStringForKey:text value:@"" table:nil]; }
-
 bool Has(NSPasteboard* pasteboard, NSString* type) { return [[pasteboard types] containsObject:type]; }
 
 // nil, and the error, when there is no text.
 NSString* Text(NSPasteboard* pasteboard, NSString* errorText, NSString** error) {
   NSString* text = Has(pasteboard, NSStringPboardType) ? [pasteboard stringForType:NSStringPboardType] : nil;
-  if (text == nil && error != nullptr) *error = Localized(errorText);
+  if (text == nil && error != nullptr) *error = NSLocalizedString(errorText, nil);
   return text;
 }
 
@@ -55,7 +53,8 @@ TsASOutgoingMessage* NewMessage() {
 - (void)mailDocument:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
   id paths = Has(pasteboard, NSFilenamesPboardType) ? [pasteboard propertyListForType:NSFilenamesPboardType] : nil;
   if (![paths isKindOfClass:[NSArray class]]) {
-    if (error != nullptr) *error = Localized(@"Error: Pasteboard doesn't contain one or more files names.");
+    if (error != nullptr)
+      *error = NSLocalizedString(@"Error: Pasteboard doesn't contain one or more files names.", nil);
     return;
   }
   NSMutableArray* attachments = [NSMutableArray array];

@@ -21,9 +21,7 @@ Expected* Value(NSDictionary* dictionary, NSString* key) {
 }
 
 // NSBundle would take an empty key for a request to name the key.
-NSString* Localized(NSString* text) {
-  return [text length] == 0 ? @"" : [[NSBundle mainBundle] localizedStringForKey:text value:@"" table:nil];
-}
+NSString* Localized(NSString* text) { return [text length] == 0 ? @"" : NSLocalizedString(text, nil); }
 
 }  // namespace
 

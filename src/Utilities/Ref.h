@@ -54,3 +54,9 @@ template <typename T>
 [[nodiscard]] Ref<T> Retain(T* object) {
   return Ref<T>([object retain]);
 }
+
+// What nobody else can change.
+template <typename T>
+[[nodiscard]] Ref<T> Copy(T* object) {
+  return Adopt<T>([object copy]);
+}

@@ -16,8 +16,6 @@ PageState& Page() {
   return page;
 }
 
-Ref<NSString> Copy(NSString* text) { return Adopt<NSString>([text copy]); }
-
 // The caller may go on using the text after the page has changed.
 NSString* Autoreleased(Ref<NSString> text) { return text.Autoreleased(); }
 
