@@ -2,7 +2,7 @@
 
 #import <AppKit/NSApplication.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @class NSMutableArray;
 

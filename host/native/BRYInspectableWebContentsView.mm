@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 #import "native/WebContentsViewCocoa.h"
 
 @implementation BRYInspectableWebContentsView

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 #include "native/DisplayConnection.h"
 #include "native/RunLoopPump.h"
 #include "native/ScriptContext.h"

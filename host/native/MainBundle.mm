@@ -4,7 +4,7 @@
 #import <GNUstepBase/GSLocale.h>
 #import <objc/runtime.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #import <AppKit/NSMenu.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // The application's main menu, in the user's language. Each item that stands for a command of script's has a
 // dictionary with its number under "commandId" as its represented object, and sends performCommand: unless Cocoa has an

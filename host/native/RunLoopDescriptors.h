@@ -6,7 +6,7 @@
 #include <map>
 #include <utility>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 #include "native/EpollSet.h"
 
 // What the main thread's NSRunLoop waits for in its default mode.

@@ -2,7 +2,7 @@
 
 #import <AppKit/NSView.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @class NSMutableArray;
 @class NSMutableString;

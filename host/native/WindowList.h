@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @class AtomNSWindow;
 @class AtomNSWindowDelegate;

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <optional>
 
-#include "Utilities/TsUnicode.h"
+#include "Base/TsUnicode.h"
 
 namespace {
 

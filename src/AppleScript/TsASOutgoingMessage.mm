@@ -2,8 +2,8 @@
 
 #include <chrono>
 
+#include "Base/TsLog.h"
 #include "Platform/MainQueue.h"
-#include "Utilities/TsLog.h"
 
 NSString* const TsComposeOutgoingMessageNotification = @"TsComposeOutgoingMessageNotification";
 NSString* const TsComposeOutgoingMessageNotificationMessageKey = @"message";

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/Ref.h"
 #import "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 
 // What a scripted message consists of. The message gives recipients and attachments their specifiers.
 

@@ -1,8 +1,8 @@
 #import "AppleScript/TsASOutgoingMessageElements.h"
 
+#include "Base/TsString.h"
 #include "Platform/HFSPath.h"
 #include "Platform/StandardDirectories.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

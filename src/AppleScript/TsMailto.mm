@@ -2,8 +2,8 @@
 
 #include "AppleScript/MailtoLink.h"
 #import "AppleScript/TsASOutgoingMessage.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 
 namespace {
 

@@ -3,16 +3,16 @@
 #import <AppKit/AppKit.h>
 
 #include "Application/KeyCombinations.h"
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
 #include "Platform/Cocoa.h"
 #include "Platform/Menus.h"
 #include "Platform/WindowServer.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsCallbackSlot.h"
-#include "Utilities/TsLog.h"
 #include "Utilities/TsNotificationObserver.h"
-#include "Utilities/TsReplaceMethod.h"
 
 @interface NSObject (TsPreviousMethods)
 - (void)tsOrigSendEvent:(NSEvent*)event;

@@ -6,8 +6,8 @@
 #include <memory>
 #include <vector>
 
+#include "Base/Ref.h"
 #include "Platform/Updater.h"
-#include "Utilities/Ref.h"
 
 // The feed's items have arrived: {"appcast": an array of dictionaries}. Its object is the shared update controller.
 extern NSString* const TsReceivedAppcastNotification;

@@ -3,14 +3,14 @@
 #include <string_view>
 #include <utility>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Extensions/NSEvent+TsKeyboard.h"
 #include "Extensions/NSProcessInfo+TsSystem.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

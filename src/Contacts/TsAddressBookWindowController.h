@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Base/Ref.h"
 #import "Platform/AddressBook.h"
 #import "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 
 @class NSDictionary;
 

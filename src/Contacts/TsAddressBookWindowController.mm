@@ -1,8 +1,8 @@
 #import "Contacts/TsAddressBookWindowController.h"
 
+#include "Base/TsLog.h"
 #import "Contacts/TsRecipient.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/Ref.h"
 #import "Platform/AddressBook.h"
-#include "Utilities/Ref.h"
 
 @class NSArray;
 

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "Base/TsUnicode.h"
 #include "Contacts/RecipientText.h"
 #include "Platform/FoundationValues.h"
-#include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
 

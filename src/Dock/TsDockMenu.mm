@@ -2,9 +2,9 @@
 
 #import <objc/runtime.h>
 
+#include "Base/TsLog.h"
 #include "Platform/DockMenu.h"
 #import "StatusItem/TsStatusItemController.h"
-#include "Utilities/TsLog.h"
 
 namespace platform = tessaro::platform;
 

@@ -1,6 +1,6 @@
 #import "Extensions/NSImage+TsTint.h"
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @implementation NSImage (TsTint)
 

@@ -1,7 +1,7 @@
 #import "Extensions/NSProcessInfo+TsSystem.h"
 
+#include "Base/TsString.h"
 #include "Platform/OperatingSystem.h"
-#include "Utilities/TsString.h"
 
 @implementation NSProcessInfo (TsSystem)
 

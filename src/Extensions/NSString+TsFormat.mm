@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 
 namespace {
 

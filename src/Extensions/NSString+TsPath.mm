@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string_view>
 
-#include "Utilities/TsString.h"
+#include "Base/TsString.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include <filesystem>
 
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 
 std::string TsTemporaryPicturePath() {
   NSString* name = [[[NSProcessInfo processInfo] globallyUniqueString] stringByAppendingPathExtension:@"png"];

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
 #include "Images/PictureFiles.h"
 #include "Platform/BackgroundQueue.h"
@@ -14,9 +17,6 @@
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Previews.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 #include "Utilities/TsPendingCallback.h"
 
 // Shows files one after the other over a window, `paths[index]` first, until it is closed. There is one such panel:

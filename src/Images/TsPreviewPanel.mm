@@ -4,14 +4,14 @@
 #include <string>
 #include <utility>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Images/PictureFiles.h"
 #include "Platform/Applications.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Previews.h"
 #include "Platform/WindowServer.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 #include "Workspace/TsWorkspace.h"
 
 namespace platform = tessaro::platform;

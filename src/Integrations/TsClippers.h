@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // The page or mail that is handed to another application. Any text may be missing.
 struct TsClippedPage {

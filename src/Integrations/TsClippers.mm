@@ -3,6 +3,8 @@
 #include <array>
 #include <string_view>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
 #import "Integrations/TsClipboard.h"
 #import "Integrations/TsDEVONthinkRecord.h"
@@ -16,8 +18,6 @@
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
 #include "Platform/ZipArchive.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @class SBApplication;
 

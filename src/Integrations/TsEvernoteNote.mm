@@ -1,11 +1,11 @@
 #import "Integrations/TsEvernoteNote.h"
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
 #include "Integrations/TsInstalledApplication.h"
 #include "Platform/Cocoa.h"
 #include "Platform/ZipArchive.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 static NSString* const kEvernote = @"com.evernote.Evernote";
 

@@ -1,7 +1,7 @@
 #include "Integrations/TsInstalledApplication.h"
 
+#include "Base/TsString.h"
 #include "Platform/Applications.h"
-#include "Utilities/TsString.h"
 
 NSString* TsInstalledBundleId(NSArray* identifiers) {
   for (NSString* identifier in identifiers) {

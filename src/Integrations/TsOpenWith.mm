@@ -1,11 +1,11 @@
 #include "Integrations/TsOpenWith.h"
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

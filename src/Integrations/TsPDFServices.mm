@@ -4,10 +4,10 @@
 
 #include <filesystem>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Aliases.h"
 #include "Platform/StandardDirectories.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

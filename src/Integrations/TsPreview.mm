@@ -1,8 +1,8 @@
 #import "Integrations/TsPreview.h"
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Printing.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 @implementation TsPreview
 

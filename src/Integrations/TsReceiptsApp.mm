@@ -1,9 +1,9 @@
 #import "Integrations/TsReceiptsApp.h"
 
+#include "Base/TsString.h"
 #include "Integrations/TsInstalledApplication.h"
 #include "Integrations/TsOpenWith.h"
 #include "Platform/Applications.h"
-#include "Utilities/TsString.h"
 
 @implementation TsReceiptsApp
 

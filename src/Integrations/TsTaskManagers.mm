@@ -1,10 +1,10 @@
 #include "Integrations/TsTaskManagers.h"
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
 #include "Integrations/TsInstalledApplication.h"
 #include "Platform/Applications.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 // nil as `identifier` stands for the scheme's default handler.
 static void Open(NSString* url, NSString* identifier) {

@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/TimeTracker.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 @implementation TsTiming
 

@@ -2,8 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/Ref.h"
 #include "Platform/SecretStore.h"
-#include "Utilities/Ref.h"
 
 // The passwords of one service in the user's keychain, by account. Nothing is cached: what another program changes is
 // seen at once. Main thread only; calls wait for the keychain, and for the person when it has to be opened.

@@ -4,12 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
+#include "Base/TsUnicode.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Platform/FoundationValues.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
-#include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
 

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // Passwords that live as long as the process, for accounts whose user does not want them stored. Main thread only.
 @interface TsTransientKeychain : NSObject {

@@ -5,10 +5,10 @@
 #include <cmath>
 #include <limits>
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
 
 NSString* const TsAppMenuWillOpenNotificationName = @"TsAppMenuWillOpen";
 

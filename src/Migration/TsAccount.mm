@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Base/Ref.h"
+#include "Base/TsString.h"
 #import "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #import "Keychain/TsTransientKeychain.h"
@@ -10,8 +12,6 @@
 #import "Migration/TsManagedObjectContext.h"
 #import "Migration/TsSignature.h"
 #import "Migration/TsSorting.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsString.h"
 
 namespace {
 

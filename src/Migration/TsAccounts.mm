@@ -1,9 +1,9 @@
 #import "Migration/TsAccounts.h"
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
 #import "Migration/TsMigration.h"
 #import "Migration/TsSorting.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

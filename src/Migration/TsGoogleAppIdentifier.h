@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // One of the Google applications, of one account. Its text form is "Ts_<type>_<account>", as in
 // "Ts_Calendar_ann@example.org". Immutable; any thread, but for the image.

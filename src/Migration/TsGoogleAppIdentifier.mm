@@ -2,7 +2,7 @@
 
 #include <iterator>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <string_view>
 
+#include "Base/Ref.h"
 #include "Migration/TsExport.h"
 #include "Migration/TsStoreFile.h"
-#include "Utilities/Ref.h"
 
 @class TsManagedObjectContext;
 

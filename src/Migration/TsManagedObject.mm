@@ -8,10 +8,10 @@
 #include <string>
 #include <utility>
 
+#include "Base/TsString.h"
 #import "Migration/TsManagedObjectContext.h"
 #include "Migration/TsStoreValue.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsString.h"
 
 namespace {
 

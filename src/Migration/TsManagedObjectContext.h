@@ -6,9 +6,9 @@
 #include <span>
 #include <vector>
 
+#include "Base/Ref.h"
 #include "Migration/TsManagedObject.h"
 #include "Migration/TsStoreFile.h"
-#include "Utilities/Ref.h"
 
 // The objects of one store, each of them once. One thread. Failures are told by an NSError, which may be null.
 @interface TsManagedObjectContext : NSObject {

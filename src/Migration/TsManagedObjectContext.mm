@@ -1,6 +1,6 @@
 #import "Migration/TsManagedObjectContext.h"
 
-#include "Utilities/TsString.h"
+#include "Base/TsString.h"
 
 namespace {
 

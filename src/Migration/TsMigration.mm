@@ -2,13 +2,13 @@
 
 #include <utility>
 
+#include "Base/Ref.h"
+#include "Base/TsString.h"
 #import "Extensions/NSDictionary+TsFile.h"
 #import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsString.h"
 
 namespace {
 

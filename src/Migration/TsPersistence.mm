@@ -1,6 +1,6 @@
 #import "Migration/TsPersistence.h"
 
-#include "Utilities/TsLog.h"
+#include "Base/TsLog.h"
 
 @implementation TsPersistence
 

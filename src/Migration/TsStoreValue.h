@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "Base/Ref.h"
 #include "Migration/TsStoreModel.h"
-#include "Utilities/Ref.h"
 
 // Values and the texts by which a store keeps them: dates as seconds since 2001, data as Base64.
 

@@ -4,9 +4,9 @@
 #include <charconv>
 #include <cstdint>
 
+#include "Base/TsString.h"
 #include "Migration/TsStoreText.h"
 #include "Platform/FoundationValues.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

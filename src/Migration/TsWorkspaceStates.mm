@@ -1,7 +1,7 @@
 #import "Migration/TsWorkspaceStates.h"
 
+#include "Base/TsLog.h"
 #import "Migration/TsSorting.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

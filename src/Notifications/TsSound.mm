@@ -1,10 +1,10 @@
 #import "Notifications/TsSound.h"
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/SoundPlayer.h"
 #include "Platform/StandardDirectories.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -1,8 +1,8 @@
 #import "Notifications/TsUserNotification.h"
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
 #include "Utilities/TsCallbackSlot.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

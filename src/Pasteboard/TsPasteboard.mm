@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
 #include "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

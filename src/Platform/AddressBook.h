@@ -3,7 +3,7 @@
 // The user's contacts, and the view to pick some of them, as Cocoa's address book has them. For .mm files.
 
 #ifdef GNUSTEP
-#include "Platform/Linux/Cocoa/ABAddressBook.h"
+#include "Platform/Linux/Contacts/ABAddressBook.h"
 #else
 #import <AddressBook/AddressBook.h>
 #endif

@@ -5,20 +5,20 @@
 #import <AppKit/AppKit.h>
 
 #ifdef GNUSTEP
-#include "Platform/Linux/Cocoa/NSEvent+LocalMonitor.h"
-#include "Platform/Linux/Cocoa/NSKeyedUnarchiver+Class.h"
-#include "Platform/Linux/Cocoa/NSMenuItem+Hidden.h"
-#include "Platform/Linux/Cocoa/NSPasteboard+Items.h"
+#include "Platform/Linux/AppKit/NSEvent+LocalMonitor.h"
+#include "Platform/Linux/AppKit/NSKeyedUnarchiver+Class.h"
+#include "Platform/Linux/AppKit/NSMenuItem+Hidden.h"
+#include "Platform/Linux/AppKit/NSPasteboard+Items.h"
 
-#include "Platform/Linux/Cocoa/NSImage+Template.h"
-#include "Platform/Linux/Cocoa/NSMenu+Items.h"
-#include "Platform/Linux/Cocoa/NSMenu+PopUp.h"
-#include "Platform/Linux/Cocoa/NSToolbar+Extensions.h"
-#include "Platform/Linux/Cocoa/NSWindow+Sheets.h"
+#include "Platform/Linux/AppKit/NSImage+Template.h"
+#include "Platform/Linux/AppKit/NSMenu+Items.h"
+#include "Platform/Linux/AppKit/NSMenu+PopUp.h"
+#include "Platform/Linux/AppKit/NSToolbar+Extensions.h"
+#include "Platform/Linux/AppKit/NSWindow+Sheets.h"
 
-#include "Platform/Linux/Cocoa/NSScriptObjectSpecifier.h"
-#include "Platform/Linux/Cocoa/NSWindow+Tabbing.h"
-#include "Platform/Linux/Cocoa/NSWindow+TitlebarAccessories.h"
+#include "Platform/Linux/AppKit/NSWindow+Tabbing.h"
+#include "Platform/Linux/AppKit/NSWindow+TitlebarAccessories.h"
+#include "Platform/Linux/Scripting/NSScriptObjectSpecifier.h"
 
-#include "Platform/Linux/Cocoa/SBApplication.h"
+#include "Platform/Linux/Scripting/SBApplication.h"
 #endif

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // Foundation objects for values that cross the script boundary in large numbers. Where Foundation's own factories are
 // slow (GNUstep: 300 to 2000 ns an object) they are objects of compact classes, which behave like Foundation's own.

@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
+#include "Base/Ref.h"
 #include "Platform/NetworkReachability.h"
-#include "Utilities/Ref.h"
 
 // Posted on the main queue after each change, with the monitor as its object.
 extern NSString* const kTsReachabilityChangedNotification;

@@ -2,9 +2,9 @@
 
 #include <utility>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/MainQueue.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -1,9 +1,9 @@
 #import "Services/TsServicesProvider.h"
 
 #import "AppleScript/TsASOutgoingMessage.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Services.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 NSString* const TsServiceProviderSearchNotification = @"TsServiceProviderSearchNotification";
 

@@ -3,12 +3,12 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Sharing.h"
-#include "Utilities/Ref.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

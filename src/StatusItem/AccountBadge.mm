@@ -1,6 +1,6 @@
 #include "StatusItem/AccountBadge.h"
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 namespace {
 

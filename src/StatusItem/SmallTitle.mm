@@ -1,6 +1,6 @@
 #include "StatusItem/SmallTitle.h"
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 namespace {
 

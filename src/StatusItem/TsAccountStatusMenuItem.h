@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/Ref.h"
 #import "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 
 // An account's row, with a badge in the account's colour: "!" while the account is in error, else its unread count.
 @interface TsAccountStatusMenuItem : NSMenuItem {

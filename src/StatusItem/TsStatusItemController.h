@@ -2,8 +2,8 @@
 
 #include <functional>
 
+#include "Base/Ref.h"
 #import "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 
 // Describes the menu: `type` is "status-item" or "dock". The dictionary has "accounts" and "translations".
 using TsStatusMenuSource = std::function<NSDictionary*(NSString* type, bool includesMessages)>;

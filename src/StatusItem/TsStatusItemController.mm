@@ -1,5 +1,6 @@
 #import "StatusItem/TsStatusItemController.h"
 
+#include "Base/TsLog.h"
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
 #include "Platform/DockMenu.h"
@@ -8,7 +9,6 @@
 #include "StatusItem/StatusMenuBuilder.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
 
 namespace platform = tessaro::platform;
 

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "Utilities/TsLogging.h"
+#include "Base/TsLogging.h"
 
 namespace {
 

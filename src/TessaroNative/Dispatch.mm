@@ -2,8 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/TsLog.h"
 #include "Platform/WindowServer.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "TessaroNative/Dispatch.h"
-#include "TessaroNative/Handlers.h"
+#include "TessaroNative/handlers/Handlers.h"
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "Base/Ref.h"
 #import "Extensions/NSColor+TsHex.h"
 #include "Platform/SystemAppearance.h"
 #include "Toolbar/TsTheme.h"
-#include "Utilities/Ref.h"
 
 namespace {
 

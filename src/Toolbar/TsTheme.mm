@@ -2,8 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/TsLog.h"
 #include "Platform/SystemAppearance.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Base/Ref.h"
 #import "Platform/Cocoa.h"
 #import "Toolbar/TsAddTabView.h"
-#include "Utilities/Ref.h"
 
 @class TsToolbar;
 @class TsToolbarItem;

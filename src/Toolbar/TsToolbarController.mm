@@ -1,14 +1,14 @@
 #import "Toolbar/TsToolbarController.h"
 
+#include "Base/TsAssert.h"
+#include "Base/TsLog.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SystemAppearance.h"
 #include "Platform/Toolbars.h"
 #include "Toolbar/TsTheme.h"
 #import "Toolbar/TsToolbar.h"
 #include "Toolbar/TsToolbarDefinitions.h"
-#include "Utilities/TsAssert.h"
 #include "Utilities/TsCallbackSlot.h"
-#include "Utilities/TsLog.h"
 #include "Window/WindowHandles.h"
 
 namespace platform = tessaro::platform;

@@ -1,9 +1,9 @@
 #include "Utilities/TsJSON.h"
 
+#include "Base/TsLog.h"
 #include "Utilities/TsJSONError.h"
 #include "Utilities/TsJSONReader.h"
 #include "Utilities/TsJSONWriter.h"
-#include "Utilities/TsLog.h"
 
 namespace {
 

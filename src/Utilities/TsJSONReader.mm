@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "Base/TsString.h"
+#include "Base/TsUnicode.h"
 #include "Platform/FoundationValues.h"
 #include "Utilities/TsJSONError.h"
 #include "Utilities/TsJSONRepair.h"
-#include "Utilities/TsString.h"
-#include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
 

@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
+#include "Base/TsUnicode.h"
 #include "Platform/FoundationValues.h"
 #include "Utilities/TsJSONError.h"
 #include "Utilities/TsJSONText.h"
-#include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
 

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Ref.h"
 #include "Platform/MainQueue.h"
-#include "Utilities/Ref.h"
 
 @interface TsNotificationObserver : NSObject {
   std::function<void(NSNotification*)> _handler;

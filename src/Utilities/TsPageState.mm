@@ -1,6 +1,6 @@
 #include "Utilities/TsPageState.h"
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 #include "Utilities/TsCallbackSlot.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #import <Foundation/Foundation.h>
 #include <v8.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 // How values cross the script boundary. All of it runs on the main thread, inside a handle scope of the caller.
 

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <vector>
 
+#include "Base/TsUnicode.h"
 #include "Platform/FoundationValues.h"
-#include "Utilities/TsUnicode.h"
 
 namespace platform = tessaro::platform;
 

@@ -2,7 +2,7 @@
 
 #import <AppKit/NSDragging.h>
 
-#include "Utilities/Ref.h"
+#include "Base/Ref.h"
 
 @class NSPasteboard;
 

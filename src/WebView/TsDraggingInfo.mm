@@ -1,7 +1,7 @@
 #import "WebView/TsDraggingInfo.h"
 
+#include "Base/TsLog.h"
 #include "Platform/Cocoa.h"
-#include "Utilities/TsLog.h"
 
 @implementation TsDraggingInfo
 

@@ -1,13 +1,13 @@
 #include "WebView/TsWebContentsView.h"
 
+#include "Base/Ref.h"
+#include "Base/TsLog.h"
+#include "Base/TsReplaceMethod.h"
 #import "Extensions/NSPasteboard+TsURL.h"
 #include "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
 #include "Utilities/TsPageState.h"
-#include "Utilities/TsReplaceMethod.h"
 #import "WebView/TsDraggingInfo.h"
 
 // The host view's own methods, once they have been exchanged.

@@ -4,10 +4,10 @@
 
 #include <chrono>
 
+#include "Base/TsLog.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Utilities/TsCallbackSlot.h"
-#include "Utilities/TsLog.h"
 #include "WebView/TsWebContentsView.h"
 
 namespace platform = tessaro::platform;

@@ -2,11 +2,11 @@
 
 #include <vector>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/WindowServer.h"
-#include "Utilities/TsLog.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Linux/ScriptingWire.h"
-#include "Platform/Linux/SessionBus.h"
+#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Scripting/ScriptingWire.h"
 #include "PlatformProbe.h"
 
 namespace platform = tessaro::platform;

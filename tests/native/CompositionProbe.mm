@@ -2,12 +2,12 @@
 
 #import "AppleScript/NSApplication+AS.h"
 #import "AppleScript/TsASOutgoingMessage.h"
+#include "Base/TsString.h"
 #include "Platform/Services.h"
 #include "Probe.h"
 #include "Services/TsServicesProvider.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
-#include "Utilities/TsString.h"
 
 namespace {
 

@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Probe.h"
@@ -15,10 +17,8 @@
 #include "TessaroNative/StartUp.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
 #include "Utilities/TsPageState.h"
 #include "Utilities/TsScriptValues.h"
-#include "Utilities/TsString.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 #import <Foundation/Foundation.h>
 
+#include "Base/Ref.h"
+#include "Base/TsString.h"
 #include "IntegrationProbe.h"
 #include "Platform/HTMLText.h"
 #include "Platform/ZipArchive.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
-#include "Utilities/TsString.h"
 
 // Another application that can be scripted: it writes down every message it gets. One object stands for the application
 // and for everything in it.

@@ -4,11 +4,11 @@
 
 #include <chrono>
 
+#include "Base/Ref.h"
 #import "Keychain/TsKeyChain.h"
 #import "Keychain/TsTransientKeychain.h"
 #include "Platform/SecretStore.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 

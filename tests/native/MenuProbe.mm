@@ -4,16 +4,16 @@
 
 #include "Application/AtomApplication.h"
 #include "Application/KeyCombinations.h"
+#include "Base/Ref.h"
+#include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
 #include "PasteboardProbe.h"
 #include "Platform/Cocoa.h"
 #include "Platform/KeyboardLayout.h"
-#include "Platform/Linux/Cocoa/ShortcutText.h"
+#include "Platform/Linux/Keyboard/ShortcutText.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsReplaceMethod.h"
 #include "Utilities/TsScriptValues.h"
 
 // A class and one that only inherits from it.

@@ -5,10 +5,10 @@
 
 #include <vector>
 
+#include "Base/Ref.h"
 #import "Keychain/TsKeyChain.h"
 #include "ParseProbe.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsScriptValues.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "NotificationsProbe.h"
-#include "Platform/Linux/SessionBus.h"
+#include "Platform/Linux/Base/SessionBus.h"
 
 namespace platform = tessaro::platform;
 

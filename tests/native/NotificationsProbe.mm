@@ -2,11 +2,11 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/Ref.h"
 #import "Notifications/TsSound.h"
 #import "Notifications/TsUserNotification.h"
-#import "Platform/Linux/Cocoa/NSUserNotification+Desktop.h"
+#import "Platform/Linux/Alerts/NSUserNotification+Desktop.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 

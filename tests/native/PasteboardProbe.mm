@@ -1,8 +1,8 @@
 #include "PasteboardProbe.h"
+#include "Base/Ref.h"
 #import "Extensions/NSPasteboard+TsURL.h"
 #include "Pasteboard/TsPasteboard.h"
 #include "Platform/Cocoa.h"
-#include "Utilities/Ref.h"
 
 namespace {
 

@@ -5,12 +5,12 @@
 #include <memory>
 #include <thread>
 
+#include "Base/TsString.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
 #include "Platform/StandardDirectories.h"
 #include "Probe.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

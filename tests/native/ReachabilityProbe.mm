@@ -1,11 +1,11 @@
 #include <mutex>
 #include <string>
 
+#include "Base/Ref.h"
 #include "Platform/MainQueue.h"
 #include "PlatformProbe.h"
 #include "Probe.h"
 #include "Reachability/TsReachability.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsNotificationObserver.h"
 #include "Utilities/TsScriptValues.h"
 

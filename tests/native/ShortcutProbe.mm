@@ -1,12 +1,12 @@
 #include "ShortcutProbe.h"
 
-#import "Application/MASShortcut.h"
-#import "Application/TsGlobalShortcut.h"
-#import "Application/TsShortcutValidator.h"
+#include "Base/Ref.h"
 #include "Platform/Cocoa.h"
 #include "Platform/HotKeys.h"
 #include "Probe.h"
-#include "Utilities/Ref.h"
+#import "Shortcuts/MASShortcut.h"
+#import "Shortcuts/TsGlobalShortcut.h"
+#import "Shortcuts/TsShortcutValidator.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 

@@ -14,18 +14,18 @@
 #include <thread>
 
 #include "Application/TsApplicationUpdate.h"
-#include "Application/TsSentryLogger.h"
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
+#include "Crashes/TsSentryLogger.h"
+#include "Platform/Common/CrashRecord.h"
+#include "Platform/Common/UpdateAddress.h"
+#include "Platform/Common/UpdateDecision.h"
+#include "Platform/Common/VersionOrder.h"
 #include "Platform/CrashReporter.h"
-#include "Platform/Linux/Crashes/CrashRecord.h"
-#include "Platform/Linux/Updates/UpdateAddress.h"
-#include "Platform/Linux/Updates/UpdateDecision.h"
-#include "Platform/Linux/Updates/VersionOrder.h"
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsLog.h"
 #include "Utilities/TsScriptValues.h"
-#include "Utilities/TsString.h"
 
 namespace platform = tessaro::platform;
 

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
+#include "Base/Ref.h"
 #include "Platform/Cocoa.h"
 #include "Probe.h"
 #import "Toolbar/TsToolbar.h"
 #import "Toolbar/TsToolbarController.h"
-#include "Utilities/Ref.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 #import "WebView/TsDraggingInfo.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "Platform/Linux/BaseDirectories.h"
+#include "Platform/Linux/Base/BaseDirectories.h"
 
 namespace tessaro::platform {
 

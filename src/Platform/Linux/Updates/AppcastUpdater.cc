@@ -5,11 +5,11 @@
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
+#include "Platform/Common/UpdateAddress.h"
+#include "Platform/Common/VersionOrder.h"
 #include "Platform/FileWriting.h"
-#include "Platform/Linux/Cocoa/AutoreleaseScope.h"
+#include "Platform/Linux/Base/AutoreleaseScope.h"
 #include "Platform/Linux/Updates/AppImage.h"
-#include "Platform/Linux/Updates/UpdateAddress.h"
-#include "Platform/Linux/Updates/VersionOrder.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
 

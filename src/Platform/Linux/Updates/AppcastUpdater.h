@@ -6,10 +6,10 @@
 #include <string>
 #include <system_error>
 
-#include "Platform/Linux/Cocoa/UpdateDefaults.h"
+#include "Platform/Common/UpdateDecision.h"
+#include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/Download.h"
-#include "Platform/Linux/Updates/UpdateDecision.h"
-#include "Platform/Linux/WallClockTimer.h"
+#include "Platform/Linux/Updates/UpdateDefaults.h"
 #include "Platform/Updater.h"
 
 namespace tessaro::platform {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "Platform/Linux/Updates/UpdateAddress.h"
+#include "Platform/Common/UpdateAddress.h"
 
 namespace tessaro::platform {
 

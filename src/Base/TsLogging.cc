@@ -1,0 +1,243 @@
+#include "Base/TsLogging.h"
+
+#include <spdlog/async_logger.h>
+#include <spdlog/details/os.h>
+#include <spdlog/details/thread_pool.h>
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/base_sink.h>
+#include <spdlog/sinks/daily_file_sink.h>
+#include <spdlog/sinks/dist_sink.h>
+#include <spdlog/sinks/stdout_color_sinks.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kQueuedMessages = 8192;
+constexpr char kLinePattern[] = "%Y/%m/%d %H:%M:%S:%e [%^%l%$] %v (%g:%# %!)";
+constexpr char kLogFileName[] = "TessaroNative.log";
+constexpr char kLogFileStem[] = "TessaroNative_";
+
+spdlog::level::level_enum SpdlogLevel(TsLogFlag flag) {
+  switch (flag) {
+    case TsLogFlag::Error:
+      return spdlog::level::err;
+    case TsLogFlag::Warning:
+      return spdlog::level::warn;
+    case TsLogFlag::Info:
+      return spdlog::level::info;
+    case TsLogFlag::Debug:
+      return spdlog::level::debug;
+  }
+  return spdlog::level::info;
+}
+
+TsLogFlag Flag(spdlog::level::level_enum level) {
+  switch (level) {
+    case spdlog::level::err:
+      return TsLogFlag::Error;
+    case spdlog::level::warn:
+      return TsLogFlag::Warning;
+    case spdlog::level::debug:
+      return TsLogFlag::Debug;
+    default:
+      return TsLogFlag::Info;
+  }
+}
+
+bool IsTerminalWanted() {
+  const char* request = std::getenv("TESSARO_NATIVE_LOG");
+  return spdlog::details::os::in_terminal(stderr) || (request != nullptr && std::string_view(request) == "stderr");
+}
+
+// The daily sink looks for files to remove only among the days just past: what a longer absence left behind is ours.
+void RemoveFilesOfOtherDays(const std::filesystem::path& directory, const std::filesystem::path& current) {
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
+    const std::string name = entry.path().filename().string();
+    if (name.starts_with(kLogFileStem) && entry.path() != current) {
+      std::filesystem::remove(entry.path(), ignored);
+    }
+  }
+}
+
+class LoggerSink final : public spdlog::sinks::base_sink<spdlog::details::null_mutex> {
+ public:
+  explicit LoggerSink(std::shared_ptr<TsLogger> logger) : logger_(std::move(logger)) {}
+
+  [[nodiscard]] bool Wraps(const std::shared_ptr<TsLogger>& logger) const { return logger_ == logger; }
+
+ protected:
+  void sink_it_(const spdlog::details::log_msg& message) override {
+    logger_->Log({.text = {message.payload.data(), message.payload.size()},
+                  .flag = Flag(message.level),
+                  .file = message.source.filename,
+                  .function = message.source.funcname,
+                  .line = message.source.line,
+                  .thread = {message.logger_name.data(), message.logger_name.size()},
+                  .time = message.time});
+  }
+  void flush_() override { logger_->Flush(); }
+
+ private:
+  std::shared_ptr<TsLogger> logger_;
+};
+
+// Stands behind the loggers and tells how many messages have passed them all.
+class ProgressSink final : public spdlog::sinks::sink {
+ public:
+  void log(const spdlog::details::log_msg&) override {
+    writerThread_ = std::this_thread::get_id();
+    written_.fetch_add(1);
+    written_.notify_all();
+  }
+  void flush() override {}
+  void set_pattern(const std::string&) override {}
+  void set_formatter(std::unique_ptr<spdlog::formatter>) override {}
+
+  void WaitFor(std::uint64_t ticket) const {
+    for (std::uint64_t written = written_; written < ticket; written = written_) written_.wait(written);
+  }
+  [[nodiscard]] bool IsWriterThread() const { return writerThread_.load() == std::this_thread::get_id(); }
+
+ private:
+  std::atomic<std::uint64_t> written_{0};
+  std::atomic<std::thread::id> writerThread_{};
+};
+
+}  // namespace
+
+class TsLogFacility::Pipeline {
+ public:
+  Pipeline()
+      : pool_(std::make_shared<spdlog::details::thread_pool>(kQueuedMessages, 1)),
+        destinations_(std::make_shared<spdlog::sinks::dist_sink_mt>()),
+        progress_(std::make_shared<ProgressSink>()),
+        logger_(std::make_shared<spdlog::async_logger>("TessaroNative",
+                                                       spdlog::sinks_init_list{destinations_, progress_}, pool_)) {
+    logger_->set_level(spdlog::level::trace);
+    // A full disk must not fill standard error as well.
+    logger_->set_error_handler([](const std::string&) {});
+  }
+
+  void Add(spdlog::sink_ptr sink) { destinations_->add_sink(std::move(sink)); }
+
+  void AddFile(std::shared_ptr<spdlog::sinks::daily_file_sink_mt> file) {
+    file_ = file;
+    Add(std::move(file));
+  }
+
+  [[nodiscard]] std::filesystem::path File() const { return file_ != nullptr ? file_->filename() : ""; }
+
+  void AddLogger(std::shared_ptr<TsLogger> logger) {
+    // What is still on its way was logged before.
+    Flush();
+    const std::lock_guard lock(loggersMutex_);
+    auto sink = std::make_shared<LoggerSink>(std::move(logger));
+    loggers_.push_back(sink);
+    Add(sink);
+  }
+
+  void RemoveLogger(const std::shared_ptr<TsLogger>& logger) {
+    const std::lock_guard lock(loggersMutex_);
+    const auto found = std::find_if(loggers_.begin(), loggers_.end(), [&](auto& sink) { return sink->Wraps(logger); });
+    if (found == loggers_.end()) return;
+    destinations_->remove_sink(*found);
+    loggers_.erase(found);
+  }
+
+  void Log(const TsLogMessage& message) {
+    const std::uint64_t ticket = Enqueue(message);
+    if (message.flag == TsLogFlag::Error) WaitUntilWritten(ticket);
+  }
+
+  void Flush() {
+    std::uint64_t ticket = 0;
+    {
+      const std::lock_guard lock(queueMutex_);
+      ticket = queued_;
+    }
+    WaitUntilWritten(ticket);
+    destinations_->flush();
+  }
+
+ private:
+  std::uint64_t Enqueue(const TsLogMessage& message) {
+    // Counting and queueing are one step, or a ticket could name another thread's message.
+    const std::lock_guard lock(queueMutex_);
+    // Of the texts that travel with a message one is its logger's name. There is only one logger, whose name isn't
+    // written anywhere: the thread's takes its place.
+    pool_->post_log(std::shared_ptr(logger_),
+                    {message.time,
+                     {message.file, message.line, message.function},
+                     {message.thread.data(), message.thread.size()},
+                     SpdlogLevel(message.flag),
+                     {message.text.data(), message.text.size()}},
+                    spdlog::async_overflow_policy::block);
+    return ++queued_;
+  }
+
+  void WaitUntilWritten(std::uint64_t ticket) const {
+    // A logger that logs an error runs on the very thread that would have to write it.
+    if (!progress_->IsWriterThread()) progress_->WaitFor(ticket);
+  }
+
+  std::shared_ptr<spdlog::details::thread_pool> pool_;
+  std::shared_ptr<spdlog::sinks::dist_sink_mt> destinations_;
+  std::shared_ptr<ProgressSink> progress_;
+  std::shared_ptr<spdlog::async_logger> logger_;
+  std::mutex queueMutex_;
+  std::uint64_t queued_ = 0;
+  std::mutex loggersMutex_;
+  std::vector<std::shared_ptr<LoggerSink>> loggers_;
+  std::shared_ptr<spdlog::sinks::daily_file_sink_mt> file_;
+};
+
+TsLogFacility& TsLogFacility::Shared() {
+  static TsLogFacility facility;
+  return facility;
+}
+
+TsLogFacility::TsLogFacility() : pipeline_(std::make_unique<Pipeline>()) {}
+
+TsLogFacility::~TsLogFacility() = default;
+
+void TsLogFacility::AddLogger(std::shared_ptr<TsLogger> logger) noexcept { pipeline_->AddLogger(std::move(logger)); }
+
+void TsLogFacility::RemoveLogger(const std::shared_ptr<TsLogger>& logger) noexcept { pipeline_->RemoveLogger(logger); }
+
+void TsLogFacility::AddTerminalLogger() noexcept {
+  if (!IsTerminalWanted()) return;
+  auto sink = std::make_shared<spdlog::sinks::stderr_color_sink_mt>();
+  sink->set_pattern(kLinePattern);
+  pipeline_->Add(std::move(sink));
+}
+
+bool TsLogFacility::AddDailyFileLogger(const std::filesystem::path& directory) noexcept {
+  try {
+    std::filesystem::create_directories(directory);
+    auto sink = std::make_shared<spdlog::sinks::daily_file_sink_mt>((directory / kLogFileName).string(), 0, 0,
+                                                                    /*truncate=*/false, /*max_files=*/1);
+    sink->set_pattern(kLinePattern);
+    RemoveFilesOfOtherDays(directory, sink->filename());
+    pipeline_->AddFile(std::move(sink));
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+void TsLogFacility::Log(const TsLogMessage& message) noexcept { pipeline_->Log(message); }
+
+void TsLogFacility::Flush() noexcept { pipeline_->Flush(); }
+
+std::filesystem::path TsLogFacility::File() noexcept {
+  Flush();
+  return pipeline_->File();
+}

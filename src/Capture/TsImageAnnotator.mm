@@ -1,0 +1,227 @@
+#import "Capture/TsImageAnnotator.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
+#import "Capture/TsAnnotationView.h"
+#import "Extensions/NSString+TsPath.h"
+#include "Images/PictureFiles.h"
+#include "Platform/BackgroundQueue.h"
+#include "Platform/FileWriting.h"
+#include "Platform/ImageScaling.h"
+#include "Platform/MainQueue.h"
+#include "Platform/WindowServer.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+// The display's pictures have an end, and so has a person's patience.
+constexpr int kLargestSide = 6000;
+constexpr CGFloat kBarHeight = 48;
+constexpr CGFloat kMargin = 10;
+constexpr CGFloat kButtonHeight = 26;
+constexpr CGFloat kButtonWidth = 72;
+constexpr CGFloat kShareOfScreen = 0.85;
+constexpr NSSize kLeastSize = {660, 360};
+
+struct Tool {
+  Annotation::Kind kind;
+  NSString* name;
+};
+const std::array kTools = {Tool{Annotation::Kind::Arrow, @"Arrow"}, Tool{Annotation::Kind::Box, @"Box"},
+                           Tool{Annotation::Kind::Text, @"Text"}, Tool{Annotation::Kind::Blur, @"Blur"}};
+
+void TellEnd(NSString* original, NSString* copy, const TsCompletion& completion) {
+  NSMutableDictionary* userInfo = [NSMutableDictionary dictionaryWithObject:original forKey:@"original"];
+  if (copy != nil) [userInfo setObject:copy forKey:@"path"];
+  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsImageAnnotated" object:nil userInfo:userInfo];
+  completion(copy);
+}
+
+NSString* PathOfCopy(NSString* path) {
+  NSString* extension = [path pathExtension];
+  NSString* name = [[path stringByDeletingPathExtension] stringByAppendingString:@" annotated"];
+  return [[name stringByAppendingPathExtension:[extension length] > 0 ? extension : @"png"] ts_makeUniquePath];
+}
+
+// Where a format can't be written, the copy is a PNG.
+NSString* WritablePathOfCopy(NSString* path) {
+  NSArray* writable = @[ @"png", @"jpg", @"jpeg", @"gif", @"webp", @"tif", @"tiff" ];
+  if ([writable containsObject:[[path pathExtension] lowercaseString]]) return PathOfCopy(path);
+  return PathOfCopy([path stringByAppendingPathExtension:@"png"]);
+}
+
+NSSize ContentSizeFor(NSSize image) {
+  const NSSize screen = [[NSScreen mainScreen] visibleFrame].size;
+  const CGFloat scale = std::min({static_cast<CGFloat>(1), screen.width * kShareOfScreen / image.width,
+                                  (screen.height * kShareOfScreen - kBarHeight) / image.height});
+  return NSMakeSize(std::max(kLeastSize.width, image.width * scale),
+                    std::max(kLeastSize.height, image.height * scale + kBarHeight));
+}
+
+}  // namespace
+
+@interface TsImageAnnotator ()
+- (instancetype)initWithPath:(NSString*)path image:(NSImage*)image completion:(const TsCompletion&)completion;
+@end
+
+static NSMutableSet* OpenAnnotators() {
+  static NSMutableSet* const annotators = [[NSMutableSet alloc] init];
+  return annotators;
+}
+
+static void OpenAnnotator(NSString* path, const platform::WrittenPicture& written, const TsCompletion& completion) {
+  NSImage* image = TsImageOfFile(written.path);
+  if (image == nil) {
+    TsLogWarning(@"Couldn't annotate %@: %@", path, TsNSString(written.failure));
+    return TellEnd(path, nil, completion);
+  }
+  auto annotator = Adopt([[TsImageAnnotator alloc] initWithPath:path image:image completion:completion]);
+  [OpenAnnotators() addObject:annotator];
+}
+
+void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
+  platform::BackgroundQueue::Shared().Post([source = TsStdString(path), target = TsTemporaryPicturePath(), completion] {
+    auto written = platform::ScaleImage(source, target, kLargestSide, kLargestSide);
+    platform::MainQueue::Shared().Post([source, target, completion, written = std::move(written)] {
+      const TsTemporaryPicture picture(target);
+      if (platform::IsWindowServerAvailable()) return OpenAnnotator(TsNSString(source), written, completion);
+      TsLogWarning(@"annotateImage needs a window server, and there is none");
+      TellEnd(TsNSString(source), nil, completion);
+    });
+  });
+}
+
+@implementation TsImageAnnotator
+
+- (instancetype)initWithPath:(NSString*)path image:(NSImage*)image completion:(const TsCompletion&)completion {
+  self = [super init];
+  if (!self) return nil;
+  _path = Retain(path);
+  _completion = completion;
+  const NSSize size = ContentSizeFor([image size]);
+  const NSUInteger style = NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask;
+  _window = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, size.width, size.height)
+                                             styleMask:style
+                                               backing:NSBackingStoreBuffered
+                                                 defer:NO]);
+  [_window setReleasedWhenClosed:NO];
+  [_window setHidesOnDeactivate:NO];
+  [_window setBecomesKeyOnlyIfNeeded:NO];
+  [_window setTitle:[path lastPathComponent]];
+  [_window setMinSize:kLeastSize];
+  [_window setDelegate:static_cast<id>(self)];
+  [self addContentWithImage:image];
+  [_window center];
+  [_window makeKeyAndOrderFront:nil];
+  return self;
+}
+
+- (void)dealloc {
+  [_window setDelegate:nil];
+  [super dealloc];
+}
+
+- (void)addContentWithImage:(NSImage*)image {
+  NSView* view = [_window contentView];
+  const NSSize size = [view bounds].size;
+  auto canvas = Adopt([[TsAnnotationView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height - kBarHeight)
+                                                        image:image
+                                                      changed:[self] { [self showState]; }]);
+  [canvas setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
+  [view addSubview:canvas];
+  _canvas = canvas;
+  [self addTools];
+  _undoButton = [self addButton:NSLocalizedString(@"Undo", nil) at:5 action:@selector(undo:)];
+  [_undoButton setKeyEquivalent:@"z"];
+  [_undoButton setKeyEquivalentModifierMask:NSCommandKeyMask];
+  [self addButton:NSLocalizedString(@"Cancel", nil) at:-2 action:@selector(cancel:)];
+  [self addButton:NSLocalizedString(@"Save", nil) at:-1 action:@selector(save:)];
+  [self showState];
+}
+
+- (void)addTools {
+  NSMutableArray* buttons = [NSMutableArray array];
+  for (std::size_t i = 0; i < kTools.size(); ++i) {
+    NSButton* button = [self addButton:NSLocalizedString(kTools[i].name, nil)
+                                    at:static_cast<int>(i)
+                                action:@selector(chooseTool:)];
+    [button setButtonType:NSPushOnPushOffButton];
+    [button setTag:static_cast<NSInteger>(i)];
+    [buttons addObject:button];
+  }
+  _toolButtons = Retain<NSArray>(buttons);
+}
+
+// Places are counted from the left or, when negative, from the right.
+- (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
+  const NSSize size = [[_window contentView] bounds].size;
+  const CGFloat step = kButtonWidth + kMargin / 2;
+  const CGFloat left = place >= 0 ? kMargin + place * step : size.width - kMargin + kMargin / 2 + place * step;
+  const CGFloat bottom = size.height - kBarHeight + (kBarHeight - kButtonHeight) / 2;
+  auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(left, bottom, kButtonWidth, kButtonHeight)]);
+  [button setTitle:title];
+  [button setRefusesFirstResponder:YES];
+  [button setTarget:self];
+  [button setAction:action];
+  [button setAutoresizingMask:NSViewMinYMargin | (place >= 0 ? NSViewMaxXMargin : NSViewMinXMargin)];
+  [[_window contentView] addSubview:button];
+  return button;
+}
+
+- (void)showState {
+  for (NSButton* button in _toolButtons.get()) {
+    [button setState:kTools[[button tag]].kind == [_canvas tool] ? NSOnState : NSOffState];
+  }
+  [_undoButton setEnabled:[_canvas canUndo]];
+}
+
+- (IBAction)chooseTool:(id)sender {
+  [_canvas endText];
+  [_canvas setTool:kTools[[sender tag]].kind];
+  [self showState];
+}
+
+- (IBAction)undo:(id)sender {
+  [_canvas endText];
+  [_canvas undo];
+}
+
+- (IBAction)save:(id)sender {
+  NSData* image = [_canvas annotatedImage];
+  const TsCompletion completion = std::exchange(_completion, nullptr);
+  const std::string bytes(static_cast<const char*>([image bytes]), [image length]);
+  platform::BackgroundQueue::Shared().Post([bytes, original = TsStdString(_path), drawn = TsTemporaryPicturePath(),
+                                            copy = TsStdString(WritablePathOfCopy(_path)), completion] {
+    const TsTemporaryPicture picture(drawn);
+    platform::WrittenPicture written;
+    if (const std::error_code error = platform::ReplaceFile(drawn, bytes)) {
+      written.failure = drawn + ": " + error.message();
+    } else {
+      written = platform::ScaleImage(drawn, copy, 0, 0);
+    }
+    platform::MainQueue::Shared().Post([original, written = std::move(written), completion] {
+      if (written.path.empty()) TsLogWarning(@"Couldn't save %s: %s", original.c_str(), written.failure.c_str());
+      TellEnd(TsNSString(original), written.path.empty() ? nil : TsNSString(written.path), completion);
+    });
+  });
+  [_window close];
+}
+
+- (IBAction)cancel:(id)sender {
+  [_window close];
+}
+
+- (void)windowWillClose:(NSNotification*)notification {
+  // The window is still in its own closing, and may be in that of a button that was pressed.
+  platform::MainQueue::Shared().Post([self, path = _path, completion = std::exchange(_completion, nullptr)] {
+    [OpenAnnotators() removeObject:self];
+    if (completion) TellEnd(path, nil, completion);
+  });
+}
+
+@end

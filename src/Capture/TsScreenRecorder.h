@@ -1,0 +1,46 @@
+#pragma once
+
+#import "Platform/Cocoa.h"
+
+#include <memory>
+
+#include "Base/Ref.h"
+#import "Capture/TsAreaSelection.h"
+#include "Platform/ScreenRecording.h"
+#include "Utilities/TsPendingCallback.h"
+
+// Lets a person record the screen, or an area of it, as a film in `folder`, which is made when it is missing: a panel
+// asks what, and is then there to stop it. One film is made at a time.
+//
+// The end is told by the notification "TsScreenRecorded", whose user information has the film's path under "path" if
+// there is one; and by `completion`, which is called once, with that path or with nil.
+void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion);
+
+// The panel.
+@interface TsScreenRecorder : NSObject {
+  Ref<NSPanel> _panel;
+  NSTextField* _label;
+  NSButton* _stopButton;
+  Ref<TsAreaSelection> _selection;
+  Ref<NSTimer> _clock;
+  NSTimeInterval _began;
+
+  Ref<NSString> _folder;
+  Ref<NSString> _film;
+  TsCompletion _completion;
+  std::unique_ptr<tessaro::platform::ScreenRecording> _recording;
+}
+
++ (TsScreenRecorder*)sharedRecorder;
+
+// From the question to the end of the film.
+- (BOOL)isBusy;
+
+- (void)recordInto:(NSString*)folder completion:(const TsCompletion&)completion;
+
+- (IBAction)recordScreen:(id)sender;
+- (IBAction)recordArea:(id)sender;
+- (IBAction)stop:(id)sender;
+- (IBAction)cancel:(id)sender;
+
+@end

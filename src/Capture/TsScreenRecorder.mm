@@ -1,0 +1,225 @@
+#import "Capture/TsScreenRecorder.h"
+
+#include <chrono>
+#include <utility>
+
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
+#import "Extensions/NSString+TsPath.h"
+#include "Images/PictureFiles.h"
+#include "Platform/MainQueue.h"
+#include "Platform/WindowServer.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr NSSize kPanelSize = {400, 96};
+constexpr CGFloat kMargin = 12;
+constexpr CGFloat kButtonWidth = 120;
+constexpr CGFloat kButtonHeight = 28;
+constexpr CGFloat kLabelHeight = 22;
+// What was behind a window is on screen a moment after its end.
+constexpr auto kUncovering = 400ms;
+
+NSString* FilmPath(NSString* folder) {
+  auto format = Adopt([[NSDateFormatter alloc] init]);
+  [format setDateFormat:@"yyyy-MM-dd 'at' HH.mm.ss"];
+  NSString* name = [NSString stringWithFormat:@"Screen Recording %@.mp4", [format stringFromDate:[NSDate date]]];
+  return [[folder stringByAppendingPathComponent:name] ts_makeUniquePath];
+}
+
+void TellEnd(NSString* film, const TsCompletion& completion) {
+  NSDictionary* userInfo = film != nil ? @{@"path" : film} : @{};
+  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsScreenRecorded" object:nil userInfo:userInfo];
+  completion(film);
+}
+
+// Why nothing can be recorded, nil when it can.
+NSString* Obstacle(NSString* folder) {
+  if (!platform::IsWindowServerAvailable()) return @"there is no window server";
+  if ([[TsScreenRecorder sharedRecorder] isBusy]) return @"another recording is under way";
+  const std::string obstacle = platform::ScreenRecording::Obstacle();
+  if (!obstacle.empty()) return TsNSString(obstacle);
+  return TsMakeFolder(folder) ? nil : @"there is no folder for it";
+}
+
+}  // namespace
+
+void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
+  NSString* obstacle = Obstacle(folder);
+  if (obstacle == nil) return [[TsScreenRecorder sharedRecorder] recordInto:folder completion:completion];
+  TsLogWarning(@"Couldn't record the screen: %@", obstacle);
+  platform::MainQueue::Shared().Post([completion] { TellEnd(nil, completion); });
+}
+
+@implementation TsScreenRecorder
+
++ (TsScreenRecorder*)sharedRecorder {
+  static TsScreenRecorder* const recorder = [[self alloc] init];
+  return recorder;
+}
+
+// A panel that has been taken off the screen comes back with another height under some window managers: each stage has
+// one of its own.
+- (void)openPanel {
+  [self closePanel];
+  _panel = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, kPanelSize.width, kPanelSize.height)
+                                            styleMask:NSTitledWindowMask | NSClosableWindowMask
+                                              backing:NSBackingStoreBuffered
+                                                defer:YES]);
+  [_panel setReleasedWhenClosed:NO];
+  [_panel setHidesOnDeactivate:NO];
+  [_panel setBecomesKeyOnlyIfNeeded:NO];
+  [_panel setLevel:NSFloatingWindowLevel];
+  [_panel setTitle:NSLocalizedString(@"Screen Recording", nil)];
+  [_panel setDelegate:static_cast<id>(self)];
+  const CGFloat top = kPanelSize.height - kMargin - kLabelHeight;
+  auto label =
+      Adopt([[NSTextField alloc] initWithFrame:NSMakeRect(kMargin, top, kPanelSize.width - 2 * kMargin, kLabelHeight)]);
+  [label setEditable:NO];
+  [label setSelectable:NO];
+  [label setBezeled:NO];
+  [label setDrawsBackground:NO];
+  [[_panel contentView] addSubview:label];
+  _label = label;
+}
+
+- (void)closePanel {
+  [_panel setDelegate:nil];
+  [_panel orderOut:nil];
+  // It may be in the event that has ended it.
+  platform::MainQueue::Shared().Post([panel = std::exchange(_panel, nullptr)]() mutable { panel = nullptr; });
+  _label = nil;
+  _stopButton = nil;
+}
+
+- (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
+  const CGFloat left = kMargin + place * (kButtonWidth + kMargin / 2);
+  auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(left, kMargin, kButtonWidth, kButtonHeight)]);
+  [button setTitle:NSLocalizedString(title, nil)];
+  [button setRefusesFirstResponder:YES];
+  [button setTarget:self];
+  [button setAction:action];
+  [[_panel contentView] addSubview:button];
+  return button;
+}
+
+- (BOOL)isBusy {
+  return _completion != nullptr;
+}
+
+- (void)recordInto:(NSString*)folder completion:(const TsCompletion&)completion {
+  _folder = Retain(folder);
+  _completion = completion;
+  [self ask];
+}
+
+- (void)ask {
+  [self openPanel];
+  [_label setStringValue:NSLocalizedString(@"What do you want to record?", nil)];
+  [self addButton:@"Whole Screen" at:0 action:@selector(recordScreen:)];
+  [self addButton:@"Area…" at:1 action:@selector(recordArea:)];
+  [self addButton:@"Cancel" at:2 action:@selector(cancel:)];
+  [_panel center];
+  [_panel makeKeyAndOrderFront:nil];
+}
+
+// ---- What is recorded
+
+- (IBAction)recordScreen:(id)sender {
+  [self record:{}];
+}
+
+- (IBAction)recordArea:(id)sender {
+  [self closePanel];
+  platform::MainQueue::Shared().PostDelayed(kUncovering, [self] { [self chooseArea]; });
+}
+
+- (void)chooseArea {
+  _selection = Adopt([[TsAreaSelection alloc] initWithChosen:[self](platform::ScreenArea area) {
+    // Its window is still in the event that has chosen.
+    platform::MainQueue::Shared().Post([self, area] { [self areaIsChosen:area]; });
+  }]);
+  if (_selection) return [_selection makeKeyAndOrderFront:nil];
+  TsLogWarning(@"There is no picture of the screen");
+  [self endWithFilm:nil];
+}
+
+- (void)areaIsChosen:(const platform::ScreenArea&)area {
+  _selection = nullptr;
+  if (area.width == 0) return [self ask];
+  [self record:area];
+}
+
+// ---- The film
+
+- (void)record:(const platform::ScreenArea&)area {
+  _film = Retain(FilmPath(_folder));
+  _recording = platform::ScreenRecording::Start(TsStdString(_film), area,
+                                                [self](const std::string& failure) { [self filmIsDone:failure]; });
+  _began = [NSDate timeIntervalSinceReferenceDate];
+  _clock = Retain([NSTimer scheduledTimerWithTimeInterval:1
+                                                   target:self
+                                                 selector:@selector(showTime:)
+                                                 userInfo:nil
+                                                  repeats:YES]);
+  [self openPanel];
+  _stopButton = [self addButton:@"Stop" at:0 action:@selector(stop:)];
+  [self showTime:nil];
+  [self moveAside];
+  [_panel orderFront:nil];
+}
+
+// Out of the way, in the corner where least happens.
+- (void)moveAside {
+  const NSRect screen = [[NSScreen mainScreen] visibleFrame];
+  [_panel setFrameOrigin:NSMakePoint(NSMaxX(screen) - NSWidth([_panel frame]) - kMargin, NSMinY(screen) + kMargin)];
+}
+
+- (void)showTime:(NSTimer*)timer {
+  const auto seconds = static_cast<int>([NSDate timeIntervalSinceReferenceDate] - _began);
+  [_label setStringValue:[NSString stringWithFormat:@"%@ %d:%02d", NSLocalizedString(@"Recording", nil), seconds / 60,
+                                                    seconds % 60]];
+}
+
+- (IBAction)stop:(id)sender {
+  [_clock invalidate];
+  [_stopButton setEnabled:NO];
+  [_label setStringValue:NSLocalizedString(@"Saving…", nil)];
+  if (_recording) _recording->Stop();
+}
+
+- (void)filmIsDone:(const std::string&)failure {
+  _recording.reset();
+  if (failure.empty()) return [self endWithFilm:_film];
+  TsLogWarning(@"Couldn't record the screen: %@", TsNSString(failure));
+  [self endWithFilm:nil];
+}
+
+- (IBAction)cancel:(id)sender {
+  [self endWithFilm:nil];
+}
+
+- (void)endWithFilm:(NSString*)film {
+  [_clock invalidate];
+  _clock = nullptr;
+  [self closePanel];
+  if (!_completion) return;
+  const auto path = Retain(film);
+  platform::MainQueue::Shared().Post(
+      [path, completion = std::exchange(_completion, nullptr)] { TellEnd(path, completion); });
+}
+
+- (BOOL)windowShouldClose:(id)sender {
+  if (_recording) {
+    [self stop:nil];
+  } else {
+    [self cancel:nil];
+  }
+  return NO;
+}
+
+@end

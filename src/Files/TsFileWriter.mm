@@ -1,0 +1,18 @@
+#include "Files/TsFileWriter.h"
+
+#import <Foundation/Foundation.h>
+
+#include "Base/TsLog.h"
+#include "Base/TsString.h"
+#include "Platform/FileWriting.h"
+
+namespace platform = tessaro::platform;
+
+NSString* TsWriteBytes(NSString* path, std::string_view bytes, TsWriteMode mode) {
+  const auto write = mode == TsWriteMode::Append ? platform::AppendToFile : platform::ReplaceFile;
+  const std::error_code error = write(TsStdString(path), bytes, platform::NewFile::AsUsual);
+  if (!error) return nil;
+  NSString* text = [NSString stringWithFormat:@"%@: %@", path, TsNSString(error.message())];
+  TsLogError(@"Couldn't write %@", text);
+  return text;
+}

@@ -1,0 +1,166 @@
+#include "Platform/FileWriting.h"
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "Platform/Common/FileDescriptor.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMostLinks = 40;
+constexpr int kMostNames = 16;
+
+std::error_code LastError() { return {errno, std::generic_category()}; }
+
+std::error_code ErrorOf(std::errc code) { return std::make_error_code(code); }
+
+mode_t ModeOf(NewFile access) { return access == NewFile::AsUsual ? 0666 : 0600; }
+
+// The file that a path means in the end, which needn't be there yet.
+fs::path TargetOf(const fs::path& file, std::error_code& error) {
+  if (file.empty()) error = ErrorOf(std::errc::no_such_file_or_directory);
+  // The system would take what stands before it for the whole.
+  if (file.native().find('\0') != std::string::npos) error = ErrorOf(std::errc::invalid_argument);
+  if (error) return {};
+  fs::path target = fs::weakly_canonical(file, error);
+  // What is still a link leads to nothing so far.
+  for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target)); ++links) {
+    if (links == kMostLinks) error = ErrorOf(std::errc::too_many_symbolic_link_levels);
+    const fs::path next = fs::read_symlink(target, error);
+    if (!error) target = fs::weakly_canonical(target.parent_path() / next, error);
+  }
+  return target;
+}
+
+std::error_code WriteAll(int file, std::string_view contents) {
+  while (!contents.empty()) {
+    const ssize_t written = write(file, contents.data(), contents.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return LastError();
+    contents.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return {};
+}
+
+// A new name in the file was made or has gone. That the folder could not be flushed is no failure: the contents are
+// where they belong already.
+void FlushFolderOf(const fs::path& file) {
+  const FileDescriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) fsync(folder.get());
+}
+
+// What is at a path: nothing, a regular file that may be written, or what is none of our business.
+struct Present {
+  explicit Present(const fs::path& file) {
+    struct stat status;
+    if (stat(file.c_str(), &status) != 0) {
+      if (errno != ENOENT) error = LastError();
+      return;
+    }
+    isThere = true;
+    mode = status.st_mode & 07777;
+    if (S_ISDIR(status.st_mode))
+      error = ErrorOf(std::errc::is_a_directory);
+    else if (!S_ISREG(status.st_mode))
+      error = ErrorOf(std::errc::operation_not_supported);
+    else if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
+      error = LastError();
+  }
+
+  bool isThere = false;
+  mode_t mode = 0;
+  std::error_code error;
+};
+
+// A file beside the one it will replace; gone at the end of its life unless it has done so.
+class Replacement {
+ public:
+  Replacement(const fs::path& target, mode_t mode) {
+    // Of a length of its own: the target's name may be as long as names can be.
+    for (int attempt = 0; attempt < kMostNames && !file_; ++attempt) {
+      name_ = target.parent_path() / RandomName();
+      file_ = FileDescriptor(open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+      if (!file_ && errno != EEXIST) return;
+    }
+  }
+  Replacement(const Replacement&) = delete;
+  ~Replacement() {
+    if (file_ && !name_.empty()) unlink(name_.c_str());
+  }
+
+  [[nodiscard]] std::error_code Write(std::string_view contents) {
+    return file_ ? WriteAll(file_.get(), contents) : LastError();
+  }
+
+  [[nodiscard]] std::error_code TakePlaceOf(const fs::path& target, const Present& present) {
+    if (present.isThere && fchmod(file_.get(), present.mode) != 0) return LastError();
+    if (fsync(file_.get()) != 0 || rename(name_.c_str(), target.c_str()) != 0) return LastError();
+    name_.clear();
+    return {};
+  }
+
+ private:
+  static std::string RandomName() {
+    std::uint64_t number = 0;
+    if (getrandom(&number, sizeof number, 0) != sizeof number) number = static_cast<std::uint64_t>(getpid());
+    std::array<char, 32> name;
+    const int length = std::snprintf(name.data(), name.size(), ".new-%016jx", static_cast<std::uintmax_t>(number));
+    return {name.data(), static_cast<std::size_t>(length)};
+  }
+
+  fs::path name_;
+  FileDescriptor file_;
+};
+
+}  // namespace
+
+std::error_code ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+  std::error_code error;
+  const fs::path target = TargetOf(file, error);
+  if (error) return error;
+  const Present present(target);
+  if (present.error) return present.error;
+  Replacement replacement(target, present.isThere ? ModeOf(NewFile::ForUserOnly) : ModeOf(access));
+  if ((error = replacement.Write(contents))) return error;
+  if ((error = replacement.TakePlaceOf(target, present))) return error;
+  FlushFolderOf(target);
+  return {};
+}
+
+std::error_code AppendToFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+  std::error_code error;
+  const fs::path target = TargetOf(file, error);
+  if (error) return error;
+  const Present present(target);
+  if (present.error) return present.error;
+  const FileDescriptor end(
+      open(target.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, ModeOf(access)));
+  struct stat before;
+  if (!end || fstat(end.get(), &before) != 0) return LastError();
+  error = WriteAll(end.get(), contents);
+  if (!error && fsync(end.get()) != 0) error = LastError();
+  if (!error) {
+    if (!present.isThere) FlushFolderOf(target);
+    return {};
+  }
+  // Half of what was to be added is worse than nothing of it.
+  if (present.isThere)
+    static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
+  else
+    unlink(target.c_str());
+  return error;
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,64 @@
+#include "Platform/Common/UpdateAddress.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::string_view kSecure = "https://";
+constexpr std::string_view kPlain = "http://";
+constexpr std::array<std::string_view, 3> kThisMachine = {"127.0.0.1", "localhost", "[::1]"};
+
+bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
+  return text.size() >= lowerCasePrefix.size() &&
+         std::equal(lowerCasePrefix.begin(), lowerCasePrefix.end(), text.begin(),
+                    [](char expected, unsigned char c) { return expected == std::tolower(c); });
+}
+
+// Nothing may follow the host's name but a port or a path: a name could go on, or be that of a user at another host.
+bool IsOnThisMachine(std::string_view authority) {
+  authority = authority.substr(0, authority.find_first_of("/?#"));
+  return std::any_of(kThisMachine.begin(), kThisMachine.end(), [&](std::string_view host) {
+    if (!StartsWith(authority, host)) return false;
+    const std::string_view rest = authority.substr(host.size());
+    const auto isDigit = [](unsigned char c) { return std::isdigit(c) != 0; };
+    return rest.empty() || (rest.front() == ':' && std::all_of(rest.begin() + 1, rest.end(), isDigit));
+  });
+}
+
+void AppendEncoded(std::string& url, std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  constexpr std::string_view kPlainCharacters = "-._~";
+  for (const unsigned char c : text) {
+    if (c < 0x80 && (std::isalnum(c) != 0 || kPlainCharacters.find(static_cast<char>(c)) != std::string_view::npos)) {
+      url += static_cast<char>(c);
+    } else {
+      url.append({'%', kDigits[c >> 4], kDigits[c & 15]});
+    }
+  }
+}
+
+}  // namespace
+
+bool IsTrustworthyAddress(std::string_view url) noexcept {
+  if (StartsWith(url, kSecure)) return url.size() > kSecure.size();
+  return StartsWith(url, kPlain) && IsOnThisMachine(url.substr(kPlain.size()));
+}
+
+std::string WithParameters(std::string_view url, const std::vector<FeedParameter>& parameters) {
+  std::string result(url.substr(0, url.find('#')));
+  char separator = result.find('?') == std::string::npos ? '?' : '&';
+  for (const FeedParameter& parameter : parameters) {
+    result += separator;
+    AppendEncoded(result, parameter.key);
+    result += '=';
+    AppendEncoded(result, parameter.value);
+    separator = '&';
+  }
+  return result;
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,20 @@
+#include "Platform/Linux/Base/AutoreleaseScope.h"
+
+#import <Foundation/Foundation.h>
+
+namespace tessaro::platform {
+
+void WithAutoreleasePool(const std::function<void()>& work) noexcept {
+  @autoreleasepool {
+    @try {
+      work();
+    } @catch (NSException* exception) {
+      NSLog(@"A task failed with %@: %@", [exception name], [exception reason]);
+    }
+  }
+}
+
+CocoaThread::CocoaThread() { GSRegisterCurrentThread(); }
+CocoaThread::~CocoaThread() { GSUnregisterCurrentThread(); }
+
+}  // namespace tessaro::platform

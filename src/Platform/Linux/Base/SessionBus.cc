@@ -1,0 +1,169 @@
+#include "Platform/Linux/Base/SessionBus.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include "Platform/Linux/Base/AutoreleaseScope.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::chrono::milliseconds kFirstRetry{250};
+constexpr std::chrono::milliseconds kLastRetry{30000};
+// A bus that works has answered by then on the busiest machine; whoever asks first is kept waiting.
+constexpr std::chrono::milliseconds kFirstPatience{5000};
+// Nobody waits for a reconnection, and this is time in which the event loop stands still.
+constexpr std::chrono::milliseconds kPatience{50};
+
+int UvEvents(short events) {
+  return ((events & POLLIN) != 0 ? UV_READABLE : 0) | ((events & POLLOUT) != 0 ? UV_WRITABLE : 0);
+}
+
+}  // namespace
+
+SessionBus::Subscription& SessionBus::Subscription::operator=(Subscription&& other) noexcept {
+  std::swap(bus_, other.bus_);
+  std::swap(place_, other.place_);
+  return *this;
+}
+
+SessionBus::Subscription::~Subscription() {
+  if (bus_ != nullptr) bus_->listeners_.erase(place_);
+}
+
+SessionBus& SessionBus::Shared() {
+  static SessionBus bus;
+  return bus;
+}
+
+sdbus::IConnection* SessionBus::Connection() noexcept {
+  // While a reconnection is due, asking must not hurry it: a dead bus would be tried at every question.
+  if (!connection_ && !retry_ && !closed_ && !Connect(kFirstPatience)) return nullptr;
+  return connection_.get();
+}
+
+SessionBus::Subscription SessionBus::Listen(Listener listener) noexcept {
+  const auto place = listeners_.insert(listeners_.end(), std::move(listener));
+  if (Connection() != nullptr) {
+    place->connected();
+  } else {
+    ScheduleReconnection();
+  }
+  return {this, place};
+}
+
+void SessionBus::Close() noexcept {
+  closed_ = true;
+  Disconnect();
+  retry_.reset();
+}
+
+// libsystemd waits a minute and a half for the bus's greeting, which can't be told otherwise: let a thread wait.
+SessionBus::Opening SessionBus::Open() {
+  std::packaged_task<std::unique_ptr<sdbus::IConnection>()> open([] { return sdbus::createSessionBusConnection(); });
+  Opening opening = open.get_future();
+  std::thread(std::move(open)).detach();
+  return opening;
+}
+
+bool SessionBus::Connect(std::chrono::milliseconds patience) noexcept {
+  try {
+    const bool isNew = !opening_.valid();
+    if (isNew) opening_ = Open();
+    if (opening_.wait_for(isNew ? patience : std::chrono::milliseconds{}) == std::future_status::timeout) {
+      lastError_ = "The bus has taken the connection, but does not answer.";
+      return false;
+    }
+    connection_ = opening_.get();
+    Watch();
+    retryDelay_ = kFirstRetry;
+    return true;
+  } catch (const sdbus::Error& error) {
+    lastError_ = error.getName() + ": " + error.getMessage();
+  } catch (const std::system_error& error) {
+    lastError_ = error.what();
+  }
+  connection_.reset();
+  return false;
+}
+
+void SessionBus::Watch() {
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, connection_->getEventLoopPollData().fd);
+  timeout_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+  prepare_ = MakeUvHandle<uv_prepare_t>(this, uv_prepare_init);
+  // Any call may have queued messages or deadlines since the loop last waited.
+  uv_prepare_start(prepare_.get(), [](uv_prepare_t* handle) { OwnerOf<SessionBus>(handle).Arm(); });
+}
+
+void SessionBus::Disconnect() noexcept {
+  if (!connection_) return;
+  for (const Listener& listener : listeners_) listener.disconnected();
+  poll_.reset();
+  timeout_.reset();
+  prepare_.reset();
+  connection_.reset();
+}
+
+void SessionBus::ScheduleReconnection() noexcept {
+  if (closed_ || retry_ || listeners_.empty()) return;
+  retryDelay_ = std::clamp(retryDelay_, kFirstRetry, kLastRetry);
+  retry_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+  uv_timer_start(
+      retry_.get(),
+      [](uv_timer_t* handle) {
+        auto& bus = OwnerOf<SessionBus>(handle);
+        bus.retry_.reset();
+        if (bus.Connect(kPatience)) {
+          WithAutoreleasePool([&bus] {
+            for (const Listener& listener : bus.listeners_) listener.connected();
+          });
+        } else {
+          bus.ScheduleReconnection();
+        }
+      },
+      static_cast<std::uint64_t>(retryDelay_.count()), 0);
+  retryDelay_ *= 2;
+}
+
+void SessionBus::Process() noexcept {
+  bool isAlive = true;
+  WithAutoreleasePool([&] {
+    try {
+      while (connection_ && connection_->processPendingRequest()) {
+      }
+    } catch (const sdbus::Error& error) {
+      lastError_ = error.getName() + ": " + error.getMessage();
+      isAlive = false;
+    }
+  });
+  if (isAlive) return Arm();
+  Disconnect();
+  ScheduleReconnection();
+}
+
+void SessionBus::Arm() noexcept {
+  if (!connection_) return;
+  try {
+    const auto data = connection_->getEventLoopPollData();
+    uv_poll_start(poll_.get(), UvEvents(data.events),
+                  [](uv_poll_t* handle, int, int) { OwnerOf<SessionBus>(handle).Process(); });
+    const int milliseconds = data.getPollTimeout();
+    if (milliseconds < 0) {
+      uv_timer_stop(timeout_.get());
+      return;
+    }
+    uv_timer_start(
+        timeout_.get(), [](uv_timer_t* handle) { OwnerOf<SessionBus>(handle).Process(); },
+        static_cast<std::uint64_t>(milliseconds), 0);
+  } catch (const sdbus::Error& error) {
+    lastError_ = error.getName() + ": " + error.getMessage();
+    Disconnect();
+    ScheduleReconnection();
+  }
+}
+
+}  // namespace tessaro::platform

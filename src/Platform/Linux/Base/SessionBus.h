@@ -1,0 +1,86 @@
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <list>
+#include <memory>
+#include <string>
+
+#include "Platform/Linux/Base/UvHandle.h"
+
+namespace tessaro::platform {
+
+// The process's connection to the session bus, driven by the main event loop, without a thread of its own.
+//
+// Main thread only; nothing throws. The connection is made when it is first asked for. When the bus goes away, those
+// who asked for it are told before the connection is destroyed, so that they let go of their proxies and objects;
+// reconnecting is tried for as long as anybody wants to hear of it. A bus that takes the connection and says nothing is
+// waited for once, for some seconds, and counts as none after that. The connection does not keep the process alive.
+class SessionBus {
+ public:
+  using Handler = std::function<void()>;
+
+  struct Listener {
+    Handler connected;     // make proxies and objects now
+    Handler disconnected;  // let go of them now
+  };
+
+  // Ends the listening when it is destroyed.
+  class Subscription {
+   public:
+    Subscription() = default;
+    Subscription(Subscription&& other) noexcept : bus_(std::exchange(other.bus_, nullptr)), place_(other.place_) {}
+    Subscription& operator=(Subscription&& other) noexcept;
+    ~Subscription();
+
+   private:
+    friend class SessionBus;
+    Subscription(SessionBus* bus, std::list<Listener>::iterator place) : bus_(bus), place_(place) {}
+
+    SessionBus* bus_ = nullptr;
+    std::list<Listener>::iterator place_;
+  };
+
+  static SessionBus& Shared();
+
+  // nullptr when there is no bus to talk to; LastError() then says why.
+  [[nodiscard]] sdbus::IConnection* Connection() noexcept;
+
+  [[nodiscard]] const std::string& LastError() const noexcept { return lastError_; }
+
+  // `connected` is called at once when there is a bus, and again each time it has come back.
+  [[nodiscard]] Subscription Listen(Listener listener) noexcept;
+
+  // Leaves the event loop for good.
+  void Close() noexcept;
+
+ private:
+  SessionBus() = default;
+  ~SessionBus() = default;
+
+  using Opening = std::future<std::unique_ptr<sdbus::IConnection>>;
+
+  [[nodiscard]] static Opening Open();
+  [[nodiscard]] bool Connect(std::chrono::milliseconds patience) noexcept;
+  void Watch();
+  void Disconnect() noexcept;
+  void ScheduleReconnection() noexcept;
+  void Process() noexcept;
+  void Arm() noexcept;
+
+  std::unique_ptr<sdbus::IConnection> connection_;
+  Opening opening_;  // one that has outlasted our patience
+  std::list<Listener> listeners_;
+  std::string lastError_;
+  std::chrono::milliseconds retryDelay_{};
+  bool closed_ = false;
+  UvHandle<uv_poll_t> poll_;
+  UvHandle<uv_prepare_t> prepare_;
+  UvHandle<uv_timer_t> timeout_;
+  UvHandle<uv_timer_t> retry_;
+};
+
+}  // namespace tessaro::platform

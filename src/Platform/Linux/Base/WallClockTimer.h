@@ -1,0 +1,36 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+#include "Platform/Linux/Base/UvHandle.h"
+
+namespace tessaro::platform {
+
+// Calls its handler when the wall clock reaches a moment, also when the machine has slept until then, and whenever
+// somebody sets the clock: the handler looks at the time, and sets the timer again. Main thread only; does not keep the
+// process alive.
+class WallClockTimer {
+ public:
+  using Seconds = std::chrono::duration<double>;
+
+  explicit WallClockTimer(std::function<void()> handler);
+  ~WallClockTimer();
+  WallClockTimer(const WallClockTimer&) = delete;
+  WallClockTimer& operator=(const WallClockTimer&) = delete;
+
+  // In seconds since 1970; nothing stops the timer.
+  void Set(std::optional<Seconds> due) noexcept;
+
+ private:
+  void Start(Seconds due) noexcept;
+  void Stop() noexcept;
+  void Fire() noexcept;
+
+  const std::function<void()> handler_;
+  int descriptor_ = -1;
+  UvHandle<uv_poll_t> poll_;
+};
+
+}  // namespace tessaro::platform

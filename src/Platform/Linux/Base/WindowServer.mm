@@ -1,0 +1,15 @@
+#include "Platform/WindowServer.h"
+
+#import <AppKit/AppKit.h>
+#import <GNUstepGUI/GSDisplayServer.h>
+
+#include "Platform/Linux/Base/XDisplay.h"
+
+namespace tessaro::platform {
+
+// NSApp does not tell: it is set even when connecting to the display has failed.
+bool IsWindowServerAvailable() { return GSCurrentServer() != nil; }
+
+_XDisplay* XDisplay() noexcept { return static_cast<_XDisplay*>([GSCurrentServer() serverDevice]); }
+
+}  // namespace tessaro::platform

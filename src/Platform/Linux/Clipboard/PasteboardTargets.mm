@@ -1,0 +1,201 @@
+#include "Platform/Linux/Clipboard/PasteboardTargets.h"
+
+#import <AppKit/AppKit.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "Base/Ref.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr char kURIList[] = "text/uri-list";
+constexpr char kLatin1Text[] = "STRING";
+constexpr char kPageAddress[] = "text/x-moz-url";  // with its title, in UTF-16
+
+constexpr std::array<std::string_view, 6> kTextTargets = {
+    "UTF8_STRING", "text/plain;charset=utf-8", "text/plain", kLatin1Text, "TEXT", "COMPOUND_TEXT",
+};
+
+// Answers about the selection itself.
+constexpr std::array<std::string_view, 12> kNoContents = {
+    "TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "DELETE",        "INSERT_SELECTION",
+    "USER",    "HOST_NAME", "HOSTNAME", "OWNER_OS",     "CLIENT_WINDOW", "INSERT_PROPERTY",
+};
+
+struct TypeAndTarget {
+  NSString* type;
+  const char* target;
+};
+
+// Of several types for one target, the first is what the target becomes on a pasteboard.
+const std::array<TypeAndTarget, 12> kTable = {{
+    {@"public.html", "text/html"},
+    {@"NSHTMLPboardType", "text/html"},
+    {@"public.png", "image/png"},
+    {@"public.jpeg", "image/jpeg"},
+    {@"public.jpg", "image/jpeg"},
+    {@"public.gif", "image/gif"},
+    {@"NSTIFFPboardType", "image/tiff"},
+    {@"public.tiff", "image/tiff"},
+    {@"NSRTFPboardType", "text/rtf"},
+    {@"NSRTFPboardType", "application/rtf"},
+    {@"NSRTFPboardType", "text/richtext"},
+    {@"public.rtf", "text/rtf"},
+}};
+
+template <std::size_t size>
+bool Contains(const std::array<std::string_view, size>& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+NSString* Text(std::string_view bytes, NSStringEncoding encoding) {
+  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data() length:bytes.size() encoding:encoding]);
+  return text.Autoreleased();
+}
+
+std::string Bytes(NSData* data) { return {static_cast<const char*>([data bytes]), [data length]}; }
+
+std::string UTF8(NSString* text) { return Bytes([text dataUsingEncoding:NSUTF8StringEncoding]); }
+
+NSData* Serialized(id propertyList) {
+  return propertyList == nil ? nil : [NSSerializer serializePropertyList:propertyList];
+}
+
+template <typename Kind>
+Kind* Deserialized(NSData* data) {
+  @try {
+    id value = [NSDeserializer deserializePropertyListFromData:data mutableContainers:NO];
+    return [value isKindOfClass:[Kind class]] ? value : nil;
+  } @catch (NSException*) {
+    return nil;
+  }
+}
+
+// Any program may have put anything there.
+NSArray* StringsOf(id value) {
+  NSMutableArray* strings = [NSMutableArray array];
+  if (![value isKindOfClass:[NSArray class]]) return strings;
+  for (id each in static_cast<NSArray*>(value)) {
+    if ([each isKindOfClass:[NSString class]]) [strings addObject:each];
+  }
+  return strings;
+}
+
+// ---- Texts
+
+void AddText(NSString* text, TargetContents& contents) {
+  if (text == nil) return;
+  const std::string utf8 = UTF8(text);
+  for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) contents.emplace(target, utf8);
+  if (NSData* latin1 = [text dataUsingEncoding:NSISOLatin1StringEncoding]) contents.emplace(kLatin1Text, Bytes(latin1));
+}
+
+NSString* TextOfTarget(const std::string& target, const std::string& bytes) {
+  const bool isLatin1 = target == kLatin1Text || target == "TEXT";
+  NSString* text = isLatin1 ? nil : Text(bytes, NSUTF8StringEncoding);
+  return text != nil ? text : Text(bytes, NSISOLatin1StringEncoding);
+}
+
+// ---- Addresses and files
+
+void AddURIs(NSArray* uris, TargetContents& contents) {
+  std::string list;
+  for (NSString* uri in uris) list += UTF8(uri) + "\r\n";
+  if (!list.empty()) contents.emplace(kURIList, std::move(list));
+}
+
+void AddFiles(NSArray* paths, TargetContents& contents) {
+  NSMutableArray* uris = [NSMutableArray array];
+  for (NSString* path in paths) [uris addObject:[[NSURL fileURLWithPath:path] absoluteString]];
+  AddURIs(uris, contents);
+}
+
+void AddPageAddresses(NSArray* urlsAndTitles, TargetContents& contents) {
+  if ([urlsAndTitles count] != 2) return;
+  NSArray* urls = StringsOf([urlsAndTitles objectAtIndex:0]);
+  NSArray* titles = StringsOf([urlsAndTitles objectAtIndex:1]);
+  NSMutableArray* lines = [NSMutableArray array];
+  for (NSUInteger i = 0; i < [urls count]; ++i) {
+    [lines addObject:[urls objectAtIndex:i]];
+    [lines addObject:i < [titles count] ? [titles objectAtIndex:i] : @""];
+  }
+  NSString* text = [lines componentsJoinedByString:@"\n"];
+  contents.emplace(kPageAddress, Bytes([text dataUsingEncoding:NSUTF16LittleEndianStringEncoding]));
+  AddURIs(urls, contents);
+}
+
+NSArray* FilesOfURIList(const std::string& list) {
+  NSMutableArray* paths = [NSMutableArray array];
+  for (NSString* line in [Text(list, NSUTF8StringEncoding) componentsSeparatedByString:@"\n"]) {
+    NSCharacterSet* space = [NSCharacterSet whitespaceAndNewlineCharacterSet];
+    NSURL* url = [NSURL URLWithString:[line stringByTrimmingCharactersInSet:space]];
+    if ([url isFileURL] && [[url path] length] > 0) [paths addObject:[url path]];
+  }
+  return [paths count] > 0 ? paths : nil;
+}
+
+}  // namespace
+
+bool IsForOtherPrograms(NSString* type) {
+  const bool isOfServer = [type isEqualToString:NSTIFFPboardType] || [type isEqualToString:NSRTFPboardType];
+  if (isOfServer) return false;
+  const auto found = std::find_if(kTable.begin(), kTable.end(),
+                                  [type](const TypeAndTarget& each) { return [each.type isEqualToString:type]; });
+  return found != kTable.end() || [type rangeOfString:@"/"].location != NSNotFound;
+}
+
+std::vector<std::string> TargetsOfType(NSString* type) {
+  if ([type isEqualToString:NSStringPboardType]) return {kTextTargets.begin(), kTextTargets.end()};
+  if ([type isEqualToString:NSFilenamesPboardType] || [type isEqualToString:NSURLPboardType]) return {kURIList};
+  std::vector<std::string> targets;
+  for (const TypeAndTarget& each : kTable) {
+    if ([each.type isEqualToString:type]) targets.emplace_back(each.target);
+  }
+  if (targets.empty()) targets.push_back(UTF8(type));
+  return targets;
+}
+
+void AddTargets(NSString* type, NSData* data, TargetContents& contents) {
+  if ([type isEqualToString:NSStringPboardType]) return AddText(Deserialized<NSString>(data), contents);
+  if ([type isEqualToString:NSFilenamesPboardType]) return AddFiles(StringsOf(Deserialized<NSArray>(data)), contents);
+  if ([type isEqualToString:NSURLPboardType]) {
+    NSString* url = Deserialized<NSString>(data);
+    return AddURIs(url != nil ? @[ url ] : nil, contents);
+  }
+  if ([type isEqualToString:@"WebURLsWithTitlesPboardType"]) {
+    AddPageAddresses(Deserialized<NSArray>(data), contents);
+  }
+  for (const std::string& target : TargetsOfType(type)) contents.emplace(target, Bytes(data));
+}
+
+NSArray* TypesOfTargets(const std::vector<std::string>& targets) {
+  NSMutableArray* types = [NSMutableArray array];
+  const auto add = [types](NSString* type) {
+    if (![types containsObject:type]) [types addObject:type];
+  };
+  for (const std::string& target : targets) {
+    if (Contains(kNoContents, target)) continue;
+    if (Contains(kTextTargets, target)) {
+      add(NSStringPboardType);
+      continue;
+    }
+    const auto found =
+        std::find_if(kTable.begin(), kTable.end(), [&target](const auto& each) { return each.target == target; });
+    if (target == kURIList) add(NSFilenamesPboardType);
+    NSString* name = found != kTable.end() ? found->type : Text(target, NSUTF8StringEncoding);
+    if (name != nil) add(name);
+  }
+  return types;
+}
+
+NSData* DataOfTarget(NSString* type, const std::string& target, const std::string& bytes) {
+  if ([type isEqualToString:NSStringPboardType]) return Serialized(TextOfTarget(target, bytes));
+  if ([type isEqualToString:NSFilenamesPboardType]) return Serialized(FilesOfURIList(bytes));
+  return [NSData dataWithBytes:bytes.data() length:bytes.size()];
+}
+
+}  // namespace tessaro::platform

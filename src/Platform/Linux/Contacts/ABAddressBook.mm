@@ -1,0 +1,59 @@
+#include "Platform/AddressBook.h"
+
+#import <Addresses/ADLocalAddressBook.h>
+
+#include "Base/TsReplaceMethod.h"
+
+NSString* const kABPersonFlags = @"ABPersonFlags";
+
+namespace {
+
+NSString* const kSettings = @"Addresses";
+NSString* const kNameFormat = @"ScreenNameFormat";
+NSString* const kLastNameFirst = @"LastNameFirst";
+
+using IdentifierGetter = NSString* (*)(id, SEL);
+IdentifierGetter storedPrimaryIdentifier = nullptr;
+
+// The framework forgets which value is the primary one when it reads a record: it is the first then.
+NSString* PrimaryIdentifier(id values, SEL command) {
+  NSString* stored = storedPrimaryIdentifier(values, command);
+  return stored != nil || [values count] == 0 ? stored : [values identifierAtIndex:0];
+}
+
+// Its own idea of the place ignores the user's configuration of GNUstep.
+NSString* Location() {
+  NSArray* libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES);
+  return [[libraries objectAtIndex:0] stringByAppendingPathComponent:@"Addresses"];
+}
+
+void CompleteAddressBook() {
+  storedPrimaryIdentifier = reinterpret_cast<IdentifierGetter>(
+      TsReplaceMethod([ADMultiValue class], @selector(primaryIdentifier), @selector(ts_storedPrimaryIdentifier),
+                      reinterpret_cast<IMP>(PrimaryIdentifier)));
+  [ADPerson addPropertiesAndTypes:@{kABPersonFlags : [NSNumber numberWithInt:ADStringProperty]}];
+  [ADLocalAddressBook setDefaultLocation:Location()];
+}
+
+}  // namespace
+
+@implementation ADAddressBook (NameOrdering)
+
+- (NSInteger)defaultNameOrdering {
+  NSDictionary* settings = [[NSUserDefaults standardUserDefaults] persistentDomainForName:kSettings];
+  return [[settings objectForKey:kNameFormat] isEqual:kLastNameFirst] ? kABLastNameFirst : kABFirstNameFirst;
+}
+
+@end
+
+namespace tessaro::platform {
+
+ABAddressBook* SharedAddressBook() {
+  static const bool isComplete = (CompleteAddressBook(), true);
+  static_cast<void>(isComplete);
+  // Asked for its contents, the framework would make a folder for somebody who has never had contacts.
+  if (![[NSFileManager defaultManager] fileExistsAtPath:Location()]) return nil;
+  return [ADLocalAddressBook sharedAddressBook];
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "Platform/Linux/Base/GLibOwners.h"
+
+namespace tessaro::platform {
+
+// A desktop entry of the XDG autostart folders. Whatever this code has no business with is kept when it is written.
+class AutostartEntry {
+ public:
+  static AutostartEntry ForApplication(std::string_view name, std::string_view executable);
+
+  // Nothing when it is no desktop entry.
+  static std::optional<AutostartEntry> Read(const std::filesystem::path& file);
+
+  // Replaces the file at once and completely, or not at all.
+  [[nodiscard]] bool Write(const std::filesystem::path& file) const;
+
+  [[nodiscard]] std::string DisplayName() const;
+
+  // The resolved path of the program; empty when there is none.
+  [[nodiscard]] std::filesystem::path Program() const;
+
+  // Whether a session of this desktop starts it.
+  [[nodiscard]] bool IsSwitchedOn() const;
+
+  void SwitchOn();
+  void Hide();
+
+ private:
+  explicit AutostartEntry(GKeyFilePtr keys) : keys_(std::move(keys)) {}
+
+  [[nodiscard]] std::string Text(const char* key) const;
+  [[nodiscard]] std::optional<bool> Flag(const char* key) const;
+  [[nodiscard]] bool NamesThisDesktop(const char* key) const;
+
+  GKeyFilePtr keys_;
+};
+
+// The text of an Exec key that starts `executable` without arguments.
+[[nodiscard]] std::string ExecOf(std::string_view executable);
+
+}  // namespace tessaro::platform

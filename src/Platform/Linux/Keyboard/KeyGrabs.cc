@@ -1,0 +1,212 @@
+#include "Platform/Linux/Keyboard/KeyGrabs.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib-xcb.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+
+#include "Platform/KeyboardLayout.h"
+#include "Platform/MainQueue.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr KeyCode kFirstKey = 8;
+constexpr unsigned kKeys = 256;
+constexpr std::uint64_t kReleaseInterval = 20;  // ms
+
+// The X server of a Wayland session learns of keys only while one of its own windows has the keyboard.
+bool IsWaylandSession() {
+  const char* type = std::getenv("XDG_SESSION_TYPE");
+  return std::getenv("WAYLAND_DISPLAY") != nullptr || (type != nullptr && std::strcmp(type, "wayland") == 0);
+}
+
+// A keyboard may have a key twice.
+std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
+  std::vector<KeyCode> codes;
+  if (virtualKeyCode == kNoVirtualKey) return codes;
+  for (unsigned code = kFirstKey; code < kKeys; ++code) {
+    if (VirtualKeyCode(static_cast<std::uint16_t>(code)) == virtualKeyCode) codes.push_back(static_cast<KeyCode>(code));
+  }
+  return codes;
+}
+
+}  // namespace
+
+void KeyGrabs::DisplayCloser::operator()(Display* display) const { XCloseDisplay(display); }
+
+KeyGrabs& KeyGrabs::Shared() {
+  // Not destroyed: registrations may go later than statics do.
+  static auto* const grabs = std::make_unique<KeyGrabs>().release();
+  return *grabs;
+}
+
+HotKeyStatus KeyGrabs::Probe(const HotKey& key) noexcept {
+  if (Holder(key) != nullptr) return HotKeyStatus::Heard;
+  const HotKeyStatus status = Grab(key);
+  if (status == HotKeyStatus::Heard) Ungrab(key);
+  return status;
+}
+
+void KeyGrabs::Add(Listener& listener) noexcept {
+  listener.status = Holder(listener.key) != nullptr ? HotKeyStatus::Heard : Grab(listener.key);
+  listeners_.push_back(&listener);
+}
+
+void KeyGrabs::Remove(Listener& listener) noexcept {
+  listeners_.remove(&listener);
+  if (listener.status == HotKeyStatus::Heard && Holder(listener.key) == nullptr) Ungrab(listener.key);
+}
+
+void KeyGrabs::Close() noexcept {
+  isClosed_ = true;
+  release_.reset();
+  poll_.reset();
+  display_.reset();
+}
+
+bool KeyGrabs::Open() noexcept {
+  if (display_) return true;
+  if (isClosed_ || IsWaylandSession()) return false;
+  display_.reset(XOpenDisplay(nullptr));
+  if (!display_) return false;
+  Display* display = display_.get();
+  // Of a key that is held there are presses only then, and one release.
+  XkbSetDetectableAutoRepeat(display, True, nullptr);
+  constexpr unsigned kKeyboardChanges = XkbNewKeyboardNotifyMask | XkbMapNotifyMask;
+  XkbQueryExtension(display, nullptr, &keyboardEvent_, nullptr, nullptr, nullptr);
+  XkbSelectEvents(display, XkbUseCoreKbd, kKeyboardChanges, kKeyboardChanges);
+  masks_ = ModifierMasks(display);
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, ConnectionNumber(display));
+  uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) { OwnerOf<KeyGrabs>(handle).ReadEvents(); });
+  return true;
+}
+
+const KeyGrabs::Listener* KeyGrabs::Holder(const HotKey& key) const {
+  const auto found = std::find_if(listeners_.begin(), listeners_.end(), [&key](const Listener* each) {
+    return each->key == key && each->status == HotKeyStatus::Heard;
+  });
+  return found == listeners_.end() ? nullptr : *found;
+}
+
+HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
+  if (!Open()) return HotKeyStatus::Unsupported;
+  const std::vector<KeyCode> codes = KeyCodesOf(key.virtualKeyCode);
+  const std::optional<unsigned> mask = masks_.Of(key);
+  if (codes.empty() || !mask) return HotKeyStatus::NotOnKeyboard;
+
+  // By requests whose errors come back here: Xlib's own end in a handler that all of the process shares.
+  xcb_connection_t* connection = XGetXCBConnection(display_.get());
+  const auto root = static_cast<xcb_window_t>(DefaultRootWindow(display_.get()));
+  std::vector<xcb_void_cookie_t> requests;
+  for (const KeyCode code : codes) {
+    for (const unsigned locks : masks_.Locks()) {
+      requests.push_back(xcb_grab_key_checked(connection, 1, root, static_cast<std::uint16_t>(*mask | locks), code,
+                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    }
+  }
+  bool isRefused = false;
+  for (const xcb_void_cookie_t request : requests) {
+    const std::unique_ptr<xcb_generic_error_t, decltype(&std::free)> error(xcb_request_check(connection, request),
+                                                                           std::free);
+    if (error) isRefused = true;
+  }
+  // Waiting for the answers may have read events, which the event loop would not notice.
+  MainQueue::Shared().Post([this] { ReadEvents(); });
+  if (isRefused) {
+    Ungrab(key);
+    return HotKeyStatus::Taken;
+  }
+  for (const KeyCode code : codes) {
+    if (IsDown(code)) WaitForRelease(code);
+  }
+  return HotKeyStatus::Heard;
+}
+
+void KeyGrabs::Ungrab(const HotKey& key) noexcept {
+  const std::optional<unsigned> mask = masks_.Of(key);
+  if (!display_ || !mask) return;
+  xcb_connection_t* connection = XGetXCBConnection(display_.get());
+  const auto root = static_cast<xcb_window_t>(DefaultRootWindow(display_.get()));
+  for (const KeyCode code : KeyCodesOf(key.virtualKeyCode)) {
+    for (const unsigned locks : masks_.Locks()) {
+      xcb_ungrab_key(connection, code, root, static_cast<std::uint16_t>(*mask | locks));
+    }
+  }
+  xcb_flush(connection);
+}
+
+// Which bit a modifier has, and on which key code a key lies, may be others on the new keyboard.
+void KeyGrabs::GrabAllAnew() noexcept {
+  isKeyboardChanged_ = false;
+  Display* display = display_.get();
+  XUngrabKey(display, AnyKey, AnyModifier, DefaultRootWindow(display));
+  masks_ = ModifierMasks(display);
+  for (Listener* listener : listeners_) listener->status = HotKeyStatus::Unsupported;
+  for (Listener* listener : listeners_) {
+    listener->status = Holder(listener->key) != nullptr ? HotKeyStatus::Heard : Grab(listener->key);
+  }
+}
+
+void KeyGrabs::ReadEvents() noexcept {
+  while (display_ && XPending(display_.get()) > 0) {
+    XEvent event;
+    XNextEvent(display_.get(), &event);
+    Receive(event);
+  }
+  if (display_ && isKeyboardChanged_) GrabAllAnew();
+}
+
+void KeyGrabs::Receive(XEvent& event) noexcept {
+  if (event.type == KeyPress) return Press(static_cast<KeyCode>(event.xkey.keycode), event.xkey.state);
+  if (event.type == KeyRelease) {
+    if (held_ == event.xkey.keycode) held_.reset();
+  } else if (event.type == MappingNotify) {
+    XRefreshKeyboardMapping(&event.xmapping);
+    isKeyboardChanged_ = true;
+  } else if (event.type == keyboardEvent_) {
+    auto& change = reinterpret_cast<XkbEvent&>(event);
+    if (change.any.xkb_type == XkbMapNotify) XkbRefreshKeyboardMapping(&change.map);
+    isKeyboardChanged_ = true;
+  }
+}
+
+void KeyGrabs::Press(KeyCode code, unsigned state) noexcept {
+  if (held_ == code) return;
+  WaitForRelease(code);
+  const std::uint16_t virtualKeyCode = VirtualKeyCode(code);
+  const unsigned held = masks_.Held(state);
+  for (const Listener* listener : listeners_) {
+    if (listener->key.virtualKeyCode == virtualKeyCode && masks_.Of(listener->key) == held) listener->receive();
+  }
+}
+
+// Its release may go elsewhere: a key that is down while it is grabbed, as the one that the user has just chosen, can
+// be released before it repeats into the grab, and who takes the keyboard from everybody gets the rest.
+void KeyGrabs::WaitForRelease(KeyCode key) noexcept {
+  held_ = key;
+  if (!release_) release_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+  uv_timer_start(
+      release_.get(), [](uv_timer_t* timer) { OwnerOf<KeyGrabs>(timer).LookForRelease(); }, kReleaseInterval,
+      kReleaseInterval);
+}
+
+void KeyGrabs::LookForRelease() noexcept {
+  const bool isReleased = held_ && !IsDown(*held_);
+  // Its repeats may still be on their way.
+  ReadEvents();
+  if (isReleased) held_.reset();
+  if (!held_ && release_) uv_timer_stop(release_.get());
+}
+
+bool KeyGrabs::IsDown(KeyCode key) const noexcept {
+  std::array<char, kKeys / 8> keys{};
+  XQueryKeymap(display_.get(), keys.data());
+  return (static_cast<unsigned char>(keys[key / 8]) >> (key % 8) & 1) != 0;
+}
+
+}  // namespace tessaro::platform

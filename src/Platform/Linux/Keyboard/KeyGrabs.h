@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "Platform/HotKeys.h"
+#include "Platform/Linux/Base/UvHandle.h"
+#include "Platform/Linux/Keyboard/ModifierMasks.h"
+
+struct _XDisplay;
+union _XEvent;
+
+namespace tessaro::platform {
+
+// Hot keys as passive grabs of the X server's root window, over a connection of their own, which the event loop
+// watches. It is opened with the first of them. Main thread only.
+class KeyGrabs {
+ public:
+  struct Listener {
+    explicit Listener(const HotKey& key) : key(key) {}
+
+    const HotKey key;
+    HotKeyStatus status = HotKeyStatus::Unsupported;
+    std::function<void()> receive;
+  };
+
+  static KeyGrabs& Shared();
+
+  [[nodiscard]] HotKeyStatus Probe(const HotKey& key) noexcept;
+
+  // Listeners stay where they are until they are removed.
+  void Add(Listener& listener) noexcept;
+  void Remove(Listener& listener) noexcept;
+
+  // Leaves the event loop for good; nothing is heard from then on.
+  void Close() noexcept;
+
+ private:
+  using KeyCode = std::uint8_t;
+
+  struct DisplayCloser {
+    void operator()(_XDisplay* display) const;
+  };
+
+  [[nodiscard]] bool Open() noexcept;
+  [[nodiscard]] const Listener* Holder(const HotKey& key) const;
+  [[nodiscard]] HotKeyStatus Grab(const HotKey& key) noexcept;
+  void Ungrab(const HotKey& key) noexcept;
+  void GrabAllAnew() noexcept;
+
+  void ReadEvents() noexcept;
+  void Receive(_XEvent& event) noexcept;
+  void Press(KeyCode code, unsigned state) noexcept;
+  void WaitForRelease(KeyCode key) noexcept;
+  void LookForRelease() noexcept;
+  [[nodiscard]] bool IsDown(KeyCode key) const noexcept;
+
+  bool isClosed_ = false;
+  bool isKeyboardChanged_ = false;
+  std::unique_ptr<_XDisplay, DisplayCloser> display_;
+  int keyboardEvent_ = 0;
+  UvHandle<uv_poll_t> poll_;
+  ModifierMasks masks_;
+  std::list<Listener*> listeners_;
+  // The key that is held: its presses are repeats.
+  std::optional<KeyCode> held_;
+  UvHandle<uv_timer_t> release_;
+};
+
+}  // namespace tessaro::platform

@@ -1,0 +1,86 @@
+#include "Platform/HTTPTransfer.h"
+
+#include <dlfcn.h>
+
+#include "Platform/Linux/Base/OwnDirectory.h"
+#include "Platform/Linux/Network/Transfers/TransferLibrary.h"
+#include "Platform/MainQueue.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr char kLibraryFile[] = "TessaroTransfers.so";
+
+#ifdef TESSARO_SANITIZED
+// The sanitizers end a process that uses RTLD_DEEPBIND.
+constexpr int kOpenMode = RTLD_NOW | RTLD_LOCAL;
+#else
+constexpr int kOpenMode = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
+#endif
+
+class OpenedLibrary {
+ public:
+  static OpenedLibrary& Shared() {
+    static OpenedLibrary opened;
+    return opened;
+  }
+
+  // nullptr when it can't be opened; error() then says why.
+  [[nodiscard]] TransferLibrary* library() const { return library_; }
+  [[nodiscard]] const std::string& error() const { return error_; }
+
+ private:
+  OpenedLibrary() {
+    void* image = dlopen((OwnDirectory() / kLibraryFile).c_str(), kOpenMode);
+    void* entrance = image != nullptr ? dlsym(image, "TessaroTransferLibrary") : nullptr;
+    if (entrance != nullptr) {
+      library_ = reinterpret_cast<decltype(&TessaroTransferLibrary)>(entrance)();
+    } else if (const char* reason = dlerror()) {
+      error_ = reason;
+    }
+  }
+
+  TransferLibrary* library_ = nullptr;
+  std::string error_;
+};
+
+// In the form of all descriptions.
+std::string Impossible(const std::string& reason) {
+  const std::string text = "This system can't make requests.";
+  return "Error Domain=NSURLErrorDomain Code=-1 \"" + text + "\" UserInfo={NSLocalizedDescription=" + text +
+         ", NSUnderlyingError=" + reason + "}";
+}
+
+// What a system without libcurl gives.
+class ImpossibleTransfer final : public HTTPTransfer {
+ public:
+  ImpossibleTransfer(const std::string& reason, HTTPTransferClient& client) {
+    MainQueue::Shared().Post([alive = std::weak_ptr(alive_), &client, reason] {
+      if (!alive.expired()) client.Failed(Impossible(reason));
+    });
+  }
+
+ private:
+  std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
+};
+
+bool& IsInUse() {
+  static bool isInUse = false;
+  return isInUse;
+}
+
+}  // namespace
+
+std::unique_ptr<HTTPTransfer> HTTPTransfer::Start(const HTTPRequest& request, HTTPTransferClient& client) noexcept {
+  IsInUse() = true;
+  const OpenedLibrary& opened = OpenedLibrary::Shared();
+  if (opened.library() != nullptr) return opened.library()->Start(request, client);
+  return std::make_unique<ImpossibleTransfer>(opened.error(), client);
+}
+
+void HTTPTransfer::ShutDown() noexcept {
+  if (IsInUse() && OpenedLibrary::Shared().library() != nullptr) OpenedLibrary::Shared().library()->ShutDown();
+}
+
+}  // namespace tessaro::platform

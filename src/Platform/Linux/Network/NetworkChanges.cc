@@ -1,0 +1,68 @@
+#include "Platform/Linux/Network/NetworkChanges.h"
+
+#include <linux/rtnetlink.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <cerrno>
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::uint32_t kGroups =
+    RTMGRP_LINK | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
+
+}  // namespace
+
+NetworkChanges::Subscription& NetworkChanges::Subscription::operator=(Subscription&& other) noexcept {
+  std::swap(changes_, other.changes_);
+  std::swap(place_, other.place_);
+  return *this;
+}
+
+NetworkChanges::Subscription::~Subscription() {
+  if (changes_ != nullptr) changes_->listeners_.erase(place_);
+}
+
+NetworkChanges& NetworkChanges::Shared() {
+  // Not destroyed: subscriptions may go later than statics do.
+  static auto* const changes = std::make_unique<NetworkChanges>().release();
+  return *changes;
+}
+
+NetworkChanges::Subscription NetworkChanges::Listen(Listener listener) noexcept {
+  if (!socket_ && !Open()) return {};
+  return {this, listeners_.insert(listeners_.end(), std::move(listener))};
+}
+
+void NetworkChanges::Close() noexcept {
+  isClosed_ = true;
+  poll_.reset();
+  socket_ = {};
+}
+
+bool NetworkChanges::Open() noexcept {
+  if (isClosed_) return false;
+  FileDescriptor socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
+  sockaddr_nl address{};
+  address.nl_family = AF_NETLINK;
+  address.nl_groups = kGroups;
+  if (!socket || bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return false;
+  socket_ = std::move(socket);
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, socket_.get());
+  uv_poll_start(poll_.get(), UV_READABLE,
+                [](uv_poll_t* handle, int, int) { OwnerOf<NetworkChanges>(handle).Receive(); });
+  return true;
+}
+
+void NetworkChanges::Receive() noexcept {
+  std::array<char, 1> beginning;
+  bool isChanged = false;
+  // Messages that the kernel had no room for show as ENOBUFS, once.
+  while (recv(socket_.get(), beginning.data(), beginning.size(), MSG_TRUNC) >= 0 || errno == ENOBUFS) isChanged = true;
+  if (!isChanged) return;
+  for (const Listener& listener : listeners_) listener();
+}
+
+}  // namespace tessaro::platform

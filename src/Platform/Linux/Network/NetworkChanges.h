@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <list>
+
+#include "Platform/Common/FileDescriptor.h"
+#include "Platform/Linux/Base/UvHandle.h"
+
+namespace tessaro::platform {
+
+// Tells of changes of links, addresses and routes, from the event loop. Main thread only.
+//
+// What has changed is not told: the kernel drops messages when there are many, and takes routes away without a message
+// when their link goes down. Who listens looks for itself.
+class NetworkChanges {
+ public:
+  using Listener = std::function<void()>;
+
+  // Ends the listening when it is destroyed.
+  class Subscription {
+   public:
+    Subscription() = default;
+    Subscription(Subscription&& other) noexcept
+        : changes_(std::exchange(other.changes_, nullptr)), place_(other.place_) {}
+    Subscription& operator=(Subscription&& other) noexcept;
+    ~Subscription();
+
+    explicit operator bool() const { return changes_ != nullptr; }
+
+   private:
+    friend class NetworkChanges;
+    Subscription(NetworkChanges* changes, std::list<Listener>::iterator place) : changes_(changes), place_(place) {}
+
+    NetworkChanges* changes_ = nullptr;
+    std::list<Listener>::iterator place_;
+  };
+
+  static NetworkChanges& Shared();
+
+  // No subscription when the kernel gives no messages here.
+  [[nodiscard]] Subscription Listen(Listener listener) noexcept;
+
+  // Leaves the event loop for good.
+  void Close() noexcept;
+
+ private:
+  [[nodiscard]] bool Open() noexcept;
+  void Receive() noexcept;
+
+  bool isClosed_ = false;
+  FileDescriptor socket_;
+  UvHandle<uv_poll_t> poll_;
+  std::list<Listener> listeners_;
+};
+
+}  // namespace tessaro::platform

@@ -1,0 +1,219 @@
+#include "Platform/Linux/Network/Transfers/TransferEngine.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "Platform/Linux/Network/Transfers/Transfer.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+// More at once would only wait in the server's queue instead of ours; the rest waits for a connection to be free.
+constexpr long kMostConnectionsPerHost = 32;
+constexpr long kMostStreamsPerConnection = 1000;
+constexpr long kMostConnectionsAtRest = 64;
+constexpr long kMostRedirects = 16;
+// The largest piece read at once, and so the largest "data" of a fast server.
+constexpr long kReadSize = 256 * 1024;
+constexpr std::size_t kMostIdleHandles = 64;
+
+std::string UserAgent() {
+  return std::string(program_invocation_short_name) + " libcurl/" + curl_version_info(CURLVERSION_NOW)->version;
+}
+
+void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
+  curl_easy_setopt(easy, CURLOPT_SHARE, share);
+  curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
+  // Some servers answer nobody who doesn't say who he is.
+  curl_easy_setopt(easy, CURLOPT_USERAGENT, UserAgent().c_str());
+  // Whatever encodings this libcurl can decode.
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+  curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReadSize);
+  curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  // libcurl keeps a file of certificates parsed, but not a directory.
+  curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+  if (const char* file = std::getenv("SSL_CERT_FILE")) curl_easy_setopt(easy, CURLOPT_CAINFO, file);
+
+  curl_easy_setopt(easy, CURLOPT_CLOSESOCKETDATA, watches);
+  curl_easy_setopt(
+      easy, CURLOPT_CLOSESOCKETFUNCTION, +[](SocketWatches* closer, curl_socket_t socket) {
+        closer->Close(socket);
+        return 0;
+      });
+}
+
+}  // namespace
+
+TransferEngine::TransferEngine()
+    : watches_([this](curl_socket_t socket, int events) { Act(socket, events); }),
+      timer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)),
+      silenceTimer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)) {
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  multi_.reset(curl_multi_init());
+  share_.reset(curl_share_init());
+  Configure();
+}
+
+TransferEngine::~TransferEngine() = default;
+
+void TransferEngine::Configure() {
+  curl_share_setopt(share_.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+  CURLM* multi = multi_.get();
+  curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kMostConnectionsPerHost);
+  curl_multi_setopt(multi, CURLMOPT_MAX_CONCURRENT_STREAMS, kMostStreamsPerConnection);
+  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, kMostConnectionsAtRest);
+  curl_multi_setopt(multi, CURLMOPT_SOCKETDATA, &watches_);
+  curl_multi_setopt(
+      multi, CURLMOPT_SOCKETFUNCTION, +[](CURL*, curl_socket_t socket, int curlPoll, SocketWatches* watches, void*) {
+        watches->Want(socket, curlPoll);
+        return 0;
+      });
+  curl_multi_setopt(multi, CURLMOPT_TIMERDATA, this);
+  curl_multi_setopt(
+      multi, CURLMOPT_TIMERFUNCTION, +[](CURLM*, long milliseconds, TransferEngine* engine) {
+        engine->SetTimer(milliseconds);
+        return 0;
+      });
+}
+
+std::unique_ptr<HTTPTransfer> TransferEngine::Start(const HTTPRequest& request, HTTPTransferClient& client) noexcept {
+  return std::make_unique<Transfer>(*this, request, client);
+}
+
+void TransferEngine::ShutDown() noexcept {
+  isClosed_ = true;
+  idle_.clear();
+  multi_.reset();
+  watches_.Clear();
+  timer_.reset();
+  silenceTimer_.reset();
+}
+
+CurlEasy TransferEngine::TakeEasy() {
+  if (idle_.empty()) {
+    CurlEasy easy(curl_easy_init());
+    if (easy) SetCommonOptions(easy.get(), share_.get(), &watches_);
+    return easy;
+  }
+  CurlEasy easy = std::move(idle_.back());
+  idle_.pop_back();
+  return easy;
+}
+
+void TransferEngine::GiveEasy(CurlEasy easy) {
+  if (idle_.size() >= kMostIdleHandles || isClosed_) return;
+  // What belongs to the transfer goes with it.
+  curl_easy_setopt(easy.get(), CURLOPT_ERRORBUFFER, nullptr);
+  curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, nullptr);
+  idle_.push_back(std::move(easy));
+}
+
+void TransferEngine::Add(CURL* easy) {
+  if (multi_) curl_multi_add_handle(multi_.get(), easy);
+}
+
+void TransferEngine::Remove(Transfer& transfer, CURL* easy) {
+  deadlines_.erase({transfer.deadline, &transfer});
+  if (multi_) curl_multi_remove_handle(multi_.get(), easy);
+}
+
+void TransferEngine::Tell(Transfer& transfer) {
+  if (std::exchange(transfer.isUntold, true)) return;
+  untold_.push_back(&transfer);
+  if (!isActing_) SetTimer(0);
+}
+
+void TransferEngine::Forget(Transfer& transfer) {
+  if (transfer.isUntold) std::erase(untold_, &transfer);
+}
+
+void TransferEngine::SetTimer(long milliseconds) {
+  if (!timer_) return;
+  if (!untold_.empty()) milliseconds = 0;
+  isDue_ = isActing_ && milliseconds == 0;
+  if (isDue_) return;
+  if (milliseconds < 0) {
+    uv_timer_stop(timer_.get());
+    return;
+  }
+  uv_update_time(uv_default_loop());
+  uv_timer_start(
+      timer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).Act(CURL_SOCKET_TIMEOUT, 0); },
+      static_cast<std::uint64_t>(milliseconds), 0);
+}
+
+void TransferEngine::Act(curl_socket_t socket, int events) {
+  isActing_ = true;
+  Perform(socket, events);
+  TellAll();
+  // Script that hears of an end mostly asks for the next thing: that goes out now rather than a turn later.
+  if (isDue_) Perform(CURL_SOCKET_TIMEOUT, 0);
+  isActing_ = false;
+  if (isDue_ || !untold_.empty()) SetTimer(0);
+}
+
+void TransferEngine::Perform(curl_socket_t socket, int events) {
+  isDue_ = false;
+  int running = 0;
+  curl_multi_socket_action(multi_.get(), socket, events, &running);
+  int queued = 0;
+  while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &queued)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    Transfer* transfer = nullptr;
+    curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+    transfer->End(message->data.result);
+  }
+}
+
+// Only those that wait now: what comes up meanwhile leaves the loop a turn for everything else.
+void TransferEngine::TellAll() {
+  for (std::size_t left = untold_.size(); left > 0 && !untold_.empty(); --left) {
+    Transfer& transfer = *untold_.front();
+    untold_.pop_front();
+    transfer.isUntold = false;
+    transfer.TellClient();
+  }
+}
+
+void TransferEngine::LimitSilence(Transfer& transfer) {
+  transfer.deadline = transfer.SilentAt();
+  const auto place = deadlines_.emplace(transfer.deadline, &transfer).first;
+  if (place != deadlines_.begin() || !silenceTimer_) return;
+  const std::uint64_t now = uv_hrtime() / 1000000;
+  uv_update_time(uv_default_loop());
+  uv_timer_start(
+      silenceTimer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).EndSilence(); },
+      transfer.deadline > now ? transfer.deadline - now : 0, 0);
+}
+
+// Every sound would move a transfer's deadline; instead it is looked at again when it has come.
+void TransferEngine::EndSilence() {
+  const std::uint64_t now = uv_now(uv_default_loop());
+  while (!deadlines_.empty() && deadlines_.begin()->first <= now) {
+    Transfer& transfer = *deadlines_.begin()->second;
+    deadlines_.erase(deadlines_.begin());
+    if (transfer.SilentAt() > now) {
+      LimitSilence(transfer);
+    } else {
+      transfer.End(CURLE_OPERATION_TIMEDOUT);
+    }
+  }
+  if (!deadlines_.empty()) {
+    Transfer& next = *deadlines_.begin()->second;
+    deadlines_.erase(deadlines_.begin());
+    LimitSilence(next);
+  }
+}
+
+}  // namespace tessaro::platform
+
+tessaro::platform::TransferLibrary* TessaroTransferLibrary() noexcept {
+  // Not destroyed: transfers may go later than statics do.
+  static auto* const engine = std::make_unique<tessaro::platform::TransferEngine>().release();
+  return engine;
+}

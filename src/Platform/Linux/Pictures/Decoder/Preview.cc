@@ -1,0 +1,132 @@
+#include <array>
+#include <string>
+#include <system_error>
+
+#include "Platform/FileWriting.h"
+#include "Platform/Linux/Pictures/Decoder/Picture.h"
+#include "Platform/Linux/Pictures/Decoder/SourceFile.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr std::size_t kMostText = 16384;
+constexpr std::size_t kMostLine = 400;
+constexpr int kMostLines = 70;
+// Like a sheet of paper.
+constexpr double kPageShape = 0.75;
+constexpr double kMargin = 0.06;
+constexpr double kLinesPerPage = 55;
+
+// ---- Texts
+
+std::string Beginning(const SourceFile& file) {
+  std::string text(kMostText, '\0');
+  const ssize_t length = TEMP_FAILURE_RETRY(pread(file.descriptor(), text.data(), text.size(), 0));
+  text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+  return text;
+}
+
+std::string Converted(const std::string& bytes, const char* encoding) {
+  std::size_t read = 0;
+  std::size_t written = 0;
+  const GTextPtr text(g_convert_with_fallback(bytes.data(), static_cast<gssize>(bytes.size()), "UTF-8", encoding, "?",
+                                              &read, &written, nullptr));
+  return text ? std::string(text.get(), written) : std::string();
+}
+
+bool HasControls(const std::string& bytes) {
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte < ' ' && byte != '\t' && byte != '\n' && byte != '\r' && byte != '\f') || byte == 0x7f) return true;
+  }
+  return false;
+}
+
+// The last character may have been cut.
+std::string ValidBeginning(const std::string& bytes) {
+  const char* end = nullptr;
+  g_utf8_validate(bytes.data(), static_cast<gssize>(bytes.size()), &end);
+  return {bytes.data(), end};
+}
+
+// Empty for what is no text.
+std::string AsUtf8(std::string bytes) {
+  if (bytes.starts_with("\xff\xfe") || bytes.starts_with("\xfe\xff")) {
+    bytes.resize(bytes.size() / 2 * 2);
+    bytes = Converted(bytes, "UTF-16");
+  }
+  if (bytes.starts_with("\xef\xbb\xbf")) bytes.erase(0, 3);
+  if (HasControls(bytes)) return {};
+  constexpr std::size_t kLongestCut = 3;
+  std::string valid = ValidBeginning(bytes);
+  return bytes.size() - valid.size() <= kLongestCut ? valid : Converted(bytes, "WINDOWS-1252");
+}
+
+// As many lines as a page shows at most, and none of them without end.
+std::string PageOf(const std::string& text) {
+  std::string page;
+  std::size_t start = 0;
+  for (int line = 0; line < kMostLines && start < text.size(); ++line) {
+    const std::size_t end = std::min(text.find('\n', start), text.size());
+    page += ValidBeginning(text.substr(start, std::min(end - start, kMostLine))) + "\n";
+    start = end + 1;
+  }
+  return page;
+}
+
+VipsImagePtr DrawnText(const std::string& text, int size) {
+  const GTextPtr markup(g_markup_escape_text(text.data(), static_cast<gssize>(text.size())));
+  const int width = std::max(1, static_cast<int>(size * kPageShape));
+  const int margin = static_cast<int>(size * kMargin);
+  // A line of ten points is about twelve high, and there are 72 to the inch.
+  const int resolution = std::max(10, static_cast<int>(size / kLinesPerPage / 12 * 72));
+  VipsImage* made = nullptr;
+  if (vips_text(&made, markup.get(), "font", "Sans 10", "width", std::max(1, width - 2 * margin), "dpi", resolution,
+                "wrap", VIPS_TEXT_WRAP_WORD_CHAR, nullptr) != 0) {
+    return nullptr;
+  }
+  const VipsImagePtr letters(made);
+  const VipsImagePtr ink([&letters] {
+    VipsImage* inverted = nullptr;
+    vips_invert(letters.get(), &inverted, nullptr);
+    return inverted;
+  }());
+  VipsImage* page = nullptr;
+  if (ink) vips_embed(ink.get(), &page, margin, margin, width, size, "extend", VIPS_EXTEND_WHITE, nullptr);
+  return VipsImagePtr(page);
+}
+
+// ---- Images and documents
+
+VipsImagePtr DrawnImage(const SourceFile& file, int size) {
+  return file.Decode({size, size, file.isVector() ? VIPS_SIZE_BOTH : VIPS_SIZE_DOWN});
+}
+
+WrittenPicture Written(const VipsImagePtr& image, const std::string& target) {
+  void* bytes = nullptr;
+  std::size_t size = 0;
+  if (!image || vips_image_write_to_buffer(image.get(), ".png[strip]", &bytes, &size, nullptr) != 0) {
+    return {{}, VipsFailure()};
+  }
+  const GTextPtr owner(static_cast<char*>(bytes));
+  if (const std::error_code error = ReplaceFile(target, {owner.get(), size})) {
+    return {{}, target + ": " + error.message()};
+  }
+  return {target, {}};
+}
+
+}  // namespace
+
+WrittenPicture MakePreview(const PictureJob& job) {
+  SourceFile file(job.source);
+  if (!file.failure().empty()) return {{}, file.failure()};
+  if (file.ReadHeader()) return Written(DrawnImage(file, job.maxWidth), job.target);
+  // What is an image, but no good one, is not shown as a text either.
+  if (!file.format().empty()) return {{}, file.failure()};
+  const std::string text = PageOf(AsUtf8(Beginning(file)));
+  if (text.empty()) return {{}, "it is neither an image, nor a PDF, nor a text"};
+  return Written(DrawnText(text, job.maxWidth), job.target);
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,76 @@
+#include "Platform/Linux/Sound/SoundTheme.h"
+
+#include <algorithm>
+#include <string>
+#include <system_error>
+
+#include "Platform/Linux/Base/GLibOwners.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Of which every other theme is a variation.
+constexpr char kBasicTheme[] = "freedesktop";
+constexpr char kThemeGroup[] = "Sound Theme";
+
+GKeyFilePtr Read(const fs::path& file) {
+  GKeyFilePtr keys(g_key_file_new());
+  return g_key_file_load_from_file(keys.get(), file.c_str(), G_KEY_FILE_NONE, nullptr) != FALSE ? std::move(keys)
+                                                                                                : nullptr;
+}
+
+std::vector<std::string> ListIn(const GKeyFilePtr& keys, const char* key) {
+  // The standard's lists have commas.
+  g_key_file_set_list_separator(keys.get(), ',');
+  const GStringListPtr values(g_key_file_get_string_list(keys.get(), kThemeGroup, key, nullptr, nullptr));
+  std::vector<std::string> list;
+  for (char** each = values.get(); each != nullptr && *each != nullptr; ++each) list.emplace_back(*each);
+  return list;
+}
+
+std::vector<fs::path> Folders(const char* own, const char* const* others) {
+  std::vector<fs::path> folders = {own};
+  for (; *others != nullptr; ++others) folders.emplace_back(*others);
+  return folders;
+}
+
+// Where desktops write down what they also tell running programs.
+std::string ChosenTheme() {
+  for (const fs::path& folder : Folders(g_get_user_config_dir(), g_get_system_config_dirs())) {
+    const GKeyFilePtr keys = Read(folder / "gtk-3.0" / "settings.ini");
+    if (!keys) continue;
+    const GTextPtr name(g_key_file_get_string(keys.get(), "Settings", "gtk-sound-theme-name", nullptr));
+    if (name) return name.get();
+  }
+  return kBasicTheme;
+}
+
+void AddTheme(const std::string& theme, std::vector<std::string>& seen, std::vector<fs::path>& found) {
+  if (theme.empty() || theme.find('/') != std::string::npos) return;
+  if (std::find(seen.begin(), seen.end(), theme) != seen.end()) return;
+  seen.push_back(theme);
+  std::vector<std::string> parents;
+  for (const fs::path& data : Folders(g_get_user_data_dir(), g_get_system_data_dirs())) {
+    const fs::path folder = data / "sounds" / theme;
+    const GKeyFilePtr index = Read(folder / "index.theme");
+    if (!index) continue;
+    for (const std::string& each : ListIn(index, "Directories")) found.push_back(folder / each);
+    if (parents.empty()) parents = ListIn(index, "Inherits");
+  }
+  for (const std::string& parent : parents) AddTheme(parent, seen, found);
+}
+
+}  // namespace
+
+std::vector<fs::path> SoundThemeFolders() {
+  std::vector<std::string> seen;
+  std::vector<fs::path> found;
+  AddTheme(ChosenTheme(), seen, found);
+  AddTheme(kBasicTheme, seen, found);
+  return found;
+}
+
+}  // namespace tessaro::platform

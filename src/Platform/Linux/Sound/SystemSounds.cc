@@ -1,0 +1,60 @@
+#include <array>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+#include "Platform/Linux/Sound/SoundFolders.h"
+#include "Platform/Linux/Sound/SoundTheme.h"
+#include "Platform/SoundPlayer.h"
+#include "Platform/StandardDirectories.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::array kExtensions = {".oga", ".ogg", ".wav"};
+
+// What the player can decode, whatever the name says.
+bool IsSound(const fs::path& file) {
+  std::error_code error;
+  // Opening a pipe would wait for its other end.
+  if (!fs::is_regular_file(file, error)) return false;
+  std::array<char, 12> start{};
+  std::ifstream(file, std::ios::binary).read(start.data(), start.size());
+  const std::string_view bytes(start.data(), start.size());
+  return bytes.starts_with("OggS") || (bytes.starts_with("RIFF") && bytes.ends_with("WAVE"));
+}
+
+std::vector<fs::path> SearchedFolders() {
+  std::vector<fs::path> folders;
+  if (const std::string resources = BundleResourceFolder(); !resources.empty()) folders.emplace_back(resources);
+  folders.push_back(HomeDirectory() / "Library" / "Sounds");
+  for (const char* folder : {"/Library/Sounds", "/Network/Library/Sounds", "/System/Library/Sounds"}) {
+    folders.emplace_back(folder);
+  }
+  for (const std::string& folder : SystemSoundFolders()) folders.emplace_back(folder);
+  return folders;
+}
+
+}  // namespace
+
+std::string SoundFileNamed(std::string_view name) noexcept {
+  if (name.empty() || name.find_first_of(std::string_view("/\0", 2)) != std::string_view::npos) return {};
+  for (const fs::path& folder : SearchedFolders()) {
+    for (const char* extension : kExtensions) {
+      fs::path file = folder / (std::string(name) + extension);
+      if (IsSound(file)) return file;
+    }
+  }
+  return {};
+}
+
+std::vector<std::string> SystemSoundFolders() noexcept {
+  std::vector<std::string> folders = GNUstepSoundFolders();
+  for (const fs::path& folder : SoundThemeFolders()) folders.push_back(folder);
+  return folders;
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <sdbus-c++/sdbus-c++.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Tray/MenuService.h"
+
+namespace tessaro::platform {
+
+// The application's menu in the desktop's launcher (com.canonical.Unity.LauncherEntry, which Ubuntu's dock, Dash to
+// Dock, Plank and others understand). Launchers that start later learn of it then.
+//
+// Main thread only; nothing throws.
+class LauncherEntry {
+ public:
+  // `desktopId` names the application's desktop entry, without ".desktop".
+  LauncherEntry(const std::string& desktopId, MenuService::Source menu);
+  LauncherEntry(const LauncherEntry&) = delete;
+  LauncherEntry& operator=(const LauncherEntry&) = delete;
+
+  // The menu has changed.
+  void RefreshMenu() noexcept;
+
+  [[nodiscard]] static bool IsLauncherRunning() noexcept;
+
+ private:
+  using Properties = std::map<std::string, sdbus::Variant>;
+
+  void Appear() noexcept;
+  void Disappear() noexcept;
+  [[nodiscard]] Properties CurrentProperties() const;
+  void Announce();
+
+  std::string uri_;
+  MenuService::Source menuSource_;
+  std::unique_ptr<sdbus::IObject> object_;
+  std::unique_ptr<MenuService> menu_;
+  sdbus::Slot launcherOwner_;
+  SessionBus::Subscription subscription_;
+};
+
+}  // namespace tessaro::platform

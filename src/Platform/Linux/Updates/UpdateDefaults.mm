@@ -1,0 +1,83 @@
+#include "Platform/Linux/Updates/UpdateDefaults.h"
+
+#import <Foundation/Foundation.h>
+
+namespace tessaro::platform {
+
+namespace {
+
+NSString* const kFeedURL = @"SUFeedURL";
+NSString* const kPublicKey = @"SUPublicEDKey";
+
+NSString* const kAutomaticallyChecks = @"SUEnableAutomaticChecks";
+NSString* const kAutomaticallyUpdates = @"SUAutomaticallyUpdate";
+NSString* const kLastCheck = @"SULastCheckTime";
+NSString* const kSendsProfile = @"SUSendProfileInfo";
+NSString* const kLastProfileSubmission = @"SULastProfileSubmissionDate";
+NSString* const kInstalledVersion = @"SUInstalledVersion";
+
+NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
+
+std::string Text(id value) {
+  const char* text = [value isKindOfClass:[NSString class]] ? [value UTF8String] : nullptr;
+  return text != nullptr ? text : "";
+}
+
+std::string InformationText(NSString* key) { return Text([[NSBundle mainBundle] objectForInfoDictionaryKey:key]); }
+
+std::optional<UpdateDefaults::Time> TimeFor(NSString* key) {
+  const id value = [Defaults() objectForKey:key];
+  if (![value isKindOfClass:[NSDate class]]) return std::nullopt;
+  return std::chrono::system_clock::from_time_t(static_cast<time_t>([value timeIntervalSince1970]));
+}
+
+void SetTime(NSString* key, UpdateDefaults::Time time) {
+  const auto seconds = static_cast<NSTimeInterval>(std::chrono::system_clock::to_time_t(time));
+  [Defaults() setObject:[NSDate dateWithTimeIntervalSince1970:seconds] forKey:key];
+}
+
+}  // namespace
+
+UpdateInformation ReadUpdateInformation() {
+  return {InformationText(kFeedURL), InformationText(kPublicKey), InformationText(@"CFBundleVersion"),
+          Text([[NSBundle mainBundle] bundlePath])};
+}
+
+bool UpdateDefaults::AutomaticallyChecks() const { return [Defaults() boolForKey:kAutomaticallyChecks]; }
+
+void UpdateDefaults::SetAutomaticallyChecks(bool automatically) {
+  [Defaults() setBool:automatically forKey:kAutomaticallyChecks];
+}
+
+bool UpdateDefaults::AutomaticallyUpdates() const { return [Defaults() boolForKey:kAutomaticallyUpdates]; }
+
+std::optional<UpdateDefaults::Time> UpdateDefaults::LastCheck() const { return TimeFor(kLastCheck); }
+
+void UpdateDefaults::SetLastCheck(Time time) {
+  SetTime(kLastCheck, time);
+  // A process that ends soon would look again at its next start.
+  [Defaults() synchronize];
+}
+
+bool UpdateDefaults::SendsSystemProfile() const { return [Defaults() boolForKey:kSendsProfile]; }
+
+std::optional<UpdateDefaults::Time> UpdateDefaults::LastProfileSubmission() const {
+  return TimeFor(kLastProfileSubmission);
+}
+
+void UpdateDefaults::SetLastProfileSubmission(Time time) { SetTime(kLastProfileSubmission, time); }
+
+std::string UpdateDefaults::InstalledVersion() const { return Text([Defaults() stringForKey:kInstalledVersion]); }
+
+void UpdateDefaults::SetInstalledVersion(const std::string& version) {
+  // A feed may call a version anything, even what is no text.
+  NSString* text = [NSString stringWithUTF8String:version.c_str()];
+  if ([text length] == 0) {
+    [Defaults() removeObjectForKey:kInstalledVersion];
+  } else {
+    [Defaults() setObject:text forKey:kInstalledVersion];
+  }
+  [Defaults() synchronize];
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,47 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include "Base/Ref.h"
+
+@class MASShortcut;
+
+// Records the shortcuts that the user wants for commands of the application, in the standard user defaults, and binds
+// them: pressed anywhere, a shortcut announces its key there. One recording at a time. Main thread only.
+//
+// Posts "TsKeyboardShortcutMonitorUpdated" with the state of the recording and "TsGlobalShortcutAction" with the
+// "defaults-key" whose shortcut was pressed; the object is the shared instance.
+@interface TsGlobalShortcut : NSObject {
+  Ref<NSObject> _eventMonitor;
+  Ref<NSString> _defaultsKey;
+  Ref<NSObject> _savedShortcutData;
+}
+
++ (instancetype)sharedInstance;
+
+// Absent unless a recording is running.
+- (id)eventMonitor;
+
+// The key that is being recorded; it stays until the next stop when a shortcut was accepted.
+- (NSString*)defaultsKey;
+
+// What was stored under the key when the recording began.
+- (id)savedShortcutData;
+
+- (void)startMonitoringKeyboardEvents:(NSString*)key;
+
+// Ends the recording and puts the earlier shortcut back.
+- (void)stopMonitoringKeyboardEvents;
+
+// Ends the watch for key presses.
+- (void)stopMonitoring;
+
+- (void)bindDefaultsKey:(NSString*)key;
+
+// nil when no shortcut is stored under the key.
+- (NSString*)shortcutDescriptionForDefaultsKey:(NSString*)key;
+
+- (void)postNotificationWith:(MASShortcut*)shortcut error:(NSString*)explanation;
+- (void)postNotificationWithUserInfo:(NSDictionary*)userInfo;
+
+@end

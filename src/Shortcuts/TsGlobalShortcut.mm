@@ -1,0 +1,163 @@
+#import "Shortcuts/TsGlobalShortcut.h"
+
+#include "Base/TsLog.h"
+#import "Extensions/NSEvent+TsKeyboard.h"
+#include "Platform/Cocoa.h"
+#import "Shortcuts/MASShortcut.h"
+#import "Shortcuts/TsShortcutBinder.h"
+#import "Shortcuts/TsShortcutValidator.h"
+
+namespace {
+
+NSString* const kMonitorUpdated = @"TsKeyboardShortcutMonitorUpdated";
+NSString* const kAction = @"TsGlobalShortcutAction";
+
+constexpr unsigned short kTab = 48;
+constexpr unsigned short kDelete = 51;
+constexpr unsigned short kForwardDelete = 117;
+constexpr unsigned short kEscape = 53;
+constexpr unsigned short kQ = 12;
+constexpr unsigned short kW = 13;
+
+NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
+
+NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
+
+NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
+
+bool EndsRecording(MASShortcut* shortcut) {
+  const unsigned short key = [shortcut keyCode];
+  return [shortcut modifierFlags] == 0 && (key == kDelete || key == kForwardDelete || key == kEscape);
+}
+
+// Windows are closed and the application is left by these, whatever is being recorded.
+bool IsReserved(MASShortcut* shortcut) {
+  const unsigned short key = [shortcut keyCode];
+  return [shortcut modifierFlags] == kTsCommand && (key == kW || key == kQ);
+}
+
+NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool isValid, bool isMonitoring) {
+  return @{
+    @"shortcut" : OrEmpty(shortcut),
+    @"error" : OrEmpty(error),
+    @"existing?" : Truth(isExisting),
+    @"valid?" : Truth(isValid),
+    @"monitoring?" : Truth(isMonitoring),
+  };
+}
+
+}  // namespace
+
+@implementation TsGlobalShortcut
+
++ (instancetype)sharedInstance {
+  static TsGlobalShortcut* const instance = [[self alloc] init];
+  return instance;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (self == nil) return nil;
+  const auto transformer = Adopt([[MASDictionaryTransformer alloc] init]);
+  [NSValueTransformer setValueTransformer:transformer forName:MASDictionaryTransformerName];
+  return self;
+}
+
+- (id)eventMonitor {
+  return _eventMonitor;
+}
+
+- (NSString*)defaultsKey {
+  return _defaultsKey;
+}
+
+- (id)savedShortcutData {
+  return _savedShortcutData;
+}
+
+// ---- Recording
+
+- (void)startMonitoringKeyboardEvents:(NSString*)key {
+  if (_eventMonitor) return TsLogError(@"Already monitoring: Cannot turn on monitor for shortcuts.");
+  _defaultsKey = Adopt<NSString>([key copy]);
+  _savedShortcutData = Retain<NSObject>([Defaults() objectForKey:key]);
+  // Or else the old shortcut would act while the new one is typed.
+  [Defaults() removeObjectForKey:key];
+  _eventMonitor = Retain<NSObject>([NSEvent
+      addLocalMonitorForEventsMatchingMask:NSKeyDownMask | NSFlagsChangedMask
+                                   handler:[self](NSEvent* event) { return [self recordEvent:event]; }]);
+  [self postNotificationWith:nil error:nil];
+}
+
+// What is left of the event for others.
+- (NSEvent*)recordEvent:(NSEvent*)event {
+  if ([event type] == kTsKeyDown && [event ts_virtualKeyCode] == kTab) return event;
+  [self recordShortcut:[MASShortcut shortcutWithEvent:event]];
+  return nil;
+}
+
+- (void)recordShortcut:(MASShortcut*)shortcut {
+  if (EndsRecording(shortcut)) return [self stopMonitoringKeyboardEvents];
+  if (IsReserved(shortcut)) return;
+  if ([[shortcut keyCodeString] length] == 0) return [self postNotificationWith:shortcut error:nil];
+
+  TsShortcutValidator* validator = [TsShortcutValidator sharedValidator];
+  if (![validator isShortcutValid:shortcut]) return NSBeep();
+  NSString* explanation = nil;
+  if ([validator isShortcutAlreadyTakenBySystem:shortcut explanation:&explanation]) {
+    return [self postNotificationWith:shortcut error:explanation];
+  }
+  [self acceptShortcut:shortcut];
+}
+
+- (void)acceptShortcut:(MASShortcut*)shortcut {
+  [self stopMonitoring];
+  [Defaults() setObject:[NSKeyedArchiver archivedDataWithRootObject:shortcut] forKey:_defaultsKey];
+  [self postNotificationWith:shortcut error:nil];
+}
+
+- (void)stopMonitoring {
+  if (!_eventMonitor) return;
+  [NSEvent removeMonitor:_eventMonitor];
+  _eventMonitor = nullptr;
+}
+
+- (void)stopMonitoringKeyboardEvents {
+  [self stopMonitoring];
+  if (!_defaultsKey) return;
+  if (_savedShortcutData) {
+    [Defaults() setObject:_savedShortcutData forKey:_defaultsKey];
+    _savedShortcutData = nullptr;
+  }
+  NSString* stored = [self shortcutDescriptionForDefaultsKey:_defaultsKey];
+  [self postNotificationWithUserInfo:Status(stored, nil, true, true, false)];
+  // Whoever was told may have begun another recording.
+  if (!_eventMonitor) _defaultsKey = nullptr;
+}
+
+- (void)postNotificationWith:(MASShortcut*)shortcut error:(NSString*)explanation {
+  NSLog(@"Posting notification! %@ %@", shortcut, explanation);
+  [self postNotificationWithUserInfo:Status([shortcut description], explanation, static_cast<bool>(_savedShortcutData),
+                                            explanation == nil, static_cast<bool>(_eventMonitor))];
+}
+
+- (void)postNotificationWithUserInfo:(NSDictionary*)userInfo {
+  [[NSNotificationCenter defaultCenter] postNotificationName:kMonitorUpdated object:self userInfo:userInfo];
+}
+
+// ---- Stored shortcuts
+
+- (void)bindDefaultsKey:(NSString*)key {
+  const auto action = [self, key = Adopt<NSString>([key copy])] {
+    [[NSNotificationCenter defaultCenter] postNotificationName:kAction
+                                                        object:self
+                                                      userInfo:@{@"defaults-key" : key.get()}];
+  };
+  [[TsShortcutBinder sharedBinder] bindShortcutWithDefaultsKey:key toAction:action];
+}
+
+- (NSString*)shortcutDescriptionForDefaultsKey:(NSString*)key {
+  return [TsStoredShortcut(key) description];
+}
+
+@end

@@ -1,6 +1,0 @@
-#include "Reachability/TsReachability.h"
-#include "TessaroNative/Handlers.h"
-
-void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  args.GetReturnValue().Set(TsIsNetworkReachable());
-}

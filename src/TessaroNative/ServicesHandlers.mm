@@ -1,7 +1,0 @@
-#include "Services/TsServicesProvider.h"
-#include "TessaroNative/Handlers.h"
-#include "Utilities/TsScriptValues.h"
-
-void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  TsPerformService(convertToNSString(args[0]), convertToNSString(args[1]));
-}

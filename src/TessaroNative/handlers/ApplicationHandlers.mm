@@ -1,0 +1,53 @@
+#import <AppKit/NSApplication.h>
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "Application/AtomApplication.h"
+#include "Files/TsFileDialog.h"
+#include "Files/TsFileWriter.h"
+#include "TessaroNative/handlers/Handlers.h"
+#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/WindowArgument.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+
+namespace {
+
+// The bytes of a Buffer, another view of memory, or a piece of memory itself; they live as long as it does.
+std::optional<std::string_view> BytesOf(v8::Local<v8::Value> value) {
+  if (value->IsArrayBufferView()) {
+    const auto view = value.As<v8::ArrayBufferView>();
+    return std::string_view(static_cast<const char*>(view->Buffer()->Data()) + view->ByteOffset(), view->ByteLength());
+  }
+  if (!value->IsArrayBuffer()) return std::nullopt;
+  const auto memory = value.As<v8::ArrayBuffer>();
+  return std::string_view(static_cast<const char*>(memory->Data()), memory->ByteLength());
+}
+
+}  // namespace
+
+void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  NSDictionary* keys = TsModifierKeys();
+  if (keys == nil) return args.GetReturnValue().SetNull();
+  ReturnString(args, TsConvertToJSONString(keys));
+}
+
+void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  args.GetReturnValue().Set(static_cast<bool>([NSApp isHidden]));
+}
+
+void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  auto callback = std::make_shared<TsCallbackSlot>();
+  callback->Set(args[2]);
+  TsShowFileDialog(ToWindow(args[0]), convertToNSString(args[1]),
+                   [callback](NSArray* paths) { callback->Call({paths != nil ? TsConvertToJSONString(paths) : nil}); });
+}
+
+void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  const auto bytes = BytesOf(args[1]);
+  if (!bytes) return ReturnString(args, @"Only a Buffer, another typed array or an ArrayBuffer can be written");
+  const auto mode = args[2]->IsTrue() ? TsWriteMode::Append : TsWriteMode::Replace;
+  ReturnString(args, TsWriteBytes(convertToNSString(args[0]), *bytes, mode));
+}

@@ -1,0 +1,49 @@
+#import <Foundation/Foundation.h>
+
+#include "Base/TsLog.h"
+#include "Extensions/NSProcessInfo+TsSystem.h"
+#include "TessaroNative/StartUp.h"
+#include "TessaroNative/handlers/Handlers.h"
+#include "TessaroNative/handlers/ReturnValues.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsPageState.h"
+#include "Utilities/TsScriptValues.h"
+
+namespace {
+
+NSString* const kFScriptFramework = @"~/Library/Frameworks/FScript.framework";
+
+}  // namespace
+
+@interface NSObject (FScriptMenuItem)
++ (void)insertInMainMenu;
+@end
+
+void loadFScript(const v8::FunctionCallbackInfo<v8::Value>&) {
+  NSString* path = [kFScriptFramework stringByExpandingTildeInPath];
+  if (![[NSFileManager defaultManager] fileExistsAtPath:path]) {
+    TsLogInfo(@"Couldn't find FScript at path %@", path);
+    return;
+  }
+  if ([[NSBundle bundleWithPath:path] load]) [NSClassFromString(@"FScriptMenuItem") insertInMainMenu];
+}
+
+void setCurrentURL(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  SetCurrentURL(TsCopyString(isolate, args[0]), TsCopyString(isolate, args[1]), TsCopyString(isolate, args[2]));
+  args.GetReturnValue().SetNull();
+}
+
+void getBundlePath(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  ReturnString(args, [[NSBundle mainBundle] bundlePath]);
+}
+
+void getPreferredLanguages(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  ReturnString(args, TsConvertToJSONString([NSLocale preferredLanguages]));
+}
+
+void isDarkMode(const v8::FunctionCallbackInfo<v8::Value>& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
+
+void macOSVersion(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  ReturnString(args, [[NSProcessInfo processInfo] ts_osVersion]);
+}

@@ -1,0 +1,107 @@
+#import <Foundation/Foundation.h>
+
+#include "Base/TsLog.h"
+#include "Integrations/TsClippers.h"
+#import "Integrations/TsPDFServices.h"
+#import "Integrations/TsPreview.h"
+#import "Integrations/TsTiming.h"
+#include "Platform/BackgroundQueue.h"
+#include "TessaroNative/handlers/Handlers.h"
+#include "TessaroNative/handlers/ReturnValues.h"
+#include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsJSON.h"
+
+namespace platform = tessaro::platform;
+
+namespace {
+
+// Reads a script object as long as none of its getters throws.
+class ObjectReader {
+ public:
+  ObjectReader(v8::Isolate* isolate, v8::Local<v8::Object> object)
+      : isolate_(isolate), context_(isolate->GetCurrentContext()), object_(object), catcher_(isolate) {}
+
+  [[nodiscard]] Ref<NSString> String(const char* key) const { return TsCopyString(isolate_, Value(key)); }
+
+  [[nodiscard]] Ref<NSMutableArray> Strings(const char* key) const {
+    auto strings = Adopt([[NSMutableArray alloc] init]);
+    const auto value = Value(key);
+    if (!value->IsArray()) return strings;
+    const auto array = value.As<v8::Array>();
+    for (std::uint32_t i = 0; i < array->Length(); ++i) {
+      v8::Local<v8::Value> element;
+      if (!array->Get(context_, i).ToLocal(&element)) return strings;
+      if (const auto string = TsCopyString(isolate_, element)) [strings addObject:string];
+    }
+    return strings;
+  }
+
+ private:
+  [[nodiscard]] v8::Local<v8::Value> Value(const char* key) const {
+    v8::Local<v8::Value> value;
+    const auto name = v8::String::NewFromUtf8(isolate_, key).ToLocalChecked();
+    return object_->Get(context_, name).ToLocal(&value) ? value : v8::Undefined(isolate_).As<v8::Value>();
+  }
+
+  v8::Isolate* isolate_;
+  v8::Local<v8::Context> context_;
+  v8::Local<v8::Object> object_;
+  v8::TryCatch catcher_;
+};
+
+TsClippedPage PageOf(v8::Isolate* isolate, v8::Local<v8::Object> object) {
+  const ObjectReader page(isolate, object);
+  return {.url = page.String("url"),
+          .webURL = page.String("web-url"),
+          .title = page.String("title"),
+          .html = page.String("html"),
+          .htmlPath = page.String("html-path"),
+          .account = page.String("account"),
+          .emlPath = page.String("eml-path"),
+          .attachments = page.Strings("attachments")};
+}
+
+NSArray* AskTimeTrackerCallback() {
+  NSString* text = TsCallbackSlots::Shared().timeTracker.CallForString({});
+  NSError* error = nil;
+  id list = TsConvertFromJSONString(text, &error);
+  if ([list isKindOfClass:[NSArray class]]) return list;
+  TsLogWarning(@"Couldn't get valid result from sCallback %@", error);
+  return @[];
+}
+
+}  // namespace
+
+void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  NSString* json = TsConvertToJSONString(TsInstalledClippers());
+  if (json == nil) TsLogWarning(@"Couldn't convert to JSON");
+  ReturnString(args, json);
+}
+
+void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  platform::BackgroundQueue::Shared().Post(
+      [name = TsCopyString(args.GetIsolate(), args[0]), page = PageOf(args.GetIsolate(), args[1].As<v8::Object>())] {
+        TsClipPage(name, page);
+      });
+}
+
+void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  TsImportIntoApplication(convertToNSString(args[0]), convertToNSString(args[1]));
+}
+
+void printPath(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  platform::BackgroundQueue::Shared().Post(
+      [path = TsCopyString(args.GetIsolate(), args[0])] { [TsPreview printFile:[NSURL fileURLWithPath:path]]; });
+}
+
+void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  TsCallbackSlot& callback = TsCallbackSlots::Shared().timeTracker;
+  if (callback.IsSet()) {
+    TsLogWarning(@"Cannot register app event listener twice");
+    return;
+  }
+  callback.Set(args[0]);
+  [TsTiming start:AskTimeTrackerCallback];
+}
+
+void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>&) { [[TsPDFServices sharedInstance] uninstall]; }

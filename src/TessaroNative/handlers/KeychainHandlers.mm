@@ -1,0 +1,32 @@
+#include "Base/TsLog.h"
+#import "Keychain/TsKeyChain.h"
+#include "TessaroNative/handlers/Handlers.h"
+#include "TessaroNative/handlers/ReturnValues.h"
+#include "Utilities/TsJSON.h"
+
+void getPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  NSDictionary* result = [[TsKeychain sharedInstance] passwordForAccount:convertToNSString(args[0])];
+  ReturnString(args, TsConvertToJSONString(result));
+}
+
+void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  NSString* password = convertToNSString(args[0]);
+  NSString* account = convertToNSString(args[1]);
+  if (password == nil || account == nil) {
+    TsLogError(@"Not setting password as either password or account parameters are nil");
+    return;
+  }
+  NSDictionary* result = [[TsKeychain sharedInstance] setPassword:password forAccount:account];
+  ReturnString(args, TsConvertToJSONString(result));
+}
+
+void removePasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+  NSString* account = convertToNSString(args[0]);
+  [[TsKeychain sharedInstance] removePasswordForAccount:account];
+  TsLogInfo(@"Removed keychain entry for account %@", account);
+}
+
+void removeAllPasswords(const v8::FunctionCallbackInfo<v8::Value>&) {
+  [[TsKeychain sharedInstance] removeAllPasswords];
+  TsLogInfo(@"Removed all keychain entries for app");
+}
