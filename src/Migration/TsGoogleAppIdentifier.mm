@@ -130,7 +130,7 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 }
 
 - (NSString*)description {
-  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], accountIdentifier_];
+  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], accountIdentifier_.get()];
 }
 
 - (BOOL)isEqual:(id)other {
