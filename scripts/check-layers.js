@@ -40,7 +40,7 @@ const allowed = {
 };
 
 // For everybody, and knowing nobody: the owner of references, and the exchange of methods.
-const forEverybody = ['Utilities/Ref.h', 'Utilities/TsReplaceMethod.h'];
+const forEverybody = ['Base/Ref.h'];
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
 const bridge = [

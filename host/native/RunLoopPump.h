@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <functional>
 
+#include "Base/UvHandle.h"
 #include "native/DisplayConnection.h"
 #include "native/EpollSet.h"
-#include "native/LoopHandle.h"
 #include "native/RunLoopDescriptors.h"
 #include "native/ScriptContext.h"
 
@@ -64,10 +64,10 @@ class RunLoopPump {
   std::function<void()> displayLost_;
 
   EpollSet epoll_;
-  LoopHandle<uv_poll_t> poll_;
-  LoopHandle<uv_timer_t> timer_;
-  LoopHandle<uv_prepare_t> prepare_;
-  LoopHandle<uv_check_t> check_;
+  UvHandle<uv_poll_t> poll_;
+  UvHandle<uv_timer_t> timer_;
+  UvHandle<uv_prepare_t> prepare_;
+  UvHandle<uv_check_t> check_;
 
   Statistics statistics_;
   std::uint64_t lastTurn_ = 0;

@@ -84,11 +84,11 @@ void RunLoopPump::Start(DisplayConnection* display, std::function<void()> displa
   displayLost_ = std::move(displayLost);
 
   // One descriptor stands for all: libuv makes those it polls non-blocking, which Cocoa doesn't expect of its own.
-  poll_ = MakeLoopHandle<uv_poll_t>(loop_, this, uv_poll_init, epoll_.descriptor());
+  poll_ = MakeUvHandleOn<uv_poll_t>(loop_, this, uv_poll_init, epoll_.descriptor());
   if (!poll_) return NSLog(@"The event loop can't run: no descriptor is left to wait with");
-  timer_ = MakeLoopHandle<uv_timer_t>(loop_, this, uv_timer_init);
-  prepare_ = MakeLoopHandle<uv_prepare_t>(loop_, this, uv_prepare_init);
-  check_ = MakeLoopHandle<uv_check_t>(loop_, this, uv_check_init);
+  timer_ = MakeUvHandleOn<uv_timer_t>(loop_, this, uv_timer_init);
+  prepare_ = MakeUvHandleOn<uv_prepare_t>(loop_, this, uv_prepare_init);
+  check_ = MakeUvHandleOn<uv_check_t>(loop_, this, uv_check_init);
 
   uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) {
     ++OwnerOf<RunLoopPump>(handle).statistics_.descriptorWakes;

@@ -14,6 +14,8 @@ class Ref {
   Ref(std::nullptr_t) {}
   Ref(const Ref& other) : object_([other.object_ retain]) {}
   Ref(Ref&& other) noexcept : object_(std::exchange(other.object_, nil)) {}
+  template <typename Derived>
+  Ref(Ref<Derived> other) noexcept : object_(other.Leak()) {}
   ~Ref() {
     // Most have been moved from, and a message to nil is a message.
     if (object_ != nil) [object_ release];
@@ -24,8 +26,9 @@ class Ref {
     return *this;
   }
 
-  [[nodiscard]] T* get() const { return object_; }
-  operator T*() const { return object_; }
+  // Good for as long as this owner lives; the compiler refuses to keep what it gets from a temporary one.
+  [[nodiscard]] T* get() const [[clang::lifetimebound]] { return object_; }
+  operator T*() const [[clang::lifetimebound]] { return object_; }
   explicit operator bool() const { return object_ != nil; }
 
   // Gives the reference up: the caller must release it, or hand it on as a +1 result.
@@ -55,8 +58,14 @@ template <typename T>
   return Ref<T>([object retain]);
 }
 
-// What nobody else can change.
+// An immutable copy, which later changes of the original don't reach.
 template <typename T>
 [[nodiscard]] Ref<T> Copy(T* object) {
   return Adopt<T>([object copy]);
+}
+
+// The object as a T; nil when it is of another class.
+template <typename T>
+[[nodiscard]] T* As(id object) {
+  return [object isKindOfClass:[T class]] ? static_cast<T*>(object) : nil;
 }

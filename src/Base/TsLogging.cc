@@ -200,13 +200,11 @@ class TsLogFacility::Pipeline {
 };
 
 TsLogFacility& TsLogFacility::Shared() {
-  static TsLogFacility facility;
-  return facility;
+  static Forever<TsLogFacility> facility;
+  return *facility;
 }
 
 TsLogFacility::TsLogFacility() : pipeline_(std::make_unique<Pipeline>()) {}
-
-TsLogFacility::~TsLogFacility() = default;
 
 void TsLogFacility::AddLogger(std::shared_ptr<TsLogger> logger) noexcept { pipeline_->AddLogger(std::move(logger)); }
 

@@ -6,7 +6,8 @@
 #include <memory>
 #include <string_view>
 
-#include "Platform/ThreadName.h"
+#include "Base/Lifetime.h"
+#include "Base/ThreadName.h"
 
 // The flag of a message; a message has exactly one.
 enum class TsLogFlag : std::uint32_t { Error = 1, Warning = 2, Info = 4, Debug = 8 };
@@ -22,7 +23,7 @@ struct TsLogMessage {
   const char* file = "";      // source file, relative to the project; lives as long as the process
   const char* function = "";  // full signature; lives as long as the process
   std::int32_t line = 0;
-  std::string_view thread = tessaro::platform::CurrentThreadName();  // valid only during the call
+  std::string_view thread = CurrentThreadName();  // valid only during the call
   std::chrono::system_clock::time_point time = std::chrono::system_clock::now();
 };
 
@@ -58,13 +59,17 @@ class TsLogFacility {
   // Returns when everything logged so far has been written.
   void Flush() noexcept;
 
+  // The log goes on after the end: whatever ends late may still fail.
+  static constexpr EndStage kEnd = EndStage::Log;
+  void Close() noexcept { Flush(); }
+
   // The file that everything logged so far today is in; empty when there is none. On the thread that added it.
   [[nodiscard]] std::filesystem::path File() noexcept;
 
-  ~TsLogFacility();
-
  private:
+  friend class Forever<TsLogFacility>;
   TsLogFacility();
+  ~TsLogFacility() = delete;
 
   class Pipeline;
   std::unique_ptr<Pipeline> pipeline_;

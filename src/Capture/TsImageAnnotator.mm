@@ -170,7 +170,7 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
   [button setAction:action];
   [button setAutoresizingMask:NSViewMinYMargin | (place >= 0 ? NSViewMaxXMargin : NSViewMinXMargin)];
   [[_window contentView] addSubview:button];
-  return button;
+  return button.Autoreleased();
 }
 
 - (void)showState {

@@ -104,7 +104,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [button setTarget:self];
   [button setAction:action];
   [[_panel contentView] addSubview:button];
-  return button;
+  return button.Autoreleased();
 }
 
 - (BOOL)isBusy {

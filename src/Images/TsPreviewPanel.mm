@@ -123,10 +123,10 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
 }
 
 - (NSButton*)addButton:(NSString*)title at:(CGFloat)left width:(CGFloat)width action:(SEL)action {
-  const auto button = NewButton(NSMakeRect(left, kMargin, width, kButtonHeight), title, self, action);
+  auto button = NewButton(NSMakeRect(left, kMargin, width, kButtonHeight), title, self, action);
   [button setAutoresizingMask:NSViewMaxXMargin | NSViewMaxYMargin];
   [[self contentView] addSubview:button];
-  return button;
+  return button.Autoreleased();
 }
 
 - (void)showPaths:(NSArray*)paths

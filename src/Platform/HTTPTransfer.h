@@ -69,9 +69,6 @@ class HTTPTransfer {
 
   // Cancels a transfer that still runs; the client hears no more of it.
   virtual ~HTTPTransfer() = default;
-
-  // Ends all transfers and closes all connections, for good and without a word to the clients.
-  static void ShutDown() noexcept;
 };
 
 }  // namespace tessaro::platform

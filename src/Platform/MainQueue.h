@@ -4,6 +4,8 @@
 #include <functional>
 #include <memory>
 
+#include "Base/Lifetime.h"
+
 namespace tessaro::platform {
 
 // Brings work to the main thread, which runs the application's event loop.
@@ -26,6 +28,8 @@ class MainQueue {
   // Joins and leaves the event loop. Main thread only; attaching twice is allowed, and so is detaching twice.
   void Attach();
   void Detach();
+  static constexpr EndStage kEnd = EndStage::MainQueue;
+  void Close() { Detach(); }
 
   [[nodiscard]] bool IsCurrent() const { return IsMainThread(); }
 
@@ -36,6 +40,7 @@ class MainQueue {
   MainQueue& operator=(const MainQueue&) = delete;
 
  private:
+  friend class Forever<MainQueue>;
   MainQueue();
   ~MainQueue();
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Platform/Secret.h"
 
 namespace tessaro::platform {
@@ -75,6 +76,7 @@ class SecretStore {
   [[nodiscard]] SecretStatus Remove(const SecretItem& item) noexcept;
 
   // Lets go of the connection to the store, until the next call.
+  static constexpr EndStage kEnd = EndStage::Services;
   void Close() noexcept;
 
  private:

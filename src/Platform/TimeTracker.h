@@ -14,7 +14,4 @@ namespace tessaro::platform {
 // without a bus or when another process has the name; it is then waited for until it can.
 bool ServeTimeTracker(const std::string& applicationIdentifier, std::function<std::vector<std::string>()> answer);
 
-// Lets go of the bus for good.
-void StopServingTimeTracker() noexcept;
-
 }  // namespace tessaro::platform

@@ -87,9 +87,6 @@ class Updater {
   // What is found is told, and nothing else.
   virtual void CheckForUpdateInformation() = 0;
 
-  // Ends a running check without a word, and all automatic ones.
-  virtual void ShutDown() noexcept = 0;
-
  protected:
   virtual ~Updater() = default;
 };

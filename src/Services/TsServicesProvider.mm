@@ -25,9 +25,9 @@ void AnswerNothing(NSPasteboard* pasteboard) {
 
 // A new message, which scripts can reach as well.
 TsASOutgoingMessage* NewMessage() {
-  const auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
   [[TsASOutgoingMessage outgoingMessages] addObject:message];
-  return message;
+  return message.Autoreleased();
 }
 
 }  // namespace

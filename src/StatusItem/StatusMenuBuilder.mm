@@ -9,12 +9,6 @@
 
 namespace {
 
-// The value, if it is of the class that it should be.
-template <typename Expected>
-Expected* As(id value) {
-  return [value isKindOfClass:[Expected class]] ? value : nil;
-}
-
 template <typename Expected>
 Expected* Value(NSDictionary* dictionary, NSString* key) {
   return As<Expected>([dictionary objectForKey:key]);

@@ -70,23 +70,23 @@ void AddLabel(const Room& room, NSString* text, NSRect& row, NSUInteger mask) {
 NSTextField* AddField(Room& room, NSString* label) {
   NSRect row = room.FromTop(kRowHeight);
   AddLabel(room, label, row, NSViewMinYMargin | NSViewMaxXMargin);
-  const auto field = Adopt([[NSTextField alloc] initWithFrame:row]);
+  auto field = Adopt([[NSTextField alloc] initWithFrame:row]);
   room.Add(field, NSViewMinYMargin | NSViewWidthSizable);
-  return field;
+  return field.Autoreleased();
 }
 
 NSScrollView* AddScrollView(const Room& room, NSView* document, NSRect frame, NSUInteger mask) {
-  const auto scrollView = Adopt([[NSScrollView alloc] initWithFrame:frame]);
+  auto scrollView = Adopt([[NSScrollView alloc] initWithFrame:frame]);
   [scrollView setHasVerticalScroller:YES];
   [scrollView setBorderType:NSBezelBorder];
   [scrollView setDocumentView:document];
   room.Add(scrollView, mask);
-  return scrollView;
+  return scrollView.Autoreleased();
 }
 
 // At one end of the row, which is that much shorter then.
 NSButton* AddButton(const Room& room, NSString* title, id target, SEL action, NSRect& row, NSRectEdge edge) {
-  const auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
+  auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
   [button setTitle:title];
   [button setBezelStyle:NSRoundedBezelStyle];
   [button setTarget:target];
@@ -98,7 +98,7 @@ NSButton* AddButton(const Room& room, NSString* title, id target, SEL action, NS
   NSRect gap;
   NSDivideRect(row, &gap, &row, kGap, edge);
   room.Add(button, NSViewMaxYMargin | (edge == NSMinXEdge ? NSViewMaxXMargin : NSViewMinXMargin));
-  return button;
+  return button.Autoreleased();
 }
 
 // A file that can be attached.

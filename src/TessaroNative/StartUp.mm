@@ -6,6 +6,7 @@
 #include "AppleScript/TsASOutgoingMessage.h"
 #include "AppleScript/TsMailto.h"
 #include "Application/AtomApplication.h"
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Dock/TsDockMenu.h"
@@ -17,7 +18,6 @@
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
 #include "Platform/ScriptingService.h"
-#include "Platform/ShutDown.h"
 #include "Platform/StandardDirectories.h"
 #include "Platform/SystemAppearance.h"
 #include "Platform/WindowServer.h"
@@ -131,8 +131,7 @@ void EndWithEnvironment(void*) {
   TsCallbackSlots::Shared().Clear();
   TsForgetPendingCallbacks();
   TsForgetApplicationIsolate();
-  platform::ShutDown();
-  TsLogFacility::Shared().Flush();
+  EndAll();
 }
 
 void StartUp(v8::Isolate* isolate) {
@@ -164,6 +163,7 @@ std::span<const char* const> StartUpStepsRun() { return StepsRun(); }
 
 void TsSetupLogging() {
   TsLogFacility& facility = TsLogFacility::Shared();
+  NameMainThread();
   facility.AddTerminalLogger();
   const auto directory = platform::LogDirectory(TsStdString([[NSProcessInfo processInfo] processName]));
   const bool hasFile = facility.AddDailyFileLogger(directory);

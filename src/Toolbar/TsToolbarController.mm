@@ -163,10 +163,10 @@ void SetImage(id owner, NSImage* image) {
   if (NSToolbarItem* item = [_toolbarItems objectForKey:identifier]) return item;
   NSDictionary* definition = TsDefinitionWithIdentifier(_toolbarDefinitions, identifier);
   if (definition == nil) return nil;
-  const auto item = [self itemOfDefinition:definition];
+  auto item = [self itemOfDefinition:definition];
   if (TsIsTrue(definition, @"selected?")) [toolbar setSelectedItemIdentifier:identifier];
   [_toolbarItems setObject:item forKey:identifier];
-  return item;
+  return item.Autoreleased();
 }
 
 - (Ref<TsToolbarItem>)itemOfDefinition:(NSDictionary*)definition {

@@ -10,11 +10,11 @@
 #include <string>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Platform/Linux/Alerts/AlertFiles.h"
 #include "Platform/Linux/Alerts/DesktopNotifications.h"
 #import "Platform/Linux/Alerts/NSUserNotification+Desktop.h"
-#include "Platform/Linux/Alerts/UserNotificationDelivery.h"
 #include "Platform/Linux/Base/AutoreleaseScope.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/SoundPlayer.h"
@@ -110,8 +110,8 @@ NSUserNotificationActivationType ActivationOf(AlertEnd end) {
 class Center {
  public:
   static Center& Shared() {
-    static auto& center = *new Center();
-    return center;
+    static Forever<Center> center;
+    return *center;
   }
 
   id<NSUserNotificationCenterDelegate> delegate = nil;
@@ -126,6 +126,7 @@ class Center {
   [[nodiscard]] NSArray* Delivered() const;
   [[nodiscard]] NSArray* Scheduled() const;
 
+  static constexpr EndStage kEnd = EndStage::Services;
   void Close() noexcept;
 
  private:
@@ -136,6 +137,7 @@ class Center {
     fs::path file;
   };
 
+  friend class Forever<Center>;
   Center();
   void Restore();
   void DeliverDue();
@@ -320,8 +322,6 @@ void Center::Close() noexcept {
 }
 
 }  // namespace
-
-void EndUserNotificationDelivery() noexcept { Center::Shared().Close(); }
 
 }  // namespace tessaro::platform
 

@@ -63,9 +63,9 @@ void WatchEvents() {
 
 + (id)addLocalMonitorForEventsMatchingMask:(NSUInteger)mask handler:(std::function<NSEvent*(NSEvent*)>)handler {
   WatchEvents();
-  const auto monitor = Adopt([[TsLocalMonitor alloc] initWithMask:mask handler:std::move(handler)]);
+  auto monitor = Adopt([[TsLocalMonitor alloc] initWithMask:mask handler:std::move(handler)]);
   [Monitors() addObject:monitor];
-  return monitor;
+  return monitor.Autoreleased();
 }
 
 + (void)removeMonitor:(id)monitor {

@@ -15,7 +15,7 @@ using AttributedTitles = tessaro::platform::SideTable<NSMenuItem, Ref<NSAttribut
 @implementation NSMenuItem (AttributedTitle)
 
 - (NSAttributedString*)attributedTitle {
-  return AttributedTitles::Shared().Get(self, nullptr);
+  return AttributedTitles::Shared().Get(self, nullptr).Autoreleased();
 }
 
 - (void)setAttributedTitle:(NSAttributedString*)title {

@@ -2,6 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/TsLog.h"
+
 namespace tessaro::platform {
 
 void WithAutoreleasePool(const std::function<void()>& work) noexcept {
@@ -9,7 +11,7 @@ void WithAutoreleasePool(const std::function<void()>& work) noexcept {
     @try {
       work();
     } @catch (NSException* exception) {
-      NSLog(@"A task failed with %@: %@", [exception name], [exception reason]);
+      TsLogError(@"A task failed with %@: %@", [exception name], [exception reason]);
     }
   }
 }

@@ -10,8 +10,9 @@
 #include <utility>
 #include <vector>
 
+#include "Base/TsLog.h"
+#include "Base/UvHandle.h"
 #include "Platform/Linux/Base/AutoreleaseScope.h"
-#include "Platform/Linux/Base/UvHandle.h"
 
 namespace tessaro::platform {
 
@@ -46,6 +47,7 @@ struct MainQueue::Body {
     if (wake) return;
     timer = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
     wake = MakeUvHandle<uv_async_t>(this, uv_async_init, [](uv_async_t* handle) { OwnerOf<Body>(handle).Run(); });
+    if (!wake) TsLogTextError("The event loop has no room for the main queue: nothing posted to it will run");
   }
 
   void Detach() {
@@ -103,8 +105,8 @@ struct MainQueue::Body {
 };
 
 MainQueue& MainQueue::Shared() {
-  static MainQueue queue;
-  return queue;
+  static Forever<MainQueue> queue;
+  return *queue;
 }
 
 MainQueue::MainQueue() : body_(std::make_shared<Body>()) {}

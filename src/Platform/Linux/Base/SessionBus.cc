@@ -36,8 +36,8 @@ SessionBus::Subscription::~Subscription() {
 }
 
 SessionBus& SessionBus::Shared() {
-  static SessionBus bus;
-  return bus;
+  static Forever<SessionBus> bus;
+  return *bus;
 }
 
 sdbus::IConnection* SessionBus::Connection() noexcept {
@@ -93,6 +93,7 @@ bool SessionBus::Connect(std::chrono::milliseconds patience) noexcept {
 
 void SessionBus::Watch() {
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, connection_->getEventLoopPollData().fd);
+  if (!poll_) throw std::system_error(std::make_error_code(std::errc::too_many_files_open), "watching the bus");
   timeout_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
   prepare_ = MakeUvHandle<uv_prepare_t>(this, uv_prepare_init);
   // Any call may have queued messages or deadlines since the loop last waited.

@@ -9,7 +9,8 @@
 #include <memory>
 #include <string>
 
-#include "Platform/Linux/Base/UvHandle.h"
+#include "Base/Lifetime.h"
+#include "Base/UvHandle.h"
 
 namespace tessaro::platform {
 
@@ -55,9 +56,11 @@ class SessionBus {
   [[nodiscard]] Subscription Listen(Listener listener) noexcept;
 
   // Leaves the event loop for good.
+  static constexpr EndStage kEnd = EndStage::Bus;
   void Close() noexcept;
 
  private:
+  friend class Forever<SessionBus>;
   SessionBus() = default;
   ~SessionBus() = default;
 

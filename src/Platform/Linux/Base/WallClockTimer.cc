@@ -10,6 +10,8 @@
 
 #include "Platform/Linux/Base/AutoreleaseScope.h"
 
+#include "Base/TsLog.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -47,6 +49,10 @@ void WallClockTimer::Start(Seconds due) noexcept {
   timerfd_settime(descriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &moment, nullptr);
   if (poll_) return;
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, descriptor_);
+  if (!poll_) {
+    TsLogTextError("The event loop does not watch the clock: scheduled alerts will be late");
+    return Stop();
+  }
   uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) { OwnerOf<WallClockTimer>(handle).Fire(); });
 }
 

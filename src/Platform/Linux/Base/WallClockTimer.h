@@ -4,7 +4,7 @@
 #include <functional>
 #include <optional>
 
-#include "Platform/Linux/Base/UvHandle.h"
+#include "Base/UvHandle.h"
 
 namespace tessaro::platform {
 

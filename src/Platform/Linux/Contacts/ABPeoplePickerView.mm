@@ -4,6 +4,8 @@
 
 #include "Platform/AddressBook.h"
 
+#include "Base/TsLog.h"
+
 namespace platform = tessaro::platform;
 
 namespace {
@@ -50,7 +52,7 @@ NSArray* IfReadable(const Read& read) {
   @try {
     return read();
   } @catch (NSException* exception) {
-    NSLog(@"The contacts can't be read: %@", [exception reason]);
+    TsLogError(@"The contacts can't be read: %@", [exception reason]);
     return @[];
   }
 }
@@ -220,7 +222,7 @@ std::vector<NSUInteger> SelectedRows(NSTableView* table) {
 - (void)editInAddressBook:(id)sender {
   // The application has no way to be told whom to show.
   if (![[NSWorkspace sharedWorkspace] launchApplication:kContactsApplication]) {
-    NSLog(@"%@, the application for contacts, is not installed", kContactsApplication);
+    TsLogWarning(@"%@, the application for contacts, is not installed", kContactsApplication);
   }
 }
 

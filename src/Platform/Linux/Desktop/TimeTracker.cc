@@ -3,6 +3,7 @@
 #include <memory>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BusNames.h"
 #include "Platform/Linux/Base/SessionBus.h"
 
@@ -41,18 +42,24 @@ class TimeTrackerService {
   SessionBus::Subscription subscription_;
 };
 
-std::unique_ptr<TimeTrackerService>& Service() {
-  static auto& service = *new std::unique_ptr<TimeTrackerService>();
-  return service;
+// The service, while there is one.
+struct ServedTimeTracker {
+  static constexpr EndStage kEnd = EndStage::Services;
+  void Close() { service.reset(); }
+
+  std::unique_ptr<TimeTrackerService> service;
+};
+
+ServedTimeTracker& Served() {
+  static Forever<ServedTimeTracker> served;
+  return *served;
 }
 
 }  // namespace
 
 bool ServeTimeTracker(const std::string& applicationIdentifier, std::function<std::vector<std::string>()> answer) {
-  Service() = std::make_unique<TimeTrackerService>(applicationIdentifier, std::move(answer));
-  return Service()->IsOffered();
+  Served().service = std::make_unique<TimeTrackerService>(applicationIdentifier, std::move(answer));
+  return Served().service->IsOffered();
 }
-
-void StopServingTimeTracker() noexcept { Service().reset(); }
 
 }  // namespace tessaro::platform

@@ -40,8 +40,7 @@ std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
 void KeyGrabs::DisplayCloser::operator()(Display* display) const { XCloseDisplay(display); }
 
 KeyGrabs& KeyGrabs::Shared() {
-  // Not destroyed: registrations may go later than statics do.
-  static auto* const grabs = std::make_unique<KeyGrabs>().release();
+  static Forever<KeyGrabs> grabs;
   return *grabs;
 }
 
@@ -82,6 +81,10 @@ bool KeyGrabs::Open() noexcept {
   XkbSelectEvents(display, XkbUseCoreKbd, kKeyboardChanges, kKeyboardChanges);
   masks_ = ModifierMasks(display);
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, ConnectionNumber(display));
+  if (!poll_) {
+    display_.reset();
+    return false;
+  }
   uv_poll_start(poll_.get(), UV_READABLE, [](uv_poll_t* handle, int, int) { OwnerOf<KeyGrabs>(handle).ReadEvents(); });
   return true;
 }

@@ -7,8 +7,9 @@
 #include <optional>
 #include <vector>
 
+#include "Base/Lifetime.h"
+#include "Base/UvHandle.h"
 #include "Platform/HotKeys.h"
-#include "Platform/Linux/Base/UvHandle.h"
 #include "Platform/Linux/Keyboard/ModifierMasks.h"
 
 struct _XDisplay;
@@ -36,7 +37,8 @@ class KeyGrabs {
   void Add(Listener& listener) noexcept;
   void Remove(Listener& listener) noexcept;
 
-  // Leaves the event loop for good; nothing is heard from then on.
+  // Leaves the event loop for good.
+  static constexpr EndStage kEnd = EndStage::Services;
   void Close() noexcept;
 
  private:

@@ -271,8 +271,8 @@ SecretStore::SecretStore(Deadlines deadlines) : body_(std::make_unique<Body>(dea
 SecretStore::~SecretStore() = default;
 
 SecretStore& SecretStore::Shared() {
-  static SecretStore store{Deadlines()};
-  return store;
+  static Forever<SecretStore> store(Deadlines{});
+  return *store;
 }
 
 SecretResult<std::vector<SecretItem>> SecretStore::Find(std::string_view service,

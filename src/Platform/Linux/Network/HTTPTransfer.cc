@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include "Base/Lifetime.h"
 #include "Platform/Linux/Base/OwnDirectory.h"
 #include "Platform/Linux/Network/Transfers/TransferLibrary.h"
 #include "Platform/MainQueue.h"
@@ -22,8 +23,13 @@ constexpr int kOpenMode = RTLD_NOW | RTLD_LOCAL | RTLD_DEEPBIND;
 class OpenedLibrary {
  public:
   static OpenedLibrary& Shared() {
-    static OpenedLibrary opened;
-    return opened;
+    static Forever<OpenedLibrary> opened;
+    return *opened;
+  }
+
+  static constexpr EndStage kEnd = EndStage::Services;
+  void Close() noexcept {
+    if (library_ != nullptr) library_->ShutDown();
   }
 
   // nullptr when it can't be opened; error() then says why.
@@ -31,6 +37,7 @@ class OpenedLibrary {
   [[nodiscard]] const std::string& error() const { return error_; }
 
  private:
+  friend class Forever<OpenedLibrary>;
   OpenedLibrary() {
     void* image = dlopen((OwnDirectory() / kLibraryFile).c_str(), kOpenMode);
     void* entrance = image != nullptr ? dlsym(image, "TessaroTransferLibrary") : nullptr;
@@ -65,22 +72,12 @@ class ImpossibleTransfer final : public HTTPTransfer {
   std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
-bool& IsInUse() {
-  static bool isInUse = false;
-  return isInUse;
-}
-
 }  // namespace
 
 std::unique_ptr<HTTPTransfer> HTTPTransfer::Start(const HTTPRequest& request, HTTPTransferClient& client) noexcept {
-  IsInUse() = true;
   const OpenedLibrary& opened = OpenedLibrary::Shared();
   if (opened.library() != nullptr) return opened.library()->Start(request, client);
   return std::make_unique<ImpossibleTransfer>(opened.error(), client);
-}
-
-void HTTPTransfer::ShutDown() noexcept {
-  if (IsInUse() && OpenedLibrary::Shared().library() != nullptr) OpenedLibrary::Shared().library()->ShutDown();
 }
 
 }  // namespace tessaro::platform

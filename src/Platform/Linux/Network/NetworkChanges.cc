@@ -26,8 +26,7 @@ NetworkChanges::Subscription::~Subscription() {
 }
 
 NetworkChanges& NetworkChanges::Shared() {
-  // Not destroyed: subscriptions may go later than statics do.
-  static auto* const changes = std::make_unique<NetworkChanges>().release();
+  static Forever<NetworkChanges> changes;
   return *changes;
 }
 
@@ -51,6 +50,7 @@ bool NetworkChanges::Open() noexcept {
   if (!socket || bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return false;
   socket_ = std::move(socket);
   poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, socket_.get());
+  if (!poll_) return false;
   uv_poll_start(poll_.get(), UV_READABLE,
                 [](uv_poll_t* handle, int, int) { OwnerOf<NetworkChanges>(handle).Receive(); });
   return true;

@@ -3,8 +3,9 @@
 #include <functional>
 #include <list>
 
+#include "Base/Lifetime.h"
+#include "Base/UvHandle.h"
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/UvHandle.h"
 
 namespace tessaro::platform {
 
@@ -41,6 +42,7 @@ class NetworkChanges {
   [[nodiscard]] Subscription Listen(Listener listener) noexcept;
 
   // Leaves the event loop for good.
+  static constexpr EndStage kEnd = EndStage::Services;
   void Close() noexcept;
 
  private:

@@ -16,10 +16,10 @@
 #include <system_error>
 #include <utility>
 
+#include "Base/UvHandle.h"
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/Linux/Base/OwnDirectory.h"
-#include "Platform/Linux/Base/UvHandle.h"
 #include "Platform/Linux/Base/XDisplay.h"
 #include "Platform/MainQueue.h"
 
@@ -89,8 +89,10 @@ class Recorder final : public ScreenRecording {
     options.stdio_count = static_cast<int>(streams.size());
     options.exit_cb = [](uv_process_t* process, std::int64_t, int) { OwnerOf<Recorder>(process).End(); };
     int result = 0;
-    process_ = MakeUvHandle<uv_process_t>(
-        this, [&](uv_loop_t* loop, uv_process_t* process) { result = uv_spawn(loop, process, &options); });
+    process_ = MakeUvHandle<uv_process_t>(this, [&](uv_loop_t* loop, uv_process_t* process) {
+      result = uv_spawn(loop, process, &options);
+      return 0;  // libuv wants the handle closed even when the program did not start
+    });
     isRunning_ = result == 0;
     return isRunning_ ? std::string() : std::string(uv_strerror(result));
   }

@@ -3,6 +3,7 @@
 #import <Foundation/Foundation.h>
 
 #include "Base/Ref.h"
+#include "Base/TsLog.h"
 #include "Platform/Applications.h"
 
 static constexpr NSTimeInterval kAnswerDeadline = 10;
@@ -16,7 +17,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
     [[remote connectionForProxy] setReplyTimeout:kAnswerDeadline];
     return Retain(remote);
   } @catch (NSException* exception) {
-    NSLog(@"%@ can't be reached: %@", identifier, [exception reason]);
+    TsLogWarning(@"%@ can't be reached: %@", identifier, [exception reason]);
   }
   return nullptr;
 }
@@ -44,7 +45,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
   if ([self isRunning] || !tessaro::platform::LaunchApplication([_identifier UTF8String])) return _remote;
   NSDate* end = [NSDate dateWithTimeIntervalSinceNow:kLaunchDeadline];
   while (![self isRunning] && [end timeIntervalSinceNow] > 0) [NSThread sleepForTimeInterval:kLaunchPoll];
-  if (!_remote) NSLog(@"%@ doesn't let itself be scripted", _identifier.get());
+  if (!_remote) TsLogWarning(@"%@ has no scripting interface", _identifier.get());
   return _remote;
 }
 
@@ -52,7 +53,7 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
   @try {
     if ([[self remote] respondsToSelector:_cmd]) [static_cast<SBApplication*>(static_cast<id>([self remote])) activate];
   } @catch (NSException* exception) {
-    NSLog(@"%@ can't be activated: %@", _identifier.get(), [exception reason]);
+    TsLogWarning(@"%@ can't be activated: %@", _identifier.get(), [exception reason]);
   }
 }
 
@@ -79,8 +80,8 @@ static Ref<NSDistantObject> Connect(NSString* identifier) {
   @try {
     [invocation invokeWithTarget:[self remote]];
   } @catch (NSException* exception) {
-    NSLog(@"%@ doesn't answer %@: %@", _identifier.get(), NSStringFromSelector([invocation selector]),
-          [exception reason]);
+    TsLogWarning(@"%@ doesn't answer %@: %@", _identifier.get(), NSStringFromSelector([invocation selector]),
+                 [exception reason]);
   }
 }
 

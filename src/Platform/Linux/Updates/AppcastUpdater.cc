@@ -26,8 +26,8 @@ UpdateDefaults::Time Now() { return std::chrono::system_clock::now(); }
 }  // namespace
 
 Updater& Updater::Shared() {
-  static auto& updater = *new AppcastUpdater();
-  return updater;
+  static Forever<AppcastUpdater> updater;
+  return *updater;
 }
 
 AppcastUpdater::AppcastUpdater() : timer_([this] { CheckIfDue(); }) {}
@@ -38,7 +38,7 @@ void AppcastUpdater::SetDelegate(UpdaterDelegate& delegate) {
   ResetUpdateCycle();
 }
 
-void AppcastUpdater::ShutDown() noexcept {
+void AppcastUpdater::Close() noexcept {
   ++number_;
   delegate_ = nullptr;
   timer_.Set(std::nullopt);

@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include "Base/Lifetime.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/Download.h"
@@ -26,7 +27,10 @@ class AppcastUpdater final : public Updater {
   void CheckForUpdates() override { Check(Kind::User); }
   void CheckForUpdatesInBackground() override { Check(Kind::Background); }
   void CheckForUpdateInformation() override { Check(Kind::Information); }
-  void ShutDown() noexcept override;
+
+  // Ends a running check silently, and all automatic ones.
+  static constexpr EndStage kEnd = EndStage::Services;
+  void Close() noexcept;
 
  private:
   // The later ones do more.

@@ -30,7 +30,8 @@ void SocketWatches::Want(curl_socket_t socket, int curlPoll) {
   if (curlPoll == CURL_POLL_REMOVE) return LetGo(socket);
   Watch& watch = Find(socket);
   watch.wanted = UvEvents(curlPoll);
-  if (watch.wanted != 0 && watch.wanted != watch.watched) watch.Start(watch.wanted);
+  // Without a watch the transfer ends by its deadline.
+  if (watch.poll && watch.wanted != 0 && watch.wanted != watch.watched) watch.Start(watch.wanted);
 }
 
 void SocketWatches::Close(curl_socket_t socket) {

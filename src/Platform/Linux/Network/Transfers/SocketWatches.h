@@ -5,7 +5,7 @@
 #include <functional>
 #include <unordered_map>
 
-#include "Platform/Linux/Base/UvHandle.h"
+#include "Base/UvHandle.h"
 
 namespace tessaro::platform {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Base/UvHandle.h"
+#include "Base/UvHandle.h"
 #include "Platform/Linux/Network/Transfers/CurlHandles.h"
 #include "Platform/Linux/Network/Transfers/SocketWatches.h"
 #include "Platform/Linux/Network/Transfers/TransferLibrary.h"
