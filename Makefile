@@ -2,7 +2,7 @@
 
 ARGS ?=
 
-.PHONY: help bootstrap build run test bench sanitize lint format clean
+.PHONY: help bootstrap build run test bench sanitize lint check-macos format clean
 
 help:
 	@echo "make run [ARGS=--stay]      take the module through a mail session in the reference host"
@@ -10,6 +10,7 @@ help:
 	@echo "make bench [ARGS=name…]     measure, beside peers"
 	@echo "make sanitize [ARGS=name…]  run the tests under AddressSanitizer and UndefinedBehaviorSanitizer"
 	@echo "make lint | format          check | correct the sources"
+	@echo "make check-macos            compile and link for macOS, without running anything"
 	@echo "make build | clean"
 
 bootstrap:
@@ -36,6 +37,10 @@ lint: bootstrap
 	@scripts/lint form
 	@scripts/build release
 	@scripts/lint tidy
+
+# Compiles, links and audits the module for macOS 11, on both architectures; nothing is run.
+check-macos: bootstrap
+	@node checks/macos/check.js
 
 format: bootstrap
 	@scripts/format

@@ -14,8 +14,8 @@ struct Annotation {
   Kind kind = Kind::Arrow;
   NSPoint start = NSZeroPoint;
   NSPoint end = NSZeroPoint;  // the arrow's head, the opposite corner; of no meaning for a text
-  Ref<NSString> text;
-  Ref<NSImage> blurred;
+  Ref<NSString> text{};
+  Ref<NSImage> blurred{};
 
   [[nodiscard]] NSRect Frame() const;
 };

@@ -38,8 +38,13 @@ void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event);
 // what has been added since.
 void TsSetupAppMenuNeedsUpdateNotification();
 
-// Posts the notifications.
-@interface TsAppMenuDelegate : NSObject
+// Posts the notifications of one menu, and passes on to the menu's previous delegate whatever that understands.
+@interface TsAppMenuDelegate : NSObject {
+  id _previous;
+}
+
+- (instancetype)initWithPrevious:(id)previous;
+- (id)previous;
 
 - (void)menuWillOpen:(NSMenu*)menu;
 - (void)menuDidClose:(NSMenu*)menu;

@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
@@ -160,9 +162,32 @@ class Walk {
   NSMenuItem* item_ = nil;
 };
 
-TsAppMenuDelegate* SharedDelegate() {
-  static const auto delegate = Adopt([[TsAppMenuDelegate alloc] init]);
-  return delegate;
+// The menus whose delegates are ours now. A menu does not retain its delegate.
+struct DelegatedMenu {
+  Ref<NSMenu> menu;
+  Ref<TsAppMenuDelegate> delegate;
+};
+
+std::vector<DelegatedMenu>& DelegatedMenus() {
+  [[clang::no_destroy]] static std::vector<DelegatedMenu> menus;
+  return menus;
+}
+
+void BecomeDelegateOf(NSMenu* menu) {
+  id previous = [menu delegate];
+  if (menu == nil || [previous isKindOfClass:[TsAppMenuDelegate class]]) return;
+  auto delegate = Adopt([[TsAppMenuDelegate alloc] initWithPrevious:previous]);
+  [menu setDelegate:static_cast<id>(delegate.get())];
+  DelegatedMenus().push_back({Retain(menu), std::move(delegate)});
+}
+
+void ReturnDelegatesExceptOf(NSArray* menus) {
+  std::erase_if(DelegatedMenus(), [menus](const DelegatedMenu& each) {
+    if ([menus indexOfObjectIdenticalTo:each.menu] != NSNotFound && [each.menu delegate] == each.delegate.get())
+      return false;
+    if ([each.menu delegate] == each.delegate.get()) [each.menu setDelegate:[each.delegate previous]];
+    return true;
+  });
 }
 
 }  // namespace
@@ -229,21 +254,45 @@ void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event) {
 
 void TsSetupAppMenuNeedsUpdateNotification() {
   NSMenu* mainMenu = [NSApp mainMenu];
-  id delegate = SharedDelegate();
-  [mainMenu setDelegate:delegate];
-  for (NSMenuItem* item in [mainMenu itemArray]) [[item submenu] setDelegate:[mainMenu delegate]];
+  if (mainMenu == nil) return;
+  NSMutableArray* menus = [NSMutableArray arrayWithObject:mainMenu];
+  for (NSMenuItem* item in [mainMenu itemArray]) {
+    if ([item submenu] != nil) [menus addObject:[item submenu]];
+  }
+  ReturnDelegatesExceptOf(menus);
+  for (NSMenu* menu in menus) BecomeDelegateOf(menu);
 }
 
 @implementation TsAppMenuDelegate
 
+- (instancetype)initWithPrevious:(id)previous {
+  self = [super init];
+  if (self != nil) _previous = previous;
+  return self;
+}
+
+- (id)previous {
+  return _previous;
+}
+
+- (BOOL)respondsToSelector:(SEL)selector {
+  return [super respondsToSelector:selector] || [_previous respondsToSelector:selector];
+}
+
+- (id)forwardingTargetForSelector:(SEL)selector {
+  return _previous;
+}
+
 - (void)menuWillOpen:(NSMenu*)menu {
   TsPostAppNeedsUpdateNotification(menu, nil);
+  if ([_previous respondsToSelector:@selector(menuWillOpen:)]) [_previous menuWillOpen:menu];
 }
 
 - (void)menuDidClose:(NSMenu*)menu {
   [[NSNotificationCenter defaultCenter] postNotificationName:kMenuDidClose
                                                       object:menu
                                                     userInfo:[NSDictionary dictionary]];
+  if ([_previous respondsToSelector:@selector(menuDidClose:)]) [_previous menuDidClose:menu];
 }
 
 @end

@@ -2,10 +2,10 @@
 
 // The user's contacts, and the view to pick some of them, as Cocoa's address book has them. For .mm files.
 
-#ifdef GNUSTEP
-#include "Platform/Linux/Contacts/ABAddressBook.h"
-#else
+#ifdef __APPLE__
 #import <AddressBook/AddressBook.h>
+#else
+#include "Platform/Linux/Contacts/ABAddressBook.h"
 #endif
 
 namespace tessaro::platform {

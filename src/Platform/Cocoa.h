@@ -4,7 +4,11 @@
 
 #import <AppKit/AppKit.h>
 
-#ifdef GNUSTEP
+#ifdef __APPLE__
+#import <ScriptingBridge/ScriptingBridge.h>
+
+using TsDraggingItemBlock = void (^)(NSDraggingItem* item, NSInteger index, BOOL* stop);
+#else
 #include "Platform/Linux/AppKit/NSEvent+LocalMonitor.h"
 #include "Platform/Linux/AppKit/NSKeyedUnarchiver+Class.h"
 #include "Platform/Linux/AppKit/NSMenuItem+Hidden.h"
@@ -21,4 +25,7 @@
 #include "Platform/Linux/Scripting/NSScriptObjectSpecifier.h"
 
 #include "Platform/Linux/Scripting/SBApplication.h"
+
+// There are no blocks.
+using TsDraggingItemBlock = void*;
 #endif

@@ -28,4 +28,8 @@ const struct Registration {
 }  // namespace
 
 // An image that is still in memory is not constructed again when it is loaded again. Then the host looks for this.
-NODE_MODULE_INIT(/* exports, module, context */) { InitInContext(exports, module, context, nullptr); }
+// Written without NODE_MODULE_INIT, which casts it to a function of four parameters and registers it once more.
+extern "C" NODE_MODULE_EXPORT void NODE_MODULE_INITIALIZER(v8::Local<v8::Object> exports, v8::Local<v8::Value> self,
+                                                           v8::Local<v8::Context> context) {
+  InitInContext(exports, self, context, nullptr);
+}

@@ -9,7 +9,7 @@
 
 // The toolbar of one window, as script has defined it: makes its items, has script validate them, and tells script of
 // clicks. It lives until its window closes. Main thread only.
-@interface TsToolbarController : NSObject <TsAddTabViewDelegate> {
+@interface TsToolbarController : NSObject <NSToolbarDelegate, TsAddTabViewDelegate> {
   Ref<TsAddTabViewController> _addTabViewController;
   BOOL _isDarkMode;
   NSWindow* _window;

@@ -160,8 +160,10 @@ void SetImage(id owner, NSImage* image) {
 - (NSToolbarItem*)toolbar:(NSToolbar*)toolbar
         itemForItemIdentifier:(NSString*)identifier
     willBeInsertedIntoToolbar:(BOOL)isInserted {
-  if (NSToolbarItem* item = [_toolbarItems objectForKey:identifier]) return item;
   NSDictionary* definition = TsDefinitionWithIdentifier(_toolbarDefinitions, identifier);
+  // A view can't be in the palette and in the bar: the palette gets an item of its own.
+  if (definition != nil && !isInserted) return [self itemOfDefinition:definition].Autoreleased();
+  if (NSToolbarItem* item = [_toolbarItems objectForKey:identifier]) return item;
   if (definition == nil) return nil;
   auto item = [self itemOfDefinition:definition];
   if (TsIsTrue(definition, @"selected?")) [toolbar setSelectedItemIdentifier:identifier];

@@ -98,12 +98,12 @@
 - (void)setNumberOfValidItemsForDrop:(NSInteger)number {
 }
 
-// Untyped, as not every Objective-C has blocks: it is never called.
+// Nothing is dragged that has items to enumerate.
 - (void)enumerateDraggingItemsWithOptions:(NSUInteger)options
                                   forView:(NSView*)view
                                   classes:(NSArray*)classes
                             searchOptions:(NSDictionary*)searchOptions
-                               usingBlock:(void*)block {
+                               usingBlock:(__attribute__((noescape))TsDraggingItemBlock)block {
   TsLogDebug(@"enumerateDraggingItemsWithOptions!");
 }
 

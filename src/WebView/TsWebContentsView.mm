@@ -4,6 +4,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsReplaceMethod.h"
 #import "Extensions/NSPasteboard+TsURL.h"
+#include "Extensions/TsHostClasses.h"
 #include "Platform/Cocoa.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
@@ -42,7 +43,7 @@ NSView* DropTargetAroundFocus(NSWindow* window) {
 }
 
 NSView* DropTargetFromTop(NSWindow* window) {
-  Class inspectable = NSClassFromString(@"BRYInspectableWebContentsView");
+  Class inspectable = TsHostClass(TsHostClassName::InspectableWebContentsView);
   for (NSView* each in [[window contentView] subviews]) {
     if (![each isKindOfClass:inspectable]) continue;
     if (NSView* target = FirstSubviewOfKind(each, WebContentsView())) return target;

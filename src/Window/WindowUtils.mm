@@ -3,8 +3,10 @@
 #import <objc/runtime.h>
 
 #include <chrono>
+#include <string>
 
 #include "Base/TsLog.h"
+#include "Extensions/TsHostClasses.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -112,15 +114,16 @@ Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
 @end
 
 bool TsIsBrowserWindow(id window) {
-  Class browserWindow = NSClassFromString(@"AtomNSWindow");
+  Class browserWindow = TsHostClass(TsHostClassName::Window);
   return browserWindow != Nil && [window isKindOfClass:browserWindow];
 }
 
 void TsInstallDelegateMethods() {
-  Class delegate = NSClassFromString(@"AtomNSWindowDelegate");
+  Class delegate = TsHostClass(TsHostClassName::WindowDelegate);
   if (delegate == Nil) return;
+  const std::string encoding = std::string(@encode(BOOL)) + "@:@@" + @encode(NSPoint) + "@";
   class_addMethod(delegate, @selector(window:shouldDragDocumentWithEvent:from:withPasteboard:),
-                  reinterpret_cast<IMP>(shouldDragDocumentWithEventMethod), "B@:@@{}@");
+                  reinterpret_cast<IMP>(shouldDragDocumentWithEventMethod), encoding.c_str());
 }
 
 void TsListenForWindowNotifications() { [[TsWindowUtils sharedInstance] registerCallbacks]; }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -26,9 +26,14 @@ constexpr std::size_t kLongestRecord = 4 * 1024 * 1024;
 constexpr std::size_t kMostFrames = 512;
 constexpr int kTries = 3;
 
+constexpr std::pair<int, std::string_view> kSignalNames[] = {
+    {SIGABRT, "SIGABRT"}, {SIGBUS, "SIGBUS"}, {SIGFPE, "SIGFPE"},   {SIGILL, "SIGILL"},
+    {SIGSEGV, "SIGSEGV"}, {SIGSYS, "SIGSYS"}, {SIGTRAP, "SIGTRAP"},
+};
+
 std::string NewIdentifier() {
   std::array<unsigned char, 16> bytes{};
-  static_cast<void>(!getrandom(bytes.data(), bytes.size(), 0));
+  arc4random_buf(bytes.data(), bytes.size());
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string identifier;
   for (const unsigned char byte : bytes) identifier.append({kDigits[byte >> 4], kDigits[byte & 15]});
@@ -107,8 +112,10 @@ void ReadLine(std::string_view line, CrashEvent& event) {
 }
 
 std::string SignalName(int signal) {
-  const char* name = sigabbrev_np(signal);
-  return name != nullptr ? std::string("SIG") + name : "signal " + std::to_string(signal);
+  for (const auto& [number, name] : kSignalNames) {
+    if (number == signal) return std::string(name);
+  }
+  return "signal " + std::to_string(signal);
 }
 
 std::string ReadAll(int file) {

@@ -1,7 +1,6 @@
 #include "Platform/FileWriting.h"
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +8,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "Platform/Common/FileDescriptor.h"
@@ -114,7 +114,7 @@ class Replacement {
  private:
   static std::string RandomName() {
     std::uint64_t number = 0;
-    if (getrandom(&number, sizeof number, 0) != sizeof number) number = static_cast<std::uint64_t>(getpid());
+    arc4random_buf(&number, sizeof number);
     std::array<char, 32> name;
     const int length = std::snprintf(name.data(), name.size(), ".new-%016jx", static_cast<std::uintmax_t>(number));
     return {name.data(), static_cast<std::size_t>(length)};

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 namespace tessaro::platform {
 

@@ -12,10 +12,10 @@
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
+#include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Linux/Alerts/AlertFiles.h"
 #include "Platform/Linux/Alerts/DesktopNotifications.h"
 #import "Platform/Linux/Alerts/NSUserNotification+Desktop.h"
-#include "Platform/Linux/Base/AutoreleaseScope.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/SoundPlayer.h"
 #include "Platform/StandardDirectories.h"

@@ -1,4 +1,4 @@
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 #import <Foundation/Foundation.h>
 

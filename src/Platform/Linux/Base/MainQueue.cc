@@ -12,7 +12,7 @@
 
 #include "Base/TsLog.h"
 #include "Base/UvHandle.h"
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 namespace tessaro::platform {
 

@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 namespace tessaro::platform {
 

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 #include "Base/TsLog.h"
 

@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-#include "Platform/Linux/Base/AutoreleaseScope.h"
+#include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Linux/Tray/ImageData.h"
 
 namespace tessaro::platform {

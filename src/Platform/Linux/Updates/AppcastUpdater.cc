@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "Platform/BackgroundQueue.h"
+#include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Common/UpdateAddress.h"
 #include "Platform/Common/VersionOrder.h"
 #include "Platform/FileWriting.h"
-#include "Platform/Linux/Base/AutoreleaseScope.h"
 #include "Platform/Linux/Updates/AppImage.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"

@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
+#include "Platform/Common/CrashHandler.h"
 #include "Platform/Common/CrashRecord.h"
-#include "Platform/Linux/Crashes/CrashHandler.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {

@@ -1,11 +1,7 @@
-#include "Platform/Linux/Crashes/CrashHandler.h"
+#include "Platform/Common/CrashHandler.h"
 
 #include <execinfo.h>
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <ucontext.h>
 #include <unistd.h>
 
 #include <array>
@@ -16,6 +12,8 @@
 #include <cstdint>
 #include <ctime>
 #include <string_view>
+
+#include "Platform/Common/CrashedThread.h"
 
 // Whatever runs once the process has crashed is limited to what a signal's handler may use: system calls, and memory
 // that was there before. The unwinder qualifies, as it finds its tables without a lock since glibc 2.35; elsewhere the
@@ -35,7 +33,7 @@ constexpr timespec kMoment = {0, 50'000'000};
 struct Crash {
   int signal;
   const siginfo_t& information;
-  const ucontext_t& context;
+  const void* context;
 };
 
 // Writes lines through a small buffer. What can't be written is lost: there is nobody to tell.
@@ -118,21 +116,11 @@ class Patience {
   struct sigaction previous_ {};
 };
 
-std::uint64_t ProgramCounter(const ucontext_t& context) {
-#if defined(__x86_64__)
-  return static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]);
-#elif defined(__aarch64__)
-  return context.uc_mcontext.pc;
-#else
-#error "Where is the program counter?"
-#endif
-}
-
 void WriteReason(Writer& writer, const Crash& crash) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  std::array<char, 16> name{};
-  prctl(PR_GET_NAME, name.data());
+  std::array<char, 64> name{};
+  ReadThreadName(name);
   writer.Line("signal", crash.signal);
   writer.Line("code", crash.information.si_code);
   // Signals that somebody has sent have a sender in that place.
@@ -141,12 +129,12 @@ void WriteReason(Writer& writer, const Crash& crash) {
   }
   writer.Line("time", now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
   writer.Line("process", getpid());
-  writer.Line("thread", syscall(SYS_gettid));
+  writer.Line("thread", ThreadIdentifier());
   writer.Line("name", name.data());
 }
 
 void WriteFrames(Writer& writer, const Crash& crash) {
-  const std::uint64_t pc = ProgramCounter(crash.context);
+  const std::uint64_t pc = ProgramCounterOf(crash.context);
   writer.Address("frame", pc);
   writer.Flush();
   std::array<void*, kMostFrames> frames;
@@ -160,18 +148,6 @@ void WriteFrames(Writer& writer, const Crash& crash) {
   }
 }
 
-void WriteMaps(Writer& writer, int file) {
-  writer.Text("maps\n");
-  writer.Flush();
-  const int maps = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
-  if (maps < 0) return;
-  std::array<char, 4096> piece;
-  for (ssize_t length; (length = read(maps, piece.data(), piece.size())) > 0;) {
-    static_cast<void>(!write(file, piece.data(), static_cast<std::size_t>(length)));
-  }
-  close(maps);
-}
-
 // There is one, made when crashes begin to be handled and never destroyed: a handler could be running.
 class CrashHandler {
  public:
@@ -182,6 +158,7 @@ class CrashHandler {
     std::array<void*, 1> frame;
     backtrace(frame.data(), 1);
     PrepareStack();
+    PrepareMemoryMap();
     struct sigaction action {};
     action.sa_sigaction = OnSignal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
@@ -199,7 +176,7 @@ class CrashHandler {
  private:
   static void OnSignal(int signal, siginfo_t* information, void* context) {
     const int error = errno;
-    current.load()->Handle({signal, *information, *static_cast<const ucontext_t*>(context)}, information, context);
+    current.load()->Handle({signal, *information, context}, information, context);
     errno = error;
   }
 
@@ -220,7 +197,9 @@ class CrashHandler {
       Writer writer(record_);
       WriteReason(writer, crash);
       WriteFrames(writer, crash);
-      WriteMaps(writer, record_);
+      writer.Text("maps\n");
+      writer.Flush();
+      WriteMemoryMap(record_);
     }
     isRecorded_ = true;
   }
@@ -231,7 +210,7 @@ class CrashHandler {
       if (kSignals[i] == signal) sigaction(signal, &previous_[i], nullptr);
     }
     const bool isFault = information->si_code > 0 && signal != SIGTRAP && signal != SIGSYS;
-    if (!isFault) syscall(SYS_rt_tgsigqueueinfo, getpid(), syscall(SYS_gettid), signal, information);
+    if (!isFault) SendAgain(signal, *information);
   }
 
   // A stack that has overflowed can't hold the handler. Somebody else may have seen to that.
@@ -241,7 +220,7 @@ class CrashHandler {
         present.ss_size >= kSmallestStack) {
       return;
     }
-    void* memory = mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_STACK, -1, 0);
+    void* memory = mmap(nullptr, kStackSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED) return;
     stack_t stack{};
     stack.ss_sp = memory;

@@ -1,0 +1,5 @@
+#pragma once
+
+#include <AppKit/AppKit.h>
+
+#include "common-cc.h"

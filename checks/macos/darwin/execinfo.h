@@ -1,0 +1,3 @@
+#pragma once
+
+extern "C" int backtrace(void** frames, int count);

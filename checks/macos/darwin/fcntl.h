@@ -1,0 +1,6 @@
+#pragma once
+
+#include_next <fcntl.h>
+#define F_FULLFSYNC 51
+#undef O_PATH
+#undef O_TMPFILE

@@ -1,0 +1,3 @@
+#pragma once
+
+#error "this is Linux's"

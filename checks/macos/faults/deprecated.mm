@@ -1,0 +1,4 @@
+// deprecated: NSGeneralPboard
+#import <AppKit/AppKit.h>
+
+NSString* Old() { return NSGeneralPboard; }

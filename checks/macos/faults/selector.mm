@@ -1,0 +1,4 @@
+// undeclared selector: aplicationDockMenu:
+#import <AppKit/AppKit.h>
+
+SEL Misspelt() { return @selector(aplicationDockMenu:); }

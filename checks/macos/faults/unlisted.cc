@@ -1,0 +1,4 @@
+// not on any list: _gettid
+extern "C" int gettid();
+
+int Caller() { return gettid(); }

@@ -1,0 +1,6 @@
+// unwritten: tessaro::platform::NobodyHasWrittenThis()
+namespace tessaro::platform {
+void NobodyHasWrittenThis();
+}  // namespace tessaro::platform
+
+void Caller() { tessaro::platform::NobodyHasWrittenThis(); }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <span>
+
+// What only the system knows of a thread that has crashed. Unless said otherwise, safe in a signal's handler.
+namespace tessaro::platform {
+
+// Where a signal came, from the context that its handler has been given.
+[[nodiscard]] std::uint64_t ProgramCounterOf(const void* context) noexcept;
+
+// The system's number for the calling thread.
+[[nodiscard]] std::int64_t ThreadIdentifier() noexcept;
+
+// `name` ends with a NUL; it stays empty where the thread has none.
+void ReadThreadName(std::span<char> name) noexcept;
+
+// Sends a signal that has been sent to the calling thread once more, to whoever handles it now.
+void SendAgain(int signal, siginfo_t& information) noexcept;
+
+// To be called before a crash: what WriteMemoryMap() can't find out then.
+void PrepareMemoryMap() noexcept;
+
+// Writes which files' code is where: lines of "START-END PERMISSIONS OFFSET DEVICE INODE PATH".
+void WriteMemoryMap(int file) noexcept;
+
+}  // namespace tessaro::platform

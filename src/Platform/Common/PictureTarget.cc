@@ -1,0 +1,69 @@
+#include "Platform/Common/PictureTarget.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <system_error>
+
+namespace tessaro::platform {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The first entry of a format has its usual extension.
+constexpr std::array kFormats = {
+    PictureFormat{".jpg", "jpeg"},        PictureFormat{".jpeg", "jpeg"},
+    PictureFormat{".png", "png", true},   PictureFormat{".gif", "gif", true, true},
+    PictureFormat{".tiff", "tiff", true}, PictureFormat{".tif", "tiff", true},
+};
+
+const PictureFormat* FormatOfExtension(const fs::path& path) {
+  std::string extension = path.extension().native();
+  for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const auto* found = std::find_if(kFormats.begin(), kFormats.end(),
+                                   [&extension](const PictureFormat& each) { return each.extension == extension; });
+  return found != kFormats.end() ? found : nullptr;
+}
+
+const PictureFormat* FormatNamed(std::string_view name) {
+  const auto* found =
+      std::find_if(kFormats.begin(), kFormats.end(), [name](const PictureFormat& each) { return each.name == name; });
+  return found != kFormats.end() ? found : nullptr;
+}
+
+fs::path UniquePath(const fs::path& wanted) {
+  fs::path path = wanted;
+  std::error_code error;
+  for (int number = 2; fs::exists(fs::symlink_status(path, error)); ++number) {
+    path.replace_filename(wanted.stem().native() + " " + std::to_string(number) + wanted.extension().native());
+  }
+  return path;
+}
+
+}  // namespace
+
+PictureTarget PictureTargetOf(const fs::path& source, const fs::path& target, std::string_view sourceFormat,
+                              bool isPhoto) {
+  const PictureFormat* kept = FormatNamed(sourceFormat);
+  if (kept == nullptr) kept = FormatNamed(isPhoto ? "jpeg" : "png");
+  std::error_code error;
+  if (!fs::is_directory(target, error)) {
+    const PictureFormat* wanted = FormatOfExtension(target);
+    return {target, wanted != nullptr ? wanted : kept};
+  }
+  fs::path name = source.filename();
+  const PictureFormat* named = FormatOfExtension(name);
+  if (named == nullptr || named->name != kept->name) name.replace_extension(kept->extension);
+  return {UniquePath(target / name), kept};
+}
+
+PictureSize SizeWithin(PictureSize size, int maxWidth, int maxHeight) {
+  double scale = 1;
+  if (maxWidth > 0 && size.width > 0) scale = std::min(scale, static_cast<double>(maxWidth) / size.width);
+  if (maxHeight > 0 && size.height > 0) scale = std::min(scale, static_cast<double>(maxHeight) / size.height);
+  const auto scaled = [scale](int length) { return std::max(1, static_cast<int>(std::lround(length * scale))); };
+  return {scaled(size.width), scaled(size.height)};
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,8 @@
+#include "Platform/AppKit.h"
+
+// AppKit is complete here: the functions that complete it on other systems have nothing to do.
+namespace tessaro::platform {
+
+void CompleteAppKit() {}
+
+}  // namespace tessaro::platform
