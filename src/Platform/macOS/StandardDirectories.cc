@@ -5,14 +5,14 @@
 
 #include <cstdlib>
 
-// The places that macOS names for them, from the password database: HOME may be another's under sudo. Any thread.
+// The places that macOS has for them, below HOME, or below what the password database says. Any thread.
 namespace tessaro::platform {
 
 std::filesystem::path HomeDirectory() {
-  const passwd* user = getpwuid(getuid());
-  if (user != nullptr && user->pw_dir != nullptr && *user->pw_dir != '\0') return user->pw_dir;
   const char* home = std::getenv("HOME");
-  return home != nullptr && *home != '\0' ? home : "/";
+  if (home != nullptr && *home == '/') return home;
+  const passwd* user = getpwuid(getuid());
+  return user != nullptr && user->pw_dir != nullptr && *user->pw_dir == '/' ? user->pw_dir : "/";
 }
 
 std::filesystem::path LogDirectory(std::string_view applicationName) {
