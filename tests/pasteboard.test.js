@@ -14,7 +14,7 @@ const session = useSession();
 
 const selection = ['-selection', 'clipboard'];
 
-/** Another program at the same clipboard. It owns what it has put there until the test ends, or somebody else does. */
+/** Another program at the same clipboard. It owns what it has put there until the test ends, or another program takes over. */
 async function putByXclip(t, content, target = 'UTF8_STRING') {
   const child = spawn('xclip', [...selection, '-i', '-quiet', '-t', target], {
     env: { ...process.env, ...session.env },
@@ -49,7 +49,7 @@ const prelude = `
 
 const inSession = (t, source) => evaluate(t, `${prelude}\n${source}`, { env: session.env });
 
-test('a snapshot is taken once, survives what comes after it, and is put back once', async (t) => {
+test('a snapshot is taken once, survives later contents, and is restored once', async (t) => {
   await putByXclip(t, 'Grüße 😀\nfrom another program');
   const seen = await inSession(
     t,
@@ -57,31 +57,33 @@ test('a snapshot is taken once, survives what comes after it, and is put back on
      menus.putOnPasteboard(JSON.stringify({ text: 'of the module' }));
      seen.push(m.saveGeneralPasteboard(), m.getValueOfPasteboardType('NSStringPboardType'));
      seen.push(m.restoreGeneralPasteboard(), m.restoreGeneralPasteboard(), m.getValueOfPasteboardType('NSStringPboardType'));
-     console.log(JSON.stringify(seen));`,
+     execFile('xclip', ['-selection', 'clipboard', '-o', '-t', 'UTF8_STRING'], (error, out) => {
+       console.log(JSON.stringify([...seen, out]));
+       process.exit();
+     });`,
   );
-  const text = JSON.stringify(['Grüße 😀\nfrom another program']);
-  assert.deepStrictEqual(seen, [false, true, false, '["of the module"]', true, false, text]);
-  assert.strictEqual(readByXclip().toString(), 'Grüße 😀\nfrom another program');
+  const text = 'Grüße 😀\nfrom another program';
+  assert.deepStrictEqual(seen, [false, true, false, '["of the module"]', true, false, JSON.stringify([text]), text]);
 });
 
-test('all types come back byte by byte, files one by one', async (t) => {
+test('a snapshot of the application’s own contents restores every type, byte by byte', async (t) => {
+  const types = { a: '', b: 'AAH+/w==', 'public.html': 'PGI+' };
   const seen = await inSession(
     t,
-    `const types = () => JSON.parse(menus.pasteboardTypes('null'));
-     const seen = [];
-     for (const content of [{ types: { b: 'AAH+/w==', a: '', 'public.html': 'PGI+' } }, { files: ['/tmp/a b', '/tmp/%41'] }, { types: {} }]) {
+    `const seen = [];
+     for (const content of [{ types: ${JSON.stringify(types)} }, { files: ['/tmp/a b', '/tmp/%41'] }, { types: {} }]) {
        menus.putOnPasteboard(JSON.stringify(content));
-       const before = types();
        seen.push(m.saveGeneralPasteboard());
        menus.putOnPasteboard(JSON.stringify({ text: 'between' }));
-       seen.push(m.restoreGeneralPasteboard(), JSON.stringify(types()) === JSON.stringify(before), before.length);
+       seen.push(m.restoreGeneralPasteboard(), JSON.parse(menus.pasteboardTypes('null')), m.getValueOfPasteboardType('public.file-url'));
      }
-     menus.putOnPasteboard(JSON.stringify({ files: ['/tmp/a b', '/tmp/%41'] }));
-     seen.push(m.getValueOfPasteboardType('public.file-url'));
      console.log(JSON.stringify(seen));`,
   );
+  const [[fileType]] = seen[6];
   const files = JSON.stringify(['file:///tmp/a%20b', 'file:///tmp/%2541']);
-  assert.deepStrictEqual(seen, [true, true, true, 3, true, true, true, 1, true, true, true, 0, files]);
+  assert.deepStrictEqual(seen.slice(0, 5), [true, true, Object.entries(types), '[]', true]);
+  assert.deepStrictEqual([fileType, seen[7]], ['NSFilenamesPboardType', files]);
+  assert.deepStrictEqual(seen.slice(8), [true, true, [], '[]']);
 });
 
 test('64 MiB come back whole, and go to other programs in pieces', async (t) => {
@@ -110,6 +112,10 @@ test('what other programs copy is saved and restored byte by byte', async (t) =>
     ['image/jpeg', 'public.jpeg', Buffer.from([0xff, 0xd8, 0, 10, 255])],
     ['application/x-of-its-own', 'application/x-of-its-own', Buffer.from([0, 1, 2])],
     ['text/uri-list', 'text/uri-list', Buffer.from('file:///tmp/a%20b\r\nhttps://a.example/\r\n')],
+    ['UTF8_STRING', 'UTF8_STRING', Buffer.from('\ufeffwith a byte order mark')],
+    ['UTF8_STRING', 'UTF8_STRING', Buffer.from([0x61, 0xff, 0xc3, 0x28, 0x62])],
+    ['UTF8_STRING', 'UTF8_STRING', Buffer.alloc(0)],
+    ['STRING', 'STRING', Buffer.from([0x47, 0x72, 0xfc, 0xdf, 0x65])],
   ];
   for (const [target, type, bytes] of table) {
     const owner = await putByXclip(t, bytes, target);
@@ -134,13 +140,15 @@ test('what other programs copy is saved and restored byte by byte', async (t) =>
   }
 });
 
-test('files that a file manager copies are items', async (t) => {
-  await putByXclip(t, Buffer.from('file:///tmp/a%20b\r\nfile:///tmp/%2541\r\n'), 'text/uri-list');
+test('files of this machine that a file manager copies are items', async (t) => {
+  const list =
+    'file:///tmp/a%20b\r\n#file:///no\r\nfile://elsewhere/no\r\nhttps://a.example/\r\nfile://localhost/tmp/%2541\r\n';
+  await putByXclip(t, Buffer.from(list), 'text/uri-list');
   const seen = await inSession(t, "console.log(m.getValueOfPasteboardType('public.file-url'));");
   assert.deepStrictEqual(seen, ['file:///tmp/a%20b', 'file:///tmp/%2541']);
 });
 
-test('what is provided later is provided when another program asks, and once', async (t) => {
+test('data with a provider are provided on the first request, once', async (t) => {
   const seen = await inSession(
     t,
     `const seen = [menus.offerLazily('null')];
@@ -195,7 +203,7 @@ test('the contents of image files', async (t) => {
   ]);
 });
 
-test('the find string is everybody’s', async (t) => {
+test('the find string is shared by all applications', async (t) => {
   const [first] = await inSession(
     t,
     `m.setFindStringToPasteboard('nä\\0chste 😀');
@@ -205,7 +213,7 @@ test('the find string is everybody’s', async (t) => {
   assert.deepStrictEqual([first, second], ['nä\0chste 😀', 'nä\0chste 😀']);
 });
 
-test('values of a type nobody has, and a program that doesn’t answer', async (t) => {
+test('a program that does not answer leaves the clipboard unread, in a bounded time', async (t) => {
   const owner = await putByXclip(t, 'from a program that hangs');
   owner.kill('SIGSTOP');
   const start = Date.now();
@@ -215,10 +223,10 @@ test('values of a type nobody has, and a program that doesn’t answer', async (
        m.saveGeneralPasteboard()]));`,
   );
   assert.deepStrictEqual(seen, [null, null, false]);
-  assert.ok(Date.now() - start < 30000);
+  assert.ok(Date.now() - start < 15000);
 });
 
-test('a program that ends while it is asked', async (t) => {
+test('a program that ends while it is read fails the snapshot at once', async (t) => {
   const owner = await putByXclip(t, 'from a program that ends');
   owner.kill('SIGSTOP');
   const asking = startScript(
@@ -230,12 +238,11 @@ test('a program that ends while it is asked', async (t) => {
     { env: session.env },
   );
   await eventually(() => asking.output.stdout.startsWith('asking'), 'the question');
-  await new Promise((resolve) => setTimeout(resolve, 200));
   owner.kill('SIGKILL');
   await asking.printed('asking [false,true]');
 });
 
-test('addresses are written in all forms that others take', async (t) => {
+test('addresses are written in all forms that other programs take', async (t) => {
   const seen = await inSession(
     t,
     `const seen = [[['https://a.example/?q=1'], ['Tïtle']], [['https://a.example/', 'https://b.example/'], null], [[], null]].map(

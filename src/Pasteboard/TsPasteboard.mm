@@ -1,17 +1,16 @@
 #include "Pasteboard/TsPasteboard.h"
 
-#include <utility>
-
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Platform/Cocoa.h"
 
 namespace {
 
-// nil while nothing is saved; an empty pasteboard counts as something.
+// nil without a snapshot; that of an empty pasteboard is an empty array.
 Ref<NSArray>& TsSavedPasteboard() {
-  static Ref<NSArray> items;
-  return items;
+  static Forever<Ref<NSArray>> items;
+  return *items;
 }
 
 Ref<NSPasteboardItem> CopyItem(NSPasteboardItem* item) {
@@ -28,7 +27,7 @@ NSString* TypeOfImageFile(NSString* path) {
   return [types objectForKey:[[path pathExtension] lowercaseString]];
 }
 
-// Reading anything but a file, as a pipe, could take for ever.
+// Reading a pipe or a device could block.
 NSData* ContentsOfFile(NSString* path) {
   NSString* file = [path stringByResolvingSymlinksInPath];
   NSDictionary* attributes = [[NSFileManager defaultManager] attributesOfItemAtPath:file error:nullptr];
@@ -46,7 +45,7 @@ bool TsSavePasteboard(NSPasteboard* pasteboard) {
   }
   auto items = Adopt([[NSMutableArray alloc] init]);
   for (NSPasteboardItem* item in [pasteboard pasteboardItems]) [items addObject:CopyItem(item)];
-  TsSavedPasteboard() = Retain<NSArray>(items);
+  TsSavedPasteboard() = items;
   return true;
 }
 

@@ -7,11 +7,11 @@
 // Data as base64 by type.
 void PutTypesOnPasteboard(NSDictionary* types);
 
-[[nodiscard]] id PasteboardTypes(id);
-[[nodiscard]] id LargeValueSurvives(id description);
-[[nodiscard]] id PutURLs(id lists);
-[[nodiscard]] id TypesOnPasteboard(id);
+[[nodiscard]] id pasteboardTypes(id);
+[[nodiscard]] id largeValueSurvives(id description);
+[[nodiscard]] id putURLs(id lists);
+[[nodiscard]] id typesOnPasteboard(id);
 
 // A picture and HTML that are provided only when somebody wants them, and how often that was.
-[[nodiscard]] id OfferLazily(id);
-[[nodiscard]] id TimesProvided(id);
+[[nodiscard]] id offerLazily(id);
+[[nodiscard]] id timesProvided(id);

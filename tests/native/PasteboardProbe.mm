@@ -1,14 +1,14 @@
 #include "PasteboardProbe.h"
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #import "Extensions/NSPasteboard+TsURL.h"
 #include "Pasteboard/TsPasteboard.h"
 #include "Platform/Cocoa.h"
+#include "Probe.h"
 
 namespace {
 
 NSPasteboard* General() { return [NSPasteboard generalPasteboard]; }
-
-id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
 NSString* TextFor(NSString* type) {
   NSData* data = [General() dataForType:type];
@@ -38,18 +38,18 @@ NSString* TextFor(NSString* type) {
 @end
 
 static TsProbeProvider* Provider() {
-  static const Ref<TsProbeProvider>& provider = *new Ref<TsProbeProvider>(Adopt([[TsProbeProvider alloc] init]));
-  return provider;
+  static Forever<Ref<TsProbeProvider>> provider(Adopt([[TsProbeProvider alloc] init]));
+  return provider->get();
 }
 
-id OfferLazily(id) {
+id offerLazily(id) {
   [General() declareTypes:@[ @"public.png", @"public.html" ] owner:Provider()];
   return @[];
 }
 
-id TimesProvided(id) { return @[ @([Provider() times]) ]; }
+id timesProvided(id) { return @[ @([Provider() times]) ]; }
 
-id TypesOnPasteboard(id) {
+id typesOnPasteboard(id) {
   NSMutableArray* types = [NSMutableArray array];
   NSArray* remote = [General() types];
   for (NSUInteger i = 0; i < [remote count]; ++i) [types addObject:[remote objectAtIndex:i]];
@@ -64,7 +64,7 @@ void PutTypesOnPasteboard(NSDictionary* types) {
   }
 }
 
-id PasteboardTypes(id) {
+id pasteboardTypes(id) {
   NSMutableArray* types = [NSMutableArray array];
   NSArray* remote = [General() types];
   for (NSUInteger i = 0; i < [remote count]; ++i) {
@@ -74,7 +74,7 @@ id PasteboardTypes(id) {
   return types;
 }
 
-id LargeValueSurvives(id description) {
+id largeValueSurvives(id description) {
   auto data = Adopt([[NSMutableData alloc] initWithLength:[[description objectForKey:@"bytes"] unsignedIntegerValue]]);
   auto* bytes = static_cast<unsigned char*>([data mutableBytes]);
   for (NSUInteger i = 0; i < [data length]; ++i) bytes[i] = static_cast<unsigned char>(i * 31 >> 3);
@@ -87,7 +87,7 @@ id LargeValueSurvives(id description) {
   return @[ [NSNumber numberWithBool:isSaved && isRestored && isSame] ];
 }
 
-id PutURLs(id lists) {
+id putURLs(id lists) {
   id titles = [lists objectAtIndex:1];
   [General() ts_declareURLPasteboardWithAdditionalTypes:@[ @"org.tessaro.more" ] owner:nil];
   [General() ts_setURLs:[lists objectAtIndex:0] withTitles:titles == [NSNull null] ? nil : titles];

@@ -10,37 +10,33 @@
 
 namespace tessaro::platform {
 
-// What this process offers as the X server's clipboard. Main thread only: other programs are answered from a copy, and
-// what that lacks is asked for here.
+constexpr char kClipboard[] = "CLIPBOARD";
+
+// What this process has put on the clipboard. Main thread only: other programs are served from a copy, and the main
+// thread is asked only for what that lacks.
 class ClipboardOffer {
  public:
-  // Takes the clipboard; nothing without a display. `owner`, which may be nil, provides what isn't set when somebody
-  // asks for it.
+  // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
+  // `owner`, which may be nil, provides data that aren't set when they are first asked for.
   [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner);
 
-  // Whether no other program has taken it since.
+  // Whether no other program has taken the clipboard since.
   [[nodiscard]] bool IsCurrent() const;
-
-  // Waits until another program has asked what there is, for half a second at most.
-  void WaitUntilListed();
-
-  // Gives the clipboard up, if this is it still.
-  void Withdraw();
 
   [[nodiscard]] NSArray* types() const { return types_; }
 
   // False for a type that has not been declared.
   [[nodiscard]] bool Set(NSString* type, NSData* data);
 
-  // Asks the owner where it must; nil when nobody has any.
+  // Asks the owner for what is not set; nil when the owner has none either.
   [[nodiscard]] NSData* Get(NSString* type);
 
   ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner);
 
  private:
-  class Copy;
+  class Copies;
 
-  // Has the owner provide all that gives the target.
+  // Has the owner provide all types that give the target.
   void Provide(const std::string& target);
   void AskOwner(NSString* type);
   void Lose();
@@ -49,7 +45,7 @@ class ClipboardOffer {
   Ref<NSArray> types_;
   Ref<NSObject> owner_;
   Ref<NSMutableDictionary> values_;  // data by type
-  std::shared_ptr<Copy> copy_;
+  std::shared_ptr<Copies> copies_;
   bool isCurrent_ = true;
 };
 

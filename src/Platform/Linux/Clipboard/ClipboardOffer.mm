@@ -3,25 +3,19 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <utility>
 #include <vector>
 
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
-#include "Platform/Linux/Clipboard/SelectionServer.h"
+#include "Platform/Linux/Clipboard/Selections.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
 
 namespace {
-
-constexpr char kClipboard[] = "CLIPBOARD";
-constexpr auto kListingDeadline = std::chrono::milliseconds(500);
 
 std::vector<std::string> TargetsOf(NSArray* types) {
   std::vector<std::string> targets;
@@ -35,37 +29,24 @@ std::vector<std::string> TargetsOf(NSArray* types) {
 
 }  // namespace
 
-// What other programs get, on the selection server's thread.
-class ClipboardOffer::Copy {
+// What other programs get, by target; shared with the selections' thread.
+class ClipboardOffer::Copies {
  public:
   void Set(const std::string& target, std::string bytes) {
     const std::lock_guard lock(mutex_);
-    contents_[target] = std::make_shared<const std::string>(std::move(bytes));
+    bytes_[target] = std::make_shared<const std::string>(std::move(bytes));
   }
 
-  [[nodiscard]] std::optional<SelectionServer::Contents> Get(const std::string& target) const {
+  // Null when there is none.
+  [[nodiscard]] SelectionOffer::Bytes Get(const std::string& target) const {
     const std::lock_guard lock(mutex_);
-    const auto found = contents_.find(target);
-    if (found == contents_.end()) return std::nullopt;
-    return SelectionServer::Contents{target, found->second};
-  }
-
-  void NoteListed() {
-    const std::lock_guard lock(mutex_);
-    isListed_ = true;
-    listed_.notify_all();
-  }
-
-  void WaitUntilListed() {
-    std::unique_lock lock(mutex_);
-    listed_.wait_for(lock, kListingDeadline, [this] { return isListed_; });
+    const auto found = bytes_.find(target);
+    return found == bytes_.end() ? nullptr : found->second;
   }
 
  private:
   mutable std::mutex mutex_;
-  std::condition_variable listed_;
-  bool isListed_ = false;
-  std::map<std::string, std::shared_ptr<const std::string>> contents_;  // by target
+  std::map<std::string, SelectionOffer::Bytes> bytes_;
 };
 
 ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner)
@@ -73,38 +54,32 @@ ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owne
       types_(Adopt([[NSArray alloc] initWithArray:types copyItems:YES])),
       owner_(Retain(static_cast<NSObject*>(owner))),
       values_(Adopt([[NSMutableDictionary alloc] init])),
-      copy_(std::make_shared<Copy>()) {}
+      copies_(std::make_shared<Copies>()) {}
 
 std::shared_ptr<ClipboardOffer> ClipboardOffer::Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
   auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
-  // Only the main thread may hold the offer itself: its end is the end of Cocoa's objects.
+  if (!Selections::Shared().IsAvailable()) return offer;
+  // Only the main thread may own the offer: with it Cocoa's objects end.
   const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
     MainQueue::Shared().Post([weak, task = std::move(task)] {
       if (const auto current = weak.lock()) task(*current);
     });
   };
-  const auto provide = [copy = offer->copy_, onMainThread](const std::string& target,
-                                                           const SelectionServer::Answer& answer) {
-    if (auto contents = copy->Get(target)) return answer(std::move(contents));
-    onMainThread([copy, target, answer](ClipboardOffer& current) {
+  const auto provide = [copies = offer->copies_, onMainThread](const std::string& target,
+                                                               const SelectionOffer::Reply& reply) {
+    if (auto bytes = copies->Get(target)) return reply(std::move(bytes));
+    onMainThread([copies, target, reply](ClipboardOffer& current) {
       current.Provide(target);
-      answer(copy->Get(target));
+      reply(copies->Get(target));
     });
   };
-  const auto listed = [copy = offer->copy_] { copy->NoteListed(); };
   const auto lost = [onMainThread] { onMainThread(&ClipboardOffer::Lose); };
-  if (!SelectionServer::Shared().Take(kClipboard, {TargetsOf(types), provide, listed, lost})) return nullptr;
+  if (!Selections::Shared().Take(kClipboard, {TargetsOf(types), provide, lost})) return nullptr;
   return offer;
 }
 
-bool ClipboardOffer::IsCurrent() const { return isCurrent_ && SelectionServer::Shared().Owns(kClipboard); }
-
-void ClipboardOffer::WaitUntilListed() { copy_->WaitUntilListed(); }
-
-void ClipboardOffer::Withdraw() {
-  if (!IsCurrent()) return;
-  isCurrent_ = false;
-  SelectionServer::Shared().GiveUp(kClipboard);
+bool ClipboardOffer::IsCurrent() const {
+  return isCurrent_ && (!Selections::Shared().IsAvailable() || Selections::Shared().Owns(kClipboard));
 }
 
 bool ClipboardOffer::Set(NSString* type, NSData* data) {
@@ -113,7 +88,7 @@ bool ClipboardOffer::Set(NSString* type, NSData* data) {
   if (data != nil) AddTargets(type, data, targets);
   auto value = Adopt(data != nil ? static_cast<NSData*>([data copy]) : [[NSData alloc] init]);
   [values_ setObject:value forKey:type];
-  for (auto& [target, bytes] : targets) copy_->Set(target, std::move(bytes));
+  for (auto& [target, bytes] : targets) copies_->Set(target, std::move(bytes));
   return true;
 }
 

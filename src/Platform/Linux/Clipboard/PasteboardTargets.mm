@@ -52,9 +52,8 @@ bool Contains(const std::array<std::string_view, size>& names, std::string_view 
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-NSString* Text(std::string_view bytes, NSStringEncoding encoding) {
-  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data() length:bytes.size() encoding:encoding]);
-  return text.Autoreleased();
+NSString* Decoded(std::string_view bytes, NSStringEncoding encoding) {
+  return Adopt([[NSString alloc] initWithBytes:bytes.data() length:bytes.size() encoding:encoding]).Autoreleased();
 }
 
 std::string Bytes(NSData* data) { return {static_cast<const char*>([data bytes]), [data length]}; }
@@ -68,8 +67,7 @@ NSData* Serialized(id propertyList) {
 template <typename Kind>
 Kind* Deserialized(NSData* data) {
   @try {
-    id value = [NSDeserializer deserializePropertyListFromData:data mutableContainers:NO];
-    return [value isKindOfClass:[Kind class]] ? value : nil;
+    return As<Kind>([NSDeserializer deserializePropertyListFromData:data mutableContainers:NO]);
   } @catch (NSException*) {
     return nil;
   }
@@ -78,26 +76,22 @@ Kind* Deserialized(NSData* data) {
 // Any program may have put anything there.
 NSArray* StringsOf(id value) {
   NSMutableArray* strings = [NSMutableArray array];
-  if (![value isKindOfClass:[NSArray class]]) return strings;
-  for (id each in static_cast<NSArray*>(value)) {
-    if ([each isKindOfClass:[NSString class]]) [strings addObject:each];
+  for (id each in As<NSArray>(value)) {
+    if (NSString* string = As<NSString>(each)) [strings addObject:string];
   }
   return strings;
 }
 
 // ---- Texts
 
-void AddText(NSString* text, TargetContents& contents) {
-  if (text == nil) return;
-  const std::string utf8 = UTF8(text);
-  for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) contents.emplace(target, utf8);
-  if (NSData* latin1 = [text dataUsingEncoding:NSISOLatin1StringEncoding]) contents.emplace(kLatin1Text, Bytes(latin1));
-}
+bool IsLatin1(std::string_view target) { return target == kLatin1Text || target == "TEXT"; }
 
-NSString* TextOfTarget(const std::string& target, const std::string& bytes) {
-  const bool isLatin1 = target == kLatin1Text || target == "TEXT";
-  NSString* text = isLatin1 ? nil : Text(bytes, NSUTF8StringEncoding);
-  return text != nil ? text : Text(bytes, NSISOLatin1StringEncoding);
+// The bytes are UTF-8, or are meant to be.
+void AddText(NSData* data, TargetContents& contents) {
+  const std::string utf8 = Bytes(data);
+  for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) contents.emplace(target, utf8);
+  NSData* latin1 = [Decoded(utf8, NSUTF8StringEncoding) dataUsingEncoding:NSISOLatin1StringEncoding];
+  if (latin1 != nil) contents.emplace(kLatin1Text, Bytes(latin1));
 }
 
 // ---- Addresses and files
@@ -128,25 +122,31 @@ void AddPageAddresses(NSArray* urlsAndTitles, TargetContents& contents) {
   AddURIs(urls, contents);
 }
 
+NSArray* URLsOfList(const std::string& list) {
+  NSMutableArray* urls = [NSMutableArray array];
+  NSCharacterSet* space = [NSCharacterSet whitespaceAndNewlineCharacterSet];
+  for (NSString* line in [Decoded(list, NSUTF8StringEncoding) componentsSeparatedByString:@"\n"]) {
+    if ([line hasPrefix:@"#"]) continue;
+    if (NSURL* url = [NSURL URLWithString:[line stringByTrimmingCharactersInSet:space]]) [urls addObject:url];
+  }
+  return urls;
+}
+
+bool IsOfThisMachine(NSURL* url) {
+  NSString* host = [url host];
+  const bool isLocal = [host length] == 0 || [host isEqualToString:@"localhost"];
+  return [url isFileURL] && isLocal && [[url path] isAbsolutePath];
+}
+
 NSArray* FilesOfURIList(const std::string& list) {
   NSMutableArray* paths = [NSMutableArray array];
-  for (NSString* line in [Text(list, NSUTF8StringEncoding) componentsSeparatedByString:@"\n"]) {
-    NSCharacterSet* space = [NSCharacterSet whitespaceAndNewlineCharacterSet];
-    NSURL* url = [NSURL URLWithString:[line stringByTrimmingCharactersInSet:space]];
-    if ([url isFileURL] && [[url path] length] > 0) [paths addObject:[url path]];
+  for (NSURL* url in URLsOfList(list)) {
+    if (IsOfThisMachine(url)) [paths addObject:[url path]];
   }
   return [paths count] > 0 ? paths : nil;
 }
 
 }  // namespace
-
-bool IsForOtherPrograms(NSString* type) {
-  const bool isOfServer = [type isEqualToString:NSTIFFPboardType] || [type isEqualToString:NSRTFPboardType];
-  if (isOfServer) return false;
-  const auto found = std::find_if(kTable.begin(), kTable.end(),
-                                  [type](const TypeAndTarget& each) { return [each.type isEqualToString:type]; });
-  return found != kTable.end() || [type rangeOfString:@"/"].location != NSNotFound;
-}
 
 std::vector<std::string> TargetsOfType(NSString* type) {
   if ([type isEqualToString:NSStringPboardType]) return {kTextTargets.begin(), kTextTargets.end()};
@@ -160,7 +160,7 @@ std::vector<std::string> TargetsOfType(NSString* type) {
 }
 
 void AddTargets(NSString* type, NSData* data, TargetContents& contents) {
-  if ([type isEqualToString:NSStringPboardType]) return AddText(Deserialized<NSString>(data), contents);
+  if ([type isEqualToString:NSStringPboardType]) return AddText(data, contents);
   if ([type isEqualToString:NSFilenamesPboardType]) return AddFiles(StringsOf(Deserialized<NSArray>(data)), contents);
   if ([type isEqualToString:NSURLPboardType]) {
     NSString* url = Deserialized<NSString>(data);
@@ -179,23 +179,33 @@ NSArray* TypesOfTargets(const std::vector<std::string>& targets) {
   };
   for (const std::string& target : targets) {
     if (Contains(kNoContents, target)) continue;
-    if (Contains(kTextTargets, target)) {
-      add(NSStringPboardType);
-      continue;
-    }
     const auto found =
         std::find_if(kTable.begin(), kTable.end(), [&target](const auto& each) { return each.target == target; });
+    if (Contains(kTextTargets, target)) add(NSStringPboardType);
     if (target == kURIList) add(NSFilenamesPboardType);
-    NSString* name = found != kTable.end() ? found->type : Text(target, NSUTF8StringEncoding);
+    NSString* name = found != kTable.end() ? found->type : Decoded(target, NSUTF8StringEncoding);
     if (name != nil) add(name);
   }
   return types;
 }
 
 NSData* DataOfTarget(NSString* type, const std::string& target, const std::string& bytes) {
-  if ([type isEqualToString:NSStringPboardType]) return Serialized(TextOfTarget(target, bytes));
   if ([type isEqualToString:NSFilenamesPboardType]) return Serialized(FilesOfURIList(bytes));
+  if ([type isEqualToString:NSURLPboardType]) {
+    NSArray* urls = URLsOfList(bytes);
+    return [urls count] > 0 ? Serialized([[urls objectAtIndex:0] absoluteString]) : nil;
+  }
+  if ([type isEqualToString:NSStringPboardType] && IsLatin1(target)) {
+    return [Decoded(bytes, NSISOLatin1StringEncoding) dataUsingEncoding:NSUTF8StringEncoding];
+  }
   return [NSData dataWithBytes:bytes.data() length:bytes.size()];
+}
+
+NSString* TextOfData(NSData* data) {
+  if (data == nil) return nil;
+  const std::string bytes = Bytes(data);
+  NSString* text = Decoded(bytes, NSUTF8StringEncoding);
+  return text != nil ? text : Decoded(bytes, NSISOLatin1StringEncoding);
 }
 
 }  // namespace tessaro::platform

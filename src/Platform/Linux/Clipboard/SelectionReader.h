@@ -1,51 +1,73 @@
 #pragma once
 
-#include <optional>
+#include <chrono>
+#include <functional>
+#include <list>
 #include <string>
-#include <vector>
 
-#include "Platform/Linux/Base/XConnection.h"
+#include "Base/Result.h"
+#include "Platform/Linux/Clipboard/XConnection.h"
 
 namespace tessaro::platform {
 
-// Fetches what other programs offer as a selection of the X server: its clipboard, what is being dragged. Calls wait
-// for the other program, some seconds at most. One thread at a time.
+enum SelectionFailure : int {
+  kRefused = 1,  // the owner doesn't have the target, or there is no owner
+  kNoAnswer,     // the owner hangs, sends too much, or went away
+};
+
+struct SelectionLimits {
+  std::chrono::milliseconds answer{1500};  // for each step of the owner's
+  std::chrono::milliseconds whole{10000};
+  std::size_t bytes = std::size_t{512} << 20;
+};
+
+// Reads selections of other programs. On the thread of the connection's events only, which it never blocks.
 class SelectionReader {
  public:
-  enum class Failure {
-    kNone,
-    kRefused,   // the owner doesn't have it, or there is no owner
-    kNoAnswer,  // the owner hangs, or went away in the middle
-  };
-
-  struct Result {
-    Failure failure = Failure::kNone;
-    std::string bytes;
-  };
+  using Done = std::function<void(Result<std::string>)>;
 
   explicit SelectionReader(XConnection& connection) : connection_(connection) {}
 
-  [[nodiscard]] Result Read(xcb_atom_t selection, xcb_atom_t target);
+  // `done` is called exactly once.
+  void Begin(xcb_atom_t selection, xcb_atom_t target, SelectionLimits limits, Done done);
 
-  // The targets that the owner offers, by name; nothing when it doesn't answer.
-  [[nodiscard]] std::optional<std::vector<std::string>> Targets(xcb_atom_t selection);
+  void HandleAnswer(const xcb_selection_notify_event_t& event);
+  void HandleProperty(const xcb_property_notify_event_t& event);
+  void EndLateReads();
+  void EndAllReads();
+
+  [[nodiscard]] bool IsBusy() const { return !reads_.empty(); }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  struct Read {
+    xcb_atom_t selection;
+    xcb_atom_t target;
+    xcb_atom_t property;
+    xcb_window_t owner;
+    SelectionLimits limits;
+    Done done;
+    Clock::time_point end;
+    Clock::time_point stepEnd;
+    Clock::time_point nextLook;
+    bool isInPieces = false;
+    std::string bytes;
+  };
+  using Position = std::list<Read>::iterator;
+
   struct Property {
     xcb_atom_t type = XCB_NONE;
     std::string bytes;
   };
 
-  [[nodiscard]] std::optional<xcb_atom_t> WaitForAnswer(xcb_atom_t selection, xcb_atom_t target, xcb_window_t owner);
-  [[nodiscard]] Property TakeProperty(xcb_atom_t property);
-  [[nodiscard]] bool WaitForChunk(xcb_atom_t property, xcb_atom_t selection, xcb_window_t owner);
-  [[nodiscard]] Result ReadInChunks(xcb_atom_t property, xcb_atom_t selection, xcb_window_t owner);
   [[nodiscard]] xcb_atom_t NextProperty();
-
-  template <typename Accept>
-  [[nodiscard]] bool WaitFor(xcb_atom_t selection, xcb_window_t owner, Accept accept);
+  [[nodiscard]] Property TakeProperty(xcb_atom_t property);
+  void AddPiece(Position read, std::string piece);
+  void End(Position read, Result<std::string> result);
 
   XConnection& connection_;
+  std::list<Read> reads_;
   unsigned requests_ = 0;
 };
 

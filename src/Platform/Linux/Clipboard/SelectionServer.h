@@ -1,59 +1,50 @@
 #pragma once
 
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/XConnection.h"
+#include "Platform/Linux/Clipboard/XConnection.h"
 
 namespace tessaro::platform {
 
-// Offers selections of the X server – its clipboard, what is being dragged – to other programs. It answers them on a
-// thread of its own, so that they needn't wait for the application, and large values go in pieces as they are taken.
-// Calls are allowed on any thread. It lives until the process ends.
+// What a selection consists of. The functions are called on the selections' thread and must not wait.
+struct SelectionOffer {
+  using Bytes = std::shared_ptr<const std::string>;  // null: there is no such target
+
+  // Takes the reply to one request, on any thread, at any time.
+  using Reply = std::function<void(Bytes)>;
+
+  std::vector<std::string> targets;
+  std::function<void(const std::string& target, Reply reply)> provide;
+  std::function<void()> lost;  // another program has taken the selection
+};
+
+// Serves this process's selections to other programs; large values go in pieces, as they are taken. On the thread of
+// the connection's events only.
 class SelectionServer {
  public:
-  struct Contents {
-    std::string type;  // of the X server
-    std::shared_ptr<const std::string> bytes;
-  };
+  // Runs a task on that thread later; called on any thread.
+  using Post = std::function<void(std::function<void()>)>;
 
-  // Takes the answer to one request, on any thread, at any time; nothing refuses it.
-  using Answer = std::function<void(std::optional<Contents>)>;
+  SelectionServer(XConnection& connection, Post post);
 
-  // What a selection is made of. The functions are called on the server's thread and must not wait.
-  struct Offer {
-    std::vector<std::string> targets;
-    std::function<void(const std::string& target, Answer answer)> provide;
-    std::function<void()> listed;  // another program has asked for the targets
-    std::function<void()> lost;    // another program has taken the selection
-  };
+  // Takes the selection from its owner. False when the X server refuses.
+  [[nodiscard]] bool Take(xcb_atom_t selection, std::shared_ptr<const SelectionOffer> offer);
+  [[nodiscard]] bool Owns(xcb_atom_t selection);
 
-  static SelectionServer& Shared();
+  void HandleRequest(const xcb_selection_request_event_t& event);
+  void HandleClear(const xcb_selection_clear_event_t& event);
+  void HandleProperty(const xcb_property_notify_event_t& event);
+  void Forget(xcb_window_t requestor);
+  void DropLateTransfers();
 
-  // False without a display.
-  [[nodiscard]] bool IsAvailable() const { return static_cast<bool>(connection_); }
-
-  // Takes the selection from whoever has it. False when the X server refuses.
-  [[nodiscard]] bool Take(const std::string& selection, Offer offer);
-
-  // Gives a selection up that this server has.
-  void GiveUp(const std::string& selection);
-
-  [[nodiscard]] bool Owns(const std::string& selection);
-
-  // Client messages that reach window(), on the server's thread.
-  void ListenToMessages(std::function<void(const xcb_client_message_event_t&)> listener);
-
-  [[nodiscard]] XConnection& connection() { return connection_; }
+  [[nodiscard]] bool IsBusy() const { return !transfers_.empty(); }
 
  private:
   struct Request {
@@ -67,43 +58,24 @@ class SelectionServer {
   // A value on its way in pieces.
   struct Transfer {
     Request request;
-    xcb_atom_t type;
-    std::shared_ptr<const std::string> bytes;
+    SelectionOffer::Bytes bytes;
     std::size_t sent;
     std::chrono::steady_clock::time_point deadline;
   };
 
-  SelectionServer();
-
-  void Run();
-  void Handle(const xcb_generic_event_t& event);
-  void HandleRequest(const xcb_selection_request_event_t& event);
-  void HandleClear(const xcb_selection_clear_event_t& event);
-  void HandleProperty(const xcb_property_notify_event_t& event);
-  void Forget(xcb_window_t requestor);
-  void DropLateTransfers();
-
-  void SendTargets(const Request& request, const Offer& offer);
-  void Reply(const Request& request, const std::optional<Contents>& contents);
+  void SendTargets(const Request& request, const SelectionOffer& offer);
+  void Send(const Request& request, const SelectionOffer::Bytes& bytes);
   void Notify(const Request& request, bool isAccepted);
-  void BeginTransfer(const Request& request, const Contents& contents);
-  void SendChunk(Transfer& transfer);
+  void BeginTransfer(const Request& request, const SelectionOffer::Bytes& bytes);
+  void SendPiece(Transfer& transfer);
+  void Put(const Request& request, const char* bytes, std::size_t size);
   void WatchRequestor(xcb_window_t requestor, bool isWatched);
-  void SendAnswers();
-  void Wake();
 
-  [[nodiscard]] std::shared_ptr<const Offer> OfferOf(xcb_atom_t selection);
-
-  XConnection connection_;
-  FileDescriptor wake_;
-  std::size_t chunk_ = 0;
-
-  std::mutex mutex_;
-  std::map<xcb_atom_t, std::shared_ptr<const Offer>> offers_;
-  std::deque<std::pair<Request, std::optional<Contents>>> answers_;
-  std::function<void(const xcb_client_message_event_t&)> messageListener_;
-
-  std::list<Transfer> transfers_;  // of the thread
+  XConnection& connection_;
+  Post post_;
+  std::size_t pieceSize_ = 0;
+  std::map<xcb_atom_t, std::shared_ptr<const SelectionOffer>> offers_;
+  std::list<Transfer> transfers_;
 };
 
 }  // namespace tessaro::platform

@@ -1,0 +1,70 @@
+#include "Platform/Linux/Clipboard/DraggedContents.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/Clipboard/ForeignContents.h"
+#include "Platform/Linux/Clipboard/PasteboardTargets.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr char kDragged[] = "XdndSelection";
+
+// The user is in the middle of a movement, and the application waits.
+constexpr SelectionLimits kLimits{
+    .answer = std::chrono::milliseconds(500), .whole = std::chrono::milliseconds(1000), .bytes = 16 << 20};
+
+Ref<NSData> DataFor(NSString* type, NSArray* offered) {
+  if (![offered containsObject:type]) return nullptr;
+  return ForeignData(kDragged, type, kLimits).value_or(nullptr);
+}
+
+// Also when nothing comes: files of an earlier drag must not be taken for those of this one.
+void FillDragPasteboard() {
+  const Ref<NSArray> offered = ForeignTypes(kDragged, kLimits).value_or(nullptr);
+  const Ref<NSData> files = DataFor(NSFilenamesPboardType, offered);
+  const Ref<NSData> text = files ? nullptr : DataFor(NSStringPboardType, offered);
+  NSPasteboard* pasteboard = [NSPasteboard pasteboardWithName:NSDragPboard];
+  if (files) {
+    [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
+    [pasteboard setData:files forType:NSFilenamesPboardType];
+  } else if (text) {
+    [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
+    [pasteboard setString:TextOfData(text) forType:NSStringPboardType];
+  } else {
+    [pasteboard declareTypes:@[] owner:nil];
+  }
+}
+
+ReplacedMethod<void (*)(id, SEL, void*)> setupDragInfo;
+ReplacedMethod<void (*)(id, SEL)> resetDragInfo;
+ReplacedMethod<void (*)(NSWindow*, SEL, NSEvent*)> sendEvent;
+
+void SetupDragInfo(id dragView, SEL selector, void* xEvent) {
+  setupDragInfo(dragView, selector, xEvent);
+  FillDragPasteboard();
+}
+
+// GNUstep lets the drag pasteboard go before the view learns that the drag has left.
+void KeepDragInfo(id, SEL) {}
+
+// GNUstep enters the view at the first move, and takes an entering event, which has no place, for a move to the corner
+// of the window.
+void SendEvent(NSWindow* window, SEL selector, NSEvent* event) {
+  const bool isEntering = [event type] == NSAppKitDefined && [event subtype] == GSAppKitDraggingEnter;
+  if (isEntering && NSEqualPoints([event locationInWindow], NSZeroPoint)) return;
+  sendEvent(window, selector, event);
+}
+
+}  // namespace
+
+void CompleteDrags() {
+  Class dragView = NSClassFromString(@"XGDragView");
+  setupDragInfo.With(dragView, "setupDragInfoFromXEvent:", SetupDragInfo);
+  resetDragInfo.With(dragView, "resetDragInfo", KeepDragInfo);
+  sendEvent.With([NSWindow class], "sendEvent:", SendEvent);
+}
+
+}  // namespace tessaro::platform

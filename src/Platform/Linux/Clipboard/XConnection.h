@@ -1,0 +1,52 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace tessaro::platform {
+
+struct XcbMemory {
+  void operator()(void* memory) const { std::free(memory); }
+};
+
+// Owner of a reply or an event of the X server.
+template <typename T>
+using XcbOwner = std::unique_ptr<T, XcbMemory>;
+
+struct XConnectionCloser {
+  void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+
+// The event as one of a type; nullptr when it is of another.
+template <typename Event>
+[[nodiscard]] const Event* EventAs(const xcb_generic_event_t& event, int type) {
+  return (event.response_type & 0x7f) == type ? reinterpret_cast<const Event*>(&event) : nullptr;
+}
+
+// A client of the X server beside AppKit, so that neither takes events from the other, with an invisible window. False
+// without a display, and once the display has gone. One thread at a time.
+class XConnection {
+ public:
+  XConnection();
+
+  explicit operator bool() const { return window_ != XCB_NONE && xcb_connection_has_error(connection_.get()) == 0; }
+
+  [[nodiscard]] xcb_connection_t* get() const { return connection_.get(); }
+  [[nodiscard]] xcb_window_t window() const { return window_; }
+
+  [[nodiscard]] xcb_atom_t Atom(std::string_view name);
+  [[nodiscard]] std::string NameOf(xcb_atom_t atom);
+  [[nodiscard]] xcb_window_t OwnerOf(xcb_atom_t selection);
+
+ private:
+  std::unique_ptr<xcb_connection_t, XConnectionCloser> connection_;
+  xcb_window_t window_ = XCB_NONE;
+  std::map<std::string, xcb_atom_t, std::less<>> atoms_;
+};
+
+}  // namespace tessaro::platform
