@@ -190,7 +190,7 @@ test('virtual key codes follow the place of the key', async (t) => {
 
 // ---- The patch
 
-test('the application’s and the menus’ methods are replaced under their aliases, the superclass is left alone', async (t) => {
+test('the methods of application and menus are replaced under their aliases, not those of superclasses', async (t) => {
   const result = await inSession(t, `print([call('patch'), call('replaceInherited')]);`);
   assert.deepStrictEqual(result, [
     {
@@ -208,7 +208,7 @@ test('the application’s and the menus’ methods are replaced under their alia
 
 // ---- Keys that are pressed
 
-test('keys that the menu gets before the page, in the order of what happens', async (t) => {
+test('special keys reach the menu before the page', async (t) => {
   const first = (id) => ['will open TessaroHost', id];
   const cases = [
     ['ctrl+comma', first(101)],
@@ -255,7 +255,7 @@ test('keys that the menu gets before the page, in the order of what happens', as
   assert.deepStrictEqual(results, cases);
 });
 
-test('what the page sends back is told with the key code and the modifiers it was pressed with', async (t) => {
+test('a returned shortcut is handled with the key code and modifiers of its key press', async (t) => {
   const result = await inSession(
     t,
     `(async () => {
@@ -370,7 +370,7 @@ test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (t) 
   assert.deepStrictEqual(results, [...cases, true]);
 });
 
-test('a person can have Command and Option elsewhere; menus say where', async (t) => {
+test('menus show the user’s own keys for Command and Option', async (t) => {
   const items = [
     { title: 'New', key: 'n', modifiers: command, commandId: 1 },
     { title: 'Shifted', key: 'N', modifiers: command | option },
@@ -422,7 +422,7 @@ test('dead keys, the third level and input methods type as before, and keys with
 
 // ---- Events that nobody presses
 
-test('made-up events: what they repeat, what they are refused', async (t) => {
+test('synthetic events repeat the remembered key press, or are refused', async (t) => {
   const down = event(command, { keyCode: key.n, ignoring: 'n' });
   const madeUp = { ...down, keyCode: 0, modifiers: 0, isSynthetic: true };
   const results = await inSession(
@@ -464,7 +464,7 @@ test('made-up events: what they repeat, what they are refused', async (t) => {
   });
 });
 
-test('tab switching: which events are consumed, and which are told', async (t) => {
+test('tab switching consumes and reports the right events', async (t) => {
   const [previous, next] = ['window/set-previous-tab-active', 'window/set-next-tab-active'];
   const bracket = (modifiers, ignoring, type) => event(modifiers, { ignoring, type, keyCode: key.leftBracket });
   const arrow = (modifiers, keyCode, type) => event(modifiers, { keyCode, type, ignoring: 'x' });
@@ -501,7 +501,7 @@ test('tab switching: which events are consumed, and which are told', async (t) =
   );
 });
 
-test('a line of the system’s log tells of every event that gets past the brackets', async (t) => {
+test('every event after the bracket check is written to the system log', async (t) => {
   const source = `${prelude}
     for (const event of ${JSON.stringify([event(command | option), event(command), event(command | shift, { ignoring: '{' })])}) call('processKey', event);`;
   const { runScript } = require('./support/child');
@@ -512,7 +512,7 @@ test('a line of the system’s log tells of every event that gets past the brack
   assert.match(lines[1], /^>>> command\+option: 0 45 NSEvent: /);
 });
 
-test('of two items with a shortcut the one in a later menu counts before the application menu’s', async (t) => {
+test('of two items with one shortcut a later menu’s wins over the application menu’s', async (t) => {
   const menu = (title, commandId) => ({ title, items: [{ title, key: 'j', modifiers: command, commandId }] });
   const results = await inSession(
     t,
@@ -535,7 +535,7 @@ test('of two items with a shortcut the one in a later menu counts before the app
   assert.deepStrictEqual(results, [2, 3, 1, 'will open TessaroHost']);
 });
 
-test('modifier reports: not of made-up events, not without a function, also of the mouse', async (t) => {
+test('modifier reports leave out synthetic events and include mouse events', async (t) => {
   const results = await inSession(
     t,
     `const reports = [];
@@ -553,7 +553,7 @@ test('modifier reports: not of made-up events, not without a function, also of t
   ]);
 });
 
-test('events are described to menus; without one there is nothing to describe', async (t) => {
+test('events are described for menus; without an event the description is empty', async (t) => {
   const results = await inSession(
     t,
     `print([null, ${JSON.stringify(event(control | shift, { ignoring: 'N' }))}, ${JSON.stringify(event(command, { type: mouseDown }))}].map((event) =>
@@ -605,18 +605,46 @@ test('pasting asks for files', async (t) => {
   ]);
 });
 
-test('when the application becomes active, script learns of the modifiers held meanwhile', async (t) => {
+test('modifiers pressed or released in the background are reported when the application becomes active', async (t) => {
   const result = await inSession(
     t,
     `(async () => {
        const window = await openWindow();
        const reports = [];
        native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
-       await press(window, 'y');
-       host.postNotification('NSApplicationDidBecomeActiveNotification');
-       print(reports);
+       const system = host.windowInfo(window).systemWindow;
+       const isKey = () => host.windowInfo(window).isKey;
+       const away = async (keys) => {
+         await run('xdotool', ['windowminimize', '--sync', system].map(String));
+         await eventually(() => !isKey(), 'the background');
+         await run('xdotool', keys);
+         reports.length = 0;
+         await run('xdotool', ['windowactivate', '--sync', system].map(String));
+         await eventually(() => isKey() && reports.length > 0, 'the foreground');
+         return reports.at(-1);
+       };
+       const seen = [await away(['keydown', 'shift', 'keydown', 'alt']), await away(['keyup', 'shift', 'keyup', 'alt'])];
+       print(seen);
        process.exit();
      })();`,
   );
-  assert.deepStrictEqual(result, ['00000000']);
+  assert.deepStrictEqual(result, ['00101000', '00000000']);
+});
+
+test('the application is hidden from its command until one of its windows comes back', async (t) => {
+  const result = await inSession(
+    t,
+    `(async () => {
+       const window = await openWindow();
+       const seen = [native.isAppHidden()];
+       await run('xdotool', ['key', 'ctrl+h']);
+       await eventually(() => native.isAppHidden(), 'hiding');
+       seen.push(host.windowInfo(window).isKey);
+       await run('xdotool', ['windowactivate', '--sync', String(host.windowInfo(window).systemWindow)]);
+       await eventually(() => !native.isAppHidden(), 'the window');
+       print(seen);
+       process.exit();
+     })();`,
+  );
+  assert.deepStrictEqual(result, [false, false]);
 });

@@ -116,7 +116,7 @@ test('names of shortcuts', async (t) => {
   assert.deepStrictEqual(JSON.parse(result.stdout), expected, result.stderr);
 });
 
-test('names follow the layout; where its letters are not Latin, another of the user’s', async (t) => {
+test('names follow the layout, or the user’s first Latin layout', async (t) => {
   const layouts = {
     fr: 'A W É',
     de: 'Q Y 2',
@@ -164,7 +164,7 @@ test('which shortcuts are valid', async (t) => {
   cases.forEach(([shortcut, expected], i) => assert.strictEqual(result[i], expected, JSON.stringify(shortcut)));
 });
 
-test('archives are read back in each form, and everything else is no shortcut', async (t) => {
+test('archives are read back in each form, and everything else is refused', async (t) => {
   // Of Apple's binary form: the values, where each begins, and what is known of both; the first value is the list.
   const binary = (...values) => {
     const number = (value) => [0, 0, 0, 0, 0, 0, 0, value];
@@ -220,7 +220,7 @@ test('shortcuts as dictionaries', async (t) => {
 
 // ---- Recording
 
-test('a recording shows what is held, refuses what can’t be, and takes what can', async (t) => {
+test('a recording shows held modifiers, refuses invalid shortcuts and accepts a valid one', async (t) => {
   const result = await inSession(
     t,
     `captureLog();
@@ -257,7 +257,7 @@ test('a recording shows what is held, refuses what can’t be, and takes what ca
   });
 });
 
-test('Escape, Delete, Forward Delete and a stop bring the earlier shortcut back', async (t) => {
+test('Escape, Delete, Forward Delete and a stop restore the earlier shortcut', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -294,7 +294,7 @@ test('Escape, Delete, Forward Delete and a stop bring the earlier shortcut back'
   });
 });
 
-test('an accepted shortcut stays until a stop, which puts the earlier one back', async (t) => {
+test('an accepted shortcut stays until a stop, which restores the earlier one', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -315,7 +315,7 @@ test('an accepted shortcut stays until a stop, which puts the earlier one back',
 
 // ---- Binding
 
-test('a bound shortcut is heard in every application, whatever locks are on', async (t) => {
+test('a bound shortcut works in every application, with any locks on', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -353,7 +353,7 @@ test('a bound shortcut is heard in every application, whatever locks are on', as
   });
 });
 
-test('a key that is held is one press, also the one just recorded', async (t) => {
+test('a held key is one press, also the key just recorded', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -376,7 +376,7 @@ test('a key that is held is one press, also the one just recorded', async (t) =>
   assert.deepStrictEqual(result, { recorded: ['F6', 0], held: 1, atOnce: ['key', 'key'] });
 });
 
-test('the binding follows what is stored, and is silent while it is recorded', async (t) => {
+test('the binding follows the stored shortcut, and is inactive while recording', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -414,7 +414,7 @@ test('the binding follows what is stored, and is silent while it is recorded', a
   });
 });
 
-test('layouts come and go; modifiers move', async (t) => {
+test('bindings survive changes of the layout and of modifier keys', async (t) => {
   const result = await inSession(
     t,
     `host.setDefault('key', archive(6, ${command | shift}));
@@ -455,7 +455,7 @@ test('layouts come and go; modifiers move', async (t) => {
 
 // ---- What is in the way
 
-test('a shortcut that another process has is refused, told, and heard there only', async (t) => {
+test('a shortcut of another process is refused and logged, and works there only', async (t) => {
   const other = startScript(
     t,
     `${prelude}
@@ -508,7 +508,7 @@ test('a shortcut that another process has is refused, told, and heard there only
   assert.deepStrictEqual(after, [null, ['ours']]);
 });
 
-test('malformed archives in the user defaults are told, and no shortcut', async (t) => {
+test('malformed archives in the user defaults are logged and ignored', async (t) => {
   const result = await inSession(
     t,
     `captureLog();
@@ -530,7 +530,7 @@ test('malformed archives in the user defaults are told, and no shortcut', async 
   ]);
 });
 
-test('listeners may throw, and may do to the recording what they like', async (t) => {
+test('listeners may throw, and may stop or restart the recording', async (t) => {
   const result = await inSession(
     t,
     `await openWindow();
@@ -559,7 +559,7 @@ test('listeners may throw, and may do to the recording what they like', async (t
   });
 });
 
-test('a session that keeps keys from applications says so', async (t) => {
+test('a session without system-wide keys is reported as unsupported', async (t) => {
   const body = `
     captureLog();
     await openWindow();
@@ -578,7 +578,7 @@ test('a session that keeps keys from applications says so', async (t) => {
   }
 });
 
-test('without a display there is nothing to record, and what is stored has its name', async (t) => {
+test('without a display nothing is recorded, and stored shortcuts keep their names', async (t) => {
   const result = await runScript(
     t,
     `${prelude}
@@ -593,7 +593,7 @@ test('without a display there is nothing to record, and what is stored has its n
   assert.deepStrictEqual(JSON.parse(result.stdout), [false, [], '⇧⌘M'], result.stderr);
 });
 
-test('registered keys do not keep the process, and let go of the keyboard with it', async (t) => {
+test('registered keys don’t keep the process alive, and are released at its end', async (t) => {
   const source = `
     host.setDefault('key', archive(96, 0));
     native.bindGlobalShortcutWithDefaultsKey('key');

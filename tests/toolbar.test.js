@@ -33,7 +33,7 @@ const definition = {
     { identifier: 'spare', label: 'Spare', 'image-name': 'missing', 'default?': 'true' },
     { type: 'cloud-sharing' },
   ],
-  options: { 'allows-user-customization?': true, 'allows-extension-items?': 'true' },
+  options: { 'allows-user-customization?': true, 'allows-extension-items?': 1 },
 };
 
 const withToolbar = (body, items = definition) => `
@@ -141,7 +141,7 @@ test('actions come from items, views and menus', async (t) => {
   assert.deepStrictEqual(warnings, ['Need item identifier.']);
 });
 
-test('a person clicks on items and on the add-tab button', async (t) => {
+test('clicks on items and on the add-tab button reach script', async (t) => {
   const { told, addTabs } = await inWindows(
     t,
     withToolbar(`
@@ -171,7 +171,7 @@ test('a person clicks on items and on the add-tab button', async (t) => {
   assert.strictEqual(addTabs, 1);
 });
 
-test('the add-tab button brings room for itself, once, and takes it away again', async (t) => {
+test('the add-tab button adds its space once, and removes it again', async (t) => {
   const result = await inWindows(
     t,
     withToolbar(`
@@ -200,7 +200,7 @@ test('the add-tab button brings room for itself, once, and takes it away again',
   assert.strictEqual(result.firstMouse, false);
 });
 
-test('while the palette is open the add-tab button waits', async (t) => {
+test('the add-tab button is hidden while the palette is open', async (t) => {
   const steps = await inWindows(
     t,
     withToolbar(`
@@ -306,7 +306,7 @@ test('images follow the desktop’s settings while windows are open', async (t) 
   assert.deepStrictEqual(seen, [light, dark, light]);
 });
 
-test('what a person makes of a toolbar is there again in the next process, where it is to be', async (t) => {
+test('a customised toolbar is restored in the next process only if it autosaves', async (t) => {
   const home = temporaryDirectory(t);
   const sets = [];
   for (const [step, autosaves] of [
@@ -364,7 +364,7 @@ test('the add-tab button is drawn in the colours of its window', async (t) => {
   assert.ok(looks.quiet.includes('cecece') && looks.quiet.includes('e5e4e5'), looks.quiet.join());
 });
 
-test('definitions that are none are logged and ignored', async (t) => {
+test('malformed definitions are logged and ignored', async (t) => {
   const { errors, visible } = await inWindows(
     t,
     `const handle = await open({ title: 'First' });
@@ -393,7 +393,7 @@ const oddItems = {
   'the same identifier twice': Array(2).fill({ identifier: 'twice', label: 'Twice', 'default?': true }),
 };
 
-test('odd items make no more than they can', async (t) => {
+test('malformed items are skipped or reduced to their valid parts', async (t) => {
   const shown = await inWindows(
     t,
     `const shown = {};
@@ -439,7 +439,7 @@ for (const [missing, text] of [
   });
 }
 
-test('numbers of no window do nothing', async (t) => {
+test('unknown window ids are ignored', async (t) => {
   const answers = await inWindows(
     t,
     `await open({ title: 'First' });
@@ -450,7 +450,7 @@ test('numbers of no window do nothing', async (t) => {
   assert.deepStrictEqual(answers, [null, null, null, false, null, null, null, null]);
 });
 
-test('a window may close while its toolbar, its palette or a click is at work', async (t) => {
+test('a window may close during validation, customisation or a click', async (t) => {
   const result = await inWindows(
     t,
     withToolbar(`

@@ -9,7 +9,7 @@ const { useWindows } = require('./support/windows');
 
 const inWindows = useWindows();
 
-test('script hears of main and key windows, of browser windows only', async (t) => {
+test('changes of main and key browser windows, and of no others, reach script', async (t) => {
   const { events, handles } = await inWindows(
     t,
     `const events = [];
@@ -48,7 +48,7 @@ test('an unknown notification is logged and not reported', async (t) => {
   assert.deepStrictEqual([events, warnings], [[], ['Unknown notification Other']]);
 });
 
-test('a change of the backing is announced once more, five seconds later', async (t) => {
+test('a backing change is posted again once, after five seconds', async (t) => {
   const { seen, waited, panels } = await inWindows(
     t,
     `await open({ title: 'First' });
@@ -68,7 +68,7 @@ test('a change of the backing is announced once more, five seconds later', async
   assert.ok(waited >= 4990 && waited < 7000, `${waited} ms`);
 });
 
-test('there is a main window and a key window while there is one, and they can be closed', async (t) => {
+test('main and key windows are reported and can be closed', async (t) => {
   const answers = await inWindows(
     t,
     `const answers = [];
@@ -109,7 +109,7 @@ test('a window has sheets while one is attached', async (t) => {
   assert.deepStrictEqual(answers, [false, true, false]);
 });
 
-test('content is hidden for a while, and has the focus afterwards', async (t) => {
+test('hidden content reappears focused', async (t) => {
   const states = await inWindows(
     t,
     `const handle = await open({ title: 'First' });
@@ -161,7 +161,7 @@ for (const [what, prepare, settle] of [
   });
 }
 
-test('sizes that no window can have do no harm', async (t) => {
+test('impossible sizes are harmless', async (t) => {
   const sizes = await inWindows(
     t,
     `const handle = await open({ title: 'First' });
@@ -177,7 +177,7 @@ test('sizes that no window can have do no harm', async (t) => {
   assert.deepStrictEqual(sizes, [400, 200]);
 });
 
-test('handles of what is no living window give nothing', async (t) => {
+test('handles that are not of a living window are refused', async (t) => {
   const { answers, errors } = await inWindows(
     t,
     `const closed = await open({ title: 'First' });

@@ -10,19 +10,19 @@
 // Posts "TsDispatchNotificationName" (object: the application; "action": "window/set-previous-tab-active" or
 // "window/set-next-tab-active") and "TsPasteFilesIntoCurrentWebContents".
 
-// Puts the routing into the host's application class and into all menus. What of it can't be done is logged.
+// Installs the routing in the host's application class and in all menus. Failures are logged.
 void TsInstallApplicationPatch();
 
-// In the place of the application's sendEvent:.
+// Replaces the application's sendEvent:.
 void TsSendEvent(NSApplication* application, SEL selector, NSEvent* event);
 
-// In the place of every menu's performKeyEquivalent:.
+// Replaces every menu's performKeyEquivalent:.
 BOOL TsPerformKeyEquivalent(NSMenu* menu, SEL selector, NSEvent* event);
 
-// Posts the notification for keys that switch tabs. Whether the event is one of these, and so consumed.
+// Posts the notification for keys that switch tabs. True when the event is such a key, and consumed.
 bool ProcessKeyboardEvent(NSEvent* event);
 
-// Tells script the state of the modifier keys, unless the event was made up by web contents.
+// Reports the modifier keys to script, unless web contents made the event.
 void ProcessKeyboardModifierKeysEvent(NSEvent* event);
 
 // The host's hooks: its application object has them as tsHandleKeyboardEvent: and tsPasteIfPossible.

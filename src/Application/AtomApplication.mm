@@ -3,13 +3,14 @@
 #import <AppKit/AppKit.h>
 
 #include "Application/KeyCombinations.h"
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
+#include "Platform/AppKit.h"
 #include "Platform/Cocoa.h"
-#include "Platform/Menus.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsNotificationObserver.h"
@@ -26,16 +27,16 @@ NSString* const kPreviousTab = @"window/set-previous-tab-active";
 NSString* const kNextTab = @"window/set-next-tab-active";
 NSString* const kFileURLType = @"public.file-url";
 
-// What both methods have been known under from the beginning, although one gives a truth value.
+// The same encoding for both methods, although one returns a truth value.
 constexpr char kEncoding[] = "V@:@";
 
-// The latest key press with Command or Control that has gone its ordinary way, until the main menu is next searched:
-// web contents send back what they have no use for as an event of their own, without its modifiers and key code.
+// The latest dispatched key press with Command or Control, until the next search of the main menu: web contents return
+// unused shortcuts as synthetic events, without modifiers and key code.
 class LastKeyDown {
  public:
   void Remember(NSEvent* event) { event_ = Retain(event); }
 
-  // The event that `event` repeats, or `event` itself. Forgets what was remembered.
+  // The remembered event if `event` repeats it, else `event` itself. Forgets the remembered event.
   Ref<NSEvent> TakeOriginalOf(NSEvent* event) {
     const Ref<NSEvent> remembered = std::exchange(event_, nullptr);
     return remembered && IsRepeated(remembered, event) ? remembered : Retain(event);
@@ -50,8 +51,8 @@ class LastKeyDown {
 };
 
 LastKeyDown& LastKeyDownEvent() {
-  [[clang::no_destroy]] static LastKeyDown event;
-  return event;
+  static Forever<LastKeyDown> event;
+  return *event;
 }
 
 bool ConsumeForTab(NSString* action) {
@@ -62,7 +63,7 @@ bool ConsumeForTab(NSString* action) {
   return true;
 }
 
-// Brackets: with Shift they are typed as braces.
+// With Shift, brackets are typed as braces.
 NSString* TabActionOfCharacters(NSEvent* event) {
   NSString* characters = [event charactersIgnoringModifiers];
   if ([event ts_holdsModifier:kTsShift]) {
@@ -81,7 +82,7 @@ bool IsTabArrow(NSEvent* event, unsigned short keyCode) {
 }
 
 BOOL PerformPreviousKeyEquivalent(NSMenu* menu, NSEvent* event) {
-  // Sent by selector: not performSelector:, which knows only objects as results.
+  // performSelector: would take the truth value for an object.
   const SEL previous = @selector(tsOrigPerformKeyEquivalent:);
   return reinterpret_cast<BOOL (*)(NSMenu*, SEL, NSEvent*)>([menu methodForSelector:previous])(menu, previous, event);
 }
@@ -114,10 +115,17 @@ void PatchMenus(Class menu) {
                   reinterpret_cast<IMP>(TsPerformKeyEquivalent), kEncoding);
 }
 
-// Script has missed what happened to the modifiers while another application was active.
+void ReportModifiers(NSUInteger flags) {
+  const auto holds = [flags](NSUInteger modifier) { return (flags & modifier) != 0; };
+  TsCallbackSlots::Shared().keyboardModifierKeys.Call({holds(kTsFunction), holds(kTsControl), holds(kTsOption),
+                                                       holds(kTsCommand), holds(kTsShift), holds(kTsCapsLock),
+                                                       holds(kTsHelp), holds(kTsNumericPad)});
+}
+
+// No event reaches the application while another one is active, so the keyboard itself is asked.
 void ReportModifiersWhenActive() {
   TsObserveOnMainQueue(NSApplicationDidBecomeActiveNotification, [](NSNotification*) {
-    if (NSEvent* event = [NSApp currentEvent]) ProcessKeyboardModifierKeysEvent(event);
+    if ([NSApp currentEvent] != nil) ReportModifiers([NSEvent modifierFlags]);
   });
 }
 
@@ -129,7 +137,7 @@ void TsInstallApplicationPatch() {
   } else {
     TsLogError(@"Cannot patch as I didn't find application class");
   }
-  if (tessaro::platform::IsWindowServerAvailable()) tessaro::platform::CompleteMenus();
+  if (tessaro::platform::IsWindowServerAvailable()) tessaro::platform::CompleteAppKit();
   if (Class menu = objc_getClass("NSMenu")) {
     PatchMenus(menu);
   } else {
@@ -142,7 +150,7 @@ void TsSendEvent(NSApplication* application, SEL, NSEvent* event) {
   const bool isSpecial = TsIsSpecialEvent(event);
   if (isSpecial && [[application mainMenu] performKeyEquivalent:event]) return;
   if (!isSpecial && [event type] == kTsFlagsChanged) ProcessKeyboardModifierKeysEvent(event);
-  // Dispatching may be the last that anybody does with it.
+  // Dispatching may release the last reference to the event.
   const auto kept = Retain(event);
   [application tsOrigSendEvent:event];
   if (IsEventForKeyEquivalent(event)) LastKeyDownEvent().Remember(event);
@@ -171,12 +179,7 @@ bool ProcessKeyboardEvent(NSEvent* event) {
 }
 
 void ProcessKeyboardModifierKeysEvent(NSEvent* event) {
-  const TsCallbackSlot& callback = TsCallbackSlots::Shared().keyboardModifierKeys;
-  if (!callback.IsSet() || [event ts_hasNoLocation]) return;
-  const NSUInteger flags = [event ts_settledModifierFlags];
-  const auto holds = [flags](NSUInteger modifier) { return (flags & modifier) != 0; };
-  callback.Call({holds(kTsFunction), holds(kTsControl), holds(kTsOption), holds(kTsCommand), holds(kTsShift),
-                 holds(kTsCapsLock), holds(kTsHelp), holds(kTsNumericPad)});
+  if (![event ts_hasNoLocation]) ReportModifiers([event ts_settledModifierFlags]);
 }
 
 NSEvent* TsHandleKeyboardEvent(id, SEL, NSEvent* event) { return event; }

@@ -2,15 +2,15 @@
 
 #import <AppKit/NSEvent.h>
 
-// Which keys an event stands for. Each tests the modifiers it names, and that the others of Command, Option and Control
-// are off; Shift may be on or off unless the name has it.
+// Key combinations of events. Each predicate requires the modifiers in its name, and that the others of Command, Option
+// and Control are off; Shift is ignored unless the name has it.
 
 [[nodiscard]] bool IsCommandKeyPressed(NSEvent* event);
 [[nodiscard]] bool IsCommandOptionKeyPressed(NSEvent* event);
 [[nodiscard]] bool IsCommandControlKeyPressed(NSEvent* event);
 [[nodiscard]] bool IsCommandShiftKeyPressed(NSEvent* event);
 
-// With the characters that the keyboard's layout gives, modifiers but Shift left aside.
+// With these characters, ignoring modifiers except Shift.
 [[nodiscard]] bool IsCommandAndStringKey(NSEvent* event, NSString* characters);
 [[nodiscard]] bool IsCommandShiftAndStringKey(NSEvent* event, NSString* characters);
 

@@ -15,11 +15,12 @@ extern NSString* const TsReceivedAppcastNotification;
 // This process is the first one of a version that the updater has installed.
 extern NSString* const TsApplicationDidRelaunchAfterUpdateNotification;
 
-// Gives further parameters for a request for the feed: dictionaries of "key", "value", "displayKey" and "displayValue".
+// Asks for further parameters of a request for the feed: dictionaries of "key", "value", "displayKey" and
+// "displayValue".
 using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
-// Looks for updates: the updater's settings, the parameters of each request for the feed, and what is made of its
-// answers. Main thread only.
+// Checks for updates: the updater's settings, the parameters of each request for the feed, and the handling of its
+// results. Main thread only.
 @interface TsApplicationUpdate : NSObject {
  @private
   std::unique_ptr<tessaro::platform::UpdaterDelegate> _delegate;
@@ -36,10 +37,10 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
 - (void)setParameterCallback:(TsFeedParameterBlock)callback;
 
-// Whether only the feed is wanted: what is found then does not bring the application to the front.
+// Whether only the feed is fetched: results then don't activate the application.
 @property(nonatomic, assign) BOOL dryRun;
 
-// The user has asked.
+// The user's check.
 - (void)checkForUpdates;
 - (void)checkForUpdatesInBackground:(BOOL)automatically;
 - (void)fetchAppcast;
@@ -47,7 +48,7 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 // The next check sends the system profile again.
 - (void)resetLastProfileSubmissionDate;
 
-// What the updater asks and tells.
+// The updater's questions and reports.
 - (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(tessaro::platform::Updater&)updater;
 - (NSArray*)feedParametersForUpdater:(tessaro::platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile;
 - (void)updater:(tessaro::platform::Updater&)updater
@@ -59,5 +60,5 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
 @end
 
-// The parameters that script's callback gives; none, with a warning, when they can't be made out.
+// The parameters that script's callback returns; none, with a warning, when they are malformed.
 [[nodiscard]] NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile);

@@ -34,18 +34,17 @@ NSString* SelectedLanguage() {
   return [languages count] > 0 ? [languages objectAtIndex:0] : @"None";
 }
 
-// Script may have written anything.
+// Empty for values of other types.
 std::string TextFor(NSDictionary* dictionary, NSString* key) {
-  const id value = [dictionary objectForKey:key];
-  return [value isKindOfClass:[NSString class]] ? TsStdString(value) : std::string();
+  return TsStdString(As<NSString>([dictionary objectForKey:key]));
 }
 
 std::vector<platform::FeedParameter> FeedParameters(NSArray* dictionaries) {
   std::vector<platform::FeedParameter> parameters;
-  for (NSDictionary* each in dictionaries) {
-    if (![each isKindOfClass:[NSDictionary class]]) continue;
-    platform::FeedParameter parameter{TextFor(each, @"key"), TextFor(each, @"value"), TextFor(each, @"displayKey"),
-                                      TextFor(each, @"displayValue")};
+  for (id each in dictionaries) {
+    NSDictionary* given = As<NSDictionary>(each);
+    platform::FeedParameter parameter{TextFor(given, @"key"), TextFor(given, @"value"), TextFor(given, @"displayKey"),
+                                      TextFor(given, @"displayValue")};
     if (!parameter.key.empty()) parameters.push_back(std::move(parameter));
   }
   return parameters;
@@ -60,10 +59,9 @@ NSDictionary* Dictionary(const std::vector<platform::AppcastProperty>& propertie
   return dictionary;
 }
 
-// As the latest event has it: not every AppKit knows the state of the keys between events.
-bool HoldsOption() { return [[NSApp currentEvent] ts_holdsModifier:kTsOption]; }
+bool HoldsOption() { return ([NSEvent modifierFlags] & kTsOption) != 0; }
 
-// The updater's side of the controller.
+// Forwards the updater's questions and reports to the controller.
 class ControllerDelegate final : public platform::UpdaterDelegate {
  public:
   explicit ControllerDelegate(TsApplicationUpdate* controller) : controller_(controller) {}
@@ -100,8 +98,8 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 @synthesize dryRun = _dryRun;
 
 + (TsApplicationUpdate*)sharedInstance {
-  static auto& shared = *new Ref<TsApplicationUpdate>(Adopt([[TsApplicationUpdate alloc] init]));
-  return shared;
+  static Forever<Ref<TsApplicationUpdate>> shared(Adopt([[TsApplicationUpdate alloc] init]));
+  return shared->get();
 }
 
 - (instancetype)init {
@@ -204,8 +202,8 @@ NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile) {
     return @[];
   }
   NSError* error = nil;
-  const id parameters = TsConvertFromJSONString(json, &error);
-  if ([parameters isKindOfClass:[NSArray class]]) return parameters;
+  NSArray* parameters = As<NSArray>(TsConvertFromJSONString(json, &error));
+  if (parameters != nil) return parameters;
   TsLogWarning(@"Couldn't get parameters from callback because of %@", error);
   return @[];
 }

@@ -20,28 +20,28 @@ inline constexpr NSUInteger kTsFlagsChanged = 12;
 
 @interface NSEvent (TsKeyboard)
 
-// Whether a key is the cause: it was pressed or released, or a modifier changed.
+// Whether the event is a key press, a key release or a change of the modifiers.
 - (BOOL)ts_isKeyboardEvent;
 
 // Whether any of the modifiers is held.
 - (BOOL)ts_holdsModifier:(NSUInteger)modifiers;
 
-// The modifiers as they are once the event has happened: on some systems that of the Caps Lock key itself tells of the
-// state before.
+// The modifiers after the event: on some systems the event of the Caps Lock key carries the state before it.
 - (NSUInteger)ts_settledModifierFlags;
 
-// The key by its place on the keyboard, whatever the layout: a virtual key code. 0 unless a key is the cause.
+// The key by its place on the keyboard, whatever the layout: a virtual key code. 0 unless this is a keyboard event.
 - (unsigned short)ts_virtualKeyCode;
 
 // The characters of the key, with all modifiers and without those but Shift. nil for keys that type none, and unless a
-// key was pressed or released. Command does not make control characters of letters, whichever key the user has it on.
+// key was pressed or released. Command never turns letters into control characters, whichever key the user has chosen
+// for it.
 - (NSString*)ts_characters;
 - (NSString*)ts_charactersIgnoringModifiers;
 
-// Whether the window's coordinates say (0, 0), as those of events do that web contents have made up.
+// Whether the location is (0, 0), as in the synthetic events of web contents.
 - (BOOL)ts_hasNoLocation;
 
-// What script is told of any event: "mouse?", "keyboard?", and "function-", "control-", "option-", "command-" and
+// The description of an event for script: "mouse?", "keyboard?", and "function-", "control-", "option-", "command-" and
 // "shift-modifier?".
 - (NSMutableDictionary*)ts_modifierDescription;
 

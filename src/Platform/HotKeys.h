@@ -4,10 +4,10 @@
 #include <functional>
 #include <memory>
 
-// Keys that are heard whichever application is active. Main thread only.
+// System-wide hot keys: they work whichever application is active. Main thread only.
 namespace tessaro::platform {
 
-// A key by its place, see KeyboardLayout.h, and the modifiers held with it; what locks are on makes no difference.
+// A key by its place, see KeyboardLayout.h, and the modifiers held with it; locks make no difference.
 // Which keys are Command, Option and Control is up to the user where keyboards don't have them.
 struct HotKey {
   std::uint16_t virtualKeyCode = 0;
@@ -23,10 +23,10 @@ enum class HotKeyStatus {
   Heard,
   Taken,  // by another application, or by the system itself
   NotOnKeyboard,
-  Unsupported,  // in this session applications hear no keys of each other's, or there is no window system
+  Unsupported,  // the session has no system-wide keys, or there is no window system
 };
 
-// What a registration would have. This process's own registrations take no key from it.
+// The status that a registration would have. This process's own registrations don't count.
 [[nodiscard]] HotKeyStatus HotKeyStatusOf(const HotKey& key) noexcept;
 
 // Calls `pressed` for each press of the key, not for the repeats of one that is held, until it is destroyed; a key that

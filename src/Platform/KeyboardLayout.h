@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-// The keyboard as a set of places, whatever layout is printed or set on it. Main thread only.
+// The keyboard's keys by their places, independent of the layout. Main thread only.
 namespace tessaro::platform {
 
-// No key of the keyboards that virtual key codes describe.
+// A key without a virtual key code.
 inline constexpr std::uint16_t kNoVirtualKey = 0xffff;
 
 // The virtual key code (those of ANSI, ISO and JIS keyboards: 2 is the key right of "A's" neighbour, 43 the first

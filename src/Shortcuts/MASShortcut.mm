@@ -17,7 +17,7 @@ struct Modifier {
   NSString* symbol;
 };
 
-// In the order in which they are written.
+// In the order of display.
 const Modifier kModifiers[] = {
     {kTsControl, @"⌃"},
     {kTsOption, @"⌥"},
@@ -80,8 +80,8 @@ id OrEmpty(NSString* text) { return text != nil ? text : @""; }
 }
 
 - (BOOL)isEqual:(id)other {
-  return [other isKindOfClass:[MASShortcut class]] && [other keyCode] == _keyCode &&
-         [other modifierFlags] == _modifierFlags;
+  MASShortcut* shortcut = As<MASShortcut>(other);
+  return shortcut != nil && [shortcut keyCode] == _keyCode && [shortcut modifierFlags] == _modifierFlags;
 }
 
 - (NSUInteger)hash {
@@ -119,17 +119,16 @@ id OrEmpty(NSString* text) { return text != nil ? text : @""; }
 }
 
 - (id)transformedValue:(id)value {
-  if (![value isKindOfClass:[NSDictionary class]]) return nil;
-  id keyCode = [value objectForKey:kKeyCode];
-  id modifierFlags = [value objectForKey:kModifierFlags];
-  if (![keyCode isKindOfClass:[NSNumber class]] || ![modifierFlags isKindOfClass:[NSNumber class]]) return nil;
+  NSNumber* keyCode = As<NSNumber>([As<NSDictionary>(value) objectForKey:kKeyCode]);
+  NSNumber* modifierFlags = As<NSNumber>([As<NSDictionary>(value) objectForKey:kModifierFlags]);
+  if (keyCode == nil || modifierFlags == nil) return nil;
   return [MASShortcut shortcutWithKeyCode:[keyCode unsignedShortValue]
                             modifierFlags:[modifierFlags unsignedIntegerValue]];
 }
 
 - (id)reverseTransformedValue:(id)value {
-  if (![value isKindOfClass:[MASShortcut class]]) return nil;
-  MASShortcut* shortcut = value;
+  MASShortcut* shortcut = As<MASShortcut>(value);
+  if (shortcut == nil) return nil;
   return @{
     kKeyCode : [NSNumber numberWithUnsignedShort:[shortcut keyCode]],
     kModifierFlags : [NSNumber numberWithUnsignedInteger:[shortcut modifierFlags]],

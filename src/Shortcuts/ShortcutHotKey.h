@@ -4,8 +4,8 @@
 
 @class MASShortcut, NSString;
 
-// A shortcut as one that is heard in every application.
+// The shortcut as a system-wide hot key.
 [[nodiscard]] tessaro::platform::HotKey ToHotKey(MASShortcut* shortcut);
 
-// Says in a sentence why a shortcut in this state is not heard; nil when it is.
+// Why a shortcut in this state does not work, in a sentence; nil when it works.
 [[nodiscard]] NSString* WhyUnheard(MASShortcut* shortcut, tessaro::platform::HotKeyStatus status);

@@ -2,16 +2,16 @@
 
 #import <Foundation/NSString.h>
 
-// What keys are called in shortcuts, by their virtual key codes.
+// Names of keys in shortcuts, by virtual key code.
 
-// "M", "F5", "Space", "↩", "Keypad 5"; what is typed, as the keyboard's layout has it. nil for a key without a name.
+// "M", "F5", "Space", "↩", "Keypad 5"; typing keys by the keyboard's layout. nil for a key without a name.
 [[nodiscard]] NSString* NameOfKey(unsigned short keyCode);
 
-// As menu items name theirs: "m", NSF5FunctionKey, " ". nil for a key without a name.
+// As in menu items: "m", NSF5FunctionKey, " ". nil for a key without a name.
 [[nodiscard]] NSString* KeyEquivalentOfKey(unsigned short keyCode);
 
 // F1 to F20.
 [[nodiscard]] bool IsFunctionKey(unsigned short keyCode);
 
-// Whether it types what it is called.
+// Whether the key types its own name.
 [[nodiscard]] bool IsTypingKey(unsigned short keyCode);

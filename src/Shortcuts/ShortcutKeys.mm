@@ -56,7 +56,7 @@ const Key* Find(const Key (&keys)[count], unsigned short keyCode) {
   return found == std::end(keys) ? nullptr : found;
 }
 
-// Counted from 0; none gives their number.
+// Counted from 0; the last value is the number of keys.
 std::ptrdiff_t FunctionKeyIndex(unsigned short keyCode) {
   return std::find(std::begin(kFunctionKeys), std::end(kFunctionKeys), keyCode) - std::begin(kFunctionKeys);
 }

@@ -6,8 +6,8 @@
 
 @class MASShortcut;
 
-// Records the shortcuts that the user wants for commands of the application, in the standard user defaults, and binds
-// them: pressed anywhere, a shortcut announces its key there. One recording at a time. Main thread only.
+// Records the user's shortcuts for commands of the application in the standard user defaults, and binds them: pressed
+// in any application, a shortcut announces its defaults key. One recording at a time. Main thread only.
 //
 // Posts "TsKeyboardShortcutMonitorUpdated" with the state of the recording and "TsGlobalShortcutAction" with the
 // "defaults-key" whose shortcut was pressed; the object is the shared instance.
@@ -22,18 +22,18 @@
 // Absent unless a recording is running.
 - (id)eventMonitor;
 
-// The key that is being recorded; it stays until the next stop when a shortcut was accepted.
+// The defaults key being recorded; after an accepted shortcut it stays until the next stop.
 - (NSString*)defaultsKey;
 
-// What was stored under the key when the recording began.
+// The shortcut stored under the key when the recording began.
 - (id)savedShortcutData;
 
 - (void)startMonitoringKeyboardEvents:(NSString*)key;
 
-// Ends the recording and puts the earlier shortcut back.
+// Ends the recording and restores the earlier shortcut.
 - (void)stopMonitoringKeyboardEvents;
 
-// Ends the watch for key presses.
+// Stops watching key presses.
 - (void)stopMonitoring;
 
 - (void)bindDefaultsKey:(NSString*)key;

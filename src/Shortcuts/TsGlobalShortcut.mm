@@ -30,7 +30,7 @@ bool EndsRecording(MASShortcut* shortcut) {
   return [shortcut modifierFlags] == 0 && (key == kDelete || key == kForwardDelete || key == kEscape);
 }
 
-// Windows are closed and the application is left by these, whatever is being recorded.
+// These close windows and quit the application, also while a shortcut is recorded.
 bool IsReserved(MASShortcut* shortcut) {
   const unsigned short key = [shortcut keyCode];
   return [shortcut modifierFlags] == kTsCommand && (key == kW || key == kQ);
@@ -81,7 +81,7 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   if (_eventMonitor) return TsLogError(@"Already monitoring: Cannot turn on monitor for shortcuts.");
   _defaultsKey = Adopt<NSString>([key copy]);
   _savedShortcutData = Retain<NSObject>([Defaults() objectForKey:key]);
-  // Or else the old shortcut would act while the new one is typed.
+  // The old shortcut must not act while the new one is typed.
   [Defaults() removeObjectForKey:key];
   _eventMonitor = Retain<NSObject>([NSEvent
       addLocalMonitorForEventsMatchingMask:NSKeyDownMask | NSFlagsChangedMask
@@ -89,7 +89,7 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   [self postNotificationWith:nil error:nil];
 }
 
-// What is left of the event for others.
+// The event for later handlers, or nil when it is consumed.
 - (NSEvent*)recordEvent:(NSEvent*)event {
   if ([event type] == kTsKeyDown && [event ts_virtualKeyCode] == kTab) return event;
   [self recordShortcut:[MASShortcut shortcutWithEvent:event]];
@@ -131,7 +131,7 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   }
   NSString* stored = [self shortcutDescriptionForDefaultsKey:_defaultsKey];
   [self postNotificationWithUserInfo:Status(stored, nil, true, true, false)];
-  // Whoever was told may have begun another recording.
+  // An observer may have begun another recording.
   if (!_eventMonitor) _defaultsKey = nullptr;
 }
 

@@ -9,20 +9,20 @@
 
 @class MASShortcut, NSString;
 
-// The shortcut that is archived in the standard user defaults under a key; nil when there is none.
+// The shortcut archived in the standard user defaults under a key; nil when there is none.
 [[nodiscard]] MASShortcut* TsStoredShortcut(NSString* defaultsKey);
 
 class TsBoundShortcut;
 
-// Actions for the shortcuts stored in the standard user defaults, pressed in whichever application. Main thread only.
+// Actions for the shortcuts stored in the standard user defaults, pressed in any application. Main thread only.
 @interface TsShortcutBinder : NSObject {
   std::map<std::string, std::unique_ptr<TsBoundShortcut>> _bound;
 }
 
 + (instancetype)sharedBinder;
 
-// Calls `action` whenever the shortcut is pressed that is stored under the key then; instead of an action that the key
-// was bound to before. What keeps a shortcut from being heard is logged.
+// Calls `action` whenever the shortcut stored under the key is pressed; replaces the key's earlier action. A shortcut
+// that can't be registered is logged.
 - (void)bindShortcutWithDefaultsKey:(NSString*)key toAction:(std::function<void()>)action;
 
 @end

@@ -20,8 +20,9 @@ id StoredObject(NSString* defaultsKey) { return [[NSUserDefaults standardUserDef
 MASShortcut* ShortcutFrom(id stored, NSString* defaultsKey) {
   if (stored == nil) return nil;
   NSError* error = nil;
-  id data = [stored isKindOfClass:[NSData class]] ? stored : nil;
-  MASShortcut* shortcut = [NSKeyedUnarchiver unarchivedObjectOfClass:[MASShortcut class] fromData:data error:&error];
+  MASShortcut* shortcut = [NSKeyedUnarchiver unarchivedObjectOfClass:[MASShortcut class]
+                                                            fromData:As<NSData>(stored)
+                                                               error:&error];
   if (shortcut == nil) TsLogWarning(@"No shortcut is stored under %@: %@", defaultsKey, [error localizedDescription]);
   return shortcut;
 }
@@ -30,7 +31,7 @@ MASShortcut* ShortcutFrom(id stored, NSString* defaultsKey) {
 
 MASShortcut* TsStoredShortcut(NSString* defaultsKey) { return ShortcutFrom(StoredObject(defaultsKey), defaultsKey); }
 
-// A key of the user defaults, what was last found there, and the ear for it.
+// A key of the user defaults, the shortcut last read from it, and its registration.
 class TsBoundShortcut {
  public:
   TsBoundShortcut(NSString* defaultsKey, std::function<void()> action)

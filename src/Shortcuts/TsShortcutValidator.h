@@ -9,12 +9,12 @@
 
 + (instancetype)sharedValidator;
 
-// One that takes nothing from those who type: a function key, or any key with Command or Control; with Option alone,
-// which types letters on many keyboards, a key that types none.
+// Whether the shortcut doesn't interfere with typing: a function key, or any key with Command or Control; with Option
+// alone, which types letters on many keyboards, only keys that type nothing.
 - (BOOL)isShortcutValid:(MASShortcut*)shortcut;
 
-// Whether the shortcut would not arrive, or would never again arrive where it does now: another application has it, an
-// item of the main menu has it, the keyboard or the session can't give it. `explanation` says in a sentence why.
+// Whether the shortcut is unavailable: another application or an item of the main menu has it, or the keyboard or the
+// session doesn't support it. `explanation` says why in a sentence.
 - (BOOL)isShortcutAlreadyTakenBySystem:(MASShortcut*)shortcut explanation:(NSString**)explanation;
 
 @end

@@ -13,7 +13,7 @@ namespace {
 bool HasShortcut(NSMenuItem* item, MASShortcut* shortcut) {
   NSString* key = [item keyEquivalent];
   if ([key length] == 0 || [item isHidden]) return false;
-  // A capital letter stands for Shift.
+  // A capital letter implies Shift.
   const bool isCapital = ![key isEqualToString:[key lowercaseString]];
   constexpr NSUInteger kModifiers = kTsCommand | kTsOption | kTsControl | kTsShift;
   const NSUInteger modifiers = ([item keyEquivalentModifierMask] & kModifiers) | (isCapital ? kTsShift : 0);

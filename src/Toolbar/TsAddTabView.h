@@ -17,12 +17,12 @@
 
 @property(nonatomic, assign) BOOL isHovering;
 @property(nonatomic, assign) BOOL isDarkMode;
-// Not retained: it leaves the view at its end.
+// Not retained: the delegate clears this at its end.
 @property(nonatomic, assign) id<TsAddTabViewDelegate> delegate;
 
 @end
 
-// Puts the view into a title bar, and has it redrawn while it is there and its window becomes or resigns main.
+// Holds the view in a title bar, and redraws it when its window becomes or resigns main.
 @interface TsAddTabViewController : NSTitlebarAccessoryViewController {
   id<TsAddTabViewDelegate> _actionDelegate;
 }

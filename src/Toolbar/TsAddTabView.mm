@@ -13,7 +13,7 @@ constexpr NSRect kFrame = {{0, 0}, {25, 24}};
 constexpr CGFloat kPlusLength = 11;
 constexpr CGFloat kDownwards = 270;
 
-// Hexadecimal, as designers gave them.
+// Hexadecimal colours.
 struct Look {
   NSString* gradientStart;
   NSString* gradientEnd;

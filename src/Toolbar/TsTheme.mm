@@ -11,7 +11,7 @@ NSString* const kThemeChanged = @"AppleInterfaceThemeChangedNotification";
 
 }  // namespace
 
-// The notifications come from another process, which may be missing: that is no reason to go without a toolbar.
+// The notification server may be missing: toolbars work without it.
 void TsObserveTheme(id observer, SEL selector) {
   tessaro::platform::AnnounceAppearanceChanges();
   @try {

@@ -9,7 +9,7 @@
   TsToolbarController* _controller;
 }
 
-// Not retained: the controller owns the item, and leaves it at its end.
+// Not retained: the controller owns the item, and clears this at its end.
 @property(nonatomic, assign) TsToolbarController* controller;
 
 @end
@@ -20,7 +20,7 @@
   BOOL _needToShowAddTabButton;
 }
 
-// Whether the button is to be there when the palette has closed.
+// Whether to show the button when the palette has closed.
 @property(nonatomic, assign) BOOL needToShowAddTabButton;
 // Not retained, as above.
 @property(nonatomic, assign) TsToolbarController* toolbarController;

@@ -2,7 +2,7 @@
 
 #import "Toolbar/TsToolbarController.h"
 
-// Single precision, as it has always been.
+// Single precision, as in earlier versions.
 static const NSTimeInterval kPaletteCheckInterval = 0.1F;
 
 @implementation TsToolbarItem
@@ -13,7 +13,7 @@ static const NSTimeInterval kPaletteCheckInterval = 0.1F;
   [super validate];
   if (_controller == nil) return;
   const BOOL isEnabled = [_controller realValidateToolbarItem:self];
-  if ([[self view] isKindOfClass:[NSControl class]]) [static_cast<NSControl*>([self view]) setEnabled:isEnabled];
+  [As<NSControl>([self view]) setEnabled:isEnabled];
   [self setEnabled:isEnabled];
 }
 
@@ -37,7 +37,7 @@ static const NSTimeInterval kPaletteCheckInterval = 0.1F;
   [super runCustomizationPalette:sender];
 }
 
-// Nobody tells when the palette closes.
+// There is no notification when the palette closes.
 - (void)timerFired:(NSTimer*)timer {
   if ([self customizationPaletteIsRunning]) return;
   [timer invalidate];

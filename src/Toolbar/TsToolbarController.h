@@ -7,8 +7,8 @@
 @class TsToolbar;
 @class TsToolbarItem;
 
-// The toolbar of one window, as script has defined it: makes its items, has script validate them, and tells script of
-// clicks. It lives until its window closes. Main thread only.
+// The toolbar of one window, defined by script: makes the items, validates them through script, and reports clicks. It
+// lives until its window closes. Main thread only.
 @interface TsToolbarController : NSObject <NSToolbarDelegate, TsAddTabViewDelegate> {
   Ref<TsAddTabViewController> _addTabViewController;
   BOOL _isDarkMode;
@@ -20,17 +20,17 @@
   int _windowId;
 }
 
-// The controller of an open window by script's number for it. Of several with the same number the oldest one.
+// The controller of an open window by script's id for it; the oldest one of several with the same id.
 + (TsToolbarController*)toolbarControllerForWindowId:(int)windowId;
 
-// Ends the process where the definition has no identifier, items or options.
+// Ends the process when the definition has no identifier, items or options.
 - (instancetype)initWithDictionary:(NSDictionary*)definition;
 
-// Once only.
+// To be called once.
 - (void)addToWindow:(NSWindow*)window withId:(int)windowId;
 
 - (int)windowId;
-// nil when there is no such window any more.
+// nil when the window is gone.
 - (NSWindow*)window;
 - (TsToolbar*)toolbar;
 

@@ -4,7 +4,6 @@
 #include "Base/TsLog.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SystemAppearance.h"
-#include "Platform/Toolbars.h"
 #include "Toolbar/TsTheme.h"
 #import "Toolbar/TsToolbar.h"
 #include "Toolbar/TsToolbarDefinitions.h"
@@ -18,11 +17,11 @@ namespace {
 constexpr NSSize kButtonSize = {48, 32};
 
 NSMutableArray* AllControllers() {
-  [[clang::no_destroy]] static const Ref<NSMutableArray> controllers = Adopt([[NSMutableArray alloc] init]);
-  return controllers;
+  static Forever<Ref<NSMutableArray>> controllers(Adopt([[NSMutableArray alloc] init]));
+  return controllers->get();
 }
 
-NSArray* ArrayOrNone(id value) { return [value isKindOfClass:[NSArray class]] ? value : [NSArray array]; }
+NSArray* ArrayOrNone(id value) { return As<NSArray>(value) != nil ? value : @[]; }
 
 NSImage* TemplateImage(NSString* name) {
   NSImage* image = name != nil ? [NSImage imageNamed:name] : nil;
@@ -65,7 +64,7 @@ void SetImage(id owner, NSImage* image) {
   TsObserveTheme(self, @selector(darkModeChanged:));
   TsAssert([definition objectForKey:@"identifier"] != nil, "need an identifier");
   TsAssert([definition objectForKey:@"items"] != nil, "need toolbar items.");
-  TsAssert([[definition objectForKey:@"options"] isKindOfClass:[NSDictionary class]], "need a dictionary of options.");
+  TsAssert(As<NSDictionary>([definition objectForKey:@"options"]) != nil, "need a dictionary of options.");
   _toolbarIdentifier = Retain([[definition objectForKey:@"identifier"] description]);
   _toolbarDefinitions = Retain(ArrayOrNone([definition objectForKey:@"items"]));
   _options = Retain(static_cast<NSDictionary*>([definition objectForKey:@"options"]));
@@ -73,7 +72,7 @@ void SetImage(id owner, NSImage* image) {
   return self;
 }
 
-// The window may live on, and with it all that points here.
+// The window may outlive the controller: clear everything that points here.
 - (void)dealloc {
   TsLeaveTheme(self);
   [[NSNotificationCenter defaultCenter] removeObserver:self];
@@ -90,8 +89,8 @@ void SetImage(id owner, NSImage* image) {
 - (void)releaseItem:(TsToolbarItem*)item {
   [item setController:nil];
   [item setTarget:nil];
-  if ([[item view] isKindOfClass:[NSControl class]]) [static_cast<NSControl*>([item view]) setTarget:nil];
-  // The two own each other.
+  [As<NSControl>([item view]) setTarget:nil];
+  // The item and its menu form own each other.
   [[item menuFormRepresentation] setTarget:nil];
   [[item menuFormRepresentation] setRepresentedObject:nil];
 }
@@ -105,8 +104,7 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (TsToolbar*)toolbar {
-  NSToolbar* toolbar = [[self window] toolbar];
-  return [toolbar isKindOfClass:[TsToolbar class]] ? static_cast<TsToolbar*>(toolbar) : nil;
+  return As<TsToolbar>([[self window] toolbar]);
 }
 
 // ---- The window
@@ -125,7 +123,6 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (void)installToolbar {
-  platform::CompleteToolbars();
   const auto toolbar = Adopt([[TsToolbar alloc] initWithIdentifier:_toolbarIdentifier]);
   [toolbar setAllowsExtensionItems:TsIsTrue(_options, @"allows-extension-items?")];
   [toolbar setAllowsUserCustomization:TsIsTrue(_options, @"allows-user-customization?")];
@@ -138,7 +135,7 @@ void SetImage(id owner, NSImage* image) {
 
 - (void)windowWillClose:(NSNotification*)notification {
   [[NSNotificationCenter defaultCenter] removeObserver:self];
-  // It may be at work: closing is what a click on one of its items can lead to.
+  // A click on one of the items may be closing the window: this object must outlive the click.
   static_cast<void>(Retain(self).Autoreleased());
   [AllControllers() removeObjectIdenticalTo:self];
 }
@@ -231,9 +228,8 @@ void SetImage(id owner, NSImage* image) {
 - (void)changeToolbarItemWithIdentifier:(NSString*)identifier image:(NSString*)imageName {
   for (NSToolbarItem* item in [[self toolbar] visibleItems]) {
     if (![[item itemIdentifier] isEqualToString:identifier]) continue;
-    if (![[item view] isKindOfClass:[NSButton class]]) continue;
-    [static_cast<NSButton*>([item view]) setImage:TemplateImage(imageName)];
-    return;
+    NSButton* button = As<NSButton>([item view]);
+    if (button != nil) return [button setImage:TemplateImage(imageName)];
   }
 }
 
@@ -243,8 +239,8 @@ void SetImage(id owner, NSImage* image) {
   const TsCallbackSlot& callback = TsCallbackSlots::Shared().toolbarAction;
   if (!callback.IsSet()) return;
   id item = sender;
-  if ([sender isKindOfClass:[NSView class]]) item = ItemWithView([self toolbar], sender);
-  if ([sender isKindOfClass:[NSMenuItem class]]) item = [sender representedObject];
+  if (As<NSView>(sender) != nil) item = ItemWithView([self toolbar], sender);
+  if (As<NSMenuItem>(sender) != nil) item = [sender representedObject];
   NSString* identifier = [item itemIdentifier];
   if (identifier == nil) {
     TsLogWarning(@"Need item identifier.");

@@ -1,5 +1,6 @@
 #include "Toolbar/TsToolbarDefinitions.h"
 
+#include "Base/Ref.h"
 #include "Platform/Cocoa.h"
 
 namespace {
@@ -23,18 +24,16 @@ NSString* SystemIdentifier(NSString* type) {
   return nil;
 }
 
-bool IsDefinition(id value) { return [value isKindOfClass:[NSDictionary class]]; }
+bool IsDefinition(id value) { return As<NSDictionary>(value) != nil; }
 
 }  // namespace
 
+// There is one object for true; the number 1 is equal to it, but not identical.
 bool TsIsTrue(NSDictionary* definition, NSString* key) {
-  return [[definition objectForKey:key] isEqual:[NSNumber numberWithBool:YES]];
+  return [definition objectForKey:key] == [NSNumber numberWithBool:YES];
 }
 
-NSString* TsText(NSDictionary* definition, NSString* key) {
-  id text = [definition objectForKey:key];
-  return [text isKindOfClass:[NSString class]] ? text : nil;
-}
+NSString* TsText(NSDictionary* definition, NSString* key) { return As<NSString>([definition objectForKey:key]); }
 
 NSDictionary* TsDefinitionWithIdentifier(NSArray* definitions, NSString* identifier) {
   for (NSDictionary* definition in definitions) {

@@ -6,19 +6,19 @@
 
 @class NSPasteboard;
 
-// What a view is told about a drag that no hand makes: it comes from nowhere, to a point, as a copy.
+// The dragging information of a programmatic drop: a copy to a point, without a source window.
 @interface TsDraggingInfo : NSObject <NSDraggingInfo> {
   Ref<NSPasteboard> _pasteboard;
   NSPoint _draggingLocation;
 }
 
-// Takes the system's drag pasteboard.
+// With the system's drag pasteboard.
 - (instancetype)initWithLocation:(NSPoint)location;
 
 @property(retain) NSPasteboard* pasteboard;
 @property NSPoint draggingLocation;
 
-// What Cocoa asks and GNUstep doesn't.
+// Of Cocoa's protocol; GNUstep lacks these.
 - (NSInteger)draggingFormation;
 - (void)setDraggingFormation:(NSInteger)formation;
 - (BOOL)animatesToDestination;

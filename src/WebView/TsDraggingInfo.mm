@@ -25,7 +25,7 @@
   }
 }
 
-// A point is two numbers: nobody may see one of them only.
+// A point is two numbers, read and written as one.
 - (NSPoint)draggingLocation {
   @synchronized(self) {
     return _draggingLocation;
@@ -98,7 +98,7 @@
 - (void)setNumberOfValidItemsForDrop:(NSInteger)number {
 }
 
-// Nothing is dragged that has items to enumerate.
+// A programmatic drop has no items to enumerate.
 - (void)enumerateDraggingItemsWithOptions:(NSUInteger)options
                                   forView:(NSView*)view
                                   classes:(NSArray*)classes

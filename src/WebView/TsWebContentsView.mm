@@ -11,7 +11,7 @@
 #include "Utilities/TsPageState.h"
 #import "WebView/TsDraggingInfo.h"
 
-// The host view's own methods, once they have been exchanged.
+// The host view's own methods, after the exchange.
 @interface NSObject (TsWebContentsViewAliases)
 - (NSDragOperation)draggingEntered_:(id<NSDraggingInfo>)info;
 - (NSDragOperation)draggingUpdated_:(id<NSDraggingInfo>)info;
@@ -33,9 +33,7 @@ NSView* FirstSubviewOfKind(NSView* view, Class kind) {
 }
 
 NSView* DropTargetAroundFocus(NSWindow* window) {
-  NSResponder* responder = [window firstResponder];
-  if (![responder isKindOfClass:[NSView class]]) return nil;
-  auto* view = static_cast<NSView*>(responder);
+  NSView* view = As<NSView>([window firstResponder]);
   for (int tested = 0; view != nil && tested < kMostSuperviews; ++tested, view = [view superview]) {
     if ([view isKindOfClass:WebContentsView()]) return view;
   }
@@ -51,7 +49,7 @@ NSView* DropTargetFromTop(NSWindow* window) {
   return nil;
 }
 
-// Whatever the page answers, the user is shown that files can be dropped: script may take them.
+// Always a copy, whatever the page answers: script may accept the files.
 NSDragOperation TsDraggingEntered(id view, SEL, id<NSDraggingInfo> info) {
   CallCallback(@"dragging-entered", info);
   [view draggingEntered_:info];

@@ -2,8 +2,7 @@
 
 @class NSWindow;
 
-// The window of this application that a reference from outside means: the window itself, or that of the view it refers
-// to, as hosts hand out either. nil when there is no such window any more.
+// The window of this application for a handle's reference to a window or a view. nil when the window is gone.
 //
-// `reference` is compared with what is alive, never followed: it may be anything. Main thread only.
+// `reference` may be any value: it is compared with living objects, never followed. Main thread only.
 [[nodiscard]] NSWindow* TsLivingWindow(const void* reference);

@@ -13,18 +13,18 @@
 // Adds the window delegate methods that the host's delegate class lacks.
 void TsInstallDelegateMethods();
 
-// Starts to report the windows' notifications to script.
+// Starts reporting the windows' notifications to script.
 void TsListenForWindowNotifications();
 
-// Whether this is a window of the host's window class: script hears of no others.
+// Whether this is a window of the host's window class. Others are not reported to script.
 [[nodiscard]] bool TsIsBrowserWindow(id window);
 
-// Makes the content of the window invisible, and visible and focused again after a number of milliseconds. The window
-// is kept alive until then.
+// Hides the window's content for a number of milliseconds, and focuses the content afterwards. Keeps the window alive
+// until then.
 void TsHideWindowContent(NSWindow* window, int milliseconds);
 
-// Reports notifications of browser windows to script, and announces changes of their backing a second time, five
-// seconds later: windows have settled on their new screen then.
+// Reports notifications of browser windows to script, and posts changes of their backing again after five seconds, when
+// windows have settled on their new screen.
 @interface TsWindowUtils : NSObject
 
 + (TsWindowUtils*)sharedInstance;
@@ -32,7 +32,7 @@ void TsHideWindowContent(NSWindow* window, int milliseconds);
 - (void)registerCallbacks;
 - (void)windowNotification:(NSNotification*)notification;
 - (void)windowDidChangeScreenBacking:(NSNotification*)notification;
-// Logs what it receives; for developers, who register it themselves.
+// Logs the notification; a diagnostic that is not registered.
 - (void)debugNotification:(NSNotification*)notification;
 
 @end

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <string>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Extensions/TsHostClasses.h"
 #include "Platform/Cocoa.h"
@@ -50,8 +51,8 @@ Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
 @implementation TsWindowUtils
 
 + (TsWindowUtils*)sharedInstance {
-  [[clang::no_destroy]] static const Ref<TsWindowUtils> shared = Adopt([[TsWindowUtils alloc] init]);
-  return shared;
+  static Forever<Ref<TsWindowUtils>> shared(Adopt([[TsWindowUtils alloc] init]));
+  return shared->get();
 }
 
 - (void)dealloc {

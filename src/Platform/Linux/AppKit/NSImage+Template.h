@@ -2,8 +2,8 @@
 
 #import <AppKit/NSImage.h>
 
-// Images that are a shape only, to be drawn in the colour of what is around them. As on a Mac, an image whose name ends
-// with "Template" is one from the beginning.
+// Images that are only a shape, drawn in the colour of their surroundings. As on a Mac, an image whose name ends with
+// "Template" is one by default.
 @interface NSImage (Template)
 
 - (BOOL)isTemplate;

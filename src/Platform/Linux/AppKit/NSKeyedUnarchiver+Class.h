@@ -4,11 +4,11 @@
 
 @class NSError;
 
-// GNUstep's unarchiver trusts an archive: it makes objects of whatever classes it names, and follows references out of
-// its bounds.
+// GNUstep's unarchiver trusts archives: it instantiates every class that they name, and follows references out of
+// bounds.
 @interface NSKeyedUnarchiver (Class)
 
-// nil, with an error, unless the archive is that of one object of `expected` whose values are no objects of their own.
+// nil, with an error, unless the archive holds exactly one object of `expected`, without references to other objects.
 + (id)unarchivedObjectOfClass:(Class)expected fromData:(NSData*)data error:(NSError**)error;
 
 @end

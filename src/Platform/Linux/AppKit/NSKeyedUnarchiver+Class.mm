@@ -4,40 +4,39 @@
 
 #include <string_view>
 
+#include "Base/Ref.h"
 #include "Platform/Common/BinaryPropertyList.h"
 
 using tessaro::platform::IsSoundBinaryPropertyList;
 
 namespace {
 
-// More than any object without objects takes, and less than GNUstep's reader of texts needs to get lost in brackets.
+// More than any flat object takes; less than GNUstep's text reader needs to exhaust the stack with nested brackets.
 constexpr std::size_t kMostBytes = 16384;
 
-// GNUstep also reads forms of its own, one of which makes objects of any class.
+// GNUstep also reads forms of its own; one of them instantiates any class.
 bool IsReadable(NSData* data) {
   const std::string_view bytes(static_cast<const char*>([data bytes]), [data length]);
   return bytes.size() <= kMostBytes && (bytes.starts_with("<?xml") || IsSoundBinaryPropertyList(bytes));
 }
 
-NSDictionary* Dictionary(id value) { return [value isKindOfClass:[NSDictionary class]] ? value : nil; }
-
-// What a reference of the archive leads to, nil where that is nothing.
+// The object that a reference of the archive names; nil when there is none.
 id Target(NSArray* objects, id reference) {
-  id index = [Dictionary(reference) objectForKey:@"CF$UID"];
-  if (![index isKindOfClass:[NSNumber class]]) return nil;
+  NSNumber* index = As<NSNumber>([As<NSDictionary>(reference) objectForKey:@"CF$UID"]);
+  if (index == nil) return nil;
   const NSUInteger place = [index unsignedIntegerValue];
   return place < [objects count] ? [objects objectAtIndex:place] : nil;
 }
 
 bool IsFlat(NSDictionary* object) {
   for (NSString* key in object) {
-    const bool isReference = Dictionary([object objectForKey:key]) != nil;
+    const bool isReference = As<NSDictionary>([object objectForKey:key]) != nil;
     if (isReference != [key isEqualToString:@"$class"]) return false;
   }
   return true;
 }
 
-// nil when it is none.
+// nil when the data are no property list.
 id PropertyList(NSData* data) {
   if (!IsReadable(data)) return nil;
   return [NSPropertyListSerialization propertyListWithData:data
@@ -48,15 +47,14 @@ id PropertyList(NSData* data) {
 
 // Whether the whole of the archive is one flat object of the class.
 bool IsArchiveOf(Class expected, id archive) {
-  id listed = [Dictionary(archive) objectForKey:@"$objects"];
-  NSArray* objects = [listed isKindOfClass:[NSArray class]] ? listed : nil;
-  NSDictionary* top = Dictionary([Dictionary(archive) objectForKey:@"$top"]);
-  NSDictionary* root = Dictionary(Target(objects, [top objectForKey:@"root"]));
-  NSDictionary* description = Dictionary(Target(objects, [root objectForKey:@"$class"]));
+  NSArray* objects = As<NSArray>([As<NSDictionary>(archive) objectForKey:@"$objects"]);
+  NSDictionary* top = As<NSDictionary>([As<NSDictionary>(archive) objectForKey:@"$top"]);
+  NSDictionary* root = As<NSDictionary>(Target(objects, [top objectForKey:@"root"]));
+  NSDictionary* description = As<NSDictionary>(Target(objects, [root objectForKey:@"$class"]));
   return root != nil && IsFlat(root) && [NSStringFromClass(expected) isEqual:[description objectForKey:@"$classname"]];
 }
 
-void Tell(NSError** error, NSString* reason) {
+void SetError(NSError** error, NSString* reason) {
   if (error == nullptr) return;
   *error = [NSError errorWithDomain:NSCocoaErrorDomain
                                code:NSFileReadCorruptFileError
@@ -70,9 +68,9 @@ void Tell(NSError** error, NSString* reason) {
 + (id)unarchivedObjectOfClass:(Class)expected fromData:(NSData*)data error:(NSError**)error {
   @try {
     if (IsArchiveOf(expected, PropertyList(data))) return [NSKeyedUnarchiver unarchiveObjectWithData:data];
-    Tell(error, [NSString stringWithFormat:@"This is no archive of %@", NSStringFromClass(expected)]);
+    SetError(error, [NSString stringWithFormat:@"The data are no archive of %@", NSStringFromClass(expected)]);
   } @catch (NSException* exception) {
-    Tell(error, [exception reason]);
+    SetError(error, [exception reason]);
   }
   return nil;
 }

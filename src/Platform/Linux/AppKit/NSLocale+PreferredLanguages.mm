@@ -2,7 +2,8 @@
 
 #include "Platform/Linux/Base/PreferredLanguages.h"
 
-// GNUstep gives languages without their regions: "de" to a user in Austria. The category takes its method's place.
+// GNUstep returns languages without their regions: "de" to a user in Austria. The run time takes a category's method
+// before the class's own.
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 @implementation NSLocale (PreferredLanguages)

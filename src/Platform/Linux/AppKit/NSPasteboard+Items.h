@@ -12,8 +12,8 @@
 
 - (NSInteger)clearContents;
 
-// Declares the types of all items and sets their data; of a type that comes twice the first data count. Files are not
-// written one by one: they stand in the list of file names that belongs to them.
+// Declares the types of all items and sets their data; for a type of several items the first item's. Files are written
+// as one list of file names.
 - (BOOL)writeObjects:(NSArray*)items;
 
 @end

@@ -13,7 +13,7 @@
 
 static NSString* const kFileURLType = @"public.file-url";
 
-// GNUstep hands out the pasteboard server's own list, which can't be enumerated across the two processes.
+// GNUstep returns the pasteboard server's own list, a proxy that can't be enumerated.
 static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
   NSArray* remote = [pasteboard types];
   const NSUInteger count = [remote count];
@@ -33,7 +33,7 @@ using TypesInOrder = std::shared_ptr<std::vector<TypedData>>;
 using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, TypesInOrder>;
 
 TypesInOrder ContentsOf(NSPasteboardItem* item) {
-  TypesInOrder contents = ItemContents::Shared().Get(item, nullptr);
+  TypesInOrder contents = ItemContents::Shared().Get(item);
   if (contents) return contents;
   contents = std::make_shared<std::vector<TypedData>>();
   ItemContents::Shared().Set(item, contents);
@@ -48,7 +48,7 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 
 }  // namespace
 
-// GNUstep's own items have only the types that somebody promises data for, in no order.
+// GNUstep's own items have only promised types, in no order.
 @interface NSPasteboardItem (Contents)
 @end
 
@@ -63,11 +63,11 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 - (BOOL)setData:(NSData*)data forType:(NSString*)type {
   if (data == nil || type == nil) return NO;
   const TypesInOrder contents = ContentsOf(self);
-  auto copy = Adopt(static_cast<NSData*>([data copy]));
+  auto copy = Copy(data);
   if (TypedData* known = Find(*contents, type)) {
     known->data = std::move(copy);
   } else {
-    contents->push_back({Adopt(static_cast<NSString*>([type copy])), std::move(copy)});
+    contents->push_back({Copy(type), std::move(copy)});
   }
   return YES;
 }
@@ -89,7 +89,7 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 
 @end
 
-// What is on a pasteboard, fetched only when it is asked for: it may be large, and come from another application.
+// Contents of a pasteboard, fetched on request: they may be large, and come from another application.
 @interface TsLazyPasteboardItem : NSPasteboardItem {
   Ref<NSPasteboard> _pasteboard;
   Ref<NSArray> _offered;
@@ -118,7 +118,7 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 }
 
 - (NSString*)stringForType:(NSString*)type {
-  // The pasteboard keeps strings in a form of its own.
+  // GNUstep's pasteboards keep strings in a form of their own.
   return [super dataForType:type] != nil ? [super stringForType:type] : [_pasteboard stringForType:type];
 }
 
@@ -134,11 +134,11 @@ static void SetFile(NSPasteboardItem* item, NSString* path) {
 
 static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
   if (![types containsObject:NSFilenamesPboardType]) return @[];
-  id paths = [pasteboard propertyListForType:NSFilenamesPboardType];
-  return [paths isKindOfClass:[NSArray class]] ? paths : @[];
+  NSArray* paths = As<NSArray>([pasteboard propertyListForType:NSFilenamesPboardType]);
+  return paths != nil ? paths : @[];
 }
 
-// GNUstep takes only TIFF and vector graphics from pasteboards, although it reads the others.
+// GNUstep makes images only of TIFF and vector graphics on pasteboards, although it can read the others.
 @interface NSBitmapImageRep (PasteboardTypes)
 @end
 

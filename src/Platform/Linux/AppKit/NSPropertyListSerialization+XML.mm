@@ -1,17 +1,15 @@
 #import <Foundation/Foundation.h>
-#import <objc/runtime.h>
 
 #include <string>
 
 #include "Platform/Common/PropertyListText.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
-using Writer = NSData* (*)(id, SEL, id, NSPropertyListFormat, NSString**);
-
-Writer gnustepWriter = nullptr;
+platform::ReplacedMethod<NSData* (*)(id, SEL, id, NSPropertyListFormat, NSString**)> gnustepWriter;
 
 NSString* Escaped(NSString* string) {
   std::u16string characters([string length], u'\0');
@@ -21,7 +19,7 @@ NSString* Escaped(NSString* string) {
   return [NSString stringWithCharacters:reinterpret_cast<const unichar*>(escaped->data()) length:escaped->size()];
 }
 
-// The same list with its texts escaped. What is no property list is left for the writer to refuse.
+// The same list with its texts escaped. The writer refuses what is no property list.
 id EscapedList(id list) {
   if ([list isKindOfClass:[NSString class]]) return Escaped(list);
   if ([list isKindOfClass:[NSArray class]]) {
@@ -50,17 +48,16 @@ NSData* WriteLossless(id self, SEL selector, id list, NSPropertyListFormat forma
 
 }  // namespace
 
-// GNUstep's writer splits characters outside the basic plane in a way its reader can't mend, and a text with a lone
-// surrogate vanishes: user defaults would lose every emoji.
+// GNUstep's writer splits characters outside the basic plane so that its reader can't join them, and drops texts with a
+// lone surrogate: user defaults would lose every emoji.
 @interface NSPropertyListSerialization (LosslessXML)
 @end
 
 @implementation NSPropertyListSerialization (LosslessXML)
 
 + (void)load {
-  const Method method = class_getClassMethod([NSPropertyListSerialization class],
-                                             @selector(dataFromPropertyList:format:errorDescription:));
-  gnustepWriter = reinterpret_cast<Writer>(method_setImplementation(method, reinterpret_cast<IMP>(WriteLossless)));
+  gnustepWriter.With(object_getClass([NSPropertyListSerialization class]),
+                     "dataFromPropertyList:format:errorDescription:", WriteLossless);
 }
 
 @end

@@ -1,7 +1,6 @@
 #import <AppKit/NSView.h>
 
-// GNUstep keeps a view's alpha value, but draws the view all the same. One that is made entirely transparent is hidden
-// here, so that it can't be seen.
+// GNUstep keeps a view's alpha value, but draws the view opaque. Hide views that are entirely transparent.
 
 // The run time takes a category's method before the class's own.
 #pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"

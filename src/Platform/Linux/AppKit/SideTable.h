@@ -1,46 +1,54 @@
 #pragma once
 
 #import <Foundation/NSObject.h>
-#import <objc/runtime.h>
 
 #include <mutex>
 #include <unordered_map>
+#include <utility>
+
+#include "Base/Lifetime.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
 
 namespace tessaro::platform {
 
-// A property that a class of GNUstep lacks, for those of its instances that have been given one; it ends with them.
-// `Owner` is the class; of each pair of Owner and Value there can be one table only. Thread-safe.
+// Properties that a class of GNUstep lacks, for those of its instances that have been given some; they end with their
+// object. (This run time has no associated objects.) There is one table for each pair of `Owner`, the class, and
+// `Value`. Thread-safe.
 template <typename Owner, typename Value>
 class SideTable {
  public:
   static SideTable& Shared() {
-    static auto& table = *new SideTable();
-    return table;
+    static Forever<SideTable> table;
+    return *table;
   }
 
-  void Set(Owner* owner, Value value) {
-    const std::lock_guard lock(mutex_);
-    values_.insert_or_assign(owner, std::move(value));
-  }
-
-  [[nodiscard]] Value Get(Owner* owner, Value otherwise) const {
+  [[nodiscard]] Value Get(Owner* owner, Value otherwise = {}) const {
     const std::lock_guard lock(mutex_);
     const auto found = values_.find(owner);
     return found == values_.end() ? otherwise : found->second;
   }
 
+  void Set(Owner* owner, Value value) {
+    const std::lock_guard lock(mutex_);
+    std::swap(values_[owner], value);
+  }
+
+  template <typename Function>
+  void Change(Owner* owner, Function change) {
+    Value value = Get(owner);
+    change(value);
+    Set(owner, std::move(value));
+  }
+
+  SideTable() { dealloc_.With([Owner class], "dealloc", Dealloc); }
+
  private:
-  SideTable() {
-    const Method method = class_getInstanceMethod([Owner class], @selector(dealloc));
-    dealloc_ = method_setImplementation(method, reinterpret_cast<IMP>(Dealloc));
-  }
-
-  static void Dealloc(id owner, SEL selector) {
+  static void Dealloc(Owner* owner, SEL selector) {
     Shared().Forget(owner);
-    reinterpret_cast<void (*)(id, SEL)>(Shared().dealloc_)(owner, selector);
+    Shared().dealloc_(owner, selector);
   }
 
-  void Forget(id owner) {
+  void Forget(Owner* owner) {
     Value last{};  // its end may need the table
     const std::lock_guard lock(mutex_);
     const auto found = values_.find(owner);
@@ -50,8 +58,8 @@ class SideTable {
   }
 
   mutable std::mutex mutex_;
-  std::unordered_map<id, Value> values_;
-  IMP dealloc_ = nullptr;
+  std::unordered_map<Owner*, Value> values_;
+  ReplacedMethod<void (*)(Owner*, SEL)> dealloc_;
 };
 
 }  // namespace tessaro::platform

@@ -2,8 +2,7 @@
 
 #include <cstdint>
 
-// What the keyboard's layouts have on a key beyond the character it has just typed. Main thread only; 0 where there is
-// none.
+// The other characters that a key types. Main thread only; 0 for no character.
 namespace tessaro::platform {
 
 // The character that the key types without any modifier in the layout in use.
@@ -13,7 +12,7 @@ namespace tessaro::platform {
 // any, on an American keyboard.
 [[nodiscard]] char16_t AsciiCharacter(std::uint16_t systemKeyCode, bool isShifted) noexcept;
 
-// Greek, Cyrillic, Arabic, Kana, Hangul …: what is no key equivalent of any menu in Latin letters.
+// Greek, Cyrillic, Arabic, Kana, Hangul …: never the key equivalent of a menu in Latin letters.
 [[nodiscard]] bool IsOfOtherScript(char16_t character) noexcept;
 
 }  // namespace tessaro::platform

@@ -5,8 +5,8 @@
 
 namespace tessaro::platform {
 
-// A key press, as menu items are compared with it. GNUstep's own comparison takes "n" with Shift for plain "n", and
-// knows nothing of Caps Lock and of keyboards whose letters are not Latin.
+// A key press to compare with menu items. GNUstep's own comparison confuses "n" with Shift and plain "n", and fails
+// with Caps Lock on and on keyboards whose letters are not Latin.
 class KeyPress {
  public:
   explicit KeyPress(NSEvent* event);

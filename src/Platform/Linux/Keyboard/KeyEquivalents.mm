@@ -54,7 +54,7 @@ bool KeyPress::ChoosesCharacter(NSString* key, NSUInteger mask) const {
            [[key lowercaseString] isEqualToString:[characters_ lowercaseString]];
   }
   if (IsControl(key)) return isShifted == wantsShift && [key isEqualToString:characters_];
-  // On many keyboards it takes Shift to type the character itself.
+  // Many keyboards need Shift to type the character itself.
   if ([key isEqualToString:characters_]) return isShifted || !wantsShift;
   return wantsShift && [key isEqualToString:unshifted_];
 }

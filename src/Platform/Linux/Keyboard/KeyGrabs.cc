@@ -19,13 +19,13 @@ constexpr KeyCode kFirstKey = 8;
 constexpr unsigned kKeys = 256;
 constexpr std::uint64_t kReleaseInterval = 20;  // ms
 
-// The X server of a Wayland session learns of keys only while one of its own windows has the keyboard.
+// The X server of a Wayland session receives keys only while one of its own windows has the keyboard focus.
 bool IsWaylandSession() {
   const char* type = std::getenv("XDG_SESSION_TYPE");
   return std::getenv("WAYLAND_DISPLAY") != nullptr || (type != nullptr && std::strcmp(type, "wayland") == 0);
 }
 
-// A keyboard may have a key twice.
+// Several key codes may be the same key.
 std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
   std::vector<KeyCode> codes;
   if (virtualKeyCode == kNoVirtualKey) return codes;
@@ -74,7 +74,7 @@ bool KeyGrabs::Open() noexcept {
   display_.reset(XOpenDisplay(nullptr));
   if (!display_) return false;
   Display* display = display_.get();
-  // Of a key that is held there are presses only then, and one release.
+  // With detectable auto-repeat a held key sends repeated presses and a single release.
   XkbSetDetectableAutoRepeat(display, True, nullptr);
   constexpr unsigned kKeyboardChanges = XkbNewKeyboardNotifyMask | XkbMapNotifyMask;
   XkbQueryExtension(display, nullptr, &keyboardEvent_, nullptr, nullptr, nullptr);
@@ -102,7 +102,7 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
   const std::optional<unsigned> mask = masks_.Of(key);
   if (codes.empty() || !mask) return HotKeyStatus::NotOnKeyboard;
 
-  // By requests whose errors come back here: Xlib's own end in a handler that all of the process shares.
+  // Checked requests: Xlib reports errors of its own to a handler that the whole process shares.
   xcb_connection_t* connection = XGetXCBConnection(display_.get());
   const auto root = static_cast<xcb_window_t>(DefaultRootWindow(display_.get()));
   std::vector<xcb_void_cookie_t> requests;
@@ -118,7 +118,7 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
                                                                            std::free);
     if (error) isRefused = true;
   }
-  // Waiting for the answers may have read events, which the event loop would not notice.
+  // Waiting for the replies may have queued events that the event loop would not notice.
   MainQueue::Shared().Post([this] { ReadEvents(); });
   if (isRefused) {
     Ungrab(key);
@@ -143,7 +143,7 @@ void KeyGrabs::Ungrab(const HotKey& key) noexcept {
   xcb_flush(connection);
 }
 
-// Which bit a modifier has, and on which key code a key lies, may be others on the new keyboard.
+// The new keyboard may have other modifier bits and key codes.
 void KeyGrabs::GrabAllAnew() noexcept {
   isKeyboardChanged_ = false;
   Display* display = display_.get();
@@ -188,8 +188,8 @@ void KeyGrabs::Press(KeyCode code, unsigned state) noexcept {
   }
 }
 
-// Its release may go elsewhere: a key that is down while it is grabbed, as the one that the user has just chosen, can
-// be released before it repeats into the grab, and who takes the keyboard from everybody gets the rest.
+// We may never get this key's release (released before the grab took effect, or another client grabbed the keyboard),
+// so poll the key state.
 void KeyGrabs::WaitForRelease(KeyCode key) noexcept {
   held_ = key;
   if (!release_) release_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
@@ -200,7 +200,7 @@ void KeyGrabs::WaitForRelease(KeyCode key) noexcept {
 
 void KeyGrabs::LookForRelease() noexcept {
   const bool isReleased = held_ && !IsDown(*held_);
-  // Its repeats may still be on their way.
+  // Repeats of the key may still be queued.
   ReadEvents();
   if (isReleased) held_.reset();
   if (!held_ && release_) uv_timer_stop(release_.get());

@@ -33,11 +33,11 @@ class KeyGrabs {
 
   [[nodiscard]] HotKeyStatus Probe(const HotKey& key) noexcept;
 
-  // Listeners stay where they are until they are removed.
+  // Iterators of listeners stay valid until they are removed.
   void Add(Listener& listener) noexcept;
   void Remove(Listener& listener) noexcept;
 
-  // Leaves the event loop for good.
+  // Leaves the event loop for good; no press is reported afterwards.
   static constexpr EndStage kEnd = EndStage::Services;
   void Close() noexcept;
 

@@ -21,8 +21,8 @@ struct NamedKey {
   std::uint8_t virtualKeyCode;
 };
 
-// X names keys by row and column, counted from the bottom left: AB is the row of Z, AC that of A, AD that of Q, AE that
-// of the digits.
+// X names keys by row and column, counted from the bottom left: AB is the row of Z, AC of A, AD of Q, AE of
+// the digits.
 constexpr NamedKey kNamedKeys[] = {
     {"TLDE", 50},  {"AE01", 18},  {"AE02", 19},  {"AE03", 20},  {"AE04", 21},  {"AE05", 23},  {"AE06", 22},
     {"AE07", 26},  {"AE08", 28},  {"AE09", 25},  {"AE10", 29},  {"AE11", 27},  {"AE12", 24},  {"AE13", 93},
@@ -89,7 +89,7 @@ Table MakeTable(Display* display) {
 
 }  // namespace
 
-// The keys keep their names whatever layout is set on them, so they are read once.
+// Key names don't depend on the layout: read them once.
 std::uint16_t VirtualKeyCode(std::uint16_t systemKeyCode) {
   Display* display = XDisplay();
   if (display == nullptr || systemKeyCode >= kKeyCodes) return kNoVirtualKey;

@@ -3,13 +3,13 @@
 #include <string>
 #include <vector>
 
-// Which keys GNUstep takes for the modifiers of a Mac's keyboard.
+// The keys that GNUstep uses as the modifiers of a Mac's keyboard.
 namespace tessaro::platform {
 
 enum class Modifier { Command, Option, Control };
 
-// By the names that X has for their symbols, "Control_L": the user's choice, or else GNUstep's own. Empty where the
-// user wants none.
+// The names of their X symbols ("Control_L"): the user's choice, or GNUstep's default. Empty where the user has
+// disabled the modifier.
 [[nodiscard]] std::vector<std::string> ModifierKeyNames(Modifier modifier) noexcept;
 
 }  // namespace tessaro::platform

@@ -31,7 +31,7 @@ Choices ChoicesOf(Modifier modifier) {
 void AddName(std::vector<std::string>& names, const Choice& choice) {
   NSString* chosen = [[NSUserDefaults standardUserDefaults] stringForKey:choice.defaultsKey];
   NSString* name = chosen != nil ? chosen : choice.usual;
-  // GNUstep's word for no key at all.
+  // GNUstep's name for no key.
   if ([name length] == 0 || [name isEqualToString:@"NoSymbol"]) return;
   names.emplace_back([name UTF8String]);
 }

@@ -3,6 +3,7 @@
 #include <X11/XKBlib.h>
 #include <X11/keysym.h>
 
+#include "Platform/Linux/Base/XDisplay.h"
 #include "Platform/Linux/Keyboard/ModifierKeys.h"
 
 namespace tessaro::platform {
@@ -14,7 +15,7 @@ constexpr unsigned kModifierBits =
 
 unsigned MaskOf(Display* display, KeySym symbol) { return XkbKeysymToModifiers(display, symbol); }
 
-// Of a modifier's keys the second is a twin of the first as a rule, and modifies the same.
+// A modifier's second key is normally a twin of the first, with the same mask.
 unsigned MaskOf(Display* display, Modifier modifier) {
   for (const std::string& name : ModifierKeyNames(modifier)) {
     if (const unsigned mask = MaskOf(display, XStringToKeysym(name.c_str()))) return mask;
@@ -50,5 +51,23 @@ std::optional<unsigned> ModifierMasks::Of(const HotKey& key) const {
 }
 
 unsigned ModifierMasks::Held(unsigned state) const { return state & kModifierBits & ~locks_.back(); }
+
+HeldModifiers CurrentModifiers() noexcept {
+  Display* display = XDisplay();
+  XkbStateRec state{};
+  if (display == nullptr || XkbGetState(display, XkbUseCoreKbd, &state) != Success) return {};
+  const ModifierMasks masks(display);
+  const auto holds = [&](const HotKey& modifier) {
+    const auto mask = masks.Of(modifier);
+    return mask && (state.mods & *mask) != 0;
+  };
+  return {
+      .command = holds({.command = true}),
+      .option = holds({.option = true}),
+      .control = holds({.control = true}),
+      .shift = holds({.shift = true}),
+      .capsLock = (state.locked_mods & LockMask) != 0,
+  };
+}
 
 }  // namespace tessaro::platform

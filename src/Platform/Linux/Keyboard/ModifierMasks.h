@@ -10,6 +10,18 @@ struct _XDisplay;
 
 namespace tessaro::platform {
 
+struct HeldModifiers {
+  bool command = false;
+  bool option = false;
+  bool control = false;
+  bool shift = false;
+  bool capsLock = false;
+};
+
+// The modifiers that the keyboard holds now, whichever program has the focus. None without a window server. Main thread
+// only.
+[[nodiscard]] HeldModifiers CurrentModifiers() noexcept;
+
 // The bits that modifier keys have in the state of X's events, as the keyboard has them now.
 class ModifierMasks {
  public:

@@ -4,7 +4,7 @@
 
 namespace tessaro::platform {
 
-// The item's key equivalent as a person reads it: "Ctrl+Shift+B", by the keys that the user has for Command, Option and
+// The item's key equivalent for the user: "Ctrl+Shift+B", by the keys that the user has for Command, Option and
 // Control. Empty for none. GNUstep writes "#B", and nothing for arrows and function keys.
 [[nodiscard]] NSString* ShortcutText(NSMenuItem* item);
 

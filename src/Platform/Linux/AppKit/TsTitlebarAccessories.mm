@@ -1,22 +1,9 @@
-#import "Platform/Linux/AppKit/NSWindow+TitlebarAccessories.h"
+#import "Platform/Linux/AppKit/TsTitlebarAccessories.h"
 
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSToolbarView.h>
 
-#include "Base/Ref.h"
-#include "Platform/Linux/AppKit/SideTable.h"
-
-// Keeps the accessories of one window in their place.
-@interface TsTitlebarAccessories : NSObject {
-  NSWindow* _window;
-  Ref<NSMutableArray> _controllers;
-}
-- (instancetype)initWithWindow:(NSWindow*)window;
-- (NSArray*)controllers;
-- (void)add:(NSTitlebarAccessoryViewController*)controller;
-@end
-
-using Accessories = tessaro::platform::SideTable<NSWindow, Ref<TsTitlebarAccessories>>;
+#include "Platform/Linux/AppKit/NSWindow+Completion.h"
 
 @implementation TsTitlebarAccessories
 
@@ -67,7 +54,7 @@ using Accessories = tessaro::platform::SideTable<NSWindow, Ref<TsTitlebarAccesso
   return nil;
 }
 
-// Within the toolbar's view, as what is beside it would be drawn over.
+// Inside the toolbar's view, which would draw over its neighbours.
 - (void)place:(NSNotification*)notification {
   NSView* toolbar = [self toolbarView];
   NSView* content = [_window contentView];
@@ -105,24 +92,6 @@ using Accessories = tessaro::platform::SideTable<NSWindow, Ref<TsTitlebarAccesso
 }
 
 - (void)setLayoutAttribute:(NSLayoutAttribute)attribute {
-}
-
-@end
-
-@implementation NSWindow (TitlebarAccessories)
-
-- (NSArray*)titlebarAccessoryViewControllers {
-  const auto accessories = Accessories::Shared().Get(self, nullptr);
-  return accessories ? [accessories controllers] : [NSArray array];
-}
-
-- (void)addTitlebarAccessoryViewController:(NSTitlebarAccessoryViewController*)controller {
-  auto accessories = Accessories::Shared().Get(self, nullptr);
-  if (!accessories) {
-    accessories = Adopt([[TsTitlebarAccessories alloc] initWithWindow:self]);
-    Accessories::Shared().Set(self, accessories);
-  }
-  [accessories add:controller];
 }
 
 @end

@@ -1,11 +1,13 @@
-#import "Platform/Linux/AppKit/NSEvent+LocalMonitor.h"
+#import "Platform/Linux/AppKit/NSEvent+Completion.h"
 
 #import <AppKit/AppKit.h>
 
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
-#include "Base/TsReplaceMethod.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/Keyboard/ModifierMasks.h"
 
 @interface TsLocalMonitor : NSObject {
   NSUInteger _mask;
@@ -31,35 +33,43 @@
 
 @end
 
-@interface NSObject (TsUnmonitored)
-- (void)tsSendUnmonitoredEvent:(NSEvent*)event;
-@end
-
 namespace {
 
+tessaro::platform::ReplacedMethod<void (*)(NSApplication*, SEL, NSEvent*)> sendEvent;
+
 NSMutableArray* Monitors() {
-  static NSMutableArray* const monitors = [[NSMutableArray alloc] init];
-  return monitors;
+  static Forever<Ref<NSMutableArray>> monitors(Adopt([[NSMutableArray alloc] init]));
+  return monitors->get();
 }
 
-void SendEvent(NSApplication* application, SEL, NSEvent* event) {
+void SendEvent(NSApplication* application, SEL selector, NSEvent* event) {
   // A monitor may remove itself.
   for (TsLocalMonitor* monitor in [[NSArray arrayWithArray:Monitors()] reverseObjectEnumerator]) {
     event = [monitor pass:event];
     if (event == nil) return;
   }
-  [application tsSendUnmonitoredEvent:event];
+  sendEvent(application, selector, event);
 }
 
 void WatchEvents() {
-  static const IMP previous = TsReplaceMethod([NSApp class], @selector(sendEvent:), @selector(tsSendUnmonitoredEvent:),
-                                              reinterpret_cast<IMP>(SendEvent));
-  static_cast<void>(previous);
+  static const bool isWatching = (sendEvent.With([NSApp class], "sendEvent:", SendEvent), true);
+  static_cast<void>(isWatching);
 }
 
 }  // namespace
 
-@implementation NSEvent (LocalMonitor)
+// The run time takes a category's method before the class's own.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@implementation NSEvent (Completion)
+
+// GNUstep's own says that nothing is held.
++ (NSEventModifierFlags)modifierFlags {
+  const auto held = tessaro::platform::CurrentModifiers();
+  return (held.command ? NSCommandKeyMask : 0) | (held.option ? NSAlternateKeyMask : 0) |
+         (held.control ? NSControlKeyMask : 0) | (held.shift ? NSShiftKeyMask : 0) |
+         (held.capsLock ? NSAlphaShiftKeyMask : 0);
+}
 
 + (id)addLocalMonitorForEventsMatchingMask:(NSUInteger)mask handler:(std::function<NSEvent*(NSEvent*)>)handler {
   WatchEvents();

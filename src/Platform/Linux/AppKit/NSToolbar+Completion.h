@@ -10,7 +10,7 @@ extern "C" NSString* const NSToolbarCloudSharingItemIdentifier;
 @end
 
 // GNUstep knows no extensions that could bring items. The switch is kept, so that it reads as it was set.
-@interface NSToolbar (Extensions)
+@interface NSToolbar (Completion)
 
 - (BOOL)allowsExtensionItems;
 - (void)setAllowsExtensionItems:(BOOL)allows;

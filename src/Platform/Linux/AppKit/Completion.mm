@@ -1,0 +1,40 @@
+#include "Platform/Linux/AppKit/Completion.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Platform/AppKit.h"
+#include "Platform/Linux/Clipboard/DraggedContents.h"
+
+namespace tessaro::platform {
+
+namespace {
+
+// Menus that are there already have been measured by GNUstep's rules.
+void MeasureAgain(NSMenu* menu) {
+  for (NSMenuItem* item in [menu itemArray]) {
+    [menu itemChanged:item];
+    MeasureAgain([item submenu]);
+  }
+}
+
+bool Complete() {
+  CompleteApplication();
+  CompleteMenus();
+  CompleteMenuItems();
+  CompleteMenuViews();
+  CompleteToolbars();
+  CompleteToolbarItems();
+  CompleteWindows();
+  CompleteDrags();
+  MeasureAgain([NSApp mainMenu]);
+  return true;
+}
+
+}  // namespace
+
+void CompleteAppKit() {
+  static const bool isComplete = Complete();
+  static_cast<void>(isComplete);
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,56 @@
+#import <AppKit/AppKit.h>
+
+#include "Platform/Linux/AppKit/Completion.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
+
+// The run time takes a category's method before the class's own.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@interface NSApplication (Completion)
+@end
+
+@implementation NSApplication (Completion)
+
+// GNUstep uses an uninitialised event for a missing one, and hands it out.
+- (NSEvent*)currentEvent {
+  return static_cast<int>([_current_event type]) == 0 ? nil : _current_event;
+}
+
+@end
+
+namespace tessaro::platform {
+
+namespace {
+
+ReplacedMethod<void (*)(NSApplication*, SEL, id)> hide;
+ReplacedMethod<BOOL (*)(NSApplication*, SEL)> isHidden;
+
+bool wasHidden = false;
+
+bool HasWindowOnScreen(NSApplication* application) {
+  for (NSWindow* window in [application windows]) {
+    if ([window isVisible] && ![window isMiniaturized]) return true;
+  }
+  return false;
+}
+
+// An application without an icon of its own on the desktop is hidden by miniaturizing its windows, which GNUstep
+// doesn't count as hiding. Whichever window comes back shows the application again.
+void Hide(NSApplication* application, SEL selector, id sender) {
+  hide(application, selector, sender);
+  wasHidden = true;
+}
+
+BOOL IsHidden(NSApplication* application, SEL selector) {
+  wasHidden = wasHidden && !HasWindowOnScreen(application);
+  return wasHidden || isHidden(application, selector);
+}
+
+}  // namespace
+
+void CompleteApplication() {
+  hide.With([NSApplication class], "hide:", Hide);
+  isHidden.With([NSApplication class], "isHidden", IsHidden);
+}
+
+}  // namespace tessaro::platform

@@ -1,0 +1,174 @@
+#import "Platform/Linux/AppKit/NSMenu+Completion.h"
+
+#import <AppKit/AppKit.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "Base/Lifetime.h"
+#include "Base/Ref.h"
+#include "Platform/Linux/AppKit/Completion.h"
+#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/Keyboard/KeyEquivalents.h"
+
+namespace {
+
+// On the screen as a whole, if it is not larger.
+NSPoint OriginOnScreen(NSPoint corner, NSSize size, NSRect screen) {
+  return {std::max(std::min(corner.x, NSMaxX(screen) - size.width), NSMinX(screen)),
+          std::max(std::min(corner.y, NSMaxY(screen)) - size.height, NSMinY(screen))};
+}
+
+NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
+  return [NSEvent mouseEventWithType:type
+                            location:location
+                       modifierFlags:0
+                           timestamp:[NSDate timeIntervalSinceReferenceDate]
+                        windowNumber:[window windowNumber]
+                             context:nil
+                         eventNumber:0
+                          clickCount:1
+                            pressure:1];
+}
+
+}  // namespace
+
+@implementation NSMenu (Completion)
+
+// From the end, so that nothing has to move up.
+- (void)removeAllItems {
+  for (NSInteger index = [self numberOfItems]; index > 0; --index) [self removeItemAtIndex:index - 1];
+}
+
+- (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view {
+  NSWindow* window = [view window];
+  const NSPoint inWindow = [view convertPoint:location toView:nil];
+  // It appears at the mouse, and is tracked where it stands.
+  [self displayTransient];
+  NSMenuView* shown = [self menuRepresentation];
+  [[shown window] setFrameOrigin:OriginOnScreen([window convertBaseToScreen:inWindow], [[shown window] frame].size,
+                                                [[window screen] frame])];
+  // The tracking loop swallows the mouse-up that matches its own mouse-down.
+  [NSApp postEvent:MouseEvent(NSLeftMouseUp, inWindow, window) atStart:NO];
+  [shown mouseDown:MouseEvent(NSLeftMouseDown, inWindow, window)];
+  [self closeTransient];
+  return NO;
+}
+
+@end
+
+namespace tessaro::platform {
+
+namespace {
+
+// ---- Opening and closing
+
+// The menus on the screen.
+class OpenMenus {
+ public:
+  void WillOpen(NSMenu* menu) {
+    if (menu == nil || Find(menu) != menus_.end()) return;
+    menus_.push_back(Retain(menu));
+    if ([[menu delegate] respondsToSelector:@selector(menuWillOpen:)]) [[menu delegate] menuWillOpen:menu];
+  }
+
+  void DidClose(NSMenu* menu) {
+    const auto position = Find(menu);
+    if (position == menus_.end()) return;
+    const Ref<NSMenu> closed = *position;
+    menus_.erase(position);
+    if ([[menu delegate] respondsToSelector:@selector(menuDidClose:)]) [[menu delegate] menuDidClose:menu];
+  }
+
+ private:
+  std::vector<Ref<NSMenu>>::iterator Find(NSMenu* menu) {
+    return std::find_if(menus_.begin(), menus_.end(), [menu](const auto& open) { return open.get() == menu; });
+  }
+
+  std::vector<Ref<NSMenu>> menus_;
+};
+
+OpenMenus& Open() {
+  static Forever<OpenMenus> menus;
+  return *menus;
+}
+
+ReplacedMethod<void (*)(NSMenu*, SEL)> displayTransient;
+ReplacedMethod<void (*)(NSMenu*, SEL)> close;
+ReplacedMethod<void (*)(NSMenu*, SEL)> closeTransient;
+
+void DisplayTransient(NSMenu* menu, SEL selector) {
+  Open().WillOpen(menu);
+  displayTransient(menu, selector);
+}
+
+void Close(NSMenu* menu, SEL selector) {
+  close(menu, selector);
+  Open().DidClose(menu);
+}
+
+void CloseTransient(NSMenu* menu, SEL selector) {
+  closeTransient(menu, selector);
+  Open().DidClose(menu);
+}
+
+// ---- Changes
+
+ReplacedMethod<void (*)(NSMenu*, SEL, NSMenuItem*)> itemChanged;
+
+// GNUstep validates all items of a menu each time that one of them changes, and once more when the menu opens. It
+// doesn't while the menu's messages are off.
+void ItemChanged(NSMenu* menu, SEL selector, NSMenuItem* item) {
+  const BOOL sendsMessages = [menu menuChangedMessagesEnabled];
+  [menu setMenuChangedMessagesEnabled:NO];
+  itemChanged(menu, selector, item);
+  [menu setMenuChangedMessagesEnabled:sendsMessages];
+  if ([[menu window] isVisible]) [menu update];
+}
+
+// ---- Key equivalents
+
+// Items are validated only when their menu is updated.
+bool Perform(NSMenu* menu, NSInteger index) {
+  [menu update];
+  if (![[menu itemAtIndex:index] isEnabled]) return false;
+  // Not performActionWithHighlightingForItemAtIndex:, which keeps the application from work for a tenth of a second.
+  [menu performActionForItemAtIndex:index];
+  return true;
+}
+
+bool PerformKeyEquivalent(NSMenu* menu, NSEvent* event, const KeyPress& press) {
+  NSArray* items = [NSArray arrayWithArray:[menu itemArray]];
+  for (NSMenuItem* item in items) {
+    if ([item isHidden]) continue;
+    NSMenu* submenu = [item submenu];
+    if (submenu != nil) {
+      if (submenu != [NSApp servicesMenu] && [submenu performKeyEquivalent:event]) return true;
+    } else if (press.Chooses(item) && Perform(menu, [menu indexOfItem:item])) {
+      return true;
+    }
+  }
+  return false;
+}
+
+BOOL MenuPerformKeyEquivalent(NSMenu* menu, SEL, NSEvent* event) {
+  if ([event type] != NSKeyDown || [[event charactersIgnoringModifiers] length] == 0) return NO;
+  return PerformKeyEquivalent(menu, event, KeyPress(event));
+}
+
+ReplacedMethod<BOOL (*)(NSMenu*, SEL, NSEvent*)> performKeyEquivalent;
+
+}  // namespace
+
+void MenuWillOpen(NSMenu* menu) { Open().WillOpen(menu); }
+
+void CompleteMenus() {
+  displayTransient.With([NSMenu class], "displayTransient", DisplayTransient);
+  close.With([NSMenu class], "close", Close);
+  closeTransient.With([NSMenu class], "closeTransient", CloseTransient);
+  itemChanged.With([NSMenu class], "itemChanged:", ItemChanged);
+  performKeyEquivalent.With([NSMenu class], "performKeyEquivalent:", MenuPerformKeyEquivalent);
+}
+
+}  // namespace tessaro::platform

@@ -1,9 +1,0 @@
-#pragma once
-
-#import <AppKit/NSMenu.h>
-
-@interface NSMenu (Items)
-
-- (void)removeAllItems;
-
-@end

@@ -1,0 +1,62 @@
+#import "Platform/Linux/AppKit/NSMenuItem+Completion.h"
+
+#import <AppKit/AppKit.h>
+
+#include "Base/Ref.h"
+#include "Platform/Linux/AppKit/Completion.h"
+#include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/AppKit/SideTable.h"
+#include "Platform/Linux/Keyboard/ShortcutText.h"
+
+namespace {
+
+struct Properties {
+  bool isHidden = false;
+  Ref<NSAttributedString> title;
+};
+
+using ItemProperties = tessaro::platform::SideTable<NSMenuItem, Properties>;
+
+}  // namespace
+
+// The run time takes a category's method before the class's own.
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+
+@implementation NSMenuItem (Completion)
+
+- (BOOL)isHidden {
+  return ItemProperties::Shared().Get(self).isHidden;
+}
+
+- (void)setHidden:(BOOL)hidden {
+  if (hidden == [self isHidden]) return;
+  ItemProperties::Shared().Change(self, [hidden](Properties& properties) { properties.isHidden = hidden; });
+  [[self menu] itemChanged:self];
+}
+
+- (NSAttributedString*)attributedTitle {
+  return ItemProperties::Shared().Get(self).title.Autoreleased();
+}
+
+- (void)setAttributedTitle:(NSAttributedString*)title {
+  ItemProperties::Shared().Change(self, [title](Properties& properties) { properties.title = Copy(title); });
+  [self setTitle:[title string]];
+}
+
+@end
+
+namespace tessaro::platform {
+
+namespace {
+
+ReplacedMethod<NSString* (*)(NSMenuItemCell*, SEL)> keyEquivalentString;
+
+NSString* KeyEquivalentString(NSMenuItemCell* cell, SEL) { return ShortcutText([cell menuItem]); }
+
+}  // namespace
+
+void CompleteMenuItems() {
+  keyEquivalentString.With([NSMenuItemCell class], "_keyEquivalentString", KeyEquivalentString);
+}
+
+}  // namespace tessaro::platform
