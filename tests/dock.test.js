@@ -13,7 +13,7 @@ const session = useSession();
 const prelude = `
   const { once } = require('events');
   const host = require('./host');
-  const Launcher = require('./host/launcher');
+  const Launcher = require('./host/desktop/launcher');
   const { translations, account } = require('./tests/support/accountMenu');
   const { eventually } = require('./tests/support/child');
   host.start();
@@ -24,7 +24,7 @@ const prelude = `
   m.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => { asked.push(args); return JSON.stringify({ accounts, translations }); });
 `;
 
-test('a launcher shows the menu, follows its changes and lets rows be chosen', async (t) => {
+test('a launcher shows the menu, follows its changes and chooses rows', async (t) => {
   const directory = temporaryDirectory(t);
   const { before, chosen, asked } = await evaluate(
     t,
@@ -56,7 +56,7 @@ test('a launcher shows the menu, follows its changes and lets rows be chosen', a
   ]);
 });
 
-test('two menus are two, and what is done to one is not kept', async (t) => {
+test('every request builds a menu of its own', async (t) => {
   const menus = await evaluate(
     t,
     `${prelude}

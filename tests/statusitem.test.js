@@ -230,17 +230,24 @@ test('titles of commands are looked up in the main bundle, and shown as they are
 });
 
 test('a badge shows counts from 1 to 99, an exclamation mark for an error, and else the colour alone', async (t) => {
+  const table = [
+    [0, false, null],
+    [1, false, '1'],
+    [99, false, '99'],
+    [100, false, null],
+    [-1, false, null],
+    [0, true, '!'],
+    [100, true, '!'],
+  ];
   const badges = await inSession(
     t,
-    `print([[0, false], [1, false], [99, false], [100, false], [-1, false], [0, true], [100, true]]
-       .map(([count, isInError]) => JSON.parse(statusItem.badge('00FF00', count, isInError))));`,
+    `print(${JSON.stringify(table)}.map((row) => JSON.parse(statusItem.badge('00FF00', ...row))));`,
   );
-  for (const { width, height, colors } of badges) {
-    assert.deepStrictEqual([width, height], [16, 16]);
+  badges.forEach(([{ width, height, colors }, isOfText], i) => {
+    assert.deepStrictEqual([width, height, isOfText], [16, 16, true], `${table[i]}`);
     assert.ok(colors['00FF00'] > 120 && colors.clear > 20, JSON.stringify(colors));
-  }
-  const isBare = badges.map(({ colors }) => Object.keys(colors).length === 2);
-  assert.deepStrictEqual(isBare, [true, false, false, true, true, false, false]);
+    assert.strictEqual(Object.keys(colors).length === 2, table[i][2] === null, `${table[i]}`);
+  });
 });
 
 test('colours are six hexadecimal digits, and black where they are none', async (t) => {

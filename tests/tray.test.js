@@ -17,7 +17,7 @@ const prelude = `
   const fs = require('fs');
   const { promisify } = require('util');
   const host = require('./host');
-  const Panel = require('./host/panel');
+  const Panel = require('./host/desktop/panel');
   const { translations, account, message } = require('./tests/support/accountMenu');
   const { eventually } = require('./tests/support/child');
   host.start();
@@ -168,7 +168,7 @@ test('a program on the bus reads the menu: titles, marks, images, what is enable
   ]);
 });
 
-test('rows keep their numbers when the menu is built anew, and only what has changed is told', async (t) => {
+test('rows keep their ids in a rebuilt menu, and only changes are announced', async (t) => {
   const { ids, answers, seen } = await inSession(
     t,
     `scenario(async () => {
@@ -214,7 +214,7 @@ test('rows keep their numbers when the menu is built anew, and only what has cha
   );
 });
 
-test('a mark that comes and goes is told without a new layout', async (t) => {
+test('a mark is announced without a new layout', async (t) => {
   const { seen, rows } = await inSession(
     t,
     `scenario(async () => {
@@ -287,7 +287,7 @@ test('choosing rows over the bus', async (t) => {
   assert.match(errors[2], /^There is no row/);
 });
 
-test('a row may take the item away that it belongs to', async (t) => {
+test('a row may remove its own status item', async (t) => {
   const gone = await inSession(
     t,
     `scenario(async () => {
@@ -322,7 +322,7 @@ test('the item appears in a tray that starts later, or again, and leaves it', as
   assert.deepStrictEqual(result, { before: [] });
 });
 
-test('a person opens the menu in the tray and chooses rows', async (t) => {
+test('rows chosen in the tray post their notifications', async (t) => {
   const directory = temporaryDirectory(t);
   const { received, asked } = await inSession(
     t,
@@ -358,7 +358,7 @@ test('a person opens the menu in the tray and chooses rows', async (t) => {
   assert.ok(asked >= 6, `asked ${asked} times`);
 });
 
-test('the item is on the bus again when the bus has come back', async (t) => {
+test('the item returns with the bus', async (t) => {
   const directory = temporaryDirectory(t);
   const first = await startBus(t, directory);
   const child = startScript(
@@ -384,7 +384,20 @@ test('the item is on the bus again when the bus has come back', async (t) => {
   await child.printed('there\ngone\nback\n');
 });
 
-test('without a bus the item exists, and nothing else happens', async (t) => {
+test('the process may exit in the turn in which the item is removed', async (t) => {
+  const ended = await inSession(
+    t,
+    `scenario(async () => {
+       showItem();
+       await property('Id');
+       showItem(0);
+       return 'removed';
+     });`,
+  );
+  assert.strictEqual(ended, 'removed');
+});
+
+test('without a bus the item exists, and only a log line says that it waits', async (t) => {
   const { DISPLAY, ...rest } = session.env;
   const state = await evaluate(
     t,

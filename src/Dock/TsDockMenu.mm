@@ -25,7 +25,7 @@ IMP Implementation(Function function) {
   return reinterpret_cast<IMP>(function);
 }
 
-// Replacing a method that is only inherited would change the superclass.
+// class_replaceMethod() alone would change the superclass for an inherited method.
 void Replace(Class target, SEL selector, IMP implementation, const char* types) {
   if (class_addMethod(target, selector, implementation, types)) return;
   class_replaceMethod(target, selector, implementation, types);

@@ -51,11 +51,17 @@ struct MainQueue::Body {
   }
 
   void Detach() {
-    const std::lock_guard lock(mutex);
+    std::unique_lock lock(mutex);
     wake.reset();
     timer.reset();
-    ready.clear();
-    delayed.clear();
+    auto undone = std::exchange(ready, {});
+    auto late = std::exchange(delayed, {});
+    lock.unlock();
+    // The objects that these tasks hold may post at their end, and may need a pool.
+    WithAutoreleasePool([&] {
+      undone.clear();
+      late.clear();
+    });
   }
 
   void Post(Task task) {

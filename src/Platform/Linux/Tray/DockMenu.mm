@@ -2,8 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
-#include <memory>
-
+#include "Base/Lifetime.h"
+#include "Base/TsString.h"
 #include "Platform/Linux/Tray/LauncherEntry.h"
 #include "Platform/Linux/Tray/MenuFeed.h"
 #include "Platform/MainQueue.h"
@@ -27,35 +27,29 @@ NSString* DesktopId() {
 }
 
 struct DockEntry {
-  DockEntry() : feed(AskForMenu), entry([DesktopId() UTF8String], feed.Source()) {}
+  DockEntry() : feed(AskForMenu), entry(TsStdString(DesktopId()), feed.Source()) {}
 
   MenuFeed feed;
   LauncherEntry entry;
   bool isRefreshDue = false;
 };
 
-// Once there is one, it is there until the process ends; the bus is closed before, and then nobody asks for the menu.
-DockEntry*& TheDockEntry() {
-  static DockEntry* entry = nullptr;
-  return entry;
-}
-
-void Refresh() {
-  TheDockEntry()->isRefreshDue = false;
-  TheDockEntry()->entry.RefreshMenu();
-}
+DockEntry* offered = nullptr;
 
 }  // namespace
 
 void OfferDockMenu() {
-  if (TheDockEntry() == nullptr) TheDockEntry() = std::make_unique<DockEntry>().release();
+  static Forever<DockEntry> entry;
+  offered = &*entry;
 }
 
 void DockMenuMayHaveChanged() {
-  DockEntry* dock = TheDockEntry();
-  if (dock == nullptr || dock->isRefreshDue) return;
-  dock->isRefreshDue = true;
-  MainQueue::Shared().Post(Refresh);
+  if (offered == nullptr || offered->isRefreshDue) return;
+  offered->isRefreshDue = true;
+  MainQueue::Shared().Post([] {
+    offered->isRefreshDue = false;
+    offered->entry.RefreshMenu();
+  });
 }
 
 }  // namespace tessaro::platform

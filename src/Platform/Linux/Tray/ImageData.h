@@ -10,11 +10,11 @@
 
 namespace tessaro::platform {
 
-// Images as other processes take them. An image is read once only: one that has been handed out must not be changed.
-// nullptr for nil and where there is no window server to draw it.
+// Images in the formats of other processes. The result for an image is kept, so the image must not change afterwards.
+// nullptr for nil and without a window server to draw it.
 [[nodiscard]] std::shared_ptr<const std::vector<std::uint8_t>> PNGData(NSImage* image);
 
-// The image's pixels, a template image's in colours that can be seen on every background.
+// The image's pixels, a template image's in colours that are visible on every background.
 [[nodiscard]] StatusNotifierItem::Icon TrayIcon(NSImage* image);
 
 }  // namespace tessaro::platform

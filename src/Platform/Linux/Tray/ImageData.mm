@@ -29,7 +29,7 @@ std::uint8_t Byte(CGFloat component) { return static_cast<std::uint8_t>(componen
 
 void AppendPixel(NSColor* color, std::vector<std::uint8_t>& argb) {
   const CGFloat alpha = [color alphaComponent];
-  // The colour of a clear pixel is not a number.
+  // Clear pixels have colour components that are not numbers.
   if (alpha <= 0) {
     argb.insert(argb.end(), 4, 0);
     return;
@@ -38,7 +38,7 @@ void AppendPixel(NSColor* color, std::vector<std::uint8_t>& argb) {
               {Byte(alpha), Byte([color redComponent]), Byte([color greenComponent]), Byte([color blueComponent])});
 }
 
-// A tray may be dark or light, and doesn't tell which: the shape is drawn dark, with a light rim around it.
+// Trays don't say whether they are dark or light: draw the shape dark, with a light rim.
 class TemplateShape {
  public:
   explicit TemplateShape(const StatusNotifierItem::Icon& icon) : icon_(icon) {}

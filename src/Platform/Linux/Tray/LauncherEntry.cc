@@ -28,7 +28,7 @@ void LauncherEntry::RefreshMenu() noexcept {
   try {
     menu_->Refresh();
   } catch (const sdbus::Error&) {
-    // The bus has just gone; the menu will be read anew when it is back.
+    // The bus has just gone; the menu is read again when it is back.
   }
 }
 

@@ -12,7 +12,7 @@
 namespace tessaro::platform {
 
 // The application's menu in the desktop's launcher (com.canonical.Unity.LauncherEntry, which Ubuntu's dock, Dash to
-// Dock, Plank and others understand). Launchers that start later learn of it then.
+// Dock, Plank and others understand). Launchers that start later receive the menu then.
 //
 // Main thread only; nothing throws.
 class LauncherEntry {

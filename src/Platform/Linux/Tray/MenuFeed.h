@@ -6,13 +6,12 @@
 #include <vector>
 
 #include "Base/Ref.h"
-#include "Platform/Linux/Tray/MenuEntry.h"
 #include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {
 
-// Makes the entries of an NSMenu, and performs the actions of the rows that are chosen. Main thread only; what Cocoa
-// raises meanwhile is logged.
+// Makes the entries of an NSMenu, and performs the actions of the chosen rows. Main thread only; Cocoa's exceptions are
+// logged.
 class MenuFeed {
  public:
   // `menu` gives the menu each time it is about to open; its delegate fills it then.

@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "Base/TsString.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Linux/Tray/ImageData.h"
 
@@ -9,16 +10,11 @@ namespace tessaro::platform {
 
 namespace {
 
-std::string Text(NSString* text) {
-  const char* utf8 = [text UTF8String];
-  return utf8 != nullptr ? utf8 : "";
-}
-
-// What a row does, and for what: that stays the same while its title or its badge changes.
+// Stable key of a row: its action and represented object. Titles and badges change; these don't.
 std::string Identity(NSMenuItem* item) {
   if ([item isSeparatorItem]) return "-";
   std::string identity = [item action] != nullptr ? sel_getName([item action]) : "";
-  if (id represented = [item representedObject]) identity += ':' + Text([represented description]);
+  if (id represented = [item representedObject]) identity += ':' + TsStdString([represented description]);
   return identity;
 }
 
@@ -27,8 +23,7 @@ void Fill(NSMenu* menu) {
   if ([delegate respondsToSelector:@selector(menuNeedsUpdate:)]) [delegate menuNeedsUpdate:menu];
 }
 
-// Asked of the validator rather than written to the item by -[NSMenu update]: that would tell the menu's own view of
-// the change, which would have the menu filled anew, and so on without end.
+// Not by -[NSMenu update]: changed items would notify the menu's own view, which fills the menu again, and so on.
 bool IsEnabled(NSMenuItem* item, NSMenu* menu) {
   if (![menu autoenablesItems] || [item hasSubmenu]) return [item isEnabled];
   id validator = [NSApp targetForAction:[item action] to:[item target] from:item];
@@ -66,13 +61,13 @@ MenuEntry MenuFeed::Read(NSMenuItem* item, NSMenu* menu) {
   entry.place = items_.size();
   items_.push_back(Retain(item));
   if ([item isSeparatorItem]) {
-    entry.kind = MenuEntry::Kind::Separator;
+    entry.isSeparator = true;
     return entry;
   }
   entry.isChecked = [item state] != NSOffState;
   entry.isEnabled = IsEnabled(item, menu);
-  entry.label = Text([item title]);
-  entry.toolTip = Text([item toolTip]);
+  entry.label = TsStdString([item title]);
+  entry.toolTip = TsStdString([item toolTip]);
   entry.icon = PNGData([item image]);
   if ([item hasSubmenu]) entry.children = Read([item submenu]);
   return entry;
@@ -80,7 +75,7 @@ MenuEntry MenuFeed::Read(NSMenuItem* item, NSMenu* menu) {
 
 void MenuFeed::Choose(const MenuEntry& entry) {
   WithAutoreleasePool([&] {
-    // The action may have the menu built anew.
+    // The action may rebuild the menu.
     const Ref<NSMenuItem> item = items_[entry.place];
     [NSApp sendAction:[item action] to:[item target] from:item];
   });

@@ -1,4 +1,4 @@
-#include "Platform/Linux/Tray/MenuModel.h"
+#include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {
 
@@ -18,8 +18,9 @@ bool HaveSameIcon(const MenuEntry& left, const MenuEntry& right) {
 }
 
 bool LookTheSame(const MenuEntry& left, const MenuEntry& right) {
-  return left.kind == right.kind && left.isChecked == right.isChecked && left.isEnabled == right.isEnabled &&
-         left.label == right.label && left.toolTip == right.toolTip && HaveSameIcon(left, right);
+  return left.isSeparator == right.isSeparator && left.isChecked == right.isChecked &&
+         left.isEnabled == right.isEnabled && left.label == right.label && left.toolTip == right.toolTip &&
+         HaveSameIcon(left, right);
 }
 
 // Both have the same layout.
@@ -33,9 +34,9 @@ void CollectChanges(std::vector<MenuEntry>& before, const std::vector<MenuEntry>
 }  // namespace
 
 MenuModel::Changes MenuModel::Replace(std::vector<MenuEntry> rows) {
-  Numbers numbers;
-  Number(rows, "", numbers);
-  numbers_ = std::move(numbers);
+  Ids ids;
+  Number(rows, "", ids);
+  ids_ = std::move(ids);
   std::swap(root_.children, rows);
   index_.clear();
   Index(root_);
@@ -55,16 +56,16 @@ const MenuEntry* MenuModel::Find(std::int32_t id) const {
   return found == index_.end() ? nullptr : found->second;
 }
 
-// A row that is there twice, as separators are, is told apart by how many of its kind stand before it.
-void MenuModel::Number(std::vector<MenuEntry>& rows, const std::string& parent, Numbers& numbers) {
+// Rows of one identity, as separators, are numbered in their order.
+void MenuModel::Number(std::vector<MenuEntry>& rows, const std::string& parent, Ids& ids) {
   std::unordered_map<std::string, int> seen;
   for (MenuEntry& row : rows) {
     const int before = seen[row.identity]++;
     const std::string name = parent + '/' + row.identity + '#' + std::to_string(before);
-    const auto known = numbers_.find(name);
-    row.id = known == numbers_.end() ? ++lastId_ : known->second;
-    numbers.emplace(name, row.id);
-    Number(row.children, name, numbers);
+    const auto known = ids_.find(name);
+    row.id = known == ids_.end() ? ++lastId_ : known->second;
+    ids.emplace(name, row.id);
+    Number(row.children, name, ids);
   }
 }
 

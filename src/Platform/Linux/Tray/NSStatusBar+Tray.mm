@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
+#include "Base/TsString.h"
 #include "Platform/Linux/Tray/ImageData.h"
 #include "Platform/Linux/Tray/MenuFeed.h"
 #include "Platform/Linux/Tray/StatusNotifierItem.h"
@@ -14,17 +16,15 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-// What is in the tray for a status item.
+// The part of a status item that is in the tray.
 struct TrayEntry {
   explicit TrayEntry(NSString* applicationName)
-      : feed([this] { return menu.get(); }), item([applicationName UTF8String], feed.Source()) {}
+      : feed([this] { return menu.get(); }), item(TsStdString(applicationName), feed.Source()) {}
 
   Ref<NSMenu> menu;
   platform::MenuFeed feed;
   platform::StatusNotifierItem item;
 };
-
-std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; }
 
 }  // namespace
 
@@ -60,7 +60,7 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 
 - (void)leaveTray {
   if (!_entry) return;
-  // This may be what one of its own rows does: the entry must outlive that.
+  // One of its own rows may be doing this: the entry must outlive that row's action.
   platform::MainQueue::Shared().Post([entry = std::move(_entry)] {});
 }
 
@@ -72,7 +72,7 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
   return _itemLength;
 }
 
-// How much room a text takes is the tray's affair.
+// The tray decides how much room a text takes.
 - (void)setLength:(CGFloat)length {
   _itemLength = length;
 }
@@ -90,8 +90,8 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 }
 
 - (void)setTitle:(NSString*)title {
-  _itemTitle = Adopt(static_cast<NSString*>([title copy]));
-  if (_entry) _entry->item.SetLabel(Text(title));
+  _itemTitle = Copy(title);
+  if (_entry) _entry->item.SetLabel(TsStdString(title));
 }
 
 - (NSString*)toolTip {
@@ -99,8 +99,8 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 }
 
 - (void)setToolTip:(NSString*)toolTip {
-  _itemToolTip = Adopt(static_cast<NSString*>([toolTip copy]));
-  if (_entry) _entry->item.SetToolTip(Text(toolTip));
+  _itemToolTip = Copy(toolTip);
+  if (_entry) _entry->item.SetToolTip(TsStdString(toolTip));
 }
 
 - (NSImage*)image {
@@ -118,7 +118,7 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 
 - (void)setMenu:(NSMenu*)menu {
   _itemMenu = Retain(menu);
-  // The tray shows it, never GNUstep: its own view needs no cell for each row.
+  // Only the tray shows this menu: GNUstep's view needs no cells for it.
   if (menu != nil) [[NSNotificationCenter defaultCenter] removeObserver:[menu menuRepresentation] name:nil object:menu];
   if (_entry) _entry->menu = Retain(menu);
 }
@@ -145,7 +145,7 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 }
 
 - (void)removeStatusItem:(NSStatusItem*)item {
-  if ([item isKindOfClass:[TsTrayStatusItem class]]) [static_cast<TsTrayStatusItem*>(item) leaveTray];
+  [As<TsTrayStatusItem>(item) leaveTray];
   [_trayItems removeObjectIdenticalTo:item];
 }
 
@@ -160,8 +160,8 @@ std::string Text(NSString* text) { return text != nil ? [text UTF8String] : ""; 
 @implementation NSStatusBar (Tray)
 
 + (NSStatusBar*)systemStatusBar {
-  static auto& bar = *new Ref<NSStatusBar>(Adopt<NSStatusBar>([[TsTrayStatusBar alloc] init]));
-  return bar;
+  static Forever<Ref<TsTrayStatusBar>> bar(Adopt([[TsTrayStatusBar alloc] init]));
+  return bar->get();
 }
 
 @end

@@ -21,7 +21,7 @@ using Picture = sdbus::Struct<std::int32_t, std::int32_t, std::vector<std::uint8
 using Pictures = std::vector<Picture>;
 using ToolTip = sdbus::Struct<std::string, Pictures, std::string, std::string>;
 
-// As the protocol has it: the process, and which of its items.
+// The protocol's form: process id, and a number for each of its items.
 std::string NextBusName() {
   static int count = 0;
   return std::string(kInterface) + "-" + std::to_string(getpid()) + "-" + std::to_string(++count);
@@ -39,7 +39,7 @@ StatusNotifierItem::~StatusNotifierItem() {
   subscription_ = {};
   if (!object_) return;
   try {
-    // Trays let an item go when its name does.
+    // Trays drop an item when its name disappears.
     SessionBus::Shared().Connection()->releaseName(busName_);
   } catch (const sdbus::Error&) {
     // Without a connection there is no name either.
@@ -61,7 +61,7 @@ void StatusNotifierItem::SetLabel(std::string label) {
   try {
     object_->emitSignal("XAyatanaNewLabel").onInterface(kInterface).withArguments(label_, label_);
   } catch (const sdbus::Error&) {
-    // The bus has just gone; the item will be read anew when it is back.
+    // The bus has just gone; the item is read again when it is back.
   }
 }
 
@@ -126,7 +126,7 @@ void StatusNotifierItem::RegisterProperties() {
   add("XAyatanaLabelGuide", [this] { return label_; });
 }
 
-// There is no Activate: trays then open the menu, as they are asked to by ItemIsMenu.
+// Without Activate trays open the menu, as ItemIsMenu asks.
 void StatusNotifierItem::RegisterSignals() {
   for (const char* signal : {"NewTitle", "NewIcon", "NewAttentionIcon", "NewOverlayIcon", "NewToolTip"}) {
     object_->registerSignal(signal).onInterface(kInterface);
@@ -141,7 +141,7 @@ void StatusNotifierItem::AnnounceToWatcher() {
   watcher_->callMethodAsync("RegisterStatusNotifierItem")
       .onInterface(kWatcher)
       .withArguments(busName_)
-      .uponReplyInvoke([](const sdbus::Error*) {});  // an error is a tray that isn't there yet
+      .uponReplyInvoke([](const sdbus::Error*) {});  // an error is a tray that isn't running yet
 }
 
 void StatusNotifierItem::Emit(const char* signal) noexcept {
@@ -149,7 +149,7 @@ void StatusNotifierItem::Emit(const char* signal) noexcept {
   try {
     object_->emitSignal(signal).onInterface(kInterface);
   } catch (const sdbus::Error&) {
-    // The bus has just gone; the item will be read anew when it is back.
+    // The bus has just gone; the item is read again when it is back.
   }
 }
 

@@ -12,8 +12,8 @@
 
 namespace tessaro::platform {
 
-// An item in the desktop's tray (org.kde.StatusNotifierItem) with a menu. It shows itself when there is a tray, and
-// again whenever the tray or the bus has come back; until then it waits.
+// An item in the desktop's tray (org.kde.StatusNotifierItem) with a menu. It registers with the tray, and again
+// whenever the tray or the bus has come back.
 //
 // Main thread only; nothing throws.
 class StatusNotifierItem {
@@ -26,7 +26,7 @@ class StatusNotifierItem {
     bool operator==(const Icon&) const = default;
   };
 
-  // `applicationName` is what the tray calls the item by, and lists in its settings.
+  // `applicationName` is the item's name in the tray and its settings.
   StatusNotifierItem(std::string applicationName, MenuService::Source menu);
   ~StatusNotifierItem();
   StatusNotifierItem(const StatusNotifierItem&) = delete;
