@@ -2,16 +2,16 @@
 
 // Makes GNUstep keep a user's files where HOME says.
 //
-// GNUstep goes by the password database and ignores HOME, so a process started with another home, as tests and
-// sandboxes do, would read and write the preferences of the real one. A configuration of its own tells it better, if
-// the environment names it before libgnustep-base is loaded.
+// GNUstep uses the password database and ignores HOME, so a process with another home, as in tests and sandboxes, would
+// read and write the real preferences. A GNUstep configuration file, named in the environment before libgnustep-base is
+// loaded, sets the right home.
 
 const fs = require('fs');
 const os = require('os');
 const path = require('path');
 
 const systemConfiguration = '/etc/GNUstep/GNUstep.conf';
-// Paths below the user's home; all others belong to the system and stay as the distribution set them.
+// Paths below the user's home; the distribution's other paths stay.
 const userSetting = /^(GNUSTEP_USER_(?:DIR\w*|DEFAULTS_DIR|CONFIG_FILE))=(.*)$/;
 const necessarySettings = ['GNUSTEP_USER_DEFAULTS_DIR=GNUstep/Defaults', 'GNUSTEP_USER_DIR_LIBRARY=GNUstep/Library'];
 
@@ -42,12 +42,12 @@ function redirectGNUstep(home, environment = process.env) {
   const directory = path.join(home, 'GNUstep');
   const file = path.join(directory, 'GNUstep.conf');
   fs.mkdirSync(directory, { recursive: true, mode: 0o700 });
-  // GNUstep refuses a configuration that somebody else could have written.
+  // GNUstep refuses a configuration that other users can write.
   fs.writeFileSync(file, configurationFor(home), { mode: 0o600 });
   return { ...environment, GNUSTEP_CONFIG_FILE: file };
 }
 
-/** Redirects this very process, unless its home is the user's own or GNUstep has been configured by somebody else. */
+/** Redirects this process, unless its home is the user's own or GNUstep is already configured. */
 function followHome() {
   const { HOME: home, GNUSTEP_CONFIG_FILE: configured } = process.env;
   if (configured || !home || !path.isAbsolute(home)) return;

@@ -1,8 +1,8 @@
 'use strict';
 
-// The host application to script: loads the add-on, and tells what happens in the application by events.
+// The host application for script: loads the add-on, and emits the application's events.
 //
-//   'notification'   {name, object, userInfo}: the module, or anybody in its name, has posted a notification
+//   'notification'   {name, object, userInfo}: a notification of the module
 //   'command'        {commandId, title}: a menu item was chosen
 //   'page-key'       {characters, modifiers, isUsed}: the page has received a shortcut; unused ones come back to the menu
 //   'window-closed'  the window's handle
@@ -19,7 +19,7 @@ const { loadAddon } = require('./addon');
 
 const execute = promisify(execFile);
 
-const whenNobodyListens = {
+const defaultActions = {
   quit: () => process.exit(),
   'display-lost': () => process.exit(1),
 };
@@ -30,28 +30,28 @@ class Host extends EventEmitter {
 
   /**
    * Makes this process an application. It must come before anything else loads Cocoa, the module included.
-   * Without a display the process is none that has windows, and what needs one throws; everything else works.
+   * Without a display, functions that need windows throw; everything else works.
    * @returns {{display: boolean, reason?: string}}
    */
   start({ argv0 = 'TessaroHost', bundlePath = path.join(__dirname, 'TessaroHost.app') } = {}) {
     if (this.#display !== undefined) return this.#display;
     this.#addon.setEventHandler((name, payload) => this.#receive(name, payload));
     this.#display = this.#addon.start({ argv0, bundlePath });
-    // What may still happen while the process ends must not reach for script.
+    // No event may reach script while the process exits.
     process.on('exit', () => this.stop());
     return this.#display;
   }
 
   #receive(name, payload) {
-    if (!this.emit(name, payload)) whenNobodyListens[name]?.();
+    if (!this.emit(name, payload)) defaultActions[name]?.();
   }
 
-  /** Leaves the event loop; there are no events from then on. */
+  /** Leaves the event loop; no event is emitted afterwards. */
   stop() {
     this.#addon.stop();
   }
 
-  /** Whether the application keeps the process from ending by itself. At first it doesn't. */
+  /** Whether the application keeps the process from ending by itself. By default it doesn't. */
   setKeepAlive(keeps) {
     this.#addon.setKeepAlive(keeps);
   }
@@ -69,11 +69,6 @@ class Host extends EventEmitter {
     this.#addon.setWindowTitle(handle, title);
   }
 
-  /** Gives a window the icon of a file; an empty path takes it away. */
-  setRepresentedFilename(handle, path) {
-    this.#addon.setRepresentedFilename(handle, path);
-  }
-
   windowInfo(handle) {
     return this.#addon.windowInfo(handle);
   }
@@ -83,7 +78,7 @@ class Host extends EventEmitter {
     return this.#addon.mainMenuDescription();
   }
 
-  /** The rows of the Dock's menu, made anew: {title, isOn, isEnabled}; a separator has none of them. */
+  /** The rows of a new Dock menu: {title, isOn, isEnabled}; empty objects are separators. */
   dockMenu() {
     return this.#addon.dockMenu();
   }
@@ -123,17 +118,12 @@ class Host extends EventEmitter {
    */
   async dragFiles(x, y, paths) {
     const { stdout } = await execute(process.env.TESSARO_NODE || process.execPath, [
-      path.join(__dirname, 'dragFiles.js'),
+      path.join(__dirname, 'desktop', 'dragFiles.js'),
       x,
       y,
       ...paths,
     ]);
     return stdout.trim();
-  }
-
-  /** The paths that a text/uri-list names on this machine. */
-  localPaths(list) {
-    return this.#addon.localPaths(list);
   }
 
   /** Figures of the event loop: {turns, events, descriptorWakes, timerWakes, nanoseconds}. */

@@ -1,10 +1,10 @@
 'use strict';
 
-// The tour: opens the host application, takes the module through its work and tells what really happened.
+// The tour: opens the host application, takes the module through its work and prints the results.
 //
 //   node host/main.js [--stay] [--screenshots DIRECTORY]
 //
-// --stay keeps the window open for a person. Screenshots go to build/tour otherwise.
+// --stay keeps the window open. Screenshots go to build/tour otherwise.
 
 const { once } = require('events');
 const fs = require('fs');

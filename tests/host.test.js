@@ -77,7 +77,7 @@ const processesOf = (directory) =>
 
 // ---- The application
 
-test('a window is on screen, has the keyboard, and its handle is the reference itself', async (t) => {
+test('a window is on screen and has the focus, and its handle is the reference itself', async (t) => {
   const { display, window, handle } = await inSession(
     t,
     `const display = host.start();
@@ -97,7 +97,7 @@ test('a window is on screen, has the keyboard, and its handle is the reference i
   assert.deepStrictEqual([content.width, content.height], [800, 500]);
 });
 
-test('a closed window is told to script, and its handle is refused', async (t) => {
+test('the closing of a window is reported to script, and its handle is refused afterwards', async (t) => {
   const result = await inSession(
     t,
     `host.start();
@@ -114,7 +114,7 @@ test('a closed window is told to script, and its handle is refused', async (t) =
   });
 });
 
-test('every command of the main menu has a number of its own', async (t) => {
+test('every command of the main menu has its own id', async (t) => {
   const menus = await inSession(t, `host.start(); print(host.mainMenuDescription());`);
   assert.deepStrictEqual(
     menus.map(({ title }) => title),
@@ -125,7 +125,7 @@ test('every command of the main menu has a number of its own', async (t) => {
   assert.strictEqual(new Set(commands.map(({ commandId }) => commandId)).size, commands.length);
 });
 
-test('the classes that are looked up by name are there, with what is exchanged on them', async (t) => {
+test('the classes that the module looks up have the methods that it replaces', async (t) => {
   const methods = {
     AtomApplication: ['sendEvent:'],
     HostApplicationDelegate: ['performCommand:'],
@@ -142,7 +142,7 @@ test('the classes that are looked up by name are there, with what is exchanged o
   assert.deepStrictEqual(missing, []);
 });
 
-test('keys typed by a person arrive in the page, and shortcuts choose menu items', async (t) => {
+test('typed keys arrive in the page, and shortcuts choose menu items', async (t) => {
   const { typedText, command } = await inSession(
     t,
     `host.start();
@@ -161,38 +161,7 @@ test('keys typed by a person arrive in the page, and shortcuts choose menu items
   assert.deepStrictEqual(command, { commandId: 203, title: 'Save as PDF…' });
 });
 
-test('files dragged from another application are dropped on the page', async (t) => {
-  const { outcomes, droppedFiles } = await inSession(
-    t,
-    `host.start();
-     openWindow().then(async (window) => {
-       const { frame } = host.windowInfo(window);
-       const [x, y] = [Math.round(frame.x + frame.width / 2), 400];
-       const outcomes = [await host.dragFiles(x, y, ['/tmp/a b%ü.txt', '/etc/hosts']), await host.dragFiles(1, 1, ['/x'])];
-       print({ outcomes, ...host.windowInfo(window) });
-       host.setKeepAlive(false);
-     });`,
-  );
-  assert.deepStrictEqual(outcomes, ['accepted', 'no target']);
-  assert.deepStrictEqual(droppedFiles, ['/tmp/a b%ü.txt', '/etc/hosts']);
-});
-
-test('lists of URIs are read for the files of this machine', async (t) => {
-  const lists = {
-    'file:///a%20b\r\nfile:///c\r\n': ['/a b', '/c'],
-    'file://localhost/d': ['/d'],
-    '# a comment\r\nhttps://example.org/\r\nfile://elsewhere/e\r\n': [],
-    'file:///bad%zz\r\nfile:///cut%2\r\nfile:///nul%00\r\nfile:///%C3%BC': ['/ü'],
-    '': [],
-  };
-  const paths = await evaluate(
-    t,
-    `${prelude} print(${JSON.stringify(Object.keys(lists))}.map((l) => host.localPaths(l)));`,
-  );
-  assert.deepStrictEqual(paths, Object.values(lists));
-});
-
-test('notifications of the module, and no others, reach script with what they carry', async (t) => {
+test('only the module’s notifications reach script, with object and user information', async (t) => {
   const notifications = await evaluate(
     t,
     `${prelude}
@@ -245,7 +214,7 @@ test('languages that the user has chosen in the defaults win', async (t) => {
 
 // ---- The event loop
 
-test('an application with nothing to do uses no processor time', async (t) => {
+test('an idle application uses no processor time', async (t) => {
   const { percent, turns } = await inSession(
     t,
     `host.start();
@@ -282,7 +251,7 @@ test('timers fire when they are due', async (t) => {
   for (const milliseconds of late) assert.ok(milliseconds > -1 && milliseconds < 100, `${milliseconds} ms late`);
 });
 
-test('other threads reach the main thread at once, though it sleeps', async (t) => {
+test('calls from other threads wake the sleeping main thread at once', async (t) => {
   const [{ sent, arrived }] = await inSession(
     t,
     `host.start();
@@ -295,7 +264,7 @@ test('other threads reach the main thread at once, though it sleeps', async (t) 
   assert.ok(arrived - sent < 1e9);
 });
 
-test('promises and ticks that a native call causes settle without waiting for another event', async (t) => {
+test('promises and ticks settle right after a native callback', async (t) => {
   const order = await inSession(
     t,
     `host.start();
@@ -312,7 +281,7 @@ test('promises and ticks that a native call causes settle without waiting for an
   assert.deepStrictEqual(order, ['event', 'tick', 'promise']);
 });
 
-test('what a handler throws is an uncaught exception of the process', async (t) => {
+test('an exception of a handler is an uncaught exception of the process', async (t) => {
   const result = await inSession(
     t,
     `host.start();
@@ -326,7 +295,7 @@ test('what a handler throws is an uncaught exception of the process', async (t) 
 
 // ---- Objective-C exceptions
 
-test('what is raised under a call from script is an error for that script', async (t) => {
+test('an exception raised under a call from script becomes an error there', async (t) => {
   const result = await inSession(
     t,
     `host.start();
@@ -335,7 +304,7 @@ test('what is raised under a call from script is an error for that script', asyn
   assert.deepStrictEqual(result, { code: 'NSGenericException', message: 'raised by a probe' });
 });
 
-test('what is raised in the event loop is logged, shows no panel, and the loop goes on', async (t) => {
+test('an exception raised in the event loop is logged, shows no panel, and the loop goes on', async (t) => {
   const result = await runScript(
     t,
     `${prelude}
@@ -353,7 +322,7 @@ test('what is raised in the event loop is logged, shows no panel, and the loop g
   assert.strictEqual(result.stderr.match(/raised by a probe/g).length, 2);
 });
 
-test('what is raised where nobody can catch it ends the process', async (t) => {
+test('an uncaught exception on another thread ends the process', async (t) => {
   const result = await runScript(t, `${prelude} host.start(); host.setKeepAlive(true); host.probe('raiseOnThread');`, {
     env: session.env,
     deadline: 20000,
@@ -385,7 +354,7 @@ for (const [when, [code, source]] of Object.entries(exits)) {
   });
 }
 
-test('without a display the host says so and goes on with what needs none', async (t) => {
+test('without a display the host reports that, and everything without windows works', async (t) => {
   for (const [display, reason] of [
     [undefined, /./],
     [':9999', /:9999/],
@@ -416,13 +385,13 @@ const killDisplay = `
   const { stdout } = await run('ps', ['--ppid', String(process.ppid), '-o', 'pid=,comm=']);
   process.kill(Number(stdout.match(/(\\d+) Xvfb/)[1]), 'SIGKILL');`;
 
-test('when the display goes away the process ends with code 1', async (t) => {
+test('the loss of the display ends the process with code 1', async (t) => {
   const { code, stderr } = await inOwnSession(t, `host.start(); openWindow().then(async () => {${killDisplay}});`);
   assert.strictEqual(code, 1, stderr);
   assert.match(stderr, /display is lost/);
 });
 
-test('script may outlive the display, and the loop doesn’t spin', async (t) => {
+test('script may outlive the display, and the loop does not spin', async (t) => {
   const { code, stdout, stderr } = await inOwnSession(
     t,
     `host.start();
@@ -492,7 +461,7 @@ for (const [signal, code] of [
 
 // ---- All together
 
-test('the tour opens its window and finds nothing broken', async (t) => {
+test('the tour passes', async (t) => {
   const screenshots = temporaryDirectory(t);
   const child = spawn(
     displaySession,
@@ -510,7 +479,7 @@ test('the tour opens its window and finds nothing broken', async (t) => {
   assert.ok(fs.statSync(path.join(screenshots, '01-window.png')).size > 1000);
 });
 
-test('the tour without a display says so and ends with code 1', async (t) => {
+test('the tour without a display reports that and ends with code 1', async (t) => {
   const result = await runScript(
     t,
     `process.argv.push('--screenshots', process.env.HOME); require('./host/main.js');`,
@@ -521,7 +490,7 @@ test('the tour without a display says so and ends with code 1', async (t) => {
   assert.match(result.stdout, /^Message bus +not offered here/m);
 });
 
-test('what needs a window server works where there is one', async (t) => {
+test('functions that need a window server work with one', async (t) => {
   const answer = await inSession(
     t,
     `host.start();

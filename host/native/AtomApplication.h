@@ -9,7 +9,6 @@
 // The application object.
 @interface AtomApplication : NSApplication {
   Ref<NSMutableArray> _keyArrivals;
-  BOOL _isDragging;
 }
 
 // The latest key presses as they reached sendEvent:, each a dictionary: "characters", "keyCode", "modifiers",

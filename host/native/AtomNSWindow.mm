@@ -9,7 +9,7 @@
 static const NSUInteger kStyle =
     NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask | NSResizableWindowMask;
 
-// Takes the focus for the page, which is what a person means.
+// Passes the focus and keys on to the page.
 @interface AtomContentView : NSView
 @end
 
@@ -34,7 +34,7 @@ static const NSUInteger kStyle =
 
   [self setTitle:title];
   [self setReleasedWhenClosed:NO];
-  // GNUstep shows the main menu in the windows that ask for it.
+  // GNUstep shows the main menu in windows that have it set.
   [self setMenu:[NSApp mainMenu]];
 
   auto content = Adopt([[AtomContentView alloc] initWithFrame:[[self contentView] frame]]);

@@ -4,7 +4,7 @@
 
 @class WebContentsViewCocoa;
 
-// Holds the page, and would hold the developer tools beside it.
+// Contains the page; with developer tools it would contain those too.
 @interface BRYInspectableWebContentsView : NSView
 
 - (WebContentsViewCocoa*)webContentsView;

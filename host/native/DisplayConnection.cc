@@ -6,7 +6,7 @@ namespace {
 
 Display* DisplayOf(void* display) { return static_cast<Display*>(display); }
 
-// Left to itself, Xlib ends the process in the middle of whatever it is doing. With both handlers in place it returns.
+// By default Xlib exits the process when the server goes away. With both handlers installed it returns.
 int IgnoreError(Display*) { return 0; }
 
 void MarkLost(Display*, void* connection) {

@@ -19,7 +19,7 @@ void EpollSet::Watch(const Events& wanted) {
   }
   for (const auto& [descriptor, events] : wanted) {
     epoll_event event{.events = events | EPOLLRDHUP, .data = {.fd = descriptor}};
-    // The kernel forgets a descriptor that is closed, and its number may have come back as another one.
+    // The kernel drops closed descriptors; the same number may be another descriptor now.
     if (epoll_ctl(descriptor_, EPOLL_CTL_MOD, descriptor, &event) == 0 || errno != ENOENT) continue;
     epoll_ctl(descriptor_, EPOLL_CTL_ADD, descriptor, &event);
   }

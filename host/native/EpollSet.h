@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <map>
 
-// Several descriptors behind one.
+// Several descriptors as one.
 class EpollSet {
  public:
   // Descriptors with the epoll events to wait for.
@@ -17,7 +17,7 @@ class EpollSet {
   // Readable when one of those watched is ready.
   [[nodiscard]] int descriptor() const { return descriptor_; }
 
-  // Watches these and no others from now on. To be called again when one of them was closed and opened anew.
+  // Watches exactly these. To be called again when one of them was closed and opened again.
   void Watch(const Events& wanted);
 
   // Whether the other end of a watched descriptor is gone.

@@ -68,7 +68,7 @@ class DragSource {
   }
 
  private:
-  // A pointer passes over a window in many small moves, and a target may make up its mind only after some of them.
+  // A pointer crosses a window in many small moves, and a target may accept only after some of them.
   DragOutcome Hover(int x, int y) {
     const auto point = static_cast<long>(x) << 16 | y;
     const auto action = static_cast<long>(Intern("XdndActionCopy"));

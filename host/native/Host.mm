@@ -13,7 +13,7 @@
 
 namespace {
 
-// Keys as Linux users know them, menus inside the windows, no icon windows on the desktop.
+// Linux users' modifier keys, menus inside the windows, no icon windows on the desktop.
 NSDictionary* LinuxDefaults() {
   return @{
     @"GSFirstCommandKey" : @"Control_L",
@@ -27,7 +27,7 @@ NSDictionary* LinuxDefaults() {
   };
 }
 
-// GNUstep would show a modal panel, behind which script never runs again.
+// GNUstep would show a modal panel, which stops script for ever.
 void LogUncaughtException(NSException* exception) {
   NSLog(@"Ending because of an uncaught %@: %@", [exception name], [exception reason]);
 }

@@ -28,7 +28,7 @@
   });
 }
 
-// The process is Node's, so how it ends is script's affair.
+// The process is Node's: script decides how it ends.
 - (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)application {
   _events->Emit(@"quit", nil);
   return NSTerminateCancel;

@@ -11,8 +11,6 @@
 
 #include "native/AtomApplication.h"
 #include "native/DockMenu.h"
-#include "native/DraggedFiles.h"
-#include "native/DropTarget.h"
 #include "native/FileDrag.h"
 #include "native/Host.h"
 #include "native/MainMenu.h"
@@ -23,7 +21,7 @@ namespace {
 
 constexpr std::size_t kMostArguments = 4;
 
-// A script function's arguments, by content. Missing ones are nil.
+// A script function's arguments as Cocoa values. Missing ones are nil.
 class Arguments {
  public:
   explicit Arguments(NSArray* values) : values_(values) {}
@@ -86,11 +84,6 @@ id SetWindowTitle(Host& host, const Arguments& arguments) {
   return nil;
 }
 
-id SetRepresentedFilename(Host& host, const Arguments& arguments) {
-  host.windows().SetRepresentedFilename(arguments[0], arguments[1]);
-  return nil;
-}
-
 id WindowInfo(Host& host, const Arguments& arguments) { return host.windows().Describe(arguments[0]); }
 
 id KeyArrivals(Host&, const Arguments&) { return [static_cast<AtomApplication*>(NSApp) keyArrivals]; }
@@ -132,14 +125,6 @@ id BundleInfo(Host&, const Arguments&) {
   };
 }
 
-id LocalPaths(Host&, const Arguments& arguments) {
-  NSMutableArray* paths = [NSMutableArray array];
-  for (const std::string& path : LocalPathsOfURIList([arguments[0] UTF8String])) {
-    [paths addObject:[NSString stringWithUTF8String:path.c_str()]];
-  }
-  return paths;
-}
-
 NSString* NameOf(DragOutcome outcome) {
   switch (outcome) {
     case DragOutcome::kAccepted:
@@ -159,28 +144,6 @@ id Drag(Host&, const Arguments& arguments) {
   std::vector<std::string> paths;
   for (NSString* path in static_cast<NSArray*>(arguments[2])) paths.emplace_back([path UTF8String]);
   return NameOf(DragFiles([arguments[0] intValue], [arguments[1] intValue], paths));
-}
-
-NSString* BytesAsText(const std::string& bytes) {
-  auto text = Adopt([[NSString alloc] initWithBytes:bytes.data()
-                                             length:bytes.size()
-                                           encoding:NSISOLatin1StringEncoding]);
-  return text.Autoreleased();
-}
-
-id Receive(Host&, const Arguments& arguments) {
-  NSDictionary* options = arguments[0];
-  std::vector<std::string> wanted;
-  for (NSString* type in static_cast<NSArray*>([options objectForKey:@"types"])) wanted.emplace_back([type UTF8String]);
-  const std::optional<ReceivedDrop> drop =
-      ReceiveDrop([[options objectForKey:@"title"] UTF8String], [[options objectForKey:@"x"] intValue],
-                  [[options objectForKey:@"y"] intValue], [[options objectForKey:@"isWilling"] boolValue], wanted);
-  if (!drop) return nil;
-  NSMutableArray* offered = [NSMutableArray array];
-  for (const std::string& type : drop->offered) [offered addObject:BytesAsText(type)];
-  NSMutableDictionary* contents = [NSMutableDictionary dictionary];
-  for (const auto& [type, bytes] : drop->contents) [contents setObject:BytesAsText(bytes) forKey:BytesAsText(type)];
-  return @{@"offered" : offered, @"contents" : contents};
 }
 
 // probe(name, argument): see RunLoopProbe.h.
@@ -203,7 +166,6 @@ constexpr Entry kFunctions[] = {
     {"createWindow", CreateWindow},
     {"closeWindow", CloseWindow},
     {"setWindowTitle", SetWindowTitle},
-    {"setRepresentedFilename", SetRepresentedFilename},
     {"windowInfo", WindowInfo},
     {"keyArrivals", KeyArrivals},
     {"mainMenuDescription", MainMenuDescription},
@@ -213,9 +175,7 @@ constexpr Entry kFunctions[] = {
     {"hasMethod", HasMethod},
     {"localized", Localized},
     {"bundleInfo", BundleInfo},
-    {"localPaths", LocalPaths},
     {"dragFiles", Drag},
-    {"receiveDrop", Receive},
     {"probe", Probe},
 };
 
@@ -225,7 +185,7 @@ Host& HostOf(napi_env env) {
   return *static_cast<Host*>(host);
 }
 
-// Every call from script comes this way: the one place that gives it a pool and turns what is raised into an error.
+// The entry of all calls from script: provides an autorelease pool and turns exceptions into errors.
 napi_value Call(napi_env env, napi_callback_info info) {
   std::array<napi_value, kMostArguments> values;
   std::size_t count = values.size();

@@ -36,7 +36,7 @@ NSString* WithoutCharacterSet(NSString* locale) {
 
 bool IsNeutral(NSString* locale) { return [@[ @"C", @"POSIX" ] containsObject:WithoutCharacterSet(locale)]; }
 
-// As gettext has it: the list counts only for somebody who has a language at all.
+// As in gettext: LANGUAGE counts only if the locale is not "C".
 NSArray* EnvironmentLocales() {
   NSString* locale = EnvironmentLocale();
   if (IsNeutral(locale)) return @[];
@@ -50,7 +50,7 @@ NSArray* WithLanguageAlone(NSString* locale) {
   return @[ full, [[full componentsSeparatedByString:@"_"] objectAtIndex:0] ];
 }
 
-// In GNUstep's own names ("German"), which localised folders carry too.
+// GNUstep's own names ("German"), which localised folders have too.
 NSArray* EnvironmentLanguages() {
   NSMutableOrderedSet* languages = [NSMutableOrderedSet orderedSet];
   for (NSString* locale in EnvironmentLocales()) {

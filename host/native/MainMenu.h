@@ -4,7 +4,7 @@
 
 #include "Base/Ref.h"
 
-// The application's main menu, in the user's language. Each item that stands for a command of script's has a
+// The application's main menu, in the user's language. Each item of a script command has a
 // dictionary with its number under "commandId" as its represented object, and sends performCommand: unless Cocoa has an
 // action for it.
 [[nodiscard]] Ref<NSMenu> MakeMainMenu();

@@ -24,7 +24,7 @@ static id OrNull(id object) { return object != nil ? object : [NSNull null]; }
 - (void)relay:(NSNotification*)notification {
   NSString* name = [notification name];
   if (![name hasPrefix:@"Ts"] && ![name hasPrefix:@"kTs"]) return;
-  // Script can only be told here; Cocoa itself posts on other threads, the module doesn't.
+  // Script runs on the main thread only. Cocoa posts on other threads too; the module doesn't.
   if (![NSThread isMainThread]) return NSLog(@"%@ was posted on another thread and is not relayed", name);
   _events->Emit(@"notification", @{
     @"name" : name,

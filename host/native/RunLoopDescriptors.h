@@ -9,13 +9,13 @@
 #include "Base/Ref.h"
 #include "native/EpollSet.h"
 
-// What the main thread's NSRunLoop waits for in its default mode.
+// The descriptors that the main thread's NSRunLoop waits for in its default mode.
 //
-// NSRunLoop doesn't tell, so its registration methods are taken over, for the whole process and for good. Only what is
-// registered after Install() is seen. Main thread only.
+// NSRunLoop has no query for them, so its registration methods are replaced, for the life of the process. Registrations
+// before Install() are missed. Main thread only.
 class RunLoopDescriptors {
  public:
-  // The one instance, which takes the methods over when it is first asked for.
+  // The one instance, which replaces the methods on first use.
   static RunLoopDescriptors& Shared();
 
   RunLoopDescriptors(const RunLoopDescriptors&) = delete;
@@ -24,8 +24,8 @@ class RunLoopDescriptors {
   // The descriptors now, with the epoll events to wait for.
   [[nodiscard]] EpollSet::Events Collect();
 
-  // Whether Collect() may give something else than when this was last asked. A descriptor that was closed and opened
-  // again under the same number counts.
+  // Whether Collect() may return something new since the last call, including a descriptor that was closed and opened
+  // again under the same number.
   [[nodiscard]] bool TakeChange();
 
  private:

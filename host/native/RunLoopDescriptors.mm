@@ -8,7 +8,7 @@
 #include <array>
 #include <cstdint>
 
-// Implemented by every port that a run loop can wait for, and declared for none.
+// Every port that a run loop can wait for implements this, undeclared.
 @interface NSPort (Descriptors)
 - (void)getFds:(NSInteger*)descriptors count:(NSInteger*)count;
 @end
@@ -59,7 +59,7 @@ void AddDescriptorsOf(NSPort* port, EpollSet::Events& events) {
 }  // namespace
 
 RunLoopDescriptors& RunLoopDescriptors::Shared() {
-  // Never destroyed: the methods that were taken over are called until the very end of the process.
+  // Never destroyed: the replaced methods are called until the end of the process.
   static auto& descriptors = *new RunLoopDescriptors();
   return descriptors;
 }
@@ -84,8 +84,8 @@ void RunLoopDescriptors::RemoveEvent(id self, SEL command, void* data, RunLoopEv
   if (isObserved) descriptors.Remove(data, type, all);
 }
 
-// Other modes are for nested loops, which wait for their descriptors themselves. Waiting for them here, where nobody
-// serves them, would never let the process sleep.
+// Nested loops wait for the descriptors of other modes themselves. Watching them here, where they are not served, would
+// keep the process awake.
 bool RunLoopDescriptors::IsObserved(id runLoop, NSString* mode) const {
   if (runLoop != mainRunLoop_) return false;
   NSString* effectiveMode = mode != nil ? mode : [mainRunLoop_ currentMode];
@@ -107,7 +107,7 @@ void RunLoopDescriptors::Remove(void* data, RunLoopEventType type, bool all) {
 }
 
 EpollSet::Events RunLoopDescriptors::Collect() {
-  // A port that became invalid leaves the run loop without a word.
+  // An invalidated port leaves the run loop without calling the methods above.
   std::erase_if(sources_, [](const auto& entry) { return entry.second.port && ![entry.second.port isValid]; });
 
   EpollSet::Events events;

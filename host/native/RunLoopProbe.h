@@ -4,7 +4,7 @@
 
 class ScriptEvents;
 
-// What tests and benchmarks ask of the event loop. Answers come as "probe" events, with "name" and what belongs to it.
+// Actions on the event loop for tests and benchmarks. Results are "probe" events with "name" and the named values.
 // Times are nanoseconds of the monotonic clock.
 @interface RunLoopProbe : NSObject {
   const ScriptEvents* _events;
@@ -27,10 +27,10 @@ class ScriptEvents;
 // Raises when the notification of this name is posted.
 - (void)raiseOnNotification:(NSString*)name;
 
-// Raises on a thread where nobody catches it.
+// Raises on a thread without a handler.
 - (void)raiseOnThread:(id)unused;
 
-// Posts a notification of this name from the event loop, after what is going on now.
+// Posts a notification of this name on a later turn of the event loop.
 - (void)postLater:(NSString*)name;
 
 // Sends {"window", "keycode"} a key press through the X server, while the keys of "held" are held: "key-sent" with

@@ -40,7 +40,7 @@ class RunLoopPump {
   void Stop();
   [[nodiscard]] bool IsRunning() const { return prepare_ != nullptr; }
 
-  // Whether the pump keeps the process from ending by itself. At first it doesn't.
+  // Whether the pump keeps the process from ending by itself. By default it doesn't.
   void SetKeepsAlive(bool keeps);
 
   [[nodiscard]] const Statistics& statistics() const { return statistics_; }
@@ -49,7 +49,7 @@ class RunLoopPump {
   void Wake() { isWoken_ = true; }
   void BeforeSleep();
   void Turn();
-  // Both give whether there may be more to do at once.
+  // Both return whether there may be more to do at once.
   bool DispatchEvents();
   bool DispatchNextEvent();
   void ScheduleWake(bool atOnce);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// Under a flood of events script gets its turn in between.
+// Under a flood of events script must still get its turns.
 constexpr int kMostEventsInTurn = 64;
 
 constexpr std::uint64_t kBusyTurnInterval = 1'000'000;  // nanoseconds
@@ -43,7 +43,7 @@ NSEvent* NextEvent() {
   }
 }
 
-// What -[NSApplication run] does with an event.
+// As -[NSApplication run] handles an event.
 void SendEvent(NSEvent* event) {
   const NSEventType type = [event type];
   @try {
@@ -83,7 +83,7 @@ void RunLoopPump::Start(DisplayConnection* display, std::function<void()> displa
   display_ = display;
   displayLost_ = std::move(displayLost);
 
-  // One descriptor stands for all: libuv makes those it polls non-blocking, which Cocoa doesn't expect of its own.
+  // One epoll descriptor for all: libuv makes polled descriptors non-blocking, which Cocoa's must not be.
   poll_ = MakeUvHandleOn<uv_poll_t>(loop_, this, uv_poll_init, epoll_.descriptor());
   if (!poll_) return NSLog(@"The event loop can't run: no descriptor is left to wait with");
   timer_ = MakeUvHandleOn<uv_timer_t>(loop_, this, uv_timer_init);
@@ -95,7 +95,7 @@ void RunLoopPump::Start(DisplayConnection* display, std::function<void()> displa
     OwnerOf<RunLoopPump>(handle).Wake();
   });
   uv_prepare_start(prepare_.get(), [](uv_prepare_t* handle) { OwnerOf<RunLoopPump>(handle).BeforeSleep(); });
-  // Right after it has slept: the shortest way from the descriptor to the event.
+  // Right after libuv has slept: the shortest way from the descriptor to the event.
   uv_check_start(check_.get(), [](uv_check_t* handle) {
     RunLoopPump& pump = OwnerOf<RunLoopPump>(handle);
     if (pump.isWoken_) pump.Turn();
@@ -118,7 +118,7 @@ void RunLoopPump::SetKeepsAlive(bool keeps) {
 
 // Script may have caused events, and Xlib may have read some ahead of the descriptor.
 void RunLoopPump::BeforeSleep() {
-  // A loop that script keeps busy passes here many thousand times a second, and won't sleep.
+  // A loop that script keeps busy gets here many thousand times a second.
   const bool isBusy = uv_backend_timeout(loop_) == 0;
   if (!isBusy || uv_hrtime() - lastTurn_ >= kBusyTurnInterval) Turn();
 }
@@ -128,7 +128,7 @@ void RunLoopPump::Turn() {
   const Occupied occupied(isInTurn_);
   lastTurn_ = uv_hrtime();
   @autoreleasepool {
-    // Before and after: the server may have gone while the loop slept, or under the hands of an event's handler.
+    // Before and after: the server may go away while the loop sleeps, or while an event is handled.
     NoticeLostDisplay();
     isWoken_ = false;
     const bool more = DispatchEvents();
@@ -194,7 +194,7 @@ void RunLoopPump::NoticeLostDisplay() {
 
   display_->MarkLost();
   display_ = nullptr;
-  // Otherwise the dead descriptor, readable for ever, would keep the loop awake.
+  // The dead descriptor stays readable and would keep the loop awake.
   for (NSString* mode in @[ NSDefaultRunLoopMode, NSEventTrackingRunLoopMode, NSModalPanelRunLoopMode ]) {
     [[NSRunLoop currentRunLoop] removeEvent:reinterpret_cast<void*>(static_cast<std::intptr_t>(descriptor))
                                        type:ET_RDESC

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-// The way from native code into script, for one environment. Main thread only.
+// Calls from native code into script, for one environment. Main thread only.
 class ScriptContext {
  public:
   explicit ScriptContext(napi_env env);
@@ -15,7 +15,7 @@ class ScriptContext {
   [[nodiscard]] napi_env env() const { return env_; }
 
   // Calls `function`. Promises and ticks that it caused settle before return, or at the end of the surrounding
-  // ScriptTurn or script. What it throws becomes an uncaught exception of the process.
+  // ScriptTurn or script. An exception becomes an uncaught exception of the process.
   void Call(napi_value function, std::size_t count, const napi_value* arguments) const;
 
  private:

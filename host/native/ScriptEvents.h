@@ -5,7 +5,7 @@
 
 #include "native/ScriptContext.h"
 
-// Hands what happens in the application to one script function. Main thread only.
+// Sends the application's events to one script function. Main thread only.
 class ScriptEvents {
  public:
   explicit ScriptEvents(const ScriptContext& script) : script_(script) {}
@@ -17,7 +17,7 @@ class ScriptEvents {
   void SetHandler(napi_value function);
   void Clear();
 
-  // `payload` crosses by content (see ScriptValues.h). Without a handler nothing happens.
+  // `payload` crosses by content (see ScriptValues.h). Without a handler events are dropped.
   void Emit(NSString* name, id payload) const;
 
  private:

@@ -3,7 +3,7 @@
 #import <Foundation/NSObject.h>
 #include <node_api.h>
 
-// Values on their way between script and Cocoa, by content: strings, numbers, booleans, null, arrays and dictionaries,
+// Conversion of values between script and Cocoa, by content: strings, numbers, booleans, null, arrays and dictionaries,
 // and Buffers as NSData. Anything else crosses as its description.
 
 // A missing object is null.

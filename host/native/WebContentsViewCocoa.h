@@ -7,7 +7,7 @@
 @class NSMutableArray;
 @class NSMutableString;
 
-// Stands where the page is. It takes keys and dropped files, and shows what it has received.
+// Stands in for the page: accepts keys and dropped files, and shows them.
 @interface WebContentsViewCocoa : NSView {
   Ref<NSMutableString> _typedText;
   Ref<NSMutableArray> _droppedFiles;

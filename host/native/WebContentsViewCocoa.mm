@@ -9,7 +9,7 @@ static const CGFloat kLineHeight = 26;
 
 static const NSUInteger kModifiers = NSCommandKeyMask | NSAlternateKeyMask | NSControlKeyMask;
 
-// What a page itself makes use of: moving the insertion point, its preferences, input methods, bookmarks.
+// Shortcuts that the page consumes: moving the insertion point, its preferences, input methods, bookmarks.
 static BOOL PageUses(NSEvent* event) {
   NSString* characters = [event charactersIgnoringModifiers];
   return ([event modifierFlags] & NSFunctionKeyMask) || [@[ @",", @" ", @"D" ] containsObject:characters];
@@ -52,8 +52,8 @@ static BOOL PageUses(NSEvent* event) {
   [self setNeedsDisplay:YES];
 }
 
-// A web page gets every shortcut before the menu does. What it has no use for comes back a little later, from another
-// process: as an event of its own, without a location and a key code.
+// A web page gets every shortcut before the menu does. Unused ones come back a little later, from another process, as
+// synthetic events without location and key code.
 - (BOOL)performKeyEquivalent:(NSEvent*)event {
   const BOOL isShortcut = ([event modifierFlags] & kModifiers) != 0;
   if (!isShortcut || [[self window] firstResponder] != self) return NO;

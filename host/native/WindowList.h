@@ -11,7 +11,7 @@
 class ScriptEvents;
 
 // The browser windows. Script knows a window by its handle: 8 bytes that hold the reference itself.
-// Main thread only; every method but those that only look raises when there is no such window.
+// Main thread only; methods raise when there is no such window.
 class WindowList {
  public:
   // `events` must outlive the list; it receives "window-closed" with the window's handle.
@@ -24,8 +24,6 @@ class WindowList {
   NSData* Open(NSString* title, NSSize size);
   void Close(NSData* handle);
   void SetTitle(NSData* handle, NSString* title);
-  // The file whose icon a window shows; an empty path for none.
-  void SetRepresentedFilename(NSData* handle, NSString* path);
   // "title", "frame", "isVisible", "isKey", "isMain", "systemWindow" (the X window), "typedText", "droppedFiles" …
   [[nodiscard]] NSDictionary* Describe(NSData* handle) const;
 

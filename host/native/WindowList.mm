@@ -11,14 +11,9 @@
 #include "native/ScriptEvents.h"
 #import "native/WebContentsViewCocoa.h"
 
-// Of AppKit, where it is complete.
-@interface NSWindow (Accessories)
-- (NSArray*)titlebarAccessoryViewControllers;
-@end
-
 namespace {
 
-// The window's number for other X clients.
+// The X window's id.
 NSNumber* SystemWindow(NSWindow* window) {
   void* device = [GSServerForWindow(window) windowDevice:static_cast<int>([window windowNumber])];
   return @(static_cast<unsigned long>(reinterpret_cast<std::uintptr_t>(device)));
@@ -40,7 +35,7 @@ NSView* MenuBarBelow(NSView* view) {
   return nil;
 }
 
-// The middles of the titles in the window's menu bar, from the top left corner of the window, for a person's mouse.
+// The centres of the titles in the window's menu bar, from the upper left corner of the window, for xdotool.
 NSArray* DescribeMenuBar(NSWindow* window) {
   NSMutableArray* titles = [NSMutableArray array];
   auto* bar = static_cast<NSMenuView*>(MenuBarBelow([[window contentView] superview]));
@@ -49,16 +44,6 @@ NSArray* DescribeMenuBar(NSWindow* window) {
     [titles addObject:@{@"x" : @(NSMidX(rect)), @"y" : @(NSHeight([bar bounds]) / 2)}];
   }
   return titles;
-}
-
-// The places of what the title bar has got beside the title, in the window's coordinates. GNUstep alone knows none.
-NSArray* DescribeAccessories(NSWindow* window) {
-  if (![window respondsToSelector:@selector(titlebarAccessoryViewControllers)]) return @[];
-  NSMutableArray* places = [NSMutableArray array];
-  for (NSViewController* each in [static_cast<id>(window) titlebarAccessoryViewControllers]) {
-    [places addObject:Describe([[each view] convertRect:[[each view] bounds] toView:nil])];
-  }
-  return places;
 }
 
 NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
@@ -90,10 +75,6 @@ void WindowList::SetTitle(NSData* handle, NSString* title) {
   [[window webContentsView] setNeedsDisplay:YES];
 }
 
-void WindowList::SetRepresentedFilename(NSData* handle, NSString* path) {
-  [WindowOf(handle) setRepresentedFilename:path];
-}
-
 NSDictionary* WindowList::Describe(NSData* handle) const {
   AtomNSWindow* window = WindowOf(handle);
   WebContentsViewCocoa* page = [window webContentsView];
@@ -102,7 +83,6 @@ NSDictionary* WindowList::Describe(NSData* handle) const {
     @"frame" : ::Describe([window frame]),
     @"content" : ::Describe([[window contentView] frame]),
     @"menuBar" : DescribeMenuBar(window),
-    @"accessories" : DescribeAccessories(window),
     @"isVisible" : Truth([window isVisible]),
     @"isKey" : Truth([window isKeyWindow]),
     @"isMain" : Truth([window isMainWindow]),
@@ -119,7 +99,7 @@ void WindowList::WillClose(AtomNSWindow* window) {
   const auto position =
       std::find_if(windows_.begin(), windows_.end(), [window](const auto& each) { return each.get() == window; });
   if (position == windows_.end()) return;
-  // It is still at work on closing.
+  // The window is still closing: it must outlive this call.
   static_cast<void>(Retain(window).Autoreleased());
   windows_.erase(position);
   events_.Emit(@"window-closed", HandleOf(window));

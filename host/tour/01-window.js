@@ -11,7 +11,7 @@ exports.run = async (stage) => {
   if (!(await stage.until(() => host.windowInfo(stage.window).isVisible))) {
     return failed('Window', 'it does not come on screen');
   }
-  // The window manager has yet to decorate and place it, and then it is drawn.
+  // The window is drawn after the window manager has decorated and placed it.
   await stage.focusWindow();
   await stage.windowIsDrawn();
   const picture = await stage.screenshot();

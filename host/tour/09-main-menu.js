@@ -12,11 +12,11 @@ const reload = 400;
 const hideItem = 403;
 const showToolbar = 404;
 
-// GNUstep may lose a click without any length.
+// GNUstep may miss a click without any length.
 const click = ['mousedown', 1, 'sleep', '0.1', 'mouseup', 1];
 
-// Opens a menu of the window's bar, takes a picture and closes it again. While it is open script waits, so one program
-// does all of it, and makes sure of the end.
+// Opens a menu of the window's bar, takes a picture and closes the menu. Script is blocked while the menu is open, so one
+// external program does all of that.
 async function lookAtMenu(stage, index) {
   const { systemWindow, menuBar } = stage.host.windowInfo(stage.window);
   const picture = path.join(stage.screenshots, `${stage.scene}.png`);
@@ -36,7 +36,7 @@ exports.run = async (stage) => {
   const renew = ({ name, userInfo }) => {
     if (name === 'TsAppMenuWillOpen') news.push(`“${userInfo.menu}” opens`);
     if (name === 'TsAppMenuDidClose') news.push('closes');
-    // Brought up to date in the last moment, as script does with its tabs.
+    // Updated in the last moment, as script does with its tabs.
     module.updateMainMenuMenuItemWithCommandId(reload, JSON.stringify({ title: 'Reload “Inbox”' }));
   };
 

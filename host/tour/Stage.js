@@ -1,6 +1,6 @@
 'use strict';
 
-// What the scenes of the tour work with: the host, its window, the module, and a person's means: eyes and hands.
+// The tools of the tour's scenes: the host, its window, the module, screenshots, mouse and keyboard.
 
 const { execFile } = require('child_process');
 const path = require('path');
@@ -18,17 +18,17 @@ class Stage {
     this.window = undefined;
     /** The native module, once a scene has loaded it. */
     this.module = undefined;
-    /** Name of the scene that is on. */
+    /** Name of the current scene. */
     this.scene = undefined;
   }
 
-  /** Why a scene that needs the named things can't be played, if so. */
+  /** Why a scene with these needs can't be played; undefined when it can. */
   missing(needs = []) {
     if (needs.includes('display') && !this.display.display) return `no display: ${this.display.reason}`;
     return needs.includes('module') && this.module === undefined ? 'the module is not loaded' : undefined;
   }
 
-  /** Runs a program while the application goes on. Gives its output, or undefined when it isn't there or fails. */
+  /** Runs a program while the application goes on. Returns its output; undefined when it is missing or fails. */
   async run(program, ...args) {
     try {
       return (await execute(program, args, { timeout: 10000 })).stdout;
@@ -37,7 +37,7 @@ class Stage {
     }
   }
 
-  /** Waits until `condition` gives something true, and gives that; false when it takes too long. */
+  /** Waits until `condition` returns a true value, and returns that; false after the deadline. */
   async until(condition, deadline = 5000) {
     for (const end = Date.now() + deadline; Date.now() < end; await new Promise((r) => setTimeout(r, 10))) {
       const value = await condition();
@@ -55,7 +55,7 @@ class Stage {
   }
 
   /**
-   * Takes a picture of the whole screen; scenes with several of them name each. Gives the file's name, or undefined
+   * Takes a picture of the whole screen; scenes with several pictures name each. Returns the file's name; undefined
    * when it can't be taken.
    */
   async screenshot(detail) {
@@ -63,7 +63,7 @@ class Stage {
     return (await this.run('import', '-window', 'root', file)) === undefined ? undefined : path.basename(file);
   }
 
-  /** Gives the window the keyboard, as a click on its title would. */
+  /** Gives the window the keyboard focus, as a click on its title would. */
   async focusWindow() {
     const { systemWindow } = this.host.windowInfo(this.window);
     await this.run('xdotool', 'windowactivate', '--sync', String(systemWindow));

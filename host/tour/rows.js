@@ -1,11 +1,11 @@
 'use strict';
 
-// What a scene of the tour tells: a row a capability, with what really happened.
+// The results of the tour's scenes: one row for each capability.
 
 /** It works. */
 const ok = (capability, detail) => ({ capability, result: 'ok', detail });
 
-/** This machine or session can't offer it; that is nobody's failure. */
+/** Unavailable on this machine or in this session: no failure. */
 const notOffered = (capability, reason) => ({ capability, result: 'not offered here', detail: reason });
 
 /** It should have worked. */

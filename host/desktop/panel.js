@@ -15,7 +15,7 @@ const property = (name, type, value) => `<property name="${name}" type="${type}"
 const list = (name, type, values) =>
   `<property name="${name}" type="array">${values.map((value) => `<value type="${type}" value="${value}"/>`).join('')}</property>`;
 
-// One panel along the lower edge, with nothing but the tray in it, whose items are all on show.
+// One panel along the lower edge with only the tray, whose items are all visible.
 const panelConfiguration = (applicationName) => `<?xml version="1.0" encoding="UTF-8"?>
 <channel name="xfce4-panel" version="1.0">
   ${property('configver', 'int', 2)}
@@ -60,7 +60,7 @@ const margin = 4;
 const rowHeight = 25;
 const separatorHeight = 1;
 
-/** A panel that is running, and what a person does with the one item in its tray. */
+/** A running panel, and mouse actions on the one item in its tray. */
 class Panel {
   #environment;
   #children;
@@ -83,11 +83,11 @@ class Panel {
       ['xfce4-panel', ['--disable-wm-check']],
     ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
     this.#ended = this.#children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
-    // Who forgets to end it can end nevertheless.
+    // It must not keep the caller alive.
     for (const child of this.#children) child.unref();
   }
 
-  /** Why there can be none; undefined when there can. */
+  /** Why no panel can be started; undefined when one can. */
   static whyNot() {
     return xfconfd && isInstalled('xfce4-panel') ? undefined : 'xfce4-panel is not installed';
   }
@@ -98,12 +98,12 @@ class Panel {
     await Promise.all(this.#ended);
   }
 
-  /** Where the item's icon is, as xdotool tells it; undefined when there is none. */
+  /** The geometry of the item's icon, from xdotool; undefined when there is none. */
   async icon() {
     return (await this.#places()).find(({ HEIGHT }) => HEIGHT > 10 && HEIGHT < 60);
   }
 
-  /** Where the menu is while it is open. */
+  /** The geometry of the open menu. */
   async menu() {
     return (await this.#places()).find(({ HEIGHT }) => HEIGHT >= 60);
   }
@@ -119,7 +119,7 @@ class Panel {
     }
   }
 
-  /** Clicks the row of the open menu that `above` are above of: for each, whether it is a separator. */
+  /** Clicks the row of the open menu below the rows `above`: for each, whether it is a separator. */
   async clickRow(above) {
     const { X, Y } = await this.menu();
     const top = above.reduce((sum, isSeparator) => sum + (isSeparator ? separatorHeight : rowHeight), margin);

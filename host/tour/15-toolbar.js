@@ -38,15 +38,22 @@ const composeButton = [32, 45];
 
 async function clickInWindow(stage, handle, [x, y]) {
   const { systemWindow } = stage.host.windowInfo(handle);
-  // The window manager's late answer to the closing of the window before may give the focus to another one.
+  // A late answer of the window manager to the closing of the previous window may move the focus.
   await stage.run('xdotool', 'windowactivate', String(systemWindow));
   await stage.until(() => stage.host.windowInfo(handle).isKey, 1000);
   const move = ['mousemove', '--window', String(systemWindow), String(x), String(y), 'sleep', '0.1'];
-  // A press without any length is none for GNUstep's buttons.
+  // GNUstep's buttons miss a press without any length.
   await stage.run('xdotool', ...move, 'mousedown', '1', 'sleep', '0.1', 'mouseup', '1');
 }
 
-/** Opens a window with a toolbar in one look, and gives it with what it looks like. */
+/** Waits until the strip below the menu bar shows the toolbar's images: many colours, where an empty one has few. */
+function toolbarIsDrawn(stage, handle) {
+  const { systemWindow } = stage.host.windowInfo(handle);
+  const strip = ['-crop', '560x60+0+24', '-format', '%k', 'info:'];
+  return stage.until(async () => Number(await stage.run('import', '-window', String(systemWindow), ...strip)) > 30);
+}
+
+/** Opens a window with a toolbar in one look. Gives its handle, its picture, and whether the picture shows the toolbar. */
 async function show(stage, look, theme) {
   const before = process.env.GTK_THEME;
   process.env.GTK_THEME = theme;
@@ -55,11 +62,11 @@ async function show(stage, look, theme) {
   stage.module.addToolbarToWindow(handle, windowId, definition);
   stage.module.showAddTabButton(windowId);
   stage.module.validateToolbarItems(windowId);
-  await new Promise((resolve) => setTimeout(resolve, 500));
+  const isDrawn = await toolbarIsDrawn(stage, handle);
   const picture = await stage.screenshot(look);
   if (before === undefined) delete process.env.GTK_THEME;
   else process.env.GTK_THEME = before;
-  return { handle, picture };
+  return { handle, picture, isDrawn };
 }
 
 async function palette(stage, handle) {
@@ -81,7 +88,8 @@ exports.run = async (stage) => {
   const dark = await show(stage, 'dark', 'Adwaita:dark');
   stage.host.closeWindow(dark.handle);
   const light = await show(stage, 'light', 'Adwaita');
-  const looks = ok('Toolbar', `${light.picture}, ${dark.picture}; script has disabled “Archive”`);
+  const areDrawn = light.isDrawn && dark.isDrawn;
+  const looks = (areDrawn ? ok : failed)('Toolbar', `${light.picture}, ${dark.picture}; script has disabled “Archive”`);
   const clicked = await stage.until(async () => {
     await clickInWindow(stage, light.handle, composeButton);
     return stage.until(() => clicks.length > 0, 500);

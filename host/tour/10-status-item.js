@@ -3,8 +3,8 @@
 const { once } = require('events');
 const path = require('path');
 
-const Launcher = require('../launcher');
-const Panel = require('../panel');
+const Launcher = require('../desktop/launcher');
+const Panel = require('../desktop/panel');
 const { ok, notOffered, failed } = require('./rows');
 
 exports.title = 'Status item';
@@ -59,7 +59,7 @@ const isInTray = async (stage) => (await trayItems(stage))?.includes(`StatusNoti
 const isOwnSession = () =>
   process.env.TESSARO_SESSION !== undefined && process.env.HOME.startsWith(process.env.TESSARO_SESSION);
 
-// A session of our own is given a panel, which ends with it; the user's desktop is the user's affair.
+// A session of our own gets a panel, which ends with it; the user's desktop is left alone.
 async function provideTray(stage) {
   if ((await trayItems(stage)) !== undefined) return {};
   const reason = isOwnSession() ? Panel.whyNot() : 'this desktop has no tray; the item appears when there is one';
@@ -67,7 +67,7 @@ async function provideTray(stage) {
   return { panel: new Panel(path.join(process.env.TESSARO_SESSION, 'panel')) };
 }
 
-// The rows of the menu, by what is above of them.
+// The rows of the menu, by the rows above them.
 const quietRow = [false];
 const messageRow = [false, false, false, true, false];
 
@@ -77,7 +77,7 @@ async function openMenu(stage, panel) {
   return stage.until(() => panel.menu());
 }
 
-/** Chooses a row by a click, and gives what the host is told. */
+/** Chooses a row by a click, and returns the host's notification. */
 async function choose(stage, panel, row) {
   const chosen = once(stage.host, 'notification', { signal: AbortSignal.timeout(5000) });
   await panel.clickRow(row);
@@ -117,7 +117,7 @@ async function useMenu(stage, panel) {
 async function useTray(stage, panel) {
   if (!(await stage.until(() => isInTray(stage), 10000))) return [failed('Status item', 'it is not in the tray')];
   const row = ok('Status item', 'it is in the tray');
-  // How to click in a tray that isn't ours is not known.
+  // The place of the icon in another tray is unknown.
   if (panel === undefined) return [row];
   if (!(await stage.until(() => panel.icon()))) return [failed('Status item', 'the tray does not show it')];
   return [row, ...(await useMenu(stage, panel))];

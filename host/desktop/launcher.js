@@ -29,7 +29,7 @@ class Launcher {
    * It announces itself on the bus as com.canonical.Unity a little later.
    */
   constructor(directory, { environment = process.env } = {}) {
-    // Where the service that knows which window belongs to which application looks for it too.
+    // The service that matches windows with applications looks here too.
     const entry = path.join(environment.HOME, '.local', 'share', 'applications', `${applicationId}.desktop`);
     const item = path.join(directory, 'plank', 'dock1', 'launchers', `${applicationId}.dockitem`);
     for (const file of [entry, item]) fs.mkdirSync(path.dirname(file), { recursive: true });
@@ -40,11 +40,11 @@ class Launcher {
     const env = { ...environment, XDG_CONFIG_HOME: directory, GSETTINGS_BACKEND: 'memory', NO_AT_BRIDGE: '1' };
     this.#child = spawn('plank', [], { env, stdio: 'ignore', detached: true });
     this.#ended = new Promise((resolve) => this.#child.on('exit', resolve));
-    // Who forgets to end it can end nevertheless.
+    // It must not keep the caller alive.
     this.#child.unref();
   }
 
-  /** Why there can be none; undefined when there can. */
+  /** Why no Dock can be started; undefined when one can. */
   static whyNot() {
     const isInstalled = (process.env.PATH || '').split(':').some((folder) => fs.existsSync(path.join(folder, 'plank')));
     return isInstalled ? undefined : 'Plank is not installed';
@@ -69,7 +69,7 @@ class Launcher {
     return (await this.#places()).length > 1;
   }
 
-  /** The Dock itself and then its menu, but not the names that it shows of what the pointer is on. */
+  /** The windows of the Dock and its menu, without its tool tips. */
   async #places() {
     const windows = (await this.#xdotool('search', '--onlyvisible', '--class', 'plank')).split('\n').filter(Boolean);
     const places = await Promise.all(windows.map((window) => this.#place(window)));

@@ -9,7 +9,7 @@ const tabs = ['Inbox', 'Calendar', 'Contacts'];
 
 const steps = { 'window/set-next-tab-active': 1, 'window/set-previous-tab-active': -1 };
 
-// Everything that a key press brings about, in order; the window shows the tab that is chosen.
+// All effects of a key press, in order; the window shows the chosen tab.
 class Witness {
   constructor(stage) {
     this.stage = stage;
@@ -31,7 +31,7 @@ class Witness {
     this.events.push(`tab “${tabs[this.tab]}” is shown`);
   }
 
-  /** What happens until `last` has, after the press of a key. */
+  /** The effects of a key press, up to `last`. */
   async press(key, last) {
     this.events.length = 0;
     await this.stage.run('xdotool', 'key', key);
