@@ -97,7 +97,7 @@ test('accelerators', async (t) => {
   );
 });
 
-test('titles reach the submenu, visibility hides in place, and what is unknown is logged and passed over', async (t) => {
+test('titles reach the submenu, hidden items keep their place, and unknown attributes are logged and skipped', async (t) => {
   const result = await inSession(
     t,
     `${withMenu}
@@ -183,7 +183,7 @@ test('paths', async (t) => {
   });
 });
 
-test('what is no JSON, or JSON of another kind, is logged and answered with 0', async (t) => {
+test('malformed JSON is logged and answered with 0', async (t) => {
   const cases = [
     ['"[0]"', '"{"', /^error parsing attributeMap \{ \(/],
     ['"[0]"', '""', /^error parsing attributeMap {2}\(/],
@@ -204,7 +204,7 @@ test('what is no JSON, or JSON of another kind, is logged and answered with 0', 
   cases.forEach(([, , error], i) => assert.match(errors[i], error));
 });
 
-test('identifiers are learnt once: the later of two counts, items that come later are not found', async (t) => {
+test('identifiers are collected once: the later of two wins, later items are not found', async (t) => {
   const result = await inSession(
     t,
     `${withMenu}
@@ -231,7 +231,7 @@ test('menus that contain each other, and 5 000 items', async (t) => {
   assert.deepStrictEqual(result, [[1, 2], 1, 1, 5000, 'last', true, 'last but one']);
 });
 
-test('an item hidden in one life is not hidden in another', async (t) => {
+test('a new item at a hidden item’s address is visible', async (t) => {
   const result = await inSession(
     t,
     `const items = Array.from({ length: 200 }, (_, i) => ({ title: 'Item ' + i }));
@@ -253,7 +253,7 @@ test('the notification’s name is exported', () => {
   assert.match(symbols, /\bTsAppMenuWillOpenNotificationName$/m);
 });
 
-test('all menus of the bar have one delegate, those that come later after another call', async (t) => {
+test('all menus of the bar have one delegate; later menus get it with another call', async (t) => {
   const result = await inSession(
     t,
     `${withMenu}
@@ -271,7 +271,7 @@ test('all menus of the bar have one delegate, those that come later after anothe
 
 // What a person does with the mouse: each action follows from the news of the one before. GNUstep looks where the mouse
 // is a hundred times a second, so a person takes a moment before each click.
-test('a person’s menus tell when they open and close, once asked to, and can still be changed then', async (t) => {
+test('menus report when they open and close, and may change then', async (t) => {
   const result = await inSession(
     t,
     `const { spawn } = require('child_process');

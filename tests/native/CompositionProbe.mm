@@ -11,13 +11,6 @@
 
 namespace {
 
-id OrNull(id object) { return TsSanitizeValue(object); }
-
-void ReturnJSON(ProbeArguments args, id object) {
-  v8::Local<v8::String> text;
-  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
-}
-
 // defaults(): a new message, as it is.
 void defaults(ProbeArguments args) {
   @autoreleasepool {
@@ -28,12 +21,12 @@ void defaults(ProbeArguments args) {
            @"bccRecipients", @"mailAttachments", @"id", @"sender", @"subject", @"content", @"imageAttachMethod",
            @"imageFileType", @"imageSize"
          ]) {
-      [values setObject:OrNull([message.get() valueForKey:key]) forKey:key];
+      [values setObject:TsSanitizeValue([message.get() valueForKey:key]) forKey:key];
     }
     const auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
     const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
     [values setObject:@[ [recipient name], [recipient address], [attachment path] ] forKey:@"elements"];
-    [values setObject:OrNull([[message messageSignature] name]) forKey:@"signature"];
+    [values setObject:TsSanitizeValue([[message messageSignature] name]) forKey:@"signature"];
     ReturnJSON(args, values);
   }
 }
@@ -91,7 +84,7 @@ void path(ProbeArguments args) {
   @autoreleasepool {
     const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
     [attachment setPath:convertToNSString(args[0])];
-    ReturnJSON(args, @[ OrNull([attachment path]) ]);
+    ReturnJSON(args, @[ TsSanitizeValue([attachment path]) ]);
   }
 }
 
@@ -132,7 +125,8 @@ void serve(ProbeArguments args) {
     const SEL selector = NSSelectorFromString([convertToNSString(args[0]) stringByAppendingString:@":userData:error:"]);
     reinterpret_cast<Serve>([provider methodForSelector:selector])(provider, selector, pasteboard, nil, &error);
     ReturnJSON(args, @[
-      OrNull(error), OrNull([pasteboard stringForType:NSStringPboardType]), [NSArray arrayWithArray:[pasteboard types]]
+      TsSanitizeValue(error), TsSanitizeValue([pasteboard stringForType:NSStringPboardType]),
+      [NSArray arrayWithArray:[pasteboard types]]
     ]);
   }
 }
@@ -153,7 +147,6 @@ void performWithFiles(ProbeArguments args) {
 }  // namespace
 
 void AttachCompositionProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(defaults);
   PROBE(composeAttributed);
   PROBE(specifiers);
@@ -162,5 +155,4 @@ void AttachCompositionProbe(v8::Local<v8::Object> exports) {
   PROBE(replaceMessages);
   PROBE(serve);
   PROBE(performWithFiles);
-#undef PROBE
 }

@@ -13,11 +13,6 @@ namespace {
 
 id FromJSON(v8::Local<v8::Value> text) { return TsConvertFromJSONString(convertToNSString(text), nullptr); }
 
-void ReturnJSON(ProbeArguments args, id object) {
-  v8::Local<v8::String> text;
-  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
-}
-
 NSArray* Described(NSArray* recipients) {
   NSMutableArray* pairs = [NSMutableArray array];
   for (TsRecipient* recipient in recipients) [pairs addObject:@[ [recipient name], [recipient address] ]];
@@ -224,7 +219,6 @@ void resizePicker(ProbeArguments) {
 }  // namespace
 
 void AttachContactsProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(parse);
   PROBE(format);
   PROBE(timeText);
@@ -233,5 +227,4 @@ void AttachContactsProbe(v8::Local<v8::Object> exports) {
   PROBE(timeGroup);
   PROBE(picker);
   PROBE(resizePicker);
-#undef PROBE
 }

@@ -295,19 +295,10 @@ void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
   (NODE_SET_METHOD(exports, kRows[rows].name, Enter<rows>), ...);
 }
 
-// For probes that are no script functions: they only need a pool.
-template <ScriptHandler probe>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    probe(args);
-  }
-}
-
 }  // namespace
 
 void AttachCoreProbe(v8::Local<v8::Object> exports) {
   AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
-#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
   PROBE(echoForeign);
   PROBE(utf8);
   PROBE(fromUtf8);
@@ -335,5 +326,4 @@ void AttachCoreProbe(v8::Local<v8::Object> exports) {
   PROBE(logFormat);
   PROBE(flushLog);
   PROBE(addFileLogger);
-#undef PROBE
 }

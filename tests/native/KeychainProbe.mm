@@ -21,14 +21,6 @@ void Return(ProbeArguments args, NSString* text) {
   if (ToScriptString(args.GetIsolate(), text).ToLocal(&string)) args.GetReturnValue().Set(string);
 }
 
-// The pool that the function table gives to the script functions.
-template <void (*function)(ProbeArguments)>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    function(args);
-  }
-}
-
 // A store that waits as long as `setDeadlines` said, and the keychain of a service in it.
 platform::SecretStore::Deadlines& Deadlines() {
   static platform::SecretStore::Deadlines deadlines;
@@ -86,14 +78,14 @@ void countTransient(ProbeArguments args) {
 }  // namespace
 
 void AttachKeychainProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "setDeadlines", InPool<setDeadlines>);
-  NODE_SET_METHOD(exports, "serviceName", InPool<serviceName>);
-  NODE_SET_METHOD(exports, "get", InPool<get>);
-  NODE_SET_METHOD(exports, "set", InPool<set>);
-  NODE_SET_METHOD(exports, "remove", InPool<remove>);
-  NODE_SET_METHOD(exports, "removeAll", InPool<removeAll>);
-  NODE_SET_METHOD(exports, "accounts", InPool<accounts>);
-  NODE_SET_METHOD(exports, "setTransient", InPool<setTransient>);
-  NODE_SET_METHOD(exports, "getTransient", InPool<getTransient>);
-  NODE_SET_METHOD(exports, "countTransient", InPool<countTransient>);
+  PROBE(setDeadlines);
+  PROBE(serviceName);
+  PROBE(get);
+  PROBE(set);
+  PROBE(remove);
+  PROBE(removeAll);
+  PROBE(accounts);
+  PROBE(setTransient);
+  PROBE(getTransient);
+  PROBE(countTransient);
 }

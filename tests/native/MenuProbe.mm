@@ -62,11 +62,6 @@
 
 namespace {
 
-// Arguments and results are JSON texts: every probe is a function from one value to another.
-id Parsed(NSString* text) { return text == nil ? nil : TsConvertFromJSONString(text, nullptr); }
-
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
-
 NSNumber* Number(NSInteger value) { return [NSNumber numberWithInteger:value]; }
 
 Ref<NSMenu> MakeMenu(NSString* title, NSArray* items) {
@@ -301,59 +296,43 @@ id pasteIfPossible(id) {
 // ---- Costs
 
 void measureSendEvent(ProbeArguments args) {
-  @autoreleasepool {
-    NSEvent* event = EventOf(Parsed(convertToNSString(args[0])));
-    const auto count = args[1].As<v8::Int32>()->Value();
-    for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
-  }
+  NSEvent* event = EventOf(ParsedArgument(args, 0));
+  const auto count = args[1].As<v8::Int32>()->Value();
+  for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
 }
 
 void measurePreviousSendEvent(ProbeArguments args) {
-  @autoreleasepool {
-    NSEvent* event = EventOf(Parsed(convertToNSString(args[0])));
-    const auto count = args[1].As<v8::Int32>()->Value();
-    for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
-  }
-}
-
-template <id (*probe)(id)>
-void Enter(ProbeArguments args) {
-  @autoreleasepool {
-    id result = probe(Parsed(convertToNSString(args[0])));
-    v8::Local<v8::String> text;
-    if (result == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(result)).ToLocal(&text)) return;
-    args.GetReturnValue().Set(text);
-  }
+  NSEvent* event = EventOf(ParsedArgument(args, 0));
+  const auto count = args[1].As<v8::Int32>()->Value();
+  for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
 }
 
 }  // namespace
 
 void AttachMenuProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, Enter<function>)
-  PROBE(setMainMenu);
-  PROBE(mainMenu);
-  PROBE(shortcutTexts);
-  PROBE(setUserDefaults);
-  PROBE(delegateClasses);
-  PROBE(identifiersOfCyclicMenus);
-  PROBE(predicates);
-  PROBE(sendEvent);
-  PROBE(performKeyEquivalent);
-  PROBE(processKey);
-  PROBE(processModifiers);
-  PROBE(menuEventDescription);
-  PROBE(virtualKeyCodes);
-  PROBE(patch);
-  PROBE(replaceInherited);
-  PROBE(putOnPasteboard);
-  PROBE(pasteIfPossible);
-#undef PROBE
-  NODE_SET_METHOD(exports, "pasteboardTypes", Enter<PasteboardTypes>);
-  NODE_SET_METHOD(exports, "largeValueSurvives", Enter<LargeValueSurvives>);
-  NODE_SET_METHOD(exports, "putURLs", Enter<PutURLs>);
-  NODE_SET_METHOD(exports, "typesOnPasteboard", Enter<TypesOnPasteboard>);
-  NODE_SET_METHOD(exports, "offerLazily", Enter<OfferLazily>);
-  NODE_SET_METHOD(exports, "timesProvided", Enter<TimesProvided>);
-  NODE_SET_METHOD(exports, "measureSendEvent", measureSendEvent);
-  NODE_SET_METHOD(exports, "measurePreviousSendEvent", measurePreviousSendEvent);
+  JSON_PROBE(setMainMenu);
+  JSON_PROBE(mainMenu);
+  JSON_PROBE(shortcutTexts);
+  JSON_PROBE(setUserDefaults);
+  JSON_PROBE(delegateClasses);
+  JSON_PROBE(identifiersOfCyclicMenus);
+  JSON_PROBE(predicates);
+  JSON_PROBE(sendEvent);
+  JSON_PROBE(performKeyEquivalent);
+  JSON_PROBE(processKey);
+  JSON_PROBE(processModifiers);
+  JSON_PROBE(menuEventDescription);
+  JSON_PROBE(virtualKeyCodes);
+  JSON_PROBE(patch);
+  JSON_PROBE(replaceInherited);
+  JSON_PROBE(putOnPasteboard);
+  JSON_PROBE(pasteIfPossible);
+  JSON_PROBE(pasteboardTypes);
+  JSON_PROBE(largeValueSurvives);
+  JSON_PROBE(putURLs);
+  JSON_PROBE(typesOnPasteboard);
+  JSON_PROBE(offerLazily);
+  JSON_PROBE(timesProvided);
+  PROBE(measureSendEvent);
+  PROBE(measurePreviousSendEvent);
 }

@@ -121,17 +121,9 @@ void compareSounds(ProbeArguments args) {
   ]);
 }
 
-template <void (*function)(ProbeArguments)>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    function(args);
-  }
-}
-
 }  // namespace
 
 void AttachNotificationsProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
   PROBE(record);
   PROBE(takeRecorded);
   PROBE(alerts);
@@ -141,5 +133,4 @@ void AttachNotificationsProbe(v8::Local<v8::Object> exports) {
   PROBE(dismiss);
   PROBE(changeResponse);
   PROBE(compareSounds);
-#undef PROBE
 }

@@ -101,7 +101,6 @@ void preferredLanguages(ProbeArguments args) {
 }  // namespace
 
 void AttachPlatformProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(post);
   PROBE(postDelayed);
   PROBE(postFromThreads);
@@ -111,5 +110,4 @@ void AttachPlatformProbe(v8::Local<v8::Object> exports) {
   PROBE(logDirectory);
   PROBE(version);
   PROBE(preferredLanguages);
-#undef PROBE
 }

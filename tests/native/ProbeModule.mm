@@ -13,6 +13,8 @@
 #include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
 #include "UpdateProbe.h"
+#include "Utilities/TsJSON.h"
+#include "Utilities/TsScriptValues.h"
 #include "ValuesProbe.h"
 #include "WindowProbe.h"
 
@@ -42,6 +44,17 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
 }
 
 }  // namespace
+
+void ReturnJSON(ProbeArguments args, id value) {
+  v8::Local<v8::String> text;
+  if (value == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(value)).ToLocal(&text)) return;
+  args.GetReturnValue().Set(text);
+}
+
+id ParsedArgument(ProbeArguments args, int index) {
+  NSString* text = index < args.Length() ? convertToNSString(args[index]) : nil;
+  return text == nil ? nil : TsConvertFromJSONString(text, nullptr);
+}
 
 v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();

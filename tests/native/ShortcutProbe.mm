@@ -12,10 +12,6 @@
 
 namespace {
 
-id OrNull(id value) { return value != nil ? value : [NSNull null]; }
-
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
-
 // Described as [key code, modifier flags].
 MASShortcut* ShortcutOf(NSArray* description) {
   return [MASShortcut shortcutWithKeyCode:[[description objectAtIndex:0] unsignedShortValue]
@@ -99,28 +95,23 @@ id transform(id dictionary) {
   return @[ OrNull([shortcut description]), OrNull([transformer reverseTransformedValue:shortcut]) ];
 }
 
+// Arguments and results that are no JSON documents by themselves come in arrays.
 template <id (*probe)(id)>
-void Enter(ProbeArguments args) {
-  @autoreleasepool {
-    NSArray* arguments = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
-    id result = probe([arguments objectAtIndex:0]);
-    v8::Local<v8::String> text;
-    if (!ToScriptString(args.GetIsolate(), TsConvertToJSONString(@[ OrNull(result) ])).ToLocal(&text)) return;
-    args.GetReturnValue().Set(text);
-  }
+id Boxed(id arguments) {
+  return @[ OrNull(probe([arguments objectAtIndex:0])) ];
 }
 
 }  // namespace
 
 void AttachShortcutProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, Enter<function>)
-  PROBE(valid);
-  PROBE(whyTaken);
-  PROBE(describe);
-  PROBE(archives);
-  PROBE(archivesOfOthers);
-  PROBE(unarchive);
-  PROBE(unarchiveDamaged);
-  PROBE(transform);
-#undef PROBE
+#define BOXED_PROBE(function) NODE_SET_METHOD(exports, #function, FromJSON<Boxed<function>>)
+  BOXED_PROBE(valid);
+  BOXED_PROBE(whyTaken);
+  BOXED_PROBE(describe);
+  BOXED_PROBE(archives);
+  BOXED_PROBE(archivesOfOthers);
+  BOXED_PROBE(unarchive);
+  BOXED_PROBE(unarchiveDamaged);
+  BOXED_PROBE(transform);
+#undef BOXED_PROBE
 }

@@ -8,6 +8,7 @@
 #import "Extensions/NSString+TsFormat.h"
 #include "Platform/Cocoa.h"
 #include "Probe.h"
+#include "StatusItem/AccountBadge.h"
 #import "StatusItem/TsAccountStatusMenuItem.h"
 #import "StatusItem/TsStatusItemController.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -16,17 +17,8 @@
 
 namespace {
 
-id OrNull(id object) { return object != nil ? object : [NSNull null]; }
-
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
-
 int Integer(v8::Local<v8::Value> value) {
   return value->Int32Value(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
-}
-
-void ReturnJSON(ProbeArguments args, id object) {
-  v8::Local<v8::String> text;
-  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
 }
 
 Ref<NSBitmapImageRep> Pixels(NSImage* image) {
@@ -150,18 +142,17 @@ void titleWidth(ProbeArguments args) {
   }
 }
 
-// badge(color, count, isInError)
+// badge(color, count, isInError, text): how the badge looks, and whether it is the one of this text.
 void badge(ProbeArguments args) {
-  @autoreleasepool {
-    auto item = Adopt([[TsAccountStatusMenuItem alloc]
-        initWithTitle:@"Account"
-                color:[NSColor ts_colorWithHexColorString:convertToNSString(args[0])]
-               action:nullptr
-        keyEquivalent:@""]);
-    [item setCount:static_cast<NSUInteger>(Integer(args[1]))];
-    [item setIsInError:args[2]->IsTrue()];
-    ReturnJSON(args, DescribeImage([item image]));
-  }
+  NSColor* color = [NSColor ts_colorWithHexColorString:convertToNSString(args[0])];
+  auto item = Adopt([[TsAccountStatusMenuItem alloc] initWithTitle:@"Account"
+                                                             color:color
+                                                            action:nullptr
+                                                     keyEquivalent:@""]);
+  [item setCount:static_cast<NSUInteger>(Integer(args[1]))];
+  [item setIsInError:args[2]->IsTrue()];
+  NSString* text = args[3]->IsString() ? convertToNSString(args[3]) : nil;
+  ReturnJSON(args, @[ DescribeImage([item image]), Truth([item image] == AccountBadge(color, text)) ]);
 }
 
 void hexColor(ProbeArguments args) {
@@ -212,7 +203,6 @@ void hasItem(ProbeArguments args) {
 }  // namespace
 
 void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(fill);
   PROBE(timeRebuild);
   PROBE(state);
@@ -224,5 +214,4 @@ void AttachStatusItemProbe(v8::Local<v8::Object> exports) {
   PROBE(perform);
   PROBE(performOnDelegate);
   PROBE(hasItem);
-#undef PROBE
 }

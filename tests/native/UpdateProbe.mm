@@ -41,11 +41,6 @@ void ReturnText(ProbeArguments args, std::string_view text) {
   args.GetReturnValue().Set(ToScriptString(args.GetIsolate(), TsNSString(text)).ToLocalChecked());
 }
 
-void ReturnJSON(ProbeArguments args, id object) {
-  v8::Local<v8::String> text;
-  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&text)) args.GetReturnValue().Set(text);
-}
-
 // compareVersions(left, right): -1, 0 or 1.
 void compareVersions(ProbeArguments args) {
   const auto order = platform::CompareVersions(StdText(args[0]), StdText(args[1]));
@@ -271,17 +266,9 @@ void logFromThread(ProbeArguments args) {
   }).join();
 }
 
-template <ScriptHandler probe>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    probe(args);
-  }
-}
-
 }  // namespace
 
 void AttachUpdateProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
   PROBE(compareVersions);
   PROBE(isTrustworthyAddress);
   PROBE(decide);
@@ -299,5 +286,4 @@ void AttachUpdateProbe(v8::Local<v8::Object> exports) {
   PROBE(handleCrashes);
   PROBE(crashInFork);
   PROBE(logFromThread);
-#undef PROBE
 }

@@ -253,17 +253,9 @@ void read(ProbeArguments args) {
   args.GetReturnValue().Set(TsConvertFromJSONString(TsCopyString(args.GetIsolate(), args[0]), nullptr) != nil);
 }
 
-template <void (*probe)(ProbeArguments)>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    probe(args);
-  }
-}
-
 }  // namespace
 
 void AttachValuesProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
   PROBE(roundTrip);
   PROBE(readError);
   PROBE(writeUnfit);
@@ -273,5 +265,4 @@ void AttachValuesProbe(v8::Local<v8::Object> exports) {
   PROBE(timeRead);
   PROBE(timeWrite);
   PROBE(read);
-#undef PROBE
 }

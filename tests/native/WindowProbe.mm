@@ -1,9 +1,11 @@
 #include "WindowProbe.h"
 
 #import <AppKit/AppKit.h>
+#import <objc/runtime.h>
 
 #include <algorithm>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Platform/Cocoa.h"
 #include "Probe.h"
@@ -55,11 +57,7 @@
 
 namespace {
 
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
-
 NSNumber* Number(double value) { return [NSNumber numberWithDouble:value]; }
-
-id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
 NSArray* Describe(NSRect rect) {
   return @[ Number(NSMinX(rect)), Number(NSMinY(rect)), Number(NSWidth(rect)), Number(NSHeight(rect)) ];
@@ -93,8 +91,8 @@ id postBackingChange(id arguments) {
 }
 
 TsProbeObserver* BackingObserver() {
-  static const Ref<TsProbeObserver>& observer = *new Ref<TsProbeObserver>(Adopt([[TsProbeObserver alloc] init]));
-  return observer;
+  static Forever<Ref<TsProbeObserver>> observer(Adopt([[TsProbeObserver alloc] init]));
+  return observer->get();
 }
 
 id observeBackingChanges(id) {
@@ -278,8 +276,42 @@ NSView* Page(NSDictionary* arguments) {
   return FindWebViewDropTarget(WindowTitled([arguments objectForKey:@"window"]));
 }
 
+// ---- The page's own drag methods, in the order of their calls
+
+NSMutableArray* PageDrags() {
+  static Forever<Ref<NSMutableArray>> calls(Adopt([[NSMutableArray alloc] init]));
+  return calls->get();
+}
+
+template <int index>
+struct PageMethod {
+  static inline IMP previous = nullptr;
+
+  static NSUInteger Note(id page, SEL selector, id info) {
+    [PageDrags() addObject:NSStringFromSelector(selector)];
+    return reinterpret_cast<NSUInteger (*)(id, SEL, id)>(previous)(page, selector, info);
+  }
+
+  static void Watch(const char* selector) {
+    if (previous != nullptr) return;
+    const Method method =
+        class_getInstanceMethod(NSClassFromString(@"WebContentsViewCocoa"), sel_registerName(selector));
+    previous = method_setImplementation(method, reinterpret_cast<IMP>(Note));
+  }
+};
+
+void WatchPage() {
+  PageMethod<0>::Watch("draggingEntered_:");
+  PageMethod<1>::Watch("draggingUpdated_:");
+  PageMethod<2>::Watch("draggingExited_:");
+  PageMethod<3>::Watch("performDragOperation_:");
+}
+
+id pageDrags(id) { return PageDrags(); }
+
 // Sends the page what a drag over it would, and gives its answers.
 id dragOverPage(id arguments) {
+  WatchPage();
   const auto info = Adopt([[TsDraggingInfo alloc] initWithLocation:NSMakePoint(1, 1)]);
   NSPasteboard* pasteboard = [info pasteboard];
   if (id files = [arguments objectForKey:@"files"]) {
@@ -319,12 +351,31 @@ id draggingInfo(id) {
   };
 }
 
+// Makes a press with these modifiers the application's current event.
+void PressMouseWith(NSUInteger modifiers, NSWindow* window) {
+  NSEvent* event = [NSEvent mouseEventWithType:NSLeftMouseDragged
+                                      location:NSMakePoint(1, 1)
+                                 modifierFlags:modifiers
+                                     timestamp:0
+                                  windowNumber:[window windowNumber]
+                                       context:nil
+                                   eventNumber:0
+                                    clickCount:1
+                                      pressure:1];
+  [NSApp postEvent:event atStart:YES];
+  [NSApp nextEventMatchingMask:NSLeftMouseDraggedMask
+                     untilDate:[NSDate distantPast]
+                        inMode:NSDefaultRunLoopMode
+                       dequeue:YES];
+}
+
 id dragTitle(id arguments) {
   NSWindow* window = WindowTitled([arguments objectForKey:@"window"]);
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
   id delegate = [window delegate];
+  PressMouseWith([[arguments objectForKey:@"modifiers"] unsignedIntegerValue], window);
   const BOOL begins = [delegate window:window
-           shouldDragDocumentWithEvent:nil
+           shouldDragDocumentWithEvent:[NSApp currentEvent]
                                   from:NSZeroPoint
                         withPasteboard:pasteboard];
   NSDictionary* result = @{
@@ -336,39 +387,27 @@ id dragTitle(id arguments) {
   return result;
 }
 
-template <id (*probe)(id)>
-void Enter(ProbeArguments args) {
-  @autoreleasepool {
-    id argument = args.Length() > 0 ? TsConvertFromJSONString(convertToNSString(args[0]), nullptr) : nil;
-    id result = probe(argument);
-    v8::Local<v8::String> text;
-    if (result == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(result)).ToLocal(&text)) return;
-    args.GetReturnValue().Set(text);
-  }
-}
-
 }  // namespace
 
 void AttachWindowProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, Enter<function>)
-  PROBE(postBackingChange);
-  PROBE(observeBackingChanges);
-  PROBE(backingChanges);
-  PROBE(notifyDirectly);
-  PROBE(openPanel);
-  PROBE(attachSheet);
-  PROBE(windowState);
-  PROBE(orderOut);
-  PROBE(numberOfWindows);
-  PROBE(toolbarState);
-  PROBE(activate);
-  PROBE(validateMenuItem);
-  PROBE(insertItem);
-  PROBE(removeItem);
-  PROBE(postThemeChange);
-  PROBE(addTabColors);
-  PROBE(dragOverPage);
-  PROBE(draggingInfo);
-  PROBE(dragTitle);
-#undef PROBE
+  JSON_PROBE(postBackingChange);
+  JSON_PROBE(observeBackingChanges);
+  JSON_PROBE(backingChanges);
+  JSON_PROBE(notifyDirectly);
+  JSON_PROBE(openPanel);
+  JSON_PROBE(attachSheet);
+  JSON_PROBE(windowState);
+  JSON_PROBE(orderOut);
+  JSON_PROBE(numberOfWindows);
+  JSON_PROBE(toolbarState);
+  JSON_PROBE(activate);
+  JSON_PROBE(validateMenuItem);
+  JSON_PROBE(insertItem);
+  JSON_PROBE(removeItem);
+  JSON_PROBE(postThemeChange);
+  JSON_PROBE(addTabColors);
+  JSON_PROBE(dragOverPage);
+  JSON_PROBE(pageDrags);
+  JSON_PROBE(draggingInfo);
+  JSON_PROBE(dragTitle);
 }
