@@ -398,40 +398,39 @@ export function generatePreview(
   callback: (preview: string | null) => void,
 ): void;
 
-/** What `showFileDialog` asks, as JSON. Texts that are missing are the system's own. */
+/** The options of `showFileDialog`, as JSON. Where a text is missing, the dialog has the system's own. */
 export interface FileDialogOptions {
-  /** `"open"` unless it says otherwise. */
+  /** `"open"` by default. */
   type?: 'open' | 'save';
   title?: string;
-  /** Stands above the files. */
   message?: string;
   'button-label'?: string;
-  /** Path of the folder to begin in. Where that is none, it is the one in which something was chosen last. */
+  /** Path of the folder to begin in; by default the folder used last. */
   folder?: string;
-  /** For saving: the suggested name. Whatever it contains, it doesn't lead out of the folder, and isn't hidden. */
+  /** For saving: the suggested name. Slashes and leading dots are replaced or dropped. */
   name?: string;
   /**
-   * Which files there are, by extensions without dots, in any case; `"*"`, or none, for all. The first one counts, and
-   * the user may change to another. When saving, a name that has none of the extensions gets the first.
+   * The files to show, by extensions without dots, in any case; `"*"`, or none, for all. The first filter applies until
+   * the user selects another. The suggested name gets the first extension of the first filter when it has none of them.
    */
   filters?: { name: string; extensions: string[] }[];
-  /** For opening: `true` unless they say otherwise. */
+  /** For opening; `true` by default. */
   'choose-files?'?: boolean;
   /** For opening. */
   'choose-folders?'?: boolean;
   /** For opening. */
   'allow-multiple?'?: boolean;
-  /** To begin with; the user may change it. */
+  /** To begin with. */
   'show-hidden?'?: boolean;
 }
 
 /**
- * Lets the user choose files in a panel over the window, and returns at once. That a file is replaced has been
- * confirmed by the user.
+ * Lets the user choose files in the system's dialog over the window, and returns at once. The dialog asks the user
+ * before a file is overwritten.
  * @param options `FileDialogOptions`.
  * @param callback Called exactly once, later: with an array of absolute paths, also for a single one, or with null:
- *   when the user chose nothing, the panel or the window was closed, the window has such a panel already (which comes
- *   to the front), or, with a line in the log, when nothing could be asked.
+ *   when the user chose nothing, the window was closed, the window has such a dialog already, or, with a line in the
+ *   log, when no dialog could be shown.
  */
 export function showFileDialog(
   window: WindowHandle,
@@ -558,7 +557,7 @@ export interface ClippedPage {
 /** Hands a file to Evernote, DEVONthink, Photos or Receipts. */
 export function importIntoApplication(bundleIdentifier: string, path: string): void;
 
-/** Prints a file through the system’s document viewer, or its printing system. Returns at once. */
+/** Opens a file in the system’s document viewer, from whose dialog the user prints. Returns at once. */
 export function printPath(path: string): void;
 
 /** Hands a page to an application, by its name in `installedClipperApps()`. Returns at once. */

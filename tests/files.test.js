@@ -24,7 +24,7 @@ const likeAnybody =
 
 const temporaries = (folder) => fs.readdirSync(folder).filter((name) => name.startsWith('.new-'));
 
-test('every kind of memory is written, and nothing else', async (t) => {
+test('Buffers, typed arrays and ArrayBuffers are written, other values refused', async (t) => {
   const folder = temporaryDirectory(t);
   const cases = [
     ['Buffer.from("Zoë\\0!")', 'Zoë\0!'],
@@ -50,7 +50,7 @@ test('every kind of memory is written, and nothing else', async (t) => {
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
 });
 
-test('a file is replaced with its permissions kept, and a link keeps leading to it', async (t) => {
+test('replacing keeps the permissions, and writes through links', async (t) => {
   const folder = temporaryDirectory(t);
   const at = (name) => path.join(folder, name);
   fs.writeFileSync(at('private'), 'old and longer', { mode: 0o640 });
@@ -76,7 +76,7 @@ test('a file is replaced with its permissions kept, and a link keeps leading to 
   assert.deepStrictEqual(temporaries(folder), []);
 });
 
-test('what is appended goes to the end, or makes the file', async (t) => {
+test('appending adds to the end, or creates the file', async (t) => {
   const folder = temporaryDirectory(t);
   fs.symlinkSync('log', path.join(folder, 'link'));
   const results = await write(
@@ -88,7 +88,7 @@ test('what is appended goes to the end, or makes the file', async (t) => {
   assert.strictEqual(fs.readFileSync(path.join(folder, 'log'), 'utf8'), '012');
 });
 
-test('names may be as long as names can be, and in any language', async (t) => {
+test('names of the longest length and in any language are written', async (t) => {
   const folder = temporaryDirectory(t);
   const names = ['x'.repeat(255), 'é'.repeat(127), '日本 "$(touch pwned)";\n.txt', '-rf', ' '];
   const results = await write(
@@ -103,7 +103,7 @@ test('names may be as long as names can be, and in any language', async (t) => {
   assert.deepStrictEqual(new Set(fs.readdirSync(folder)), new Set(names));
 });
 
-test('what can’t be written is told, and leaves everything as it was', async (t) => {
+test('a failed write returns its reason and changes nothing', async (t) => {
   const folder = temporaryDirectory(t);
   const at = (name) => path.join(folder, name);
   fs.mkdirSync(at('folder'));
@@ -150,7 +150,7 @@ test('what can’t be written is told, and leaves everything as it was', async (
   assert.ok(fs.statSync('/dev/full').isCharacterDevice());
 });
 
-test('on a full disk the old contents stay, and nothing is left behind', async (t) => {
+test('on a full disk the old contents stay, and no temporary file is left', async (t) => {
   const folder = temporaryDirectory(t);
   fs.writeFileSync(path.join(folder, 'file'), 'old');
   // No file may grow beyond this, which to a program looks much like a full disk.
@@ -165,7 +165,7 @@ test('on a full disk the old contents stay, and nothing is left behind', async (
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
 });
 
-test('a disk without room is told as such', async (t) => {
+test('a full disk is reported as such', async (t) => {
   const folder = temporaryDirectory(t);
   const mount = `mount -t tmpfs -o size=128k none ${folder} && exec "$@"`;
   const within = ['unshare', '--map-root-user', '--mount', 'sh', '-c', mount, 'sh'];

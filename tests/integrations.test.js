@@ -33,7 +33,7 @@ const act = (t, applications, source) =>
     { env: { ...session.env, ...applications.env, TESSARO_NATIVE_LOG: 'stderr' }, home: applications.home },
   );
 
-test('the clippers are those whose applications are installed', async (t) => {
+test('installedClipperApps names the installed applications in a fixed order', async (t) => {
   const applications = new Applications(t);
   const options = { env: applications.env, home: applications.home };
   const ask = () => evaluate(t, `console.log(probe().module.installedClipperApps());`, options);
@@ -49,7 +49,7 @@ test('the clippers are those whose applications are installed', async (t) => {
   assert.deepStrictEqual(await ask(), all);
 });
 
-test('task managers get their URL as one argument, escaped', async (t) => {
+test('task managers get their URL as one argument, escaped, without "(null)" for missing texts', async (t) => {
   const links = [page.url, page['web-url']];
   const table = [
     [
@@ -73,11 +73,13 @@ test('task managers get their URL as one argument, escaped', async (t) => {
       'things:///add',
       { title: page.title, notes: `${text}\n\n${links.join('\n')}`, 'show-quick-entry': 'true' },
     ],
-  ];
-  for (const [name, identifier, address, parameters] of table) {
+    ['omnifocus', 'com.omnigroup.OmniFocus3', 'omnifocus:///add', { name: '', note: '\n\n\n' }, {}],
+    ['things', 'com.culturedcode.ThingsMac', 'things:///add', { title: '', notes: '\n\n\n', 'show-quick-entry': 'true' }, {}],
+  ]; // prettier-ignore
+  for (const [name, identifier, address, parameters, clipped = page] of table) {
     const applications = new Applications(t);
     applications.add(identifier, { types: [`x-scheme-handler/${name}`] });
-    act(t, applications, `m.clipPage(${JSON.stringify(name)}, page);`);
+    act(t, applications, `m.clipPage(${JSON.stringify(name)}, ${JSON.stringify(clipped)});`);
     const words = await applications.wordsOf(identifier);
     assert.strictEqual(words.length, 1);
     assert.match(words[0], /^[\w:/?&=%.~-]+$/);
@@ -88,7 +90,7 @@ test('task managers get their URL as one argument, escaped', async (t) => {
   }
 });
 
-test('the clipboard gets a document that another program can read', async (t) => {
+test('clipping to the clipboard copies a Markdown document', async (t) => {
   const applications = new Applications(t);
   act(
     t,
@@ -103,7 +105,7 @@ test('the clipboard gets a document that another program can read', async (t) =>
   await eventually(async () => (await read()) === '# T [A]\n\nx\n\n- <U>\n- <W>', 'the document is on the clipboard');
 });
 
-test('what nobody handles is logged, whatever the page is', async (t) => {
+test('unknown targets and odd pages are logged', async (t) => {
   const applications = new Applications(t);
   const child = act(
     t,
@@ -152,7 +154,7 @@ const zip = (folder, archive) =>
     archive,
   ]);
 
-test('a note in Evernote has the page and the files, those of archives one by one', async (t) => {
+test('a note in Evernote gets the page and its attachments, with archives unpacked', async (t) => {
   const applications = new Applications(t);
   const messages = await startStandIn(t, applications, 'com.evernote.Evernote');
   const folder = temporaryDirectory(t);
@@ -178,7 +180,7 @@ test('a note in Evernote has the page and the files, those of archives one by on
   assert.strictEqual(fs.existsSync(unpacked[1][1]), false);
 });
 
-test('a record in DEVONthink is the mail, or the page when there is none', async (t) => {
+test('DEVONthink imports the mail, or the page when there is no mail', async (t) => {
   const applications = new Applications(t);
   const messages = await startStandIn(t, applications, 'com.devon-technologies.think3');
   const record = (file) => [
@@ -195,7 +197,7 @@ test('a record in DEVONthink is the mail, or the page when there is none', async
   assert.deepStrictEqual(messages(), [...record('/a.eml'), ...record('/a.html')]);
 });
 
-test('photos, receipts and printing', async (t) => {
+test('Photos and Receipts get files; archives are unpacked beside themselves', async (t) => {
   const applications = new Applications(t);
   const folder = temporaryDirectory(t);
   const inside = path.join(folder, 'inside');
@@ -203,28 +205,51 @@ test('photos, receipts and printing', async (t) => {
   for (const name of ['a.JPG', 'b.tiff', 'c.txt', 'd.png']) fs.writeFileSync(path.join(inside, name), name);
   zip(inside, path.join(folder, 'photos.zip'));
   for (const id of ['com.apple.Photos', 'com.apperdeck.mac.Receipts']) applications.add(id, { argument: '%f' });
-  applications.addProgram('evince-previewer');
   const file = (name) => path.join(folder, name);
-  for (const name of ['mail.eml', '-p.pdf']) fs.writeFileSync(file(name), '');
+  fs.writeFileSync(file('mail.eml'), '');
   fs.writeFileSync(file('x.png'), '\x89PNG\r\n\x1a\n', 'latin1');
   const importing = (id, name) =>
     act(t, applications, `m.importIntoApplication('${id}', ${JSON.stringify(file(name))});`);
   importing('com.apple.Photos', 'photos.zip');
   assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('photos')]);
   assert.deepStrictEqual(fs.readdirSync(file('photos')).sort(), ['a.JPG', 'b.tiff']);
+  // Imported again, the archive brings back what is missing and keeps what the user has changed.
+  fs.writeFileSync(file('photos/a.JPG'), 'changed');
+  fs.rmSync(file('photos/b.tiff'));
+  importing('com.apple.Photos', 'photos.zip');
+  assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('photos')]);
+  const contents = ['a.JPG', 'b.tiff'].map((name) => fs.readFileSync(file(`photos/${name}`), 'utf8'));
+  assert.deepStrictEqual(contents, ['changed', 'b.tiff']);
   importing('com.apple.Photos', 'x.png');
   assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('x.png')]);
   importing('com.apperdeck.mac.Receipts', 'mail.eml');
   assert.deepStrictEqual(await applications.wordsOf('com.apperdeck.mac.Receipts'), [file('mail.eml')]);
   act(t, applications, `m.clipPage('receipts', { 'eml-path': ${JSON.stringify(file('mail.eml'))} });`);
   assert.deepStrictEqual(await applications.wordsOf('com.apperdeck.mac.Receipts'), [file('mail.eml')]);
-  act(t, applications, `m.printPath(${JSON.stringify(file('-p.pdf'))});`);
-  assert.deepStrictEqual(await applications.wordsOf('evince-previewer'), [file('-p.pdf')]);
+});
+
+test('printing opens a viewer, and never prints without a dialog', async (t) => {
+  const applications = new Applications(t);
+  const file = path.join(temporaryDirectory(t), '-p.pdf');
+  fs.writeFileSync(file, '');
+  for (const name of ['lp', 'lpr']) applications.addProgram(name);
+  applications.add('org.example.Viewer', { types: ['application/pdf'], argument: '%f' });
+  applications.mimeApps('[Default Applications]\napplication/pdf=org.example.Viewer.desktop\n');
+  const print = () => act(t, applications, `m.printPath(${JSON.stringify(file)});`);
+  print();
+  assert.deepStrictEqual(await applications.wordsOf('org.example.Viewer'), [file]);
+  applications.addProgram('evince-previewer');
+  print();
+  assert.deepStrictEqual(await applications.wordsOf('evince-previewer'), [file]);
+  assert.deepStrictEqual(
+    ['lp', 'lpr'].filter((name) => fs.existsSync(applications.recordOf(name))),
+    [],
+  );
 });
 
 // ---- HTML and archives
 
-test('the text of HTML', async (t) => {
+test('HTML is converted to plain text', async (t) => {
   const table = [
     ['', ''],
     ['plain', 'plain'],
@@ -252,7 +277,7 @@ test('the text of HTML', async (t) => {
   assert.deepStrictEqual(seen.slice(1), ['x', 6000000 - 2]);
 });
 
-test('archives that mean harm', async (t) => {
+test('hostile archives write nothing outside of their folder, and end at a limit', async (t) => {
   const folder = temporaryDirectory(t);
   const archives = path.join(folder, 'archives');
   fs.mkdirSync(archives);
@@ -284,11 +309,11 @@ open(sys.argv[1] + '/damaged.zip', 'wb').write(open(sys.argv[1] + '/up.zip', 'rb
   for (const file of ['/tmp/ts-absolute.txt', '/tmp/ts-through.txt']) assert.ok(!fs.existsSync(file));
 });
 
-// ---- The PDF entry and the time tracker
+// ---- The PDF entry and Timing
 
 const withHost = `const host = require(${JSON.stringify(path.join(__dirname, '..', 'host'))}); host.start();`;
 
-test('the PDF entry leads to this application, and goes with its folder', async (t) => {
+test('the PDF entry is an alias of this application, removed with its empty folder', async (t) => {
   const home = temporaryDirectory(t);
   const services = path.join(home, 'Library', 'PDF Services');
   const entry = path.join(services, 'Mail PDF with Tessaro');
@@ -311,7 +336,7 @@ test('the PDF entry leads to this application, and goes with its folder', async 
   assert.strictEqual(fs.existsSync(services), false);
 });
 
-test('the time tracker gets the callback’s list, or an empty one', async (t) => {
+test('Timing gets the callback’s list, or an empty one', async (t) => {
   const child = startScript(
     t,
     `${withHost} const { module: m } = probe();

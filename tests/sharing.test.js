@@ -1,6 +1,6 @@
 'use strict';
 
-// The menu of what takes files, with real clicks: every target is a program that writes down what it is started with.
+// The menu of sharing targets, with real clicks: every target is a program that records its arguments.
 
 const assert = require('assert');
 const fs = require('fs');
@@ -53,7 +53,7 @@ function install(t) {
   applications.addProgram('bluetooth-sendto');
   applications.add('org.example.Editor', { name: 'Editor', types: ['text/plain'], argument: '%F' });
   applications.add('org.example.Both', { name: 'Both', types: ['text/plain', 'image/png'], argument: '%U' });
-  // Takes nothing, whatever it says.
+  // Takes no files, whatever types it lists.
   applications.add('org.example.Nothing', { name: 'Nothing', types: ['text/plain', 'image/png'], argument: '' });
   applications.mimeApps(
     '[Default Applications]\nx-scheme-handler/mailto=org.example.Mail.desktop\ntext/plain=org.example.Editor.desktop\nimage/png=org.example.Both.desktop\n',
@@ -94,7 +94,7 @@ test('mail programs, Bluetooth and applications get the files, without a shell',
   assert.ok(!fs.existsSync('pwned') && !fs.existsSync(path.join(folder, 'pwned')));
 });
 
-test('of files of several kinds, only those count who take them all', async (t) => {
+test('only targets that take every file are offered', async (t) => {
   const applications = install(t);
   const folder = temporaryDirectory(t);
   const files = ['a.txt', 'b.png'].map((name) => path.join(folder, name));
@@ -109,7 +109,7 @@ test('of files of several kinds, only those count who take them all', async (t) 
   assert.ok(log.some((text) => /There is no file 7 to share/.test(text)));
 });
 
-test('a click elsewhere chooses nothing, and the application goes on', async (t) => {
+test('a click elsewhere closes the menu without starting anything', async (t) => {
   const applications = install(t);
   const file = path.join(temporaryDirectory(t), 'a.txt');
   fs.writeFileSync(file, 'x');
@@ -128,7 +128,7 @@ test('a click elsewhere chooses nothing, and the application goes on', async (t)
   );
 });
 
-test('what can’t be shared is logged', async (t) => {
+test('requests that can’t be shared are logged', async (t) => {
   const person = await startPerson(t, session);
   for (const call of [
     `m.shareFiles(Buffer.alloc(8), '[]', '{}')`,

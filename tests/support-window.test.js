@@ -1,6 +1,6 @@
 'use strict';
 
-// The window in which people write to the makers of the application, with real clicks and keys.
+// The support and feedback window, with real clicks and keys.
 
 const assert = require('assert');
 const fs = require('fs');
@@ -32,7 +32,7 @@ async function contents(person) {
 
 const isEnabled = async (person, button) => (await person.button(title, button)).isEnabled;
 
-test('what is written and attached goes to the host', async (t) => {
+test('a sent message reaches the host with its texts and attachments', async (t) => {
   const folder = temporaryDirectory(t);
   const files = ['a "1".txt', 'zoë.png', 'c'].map((name) => path.join(folder, name));
   for (const file of files) fs.writeFileSync(file, 'x');
@@ -81,7 +81,7 @@ test('what is written and attached goes to the host', async (t) => {
   assert.strictEqual(person.reports.length, 1);
 });
 
-test('there is one window: asked again, it keeps what was written; cancelled, it forgets', async (t) => {
+test('opening the window again keeps its contents; cancelling clears them', async (t) => {
   const file = path.join(temporaryDirectory(t), 'a.txt');
   fs.writeFileSync(file, 'x');
   const person = await start(t);
@@ -107,32 +107,41 @@ test('there is one window: asked again, it keeps what was written; cancelled, it
   assert.deepStrictEqual(person.reports, []);
 });
 
-test('files are chosen in a panel of the window, and the log stays behind when it shall', async (t) => {
-  const folder = temporaryDirectory(t);
-  fs.writeFileSync(path.join(folder, 'picture.png'), 'x');
+const chooser = 'Attach Files';
+
+async function openChooser(person) {
+  const isOpen = () => person.xdotool('search', '--onlyvisible', '--name', chooser).then(Boolean, () => false);
+  await person.clickButton(title, 'Attach Files...', isOpen);
+  await person.xdotool('search', '--onlyvisible', '--name', chooser, 'windowactivate', '--sync');
+  return isOpen;
+}
+
+test('files are chosen in a dialog, and the log is attached only if ticked', async (t) => {
+  const file = path.join(temporaryDirectory(t), 'picture.png');
+  fs.writeFileSync(file, 'x');
   const person = await start(t);
-  await person.tell(`m.setUserDefault('NSDefaultOpenDirectory', ${JSON.stringify(folder)})`);
   await open(person, 'A', 'a@x', null, 'Text', null);
-  const panel = 'Attach Files';
-  await person.clickButton(title, 'Attach Files...', async () =>
-    (await person.windows()).some((window) => window.title === panel),
+  await openChooser(person);
+  await person.key('ctrl+a');
+  await person.type(file);
+  await person.until(
+    async () => (await contents(person)).at(-1).length === 1,
+    () => person.key('Return'),
+    'the file is attached',
   );
-  await person.click((await person.row(panel, 'picture.png')).centre);
-  await person.clickButton(panel, 'Attach', async () => (await contents(person)).at(-1).length === 1);
-  await person.isGone(panel);
   await person.click((await person.button(title, 'Attach the log file')).centre);
   await person.clickButton(title, 'Send', () => person.reports.length > 0);
   const { log, attachments } = await person.report(0);
   assert.strictEqual(log, undefined);
-  assert.deepStrictEqual(JSON.parse(attachments), [path.join(folder, 'picture.png')]);
+  assert.deepStrictEqual(JSON.parse(attachments), [file]);
 });
 
-test('its panel goes with it, and bad lists of files are logged', async (t) => {
+test('closing the window closes its dialog, and malformed lists of files are logged', async (t) => {
   const person = await start(t);
   await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
-  await person.clickButton(title, 'Attach Files...', async () => (await person.windows()).length === 3);
+  const isOpen = await openChooser(person);
   await person.tell(`dialogs.closeWindow('${title}')`);
-  await person.isGone('Attach Files');
+  await eventually(async () => !(await isOpen()), 'the dialog is gone');
   assert.strictEqual(await person.tell(`m.attachFilesToSupportAndFeedbackWindow('[1')`), null);
   const log = await person.tell('log()');
   assert.strictEqual(log.filter((text) => /^Couldn't parse attachments /.test(text)).length, 2);

@@ -62,7 +62,7 @@ test('entries for an extension, the default first, with icons', async (t) => {
   assert.deepStrictEqual(pngSize(file('A')), [48, 48]);
 });
 
-test('an icon that is there is not made again, iconForApplication makes it anew', async (t) => {
+test('an existing icon is reused by the lists, and replaced by iconForApplication', async (t) => {
   const applications = new Applications(t);
   const icon = path.join(applications.home, 'icon.svg');
   fs.writeFileSync(icon, svg);
@@ -118,7 +118,7 @@ test('setting the handler of a scheme changes nothing else', async (t) => {
   assert.strictEqual(applications.mimeApps(), after);
 });
 
-test('settings that can’t be read are not overwritten', async (t) => {
+test('a list of defaults that can’t be parsed is not overwritten', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.Mail', { types: ['x-scheme-handler/mailto'] });
   applications.mimeApps('no key file\n');
@@ -133,7 +133,7 @@ test('settings that can’t be read are not overwritten', async (t) => {
   assert.strictEqual(applications.mimeApps(), 'no key file\n');
 });
 
-test('names of applications, and of this one', async (t) => {
+test('applicationName, isApplicationInstalled and bundleId', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { name: 'A plain name', lines: ['Name[de]=Ein Name', 'NoDisplay=true'] });
   applications.env.LANGUAGE = 'de';
@@ -146,7 +146,7 @@ test('names of applications, and of this one', async (t) => {
   assert.deepStrictEqual(seen, [['A plain name', null, null, null, null], [true, false, false, false, false], null]);
 });
 
-test('files are opened without a shell, whatever they are called', async (t) => {
+test('files with hostile names are opened without a shell', async (t) => {
   const applications = new Applications(t);
   const desktopFile = applications.add('org.example.A', { types: ['text/plain'], argument: '%f' });
   applications.mimeApps('[Default Applications]\ntext/plain=org.example.A.desktop\n');
@@ -177,7 +177,7 @@ test('files are opened without a shell, whatever they are called', async (t) => 
   assert.deepStrictEqual(results, [0, 0, 0, 0, 0, 0]);
 });
 
-test('folders that can’t be made, and no file manager', async (t) => {
+test('without an image folder or a file manager the results are empty or false', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { types: ['x-scheme-handler/example'] });
   const folder = JSON.stringify(path.join(applications.folder, 'org.example.A.desktop', 'icons'));

@@ -23,24 +23,21 @@ function makeFiles() {
   return folder;
 }
 
-// Asks, has the keyboard answer, and gives the answer.
-async function ask(stage, options, ...keys) {
+/** Opens a dialog, types `text` into it, accepts, and gives the answer. */
+async function ask(stage, options, text) {
   let answer;
   stage.module.showFileDialog(stage.window, JSON.stringify(options), (paths) => (answer = paths ?? 'nothing'));
+  // The first request starts the desktop's portal.
   const find = async () => (await stage.run('xdotool', 'search', '--onlyvisible', '--name', options.title))?.trim();
   const id = await stage.until(find);
-  if (!id) return 'no panel';
+  if (!id) return { answer: 'no dialog' };
   await stage.run('xdotool', 'windowactivate', '--sync', id);
-  // Files appear a little later than their panel.
-  await stage.run('sleep', '0.5');
-  for (const place of options.clicks ?? []) {
-    // By one program: this one waits as long as the button is down.
-    const press = ['sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.2];
-    await stage.run('xdotool', ...['mousemove', '--window', id, ...place, ...press].map(String));
-  }
+  if (text) await stage.run('xdotool', 'type', '--delay', '40', text);
   const picture = await stage.screenshot(options.type);
-  await stage.run('xdotool', 'key', '--delay', '80', ...keys);
-  await stage.until(() => answer !== undefined);
+  for (let i = 0; i < 5 && answer === undefined; ++i) {
+    await stage.run('xdotool', 'key', 'Return');
+    await stage.until(() => answer !== undefined, 1000);
+  }
   return { answer, picture };
 }
 
@@ -53,20 +50,9 @@ exports.run = async (stage) => {
       { name: 'All Files', extensions: ['*'] },
       { name: 'Pictures', extensions: ['png', 'jpg'] },
     ];
-    const opened = await ask(
-      stage,
-      {
-        type: 'open',
-        title: 'Attach Files',
-        message: 'Choose what goes along',
-        folder,
-        filters,
-        'allow-multiple?': true,
-        clicks: [[100, 140]],
-      },
-      'Return',
-    );
-    const saved = await ask(stage, { type: 'save', title: 'Save Attachment', folder, name: '../Letter.eml' }, 'Return');
+    const open = { type: 'open', title: 'Attach Files', folder, filters, 'button-label': 'Attach' };
+    const opened = await ask(stage, open, path.join(folder, 'Report.pdf'));
+    const saved = await ask(stage, { type: 'save', title: 'Save Attachment', folder, name: '../Letter.eml' });
     const isRight = [opened, saved].every(({ answer }) => answer?.startsWith('["'));
     const detail = [opened, saved].map(({ answer, picture }) => `${answer} (${picture ?? 'no picture'})`).join(', ');
     return (isRight ? ok : failed)(exports.title, detail.replaceAll(folder, '…'));

@@ -2,6 +2,7 @@
 
 #include "Base/TsLog.h"
 #import "Contacts/TsRecipient.h"
+#include "Utilities/Controls.h"
 #include "Utilities/TsJSON.h"
 
 namespace {
@@ -9,21 +10,11 @@ namespace {
 constexpr CGFloat kWindowSize = 500;
 constexpr CGFloat kMargin = 20;
 constexpr CGFloat kButtonsHeight = 70;
-// Not Escape, so that Escape leaves the window open.
+// Not Escape, which must leave the window open.
 NSString* const kCancelKey = @"\u0017";
 NSString* const kReturnKey = @"\r";
 
-Ref<NSButton> NewButton(NSString* title, NSString* key = @"") {
-  auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
-  [button setTitle:title];
-  // It may add to the button's size.
-  [button setKeyEquivalent:key];
-  [button setBezelStyle:NSRoundedBezelStyle];
-  [button sizeToFit];
-  return button;
-}
-
-// Who has which address; of two who have the same the first counts.
+// Of two persons with the same address, the first one counts.
 NSDictionary* RecordsByAddress(NSArray* records) {
   NSMutableDictionary* byAddress = [NSMutableDictionary dictionary];
   for (ABPerson* person in records) {
@@ -80,27 +71,21 @@ NSDictionary* RecordsByAddress(NSArray* records) {
   _peoplePickerView = picker;
 }
 
+- (void)addButton:(NSButton*)button to:(NSView*)view left:(CGFloat)left mask:(NSUInteger)mask {
+  [button setFrameOrigin:NSMakePoint(left, kMargin)];
+  [button setAutoresizingMask:mask | NSViewMaxYMargin];
+  [view addSubview:button];
+}
+
 - (void)addButtonsTo:(NSView*)view {
-  const auto accept = NewButton([self translation:@"accept-button-label"], kReturnKey);
-  [accept setTarget:self];
-  [accept setAction:@selector(accept:)];
-  [accept setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
-  [accept setFrameOrigin:NSMakePoint([view bounds].size.width - kMargin - [accept frame].size.width, kMargin)];
-  [view addSubview:accept];
-
-  const auto cancel = NewButton([self translation:@"cancel-button-label"], kCancelKey);
-  [cancel setTarget:self];
-  [cancel setAction:@selector(cancel:)];
-  [cancel setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
-  [cancel setFrameOrigin:NSMakePoint(NSMinX([accept frame]) - [cancel frame].size.width, kMargin)];
-  [view addSubview:cancel];
-
-  const auto edit = NewButton([self translation:@"edit-in-contacts-button-label"]);
-  [edit setTarget:_peoplePickerView];
-  [edit setAction:@selector(editInAddressBook:)];
-  [edit setAutoresizingMask:NSViewMaxXMargin | NSViewMaxYMargin];
-  [edit setFrameOrigin:NSMakePoint(kMargin, kMargin)];
-  [view addSubview:edit];
+  const auto accept = TsNewButton([self translation:@"accept-button-label"], self, @selector(accept:), kReturnKey, 0);
+  const auto cancel = TsNewButton([self translation:@"cancel-button-label"], self, @selector(cancel:), kCancelKey, 0);
+  const auto edit = TsNewButton([self translation:@"edit-in-contacts-button-label"], _peoplePickerView,
+                                @selector(editInAddressBook:), @"", 0);
+  const CGFloat acceptLeft = [view bounds].size.width - kMargin - [accept frame].size.width;
+  [self addButton:accept to:view left:acceptLeft mask:NSViewMinXMargin];
+  [self addButton:cancel to:view left:acceptLeft - [cancel frame].size.width mask:NSViewMinXMargin];
+  [self addButton:edit to:view left:kMargin mask:NSViewMaxXMargin];
 }
 
 - (NSDictionary*)translations {

@@ -14,25 +14,18 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-template <typename Value>
-Value* Typed(Class kind, id value) {
-  return [value isKindOfClass:kind] ? value : nil;
-}
-
-std::string Text(NSDictionary* options, NSString* key) {
-  return TsStdString(Typed<NSString>([NSString class], [options objectForKey:key]));
-}
+std::string Text(NSDictionary* options, NSString* key) { return TsStdString(As<NSString>([options objectForKey:key])); }
 
 bool Flag(NSDictionary* options, NSString* key, bool otherwise) {
-  NSNumber* flag = Typed<NSNumber>([NSNumber class], [options objectForKey:key]);
+  NSNumber* flag = As<NSNumber>([options objectForKey:key]);
   return flag != nil ? [flag boolValue] : otherwise;
 }
 
-// "*" stands for everything, in company too.
+// Empty, for every file, when one of them is "*".
 std::vector<std::string> Extensions(NSArray* texts) {
   std::vector<std::string> extensions;
   for (id each in texts) {
-    std::string extension = TsStdString(Typed<NSString>([NSString class], each));
+    std::string extension = TsStdString(As<NSString>(each));
     if (extension.starts_with('.')) extension.erase(0, 1);
     if (extension == "*") return {};
     if (!extension.empty()) extensions.push_back(std::move(extension));
@@ -43,9 +36,9 @@ std::vector<std::string> Extensions(NSArray* texts) {
 std::vector<platform::FileFilter> Filters(NSArray* descriptions) {
   std::vector<platform::FileFilter> filters;
   for (id each in descriptions) {
-    NSDictionary* description = Typed<NSDictionary>([NSDictionary class], each);
+    NSDictionary* description = As<NSDictionary>(each);
     if (description == nil) continue;
-    NSArray* extensions = Typed<NSArray>([NSArray class], [description objectForKey:@"extensions"]);
+    NSArray* extensions = As<NSArray>([description objectForKey:@"extensions"]);
     filters.push_back({Text(description, @"name"), Extensions(extensions)});
   }
   return filters;
@@ -60,7 +53,7 @@ platform::FileRequest RequestOf(NSDictionary* options) {
       .button = Text(options, @"button-label"),
       .folder = Text(options, @"folder"),
       .name = Text(options, @"name"),
-      .filters = Filters(Typed<NSArray>([NSArray class], [options objectForKey:@"filters"])),
+      .filters = Filters(As<NSArray>([options objectForKey:@"filters"])),
       .choosesFiles = Flag(options, @"choose-files?", true),
       .choosesFolders = Flag(options, @"choose-folders?", false),
       .allowsSeveral = Flag(options, @"allow-multiple?", false),
@@ -78,7 +71,7 @@ NSArray* Texts(const std::vector<std::string>& paths) {
 
 void TsShowFileDialog(NSWindow* window, NSString* options, std::function<void(NSArray* paths)> answer) {
   NSError* error = nil;
-  auto* dictionary = Typed<NSDictionary>([NSDictionary class], TsConvertFromJSONString(options, &error));
+  auto* dictionary = As<NSDictionary>(TsConvertFromJSONString(options, &error));
   if (window == nil || dictionary == nil) {
     if (window == nil) TsLogError(@"Need a window to choose files for");
     if (dictionary == nil) TsLogError(@"Couldn't parse file dialog options %@ because of %@", options, error);

@@ -4,7 +4,9 @@
 
 #include <string_view>
 
+#include "Base/Result.h"
+
 enum class TsWriteMode { Replace, Append };
 
-// Writes a file completely or not at all. Gives nil, or the text that tells a person why it couldn't be.
-[[nodiscard]] NSString* TsWriteBytes(NSString* path, std::string_view bytes, TsWriteMode mode);
+// Writes a file completely or not at all. A failure is in the log already.
+[[nodiscard]] Result<void> TsWriteBytes(NSString* path, std::string_view bytes, TsWriteMode mode);

@@ -8,11 +8,11 @@
 
 namespace platform = tessaro::platform;
 
-NSString* TsWriteBytes(NSString* path, std::string_view bytes, TsWriteMode mode) {
+Result<void> TsWriteBytes(NSString* path, std::string_view bytes, TsWriteMode mode) {
   const auto write = mode == TsWriteMode::Append ? platform::AppendToFile : platform::ReplaceFile;
   const std::error_code error = write(TsStdString(path), bytes, platform::NewFile::AsUsual);
-  if (!error) return nil;
-  NSString* text = [NSString stringWithFormat:@"%@: %@", path, TsNSString(error.message())];
-  TsLogError(@"Couldn't write %@", text);
-  return text;
+  if (!error) return {};
+  const std::string text = TsStdString(path) + ": " + error.message();
+  TsLogError(@"Couldn't write %s", text.c_str());
+  return Fail(text);
 }

@@ -4,7 +4,7 @@
 
 #include "Base/Ref.h"
 
-// The page or mail that is handed to another application. Any text may be missing.
+// The page or mail that is handed to another application. Any text may be nil.
 struct TsClippedPage {
   Ref<NSString> url;     // opens it in this client
   Ref<NSString> webURL;  // opens it in the web interface
@@ -19,11 +19,11 @@ struct TsClippedPage {
 // The names that TsClipPage() takes and whose applications are installed, in a fixed order.
 [[nodiscard]] NSArray* TsInstalledClippers();
 
-// Hands the page to the application of that name. Any thread but the main one, which it may keep waiting for long.
+// Hands the page to the application of that name, and may wait for it for long. Any thread but the main one.
 void TsClipPage(NSString* name, const TsClippedPage& page);
 
 // Hands a file to an application. Main thread only.
 void TsImportIntoApplication(NSString* identifier, NSString* path);
 
-// Tells that the installed Evernote can't be scripted. Main thread only.
+// Alerts the user that the installed Evernote can't be scripted. Main thread only.
 void showEvernoteError();

@@ -6,12 +6,10 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#import "Integrations/TsClipboard.h"
+#include "Integrations/TsApplications.h"
+#include "Integrations/TsClipTargets.h"
 #import "Integrations/TsDEVONthinkRecord.h"
 #import "Integrations/TsEvernoteNote.h"
-#include "Integrations/TsOpenWith.h"
-#import "Integrations/TsReceiptsApp.h"
-#include "Integrations/TsTaskManagers.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/HTMLText.h"
@@ -23,7 +21,8 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-NSString* Text(NSString* text) { return text != nil ? text : @""; }
+// A missing text would be formatted as "(null)".
+NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
 
 NSString* TsTextFromHTML(NSString* html) { return TsNSString(platform::TextFromHTML(TsStdString(html))); }
 
@@ -50,26 +49,28 @@ void ClipToReceipts(const TsClippedPage& page) { [TsReceiptsApp importEMLWithPat
 
 void ClipToOmnifocus(const TsClippedPage& page) {
   NSString* comment =
-      [NSString stringWithFormat:@"%@\n%@\n\n%@", Text(page.url), Text(page.webURL), TsTextFromHTML(page.html)];
+      [NSString stringWithFormat:@"%@\n%@\n\n%@", OrEmpty(page.url), OrEmpty(page.webURL), TsTextFromHTML(page.html)];
   [TsOmnifocus addActionWithContent:page.title comment:comment];
 }
 
-// The pasteboard belongs to the main thread.
+// Pasteboards are for the main thread.
 void ClipToClipboard(const TsClippedPage& page) {
   NSString* text =
       [TsTextFromHTML(page.html) stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
-  NSString* body = [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, Text(page.url), Text(page.webURL)];
-  auto result = Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", Text(page.title), Text(page.account), body]);
+  NSString* body = [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, OrEmpty(page.url), OrEmpty(page.webURL)];
+  auto result =
+      Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", OrEmpty(page.title), OrEmpty(page.account), body]);
   platform::MainQueue::Shared().Post([result] { [TsClipboard copy:result]; });
 }
 
 NSString* TextWithLinks(const TsClippedPage& page) {
-  return [NSString stringWithFormat:@"%@\n\n%@\n%@", TsTextFromHTML(page.html), Text(page.url), Text(page.webURL)];
+  return
+      [NSString stringWithFormat:@"%@\n\n%@\n%@", TsTextFromHTML(page.html), OrEmpty(page.url), OrEmpty(page.webURL)];
 }
 
 void ClipToTodoist(const TsClippedPage& page) {
-  NSString* content =
-      [NSString stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", Text(page.title), Text(page.webURL), Text(page.url)];
+  NSString* content = [NSString
+      stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", OrEmpty(page.title), OrEmpty(page.webURL), OrEmpty(page.url)];
   [TsTodoist addActionWithContent:content comment:TextWithLinks(page)];
 }
 
@@ -81,7 +82,7 @@ struct Clipper {
   void (*clip)(const TsClippedPage& page);
 };
 
-// The order is behaviour.
+// In the order in which script gets the names.
 const std::array<Clipper, 7>& Clippers() {
   static const std::array<Clipper, 7> clippers = {{
       {@"evernote", [] { return bool([TsEvernoteNote isInstalled]); }, ClipToEvernote},
@@ -111,8 +112,8 @@ void ImportIntoPhotos(NSString* path, NSString* application) {
   if ([path ts_isWebImagePath]) return TsOpenWith(path, application);
   if (![path ts_isZipPath]) return;
   NSString* folder = [path stringByDeletingPathExtension];
-  if (!platform::UnpackZip(TsStdString(path), TsStdString(folder), kPhotos)) {
-    TsLogWarning(@"Couldn't unzip all of %@", path);
+  if (const auto unpacked = platform::UnpackZip(TsStdString(path), TsStdString(folder), kPhotos); !unpacked) {
+    TsLogWarning(@"Couldn't unzip all of %@: %s", path, unpacked.error().message.c_str());
   }
   TsOpenWith(folder, application);
 }

@@ -15,7 +15,7 @@
 // nil when it isn't installed.
 + (NSString*)installedBundleId;
 
-// nil where there is nothing to import, or it couldn't be.
+// nil when nothing could be imported.
 + (instancetype)recordWithTitle:(NSString*)title sourceURL:(NSString*)sourceURL path:(NSString*)path;
 + (instancetype)importFiles:(NSArray*)paths;
 

@@ -1,9 +1,9 @@
 #import "Integrations/TsDEVONthinkRecord.h"
 
-#include "Integrations/TsInstalledApplication.h"
+#include "Integrations/TsApplications.h"
 #include "Platform/Cocoa.h"
 
-// What DEVONthink and its records understand.
+// The scripting interface of DEVONthink and its records.
 @interface NSObject (DEVONthink)
 - (id)import:(NSString*)path
             from:(NSString*)from
@@ -78,7 +78,7 @@ static id Import(id application, NSString* path, NSString* name, id group) {
   return self;
 }
 
-// The web link has no place of its own there: it is the record's alias.
+// Records have no field for the web link: it becomes the alias.
 - (void)setWebURL:(NSString*)url {
   [_delegate.get() setAliases:url];
 }

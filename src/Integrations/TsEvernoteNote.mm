@@ -3,13 +3,15 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Integrations/TsInstalledApplication.h"
+#include "Integrations/TsApplications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/ZipArchive.h"
 
+namespace platform = tessaro::platform;
+
 static NSString* const kEvernote = @"com.evernote.Evernote";
 
-// What Evernote and its notes understand.
+// The scripting interface of Evernote and its notes.
 @interface NSObject (Evernote)
 - (id)createNoteFromFile:(id)file
                  fromUrl:(NSString*)url
@@ -71,8 +73,8 @@ static NSString* const kEvernote = @"com.evernote.Evernote";
   if (![path ts_isZipPath]) return [self appendFile:path];
   NSString* folder =
       [[NSTemporaryDirectory() stringByAppendingPathComponent:[path lastPathComponent]] ts_makeUniquePath];
-  if (!tessaro::platform::UnpackZip(TsStdString(path), TsStdString(folder), {})) {
-    TsLogWarning(@"Couldn't unzip all of %@", path);
+  if (const auto unpacked = platform::UnpackZip(TsStdString(path), TsStdString(folder), {}); !unpacked) {
+    TsLogWarning(@"Couldn't unzip all of %@: %s", path, unpacked.error().message.c_str());
   }
   for (NSString* item in [[NSFileManager defaultManager] enumeratorAtPath:folder]) {
     [self appendFile:[folder stringByAppendingPathComponent:item]];

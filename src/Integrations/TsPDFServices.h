@@ -2,21 +2,21 @@
 
 #import <Foundation/NSString.h>
 
-// The application's entry among the services for PDF documents of the print panel: an alias of its bundle in a folder
-// of the user's.
+// The application's entry in the PDF menu of the print panel: an alias of its bundle in a folder of the user's.
 @interface TsPDFServices : NSObject
 
 + (instancetype)sharedInstance;
 
 @property(readonly) NSString* pdfServicesPath;
 
-// Makes the entry, which leads to this copy of the application from then on. A process that is no application has none.
+// Makes the entry, or points it at this copy of the application. Does nothing for a process without a bundle
+// identifier.
 - (void)install;
 
 // Removes the entry, and the folder when nothing else is in it.
 - (void)uninstall;
 
-// Removes what leads to any copy of this application, or to its previous version.
+// Removes every alias of any copy of this application, or of its previous major version.
 - (void)removeBookmarksToOurselves;
 
 @end

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 
+#include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Aliases.h"
@@ -33,8 +35,8 @@ static void Delete(NSString* path) {
 @implementation TsPDFServices
 
 + (instancetype)sharedInstance {
-  static TsPDFServices* const instance = [[self alloc] init];
-  return instance;
+  static Forever<Ref<TsPDFServices>> instance(Adopt([[self alloc] init]));
+  return *instance;
 }
 
 - (NSString*)pdfServicesPath {
@@ -62,7 +64,7 @@ static void Delete(NSString* path) {
   }
 }
 
-// What an alias leads to need not exist, so the alias is asked for, not its target.
+// -fileExistsAtPath: would follow an alias, whose target may be gone.
 - (BOOL)removeEntry:(NSString*)entry {
   NSFileManager* files = [NSFileManager defaultManager];
   if ([files attributesOfItemAtPath:entry error:nullptr] == nil) return YES;
@@ -83,12 +85,9 @@ static void Delete(NSString* path) {
   }
   NSString* entry = [[self pdfServicesPath] stringByAppendingPathComponent:kEntry];
   if (![self removeEntry:entry]) return;
-  const std::string reason = platform::WriteAlias(TsStdString(entry), TsStdString([bundle bundlePath]));
-  if (reason.empty()) {
-    TsLogInfo(@"Created '%@'.", entry);
-  } else {
-    TsLogError(@"While creating '%@'. %s", entry, reason.c_str());
-  }
+  const auto written = platform::WriteAlias(TsStdString(entry), TsStdString([bundle bundlePath]));
+  if (!written) return TsLogError(@"While creating '%@'. %s", entry, written.error().message.c_str());
+  TsLogInfo(@"Created '%@'.", entry);
 }
 
 - (void)uninstall {

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-// The program that prints documents for people.
+// The document viewer, from which the user prints.
 @interface TsPreview : NSObject
 
 // Any thread.

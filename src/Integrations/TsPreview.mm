@@ -7,9 +7,8 @@
 @implementation TsPreview
 
 + (void)printFile:(NSURL*)url {
-  if (!tessaro::platform::PrintFile(TsStdString([url path]))) {
-    TsLogWarning(@"com.apple.Preview doesn't know how to print.");
-  }
+  if (tessaro::platform::PrintFile(TsStdString([url path]))) return;
+  TsLogWarning(@"com.apple.Preview doesn't know how to print.");
 }
 
 @end

@@ -4,12 +4,12 @@
 
 #include <functional>
 
-// Answers the Timing application's question what the user is at work on. Main thread only.
+// Answers the Timing application's request for the user's current work. Main thread only.
 @interface TsTiming : NSObject {
   std::function<NSArray*()> _block;
 }
 
-// There is one; a later call gives it and ignores its block.
+// Later calls return the same object and ignore their block.
 + (instancetype)start:(std::function<NSArray*()>)block;
 
 - (instancetype)initWithBlock:(std::function<NSArray*()>)block;

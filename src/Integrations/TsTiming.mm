@@ -4,19 +4,21 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Platform/TimeTracker.h"
+#include "Platform/Timing.h"
 
 @implementation TsTiming
 
 + (instancetype)start:(std::function<NSArray*()>)block {
-  static TsTiming* instance = nil;
-  if (instance == nil) {
-    instance = [[self alloc] initWithBlock:std::move(block)];
-    [instance startListening];
-  }
-  return instance;
+  static Forever<Ref<TsTiming>> instance([&] {
+    auto timing = Adopt([[self alloc] initWithBlock:std::move(block)]);
+    [timing startListening];
+    return timing;
+  }());
+  return *instance;
 }
 
 - (instancetype)initWithBlock:(std::function<NSArray*()>)block {
@@ -32,9 +34,8 @@
     TsLogWarning(@"Timing can't find an application without a bundle identifier");
     return;
   }
-  const bool isListening =
-      tessaro::platform::ServeTimeTracker(TsStdString(identifier), [self] { return [self answer]; });
-  if (!isListening) TsLogWarning(@"Timing's events don't arrive here");
+  const auto served = tessaro::platform::ServeTiming(TsStdString(identifier), [self] { return [self answer]; });
+  if (!served) TsLogWarning(@"Timing's events don't arrive: %s", served.error().message.c_str());
 }
 
 - (std::vector<std::string>)answer {
@@ -42,8 +43,8 @@
     NSArray* list = _block();
     NSLog(@"Received event from Timing - returning list: %@", list);
     std::vector<std::string> texts;
-    for (id text in list) {
-      if ([text isKindOfClass:[NSString class]]) texts.push_back(TsStdString(text));
+    for (id each in list) {
+      if (NSString* text = As<NSString>(each)) texts.push_back(TsStdString(text));
     }
     return texts;
   }

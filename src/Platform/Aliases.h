@@ -1,16 +1,15 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 
+#include "Base/Result.h"
+
+// Files that stand for other files. Nothing throws; any thread.
 namespace tessaro::platform {
 
-// Files that stand for others: on Linux symbolic links. Nothing throws; any thread.
-
-// What the alias leads to, if it exists; empty for what is no alias.
+// The file that the alias leads to; empty when `alias` is none, or leads nowhere.
 [[nodiscard]] std::filesystem::path ResolveAlias(const std::filesystem::path& alias) noexcept;
 
-// Empty on success, otherwise the reason.
-[[nodiscard]] std::string WriteAlias(const std::filesystem::path& alias, const std::filesystem::path& target) noexcept;
+[[nodiscard]] Result<void> WriteAlias(const std::filesystem::path& alias, const std::filesystem::path& target) noexcept;
 
 }  // namespace tessaro::platform

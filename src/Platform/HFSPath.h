@@ -6,8 +6,8 @@
 
 namespace tessaro::platform {
 
-// The POSIX path, UTF-8, of a classic path, whose parts are divided by colons and which begins with the name of a
-// volume. Without a value when it is no such path. Any thread; nothing is looked up on a disk.
+// The POSIX path of an HFS path ("Volume:folder:file"), both UTF-8. Nothing when the text is no HFS path. Any thread;
+// the disk isn't consulted.
 [[nodiscard]] std::optional<std::string> PosixPathOfHFSPath(std::string_view path);
 
 }  // namespace tessaro::platform

@@ -5,9 +5,9 @@
 
 namespace tessaro::platform {
 
-// What a person reads on a page of HTML: blocks, rows and line breaks on lines of their own, white space collapsed as a
-// browser does, nothing of the head, scripts and styles, no line end at the end. The HTML is UTF-8 and may be broken in
-// any way; it may be many megabytes. Any thread.
+// The visible text of an HTML page: one line for each block, row and line break, white space collapsed as in a browser,
+// without head, scripts, styles and final line end. The HTML is UTF-8, may be malformed, and many megabytes long. Any
+// thread.
 [[nodiscard]] std::string TextFromHTML(std::string_view html) noexcept;
 
 }  // namespace tessaro::platform

@@ -1,34 +1,25 @@
 #pragma once
 
-#include <optional>
 #include <string>
-#include <vector>
 
+#include "Base/Result.h"
+
+// What the session starts at login. Paths are absolute, texts UTF-8. Any thread; nothing throws.
 namespace tessaro::platform {
 
-// What the session is to start, and how people know it. Absolute paths, UTF-8.
 struct LoginApplication {
   std::string bundlePath;
   std::string executablePath;
   std::string displayName;
 };
 
-struct LoginItem {
-  std::string reference;
-  std::string application;  // resolved path of what is started
-  std::string displayName;
-};
+// Whether the next login will start `application`. False where the session has no such list.
+[[nodiscard]] bool StartsAtLogin(const LoginApplication& application) noexcept;
 
-// What the session starts at login, in the order of its list, without items that are switched off, meant for other
-// desktops, or lead nowhere. Nothing when there can't be such a list. Nothing of this throws; any thread.
-[[nodiscard]] std::optional<std::vector<LoginItem>> LoginItems() noexcept;
+// Leaves the list alone when nothing has to change. An item that is switched off is switched on again.
+[[nodiscard]] Result<void> SetStartsAtLogin(const LoginApplication& application, bool starts) noexcept;
 
-[[nodiscard]] bool Starts(const LoginItem& item, const LoginApplication& application) noexcept;
-
-// Whether the session is going to start `application`. An item of it that is switched off is switched on again, and
-// otherwise left as it is.
-bool InsertLoginItem(const LoginApplication& application) noexcept;
-
-bool RemoveLoginItem(const LoginItem& item) noexcept;
+// Removes the first active item of that name, if the system lets its items be listed.
+[[nodiscard]] Result<void> RemoveLoginItemNamed(const std::string& displayName) noexcept;
 
 }  // namespace tessaro::platform

@@ -2,10 +2,12 @@
 
 #include <string>
 
+#include "Base/Result.h"
+
 namespace tessaro::platform {
 
-// Hands a file to what prints documents for people: the document viewer's print preview, or the printing system. False
-// when there is neither, or no such file. Any thread; nothing throws.
-[[nodiscard]] bool PrintFile(const std::string& path) noexcept;
+// Opens a file in a document viewer from which the user prints; nothing is printed without a dialog. Fails when there
+// is no such viewer, or no such file. Any thread; nothing throws.
+[[nodiscard]] Result<void> PrintFile(const std::string& path) noexcept;
 
 }  // namespace tessaro::platform

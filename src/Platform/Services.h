@@ -1,14 +1,14 @@
 #pragma once
 
-#include <optional>
 #include <string>
+
+#include "Base/Result.h"
 
 namespace tessaro::platform {
 
-// Has another application's service work on what is on the pasteboard of that name. `service` is its path in the
-// Services menu. Waits for the answer, for as long as the service's declaration allows; the application is started if
-// it is not running. Gives the reason when nobody offers the service, or it fails; nothing is ever shown to the user.
-// Main thread only.
-[[nodiscard]] std::optional<std::string> PerformService(const std::string& service, const std::string& pasteboard);
+// Performs another application's service on the pasteboard of a name. `service` is its path in the Services menu.
+// Starts the application if needed, and waits for the reply as long as the service's declaration allows. Fails when no
+// application offers the service, or the service fails; nothing is shown to the user. Main thread only.
+[[nodiscard]] Result<void> PerformService(const std::string& service, const std::string& pasteboard);
 
 }  // namespace tessaro::platform

@@ -3,21 +3,22 @@
 #include <string>
 #include <vector>
 
-// Handing files to other applications. Texts are UTF-8; nothing starts a shell. Any thread; nothing throws.
+@class NSWindow;
+
+// Handing files to other applications. For .mm files.
 namespace tessaro::platform {
 
-struct ShareTarget {
-  enum class Kind { Mail, Bluetooth, Application };
-
-  Kind kind = Kind::Application;
-  std::string identifier;  // of the application; of Bluetooth, the program that sends
-  std::string name;        // as people know it; none of Bluetooth
+// In points of the window's content, from its upper left corner.
+struct ContentRectangle {
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
 };
 
-// What takes all of these files, in the order of its kinds, the default application first within each.
-[[nodiscard]] std::vector<ShareTarget> ShareTargets(const std::vector<std::string>& paths) noexcept;
-
-// Has the target begin: a new mail with the files, or whatever it does with them. False when it can't be started.
-[[nodiscard]] bool ShareFiles(const ShareTarget& target, const std::vector<std::string>& paths) noexcept;
+// Offers the applications and services that take all of these files, beside `rectangle`, and hands the files to the one
+// that the user chooses. Returns at once: the choice opens on a later turn of the main queue, unless the window is
+// hidden by then. A choice that can't be started is logged. `paths` are absolute, UTF-8. Main thread only.
+void ShowSharingPicker(NSWindow* window, const ContentRectangle& rectangle, std::vector<std::string> paths);
 
 }  // namespace tessaro::platform

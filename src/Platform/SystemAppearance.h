@@ -3,10 +3,10 @@
 namespace tessaro::platform {
 
 // Whether the desktop asks for a dark appearance; false where it does not say. Main thread only. The first call may
-// take a moment; later ones answer from what was learnt and what the desktop has announced since.
+// wait for the desktop; later ones know the answer, and follow its changes.
 [[nodiscard]] bool IsDarkMode();
 
-// From the first call on, changes of that answer are announced as "AppleInterfaceThemeChangedNotification" on the
+// From the first call on, changes of that answer are posted as "AppleInterfaceThemeChangedNotification" to the
 // distributed notification centre. Main thread only.
 void AnnounceAppearanceChanges();
 

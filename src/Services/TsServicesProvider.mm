@@ -92,6 +92,6 @@ void TsPerformService(NSString* serviceName, NSString* text) {
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
   [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
   [pasteboard setString:text forType:NSStringPboardType];
-  const auto failure = tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
-  if (failure) TsLogWarning(@"The service %@ can't be used: %s", serviceName, failure->c_str());
+  const auto performed = tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
+  if (!performed) TsLogWarning(@"The service %@ can't be used: %s", serviceName, performed.error().message.c_str());
 }

@@ -12,7 +12,7 @@
 @class NSTextField;
 @class NSTextView;
 
-// What the window begins with; nil for nothing.
+// The initial contents; nil for an empty field.
 struct TsSupportMessage {
   NSString* name = nil;
   NSString* email = nil;
@@ -21,10 +21,9 @@ struct TsSupportMessage {
   NSArray* attachments = nil;
 };
 
-// The window in which a person writes to the people who make the application. There is one of it. What is sent goes to
-// the host, as the notification "TsSupportAndFeedbackMessageNotification"; its user information has the texts "name",
-// "email", "subject" and "message", "attachments", the JSON text of an array of paths, and, if the person lets it come
-// along, "log", the path of the log file.
+// The support and feedback window. Sending posts "TsSupportAndFeedbackMessageNotification" for the host; its user
+// information has the texts "name", "email", "subject" and "message", "attachments", the JSON text of an array of
+// paths, and, if the user agrees, "log", the path of the log file. Main thread only.
 @interface TsSupportWindow : NSWindowController {
   NSTextField* _name;
   NSTextField* _email;
@@ -39,11 +38,11 @@ struct TsSupportMessage {
 
 + (instancetype)sharedInstance;
 
-// Shows the window with these contents. One that is open keeps what the person has written, gets the attachments, and
-// comes to the front.
+// Shows the window with these contents. If it is open already, it keeps its texts, gets the attachments, and comes to
+// the front.
 - (void)openWith:(const TsSupportMessage&)contents;
 
-// Adds files, and shows the window. Those that aren't there, and folders, are left out, with a warning.
+// Adds files, and shows the window. Folders and missing files are left out, with a warning.
 - (void)attachFiles:(NSArray*)paths;
 
 - (IBAction)send:(id)sender;

@@ -1,13 +1,14 @@
 #import "Support/TsSupportWindow.h"
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Cocoa.h"
 #include "Platform/FilePanel.h"
+#include "Utilities/Controls.h"
 #include "Utilities/TsJSON.h"
 
 namespace platform = tessaro::platform;
@@ -17,12 +18,10 @@ namespace {
 NSString* const kMessageNotification = @"TsSupportAndFeedbackMessageNotification";
 
 constexpr NSSize kWindowSize = {540, 500};
-constexpr CGFloat kMargin = 14;
-constexpr CGFloat kGap = 8;
-constexpr CGFloat kRowHeight = 24;
 constexpr CGFloat kLabelWidth = 90;
-constexpr CGFloat kLeastButtonWidth = 70;
 constexpr CGFloat kAttachmentsHeight = 84;
+constexpr CGFloat kScrollerWidth = 24;
+constexpr CGFloat kNoLimit = 1e7;
 
 NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
 
@@ -31,78 +30,45 @@ bool IsBlank(NSString* text) {
   return [[text stringByTrimmingCharactersInSet:blanks] length] == 0;
 }
 
-// Rows are taken from above, and from below, until what is left goes to the message.
-struct Room {
-  NSView* content;
-  CGFloat top;
-  CGFloat bottom;
-
-  explicit Room(NSView* view) : content(view), top([view bounds].size.height - kMargin), bottom(kMargin) {}
-
-  NSRect FromTop(CGFloat height) {
-    top -= height + kGap;
-    return NSMakeRect(kMargin, top + kGap, [content bounds].size.width - 2 * kMargin, height);
-  }
-  NSRect FromBottom(CGFloat height) {
-    bottom += height + kGap;
-    return NSMakeRect(kMargin, bottom - height - kGap, [content bounds].size.width - 2 * kMargin, height);
-  }
-  void Add(NSView* view, NSUInteger mask) const {
-    [view setAutoresizingMask:mask];
-    [content addSubview:view];
-  }
-};
-
-// Takes the label's part away from the row.
-void AddLabel(const Room& room, NSString* text, NSRect& row, NSUInteger mask) {
-  NSRect frame;
-  NSDivideRect(row, &frame, &row, kLabelWidth, NSMinXEdge);
-  frame = NSMakeRect(frame.origin.x, NSMaxY(frame) - kRowHeight, frame.size.width, kRowHeight - 4);
-  const auto label = Adopt([[NSTextField alloc] initWithFrame:frame]);
-  [label setStringValue:text];
-  [label setEditable:NO];
-  [label setSelectable:NO];
-  [label setBezeled:NO];
-  [label setDrawsBackground:NO];
-  room.Add(label, mask);
+void AddLabel(TsRow& row, NSString* text) {
+  const auto label = TsNewLabel(text, kLabelWidth);
+  row.AddLeft(label);
 }
 
-NSTextField* AddField(Room& room, NSString* label) {
-  NSRect row = room.FromTop(kRowHeight);
-  AddLabel(room, label, row, NSViewMinYMargin | NSViewMaxXMargin);
-  auto field = Adopt([[NSTextField alloc] initWithFrame:row]);
-  room.Add(field, NSViewMinYMargin | NSViewWidthSizable);
+NSTextField* AddField(TsRows& rows, NSString* label) {
+  TsRow row = rows.FromTop();
+  AddLabel(row, label);
+  auto field = Adopt([[NSTextField alloc] initWithFrame:NSZeroRect]);
+  row.Fill(field);
   return field.Autoreleased();
 }
 
-NSScrollView* AddScrollView(const Room& room, NSView* document, NSRect frame, NSUInteger mask) {
-  auto scrollView = Adopt([[NSScrollView alloc] initWithFrame:frame]);
-  [scrollView setHasVerticalScroller:YES];
-  [scrollView setBorderType:NSBezelBorder];
-  [scrollView setDocumentView:document];
-  room.Add(scrollView, mask);
-  return scrollView.Autoreleased();
+Ref<NSTableView> NewAttachmentList(id source, NSSize size) {
+  auto list = Adopt([[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)]);
+  const auto column = Adopt([[NSTableColumn alloc] initWithIdentifier:@"path"]);
+  [column setEditable:NO];
+  [column setWidth:size.width];
+  [list addTableColumn:column];
+  [list setHeaderView:nil];
+  [list setCornerView:nil];
+  [list setAllowsMultipleSelection:YES];
+  [list setDataSource:source];
+  [list setDelegate:source];
+  return list;
 }
 
-// At one end of the row, which is that much shorter then.
-NSButton* AddButton(const Room& room, NSString* title, id target, SEL action, NSRect& row, NSRectEdge edge) {
-  auto button = Adopt([[NSButton alloc] initWithFrame:NSZeroRect]);
-  [button setTitle:title];
-  [button setBezelStyle:NSRoundedBezelStyle];
-  [button setTarget:target];
-  [button setAction:action];
-  [button sizeToFit];
-  NSRect frame;
-  NSDivideRect(row, &frame, &row, std::max([button frame].size.width, kLeastButtonWidth), edge);
-  [button setFrame:frame];
-  NSRect gap;
-  NSDivideRect(row, &gap, &row, kGap, edge);
-  room.Add(button, NSViewMaxYMargin | (edge == NSMinXEdge ? NSViewMaxXMargin : NSViewMinXMargin));
-  return button.Autoreleased();
+Ref<NSTextView> NewMessageView(NSSize size) {
+  auto text = Adopt([[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)]);
+  [text setRichText:NO];
+  [text setAllowsUndo:YES];
+  [text setVerticallyResizable:YES];
+  [text setAutoresizingMask:NSViewWidthSizable];
+  [text setMaxSize:NSMakeSize(kNoLimit, kNoLimit)];
+  [[text textContainer] setWidthTracksTextView:YES];
+  return text;
 }
 
-// A file that can be attached.
-bool IsFile(NSString* path) {
+bool IsAttachable(NSString* path) {
   BOOL isFolder = NO;
   return [path isKindOfClass:[NSString class]] &&
          [[NSFileManager defaultManager] fileExistsAtPath:path isDirectory:&isFolder] && !isFolder;
@@ -113,8 +79,8 @@ bool IsFile(NSString* path) {
 @implementation TsSupportWindow
 
 + (instancetype)sharedInstance {
-  static TsSupportWindow* const instance = [[self alloc] init];
-  return instance;
+  static Forever<Ref<TsSupportWindow>> instance(Adopt([[self alloc] init]));
+  return *instance;
 }
 
 - (instancetype)init {
@@ -132,73 +98,60 @@ bool IsFile(NSString* path) {
   [window setTitle:NSLocalizedString(@"Support and Feedback", nil)];
   [window setMinSize:[window frame].size];
   [self addViewsTo:[window contentView]];
-  for (NSString* change in @[ NSTextDidChangeNotification, NSWindowWillCloseNotification ]) {
-    const bool isText = change == NSTextDidChangeNotification;
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:isText ? @selector(textDidChange:) : @selector(windowWillClose:)
-                                                 name:change
-                                               object:isText ? static_cast<id>(_message) : window.get()];
-  }
+  [window setDelegate:static_cast<id>(self)];
+  [_message setDelegate:static_cast<id>(self)];
   return self;
 }
 
 - (void)addViewsTo:(NSView*)content {
-  Room room(content);
-  _name = AddField(room, NSLocalizedString(@"Name:", nil));
-  _email = AddField(room, NSLocalizedString(@"E-mail:", nil));
-  _subject = AddField(room, NSLocalizedString(@"Subject:", nil));
-
-  NSRect buttons = room.FromBottom(kRowHeight);
-  _send = AddButton(room, NSLocalizedString(@"Send", nil), self, @selector(send:), buttons, NSMaxXEdge);
-  AddButton(room, NSLocalizedString(@"Cancel", nil), self, @selector(cancel:), buttons, NSMaxXEdge);
-  _attachLog = AddButton(room, NSLocalizedString(@"Attach the log file", nil), nil, nullptr, buttons, NSMinXEdge);
-  [_attachLog setButtonType:NSSwitchButton];
-
-  NSRect attachmentButtons = room.FromBottom(kRowHeight);
-  NSRect none;
-  NSDivideRect(attachmentButtons, &none, &attachmentButtons, kLabelWidth, NSMinXEdge);
-  AddButton(room, NSLocalizedString(@"Attach Files...", nil), self, @selector(chooseAttachments:), attachmentButtons,
-            NSMinXEdge);
-  _remove = AddButton(room, NSLocalizedString(@"Remove", nil), self, @selector(removeAttachments:), attachmentButtons,
-                      NSMinXEdge);
-  [self addAttachmentListTo:room];
-  [self addMessageTo:room];
-
+  TsRows rows(content);
+  _name = AddField(rows, NSLocalizedString(@"Name:", nil));
+  _email = AddField(rows, NSLocalizedString(@"E-mail:", nil));
+  _subject = AddField(rows, NSLocalizedString(@"Subject:", nil));
+  [self addButtonsTo:rows.FromBottom()];
+  [self addAttachmentButtonsTo:rows.FromBottom()];
+  [self addAttachmentListTo:rows.FromBottom(kAttachmentsHeight)];
+  [self addMessageTo:rows.Rest()];
   [_name setNextKeyView:_email];
   [_email setNextKeyView:_subject];
   [_subject setNextKeyView:_message];
 }
 
-- (void)addAttachmentListTo:(Room&)room {
-  NSRect row = room.FromBottom(kAttachmentsHeight);
-  AddLabel(room, NSLocalizedString(@"Attachments:", nil), row, NSViewMaxYMargin | NSViewMaxXMargin);
-  const auto list = Adopt([[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, row.size.width - 24, row.size.height)]);
-  const auto column = Adopt([[NSTableColumn alloc] initWithIdentifier:@"path"]);
-  [column setEditable:NO];
-  [column setWidth:row.size.width - 24];
-  [list addTableColumn:column];
-  [list setHeaderView:nil];
-  [list setCornerView:nil];
-  [list setAllowsMultipleSelection:YES];
-  [list setDataSource:static_cast<id>(self)];
-  [list setDelegate:static_cast<id>(self)];
-  _attachmentList = list;
-  AddScrollView(room, list, row, NSViewMaxYMargin | NSViewWidthSizable);
+- (void)addButtonsTo:(TsRow)row {
+  const auto send = TsNewButton(NSLocalizedString(@"Send", nil), self, @selector(send:));
+  const auto cancel = TsNewButton(NSLocalizedString(@"Cancel", nil), self, @selector(cancel:), @"\e");
+  const auto attachLog = TsNewCheckbox(NSLocalizedString(@"Attach the log file", nil));
+  row.AddRight(send);
+  row.AddRight(cancel);
+  row.AddLeft(attachLog);
+  _send = send;
+  _attachLog = attachLog;
 }
 
-- (void)addMessageTo:(Room&)room {
-  NSRect row = room.FromTop(room.top - room.bottom);
-  AddLabel(room, NSLocalizedString(@"Message:", nil), row, NSViewMinYMargin | NSViewMaxXMargin);
-  const auto text = Adopt([[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, row.size.width - 24, row.size.height)]);
-  _message = text;
-  [text setRichText:NO];
-  [text setAllowsUndo:YES];
-  [text setVerticallyResizable:YES];
-  [text setAutoresizingMask:NSViewWidthSizable];
-  [text setMaxSize:NSMakeSize(1e7, 1e7)];
-  [[text textContainer] setWidthTracksTextView:YES];
-  NSScrollView* scrollView = AddScrollView(room, text, row, NSViewWidthSizable | NSViewHeightSizable);
+- (void)addAttachmentButtonsTo:(TsRow)row {
+  const auto attach = TsNewButton(NSLocalizedString(@"Attach Files...", nil), self, @selector(chooseAttachments:));
+  const auto remove = TsNewButton(NSLocalizedString(@"Remove", nil), self, @selector(removeAttachments:));
+  AddLabel(row, @"");
+  row.AddLeft(attach);
+  row.AddLeft(remove);
+  _remove = remove;
+}
+
+- (void)addAttachmentListTo:(TsRow)row {
+  AddLabel(row, NSLocalizedString(@"Attachments:", nil));
+  const auto list = NewAttachmentList(self, NSMakeSize(row.Size().width - kScrollerWidth, row.Size().height));
+  const auto scrollView = TsNewScrollView(list);
+  row.Fill(scrollView);
+  _attachmentList = list;
+}
+
+- (void)addMessageTo:(TsRow)row {
+  AddLabel(row, NSLocalizedString(@"Message:", nil));
+  const auto text = NewMessageView(NSMakeSize(row.Size().width - kScrollerWidth, row.Size().height));
+  const auto scrollView = TsNewScrollView(text);
+  row.Fill(scrollView);
   [text setFrameSize:[scrollView contentSize]];
+  _message = text;
 }
 
 // ---- Contents
@@ -219,23 +172,23 @@ bool IsFile(NSString* path) {
 
 - (void)attachFiles:(NSArray*)paths {
   for (id path in paths) {
-    if (!IsFile(path))
+    if (!IsAttachable(path))
       TsLogWarning(@"There is no file %@ to attach", path);
     else if (![_attachments containsObject:path])
       [_attachments addObject:path];
   }
   [_attachmentList reloadData];
-  [self reconsider];
+  [self updateButtons];
   [[self window] makeKeyAndOrderFront:nil];
 }
 
-- (void)reconsider {
+- (void)updateButtons {
   [_send setEnabled:!IsBlank([_message string])];
   [_remove setEnabled:[_attachmentList numberOfSelectedRows] > 0];
 }
 
 - (void)textDidChange:(NSNotification*)notification {
-  [self reconsider];
+  [self updateButtons];
 }
 
 - (IBAction)chooseAttachments:(id)sender {
@@ -244,7 +197,6 @@ bool IsFile(NSString* path) {
   request.button = TsStdString(NSLocalizedString(@"Attach", nil));
   request.allowsSeveral = true;
   platform::AskForFiles([self window], std::move(request), [self](const std::vector<std::string>& paths) {
-    // The window may have been closed, which closed the panel.
     if (paths.empty()) return;
     NSMutableArray* chosen = [NSMutableArray array];
     for (const std::string& path : paths) [chosen addObject:TsNSString(path)];
@@ -256,7 +208,7 @@ bool IsFile(NSString* path) {
   [_attachments removeObjectsAtIndexes:[_attachmentList selectedRowIndexes]];
   [_attachmentList deselectAll:sender];
   [_attachmentList reloadData];
-  [self reconsider];
+  [self updateButtons];
 }
 
 // ---- The list
@@ -270,13 +222,13 @@ bool IsFile(NSString* path) {
 }
 
 - (void)tableViewSelectionDidChange:(NSNotification*)notification {
-  [self reconsider];
+  [self updateButtons];
 }
 
-// ---- The end
+// ---- Sending
 
-- (NSDictionary*)written {
-  NSMutableDictionary* written = [NSMutableDictionary dictionaryWithDictionary:@{
+- (NSDictionary*)message {
+  NSMutableDictionary* message = [NSMutableDictionary dictionaryWithDictionary:@{
     @"name" : [_name stringValue],
     @"email" : [_email stringValue],
     @"subject" : [_subject stringValue],
@@ -284,17 +236,17 @@ bool IsFile(NSString* path) {
     @"attachments" : TsConvertToJSONString(_attachments),
   }];
   const std::string log = [_attachLog state] == NSOnState ? TsLogFacility::Shared().File() : "";
-  if (!log.empty()) [written setObject:TsNSString(log) forKey:@"log"];
-  return written;
+  if (!log.empty()) [message setObject:TsNSString(log) forKey:@"log"];
+  return message;
 }
 
 - (IBAction)send:(id)sender {
-  // What is still being edited counts too.
+  // Ends editing, so that the fields have their final texts.
   [[self window] makeFirstResponder:nil];
   if (IsBlank([_message string])) return;
-  NSDictionary* written = [self written];
+  NSDictionary* message = [self message];
   [[self window] close];
-  [[NSNotificationCenter defaultCenter] postNotificationName:kMessageNotification object:self userInfo:written];
+  [[NSNotificationCenter defaultCenter] postNotificationName:kMessageNotification object:self userInfo:message];
 }
 
 - (IBAction)cancel:(id)sender {

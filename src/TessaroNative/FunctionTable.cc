@@ -144,7 +144,7 @@ constexpr ScriptFunction kFunctions[] = {
     {"isAppHidden", TsIsAppHidden, "TsIsAppHidden", False, WindowServer, {}},
     {"writeFile", TsWriteFile, "TsWriteFile", Undefined, Foundation,
      {Exactly(3), Arg(0).IsString(), Arg(1).IsObject(), Arg(2).IsBoolean()}},
-    {"performService", TsPerformService, "TsPerformService", Undefined, Foundation,
+    {"performService", HandlePerformService, "TsPerformService", Undefined, Foundation,
      {Exactly(2), Arg(0).IsString(), Arg(1).IsString()}},
     {"resizeWindowContent", TsResizeWindowContent, "TsResizeWindowContent", Undefined, WindowServer,
      {Exactly(3), Arg(0).IsObject(), Arg(1).IsInt32(), Arg(2).IsInt32()}},

@@ -2,16 +2,15 @@
 
 #import <Foundation/Foundation.h>
 
-// Other applications: which ones open what, what they are called, how they look. Main thread only.
+// The installed applications: their names, icons, and the files and links they open. Main thread only.
 //
-// Entries describe an application each: "path", "name", "bundle-id", "default?", "our-entry?" and "image-path". Icons
-// are PNG files, `size` points wide and high, in `directory`, which is made when it is missing. An icon that is there
-// already is used as it is.
+// An entry describes one application: "path", "name", "bundle-id", "default?", "our-entry?" and "image-path". Icons are
+// PNG files, `size` points wide and high, in `directory`, which is created if needed. An existing icon is reused.
 
 [[nodiscard]] NSArray* TsApplicationsForFileExtension(NSString* extension, NSInteger imageSize, NSString* directory);
 [[nodiscard]] NSArray* TsApplicationsForURLScheme(NSString* scheme, NSInteger imageSize, NSString* directory);
 
-// The entries of those that are installed. Without a directory there are no icons.
+// The entries of the installed ones. Without a directory there are no icons.
 [[nodiscard]] NSArray* TsAppsFromBundleIds(NSArray* identifiers, NSString* standard, NSInteger imageSize,
                                            NSString* directory);
 
@@ -24,7 +23,7 @@
 // nil when it isn't installed.
 [[nodiscard]] NSString* TsApplicationNameForBundleId(NSString* identifier);
 
-// The paths of the files written, nil where that failed. A file that is there already is replaced.
+// The path of the written icon; nil after a failure. An existing file is overwritten.
 [[nodiscard]] NSString* TsGetIconForPathExtension(NSString* extension, NSInteger size, NSString* directory);
 [[nodiscard]] NSString* TsGetApplicationIconForBundleId(NSString* identifier, NSInteger size, NSString* directory);
 

@@ -12,7 +12,7 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-// Handles documents in the system's own name; no application for people.
+// A handler that stands for the system itself.
 NSString* const kSystemLibrary = @"com.apple.system-library";
 
 NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
@@ -23,7 +23,7 @@ NSArray* Texts(const std::vector<std::string>& texts) {
   return array;
 }
 
-// Names from outside must not lead out of the folder.
+// A name from outside must not lead out of the folder.
 NSString* TsPathForImage(NSString* directory, NSString* name) {
   NSString* file =
       [[[name componentsSeparatedByString:@"/"] componentsJoinedByString:@"-"] stringByAppendingString:@".png"];
@@ -35,7 +35,7 @@ bool TsWriteImage(const std::vector<std::uint8_t>& png, NSString* path) {
   return [[NSData dataWithBytes:png.data() length:png.size()] writeToFile:path atomically:NO];
 }
 
-// nil when there is a folder.
+// nil when the folder exists afterwards.
 NSError* MakeDirectory(NSString* directory) {
   NSFileManager* files = [NSFileManager defaultManager];
   if ([directory length] == 0 || [files fileExistsAtPath:directory]) return nil;
@@ -135,7 +135,9 @@ NSString* TsGetDefaultApplicationForURLScheme(NSString* scheme) {
 }
 
 bool TsSetDefaultApplicationForURLScheme(NSString* scheme, NSString* identifier) {
-  return platform::SetDefaultHandlerOfScheme(TsStdString(scheme), TsStdString(identifier));
+  const auto set = platform::SetDefaultHandlerOfScheme(TsStdString(scheme), TsStdString(identifier));
+  if (!set) TsLogWarning(@"Couldn't make %@ open %@ links: %s", identifier, scheme, set.error().message.c_str());
+  return set.has_value();
 }
 
 bool TsIsApplicationInstalled(NSString* identifier) {
@@ -157,9 +159,15 @@ NSString* TsGetApplicationIconForBundleId(NSString* identifier, NSInteger size, 
 }
 
 bool TsOpenFile(NSString* path, NSString* applicationPath, bool deactivate) {
-  if (!platform::OpenFile(TsStdString(path), TsStdString(applicationPath))) return false;
+  const auto opened = platform::OpenFile(TsStdString(path), TsStdString(applicationPath));
+  if (!opened) TsLogWarning(@"Couldn't open %@: %s", path, opened.error().message.c_str());
+  if (!opened) return false;
   if (deactivate && platform::IsWindowServerAvailable()) [NSApp deactivate];
   return true;
 }
 
-bool TsOpenInfoForFile(NSString* path) { return platform::ShowFileInformation(TsStdString(path)); }
+bool TsOpenInfoForFile(NSString* path) {
+  const auto shown = platform::ShowFileInformation(TsStdString(path));
+  if (!shown) TsLogWarning(@"Couldn't show information about %@: %s", path, shown.error().message.c_str());
+  return shown.has_value();
+}

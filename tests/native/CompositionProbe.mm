@@ -138,9 +138,9 @@ void performWithFiles(ProbeArguments args) {
     [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
     [pasteboard setPropertyList:TsConvertFromJSONString(convertToNSString(args[1]), nullptr)
                         forType:NSFilenamesPboardType];
-    const auto failure =
+    const auto performed =
         tessaro::platform::PerformService(TsStdString(convertToNSString(args[0])), TsStdString([pasteboard name]));
-    ReturnJSON(args, @[ failure ? TsNSString(*failure) : @"" ]);
+    ReturnJSON(args, @[ performed ? @"" : TsNSString(performed.error().message) ]);
   }
 }
 

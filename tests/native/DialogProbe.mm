@@ -61,16 +61,22 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
   for (NSView* subview in [view subviews]) Describe(subview, descriptions);
 }
 
-// windows(): those that have a title and are on show, with their views.
+// GNUstep's file panels have no title in their frame.
+NSString* TitleOf(NSWindow* window) {
+  if ([window isKindOfClass:[NSSavePanel class]]) return NSStringFromClass([window class]);
+  return [window title];
+}
+
+// windows(): the visible windows that have a title, with their views.
 void windows(ProbeArguments args) {
   @autoreleasepool {
     NSMutableArray* shown = [NSMutableArray array];
     for (NSWindow* window in [NSApp windows]) {
-      if (![window isVisible] || ![window contentView] || [[window title] length] == 0) continue;
+      if (![window isVisible] || ![window contentView] || [TitleOf(window) length] == 0) continue;
       NSMutableArray* views = [NSMutableArray array];
       Describe([window contentView], views);
       [shown addObject:@{
-        @"title" : [window title],
+        @"title" : TitleOf(window),
         @"class" : NSStringFromClass([window class]),
         @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
         @"views" : views,
@@ -85,7 +91,7 @@ void windows(ProbeArguments args) {
 void closeWindow(ProbeArguments args) {
   @autoreleasepool {
     for (NSWindow* window in [NSApp windows]) {
-      if ([[window title] isEqual:convertToNSString(args[0])]) return [window performClose:nil];
+      if ([TitleOf(window) isEqual:convertToNSString(args[0])]) return [window performClose:nil];
     }
   }
 }

@@ -109,7 +109,7 @@ void textFromHTML(ProbeArguments args) {
 
 void unpackZip(ProbeArguments args) {
   @autoreleasepool {
-    args.GetReturnValue().Set(tessaro::platform::UnpackZip(StdText(args[0]), StdText(args[1]), {}));
+    args.GetReturnValue().Set(tessaro::platform::UnpackZip(StdText(args[0]), StdText(args[1]), {}).has_value());
   }
 }
 

@@ -28,14 +28,14 @@ std::error_code ErrorOf(std::errc code) { return std::make_error_code(code); }
 
 mode_t ModeOf(NewFile access) { return access == NewFile::AsUsual ? 0666 : 0600; }
 
-// The file that a path means in the end, which needn't be there yet.
+// The file that a path leads to through its links. The file need not exist.
 fs::path TargetOf(const fs::path& file, std::error_code& error) {
   if (file.empty()) error = ErrorOf(std::errc::no_such_file_or_directory);
-  // The system would take what stands before it for the whole.
+  // The system would cut the path at the NUL.
   if (file.native().find('\0') != std::string::npos) error = ErrorOf(std::errc::invalid_argument);
   if (error) return {};
   fs::path target = fs::weakly_canonical(file, error);
-  // What is still a link leads to nothing so far.
+  // Only dangling links are left.
   for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target)); ++links) {
     if (links == kMostLinks) error = ErrorOf(std::errc::too_many_symbolic_link_levels);
     const fs::path next = fs::read_symlink(target, error);
@@ -54,14 +54,13 @@ std::error_code WriteAll(int file, std::string_view contents) {
   return {};
 }
 
-// A new name in the file was made or has gone. That the folder could not be flushed is no failure: the contents are
-// where they belong already.
+// Makes a rename or a new file durable. Failing to is no error: the contents are in place.
 void FlushFolderOf(const fs::path& file) {
   const FileDescriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (folder) fsync(folder.get());
 }
 
-// What is at a path: nothing, a regular file that may be written, or what is none of our business.
+// The state of a path; `error` for anything but a writable regular file or nothing.
 struct Present {
   explicit Present(const fs::path& file) {
     struct stat status;
@@ -84,11 +83,11 @@ struct Present {
   std::error_code error;
 };
 
-// A file beside the one it will replace; gone at the end of its life unless it has done so.
+// A temporary file beside its target; removed unless it has replaced the target.
 class Replacement {
  public:
   Replacement(const fs::path& target, mode_t mode) {
-    // Of a length of its own: the target's name may be as long as names can be.
+    // Not derived from the target's name, which may have the greatest length already.
     for (int attempt = 0; attempt < kMostNames && !file_; ++attempt) {
       name_ = target.parent_path() / RandomName();
       file_ = FileDescriptor(open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
@@ -155,7 +154,7 @@ std::error_code AppendToFile(const fs::path& file, std::string_view contents, Ne
     if (!present.isThere) FlushFolderOf(target);
     return {};
   }
-  // Half of what was to be added is worse than nothing of it.
+  // Undo a partial write.
   if (present.isThere)
     static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
   else

@@ -17,7 +17,7 @@ std::vector<std::string_view> Split(std::string_view path) {
   }
 }
 
-// Each side's separator is an ordinary character of the other's names.
+// ':' is legal in POSIX names and '/' in HFS names: swap them.
 std::string PosixName(std::string_view name) {
   std::string posixName(name);
   std::replace(posixName.begin(), posixName.end(), '/', ':');
@@ -27,16 +27,16 @@ std::string PosixName(std::string_view name) {
 }  // namespace
 
 std::optional<std::string> PosixPathOfHFSPath(std::string_view path) {
-  // File names have colons here: what begins at the root, or with no volume at all, is a path already.
+  // POSIX names may contain colons: a path from the root, or without a volume, is a POSIX path.
   if (path.empty() || path.front() == '/' || path.front() == ':') return std::nullopt;
   const auto parts = Split(path);
-  // There is one tree of files, so that every volume is the one the system has started from.
+  // Every volume is taken for the boot volume: there is one file tree.
   std::vector<std::string> names;
   for (auto part = parts.begin() + 1; part != parts.end(); ++part) {
     if (!part->empty()) {
       names.push_back(PosixName(*part));
     } else if (part + 1 != parts.end()) {
-      // An empty part goes up, a colon at the end only says that the path leads to a folder.
+      // An empty part goes up; a colon at the end only marks a folder.
       if (names.empty()) return std::nullopt;
       names.pop_back();
     }

@@ -12,10 +12,10 @@ namespace tessaro::platform {
 
 namespace {
 
-// What the parser can count.
+// The parser counts in int.
 constexpr std::size_t kLargestPage = std::numeric_limits<int>::max() - 1;
 
-// What stands between the texts of an element and those around it.
+// The separators around an element's text.
 enum class Flow { Inline, Block, Paragraph, Hidden, Break, Cell, Item, Verbatim };
 
 struct Element {
@@ -81,7 +81,7 @@ class Writer {
     }
   }
 
-  // Without an end of the last line, as the parser can't tell whether there was one.
+  // Without a final line end: the parser doesn't report whether there was one.
   [[nodiscard]] std::string Text() && {
     while (text_.ends_with('\n')) text_.pop_back();
     return std::move(text_);
@@ -145,14 +145,14 @@ using Parser = std::unique_ptr<htmlParserCtxt, decltype([](htmlParserCtxt* parse
 
 }  // namespace
 
-// The parser tells what it finds without keeping it, so that no tree can grow too deep or too large.
+// SAX: no tree, which hostile HTML could make too deep or too large.
 std::string TextFromHTML(std::string_view html) noexcept {
   if (html.empty() || html.size() > kLargestPage) return {};
   const Parser parser(htmlCreateMemoryParserCtxt(html.data(), static_cast<int>(html.size())));
   if (parser == nullptr) return {};
   Writer writer;
   htmlSAXHandler handler = Handler();
-  // The parser comes with a handler of its own, which it frees.
+  // The parser frees its own handler, not ours.
   std::swap(*parser->sax, handler);
   parser->userData = &writer;
   htmlCtxtUseOptions(parser.get(), HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING | HTML_PARSE_NONET | HTML_PARSE_RECOVER);

@@ -33,7 +33,7 @@ Reader Open(const fs::path& file) {
   return archive_read_open_filename(reader.get(), file.c_str(), kBlock) == ARCHIVE_OK ? std::move(reader) : nullptr;
 }
 
-// Empty for a name that leads elsewhere.
+// Empty for a name that leads out of the folder.
 fs::path PathBelow(const fs::path& folder, const char* name) {
   const fs::path path = name != nullptr ? name : "";
   if (path.empty() || path.is_absolute()) return {};
@@ -48,40 +48,53 @@ bool Matches(const fs::path& path, std::span<const std::string_view> patterns) {
   });
 }
 
-// Writes the entry that the reader stands at. `room` is what is left for this archive.
-bool WriteEntry(archive* reader, const fs::path& path, std::uint64_t& room) {
+// Writes the current entry. `room` is the number of bytes that this archive may still unpack to.
+Result<void> WriteEntry(archive* reader, const fs::path& path, std::uint64_t& room) {
   std::error_code error;
   fs::create_directories(path.parent_path(), error);
-  if (error || fs::exists(fs::symlink_status(path, error))) return false;
+  if (error) return Fail(path.native() + ": " + error.message());
   std::ofstream file(path, std::ios::binary);
   std::array<char, 64 * 1024> bytes;
   for (;;) {
     const auto length = archive_read_data(reader, bytes.data(), bytes.size());
-    if (length == 0) return file.flush().good();
-    if (length < 0 || static_cast<std::uint64_t>(length) > room) return false;
+    if (length == 0 && file.flush().good()) return {};
+    if (length < 0) return Fail("the archive is damaged");
+    if (static_cast<std::uint64_t>(length) > room) return Fail("the archive is too large");
     room -= static_cast<std::uint64_t>(length);
-    if (!file.write(bytes.data(), length)) return false;
+    if (!file.write(bytes.data(), length)) return Fail("can't write " + path.native());
   }
+}
+
+bool Exists(const fs::path& path) {
+  std::error_code error;
+  return fs::exists(fs::symlink_status(path, error));
 }
 
 }  // namespace
 
-bool UnpackZip(const fs::path& archive, const fs::path& folder, std::span<const std::string_view> patterns) noexcept {
+Result<void> UnpackZip(const fs::path& archive, const fs::path& folder,
+                       std::span<const std::string_view> patterns) noexcept {
   const Reader reader = Open(archive);
+  if (reader == nullptr) return Fail("not a zip archive");
   std::error_code error;
-  if (reader == nullptr || (!fs::create_directories(folder, error) && error)) return false;
+  fs::create_directories(folder, error);
+  if (error) return Fail(folder.native() + ": " + error.message());
   std::uint64_t room = kMostBytes;
   for (int files = 0; files <= kMostFiles;) {
     archive_entry* entry = nullptr;
     const int status = archive_read_next_header(reader.get(), &entry);
-    if (status == ARCHIVE_EOF) return true;
-    if (status != ARCHIVE_OK && status != ARCHIVE_WARN) return false;
+    if (status == ARCHIVE_EOF) return {};
+    if (status != ARCHIVE_OK && status != ARCHIVE_WARN) return Fail("the archive is damaged");
     const fs::path path = PathBelow(folder, archive_entry_pathname(entry));
     if (archive_entry_filetype(entry) != AE_IFREG || path.empty() || !Matches(path, patterns)) continue;
-    if (!WriteEntry(reader.get(), path, room)) return false;
     ++files;
+    if (Exists(path)) continue;
+    if (const auto written = WriteEntry(reader.get(), path, room); !written) {
+      fs::remove(path, error);
+      return written;
+    }
   }
-  return false;
+  return Fail("the archive has too many files");
 }
 
 }  // namespace tessaro::platform

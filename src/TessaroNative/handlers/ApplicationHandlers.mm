@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "Application/AtomApplication.h"
+#include "Base/TsString.h"
 #include "Files/TsFileDialog.h"
 #include "Files/TsFileWriter.h"
 #include "TessaroNative/handlers/Handlers.h"
@@ -49,5 +50,6 @@ void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args) {
   const auto bytes = BytesOf(args[1]);
   if (!bytes) return ReturnString(args, @"Only a Buffer, another typed array or an ArrayBuffer can be written");
   const auto mode = args[2]->IsTrue() ? TsWriteMode::Append : TsWriteMode::Replace;
-  ReturnString(args, TsWriteBytes(convertToNSString(args[0]), *bytes, mode));
+  const auto written = TsWriteBytes(convertToNSString(args[0]), *bytes, mode);
+  if (!written) ReturnString(args, TsNSString(written.error().message));
 }

@@ -137,7 +137,7 @@ void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>& args);
 void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args);
 
 // Mail from other applications, contacts
-void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
+void HandlePerformService(const v8::FunctionCallbackInfo<v8::Value>& args);
 void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args);
 void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args);
 

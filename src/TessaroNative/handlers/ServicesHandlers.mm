@@ -2,6 +2,6 @@
 #include "TessaroNative/handlers/Handlers.h"
 #include "Utilities/TsScriptValues.h"
 
-void TsPerformService(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void HandlePerformService(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsPerformService(convertToNSString(args[0]), convertToNSString(args[1]));
 }

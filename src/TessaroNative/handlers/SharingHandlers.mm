@@ -1,7 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "Base/TsLog.h"
-#include "Sharing/TsShareMenu.h"
+#include "Sharing/TsSharing.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/WindowArgument.h"
 #include "Utilities/TsJSON.h"
@@ -9,18 +9,13 @@
 
 namespace {
 
-// A container of class `kind`, or nil with an error in the log.
+// A container of class `kind`; nil, with an error in the log, for other text.
 id Parsed(Class kind, NSString* text) {
   NSError* error = nil;
   id container = TsConvertFromJSONString(text, &error);
   if ([container isKindOfClass:kind]) return container;
   TsLogError(@"Couldn't parse %@ because of %@", text, error);
   return nil;
-}
-
-CGFloat Number(NSDictionary* dictionary, NSString* key) {
-  id number = [dictionary objectForKey:key];
-  return [number isKindOfClass:[NSNumber class]] ? [number doubleValue] : 0;
 }
 
 }  // namespace
@@ -31,6 +26,5 @@ void shareFiles(const v8::FunctionCallbackInfo<v8::Value>& args) {
   NSArray* paths = Parsed([NSArray class], convertToNSString(args[1]));
   NSDictionary* place = Parsed([NSDictionary class], convertToNSString(args[2]));
   if (paths == nil || place == nil) return;
-  TsShareFiles(window, paths,
-               NSMakeRect(Number(place, @"x"), Number(place, @"y"), Number(place, @"width"), Number(place, @"height")));
+  TsShareFiles(window, paths, place);
 }

@@ -47,14 +47,20 @@ void TakeName(sdbus::IConnection& bus, const std::string& name) {
   if (owner != bus.getUniqueName()) bus.requestName(name);
 }
 
-sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name, std::function<void()> appeared) {
+sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name, std::function<void(bool hasOwner)> changed) {
   const std::string rule = std::string("type='signal',sender='") + kBus + "',member='NameOwnerChanged',arg0='" + name;
-  return bus.addMatch(rule + "'", [appeared = std::move(appeared)](sdbus::Message& message) {
-    std::string changed;
+  return bus.addMatch(rule + "'", [changed = std::move(changed)](sdbus::Message& message) {
+    std::string changedName;
     std::string oldOwner;
     std::string newOwner;
-    message >> changed >> oldOwner >> newOwner;
-    if (!newOwner.empty()) appeared();
+    message >> changedName >> oldOwner >> newOwner;
+    changed(!newOwner.empty());
+  });
+}
+
+sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name, std::function<void()> appeared) {
+  return WatchOwner(bus, name, [appeared = std::move(appeared)](bool hasOwner) {
+    if (hasOwner) appeared();
   });
 }
 

@@ -18,4 +18,9 @@ void TakeName(sdbus::IConnection& bus, const std::string& name);
 [[nodiscard]] sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name,
                                         std::function<void()> appeared);
 
+// Calls `changed` whenever the name gets another owner or loses the one it had, until the slot is destroyed. Raises
+// sdbus::Error.
+[[nodiscard]] sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name,
+                                     std::function<void(bool hasOwner)> changed);
+
 }  // namespace tessaro::platform

@@ -2,6 +2,7 @@
 
 #include <system_error>
 
+// Aliases are symbolic links here.
 namespace tessaro::platform {
 
 namespace fs = std::filesystem;
@@ -13,10 +14,11 @@ fs::path ResolveAlias(const fs::path& alias) noexcept {
   return error ? fs::path() : target;
 }
 
-std::string WriteAlias(const fs::path& alias, const fs::path& target) noexcept {
+Result<void> WriteAlias(const fs::path& alias, const fs::path& target) noexcept {
   std::error_code error;
   fs::create_symlink(target, alias, error);
-  return error ? error.message() : "";
+  if (error) return Fail(error.message());
+  return {};
 }
 
 }  // namespace tessaro::platform

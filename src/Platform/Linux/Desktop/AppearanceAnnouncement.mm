@@ -15,7 +15,7 @@ void Announce() {
                                                                  userInfo:nil
                                                        deliverImmediately:YES];
   } @catch (NSException*) {
-    // Whoever wants to hear of it can't either.
+    // Without the notification server there are no observers either.
   }
 }
 

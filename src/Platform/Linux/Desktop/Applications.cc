@@ -1,19 +1,16 @@
 #include "Platform/Applications.h"
 
-#include <gdk-pixbuf/gdk-pixbuf.h>
-#include <gio/gdesktopappinfo.h>
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <filesystem>
 #include <system_error>
 
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/DefaultApplications.h"
-#include "Platform/Linux/Desktop/IconTheme.h"
+#include "Platform/Linux/Desktop/DesktopEntries.h"
 
 namespace tessaro::platform {
 
@@ -21,27 +18,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using AppInfoPtr = GObjectPtr<GDesktopAppInfo>;
 using AppListPtr = std::unique_ptr<GList, decltype([](GList* list) { g_list_free_full(list, g_object_unref); })>;
-using PixbufPtr = GObjectPtr<GdkPixbuf>;
 
-constexpr std::string_view kExtension = ".desktop";
 constexpr char kSchemes[] = "x-scheme-handler/";
-constexpr int kLargestIcon = 1024;
-constexpr std::uintmax_t kLongestIconFile = 16 << 20;
-constexpr std::chrono::seconds kFileManagerDeadline{5};
-
-bool HasNul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
-
-std::string IdentifierOf(std::string_view desktopFile) {
-  if (desktopFile.ends_with(kExtension)) desktopFile.remove_suffix(kExtension.size());
-  return std::string(desktopFile);
-}
-
-AppInfoPtr Find(std::string_view identifier) {
-  if (identifier.empty() || HasNul(identifier)) return nullptr;
-  return AppInfoPtr(g_desktop_app_info_new((std::string(identifier) + std::string(kExtension)).c_str()));
-}
+constexpr char kFileManager[] = "org.freedesktop.FileManager1";
+constexpr char kFileManagerPath[] = "/org/freedesktop/FileManager1";
+constexpr std::chrono::seconds kFileManagerDeadline{2};
 
 std::string TextOf(GDesktopAppInfo* application, const char* key) {
   const GTextPtr text(g_desktop_app_info_get_string(application, key));
@@ -58,84 +40,15 @@ std::string TypeOfScheme(std::string_view scheme) {
   return scheme.empty() ? "" : type;
 }
 
-// The path as a URI, which programs can't take for an option.
-GTextPtr URIOf(const std::string& path) {
-  const GTextPtr absolute(g_canonicalize_filename(path.c_str(), nullptr));
-  return GTextPtr(g_filename_to_uri(absolute.get(), nullptr, nullptr));
-}
-
-// What is started leaves no child of ours behind, and doesn't write to our output.
-bool LaunchWith(GDesktopAppInfo* application, GList* uris) {
-  if (application == nullptr) return false;
-  constexpr auto kFlags =
-      static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-  return g_desktop_app_info_launch_uris_as_manager(application, uris, nullptr, kFlags, nullptr, nullptr, nullptr,
-                                                   nullptr, nullptr);
-}
-
-bool Launch(GDesktopAppInfo* application, const char* uri) {
-  GList list{const_cast<char*>(uri), nullptr, nullptr};
-  return LaunchWith(application, uri != nullptr ? &list : nullptr);
-}
-
-AppInfoPtr ApplicationAt(const std::string& path) {
-  if (HasNul(path)) return nullptr;
-  if (path.starts_with('/')) return AppInfoPtr(g_desktop_app_info_new_from_filename(path.c_str()));
-  return Find(IdentifierOf(path));
-}
-
-// ---- Icons
-
-PixbufPtr Load(const fs::path& file, int size) {
+bool Exists(const std::string& path) {
   std::error_code error;
-  if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > kLongestIconFile || error) return nullptr;
-  return PixbufPtr(gdk_pixbuf_new_from_file_at_size(file.c_str(), size, size, nullptr));
+  return !path.empty() && !HasNul(path) && fs::exists(path, error);
 }
-
-// In the middle of a clear square.
-PixbufPtr Squared(PixbufPtr image, int size) {
-  const int width = gdk_pixbuf_get_width(image.get());
-  const int height = gdk_pixbuf_get_height(image.get());
-  if (width == size && height == size) return image;
-  PixbufPtr square(gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, size, size));
-  if (square == nullptr || width > size || height > size) return nullptr;
-  gdk_pixbuf_fill(square.get(), 0);
-  const PixbufPtr opaque(gdk_pixbuf_add_alpha(image.get(), FALSE, 0, 0, 0));
-  gdk_pixbuf_copy_area(opaque.get(), 0, 0, width, height, square.get(), (size - width) / 2, (size - height) / 2);
-  return square;
-}
-
-std::vector<std::uint8_t> PNGOf(const fs::path& file, int size) {
-  PixbufPtr image = Load(file, size);
-  if (image != nullptr) image = Squared(std::move(image), size);
-  if (image == nullptr) return {};
-  char* bytes = nullptr;
-  gsize length = 0;
-  if (!gdk_pixbuf_save_to_buffer(image.get(), &bytes, &length, "png", nullptr, nullptr)) return {};
-  const GTextPtr owned(bytes);
-  return {bytes, bytes + length};
-}
-
-std::vector<std::uint8_t> PNGOf(GIcon* icon, int size) {
-  if (G_IS_FILE_ICON(icon)) {
-    const GTextPtr path(g_file_get_path(g_file_icon_get_file(G_FILE_ICON(icon))));
-    return path != nullptr ? PNGOf(fs::path(path.get()), size) : std::vector<std::uint8_t>();
-  }
-  if (!G_IS_THEMED_ICON(icon)) return {};
-  for (const char* const* name = g_themed_icon_get_names(G_THEMED_ICON(icon)); *name != nullptr; ++name) {
-    const fs::path file = ThemedIcon(*name, size);
-    if (file.empty()) continue;
-    if (auto png = PNGOf(file, size); !png.empty()) return png;
-  }
-  return {};
-}
-
-bool IsIconSize(int size) { return size > 0 && size <= kLargestIcon; }
 
 }  // namespace
 
 std::optional<Application> FindApplication(std::string_view identifier) noexcept {
-  const AppInfoPtr application = Find(identifier);
+  const DesktopEntryPtr application = FindDesktopEntry(identifier);
   if (application == nullptr) return std::nullopt;
   const char* path = g_desktop_app_info_get_filename(application.get());
   if (path == nullptr) return std::nullopt;
@@ -182,10 +95,10 @@ std::vector<std::string> HandlersOfScheme(std::string_view scheme) noexcept {
 
 std::string DefaultHandlerOfContentType(const std::string& type) noexcept {
   if (type.empty()) return {};
-  // The lists are read each time, because GIO learns of changes only a little later.
+  // Not GIO's own answer: it notices changes of the lists too late.
   for (const std::string& file : ListedDefaults(type)) {
     std::string identifier = IdentifierOf(file);
-    if (Find(identifier) != nullptr) return identifier;
+    if (FindDesktopEntry(identifier) != nullptr) return identifier;
   }
   const GObjectPtr<GAppInfo> application(g_app_info_get_default_for_type(type.c_str(), FALSE));
   const char* file = application != nullptr ? g_app_info_get_id(application.get()) : nullptr;
@@ -196,71 +109,55 @@ std::string DefaultHandlerOfScheme(std::string_view scheme) noexcept {
   return DefaultHandlerOfContentType(TypeOfScheme(scheme));
 }
 
-bool SetDefaultHandlerOfScheme(std::string_view scheme, std::string_view identifier) noexcept {
+Result<void> SetDefaultHandlerOfScheme(std::string_view scheme, std::string_view identifier) noexcept {
   const std::string type = TypeOfScheme(scheme);
-  if (type.empty() || Find(identifier) == nullptr) return false;
-  return WriteListedDefault(type, std::string(identifier) + std::string(kExtension));
+  if (type.empty()) return Fail("there can be no such scheme");
+  if (FindDesktopEntry(identifier) == nullptr) return Fail("no such application");
+  return WriteListedDefault(type, std::string(identifier) + std::string(kDesktopExtension));
 }
 
-std::vector<std::uint8_t> IconOfApplication(std::string_view identifier, int size) noexcept {
-  const AppInfoPtr application = Find(identifier);
-  if (application == nullptr || !IsIconSize(size)) return {};
-  GIcon* icon = g_app_info_get_icon(G_APP_INFO(application.get()));
-  if (auto png = icon != nullptr ? PNGOf(icon, size) : std::vector<std::uint8_t>(); !png.empty()) return png;
-  return PNGOf(ThemedIcon("application-x-executable", size), size);
+Result<void> OpenFile(const std::string& path, const std::string& application) noexcept {
+  if (!Exists(path)) return Fail("there is no such file");
+  const DesktopEntryPtr entry = application.empty()
+                                    ? FindDesktopEntry(DefaultHandlerOfContentType(ContentTypeOfFile(path)))
+                                    : DesktopEntryAt(application);
+  return LaunchEntry(entry.get(), {FileURIOf(path)});
 }
 
-std::vector<std::uint8_t> IconOfContentType(const std::string& type, int size) noexcept {
-  if (!IsIconSize(size)) return {};
-  const GObjectPtr<GIcon> icon(g_content_type_get_icon(type.empty() ? "application/octet-stream" : type.c_str()));
-  if (auto png = PNGOf(icon.get(), size); !png.empty()) return png;
-  return PNGOf(ThemedIcon("text-x-generic", size), size);
-}
-
-bool OpenFile(const std::string& path, const std::string& applicationPath) noexcept {
-  std::error_code error;
-  if (path.empty() || HasNul(path) || !fs::exists(path, error)) return false;
-  const AppInfoPtr application = applicationPath.empty() ? Find(DefaultHandlerOfContentType(ContentTypeOfFile(path)))
-                                                         : ApplicationAt(applicationPath);
-  const GTextPtr uri = URIOf(path);
-  return uri != nullptr && Launch(application.get(), uri.get());
-}
-
-bool OpenFiles(const std::vector<std::string>& paths, std::string_view identifier) noexcept {
-  GList* uris = nullptr;
+Result<void> OpenFiles(const std::vector<std::string>& paths, std::string_view identifier) noexcept {
+  std::vector<std::string> uris;
   for (const std::string& path : paths) {
-    if (GTextPtr uri = URIOf(path)) uris = g_list_append(uris, uri.release());
+    if (std::string uri = FileURIOf(path); !uri.empty()) uris.push_back(std::move(uri));
   }
-  const bool isLaunched = uris != nullptr && LaunchWith(Find(identifier).get(), uris);
-  g_list_free_full(uris, g_free);
-  return isLaunched;
+  if (uris.empty()) return Fail("there are no files to open");
+  return LaunchEntry(FindDesktopEntry(identifier).get(), uris);
 }
 
-bool OpenURL(const std::string& url, std::string_view identifier) noexcept {
+Result<void> OpenURL(const std::string& url, std::string_view identifier) noexcept {
   const GTextPtr scheme(g_uri_parse_scheme(url.c_str()));
-  if (scheme == nullptr || HasNul(url)) return false;
-  return Launch(Find(identifier.empty() ? DefaultHandlerOfScheme(scheme.get()) : identifier).get(), url.c_str());
+  if (scheme == nullptr || HasNul(url)) return Fail("not a URL");
+  const std::string handler(identifier.empty() ? DefaultHandlerOfScheme(scheme.get()) : identifier);
+  return LaunchEntry(FindDesktopEntry(handler).get(), {url});
 }
 
-bool LaunchApplication(std::string_view identifier) noexcept { return Launch(Find(identifier).get(), nullptr); }
+Result<void> LaunchApplication(std::string_view identifier) noexcept {
+  return LaunchEntry(FindDesktopEntry(identifier).get(), {});
+}
 
-bool ShowFileInformation(const std::string& path) noexcept {
-  constexpr char kFileManager[] = "org.freedesktop.FileManager1";
+Result<void> ShowFileInformation(const std::string& path) noexcept {
+  if (!Exists(path)) return Fail("there is no such file");
   auto* bus = SessionBus::Shared().Connection();
-  std::error_code error;
-  if (bus == nullptr || HasNul(path) || !fs::exists(path, error)) return false;
-  const GTextPtr uri = URIOf(path);
-  if (uri == nullptr) return false;
+  if (bus == nullptr) return Fail(SessionBus::Shared().LastError());
   try {
-    sdbus::createProxy(*bus, kFileManager, "/org/freedesktop/FileManager1")
+    sdbus::createProxy(*bus, kFileManager, kFileManagerPath)
         ->callMethod("ShowItemProperties")
         .onInterface(kFileManager)
         .withTimeout(kFileManagerDeadline)
-        .withArguments(std::vector<std::string>{uri.get()}, std::string());
-  } catch (const sdbus::Error&) {
-    return false;
+        .withArguments(std::vector<std::string>{FileURIOf(path)}, std::string());
+  } catch (const sdbus::Error& error) {
+    return Fail(error.getMessage());
   }
-  return true;
+  return {};
 }
 
 }  // namespace tessaro::platform

@@ -13,10 +13,10 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kSwitch[] = "X-GNOME-Autostart-enabled";
-// Nobody writes longer ones, and reading is done while script waits.
+// Reading blocks script: refuse absurd files.
 constexpr std::uintmax_t kLongestFile = 1 << 20;
 
-// Only of files: opening a pipe would wait for its other end.
+// Regular files only: opening a pipe would wait for its other end.
 bool IsReadable(const fs::path& file) {
   std::error_code error;
   if (!fs::is_regular_file(file, error)) return false;
@@ -61,10 +61,12 @@ std::optional<AutostartEntry> AutostartEntry::Read(const fs::path& file) {
   return AutostartEntry(std::move(keys));
 }
 
-bool AutostartEntry::Write(const fs::path& file) const {
+Result<void> AutostartEntry::Write(const fs::path& file) const {
   std::error_code error;
   fs::create_directories(file.parent_path(), error);
-  return !error && !ReplaceFile(file, TextOfKeyFile(keys_.get()), NewFile::AsUsual);
+  if (!error) error = ReplaceFile(file, TextOfKeyFile(keys_.get()), NewFile::AsUsual);
+  if (error) return Fail(file.native() + ": " + error.message());
+  return {};
 }
 
 std::string AutostartEntry::Text(const char* key) const {

@@ -5,20 +5,21 @@
 #include <string>
 #include <string_view>
 
+#include "Base/Result.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
 namespace tessaro::platform {
 
-// A desktop entry of the XDG autostart folders. Whatever this code has no business with is kept when it is written.
+// A desktop entry of the XDG autostart folders. Writing keeps the keys and comments that this class doesn't know.
 class AutostartEntry {
  public:
   static AutostartEntry ForApplication(std::string_view name, std::string_view executable);
 
-  // Nothing when it is no desktop entry.
+  // Nothing when the file is no desktop entry.
   static std::optional<AutostartEntry> Read(const std::filesystem::path& file);
 
-  // Replaces the file at once and completely, or not at all.
-  [[nodiscard]] bool Write(const std::filesystem::path& file) const;
+  // Replaces the file atomically.
+  [[nodiscard]] Result<void> Write(const std::filesystem::path& file) const;
 
   [[nodiscard]] std::string DisplayName() const;
 

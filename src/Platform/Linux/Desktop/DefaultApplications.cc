@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 constexpr char kFile[] = "mimeapps.list";
 constexpr char kDefaults[] = "Default Applications";
-// Nobody writes longer ones, and reading is done while script waits.
+// Reading blocks script: refuse absurd files.
 constexpr std::uintmax_t kLongestFile = 4 << 20;
 
 enum class List { Missing, Readable, Unreadable };
@@ -28,7 +28,7 @@ List Load(const fs::path& file, GKeyFile* keys) {
   return g_key_file_load_from_file(keys, file.c_str(), kEverything, nullptr) ? List::Readable : List::Unreadable;
 }
 
-// A desktop may have lists of its own, which count more: "gnome-mimeapps.list".
+// A desktop may have lists of its own, which take precedence: "gnome-mimeapps.list".
 std::vector<std::string> FileNames() {
   std::vector<std::string> names;
   const char* desktops = g_getenv("XDG_CURRENT_DESKTOP");
@@ -61,7 +61,7 @@ std::vector<std::string> Entries(GKeyFile* keys, const std::string& type) {
   return entries;
 }
 
-// Where the answer to a question of the user's is read first, that is where it has to be written.
+// Write to the file that lookups read first, or the choice would be shadowed.
 fs::path UserFile(const std::string& type) {
   for (const std::string& name : FileNames()) {
     const GKeyFilePtr keys(g_key_file_new());
@@ -83,19 +83,21 @@ std::vector<std::string> ListedDefaults(const std::string& type) {
   return defaults;
 }
 
-bool WriteListedDefault(const std::string& type, const std::string& desktopFile) {
+Result<void> WriteListedDefault(const std::string& type, const std::string& desktopFile) {
   std::error_code error;
   const fs::path file = UserFile(type);
   const GKeyFilePtr keys(g_key_file_new());
-  // A list that can't be understood is somebody's work all the same.
-  if (Load(file, keys.get()) == List::Unreadable) return false;
+  // Don't overwrite a list that can't be parsed: the user may have written it.
+  if (Load(file, keys.get()) == List::Unreadable) return Fail(file.native() + " can't be parsed");
   std::string list = desktopFile + ';';
   for (const std::string& entry : Entries(keys.get(), type)) {
     if (entry != desktopFile) list += entry + ';';
   }
   g_key_file_set_value(keys.get(), kDefaults, type.c_str(), list.c_str());
   fs::create_directories(file.parent_path(), error);
-  return !error && !ReplaceFile(file, TextOfKeyFile(keys.get()), NewFile::AsUsual);
+  if (!error) error = ReplaceFile(file, TextOfKeyFile(keys.get()), NewFile::AsUsual);
+  if (error) return Fail(file.native() + ": " + error.message());
+  return {};
 }
 
 }  // namespace tessaro::platform

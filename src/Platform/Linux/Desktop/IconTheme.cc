@@ -81,7 +81,7 @@ Theme ReadTheme(const std::string& name) {
   return theme;
 }
 
-// The theme that GTK's settings name; asking the desktop's own settings would take a connection to them.
+// The theme of GTK's settings file: the desktop's own setting would need a connection to its daemon.
 std::string ChosenTheme() {
   const GKeyFilePtr keys(g_key_file_new());
   const fs::path file = ConfigHome() / "gtk-3.0" / "settings.ini";
@@ -90,7 +90,7 @@ std::string ChosenTheme() {
   return name != nullptr && std::string_view(name.get()).find('/') == std::string_view::npos ? name.get() : "";
 }
 
-// The themes to search, in order. Read once: they hardly ever change, and have hundreds of folders.
+// The themes to search, in order. Read once: they rarely change and have hundreds of folders.
 const std::vector<std::pair<std::string, Theme>>& Themes() {
   static const auto themes = [] {
     std::vector<std::pair<std::string, Theme>> found;
@@ -115,7 +115,7 @@ const std::vector<std::pair<std::string, Theme>>& Themes() {
   return themes;
 }
 
-// How badly a folder's icons suit; those that have to be enlarged suit worse than those that are made smaller.
+// Smaller is better. Enlarging an icon is worse than shrinking one.
 int Misfit(const SizedFolder& folder, int size) {
   if (folder.most < size) return 10000 + size - folder.most;
   return std::max(folder.least - size, 0);

@@ -21,14 +21,14 @@ constexpr char kExtension[] = ".desktop";
 
 fs::path UserFolder() { return ConfigHome() / kFolder; }
 
-// The most important one first.
+// In descending precedence.
 std::vector<fs::path> Folders() {
   std::vector<fs::path> folders = {UserFolder()};
   for (const fs::path& directory : ConfigDirectories()) folders.push_back(directory / kFolder);
   return folders;
 }
 
-// The entries of all folders by the names of their files, of which the first counts.
+// The entries of all folders by file name; the first folder that has a name wins.
 std::map<std::string, fs::path> EffectiveFiles() {
   std::map<std::string, fs::path> files;
   for (const fs::path& folder : Folders()) {
@@ -40,7 +40,7 @@ std::map<std::string, fs::path> EffectiveFiles() {
   return files;
 }
 
-// The file of the same name that counts when the user's is gone.
+// The system's file that the user's one overrides.
 fs::path FileBelow(const fs::path& userFile) {
   for (const fs::path& directory : ConfigDirectories()) {
     std::error_code error;
@@ -56,7 +56,7 @@ fs::path Resolved(const std::string& path) {
   return error ? fs::path(path) : resolved;
 }
 
-// An application in an image runs from a mount point that is another each time.
+// An AppImage runs from a mount point that changes with each start.
 fs::path StartedFile(const LoginApplication& application) {
   const char* image = std::getenv("APPIMAGE");
   const char* mount = std::getenv("APPDIR");
@@ -65,7 +65,7 @@ fs::path StartedFile(const LoginApplication& application) {
   return Resolved(isInImage ? image : application.executablePath);
 }
 
-// What `file` starts; of a file that only hides another one, what that one starts.
+// The program that `file` starts, or that the file hidden by it would start.
 fs::path ProgramOf(const fs::path& file) {
   const auto entry = AutostartEntry::Read(file);
   if (!entry) return {};
@@ -83,39 +83,33 @@ fs::path NewFile(const LoginApplication& application) {
   return UserFolder() / file;
 }
 
-bool IsGone(const fs::path& file) {
+Result<void> RemoveFile(const fs::path& file) {
   std::error_code error;
-  return fs::remove(file, error) && !error;
+  if (fs::remove(file, error) && !error) return {};
+  return Fail(file.native() + ": " + (error ? error.message() : "there is no such file"));
 }
 
-bool SwitchOn(const fs::path& file) {
+Result<void> SwitchOn(const fs::path& file) {
   auto entry = AutostartEntry::Read(file);
-  if (!entry) return false;
-  // One that does nothing but hide another is in the way.
-  if (entry->Program().empty()) return IsGone(file);
+  if (!entry) return Fail(file.native() + " can't be read");
+  // An entry without a program only hides the system's one.
+  if (entry->Program().empty()) return RemoveFile(file);
   entry->SwitchOn();
   return entry->Write(file.parent_path() == UserFolder() ? file : UserFolder() / file.filename());
 }
 
-}  // namespace
-
-std::optional<std::vector<LoginItem>> LoginItems() noexcept {
-  std::vector<LoginItem> items;
-  for (const auto& [name, file] : EffectiveFiles()) {
-    const auto entry = AutostartEntry::Read(file);
-    if (!entry || !entry->IsSwitchedOn()) continue;
-    if (const fs::path program = entry->Program(); !program.empty()) {
-      items.push_back({file, program, entry->DisplayName()});
-    }
-  }
-  return items;
+Result<void> SwitchOff(const fs::path& file) {
+  const fs::path userFile = UserFolder() / file.filename();
+  auto below = AutostartEntry::Read(FileBelow(userFile));
+  if (!below) return RemoveFile(userFile);
+  // Removing the user's file would bring the system's one back: hide it.
+  auto own = AutostartEntry::Read(userFile);
+  AutostartEntry& entry = own ? *own : *below;
+  entry.Hide();
+  return entry.Write(userFile);
 }
 
-bool Starts(const LoginItem& item, const LoginApplication& application) noexcept {
-  return item.application == StartedFile(application);
-}
-
-bool InsertLoginItem(const LoginApplication& application) noexcept {
+Result<void> Add(const LoginApplication& application) {
   const fs::path started = StartedFile(application);
   for (const auto& [name, file] : EffectiveFiles()) {
     if (ProgramOf(file) == started) return SwitchOn(file);
@@ -123,15 +117,34 @@ bool InsertLoginItem(const LoginApplication& application) noexcept {
   return AutostartEntry::ForApplication(application.displayName, started.native()).Write(NewFile(application));
 }
 
-bool RemoveLoginItem(const LoginItem& item) noexcept {
-  const fs::path userFile = UserFolder() / fs::path(item.reference).filename();
-  auto below = AutostartEntry::Read(FileBelow(userFile));
-  if (!below) return IsGone(userFile);
-  // Without the user's file the system's would count.
-  auto own = AutostartEntry::Read(userFile);
-  AutostartEntry& entry = own ? *own : *below;
-  entry.Hide();
-  return entry.Write(userFile);
+// The first file that the session starts and that `matches`; empty when there is none.
+template <typename Matches>
+fs::path FirstActive(const Matches& matches) {
+  for (const auto& [name, file] : EffectiveFiles()) {
+    const auto entry = AutostartEntry::Read(file);
+    if (entry && entry->IsSwitchedOn() && !entry->Program().empty() && matches(*entry)) return file;
+  }
+  return {};
+}
+
+fs::path FirstStarting(const LoginApplication& application) {
+  return FirstActive(
+      [started = StartedFile(application)](const AutostartEntry& entry) { return entry.Program() == started; });
+}
+
+}  // namespace
+
+bool StartsAtLogin(const LoginApplication& application) noexcept { return !FirstStarting(application).empty(); }
+
+Result<void> SetStartsAtLogin(const LoginApplication& application, bool starts) noexcept {
+  const fs::path file = FirstStarting(application);
+  if (starts == !file.empty()) return {};
+  return starts ? Add(application) : SwitchOff(file);
+}
+
+Result<void> RemoveLoginItemNamed(const std::string& displayName) noexcept {
+  const fs::path file = FirstActive([&](const AutostartEntry& entry) { return entry.DisplayName() == displayName; });
+  return file.empty() ? Result<void>() : SwitchOff(file);
 }
 
 }  // namespace tessaro::platform

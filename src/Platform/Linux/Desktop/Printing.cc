@@ -4,32 +4,28 @@
 #include <filesystem>
 #include <system_error>
 
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Applications.h"
+#include "Platform/Linux/Base/FileURI.h"
+#include "Platform/Linux/Desktop/DesktopEntries.h"
 
 namespace tessaro::platform {
 
 namespace {
 
-// Those that show a print panel come first. Paths are absolute, so none of them is taken for an option.
-constexpr std::array kPrinters = {"evince-previewer", "atril-previewer", "xreader-previewer", "lp", "lpr"};
-
-bool Start(const char* program, const char* file) {
-  std::array<char*, 3> words = {const_cast<char*>(program), const_cast<char*>(file), nullptr};
-  constexpr auto kFlags =
-      static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-  return g_spawn_async(nullptr, words.data(), nullptr, kFlags, nullptr, nullptr, nullptr, nullptr);
-}
+// They open with their print dialog.
+constexpr std::array kPreviewers = {"evince-previewer", "atril-previewer", "xreader-previewer"};
 
 }  // namespace
 
-bool PrintFile(const std::string& path) noexcept {
+Result<void> PrintFile(const std::string& path) noexcept {
   std::error_code error;
-  if (path.find('\0') != std::string::npos || !std::filesystem::is_regular_file(path, error)) return false;
-  const GTextPtr absolute(g_canonicalize_filename(path.c_str(), nullptr));
-  for (const char* printer : kPrinters) {
-    if (Start(printer, absolute.get())) return true;
+  if (HasNul(path) || !std::filesystem::is_regular_file(path, error)) return Fail("there is no such file");
+  const std::string absolute = AbsolutePath(path);
+  for (const char* previewer : kPreviewers) {
+    if (Spawn({previewer, absolute})) return {};
   }
-  return false;
+  // lp and lpr would print at once.
+  return OpenFile(absolute, "");
 }
 
 }  // namespace tessaro::platform

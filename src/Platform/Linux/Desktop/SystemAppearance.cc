@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "Base/Lifetime.h"
+#include "Platform/Linux/Base/BusNames.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/AppearanceChanges.h"
 
@@ -29,19 +31,19 @@ bool IsThemeDark() {
   return theme.ends_with(":dark") || theme.ends_with("-dark");
 }
 
-// The portal wraps values in a variant, once or twice as the method or the signal likes.
+// Read() wraps the value in two variants, SettingChanged in one.
 std::optional<bool> IsDark(const sdbus::Variant& value) {
   if (value.containsValueOfType<sdbus::Variant>()) return IsDark(value.get<sdbus::Variant>());
   if (!value.containsValueOfType<std::uint32_t>()) return std::nullopt;
   return value.get<std::uint32_t>() == kPreferDark;
 }
 
-// What the desktop's settings portal says, kept up to date by its announcements.
+// The setting of the desktop's portal, kept up to date by its signals.
 class Appearance {
  public:
   static Appearance& Shared() {
-    static Appearance appearance;
-    return appearance;
+    static Forever<Appearance> appearance;
+    return *appearance;
   }
 
   [[nodiscard]] bool IsDarkNow() {
@@ -65,12 +67,10 @@ class Appearance {
       changes_ =
           bus.addMatch(fromPortal + ",interface='" + kSettings + "',member='SettingChanged',arg0='" + kNamespace + "'",
                        [this](sdbus::Message& message) { Changed(message); });
-      owners_ = bus.addMatch(
-          std::string("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") + kPortal + "'",
-          [this](sdbus::Message& message) { OwnerChanged(message); });
+      owner_ = WatchOwner(bus, kPortal, [this](bool hasOwner) { hasOwner ? ReadLater() : Learn(std::nullopt); });
       settings_ = sdbus::createProxy(bus, kPortal, kPortalPath);
-      // Asking a portal that is not running would start it, and wait for it.
-      if (IsPortalRunning(bus)) ReadNow();
+      // A call would start the portal and wait for it.
+      if (HasOwner(kPortal)) ReadNow();
     } catch (const sdbus::Error&) {
       portal_.reset();
     }
@@ -78,20 +78,9 @@ class Appearance {
 
   void Forget() {
     changes_.reset();
-    owners_.reset();
+    owner_.reset();
     settings_.reset();
     portal_.reset();
-  }
-
-  static bool IsPortalRunning(sdbus::IConnection& bus) {
-    bool isRunning = false;
-    sdbus::createProxy(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus")
-        ->callMethod("NameHasOwner")
-        .onInterface("org.freedesktop.DBus")
-        .withTimeout(kDeadline)
-        .withArguments(std::string(kPortal))
-        .storeResultsTo(isRunning);
-    return isRunning;
   }
 
   void ReadNow() {
@@ -127,24 +116,12 @@ class Appearance {
     if (key == kKey) Learn(IsDark(value));
   }
 
-  void OwnerChanged(sdbus::Message& message) {
-    std::string name;
-    std::string oldOwner;
-    std::string newOwner;
-    message >> name >> oldOwner >> newOwner;
-    if (newOwner.empty()) {
-      Learn(std::nullopt);
-    } else {
-      ReadLater();
-    }
-  }
-
   SessionBus& bus_ = SessionBus::Shared();
   bool isListening_ = false;
   void (*listener_)() = nullptr;
   std::optional<bool> portal_;
   sdbus::Slot changes_;
-  sdbus::Slot owners_;
+  sdbus::Slot owner_;
   std::unique_ptr<sdbus::IProxy> settings_;
   SessionBus::Subscription subscription_;
 };

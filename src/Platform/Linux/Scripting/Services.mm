@@ -6,9 +6,9 @@
 
 #include <algorithm>
 
-#include "Base/Ref.h"
+#include "Base/TsString.h"
 
-// NSPerformService() tells every failure by a modal alert, an unknown service included, and would stop script with it.
+// NSPerformService() reports every failure by a modal alert, which would block script.
 
 namespace tessaro::platform {
 
@@ -18,13 +18,11 @@ constexpr NSTimeInterval kDefaultTimeout = 30;
 constexpr NSTimeInterval kLongestStart = 10;
 constexpr NSTimeInterval kStartStep = 0.05;
 
-using Failure = std::optional<std::string>;
+auto FailBecause(NSString* reason) { return Fail(reason != nil ? TsStdString(reason) : "it gives no reason"); }
 
-Failure Because(NSString* reason) { return std::string(reason != nil ? [reason UTF8String] : "it says no more"); }
-
-// nil when nobody offers it.
+// nil when no application offers the service.
 NSDictionary* Declaration(NSString* service, NSArray* types) {
-  // Services are known for the types only that the application has said to work with.
+  // The manager only lists services of types that the application has registered.
   [NSApp registerServicesMenuSendTypes:types returnTypes:types];
   GSServicesManager* manager = [GSServicesManager manager];
   [manager loadServices];
@@ -36,12 +34,11 @@ NSTimeInterval Timeout(NSDictionary* declaration) {
   return milliseconds > 0 ? milliseconds / 1000 : kDefaultTimeout;
 }
 
-// Applications listen for the messages of their services themselves.
 SEL Message(NSDictionary* declaration) {
   return NSSelectorFromString([[declaration objectForKey:@"NSMessage"] stringByAppendingString:@":userData:error:"]);
 }
 
-// nil while the application is not there, or does not offer its services yet.
+// nil while the application doesn't run, or doesn't listen yet.
 NSDistantObject* Listener(NSDictionary* declaration) {
   NSDistantObject* listener =
       [NSConnection rootProxyForConnectionWithRegisteredName:[declaration objectForKey:@"NSPortName"] host:@""];
@@ -60,13 +57,13 @@ NSDistantObject* ListenerOnceStarted(NSDictionary* declaration) {
   return nil;
 }
 
-Failure Perform(NSString* service, NSPasteboard* pasteboard) {
+Result<void> Perform(NSString* service, NSPasteboard* pasteboard) {
   NSDictionary* declaration = Declaration(service, [NSArray arrayWithArray:[pasteboard types]]);
-  if (declaration == nil) return Because(@"no application offers it");
+  if (declaration == nil) return FailBecause(@"no application offers it");
   NSDistantObject* listener = Listener(declaration);
   if (listener == nil) listener = ListenerOnceStarted(declaration);
   if (listener == nil) {
-    return Because([[declaration objectForKey:@"NSPortName"] stringByAppendingString:@" does not answer"]);
+    return FailBecause([[declaration objectForKey:@"NSPortName"] stringByAppendingString:@" does not answer"]);
   }
   NSConnection* connection = [listener connectionForProxy];
   [connection setRequestTimeout:Timeout(declaration)];
@@ -77,19 +74,18 @@ Failure Perform(NSString* service, NSPasteboard* pasteboard) {
   NSString* error = nil;
   reinterpret_cast<Send>(objc_msg_lookup(listener, message))(listener, message, pasteboard,
                                                              [declaration objectForKey:@"NSUserData"], &error);
-  if ([error length] > 0) return Because(error);
-  return std::nullopt;
+  if ([error length] > 0) return FailBecause(error);
+  return {};
 }
 
 }  // namespace
 
-Failure PerformService(const std::string& service, const std::string& pasteboard) {
-  if (NSApp == nil) return Because(@"this process is no application");
+Result<void> PerformService(const std::string& service, const std::string& pasteboard) {
+  if (NSApp == nil) return FailBecause(@"this process is no application");
   @try {
-    return Perform([NSString stringWithUTF8String:service.c_str()],
-                   [NSPasteboard pasteboardWithName:[NSString stringWithUTF8String:pasteboard.c_str()]]);
+    return Perform(TsNSString(service), [NSPasteboard pasteboardWithName:TsNSString(pasteboard)]);
   } @catch (NSException* exception) {
-    return Because([exception reason]);
+    return FailBecause([exception reason]);
   }
 }
 

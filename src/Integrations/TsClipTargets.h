@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-// Task managers that take a task by a URL of theirs.
+// The applications that take a task by a URL of their own scheme. Any thread.
 
 @interface TsOmnifocus : NSObject
 + (NSString*)installedBundleId;
@@ -17,4 +17,16 @@
 @interface TsThings : NSObject
 + (NSString*)installedBundleId;
 + (void)addActionWithContent:(NSString*)content comment:(NSString*)comment;
+@end
+
+// Takes a mail as a file. Any thread.
+@interface TsReceiptsApp : NSObject
++ (NSString*)installedBundleId;
++ (NSURL*)urlForApplication;
++ (void)importEMLWithPath:(NSString*)path;
+@end
+
+@interface TsClipboard : NSObject
+// Replaces the contents of the general pasteboard by a text. Main thread only.
++ (void)copy:(NSString*)text;
 @end

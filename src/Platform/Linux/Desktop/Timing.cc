@@ -1,4 +1,4 @@
-#include "Platform/TimeTracker.h"
+#include "Platform/Timing.h"
 
 #include <memory>
 #include <utility>
@@ -14,12 +14,20 @@ namespace {
 constexpr char kInterface[] = "org.tessaro.Timing";
 constexpr char kPath[] = "/org/tessaro/Timing";
 
-class TimeTrackerService {
+// A scripting request over the session bus: method List of kInterface at kPath, under the name that is the
+// application's identifier.
+class TimingService {
  public:
-  TimeTrackerService(std::string name, std::function<std::vector<std::string>()> answer)
+  TimingService(std::string name, TimingAnswer answer)
       : name_(std::move(name)),
         answer_(std::move(answer)),
         subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { object_.reset(); }})) {}
+
+  static constexpr EndStage kEnd = EndStage::Services;
+  void Close() {
+    object_.reset();
+    subscription_ = {};
+  }
 
   [[nodiscard]] bool IsOffered() const { return object_ != nullptr; }
 
@@ -37,29 +45,17 @@ class TimeTrackerService {
   }
 
   std::string name_;
-  std::function<std::vector<std::string>()> answer_;
+  TimingAnswer answer_;
   std::unique_ptr<sdbus::IObject> object_;
   SessionBus::Subscription subscription_;
 };
 
-// The service, while there is one.
-struct ServedTimeTracker {
-  static constexpr EndStage kEnd = EndStage::Services;
-  void Close() { service.reset(); }
-
-  std::unique_ptr<TimeTrackerService> service;
-};
-
-ServedTimeTracker& Served() {
-  static Forever<ServedTimeTracker> served;
-  return *served;
-}
-
 }  // namespace
 
-bool ServeTimeTracker(const std::string& applicationIdentifier, std::function<std::vector<std::string>()> answer) {
-  Served().service = std::make_unique<TimeTrackerService>(applicationIdentifier, std::move(answer));
-  return Served().service->IsOffered();
+Result<void> ServeTiming(const std::string& applicationIdentifier, TimingAnswer answer) {
+  static Forever<TimingService> service(applicationIdentifier, std::move(answer));
+  if (service->IsOffered()) return {};
+  return Fail("no session bus, or the name " + applicationIdentifier + " is taken");
 }
 
 }  // namespace tessaro::platform

@@ -1,39 +1,20 @@
-#include "Platform/Sharing.h"
-
-#include <gio/gdesktopappinfo.h>
+#include "Platform/Linux/Desktop/ShareTargets.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 
 #include "Platform/Applications.h"
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/FileURI.h"
+#include "Platform/Linux/Desktop/DesktopEntries.h"
 
 namespace tessaro::platform {
 
 namespace {
 
 constexpr std::array kBluetoothSenders = {"bluetooth-sendto", "blueman-sendto"};
-// These know nothing of attachments in mailto links.
+// They ignore attachments in mailto links.
 constexpr std::array<std::string_view, 3> kThunderbirds = {"thunderbird", "betterbird", "icedove"};
-
-GObjectPtr<GDesktopAppInfo> Find(const std::string& identifier) {
-  return GObjectPtr<GDesktopAppInfo>(g_desktop_app_info_new((identifier + ".desktop").c_str()));
-}
-
-std::string Absolute(const std::string& path) {
-  const GTextPtr absolute(g_canonicalize_filename(path.c_str(), nullptr));
-  return absolute.get();
-}
-
-bool Start(const std::vector<std::string>& words) {
-  std::vector<char*> pointers;
-  for (const std::string& word : words) pointers.push_back(const_cast<char*>(word.c_str()));
-  pointers.push_back(nullptr);
-  constexpr auto kFlags =
-      static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
-  return g_spawn_async(nullptr, pointers.data(), nullptr, kFlags, nullptr, nullptr, nullptr, nullptr);
-}
 
 // ---- Targets
 
@@ -52,12 +33,12 @@ void AddBluetooth(std::vector<ShareTarget>& targets) {
 }
 
 bool TakesFiles(const std::string& identifier) {
-  const auto application = Find(identifier);
+  const DesktopEntryPtr application = FindDesktopEntry(identifier);
   return application != nullptr && (g_app_info_supports_files(G_APP_INFO(application.get())) ||
                                     g_app_info_supports_uris(G_APP_INFO(application.get())));
 }
 
-// Those that open every one of the files.
+// The applications that open every one of the files.
 std::vector<std::string> HandlersOfAll(const std::vector<std::string>& paths) {
   std::vector<std::string> types;
   for (const std::string& path : paths) types.push_back(ContentTypeOfFile(path));
@@ -81,9 +62,9 @@ bool IsThunderbird(const std::string& identifier) {
                      [&](std::string_view name) { return std::string_view(lower.get()).find(name) != name.npos; });
 }
 
-// The words that start the application, without those that stand for files.
+// The command line of the application, without the placeholders for files.
 std::vector<std::string> WordsOf(const std::string& identifier) {
-  const auto application = Find(identifier);
+  const DesktopEntryPtr application = FindDesktopEntry(identifier);
   const char* line = application != nullptr ? g_app_info_get_commandline(G_APP_INFO(application.get())) : nullptr;
   int count = 0;
   char** parsed = nullptr;
@@ -96,20 +77,19 @@ std::vector<std::string> WordsOf(const std::string& identifier) {
   return words;
 }
 
-// In a list of its own syntax, where commas separate and apostrophes end.
-std::string ThunderbirdsAttachments(const std::vector<std::string>& paths) {
+// Thunderbird's list syntax: commas separate, an apostrophe ends the list.
+std::string ThunderbirdAttachments(const std::vector<std::string>& paths) {
   std::string list;
   for (const std::string& path : paths) {
-    const GTextPtr uri(g_filename_to_uri(Absolute(path).c_str(), nullptr, nullptr));
-    if (uri == nullptr) continue;
-    if (!list.empty()) list += ',';
-    for (const char* c = uri.get(); *c != '\0'; ++c) {
-      if (*c == ',')
+    const std::string uri = FileURIOf(path);
+    if (!list.empty() && !uri.empty()) list += ',';
+    for (const char c : uri) {
+      if (c == ',')
         list += "%2C";
-      else if (*c == '\'')
+      else if (c == '\'')
         list += "%27";
       else
-        list += *c;
+        list += c;
     }
   }
   return "attachment='" + list + '\'';
@@ -118,24 +98,24 @@ std::string ThunderbirdsAttachments(const std::vector<std::string>& paths) {
 std::string MailtoLink(const std::vector<std::string>& paths) {
   std::string link = "mailto:";
   for (const std::string& path : paths) {
-    const GTextPtr escaped(g_uri_escape_string(Absolute(path).c_str(), "/", FALSE));
+    const GTextPtr escaped(g_uri_escape_string(AbsolutePath(path).c_str(), "/", FALSE));
     link += (link.ends_with(':') ? "?attach=" : "&attach=") + std::string(escaped.get());
   }
   return link;
 }
 
-bool ShareByMail(const std::string& identifier, const std::vector<std::string>& paths) {
+Result<void> ShareByMail(const std::string& identifier, const std::vector<std::string>& paths) {
   if (!IsThunderbird(identifier)) return OpenURL(MailtoLink(paths), identifier);
   auto words = WordsOf(identifier);
-  if (words.empty()) return false;
-  words.insert(words.end(), {"-compose", ThunderbirdsAttachments(paths)});
-  return Start(words);
+  if (words.empty()) return Fail("the command line of " + identifier + " is malformed");
+  words.insert(words.end(), {"-compose", ThunderbirdAttachments(paths)});
+  return Spawn(words);
 }
 
-bool ShareByBluetooth(const std::string& program, const std::vector<std::string>& paths) {
+Result<void> ShareByBluetooth(const std::string& program, const std::vector<std::string>& paths) {
   std::vector<std::string> words = {program};
-  for (const std::string& path : paths) words.push_back(Absolute(path));
-  return Start(words);
+  for (const std::string& path : paths) words.push_back(AbsolutePath(path));
+  return Spawn(words);
 }
 
 }  // namespace
@@ -154,7 +134,7 @@ std::vector<ShareTarget> ShareTargets(const std::vector<std::string>& paths) noe
   return targets;
 }
 
-bool ShareFiles(const ShareTarget& target, const std::vector<std::string>& paths) noexcept {
+Result<void> ShareWith(const ShareTarget& target, const std::vector<std::string>& paths) noexcept {
   switch (target.kind) {
     case ShareTarget::Kind::Mail:
       return ShareByMail(target.identifier, paths);
@@ -163,7 +143,7 @@ bool ShareFiles(const ShareTarget& target, const std::vector<std::string>& paths
     case ShareTarget::Kind::Application:
       return OpenFiles(paths, target.identifier);
   }
-  return false;
+  return Fail("unknown kind of target");
 }
 
 }  // namespace tessaro::platform

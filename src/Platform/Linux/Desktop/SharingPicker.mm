@@ -1,40 +1,28 @@
-#include "Sharing/TsShareMenu.h"
+#import <AppKit/AppKit.h>
 
 #include <utility>
-#include <vector>
 
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Cocoa.h"
+#include "Platform/Linux/Desktop/ShareTargets.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Sharing.h"
 
-namespace platform = tessaro::platform;
+using namespace tessaro::platform;
 
 namespace {
 
-using Kind = platform::ShareTarget::Kind;
+using Kind = ShareTarget::Kind;
 
-// We would be passing them to ourselves.
-bool IsOurs(const platform::ShareTarget& target) {
+// Sharing with this application itself is pointless.
+bool IsOurs(const ShareTarget& target) {
   NSString* ours = [[NSBundle mainBundle] bundleIdentifier];
   return ours != nil && [TsNSString(target.identifier) caseInsensitiveCompare:ours] == NSOrderedSame;
 }
 
-std::vector<std::string> PresentFiles(NSArray* paths) {
-  std::vector<std::string> present;
-  for (id path in paths) {
-    if ([path isKindOfClass:[NSString class]] && [[NSFileManager defaultManager] fileExistsAtPath:path]) {
-      present.push_back(TsStdString(path));
-    } else {
-      TsLogWarning(@"There is no file %@ to share", path);
-    }
-  }
-  return present;
-}
-
-NSString* TitleOf(const platform::ShareTarget& target) {
+NSString* TitleOf(const ShareTarget& target) {
   NSString* name = TsNSString(target.name);
   switch (target.kind) {
     case Kind::Mail:
@@ -49,24 +37,24 @@ NSString* TitleOf(const platform::ShareTarget& target) {
 
 }  // namespace
 
-// The menu's target, as long as it is open.
-@interface TsShareMenu : NSObject {
+// The menu's target while the menu is open.
+@interface TsSharingMenu : NSObject {
   std::vector<std::string> _paths;
-  std::vector<platform::ShareTarget> _targets;
+  std::vector<ShareTarget> _targets;
 }
 
 - (instancetype)initWithPaths:(std::vector<std::string>)paths;
-- (void)popUpBelow:(NSRect)rectangle of:(NSWindow*)window;
+- (void)popUpBelow:(const ContentRectangle&)rectangle of:(NSWindow*)window;
 
 @end
 
-@implementation TsShareMenu
+@implementation TsSharingMenu
 
 - (instancetype)initWithPaths:(std::vector<std::string>)paths {
   self = [super init];
   if (!self) return nil;
   _paths = std::move(paths);
-  _targets = platform::ShareTargets(_paths);
+  _targets = ShareTargets(_paths);
   std::erase_if(_targets, IsOurs);
   return self;
 }
@@ -85,32 +73,36 @@ NSString* TitleOf(const platform::ShareTarget& target) {
     [menu addItem:item];
   }
   if (_targets.empty()) {
-    // Without an action it can't be chosen.
+    // An item without an action is disabled.
     [menu addItemWithTitle:NSLocalizedString(@"No Applications", nil) action:nullptr keyEquivalent:@""];
   }
   return menu;
 }
 
-- (void)popUpBelow:(NSRect)rectangle of:(NSWindow*)window {
+- (void)popUpBelow:(const ContentRectangle&)rectangle of:(NSWindow*)window {
   NSView* content = [window contentView];
-  const CGFloat below = NSMaxY(rectangle);
-  const NSPoint corner =
-      NSMakePoint(NSMinX(rectangle), [content isFlipped] ? below : [content bounds].size.height - below);
-  [[self menu] popUpMenuPositioningItem:nil atLocation:corner inView:content];
+  const CGFloat below = rectangle.y + rectangle.height;
+  const NSPoint corner = NSMakePoint(rectangle.x, [content isFlipped] ? below : [content bounds].size.height - below);
+  const auto menu = [self menu];
+  [menu popUpMenuPositioningItem:nil atLocation:corner inView:content];
 }
 
 - (void)share:(NSMenuItem*)item {
-  const platform::ShareTarget& target = _targets[static_cast<std::size_t>([item tag])];
-  if (!platform::ShareFiles(target, _paths)) TsLogError(@"Couldn't share files with %s", target.identifier.c_str());
+  const ShareTarget& target = _targets[static_cast<std::size_t>([item tag])];
+  if (const auto shared = ShareWith(target, _paths); !shared) {
+    TsLogError(@"Couldn't share files with %s: %s", target.identifier.c_str(), shared.error().message.c_str());
+  }
 }
 
 @end
 
-void TsShareFiles(NSWindow* window, NSArray* paths, NSRect rectangle) {
-  std::vector<std::string> present = PresentFiles(paths);
-  if (present.empty()) return TsLogError(@"There are no files to share");
-  const auto menu = Adopt([[TsShareMenu alloc] initWithPaths:std::move(present)]);
-  platform::MainQueue::Shared().Post([menu, window = Retain(window), rectangle] {
+namespace tessaro::platform {
+
+void ShowSharingPicker(NSWindow* window, const ContentRectangle& rectangle, std::vector<std::string> paths) {
+  const auto menu = Adopt([[TsSharingMenu alloc] initWithPaths:std::move(paths)]);
+  MainQueue::Shared().Post([menu, window = Retain(window), rectangle] {
     if ([window isVisible]) [menu popUpBelow:rectangle of:window];
   });
 }
+
+}  // namespace tessaro::platform
