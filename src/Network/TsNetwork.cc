@@ -15,8 +15,6 @@ void TsNetworkRequest::Start() {
   connection_ = platform::HTTPTransfer::Start(*request_, *this);
 }
 
-void TsNetworkRequest::Expect(std::uint64_t length) noexcept { body_.Expect(length); }
-
 bool TsNetworkRequest::Keep(std::span<const char> piece) noexcept { return body_.Append(piece); }
 
 void TsNetworkRequest::RefusedRedirect(int statusCode, std::string_view location) noexcept {

@@ -35,7 +35,6 @@ class TsNetworkRequest final : tessaro::platform::HTTPTransferClient {
   void Start();
 
  private:
-  void Expect(std::uint64_t length) noexcept override;
   [[nodiscard]] bool Keep(std::span<const char> piece) noexcept override;
   void RefusedRedirect(int statusCode, std::string_view location) noexcept override;
   void ReceivedResponse(int statusCode) noexcept override;

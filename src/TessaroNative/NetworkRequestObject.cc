@@ -51,7 +51,7 @@ v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const ch
 v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
   const std::size_t size = body.size();
   if (size <= kMostInEngine) return CopyToScript(isolate, body.First(size));
-  return MoveToScript(isolate, body.Leave(), size);
+  return MoveToScript(isolate, body.Release(), size);
 }
 
 }  // namespace

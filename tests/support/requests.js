@@ -76,4 +76,13 @@ const whole = (status, body) => [
   ['end', true, body],
 ];
 
-module.exports = { client, listen, serve, request, evaluateRequests, whole };
+/** The last event: ["end", body], or ["error", number]. */
+const outcome = (events) => {
+  const [name, ...values] = events.at(-1);
+  return [
+    name,
+    name === 'end' ? values[1] : Number(values[0].match(/^Error Domain=NSURLErrorDomain Code=(-\d+) "/)?.[1]),
+  ];
+};
+
+module.exports = { client, listen, serve, request, evaluateRequests, outcome, whole };

@@ -22,9 +22,6 @@ void Download::Start(std::string url) {
   transfer_ = HTTPTransfer::Start({.url = std::move(url), .followRedirects = false}, *this);
 }
 
-// A server may lie: no more is believed than fits.
-void Download::Expect(std::uint64_t length) noexcept { bytes_.reserve(std::min<std::uint64_t>(length, limit_)); }
-
 bool Download::Keep(std::span<const char> piece) noexcept {
   isTooLong_ = piece.size() > limit_ - bytes_.size();
   if (!isTooLong_) bytes_.append(piece.data(), piece.size());

@@ -26,7 +26,6 @@ class Download final : private HTTPTransferClient {
   Download& operator=(const Download&) = delete;
 
  private:
-  void Expect(std::uint64_t length) noexcept override;
   [[nodiscard]] bool Keep(std::span<const char> piece) noexcept override;
   void RefusedRedirect(int statusCode, std::string_view location) noexcept override;
   void ReceivedResponse(int statusCode) noexcept override;

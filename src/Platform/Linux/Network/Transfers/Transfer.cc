@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "Platform/Linux/Network/Transfers/Failure.h"
+#include "Platform/Linux/Network/Transfers/RequestSyntax.h"
 #include "Platform/Linux/Network/Transfers/TransferEngine.h"
 
 namespace tessaro::platform {
@@ -16,61 +17,35 @@ namespace tessaro::platform {
 namespace {
 
 // As long as Cocoa's URL loading waits.
-constexpr double kDefaultSilence = 60;
+constexpr double kDefaultTimeout = 60;
 // The clock's last moment must stay beyond every deadline.
-constexpr double kLongestSilence = 1e9;
-// As long as a server is fast enough, libcurl reads on and on, and nothing else would get a turn.
-constexpr std::size_t kMostAtOnce = 1024 * 1024;
-// Told in pieces that the client's memory has room for without asking the system.
-constexpr std::size_t kLongestPiece = 64 * 1024;
+constexpr double kLongestTimeout = 1e9;
+// Of the body, in one turn of the event loop: everything else has to get its turn.
+constexpr std::size_t kMostPerTurn = 1024 * 1024;
+constexpr std::size_t kDecodingStep = 64 * 1024;
+// Real bodies expand less than fifty times. A small body may expand as it likes.
+constexpr std::uint64_t kMostExpansion = 100;
+constexpr std::uint64_t kSmallBody = 64 * 1024 * 1024;
 constexpr int kSwitchingProtocols = 101;
-constexpr std::string_view kTokenCharacters = "!#$%&'*+-.^_`|~";
+constexpr long kSeeOther = 303;
 
 std::uint64_t Milliseconds(std::optional<std::chrono::duration<double>> timeout) {
-  const double seconds = timeout && timeout->count() > 0 ? timeout->count() : kDefaultSilence;
-  return static_cast<std::uint64_t>(std::ceil(std::min(seconds, kLongestSilence) * 1000));
+  const double seconds = timeout && timeout->count() > 0 ? timeout->count() : kDefaultTimeout;
+  return static_cast<std::uint64_t>(std::ceil(std::min(seconds, kLongestTimeout) * 1000));
 }
 
-bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
-  return text.size() >= lowerCasePrefix.size() &&
-         strncasecmp(text.data(), lowerCasePrefix.data(), lowerCasePrefix.size()) == 0;
-}
+std::string_view ValueOf(std::string_view headerLine) { return Trimmed(headerLine.substr(headerLine.find(':') + 1)); }
 
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kSpace = " \t\r\n";
-  const auto first = text.find_first_not_of(kSpace);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
-}
-
-// Methods and header names. Anything else could begin a line of its own in the request.
-bool IsToken(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) {
-    return std::isalnum(c) != 0 || kTokenCharacters.find(static_cast<char>(c)) != std::string_view::npos;
-  });
-}
-
-bool IsHeaderValue(std::string_view text) {
-  return text.find_first_of(std::string_view("\0\r\n", 3)) == std::string_view::npos;
-}
-
-// The address with the bytes beyond ASCII written as ASCII, except in the name of the host, which has its own way.
-std::string Encoded(const std::string& url) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  const auto authority = url.find("//") + 2;
-  std::string encoded = url.substr(0, url.find_first_of("/?#", authority));
-  for (const unsigned char c : url.substr(encoded.size())) {
-    if (c < 0x80) {
-      encoded += static_cast<char>(c);
-    } else {
-      encoded.append({'%', kDigits[c >> 4], kDigits[c & 15]});
-    }
+// The codings of a header's list that change the body: libcurl itself undoes "chunked".
+void AppendCodings(std::string_view list, std::vector<std::string>& codings) {
+  while (!list.empty()) {
+    const auto length = std::min(list.find(','), list.size());
+    std::string coding(Trimmed(list.substr(0, length)));
+    std::transform(coding.begin(), coding.end(), coding.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (!coding.empty() && coding != "identity" && coding != "chunked") codings.push_back(std::move(coding));
+    list.remove_prefix(std::min(length + 1, list.size()));
   }
-  return encoded;
 }
-
-// These announce a body, if only an empty one: without its length some servers wait for it, and some refuse.
-bool AnnouncesBody(std::string_view method) { return method == "POST" || method == "PUT" || method == "PATCH"; }
 
 }  // namespace
 
@@ -78,41 +53,43 @@ Transfer::Transfer(TransferEngine& engine, const HTTPRequest& request, HTTPTrans
     : engine_(engine),
       client_(client),
       url_(request.url),
+      method_(request.method),
       followRedirects_(request.followRedirects),
-      silence_(Milliseconds(request.timeout)),
+      timeout_(Milliseconds(request.timeout)),
       // The loop's own clock stands still while script runs.
-      lastHeard_(uv_hrtime() / 1000000),
-      easy_(engine.TakeEasy()) {
-  const CURLcode code = easy_ ? Ask(request) : CURLE_OUT_OF_MEMORY;
+      lastActivity_(uv_hrtime() / 1000000),
+      easy_(engine.MakeEasy()) {
+  const CURLcode code = easy_ ? Prepare(request) : CURLE_OUT_OF_MEMORY;
   if (code != CURLE_OK) {
     End(code);
     return;
   }
-  engine_.LimitSilence(*this);
+  engine_.WatchTimeout(*this);
   engine_.Add(easy_.get());
 }
 
 Transfer::~Transfer() {
   if (isDestroyed_ != nullptr) *isDestroyed_ = true;
   if (easy_) engine_.Remove(*this, easy_.get());
-  engine_.Forget(*this);
+  engine_.Withdraw(*this);
 }
 
-CURLcode Transfer::Ask(const HTTPRequest& request) {
+// ---- The request
+
+CURLcode Transfer::Prepare(const HTTPRequest& request) {
   const bool isSecure = StartsWith(url_, "https://");
   if (!isSecure && !StartsWith(url_, "http://")) return CURLE_UNSUPPORTED_PROTOCOL;
   if (url_.find('\0') != std::string::npos) return CURLE_URL_MALFORMAT;
-  if (!IsToken(request.method)) return Refuse("The method can't be sent: " + request.method);
+  if (!IsToken(method_)) return Refuse("The method can't be sent: " + method_);
   for (const auto& [name, value] : request.headers) {
     if (!IsToken(name) || !IsHeaderValue(value)) return Refuse("The header can't be sent: " + name);
   }
 
   CURL* easy = easy_.get();
-  AskFor(request.method);
+  SetMethod();
   AddHeaders(request);
-  curl_easy_setopt(easy, CURLOPT_URL, Encoded(url_).c_str());
+  curl_easy_setopt(easy, CURLOPT_URL, EncodedURL(url_).c_str());
   curl_easy_setopt(easy, CURLOPT_HTTPHEADER, headers_.get());
-  curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, followRedirects_ ? 1L : 0L);
   curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, isSecure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1);
   // Rather a stream on the connection that is being made than a connection for each of many requests.
   curl_easy_setopt(easy, CURLOPT_PIPEWAIT, isSecure ? 1L : 0L);
@@ -130,17 +107,17 @@ CURLcode Transfer::Refuse(std::string_view reason) {
   return CURLE_BAD_FUNCTION_ARGUMENT;
 }
 
-void Transfer::AskFor(const std::string& method) {
+void Transfer::SetMethod() {
   CURL* easy = easy_.get();
-  // Undoes the others.
-  curl_easy_setopt(easy, CURLOPT_HTTPGET, 1L);
-  const bool isKnown = method == "GET" || method == "HEAD" || method == "POST";
-  curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, isKnown ? nullptr : method.c_str());
-  if (method == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
-  if (!AnnouncesBody(method)) return;
+  const bool isBuiltIn = method_ == "GET" || method_ == "HEAD" || method_ == "POST";
+  if (!isBuiltIn) curl_easy_setopt(easy, CURLOPT_CUSTOMREQUEST, method_.c_str());
+  if (method_ == "HEAD") curl_easy_setopt(easy, CURLOPT_NOBODY, 1L);
+  if (!AnnouncesBody(method_)) return;
   curl_easy_setopt(easy, CURLOPT_POST, 1L);
   curl_easy_setopt(easy, CURLOPT_POSTFIELDS, "");
   curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE, 0L);
+  // Only POST turns into GET at these two statuses.
+  if (!isBuiltIn) curl_easy_setopt(easy, CURLOPT_POSTREDIR, long{CURL_REDIR_POST_301 | CURL_REDIR_POST_302});
 }
 
 void Transfer::AddHeaders(const HTTPRequest& request) {
@@ -149,72 +126,57 @@ void Transfer::AddHeaders(const HTTPRequest& request) {
   };
   bool hasContentType = false;
   for (const auto& [name, value] : request.headers) {
+    if (IsFramingHeader(name)) continue;
     hasContentType = hasContentType || strcasecmp(name.c_str(), "content-type") == 0;
     // libcurl's own way of writing a header without a value.
     add(Trimmed(value).empty() ? name + ";" : name + ": " + value);
   }
-  // Otherwise libcurl would call the body that there isn't a form.
-  if (AnnouncesBody(request.method) && !hasContentType) add("Content-Type:");
+  // Without a type libcurl would call the empty body a form.
+  if (AnnouncesBody(method_) && !hasContentType) add("Content-Type:");
 }
+
+// ---- The response's headers
 
 std::size_t Transfer::OnHeader(char* line, std::size_t, std::size_t length, Transfer* self) {
-  self->Header({line, length});
+  self->ReceiveHeader({line, length});
   return length;
 }
 
-std::size_t Transfer::OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self) {
-  self->Heard();
-  if (self->MustPause()) {
-    self->isPaused_ = true;
-    return CURL_WRITEFUNC_PAUSE;
-  }
-  if (!self->client_.Keep({bytes, length})) return CURL_WRITEFUNC_ERROR;
-  self->untoldLength_ += length;
-  return length;
-}
-
-// What libcurl has in hand while it pauses, it keeps, up to a limit that some compressed bodies would reach.
-bool Transfer::MustPause() const { return untoldLength_ >= kMostAtOnce && !isEncoded_; }
-
-void Transfer::Continue() {
-  isPaused_ = false;
-  curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
-}
-
-// Lines may also come behind the body, and before another answer's.
-void Transfer::Header(std::string_view line) {
-  Heard();
-  if (StartsWith(line, "http/")) {
-    isInHeaders_ = true;
-    location_.clear();
-    isEncoded_ = false;
-  } else if (StartsWith(line, "location:")) {
-    location_ = Trimmed(line.substr(line.find(':') + 1));
-  } else if (StartsWith(line, "content-encoding:")) {
-    isEncoded_ = true;
-  } else if (isInHeaders_ && Trimmed(line).empty()) {
+// Lines may also come behind the body, and before another response's.
+void Transfer::ReceiveHeader(std::string_view line) {
+  NoteActivity();
+  if (StartsWith(line, "http/")) return BeginHeaders();
+  if (!isInHeaders_) return;
+  if (StartsWith(line, "location:")) {
+    location_ = ValueOf(line);
+  } else if (StartsWith(line, "content-encoding:") || StartsWith(line, "transfer-encoding:")) {
+    AppendCodings(ValueOf(line), codings_);
+  } else if (Trimmed(line).empty()) {
     isInHeaders_ = false;
-    HeadersEnded();
+    EndHeaders();
   }
 }
 
-void Transfer::HeadersEnded() {
+void Transfer::BeginHeaders() {
+  isInHeaders_ = true;
+  location_.clear();
+  codings_.clear();
+  // libcurl would follow every status that has a location, and repeat a method that it doesn't know everywhere.
+  long statusCode = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &statusCode);
+  curl_easy_setopt(easy_.get(), CURLOPT_FOLLOWLOCATION, followRedirects_ && IsRedirect(statusCode) ? 1L : 0L);
+  if (statusCode == kSeeOther) curl_easy_setopt(easy_.get(), CURLOPT_CUSTOMREQUEST, nullptr);
+}
+
+void Transfer::EndHeaders() {
   long statusCode = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &statusCode);
   const bool isInterim = statusCode < 200 && statusCode != kSwitchingProtocols;
-  const bool isRedirect = statusCode >= 300 && statusCode < 400 && !location_.empty();
+  const bool isRedirect = IsRedirect(statusCode) && !location_.empty();
   if (isInterim || (isRedirect && followRedirects_)) return;
   isAnswered_ = true;
-  curl_off_t length = 0;
-  curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-  if (length > 0 && !isEncoded_) client_.Expect(static_cast<std::uint64_t>(length));
-  untoldResponse_ = {static_cast<int>(statusCode), std::nullopt};
-  if (isRedirect) untoldResponse_->refusedRedirect = AbsoluteLocation();
-}
-
-void Transfer::Heard() {
-  lastHeard_ = uv_now(uv_default_loop());
-  engine_.Tell(*this);
+  pendingResponse_ = {static_cast<int>(statusCode), std::nullopt};
+  if (isRedirect) pendingResponse_->refusedRedirect = AbsoluteLocation();
 }
 
 std::string Transfer::AbsoluteLocation() const {
@@ -230,47 +192,139 @@ std::string Transfer::AbsoluteLocation() const {
   return isResolved ? absolute : location_;
 }
 
-// libcurl takes an answer that ends among its headers for a whole one, and has no code of its own for some others.
-CURLcode Transfer::Verdict(CURLcode code) const {
-  if (code == CURLE_OK && !isAnswered_) return CURLE_GOT_NOTHING;
-  long redirects = 0;
-  if (easy_) curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
-  const bool isAsked = deadline != 0;
-  return code == CURLE_UNSUPPORTED_PROTOCOL && isAsked && redirects == 0 ? CURLE_WEIRD_SERVER_REPLY : code;
+// ---- The response's body
+
+std::size_t Transfer::OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self) {
+  self->NoteActivity();
+  if (self->IsFull()) {
+    self->isPaused_ = true;
+    return CURL_WRITEFUNC_PAUSE;
+  }
+  return self->Receive({bytes, length}) ? length : CURL_WRITEFUNC_ERROR;
+}
+
+bool Transfer::IsFull() const { return isDecoding_ || pendingLength_ >= kMostPerTurn; }
+
+bool Transfer::Receive(std::span<const char> piece) {
+  if (codings_.empty()) return Keep(piece);
+  if (!decoder_ && !MakeDecoder()) return false;
+  encodedLength_ += piece.size();
+  encoded_.assign(piece.data(), piece.size());
+  decodedUpTo_ = 0;
+  return Decode();
+}
+
+// One coding is enough for every real server, and each further one would multiply the work for a hostile body.
+bool Transfer::MakeDecoder() {
+  if (codings_.size() > 1) return FailDecoding("The body has more than one content coding");
+  decoder_ = MakeBodyDecoder(codings_.front());
+  return decoder_ || FailDecoding("Unknown content coding: " + codings_.front());
+}
+
+// As much as one turn may bring; the rest follows in the next one.
+bool Transfer::Decode() {
+  std::array<char, kDecodingStep> room;
+  std::span<const char> input = std::span(encoded_).subspan(decodedUpTo_);
+  isDecoding_ = true;
+  while (isDecoding_ && pendingLength_ < kMostPerTurn) {
+    const auto length = decoder_->Decode(input, room);
+    if (!length) return FailDecoding("The compressed body is malformed");
+    decodedLength_ += *length;
+    if (decodedLength_ > std::max(kSmallBody, encodedLength_ * kMostExpansion)) {
+      return FailDecoding("The compressed body expands too much");
+    }
+    if (!Keep({room.data(), *length})) return false;
+    isDecoding_ = *length > 0 || !input.empty();
+  }
+  decodedUpTo_ = encoded_.size() - input.size();
+  return true;
+}
+
+bool Transfer::FailDecoding(std::string reason) {
+  isDecoding_ = false;
+  decodingFailure_ = std::move(reason);
+  return false;
+}
+
+bool Transfer::Keep(std::span<const char> piece) {
+  pendingLength_ += piece.size();
+  return client_.Keep(piece);
+}
+
+void Transfer::NoteActivity() {
+  lastActivity_ = uv_now(uv_default_loop());
+  engine_.Queue(*this);
+}
+
+// ---- The client
+
+void Transfer::Deliver() {
+  bool isDestroyed = false;
+  isDestroyed_ = &isDestroyed;
+  DeliverResponse();
+  if (isDestroyed) return;
+  if (const auto length = std::exchange(pendingLength_, 0)) client_.ReceivedData(length);
+  if (isDestroyed) return;
+  ContinueReading();
+  if (!isDecoding_) DeliverResult();
+  if (!isDestroyed) isDestroyed_ = nullptr;
+}
+
+void Transfer::DeliverResponse() {
+  const auto response = std::exchange(pendingResponse_, std::nullopt);
+  if (!response) return;
+  const bool* const isDestroyed = isDestroyed_;
+  if (response->refusedRedirect) client_.RefusedRedirect(response->statusCode, *response->refusedRedirect);
+  if (!*isDestroyed) client_.ReceivedResponse(response->statusCode);
+}
+
+void Transfer::ContinueReading() {
+  if (isDecoding_) {
+    // The server is not silent: it waits until its last piece has been decoded.
+    NoteActivity();
+    if (!Decode()) End(CURLE_WRITE_ERROR);
+  } else if (std::exchange(isPaused_, false) && easy_) {
+    const CURLcode code = curl_easy_pause(easy_.get(), CURLPAUSE_CONT);
+    if (code != CURLE_OK) End(code);
+  }
+}
+
+void Transfer::DeliverResult() {
+  if (!pendingResult_ || pendingLength_ > 0) return;
+  const CURLcode code = *std::exchange(pendingResult_, std::nullopt);
+  if (code == CURLE_OK && decoder_ && !decoder_->IsComplete()) {
+    static_cast<void>(FailDecoding("The compressed body ends too early"));
+  }
+  if (!decodingFailure_.empty()) {
+    client_.Failed(DescribeFailure(CURLE_BAD_CONTENT_ENCODING, url_, decodingFailure_));
+  } else if (code != CURLE_OK) {
+    client_.Failed(DescribeFailure(code, url_, detail_.data()));
+  } else {
+    client_.Finished();
+  }
 }
 
 void Transfer::End(CURLcode code) {
-  result_ = Verdict(code);
   if (easy_) {
+    code = ResultFor(code);
     engine_.Remove(*this, easy_.get());
-    engine_.GiveEasy(std::move(easy_));
+    easy_.reset();
   }
-  engine_.Tell(*this);
+  pendingResult_ = code;
+  engine_.Queue(*this);
 }
 
-void Transfer::TellClient() {
-  bool isDestroyed = false;
-  isDestroyed_ = &isDestroyed;
-  if (const auto response = std::exchange(untoldResponse_, std::nullopt)) {
-    if (response->refusedRedirect) client_.RefusedRedirect(response->statusCode, *response->refusedRedirect);
-    if (!isDestroyed) client_.ReceivedResponse(response->statusCode);
-  }
-  if (isDestroyed) return;
-  while (untoldLength_ > 0) {
-    const std::size_t length = std::min(untoldLength_, kLongestPiece);
-    untoldLength_ -= length;
-    client_.ReceivedData(length);
-    if (isDestroyed) return;
-  }
-  if (isPaused_) Continue();
-  if (const auto result = std::exchange(result_, std::nullopt)) {
-    if (*result == CURLE_OK) {
-      client_.Finished();
-    } else {
-      client_.Failed(DescribeFailure(*result, url_, detail_.data()));
-    }
-  }
-  if (!isDestroyed) isDestroyed_ = nullptr;
+// libcurl has no codes of their own for some responses.
+CURLcode Transfer::ResultFor(CURLcode code) const {
+  const bool isSent = deadline != 0;
+  if (!isSent) return code;
+  long redirects = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
+  const bool isOtherProtocol = code == CURLE_UNSUPPORTED_PROTOCOL && redirects == 0;
+  const bool isHeaderTooLong = code == CURLE_OUT_OF_MEMORY;
+  if (isOtherProtocol || isHeaderTooLong) return CURLE_WEIRD_SERVER_REPLY;
+  const bool endsInHeaders = code == CURLE_OK && !isAnswered_;
+  return endsInHeaders ? CURLE_GOT_NOTHING : code;
 }
 
 }  // namespace tessaro::platform

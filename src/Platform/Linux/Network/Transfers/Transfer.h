@@ -2,18 +2,22 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Platform/HTTPTransfer.h"
+#include "Platform/Linux/Network/Transfers/BodyDecoder.h"
 #include "Platform/Linux/Network/Transfers/CurlHandles.h"
 
 namespace tessaro::platform {
 
 class TransferEngine;
 
-// One exchange: what libcurl is asked, what it has answered, and what of that the client has not been told yet.
+// One exchange: the request given to libcurl, and the part of its response that the client has not received yet.
 class Transfer final : public HTTPTransfer {
  public:
   Transfer(TransferEngine& engine, const HTTPRequest& request, HTTPTransferClient& client);
@@ -23,33 +27,42 @@ class Transfer final : public HTTPTransfer {
 
   // The engine's notes. Times are milliseconds of the event loop's clock.
   std::uint64_t deadline = 0;
-  bool isUntold = false;
+  bool isQueued = false;
 
-  // When the transfer has been silent for too long, if it stays silent.
-  [[nodiscard]] std::uint64_t SilentAt() const { return lastHeard_ + silence_; }
+  // When the transfer times out unless something arrives before.
+  [[nodiscard]] std::uint64_t TimesOutAt() const { return lastActivity_ + timeout_; }
 
-  // Nothing more comes from libcurl, for the reason that `code` tells.
+  // Nothing more comes from libcurl, because of `code`.
   void End(CURLcode code);
 
-  // May destroy the transfer.
-  void TellClient();
+  // Hands the client the events since the last call, a limited part of the body among them. May destroy the transfer.
+  void Deliver();
 
  private:
-  [[nodiscard]] CURLcode Ask(const HTTPRequest& request);
+  [[nodiscard]] CURLcode Prepare(const HTTPRequest& request);
   [[nodiscard]] CURLcode Refuse(std::string_view reason);
-  void AskFor(const std::string& method);
+  void SetMethod();
   void AddHeaders(const HTTPRequest& request);
 
   static std::size_t OnHeader(char* line, std::size_t, std::size_t length, Transfer* self);
-  [[nodiscard]] bool MustPause() const;
-  static std::size_t OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self);
-
-  void Header(std::string_view line);
-  void HeadersEnded();
-  void Heard();
-  void Continue();
+  void ReceiveHeader(std::string_view line);
+  void BeginHeaders();
+  void EndHeaders();
   [[nodiscard]] std::string AbsoluteLocation() const;
-  [[nodiscard]] CURLcode Verdict(CURLcode code) const;
+
+  static std::size_t OnBody(char* bytes, std::size_t, std::size_t length, Transfer* self);
+  [[nodiscard]] bool IsFull() const;
+  [[nodiscard]] bool Receive(std::span<const char> piece);
+  [[nodiscard]] bool MakeDecoder();
+  [[nodiscard]] bool Decode();
+  [[nodiscard]] bool Keep(std::span<const char> piece);
+  [[nodiscard]] bool FailDecoding(std::string reason);
+
+  void NoteActivity();
+  void DeliverResponse();
+  void DeliverResult();
+  void ContinueReading();
+  [[nodiscard]] CURLcode ResultFor(CURLcode code) const;
 
   struct Response {
     int statusCode;
@@ -59,23 +72,32 @@ class Transfer final : public HTTPTransfer {
   TransferEngine& engine_;
   HTTPTransferClient& client_;
   const std::string url_;
+  const std::string method_;
   const bool followRedirects_;
-  std::uint64_t silence_;
-  std::uint64_t lastHeard_;
+  std::uint64_t timeout_;
+  std::uint64_t lastActivity_;
   CurlEasy easy_;
   CurlList headers_;
   std::array<char, CURL_ERROR_SIZE> detail_{};
 
   bool isInHeaders_ = false;
-  std::string location_;
-  bool isEncoded_ = false;
   bool isAnswered_ = false;
   bool isPaused_ = false;
+  std::string location_;
+  std::vector<std::string> codings_;
 
-  std::optional<Response> untoldResponse_;
-  std::size_t untoldLength_ = 0;
-  std::optional<CURLcode> result_;
-  bool* isDestroyed_ = nullptr;  // while the client is told
+  std::unique_ptr<BodyDecoder> decoder_;
+  std::string encoded_;  // received, not all of it decoded
+  std::size_t decodedUpTo_ = 0;
+  bool isDecoding_ = false;
+  std::string decodingFailure_;
+  std::uint64_t encodedLength_ = 0;
+  std::uint64_t decodedLength_ = 0;
+
+  std::optional<Response> pendingResponse_;
+  std::size_t pendingLength_ = 0;
+  std::optional<CURLcode> pendingResult_;
+  bool* isDestroyed_ = nullptr;  // while Deliver() runs
 };
 
 }  // namespace tessaro::platform

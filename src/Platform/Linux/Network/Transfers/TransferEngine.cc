@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "Platform/Linux/Network/Transfers/BodyDecoder.h"
 #include "Platform/Linux/Network/Transfers/Transfer.h"
 
 namespace tessaro::platform {
@@ -15,9 +16,7 @@ constexpr long kMostConnectionsPerHost = 32;
 constexpr long kMostStreamsPerConnection = 1000;
 constexpr long kMostConnectionsAtRest = 64;
 constexpr long kMostRedirects = 16;
-// The largest piece read at once, and so the largest "data" of a fast server.
 constexpr long kReadSize = 256 * 1024;
-constexpr std::size_t kMostIdleHandles = 64;
 
 std::string UserAgent() {
   return std::string(program_invocation_short_name) + " libcurl/" + curl_version_info(CURLVERSION_NOW)->version;
@@ -29,10 +28,11 @@ void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
   curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_MAXREDIRS, kMostRedirects);
-  // Some servers answer nobody who doesn't say who he is.
+  // Some servers refuse requests without a user agent.
   curl_easy_setopt(easy, CURLOPT_USERAGENT, UserAgent().c_str());
-  // Whatever encodings this libcurl can decode.
-  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "");
+  // libcurl decodes a piece of a body at once, whatever it expands to.
+  curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, kBodyCodings);
+  curl_easy_setopt(easy, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReadSize);
   curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   // libcurl keeps a file of certificates parsed, but not a directory.
@@ -52,7 +52,7 @@ void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
 TransferEngine::TransferEngine()
     : watches_([this](curl_socket_t socket, int events) { Act(socket, events); }),
       timer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)),
-      silenceTimer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)) {
+      timeoutTimer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   multi_.reset(curl_multi_init());
   share_.reset(curl_share_init());
@@ -86,31 +86,16 @@ std::unique_ptr<HTTPTransfer> TransferEngine::Start(const HTTPRequest& request, 
 }
 
 void TransferEngine::ShutDown() noexcept {
-  isClosed_ = true;
-  idle_.clear();
   multi_.reset();
   watches_.Clear();
   timer_.reset();
-  silenceTimer_.reset();
+  timeoutTimer_.reset();
 }
 
-CurlEasy TransferEngine::TakeEasy() {
-  if (idle_.empty()) {
-    CurlEasy easy(curl_easy_init());
-    if (easy) SetCommonOptions(easy.get(), share_.get(), &watches_);
-    return easy;
-  }
-  CurlEasy easy = std::move(idle_.back());
-  idle_.pop_back();
+CurlEasy TransferEngine::MakeEasy() {
+  CurlEasy easy(curl_easy_init());
+  if (easy) SetCommonOptions(easy.get(), share_.get(), &watches_);
   return easy;
-}
-
-void TransferEngine::GiveEasy(CurlEasy easy) {
-  if (idle_.size() >= kMostIdleHandles || isClosed_) return;
-  // What belongs to the transfer goes with it.
-  curl_easy_setopt(easy.get(), CURLOPT_ERRORBUFFER, nullptr);
-  curl_easy_setopt(easy.get(), CURLOPT_HTTPHEADER, nullptr);
-  idle_.push_back(std::move(easy));
 }
 
 void TransferEngine::Add(CURL* easy) {
@@ -122,19 +107,19 @@ void TransferEngine::Remove(Transfer& transfer, CURL* easy) {
   if (multi_) curl_multi_remove_handle(multi_.get(), easy);
 }
 
-void TransferEngine::Tell(Transfer& transfer) {
-  if (std::exchange(transfer.isUntold, true)) return;
-  untold_.push_back(&transfer);
+void TransferEngine::Queue(Transfer& transfer) {
+  if (std::exchange(transfer.isQueued, true)) return;
+  queue_.push_back(&transfer);
   if (!isActing_) SetTimer(0);
 }
 
-void TransferEngine::Forget(Transfer& transfer) {
-  if (transfer.isUntold) std::erase(untold_, &transfer);
+void TransferEngine::Withdraw(Transfer& transfer) {
+  if (transfer.isQueued) std::erase(queue_, &transfer);
 }
 
 void TransferEngine::SetTimer(long milliseconds) {
   if (!timer_) return;
-  if (!untold_.empty()) milliseconds = 0;
+  if (!queue_.empty()) milliseconds = 0;
   isDue_ = isActing_ && milliseconds == 0;
   if (isDue_) return;
   if (milliseconds < 0) {
@@ -150,11 +135,11 @@ void TransferEngine::SetTimer(long milliseconds) {
 void TransferEngine::Act(curl_socket_t socket, int events) {
   isActing_ = true;
   Perform(socket, events);
-  TellAll();
-  // Script that hears of an end mostly asks for the next thing: that goes out now rather than a turn later.
+  DeliverAll();
+  // A client mostly makes its next request when one has ended: send that now rather than a turn later.
   if (isDue_) Perform(CURL_SOCKET_TIMEOUT, 0);
   isActing_ = false;
-  if (isDue_ || !untold_.empty()) SetTimer(0);
+  if (isDue_ || !queue_.empty()) SetTimer(0);
 }
 
 void TransferEngine::Perform(curl_socket_t socket, int events) {
@@ -170,35 +155,35 @@ void TransferEngine::Perform(curl_socket_t socket, int events) {
   }
 }
 
-// Only those that wait now: what comes up meanwhile leaves the loop a turn for everything else.
-void TransferEngine::TellAll() {
-  for (std::size_t left = untold_.size(); left > 0 && !untold_.empty(); --left) {
-    Transfer& transfer = *untold_.front();
-    untold_.pop_front();
-    transfer.isUntold = false;
-    transfer.TellClient();
+// Transfers that are queued meanwhile wait for the next turn, so that everything else on the loop has one.
+void TransferEngine::DeliverAll() {
+  for (std::size_t left = queue_.size(); left > 0 && !queue_.empty(); --left) {
+    Transfer& transfer = *queue_.front();
+    queue_.pop_front();
+    transfer.isQueued = false;
+    transfer.Deliver();
   }
 }
 
-void TransferEngine::LimitSilence(Transfer& transfer) {
-  transfer.deadline = transfer.SilentAt();
+void TransferEngine::WatchTimeout(Transfer& transfer) {
+  transfer.deadline = transfer.TimesOutAt();
   const auto place = deadlines_.emplace(transfer.deadline, &transfer).first;
-  if (place != deadlines_.begin() || !silenceTimer_) return;
+  if (place != deadlines_.begin() || !timeoutTimer_) return;
   const std::uint64_t now = uv_hrtime() / 1000000;
   uv_update_time(uv_default_loop());
   uv_timer_start(
-      silenceTimer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).EndSilence(); },
+      timeoutTimer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).CheckTimeouts(); },
       transfer.deadline > now ? transfer.deadline - now : 0, 0);
 }
 
-// Every sound would move a transfer's deadline; instead it is looked at again when it has come.
-void TransferEngine::EndSilence() {
+// Don't re-arm the timer on every packet; when it fires, check for activity since.
+void TransferEngine::CheckTimeouts() {
   const std::uint64_t now = uv_now(uv_default_loop());
   while (!deadlines_.empty() && deadlines_.begin()->first <= now) {
     Transfer& transfer = *deadlines_.begin()->second;
     deadlines_.erase(deadlines_.begin());
-    if (transfer.SilentAt() > now) {
-      LimitSilence(transfer);
+    if (transfer.TimesOutAt() > now) {
+      WatchTimeout(transfer);
     } else {
       transfer.End(CURLE_OPERATION_TIMEDOUT);
     }
@@ -206,7 +191,7 @@ void TransferEngine::EndSilence() {
   if (!deadlines_.empty()) {
     Transfer& next = *deadlines_.begin()->second;
     deadlines_.erase(deadlines_.begin());
-    LimitSilence(next);
+    WatchTimeout(next);
   }
 }
 

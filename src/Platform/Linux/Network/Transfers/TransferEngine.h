@@ -4,7 +4,6 @@
 #include <deque>
 #include <set>
 #include <utility>
-#include <vector>
 
 #include "Base/UvHandle.h"
 #include "Platform/Linux/Network/Transfers/CurlHandles.h"
@@ -17,8 +16,8 @@ class Transfer;
 
 // Drives all transfers on the event loop, without a thread: libcurl says which sockets and which time it waits for.
 //
-// libcurl's callbacks only note what has happened. The clients are told when libcurl has returned, because script that
-// hears of one transfer may start or cancel others.
+// libcurl's callbacks only queue transfers. The clients get their events when libcurl has returned, because script that
+// handles an event may start or cancel other transfers.
 class TransferEngine final : public TransferLibrary {
  public:
   TransferEngine();
@@ -29,13 +28,12 @@ class TransferEngine final : public TransferLibrary {
   void ShutDown() noexcept override;
 
   // For transfers.
-  [[nodiscard]] CurlEasy TakeEasy();
-  void GiveEasy(CurlEasy easy);
+  [[nodiscard]] CurlEasy MakeEasy();
   void Add(CURL* easy);
   void Remove(Transfer& transfer, CURL* easy);
-  void Tell(Transfer& transfer);          // has something to tell
-  void Forget(Transfer& transfer);        // is about to be destroyed
-  void LimitSilence(Transfer& transfer);  // from now on
+  void Queue(Transfer& transfer);         // has events to deliver
+  void Withdraw(Transfer& transfer);      // is about to be destroyed
+  void WatchTimeout(Transfer& transfer);  // from now on
 
  private:
   using Deadline = std::pair<std::uint64_t, Transfer*>;
@@ -44,20 +42,18 @@ class TransferEngine final : public TransferLibrary {
   void SetTimer(long milliseconds);
   void Act(curl_socket_t socket, int events);
   void Perform(curl_socket_t socket, int events);
-  void TellAll();
-  void EndSilence();
+  void DeliverAll();
+  void CheckTimeouts();
 
   CurlMulti multi_;
   CurlShare share_;
   SocketWatches watches_;
   UvHandle<uv_timer_t> timer_;
-  UvHandle<uv_timer_t> silenceTimer_;
-  std::vector<CurlEasy> idle_;
-  std::deque<Transfer*> untold_;
+  UvHandle<uv_timer_t> timeoutTimer_;
+  std::deque<Transfer*> queue_;
   std::set<Deadline> deadlines_;
   bool isActing_ = false;
   bool isDue_ = false;
-  bool isClosed_ = false;
 };
 
 }  // namespace tessaro::platform

@@ -1,0 +1,245 @@
+'use strict';
+
+// Servers and scripts that mean harm: bodies that expand or end early, HTTP/2 that breaks its rules, requests that would
+// reach into the next one.
+
+const assert = require('assert');
+const fs = require('fs');
+const net = require('net');
+const tls = require('tls');
+const { test } = require('node:test');
+const zlib = require('zlib');
+
+const { certificate, forThisHost } = require('./support/certificates');
+const { evaluateRequests, listen, outcome, request, serve } = require('./support/requests');
+
+const text = 'A text that is worth compressing. '.repeat(10000);
+const gzip = zlib.gzipSync(text);
+
+test('compressed bodies arrive decompressed, and are errors when they are not whole', async (t) => {
+  const [deflate, brotli] = [zlib.deflateSync(text), zlib.brotliCompressSync(text)];
+  const good = ['end', text];
+  const bad = ['error', -1015];
+  const table = [
+    ['gzip', gzip, good],
+    ['x-gzip', gzip, good],
+    ['GZip', gzip, good],
+    ['identity, gzip', gzip, good],
+    ['gzip', Buffer.concat([gzip, zlib.gzipSync('!')]), ['end', `${text}!`]],
+    ['gzip', Buffer.concat([gzip, Buffer.alloc(20)]), good],
+    ['gzip', Buffer.concat([gzip, Buffer.from('garbage')]), good],
+    ['gzip', Buffer.concat([gzip, Buffer.from('\x1fgarbage', 'latin1')]), good],
+    ['gzip', Buffer.alloc(0), ['end', '']],
+    ['deflate', deflate, good],
+    ['deflate', zlib.deflateRawSync(text), good],
+    ['deflate', Buffer.concat([deflate, Buffer.from('garbage')]), good],
+    ['br', brotli, good],
+    ['br', Buffer.concat([brotli, Buffer.from('garbage')]), good],
+    ['gzip', gzip.subarray(0, -9), bad],
+    ['gzip', gzip.subarray(0, -1), bad],
+    ['gzip', gzip.subarray(0, 5), bad],
+    ['deflate', deflate.subarray(0, -1), bad],
+    ['br', brotli.subarray(0, -1), bad],
+    ['gzip', Buffer.from('no gzip'), bad],
+    ['br', Buffer.alloc(100, 0xff), bad],
+    ['gzip, gzip', zlib.gzipSync(gzip), bad],
+    ['unknown', gzip, bad],
+  ];
+  const url = await serve(t, (question, answer) => {
+    const [coding, body] = table[Number(question.url.slice(1))];
+    answer.setHeader('content-encoding', coding).end(body);
+  });
+  const answers = await request(
+    t,
+    table.map((_row, i) => [`${url}/${i}`]),
+  );
+  answers.forEach((events, i) => assert.deepStrictEqual(outcome(events), table[i][2], `${i}: ${table[i][0]}`));
+});
+
+test('a body that expands too much is an error, and neither stalls the loop nor fills the memory', async (t) => {
+  const million = zlib.gzipSync(Buffer.alloc(1e6));
+  const bodies = {
+    '/gzip': ['gzip', Buffer.concat(Array(1000).fill(million))],
+    '/br': [
+      'br',
+      zlib.brotliCompressSync(Buffer.alloc(200e6), { params: { [zlib.constants.BROTLI_PARAM_QUALITY]: 1 } }),
+    ],
+    '/nested': ['gzip, gzip', zlib.gzipSync(zlib.gzipSync(Buffer.alloc(100e6)))],
+    '/large': ['gzip', zlib.gzipSync(Buffer.alloc(60e6))],
+  };
+  const url = await serve(t, (question, answer) => {
+    const [coding, body] = bodies[question.url];
+    answer.setHeader('content-encoding', coding).end(body);
+  });
+  const [all, longest, peak] = await evaluateRequests(
+    t,
+    `let last = performance.now(), longest = 0;
+     const turns = setInterval(() => { const now = performance.now(); longest = Math.max(longest, now - last); last = now; }, 1);
+     const ask = (path) => new Promise((resolve) => {
+       const made = m.createRequest(${JSON.stringify(url)} + path);
+       made.on('end', ({ buffer }) => resolve(buffer.byteLength));
+       made.on('error', (text) => resolve([Number(text.match(/Code=(-\\d+)/)[1]), text.match(/Underlying.*=(.*)}/)[1], made]));
+       made.start();
+     });
+     (async () => {
+       const all = [];
+       for (const path of ${JSON.stringify(Object.keys(bodies))}) all.push(await ask(path));
+       const peak = Number(require('fs').readFileSync('/proc/self/status', 'utf8').match(/VmHWM:\\s+(\\d+)/)[1]) / 1024;
+       console.log(JSON.stringify([all, longest, peak]));
+       clearInterval(turns);
+     })();`,
+  );
+  const expands = [-1015, 'The compressed body expands too much', {}];
+  const tooMany = [-1015, 'The body has more than one content coding', {}];
+  assert.deepStrictEqual(
+    all.map((each) => (Array.isArray(each) ? [each[0], each[1], {}] : each)),
+    [expands, expands, tooMany, 60e6],
+  );
+  assert.ok(longest < 500, `${longest} ms without a turn`);
+  if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(peak < 500, `${peak} MB`);
+});
+
+// ---- HTTP/2
+
+const frame = (type, flags, stream, payload) => {
+  const header = Buffer.alloc(9);
+  header.writeUIntBE(payload.length, 0, 3);
+  header.writeUInt8(type, 3);
+  header.writeUInt8(flags, 4);
+  header.writeUInt32BE(stream, 5);
+  return Buffer.concat([header, payload]);
+};
+const [dataType, headersType, resetType, settingsType] = [0, 1, 3, 4];
+const ok = frame(headersType, 4, 1, Buffer.from([0x88]));
+const body = frame(dataType, 0, 1, Buffer.from('abc'));
+const reset = (code) => frame(resetType, 0, 1, Buffer.from([0, 0, 0, code]));
+
+const withoutIsolation = process.env.TESSARO_SANITIZER_RUNTIME && 'the sanitizers use the HTTP/2 of Node.js';
+
+test('an HTTP/2 body that the server does not end is an error', { skip: withoutIsolation }, async (t) => {
+  const table = [
+    ['ended', [ok, body, frame(dataType, 1, 1, Buffer.alloc(0))], ['end', 'abc']],
+    ['ended, then reset', [ok, body, frame(dataType, 1, 1, Buffer.from('d')), reset(0)], ['end', 'abcd']],
+    ['reset without an error', [ok, body, reset(0)], ['error', -1005]],
+    ['reset with an error', [ok, body, reset(2)], ['error', -1005]],
+    ['data of no stream', [ok, body, frame(dataType, 0, 0, Buffer.from('x'))], ['error', -1005]],
+    ['a frame of the wrong size', [ok, body, frame(resetType, 0, 1, Buffer.alloc(3))], ['error', -1005]],
+    [
+      'broken headers',
+      [ok, body, frame(headersType, 4, 1, Buffer.from([0xff, 0xff, 0xff, 0xff, 0xff, 0xff]))],
+      ['error', -1005],
+    ],
+    ['headers between', [frame(headersType, 0, 1, Buffer.from([0x88])), body], ['error', -1005]],
+  ];
+  const own = certificate(t, ...forThisHost);
+  for (const [name, frames, expected] of table) {
+    const server = tls.createServer({ ...own, ALPNProtocols: ['h2'] }, (socket) => {
+      socket.write(frame(settingsType, 0, 0, Buffer.alloc(0)));
+      let received = Buffer.alloc(0);
+      socket
+        .on('error', () => {})
+        .on('data', function answer(bytes) {
+          received = Buffer.concat([received, bytes]);
+          // The preface, then the client's frames: the request is there when its headers are.
+          for (let at = 24; at + 9 <= received.length; at += 9 + received.readUIntBE(at, 3)) {
+            if (received[at + 3] !== headersType) continue;
+            socket.off('data', answer).resume();
+            for (const each of frames) socket.write(each);
+            return;
+          }
+        });
+    });
+    const url = await listen(t, server, 'https');
+    const [events] = await request(t, [[url, { timeout: 5 }]], { env: { SSL_CERT_FILE: own.file } });
+    assert.deepStrictEqual(outcome(events), expected, name);
+  }
+});
+
+// ---- One request and the next
+
+test('no header of a request can reach into the next request', async (t) => {
+  const questions = [];
+  const url = await serve(t, (question, answer) => {
+    questions.push(`${question.method} ${question.url}`);
+    question.on('data', () => {}).on('end', () => answer.end('ok'));
+  });
+  const headers = ['Content-Length', 'content-LENGTH', 'Transfer-Encoding'].flatMap((name) =>
+    ['0', '50', 'chunked', 'identity'].map((value) => ({ [name]: value })),
+  );
+  const requests = headers.flatMap((each) => ['GET', 'POST', 'DELETE'].map((method) => [method, each]));
+  const answers = await request(
+    t,
+    requests.map(([method, each], i) => [`${url}/${i}`, { method, headers: each, timeout: 5 }]),
+  );
+  answers.forEach((events, i) => assert.deepStrictEqual(outcome(events), ['end', 'ok'], JSON.stringify(requests[i])));
+  assert.deepStrictEqual(
+    questions,
+    requests.map(([method], i) => `${method} /${i}`),
+  );
+});
+
+test('redirects follow RFC 9110 for every method and status', async (t) => {
+  const methods = ['GET', 'HEAD', 'POST', 'PUT', 'PATCH', 'DELETE', 'OPTIONS'];
+  const statuses = [300, 301, 302, 303, 304, 305, 307, 308];
+  const expected = (method, status) => {
+    if ([300, 304, 305].includes(status)) return [`${method} /${status}`];
+    const becomesGet = (status === 303 && method !== 'HEAD') || (status <= 302 && method === 'POST');
+    return [`${method} /${status}`, `${becomesGet ? 'GET' : method} /target`];
+  };
+  const questions = [];
+  const url = await serve(t, (question, answer) => {
+    const length = question.headers['content-length'];
+    const wantsLength = ['POST', 'PUT', 'PATCH'].includes(question.method);
+    if (wantsLength !== (length === '0')) questions.push(`${question.method} of length ${length}`);
+    questions.push(`${question.method} ${question.url}`);
+    if (question.url === '/target') return answer.end();
+    return answer.writeHead(Number(question.url.slice(1)), { location: '/target' }).end();
+  });
+  const table = methods.flatMap((method) => statuses.map((status) => [method, status]));
+  await request(
+    t,
+    table.map(([method, status]) => [`${url}/${status}`, { method }]),
+  );
+  assert.deepStrictEqual(
+    questions,
+    table.flatMap(([method, status]) => expected(method, status)),
+  );
+  const refused = await request(
+    t,
+    statuses.map((status) => [`${url}/${status}`, { followRedirects: false }]),
+  );
+  assert.deepStrictEqual(
+    refused.map((events) => events.filter(([name]) => name === 'response').length),
+    [1, 2, 2, 2, 1, 1, 2, 2],
+  );
+});
+
+test('the sentence of an error fits its cause', async (t) => {
+  const table = {
+    headerTooLong: [(s) => s.end(`HTTP/1.1 200 OK\r\nX: ${'x'.repeat(300000)}\r\n\r\n`), 'bad response'],
+    truncated: [
+      (s) =>
+        s.end(`HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 9\r\n\r\n`.concat('\x1f\x8b'), 'latin1'),
+      'connection was lost',
+    ],
+    malformed: [
+      (s) => s.end('HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\nabc'),
+      'cannot decode',
+    ],
+  };
+  const url = await listen(
+    t,
+    net.createServer((s) => s.once('data', (bytes) => table[bytes.toString().match(/\/(\w+)/)[1]][0](s))),
+  );
+  const names = Object.keys(table);
+  const answers = await request(
+    t,
+    names.map((name) => [`${url}/${name}`]),
+  );
+  answers.forEach((events, i) => {
+    const [name, sentence] = events.at(-1);
+    assert.strictEqual(name, 'error', names[i]);
+    assert.match(sentence, new RegExp(table[names[i]][1]), names[i]);
+    assert.doesNotMatch(sentence, /memory/, names[i]);
+  });
+});
