@@ -99,6 +99,8 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
   const server = http2.createSecureServer({ ...own, ...generous }, (question, response) => {
     sessions.add(question.stream.session);
     const size = Number(question.url.slice(1)) * 1000;
+    // Without a length Node.js sometimes resets a stream instead of ending it.
+    response.setHeader('content-length', size);
     response.end(Buffer.alloc(size, question.url));
   });
   const url = await listen(t, server, 'https');
