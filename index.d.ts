@@ -739,7 +739,8 @@ export function testCrash(): void;
 
 /**
  * Looks for updates.
- * @param inBackground `false`: the user has asked, and what is found is installed.
+ * @param inBackground `false`: the user has asked, and a window shows what was found, with Install, Skip and Later. In
+ *   the background, an update is installed if the user default "SUAutomaticallyUpdate" says so.
  * @param automatically In the background only: whether checks are made every 12 hours from now on, in later processes
  *   too.
  */

@@ -1,8 +1,10 @@
 'use strict';
 
-// Requests beside those of Node.js and undici, to the same server in one run. Everybody ends with the whole body in
-// hand, unless a row says otherwise.
+// Requests beside those of Node.js and undici, to the same server in one run. Every contestant ends with the whole body
+// in memory, unless a row says otherwise. Each large body is fetched by a process of its own: the next contestant would
+// otherwise fill memory that the one before has left, and the first would pay for all.
 
+const { spawnSync } = require('child_process');
 const fs = require('fs');
 const http = require('http');
 const http2 = require('http2');
@@ -17,7 +19,7 @@ const small = 1024;
 const large = 256 * 1024 * 1024;
 const rounds = { requests: 5, streams: 3 };
 
-/** `get(url, chunk)` makes a request; `chunk`, where given, hears of each piece of the body, and nothing is kept. */
+/** `get(url, chunk, keeps)` makes a request; `chunk` gets each piece of the body, which peers keep only if `keeps`. */
 function peers(certificate) {
   // The module reads the variable when it makes its first request.
   process.env.SSL_CERT_FILE = certificate;
@@ -43,33 +45,40 @@ function peers(certificate) {
   const running = new Set();
   setInterval(() => running.clear(), 100000).unref();
 
-  const collect = (stream, chunk) =>
+  const collect = (stream, chunk, keeps = !chunk) =>
     new Promise((resolve, reject) => {
       const pieces = [];
-      stream.on('data', chunk || ((piece) => pieces.push(piece)));
+      stream.on('data', (piece) => {
+        chunk?.(piece);
+        if (keeps) pieces.push(piece);
+      });
       stream.on('end', () => resolve(Buffer.concat(pieces)));
       stream.on('error', reject);
     });
-  const node = (url, chunk) =>
+  const node = (url, chunk, keeps) =>
     new Promise((resolve, reject) => {
       const [library, agent] = url.startsWith('https') ? [https, agents.https] : [http, agents.http];
-      library.get(url, { agent }, (answer) => resolve(collect(answer, chunk))).on('error', reject);
+      library.get(url, { agent }, (answer) => resolve(collect(answer, chunk, keeps))).on('error', reject);
     });
   const sessions = new Map();
-  const nodeHttp2 = (url, chunk) => {
+  const nodeHttp2 = (url, chunk, keeps) => {
     const { origin, pathname } = new URL(url);
     if (!sessions.has(origin)) sessions.set(origin, http2.connect(origin, { ca }));
-    return collect(sessions.get(origin).request({ ':path': pathname }), chunk);
+    return collect(sessions.get(origin).request({ ':path': pathname }), chunk, keeps);
   };
-  const undiciRequest = (dispatcher) => async (url, chunk) => {
+  const undiciRequest = (dispatcher) => async (url, chunk, keeps) => {
     const { body } = await undici.request(url, { dispatcher });
-    return chunk ? collect(body, chunk) : body.arrayBuffer();
+    return chunk ? collect(body, chunk, keeps) : body.arrayBuffer();
   };
-  const fetchWith = (fetch, options) => async (url, chunk) => {
+  const fetchWith = (fetch, options) => async (url, chunk, keeps) => {
     const answer = await fetch(url, options);
     if (!chunk) return answer.arrayBuffer();
-    for await (const piece of answer.body) chunk(piece);
-    return undefined;
+    const pieces = [];
+    for await (const piece of answer.body) {
+      chunk(piece);
+      if (keeps) pieces.push(piece);
+    }
+    return Buffer.concat(pieces);
   };
   return {
     plain: {
@@ -114,7 +123,9 @@ async function run(get, url, count, parallel) {
 async function alternate(all, count, work) {
   const samples = Object.fromEntries(Object.keys(all).map((name) => [name, []]));
   for (let round = -1; round < count; ++round) {
-    for (const [name, get] of Object.entries(all)) {
+    // Nobody is always the first.
+    const entries = Object.entries(all);
+    for (const [name, get] of round % 2 === 0 ? entries : entries.reverse()) {
       globalThis.gc?.();
       const sample = await work(get);
       // The first round is for the engine to learn the code.
@@ -145,31 +156,49 @@ async function requests(title, all, url) {
   );
 }
 
-/** Megabytes a second of one large body, and the processor time of a megabyte. */
-async function stream(get, url, chunk) {
+// What a process does with a large body.
+const modes = {
+  whole: 'the whole body at the end',
+  kept: 'in pieces, and kept',
+  pieces: 'in pieces (peers keep nothing, the module keeps the body)',
+};
+
+/** Megabytes a second of one large body, and the processor time of a megabyte; in a process of its own. */
+async function stream(get, url, mode) {
   let received = 0;
+  await get(`${new URL(url).origin}/small`);
   const cpu = process.cpuUsage();
   const start = process.hrtime.bigint();
-  const body = await get(url, chunk && ((piece) => (received += piece.byteLength)));
+  const chunk = mode === 'whole' ? undefined : (piece) => (received += piece.byteLength);
+  const body = await get(url, chunk, mode === 'kept');
   const seconds = Number(process.hrtime.bigint() - start) / 1e9;
   const { user, system } = process.cpuUsage(cpu);
-  if ((chunk ? received : body.byteLength) !== large) throw new Error(`${received} bytes`);
+  if ((mode === 'pieces' ? received : body.byteLength) !== large) throw new Error(`${received} bytes`);
   return { rate: large / 1e6 / seconds, processor: (user + system) / (large / 1e6) };
 }
 
-async function streams(title, all, url) {
-  for (const [what, chunk] of [
-    ['the whole body at the end', false],
-    ['in pieces (the module keeps the whole body as well)', true],
-  ]) {
-    const rates = await alternate(all, rounds.streams, (get) => stream(get, url, chunk));
+function streamInNewProcess(...args) {
+  const { stdout, stderr } = spawnSync(process.execPath, [__filename, ...args], { encoding: 'utf8' });
+  try {
+    return JSON.parse(stdout);
+  } catch {
+    throw new Error(`${args}: ${stderr}`);
+  }
+}
+
+async function streams(title, kind, names, url, certificate) {
+  for (const [mode, description] of Object.entries(modes)) {
+    const all = Object.fromEntries(
+      names.map((name) => [name, () => streamInNewProcess('stream', kind, name, url, mode, certificate)]),
+    );
+    const rates = await alternate(all, rounds.streams, (get) => get());
     report(
-      `${title}, ${what}: rate`,
+      `${title}, ${description}: rate`,
       rates((sample) => sample.rate),
       { unit: 'MB/s' },
     );
     report(
-      `${title}, ${what}: processor time`,
+      `${title}, ${description}: processor time`,
       rates((sample) => sample.processor),
       { unit: 'µs/MB' },
     );
@@ -183,14 +212,23 @@ async function main() {
     const { plain, secure, close } = peers(server.certificate);
     await requests('1 KB over HTTP/1.1', plain, `${server.plain}/small`);
     await requests('1 KB over TLS (the module: HTTP/2)', secure, `${server.secure}/small`);
-    await streams('256 MB over HTTP/1.1', plain, `${server.plain}/large`);
-    await streams('256 MB over TLS (the module: HTTP/2)', secure, `${server.secure}/large`);
     await close();
+    const { certificate } = server;
+    await streams('256 MB over HTTP/1.1', 'plain', Object.keys(plain), `${server.plain}/large`, certificate);
+    await streams('256 MB over TLS', 'secure', Object.keys(secure), `${server.secure}/large`, certificate);
   } finally {
     server.stop();
   }
-  // What idle connections are left would keep the process.
+  // Idle connections would keep the process alive.
   return process.exit(0);
 }
 
-main();
+async function streamAndExit(kind, name, url, mode, certificate) {
+  const { [kind]: contestants } = peers(certificate);
+  console.log(JSON.stringify(await stream(contestants[name], url, mode)));
+  process.exit(0);
+}
+
+const [task, ...args] = process.argv.slice(2);
+if (task === 'stream') streamAndExit(...args);
+else main();

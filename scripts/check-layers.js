@@ -30,6 +30,7 @@ const subsystems = [
   'StatusItem',
   'Support',
   'Toolbar',
+  'Updates',
   'WebView',
   'Window',
   'Workspace',

@@ -8,7 +8,7 @@ const { test } = require('node:test');
 const { evaluate, eventually, runScript, startScript, temporaryDirectory } = require('./support/child');
 const { serve } = require('./support/requests');
 const { useSession } = require('./support/session');
-const { feed, item, makeBundle, makeKeys, vocabulary } = require('./support/updates');
+const { feed, item, makeAppImage, makeBundle, makeKeys, vocabulary } = require('./support/updates');
 
 const session = useSession();
 const keys = makeKeys();
@@ -76,7 +76,7 @@ test('addresses are trusted over TLS and on this machine', async (t) => {
   all.forEach((url, i) => assert.strictEqual(answers[i], i < trusted.length, url));
 });
 
-/** What is decided on each feed, by an application of version 2.0 on a system of version 12, in channel "test". */
+/** The decision on each feed, in an application of version 2.0 on a system of version 12, in channel "test"; 3.7 is skipped. */
 const decideAll = async (t, feeds) => {
   const directory = temporaryDirectory(t);
   feeds.forEach((text, i) => fs.writeFileSync(path.join(directory, String(i)), text));
@@ -107,6 +107,7 @@ test('an item is an update if it is newer, suits the system and the channel, and
     ['not newer', { ...good, version: '2.0' }],
     ['not newer', { ...good, version: '2.0b1' }],
     ['not newer', { ...good, version: '1.9.9' }],
+    ['skipped', { ...good, version: '3.7' }],
     ['other system', { ...good, os: 'windows' }],
     ['system too old', needs('minimumSystemVersion', '12.1')],
     ['system too new', needs('maximumSystemVersion', '11.9')],
@@ -135,6 +136,20 @@ test('the newest suitable item is the update, wherever it stands; of several the
     [feed(version('3', { url: `${somewhere}?1` }), version('3.')), { update: '3', url: `${somewhere}?1` }],
     [feed(version('4', { os: 'windows' }), version('3')), { update: '3', url: somewhere }],
     [feed(version('3', { length: -1 })), { update: '3', url: somewhere }],
+    [feed(version('3', { length: 0 })), { update: '3', url: somewhere }],
+    [
+      feed(
+        version('3', {
+          url: `${somewhere}.dmg`,
+          os: 'macos',
+          inside: '<enclosure url="https://a" sparkle:os="windows"/>',
+        }).replace(
+          '</item>',
+          `<enclosure url="${somewhere}" sparkle:os="linux" sparkle:version="3" sparkle:edSignature="${signed}"/></item>`,
+        ),
+      ),
+      { update: '3', url: somewhere },
+    ],
     [feed(version('1')), {}],
     [feed(), {}],
     [otherPrefix, { update: '3', url: somewhere }],
@@ -371,6 +386,39 @@ test('the system profile is announced once a week, if the user wants it', async 
   assert.deepStrictEqual(result, [[false, true, false, true, true], true, null]);
 });
 
+test('an item of the feed has its children, whole texts, and the language and file of the user', async (t) => {
+  const inside = `
+    <description xml:lang="fr">Nouveau</description><description>New</description>
+    <description xml:lang="en-GB">News <![CDATA[a]]]]><![CDATA[> b]]></description><description xml:lang="de">Neu</description>
+    <sparkle:tags><sparkle:criticalUpdate/><sparkle:level at="2">high</sparkle:level></sparkle:tags>
+    <sparkle:deltas><enclosure url="1"/><enclosure url="2"/></sparkle:deltas>`;
+  const one = `<item><enclosure url="m" sparkle:os="macos"/><enclosure url="l" sparkle:os="linux"/>${inside}</item>`;
+  const url = await serve(t, (_question, answer) => answer.end(feed(one)));
+  const items = await inApplication(
+    t,
+    { feed: url },
+    `m.fetchAppcast();
+     await eventually(() => appcasts() === 1, 'the feed');
+     print(posted.find(([name]) => name === 'TsReceivedAppcastNotification')[2].appcast);`,
+  );
+  assert.deepStrictEqual(items, [
+    {
+      enclosure: { url: 'l', 'sparkle:os': 'linux' },
+      description: 'News a]]> b',
+      'sparkle:tags': { 'sparkle:criticalUpdate': '', 'sparkle:level': 'high' },
+      'sparkle:deltas': { enclosure: [{ url: '1' }, { url: '2' }] },
+    },
+  ]);
+});
+
+test('control characters of a feed are escaped in the log', async (t) => {
+  const version = '3&#10;2026/01/01 [error] forged&#27;[2J';
+  const found = feed(item({ version, url: somewhere, signature: signed }));
+  const url = await serve(t, (_question, answer) => answer.end(found));
+  const lines = await inApplication(t, { feed: url }, 'm.fetchAppcast(); print(await upTo(/Did find/));');
+  assert.strictEqual(lines.at(-1), 'Did find update 3\\n2026/01/01 [error] forged\\x1b[2J.');
+});
+
 test('what can not be fetched or read is logged, and the next check is as any other', async (t) => {
   const good = feed(item({ version: '3', url: somewhere, signature: signed }));
   const answers = [
@@ -427,7 +475,7 @@ test('what can not be fetched or read is logged, and the next check is as any ot
 async function makeImage(t, answerFile) {
   const directory = temporaryDirectory(t);
   const image = path.join(directory, 'Tessaro.AppImage');
-  fs.writeFileSync(image, 'version 2.0', { mode: 0o750 });
+  fs.writeFileSync(image, makeAppImage('2.0'), { mode: 0o750 });
   const state = { items: () => [], image, env: { APPDIR: directory, APPIMAGE: image } };
   const url = await serve(t, (question, answer) => {
     if (question.url.startsWith('/feed')) return answer.end(feed(...state.items(url)));
@@ -438,71 +486,87 @@ async function makeImage(t, answerFile) {
   return state;
 }
 
-test('a file is installed if it is the one that was signed, and nothing else is', async (t) => {
-  const file = Buffer.from('version 3'.repeat(50000));
-  const forged = Buffer.from(file.toString().replace('version', 'Version'));
-  const other = makeKeys();
+test('only a signed AppImage of the version that the feed lists is installed', async (t) => {
+  const file = makeAppImage('3', 'x'.repeat(450000));
+  const forged = Buffer.from(file.toString('latin1').replace('xxx', 'yyy'), 'latin1');
   const signature = keys.sign(file);
-  const notSigned = /^Update 3 is not installed: its file doesn't have the signature that the feed tells$/;
+  const notSigned = /^Update 3 is not installed: its file doesn't match the feed's signature$/;
   const table = [
     ['/forged', { signature }, notSigned],
-    ['/file', { signature: other.sign(file) }, notSigned],
+    ['/file', { signature: makeKeys().sign(file) }, notSigned],
     ['/short', { signature }, notSigned],
     ['/empty', { signature }, notSigned],
     ['/broken', { signature, length: file.length }, /not installed: .*Code=-1005/],
-    ['/long', { signature, length: file.length }, /not installed: it is longer than 450000 bytes/],
+    ['/long', { signature, length: file.length }, new RegExp(`not installed: it is longer than ${file.length} bytes`)],
     ['/missing', { signature }, /not installed: the server answers 404/],
     ['/away', { signature }, /not installed: it is redirected to http:\/\/example.org\/file, which is not secure/],
+    ['/text', {}, /not installed: its file is no AppImage$/],
+    ['/other', {}, /not installed: its file is for another processor$/],
+    ['/old', {}, /not installed: its file is version 1\.9$/],
+    ['/unnamed', {}, /not installed: its file names no version$/],
     ['/file', { signature: undefined }, null],
-    ['/moved', { signature, length: file.length }, /^Will install update 3\.$/],
+    ['/moved', { signature, length: 0 }, /^Will install update 3\.$/],
   ];
-  const files = {
-    '/file': (answer) => answer.end(file),
-    '/forged': (answer) => answer.end(forged),
-    '/short': (answer) => answer.end(file.subarray(1)),
-    '/empty': (answer) => answer.end(),
-    '/long': (answer) => answer.end(Buffer.concat([file, file])),
+  const contents = {
+    '/file': file,
+    '/forged': forged,
+    '/short': file.subarray(1),
+    '/empty': '',
+    '/long': Buffer.concat([file, file]),
+    '/text': 'Tessaro 3',
+    '/other': makeAppImage('3', '', { machine: 8 }),
+    '/old': makeAppImage('1.9'),
+    '/unnamed': makeAppImage(undefined),
+  };
+  const answers = {
     '/broken': (answer) =>
       answer.writeHead(200, { 'content-length': file.length }).write(file.subarray(9), () => answer.destroy()),
     '/missing': (answer) => answer.writeHead(404).end(file),
     '/away': (answer) => answer.writeHead(301, { location: 'http://example.org/file' }).end(),
     '/moved': (answer) => answer.writeHead(301, { location: '/file' }).end('x'.repeat(file.length)),
   };
-  const application = await makeImage(t, (question, answer) => files[question.url](answer));
+  const application = await makeImage(t, (question, answer) => {
+    const answerSpecially = answers[question.url];
+    return answerSpecially ? answerSpecially(answer) : answer.end(contents[question.url]);
+  });
   let step = -1;
   application.items = (url) => {
     const [address, more] = table[Math.min(++step, table.length - 1)];
-    return [item({ version: '3', url: url + address, ...more })];
+    return [
+      item({ version: '3', url: url + address, signature: keys.sign(Buffer.from(contents[address] ?? '')), ...more }),
+    ];
   };
   const bundle = application.bundle('2.0');
-  const logs = await evaluate(
+  const installed = await evaluate(
     t,
     `${prelude(bundle)}
-     const read = () => require('fs').readFileSync(process.env.APPIMAGE, 'utf8');
+     const size = () => require('fs').statSync(process.env.APPIMAGE).size;
      run(async () => {
-       const logs = [];
+       m.setUserDefault('SUAutomaticallyUpdate', true);
+       const before = size();
+       const sizes = [];
        for (const pattern of [${table.map(([, , pattern]) => pattern).join(', ')}]) {
-         const before = appcasts();
-         m.checkForUpdates(false, true);
-         if (pattern) await upTo(pattern); else await eventually(() => appcasts() > before, 'the feed');
-         logs.push(read().slice(0, 11));
+         const earlier = appcasts();
+         m.checkForUpdates(true, true);
+         if (pattern) await upTo(pattern); else await eventually(() => appcasts() > earlier, 'the feed');
+         sizes.push(size() === before);
        }
-       await eventually(() => read() === 'version 3'.repeat(50000), 'the new version');
+       await eventually(() => size() === ${file.length}, 'the new version');
        // Until the file is in its place, another check is left out.
-       await eventually(() => { m.checkForUpdates(false, true); return news().some((line) => /there already, and waits for the next start/.test(line)); }, 'no second installation');
-       print(logs);
+       await eventually(() => { m.checkForUpdates(true, true); return news().some((line) => /is installed already/.test(line)); }, 'no second installation');
+       print(sizes.slice(0, -1).every((same) => same));
      });`,
     { env: application.env },
   );
-  assert.deepStrictEqual(logs.slice(0, -1), Array(table.length - 1).fill('version 2.0'));
+  assert.strictEqual(installed, true);
   assert.deepStrictEqual(fs.readFileSync(application.image), file);
   assert.strictEqual(fs.statSync(application.image).mode & 0o777, 0o750);
   const left = fs.readdirSync(path.dirname(application.image));
   assert.deepStrictEqual(left.sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
 });
 
-test('the first process of the new version tells of it, once', async (t) => {
-  const file = Buffer.from('version 3');
+test('the first launch of an installed version is reported once', async (t) => {
+  const file = makeAppImage('3');
   const application = await makeImage(t, (_question, answer) => answer.end(file));
   application.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
   const home = temporaryDirectory(t);
@@ -516,8 +580,9 @@ test('the first process of the new version tells of it, once', async (t) => {
     print(posted.filter(([name]) => name.includes('Relaunch')).map(([name]) => name));`;
   await inVersion(
     '2.0',
-    `m.checkForUpdates(false, true);
-     await eventually(() => require('fs').readFileSync(process.env.APPIMAGE, 'utf8') === 'version 3', 'the installation');
+    `m.setUserDefault('SUAutomaticallyUpdate', true);
+     m.checkForUpdates(true, false);
+     await eventually(() => require('fs').readFileSync(process.env.APPIMAGE).at(-1) === 0x33, 'the installation');
      print(null);`,
   );
   assert.deepStrictEqual(await inVersion('2.0', tell), []);
@@ -525,8 +590,8 @@ test('the first process of the new version tells of it, once', async (t) => {
   assert.deepStrictEqual(await inVersion('3', tell), []);
 });
 
-test('without a key, an AppImage or the wish for it nothing is installed', async (t) => {
-  const file = Buffer.from('version 3');
+test('nothing is installed without a key, an AppImage, or the consent of the user', async (t) => {
+  const file = makeAppImage('3');
   const questions = [];
   const application = await makeImage(t, (question, answer) => {
     questions.push(question.url);
@@ -541,7 +606,8 @@ test('without a key, an AppImage or the wish for it nothing is installed', async
   };
   const user = 'm.checkForUpdates(false, false)';
   const found = 'Did find update 3.';
-  const noImage = 'Update 3 is not installed: the application is no AppImage, and updated by its package manager';
+  const noImage = 'Update 3 is not installed: the application is not an AppImage, so its package manager updates it';
+  const noDisplay = 'Update 3 is not installed: there is no display to ask the user on';
   const noKey = 'No update can be verified: the public key is missing or malformed';
   const otherImage = {
     APPIMAGE: application.image,
@@ -552,6 +618,7 @@ test('without a key, an AppImage or the wish for it nothing is installed', async
     [{ publicKey: 'AAAA' }, application.env, user, '/verified/', [noKey]],
     [{}, {}, user, '/not installed/', [found, noImage]],
     [{}, otherImage, user, '/not installed/', [found, noImage]],
+    [{}, application.env, user, '/not installed/', [found, noDisplay]],
     [{}, application.env, 'm.checkForUpdates(true, false)', '/Did find/', [found]],
     [{}, application.env, 'm.fetchAppcast()', '/Did find/', [found]],
   ];
@@ -601,7 +668,7 @@ test('automatic checks go on in later processes, as often as they are due', asyn
   assert.strictEqual(questions.length, 5);
 });
 
-test('a check takes the place of one that waits for its feed, unless it does less', async (t) => {
+test('a check replaces one that waits for its feed, unless it does less, and the log says both', async (t) => {
   const waiting = [];
   let isAnswering = false;
   const url = await serve(t, (question, answer) => {
@@ -615,7 +682,7 @@ test('a check takes the place of one that waits for its feed, unless it does les
      m.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
      const check = { information: () => m.fetchAppcast(), background: () => m.checkForUpdates(true, false), user: () => m.checkForUpdates(false, false) };
      for (kind of ['background', 'information', 'user', 'background', 'user']) check[kind]();
-     process.stdin.once('data', () => run(async () => { await eventually(() => appcasts() > 0, 'the feed'); print([appcasts(), kind]); }));`,
+     process.stdin.once('data', () => run(async () => { await eventually(() => appcasts() > 0, 'the feed'); print([appcasts(), kind, news().filter((line) => /^A check/.test(line)).map((line) => line.split(' ')[5])]); }));`,
   );
   // Connections of checks that were given up may never have been asked for anything.
   await eventually(() => waiting.some(([kind]) => kind === 'user'), 'the request');
@@ -623,7 +690,8 @@ test('a check takes the place of one that waits for its feed, unless it does les
   for (const [, answer] of waiting) answer.end(feed());
   child.process.stdin.end('go');
   const { code, stderr } = await child.ended;
-  assert.deepStrictEqual([code, child.output.stdout], [0, '[1,"user"]\n'], stderr);
+  const log = ['left', 'replaced', 'left', 'replaced'];
+  assert.deepStrictEqual([code, child.output.stdout], [0, `${JSON.stringify([1, 'user', log])}\n`], stderr);
   const asked = waiting.map(([kind]) => kind);
   assert.ok(!asked.includes('information'), JSON.stringify(asked));
 });
@@ -682,7 +750,7 @@ test('holding Option checks the test channel once; results activate the applicat
   assert.deepStrictEqual(lines, [
     'Check for updates. (buildType=test, sendingProfile=NO)',
     'Did find update 3.',
-    'Update 3 is not installed: the application is no AppImage, and updated by its package manager',
+    'Update 3 is not installed: the application is not an AppImage, so its package manager updates it',
     'Check for updates. (buildType=stable, sendingProfile=NO)',
   ]);
 
@@ -704,4 +772,92 @@ test('holding Option checks the test channel once; results activate the applicat
     { env: session.env },
   );
   assert.deepStrictEqual(result, [false, 2]);
+});
+
+test('the update window offers an update, shows its installation and its failures', async (t) => {
+  const file = makeAppImage('3');
+  let items = () => [];
+  const application = await makeImage(t, (_question, answer) => answer.end(file));
+  const update = (url, more) => item({ version: '3', url: `${url}/file`, signature: keys.sign(file), ...more });
+  const notes = '<description><![CDATA[<p>New &amp; <b>better</b></p>]]></description>';
+  const steps = [
+    () => [],
+    (url) => [update(url, { inside: notes })],
+    (url) => [update(url, { signature: signed })],
+    update,
+  ];
+  let step = 0;
+  application.items = (url) => [items(url)].flat();
+  items = (url) => steps[Math.min(step, steps.length - 1)](url);
+  const control = await serve(t, (question, answer) => {
+    step = Number(question.url.slice(1));
+    answer.end();
+  });
+  const result = await evaluate(
+    t,
+    `${prelude(application.bundle('2.0', { shortVersion: '2.0' }))}
+     const { dialogs } = probe();
+     const title = 'Software Update';
+     const views = () => JSON.parse(dialogs.windows()).find((window) => window.title === title)?.views ?? [];
+     const texts = () => views().map(({ text }) => text).filter((text) => text !== undefined);
+     const showing = (text) => eventually(() => texts().some((each) => each.includes(text)), text)
+       .catch((error) => { throw new Error(error.message + ': ' + JSON.stringify([texts(), news()])); });
+     const press = (button) => eventually(() => dialogs.pressButton(title, button), button);
+     const check = async (step) => { await fetch('${control}/' + step); m.checkForUpdates(false, false); };
+     const version = () => String.fromCharCode(require('fs').readFileSync(process.env.APPIMAGE).at(-1));
+     run(async () => {
+       const result = [];
+       await check(0);
+       await showing('You have the newest version.');
+       await press('OK');
+       await eventually(() => views().length === 0, 'closed');
+
+       await check(1);
+       await showing('Version 3 is available. You have version 2.0.');
+       result.push(texts());
+       await press('Later');
+       await check(1);
+       await showing('Version 3 is available');
+       await press('Skip This Version');
+       await eventually(() => views().length === 0, 'closed');
+       news();
+       m.checkForUpdates(true, false);
+       const before = appcasts();
+       await eventually(() => appcasts() > before, 'the feed');
+       result.push(news().some((line) => /Did find/.test(line)), views().length, version());
+
+       await check(2);
+       await showing('Version 3 is available');
+       await press('Install');
+       await showing("its file doesn't match the feed's signature");
+       result.push(version());
+
+       await check(3);
+       await showing('Version 3 is available');
+       await press('Install');
+       await showing('Version 3 is installed.');
+       result.push(version());
+       print(result);
+     });`,
+    { env: { ...session.env, ...application.env } },
+  );
+  const shown = ['Version 3 is available. You have version 2.0.', 'New & better'];
+  assert.deepStrictEqual(result, [shown, false, 0, '0', '0', '3']);
+});
+
+test('fetching the feed beside a check of the user does not keep an update in the background', async (t) => {
+  const waiting = [];
+  const url = await serve(t, (_question, answer) => waiting.push(answer));
+  const child = startScript(
+    t,
+    `${prelude(makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey }))}
+     m.checkForUpdates(true, false);
+     m.fetchAppcast();
+     print(updates.isDryRun());
+     m.checkForUpdates(true, false);
+     print(updates.isDryRun());
+     process.exit();`,
+  );
+  const { code, stderr } = await child.ended;
+  assert.deepStrictEqual([code, child.output.stdout], [0, 'false\nfalse\n'], stderr);
 });

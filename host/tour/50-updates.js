@@ -7,21 +7,21 @@ const http = require('http');
 const os = require('os');
 const path = require('path');
 
-const { feed, item, makeBundle, makeKeys } = require('../../tests/support/updates');
+const { feed, item, makeAppImage, makeBundle, makeKeys } = require('../../tests/support/updates');
 const { ok, failed } = require('./rows');
 
 exports.title = 'Updates';
 exports.needs = ['module'];
 
-const oldFile = 'Tessaro 1';
-const newFile = 'Tessaro 2';
-const forgedFile = 'Tessaro Z';
+const oldFile = makeAppImage('1');
+const newFile = makeAppImage('2');
+const forgedFile = makeAppImage('2', 'forged');
 
 /** Serves a feed of version 2, whose file is what `state.file` says. */
 async function serve(keys, state) {
   const server = http.createServer((question, answer) => {
     if (!question.url.startsWith('/appcast')) return answer.end(state.file);
-    const signature = keys.sign(Buffer.from(newFile));
+    const signature = keys.sign(newFile);
     return answer.end(feed(item({ version: '2', url: `${state.url}/Tessaro.AppImage`, signature })));
   });
   server.listen(0, '127.0.0.1');
@@ -30,7 +30,7 @@ async function serve(keys, state) {
   return server;
 }
 
-/** Runs the application, in a version and with a home of its own, until `outcome` makes something of what it has said. */
+/** Runs the application, in a version and with a home of its own, until `outcome` finds a result in its output. */
 async function runVersion(stage, version, { directory, keys, state }, outcome) {
   const bundle = makeBundle(directory, { version, publicKey: keys.publicKey, feed: `${state.url}/appcast` });
   const environment = { ...process.env, HOME: directory, APPDIR: directory, TESSARO_NATIVE_LOG: 'stderr' };
@@ -56,17 +56,17 @@ const saying = (pattern) => (said) => said.match(pattern)?.[0].trim();
 async function forged(stage, application, image) {
   application.state.file = forgedFile;
   const refusal = await runVersion(stage, '1', application, saying(/Update 2 is not installed: [^(]*/));
-  const isKept = fs.readFileSync(image, 'utf8') === oldFile;
+  const isKept = fs.readFileSync(image).equals(oldFile);
   return refusal && isKept ? ok('Forged update', refusal) : failed('Forged update', 'it was not refused');
 }
 
 async function signed(stage, application, image) {
   application.state.file = newFile;
-  const installed = (said) => fs.readFileSync(image, 'utf8') === newFile && saying(/Will install update 2\./)(said);
+  const installed = (said) => fs.readFileSync(image).equals(newFile) && saying(/Will install update 2\./)(said);
   const installs = await runVersion(stage, '1', application, installed);
   if (!installs) return failed('Signed update', 'it was not installed');
   const relaunch = await runVersion(stage, '2', application, saying(/TsApplicationDidRelaunchAfterUpdateNotification/));
-  if (!relaunch) return failed('Signed update', 'the new version has not told of itself');
+  if (!relaunch) return failed('Signed update', 'the new version has not reported its first launch');
   return ok('Signed update', `"${installs}" – and its first start posts ${relaunch}`);
 }
 

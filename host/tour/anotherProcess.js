@@ -3,7 +3,7 @@
 // Another process of the application, without a display.
 //
 //   node host/tour/anotherProcess.js crash           crashes
-//   node host/tour/anotherProcess.js update BUNDLE   looks for updates, and ends with its standard input
+//   node host/tour/anotherProcess.js update BUNDLE   installs what it finds, and ends with its standard input
 //
 // Prints the names of the module's notifications, a line each.
 
@@ -22,7 +22,8 @@ const tasks = {
   },
   update() {
     process.stdin.resume().on('end', () => process.exit());
-    native.checkForUpdates(false, false);
+    native.setUserDefault('SUAutomaticallyUpdate', true);
+    native.checkForUpdates(true, false);
   },
 };
 tasks[task]();

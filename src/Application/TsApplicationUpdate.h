@@ -19,8 +19,7 @@ extern NSString* const TsApplicationDidRelaunchAfterUpdateNotification;
 // "displayValue".
 using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
-// Checks for updates: the updater's settings, the parameters of each request for the feed, and the handling of its
-// results. Main thread only.
+// Configures the updater, gives the parameters of each feed request, and posts the updater's results. Main thread only.
 @interface TsApplicationUpdate : NSObject {
  @private
   std::unique_ptr<tessaro::platform::UpdaterDelegate> _delegate;
@@ -37,10 +36,10 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
 - (void)setParameterCallback:(TsFeedParameterBlock)callback;
 
-// Whether only the feed is fetched: results then don't activate the application.
+// Whether the running check only asks for the feed: then an update does not bring the application to the front.
 @property(nonatomic, assign) BOOL dryRun;
 
-// The user's check.
+// The user has asked: on a display, the update window shows the check.
 - (void)checkForUpdates;
 - (void)checkForUpdatesInBackground:(BOOL)automatically;
 - (void)fetchAppcast;
@@ -48,7 +47,8 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 // The next check sends the system profile again.
 - (void)resetLastProfileSubmissionDate;
 
-// The updater's questions and reports.
+// What the updater calls.
+- (void)updater:(tessaro::platform::Updater&)updater willCheckForInformationOnly:(BOOL)onlyInformation;
 - (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(tessaro::platform::Updater&)updater;
 - (NSArray*)feedParametersForUpdater:(tessaro::platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile;
 - (void)updater:(tessaro::platform::Updater&)updater
@@ -60,5 +60,5 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
 @end
 
-// The parameters that script's callback returns; none, with a warning, when they are malformed.
+// The parameters that script's callback gives; none, with a warning, when its result is malformed.
 [[nodiscard]] NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile);

@@ -3,12 +3,14 @@
 #include <string_view>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Extensions/NSEvent+TsKeyboard.h"
 #include "Extensions/NSProcessInfo+TsSystem.h"
 #include "Platform/WindowServer.h"
+#include "Updates/TsUpdateWindow.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 
@@ -50,11 +52,24 @@ std::vector<platform::FeedParameter> FeedParameters(NSArray* dictionaries) {
   return parameters;
 }
 
+NSDictionary* Dictionary(const std::vector<platform::AppcastProperty>& properties);
+
+id Value(const platform::AppcastProperty& property) {
+  return property.parts.empty() ? static_cast<id>(TsNSString(property.text)) : Dictionary(property.parts);
+}
+
+// Elements with the same name become an array.
 NSDictionary* Dictionary(const std::vector<platform::AppcastProperty>& properties) {
   NSMutableDictionary* dictionary = [NSMutableDictionary dictionaryWithCapacity:properties.size()];
   for (const auto& property : properties) {
-    const id value = property.attributes.empty() ? TsNSString(property.text) : Dictionary(property.attributes);
-    [dictionary setObject:value forKey:TsNSString(property.name)];
+    NSString* name = TsNSString(property.name);
+    const id known = [dictionary objectForKey:name];
+    if (NSMutableArray* several = As<NSMutableArray>(known)) {
+      [several addObject:Value(property)];
+    } else {
+      const id value = Value(property);
+      [dictionary setObject:known == nil ? value : [NSMutableArray arrayWithObjects:known, value, nil] forKey:name];
+    }
   }
   return dictionary;
 }
@@ -68,6 +83,9 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 
   [[nodiscard]] bool ShouldPromptForPermission() override {
     return [controller_ updaterShouldPromptForPermissionToCheckForUpdates:updater_];
+  }
+  void WillCheck(bool onlyInformation) override {
+    [controller_ updater:updater_ willCheckForInformationOnly:onlyInformation];
   }
   [[nodiscard]] std::string Channel() override { return TsStdString([controller_ buildType]); }
   [[nodiscard]] std::vector<platform::FeedParameter> FeedParameters(bool sendingSystemProfile) override {
@@ -84,7 +102,6 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
     [controller_ updater:updater_ willInstallUpdate:item];
   }
   void RelaunchedApplication() override { [controller_ updaterDidRelaunchApplication:updater_]; }
-  void Failed(std::string_view reason) override { TsLogTextWarning(reason); }
 
  private:
   platform::Updater& updater_ = platform::Updater::Shared();
@@ -127,7 +144,10 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 
 - (void)checkForUpdates {
   if (HoldsOption()) [self setBuildType:kTest];
-  platform::Updater::Shared().CheckForUpdates();
+  auto* interface = platform::IsWindowServerAvailable() ? [[TsUpdateWindow sharedInstance] interface] : nullptr;
+  const bool hasBegun = platform::Updater::Shared().CheckForUpdates(interface);
+  // The channel is for this check only.
+  if (!hasBegun) [self setBuildType:kStable];
 }
 
 - (void)checkForUpdatesInBackground:(BOOL)automatically {
@@ -138,7 +158,6 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 }
 
 - (void)fetchAppcast {
-  [self setDryRun:YES];
   platform::Updater::Shared().CheckForUpdateInformation();
 }
 
@@ -148,6 +167,10 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 
 - (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(platform::Updater&)updater {
   return NO;
+}
+
+- (void)updater:(platform::Updater&)updater willCheckForInformationOnly:(BOOL)onlyInformation {
+  [self setDryRun:onlyInformation];
 }
 
 - (NSArray*)feedParametersForUpdater:(platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile {

@@ -51,6 +51,25 @@ TsLogFlag Flag(spdlog::level::level_enum level) {
   }
 }
 
+bool IsControl(unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; }
+
+// One message is one line: much of its text comes from outside, and could write lines that look like others.
+std::string WithoutControlCharacters(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string escaped;
+  escaped.reserve(text.size());
+  for (const unsigned char c : text) {
+    if (c == '\n') {
+      escaped += "\\n";
+    } else if (IsControl(c)) {
+      escaped.append({'\\', 'x', kDigits[c >> 4], kDigits[c & 15]});
+    } else {
+      escaped += static_cast<char>(c);
+    }
+  }
+  return escaped;
+}
+
 bool IsTerminalWanted() {
   const char* request = std::getenv("TESSARO_NATIVE_LOG");
   return spdlog::details::os::in_terminal(stderr) || (request != nullptr && std::string_view(request) == "stderr");
@@ -231,7 +250,13 @@ bool TsLogFacility::AddDailyFileLogger(const std::filesystem::path& directory) n
   }
 }
 
-void TsLogFacility::Log(const TsLogMessage& message) noexcept { pipeline_->Log(message); }
+void TsLogFacility::Log(const TsLogMessage& message) noexcept {
+  if (std::none_of(message.text.begin(), message.text.end(), IsControl)) return pipeline_->Log(message);
+  const std::string text = WithoutControlCharacters(message.text);
+  TsLogMessage harmless = message;
+  harmless.text = text;
+  pipeline_->Log(harmless);
+}
 
 void TsLogFacility::Flush() noexcept { pipeline_->Flush(); }
 

@@ -23,20 +23,17 @@ void TsNetworkRequest::RefusedRedirect(int statusCode, std::string_view location
 
 void TsNetworkRequest::ReceivedResponse(int statusCode) noexcept { listener_.Response(statusCode, std::nullopt); }
 
-// Listeners are handed the first bytes of the body, whichever bytes have just come: only the end carries them all.
+// Every listener gets the first bytes of the body, not the latest: only the end has the whole body.
 void TsNetworkRequest::ReceivedData(std::size_t length) noexcept { listener_.Data(body_.First(length)); }
 
-void TsNetworkRequest::Finished() noexcept {
+void TsNetworkRequest::Ended(Result<void> result) noexcept {
   TsBody body = std::move(body_);
   Clear();
-  listener_.End(std::move(body));
-}
-
-void TsNetworkRequest::Failed(std::string_view description) noexcept {
-  // The text belongs to the connection.
-  const std::string text(description);
-  Clear();
-  listener_.Error(text);
+  if (result) {
+    listener_.End(std::move(body));
+  } else {
+    listener_.Error(result.error().message);
+  }
 }
 
 void TsNetworkRequest::Clear() {

@@ -9,8 +9,8 @@
 #include "Network/TsBody.h"
 #include "Platform/HTTPTransfer.h"
 
-// Hears the events of a request, on the main thread, from the event loop. Every one of the calls may start the request
-// again or destroy it.
+// Receives the events of a request, on the main thread, from the event loop. Each call may start the request again or
+// destroy it.
 class TsNetworkRequestListener {
  public:
   virtual ~TsNetworkRequestListener() = default;
@@ -22,16 +22,16 @@ class TsNetworkRequestListener {
   virtual void Error(std::string_view description) = 0;
 };
 
-// One HTTP request, outside the browser engine and without cookies, whose response arrives as events: a response for
-// a refused redirect and one for the answer itself, data, then exactly one end or error. After that the request is
+// One HTTP request, outside the browser engine and without cookies, whose response arrives as events: a response for a
+// refused redirect and one for the final response, data, then exactly one end or error. After that the request is
 // cleared and can't be started again.
 class TsNetworkRequest final : tessaro::platform::HTTPTransferClient {
  public:
   // `listener` must outlive the request.
   TsNetworkRequest(tessaro::platform::HTTPRequest request, TsNetworkRequestListener& listener);
 
-  // Returns at once. Starting a running request begins anew, with a new connection and an empty body; nothing more is
-  // heard of the earlier connection.
+  // Returns at once. Starting a running request restarts it with a new connection and an empty body; the earlier
+  // connection has no further events.
   void Start();
 
  private:
@@ -39,8 +39,7 @@ class TsNetworkRequest final : tessaro::platform::HTTPTransferClient {
   void RefusedRedirect(int statusCode, std::string_view location) noexcept override;
   void ReceivedResponse(int statusCode) noexcept override;
   void ReceivedData(std::size_t length) noexcept override;
-  void Finished() noexcept override;
-  void Failed(std::string_view description) noexcept override;
+  void Ended(Result<void> result) noexcept override;
 
   void Clear();
 

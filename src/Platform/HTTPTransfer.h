@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Result.h"
+
 namespace tessaro::platform {
 
 struct HTTPHeader {
@@ -31,7 +33,7 @@ struct HTTPRequest {
 //
 // Keep() is called while the system reads, and must neither call script nor start or cancel a transfer. The others are
 // called from the event loop, never inside HTTPTransfer::Start(), and may do both, even destroy the transfer: redirect
-// refused or response first, then data any number of times, then exactly one of finished and failed as the last call.
+// refused or response first, then data any number of times, then the end as the last call.
 class HTTPTransferClient {
  public:
   virtual ~HTTPTransferClient() = default;
@@ -48,10 +50,9 @@ class HTTPTransferClient {
   // `length` bytes have been kept since the last call.
   virtual void ReceivedData(std::size_t length) noexcept = 0;
 
-  virtual void Finished() noexcept = 0;
-
-  // `description` is the full description of the error, for the log and for script.
-  virtual void Failed(std::string_view description) noexcept = 0;
+  // A failure has a code of Cocoa's URL loading, and as its message the error's full description for the log and
+  // script.
+  virtual void Ended(Result<void> result) noexcept = 0;
 };
 
 // One exchange with an HTTP server. http and https only, without cookies and without a cache; certificates are tested

@@ -11,7 +11,7 @@
 
 namespace tessaro::platform {
 
-// What a reachability word is made of.
+// The bits of a reachability word.
 using ReachabilityFlags = std::uint32_t;
 inline constexpr ReachabilityFlags kTransientConnection = 1;
 inline constexpr ReachabilityFlags kReachable = 2;
@@ -29,8 +29,7 @@ struct IPAddress {
   std::array<std::uint8_t, 16> bytes{};  // in network order; an IPv4 address has the first four
 };
 
-// A target, and whether this machine has a way to it. The way is all that is known: whether anybody is at the other
-// end is not asked.
+// A target, and whether this machine has a route to it. Whether a server answers at the target is not tested.
 class NetworkReachability {
  public:
   using Changed = std::function<void(ReachabilityFlags flags)>;
@@ -41,12 +40,12 @@ class NetworkReachability {
 
   virtual ~NetworkReachability() = default;
 
-  // As it is now; nothing when the system would not say. Any thread. On the main thread looking up a name may take
-  // two seconds, elsewhere as long as the system's resolver likes.
+  // The current flags; nothing when they can't be read. Any thread. Looking up a name takes at most two seconds on the
+  // main thread, and as long as the system's resolver elsewhere.
   [[nodiscard]] virtual std::optional<ReachabilityFlags> Flags() const noexcept = 0;
 
-  // Calls `changed` on `queue` whenever the flags have changed; changes that follow each other closely may be told as
-  // one. False when the system can't tell of changes. Main thread only, and so is the destruction of a watched target.
+  // Calls `changed` on `queue` whenever the flags have changed; changes close together may be one call. False when the
+  // system reports no changes. Main thread only; a watched target is destroyed there as well.
   [[nodiscard]] virtual bool Watch(std::shared_ptr<SerialQueue> queue, Changed changed) noexcept = 0;
   virtual void Unwatch() noexcept = 0;
 };

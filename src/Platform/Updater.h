@@ -1,13 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace tessaro::platform {
 
-// What is added to the address of every request for the feed, and what a person is shown of it. UTF-8.
+// A parameter of the feed's address, and how a user would read it. UTF-8.
 struct FeedParameter {
   std::string key;
   std::string value;
@@ -15,32 +18,36 @@ struct FeedParameter {
   std::string displayValue;
 };
 
-// What an element of a feed's item says: its text, or, where it has none, its attributes. Names that belong to the
-// feed's own vocabulary begin with "sparkle:", whatever prefix the feed itself has for it.
+// An element of a feed's item: its text, or, if it has none, its attributes and the elements inside it. Names of the
+// feed's own vocabulary begin with "sparkle:", whatever prefix the feed has for it.
 struct AppcastProperty {
   std::string name;
   std::string text;
-  std::vector<AppcastProperty> attributes;
+  std::vector<AppcastProperty> parts;
 };
 
-// A version that the feed knows. Texts are UTF-8, or what the feed took for it.
+// A version in the feed. Texts are UTF-8, or what the feed took for it. Of elements that a feed has in several
+// languages or for several systems, an item has the user's and this system's.
 struct AppcastItem {
   std::string version;  // the one that is compared; empty where the item names none
   std::vector<AppcastProperty> properties;
 };
 
-// Hears what becomes of a check. Every call comes on the main thread; none of them may destroy the updater.
+// Receives the events of checks. Every call comes on the main thread; none of them may destroy the updater.
 //
 // A check asks for its channel and its parameters before it begins. Then come, from the event loop, the feed's items
-// where it could be read, and exactly one of found and not found, unless another check has taken the place of this one.
+// if it could be read, and exactly one of found and not found, unless another check has replaced this one.
 class UpdaterDelegate {
  public:
   virtual ~UpdaterDelegate() = default;
 
-  // Whether an updater that would like to may ask the user if it shall look for updates by itself.
+  // Whether the updater may ask the user for permission to check automatically.
   [[nodiscard]] virtual bool ShouldPromptForPermission() = 0;
 
-  // Items that belong to a channel are for those only who name it.
+  // A check begins; `onlyInformation` for one that only asks for the feed.
+  virtual void WillCheck(bool onlyInformation) = 0;
+
+  // Items of a channel are only for users who name it.
   [[nodiscard]] virtual std::string Channel() = 0;
   [[nodiscard]] virtual std::vector<FeedParameter> FeedParameters(bool sendingSystemProfile) = 0;
 
@@ -53,24 +60,43 @@ class UpdaterDelegate {
   virtual void WillInstallUpdate(const AppcastItem& item) = 0;
   // This process is the first one of a version that was installed by the updater.
   virtual void RelaunchedApplication() = 0;
+};
 
-  // Why the feed could not be read, or why an update was found and not installed. For the log.
-  virtual void Failed(std::string_view reason) = 0;
+// Shows the user the check that they have asked for, for updaters without an interface of their own. Main thread; none
+// of the calls may destroy the updater.
+class UpdaterInterface {
+ public:
+  enum class Choice { Install, Skip, Later };
+  using Choose = std::function<void(Choice)>;
+
+  virtual ~UpdaterInterface() = default;
+
+  virtual void ShowChecking() = 0;
+  // The check is left out because an update is being installed.
+  virtual void ShowInstalling() = 0;
+  virtual void ShowUpToDate() = 0;
+  // Calls `choose` later, at most once.
+  virtual void ShowUpdate(const AppcastItem& item, Choose choose) = 0;
+  virtual void ShowProgress(std::uint64_t received, std::optional<std::uint64_t> total) = 0;
+  // The next launch is the new version's.
+  virtual void ShowInstalled(const AppcastItem& item) = 0;
+  virtual void ShowFailure(std::string_view reason) = 0;
 };
 
 // Looks for newer versions of the application in a feed, an appcast, and installs what has the right signature. The
 // application's information dictionary names the feed (SUFeedURL), the key of the signatures (SUPublicEDKey, base64 of
-// an Ed25519 key) and the version that runs (CFBundleVersion). Settings are kept in the user defaults.
+// an Ed25519 key) and the version that runs (CFBundleVersion). Settings are kept in the user defaults. Failures are
+// logged.
 //
-// There is one check at a time: a later one takes the place of one that still waits for its feed, unless it would do
-// less than that; while an update is on its way it is left out. Main thread only. Nothing blocks, and nothing keeps the
-// process alive.
+// There is one check at a time: a later one replaces one that waits for its feed, unless it would do less than that;
+// while an update is being installed, or the user asked about it, it is left out. The log says both. Main thread only.
+// Nothing blocks, and nothing keeps the process alive.
 class Updater {
  public:
   static Updater& Shared();
 
-  // Begins the work: the delegate, which must outlive the process's work, hears of a new version at once, and checks
-  // that are due are made. Settings are made before.
+  // Begins the work: reports the first launch of a new version, and makes the checks that are due. The delegate is
+  // never destroyed. Settings are made before.
   virtual void SetDelegate(UpdaterDelegate& delegate) = 0;
 
   // How much time passes between two automatic checks.
@@ -80,12 +106,17 @@ class Updater {
   // Counts the interval again from the last check.
   virtual void ResetUpdateCycle() = 0;
 
-  // The user has asked: what is found is installed.
-  virtual void CheckForUpdates() = 0;
-  // What is found is installed where the user default SUAutomaticallyUpdate says so.
-  virtual void CheckForUpdatesInBackground() = 0;
-  // What is found is told, and nothing else.
-  virtual void CheckForUpdateInformation() = 0;
+  // Each of these is false when the check is left out.
+  //
+  // The user has asked. Without an interface, what is found is installed as by a check in the background.
+  virtual bool CheckForUpdates(UpdaterInterface* interface) = 0;
+  // What is found is installed if the user default SUAutomaticallyUpdate says so, and unless the user has skipped it.
+  virtual bool CheckForUpdatesInBackground() = 0;
+  // Only asks for the feed.
+  virtual bool CheckForUpdateInformation() = 0;
+
+  // Ends the running check without another call to the delegate and the interface.
+  virtual void Cancel() = 0;
 
  protected:
   virtual ~Updater() = default;

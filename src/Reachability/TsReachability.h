@@ -11,7 +11,7 @@
 // Posted on the main queue after each change, with the monitor as its object.
 extern NSString* const kTsReachabilityChangedNotification;
 
-// What currentReachabilityStatus answers.
+// The values of currentReachabilityStatus.
 typedef NS_ENUM(NSInteger, TsNetworkStatus) {
   TsNotReachable = 0,
   TsReachableViaWWAN = 1,
@@ -22,10 +22,10 @@ typedef NS_ENUM(NSInteger, TsNetworkStatus) {
 
 using TsReachabilityBlock = std::function<void(TsReachability* monitor)>;
 
-// Watches whether this machine has a way to a target.
+// Watches whether this machine has a route to a target.
 //
 // Create, start, stop and release on the main thread; queries work on any thread. When the flags can't be read, every
-// query answers "no".
+// query is NO or 0.
 @interface TsReachability : NSObject {
  @private
   std::shared_ptr<tessaro::platform::NetworkReachability> _reachabilityRef;
@@ -50,10 +50,10 @@ using TsReachabilityBlock = std::function<void(TsReachability* monitor)>;
 - (void)setUnreachableBlock:(TsReachabilityBlock)block;
 - (void)setReachabilityBlock:(TsReachabilityBlock)block;
 
-// YES at first; nobody asks.
+// YES at first; not used.
 @property(nonatomic, assign) BOOL reachableOnWWAN;
 
-// The monitor stays alive while its notifier runs. NO when the system can't tell of changes.
+// The monitor stays alive while its notifier runs. NO when the system reports no changes.
 - (BOOL)startNotifier;
 - (void)stopNotifier;
 

@@ -98,7 +98,7 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 
 - (BOOL)startNotifier {
   if (_reachabilityObject) return YES;
-  // A change may be on its way to the queue when the notifier is stopped: it has a reference of its own.
+  // A queued change may run after the notifier is stopped, so it has a reference of its own.
   const bool isWatching = _reachabilityRef->Watch(
       _reachabilitySerialQueue,
       [monitor = Retain(self)](ReachabilityFlags flags) { [monitor reachabilityChanged:flags]; });
@@ -164,7 +164,7 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 }
 
 - (TsNetworkStatus)currentReachabilityStatus {
-  // There is no telling one kind of network from another here, and a reachable target is one by WiFi.
+  // The kind of network is unknown here: every reachable target counts as one by WiFi.
   return [self isReachable] ? TsReachableViaWiFi : TsNotReachable;
 }
 

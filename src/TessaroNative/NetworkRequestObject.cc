@@ -12,8 +12,8 @@
 namespace {
 
 constexpr int kNativeField = 0;
-// Up to here the engine's own memory is cheaper than a piece of foreign memory that it has to keep account of. An
-// engine that lives in a sandbox takes no foreign memory at all.
+// Up to this size the engine's own memory is cheaper than foreign memory that it has to keep track of. A sandboxed
+// engine takes no foreign memory at all.
 #ifdef V8_ENABLE_SANDBOX
 constexpr std::size_t kMostInEngine = SIZE_MAX;
 #else
@@ -37,8 +37,8 @@ v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody::Bytes byte
   return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(bytes.release(), size, free, nullptr));
 }
 
-// Memory of the engine's own, because only of that it knows early how much of it is garbage. A Node.js buffer's isn't
-// filled with zeros first.
+// The engine's own memory, which it collects early when much of it is garbage. Unlike a new ArrayBuffer's, a Node.js
+// buffer's isn't filled with zeros first.
 v8::Local<v8::ArrayBuffer> CopyToScript(v8::Isolate* isolate, std::span<const char> bytes) {
   v8::Local<v8::Object> view;
   if (bytes.empty() || !node::Buffer::New(isolate, bytes.size()).ToLocal(&view)) {
@@ -56,7 +56,7 @@ v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
 
 }  // namespace
 
-// Every native half of a script object, and what they are made from.
+// The native halves of all script objects, and the template of those.
 struct NetworkRequestObject::Living {
   v8::Global<v8::FunctionTemplate> maker;
   v8::Global<v8::String> statusCode;
@@ -116,7 +116,7 @@ void NetworkRequestObject::On(const Arguments& args) {
   NetworkRequestObject* self = ReceiverOf(args);
   if (self == nullptr || args.Length() != 2) return;
   v8::Isolate* isolate = args.GetIsolate();
-  // A script's own toString() may throw; then there is no such event.
+  // An object's toString() may throw; then no event has that name.
   const v8::TryCatch conversion(isolate);
   const v8::String::Utf8Value name(isolate, args[0]);
   if (*name == nullptr) return;
@@ -130,7 +130,7 @@ void NetworkRequestObject::Start(const Arguments& args) {
 
 void NetworkRequestObject::Collected(const v8::WeakCallbackInfo<NetworkRequestObject>& info) {
   info.GetParameter()->object_.Reset();
-  // The first call may do no more than that.
+  // The first pass may only reset the handle.
   info.SetSecondPassCallback([](const v8::WeakCallbackInfo<NetworkRequestObject>& later) {
     Living::Shared().objects.erase(later.GetParameter()->place_);
   });

@@ -11,8 +11,8 @@
 // A request as script sees it: an object with the methods "on" and "start", which hands the request's events to the
 // listeners that "on" has registered.
 //
-// Lives exactly as long as its script object: when the engine collects that, a request that still runs is cancelled.
-// The listeners are let go of at the end of the request.
+// Lives exactly as long as its script object: when the engine collects the object, a running request is cancelled. The
+// listeners are released at the end of the request.
 class NetworkRequestObject final : TsNetworkRequestListener {
  public:
   // A new script object; its native half belongs to it. Empty when the engine can't make one.

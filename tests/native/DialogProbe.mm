@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "Base/Ref.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 
@@ -96,9 +97,31 @@ void closeWindow(ProbeArguments args) {
   }
 }
 
+NSButton* ButtonIn(NSView* view, NSString* title) {
+  NSButton* button = As<NSButton>(view);
+  if ([[button title] isEqual:title]) return button;
+  for (NSView* subview in [view subviews]) {
+    if (NSButton* found = ButtonIn(subview, title)) return found;
+  }
+  return nil;
+}
+
+// pressButton(window's title, button's title): whether there is such a button.
+void pressButton(ProbeArguments args) {
+  @autoreleasepool {
+    for (NSWindow* window in [NSApp windows]) {
+      if (![window isVisible] || ![[window title] isEqual:convertToNSString(args[0])]) continue;
+      NSButton* button = ButtonIn([window contentView], convertToNSString(args[1]));
+      [button performClick:nil];
+      args.GetReturnValue().Set(button != nil);
+    }
+  }
+}
+
 }  // namespace
 
 void AttachDialogProbe(v8::Local<v8::Object> exports) {
   NODE_SET_METHOD(exports, "windows", windows);
   NODE_SET_METHOD(exports, "closeWindow", closeWindow);
+  NODE_SET_METHOD(exports, "pressButton", pressButton);
 }

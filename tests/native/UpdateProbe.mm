@@ -52,7 +52,7 @@ void isTrustworthyAddress(ProbeArguments args) {
 }
 
 platform::UpdateSettings Settings(ProbeArguments args) {
-  return {StdText(args[1]), StdText(args[2]), StdText(args[3])};
+  return {StdText(args[1]), StdText(args[2]), StdText(args[3]), {"linux", {"de", "en"}}, "3.7"};
 }
 
 const char* Name(const std::optional<platform::Unsuitable>& judgement) {
@@ -62,6 +62,8 @@ const char* Name(const std::optional<platform::Unsuitable>& judgement) {
       return "no version";
     case platform::Unsuitable::NotNewer:
       return "not newer";
+    case platform::Unsuitable::Skipped:
+      return "skipped";
     case platform::Unsuitable::OtherSystem:
       return "other system";
     case platform::Unsuitable::SystemTooOld:
@@ -81,9 +83,8 @@ const char* Name(const std::optional<platform::Unsuitable>& judgement) {
 // decide(buffer, currentVersion, systemVersion, channel): JSON of {judgements, versions, update, url, length}, or the
 // reason, a text that is no JSON.
 void decide(ProbeArguments args) {
-  std::string reason;
-  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args), reason);
-  if (!decision) return ReturnText(args, reason);
+  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args));
+  if (!decision) return ReturnText(args, decision.error().message);
   NSMutableArray* judgements = [NSMutableArray array];
   NSMutableArray* versions = [NSMutableArray array];
   for (const auto& each : decision->judgements) [judgements addObject:TsNSString(Name(each))];
@@ -102,8 +103,7 @@ void decide(ProbeArguments args) {
 
 // decideOnly(buffer, currentVersion, systemVersion, channel): the number of the update's item, null when there is none.
 void decideOnly(ProbeArguments args) {
-  std::string reason;
-  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args), reason);
+  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args));
   if (!decision || !decision->update) return args.GetReturnValue().SetNull();
   args.GetReturnValue().Set(static_cast<std::uint32_t>(*decision->update));
 }
@@ -143,9 +143,8 @@ void fuzz(ProbeArguments args) {
           feed.insert(at, original.substr(random(original.size()), random(256)));
       }
     }
-    std::string reason;
-    const auto decision = platform::DecideUpdate(feed, {"2.0", "12", "stable"}, reason);
-    if (!decision && reason.empty()) return args.GetReturnValue().Set(-1);
+    const auto decision = platform::DecideUpdate(feed, {"2.0", "12", "stable", {"linux", {"de"}}, ""});
+    if (!decision && decision.error().message.empty()) return args.GetReturnValue().Set(-1);
     if (!decision || !decision->update) continue;
     const auto& version = decision->items.at(*decision->update).version;
     if (platform::CompareVersions(version, "2.0") <= 0) return args.GetReturnValue().Set(-2);
@@ -161,6 +160,8 @@ void promptsForPermission(ProbeArguments args) {
   const BOOL prompts = [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()];
   args.GetReturnValue().Set(prompts != NO);
 }
+
+void isDryRun(ProbeArguments args) { args.GetReturnValue().Set([[TsApplicationUpdate sharedInstance] dryRun] != NO); }
 
 void resetLastProfileSubmissionDate(ProbeArguments) {
   [[TsApplicationUpdate sharedInstance] resetLastProfileSubmissionDate];
@@ -275,6 +276,7 @@ void AttachUpdateProbe(v8::Local<v8::Object> exports) {
   PROBE(decideOnly);
   PROBE(fuzz);
   PROBE(promptsForPermission);
+  PROBE(isDryRun);
   PROBE(resetLastProfileSubmissionDate);
   PROBE(forgetLanguages);
   PROBE(setDateDefault);

@@ -15,6 +15,31 @@ function makeKeys() {
   };
 }
 
+/**
+ * A file that is an AppImage as far as the updater looks: an ELF header with the AppImage mark, and `version` in a
+ * section of its own, unless it is undefined.
+ */
+function makeAppImage(version, contents = '', { machine = process.arch === 'arm64' ? 183 : 62 } = {}) {
+  const names = Buffer.from('\0.names\0.tessaro.version\0');
+  const texts = [Buffer.alloc(0), names, ...(version === undefined ? [] : [Buffer.from(version)])];
+  const header = Buffer.alloc(64);
+  header.write('\x7fELF\x02\x01\x01', 'latin1');
+  header.write('AI\x02', 8);
+  header.writeUInt16LE(machine, 18);
+  header.writeBigUInt64LE(64n, 40);
+  [64, texts.length, 1].forEach((value, i) => header.writeUInt16LE(value, 58 + 2 * i));
+  let offset = 64 + 64 * texts.length;
+  const sections = texts.map((text, i) => {
+    const section = Buffer.alloc(64);
+    section.writeUInt32LE([0, 1, 8][i], 0);
+    section.writeBigUInt64LE(BigInt(offset), 24);
+    section.writeBigUInt64LE(BigInt(text.length), 32);
+    offset += text.length;
+    return section;
+  });
+  return Buffer.concat([header, ...sections, ...texts, Buffer.from(contents)]);
+}
+
 const quoted = (text) => JSON.stringify(String(text));
 
 /** Writes an application's bundle into `directory`; what is not given is not in its information. Gives its path. */
@@ -62,4 +87,4 @@ const vocabulary = 'http://www.andymatuschak.org/xml-namespaces/sparkle';
 const feed = (...items) =>
   `<?xml version="1.0" encoding="utf-8"?>\n<rss version="2.0" xmlns:sparkle="${vocabulary}"><channel><title>Changes</title>${items.join('\n')}</channel></rss>`;
 
-module.exports = { makeKeys, makeBundle, item, feed, vocabulary };
+module.exports = { makeAppImage, makeKeys, makeBundle, item, feed, vocabulary };

@@ -1,22 +1,30 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Base/Result.h"
 #include "Platform/Updater.h"
 
 namespace tessaro::platform {
 
-// The items of a feed in their order; nothing, with the reason, when the text is no feed. Any text may be given.
-[[nodiscard]] std::optional<std::vector<AppcastItem>> ReadAppcast(std::string_view text, std::string& reason) noexcept;
+// Which of several elements with the same name counts: enclosures for this system (as "sparkle:os" names it), texts in
+// the first of these languages. Otherwise the first one that names no system or language.
+struct AppcastPreferences {
+  std::string system;
+  std::vector<std::string> languages;
+};
 
-// The property of that name, or the attribute of that name; nullptr where there is none.
+// The items of a feed in their order. Any text may be given; one that is no feed fails.
+[[nodiscard]] Result<std::vector<AppcastItem>> ReadAppcast(std::string_view text,
+                                                           const AppcastPreferences& preferences) noexcept;
+
+// The first property of that name; nullptr if there is none.
 [[nodiscard]] const AppcastProperty* FindProperty(const std::vector<AppcastProperty>& properties,
                                                   std::string_view name) noexcept;
 
-// The text of what FindProperty() finds, or else nothing.
+// The text of that property; empty if there is none.
 [[nodiscard]] std::string_view TextOfProperty(const std::vector<AppcastProperty>& properties,
                                               std::string_view name) noexcept;
 

@@ -12,42 +12,38 @@ namespace tessaro::platform {
 
 namespace {
 
-constexpr std::string_view kThisSystem = "linux";
-// The channel of what names none.
-constexpr std::string_view kEverybodysChannel = "stable";
+// The channel of items that name none.
+constexpr std::string_view kDefaultChannel = "stable";
 
-std::optional<std::uint64_t> NumberFrom(std::string_view text) {
-  std::uint64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+// Some feeds say 0 for an unknown length.
+std::optional<std::uint64_t> LengthFrom(std::string_view text) {
+  std::uint64_t length = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+  const bool isNumber = error == std::errc() && end == text.data() + text.size();
+  return isNumber && length > 0 ? std::optional(length) : std::nullopt;
 }
 
-const std::vector<AppcastProperty>& EnclosureOf(const AppcastItem& item) {
-  static const auto& none = *new std::vector<AppcastProperty>();
+std::string_view OfEnclosure(const AppcastItem& item, std::string_view name) {
   const AppcastProperty* enclosure = FindProperty(item.properties, "enclosure");
-  return enclosure != nullptr ? enclosure->attributes : none;
+  return enclosure != nullptr ? TextOfProperty(enclosure->parts, name) : std::string_view();
 }
 
 UpdateFile FileOf(const AppcastItem& item) {
-  const auto& enclosure = EnclosureOf(item);
-  const auto signature = UpdateSignatureFrom(TextOfProperty(enclosure, "sparkle:edSignature"));
-  return {std::string(TextOfProperty(enclosure, "url")), NumberFrom(TextOfProperty(enclosure, "length")),
+  const auto signature = UpdateSignatureFrom(OfEnclosure(item, "sparkle:edSignature"));
+  return {std::string(OfEnclosure(item, "url")), LengthFrom(OfEnclosure(item, "length")),
           signature.value_or(UpdateSignature())};
-}
-
-bool IsForThisSystem(const AppcastItem& item) {
-  const std::string_view system = TextOfProperty(EnclosureOf(item), "sparkle:os");
-  return system.empty() || system == kThisSystem;
 }
 
 bool IsInChannel(const AppcastItem& item, std::string_view channel) {
   const std::string_view its = TextOfProperty(item.properties, "sparkle:channel");
-  return its.empty() || its == kEverybodysChannel || its == channel;
+  return its.empty() || its == kDefaultChannel || its == channel;
 }
 
-// A system that tells no version is too old for those that want one.
-std::optional<Unsuitable> JudgeSystem(const AppcastItem& item, std::string_view version) {
-  if (!IsForThisSystem(item)) return Unsuitable::OtherSystem;
+// A system without a version is too old for items that require one.
+std::optional<Unsuitable> JudgeSystem(const AppcastItem& item, const UpdateSettings& settings) {
+  const std::string_view version = settings.systemVersion;
+  const std::string_view system = OfEnclosure(item, "sparkle:os");
+  if (!system.empty() && system != settings.preferences.system) return Unsuitable::OtherSystem;
   const std::string_view least = TextOfProperty(item.properties, "sparkle:minimumSystemVersion");
   if (!least.empty() && std::is_lt(CompareVersions(version, least))) return Unsuitable::SystemTooOld;
   const std::string_view most = TextOfProperty(item.properties, "sparkle:maximumSystemVersion");
@@ -56,26 +52,25 @@ std::optional<Unsuitable> JudgeSystem(const AppcastItem& item, std::string_view 
 }
 
 std::optional<Unsuitable> JudgeFile(const AppcastItem& item) {
-  const auto& enclosure = EnclosureOf(item);
-  if (!IsTrustworthyAddress(TextOfProperty(enclosure, "url"))) return Unsuitable::NoFile;
-  if (!UpdateSignatureFrom(TextOfProperty(enclosure, "sparkle:edSignature"))) return Unsuitable::NotSigned;
+  if (!IsTrustworthyAddress(OfEnclosure(item, "url"))) return Unsuitable::NoFile;
+  if (!UpdateSignatureFrom(OfEnclosure(item, "sparkle:edSignature"))) return Unsuitable::NotSigned;
   return std::nullopt;
 }
 
 std::optional<Unsuitable> Judge(const AppcastItem& item, const UpdateSettings& settings) {
   if (item.version.empty()) return Unsuitable::NoVersion;
   if (std::is_lteq(CompareVersions(item.version, settings.currentVersion))) return Unsuitable::NotNewer;
-  if (const auto reason = JudgeSystem(item, settings.systemVersion)) return reason;
+  if (item.version == settings.skippedVersion) return Unsuitable::Skipped;
+  if (const auto reason = JudgeSystem(item, settings)) return reason;
   if (!IsInChannel(item, settings.channel)) return Unsuitable::OtherChannel;
   return JudgeFile(item);
 }
 
 }  // namespace
 
-std::optional<UpdateDecision> DecideUpdate(std::string_view feed, const UpdateSettings& settings,
-                                           std::string& reason) noexcept {
-  auto items = ReadAppcast(feed, reason);
-  if (!items) return std::nullopt;
+Result<UpdateDecision> DecideUpdate(std::string_view feed, const UpdateSettings& settings) noexcept {
+  auto items = ReadAppcast(feed, settings.preferences);
+  if (!items) return tl::unexpected(std::move(items.error()));
   UpdateDecision decision{std::move(*items), {}, std::nullopt, {}};
   for (std::size_t i = 0; i < decision.items.size(); ++i) {
     const auto judgement = decision.judgements.emplace_back(Judge(decision.items[i], settings));

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Result.h"
+#include "Platform/Common/Appcast.h"
 #include "Platform/Common/UpdateSignature.h"
 #include "Platform/Updater.h"
 
@@ -17,14 +19,26 @@ struct UpdateSettings {
   std::string currentVersion;
   std::string systemVersion;
   std::string channel;
+  AppcastPreferences preferences;
+  std::string skippedVersion;  // by the user; empty for none
 };
 
 // Why an item of the feed is no update; the first reason counts.
-enum class Unsuitable { NoVersion, NotNewer, OtherSystem, SystemTooOld, SystemTooNew, OtherChannel, NoFile, NotSigned };
+enum class Unsuitable {
+  NoVersion,
+  NotNewer,
+  Skipped,
+  OtherSystem,
+  SystemTooOld,
+  SystemTooNew,
+  OtherChannel,
+  NoFile,
+  NotSigned,
+};
 
 struct UpdateFile {
   std::string url;
-  std::optional<std::uint64_t> length;  // in bytes, where the feed tells
+  std::optional<std::uint64_t> length;  // in bytes, if the feed says so
   UpdateSignature signature{};
 };
 
@@ -35,10 +49,9 @@ struct UpdateDecision {
   UpdateFile file;                                    // where there is an update
 };
 
-// Chooses an update from a feed, which may be any text. It is newer than the current version, for this system and
-// channel, and names its file's address and signature, which remain to be verified. Nothing, with the reason, when the
-// text is no feed. Depends on nothing but its arguments.
-[[nodiscard]] std::optional<UpdateDecision> DecideUpdate(std::string_view feed, const UpdateSettings& settings,
-                                                         std::string& reason) noexcept;
+// Chooses an update from a feed, which may be any text; one that is no feed fails. The update is newer than the current
+// version, for this system and channel, and names its file's address and signature, which remain to be verified.
+// Depends on nothing but its arguments.
+[[nodiscard]] Result<UpdateDecision> DecideUpdate(std::string_view feed, const UpdateSettings& settings) noexcept;
 
 }  // namespace tessaro::platform

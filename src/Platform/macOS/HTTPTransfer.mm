@@ -112,7 +112,7 @@ class SystemTransfer final : public HTTPTransfer {
 
   void FailLater(std::string reason) {
     MainQueue::Shared().Post([isAlive = std::weak_ptr(isAlive_), this, reason = std::move(reason)] {
-      if (!isAlive.expired()) client_.Failed(reason);
+      if (!isAlive.expired()) client_.Ended(Fail(reason));
     });
   }
 
@@ -145,10 +145,7 @@ class SystemTransfer final : public HTTPTransfer {
     [Session::Shared().delegate() removeTask:task_];
     [task_ cancel];
     task_ = nullptr;
-    if (failure.empty())
-      client.Finished();
-    else
-      client.Failed(failure);
+    client.Ended(failure.empty() ? Result<void>() : Fail(failure));
   }
 
  private:

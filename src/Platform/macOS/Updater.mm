@@ -30,7 +30,7 @@ AppcastProperty PropertyOf(NSString* name, id value) {
     return property;
   }
   for (NSString* key in value) {
-    property.attributes.push_back({TsStdString(key), TsStdString([[value objectForKey:key] description]), {}});
+    property.parts.push_back({TsStdString(key), TsStdString([[value objectForKey:key] description]), {}});
   }
   return property;
 }
@@ -71,24 +71,30 @@ class SparkleUpdater final : public Updater {
   }
   void ResetUpdateCycle() override { [updater_ resetUpdateCycle]; }
 
-  void CheckForUpdates() override {
-    if (updater_ == nil) return FindNothing();
-    [updater_ checkForUpdates:nil];
+  // Sparkle has an interface of its own, which cancels as well.
+  bool CheckForUpdates(UpdaterInterface*) override {
+    if (Begin(false)) [updater_ checkForUpdates:nil];
+    return true;
   }
-  void CheckForUpdatesInBackground() override {
-    if (updater_ == nil) return FindNothing();
-    [updater_ checkForUpdatesInBackground];
+  bool CheckForUpdatesInBackground() override {
+    if (Begin(false)) [updater_ checkForUpdatesInBackground];
+    return true;
   }
-  void CheckForUpdateInformation() override {
-    if (updater_ == nil) return FindNothing();
-    [updater_ checkForUpdateInformation];
+  bool CheckForUpdateInformation() override {
+    if (Begin(true)) [updater_ checkForUpdateInformation];
+    return true;
   }
+  void Cancel() override {}
 
  private:
-  void FindNothing() {
+  // False without Sparkle: then nothing is found.
+  [[nodiscard]] bool Begin(bool onlyInformation) {
+    if (delegate_ != nullptr) delegate_->WillCheck(onlyInformation);
+    if (updater_ != nil) return true;
     MainQueue::Shared().Post([this] {
       if (delegate_ != nullptr) delegate_->FoundNoUpdate();
     });
+    return false;
   }
 
   const id updater_;
@@ -153,7 +159,7 @@ Updater& Updater::Shared() {
 }
 
 - (void)updater:(SUUpdater*)updater didAbortWithError:(NSError*)error {
-  _delegate->Failed(tessaro::platform::ReasonOf(error));
+  TsLogTextWarning(tessaro::platform::ReasonOf(error));
 }
 
 @end

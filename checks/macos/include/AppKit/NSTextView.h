@@ -26,6 +26,13 @@ APPKIT_EXTERN NSNotificationName const NSTextDidChangeNotification;
 @property(readonly) BOOL hasMarkedText;
 @end
 
+@interface NSProgressIndicator : NSView
+@property(getter=isIndeterminate) BOOL indeterminate;
+@property double doubleValue;
+- (void)startAnimation:(id)sender;
+- (void)stopAnimation:(id)sender;
+@end
+
 @interface NSScrollView : NSView
 @property(readonly) NSSize contentSize;
 @property NSBorderType borderType;

@@ -53,18 +53,18 @@ class OpenedLibrary {
 };
 
 // In the form of all descriptions.
-std::string Impossible(const std::string& reason) {
-  const std::string text = "This system can't make requests.";
+std::string DescribeMissingLibrary(const std::string& reason) {
+  const std::string text = "HTTP is unavailable: TessaroTransfers.so could not be loaded.";
   return "Error Domain=NSURLErrorDomain Code=-1 \"" + text + "\" UserInfo={NSLocalizedDescription=" + text +
          ", NSUnderlyingError=" + reason + "}";
 }
 
-// What a system without libcurl gives.
-class ImpossibleTransfer final : public HTTPTransfer {
+// Every transfer on a system without libcurl.
+class FailedTransfer final : public HTTPTransfer {
  public:
-  ImpossibleTransfer(const std::string& reason, HTTPTransferClient& client) {
+  FailedTransfer(const std::string& reason, HTTPTransferClient& client) {
     MainQueue::Shared().Post([alive = std::weak_ptr(alive_), &client, reason] {
-      if (!alive.expired()) client.Failed(Impossible(reason));
+      if (!alive.expired()) client.Ended(Fail(-1, DescribeMissingLibrary(reason)));
     });
   }
 
@@ -77,7 +77,7 @@ class ImpossibleTransfer final : public HTTPTransfer {
 std::unique_ptr<HTTPTransfer> HTTPTransfer::Start(const HTTPRequest& request, HTTPTransferClient& client) noexcept {
   const OpenedLibrary& opened = OpenedLibrary::Shared();
   if (opened.library() != nullptr) return opened.library()->Start(request, client);
-  return std::make_unique<ImpossibleTransfer>(opened.error(), client);
+  return std::make_unique<FailedTransfer>(opened.error(), client);
 }
 
 }  // namespace tessaro::platform

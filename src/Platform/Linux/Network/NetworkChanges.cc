@@ -59,7 +59,7 @@ bool NetworkChanges::Open() noexcept {
 void NetworkChanges::Receive() noexcept {
   std::array<char, 1> beginning;
   bool isChanged = false;
-  // Messages that the kernel had no room for show as ENOBUFS, once.
+  // ENOBUFS, once, stands for dropped messages.
   while (recv(socket_.get(), beginning.data(), beginning.size(), MSG_TRUNC) >= 0 || errno == ENOBUFS) isChanged = true;
   if (!isChanged) return;
   for (const Listener& listener : listeners_) listener();

@@ -9,15 +9,15 @@
 
 namespace tessaro::platform {
 
-// Tells of changes of links, addresses and routes, from the event loop. Main thread only.
+// Reports changes of links, addresses and routes, from the event loop. Main thread only.
 //
-// What has changed is not told: the kernel drops messages when there are many, and takes routes away without a message
-// when their link goes down. Who listens looks for itself.
+// A report doesn't say what has changed: the kernel drops messages when there are many, and removes routes without a
+// message when their link goes down. Listeners read the state themselves.
 class NetworkChanges {
  public:
   using Listener = std::function<void()>;
 
-  // Ends the listening when it is destroyed.
+  // Unsubscribes when it is destroyed.
   class Subscription {
    public:
     Subscription() = default;
@@ -38,7 +38,7 @@ class NetworkChanges {
 
   static NetworkChanges& Shared();
 
-  // No subscription when the kernel gives no messages here.
+  // An empty subscription when the kernel sends no messages here.
   [[nodiscard]] Subscription Listen(Listener listener) noexcept;
 
   // Leaves the event loop for good.

@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::chrono::seconds kLookUpDeadline{2};
 
-// Addresses that nobody has: the way to them is the way to the internet, whatever tables and rules lead there.
+// Reserved addresses: the route to them is the route to the internet, through whatever tables and rules.
 constexpr IPAddress kAnywhereV4 = {IPAddress::Family::V4, {192, 0, 2, 1}};
 constexpr IPAddress kAnywhereV6 = {IPAddress::Family::V6, {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}};
 
@@ -50,7 +50,7 @@ IPAddress AddressOf(const addrinfo& found) {
   return address;
 }
 
-// Of several addresses the first that there is a way to.
+// Of several addresses, the flags of the first one with a route.
 std::optional<ReachabilityFlags> FlagsOfHost(const std::string& name) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;
@@ -64,7 +64,7 @@ std::optional<ReachabilityFlags> FlagsOfHost(const std::string& name) {
   return flags;
 }
 
-// What a watch and the tasks on its queue share. Everything but the two flags is the queue's.
+// The state that a watch and the tasks on its queue share. Only the two atomics are used outside the queue.
 struct Watching {
   std::shared_ptr<SerialQueue> queue;
   std::function<std::optional<ReachabilityFlags>()> read;
@@ -74,7 +74,7 @@ struct Watching {
   std::atomic<bool> isPending = false;
 
   // On the queue.
-  void Look() {
+  void Check() {
     isPending = false;
     const auto now = read();
     if (isOver || now == known) return;
@@ -106,7 +106,7 @@ class Target final : public NetworkReachability {
     watching->read = read_;
     watching->changed = std::move(changed);
     subscription_ = NetworkChanges::Shared().Listen([watching] {
-      if (!watching->isPending.exchange(true)) watching->queue->Post([watching] { watching->Look(); });
+      if (!watching->isPending.exchange(true)) watching->queue->Post([watching] { watching->Check(); });
     });
     if (!subscription_) return false;
     if (speed_ == Speed::Quick) {

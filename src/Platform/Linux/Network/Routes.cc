@@ -30,7 +30,7 @@ Question RouteTo(const IPAddress& address) {
   question.header.nlmsg_len = static_cast<std::uint32_t>(NLMSG_LENGTH(sizeof(rtmsg)) + RTA_LENGTH(length));
   question.route.rtm_family = isV4 ? AF_INET : AF_INET6;
   question.route.rtm_dst_len = static_cast<unsigned char>(length * 8);
-  // The entry of the table, which also knows of a cable that is unplugged.
+  // The table's entry, whose flags also show an unplugged cable.
   question.route.rtm_flags = RTM_F_FIB_MATCH;
   question.attribute.rta_type = RTA_DST;
   question.attribute.rta_len = static_cast<unsigned short>(RTA_LENGTH(length));

@@ -6,8 +6,8 @@
 
 namespace tessaro::platform {
 
-// The way that the kernel's routing takes to `address`, as a reachability word; 0 when there is none. Nothing when the
-// kernel would not say. Any thread; takes some microseconds.
+// The kernel's route to `address` as a reachability word; 0 without a route. Nothing when the kernel refuses to answer.
+// Any thread; takes some microseconds.
 [[nodiscard]] std::optional<ReachabilityFlags> FlagsOfRouteTo(const IPAddress& address) noexcept;
 
 }  // namespace tessaro::platform

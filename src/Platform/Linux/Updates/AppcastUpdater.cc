@@ -4,6 +4,7 @@
 #include <compare>
 #include <utility>
 
+#include "Base/TsLog.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Common/UpdateAddress.h"
@@ -17,6 +18,7 @@ namespace tessaro::platform {
 
 namespace {
 
+constexpr char kSystem[] = "linux";
 constexpr std::size_t kLongestFeed = 4 * 1024 * 1024;
 constexpr std::size_t kLongestFile = 512 * 1024 * 1024;
 constexpr auto kProfileInterval = std::chrono::hours(7 * 24);
@@ -34,18 +36,17 @@ AppcastUpdater::AppcastUpdater() : timer_([this] { CheckIfDue(); }) {}
 
 void AppcastUpdater::SetDelegate(UpdaterDelegate& delegate) {
   delegate_ = &delegate;
-  MainQueue::Shared().Post([this] { TellOfRelaunch(); });
+  MainQueue::Shared().Post([this] { ReportRelaunch(); });
   ResetUpdateCycle();
 }
 
 void AppcastUpdater::Close() noexcept {
-  ++number_;
+  Cancel();
   delegate_ = nullptr;
   timer_.Set(std::nullopt);
-  download_.reset();
 }
 
-void AppcastUpdater::TellOfRelaunch() {
+void AppcastUpdater::ReportRelaunch() {
   const std::string installed = defaults_.InstalledVersion();
   if (installed.empty() || std::is_lt(CompareVersions(ReadUpdateInformation().version, installed))) return;
   defaults_.SetInstalledVersion({});
@@ -63,37 +64,57 @@ void AppcastUpdater::ResetUpdateCycle() {
 
 UpdateDefaults::Time AppcastUpdater::NextCheck() const {
   const auto last = defaults_.LastCheck();
-  // A check that lies ahead was made before somebody set the clock back.
+  // A last check in the future was made before the clock was set back.
   return last && *last <= Now() ? *last + interval_ : Now();
 }
 
 void AppcastUpdater::CheckIfDue() {
-  if (NextCheck() <= Now()) return CheckForUpdatesInBackground();
-  ResetUpdateCycle();
+  if (NextCheck() > Now() || !CheckForUpdatesInBackground()) ResetUpdateCycle();
 }
 
 // ---- A check
 
-void AppcastUpdater::Check(Kind kind) {
-  if (delegate_ == nullptr) return;
+bool AppcastUpdater::Check(Kind kind, UpdaterInterface* interface) {
+  if (delegate_ == nullptr) return false;
   defaults_.SetLastCheck(Now());
   ResetUpdateCycle();
-  if (isInstalling_ || (download_ != nullptr && kind < kind_)) return;
+  if (!MayBegin(kind)) {
+    TsLogTextInfo("A check for updates is left out because another one is running");
+    if (interface != nullptr) interface->ShowInstalling();
+    return false;
+  }
+  if (stage_ != Stage::Idle) TsLogTextInfo("A check for updates is replaced by a later one");
 
-  const unsigned number = ++number_;
+  Cancel();
+  const unsigned number = number_;
   kind_ = kind;
+  stage_ = Stage::Fetching;
+  interface_ = interface;
+  delegate_->WillCheck(kind == Kind::Information);
+  Show([](UpdaterInterface& shown) { shown.ShowChecking(); });
   information_ = ReadUpdateInformation();
-  download_.reset();
   if (!IsTrustworthyAddress(information_.feedURL)) {
-    return MainQueue::Shared().Post([this, number] {
+    MainQueue::Shared().Post([this, number] {
       if (number == number_) FindNothing("The feed's address is missing or not secure: " + information_.feedURL);
     });
+    return true;
   }
-  settings_ = {information_.version, Version(), delegate_->Channel()};
+  channel_ = delegate_->Channel();
   const std::string url = FeedAddress();
-  // Whoever gives the parameters may have begun another one.
-  if (number != number_) return;
-  Fetch(url, kLongestFeed, [this](Download::Result result) { ReceiveFeed(std::move(result)); });
+  // The script that gives the parameters may have begun another check.
+  if (number == number_) Fetch(url, kLongestFeed, [this](auto contents) { ReceiveFeed(std::move(contents)); });
+  return true;
+}
+
+bool AppcastUpdater::MayBegin(Kind kind) const {
+  return stage_ == Stage::Idle || (stage_ != Stage::Installing && kind >= kind_);
+}
+
+void AppcastUpdater::Cancel() {
+  ++number_;
+  stage_ = Stage::Idle;
+  interface_ = nullptr;
+  download_.reset();
 }
 
 std::string AppcastUpdater::FeedAddress() {
@@ -103,107 +124,161 @@ std::string AppcastUpdater::FeedAddress() {
   return WithParameters(information_.feedURL, delegate_->FeedParameters(sendsProfile));
 }
 
-void AppcastUpdater::ReceiveFeed(Download::Result result) {
-  if (!result.failure.empty()) return FindNothing("The feed can't be fetched: " + result.failure);
-  std::string reason;
-  auto decision = DecideUpdate(result.bytes, settings_, reason);
-  if (!decision) return FindNothing("The feed can't be read: " + reason);
+UpdateSettings AppcastUpdater::Settings() const {
+  const std::string skipped = kind_ == Kind::Background ? defaults_.SkippedVersion() : std::string();
+  return {information_.version, Version(), channel_, {kSystem, PreferredLanguages()}, skipped};
+}
+
+void AppcastUpdater::ReceiveFeed(Result<std::string> contents) {
+  if (!contents) return FindNothing("The feed can't be fetched: " + contents.error().message);
+  auto decision = DecideUpdate(*contents, Settings());
+  if (!decision) return FindNothing("The feed can't be read: " + decision.error().message);
   Announce(std::move(*decision));
 }
 
 void AppcastUpdater::Announce(UpdateDecision decision) {
-  if (!Tell([&](UpdaterDelegate& delegate) { delegate.FinishedLoadingAppcast(decision.items); })) return;
+  if (!Notify([&](UpdaterDelegate& delegate) { delegate.FinishedLoadingAppcast(decision.items); })) return;
   if (!decision.update) {
-    static_cast<void>(Tell([](UpdaterDelegate& delegate) { delegate.FoundNoUpdate(); }));
-    return;
+    stage_ = Stage::Idle;
+    if (!Notify([](UpdaterDelegate& delegate) { delegate.FoundNoUpdate(); })) return;
+    return Show([](UpdaterInterface& interface) { interface.ShowUpToDate(); });
   }
   const auto key = UpdateKeyFrom(information_.publicKey);
   if (!key) return FindNothing("No update can be verified: the public key is missing or malformed");
-  AppcastItem& item = decision.items[*decision.update];
-  if (!Tell([&](UpdaterDelegate& delegate) { delegate.FoundUpdate(item); })) return;
-  const bool isWanted = kind_ == Kind::User || (kind_ == Kind::Background && defaults_.AutomaticallyUpdates());
-  if (isWanted) Install(std::move(item), std::move(decision.file), *key);
+  const auto installation = std::make_shared<Installation>();
+  installation->item = std::move(decision.items[*decision.update]);
+  installation->file = std::move(decision.file);
+  installation->key = *key;
+  stage_ = Stage::Idle;
+  if (Notify([&](UpdaterDelegate& delegate) { delegate.FoundUpdate(installation->item); })) Offer(installation);
 }
 
 void AppcastUpdater::FindNothing(const std::string& reason) {
-  static_cast<void>(Tell([&](UpdaterDelegate& delegate) {
-    delegate.Failed(reason);
-    delegate.FoundNoUpdate();
-  }));
+  stage_ = Stage::Idle;
+  TsLogTextWarning(reason);
+  if (!Notify([](UpdaterDelegate& delegate) { delegate.FoundNoUpdate(); })) return;
+  Show([&](UpdaterInterface& interface) { interface.ShowFailure(reason); });
 }
 
 // ---- An installation
 
-void AppcastUpdater::Install(AppcastItem item, UpdateFile file, const UpdateKey& key) {
-  const auto installation = std::make_shared<Installation>(
-      Installation{std::move(item), std::move(file), key, AppImageOf(information_.bundle), {}, false, {}});
+void AppcastUpdater::Offer(const SharedInstallation& installation) {
+  const bool isAutomatic = kind_ != Kind::Information && defaults_.AutomaticallyUpdates();
+  if (kind_ != Kind::User && !isAutomatic) return;
   if (installed_ && std::is_lteq(CompareVersions(installation->item.version, *installed_))) {
-    return EndInstallation(installation, "it is there already, and waits for the next start");
+    Show([&](UpdaterInterface& interface) { interface.ShowInstalled(installation->item); });
+    return TsLogTextInfo("Update " + installation->item.version + " is installed already, for the next launch");
   }
+  installation->target = AppImageOf(information_.bundle);
   if (installation->target.empty()) {
-    return EndInstallation(installation, "the application is no AppImage, and updated by its package manager");
+    return Refuse(installation, "the application is not an AppImage, so its package manager updates it");
   }
-  isInstalling_ = true;
-  const std::size_t limit = std::min<std::uint64_t>(installation->file.length.value_or(kLongestFile), kLongestFile);
-  Fetch(installation->file.url, limit, [=, this](Download::Result result) {
-    if (!result.failure.empty()) return EndInstallation(installation, result.failure);
-    installation->bytes = std::move(result.bytes);
-    Verify(installation);
+  if (interface_ != nullptr) return Ask(installation);
+  if (isAutomatic) return Install(installation);
+  Refuse(installation, "there is no display to ask the user on");
+}
+
+void AppcastUpdater::Ask(const SharedInstallation& installation) {
+  stage_ = Stage::Asking;
+  Show([&](UpdaterInterface& interface) {
+    interface.ShowUpdate(installation->item, [this, installation, number = number_](UpdaterInterface::Choice choice) {
+      if (number == number_ && stage_ == Stage::Asking) Choose(installation, choice);
+    });
   });
 }
 
+void AppcastUpdater::Choose(const SharedInstallation& installation, UpdaterInterface::Choice choice) {
+  stage_ = Stage::Idle;
+  const bool isSkipped = choice == UpdaterInterface::Choice::Skip;
+  if (choice != UpdaterInterface::Choice::Later) {
+    defaults_.SetSkippedVersion(isSkipped ? installation->item.version : std::string());
+  }
+  if (choice == UpdaterInterface::Choice::Install) Install(installation);
+}
+
+void AppcastUpdater::Install(const SharedInstallation& installation) {
+  stage_ = Stage::Installing;
+  const auto length = installation->file.length;
+  const std::size_t limit = std::min<std::uint64_t>(length.value_or(kLongestFile), kLongestFile);
+  Fetch(
+      installation->file.url, limit,
+      [=, this](Result<std::string> contents) {
+        if (!contents) return Refuse(installation, contents.error().message);
+        installation->bytes = std::move(*contents);
+        Verify(installation);
+      },
+      [=, this](std::size_t received) {
+        Show([&](UpdaterInterface& interface) { interface.ShowProgress(received, length); });
+      });
+}
+
 void AppcastUpdater::Verify(const SharedInstallation& installation) {
-  Elsewhere(
+  InBackground(
       [installation] {
-        installation->isSigned = IsSigned(installation->bytes, installation->file.signature, installation->key);
+        const auto& [item, file, key, target, bytes, _] = *installation;
+        const bool isSigned = IsSigned(bytes, file.signature, key);
+        installation->outcome = isSigned ? CheckNewAppImage(bytes, item.version, target)
+                                         : Fail("its file doesn't match the feed's signature");
       },
       [installation, this] {
-        if (installation->isSigned) return Replace(installation);
-        EndInstallation(installation, "its file doesn't have the signature that the feed tells");
+        if (!installation->outcome) return Refuse(installation, installation->outcome.error().message);
+        Replace(installation);
       });
 }
 
 void AppcastUpdater::Replace(const SharedInstallation& installation) {
-  if (!Tell([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
-  // The version that runs goes on running; the next start is the new one's, even if this process doesn't get further.
+  if (!Notify([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
+  // Before the file is replaced: its next start is the new version's, even if this process doesn't get further.
   defaults_.SetInstalledVersion(installation->item.version);
-  Elsewhere([installation] { installation->error = ReplaceFile(installation->target, installation->bytes); },
-            [installation, this] { EndReplacement(installation); });
+  InBackground(
+      [installation] {
+        const auto error = ReplaceFile(installation->target, installation->bytes);
+        if (error) installation->outcome = Fail(error.value(), error.message());
+      },
+      [installation, this] { EndReplacement(installation); });
 }
 
 void AppcastUpdater::EndReplacement(const SharedInstallation& installation) {
-  if (installation->error) {
+  if (!installation->outcome) {
     defaults_.SetInstalledVersion({});
-    return EndInstallation(installation, installation->error.message());
+    return Refuse(installation, installation->outcome.error().message);
   }
+  stage_ = Stage::Idle;
   installed_ = installation->item.version;
-  EndInstallation(installation, {});
+  Show([&](UpdaterInterface& interface) { interface.ShowInstalled(installation->item); });
 }
 
-void AppcastUpdater::EndInstallation(const SharedInstallation& installation, const std::string& failure) {
-  isInstalling_ = false;
-  if (failure.empty()) return;
-  static_cast<void>(Tell([&](UpdaterDelegate& delegate) {
-    delegate.Failed("Update " + installation->item.version + " is not installed: " + failure);
-  }));
+void AppcastUpdater::Refuse(const SharedInstallation& installation, const std::string& reason) {
+  stage_ = Stage::Idle;
+  const std::string sentence = "Update " + installation->item.version + " is not installed: " + reason;
+  TsLogTextWarning(sentence);
+  Show([&](UpdaterInterface& interface) { interface.ShowFailure(sentence); });
 }
 
 // ----
 
-void AppcastUpdater::Fetch(const std::string& url, std::size_t limit, Download::Done done) {
-  download_ = std::make_unique<Download>(url, limit, [this, done = std::move(done)](Download::Result result) {
-    download_.reset();
-    WithAutoreleasePool([&] { done(std::move(result)); });
-  });
+void AppcastUpdater::Fetch(const std::string& url, std::size_t limit, Download::Done done,
+                           Download::Progress progress) {
+  download_ = std::make_unique<Download>(
+      url, limit,
+      [this, done = std::move(done)](Result<std::string> contents) {
+        download_.reset();
+        WithAutoreleasePool([&] { done(std::move(contents)); });
+      },
+      std::move(progress));
 }
 
-bool AppcastUpdater::Tell(const std::function<void(UpdaterDelegate&)>& call) {
+bool AppcastUpdater::Notify(const std::function<void(UpdaterDelegate&)>& call) {
   const unsigned number = number_;
   if (delegate_ != nullptr) WithAutoreleasePool([&] { call(*delegate_); });
   return number == number_;
 }
 
-void AppcastUpdater::Elsewhere(std::function<void()> work, std::function<void()> rest) {
+void AppcastUpdater::Show(const std::function<void(UpdaterInterface&)>& call) {
+  if (interface_ != nullptr) WithAutoreleasePool([&] { call(*interface_); });
+}
+
+void AppcastUpdater::InBackground(std::function<void()> work, std::function<void()> rest) {
   BackgroundQueue::Shared().Post([this, number = number_, work = std::move(work), rest = std::move(rest)] {
     work();
     MainQueue::Shared().Post([this, number, rest] {

@@ -4,9 +4,9 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 
 #include "Base/Lifetime.h"
+#include "Base/Result.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/Download.h"
@@ -24,9 +24,10 @@ class AppcastUpdater final : public Updater {
   void SetUpdateCheckInterval(std::chrono::seconds interval) override { interval_ = interval; }
   void SetAutomaticallyChecks(bool automatically) override;
   void ResetUpdateCycle() override;
-  void CheckForUpdates() override { Check(Kind::User); }
-  void CheckForUpdatesInBackground() override { Check(Kind::Background); }
-  void CheckForUpdateInformation() override { Check(Kind::Information); }
+  bool CheckForUpdates(UpdaterInterface* interface) override { return Check(Kind::User, interface); }
+  bool CheckForUpdatesInBackground() override { return Check(Kind::Background, nullptr); }
+  bool CheckForUpdateInformation() override { return Check(Kind::Information, nullptr); }
+  void Cancel() override;
 
   // Ends a running check silently, and all automatic ones.
   static constexpr EndStage kEnd = EndStage::Services;
@@ -35,6 +36,7 @@ class AppcastUpdater final : public Updater {
  private:
   // The later ones do more.
   enum class Kind { Information, Background, User };
+  enum class Stage { Idle, Fetching, Asking, Installing };
 
   // An update on its way onto the disk.
   struct Installation {
@@ -43,33 +45,39 @@ class AppcastUpdater final : public Updater {
     UpdateKey key{};
     std::filesystem::path target;
     std::string bytes;
-    bool isSigned = false;
-    std::error_code error;
+    Result<void> outcome;  // of the last step
   };
   using SharedInstallation = std::shared_ptr<Installation>;
 
-  void TellOfRelaunch();
+  void ReportRelaunch();
   void CheckIfDue();
   [[nodiscard]] UpdateDefaults::Time NextCheck() const;
 
-  void Check(Kind kind);
+  bool Check(Kind kind, UpdaterInterface* interface);
+  [[nodiscard]] bool MayBegin(Kind kind) const;
+  [[nodiscard]] UpdateSettings Settings() const;
   [[nodiscard]] std::string FeedAddress();
-  void ReceiveFeed(Download::Result result);
+  void ReceiveFeed(Result<std::string> contents);
   void Announce(UpdateDecision decision);
   void FindNothing(const std::string& reason);
 
-  void Install(AppcastItem item, UpdateFile file, const UpdateKey& key);
+  void Offer(const SharedInstallation& installation);
+  void Ask(const SharedInstallation& installation);
+  void Choose(const SharedInstallation& installation, UpdaterInterface::Choice choice);
+  void Install(const SharedInstallation& installation);
   void Verify(const SharedInstallation& installation);
   void Replace(const SharedInstallation& installation);
   void EndReplacement(const SharedInstallation& installation);
-  void EndInstallation(const SharedInstallation& installation, const std::string& failure);
+  void Refuse(const SharedInstallation& installation, const std::string& reason);
 
-  void Fetch(const std::string& url, std::size_t limit, Download::Done done);
+  void Fetch(const std::string& url, std::size_t limit, Download::Done done, Download::Progress progress = nullptr);
 
-  // Calls the delegate. False when the check that it belongs to is not the running one any more.
-  [[nodiscard]] bool Tell(const std::function<void(UpdaterDelegate&)>& call);
+  // Calls the delegate. False when the check is not the running one any more.
+  [[nodiscard]] bool Notify(const std::function<void(UpdaterDelegate&)>& call);
+  // Calls the interface, if the check has one.
+  void Show(const std::function<void(UpdaterInterface&)>& call);
   // Does `work` on another thread, and then, if the check is still the running one, the rest on the main thread.
-  void Elsewhere(std::function<void()> work, std::function<void()> rest);
+  void InBackground(std::function<void()> work, std::function<void()> rest);
 
   UpdateDefaults defaults_;
   UpdaterDelegate* delegate_ = nullptr;
@@ -78,10 +86,11 @@ class AppcastUpdater final : public Updater {
 
   unsigned number_ = 0;  // of the running check
   Kind kind_ = Kind::Information;
-  bool isInstalling_ = false;
-  std::optional<std::string> installed_;  // the version that replaced the one that runs
+  Stage stage_ = Stage::Idle;
+  UpdaterInterface* interface_ = nullptr;
+  std::optional<std::string> installed_;  // the version that starts with the next launch
   UpdateInformation information_;
-  UpdateSettings settings_;
+  std::string channel_;
   std::unique_ptr<Download> download_;
 };
 

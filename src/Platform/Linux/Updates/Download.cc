@@ -14,7 +14,8 @@ constexpr int kOk = 200;
 
 }  // namespace
 
-Download::Download(std::string url, std::size_t limit, Done done) : limit_(limit), done_(std::move(done)) {
+Download::Download(std::string url, std::size_t limit, Done done, Progress progress)
+    : limit_(limit), done_(std::move(done)), progress_(std::move(progress)) {
   Start(std::move(url));
 }
 
@@ -30,27 +31,31 @@ bool Download::Keep(std::span<const char> piece) noexcept {
 
 void Download::RefusedRedirect(int, std::string_view location) noexcept {
   std::string target(location);
-  if (++redirects_ > kMostRedirects) return End("too many redirects");
-  if (!IsTrustworthyAddress(target)) return End("it is redirected to " + target + ", which is not secure");
+  if (++redirects_ > kMostRedirects) return End(Fail("too many redirects"));
+  if (!IsTrustworthyAddress(target)) return End(Fail("it is redirected to " + target + ", which is not secure"));
   bytes_.clear();
   Start(std::move(target));
 }
 
 void Download::ReceivedResponse(int statusCode) noexcept {
-  if (statusCode != kOk) End("the server answers " + std::to_string(statusCode));
+  if (statusCode != kOk) End(Fail(statusCode, "the server answers " + std::to_string(statusCode)));
 }
 
-void Download::Finished() noexcept { End({}); }
-
-void Download::Failed(std::string_view description) noexcept {
-  End(isTooLong_ ? "it is longer than " + std::to_string(limit_) + " bytes" : std::string(description));
+void Download::ReceivedData(std::size_t) noexcept {
+  if (progress_) progress_(bytes_.size());
 }
 
-void Download::End(std::string failure) {
+void Download::Ended(Result<void> result) noexcept {
+  if (result) return End(std::move(bytes_));
+  if (isTooLong_) return End(Fail("it is longer than " + std::to_string(limit_) + " bytes"));
+  End(tl::unexpected(std::move(result.error())));
+}
+
+void Download::End(Result<std::string> contents) {
   transfer_.reset();
   // The receiver may destroy this object, and the function with it.
   const Done done = done_;
-  done({std::move(bytes_), std::move(failure)});
+  done(std::move(contents));
 }
 
 }  // namespace tessaro::platform

@@ -4,9 +4,10 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
-// What the updater knows of the application, and what it keeps in its user defaults. Main thread, with an autorelease
-// pool.
+// The updater's facts about the application and the user, and its settings in the user defaults. Main thread, with an
+// autorelease pool.
 namespace tessaro::platform {
 
 struct UpdateInformation {
@@ -16,8 +17,11 @@ struct UpdateInformation {
   std::filesystem::path bundle;
 };
 
-// Of the main bundle; texts that it doesn't have are empty.
+// From the main bundle; missing texts are empty.
 [[nodiscard]] UpdateInformation ReadUpdateInformation();
+
+// The user's languages, the preferred one first.
+[[nodiscard]] std::vector<std::string> PreferredLanguages();
 
 class UpdateDefaults {
  public:
@@ -35,8 +39,12 @@ class UpdateDefaults {
   [[nodiscard]] std::optional<Time> LastProfileSubmission() const;
   void SetLastProfileSubmission(Time time);
 
-  // The version that was installed and has not been started yet; empty when there is none. It outlives the process as
-  // soon as it is set.
+  // The version that the user does not want to be offered in the background; empty for none.
+  [[nodiscard]] std::string SkippedVersion() const;
+  void SetSkippedVersion(const std::string& version);
+
+  // The version that was installed and has not been started yet; empty for none. It is on the disk as soon as it is
+  // set.
   [[nodiscard]] std::string InstalledVersion() const;
   void SetInstalledVersion(const std::string& version);
 };

@@ -15,6 +15,7 @@ NSString* const kLastCheck = @"SULastCheckTime";
 NSString* const kSendsProfile = @"SUSendProfileInfo";
 NSString* const kLastProfileSubmission = @"SULastProfileSubmissionDate";
 NSString* const kInstalledVersion = @"SUInstalledVersion";
+NSString* const kSkippedVersion = @"SUSkippedVersion";
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
 
@@ -31,6 +32,17 @@ std::optional<UpdateDefaults::Time> TimeFor(NSString* key) {
   return std::chrono::system_clock::from_time_t(static_cast<time_t>([value timeIntervalSince1970]));
 }
 
+// A feed may call a version anything, even bytes that are no text.
+void SetVersion(NSString* key, const std::string& version) {
+  NSString* text = [NSString stringWithUTF8String:version.c_str()];
+  if ([text length] == 0) {
+    [Defaults() removeObjectForKey:key];
+  } else {
+    [Defaults() setObject:text forKey:key];
+  }
+  [Defaults() synchronize];
+}
+
 void SetTime(NSString* key, UpdateDefaults::Time time) {
   const auto seconds = static_cast<NSTimeInterval>(std::chrono::system_clock::to_time_t(time));
   [Defaults() setObject:[NSDate dateWithTimeIntervalSince1970:seconds] forKey:key];
@@ -41,6 +53,12 @@ void SetTime(NSString* key, UpdateDefaults::Time time) {
 UpdateInformation ReadUpdateInformation() {
   return {InformationText(kFeedURL), InformationText(kPublicKey), InformationText(@"CFBundleVersion"),
           Text([[NSBundle mainBundle] bundlePath])};
+}
+
+std::vector<std::string> PreferredLanguages() {
+  std::vector<std::string> languages;
+  for (NSString* language in [NSLocale preferredLanguages]) languages.push_back(Text(language));
+  return languages;
 }
 
 bool UpdateDefaults::AutomaticallyChecks() const { return [Defaults() boolForKey:kAutomaticallyChecks]; }
@@ -67,17 +85,12 @@ std::optional<UpdateDefaults::Time> UpdateDefaults::LastProfileSubmission() cons
 
 void UpdateDefaults::SetLastProfileSubmission(Time time) { SetTime(kLastProfileSubmission, time); }
 
+std::string UpdateDefaults::SkippedVersion() const { return Text([Defaults() stringForKey:kSkippedVersion]); }
+
+void UpdateDefaults::SetSkippedVersion(const std::string& version) { SetVersion(kSkippedVersion, version); }
+
 std::string UpdateDefaults::InstalledVersion() const { return Text([Defaults() stringForKey:kInstalledVersion]); }
 
-void UpdateDefaults::SetInstalledVersion(const std::string& version) {
-  // A feed may call a version anything, even what is no text.
-  NSString* text = [NSString stringWithUTF8String:version.c_str()];
-  if ([text length] == 0) {
-    [Defaults() removeObjectForKey:kInstalledVersion];
-  } else {
-    [Defaults() setObject:text forKey:kInstalledVersion];
-  }
-  [Defaults() synchronize];
-}
+void UpdateDefaults::SetInstalledVersion(const std::string& version) { SetVersion(kInstalledVersion, version); }
 
 }  // namespace tessaro::platform

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace tessaro::platform {
 
@@ -47,13 +48,13 @@ const Meaning& MeaningOf(CURLcode code) {
 
 }  // namespace
 
-std::string DescribeFailure(CURLcode code, std::string_view url, std::string_view detail) {
+Failure DescribeFailure(CURLcode code, std::string_view url, std::string_view detail) {
   const Meaning& meaning = MeaningOf(code);
   std::string text = "Error Domain=NSURLErrorDomain Code=" + std::to_string(meaning.number) + " \"" + meaning.text;
   text.append("\" UserInfo={NSErrorFailingURLStringKey=").append(url);
   text.append(", NSLocalizedDescription=").append(meaning.text);
   text.append(", NSUnderlyingError=").append(detail.empty() ? curl_easy_strerror(code) : detail);
-  return text + "}";
+  return {meaning.number, text + "}"};
 }
 
 }  // namespace tessaro::platform

@@ -27,7 +27,7 @@ bool IsConnection(curl_socket_t socket) {
 }  // namespace
 
 void SocketWatches::Want(curl_socket_t socket, int curlPoll) {
-  if (curlPoll == CURL_POLL_REMOVE) return LetGo(socket);
+  if (curlPoll == CURL_POLL_REMOVE) return Release(socket);
   Watch& watch = Find(socket);
   watch.wanted = UvEvents(curlPoll);
   // Without a watch the transfer ends by its deadline.
@@ -50,7 +50,7 @@ SocketWatches::Watch& SocketWatches::Find(curl_socket_t socket) {
   return watch;
 }
 
-void SocketWatches::LetGo(curl_socket_t socket) {
+void SocketWatches::Release(curl_socket_t socket) {
   const auto found = watches_.find(socket);
   if (found == watches_.end()) return;
   Watch& watch = found->second;
@@ -66,11 +66,11 @@ void SocketWatches::Watch::Start(int events) {
 }
 
 void SocketWatches::Watch::Happened(int status, int events) {
-  // libuv has stopped a watch that failed. One of a connection at rest is stopped here, because what it tells, mostly
-  // that the server has hung up, is found out when the connection is needed again, and would be told all the time.
-  const bool isAtRest = wanted == 0;
-  if (status < 0 || isAtRest) watched = 0;
-  if (isAtRest) {
+  // libuv has stopped a watch that failed. The watch of an idle connection is stopped here: it mostly reports that the
+  // server has hung up, would report that again in every turn, and libcurl notices when it needs the connection again.
+  const bool isIdle = wanted == 0;
+  if (status < 0 || isIdle) watched = 0;
+  if (isIdle) {
     uv_poll_stop(poll.get());
   } else {
     owner->handler_(socket, CurlEvents(status, events));

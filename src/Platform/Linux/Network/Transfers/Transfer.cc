@@ -22,6 +22,9 @@ constexpr double kDefaultTimeout = 60;
 constexpr double kLongestTimeout = 1e9;
 // Of the body, in one turn of the event loop: everything else has to get its turn.
 constexpr std::size_t kMostPerTurn = 1024 * 1024;
+// For the client's copies: allocations of this size are reused, larger ones are mapped anew each time, which costs a
+// page fault for every 4 KB.
+constexpr std::size_t kLongestPiece = 64 * 1024;
 constexpr std::size_t kDecodingStep = 64 * 1024;
 // Real bodies expand less than fifty times. A small body may expand as it likes.
 constexpr std::uint64_t kMostExpansion = 100;
@@ -262,8 +265,11 @@ void Transfer::Deliver() {
   bool isDestroyed = false;
   isDestroyed_ = &isDestroyed;
   DeliverResponse();
-  if (isDestroyed) return;
-  if (const auto length = std::exchange(pendingLength_, 0)) client_.ReceivedData(length);
+  while (!isDestroyed && pendingLength_ > 0) {
+    const std::size_t length = std::min(pendingLength_, kLongestPiece);
+    pendingLength_ -= length;
+    client_.ReceivedData(length);
+  }
   if (isDestroyed) return;
   ContinueReading();
   if (!isDecoding_) DeliverResult();
@@ -295,13 +301,10 @@ void Transfer::DeliverResult() {
   if (code == CURLE_OK && decoder_ && !decoder_->IsComplete()) {
     static_cast<void>(FailDecoding("The compressed body ends too early"));
   }
-  if (!decodingFailure_.empty()) {
-    client_.Failed(DescribeFailure(CURLE_BAD_CONTENT_ENCODING, url_, decodingFailure_));
-  } else if (code != CURLE_OK) {
-    client_.Failed(DescribeFailure(code, url_, detail_.data()));
-  } else {
-    client_.Finished();
-  }
+  const bool isDecoded = decodingFailure_.empty();
+  if (isDecoded && code == CURLE_OK) return client_.Ended({});
+  client_.Ended(tl::unexpected(isDecoded ? DescribeFailure(code, url_, detail_.data())
+                                         : DescribeFailure(CURLE_BAD_CONTENT_ENCODING, url_, decodingFailure_)));
 }
 
 void Transfer::End(CURLcode code) {

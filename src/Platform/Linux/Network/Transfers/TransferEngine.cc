@@ -11,10 +11,10 @@ namespace tessaro::platform {
 
 namespace {
 
-// More at once would only wait in the server's queue instead of ours; the rest waits for a connection to be free.
+// More would only wait in the server's queue instead of ours.
 constexpr long kMostConnectionsPerHost = 32;
 constexpr long kMostStreamsPerConnection = 1000;
-constexpr long kMostConnectionsAtRest = 64;
+constexpr long kMostIdleConnections = 64;
 constexpr long kMostRedirects = 16;
 constexpr long kReadSize = 256 * 1024;
 
@@ -66,7 +66,7 @@ void TransferEngine::Configure() {
   CURLM* multi = multi_.get();
   curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kMostConnectionsPerHost);
   curl_multi_setopt(multi, CURLMOPT_MAX_CONCURRENT_STREAMS, kMostStreamsPerConnection);
-  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, kMostConnectionsAtRest);
+  curl_multi_setopt(multi, CURLMOPT_MAXCONNECTS, kMostIdleConnections);
   curl_multi_setopt(multi, CURLMOPT_SOCKETDATA, &watches_);
   curl_multi_setopt(
       multi, CURLMOPT_SOCKETFUNCTION, +[](CURL*, curl_socket_t socket, int curlPoll, SocketWatches* watches, void*) {
