@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/SessionBus.h"
 
 namespace tessaro::platform {
@@ -13,38 +14,45 @@ constexpr char kBus[] = "org.freedesktop.DBus";
 constexpr char kBusPath[] = "/org/freedesktop/DBus";
 constexpr std::chrono::milliseconds kDeadline{300};
 
+// Asks the bus itself. Raises sdbus::Error.
+template <typename Answer, typename... Arguments>
+Answer AskBus(sdbus::IConnection& bus, const char* method, const Arguments&... arguments) {
+  Answer answer{};
+  sdbus::createProxy(bus, kBus, kBusPath)
+      ->callMethod(method)
+      .onInterface(kBus)
+      .withTimeout(kDeadline)
+      .withArguments(arguments...)
+      .storeResultsTo(answer);
+  return answer;
+}
+
+// Empty while nobody owns the name.
+std::string OwnerOf(sdbus::IConnection& bus, const std::string& name) noexcept {
+  std::string owner;
+  TryOnBus([&] { owner = AskBus<std::string>(bus, "GetNameOwner", name); });
+  return owner;
+}
+
 }  // namespace
 
 bool HasOwner(const std::string& name) noexcept {
   auto* bus = SessionBus::Shared().Connection();
-  if (bus == nullptr) return false;
   bool hasOwner = false;
-  try {
-    sdbus::createProxy(*bus, kBus, kBusPath)
-        ->callMethod("NameHasOwner")
-        .onInterface(kBus)
-        .withTimeout(kDeadline)
-        .withArguments(name)
-        .storeResultsTo(hasOwner);
-  } catch (const sdbus::Error&) {
-    return false;
-  }
+  if (bus != nullptr) TryOnBus([&] { hasOwner = AskBus<bool>(*bus, "NameHasOwner", name); });
   return hasOwner;
 }
 
+std::string OwnerIdentity(sdbus::IConnection& bus, const std::string& name) noexcept {
+  const std::string owner = OwnerOf(bus, name);
+  std::string identity;
+  // Buses number their connections from the beginning.
+  if (!owner.empty()) TryOnBus([&] { identity = AskBus<std::string>(bus, "GetId") + owner; });
+  return identity;
+}
+
 void TakeName(sdbus::IConnection& bus, const std::string& name) {
-  std::string owner;
-  try {
-    sdbus::createProxy(bus, kBus, kBusPath)
-        ->callMethod("GetNameOwner")
-        .onInterface(kBus)
-        .withTimeout(kDeadline)
-        .withArguments(name)
-        .storeResultsTo(owner);
-  } catch (const sdbus::Error&) {
-    // Nobody has it.
-  }
-  if (owner != bus.getUniqueName()) bus.requestName(name);
+  if (OwnerOf(bus, name) != bus.getUniqueName()) bus.requestName(name);
 }
 
 sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name, std::function<void(bool hasOwner)> changed) {
@@ -55,12 +63,6 @@ sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name, std::fu
     std::string newOwner;
     message >> changedName >> oldOwner >> newOwner;
     changed(!newOwner.empty());
-  });
-}
-
-sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name, std::function<void()> appeared) {
-  return WatchOwner(bus, name, [appeared = std::move(appeared)](bool hasOwner) {
-    if (hasOwner) appeared();
   });
 }
 

@@ -7,16 +7,16 @@
 
 namespace tessaro::platform {
 
-// Whether somebody on the session bus has that name now. False without a bus.
+// Whether a process on the session bus owns the name now. False without a bus.
 [[nodiscard]] bool HasOwner(const std::string& name) noexcept;
 
-// Takes a name for this process, or keeps it: parts of the application that are called by the same name share it.
-// Raises sdbus::Error when somebody else has it.
-void TakeName(sdbus::IConnection& bus, const std::string& name);
+// Tells processes that own the name one after the other apart, on this bus and others. Empty while nobody owns it, and
+// without an answer from the bus.
+[[nodiscard]] std::string OwnerIdentity(sdbus::IConnection& bus, const std::string& name) noexcept;
 
-// Calls `appeared` whenever somebody takes that name, until the slot is gone. Raises sdbus::Error.
-[[nodiscard]] sdbus::Slot WatchForOwner(sdbus::IConnection& bus, const std::string& name,
-                                        std::function<void()> appeared);
+// Takes a name for this process, or keeps it: parts of the application that are called by the same name share it.
+// Raises sdbus::Error when another process has it.
+void TakeName(sdbus::IConnection& bus, const std::string& name);
 
 // Calls `changed` whenever the name gets another owner or loses the one it had, until the slot is destroyed. Raises
 // sdbus::Error.

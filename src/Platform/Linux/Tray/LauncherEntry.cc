@@ -44,7 +44,9 @@ void LauncherEntry::Appear() noexcept {
       return std::tuple(uri_, CurrentProperties());
     });
     object_->finishRegistration();
-    launcherOwner_ = WatchForOwner(bus, kLauncher, [this] { Announce(); });
+    launcherOwner_ = WatchOwner(bus, kLauncher, [this](bool isThere) {
+      if (isThere) Announce();
+    });
     Announce();
   } catch (const sdbus::Error&) {
     Disappear();

@@ -83,7 +83,9 @@ void StatusNotifierItem::Appear() noexcept {
     object_->finishRegistration();
     bus.requestName(busName_);
     watcher_ = sdbus::createProxy(bus, kWatcher, kWatcherPath);
-    watcherOwner_ = WatchForOwner(bus, kWatcher, [this] { AnnounceToWatcher(); });
+    watcherOwner_ = WatchOwner(bus, kWatcher, [this](bool isThere) {
+      if (isThere) AnnounceToWatcher();
+    });
     AnnounceToWatcher();
   } catch (const sdbus::Error&) {
     Disappear();
