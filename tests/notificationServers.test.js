@@ -1,6 +1,6 @@
 'use strict';
 
-// Alerts on the screens of notification servers that people have, clicked as they would.
+// Alerts on the screens of common notification servers, clicked with the real mouse.
 
 const assert = require('assert');
 const { execFile } = require('child_process');
@@ -41,7 +41,7 @@ const servers = [
     ],
   },
   {
-    // It has no buttons, and leaves an alert on screen when its action has been chosen.
+    // dunst has no buttons, and leaves an alert on screen after its action was invoked.
     command: 'dunst',
     gestures: [
       ['dunstctl', () => run('dunstctl', ['action', '0'], { env: session.env }), 'contents-clicked'],
@@ -69,7 +69,7 @@ for (const { command, gestures } of servers) {
       await gesture();
       assert.deepStrictEqual((await client.told(index + 1))[index], [name, type, '']);
     }
-    // Replacing and withdrawing end nothing.
+    // Replacing and withdrawing call nothing.
     await client.deliver('a', alert);
     await client.deliver('a', { ...alert, title: 'Bob' });
     await client.until(`JSON.parse(n.takeRecorded()).length > 0`);

@@ -1,17 +1,17 @@
 #pragma once
 
-#include "Platform/Cocoa.h"
+#import "Notifications/TsUserNotificationCenter.h"
 
-// The application's alerts in the notification centre, whose delegate it is. What the user does with an alert is told
-// to the notification-activation callback, and posted:
+// The delegate of the notification centre. What the user does with an alert is reported to script's
+// notification-activation callback, and posted:
 //   TsNotificationDidDeliver, TsNotificationDidActivate, TsNotificationDidDismiss   object: the alert
 //   TsNotificationActivation                                                        no object, after the callback
-@interface TsUserNotification : NSObject <NSUserNotificationCenterDelegate>
+@interface TsUserNotification : NSObject <TsUserNotificationCenterDelegate>
 
 + (instancetype)sharedInstance;
 
-// `deliverAt` is a number of seconds since 1970; a moment that has passed is put off to ten seconds from now, and nil
-// is at once. An alert with a reply button has no action button.
+// `deliverAt` is a number of seconds since 1970; a moment in the past becomes ten seconds from now, and nil
+// means now. An alert with a reply button has no action button.
 - (void)showNotification:(NSString*)identifier
                    title:(NSString*)title
                 subTitle:(NSString*)subtitle
@@ -24,19 +24,19 @@
                deliverAt:(NSString*)deliverAt;
 
 // The delivered alert of this identifier, otherwise the scheduled one.
-- (NSUserNotification*)findUserNotificationWithIdentifier:(NSString*)identifier;
+- (TsAlert*)findUserNotificationWithIdentifier:(NSString*)identifier;
 
 - (void)removeNotification:(NSString*)identifier;
 
-// All of them, scheduled and delivered.
+// All alerts, scheduled and delivered.
 - (void)removeNotifications;
 
-- (void)callbackForNotification:(NSUserNotification*)notification typeString:(NSString*)type;
+- (void)callbackForNotification:(TsAlert*)notification typeString:(NSString*)type;
 
-// What a centre may tell its delegate beyond the public protocol.
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center didDismissAlert:(NSUserNotification*)notification;
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center
+// Beyond the centre's protocol.
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center didDismissAlert:(TsAlert*)notification;
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center
                responseChanged:(NSAttributedString*)response
-               forNotification:(NSUserNotification*)notification;
+               forNotification:(TsAlert*)notification;
 
 @end

@@ -1,5 +1,6 @@
 #import "Notifications/TsUserNotification.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -19,12 +20,12 @@ NSDate* DeliveryDate(NSString* secondsSince1970) {
   NSDate* now = [NSDate date];
   NSDate* date = [NSDate dateWithTimeIntervalSince1970:static_cast<NSTimeInterval>([secondsSince1970 longLongValue])];
   if ([date compare:now] != NSOrderedDescending) return [now dateByAddingTimeInterval:kDelayOfPastDates];
-  // Foundation is seconds at work on describing the years that 64 bits reach.
+  // Foundation takes seconds to describe a date millions of years away.
   return [date earlierDate:[NSDate distantFuture]];
 }
 
-NSUserNotification* FindAlert(NSArray* alerts, NSString* identifier) {
-  for (NSUserNotification* alert in alerts) {
+TsAlert* FindAlert(NSArray* alerts, NSString* identifier) {
+  for (TsAlert* alert in alerts) {
     if ([[alert identifier] isEqualToString:identifier]) return alert;
   }
   return nil;
@@ -39,13 +40,13 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
 @implementation TsUserNotification
 
 + (instancetype)sharedInstance {
-  static TsUserNotification* const instance = [[self alloc] init];
-  return instance;
+  static Forever<Ref<TsUserNotification>> instance(Adopt([[self alloc] init]));
+  return *instance;
 }
 
 - (instancetype)init {
   self = [super init];
-  if (self != nil) [[NSUserNotificationCenter defaultUserNotificationCenter] setDelegate:self];
+  if (self != nil) [[TsUserNotificationCenter defaultUserNotificationCenter] setDelegate:self];
   return self;
 }
 
@@ -59,7 +60,7 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
      responsePlaceholder:(NSString*)responsePlaceholder
           hasReplyButton:(BOOL)hasReplyButton
                deliverAt:(NSString*)deliverAt {
-  const Ref<NSUserNotification> alert = Adopt([[NSUserNotification alloc] init]);
+  const Ref<TsAlert> alert = Adopt([[TsAlert alloc] init]);
   [alert setIdentifier:identifier];
   [alert setTitle:title];
   [alert setSubtitle:subtitle];
@@ -73,7 +74,7 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
     [alert setHasActionButton:YES];
     [alert setActionButtonTitle:actionButtonTitle];
   }
-  NSUserNotificationCenter* center = [NSUserNotificationCenter defaultUserNotificationCenter];
+  TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
   if (deliverAt == nil) return [center deliverNotification:alert];
   NSDate* date = DeliveryDate(deliverAt);
   [alert setDeliveryDate:date];
@@ -81,31 +82,31 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
   [center scheduleNotification:alert];
 }
 
-- (NSUserNotification*)findUserNotificationWithIdentifier:(NSString*)identifier {
+- (TsAlert*)findUserNotificationWithIdentifier:(NSString*)identifier {
   if (identifier == nil) return nil;
-  NSUserNotificationCenter* center = [NSUserNotificationCenter defaultUserNotificationCenter];
-  NSUserNotification* delivered = FindAlert([center deliveredNotifications], identifier);
+  TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
+  TsAlert* delivered = FindAlert([center deliveredNotifications], identifier);
   return delivered != nil ? delivered : FindAlert([center scheduledNotifications], identifier);
 }
 
 - (void)removeNotification:(NSString*)identifier {
-  NSUserNotification* alert = [self findUserNotificationWithIdentifier:identifier];
+  TsAlert* alert = [self findUserNotificationWithIdentifier:identifier];
   if (alert == nil) return;
-  NSUserNotificationCenter* center = [NSUserNotificationCenter defaultUserNotificationCenter];
+  TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
   [center removeDeliveredNotification:alert];
   [center removeScheduledNotification:alert];
 }
 
 - (void)removeNotifications {
-  NSUserNotificationCenter* center = [NSUserNotificationCenter defaultUserNotificationCenter];
-  for (NSUserNotification* alert in [center scheduledNotifications]) {
+  TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
+  for (TsAlert* alert in [center scheduledNotifications]) {
     TsLogDebug(@"removing scheduled notification %@", alert);
     [center removeScheduledNotification:alert];
   }
   [center removeAllDeliveredNotifications];
 }
 
-- (void)callbackForNotification:(NSUserNotification*)notification typeString:(NSString*)type {
+- (void)callbackForNotification:(TsAlert*)notification typeString:(NSString*)type {
   NSString* identifier = [notification identifier];
   if (identifier == nil) {
     TsLogWarning(@"didActivateNotification: Couldn't process activation as unique-id is nil");
@@ -117,20 +118,17 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
 
 // ---- The centre's delegate
 
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center
-        didDeliverNotification:(NSUserNotification*)notification {
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center didDeliverNotification:(TsAlert*)notification {
   TsLogInfo(@"didDeliverNotification: %@", notification);
   NSString* identifier = [notification identifier];
   if (identifier != nil) Post(@"TsNotificationDidDeliver", notification, @{@"identifier" : identifier});
 }
 
-- (BOOL)userNotificationCenter:(NSUserNotificationCenter*)center
-    shouldActivateForNotification:(NSUserNotification*)notification {
+- (BOOL)userNotificationCenter:(TsUserNotificationCenter*)center shouldActivateForNotification:(TsAlert*)notification {
   return NO;
 }
 
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center
-       didActivateNotification:(NSUserNotification*)notification {
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center didActivateNotification:(TsAlert*)notification {
   NSString* identifier = [notification identifier];
   if (identifier == nil) {
     TsLogWarning(@"Couldn't activate notification as there's no identifier");
@@ -144,12 +142,11 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
              [[notification response] string]);
 }
 
-- (BOOL)userNotificationCenter:(NSUserNotificationCenter*)center
-     shouldPresentNotification:(NSUserNotification*)notification {
+- (BOOL)userNotificationCenter:(TsUserNotificationCenter*)center shouldPresentNotification:(TsAlert*)notification {
   return YES;
 }
 
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center didDismissAlert:(NSUserNotification*)notification {
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center didDismissAlert:(TsAlert*)notification {
   NSString* identifier = [notification identifier];
   if (identifier == nil) {
     TsLogWarning(@"Couldn't dismiss alert as there's no identifier");
@@ -160,15 +157,14 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
   Post(@"TsNotificationDidDismiss", notification, @{@"identifier" : identifier});
 }
 
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center
                responseChanged:(NSAttributedString*)response
-               forNotification:(NSUserNotification*)notification {
+               forNotification:(TsAlert*)notification {
   [self callbackForNotification:notification typeString:@"response-changed"];
 }
 
-// Where a centre can't do what it was asked for, as on Linux, it says so.
-- (void)userNotificationCenter:(NSUserNotificationCenter*)center
-            ts_couldNotDeliver:(NSUserNotification*)notification
+- (void)userNotificationCenter:(TsUserNotificationCenter*)center
+            ts_couldNotDeliver:(TsAlert*)notification
                         reason:(NSString*)reason {
   TsLogWarning(@"Couldn't deliver notification %@: %@", notification, reason);
 }

@@ -77,8 +77,7 @@ v8::Local<v8::Value> ToScript(const Call& call) {
   return object;
 }
 
-// A notification server that does what a test tells it. No server of Debian's has a reply field, and none can be made
-// to answer late or wrongly.
+// A notification server that a test controls: Debian's have no reply fields, and always reply correctly and in time.
 class Server {
  public:
   Server(sdbus::IConnection& bus, std::vector<std::string> capabilities)
@@ -172,7 +171,7 @@ void reply(Arguments args) { TheServer()->Emit("NotificationReplied", NumberFrom
 
 void close(Arguments args) { TheServer()->Emit("NotificationClosed", NumberFrom(args[0]), NumberFrom(args[1])); }
 
-// A signal of the server's, with arguments that nobody can make anything of.
+// A signal with malformed arguments.
 void babble(Arguments args) { TheServer()->Emit("ActionInvoked", FromScript(args[0])); }
 
 }  // namespace

@@ -5,12 +5,11 @@
 #include "Base/Ref.h"
 #import "Notifications/TsSound.h"
 #import "Notifications/TsUserNotification.h"
-#import "Platform/Linux/Alerts/NSUserNotification+Desktop.h"
 #include "Probe.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsScriptValues.h"
 
-// Keeps what is posted in the module's name.
+// Records the notifications that the module posts about alerts.
 @interface NotificationRecorder : NSObject {
  @public
   NSMutableArray* posted_;
@@ -30,7 +29,7 @@
 
 - (void)record:(NSNotification*)notification {
   if (![[notification name] hasPrefix:@"TsNotification"]) return;
-  const bool hasAlert = [[notification object] isKindOfClass:[NSUserNotification class]];
+  const bool hasAlert = [[notification object] isKindOfClass:[TsAlert class]];
   id object = hasAlert ? [[notification object] identifier] : nil;
   [posted_ addObject:@[ [notification name], object != nil ? object : [NSNull null], [notification userInfo] ]];
 }
@@ -60,36 +59,40 @@ void takeRecorded(ProbeArguments args) {
 
 NSArray* Identifiers(NSArray* alerts) {
   NSMutableArray* identifiers = [NSMutableArray array];
-  for (NSUserNotification* alert in alerts) [identifiers addObject:[alert identifier]];
+  for (TsAlert* alert in alerts) [identifiers addObject:[alert identifier]];
   return identifiers;
 }
 
 void alerts(ProbeArguments args) {
-  NSUserNotificationCenter* center = [NSUserNotificationCenter defaultUserNotificationCenter];
+  TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
   Return(args, @{
     @"delivered" : Identifiers([center deliveredNotifications]),
     @"scheduled" : Identifiers([center scheduledNotifications])
   });
 }
 
-// What the centre would be told of an alert, each property by its name.
+// The properties of an alert, by their names.
 void describe(ProbeArguments args) {
-  NSUserNotification* alert =
-      [[TsUserNotification sharedInstance] findUserNotificationWithIdentifier:convertToNSString(args[0])];
+  TsAlert* alert = [[TsUserNotification sharedInstance] findUserNotificationWithIdentifier:convertToNSString(args[0])];
   if (alert == nil) return args.GetReturnValue().SetNull();
-  NSMutableDictionary* properties = [NSMutableDictionary dictionaryWithDictionary:[alert ts_propertyList]];
-  NSDate* due = [properties objectForKey:@"deliveryDate"];
-  if (due != nil) {
+  NSMutableDictionary* properties = [NSMutableDictionary dictionary];
+  for (NSString* key in @[
+         @"identifier", @"title", @"subtitle", @"informativeText", @"soundName", @"hasActionButton",
+         @"actionButtonTitle", @"hasReplyButton", @"responsePlaceholder"
+       ]) {
+    if (id value = [alert valueForKey:key]) [properties setObject:value forKey:key];
+  }
+  if (NSDate* due = [alert deliveryDate]) {
     [properties setObject:[NSNumber numberWithDouble:[due timeIntervalSince1970]] forKey:@"deliveryDate"];
   }
   Return(args, properties);
 }
 
-// An alert as a centre hands it to its delegate; of any activation type, with or without identifier and response.
-Ref<NSUserNotification> AlertFrom(ProbeArguments args) {
-  auto alert = Adopt([[NSUserNotification alloc] init]);
+// An alert as the centre passes it to its delegate: of any activation type, with or without identifier and response.
+Ref<TsAlert> AlertFrom(ProbeArguments args) {
+  auto alert = Adopt([[TsAlert alloc] init]);
   [alert setIdentifier:convertToNSString(args[0])];
-  [alert ts_setActivationType:args[1].As<v8::Int32>()->Value() response:convertToNSString(args[2])];
+  [alert setActivationType:args[1].As<v8::Int32>()->Value() response:convertToNSString(args[2])];
   return alert;
 }
 

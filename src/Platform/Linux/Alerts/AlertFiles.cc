@@ -1,10 +1,15 @@
 #include "Platform/Linux/Alerts/AlertFiles.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <system_error>
-#include <utility>
 
+#include "Platform/Common/FileDescriptor.h"
 #include "Platform/FileWriting.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
@@ -15,39 +20,131 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".alert";
+constexpr char kDue[] = "due";
+constexpr char kServer[] = "server";
+constexpr char kServerId[] = "server-id";
+
+struct TextField {
+  const char* name;
+  std::optional<std::string> UserNotification::*value;
+};
+
+constexpr std::array kTexts = {
+    TextField{"identifier", &UserNotification::identifier},
+    TextField{"title", &UserNotification::title},
+    TextField{"subtitle", &UserNotification::subtitle},
+    TextField{"text", &UserNotification::text},
+    TextField{"sound", &UserNotification::soundName},
+    TextField{"action-title", &UserNotification::actionButtonTitle},
+    TextField{"placeholder", &UserNotification::replyPlaceholder},
+};
+
+struct Flag {
+  const char* name;
+  bool UserNotification::*value;
+};
+
+constexpr std::array kFlags = {
+    Flag{"has-action", &UserNotification::hasActionButton},
+    Flag{"has-reply", &UserNotification::hasReplyField},
+};
+
+// GLib's strings end at the first NUL character.
+GVariant* Bytes(const std::string& text) {
+  return g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, text.data(), text.size(), 1);
+}
+
+std::string Serialised(const KeptAlert& kept) {
+  GVariantDict fields;
+  g_variant_dict_init(&fields, nullptr);
+  for (const auto& [name, value] : kTexts) {
+    if (kept.alert.*value) g_variant_dict_insert_value(&fields, name, Bytes(*(kept.alert.*value)));
+  }
+  for (const auto& [name, value] : kFlags) {
+    g_variant_dict_insert_value(&fields, name, g_variant_new_boolean(kept.alert.*value));
+  }
+  if (kept.due) g_variant_dict_insert_value(&fields, kDue, g_variant_new_double(kept.due->count()));
+  if (kept.shown) {
+    g_variant_dict_insert_value(&fields, kServer, Bytes(kept.shown->server));
+    g_variant_dict_insert_value(&fields, kServerId, g_variant_new_uint32(kept.shown->id));
+  }
+  const GVariantPtr all(g_variant_ref_sink(g_variant_dict_end(&fields)));
+  return {static_cast<const char*>(g_variant_get_data(all.get())), g_variant_get_size(all.get())};
+}
+
+GVariantPtr FieldOf(GVariant* fields, const char* name, const GVariantType* type) {
+  return GVariantPtr(g_variant_lookup_value(fields, name, type));
+}
+
+std::optional<std::string> TextOf(GVariant* fields, const char* name) {
+  const GVariantPtr value = FieldOf(fields, name, G_VARIANT_TYPE_BYTESTRING);
+  if (!value) return std::nullopt;
+  gsize size = 0;
+  const auto* bytes = static_cast<const char*>(g_variant_get_fixed_array(value.get(), &size, 1));
+  return std::string(bytes != nullptr ? bytes : "", size);
+}
+
+std::optional<KeptAlert> Parsed(UserNotifications::Key key, const std::string& contents) {
+  const GVariantPtr fields(g_variant_ref_sink(
+      g_variant_new_from_data(G_VARIANT_TYPE_VARDICT, contents.data(), contents.size(), FALSE, nullptr, nullptr)));
+  if (!g_variant_is_normal_form(fields.get())) return std::nullopt;
+  KeptAlert kept{.key = std::move(key)};
+  for (const auto& [name, value] : kTexts) kept.alert.*value = TextOf(fields.get(), name);
+  for (const auto& [name, value] : kFlags) {
+    const GVariantPtr flag = FieldOf(fields.get(), name, G_VARIANT_TYPE_BOOLEAN);
+    kept.alert.*value = flag && g_variant_get_boolean(flag.get());
+  }
+  if (const GVariantPtr due = FieldOf(fields.get(), kDue, G_VARIANT_TYPE_DOUBLE)) {
+    kept.due = UserNotifications::Moment(g_variant_get_double(due.get()));
+  }
+  const GVariantPtr id = FieldOf(fields.get(), kServerId, G_VARIANT_TYPE_UINT32);
+  auto server = TextOf(fields.get(), kServer);
+  if (id && server) kept.shown = {std::move(*server), g_variant_get_uint32(id.get())};
+  return kept.due || kept.shown ? std::optional(std::move(kept)) : std::nullopt;
+}
 
 std::string ContentsOf(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+// Without waiting for the disk: what is on screen is gone after a power failure.
+bool WriteQuickly(const fs::path& file, std::string_view contents) {
+  const FileDescriptor descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+  return descriptor && write(descriptor.get(), contents.data(), contents.size()) == std::ssize(contents);
+}
+
 }  // namespace
 
-std::vector<AlertFiles::File> AlertFiles::All() const noexcept {
-  std::vector<File> files;
+std::vector<KeptAlert> AlertFiles::All() const noexcept {
+  std::vector<KeptAlert> alerts;
   std::error_code error;
   for (fs::directory_iterator each(directory_, error), end; !error && each != end; each.increment(error)) {
     // Opening a pipe would wait for its other end.
-    if (each->path().extension() == kExtension && each->is_regular_file(error)) {
-      files.push_back({each->path(), ContentsOf(each->path())});
-    }
+    if (each->path().extension() != kExtension || !each->is_regular_file(error)) continue;
+    if (auto kept = Parsed(each->path().stem(), ContentsOf(each->path()))) alerts.push_back(std::move(*kept));
   }
-  return files;
+  return alerts;
 }
 
-fs::path AlertFiles::Keep(std::string_view contents) const noexcept {
-  std::error_code error;
-  fs::create_directories(directory_, error);
-  fs::permissions(directory_, fs::perms::owner_all, error);
-  const GTextPtr name(g_uuid_string_random());
-  fs::path file = directory_ / (std::string(name.get()) + kExtension);
-  // For the person only: it is their mail.
-  return ReplaceFile(file, contents, NewFile::ForUserOnly) ? fs::path() : file;
+bool AlertFiles::Keep(const KeptAlert& alert) noexcept {
+  if (!isPrepared_) {
+    std::error_code error;
+    fs::create_directories(directory_, error);
+    fs::permissions(directory_, fs::perms::owner_all, error);
+    isPrepared_ = !error;
+  }
+  const std::string contents = Serialised(alert);
+  const fs::path file = FileOf(alert.key);
+  // For the user only: the texts are mail.
+  return alert.due ? !ReplaceFile(file, contents, NewFile::ForUserOnly) : WriteQuickly(file, contents);
 }
 
-void AlertFiles::Remove(const fs::path& file) noexcept {
+void AlertFiles::Remove(const UserNotifications::Key& key) const noexcept {
   std::error_code error;
-  fs::remove(file, error);
+  fs::remove(FileOf(key), error);
 }
+
+fs::path AlertFiles::FileOf(const UserNotifications::Key& key) const { return directory_ / (key + kExtension); }
 
 }  // namespace tessaro::platform

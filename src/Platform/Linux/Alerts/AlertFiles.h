@@ -1,32 +1,41 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "Platform/Linux/Alerts/DesktopNotifications.h"
+#include "Platform/UserNotifications.h"
 
 namespace tessaro::platform {
 
-// The alerts that are yet to be delivered, a file each, so that they outlive the process. Nothing throws.
+// An alert that is still to come, or on screen.
+struct KeptAlert {
+  UserNotifications::Key key;
+  UserNotification alert;
+  std::optional<UserNotifications::Moment> due;
+  std::optional<ServerAlert> shown;
+};
+
+// The application's alerts in a folder, a file each, so that they outlive the process. Nothing throws.
 class AlertFiles {
  public:
-  struct File {
-    std::filesystem::path path;
-    std::string contents;
-  };
-
   explicit AlertFiles(std::filesystem::path directory) : directory_(std::move(directory)) {}
 
-  // In no order. Files that can't be read are passed over.
-  [[nodiscard]] std::vector<File> All() const noexcept;
+  // In no order. Files that are not ours are ignored.
+  [[nodiscard]] std::vector<KeptAlert> All() const noexcept;
 
-  // The file is complete on disk when this returns; an empty path when it could not be written.
-  [[nodiscard]] std::filesystem::path Keep(std::string_view contents) const noexcept;
+  // Whether the file is complete. That of a scheduled alert survives a power failure, too.
+  [[nodiscard]] bool Keep(const KeptAlert& alert) noexcept;
 
-  static void Remove(const std::filesystem::path& file) noexcept;
+  void Remove(const UserNotifications::Key& key) const noexcept;
 
  private:
+  [[nodiscard]] std::filesystem::path FileOf(const UserNotifications::Key& key) const;
+
   std::filesystem::path directory_;
+  bool isPrepared_ = false;
 };
 
 }  // namespace tessaro::platform

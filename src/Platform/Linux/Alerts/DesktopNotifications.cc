@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "Platform/Linux/Alerts/NotificationText.h"
+#include "Platform/Linux/Base/BusNames.h"
 
 namespace tessaro::platform {
 
@@ -13,13 +14,14 @@ constexpr char kService[] = "org.freedesktop.Notifications";
 constexpr char kPath[] = "/org/freedesktop/Notifications";
 constexpr char kInterface[] = "org.freedesktop.Notifications";
 
-// The keys of an alert's actions. Those of the standard are understood by servers, ours comes back as it is.
+// The keys of an alert's actions. Servers understand the first two; the third is ours.
 constexpr char kDefaultAction[] = "default";
 constexpr char kInlineReplyAction[] = "inline-reply";
 constexpr char kButtonAction[] = "button";
 
+constexpr std::uint32_t kDismissedByUser = 2;
 constexpr std::int32_t kServersOwnExpiry = -1;
-// Servers that are started by being called may take their time.
+// A server that the bus starts on demand needs time.
 constexpr std::chrono::seconds kDeadline{20};
 
 std::string SentenceOf(const sdbus::Error& error) { return error.getName() + ": " + error.getMessage(); }
@@ -29,69 +31,86 @@ std::string SentenceOf(const sdbus::Error& error) { return error.getName() + ": 
 DesktopNotifications::DesktopNotifications(std::string applicationName, Listener listener)
     : applicationName_(std::move(applicationName)), listener_(std::move(listener)) {}
 
-void DesktopNotifications::Show(Alert alert, AlertContents contents) noexcept {
-  if (!isListening_) {
-    isListening_ = true;
-    subscription_ = SessionBus::Shared().Listen({[this] { Follow(); }, [this] { Forget(); }});
-  }
-  Entry& entry = alerts_[alert];
-  entry.contents = std::move(contents);
-  entry.isNew = true;
-  entry.wasLost = false;
-  if (entry.state == State::Sent) {
-    entry.isChanged = true;
-  } else {
-    entry.state = State::Waiting;
-    SendWaiting();
-  }
+DesktopNotifications::~DesktopNotifications() {
+  alerts_.clear();
+  LeaveBus();
 }
 
-void DesktopNotifications::Withdraw(Alert alert) noexcept {
-  const auto found = alerts_.find(alert);
+void DesktopNotifications::Show(const Key& key, AlertContents contents) noexcept {
+  Alert& alert = alerts_[key];
+  alert.contents = std::move(contents);
+  alert.isNew = true;
+  alert.wasReshown = false;
+  if (alert.state == State::Sent) {
+    alert.isChanged = true;
+    return;
+  }
+  alert.state = State::Waiting;
+  JoinBus();
+  SendWaiting();
+}
+
+void DesktopNotifications::Follow(const Key& key, AlertContents contents, ServerAlert shown) noexcept {
+  alerts_[key] = {.contents = std::move(contents),
+                  .state = State::OnScreen,
+                  .id = shown.id,
+                  .server = std::move(shown.server),
+                  .isNew = false};
+  JoinBus();
+  CheckFollowed();
+}
+
+void DesktopNotifications::Withdraw(const Key& key) noexcept {
+  const auto found = alerts_.find(key);
   if (found == alerts_.end()) return;
   const std::uint32_t id = found->second.id;
-  // One that is on its way is closed when the server says which it is.
+  // The id of an alert that has been sent is in the reply, which is still to come.
   if (id != 0 && found->second.state != State::Sent) Close(id);
-  alertsById_.erase(id);
+  keysById_.erase(id);
   alerts_.erase(found);
 }
 
-void DesktopNotifications::Follow() {
-  try {
-    auto& bus = *SessionBus::Shared().Connection();
-    signals_ = bus.addMatch(
-        std::string("type='signal',sender='") + kService + "',path='" + kPath + "',interface='" + kInterface + "'",
-        [this](sdbus::Message& message) { Received(message); });
-    owners_ = bus.addMatch(
-        std::string("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='") + kService + "'",
-        [this](sdbus::Message& message) {
-          std::string name;
-          std::string oldOwner;
-          std::string newOwner;
-          message >> name >> oldOwner >> newOwner;
-          ServerChanged(!newOwner.empty());
-        });
-    server_ = sdbus::createProxy(bus, kService, kPath);
-  } catch (const sdbus::Error&) {
-    Forget();
-  }
+void DesktopNotifications::Appear(sdbus::IConnection& bus) {
+  signals_ = bus.addMatch(
+      std::string("type='signal',sender='") + kService + "',path='" + kPath + "',interface='" + kInterface + "'",
+      [this](sdbus::Message& message) { Received(message); });
+  owner_ = WatchOwner(bus, kService, [this](bool isThere) { ServerChanged(isThere); });
+  server_ = sdbus::createProxy(bus, kService, kPath);
+  serverIdentity_ = OwnerIdentity(bus, kService);
+  CheckFollowed();
+  listener_.serverChanged();
 }
 
-void DesktopNotifications::Forget() {
-  // Answers come no more.
-  for (auto& [alert, entry] : alerts_) {
-    if (entry.state == State::Sent) entry.state = State::OnScreen;
+void DesktopNotifications::Disappear() noexcept {
+  // Replies come no more.
+  for (auto& [key, alert] : alerts_) {
+    if (alert.state == State::Sent) alert.state = State::OnScreen;
   }
   LoseServer();
   isAsking_ = false;
   signals_.reset();
-  owners_.reset();
+  owner_.reset();
   server_.reset();
 }
 
+// Without a bus, alerts of earlier processes count as on screen.
+void DesktopNotifications::CheckFollowed() {
+  if (!server_) return;
+  for (const Key& key : AlertsIn(State::OnScreen)) {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end() || found->second.server.empty()) continue;
+    if (std::exchange(found->second.server, {}) == serverIdentity_) {
+      keysById_[found->second.id] = key;
+    } else {
+      alerts_.erase(found);
+      listener_.gone(key);
+    }
+  }
+}
+
 void DesktopNotifications::AskCapabilities() {
-  if (isAsking_) return;
-  try {
+  if (std::exchange(isAsking_, true)) return;
+  const auto asked = TryOnBus([this] {
     server_->callMethodAsync("GetCapabilities")
         .onInterface(kInterface)
         .withTimeout(kDeadline)
@@ -101,43 +120,42 @@ void DesktopNotifications::AskCapabilities() {
           capabilities_.emplace(capabilities.begin(), capabilities.end());
           SendWaiting();
         });
-    isAsking_ = true;
-  } catch (const sdbus::Error& error) {
-    FailWaiting(SentenceOf(error));
-  }
+  });
+  if (asked) return;
+  isAsking_ = false;
+  FailWaiting(asked.error().message);
 }
 
 void DesktopNotifications::SendWaiting() {
   if (!server_) return FailWaiting(SessionBus::Shared().LastError());
   if (!capabilities_) return AskCapabilities();
-  // What can't be sent ends, and whoever hears of that may show or withdraw others.
-  for (const Alert alert : AlertsIn(State::Waiting)) {
-    const auto found = alerts_.find(alert);
-    if (found != alerts_.end() && found->second.state == State::Waiting) Send(alert, found->second);
+  // A failure calls the listener, which may show or withdraw other alerts.
+  for (const Key& key : AlertsIn(State::Waiting)) {
+    const auto found = alerts_.find(key);
+    if (found != alerts_.end() && found->second.state == State::Waiting) Send(key, found->second);
   }
 }
 
-void DesktopNotifications::Send(Alert alert, Entry& entry) {
-  const AlertContents& contents = entry.contents;
+void DesktopNotifications::Send(const Key& key, Alert& alert) {
+  const AlertContents& contents = alert.contents;
   const bool readsMarkup = Has("body-markup");
-  try {
+  const auto sent = TryOnBus([&] {
     server_->callMethodAsync("Notify")
         .onInterface(kInterface)
         .withTimeout(kDeadline)
-        .withArguments(applicationName_, entry.id, std::string(), DisplayableText(contents.title),
+        .withArguments(applicationName_, alert.id, std::string(), DisplayableText(contents.title),
                        readsMarkup ? DisplayableMarkup(contents.text) : DisplayableText(contents.text),
                        ActionsFor(contents), HintsFor(contents), kServersOwnExpiry)
-        .uponReplyInvoke([this, alert](const sdbus::Error* error, std::uint32_t id) { Answered(alert, error, id); });
-    entry.state = State::Sent;
-    entry.isChanged = false;
-  } catch (const sdbus::Error& error) {
-    Fail(alert, SentenceOf(error));
-  }
+        .uponReplyInvoke([this, key](const sdbus::Error* error, std::uint32_t id) { Answered(key, error, id); });
+  });
+  if (!sent) return Fail(key, sent.error().message);
+  alert.state = State::Sent;
+  alert.isChanged = false;
 }
 
 std::vector<std::string> DesktopNotifications::ActionsFor(const AlertContents& contents) const {
   if (!Has("actions")) return {};
-  // Where a click on the alert only closes it, as in Xfce, this is a button, which needs a title.
+  // Where a click on the alert only closes it, as in Xfce, the default action is a button, which needs a title.
   std::vector<std::string> actions = {kDefaultAction, contents.defaultTitle};
   if (contents.reply) {
     actions.insert(actions.end(), {Has("inline-reply") ? kInlineReplyAction : kButtonAction, contents.reply->title});
@@ -160,94 +178,112 @@ std::map<std::string, sdbus::Variant> DesktopNotifications::HintsFor(const Alert
   return hints;
 }
 
-void DesktopNotifications::Answered(Alert alert, const sdbus::Error* error, std::uint32_t id) {
-  const auto found = alerts_.find(alert);
+void DesktopNotifications::Answered(const Key& key, const sdbus::Error* error, std::uint32_t id) {
+  const auto found = alerts_.find(key);
   if (found == alerts_.end()) {
     if (error == nullptr) Close(id);
     return;
   }
-  if (error != nullptr) return Fail(alert, SentenceOf(*error));
-  Entry& entry = found->second;
-  alertsById_.erase(entry.id);
-  alertsById_[id] = alert;
-  entry.id = id;
-  entry.state = State::OnScreen;
-  if (entry.isChanged) return Send(alert, entry);
-  if (std::exchange(entry.isNew, false)) listener_.shown(alert, Has("sound"));
+  if (error != nullptr) return Fail(key, SentenceOf(*error));
+  Alert& alert = found->second;
+  keysById_.erase(alert.id);
+  keysById_[id] = key;
+  alert.id = id;
+  alert.state = State::OnScreen;
+  if (alert.isChanged) return Send(key, alert);
+  listener_.shown(key, {serverIdentity_, id}, std::exchange(alert.isNew, false));
 }
 
 void DesktopNotifications::Close(std::uint32_t id) noexcept {
   if (!server_) return;
-  try {
-    server_->callMethod("CloseNotification").onInterface(kInterface).withArguments(id).dontExpectReply();
-  } catch (const sdbus::Error&) {
-    // The alert is gone with its server.
-  }
+  // After a failure the alert is gone with its server.
+  TryOnBus(
+      [&] { server_->callMethod("CloseNotification").onInterface(kInterface).withArguments(id).dontExpectReply(); });
 }
 
 void DesktopNotifications::Received(sdbus::Message& message) {
   const std::string signal = message.getMemberName();
   std::uint32_t id = 0;
+  std::uint32_t reason = 0;
   std::string text;
-  try {
+  const auto read = TryOnBus([&] {
     message >> id;
-    if (signal != "NotificationClosed") message >> text;
-  } catch (const sdbus::Error&) {
-    return;
-  }
-  const auto found = alertsById_.find(id);
-  if (found == alertsById_.end()) return;
-  const Alert alert = found->second;
+    if (signal == "NotificationClosed") {
+      message >> reason;
+    } else {
+      message >> text;
+    }
+  });
+  const auto found = keysById_.find(id);
+  if (!read || found == keysById_.end()) return;
+  const Key key = found->second;
   if (signal == "NotificationReplied") {
-    End(alert, AlertEnd::Replied, text);
+    Activated(key, UserNotificationActivation::Replied, text);
   } else if (signal == "ActionInvoked") {
-    End(alert, text == kDefaultAction ? AlertEnd::ContentsClicked : AlertEnd::ActionClicked);
-  } else if (signal == "NotificationClosed" && alerts_.at(alert).state == State::OnScreen) {
-    // Otherwise it is what has just been replaced that was closed.
-    End(alert, AlertEnd::Dismissed);
+    Activated(key, text == kDefaultAction ? UserNotificationActivation::ContentsClicked
+                                          : UserNotificationActivation::ActionButtonClicked);
+  } else if (signal == "NotificationClosed") {
+    Closed(key, reason);
   }
+}
+
+void DesktopNotifications::Closed(const Key& key, std::uint32_t reason) {
+  // A close signal while our replacement is in flight belongs to the old alert.
+  if (alerts_.at(key).state != State::OnScreen) return;
+  Withdraw(key);
+  (reason == kDismissedByUser ? listener_.dismissed : listener_.gone)(key);
+}
+
+void DesktopNotifications::Activated(const Key& key, UserNotificationActivation activation, const std::string& reply) {
+  // Some servers leave an alert on screen when it has been clicked.
+  Withdraw(key);
+  listener_.activated(key, activation, reply);
 }
 
 void DesktopNotifications::ServerChanged(bool isThere) {
   LoseServer();
-  if (isThere && !alerts_.empty()) AskCapabilities();
+  if (!isThere) return;
+  if (auto* bus = SessionBus::Shared().Connection(); bus != nullptr) serverIdentity_ = OwnerIdentity(*bus, kService);
+  if (!alerts_.empty()) AskCapabilities();
+  listener_.serverChanged();
 }
 
 void DesktopNotifications::LoseServer() {
   capabilities_.reset();
-  alertsById_.clear();
-  for (const Alert alert : AlertsIn(State::OnScreen)) {
-    const auto found = alerts_.find(alert);
-    if (found == alerts_.end()) continue;
-    Entry& entry = found->second;
-    entry.id = 0;
-    entry.state = State::Waiting;
-    // An alert that a server can't bear would end the next one too.
-    if (std::exchange(entry.wasLost, true)) End(alert, AlertEnd::Dismissed);
+  keysById_.clear();
+  serverIdentity_.clear();
+  for (const Key& key : AlertsIn(State::OnScreen)) {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end() || !found->second.server.empty()) continue;
+    Alert& alert = found->second;
+    alert.id = 0;
+    alert.state = State::Waiting;
+    // Show an alert again only once: it may be what crashed the server.
+    if (!std::exchange(alert.wasReshown, true)) continue;
+    alerts_.erase(found);
+    listener_.gone(key);
   }
 }
 
 void DesktopNotifications::FailWaiting(const std::string& reason) {
-  for (const Alert alert : AlertsIn(State::Waiting)) Fail(alert, reason);
+  for (const Key& key : AlertsIn(State::Waiting)) Fail(key, reason);
 }
 
-void DesktopNotifications::Fail(Alert alert, const std::string& reason) {
-  const auto found = alerts_.find(alert);
-  if (found != alerts_.end()) End(alert, found->second.isNew ? AlertEnd::NotShown : AlertEnd::Dismissed, reason);
+void DesktopNotifications::Fail(const Key& key, const std::string& reason) {
+  const auto found = alerts_.find(key);
+  if (found == alerts_.end()) return;
+  const bool isNew = found->second.isNew;
+  Withdraw(key);
+  if (isNew) return listener_.failed(key, reason);
+  listener_.gone(key);
 }
 
-void DesktopNotifications::End(Alert alert, AlertEnd end, const std::string& text) {
-  // Some servers leave an alert on screen when it has been clicked.
-  Withdraw(alert);
-  listener_.ended(alert, end, text);
-}
-
-std::vector<DesktopNotifications::Alert> DesktopNotifications::AlertsIn(State state) const {
-  std::vector<Alert> alerts;
-  for (const auto& [alert, entry] : alerts_) {
-    if (entry.state == state) alerts.push_back(alert);
+std::vector<DesktopNotifications::Key> DesktopNotifications::AlertsIn(State state) const {
+  std::vector<Key> keys;
+  for (const auto& [key, alert] : alerts_) {
+    if (alert.state == state) keys.push_back(key);
   }
-  return alerts;
+  return keys;
 }
 
 }  // namespace tessaro::platform

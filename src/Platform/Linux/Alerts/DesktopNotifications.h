@@ -11,7 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
+#include "Platform/UserNotifications.h"
 
 namespace tessaro::platform {
 
@@ -25,86 +26,95 @@ struct AlertContents {
   std::string title;
   std::string text;
   std::string soundFile;     // empty: silent
-  std::string defaultTitle;  // of what a click on the alert does
+  std::string defaultTitle;  // of a click on the alert
   std::optional<std::string> actionTitle;
   std::optional<Reply> reply;  // takes the place of the action
 };
 
-enum class AlertEnd {
-  ContentsClicked,
-  ActionClicked,  // or a reply was asked for, where the server has no field for it
-  Replied,
-  Dismissed,  // by the person, by the server after a while, or with the server
-  NotShown,
+// An alert on the screen of one notification server.
+struct ServerAlert {
+  std::string server;  // its OwnerIdentity()
+  std::uint32_t id = 0;
 };
 
-// The desktop's notification server.
+// The client of the desktop's notification server (org.freedesktop.Notifications).
 //
-// An alert that is shown ends once: as the person or the server ends it, or by Withdraw(), which tells nobody. When the
-// server is started anew it is given the alerts again that its predecessor had on screen. Main thread only; nothing
-// waits, nothing throws.
-class DesktopNotifications {
+// An alert ends once: by the user, by the server, or by Withdraw(), which calls nobody. A server that is restarted is
+// given the alerts again that its predecessor had on screen. Main thread only; nothing throws. Nothing waits for the
+// server; connecting may wait for the bus.
+class DesktopNotifications final : private BusService {
  public:
-  // Of the caller's choice, each used for one alert.
-  using Alert = std::uint64_t;
+  using Key = UserNotifications::Key;
 
   struct Listener {
-    std::function<void(Alert, bool playsSound)> shown;
-    // With the reply, or with the reason why nothing was shown.
-    std::function<void(Alert, AlertEnd, const std::string& text)> ended;
+    // The server has the alert, under an id that may change. `isNew`: for the first time.
+    std::function<void(const Key&, const ServerAlert&, bool isNew)> shown;
+    std::function<void(const Key&, UserNotificationActivation, const std::string& reply)> activated;
+    std::function<void(const Key&)> dismissed;                          // by the user
+    std::function<void(const Key&)> gone;                               // expired, or lost with its server
+    std::function<void(const Key&, const std::string& reason)> failed;  // never shown
+    std::function<void()> serverChanged;                                // what has failed may succeed now
   };
 
   DesktopNotifications(std::string applicationName, Listener listener);
-  DesktopNotifications(const DesktopNotifications&) = delete;
-  DesktopNotifications& operator=(const DesktopNotifications&) = delete;
+  ~DesktopNotifications();
 
-  // Of an alert that is there already, the contents are replaced. Without a bus, the end is told before this returns.
-  void Show(Alert alert, AlertContents contents) noexcept;
+  // Replaces the contents of an alert that is there already. Without a bus, the listener's `failed` is called before
+  // this returns.
+  void Show(const Key& key, AlertContents contents) noexcept;
 
-  void Withdraw(Alert alert) noexcept;
+  // Follows an alert that an earlier process has shown. It is gone unless the same server runs.
+  void Follow(const Key& key, AlertContents contents, ServerAlert shown) noexcept;
+
+  void Withdraw(const Key& key) noexcept;
+
+  [[nodiscard]] bool PlaysSounds() const { return capabilities_ && Has("sound"); }
 
  private:
   enum class State { Waiting, Sent, OnScreen };
 
-  struct Entry {
+  struct Alert {
     AlertContents contents;
     State state = State::Waiting;
-    std::uint32_t id = 0;    // the server's; 0 while it has none
-    bool isNew = true;       // that it is shown has not been told
-    bool isChanged = false;  // since it was sent
-    bool wasLost = false;    // with an earlier server
+    std::uint32_t id = 0;     // the server's; 0 while it has none
+    std::string server;       // of an earlier process, until the server is known
+    bool isNew = true;        // `shown` is still to be called
+    bool isChanged = false;   // since it was sent
+    bool wasReshown = false;  // by a second server, after the first had gone
   };
 
-  void Follow();
-  void Forget();
+  void Appear(sdbus::IConnection& bus) override;
+  void Disappear() noexcept override;
+
+  void CheckFollowed();
   void AskCapabilities();
   void SendWaiting();
-  void Send(Alert alert, Entry& entry);
-  void Answered(Alert alert, const sdbus::Error* error, std::uint32_t id);
+  void Send(const Key& key, Alert& alert);
+  void Answered(const Key& key, const sdbus::Error* error, std::uint32_t id);
   void Close(std::uint32_t id) noexcept;
   void Received(sdbus::Message& message);
+  void Closed(const Key& key, std::uint32_t reason);
+  void Activated(const Key& key, UserNotificationActivation activation, const std::string& reply = {});
   void ServerChanged(bool isThere);
   void LoseServer();
   void FailWaiting(const std::string& reason);
-  void Fail(Alert alert, const std::string& reason);
-  void End(Alert alert, AlertEnd end, const std::string& text = {});
+  void Fail(const Key& key, const std::string& reason);
 
-  [[nodiscard]] std::vector<Alert> AlertsIn(State state) const;
+  [[nodiscard]] std::vector<Key> AlertsIn(State state) const;
   [[nodiscard]] bool Has(const char* capability) const { return capabilities_->contains(capability); }
   [[nodiscard]] std::vector<std::string> ActionsFor(const AlertContents& contents) const;
   [[nodiscard]] std::map<std::string, sdbus::Variant> HintsFor(const AlertContents& contents) const;
 
   const std::string applicationName_;
   const Listener listener_;
-  std::map<Alert, Entry> alerts_;
-  std::map<std::uint32_t, Alert> alertsById_;
-  std::optional<std::set<std::string>> capabilities_;  // nothing while they aren't known
+  std::map<Key, Alert> alerts_;
+  std::map<std::uint32_t, Key> keysById_;
+  std::string serverIdentity_;                         // empty while there is no server
+  std::optional<std::set<std::string>> capabilities_;  // nothing until the server has answered
   bool isAsking_ = false;
-  bool isListening_ = false;
   std::unique_ptr<sdbus::IProxy> server_;
   sdbus::Slot signals_;
-  sdbus::Slot owners_;
-  SessionBus::Subscription subscription_;
+  sdbus::Slot owner_;
 };
 
 }  // namespace tessaro::platform
