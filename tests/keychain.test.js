@@ -101,7 +101,7 @@ test('script stores, reads, changes and removes passwords', async (t) => {
   });
 });
 
-test('another program sees the same items, byte for byte, and is seen at once', async (t) => {
+test('passwords are shared with other programs byte for byte, in both directions', async (t) => {
   const keyring = await keyringOf(t);
   const secrets = {
     empty: '',
@@ -140,7 +140,7 @@ test('another program sees the same items, byte for byte, and is seen at once', 
   assert.deepStrictEqual(JSON.parse(child.output.stdout), { ...secrets, emoji: 'changed', foreign: 'new' });
 });
 
-test('what is no password is told, not handed out', async (t) => {
+test('malformed items and accounts are failures', async (t) => {
   const keyring = await keyringOf(t);
   const bytes = Buffer.from([0xff, 0xfe, 0x00, 0x41]);
   await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'bytes'], bytes);
@@ -155,7 +155,7 @@ test('what is no password is told, not handed out', async (t) => {
   );
 });
 
-test('two items of one account: one is read, written and removed, the other stays', async (t) => {
+test('of two items of one account, one is read, written and removed', async (t) => {
   const keyring = await keyringOf(t);
   const [one, two] = [
     ['store', '--label=x', 'service', service, 'account', 'ann'],
@@ -249,46 +249,65 @@ const unavailable = [
   [
     "keychain.accounts('Tessaro 3')",
     null,
-    'warning Error while querying all accounts in Keychain. (error=There is no secret service, or it does not answer.)',
+    'warning Error while querying all accounts in Keychain. (error=The secret service is unavailable or did not reply in time.)',
   ],
 ];
 
-test('no bus: nothing is available', (t) => expectRefusal(t, status.unavailable, {}, unavailable));
+test('without a bus every operation reports that the keychain is unavailable', (t) =>
+  expectRefusal(t, status.unavailable, {}, unavailable));
 
-test('a bus that is gone: nothing is available', (t) =>
+test('with a dead bus address every operation reports that the keychain is unavailable', (t) =>
   expectRefusal(t, status.unavailable, { DBUS_SESSION_BUS_ADDRESS: 'unix:path=/nonexistent/bus' }, unavailable));
 
-test('a bus without a secret service: nothing is available', async (t) => {
+test('without a secret service every operation reports that the keychain is unavailable', async (t) => {
   const bus = await startBus(t, temporaryDirectory(t));
   await expectRefusal(t, status.unavailable, environmentOf(bus), unavailable);
 });
 
-test('a locked keyring is never taken for an empty one', async (t) => {
-  const keyring = await keyringOf(t);
-  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
-  await keyring.lock();
-  const more = [
-    [
-      "m.getPasswordForAccount('nobody')",
-      { 'ok?': false, error: status.locked },
-      `warning Could not read password from keychain. (account=nobody, error=${status.locked})`,
+// Locked again after use, a keyring still knows its accounts; never unlocked in this login, it does not.
+const lockedKeyrings = {
+  'locked again': { lock: (keyring) => keyring.lock(), accounts: [['ann']] },
+  'never unlocked': {
+    async lock(keyring, t, directory) {
+      await keyring.kill();
+      await startKeyring(t, directory, keyring.bus, false);
+    },
+    accounts: [
+      null,
+      'warning Error while querying all accounts in Keychain. (error=The keyring is locked and was not unlocked in time.)',
     ],
-    [
-      "m.setPasswordForAccount('12345', 'ann')",
-      { 'ok?': false, error: status.locked },
-      `warning Could not modify keychain item. (account=ann, passwordLength=5, error=${status.locked})`,
-    ],
-    [
-      "m.setPasswordForAccount('12345', 'bob')",
-      { 'ok?': false, error: status.locked },
-      `warning Could not add password to keychain. (account=bob, passwordLength=5, error=${status.locked})`,
-    ],
-    ["keychain.accounts('Tessaro 3')", ['ann']],
-  ];
-  await expectRefusal(t, status.locked, environmentOf(keyring), more, true);
-});
+  },
+};
 
-test('a service that hangs is given up in time, sooner each time, and asked again later', async (t) => {
+for (const [state, { lock, accounts }] of Object.entries(lockedKeyrings)) {
+  test(`a locked keyring is never taken for an empty one: ${state}`, async (t) => {
+    const directory = temporaryDirectory(t);
+    const keyring = await startKeyring(t, directory);
+    await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
+    await lock(keyring, t, directory);
+    const more = [
+      [
+        "m.getPasswordForAccount('nobody')",
+        { 'ok?': false, error: status.locked },
+        `warning Could not read password from keychain. (account=nobody, error=${status.locked})`,
+      ],
+      [
+        "m.setPasswordForAccount('12345', 'ann')",
+        { 'ok?': false, error: status.locked },
+        `warning Could not modify keychain item. (account=ann, passwordLength=5, error=${status.locked})`,
+      ],
+      [
+        "m.setPasswordForAccount('12345', 'bob')",
+        { 'ok?': false, error: status.locked },
+        `warning Could not add password to keychain. (account=bob, passwordLength=5, error=${status.locked})`,
+      ],
+      ["keychain.accounts('Tessaro 3')", ...accounts],
+    ];
+    await expectRefusal(t, status.locked, environmentOf(keyring), more, true);
+  });
+}
+
+test('reply timeouts of a hanging service halve, and the first reply resets them', async (t) => {
   const keyring = await keyringOf(t);
   const child = startScript(
     t,
@@ -317,7 +336,7 @@ test('a service that hangs is given up in time, sooner each time, and asked agai
   await child.printed(`ready\n${status.unavailable} true\nanswered\n`);
 });
 
-test('a bus that takes the connection and says nothing is no bus', async (t) => {
+test('a bus that accepts the connection and never replies counts as unavailable', async (t) => {
   const socket = path.join(temporaryDirectory(t), 'bus');
   const server = net.createServer(() => {}).listen(socket);
   t.after(() => server.close());
@@ -330,7 +349,7 @@ test('a bus that takes the connection and says nothing is no bus', async (t) => 
   assert.deepStrictEqual(result, { 'ok?': false, error: status.unavailable });
 });
 
-test('a service killed in the middle of a call, and the bus after it: the next ones are found', async (t) => {
+test('the keychain reconnects after its service or the bus was killed', async (t) => {
   const directory = temporaryDirectory(t);
   const bus = await startBus(t, directory);
   const first = await startKeyring(t, directory, bus);
@@ -367,7 +386,7 @@ test('a service killed in the middle of a call, and the bus after it: the next o
   await ask('x');
 });
 
-test('the bundle says whose items they are', async (t) => {
+test('the bundle name selects the service', async (t) => {
   const application = path.join(temporaryDirectory(t), 'Mail.app');
   fs.mkdirSync(path.join(application, 'Resources'), { recursive: true });
   const executable = path.join(application, 'Mail');
@@ -422,7 +441,7 @@ test('no password gets into the log or onto the terminal', async (t) => {
   assert.match(log, /Removed keychain entry 'ann'/);
 });
 
-test('a person is asked to open the keyring: refused, then opened by real keys', async (t) => {
+test('the user is prompted to unlock the keyring: dismissed, then unlocked with real keys', async (t) => {
   const source = `
     const { module: m } = probe();
     const { execFileSync, spawn } = require('child_process');
@@ -431,12 +450,12 @@ test('a person is asked to open the keyring: refused, then opened by real keys',
       execFileSync('dbus-send', ['--session', '--print-reply', '--dest=org.freedesktop.secrets',
         '/org/freedesktop/secrets', 'org.freedesktop.Secret.Service.Lock',
         'array:objpath:/org/freedesktop/secrets/collection/login']);
-      // Script waits for the answer: somebody else has to press the keys, again if they came too early.
+      // Script blocks until the prompt ends: another process presses the keys, again if the first were too early.
       const press = 'shown() { xdotool search --onlyvisible --class gcr-prompter; }; until shown; do sleep 0.05; done; ' +
         'while shown; do xdotool key ctrl+a "$@"; sleep 1; done';
-      const person = spawn('sh', ['-c', press, 'sh', ...keys], { stdio: 'ignore' });
+      const user = spawn('sh', ['-c', press, 'sh', ...keys], { stdio: 'ignore' });
       const answer = JSON.parse(m.getPasswordForAccount('ann'));
-      person.kill();
+      user.kill();
       return answer;
     };
     const answers = [asked('Escape'), asked(...'session', 'Return')];

@@ -5,41 +5,41 @@
 #include "Base/Ref.h"
 #include "Platform/SecretStore.h"
 
-// The passwords of one service in the user's keychain, by account. Nothing is cached: what another program changes is
-// seen at once. Main thread only; calls wait for the keychain, and for the person when it has to be opened.
+// The passwords of one service in the user's keychain, by account. Nothing is cached: a change by another program is
+// seen at once. Main thread only; calls wait for the keychain, and for the user when it has to be unlocked.
 //
-// The outcome of reading and writing is a dictionary:
+// The result of reading and writing is a dictionary:
 //   "ok?"       NSNumber, a boolean
 //   "password"  NSString, or NSNull when there is none; after reading
 //   "error"     NSNumber, the keychain's status code; when not ok
 @interface TsKeychain : NSObject {
  @private
-  Ref<NSString> service_;
-  tessaro::platform::SecretStore* store_;
+  Ref<NSString> _service;
+  tessaro::platform::SecretStore* _store;
 }
 
 @property(nonatomic, readonly) NSString* service;
 
-// Shares its items with the application's previous major version, unless the bundle wants to be kept apart.
+// Shares its items with the application's previous major version, unless the bundle keeps its own.
 + (TsKeychain*)sharedInstance;
 
 - (instancetype)initWithService:(NSString*)service;
 
-// Of another store than the process's own, which must outlive this object.
+// `store` must outlive this object.
 - (instancetype)initWithService:(NSString*)service store:(tessaro::platform::SecretStore&)store;
 
 - (NSDictionary*)passwordForAccount:(NSString*)account;
 
-// nil deletes the item. That the item could not be looked up, or not be deleted, is told by the log only.
+// nil deletes the item. A failed look-up before writing and a failed deletion are logged, and count as success.
 - (NSDictionary*)setPassword:(NSString*)password forAccount:(NSString*)account;
 
 // Empty when there are none, nil on failure.
 - (NSSet*)allAccounts;
 
-// Whether there was one, and it is deleted.
+// Whether an item was found and deleted.
 - (BOOL)removePasswordForAccount:(NSString*)account;
 
-// Whether nothing is left.
+// Whether no item is left.
 - (BOOL)removeAllPasswords;
 
 @end

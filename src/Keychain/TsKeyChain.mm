@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
@@ -40,7 +41,7 @@ Secret SecretOf(NSString* password) {
   return bytes;
 }
 
-// nil when the bytes are no UTF-8: another password than the stored one would be of no use.
+// nil when the bytes are not UTF-8: a repaired password would be a wrong one.
 NSString* PasswordOf(const Secret& secret) {
   NSString* password = TsNSString(secret.View());
   return SecretOf(password).View() == secret.View() ? password : nil;
@@ -69,11 +70,11 @@ NSDictionary* Found(id password) {
 @implementation TsKeychain
 
 + (TsKeychain*)sharedInstance {
-  static const Ref<TsKeychain> keychain = [] {
+  static Forever<Ref<TsKeychain>> keychain([] {
     const bool isSeparate = [[NSApplication ts_bundleName] isEqualToString:kSeparateService];
     return Adopt([[TsKeychain alloc] initWithService:isSeparate ? kSeparateService : kPreviousVersionsService]);
-  }();
-  return keychain;
+  }());
+  return *keychain;
 }
 
 - (instancetype)initWithService:(NSString*)service {
@@ -82,25 +83,25 @@ NSDictionary* Found(id password) {
 
 - (instancetype)initWithService:(NSString*)service store:(platform::SecretStore&)store {
   if ((self = [super init]) != nil) {
-    service_ = Copy(service);
-    store_ = &store;
+    _service = Copy(service);
+    _store = &store;
   }
   return self;
 }
 
 - (NSString*)service {
-  return service_;
+  return _service;
 }
 
 - (platform::SecretResult<SecretItem>)findAccount:(NSString*)account {
-  return FirstOf(store_->Find(TsStdString(service_), TsStdString(account)));
+  return FirstOf(_store->Find(TsStdString(_service), TsStdString(account)));
 }
 
 - (NSDictionary*)passwordForAccount:(NSString*)account {
   const auto item = [self findAccount:account];
   SecretStatus status = item.status;
   if (status == SecretStatus::Success) {
-    const auto secret = store_->Read(item.value);
+    const auto secret = _store->Read(item.value);
     status = secret.status;
     if (status == SecretStatus::Success) {
       if (NSString* password = PasswordOf(secret.value); password != nil) return Found(password);
@@ -114,17 +115,17 @@ NSDictionary* Found(id password) {
 
 - (NSDictionary*)setPassword:(NSString*)password forAccount:(NSString*)account {
   if (password == nil) return [self deleteItem:[self findAccount:account] ofAccount:account];
-  const auto item = FirstOf(store_->FindVisible(TsStdString(service_), TsStdString(account)));
+  const auto item = FirstOf(_store->FindVisible(TsStdString(_service), TsStdString(account)));
   if (item.status == SecretStatus::Success) return [self modifyItem:item.value password:password account:account];
   if (item.status == SecretStatus::ItemNotFound) return [self addPassword:password account:account];
-  // The caller is told that all is well: it could do nothing about it.
+  // By contract this counts as success.
   TsLogWarning(@"Could not find keychain item. (account=%@, error=%d)", account, Code(item.status));
   return Succeeded();
 }
 
 - (NSDictionary*)modifyItem:(const SecretItem&)item password:(NSString*)password account:(NSString*)account {
   const auto length = static_cast<unsigned long>([password length]);
-  const SecretStatus status = store_->Replace(item, SecretOf(password));
+  const SecretStatus status = _store->Replace(item, SecretOf(password));
   if (status == SecretStatus::Success) {
     TsLogInfo(@"Modified password in keychain. (account=%@, passwordLength=%lu)", account, length);
     return Succeeded();
@@ -136,7 +137,7 @@ NSDictionary* Found(id password) {
 
 - (NSDictionary*)addPassword:(NSString*)password account:(NSString*)account {
   const auto length = static_cast<unsigned long>([password length]);
-  const SecretStatus status = store_->Add(TsStdString(service_), TsStdString(account), SecretOf(password));
+  const SecretStatus status = _store->Add(TsStdString(_service), TsStdString(account), SecretOf(password));
   if (status == SecretStatus::Success) {
     TsLogInfo(@"Added password to keychain. (account=%@, passwordLength=%lu)", account, length);
     return Succeeded();
@@ -152,7 +153,7 @@ NSDictionary* Found(id password) {
                Code(item.status));
     return Failed(item.status);
   }
-  const SecretStatus status = store_->Remove(item.value);
+  const SecretStatus status = _store->Remove(item.value);
   if (status == SecretStatus::Success) {
     TsLogInfo(@"Deleted password from keychain. (account=%@)", account);
   } else {
@@ -162,11 +163,11 @@ NSDictionary* Found(id password) {
 }
 
 - (NSSet*)allAccounts {
-  const auto items = store_->Find(TsStdString(service_), std::nullopt);
+  const auto items = _store->Find(TsStdString(_service), std::nullopt);
   if (items.status == SecretStatus::ItemNotFound) return [NSSet set];
   SecretStatus status = items.status;
   if (status == SecretStatus::Success) {
-    const auto accounts = store_->Accounts(items.value);
+    const auto accounts = _store->Accounts(items.value);
     status = accounts.status;
     if (status == SecretStatus::Success) {
       NSMutableSet* names = [NSMutableSet setWithCapacity:accounts.value.size()];
@@ -182,20 +183,20 @@ NSDictionary* Found(id password) {
 
 - (BOOL)removePasswordForAccount:(NSString*)account {
   const auto item = [self findAccount:account];
-  if (item.status != SecretStatus::Success || store_->Remove(item.value) != SecretStatus::Success) return NO;
+  if (item.status != SecretStatus::Success || _store->Remove(item.value) != SecretStatus::Success) return NO;
   [self logRemovalOf:account];
   return YES;
 }
 
 - (BOOL)removeAllPasswords {
-  const std::string service = TsStdString(service_);
-  // What is added meanwhile must go as well; each round costs one search, however many items there are.
+  const std::string service = TsStdString(_service);
+  // Repeat for items that are added meanwhile.
   for (;;) {
-    const auto items = store_->Find(service, std::nullopt);
+    const auto items = _store->Find(service, std::nullopt);
     if (items.status != SecretStatus::Success) return YES;
-    const auto accounts = store_->Accounts(items.value);
+    const auto accounts = _store->Accounts(items.value);
     for (std::size_t i = 0; i < items.value.size(); ++i) {
-      if (store_->Remove(items.value[i]) != SecretStatus::Success) return NO;
+      if (_store->Remove(items.value[i]) != SecretStatus::Success) return NO;
       const bool isKnown = i < accounts.value.size() && accounts.value[i];
       [self logRemovalOf:isKnown ? TsNSString(*accounts.value[i]) : @"unknown"];
     }
@@ -203,7 +204,7 @@ NSDictionary* Found(id password) {
 }
 
 - (void)logRemovalOf:(NSString*)account {
-  TsLogInfo(@"Removed keychain entry '%@' (%@).", account, service_.get());
+  TsLogInfo(@"Removed keychain entry '%@' (%@).", account, _service.get());
 }
 
 @end

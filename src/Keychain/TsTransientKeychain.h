@@ -7,7 +7,7 @@
 // Passwords that live as long as the process, for accounts whose user does not want them stored. Main thread only.
 @interface TsTransientKeychain : NSObject {
  @private
-  Ref<NSMutableDictionary> passwordsByAccount_;
+  Ref<NSMutableDictionary> _passwordsByAccount;
 }
 
 @property(nonatomic, readonly) NSMutableDictionary* passwordsByAccount;

@@ -1,31 +1,33 @@
 #import "Keychain/TsTransientKeychain.h"
 
+#include "Base/Lifetime.h"
+
 @implementation TsTransientKeychain
 
 + (TsTransientKeychain*)sharedInstance {
-  static const Ref<TsTransientKeychain> keychain = Adopt([[TsTransientKeychain alloc] init]);
-  return keychain;
+  static Forever<Ref<TsTransientKeychain>> keychain(Adopt([[TsTransientKeychain alloc] init]));
+  return *keychain;
 }
 
 - (instancetype)init {
-  if ((self = [super init]) != nil) passwordsByAccount_ = Adopt([[NSMutableDictionary alloc] init]);
+  if ((self = [super init]) != nil) _passwordsByAccount = Adopt([[NSMutableDictionary alloc] init]);
   return self;
 }
 
 - (NSMutableDictionary*)passwordsByAccount {
-  return passwordsByAccount_;
+  return _passwordsByAccount;
 }
 
 - (void)setPassword:(NSString*)password forAccount:(NSString*)account {
   if (password != nil) {
-    [passwordsByAccount_ setObject:password forKey:account];
+    [_passwordsByAccount setObject:password forKey:account];
   } else {
-    [passwordsByAccount_ removeObjectForKey:account];
+    [_passwordsByAccount removeObjectForKey:account];
   }
 }
 
 - (NSString*)passwordForAccount:(NSString*)account {
-  return [passwordsByAccount_ objectForKey:account];
+  return [_passwordsByAccount objectForKey:account];
 }
 
 @end

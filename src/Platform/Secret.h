@@ -7,12 +7,12 @@
 
 namespace tessaro::platform {
 
-// Bytes that must not stay behind in memory: overwritten when they are let go of. Any bytes, NUL included.
+// Bytes that are overwritten when they are freed, NUL characters included.
 class Secret {
  public:
   Secret() = default;
 
-  // Room for `capacity` bytes, which the caller writes to Data().
+  // Room for `capacity` bytes that the caller writes to Data().
   explicit Secret(std::size_t capacity)
       : bytes_(std::make_unique<char[]>(capacity)), capacity_(capacity), size_(capacity) {}
 
@@ -31,7 +31,7 @@ class Secret {
   }
 
   ~Secret() {
-    // Through a volatile pointer, or the compiler would leave out writing what nobody reads.
+    // Volatile: the compiler would drop writes that are never read.
     volatile char* bytes = bytes_.get();
     for (std::size_t i = 0; i < capacity_; ++i) bytes[i] = 0;
   }
@@ -39,7 +39,7 @@ class Secret {
   [[nodiscard]] char* Data() { return bytes_.get(); }
   [[nodiscard]] std::string_view View() const { return {bytes_.get(), size_}; }
 
-  // Gives up what stands behind the first `size` bytes.
+  // Drops everything after the first `size` bytes.
   void Shorten(std::size_t size) { size_ = size; }
 
  private:

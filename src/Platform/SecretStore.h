@@ -9,22 +9,21 @@
 #include <string_view>
 #include <vector>
 
-#include "Base/Lifetime.h"
 #include "Platform/Secret.h"
 
 namespace tessaro::platform {
 
-// Outcomes of the store, in the numbers that a keychain gives for them. A system's keychain may answer others.
+// Outcomes of the store, in the numbers that a keychain gives for them. A system's keychain may give others.
 enum class SecretStatus : std::int32_t {
   Success = 0,
-  Parameter = -50,                 // a text that the store can't take, as one with a NUL character
-  UserCancelled = -128,            // the person dismissed the prompt
-  InternalComponent = -2070,       // the store failed in a way that none of the others describes
-  NotAvailable = -25291,           // there is no store, it does not answer in time, or it went away
-  AuthorizationFailed = -25293,    // the store refuses us
-  ItemNotFound = -25300,           // the store is open, and has no such item
-  InteractionNotAllowed = -25308,  // the store is locked, and there is nobody to open it, or not in time
-  Decode = -26275,                 // the stored bytes are not what they should be
+  Parameter = -50,                 // a text that the store can't take, such as one with a NUL character
+  UserCancelled = -128,            // the user dismissed the prompt
+  InternalComponent = -2070,       // any failure that none of the others describes
+  NotAvailable = -25291,           // there is no store, it does not reply in time, or it went away
+  AuthorizationFailed = -25293,    // the store refuses this application
+  ItemNotFound = -25300,           // the store is unlocked, and has no such item
+  InteractionNotAllowed = -25308,  // the store is locked, and was not unlocked in time
+  Decode = -26275,                 // the stored bytes are malformed
 };
 
 template <typename Value>
@@ -38,53 +37,51 @@ struct SecretItem {
   std::string reference;
 };
 
-// The user's store of secrets: items of a service, one an account, each with bytes nobody else should see.
+// The user's store of secrets: items of a service, one an account, each with bytes that only the user may see.
 //
-// Nothing is cached: what another program changes is seen at once. Calls wait for the store, and for the person when
-// the store has to be opened, each with a deadline. Main thread only. Texts are UTF-8. Nothing throws.
+// Nothing is cached: a change by another program is seen at once. Calls wait for the store, and for the user when the
+// store has to be unlocked, each with a deadline. Main thread only. Texts are UTF-8. Nothing throws.
 class SecretStore {
  public:
   struct Deadlines {
-    std::chrono::milliseconds answer{5000};   // for the store; less and less for one that never answers
-    std::chrono::milliseconds person{60000};  // for somebody to open it
+    std::chrono::milliseconds reply{5000};  // halved after each call without a reply, whole again after a reply
+    std::chrono::milliseconds user{60000};  // for unlocking
   };
 
-  explicit SecretStore(Deadlines deadlines);
-  ~SecretStore();
+  [[nodiscard]] static std::unique_ptr<SecretStore> WithDeadlines(Deadlines deadlines);
 
-  // The process's own, on first use.
+  // The process's own, made on first use.
   static SecretStore& Shared();
 
-  // The items of `service`, at least one on success; of any account when there is no `account`. A store that is closed
-  // is opened before it is believed to have none.
-  [[nodiscard]] SecretResult<std::vector<SecretItem>> Find(std::string_view service,
-                                                           std::optional<std::string_view> account) noexcept;
+  virtual ~SecretStore() = default;
+  SecretStore(const SecretStore&) = delete;
+  SecretStore& operator=(const SecretStore&) = delete;
 
-  // The same for somebody who is going to add what is missing: a store that is closed may hide an item, which Add()
-  // then replaces.
-  [[nodiscard]] SecretResult<std::vector<SecretItem>> FindVisible(std::string_view service,
-                                                                  std::string_view account) noexcept;
+  // The items of `service`, at least one on success; of any account when there is no `account`. A locked store is
+  // unlocked before the result is that it has none.
+  [[nodiscard]] virtual SecretResult<std::vector<SecretItem>> Find(
+      std::string_view service, std::optional<std::string_view> account) noexcept = 0;
 
-  [[nodiscard]] SecretResult<Secret> Read(const SecretItem& item) noexcept;
+  // The same, without unlocking. For a caller who adds an item that is not found: Add() replaces one that is hidden.
+  [[nodiscard]] virtual SecretResult<std::vector<SecretItem>> FindVisible(std::string_view service,
+                                                                          std::string_view account) noexcept = 0;
 
-  // The account names of `items`, in their order; nothing for those that can't be read.
-  [[nodiscard]] SecretResult<std::vector<std::optional<std::string>>> Accounts(
-      std::span<const SecretItem> items) noexcept;
+  [[nodiscard]] virtual SecretResult<Secret> Read(const SecretItem& item) noexcept = 0;
 
-  [[nodiscard]] SecretStatus Add(std::string_view service, std::string_view account, const Secret& secret) noexcept;
-  [[nodiscard]] SecretStatus Replace(const SecretItem& item, const Secret& secret) noexcept;
-  [[nodiscard]] SecretStatus Remove(const SecretItem& item) noexcept;
+  // The account names of `items`, in their order; nothing for those that are gone or have none.
+  [[nodiscard]] virtual SecretResult<std::vector<std::optional<std::string>>> Accounts(
+      std::span<const SecretItem> items) noexcept = 0;
 
-  // Lets go of the connection to the store, until the next call.
-  static constexpr EndStage kEnd = EndStage::Services;
-  void Close() noexcept;
+  [[nodiscard]] virtual SecretStatus Add(std::string_view service, std::string_view account,
+                                         const Secret& secret) noexcept = 0;
+  [[nodiscard]] virtual SecretStatus Replace(const SecretItem& item, const Secret& secret) noexcept = 0;
+  [[nodiscard]] virtual SecretStatus Remove(const SecretItem& item) noexcept = 0;
 
- private:
-  class Body;
-  std::unique_ptr<Body> body_;
+ protected:
+  SecretStore() = default;
 };
 
-// What the status means, in words for the log.
+// A sentence for the log.
 [[nodiscard]] std::string_view Message(SecretStatus status) noexcept;
 
 }  // namespace tessaro::platform

@@ -2,5 +2,5 @@
 
 #include <node.h>
 
-// Stores of any service and any patience, and the one in memory.
+// Keychains of any service with any deadlines, and the transient one.
 void AttachKeychainProbe(v8::Local<v8::Object> exports);

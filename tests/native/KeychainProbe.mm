@@ -21,15 +21,15 @@ void Return(ProbeArguments args, NSString* text) {
   if (ToScriptString(args.GetIsolate(), text).ToLocal(&string)) args.GetReturnValue().Set(string);
 }
 
-// A store that waits as long as `setDeadlines` said, and the keychain of a service in it.
+// A store with the deadlines of setDeadlines(), and the keychain of a service in it.
 platform::SecretStore::Deadlines& Deadlines() {
   static platform::SecretStore::Deadlines deadlines;
   return deadlines;
 }
 
 Ref<TsKeychain> Keychain(v8::Local<v8::Value> service) {
-  static platform::SecretStore store(Deadlines());
-  return Adopt([[TsKeychain alloc] initWithService:convertToNSString(service) store:store]);
+  static const auto store = platform::SecretStore::WithDeadlines(Deadlines());
+  return Adopt([[TsKeychain alloc] initWithService:convertToNSString(service) store:*store]);
 }
 
 std::chrono::milliseconds Milliseconds(v8::Local<v8::Value> value) {

@@ -20,12 +20,13 @@ function dbusSend(environment, object, method, ...args) {
 }
 
 /**
- * Starts a keyring that is open, with nothing in it. It ends with the test.
+ * Starts a keyring, unlocked and empty. It ends with the test.
  * @param {object} test
  * @param {string} directory Where it keeps its file; a keyring started there again has the same items.
  * @param {{address: string, stop(): Promise<void>}} [bus] By default one is started.
+ * @param {boolean} [isUnlocked] Otherwise an existing keyring stays as it is after login without its password.
  */
-async function startKeyring(test, directory, bus) {
+async function startKeyring(test, directory, bus, isUnlocked = true) {
   const ownBus = bus || (await startBus(test, directory));
   const data = path.join(directory, 'keyring');
   fs.mkdirSync(data, { recursive: true, mode: 0o700 });
@@ -33,7 +34,7 @@ async function startKeyring(test, directory, bus) {
   delete environment.DISPLAY;
   const daemon = spawn(
     'gnome-keyring-daemon',
-    ['--foreground', '--unlock', '--components=secrets', `--control-directory=${data}`],
+    ['--foreground', ...(isUnlocked ? ['--unlock'] : []), '--components=secrets', `--control-directory=${data}`],
     { env: environment, stdio: ['pipe', 'ignore', 'ignore'] },
   );
   daemon.stdin.end('keyring');
@@ -48,7 +49,7 @@ async function startKeyring(test, directory, bus) {
     const answer = dbusSend(environment, collection, 'org.freedesktop.DBus.Properties.Get', ...question);
     return (await answer.catch(() => '')).match(/boolean (\w+)/)?.[1];
   };
-  await eventually(async () => (await isLocked()) === 'false', 'the keyring is open');
+  await eventually(async () => (await isLocked()) === String(!isUnlocked), 'the keyring is there');
   return {
     address: ownBus.address,
     bus: ownBus,

@@ -1,0 +1,232 @@
+#include "Platform/Linux/Keyring/SecretService.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace tessaro::platform {
+
+namespace {
+
+constexpr char kService[] = "org.freedesktop.secrets";
+constexpr char kItem[] = "org.freedesktop.Secret.Item";
+constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
+// A bus keeps at most 128 unanswered calls of a client unless its limit has been raised.
+constexpr std::size_t kMostCallsAtOnce = 64;
+// Enough for a service that works.
+constexpr std::chrono::milliseconds kShortestTimeout{50};
+
+// GLib would start a bus of its own where there is none.
+bool HasBus() {
+  if (std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr) return true;
+  const char* directory = std::getenv("XDG_RUNTIME_DIR");
+  std::error_code error;
+  return directory != nullptr && std::filesystem::exists(std::filesystem::path(directory) / "bus", error);
+}
+
+// Replies come to `context` during its life.
+class ContextScope {
+ public:
+  explicit ContextScope(GMainContext* context) : context_(context) { g_main_context_push_thread_default(context_); }
+  ContextScope(const ContextScope&) = delete;
+  ContextScope& operator=(const ContextScope&) = delete;
+  ~ContextScope() { g_main_context_pop_thread_default(context_); }
+
+ private:
+  GMainContext* context_;
+};
+
+// Without a display the service dismisses its own prompts: then no user was asked.
+SecretStatus Dismissed() {
+  const bool hasDisplay = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+  return hasDisplay ? SecretStatus::UserCancelled : SecretStatus::InteractionNotAllowed;
+}
+
+struct RemoteError {
+  std::string_view name;
+  SecretStatus status;
+  bool isStale = false;
+};
+
+constexpr RemoteError kRemoteErrors[] = {
+    {"org.freedesktop.Secret.Error.IsLocked", SecretStatus::InteractionNotAllowed},
+    {"org.freedesktop.Secret.Error.NoSession", SecretStatus::NotAvailable, true},
+    {"org.freedesktop.Secret.Error.NoSuchObject", SecretStatus::ItemNotFound},
+    {"org.freedesktop.DBus.Error.UnknownObject", SecretStatus::ItemNotFound},
+    {"org.freedesktop.DBus.Error.UnknownMethod", SecretStatus::ItemNotFound},
+    {"org.freedesktop.DBus.Error.ServiceUnknown", SecretStatus::NotAvailable, true},
+    {"org.freedesktop.DBus.Error.NameHasNoOwner", SecretStatus::NotAvailable, true},
+    {"org.freedesktop.DBus.Error.NoReply", SecretStatus::NotAvailable, true},
+    {"org.freedesktop.DBus.Error.Disconnected", SecretStatus::NotAvailable, true},
+    {"org.freedesktop.DBus.Error.Timeout", SecretStatus::NotAvailable},
+    {"org.freedesktop.DBus.Error.TimedOut", SecretStatus::NotAvailable},
+    {"org.freedesktop.DBus.Error.AccessDenied", SecretStatus::AuthorizationFailed},
+};
+
+bool IsTimeout(const GError* error) {
+  return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
+         g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
+         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_TIMEOUT) ||
+         g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_TIMED_OUT);
+}
+
+SecretServiceReply FailureOf(const GError* error) {
+  if (IsTimeout(error)) return {nullptr, SecretStatus::NotAvailable};
+  const GTextPtr name(g_dbus_error_get_remote_error(error));
+  // Without a name the error comes from this side of the bus, which fails only when the connection does.
+  if (!name && error->domain == G_IO_ERROR) return {nullptr, SecretStatus::NotAvailable, true};
+  const auto* known = std::find_if(std::begin(kRemoteErrors), std::end(kRemoteErrors),
+                                   [&](const RemoteError& remote) { return name && remote.name == name.get(); });
+  if (known == std::end(kRemoteErrors)) return {nullptr, SecretStatus::InternalComponent};
+  return {nullptr, known->status, known->isStale};
+}
+
+}  // namespace
+
+void ReplyTimeout::Halve() { left_ = std::max(left_ / 2, std::min(whole_, kShortestTimeout)); }
+
+std::unique_ptr<SecretServiceSession> SecretServiceSession::Open(ReplyTimeout& timeout) {
+  if (!HasBus()) return nullptr;
+  std::unique_ptr<SecretServiceSession> session(new SecretServiceSession(timeout));
+  return session->Connect() ? std::move(session) : nullptr;
+}
+
+SecretServiceSession::~SecretServiceSession() {
+  // Frees what is on its way to the service's objects: they hold the connection, which may be closed.
+  service_.reset();
+  bus_.reset();
+  while (g_main_context_iteration(context_.get(), FALSE)) {
+  }
+}
+
+bool SecretServiceSession::Connect() {
+  GError* error = nullptr;
+  const auto connected = Wait(timeout_.Milliseconds(), [](GCancellable* cancellable, auto callback, gpointer data) {
+    g_bus_get(G_BUS_TYPE_SESSION, cancellable, callback, data);
+  });
+  bus_.reset(g_bus_get_finish(connected.get(), &error));
+  if (bus_) {
+    g_dbus_connection_set_exit_on_close(bus_.get(), FALSE);
+    const auto opened = Wait(timeout_.Milliseconds(), [](GCancellable* cancellable, auto callback, gpointer data) {
+      secret_service_open(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, callback, data);
+    });
+    service_.reset(secret_service_open_finish(opened.get(), &error));
+  }
+  const GErrorPtr failure(error);
+  if (failure && IsTimeout(failure.get())) timeout_.Halve();
+  return service_ != nullptr;
+}
+
+GObjectPtr<GAsyncResult> SecretServiceSession::Wait(int milliseconds, const Start& start) {
+  const ContextScope scope(context_.get());
+  const GObjectPtr<GCancellable> cancellable(g_cancellable_new());
+  const GSourcePtr alarm(g_timeout_source_new(static_cast<guint>(milliseconds)));
+  const auto cancel = [](gpointer passed) -> gboolean {
+    g_cancellable_cancel(static_cast<GCancellable*>(passed));
+    return G_SOURCE_REMOVE;
+  };
+  g_source_set_callback(alarm.get(), cancel, cancellable.get(), nullptr);
+  g_source_attach(alarm.get(), context_.get());
+  GAsyncResult* result = nullptr;
+  const auto finished = [](GObject*, GAsyncResult* given, gpointer data) {
+    *static_cast<GAsyncResult**>(data) = static_cast<GAsyncResult*>(g_object_ref(given));
+  };
+  start(cancellable.get(), finished, &result);
+  while (result == nullptr) g_main_context_iteration(context_.get(), TRUE);
+  g_source_destroy(alarm.get());
+  return GObjectPtr<GAsyncResult>(result);
+}
+
+SecretServiceReply SecretServiceSession::ReplyOf(GVariant* value, GError* error) {
+  const GErrorPtr failure(error);
+  if (failure && IsTimeout(failure.get())) {
+    timeout_.Halve();
+  } else {
+    timeout_.Reset();
+  }
+  return failure ? FailureOf(failure.get()) : SecretServiceReply{GVariantPtr(value)};
+}
+
+SecretServiceReply SecretServiceSession::Call(const char* path, const char* interface, const char* method,
+                                              GVariant* arguments, const char* type) {
+  GError* error = nullptr;
+  GVariant* value =
+      g_dbus_connection_call_sync(bus_.get(), kService, path, interface, method, arguments, G_VARIANT_TYPE(type),
+                                  G_DBUS_CALL_FLAGS_NONE, timeout_.Milliseconds(), nullptr, &error);
+  return ReplyOf(value, error);
+}
+
+std::vector<SecretServiceReply> SecretServiceSession::GetEach(const std::vector<std::string>& paths,
+                                                              const char* property) {
+  struct Pending {
+    SecretServiceSession* session;
+    std::size_t* open;
+    SecretServiceReply reply;
+  };
+  const auto finish = [](GObject* bus, GAsyncResult* result, gpointer data) {
+    auto& pending = *static_cast<Pending*>(data);
+    GError* error = nullptr;
+    GVariant* value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
+    pending.reply = pending.session->ReplyOf(value, error);
+    --*pending.open;
+  };
+  const ContextScope scope(context_.get());
+  std::size_t open = 0;
+  // Each call ends at its own deadline at the latest.
+  const auto waitUntilOpen = [&](std::size_t most) {
+    while (open > most) g_main_context_iteration(context_.get(), TRUE);
+  };
+  std::vector<Pending> calls(paths.size());
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    waitUntilOpen(kMostCallsAtOnce - 1);
+    calls[i] = {this, &open, {}};
+    ++open;
+    g_dbus_connection_call(bus_.get(), kService, paths[i].c_str(), kProperties, "Get",
+                           g_variant_new("(ss)", kItem, property), G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE,
+                           timeout_.Milliseconds(), nullptr, finish, &calls[i]);
+  }
+  waitUntilOpen(0);
+  std::vector<SecretServiceReply> replies;
+  for (Pending& call : calls) replies.push_back(std::move(call.reply));
+  return replies;
+}
+
+SecretServiceReply SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {
+  const auto finished =
+      Wait(static_cast<int>(timeout.count()), [&](GCancellable* cancellable, auto callback, gpointer data) {
+        secret_service_prompt_at_dbus_path(service_.get(), path, nullptr, cancellable, callback, data);
+      });
+  GError* raised = nullptr;
+  GVariantPtr value(secret_service_prompt_at_dbus_path_finish(service_.get(), finished.get(), &raised));
+  if (value) return {std::move(value)};
+  const GErrorPtr error(raised);
+  if (error && IsTimeout(error.get())) return {nullptr, SecretStatus::InteractionNotAllowed};
+  if (error) return FailureOf(error.get());
+  // libsecret takes a service that ends for a dismissal.
+  const GTextPtr owner(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(service_.get())));
+  return owner ? SecretServiceReply{nullptr, Dismissed()}
+               : SecretServiceReply{nullptr, SecretStatus::NotAvailable, true};
+}
+
+GVariantPtr SecretServiceSession::Encode(const Secret& secret) {
+  const std::string_view bytes = secret.View();
+  SecretValue* value = secret_value_new(bytes.data(), static_cast<gssize>(bytes.size()), "text/plain");
+  GVariantPtr encoded(g_variant_ref_sink(secret_service_encode_dbus_secret(service_.get(), value)));
+  secret_value_unref(value);
+  return encoded;
+}
+
+std::optional<Secret> SecretServiceSession::Decode(GVariant* encoded) {
+  SecretValue* value = secret_service_decode_dbus_secret(service_.get(), encoded);
+  if (value == nullptr) return std::nullopt;
+  gsize size = 0;
+  const char* bytes = secret_value_get(value, &size);
+  std::optional<Secret> secret(std::in_place, std::string_view(bytes, size));
+  secret_value_unref(value);
+  return secret;
+}
+
+}  // namespace tessaro::platform
