@@ -27,7 +27,7 @@ function writeFile(file, contents) {
 
 // ---- User defaults
 
-test('what is set and synchronised outlives a crash, and reads back in its type', async (t) => {
+test('synchronised values survive a crash, and read back with their types', async (t) => {
   const { home, env } = sharedHome(t);
   const texts = [
     '',
@@ -77,7 +77,7 @@ test('what is set and synchronised outlives a crash, and reads back in its type'
   assert.deepStrictEqual(read, [...table.map(([, expected]) => expected), null, null]);
 });
 
-test('values that script can neither set nor read', async (t) => {
+test('unsupported values are neither set nor read', async (t) => {
   const { home, env } = sharedHome(t);
   const stored = {
     half: ['<real>0.5</real>', 0],
@@ -131,7 +131,7 @@ async function withAutostart(t, { user = {}, system = {} }, calls) {
   return { results, files };
 }
 
-test('start at login is switched on once, and off', async (t) => {
+test('start at login is switched on once, and off again', async (t) => {
   const { results, files } = await withAutostart(
     t,
     {},
@@ -144,7 +144,7 @@ test('start at login is switched on once, and off', async (t) => {
   assert.deepStrictEqual([off.results, off.files], [[true, false], {}]);
 });
 
-test('an entry of ours is known by its program, and counts only where the session would start it', async (t) => {
+test('an entry is recognised by its program, and counts only if the session would start it', async (t) => {
   const table = [
     [entry(ours), true],
     [entry(`${process.execPath} --hidden %U`), true],
@@ -168,7 +168,7 @@ test('an entry of ours is known by its program, and counts only where the sessio
   }
 });
 
-test('what others wrote into an entry is kept', async (t) => {
+test('foreign keys of an entry are kept', async (t) => {
   const text = `# kept\n${entry(ours, 'Hidden=true\nX-Foreign=kept\nName[de]=Post\n')}\n[Desktop Action x]\nName=kept\n`;
   const { results, files } = await withAutostart(t, { user: { 'mine.desktop': text } }, 'm.setStartAtLogin(true)');
   assert.deepStrictEqual([results, Object.keys(files)], [[true], ['mine.desktop']]);
@@ -178,7 +178,7 @@ test('what others wrote into an entry is kept', async (t) => {
   assert.ok(!files['mine.desktop'].includes('Hidden'));
 });
 
-test("an entry of the system's is hidden and shown again, never touched", async (t) => {
+test('a system-wide entry is hidden and shown again, never changed', async (t) => {
   const system = { 'mail.desktop': entry(ours) };
   const off = await withAutostart(t, { system }, 'm.getStartAtLogin(), m.setStartAtLogin(false)');
   assert.deepStrictEqual(off.results, [true, false]);
@@ -193,7 +193,7 @@ test("an entry of the system's is hidden and shown again, never touched", async 
   assert.deepStrictEqual([bare.results, bare.files], [[false, true], {}]);
 });
 
-test("the file of another program is not taken, nor is the previous version's second item", async (t) => {
+test("another program's entry and the previous version's second item are left alone", async (t) => {
   const foreign = { 'node.desktop': entry('/bin/sh') };
   const added = await withAutostart(t, { user: foreign }, 'm.setStartAtLogin(true)');
   assert.deepStrictEqual([added.results, Object.keys(added.files)], [[true], ['node-2.desktop', 'node.desktop']]);
@@ -211,7 +211,7 @@ test("the file of another program is not taken, nor is the previous version's se
   );
 });
 
-test('a folder that can not be written changes nothing', async (t) => {
+test('an unwritable folder changes nothing', async (t) => {
   const { home, env } = sharedHome(t);
   fs.writeFileSync(path.join(home, 'config'), 'a file where the folder should be');
   const results = await evaluate(
@@ -222,7 +222,7 @@ test('a folder that can not be written changes nothing', async (t) => {
   assert.deepStrictEqual(results, [false, false]);
 });
 
-test('links that lead nowhere, and pipes, are passed over', async (t) => {
+test('dangling links and pipes are ignored', async (t) => {
   const { home, env } = sharedHome(t);
   const folder = path.join(home, 'config', 'autostart');
   fs.mkdirSync(folder, { recursive: true });
@@ -241,7 +241,7 @@ test('links that lead nowhere, and pipes, are passed over', async (t) => {
   assert.ok(!fs.readFileSync(path.join(home, 'dotfiles', 'mail.desktop'), 'utf8').includes('Hidden'));
 });
 
-test('whatever characters a path has, the session starts that program', async (t) => {
+test('a program path may have any characters', async (t) => {
   // A backslash is missing here: GNUstep takes it for a separator of folders.
   const folder = path.join(temporaryDirectory(t), 'It\'s "mine" $HOME `x` ü;& (1)');
   const executable = path.join(folder, 'the mail');

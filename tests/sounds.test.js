@@ -26,7 +26,7 @@ const loud = tone({ amplitude: 16000, seconds: 20 });
 const soundNames = (t, options, source = 'm.getSoundNames()') =>
   evaluate(t, `const { module: m } = probe(); console.log(JSON.stringify(${source}));`, options);
 
-test('the list has every playable sound once, in plain order', async (t) => {
+test('every playable sound is listed once, sorted case-sensitively', async (t) => {
   const home = homeWithSounds(t, {
     'zebra.wav': quiet,
     'Zoo.wav': quiet,
@@ -35,6 +35,7 @@ test('the list has every playable sound once, in plain order', async (t) => {
     'twice.oga': fs.readFileSync('/usr/share/sounds/freedesktop/stereo/bell.oga'),
     'Basso.wav': quiet,
     'two.dots.wav': quiet,
+    'Upper.WAV': quiet,
     'text.wav': 'no sound',
     'empty.wav': '',
     'sound.txt': quiet,
@@ -45,7 +46,7 @@ test('the list has every playable sound once, in plain order', async (t) => {
   fs.mkdirSync(path.join(folder, 'folder.wav'));
   const names = await soundNames(t, { home });
   // Foundation compares characters that are composed as if they were not.
-  const own = ['Äther', 'Basso', 'Zoo', 'twice', 'two.dots', 'zebra'];
+  const own = ['Äther', 'Basso', 'Upper', 'Zoo', 'twice', 'two.dots', 'zebra'];
   assert.deepStrictEqual(
     names.filter((name) => own.includes(name)),
     own,
@@ -59,7 +60,7 @@ test('the list has every playable sound once, in plain order', async (t) => {
   for (const name of ['bell', 'message-new-instant', 'Ping', 'Tink']) assert.ok(names.includes(name), name);
 });
 
-test('the list is learnt once', async (t) => {
+test('the list is made once in a process', async (t) => {
   const home = homeWithSounds(t, {});
   const late = path.join(home, 'Library', 'Sounds', 'late.wav');
   const source = `[m.getSoundNames().push('x'), require('fs').writeFileSync(${JSON.stringify(late)}, Buffer.from('${quiet.subarray(0, 60).toString('hex')}', 'hex')),
@@ -68,7 +69,7 @@ test('the list is learnt once', async (t) => {
   assert.ok((await soundNames(t, { home })).includes('late'));
 });
 
-test("the desktop's chosen theme comes with those that it inherits from", async (t) => {
+test('sounds of the chosen desktop theme and of the themes it inherits from are listed', async (t) => {
   const home = homeWithSounds(t, {});
   const data = path.join(home, 'data');
   const themes = { ours: 'Inherits=parent,ours,../x', parent: 'Inherits=missing' };
@@ -89,7 +90,7 @@ test("the desktop's chosen theme comes with those that it inherits from", async 
   for (const name of ['of-ours', 'of-parent', 'bell']) assert.ok(names.includes(name), name);
 });
 
-test('sounds are equal by their names', async (t) => {
+test('sounds of the same name are equal', async (t) => {
   const compare = (one, other) => `JSON.parse(n.compareSounds(${JSON.stringify(one)}, ${JSON.stringify(other)}))`;
   const results = await evaluate(
     t,
@@ -104,7 +105,7 @@ test('sounds are equal by their names', async (t) => {
   ]);
 });
 
-test('a preview is heard, and cut off by the next', async (t) => {
+test('a preview is audible, and the next one cuts it off', async (t) => {
   const audio = await startAudioServer(t, temporaryDirectory(t));
   const home = homeWithSounds(t, { 'loud.wav': loud, 'quiet.wav': quiet });
   const client = await startClient(t, { home, env: audio.env });
@@ -121,21 +122,21 @@ test('a preview is heard, and cut off by the next', async (t) => {
   for (let i = 0; i < 5; ++i)
     await client.run("for (let i = 0; i < 20; ++i) m.playSoundWithName(i % 2 ? 'quiet' : 'loud')");
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'the last of many is heard');
-  // An audio server may be started anew.
+  // The audio server may be gone.
   await audio.kill();
   await client.run("m.playSoundWithName('loud')");
   await client.until('warnings().some((text) => text.startsWith("Couldn\'t play a sound: "))');
   assert.strictEqual(client.output.stderr, '');
 });
 
-test('the sound of a file that is gone is not played', async (t) => {
+test('a sound whose file was deleted is not played', async (t) => {
   const home = homeWithSounds(t, { 'gone.wav': quiet });
   const file = path.join(home, 'Library', 'Sounds', 'gone.wav');
   const source = `[m.getSoundNames().includes('gone'), require('fs').rmSync(${JSON.stringify(file)}), m.playSoundWithName('gone')]`;
   assert.deepStrictEqual(await soundNames(t, { home }, source), [true, null, false]);
 });
 
-test('an alert is heard where the notification server plays no sounds', async (t) => {
+test('alert sounds are played by the module if the notification server plays none', async (t) => {
   const audio = await startAudioServer(t, temporaryDirectory(t));
   const bus = await startBus(t, temporaryDirectory(t));
   const env = { ...audio.env, DBUS_SESSION_BUS_ADDRESS: bus.address };
@@ -152,7 +153,7 @@ test('an alert is heard where the notification server plays no sounds', async (t
   assert.deepStrictEqual(lines, ["sound with name 'none' '(null)' (null)", "sound with name 'loud' 'loud' loud"]);
 });
 
-test('without an audio device nothing waits, nothing is printed, and the log says so', async (t) => {
+test('without an audio device playing fails with a log line only', async (t) => {
   const home = homeWithSounds(t, { 'quiet.wav': quiet });
   const drivers = {
     pulse: { PULSE_SERVER: 'unix:/nowhere' },
@@ -170,7 +171,7 @@ test('without an audio device nothing waits, nothing is printed, and the log say
   }
 });
 
-test('an audio server that hangs holds up neither script nor the end of the process', async (t) => {
+test('a hanging audio server blocks neither script nor process exit', async (t) => {
   const audio = await startAudioServer(t, temporaryDirectory(t));
   const client = await startClient(t, { home: homeWithSounds(t, { 'quiet.wav': quiet }), env: audio.env });
   audio.pause();

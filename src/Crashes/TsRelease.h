@@ -2,5 +2,5 @@
 
 #import <Foundation/NSString.h>
 
-// The version of the application that runs, as crash events name it: "3.1 (412)". Made once.
+// The version of the running application for crash events: "3.1 (412)".
 [[nodiscard]] NSString* TsGetRelease();

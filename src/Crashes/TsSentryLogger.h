@@ -8,11 +8,11 @@
 // A message was logged: {"level": "error", "warning", "info" or "debug", "message": a text}.
 extern NSString* const TsSentryBreadcrumbNotification;
 
-// An earlier process has crashed: {"event": a dictionary as the service takes it}.
+// An earlier process has crashed: {"event": TsSerialisedEvent()}.
 extern NSString* const TsSentryEventNotification;
 
-// Hands log messages and crash events to the host, which sends them. Notifications are posted on the main queue. Their
-// observers must not log: that would be a breadcrumb again.
+// Passes log messages and crash events on to the host, which sends them. Notifications are posted on the main queue.
+// Their observers must not log, which would post the next breadcrumb.
 class TsSentryLogger final : public TsLogger {
  public:
   void Log(const TsLogMessage& message) noexcept override;
@@ -20,12 +20,12 @@ class TsSentryLogger final : public TsLogger {
   static void PostEventAsNotification(const tessaro::platform::CrashEvent& event);
 };
 
-// The event in the form of the service, which JSON can hold.
+// The event as the service expects it in JSON.
 [[nodiscard]] NSDictionary* TsSerialisedEvent(const tessaro::platform::CrashEvent& event);
 
-// From now on crashes are recorded, log messages are breadcrumbs, and the crashes of earlier processes are told. Once
-// in a process; what can't be had is logged. `claim` as for the crash reporter.
+// Starts recording crashes, posting log messages as breadcrumbs, and reporting the crashes of earlier processes. Once
+// in a process; failures are logged. `claim`: see CrashReporter.
 void TsSetUpCrashReporter(tessaro::platform::CrashReporter::FaultClaim claim);
 
-// Crashes, if the crash reporter was set up.
+// Crashes the process, if the crash reporter was set up.
 void TsTestCrash();

@@ -4,18 +4,18 @@
 
 #include "Base/Ref.h"
 
-// A sound that the system knows by its name.
+// A sound of the system's, by its name.
 @interface TsSound : NSObject {
  @private
-  Ref<NSString> name_;
+  Ref<NSString> _name;
 }
 
 @property(nonatomic, readonly) NSString* name;  // no folder, no extension
 
-// Every playable sound, in the order of their names. Learnt once.
+// Every playable sound, sorted by name; listed once in a process.
 + (NSArray*)sounds;
 
-// The host application's own.
+// The host application's new-mail sound.
 + (TsSound*)soundNewMail;
 
 // nil when the system has no such sound.
@@ -24,14 +24,14 @@
 // nil for nil.
 + (TsSound*)soundWithPath:(NSString*)path;
 
-// Of a path, the last component counts.
+// Takes the last component of a path.
 - (instancetype)initWithName:(NSString*)name;
 
 - (BOOL)isEqualToSound:(TsSound*)sound;
 
 - (BOOL)isPlayable;
 
-// Cuts off the sound that is playing, if there is one.
+// Cuts off the sound that is playing.
 - (void)play;
 
 @end

@@ -1,5 +1,6 @@
 #import "Notifications/TsSound.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
@@ -21,6 +22,8 @@ NSArray* SoundFolders() {
   for (const std::string& folder : platform::SystemSoundFolders()) [folders addObject:TsNSString(folder)];
   return folders;
 }
+
+Ref<TsSound> NewSound(Class type, NSString* name) { return Adopt<TsSound>([[type alloc] initWithName:name]); }
 
 void AddIfPlayable(NSMutableSet* sounds, TsSound* sound) {
   if ([sound isPlayable]) [sounds addObject:sound];
@@ -45,33 +48,32 @@ Ref<NSArray> FindSounds() {
 @implementation TsSound
 
 + (NSArray*)sounds {
-  static const Ref<NSArray> sounds = FindSounds();
-  return [NSArray arrayWithArray:sounds];
+  static Forever<Ref<NSArray>> sounds(FindSounds());
+  return [NSArray arrayWithArray:*sounds];
 }
 
 + (TsSound*)soundNamed:(NSString*)name {
-  TsSound* sound = [[[self alloc] initWithName:name] autorelease];
+  TsSound* sound = NewSound(self, name).Autoreleased();
   return [sound isPlayable] ? sound : nil;
 }
 
 + (TsSound*)soundNewMail {
-  return [[[self alloc] initWithName:@"New Mail"] autorelease];
+  return NewSound(self, @"New Mail").Autoreleased();
 }
 
 + (TsSound*)soundWithPath:(NSString*)path {
   if (path == nil) return nil;
-  NSString* name = [[path lastPathComponent] stringByDeletingPathExtension];
-  return [[[self alloc] initWithName:name] autorelease];
+  return NewSound(self, [[path lastPathComponent] stringByDeletingPathExtension]).Autoreleased();
 }
 
 - (instancetype)initWithName:(NSString*)name {
   self = [super init];
-  if (self != nil) name_ = Copy([name lastPathComponent]);
+  if (self != nil) _name = Copy([name lastPathComponent]);
   return self;
 }
 
 - (NSString*)name {
-  return name_;
+  return _name;
 }
 
 - (BOOL)isEqual:(id)other {
@@ -80,26 +82,26 @@ Ref<NSArray> FindSounds() {
 
 - (BOOL)isEqualToSound:(TsSound*)sound {
   if (sound == nil) return NO;
-  return sound == self || [sound name] == name_ || [[sound name] isEqualToString:name_];
+  return sound == self || [sound name] == _name || [[sound name] isEqualToString:_name];
 }
 
 - (NSUInteger)hash {
-  return [name_ hash];
+  return [_name hash];
 }
 
 - (NSString*)description {
-  return name_;
+  return _name;
 }
 
 - (BOOL)isPlayable {
-  return !platform::SoundFileNamed(TsStdString(name_)).empty();
+  return !platform::SoundFileNamed(TsStdString(_name)).empty();
 }
 
 - (void)play {
   @synchronized([TsSound class]) {
     platform::SoundPlayer& player = platform::SoundPlayer::Shared();
     player.Stop();
-    std::string file = platform::SoundFileNamed(TsStdString(name_));
+    std::string file = platform::SoundFileNamed(TsStdString(_name));
     if (file.empty()) return;
     player.Play(std::move(file),
                 [](const std::string& reason) { TsLogTextWarning("Couldn't play a sound: " + reason); });

@@ -6,26 +6,27 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Lifetime.h"
+
 namespace tessaro::platform {
 
-// The file of the sound that the system knows by a name, which has no folder and no extension: a resource of the
-// application's bundle, or a file of one of the sound folders. Empty when there is none, or none that can be played.
-// Nothing of this throws; any thread.
+// The file of the sound with this name (no folder, no extension): a resource of the application's bundle, or a file in
+// one of the sound folders. Empty when there is none that can be played. Any thread; nothing throws.
 [[nodiscard]] std::string SoundFileNamed(std::string_view name) noexcept;
 
-// The folders where this system keeps sounds besides Cocoa's own, the most important one first.
+// This system's sound folders besides Cocoa's own, in search order.
 [[nodiscard]] std::vector<std::string> SystemSoundFolders() noexcept;
 
-// Plays one sound at a time. Any thread; nothing waits for the audio system, which is not talked to before the first
+// Plays one sound at a time. Any thread; no call waits for the audio system, and none connects to it before the first
 // sound.
 class SoundPlayer {
  public:
-  // Is told, on a thread of the player's, why a sound could not be played.
+  // Called on a thread of the player's when a sound could not be played. May be null.
   using Failure = std::function<void(const std::string& reason)>;
 
   static SoundPlayer& Shared();
 
-  // Cuts off what is playing.
+  // Cuts off the sound that is playing.
   void Play(std::string file, Failure failure) noexcept;
 
   void Stop() noexcept;
@@ -34,6 +35,8 @@ class SoundPlayer {
   SoundPlayer& operator=(const SoundPlayer&) = delete;
 
  private:
+  friend class Forever<SoundPlayer>;
+
   SoundPlayer();
   ~SoundPlayer();
 

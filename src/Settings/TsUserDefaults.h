@@ -11,12 +11,12 @@ struct TsNoDefault {};
 
 using TsDefault = std::variant<TsNoDefault, bool, std::int32_t, NSString*>;
 
-// A number that equals its truth value reads as that, and any other one truncated to 32 bits: 1 reads true, 2 reads 2.
-// Values of other types read as none.
+// A number that equals its truth value reads as a boolean, any other is truncated to 32 bits: 1 reads as true, 2 as 2.
+// Values of other types read as TsNoDefault.
 [[nodiscard]] TsDefault TsUserDefault(NSString* key);
 
-// None removes the key.
+// TsNoDefault removes the key.
 void TsSetUserDefault(NSString* key, const TsDefault& value);
 
-// Until then a change may be lost with the process.
+// Writes the changes to disk; before that they may be lost with the process.
 void TsSynchronizeUserDefaults();

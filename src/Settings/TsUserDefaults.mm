@@ -2,6 +2,8 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/Ref.h"
+
 namespace {
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
@@ -26,8 +28,8 @@ struct Store {
 
 TsDefault TsUserDefault(NSString* key) {
   id value = [Defaults() objectForKey:key];
-  if ([value isKindOfClass:[NSNumber class]]) return NumberDefault(value);
-  if ([value isKindOfClass:[NSString class]]) return static_cast<NSString*>(value);
+  if (NSNumber* number = As<NSNumber>(value)) return NumberDefault(number);
+  if (NSString* text = As<NSString>(value)) return text;
   return TsNoDefault();
 }
 

@@ -13,11 +13,11 @@
 #include <ctime>
 #include <string_view>
 
+#include "Base/Lifetime.h"
 #include "Platform/Common/CrashedThread.h"
 
-// Whatever runs once the process has crashed is limited to what a signal's handler may use: system calls, and memory
-// that was there before. The unwinder qualifies, as it finds its tables without a lock since glibc 2.35; elsewhere the
-// alarm ends it.
+// Everything that runs after the crash must be async-signal-safe: system calls, and memory that was allocated before.
+// The unwinder is safe since glibc 2.35, where it finds its tables without a lock; with older ones the alarm ends it.
 
 namespace tessaro::platform {
 
@@ -36,7 +36,7 @@ struct Crash {
   const void* context;
 };
 
-// Writes lines through a small buffer. What can't be written is lost: there is nobody to tell.
+// Writes lines through a small buffer. Write errors are ignored.
 class Writer {
  public:
   explicit Writer(int file) : file_(file) {}
@@ -96,18 +96,18 @@ class Writer {
   std::array<char, 1024> buffer_;
 };
 
-// Ends the process if what happens during its life takes too long.
-class Patience {
+// Ends the process when unwinding hangs.
+class UnwindAlarm {
  public:
-  Patience() {
+  UnwindAlarm() {
     struct sigaction deadly {};
     deadly.sa_handler = SIG_DFL;
     sigaction(SIGALRM, &deadly, &previous_);
     alarm(kLongestUnwinding);
   }
-  Patience(const Patience&) = delete;
-  Patience& operator=(const Patience&) = delete;
-  ~Patience() {
+  UnwindAlarm(const UnwindAlarm&) = delete;
+  UnwindAlarm& operator=(const UnwindAlarm&) = delete;
+  ~UnwindAlarm() {
     alarm(0);
     sigaction(SIGALRM, &previous_, nullptr);
   }
@@ -123,7 +123,7 @@ void WriteReason(Writer& writer, const Crash& crash) {
   ReadThreadName(name);
   writer.Line("signal", crash.signal);
   writer.Line("code", crash.information.si_code);
-  // Signals that somebody has sent have a sender in that place.
+  // si_addr is valid only for kernel-raised signals; for kill() the union holds the sender's pid.
   if (crash.information.si_code > 0) {
     writer.Address("address", reinterpret_cast<std::uintptr_t>(crash.information.si_addr));
   }
@@ -138,9 +138,9 @@ void WriteFrames(Writer& writer, const Crash& crash) {
   writer.Address("frame", pc);
   writer.Flush();
   std::array<void*, kMostFrames> frames;
-  const Patience patience;
+  const UnwindAlarm alarm;
   const int count = backtrace(frames.data(), kMostFrames);
-  // The handler's own come first.
+  // Skip the handler's own frames.
   int crashed = 0;
   while (crashed < count && reinterpret_cast<std::uintptr_t>(frames[crashed]) != pc) ++crashed;
   for (int i = crashed + 1; i < count; ++i) {
@@ -148,13 +148,13 @@ void WriteFrames(Writer& writer, const Crash& crash) {
   }
 }
 
-// There is one, made when crashes begin to be handled and never destroyed: a handler could be running.
+// One for the process.
 class CrashHandler {
  public:
   CrashHandler(int record, CrashReporter::FaultClaim claim) : record_(record), claim_(claim) {}
 
   [[nodiscard]] bool Install() {
-    // The unwinder is loaded at its first use.
+    // backtrace() loads libgcc on first use; do it now, not inside the handler.
     std::array<void*, 1> frame;
     backtrace(frame.data(), 1);
     PrepareStack();
@@ -162,7 +162,7 @@ class CrashHandler {
     struct sigaction action {};
     action.sa_sigaction = OnSignal;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    // What crashes meanwhile ends the process.
+    // A crash of the handler itself ends the process.
     sigfillset(&action.sa_mask);
     sigdelset(&action.sa_mask, SIGALRM);
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
@@ -182,12 +182,12 @@ class CrashHandler {
 
   void Handle(const Crash& crash, siginfo_t* information, void* context) {
     if (claim_ != nullptr && claim_(crash.signal, information, context)) return;
-    // A forked process has inherited all this, and the record is not its own.
+    // A forked process has inherited the handler, but the record is its parent's.
     if (getpid() == process_) Record(crash);
     LeaveToOthers(crash.signal, information);
   }
 
-  // The first thread that crashes is the one to tell of, and must not be cut short by another's end.
+  // The first thread that crashes is recorded; others that crash meanwhile wait until the record is complete.
   void Record(const Crash& crash) {
     if (isRecording_.exchange(true)) {
       for (unsigned i = 0; i < kLongestUnwinding * 20 && !isRecorded_; ++i) nanosleep(&kMoment, nullptr);
@@ -204,7 +204,7 @@ class CrashHandler {
     isRecorded_ = true;
   }
 
-  // A fault happens again as soon as this returns, and a signal that was sent is sent again.
+  // A fault is raised again as soon as the handler returns; a signal that was sent has to be sent again.
   void LeaveToOthers(int signal, siginfo_t* information) {
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
       if (kSignals[i] == signal) sigaction(signal, &previous_[i], nullptr);
@@ -213,7 +213,7 @@ class CrashHandler {
     if (!isFault) SendAgain(signal, *information);
   }
 
-  // A stack that has overflowed can't hold the handler. Somebody else may have seen to that.
+  // A stack that has overflowed has no room for the handler. The host may have set a signal stack already.
   static void PrepareStack() {
     stack_t present{};
     if (sigaltstack(nullptr, &present) == 0 && (present.ss_flags & SS_DISABLE) == 0 &&
@@ -241,9 +241,9 @@ std::atomic<CrashHandler*> CrashHandler::current = nullptr;
 }  // namespace
 
 bool HandleCrashes(int record, CrashReporter::FaultClaim claim) noexcept {
-  auto& handler = *new CrashHandler(record, claim);
-  CrashHandler::current = &handler;
-  return handler.Install();
+  static Forever<CrashHandler> handler(record, claim);
+  CrashHandler::current = &*handler;
+  return handler->Install();
 }
 
 }  // namespace tessaro::platform

@@ -4,9 +4,9 @@
 
 namespace tessaro::platform {
 
-// Handles the signals that end a process that has crashed, from now on: writes what is known to `record`, an empty
-// file, and leaves the signal to whoever handled it before. Once in a process; the calling thread gets a stack of its
-// own for it. False when the system refuses, with errno.
+// Handles the signals of crashes from now on: writes the crash to `record`, an empty file, and passes the signal on to
+// the handler that was installed before. Once in a process; the calling thread gets a signal stack. False, with errno,
+// when the handlers can't be installed.
 [[nodiscard]] bool HandleCrashes(int record, CrashReporter::FaultClaim claim) noexcept;
 
 }  // namespace tessaro::platform

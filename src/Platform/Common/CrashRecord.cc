@@ -70,8 +70,8 @@ std::uint64_t Number(std::string_view text) {
   return static_cast<std::uint64_t>(value);
 }
 
-// "START-END PERMISSIONS OFFSET DEVICE INODE    PATH". Of each file the first piece begins it; those that hold no code
-// are no modules.
+// "START-END PERMISSIONS OFFSET DEVICE INODE    PATH". A module reaches from the first to the last mapping of its file;
+// a file without executable mappings is no module.
 void ReadMap(std::string_view line, std::vector<CrashModule>& modules, std::vector<bool>& hasCode) {
   const std::string_view range = TakeWord(line);
   const std::string_view permissions = TakeWord(line);
@@ -129,10 +129,10 @@ std::string ReadAll(int file) {
   return text;
 }
 
-// The text of a record whose process has ended; the file is gone then.
+// The text of a record whose process has ended. Removes the file.
 std::optional<std::string> Take(const fs::path& path) {
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  // Its process, or another one that takes it, has the lock.
+  // Its process, or another process that takes it, holds the lock.
   if (!file || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
   struct stat status;
   const bool isTaken = fstat(file.get(), &status) == 0 && status.st_nlink == 0;
@@ -152,7 +152,7 @@ std::optional<CrashRecord> CrashRecord::In(const fs::path& directory, std::strin
       error = {errno, std::generic_category()};
       continue;
     }
-    // Before it was locked, another process may have taken it for a left-over.
+    // Before this one locked the file, another process may have removed it as a left-over.
     struct stat status;
     if (fstat(file.get(), &status) == 0 && status.st_nlink > 0) return CrashRecord(std::move(path), std::move(file));
   }

@@ -13,7 +13,7 @@
 //   signal 11          lines of a name and a number, decimal or hexadecimal with "0x"
 //   frame 0x55d0c0de   one for each
 //   name node          the thread's
-//   maps               followed by what the kernel tells of the memory, to the end
+//   maps               followed by the mappings of the memory, as in Linux's /proc/self/maps, to the end
 //
 // Its name is the event's identifier.
 namespace tessaro::platform {
@@ -21,13 +21,13 @@ namespace tessaro::platform {
 // The record of this process.
 class CrashRecord {
  public:
-  // Nothing, with the reason, when there can be none.
+  // Nothing, with the reason, when the file can't be made.
   [[nodiscard]] static std::optional<CrashRecord> In(const std::filesystem::path& directory, std::string& reason);
 
   [[nodiscard]] int descriptor() const { return file_.get(); }
 
-  // For a process that ends well. The file stays open: the process may still crash on its way out, and what it then
-  // writes must not get into another one's file.
+  // For a process that exits without a crash. The descriptor stays open: the process may still crash on its way out,
+  // and must not write into another file that has got the same descriptor.
   void RemoveIfUnused() const noexcept;
 
  private:
@@ -37,11 +37,11 @@ class CrashRecord {
   FileDescriptor file_;
 };
 
-// The events of processes that have ended, the earliest first. Their records are gone when this returns: a crash that
-// is told must not be told again, whatever happens to whoever hears it.
+// The events of processes that have ended, the earliest first. Their records are removed before this returns, so that a
+// crash is reported once even if reporting it crashes.
 [[nodiscard]] std::vector<CrashEvent> TakeCrashEvents(const std::filesystem::path& directory) noexcept;
 
-// What a record says; nothing when it doesn't even name a signal. Any text may be given.
+// The event in the text of a record, which may be malformed; nothing when it names no signal.
 [[nodiscard]] std::optional<CrashEvent> ReadCrashRecord(std::string_view text) noexcept;
 
 }  // namespace tessaro::platform

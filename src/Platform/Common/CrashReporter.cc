@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Platform/Common/CrashHandler.h"
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/MainQueue.h"
@@ -22,7 +23,7 @@ bool IsKey(std::string_view text) {
   return text.size() == kKeyLength && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
 }
 
-// Takes what stands before the separator, and that too; nothing where it is missing.
+// Removes the text up to the separator, and returns it without the separator; nothing where that is missing.
 std::optional<std::string_view> Take(std::string_view& text, char separator) {
   const auto end = text.find(separator);
   if (end == std::string_view::npos) return std::nullopt;
@@ -40,10 +41,9 @@ bool IsProjectAddress(std::string_view address) {
   return publicKey && IsKey(*publicKey) && secretKey && IsKey(*secretKey) && host && !host->empty() && !address.empty();
 }
 
-// Never destroyed, as it may be needed to the very end.
 std::optional<CrashRecord>& OwnRecord() {
-  static auto& record = *new std::optional<CrashRecord>();
-  return record;
+  static Forever<std::optional<CrashRecord>> record;
+  return *record;
 }
 
 bool HandleOwnCrashes(const std::filesystem::path& directory, CrashReporter::FaultClaim claim, std::string& reason) {
@@ -62,12 +62,12 @@ CrashReporter::CrashReporter(Hooks hooks) : hooks_(std::move(hooks)) {}
 
 std::unique_ptr<CrashReporter> CrashReporter::ForProject(std::string_view address, Hooks hooks, std::string& reason) {
   if (IsProjectAddress(address)) return std::unique_ptr<CrashReporter>(new CrashReporter(std::move(hooks)));
-  reason = "no address of a project: " + std::string(address);
+  reason = "malformed project address: " + std::string(address);
   return nullptr;
 }
 
 bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim claim, std::string& reason) {
-  // What a process takes and doesn't tell is lost, and some end as soon as they have started.
+  // On a later turn: a process that ends right after its start would take the records and report none of them.
   MainQueue::Shared().Post([this, directory] {
     for (CrashEvent& event : TakeCrashEvents(directory)) {
       hooks_.beforeSerialising(event);
@@ -77,7 +77,7 @@ bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim cla
   return HandleOwnCrashes(directory, claim, reason);
 }
 
-// Whatever finds such mistakes must leave this one alone.
+// Sanitizers would report this fault instead of letting it crash.
 __attribute__((no_sanitize("undefined", "address"))) void CrashReporter::Crash() {
   volatile int* volatile nowhere = nullptr;
   *nowhere = 0;

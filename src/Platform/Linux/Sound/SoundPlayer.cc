@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-// Not every function of ALSA's is declared for C++ there.
+// Some of ALSA's headers lack extern "C".
 extern "C" {
 #include <alsa/asoundlib.h>
 }
@@ -29,7 +29,7 @@ struct PropertiesDeleter {
 };
 using Properties = std::unique_ptr<ca_proplist, PropertiesDeleter>;
 
-// Without it, ALSA tells people's terminals what it thinks of machines without a sound card.
+// By default ALSA prints errors to the terminal.
 void IgnoreAlsaError(const char*, int, const char*, int, const char*, va_list) {}
 
 Context Connect() {
@@ -44,12 +44,12 @@ Properties PropertiesOf(const std::string& file) {
   Properties properties(made);
   ca_proplist_sets(made, CA_PROP_MEDIA_FILENAME, file.c_str());
   ca_proplist_sets(made, CA_PROP_MEDIA_ROLE, "event");
-  // The server would keep every sound that was tried.
+  // By default the server keeps every sound that was played.
   ca_proplist_sets(made, CA_PROP_CANBERRA_CACHE_CONTROL, "never");
   return properties;
 }
 
-// Called once for each sound that was started, on the library's thread.
+// Called once for each started sound, on the library's thread.
 void Finished(ca_context*, std::uint32_t, int result, void* data) {
   const std::unique_ptr<SoundPlayer::Failure> failure(static_cast<SoundPlayer::Failure*>(data));
   const bool isExpected = result == CA_SUCCESS || result == CA_ERROR_CANCELED || result == CA_ERROR_DESTROYED;
@@ -59,16 +59,16 @@ void Finished(ca_context*, std::uint32_t, int result, void* data) {
 int Start(const Context& context, const std::string& file, const SoundPlayer::Failure& failure) {
   const Properties properties = PropertiesOf(file);
   if (!context || !properties) return CA_ERROR_OOM;
-  auto told = std::make_unique<SoundPlayer::Failure>(failure);
-  const int result = ca_context_play_full(context.get(), kSound, properties.get(), Finished, told.get());
-  if (result == CA_SUCCESS) static_cast<void>(told.release());
+  auto handler = std::make_unique<SoundPlayer::Failure>(failure);
+  const int result = ca_context_play_full(context.get(), kSound, properties.get(), Finished, handler.get());
+  if (result == CA_SUCCESS) static_cast<void>(handler.release());
   return result;
 }
 
 }  // namespace
 
-// The audio system may take its time, or stop answering: it is talked to in the background, by one task at a time.
-// What has been asked for meanwhile, but for the last, is not worth playing any more.
+// The audio system may be slow or hang: one background task at a time talks to it. Of the requests that come meanwhile
+// only the last is played.
 struct SoundPlayer::Body {
   struct Request {
     std::string file;  // empty: silence
@@ -78,7 +78,7 @@ struct SoundPlayer::Body {
   std::mutex mutex;
   std::optional<Request> next;
   bool isWorking = false;
-  Context context;  // of the task
+  Context context;  // used by the task only
 
   void Post(const std::shared_ptr<Body>& self, Request request) {
     const std::lock_guard lock(mutex);
@@ -106,7 +106,7 @@ struct SoundPlayer::Body {
 
   void Play(const Request& request) {
     if (context && Start(context, request.file, request.failure) == CA_SUCCESS) return;
-    // The audio server may have been started anew.
+    // The audio server may have been restarted.
     context = Connect();
     const int result = Start(context, request.file, request.failure);
     if (result == CA_SUCCESS) return;
@@ -116,9 +116,8 @@ struct SoundPlayer::Body {
 };
 
 SoundPlayer& SoundPlayer::Shared() {
-  // Never destroyed: a task may be waiting for the audio system when the process ends.
-  static auto& player = *new SoundPlayer();
-  return player;
+  static Forever<SoundPlayer> player;
+  return *player;
 }
 
 SoundPlayer::SoundPlayer() : body_(std::make_shared<Body>()) {}

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Of which every other theme is a variation.
+// The root of every theme's inheritance.
 constexpr char kBasicTheme[] = "freedesktop";
 constexpr char kThemeGroup[] = "Sound Theme";
 
@@ -23,7 +23,7 @@ GKeyFilePtr Read(const fs::path& file) {
 }
 
 std::vector<std::string> ListIn(const GKeyFilePtr& keys, const char* key) {
-  // The standard's lists have commas.
+  // The standard separates lists by commas.
   g_key_file_set_list_separator(keys.get(), ',');
   const GStringListPtr values(g_key_file_get_string_list(keys.get(), kThemeGroup, key, nullptr, nullptr));
   std::vector<std::string> list;
@@ -37,7 +37,7 @@ std::vector<fs::path> Folders(const char* own, const char* const* others) {
   return folders;
 }
 
-// Where desktops write down what they also tell running programs.
+// Desktops write the setting here for programs without a settings daemon.
 std::string ChosenTheme() {
   for (const fs::path& folder : Folders(g_get_user_config_dir(), g_get_system_config_dirs())) {
     const GKeyFilePtr keys = Read(folder / "gtk-3.0" / "settings.ini");

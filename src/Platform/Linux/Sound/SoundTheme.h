@@ -5,7 +5,7 @@
 
 namespace tessaro::platform {
 
-// The folders of the desktop's sound theme, and of the themes that it inherits from, the most important one first.
+// The folders of the desktop's sound theme and of the themes that it inherits from, in search order.
 [[nodiscard]] std::vector<std::filesystem::path> SoundThemeFolders();
 
 }  // namespace tessaro::platform

@@ -14,9 +14,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array kExtensions = {".oga", ".ogg", ".wav"};
+constexpr std::array kExtensions = {".oga", ".ogg", ".wav", ".OGA", ".OGG", ".WAV"};
 
-// What the player can decode, whatever the name says.
+// By its contents: whether the player can decode the file.
 bool IsSound(const fs::path& file) {
   std::error_code error;
   // Opening a pipe would wait for its other end.
