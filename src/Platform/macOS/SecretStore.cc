@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Platform/macOS/CFRef.h"
 
 // The SecItem functions on the user's file-based keychains, where earlier versions kept their items too: items of the
@@ -102,20 +103,21 @@ std::vector<SecretItem> ItemsIn(CFTypeRef found) {
   return items;
 }
 
-}  // namespace
+class Keychain final : public SecretStore {
+ public:
+  SecretResult<std::vector<SecretItem>> Find(std::string_view service,
+                                             std::optional<std::string_view> account) noexcept override;
+  SecretResult<std::vector<SecretItem>> FindVisible(std::string_view service,
+                                                    std::string_view account) noexcept override;
+  SecretResult<Secret> Read(const SecretItem& item) noexcept override;
+  SecretResult<std::vector<std::optional<std::string>>> Accounts(std::span<const SecretItem> items) noexcept override;
+  SecretStatus Add(std::string_view service, std::string_view account, const Secret& secret) noexcept override;
+  SecretStatus Replace(const SecretItem& item, const Secret& secret) noexcept override;
+  SecretStatus Remove(const SecretItem& item) noexcept override;
+};
 
-class SecretStore::Body {};
-
-SecretStore::SecretStore(Deadlines) {}
-SecretStore::~SecretStore() = default;
-
-SecretStore& SecretStore::Shared() {
-  [[clang::no_destroy]] static SecretStore store{Deadlines{}};
-  return store;
-}
-
-SecretResult<std::vector<SecretItem>> SecretStore::Find(std::string_view service,
-                                                        std::optional<std::string_view> account) noexcept {
+SecretResult<std::vector<SecretItem>> Keychain::Find(std::string_view service,
+                                                     std::optional<std::string_view> account) noexcept {
   Dictionary query = Passwords();
   query.Put(kSecAttrService, service).Put(kSecReturnPersistentRef, kCFBooleanTrue);
   query.Put(kSecMatchLimit, account ? kSecMatchLimitOne : kSecMatchLimitAll);
@@ -130,12 +132,12 @@ SecretResult<std::vector<SecretItem>> SecretStore::Find(std::string_view service
 }
 
 // Attributes are seen in a locked keychain too.
-SecretResult<std::vector<SecretItem>> SecretStore::FindVisible(std::string_view service,
-                                                               std::string_view account) noexcept {
+SecretResult<std::vector<SecretItem>> Keychain::FindVisible(std::string_view service,
+                                                            std::string_view account) noexcept {
   return Find(service, account);
 }
 
-SecretResult<Secret> SecretStore::Read(const SecretItem& item) noexcept {
+SecretResult<Secret> Keychain::Read(const SecretItem& item) noexcept {
   Dictionary query = QueryFor(item);
   query.Put(kSecReturnData, kCFBooleanTrue);
   CFRef<CFTypeRef> found;
@@ -145,8 +147,7 @@ SecretResult<Secret> SecretStore::Read(const SecretItem& item) noexcept {
   return {SecretStatus::Success, Secret(BytesOf(static_cast<CFDataRef>(found.get())))};
 }
 
-SecretResult<std::vector<std::optional<std::string>>> SecretStore::Accounts(
-    std::span<const SecretItem> items) noexcept {
+SecretResult<std::vector<std::optional<std::string>>> Keychain::Accounts(std::span<const SecretItem> items) noexcept {
   std::vector<std::optional<std::string>> accounts;
   for (const SecretItem& item : items) {
     Dictionary query = QueryFor(item);
@@ -160,7 +161,7 @@ SecretResult<std::vector<std::optional<std::string>>> SecretStore::Accounts(
   return {SecretStatus::Success, std::move(accounts)};
 }
 
-SecretStatus SecretStore::Add(std::string_view service, std::string_view account, const Secret& secret) noexcept {
+SecretStatus Keychain::Add(std::string_view service, std::string_view account, const Secret& secret) noexcept {
   Dictionary item = QueryFor(service, account);
   item.Put(kSecValueData, NewDataOf(secret).get());
   if (!item.IsValid()) return SecretStatus::Parameter;
@@ -168,16 +169,20 @@ SecretStatus SecretStore::Add(std::string_view service, std::string_view account
   return status == errSecDuplicateItem ? Update(QueryFor(service, account), secret) : StatusOf(status);
 }
 
-SecretStatus SecretStore::Replace(const SecretItem& item, const Secret& secret) noexcept {
+SecretStatus Keychain::Replace(const SecretItem& item, const Secret& secret) noexcept {
   return Update(QueryFor(item), secret);
 }
 
-SecretStatus SecretStore::Remove(const SecretItem& item) noexcept {
-  return StatusOf(SecItemDelete(QueryFor(item).get()));
-}
+SecretStatus Keychain::Remove(const SecretItem& item) noexcept { return StatusOf(SecItemDelete(QueryFor(item).get())); }
 
-// The system keeps the connection.
-void SecretStore::Close() noexcept {}
+}  // namespace
+
+std::unique_ptr<SecretStore> SecretStore::WithDeadlines(Deadlines) { return std::make_unique<Keychain>(); }
+
+SecretStore& SecretStore::Shared() {
+  static Forever<Keychain> keychain;
+  return *keychain;
+}
 
 std::string_view Message(SecretStatus status) noexcept {
   thread_local std::string message;
