@@ -36,6 +36,19 @@ const subsystems = [
   'Workspace',
 ];
 
+// The subsystems that include another one. All others stand alone.
+const neighbours = {
+  AppleScript: ['StatusItem'], // a composed message may come from the status item
+  Application: ['Menu', 'Updates'],
+  Capture: ['Images'],
+  Dock: ['StatusItem'], // both show the account menu
+  Images: ['Workspace'], // a previewed file can be opened
+  Migration: ['Contacts', 'Keychain'], // the old accounts' recipients and passwords
+  Services: ['AppleScript'], // a service composes a message
+  Toolbar: ['Window'],
+  Window: ['WebView'],
+};
+
 // What each room may include of ours. Within itself every room may.
 const belowSubsystem = ['Utilities', 'Extensions', 'Platform', 'Base'];
 const allowed = {
@@ -44,7 +57,7 @@ const allowed = {
   Extensions: ['Utilities', 'Platform', 'Base'],
   Platform: ['Base'],
   Base: [],
-  ...Object.fromEntries(subsystems.map((name) => [name, [...subsystems, ...belowSubsystem]])),
+  ...Object.fromEntries(subsystems.map((name) => [name, [...(neighbours[name] || []), ...belowSubsystem]])),
 };
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
@@ -73,7 +86,12 @@ const portable = [
 const standard = /^([a-z_]+|c[a-z]+)$/;
 
 // Contracts in terms of Cocoa, for Objective-C++ only.
-const cocoaContracts = ['src/Platform/AddressBook.h', 'src/Platform/Cocoa.h', 'src/Platform/Drawing.h', 'src/Platform/FoundationValues.h'];
+const cocoaContracts = [
+  'src/Platform/AddressBook.h',
+  'src/Platform/Cocoa.h',
+  'src/Platform/Drawing.h',
+  'src/Platform/FoundationValues.h',
+];
 
 /** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */
 function violations(file, source) {

@@ -36,6 +36,8 @@ test('an import that points the wrong way is found', () => {
     ['src/Utilities/TsLog.mm', '#include "Menu/TsMainMenu.h"', 'Utilities must not know Menu'],
     ['src/Platform/Linux/MainQueue.cc', '#include "Utilities/TsLog.h"', 'Platform must not know Utilities'],
     ['src/Platform/FoundationValues.h', '#include "Base/Ref.h"', null],
+    ['src/Services/TsServicesProvider.mm', '#include "AppleScript/TsMailto.h"', null],
+    ['src/Menu/TsMainMenu.mm', '#include "AppleScript/TsMailto.h"', 'Menu must not know AppleScript'],
     ['src/Menu/TsMainMenu.mm', '#include "TsMainMenu.h"', 'includes are written from src/'],
     ['src/Menu/TsMainMenu.mm', '#if defined(__APPLE__)', 'only src/Platform may ask which system it is on'],
     ['src/Menu/TsMainMenu.mm', '  #  ifdef __linux__', 'only src/Platform may ask which system it is on'],

@@ -15,7 +15,7 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-// Reads a script object as long as none of its getters throws.
+// Reads the texts of a script object; a getter that throws gives nil.
 class ObjectReader {
  public:
   ObjectReader(v8::Isolate* isolate, v8::Local<v8::Object> object)
@@ -61,11 +61,10 @@ TsClippedPage PageOf(v8::Isolate* isolate, v8::Local<v8::Object> object) {
           .attachments = page.Strings("attachments")};
 }
 
-NSArray* AskTimeTrackerCallback() {
+NSArray* AskTimingCallback() {
   NSString* text = TsCallbackSlots::Shared().timeTracker.CallForString({});
   NSError* error = nil;
-  id list = TsConvertFromJSONString(text, &error);
-  if ([list isKindOfClass:[NSArray class]]) return list;
+  if (NSArray* list = As<NSArray>(TsConvertFromJSONString(text, &error))) return list;
   TsLogWarning(@"Couldn't get valid result from sCallback %@", error);
   return @[];
 }
@@ -101,7 +100,7 @@ void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& a
     return;
   }
   callback.Set(args[0]);
-  [TsTiming start:AskTimeTrackerCallback];
+  [TsTiming start:AskTimingCallback];
 }
 
 void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>&) { [[TsPDFServices sharedInstance] uninstall]; }
