@@ -10,6 +10,7 @@ using ProbeArguments = const v8::FunctionCallbackInfo<v8::Value>&;
 [[nodiscard]] v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name);
 
 void AttachCoreProbe(v8::Local<v8::Object> exports);
+void AttachMacBodiesProbe(v8::Local<v8::Object> exports);
 
 #ifdef __OBJC__
 #import <Foundation/Foundation.h>

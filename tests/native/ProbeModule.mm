@@ -40,6 +40,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachContactsProbe(AddProbeObject(probe, "contacts"));
   AttachUpdateProbe(AddProbeObject(probe, "updates"));
   AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
+  AttachMacBodiesProbe(AddProbeObject(probe, "macBodies"));
   AttachDialogProbe(AddProbeObject(probe, "dialogs"));
 }
 
