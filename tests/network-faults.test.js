@@ -39,7 +39,7 @@ function endlessly(socket, piece) {
   write();
 }
 
-test('whatever a server does, there is one end or one error', async (t) => {
+test('every malformed or unfinished response ends with exactly one end or error', async (t) => {
   const cases = {
     closedAtOnce: [(s) => s.destroy(), [-1005]],
     endedAtOnce: [(s) => s.end(), [-1005]],
@@ -97,7 +97,7 @@ test('whatever a server does, there is one end or one error', async (t) => {
   assert.deepStrictEqual(Object.fromEntries(names.map((name, i) => [name, inShort(answers[i])])), expected);
 });
 
-test('a server that keeps talking is not silent', async (t) => {
+test('a response that keeps arriving does not time out', async (t) => {
   const url = await serve(t, (_question, answer) => {
     let left = 8;
     const drip = setInterval(() => (--left > 0 ? answer.write('.') : answer.end(clearInterval(drip))), 100);
@@ -106,7 +106,7 @@ test('a server that keeps talking is not silent', async (t) => {
   assert.deepStrictEqual(events.at(-1), ['end', true, '.......']);
 });
 
-test('what cannot be sent is an error, and nothing is sent', async (t) => {
+test('a request that cannot be sent is an error, and nothing is sent', async (t) => {
   let questions = 0;
   const url = await serve(t, (_question, answer) => {
     ++questions;
@@ -174,7 +174,7 @@ test('without libcurl every request is an error that says so', async (t) => {
   }
 });
 
-test('a timeout that is none is the default', async (t) => {
+test('an invalid timeout is replaced by the default', async (t) => {
   const url = await serve(t, (_question, answer) => setTimeout(() => answer.end('late'), 200));
   const answers = await request(
     t,
@@ -183,7 +183,7 @@ test('a timeout that is none is the default', async (t) => {
   for (const events of answers) assert.deepStrictEqual(events, whole(200, 'late'));
 });
 
-test('a thousand at once all end, over few connections', async (t) => {
+test('a thousand concurrent requests end, over at most 32 connections', async (t) => {
   const connections = new Set();
   const url = await serve(t, (question, answer) => {
     connections.add(question.socket);
@@ -198,7 +198,7 @@ test('a thousand at once all end, over few connections', async (t) => {
   assert.ok(connections.size <= 32, `${connections.size} connections`);
 });
 
-test('starting again begins anew; of the earlier connection nothing more is heard', async (t) => {
+test('starting again restarts the request, without further events of the earlier connection', async (t) => {
   let count = 0;
   const url = await serve(t, (_question, answer) => {
     const name = `answer ${++count}`;
@@ -218,7 +218,7 @@ test('starting again begins anew; of the earlier connection nothing more is hear
   assert.match(last[2], /^answer [23]$/);
 });
 
-test('what a listener throws is an uncaught exception, and the others are called', async (t) => {
+test('an exception in a listener is uncaught, and the other listeners run', async (t) => {
   const url = await serve(t, (_question, answer) => answer.end('body'));
   const result = await evaluateRequests(
     t,
@@ -236,7 +236,7 @@ test('what a listener throws is an uncaught exception, and the others are called
   ]);
 });
 
-test('collecting a request that runs cancels it', async (t) => {
+test('garbage collection cancels a running request', async (t) => {
   const sockets = new Set();
   const url = await serve(t, (question, answer) => {
     sockets.add(question.socket);
@@ -302,7 +302,7 @@ test('garbage collection in any listener leaves the requests that are still refe
   assert.deepStrictEqual(lengths, { 0: 50, 40000: 50, 80000: 50, 120000: 50, 160000: 50 });
 });
 
-test('a running request does not hold the process, and its end is clean', async (t) => {
+test('a running request does not keep the process alive, and the process exits cleanly', async (t) => {
   const url = await serve(t, (question, answer) => {
     if (question.url === '/silent') return;
     answer.write('x'.repeat(1e6));
@@ -349,7 +349,7 @@ test('no cookie is stored or sent', async (t) => {
   assert.deepStrictEqual(cookies, [undefined, undefined, 'own=1']);
 });
 
-test('script that is busy slows the server down, and the memory stays what the body needs', async (t) => {
+test('busy script pauses the server, and memory stays at the size of the body', async (t) => {
   const size = 300 * 1024 * 1024;
   let sent = 0;
   const url = await serve(t, (_question, answer) => {
@@ -398,7 +398,7 @@ test('script that is busy slows the server down, and the memory stays what the b
   if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(peak < size + 200e6, `${peak} bytes at most, for ${size}`);
 });
 
-test('a body beyond what 31 bits count', async (t) => {
+test('a body may be larger than 2 GB', async (t) => {
   const size = 2 ** 31 + 12345;
   const server = http.createServer((_question, answer) => {
     answer.setHeader('content-length', size);

@@ -1,7 +1,7 @@
 'use strict';
 
-// Servers and scripts that mean harm: bodies that expand or end early, HTTP/2 that breaks its rules, requests that would
-// reach into the next one.
+// Hostile servers and scripts: bodies that expand or end early, HTTP/2 protocol errors, requests that would reach into
+// the next one.
 
 const assert = require('assert');
 const fs = require('fs');
@@ -16,7 +16,7 @@ const { evaluateRequests, listen, outcome, request, serve } = require('./support
 const text = 'A text that is worth compressing. '.repeat(10000);
 const gzip = zlib.gzipSync(text);
 
-test('compressed bodies arrive decompressed, and are errors when they are not whole', async (t) => {
+test('compressed bodies arrive decompressed, and are errors when they are incomplete', async (t) => {
   const [deflate, brotli] = [zlib.deflateSync(text), zlib.brotliCompressSync(text)];
   const good = ['end', text];
   const bad = ['error', -1015];

@@ -52,7 +52,7 @@ const generous = { maxSessionMemory: 1000 };
 
 const answer = (question, response) => response.end(`HTTP/${question.httpVersion} ${question.url}`);
 
-test('HTTP/2 where the server speaks it, else HTTP/1.1', async (t) => {
+test('requests use HTTP/2 if the server offers it, and HTTP/1.1 otherwise', async (t) => {
   const own = certificate(t, ...forThisHost);
   const both = await listen(t, http2.createSecureServer({ ...own, allowHTTP1: true }, answer), 'https');
   const old = await listen(t, https.createServer(own, answer), 'https');
@@ -81,7 +81,7 @@ test('an invalid certificate is an error, and nothing is asked', async (t) => {
   assert.strictEqual(questions, 0);
 });
 
-test('a server without TLS, or that ends in the middle of it', async (t) => {
+test('a failed TLS handshake is an error', async (t) => {
   const plain = await listen(t, require('http').createServer(answer), 'https');
   const rude = await listen(
     t,
@@ -121,7 +121,7 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
   assert.strictEqual(sessions.size, 1);
 });
 
-test('large HTTP/2 bodies beside each other, one of them broken off', async (t) => {
+test('a stream that is reset does not disturb the others on its connection', async (t) => {
   const own = certificate(t, ...forThisHost);
   const server = http2.createSecureServer({ ...own, ...generous });
   server.on('stream', (stream, headers) => {
@@ -145,7 +145,7 @@ test('large HTTP/2 bodies beside each other, one of them broken off', async (t) 
   assert.deepStrictEqual(result, [true, true, true, true]);
 });
 
-test('a connection that is lost in the middle ends every request on it', async (t) => {
+test('a lost connection ends every request on it with an error', async (t) => {
   const own = certificate(t, ...forThisHost);
   const server = http2.createSecureServer(own);
   server.on('stream', (stream) => {

@@ -26,7 +26,7 @@ test('later chunks repeat the first bytes of the body; only the end has it all',
   ]);
 });
 
-test('a redirect is followed, or told with its target and then taken as the answer', async (t) => {
+test('a redirect is followed, or reported with its target and then as the response', async (t) => {
   const url = await serve(t, (question, answer) => {
     if (question.url !== '/old/place') return answer.end(`at ${question.url}`);
     return answer.writeHead(302, { location: '../new?x#part' }).end('moved');
@@ -97,7 +97,7 @@ test('options of the right type count, others do not', async (t) => {
   });
 });
 
-test('any status is an answer; HEAD has no body; an empty body has no data', async (t) => {
+test('any status is a response; HEAD has no body; an empty body has no data', async (t) => {
   const url = await serve(t, (question, answer) => {
     answer.statusCode = Number(question.url.slice(1));
     if (answer.statusCode === 200) answer.setHeader('content-length', 10);
@@ -119,7 +119,7 @@ test('any status is an answer; HEAD has no body; an empty body has no data', asy
   ]);
 });
 
-test('"on" wants two arguments and an exact name, and may be called late, twice and with anything', async (t) => {
+test('"on" needs two arguments and an exact event name, at any time and with any listener', async (t) => {
   const url = await serve(t, (_question, answer) => answer.end('body'));
   const events = await evaluateRequests(
     t,

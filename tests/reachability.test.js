@@ -6,7 +6,7 @@ const { test } = require('node:test');
 
 const { evaluate } = require('./support/child');
 
-// A network of the test's own, with no way out until the test makes one.
+// A network namespace for the test, without a default route until the test adds one.
 const ownNetwork = ['unshare', '--map-root-user', '--net'];
 const noNetwork = (() => {
   const { status, error, stderr } = spawnSync(ownNetwork[0], [...ownNetwork.slice(1), 'ip', 'link'], {
@@ -82,7 +82,7 @@ test('targets are addresses, names and the internet', { skip: noNetwork }, async
   ]);
 });
 
-test('script is told of every change of the way out, with the state of that moment', { skip: noNetwork }, async (t) => {
+test('script receives every change of the default route, with the current state', { skip: noNetwork }, async (t) => {
   const result = await inOwnNetwork(
     t,
     `const { module: m } = probe();
@@ -122,7 +122,7 @@ test('script is told of every change of the way out, with the state of that mome
 });
 
 test(
-  'a monitor tells its blocks on its queue, and the notification centre on the main queue',
+  'a monitor calls its blocks on its queue, and posts its notification on the main queue',
   { skip: noNetwork },
   async (t) => {
     const result = await inOwnNetwork(
@@ -144,7 +144,7 @@ test(
   },
 );
 
-test('a burst of changes ends with the state that is', { skip: noNetwork }, async (t) => {
+test('after a burst of changes, the last callback has the current state', { skip: noNetwork }, async (t) => {
   const result = await inOwnNetwork(
     t,
     `const { module: m } = probe();
@@ -166,7 +166,7 @@ test('a burst of changes ends with the state that is', { skip: noNetwork }, asyn
   assert.deepStrictEqual([last, now], [true, true]);
 });
 
-test('monitoring does not hold the process, nor does it cost anything while nothing changes', async (t) => {
+test('monitoring neither keeps the process alive nor uses processor time while idle', async (t) => {
   const [connected, used] = await evaluate(
     t,
     `const { module: m } = probe();

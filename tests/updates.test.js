@@ -167,7 +167,7 @@ test('the newest suitable item is the update, wherever it stands; of several the
   );
 });
 
-test('what is no feed is refused with a reason, and hostile feeds do no harm', async (t) => {
+test('malformed feeds fail with a reason, and hostile feeds are harmless', async (t) => {
   const good = item({ version: '3', url: somewhere, signature: signed });
   const entities = Array.from({ length: 30 }, (_, i) => `<!ENTITY e${i + 1} "&e${i};&e${i};">`).join('');
   const bomb = `<!DOCTYPE rss [<!ENTITY e0 "2">${entities}]>`;
@@ -206,7 +206,7 @@ test('what is no feed is refused with a reason, and hostile feeds do no harm', a
   });
 });
 
-test('whatever becomes of a feed on its way, nothing older or less safe is offered', async (t) => {
+test('a corrupted feed never offers an older or unsigned update', async (t) => {
   const seed = Math.floor(Math.random() * 2 ** 32);
   t.diagnostic(`seed ${seed}`);
   const original = feed(
@@ -278,7 +278,7 @@ test('the build number and the release are those of the bundle', async (t) => {
   assert.deepStrictEqual(nothing, [null, '(null) ((null))', '(null) ((null))', missing]);
 });
 
-test("each request has the script's parameters and then the four of the module", async (t) => {
+test("each feed request has the script's parameters, then the four built-in ones", async (t) => {
   const { url, questions } = await serveEmptyFeed(t);
   const builtIn = [
     ['osVersion', '12'],
@@ -333,7 +333,7 @@ test("each request has the script's parameters and then the four of the module",
   });
 });
 
-test('what the callback throws reaches the script that asked, and the request goes on', async (t) => {
+test('an exception of the parameter callback reaches the caller, and the request goes on', async (t) => {
   const { url, questions } = await serveEmptyFeed(t);
   const result = await inApplication(
     t,
@@ -419,7 +419,7 @@ test('control characters of a feed are escaped in the log', async (t) => {
   assert.strictEqual(lines.at(-1), 'Did find update 3\\n2026/01/01 [error] forged\\x1b[2J.');
 });
 
-test('what can not be fetched or read is logged, and the next check is as any other', async (t) => {
+test('a feed that cannot be fetched or read is logged, and does not affect the next check', async (t) => {
   const good = feed(item({ version: '3', url: somewhere, signature: signed }));
   const answers = [
     [/can't be fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
@@ -637,7 +637,7 @@ test('nothing is installed without a key, an AppImage, or the consent of the use
 
 // ---- When
 
-test('automatic checks go on in later processes, as often as they are due', async (t) => {
+test('automatic checks continue in later processes when they are due', async (t) => {
   const { url, questions } = await serveEmptyFeed(t);
   const home = temporaryDirectory(t);
   const inProcess = (body) => inApplication(t, { feed: url }, body, { home });
@@ -696,7 +696,7 @@ test('a check replaces one that waits for its feed, unless it does less, and the
   assert.ok(!asked.includes('information'), JSON.stringify(asked));
 });
 
-test('a process may end during a check, and none is kept by one', async (t) => {
+test('a check neither keeps the process alive nor prevents its exit', async (t) => {
   const url = await serve(t, () => {});
   const bundle = makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey });
   for (const end of ['process.exit()', 'host.setKeepAlive(false)']) {
@@ -845,7 +845,7 @@ test('the update window offers an update, shows its installation and its failure
   assert.deepStrictEqual(result, [shown, false, 0, '0', '0', '3']);
 });
 
-test('fetching the feed beside a check of the user does not keep an update in the background', async (t) => {
+test('fetching the feed beside another check does not make that check a dry run', async (t) => {
   const waiting = [];
   const url = await serve(t, (_question, answer) => waiting.push(answer));
   const child = startScript(

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/MainQueue.h"
@@ -196,8 +197,8 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 namespace {
 
 Ref<TsReachability>& InternetMonitor() {
-  static Ref<TsReachability> monitor;
-  return monitor;
+  static Forever<Ref<TsReachability>> monitor;
+  return *monitor;
 }
 
 }  // namespace

@@ -2,6 +2,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include "Base/Ref.h"
+#include "Base/TsString.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -19,17 +22,14 @@ NSString* const kSkippedVersion = @"SUSkippedVersion";
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
 
-std::string Text(id value) {
-  const char* text = [value isKindOfClass:[NSString class]] ? [value UTF8String] : nullptr;
-  return text != nullptr ? text : "";
+std::string InformationText(NSString* key) {
+  return TsStdString(As<NSString>([[NSBundle mainBundle] objectForInfoDictionaryKey:key]));
 }
 
-std::string InformationText(NSString* key) { return Text([[NSBundle mainBundle] objectForInfoDictionaryKey:key]); }
-
 std::optional<UpdateDefaults::Time> TimeFor(NSString* key) {
-  const id value = [Defaults() objectForKey:key];
-  if (![value isKindOfClass:[NSDate class]]) return std::nullopt;
-  return std::chrono::system_clock::from_time_t(static_cast<time_t>([value timeIntervalSince1970]));
+  NSDate* date = As<NSDate>([Defaults() objectForKey:key]);
+  if (date == nil) return std::nullopt;
+  return std::chrono::system_clock::from_time_t(static_cast<time_t>([date timeIntervalSince1970]));
 }
 
 // A feed may call a version anything, even bytes that are no text.
@@ -52,12 +52,12 @@ void SetTime(NSString* key, UpdateDefaults::Time time) {
 
 UpdateInformation ReadUpdateInformation() {
   return {InformationText(kFeedURL), InformationText(kPublicKey), InformationText(@"CFBundleVersion"),
-          Text([[NSBundle mainBundle] bundlePath])};
+          TsStdString([[NSBundle mainBundle] bundlePath])};
 }
 
 std::vector<std::string> PreferredLanguages() {
   std::vector<std::string> languages;
-  for (NSString* language in [NSLocale preferredLanguages]) languages.push_back(Text(language));
+  for (NSString* language in [NSLocale preferredLanguages]) languages.push_back(TsStdString(language));
   return languages;
 }
 
@@ -73,7 +73,7 @@ std::optional<UpdateDefaults::Time> UpdateDefaults::LastCheck() const { return T
 
 void UpdateDefaults::SetLastCheck(Time time) {
   SetTime(kLastCheck, time);
-  // A process that ends soon would look again at its next start.
+  // Otherwise a process that ends soon would check again at its next launch.
   [Defaults() synchronize];
 }
 
@@ -85,11 +85,13 @@ std::optional<UpdateDefaults::Time> UpdateDefaults::LastProfileSubmission() cons
 
 void UpdateDefaults::SetLastProfileSubmission(Time time) { SetTime(kLastProfileSubmission, time); }
 
-std::string UpdateDefaults::SkippedVersion() const { return Text([Defaults() stringForKey:kSkippedVersion]); }
+std::string UpdateDefaults::SkippedVersion() const { return TsStdString([Defaults() stringForKey:kSkippedVersion]); }
 
 void UpdateDefaults::SetSkippedVersion(const std::string& version) { SetVersion(kSkippedVersion, version); }
 
-std::string UpdateDefaults::InstalledVersion() const { return Text([Defaults() stringForKey:kInstalledVersion]); }
+std::string UpdateDefaults::InstalledVersion() const {
+  return TsStdString([Defaults() stringForKey:kInstalledVersion]);
+}
 
 void UpdateDefaults::SetInstalledVersion(const std::string& version) { SetVersion(kInstalledVersion, version); }
 
