@@ -4,11 +4,11 @@
 #include <array>
 #include <cstdlib>
 #include <limits>
-#include <map>
-#include <mutex>
 #include <system_error>
+#include <utility>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BaseDirectories.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/StandardDirectories.h"
@@ -90,29 +90,32 @@ std::string ChosenTheme() {
   return name != nullptr && std::string_view(name.get()).find('/') == std::string_view::npos ? name.get() : "";
 }
 
-// The themes to search, in order. Read once: they rarely change and have hundreds of folders.
-const std::vector<std::pair<std::string, Theme>>& Themes() {
-  static const auto themes = [] {
-    std::vector<std::pair<std::string, Theme>> found;
-    std::vector<std::string> names = {ChosenTheme()};
-    const auto isKnown = [&](const std::string& name) {
-      return std::any_of(found.begin(), found.end(), [&](const auto& each) { return each.first == name; });
-    };
-    const auto add = [&](const std::string& name) {
-      if (!name.empty() && !isKnown(name)) found.emplace_back(name, ReadTheme(name));
-    };
-    add(ChosenTheme());
-    for (std::size_t i = 0; i < found.size(); ++i) {
-      const auto parents = found[i].second.parents;
-      for (const std::string& parent : parents) {
-        if (parent != "hicolor") add(parent);
-      }
+using NamedThemes = std::vector<std::pair<std::string, Theme>>;
+
+void AddTheme(NamedThemes& themes, const std::string& name) {
+  const auto isKnown = [&](const auto& each) { return each.first == name; };
+  if (name.empty() || std::any_of(themes.begin(), themes.end(), isKnown)) return;
+  themes.emplace_back(name, ReadTheme(name));
+}
+
+NamedThemes ReadThemes() {
+  NamedThemes themes;
+  AddTheme(themes, ChosenTheme());
+  for (std::size_t i = 0; i < themes.size(); ++i) {
+    const auto parents = themes[i].second.parents;
+    for (const std::string& parent : parents) {
+      if (parent != "hicolor") AddTheme(themes, parent);
     }
-    add("Adwaita");
-    add("hicolor");
-    return found;
-  }();
+  }
+  AddTheme(themes, "Adwaita");
+  AddTheme(themes, "hicolor");
   return themes;
+}
+
+// The themes to search, in order. Read once: they rarely change and have hundreds of folders.
+const NamedThemes& Themes() {
+  static Forever<NamedThemes> themes(ReadThemes());
+  return *themes;
 }
 
 // Smaller is better. Enlarging an icon is worse than shrinking one.
