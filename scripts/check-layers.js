@@ -90,7 +90,7 @@ const cocoaContracts = [
   'src/Platform/AddressBook.h',
   'src/Platform/Cocoa.h',
   'src/Platform/Drawing.h',
-  'src/Platform/FoundationValues.h',
+  ,
 ];
 
 /** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */

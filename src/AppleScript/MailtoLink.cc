@@ -17,7 +17,7 @@ std::string LowerCase(std::string_view text) {
   return lower;
 }
 
-// Calls `take` for each piece between separators, until it says no.
+// Calls `take` for each piece between separators, until it returns false.
 template <typename Take>
 bool ForEachPiece(std::string_view text, char separator, const Take& take) {
   for (;;) {
@@ -28,7 +28,7 @@ bool ForEachPiece(std::string_view text, char separator, const Take& take) {
   }
 }
 
-// Without a value for a percent sign that two hexadecimal digits don't follow.
+// Nothing when a percent sign stands without two hexadecimal digits.
 std::optional<std::string> WithoutEscapes(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -46,10 +46,7 @@ std::optional<std::string> WithoutEscapes(std::string_view text) {
   return result;
 }
 
-bool IsUtf8(std::string_view text) {
-  const std::u16string characters = Utf8ToUtf16(text);
-  return Utf16ToUtf8(characters.data(), characters.size()) == text;
-}
+bool IsUtf8(std::string_view text) { return Utf16ToUtf8(Utf8ToUtf16(text)) == text; }
 
 bool IsControl(unsigned char character) { return character < 0x20 || character == 0x7F; }
 
@@ -59,14 +56,14 @@ bool IsBodyControl(unsigned char character) {
 
 class Parser {
  public:
-  std::variant<MailtoLink, MailtoError> Parse(std::string_view link) {
-    if (LowerCase(link.substr(0, kScheme.size())) != kScheme) return MailtoError{"It is no mailto link"};
+  Result<MailtoLink> Parse(std::string_view link) {
+    if (LowerCase(link.substr(0, kScheme.size())) != kScheme) return Fail("It is no mailto link");
     link.remove_prefix(kScheme.size());
     link = link.substr(0, link.find('#'));
     const std::size_t question = link.find('?');
     const bool isGood = Addresses(link.substr(0, question), link_.to) &&
                         (question == std::string_view::npos || Headers(link.substr(question + 1)));
-    if (!isGood) return MailtoError{reason_};
+    if (!isGood) return Fail(reason_);
     return std::move(link_);
   }
 
@@ -80,7 +77,7 @@ class Parser {
     auto plain = WithoutEscapes(escaped);
     if (!plain) return Refuse("It has a percent sign without two hexadecimal digits");
     if (!IsUtf8(*plain)) return Refuse("It is not in UTF-8");
-    // Line breaks could smuggle in headers of their own.
+    // Line breaks could smuggle in more headers.
     if (std::any_of(plain->begin(), plain->end(), isForbidden)) return Refuse("It has control characters");
     text = std::move(*plain);
     return true;
@@ -121,4 +118,4 @@ class Parser {
 
 }  // namespace
 
-std::variant<MailtoLink, MailtoError> ParseMailtoLink(std::string_view link) { return Parser().Parse(link); }
+Result<MailtoLink> ParseMailtoLink(std::string_view link) { return Parser().Parse(link); }

@@ -10,8 +10,14 @@
 // The text as UTF-8, NUL characters included; empty for nil. Lone surrogates become U+FFFD.
 [[nodiscard]] std::string TsStdString(NSString* string);
 
+// The text's UTF-16 units as they are; empty for nil.
+[[nodiscard]] std::u16string TsCharacters(NSString* string);
+
 // A string of UTF-8 text from outside, whatever its bytes: malformed sequences become U+FFFD.
 [[nodiscard]] Ref<NSString> TsNewString(std::string_view utf8);
+
+// The same for UTF-16: lone surrogates become U+FFFD.
+[[nodiscard]] Ref<NSString> TsNewString(std::u16string utf16);
 
 // The same, autoreleased.
 [[nodiscard]] NSString* TsNSString(std::string_view utf8);

@@ -1,97 +1,33 @@
 #import "Contacts/TsRecipient.h"
 
-#include <algorithm>
-#include <iterator>
-#include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
-
-#include "Base/TsUnicode.h"
-#include "Contacts/RecipientText.h"
-#include "Platform/FoundationValues.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
-Ref<NSString> NewText(std::string_view latin1) {
-  auto blank = platform::NewLatin1String(latin1.size());
-  std::copy(latin1.begin(), latin1.end(), blank.characters);
-  return blank.string;
+// The address is missing where the name has a "<".
+NSString* HeaderItem(TsRecipient* recipient) {
+  NSString* name = [recipient name];
+  if ([name length] == 0) return [NSString stringWithFormat:@"<%@>", [recipient address]];
+  if ([name rangeOfString:@"<" options:NSLiteralSearch].location != NSNotFound) {
+    return [NSString stringWithFormat:@"\"%@\" ", name];
+  }
+  return [NSString stringWithFormat:@"\"%@\" <%@>", name, [recipient address]];
 }
 
-Ref<NSString> NewText(std::u16string_view utf16) {
-  if (FitsLatin1(utf16.data(), utf16.size())) {
-    auto blank = platform::NewLatin1String(utf16.size());
-    std::copy(utf16.begin(), utf16.end(), blank.characters);
-    return blank.string;
+// `name <address>` or, without both brackets in this order, an address alone.
+TsRecipient* RecipientIn(NSString* piece) {
+  const NSRange open = [piece rangeOfString:@"<" options:NSLiteralSearch];
+  const NSRange close = [piece rangeOfString:@">" options:NSLiteralSearch];
+  if (open.location == NSNotFound || close.location == NSNotFound || close.location < open.location) {
+    return [TsRecipient recipient:piece name:nil];
   }
-  auto blank = platform::NewUtf16String(utf16.size());
-  std::copy(utf16.begin(), utf16.end(), blank.characters);
-  return blank.string;
+  NSString* name = [piece substringToIndex:open.location];
+  const NSRange address = NSMakeRange(NSMaxRange(open), close.location - NSMaxRange(open));
+  return [TsRecipient recipient:[piece substringWithRange:address]
+                           name:[name stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceCharacterSet]]];
 }
-
-std::u16string Characters(NSString* string) {
-  std::u16string characters([string length], u'\0');
-  [string getCharacters:reinterpret_cast<unichar*>(characters.data()) range:NSMakeRange(0, characters.size())];
-  return characters;
-}
-
-// Calls `visit` with the characters of the string, in one piece.
-template <typename Visit>
-void WithCharacters(NSString* string, const Visit& visit) {
-  const auto view = platform::StringContents(string);
-  if (view.latin1 != nullptr) {
-    return visit(std::string_view(reinterpret_cast<const char*>(view.latin1), view.length));
-  }
-  if (view.utf16 != nullptr) return visit(std::u16string_view(view.utf16, view.length));
-  const std::u16string characters = Characters(string);
-  visit(std::u16string_view(characters));
-}
-
-// Latin-1 for as long as that will do.
-class HeaderText {
- public:
-  void Add(TsRecipient* recipient) {
-    if (!latin1_.empty() || !utf16_.empty()) Append(std::string_view(", "));
-    bool hasBracket = false;
-    WithCharacters([recipient name], [&](auto name) {
-      if (name.empty()) return;
-      hasBracket = name.find('<') != name.npos;
-      Append(std::string_view("\""));
-      Append(name);
-      Append(std::string_view("\" "));
-    });
-    if (hasBracket) return;
-    Append(std::string_view("<"));
-    WithCharacters([recipient address], [this](auto address) { Append(address); });
-    Append(std::string_view(">"));
-  }
-
-  [[nodiscard]] Ref<NSString> Text() const { return isWide_ ? NewText(utf16_) : NewText(latin1_); }
-
- private:
-  void Append(std::string_view text) {
-    if (!isWide_) {
-      latin1_ += text;
-      return;
-    }
-    std::transform(text.begin(), text.end(), std::back_inserter(utf16_), [](char unit) { return Unit(unit); });
-  }
-
-  void Append(std::u16string_view text) {
-    if (!isWide_) {
-      isWide_ = true;
-      Append(std::exchange(latin1_, {}));
-    }
-    utf16_ += text;
-  }
-
-  std::string latin1_;
-  std::u16string utf16_;
-  bool isWide_ = false;
-};
 
 // ---- Address book
 
@@ -211,26 +147,19 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 }
 
 + (NSString*)toString:(NSArray*)recipients {
-  HeaderText text;
-  for (TsRecipient* recipient in recipients) text.Add(recipient);
-  return text.Text().Autoreleased();
+  return [[recipients valueForKey:@"stringForEmail"] componentsJoinedByString:@", "];
 }
 
 + (NSArray*)fromString:(NSString*)string {
   NSMutableArray* recipients = [NSMutableArray array];
-  WithCharacters(string, [&](auto characters) {
-    ForEachRecipient(characters, [&](const auto& piece) {
-      const auto recipient = Adopt([[self alloc] initWithAddress:NewText(piece.address) name:NewText(piece.name)]);
-      [recipients addObject:recipient.get()];
-    });
-  });
+  for (NSString* piece in [string componentsSeparatedByString:@","]) {
+    if ([piece length] > 0) [recipients addObject:RecipientIn(piece)];
+  }
   return recipients;
 }
 
 - (NSString*)stringForEmail {
-  HeaderText text;
-  text.Add(self);
-  return text.Text().Autoreleased();
+  return HeaderItem(self);
 }
 
 - (NSString*)address {

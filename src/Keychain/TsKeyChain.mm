@@ -10,7 +10,6 @@
 #include "Base/TsString.h"
 #include "Base/TsUnicode.h"
 #include "Extensions/NSApplication+TsBundle.h"
-#include "Platform/FoundationValues.h"
 
 namespace platform = tessaro::platform;
 
@@ -27,17 +26,10 @@ NSString* const kSeparateService = @"Kolvar";
 Secret SecretOf(NSString* password) {
   constexpr std::size_t kMostBytesPerUnit = 3;
   Secret bytes([password length] * kMostBytesPerUnit);
-  const auto contents = platform::StringContents(password);
-  if (contents.latin1 != nullptr) {
-    bytes.Shorten(Latin1ToUtf8(contents.latin1, contents.length, bytes.Data()));
-  } else if (contents.utf16 != nullptr) {
-    bytes.Shorten(Utf16ToUtf8(contents.utf16, contents.length, bytes.Data()));
-  } else {
-    Secret units([password length] * sizeof(char16_t));
-    auto* characters = reinterpret_cast<char16_t*>(units.Data());
-    [password getCharacters:reinterpret_cast<unichar*>(characters) range:NSMakeRange(0, [password length])];
-    bytes.Shorten(Utf16ToUtf8(characters, [password length], bytes.Data()));
-  }
+  Secret units([password length] * sizeof(char16_t));
+  auto* characters = reinterpret_cast<char16_t*>(units.Data());
+  [password getCharacters:reinterpret_cast<unichar*>(characters) range:NSMakeRange(0, [password length])];
+  bytes.Shorten(Utf16ToUtf8({characters, [password length]}, bytes.Data()));
   return bytes;
 }
 

@@ -3,7 +3,7 @@
 #import <Foundation/NSError.h>
 #import <Foundation/NSString.h>
 
-// The two doors through which structured data crosses the script boundary. Any thread.
+// Structured data crosses the script boundary as JSON, through these two functions. Any thread.
 
 // Compact JSON of an array or a dictionary, autoreleased. Integers are exact, other numbers as short as they can be
 // and still read back the same. Logs an error and gives nil for anything that JSON can't hold: other classes, keys

@@ -1,6 +1,9 @@
 #pragma once
 
-#import <Foundation/Foundation.h>
+#import <Foundation/NSString.h>
 
-// See TsConvertFromJSONString().
-[[nodiscard]] id TsReadJSON(NSString* string, NSError** error);
+#include "Base/Ref.h"
+#include "Base/Result.h"
+
+// The array or dictionary that `json` describes, with mutable containers at every level.
+[[nodiscard]] Result<Ref<NSObject>> TsReadJSON(NSString* json);

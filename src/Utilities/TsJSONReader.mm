@@ -1,194 +1,98 @@
 #include "Utilities/TsJSONReader.h"
 
+#import <Foundation/Foundation.h>
+
 #define SIMDJSON_EXCEPTIONS 0
 #include <simdjson.h>
 
-#include <algorithm>
-#include <array>
-#include <memory>
 #include <string>
-#include <vector>
+#include <string_view>
+#include <unordered_map>
 
 #include "Base/TsString.h"
-#include "Base/TsUnicode.h"
-#include "Platform/FoundationValues.h"
-#include "Utilities/TsJSONError.h"
 #include "Utilities/TsJSONRepair.h"
-
-namespace platform = tessaro::platform;
+#include "Utilities/TsJSONWriter.h"
 
 namespace {
 
-// Working memory up to this size is kept from one document to the next.
-constexpr std::size_t kKeptCapacity = 4 << 20;
-
 using Element = simdjson::dom::element;
 
-// The keys of one document, of which the same few come again and again.
-class KeyCache {
- public:
-  // The string at +1.
-  NSString* Key(std::string_view text) {
-    const std::size_t place = SlotOf(text);
-    Ref<NSString>& slot = keys_[place];
-    std::string_view& slotText = texts_[place];
-    if (!slot || slotText != text) {
-      slot = TsNewString(text);
-      slotText = text;
-    }
-    return platform::RetainedString(slot);
-  }
-
- private:
-  static constexpr std::size_t kSlots = 256;
-
-  static std::size_t SlotOf(std::string_view text) {
-    if (text.empty()) return 0;
-    const auto first = static_cast<unsigned char>(text.front());
-    const auto middle = static_cast<unsigned char>(text[text.size() / 2]);
-    const auto last = static_cast<unsigned char>(text.back());
-    return (text.size() * 131 + first * 31 + middle * 7 + last) % kSlots;
-  }
-
-  std::array<Ref<NSString>, kSlots> keys_;
-  std::array<std::string_view, kSlots> texts_;  // in the parsed document
-};
-
-// Makes Cocoa objects of a parsed document. Each is made at +1 and handed to its container.
+// Makes Cocoa objects of a parsed document.
 class Builder {
  public:
-  id Make(Element element) {
+  Ref<NSObject> Make(Element element) {
     switch (element.type()) {
       case simdjson::dom::element_type::ARRAY:
         return MakeArray(element.get_array().value_unsafe());
       case simdjson::dom::element_type::OBJECT:
         return MakeDictionary(element.get_object().value_unsafe());
       case simdjson::dom::element_type::STRING:
-        return TsNewString(element.get_string().value_unsafe()).Leak();
+        return TsNewString(element.get_string().value_unsafe());
       case simdjson::dom::element_type::INT64:
-        return platform::NewNumber(element.get_int64().value_unsafe()).Leak();
+        return Adopt([[NSNumber alloc] initWithLongLong:element.get_int64().value_unsafe()]);
       case simdjson::dom::element_type::UINT64:
-        return platform::NewNumber(element.get_uint64().value_unsafe()).Leak();
+        return Adopt([[NSNumber alloc] initWithUnsignedLongLong:element.get_uint64().value_unsafe()]);
       case simdjson::dom::element_type::DOUBLE:
-        return platform::NewNumber(element.get_double().value_unsafe()).Leak();
+        return Adopt([[NSNumber alloc] initWithDouble:element.get_double().value_unsafe()]);
       case simdjson::dom::element_type::BOOL:
-        return [element.get_bool().value_unsafe() ? yes_ : no_ retain];
+        return Retain([NSNumber numberWithBool:element.get_bool().value_unsafe()]);
       case simdjson::dom::element_type::NULL_VALUE:
-        return [null_ retain];
+        return Retain([NSNull null]);
     }
-    return nil;
+    return nullptr;
   }
 
  private:
-  id MakeArray(simdjson::dom::array array) {
-    const std::size_t first = values_.size();
-    for (const Element element : array) values_.push_back(Make(element));
-    const std::size_t count = values_.size() - first;
-    id made = [[NSMutableArray alloc] initWithObjects:values_.data() + first count:count];
-    for (std::size_t i = first; i < values_.size(); ++i) [values_[i] release];
-    values_.resize(first);
+  Ref<NSObject> MakeArray(simdjson::dom::array array) {
+    const auto made = Adopt([[NSMutableArray alloc] initWithCapacity:array.size()]);
+    for (const Element element : array) {
+      const auto value = Make(element);
+      [made addObject:value];
+    }
     return made;
   }
 
-  id MakeDictionary(simdjson::dom::object object) {
-    const std::size_t first = values_.size();
-    const std::size_t firstKey = keys_.size();
+  Ref<NSObject> MakeDictionary(simdjson::dom::object object) {
+    const auto made = Adopt([[NSMutableDictionary alloc] initWithCapacity:object.size()]);
     for (const auto field : object) {
-      keys_.push_back(keyCache_.Key(field.key));
-      values_.push_back(Make(field.value));
+      const auto value = Make(field.value);
+      [made setObject:value forKey:Key(field.key)];
     }
-    const std::size_t count = values_.size() - first;
-    auto made = platform::NewMutableDictionary(keys_.data() + firstKey, values_.data() + first, count);
-    keys_.resize(firstKey);
-    values_.resize(first);
-    return made.Leak();
+    return made;
   }
 
-  NSNumber* const yes_ = [NSNumber numberWithBool:YES];
-  NSNumber* const no_ = [NSNumber numberWithBool:NO];
-  NSNull* const null_ = [NSNull null];
-  KeyCache keyCache_;
-  // Of the containers that are being made, from the outermost in. Keys and values are at +1.
-  std::vector<id> values_;
-  std::vector<NSString*> keys_;
+  // The same few keys come again and again.
+  NSString* Key(std::string_view text) {
+    const auto [place, isNew] = keys_.try_emplace(text);
+    if (isNew) place->second = TsNewString(text);
+    return place->second;
+  }
+
+  std::unordered_map<std::string_view, Ref<NSString>> keys_;  // the texts are in the parsed document
 };
 
-// One document at a time, with memory kept for the next.
-class Parser {
- public:
-  Parser() { static_cast<void>(parser_.allocate(0, kTsMostJSONLevels)); }
-
-  [[nodiscard]] simdjson::error_code Parse(NSString* string, Element& root) {
-    FillText(string);
-    simdjson::error_code error = ParseText(root);
-    if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
-      text_ = TsRepairJSON({text_.data(), length_});
-      length_ = text_.size();
-      error = ParseText(root);
-    }
-    return error;
-  }
-
-  [[nodiscard]] bool IsLarge() const { return text_.capacity() > kKeptCapacity; }
-
- private:
-  // Straight into the padded text that the parser wants.
-  void FillText(NSString* string) {
-    const auto contents = platform::StringContents(string);
-    if (contents.latin1 != nullptr) {
-      MakeRoom(contents.length * 2);
-      length_ = Latin1ToUtf8(contents.latin1, contents.length, text_.data());
-      return;
-    }
-    if (contents.utf16 != nullptr) return FillFromUtf16(contents.utf16, contents.length);
-    std::vector<char16_t> characters([string length]);
-    [string getCharacters:reinterpret_cast<unichar*>(characters.data()) range:NSMakeRange(0, characters.size())];
-    FillFromUtf16(characters.data(), characters.size());
-  }
-
-  void FillFromUtf16(const char16_t* characters, std::size_t length) {
-    MakeRoom(length * 3);
-    length_ = Utf16ToUtf8(characters, length, text_.data());
-  }
-
-  void MakeRoom(std::size_t size) {
-    if (text_.size() < size + simdjson::SIMDJSON_PADDING) text_.resize(size + simdjson::SIMDJSON_PADDING);
-  }
-
-  [[nodiscard]] simdjson::error_code ParseText(Element& root) {
-    MakeRoom(length_);
-    return parser_.parse(text_.data(), length_, /*realloc_if_needed=*/false).get(root);
-  }
-
-  simdjson::dom::parser parser_;
-  std::string text_;
-  std::size_t length_ = 0;
-};
-
-NSString* Describe(simdjson::error_code error) {
-  return [NSString stringWithFormat:@"The text is not valid JSON: %s", simdjson::error_message(error)];
-}
-
-id Fail(NSString* description, NSError** error) {
-  if (error != nullptr) *error = TsJSONError(description);
-  return nil;
+simdjson::error_code Parse(simdjson::dom::parser& parser, const std::string& text, Element& root) {
+  return parser.parse(text).get(root);
 }
 
 }  // namespace
 
-id TsReadJSON(NSString* string, NSError** error) {
-  if (string == nil) return Fail(@"There is no text to read JSON from", error);
-  static thread_local auto parser = std::make_unique<Parser>();
+Result<Ref<NSObject>> TsReadJSON(NSString* json) {
+  if (json == nil) return Fail(kTsJSONError, "There is no text to read JSON from");
+  simdjson::dom::parser parser;
+  static_cast<void>(parser.allocate(0, kTsMostJSONLevels));
+  std::string text = TsStdString(json);
   Element root;
-  const simdjson::error_code result = parser->Parse(string, root);
-  id made = nil;
-  if (result != simdjson::SUCCESS) {
-    Fail(Describe(result), error);
-  } else if (!root.is_array() && !root.is_object()) {
-    Fail(@"The JSON text does not begin with an array or a dictionary", error);
-  } else {
-    made = [Builder().Make(root) autorelease];
+  simdjson::error_code error = Parse(parser, text, root);
+  if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
+    text = TsRepairJSON(text);
+    error = Parse(parser, text, root);
   }
-  if (parser->IsLarge()) parser = std::make_unique<Parser>();
-  return made;
+  if (error != simdjson::SUCCESS) {
+    return Fail(kTsJSONError, std::string("The text is not valid JSON: ") + simdjson::error_message(error));
+  }
+  if (!root.is_array() && !root.is_object()) {
+    return Fail(kTsJSONError, "The JSON text does not begin with an array or a dictionary");
+  }
+  return Builder().Make(root);
 }

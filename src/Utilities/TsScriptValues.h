@@ -20,8 +20,8 @@
 // Empty only for nil, and for a text longer than the engine's strings can be.
 [[nodiscard]] v8::MaybeLocal<v8::String> ToScriptString(v8::Isolate* isolate, NSString* string);
 
-// The object whose reference a Buffer holds; nil when `value` is not a Buffer. The length is not checked, the
-// object is not retained.
+// The object whose reference a Buffer holds; nil when `value` is not a Buffer of at least 8 bytes. The object is not
+// retained.
 [[nodiscard]] id ToObjcObject(v8::Local<v8::Value> value);
 
 // A Buffer of 8 bytes that holds the reference to `object`, which it does not retain: script must not use it after
