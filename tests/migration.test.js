@@ -84,7 +84,7 @@ const workspaces = [
       url: 'https://example.org/',
     })),
   },
-  { appStates: [] },
+  { active: 3, appStates: [] },
 ];
 
 const reportedWorkspaces = [
@@ -97,7 +97,7 @@ const reportedWorkspaces = [
     ],
   },
   { 'active?': false, tabs: [{ email: 'bob@example.org', app: 'Contacts' }] },
-  { 'active?': null, tabs: [] },
+  { 'active?': 3, tabs: [] },
 ];
 
 const plist = (entries) =>
@@ -233,6 +233,11 @@ test('preferences are read in either format, or not at all', async (t) => {
     const result = await report(t, homeWith(t, { preferences }), 'prefs');
     assert.deepStrictEqual(result, { 'has-previous-version?': false, prefs }, name);
   }
+  const piped = temporaryDirectory(t);
+  const { preferences: pipe } = previousVersion(piped);
+  fs.mkdirSync(path.dirname(pipe), { recursive: true });
+  execFileSync('mkfifo', [pipe]);
+  assert.deepStrictEqual((await report(t, piped, 'prefs')).prefs, {}, 'a pipe');
   const home = homeWith(t, { preferences: plist({ ShowStatusBar: '<date>2015-01-01T00:00:00Z</date>' }) });
   const [value, log] = await inModule(t, home, "return [m.getMigrationInfo('prefs'), log()];");
   assert.strictEqual(value, null);
@@ -270,6 +275,8 @@ test('a file that is no store is told by the log, and has no accounts', async (t
     'truncated in an object': write(good.slice(0, good.length / 2)),
     'of another root': write(good.replace(/database>/g, 'databank>')),
     'no XML': write(Buffer.from([0, 1, 2, 0xff, 0xfe])),
+    'of an unknown encoding': write(good.replace('?>', ' encoding="EBCDIC-US"?>')),
+    'nested too deeply': write(good.replace('</database>', `${'<a>'.repeat(1e6)}${'</a>'.repeat(1e6)}</database>`)),
     'of two roots': write(`${good}<object`),
     'an entity bomb without objects': write(`${bomb}<databases>&e20;</databases>`),
     'a folder': (file) => fs.mkdirSync(file),
@@ -355,6 +362,21 @@ test('a store is read whatever else stands in it', async (t) => {
       expected,
     ],
     'line ends of another system': [plain.replace(/\n/g, '\r\n'), expected],
+    'a self-closed object at the end': [
+      plain.replace('</database>', '<object type="ACCOUNT" id="z900"/></database>'),
+      [reported(nobody), ...expected],
+    ],
+    'another declared encoding': [
+      Buffer.from(
+        plain.replace('<?xml version="1.0"?>', '<?xml version="1.0" encoding="ISO-8859-1"?>').replace('bob@', 'bób@'),
+        'latin1',
+      ),
+      [reported({ ...bob, username: 'bób@example.org' }), reported(ann)],
+    ],
+    'a number where the model has a boolean': [
+      plain.replace(/(name="detectunreadcounttype" type=")[^<]*/, '$1int16">2'),
+      [reported(bob), reported({ ...ann, detectUnreadCountType: 2 })],
+    ],
     'a byte order mark': [`\ufeff${plain}`, expected],
     'UTF-16': [Buffer.from(`\ufeff${plain}`, 'utf16le'), expected],
   };
@@ -575,7 +597,7 @@ test('an active workspace is made when there is none; what cannot be saved is un
   );
   assert.deepStrictEqual([result.made, result.undone, result.none], [[true, 2, true], 2, [[], null, null, null]]);
   assert.strictEqual(result.failure.length, 1);
-  assert.match(result.failure[0], /^error It is not a file\.\n./);
+  assert.match(result.failure[0], /^error .+\n./);
   assert.deepStrictEqual(
     result.log,
     [

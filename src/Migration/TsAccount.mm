@@ -1,9 +1,6 @@
 #import "Migration/TsAccount.h"
 
-#include <utility>
-
 #include "Base/Ref.h"
-#include "Base/TsString.h"
 #import "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #import "Keychain/TsTransientKeychain.h"
@@ -23,14 +20,12 @@ constexpr int kOrderStep = 10;  // leaves room between neighbours
 // nil when the item is missing or can't be read.
 NSString* StoredPassword(TsKeychain* keychain, NSString* account) {
   if (account == nil) return nil;
-  id password = [[keychain passwordForAccount:account] objectForKey:@"password"];
-  return [password isKindOfClass:[NSString class]] ? password : nil;
+  return As<NSString>([[keychain passwordForAccount:account] objectForKey:@"password"]);
 }
 
 NSColor* ColorIn(NSData* archive) {
   @try {
-    id color = [NSKeyedUnarchiver unarchiveObjectWithData:archive];
-    return [color isKindOfClass:[NSColor class]] ? color : nil;
+    return As<NSColor>([NSKeyedUnarchiver unarchiveObjectWithData:archive]);
   } @catch (NSException*) {
     return nil;
   }
@@ -43,6 +38,40 @@ NSString* Trimmed(NSString* text) {
 bool IsSameText(NSString* a, NSString* b) { return a == b || [a isEqualToString:b]; }
 
 NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
+
+id OrNull(id value) { return value != nil ? value : [NSNull null]; }
+
+struct ExportedAttribute {
+  NSString* key;
+  NSString* attribute = key;
+};
+
+const ExportedAttribute kExported[] = {
+    {@"order"},
+    {@"username"},
+    {@"nickname"},
+    {@"detectUnreadCountType"},
+    {@"defaultInboxType"},
+    {@"customInboxLabelName"},
+    {@"isNotificationEnabled", @"autoAuthenticate"},
+    {@"unreadMessagesLocation"},
+    {@"autoBCC"},
+    {@"notificationSound"},
+    {@"isNotifyNewMessages", @"notificationUseGrowl"},
+    {@"loadRapportivePlugin"},
+    {@"loadClearbitConnectPlugin"},
+    {@"loadBoomerangPlugin"},
+    {@"loadStreakPlugin"},
+    {@"loadRightInboxPlugin"},
+};
+
+// False when they are missing.
+const ExportedAttribute kExportedBooleans[] = {
+    {@"isGmailChatBlockedAsBOOL", @"isGmailChatBlocked"},
+    {@"isGooglePlusBlockedAsBOOL", @"isGooglePlusBlocked"},
+    {@"isGoogleDriveBlockedAsBOOL", @"isGoogleDriveBlocked"},
+    {@"isGoogleCalendarAlertsBlockedAsBOOL", @"isGoogleCalendarAlertsBlocked"},
+};
 
 }  // namespace
 
@@ -243,50 +272,20 @@ NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
   return [signatures count] > 0 ? [signatures objectAtIndex:0] : nil;
 }
 
-- (void)exportBookmarksTo:(TsExportText&)json {
-  const TsStoreFile& store = *[[self managedObjectContext] store];
-  json.Put('[');
-  bool isFirst = true;
-  for (const TsStoreObject* bookmark : store.Related(*[self storeObject], "bookmarks")) {
-    if (!std::exchange(isFirst, false)) json.Put(',');
-    [TsBookmark exportObject:*bookmark of:store to:json];
+- (NSDictionary*)dictionaryWithValues {
+  NSDictionary* values = [self values];
+  if (values == nil) return nil;
+  NSMutableDictionary* exported = [NSMutableDictionary dictionary];
+  for (const auto& [key, attribute] : kExported)
+    [exported setObject:OrNull([values objectForKey:attribute]) forKey:key];
+  for (const auto& [key, attribute] : kExportedBooleans) {
+    [exported setObject:Boolean([[values objectForKey:attribute] boolValue]) forKey:key];
   }
-  json.Put(']');
-}
-
-- (void)exportTo:(TsExportText&)json {
-  static const TsExport kExport(
-      "TsAccount", {
-                       {"order"},
-                       {"username"},
-                       {"nickname"},
-                       {"detectUnreadCountType"},
-                       {"defaultInboxType"},
-                       {"customInboxLabelName"},
-                       {"isNotificationEnabled", "autoAuthenticate"},
-                       {"unreadMessagesLocation"},
-                       {"autoBCC"},
-                       {"notificationSound"},
-                       {"isNotifyNewMessages", "notificationUseGrowl"},
-                       {"loadRapportivePlugin"},
-                       {"loadClearbitConnectPlugin"},
-                       {"loadBoomerangPlugin"},
-                       {"loadStreakPlugin"},
-                       {"loadRightInboxPlugin"},
-                       {"isGmailChatBlockedAsBOOL", "isGmailChatBlocked", TsWhenMissing::False},
-                       {"isGooglePlusBlockedAsBOOL", "isGooglePlusBlocked", TsWhenMissing::False},
-                       {"isGoogleDriveBlockedAsBOOL", "isGoogleDriveBlocked", TsWhenMissing::False},
-                       {"isGoogleCalendarAlertsBlockedAsBOOL", "isGoogleCalendarAlertsBlocked", TsWhenMissing::False},
-                   });
-  kExport.Open(json, *[[self managedObjectContext] store], *[self storeObject]);
-  NSString* password = [self password];
-  json.Put(",\"password\":");
-  TsPutText(json, password != nil ? std::optional(TsStdString(password)) : std::nullopt);
-  json.Put(",\"numberOfDownloadItems\":");
-  json.PutNumber([self numberOfDownloadItems]);
-  json.Put(",\"bookmarks\":");
-  [self exportBookmarksTo:json];
-  json.Put('}');
+  [exported setObject:OrNull([self password]) forKey:@"password"];
+  [exported setObject:[NSNumber numberWithUnsignedInteger:[self numberOfDownloadItems]]
+               forKey:@"numberOfDownloadItems"];
+  [exported setObject:[[self objectsIn:"bookmarks"] valueForKey:@"dictionaryWithValues"] forKey:@"bookmarks"];
+  return exported;
 }
 
 @end

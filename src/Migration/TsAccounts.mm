@@ -1,5 +1,6 @@
 #import "Migration/TsAccounts.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #import "Migration/TsMigration.h"
@@ -23,11 +24,9 @@ struct SortKey {
 @implementation TsAccounts
 
 + (TsAccounts*)sharedInstance {
-  static const Ref<TsAccounts> accounts = [] {
-    const auto migration = Adopt([[TsMigration alloc] init]);
-    return Adopt([[TsAccounts alloc] initWithPath:[migration accountsPath]]);
-  }();
-  return accounts;
+  static Forever<Ref<TsAccounts>> accounts(
+      Adopt([[TsAccounts alloc] initWithPath:[Adopt([[TsMigration alloc] init]) accountsPath]]));
+  return *accounts;
 }
 
 - (instancetype)initWithPath:(NSString*)path {
@@ -36,7 +35,7 @@ struct SortKey {
 
 - (NSArray*)all {
   NSError* error = nil;
-  NSArray* accounts = [context_ fetch:"Account" error:&error];
+  NSArray* accounts = [_context fetch:"Account" error:&error];
   if (accounts == nil) {
     TsLogWarning(@"Could not execute TsAccounts#all query. (%@)", error);
     return [NSArray array];
@@ -46,7 +45,7 @@ struct SortKey {
 
 // The first account whose value is `value`, but for the sender. nil, and the error, when they can't be fetched.
 - (TsAccount*)findBy:(SEL)attribute value:(NSString*)value sender:(id)sender error:(NSError**)error {
-  for (TsAccount* account in [context_ fetch:"Account" error:error]) {
+  for (TsAccount* account in [_context fetch:"Account" error:error]) {
     NSString* own = [account performSelector:attribute];
     if (account != sender && (own == value || [own isEqualToString:value])) return account;
   }
@@ -76,11 +75,11 @@ struct SortKey {
 }
 
 - (BOOL)hasBookmarks {
-  return [[context_ fetch:"Bookmark" error:nullptr] count] > 0;
+  return [[_context fetch:"Bookmark" error:nullptr] count] > 0;
 }
 
 - (BOOL)isAccessible:(TsAccount*)account {
-  return [context_ contains:account];
+  return [_context contains:account];
 }
 
 @end

@@ -11,7 +11,4 @@
 @property(nonatomic, copy) NSString* url;
 @property(nonatomic, readonly) TsAccount* account;
 
-// What exportTo: writes, without making an object of what only passes through.
-+ (void)exportObject:(const TsStoreObject&)bookmark of:(const TsStoreFile&)store to:(TsExportText&)json;
-
 @end

@@ -11,14 +11,14 @@
 // "Ts_Calendar_ann@example.org". Immutable; any thread, but for the image.
 @interface TsGoogleAppIdentifier : NSObject <NSCopying> {
  @private
-  Ref<NSString> accountIdentifier_;
-  std::size_t type_;
+  Ref<NSString> _accountIdentifier;
+  std::size_t _type;
 }
 
 @property(nonatomic, readonly) NSString* accountIdentifier;  // the e-mail address
 @property(nonatomic, readonly) NSString* type;               // "Gmail", "GoogleInbox", "Calendar" or "Contacts"
-@property(nonatomic, readonly) NSString* typeLabel;   // as the user reads it; empty when nobody has translated it
-@property(nonatomic, readonly) NSImage* defaultIcon;  // nil when the application has none
+@property(nonatomic, readonly) NSString* typeLabel;          // as the user reads it; empty without a translation
+@property(nonatomic, readonly) NSImage* defaultIcon;         // nil when the application has none
 
 @property(nonatomic, readonly) BOOL isGmail;
 @property(nonatomic, readonly) BOOL isGoogleInbox;

@@ -33,15 +33,16 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 @implementation TsGoogleAppIdentifier
 
 - (instancetype)initWithType:(std::size_t)type accountIdentifier:(NSString*)accountIdentifier {
-  if ((self = [super init]) != nil) {
-    type_ = type;
-    accountIdentifier_ = Copy(accountIdentifier);
+  self = [super init];
+  if (self) {
+    _type = type;
+    _accountIdentifier = Copy(accountIdentifier);
   }
   return self;
 }
 
 + (TsGoogleAppIdentifier*)identifierWithType:(std::size_t)type accountIdentifier:(NSString*)account {
-  return [[[self alloc] initWithType:type accountIdentifier:account] autorelease];
+  return Adopt([[self alloc] initWithType:type accountIdentifier:account]).Autoreleased();
 }
 
 + (TsGoogleAppIdentifier*)gmailIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
@@ -78,59 +79,59 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 }
 
 - (id)copyWithZone:(NSZone*)zone {
-  return [self retain];
+  return Retain(self).Leak();
 }
 
 - (NSString*)accountIdentifier {
-  return accountIdentifier_;
+  return _accountIdentifier;
 }
 
 - (NSString*)type {
-  return kTypes[type_].name;
+  return kTypes[_type].name;
 }
 
 - (NSString*)typeLabel {
-  return NSLocalizedString(kTypes[type_].label, nil);
+  return NSLocalizedString(kTypes[_type].label, nil);
 }
 
 - (NSImage*)defaultIcon {
-  return [NSImage imageNamed:kTypes[type_].icon];
+  return [NSImage imageNamed:kTypes[_type].icon];
 }
 
 - (BOOL)isGmail {
-  return type_ == Gmail;
+  return _type == Gmail;
 }
 
 - (BOOL)isGoogleInbox {
-  return type_ == GoogleInbox;
+  return _type == GoogleInbox;
 }
 
 - (BOOL)isCalendar {
-  return type_ == Calendar;
+  return _type == Calendar;
 }
 
 - (BOOL)isContacts {
-  return type_ == Contacts;
+  return _type == Contacts;
 }
 
 - (TsGoogleAppIdentifier*)toGmailIdentifier {
-  return [TsGoogleAppIdentifier gmailIdentifierWithAccountIdentifier:accountIdentifier_];
+  return [TsGoogleAppIdentifier gmailIdentifierWithAccountIdentifier:_accountIdentifier];
 }
 
 - (TsGoogleAppIdentifier*)toGoogleInboxIdentifier {
-  return [TsGoogleAppIdentifier googleInboxIdentifierWithAccountIdentifier:accountIdentifier_];
+  return [TsGoogleAppIdentifier googleInboxIdentifierWithAccountIdentifier:_accountIdentifier];
 }
 
 - (TsGoogleAppIdentifier*)toCalendarIdentifier {
-  return [TsGoogleAppIdentifier calendarIdentifierWithAccountIdentifier:accountIdentifier_];
+  return [TsGoogleAppIdentifier calendarIdentifierWithAccountIdentifier:_accountIdentifier];
 }
 
 - (TsGoogleAppIdentifier*)toContactsIdentifier {
-  return [TsGoogleAppIdentifier contactsIdentifierWithAccountIdentifier:accountIdentifier_];
+  return [TsGoogleAppIdentifier contactsIdentifierWithAccountIdentifier:_accountIdentifier];
 }
 
 - (NSString*)description {
-  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], accountIdentifier_.get()];
+  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], _accountIdentifier.get()];
 }
 
 - (BOOL)isEqual:(id)other {
@@ -138,13 +139,13 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 }
 
 - (BOOL)isEqualToIdentifier:(TsGoogleAppIdentifier*)identifier {
-  if (identifier == nil || type_ != identifier->type_) return NO;
-  return accountIdentifier_ == identifier->accountIdentifier_ ||
-         [accountIdentifier_ isEqualToString:identifier->accountIdentifier_];
+  if (identifier == nil || _type != identifier->_type) return NO;
+  return _accountIdentifier == identifier->_accountIdentifier ||
+         [_accountIdentifier isEqualToString:identifier->_accountIdentifier];
 }
 
 - (NSUInteger)hash {
-  return 31 * [accountIdentifier_ hash] + [[self type] hash];
+  return 31 * [_accountIdentifier hash] + [[self type] hash];
 }
 
 @end

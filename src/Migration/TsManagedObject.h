@@ -2,22 +2,21 @@
 
 #import <Foundation/Foundation.h>
 
-#include <cstddef>
+#include <string>
 #include <string_view>
 
-#include "Base/Ref.h"
-#include "Migration/TsExport.h"
-#include "Migration/TsStoreFile.h"
+#include "Migration/TsStoreModel.h"
 
 @class TsManagedObjectContext;
 
-// An object of a store. A subclass for each entity declares the attributes as @dynamic properties, which the entity's
-// description answers: NSNumber, NSString, NSDate or NSData, nil when there is no value. Once the object is deleted, or
-// its context is gone, it has no values and takes none.
+// An object of a store. A subclass for each entity declares the attributes as @dynamic properties: NSNumber, NSString,
+// NSDate or NSData, nil when there is no value. An object that is deleted, or whose context has lost its store, has no
+// values and takes none.
 @interface TsManagedObject : NSObject {
  @private
-  TsManagedObjectContext* context_;
-  TsStoreObject* object_;
+  TsManagedObjectContext* _context;
+  const TsEntity* _entity;
+  std::string _identifier;
 }
 
 // Not retained: contexts own their objects. nil when the context is gone.
@@ -26,33 +25,36 @@
 // A new object's first values, for subclasses.
 - (void)awakeFromInsert;
 
-// The values in which the object leaves its store. nil once it has none.
+// Every attribute that has a value, by its name.
+- (NSMutableDictionary*)values;
+
+// The object as it leaves its store: every attribute, null for those without a value. nil once there are none.
 - (NSDictionary*)dictionaryWithValues;
 
-// The same, written for subclasses that say which they are.
-- (void)exportTo:(TsExportText&)json;
-
-// For each object in a relationship, in the order of the store.
+// The objects of a relationship, in the order of the store.
 - (NSArray*)objectsIn:(std::string_view)relationship;
 
 // The one of a to-one relationship.
 - (id)objectIn:(std::string_view)relationship;
 
-- (std::size_t)countIn:(std::string_view)relationship;
+- (NSUInteger)countIn:(std::string_view)relationship;
 
-// A new object of the relationship's entity, its last one.
+// A new object of the relationship's entity, as the last one.
 - (id)insertObjectIn:(std::string_view)relationship;
 
 @end
 
-// The store's own view of the object.
+// For the context, and the accessors of the attributes.
 @interface TsManagedObject (Store)
 
-// null once the context is gone.
-- (TsStoreObject*)storeObject;
+- (instancetype)initWithContext:(TsManagedObjectContext*)context
+                         entity:(const TsEntity&)entity
+                     identifier:(const std::string&)identifier;
+- (const std::string&)identifier;
+- (const TsEntity&)entity;
+- (void)contextIsGone;
 
-// By the attribute's position in the entity.
-- (Ref<NSObject>)newValueOfAttribute:(std::size_t)attribute;
-- (void)setValue:(id)value ofAttribute:(std::size_t)attribute;
+- (id)valueForAccessor:(SEL)accessor;
+- (void)setValue:(id)value forAccessor:(SEL)accessor;
 
 @end

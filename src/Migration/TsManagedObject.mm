@@ -3,37 +3,17 @@
 #import <objc/runtime.h>
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <string>
-#include <utility>
+#include <span>
+#include <vector>
 
 #include "Base/TsString.h"
 #import "Migration/TsManagedObjectContext.h"
 #include "Migration/TsStoreValue.h"
-#include "Utilities/TsJSON.h"
 
 namespace {
 
-template <std::size_t attribute>
-id Get(TsManagedObject* self, SEL) {
-  return [self newValueOfAttribute:attribute].Autoreleased();
-}
-
-template <std::size_t attribute>
-void Set(TsManagedObject* self, SEL, id value) {
-  [self setValue:value ofAttribute:attribute];
-}
-
-struct Accessors {
-  IMP get;
-  IMP set;
-};
-
-template <std::size_t... attributes>
-std::array<Accessors, sizeof...(attributes)> MakeAccessors(std::index_sequence<attributes...>) {
-  return {Accessors{reinterpret_cast<IMP>(Get<attributes>), reinterpret_cast<IMP>(Set<attributes>)}...};
-}
+NSString* KeyOf(const TsAttribute& attribute) { return TsNSString(attribute.name); }
 
 // "setOrder:" for "order".
 std::string SetterOf(std::string_view name) {
@@ -42,92 +22,137 @@ std::string SetterOf(std::string_view name) {
   return setter;
 }
 
+template <typename Property>
+const Property& Named(std::span<const Property> properties, std::string_view name) {
+  return *std::find_if(properties.begin(), properties.end(), [&](const auto& each) { return each.name == name; });
+}
+
+const TsAttribute& AttributeOf(const TsEntity& entity, SEL accessor) {
+  const std::string_view name = sel_getName(accessor);
+  return *std::find_if(entity.attributes.begin(), entity.attributes.end(),
+                       [&](const TsAttribute& each) { return each.name == name || SetterOf(each.name) == name; });
+}
+
+id Get(TsManagedObject* self, SEL accessor) { return [self valueForAccessor:accessor]; }
+
+void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value forAccessor:accessor]; }
+
 }  // namespace
 
 @implementation TsManagedObject
 
-@synthesize managedObjectContext = context_;
+@synthesize managedObjectContext = _context;
 
-// At once rather than when they are missed, which Foundation's key-value coding would not be told of everywhere.
+// At once, because Foundation's key-value coding does not ask for methods that are missing.
 + (void)initialize {
-  static const auto kAccessors = MakeAccessors(std::make_index_sequence<kTsMostAttributes>());
   const TsEntity* entity = TsEntityOfClass(class_getName(self));
   if (entity == nullptr) return;
-  for (std::size_t i = 0; i < entity->attributes.size(); ++i) {
-    const std::string name(entity->attributes[i].name);
-    class_addMethod(self, sel_registerName(name.c_str()), kAccessors[i].get, "@@:");
-    class_addMethod(self, sel_registerName(SetterOf(name).c_str()), kAccessors[i].set, "v@:@");
+  for (const TsAttribute& attribute : entity->attributes) {
+    const std::string name(attribute.name);
+    class_addMethod(self, sel_registerName(name.c_str()), reinterpret_cast<IMP>(Get), "@@:");
+    class_addMethod(self, sel_registerName(SetterOf(name).c_str()), reinterpret_cast<IMP>(Set), "v@:@");
   }
 }
 
-- (instancetype)initWithContext:(TsManagedObjectContext*)context object:(TsStoreObject&)object {
-  if ((self = [super init]) != nil) {
-    context_ = context;
-    object_ = &object;
+- (instancetype)initWithContext:(TsManagedObjectContext*)context
+                         entity:(const TsEntity&)entity
+                     identifier:(const std::string&)identifier {
+  self = [super init];
+  if (self) {
+    _context = context;
+    _entity = &entity;
+    _identifier = identifier;
   }
   return self;
 }
 
-- (TsStoreObject*)storeObject {
-  return object_;
+- (const std::string&)identifier {
+  return _identifier;
+}
+
+- (const TsEntity&)entity {
+  return *_entity;
 }
 
 - (void)contextIsGone {
-  context_ = nil;
-  object_ = nullptr;
+  _context = nil;
+}
+
+// nullptr for an object that has no values.
+- (TsStoreFile*)store {
+  TsStoreFile* store = [_context store];
+  return store != nullptr && store->Contains(_identifier) ? store : nullptr;
 }
 
 - (void)awakeFromInsert {
 }
 
+- (id)valueForAccessor:(SEL)accessor {
+  const TsAttribute& attribute = AttributeOf(*_entity, accessor);
+  const TsStoreFile* store = [self store];
+  const auto value = store != nullptr ? store->ValueOf(_identifier, attribute) : std::nullopt;
+  return value ? TsNewStoreValue(attribute.type, value->type, value->text).Autoreleased() : nil;
+}
+
+- (void)setValue:(id)value forAccessor:(SEL)accessor {
+  TsStoreFile* store = [self store];
+  if (store == nullptr) return;
+  const TsAttribute& attribute = AttributeOf(*_entity, accessor);
+  if (value == nil) return store->SetValue(_identifier, attribute, std::nullopt);
+  store->SetValue(_identifier, attribute, TsStoreValueText(attribute.type, value));
+}
+
+- (NSMutableDictionary*)values {
+  TsStoreFile* store = [self store];
+  if (store == nullptr) return nil;
+  NSMutableDictionary* values = [NSMutableDictionary dictionaryWithCapacity:_entity->attributes.size()];
+  store->ForEachValue(_identifier, *_entity, [&](const TsAttribute& attribute, const TsStoreFile::Value& stored) {
+    const auto value = TsNewStoreValue(attribute.type, stored.type, stored.text);
+    if (value) [values setObject:value forKey:KeyOf(attribute)];
+  });
+  return values;
+}
+
 - (NSDictionary*)dictionaryWithValues {
-  if (context_ == nil) return nil;
-  TsExportText json;
-  [self exportTo:json];
-  return TsConvertFromJSONString(TsNSString(json.text), nullptr);
+  NSMutableDictionary* values = [self values];
+  for (const TsAttribute& attribute : _entity->attributes) {
+    NSString* key = KeyOf(attribute);
+    if ([values objectForKey:key] == nil) [values setObject:[NSNull null] forKey:key];
+  }
+  return values;
 }
 
-- (void)exportTo:(TsExportText&)json {
-  json.Put("{}");
-}
-
-- (Ref<NSObject>)newValueOfAttribute:(std::size_t)attribute {
-  if (context_ == nil) return nullptr;
-  std::string buffer;
-  const auto text = [context_ store]->Value(*object_, attribute, buffer);
-  return text ? TsNewStoreValue(object_->entity->attributes[attribute].type, *text) : nullptr;
-}
-
-- (void)setValue:(id)value ofAttribute:(std::size_t)attribute {
-  if (context_ == nil) return;
-  [context_ store]->SetValue(*object_, attribute, TsStoreValueText(object_->entity->attributes[attribute].type, value));
+- (std::vector<std::string>)identifiersIn:(std::string_view)relationship {
+  const TsStoreFile* store = [self store];
+  if (store == nullptr) return {};
+  return store->Related(_identifier, Named(_entity->relationships, relationship));
 }
 
 - (NSArray*)objectsIn:(std::string_view)relationship {
-  if (context_ == nil) return [NSArray array];
-  const auto related = [context_ store]->Related(*object_, relationship);
-  NSMutableArray* objects = [NSMutableArray arrayWithCapacity:related.size()];
-  for (TsStoreObject* object : related) [objects addObject:[context_ objectFor:*object]];
+  const TsRelationship& description = Named(_entity->relationships, relationship);
+  NSMutableArray* objects = [NSMutableArray array];
+  for (const std::string& identifier : [self identifiersIn:relationship]) {
+    [objects addObject:[_context object:identifier of:description.destination]];
+  }
   return objects;
 }
 
 - (id)objectIn:(std::string_view)relationship {
-  if (context_ == nil) return nil;
-  const auto related = [context_ store]->Related(*object_, relationship);
-  return related.empty() ? nil : [context_ objectFor:*related.front()];
+  NSArray* objects = [self objectsIn:relationship];
+  return [objects count] > 0 ? [objects objectAtIndex:0] : nil;
 }
 
-- (std::size_t)countIn:(std::string_view)relationship {
-  return context_ != nil ? [context_ store]->Related(*object_, relationship).size() : 0;
+- (NSUInteger)countIn:(std::string_view)relationship {
+  return [self identifiersIn:relationship].size();
 }
 
 - (id)insertObjectIn:(std::string_view)relationship {
-  if (context_ == nil || object_->isDeleted) return nil;
-  const auto& relationships = object_->entity->relationships;
-  const auto found = std::find_if(relationships.begin(), relationships.end(),
-                                  [&](const TsRelationship& each) { return each.name == relationship; });
-  TsManagedObject* object = [context_ insert:found->destination];
-  [context_ store]->Append(*object_, relationship, *[object storeObject]);
+  TsStoreFile* store = [self store];
+  if (store == nullptr) return nil;
+  const TsRelationship& description = Named(_entity->relationships, relationship);
+  TsManagedObject* object = [_context insert:description.destination];
+  store->Relate(_identifier, description, [object identifier]);
+  store->Relate([object identifier], Named([object entity].relationships, description.inverse), _identifier);
   return object;
 }
 

@@ -4,18 +4,19 @@
 
 #include <memory>
 #include <span>
-#include <vector>
+#include <string>
+#include <unordered_map>
 
 #include "Base/Ref.h"
-#include "Migration/TsManagedObject.h"
+#import "Migration/TsManagedObject.h"
 #include "Migration/TsStoreFile.h"
 
-// The objects of one store, each of them once. One thread. Failures are told by an NSError, which may be null.
+// The objects of one store, each of them once. One thread. `error` may be null.
 @interface TsManagedObjectContext : NSObject {
  @private
-  std::span<const TsEntity> model_;
-  std::unique_ptr<TsStoreFile> store_;
-  std::vector<Ref<TsManagedObject>> objects_;  // by their numbers; made when somebody asks
+  std::span<const TsEntity> _model;
+  std::unique_ptr<TsStoreFile> _store;
+  std::unordered_map<std::string, Ref<TsManagedObject>> _objects;  // by identifier; made on demand
 }
 
 // Without a store, so far.
@@ -46,9 +47,9 @@
 
 @interface TsManagedObjectContext (ForObjects)
 
-// null when there is none.
+// nullptr when there is none.
 - (TsStoreFile*)store;
 
-- (TsManagedObject*)objectFor:(TsStoreObject&)object;
+- (TsManagedObject*)object:(const std::string&)identifier of:(std::string_view)entity;
 
 @end

@@ -1,28 +1,31 @@
 #import "Migration/TsManagedObjectContext.h"
 
+#import <objc/runtime.h>
+
 #include "Base/TsString.h"
 
 namespace {
 
-NSError* ErrorOf(const TsStoreError& error, NSString* path) {
-  NSDictionary* information = [NSDictionary
-      dictionaryWithObjectsAndKeys:TsNSString(error.reason), NSLocalizedDescriptionKey, path, NSFilePathErrorKey, nil];
-  return [NSError errorWithDomain:NSCocoaErrorDomain code:error.code userInfo:information];
+constexpr int kNoStore = 134080;  // of the Cocoa error domain
+
+BOOL Report(const Failure& failure, NSError** error) {
+  if (error != nullptr) {
+    *error = [NSError errorWithDomain:NSCocoaErrorDomain
+                                 code:failure.code
+                             userInfo:@{NSLocalizedDescriptionKey : TsNSString(failure.message)}];
+  }
+  return NO;
 }
 
+BOOL ReportNoStore(NSError** error) { return Report({kNoStore, "There is no store."}, error); }
+
 }  // namespace
-
-@interface TsManagedObject (ForContext)
-
-- (instancetype)initWithContext:(TsManagedObjectContext*)context object:(TsStoreObject&)object;
-- (void)contextIsGone;
-
-@end
 
 @implementation TsManagedObjectContext
 
 - (instancetype)initWithModel:(std::span<const TsEntity>)model {
-  if ((self = [super init]) != nil) model_ = model;
+  self = [super init];
+  if (self) _model = model;
   return self;
 }
 
@@ -32,79 +35,71 @@ NSError* ErrorOf(const TsStoreError& error, NSString* path) {
 }
 
 - (BOOL)addStoreAtPath:(NSString*)path error:(NSError**)error {
-  TsStoreError reason;
-  auto store = TsStoreFile::Open(TsStdString(path), model_, reason);
-  if (store == nullptr) {
-    if (error != nullptr) *error = ErrorOf(reason, path);
-    return NO;
-  }
+  auto store = TsStoreFile::Open(TsStdString(path), _model);
+  if (!store) return Report(store.error(), error);
   [self removeStores];
-  store_ = std::move(store);
+  _store = std::move(*store);
   return YES;
 }
 
 - (void)removeStores {
-  // Somebody may still have one of them.
-  for (const auto& object : objects_) [object contextIsGone];
-  objects_.clear();
-  store_.reset();
-}
-
-- (NSError*)noStore {
-  return ErrorOf({134080, "There is no store."}, nil);
+  // Objects may outlive their context.
+  for (const auto& [identifier, object] : _objects) [object contextIsGone];
+  _objects.clear();
+  _store.reset();
 }
 
 - (NSArray*)fetch:(std::string_view)entity error:(NSError**)error {
-  if (store_ == nullptr) {
-    if (error != nullptr) *error = [self noStore];
+  if (_store == nullptr) {
+    ReportNoStore(error);
     return nil;
   }
-  const auto found = store_->Objects(*TsEntityNamed(model_, entity));
-  NSMutableArray* objects = [NSMutableArray arrayWithCapacity:found.size()];
-  for (TsStoreObject* object : found) [objects addObject:[self objectFor:*object]];
+  NSMutableArray* objects = [NSMutableArray array];
+  for (const std::string& identifier : _store->Objects(*TsEntityNamed(_model, entity))) {
+    [objects addObject:[self object:identifier of:entity]];
+  }
   return objects;
 }
 
 - (id)insert:(std::string_view)entity {
-  if (store_ == nullptr) return nil;
-  TsManagedObject* object = [self objectFor:store_->Insert(*TsEntityNamed(model_, entity))];
+  if (_store == nullptr) return nil;
+  TsManagedObject* object = [self object:_store->Insert(*TsEntityNamed(_model, entity)) of:entity];
   [object awakeFromInsert];
   return object;
 }
 
 - (void)deleteObject:(TsManagedObject*)object {
-  if ([self contains:object]) store_->Delete(*[object storeObject]);
+  if ([self contains:object]) _store->Delete([object identifier], [object entity]);
 }
 
 - (BOOL)contains:(TsManagedObject*)object {
-  return object != nil && [object managedObjectContext] == self && ![object storeObject]->isDeleted;
+  return object != nil && [object managedObjectContext] == self && _store->Contains([object identifier]);
 }
 
 - (BOOL)hasChanges {
-  return store_ != nullptr && store_->HasChanges();
+  return _store != nullptr && _store->HasChanges();
 }
 
 - (BOOL)save:(NSError**)error {
-  TsStoreError reason;
-  if (store_ != nullptr && store_->Save(reason)) return YES;
-  if (error != nullptr) *error = store_ != nullptr ? ErrorOf(reason, nil) : [self noStore];
-  return NO;
+  if (_store == nullptr) return ReportNoStore(error);
+  const auto saved = _store->Save();
+  return saved ? YES : Report(saved.error(), error);
 }
 
 - (void)rollback {
-  if (store_ != nullptr) store_->Rollback();
+  if (_store != nullptr) _store->Rollback();
 }
 
 - (TsStoreFile*)store {
-  return store_.get();
+  return _store.get();
 }
 
-- (TsManagedObject*)objectFor:(TsStoreObject&)object {
-  if (objects_.size() <= object.number) objects_.resize(store_->Size());
-  auto& known = objects_[object.number];
+- (TsManagedObject*)object:(const std::string&)identifier of:(std::string_view)entity {
+  auto& known = _objects[identifier];
   if (!known) {
-    const Class entityClass = objc_getClass(object.entity->className);
-    known = Adopt<TsManagedObject>([[entityClass alloc] initWithContext:self object:object]);
+    const TsEntity& description = *TsEntityNamed(_model, entity);
+    const Class entityClass = objc_getClass(description.className);
+    known = Adopt<TsManagedObject>([[entityClass alloc] initWithContext:self entity:description identifier:identifier]);
   }
   return known;
 }

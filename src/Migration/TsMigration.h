@@ -2,11 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include <optional>
-#include <string>
-
-// What the previous major version has left behind for this user. Nothing is cached, nothing is written, and what is
-// missing is empty. Main thread.
+// The data of the previous major version. Nothing is cached or written; missing files give empty results. Main thread.
 @interface TsMigration : NSObject
 
 - (NSString*)previousVersionAppSupportFolder;
@@ -22,14 +18,14 @@
 // Each with its password in clear, out of the keychain.
 - (NSArray*)accountsAsDictionaries;
 
-// {"active?", "tabs": [{"email", "app"}]}. Raises "UnknownIdentifier" for a tab of an application nobody knows.
+// {"active?", "tabs": [{"email", "app"}]}. Raises "UnknownIdentifier" for a tab of an unknown application.
 - (NSArray*)workspaces;
 
 // The preferences that are carried over, as they are stored.
 - (NSDictionary*)userDefaults;
 
-// All of it, for script, as compact JSON: "has-previous-version?", and "accounts", "workspaces" and "prefs" – or only
-// those of the three that are part of the text `selection`, when there is one. Nothing when JSON can't express it.
-- (std::optional<std::string>)reportOf:(NSString*)selection;
+// The whole report: "has-previous-version?", and "accounts", "workspaces" and "prefs", or only those of the three that
+// are part of the text `selection`, when there is one.
+- (NSDictionary*)reportOf:(NSString*)selection;
 
 @end

@@ -1,14 +1,11 @@
 #import "Migration/TsMigration.h"
 
-#include <utility>
-
 #include "Base/Ref.h"
 #include "Base/TsString.h"
 #import "Extensions/NSDictionary+TsFile.h"
 #import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
-#include "Utilities/TsJSON.h"
 
 namespace {
 
@@ -43,8 +40,9 @@ NSString* WithTildeExpanded(NSString* path) {
 }
 
 NSString* PreferencesPath() {
-  id identifier = [[NSBundle mainBundle] objectForInfoDictionaryKey:kPreviousVersionsIdentifierKey];
-  if (![identifier isKindOfClass:[NSString class]]) identifier = kPreviousVersionsIdentifier;
+  NSString* identifier =
+      As<NSString>([[NSBundle mainBundle] objectForInfoDictionaryKey:kPreviousVersionsIdentifierKey]);
+  if (identifier == nil) identifier = kPreviousVersionsIdentifier;
   return WithTildeExpanded([NSString stringWithFormat:@"~/Library/Preferences/%@.plist", identifier]);
 }
 
@@ -60,15 +58,6 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
   id active = [state active];
   return [NSDictionary
       dictionaryWithObjectsAndKeys:active != nil ? active : [NSNull null], @"active?", tabs, @"tabs", nil];
-}
-
-// Whether JSON can express it.
-bool PutSection(TsExportText& json, std::string_view lead, id section) {
-  NSString* text = TsConvertToJSONString(section);
-  if (text == nil) return false;
-  json.Put(lead);
-  json.text += TsStdString(text);
-  return true;
 }
 
 }  // namespace
@@ -98,23 +87,10 @@ bool PutSection(TsExportText& json, std::string_view lead, id section) {
   return [[accounts all] count] > 0;
 }
 
-- (void)exportAccountsTo:(TsExportText&)json {
-  json.Put('[');
-  if ([self hasPreviousVersion]) {
-    const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
-    bool isFirst = true;
-    for (TsAccount* account in [accounts all]) {
-      if (!std::exchange(isFirst, false)) json.Put(',');
-      [account exportTo:json];
-    }
-  }
-  json.Put(']');
-}
-
 - (NSArray*)accountsAsDictionaries {
-  TsExportText json;
-  [self exportAccountsTo:json];
-  return TsConvertFromJSONString(TsNSString(json.text), nullptr);
+  if (![self hasPreviousVersion]) return [NSArray array];
+  const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
+  return [[accounts all] valueForKey:@"dictionaryWithValues"];
 }
 
 - (NSArray*)workspaces {
@@ -135,20 +111,16 @@ bool PutSection(TsExportText& json, std::string_view lead, id section) {
   return carriedOver;
 }
 
-- (std::optional<std::string>)reportOf:(NSString*)selection {
+- (NSDictionary*)reportOf:(NSString*)selection {
   const auto isSelected = [&](NSString* section) {
     return selection == nil || [selection rangeOfString:section].location != NSNotFound;
   };
-  TsExportText json;
-  json.Put([self hasPreviousVersion] ? "{\"has-previous-version?\":true" : "{\"has-previous-version?\":false");
-  if (isSelected(@"accounts")) {
-    json.Put(",\"accounts\":");
-    [self exportAccountsTo:json];
-  }
-  if (isSelected(@"workspaces") && !PutSection(json, ",\"workspaces\":", [self workspaces])) return std::nullopt;
-  if (isSelected(@"prefs") && !PutSection(json, ",\"prefs\":", [self userDefaults])) return std::nullopt;
-  json.Put('}');
-  return std::move(json.text);
+  NSMutableDictionary* report = [NSMutableDictionary dictionary];
+  [report setObject:[NSNumber numberWithBool:[self hasPreviousVersion]] forKey:@"has-previous-version?"];
+  if (isSelected(@"accounts")) [report setObject:[self accountsAsDictionaries] forKey:@"accounts"];
+  if (isSelected(@"workspaces")) [report setObject:[self workspaces] forKey:@"workspaces"];
+  if (isSelected(@"prefs")) [report setObject:[self userDefaults] forKey:@"prefs"];
+  return report;
 }
 
 @end

@@ -2,11 +2,11 @@
 
 #import "Migration/TsManagedObjectContext.h"
 
-// What both stores of the previous version are to their users: a context with a file behind it, if there is one. Each
-// is a subclass. Whatever can't be read is told by the log and an empty result. One thread.
+// A store of the previous version: a context, and the file behind it if there is one. What can't be read is logged, and
+// the result is empty. Abstract; one thread.
 @interface TsPersistence : NSObject {
  @protected
-  Ref<TsManagedObjectContext> context_;
+  Ref<TsManagedObjectContext> _context;
 }
 
 @property(nonatomic, readonly) TsManagedObjectContext* context;

@@ -5,8 +5,9 @@
 @implementation TsPersistence
 
 - (instancetype)initWithPath:(NSString*)path model:(std::span<const TsEntity>)model {
-  if ((self = [super init]) != nil) {
-    context_ = Adopt([[TsManagedObjectContext alloc] initWithModel:model]);
+  self = [super init];
+  if (self) {
+    _context = Adopt([[TsManagedObjectContext alloc] initWithModel:model]);
     NSError* error = nil;
     if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
   }
@@ -14,15 +15,15 @@
 }
 
 - (TsManagedObjectContext*)context {
-  return context_;
+  return _context;
 }
 
 - (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
-  return [context_ addStoreAtPath:path error:error];
+  return [_context addStoreAtPath:path error:error];
 }
 
 - (BOOL)detachPersistence:(NSError**)error {
-  [context_ removeStores];
+  [_context removeStores];
   return YES;
 }
 

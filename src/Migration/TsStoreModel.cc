@@ -32,7 +32,6 @@ constexpr TsAttribute kAccountAttributes[] = {
     {"isGoogleCalendarAlertsBlocked", Boolean, "bool"},
     {"useSignatures", Boolean, "bool"},
     {"signatureAboveQuotedText", Boolean, "bool"},
-    {"archivedCookies", Data, "binary"},
 };
 
 constexpr TsRelationship kAccountRelationships[] = {
@@ -93,8 +92,6 @@ constexpr TsEntity kWorkspaceStatesModel[] = {
     {"WorkspaceState", "TsWorkspaceState", kWorkspaceStateAttributes, kWorkspaceStateRelationships},
     {"GoogleAppState", "TsGoogleAppState", kGoogleAppStateAttributes, kGoogleAppStateRelationships},
 };
-
-static_assert(std::size(kAccountAttributes) <= kTsMostAttributes);
 
 const TsEntity* Find(std::span<const TsEntity> model, auto condition) {
   const auto found = std::find_if(model.begin(), model.end(), condition);

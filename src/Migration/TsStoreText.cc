@@ -1,6 +1,7 @@
 #include "Migration/TsStoreText.h"
 
-#include <cstdint>
+#include <algorithm>
+#include <charconv>
 
 namespace {
 
@@ -30,16 +31,18 @@ bool CantStandInXml(char character) {
 
 }  // namespace
 
-std::string_view TsTextFromStore(std::string_view stored, std::string& buffer) {
-  std::size_t next = stored.find('\\');
-  if (next == std::string_view::npos) return stored;
-  buffer.assign(stored, 0, next);
-  while (next < stored.size()) {
-    const auto character = EscapedCharacter(stored.substr(next));
-    buffer += character.value_or(stored[next]);
-    next += character ? kEscapeLength : 1;
+std::string TsTextFromStore(std::string_view stored) {
+  std::string text;
+  while (!stored.empty()) {
+    const std::size_t plain = std::min(stored.find('\\'), stored.size());
+    text += stored.substr(0, plain);
+    stored.remove_prefix(plain);
+    if (stored.empty()) break;
+    const auto character = EscapedCharacter(stored);
+    text += character.value_or(stored.front());
+    stored.remove_prefix(character ? kEscapeLength : 1);
   }
-  return buffer;
+  return text;
 }
 
 std::string TsTextForStore(std::string_view text) {
@@ -55,9 +58,8 @@ std::string TsTextForStore(std::string_view text) {
   return stored;
 }
 
-std::optional<bool> TsBooleanInStore(std::string_view text) {
-  if (const auto number = TsNumberInStore<int>(text)) return *number != 0;
-  if (text == "true" || text == "YES") return true;
-  if (text == "false" || text == "NO") return false;
-  return std::nullopt;
+std::optional<std::int64_t> TsIntegerInStore(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }

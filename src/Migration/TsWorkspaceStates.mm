@@ -21,7 +21,7 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 
 - (NSArray*)all {
   NSError* error = nil;
-  NSArray* states = [context_ fetch:"WorkspaceState" error:&error];
+  NSArray* states = [_context fetch:"WorkspaceState" error:&error];
   if (states == nil) {
     TsLogWarning(@"Could not execute TsWorkspaceStates#all query. (%@)", error);
     return [NSArray array];
@@ -30,16 +30,16 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 }
 
 - (TsWorkspaceState*)insertNewWorkspaceState {
-  return [context_ insert:"WorkspaceState"];
+  return [_context insert:"WorkspaceState"];
 }
 
 - (void)deleteWorkspaceState:(TsWorkspaceState*)state {
-  [context_ deleteObject:state];
+  [_context deleteObject:state];
 }
 
 - (TsWorkspaceState*)activeWorkspaceState {
   NSError* error = nil;
-  NSArray* states = [context_ fetch:"WorkspaceState" error:&error];
+  NSArray* states = [_context fetch:"WorkspaceState" error:&error];
   if (states == nil) {
     TsLogWarning(@"Could not execute TsWorkspaceStates#activeWorkspaceState query. (%@)", error);
     return nil;
@@ -61,7 +61,7 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 - (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier {
   NSString* text = [identifier description];
   NSError* error = nil;
-  NSArray* states = [context_ fetch:"GoogleAppState" error:&error];
+  NSArray* states = [_context fetch:"GoogleAppState" error:&error];
   if (states == nil) {
     TsLogWarning(@"Could not execute TsWorkspaceStates#findFirstGoogleAppStateByAppIdentifier:%@ query. (%@)", text,
                  error);
@@ -76,15 +76,15 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 }
 
 - (void)deleteGoogleAppState:(TsGoogleAppState*)state {
-  [context_ deleteObject:state];
+  [_context deleteObject:state];
 }
 
 - (void)store:(id)sender {
-  if (![context_ hasChanges]) return;
+  if (![_context hasChanges]) return;
   NSError* error = nil;
-  if ([context_ save:&error]) return;
+  if ([_context save:&error]) return;
   TsLogError(@"%@\n%@", error, [NSThread callStackSymbols]);
-  [context_ rollback];
+  [_context rollback];
 }
 
 @end
