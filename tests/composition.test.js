@@ -156,6 +156,8 @@ test('another process makes a message, reads and sets its properties, and compos
     },
   ]);
 
+  await app.set(messagePath(1), 'MessageSignature', 'a{sv}', 2, 'name', 's', 'Work', 'content', 's', 'Ann');
+  assert.strictEqual(await app.get(messagePath(1), 'MessageSignature'), 'a{sv} 2 "name" s "Work" "content" s "Ann"');
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 1), `o "${messagePath(1)}"`);
   assert.strictEqual(await app.get(messagePath(1), 'Id'), 'x 1');
   assert.strictEqual(
@@ -175,7 +177,8 @@ test('a message that becomes visible is composed a second later, as it is then, 
   const start = Date.now();
   await app.call(messagePath(0), 'SetVisible', 'b', 'false');
   await app.call(messagePath(0), 'SetVisible', 'b', 'true');
-  await app.call(messagePath(0), 'SetVisible', 'b', 'true');
+  await app.set(messagePath(0), 'Visible', 'b', 'true');
+  assert.strictEqual(await app.get(messagePath(0), 'Visible'), 'b false', 'nothing is stored');
   await app.set(messagePath(0), 'Subject', 's', 'late');
   const composed = await app.composed(2);
   assert.deepStrictEqual(
@@ -245,6 +248,9 @@ test('bad requests get an error, and leave no message behind', async (t) => {
     [() => app.make(1, 'Id', 'x', 9), /can only be read/],
     [() => app.make(1, 'DirectlySend', 'av', 0), /DirectlySend is of the type b/],
     [() => app.make(1, 'ToRecipients', 'av', 1, 's', 'x'), /missing value/],
+    [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'), /no property objectSpecifier/],
+    [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'name', 'b', 'true'), /name is of the type s/],
+    [() => app.make(1, 'MessageSignature', 'a{sv}', 1, 'content', 'x', 5), /content is of the type s/],
   ];
   for (const [request, reason] of cases) assert.match(await refusal(request()), reason);
   assert.strictEqual(await app.get(applicationPath, 'OutgoingMessages'), 'ao 0');
@@ -260,6 +266,7 @@ test('bad requests get an error, and leave no message behind', async (t) => {
       () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0),
       /Elements have no elements/,
     ],
+    [() => app.set(messagePath(0), 'MailAttachments', 'aa{sv}', 1, 1, 'path', 'x', 1), /path is of the type s/],
     [() => app.call(messagePath(0), 'AddToRecipient', 's', 'x'), /Invalid argument|InvalidArgs|Unexpected/i],
   ];
   for (const [request, reason] of known) assert.match(await refusal(request()), reason);

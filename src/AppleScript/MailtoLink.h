@@ -2,11 +2,12 @@
 
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
-// What a mailto link (RFC 6068) says of a message; UTF-8. Headers other than these are passed over: a link must not
-// attach files, or speak for the sender.
+#include "Base/Result.h"
+
+// The message that a mailto link (RFC 6068) describes; UTF-8. Other headers are ignored: a link must neither attach
+// files nor set the sender.
 struct MailtoLink {
   std::vector<std::string> to;
   std::vector<std::string> cc;
@@ -15,8 +16,5 @@ struct MailtoLink {
   std::string body;
 };
 
-struct MailtoError {
-  std::string reason;
-};
-
-[[nodiscard]] std::variant<MailtoLink, MailtoError> ParseMailtoLink(std::string_view link);
+// Fails for a text that is no link, or that would smuggle in more than a link may say.
+[[nodiscard]] Result<MailtoLink> ParseMailtoLink(std::string_view link);

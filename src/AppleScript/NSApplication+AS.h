@@ -2,16 +2,16 @@
 
 #import "Platform/Cocoa.h"
 
-// What scripts find on the application itself. Main thread only.
+// The application's own scripting properties and elements. Main thread only.
 @interface NSApplication (AS)
 
 - (NSMutableArray*)outgoingMessages;
-// Replaces what is in the list, which stays the same object.
+// Replaces the contents of the list, which stays the same object.
 - (void)setOutgoingMessages:(NSArray*)messages;
-// nil when there is none.
+// nil when there is no such message.
 - (id)valueInOutgoingMessagesWithUniqueID:(NSNumber*)uniqueId;
 
-// Of the page that is shown; nil when script has not told them.
+// Of the current page; nil until script has set them.
 - (NSString*)currentURL;
 - (NSString*)currentTitle;
 - (NSString*)currentMessageText;

@@ -11,7 +11,7 @@
 }
 
 - (void)setOutgoingMessages:(NSArray*)messages {
-  // A copy first: it may be the list itself, or a view of it.
+  // Copy first: `messages` may be the list itself, or a view of the list.
   [[TsASOutgoingMessage outgoingMessages] setArray:[NSArray arrayWithArray:messages]];
 }
 

@@ -6,9 +6,8 @@
 
 @class NSArray, NSMutableArray, NSScriptCommand;
 
-// Posted when a message is to be composed, without an object. User information: two dictionaries, under the "message"
-// and the "options" key, whose keys are below or, for the message, "sender", "subject", "body", "to", "cc", "bcc" and
-// "attachment-paths".
+// Posted to compose a message, without an object. User information: two dictionaries, under the "message" key (with
+// "sender", "subject", "body", "to", "cc", "bcc" and "attachment-paths") and the "options" key (keys below).
 extern NSString* const TsComposeOutgoingMessageNotification;
 extern NSString* const TsComposeOutgoingMessageNotificationMessageKey;
 extern NSString* const TsComposeOutgoingMessageNotificationOptionsKey;
@@ -18,11 +17,11 @@ extern NSString* const TsComposeOutgoingMessageNotificationImageAttachMethodKey;
 extern NSString* const TsComposeOutgoingMessageNotificationImageSizeKey;
 extern NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey;
 
-// The value, or NSNull in its place: what dictionaries can hold, and JSON writes as null.
+// The value, or NSNull for nil: dictionaries can hold it, and JSON writes it as null.
 [[nodiscard]] id TsSanitizeValue(id value);
 
-// A message that another application has begun, and which the user is going to see in a compose window. Its properties
-// and elements are those of the application's scripting dictionary. Main thread only.
+// A message that another application creates and that the user completes in a compose window. Its properties and
+// elements are those of the application's scripting dictionary. Main thread only.
 @interface TsASOutgoingMessage : NSObject {
   BOOL _directlySend;
   BOOL _optimizeAttachments;
@@ -41,29 +40,29 @@ extern NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey;
   Ref<TsASOutgoingMessageSignature> _messageSignature;
 }
 
-// To be sent without showing the compose window.
+// Send without showing the compose window.
 @property(nonatomic) BOOL directlySend;
 @property(nonatomic) BOOL optimizeAttachments;
-// Whether somebody has decided on optimizing.
+// Whether a script has set `optimizeAttachments`.
 @property(nonatomic) BOOL didSetOptimizeAttachments;
 @property(nonatomic, retain) NSMutableArray* toRecipients;
 @property(nonatomic, retain) NSMutableArray* ccRecipients;
 @property(nonatomic, retain) NSMutableArray* bccRecipients;
 @property(nonatomic, retain) NSMutableArray* mailAttachments;
-// 0 for the first message of the process, and never the same again.
+// Unique in the process; the first message has 0.
 @property(nonatomic) int64_t id;
 @property(nonatomic, copy) NSString* sender;
 @property(nonatomic, copy) NSString* subject;
 // A string, or an attributed one.
 @property(nonatomic, retain) id content;
-// Handed on as they are; nil at first.
+// Passed on unchanged; nil at first.
 @property(nonatomic, copy) NSString* imageAttachMethod;
 @property(nonatomic, copy) NSString* imageFileType;
 @property(nonatomic, copy) NSString* imageSize;
-// Accepted, and not handed on.
+// Accepted, but not passed on.
 @property(nonatomic, retain) TsASOutgoingMessageSignature* messageSignature;
 
-// Every message of the process that scripts can still reach.
+// All messages of the process; none is ever removed.
 + (NSMutableArray*)outgoingMessages;
 
 - (NSScriptObjectSpecifier*)objectSpecifier;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Platform/MainQueue.h"
 
@@ -17,7 +18,7 @@ NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey = @"image-f
 namespace {
 
 constexpr NSUInteger kExpectedMessages = 10;
-// What a script gets for completing a message that it has made visible.
+// The time a script has to complete a message after making it visible.
 constexpr std::chrono::milliseconds kTimeToComplete{1000};
 
 int64_t NextId() {
@@ -29,7 +30,8 @@ Ref<NSMutableArray> NewArray() { return Adopt([[NSMutableArray alloc] init]); }
 
 // Paragraphs, each with a line feed at its end.
 NSString* Body(id content) {
-  NSString* text = [content isKindOfClass:[NSAttributedString class]] ? [content string] : content;
+  NSAttributedString* rich = As<NSAttributedString>(content);
+  NSString* text = rich != nil ? [rich string] : As<NSString>(content);
   NSMutableString* body = [NSMutableString stringWithCapacity:[text length] + 1];
   for (NSUInteger start = 0; start < [text length];) {
     NSUInteger end = 0;
@@ -73,8 +75,8 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
 @implementation TsASOutgoingMessage
 
 + (NSMutableArray*)outgoingMessages {
-  static const auto messages = Adopt([[NSMutableArray alloc] initWithCapacity:kExpectedMessages]);
-  return messages;
+  static Forever<Ref<NSMutableArray>> messages(Adopt([[NSMutableArray alloc] initWithCapacity:kExpectedMessages]));
+  return *messages;
 }
 
 - (instancetype)init {
@@ -106,7 +108,7 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
       .Autoreleased();
 }
 
-// Tells the elements, from the one at `first` on, where they are.
+// Gives the elements, from the one at `first` on, their specifiers.
 - (void)specifyElements:(NSArray*)elements ofKey:(NSString*)key from:(NSUInteger)first {
   const NSUInteger count = [elements count];
   if (first >= count) return;

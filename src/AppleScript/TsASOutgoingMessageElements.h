@@ -3,7 +3,7 @@
 #include "Base/Ref.h"
 #import "Platform/Cocoa.h"
 
-// What a scripted message consists of. The message gives recipients and attachments their specifiers.
+// The elements of a scripted message, which gives recipients and attachments their specifiers.
 
 @interface TsASOutgoingMessageRecipient : NSObject {
   Ref<NSString> _address;
@@ -22,7 +22,7 @@
   Ref<NSScriptObjectSpecifier> _objectSpecifier;
 }
 
-// Set to a path with a leading tilde, or to a classic path with colons, it becomes the POSIX path of that.
+// Paths with a leading tilde and classic paths with colons are stored as POSIX paths.
 @property(nonatomic, copy) NSString* path;
 @property(nonatomic, retain) NSScriptObjectSpecifier* objectSpecifier;
 

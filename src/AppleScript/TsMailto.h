@@ -1,8 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
-// Composes the message that a mailto link describes, as if a script had. Gives the reason when the link is refused;
-// then nothing is composed. Main thread only.
-[[nodiscard]] std::optional<std::string> TsComposeMailtoLink(const std::string& link);
+#include "Base/Result.h"
+
+// Composes the message that a mailto link describes, as a script would; fails when the link is refused. Main thread
+// only.
+[[nodiscard]] Result<void> TsComposeMailtoLink(const std::string& link);

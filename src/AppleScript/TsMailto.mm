@@ -31,12 +31,12 @@ void Compose(const MailtoLink& link) {
 
 }  // namespace
 
-std::optional<std::string> TsComposeMailtoLink(const std::string& link) {
+Result<void> TsComposeMailtoLink(const std::string& link) {
   const auto parsed = ParseMailtoLink(link);
-  if (const auto* error = std::get_if<MailtoError>(&parsed)) {
-    TsLogWarning(@"Refused a mailto link: %s", error->reason.c_str());
-    return error->reason;
+  if (!parsed) {
+    TsLogWarning(@"Refused a mailto link: %s", parsed.error().message.c_str());
+    return tl::unexpected(parsed.error());
   }
-  Compose(std::get<MailtoLink>(parsed));
-  return std::nullopt;
+  Compose(*parsed);
+  return {};
 }

@@ -1,22 +1,23 @@
 #pragma once
 
 #include <functional>
-#include <optional>
 #include <string>
+
+#include "Base/Result.h"
 
 namespace tessaro::platform {
 
-// Composes the message of a mailto link, UTF-8. Gives the reason when the link is refused.
-using LinkHandler = std::function<std::optional<std::string>(const std::string& link)>;
+// Composes the message of a mailto link, UTF-8; fails when the link is refused.
+using LinkHandler = std::function<Result<void>(const std::string& link)>;
 
 // Lets other applications script this one: the elements and properties of the application object and of its outgoing
 // messages are reached by Cocoa's key-value coding. Links that the system hands to the application go to `openLink`.
 //
-// Main thread only, for the life of the process. What other applications ask for is done there too, on a turn of the
-// main loop. Where there is no way to be asked, nobody asks.
+// Main thread only, for the life of the process; requests of other applications run there too, on a turn of the main
+// loop. Does nothing on a system without a way to receive requests.
 void OfferScripting(LinkHandler openLink);
 
-// The name under which other applications find this one; empty while they can't.
+// The name under which other applications find this one; empty while there is none.
 [[nodiscard]] std::string ScriptingName();
 
 }  // namespace tessaro::platform

@@ -4,7 +4,7 @@
 
 #include "Base/Ref.h"
 
-// Where an object is, in the terms of scripting: under a key of its container. GNUstep has no such classes.
+// Locates an object for scripting: under a key of its container. GNUstep has no such classes.
 @interface NSScriptObjectSpecifier : NSObject {
   Ref<NSScriptClassDescription> _containerClassDescription;
   Ref<NSScriptObjectSpecifier> _containerSpecifier;
@@ -20,7 +20,7 @@
 - (NSScriptObjectSpecifier*)containerSpecifier;
 - (NSString*)key;
 
-// nil when nothing is there.
+// nil when there is no such object.
 - (id)objectsByEvaluatingSpecifier;
 
 @end
@@ -53,7 +53,7 @@
 
 @interface NSObject (ScriptObjectSpecifier)
 
-// nil: the top of what scripts can reach.
+// nil: the top of the containers.
 - (NSScriptObjectSpecifier*)objectSpecifier;
 
 @end

@@ -11,7 +11,7 @@
   if (self) {
     _containerClassDescription = Retain(description);
     _containerSpecifier = Retain(container);
-    _key = Adopt<NSString>([key copy]);
+    _key = Copy(key);
   }
   return self;
 }
@@ -77,7 +77,7 @@
 }
 
 - (void)setUniqueID:(id)uniqueID {
-  _uniqueID = Adopt<NSObject>([uniqueID copy]);
+  _uniqueID = Copy<NSObject>(uniqueID);
 }
 
 - (id)objectsByEvaluatingSpecifier {

@@ -5,18 +5,17 @@
 
 #include "Base/Ref.h"
 
-// Another application as an object, which takes the messages that it can be scripted with. GNUstep has no
-// ScriptingBridge: here the application offers an object under the name of its bundle identifier, by Distributed
-// Objects.
+// Another application as an object that takes its scripting messages. GNUstep has no ScriptingBridge: here applications
+// publish an object under their bundle identifier, by Distributed Objects.
 //
-// It is started when it isn't running and a message is sent. A message that can't be delivered, or isn't answered in
-// time, gives nothing, and the log tells. An instance belongs to one thread.
+// Sending a message launches the application where necessary. A message that can't be delivered, or gets no answer in
+// time, is logged and returns nothing. An instance belongs to one thread.
 @interface SBApplication : NSObject {
   Ref<NSString> _identifier;
   Ref<NSDistantObject> _remote;
 }
 
-// nil when it isn't installed.
+// nil when the application isn't installed.
 + (instancetype)applicationWithBundleIdentifier:(NSString*)identifier;
 
 - (BOOL)isRunning;

@@ -2,7 +2,12 @@
 
 #import <AppKit/AppKit.h>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 #include "Base/Ref.h"
+#include "Base/TsString.h"
 
 @interface NSApplication (ScriptedMessages)
 - (id)valueInOutgoingMessagesWithUniqueID:(NSNumber*)uniqueId;
@@ -16,38 +21,51 @@ namespace tessaro::platform::scripted {
 
 namespace {
 
-// From the application's scripting dictionary.
 NSString* const kMessagesKey = @"outgoingMessages";
 NSString* const kMessageClass = @"TsASOutgoingMessage";
-NSString* const kAttachmentsKey = @"mailAttachments";
-NSString* const kAttachmentClass = @"TsASOutgoingMessageAttachment";
-NSString* const kRecipientClass = @"TsASOutgoingMessageRecipient";
 
-NSString* Text(const std::string& text) { return [NSString stringWithUTF8String:text.c_str()]; }
+// From the application's scripting dictionary: more than these properties of elements scripts may not reach.
+struct ElementType {
+  NSString* className;
+  std::array<const char*, 2> properties;
+};
 
-std::string StdString(NSString* text) {
-  NSData* utf8 = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
-  return {static_cast<const char*>([utf8 bytes]), [utf8 length]};
+ElementType TypeOf(std::string_view key) {
+  if (key == "mailAttachments") return {@"TsASOutgoingMessageAttachment", {"path"}};
+  if (key == "messageSignature") return {@"TsASOutgoingMessageSignature", {"name", "content"}};
+  return {@"TsASOutgoingMessageRecipient", {"address", "name"}};
+}
+
+bool HasProperty(const ElementType& type, std::string_view name) {
+  return std::any_of(type.properties.begin(), type.properties.end(),
+                     [&](const char* property) { return property != nullptr && property == name; });
 }
 
 struct ToObject {
   id operator()(std::monostate) const { return nil; }
   id operator()(bool value) const { return [NSNumber numberWithBool:value]; }
   id operator()(std::int64_t value) const { return [NSNumber numberWithLongLong:value]; }
-  id operator()(const std::string& value) const { return Text(value); }
+  id operator()(const std::string& value) const { return TsNSString(value); }
 };
 
 id Object(const Value& value) { return std::visit(ToObject(), value); }
 
 Value FromObject(id object) {
-  if ([object isKindOfClass:[NSString class]]) return StdString(object);
-  if ([object isKindOfClass:[NSAttributedString class]]) return StdString([object string]);
-  if ([object isKindOfClass:[NSNumber class]]) return std::int64_t{[object longLongValue]};
+  if (NSString* text = As<NSString>(object)) return TsStdString(text);
+  if (NSAttributedString* text = As<NSAttributedString>(object)) return TsStdString([text string]);
+  if (NSNumber* number = As<NSNumber>(object)) return std::int64_t{[number longLongValue]};
   return {};
 }
 
-std::string Reason(NSException* exception) {
-  return StdString([NSString stringWithFormat:@"%@: %@", [exception name], [exception reason]]);
+// Runs `work`; an exception is its failure.
+template <typename Work>
+Result<void> Attempt(const Work& work) {
+  @try {
+    work();
+    return {};
+  } @catch (NSException* exception) {
+    return Fail(TsStdString([NSString stringWithFormat:@"%@: %@", [exception name], [exception reason]]));
+  }
 }
 
 NSNumber* Number(std::int64_t value) { return [NSNumber numberWithLongLong:value]; }
@@ -56,50 +74,41 @@ id Message(std::int64_t id_) { return [NSApp valueInOutgoingMessagesWithUniqueID
 
 Value ValueOf(id object, const char* key) {
   @try {
-    return FromObject([object valueForKey:Text(key)]);
+    return FromObject([object valueForKey:TsNSString(key)]);
   } @catch (NSException*) {
     return {};
   }
 }
 
-Failure SetValueOf(id object, const char* key, const Value& value) {
-  @try {
-    [object setValue:Object(value) forKey:Text(key)];
-    return std::nullopt;
-  } @catch (NSException* exception) {
-    return Reason(exception);
-  }
+Result<void> SetValueOf(id object, const char* key, const Value& value) {
+  return Attempt([&] { [object setValue:Object(value) forKey:TsNSString(key)]; });
 }
 
-bool IsAttachment(NSString* elementsKey) { return [elementsKey isEqualToString:kAttachmentsKey]; }
-
-NSArray* ElementKeys(NSString* elementsKey) {
-  return IsAttachment(elementsKey) ? @[ @"path" ] : @[ @"address", @"name" ];
+Ref<NSObject> NewElement(const char* key, const Element& properties) {
+  auto element = Adopt<NSObject>([[NSClassFromString(TypeOf(key).className) alloc] init]);
+  for (const auto& [name, value] : properties) [element.get() setValue:Object(value) forKey:TsNSString(name)];
+  return element;
 }
 
-// Raises for a property that elements don't have.
-Ref<NSObject> NewElement(NSString* elementsKey, const Element& properties) {
-  const Class elementClass = NSClassFromString(IsAttachment(elementsKey) ? kAttachmentClass : kRecipientClass);
-  auto element = Adopt<NSObject>([[elementClass alloc] init]);
-  NSArray* keys = ElementKeys(elementsKey);
-  for (const auto& [name, value] : properties) {
-    NSString* key = Text(name);
-    // Only what the dictionary has: a message's elements have more keys than scripts may reach.
-    if (![keys containsObject:key]) [NSException raise:NSUndefinedKeyException format:@"There is no property %@", key];
-    [element.get() setValue:Object(value) forKey:key];
+Element ElementOf(const char* key, id object) {
+  Element element;
+  for (const char* property : TypeOf(key).properties) {
+    if (property == nullptr) continue;
+    Value value = ValueOf(object, property);
+    if (!std::holds_alternative<std::monostate>(value)) element.emplace_back(property, std::move(value));
   }
   return element;
 }
 
 }  // namespace
 
-std::string ApplicationName() { return StdString([[NSProcessInfo processInfo] processName]); }
+std::string ApplicationName() { return TsStdString([[NSProcessInfo processInfo] processName]); }
 
-std::string ApplicationIdentifier() { return StdString([[NSBundle mainBundle] bundleIdentifier]); }
+std::string ApplicationIdentifier() { return TsStdString([[NSBundle mainBundle] bundleIdentifier]); }
 
 Value ApplicationProperty(const char* key) { return ValueOf(NSApp, key); }
 
-Failure SetApplicationProperty(const char* key, const Value& value) { return SetValueOf(NSApp, key, value); }
+Result<void> SetApplicationProperty(const char* key, const Value& value) { return SetValueOf(NSApp, key, value); }
 
 std::vector<std::int64_t> MessageIds() {
   std::vector<std::int64_t> ids;
@@ -116,54 +125,50 @@ std::optional<std::int64_t> MakeMessage() {
   return [[message.get() valueForKey:@"id"] longLongValue];
 }
 
-Failure ComposeMessage(std::int64_t id_) {
-  @try {
-    [Message(id_) handleComposeScriptCommand:nil];
-    return std::nullopt;
-  } @catch (NSException* exception) {
-    return Reason(exception);
-  }
+Result<void> ComposeMessage(std::int64_t id_) {
+  return Attempt([&] { [Message(id_) handleComposeScriptCommand:nil]; });
 }
 
 Value MessageProperty(std::int64_t id_, const char* key) { return ValueOf(Message(id_), key); }
 
-Failure SetMessageProperty(std::int64_t id_, const char* key, const Value& value) {
+Result<void> SetMessageProperty(std::int64_t id_, const char* key, const Value& value) {
   return SetValueOf(Message(id_), key, value);
+}
+
+Result<void> CheckElement(const char* key, const Element& element) {
+  for (const auto& [name, value] : element) {
+    if (!HasProperty(TypeOf(key), name)) return Fail("There is no property " + name);
+    const bool isText = std::holds_alternative<std::string>(value) || std::holds_alternative<std::monostate>(value);
+    if (!isText) return Fail(name + " is of the type s");
+  }
+  return {};
 }
 
 std::vector<Element> MessageElements(std::int64_t id_, const char* key) {
   std::vector<Element> elements;
-  NSArray* keys = ElementKeys(Text(key));
-  for (id object in [Message(id_) valueForKey:Text(key)]) {
-    Element& element = elements.emplace_back();
-    for (NSString* property in keys) {
-      Value value = FromObject([object valueForKey:property]);
-      if (!std::holds_alternative<std::monostate>(value)) element.emplace_back([property UTF8String], std::move(value));
-    }
-  }
+  for (id object in [Message(id_) valueForKey:TsNSString(key)]) elements.push_back(ElementOf(key, object));
   return elements;
 }
 
-Failure SetMessageElements(std::int64_t id_, const char* key, const std::vector<Element>& elements) {
-  @try {
-    NSString* elementsKey = Text(key);
+Result<void> SetMessageElements(std::int64_t id_, const char* key, const std::vector<Element>& elements) {
+  return Attempt([&] {
     NSMutableArray* objects = [NSMutableArray arrayWithCapacity:elements.size()];
-    for (const Element& element : elements) [objects addObject:NewElement(elementsKey, element).get()];
-    [Message(id_) setValue:objects forKey:elementsKey];
-    return std::nullopt;
-  } @catch (NSException* exception) {
-    return Reason(exception);
-  }
+    for (const Element& element : elements) [objects addObject:NewElement(key, element).get()];
+    [Message(id_) setValue:objects forKey:TsNSString(key)];
+  });
 }
 
-Failure AddMessageElement(std::int64_t id_, const char* key, const Element& element) {
-  @try {
-    NSString* elementsKey = Text(key);
-    [[Message(id_) mutableArrayValueForKey:elementsKey] addObject:NewElement(elementsKey, element).get()];
-    return std::nullopt;
-  } @catch (NSException* exception) {
-    return Reason(exception);
-  }
+Result<void> AddMessageElement(std::int64_t id_, const char* key, const Element& element) {
+  return Attempt(
+      [&] { [[Message(id_) mutableArrayValueForKey:TsNSString(key)] addObject:NewElement(key, element).get()]; });
+}
+
+Element MessageElement(std::int64_t id_, const char* key) {
+  return ElementOf(key, [Message(id_) valueForKey:TsNSString(key)]);
+}
+
+Result<void> SetMessageElement(std::int64_t id_, const char* key, const Element& element) {
+  return Attempt([&] { [Message(id_) setValue:NewElement(key, element).get() forKey:TsNSString(key)]; });
 }
 
 }  // namespace tessaro::platform::scripted

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BusNames.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Scripting/ScriptedObjects.h"
@@ -17,9 +18,6 @@ namespace tessaro::platform {
 
 namespace {
 
-using scripted::Element;
-using scripted::Failure;
-using scripted::Value;
 using wire::Elements;
 using wire::PropertyValue;
 
@@ -34,7 +32,7 @@ constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
 enum class Access { Read, ReadWrite };
 
-// A name on the bus, and the key under which Cocoa's scripting knows the same.
+// A name on the bus, and the key of Cocoa's scripting for it.
 struct Property {
   const char* name;
   const char* key;
@@ -45,6 +43,7 @@ struct Property {
 constexpr char kText[] = "s";
 constexpr char kTruth[] = "b";
 constexpr char kNumber[] = "x";
+constexpr char kElement[] = "a{sv}";
 constexpr char kElements[] = "aa{sv}";
 
 constexpr Property kApplicationProperties[] = {
@@ -68,6 +67,8 @@ constexpr Property kMessageProperties[] = {
     {"CcRecipients", "ccRecipients", kElements},
     {"BccRecipients", "bccRecipients", kElements},
     {"MailAttachments", "mailAttachments", kElements},
+    {"MessageSignature", "messageSignature", kElement},
+    {"Visible", "visible", kTruth},
 };
 
 const Property& MessageProperty(const std::string& name) {
@@ -77,8 +78,8 @@ const Property& MessageProperty(const std::string& name) {
   return *found;
 }
 
-void ThrowIfFailed(const Failure& failure) {
-  if (failure) throw sdbus::Error(kFailed, *failure);
+void ThrowIfFailed(const Result<void>& result, const char* error = kFailed) {
+  if (!result) throw sdbus::Error(error, result.error().message);
 }
 
 struct IsOfType {
@@ -89,8 +90,13 @@ struct IsOfType {
   bool operator()(bool) const { return type == kTruth; }
   bool operator()(std::int64_t) const { return type == kNumber; }
   bool operator()(const std::string&) const { return type == kText; }
+  bool operator()(const wire::WireElement&) const { return type == kElement; }
   bool operator()(const Elements&) const { return type == kElements; }
 };
+
+void CheckElement(const char* key, const scripted::Element& element) {
+  ThrowIfFailed(scripted::CheckElement(key, element), kInvalidArguments);
+}
 
 void Check(const Property& property, const PropertyValue& value) {
   if (property.access == Access::Read) {
@@ -99,13 +105,36 @@ void Check(const Property& property, const PropertyValue& value) {
   if (!std::visit(IsOfType{property.type}, value)) {
     throw sdbus::Error(kInvalidArguments, std::string(property.name) + " is of the type " + property.type);
   }
+  if (const auto* element = std::get_if<wire::WireElement>(&value)) CheckElement(property.key, element->properties);
+  if (const auto* elements = std::get_if<Elements>(&value)) {
+    for (const auto& element : *elements) CheckElement(property.key, element.properties);
+  }
+}
+
+Result<void> Set(std::int64_t id, const Property& property, PropertyValue value) {
+  if (const auto* element = std::get_if<wire::WireElement>(&value)) {
+    return scripted::SetMessageElement(id, property.key, element->properties);
+  }
+  if (const auto* elements = std::get_if<Elements>(&value)) {
+    return scripted::SetMessageElements(id, property.key, wire::Properties(*elements));
+  }
+  return scripted::SetMessageProperty(id, property.key, wire::Single(std::move(value)));
 }
 
 void SetMessageProperty(std::int64_t id, const Property& property, PropertyValue value) {
-  if (const auto* elements = std::get_if<Elements>(&value)) {
-    return ThrowIfFailed(scripted::SetMessageElements(id, property.key, wire::Properties(*elements)));
-  }
-  ThrowIfFailed(scripted::SetMessageProperty(id, property.key, wire::Single(std::move(value))));
+  Check(property, value);
+  ThrowIfFailed(Set(id, property, std::move(value)));
+}
+
+void WriteMessageProperty(sdbus::Message& reply, std::int64_t id, const Property& property) {
+  const std::string_view type = property.type;
+  if (type == kElements) return wire::Write(reply, scripted::MessageElements(id, property.key));
+  if (type == kElement) return wire::Write(reply, scripted::MessageElement(id, property.key));
+  wire::Write(reply, type, scripted::MessageProperty(id, property.key));
+}
+
+void AddMessageElement(std::int64_t id, const char* key, const scripted::Element& element) {
+  ThrowIfFailed(scripted::AddMessageElement(id, key, element));
 }
 
 std::string WellFormed(std::string name) {
@@ -131,7 +160,6 @@ using Getter = std::function<void(sdbus::PropertyGetReply&)>;
 using Setter = std::function<void(sdbus::PropertySetCall&)>;
 
 void AddProperty(sdbus::IObject& object, const char* interface, const Property& property, Getter get, Setter set) {
-  // What they tell changes without their knowing.
   sdbus::Flags flags;
   flags.set(sdbus::Flags::EMITS_NO_SIGNAL);
   if (property.access == Access::Read) {
@@ -156,7 +184,7 @@ class ScriptingService {
   void Disappear() noexcept;
   void RegisterApplication();
   [[nodiscard]] std::unique_ptr<sdbus::IObject> NewMessageObject(std::int64_t id) const;
-  // Messages are on the bus from when somebody there has heard of them.
+  // Puts the message on the bus when its path is asked for.
   [[nodiscard]] sdbus::ObjectPath MessagePath(std::int64_t id);
   [[nodiscard]] sdbus::ObjectPath Make(const wire::NamedValues& properties);
   [[nodiscard]] sdbus::ObjectPath LookUp(std::int64_t id);
@@ -177,7 +205,7 @@ void ScriptingService::Appear() noexcept {
     RegisterApplication();
     TakeName(bus, name_);
   } catch (const sdbus::Error&) {
-    // Another process of the application is the one that scripts talk to.
+    // Another process of the application owns the name: scripts talk to that one.
     Disappear();
   }
 }
@@ -219,52 +247,50 @@ void ScriptingService::RegisterApplication() {
   application_->registerMethod("OpenLink")
       .onInterface(kApplication)
       .withInputParamNames("link")
-      .implementedAs([this](const std::string& link) {
-        if (const auto reason = openLink_(link)) throw sdbus::Error(kBadLink, *reason);
-      });
+      .implementedAs([this](const std::string& link) { ThrowIfFailed(openLink_(link), kBadLink); });
   application_->finishRegistration();
 }
 
-std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t id) const {
-  auto object = sdbus::createObject(*SessionBus::Shared().Connection(), path_ + kMessages + std::to_string(id));
+void AddProperties(sdbus::IObject& object, std::int64_t id) {
   for (const Property& property : kMessageProperties) {
     AddProperty(
-        *object, kMessage, property,
-        [id, &property](sdbus::PropertyGetReply& reply) {
-          if (std::string_view(property.type) == kElements) {
-            return wire::Write(reply, scripted::MessageElements(id, property.key));
-          }
-          wire::Write(reply, property.type, scripted::MessageProperty(id, property.key));
-        },
+        object, kMessage, property,
+        [id, &property](sdbus::PropertyGetReply& reply) { WriteMessageProperty(reply, id, property); },
         [id, &property](sdbus::PropertySetCall& call) {
           SetMessageProperty(id, property, wire::Read(call, property.type));
         });
   }
-  const auto addRecipient = [id](const char* key) {
-    return [id, key](const std::string& address, const std::string& name) {
-      ThrowIfFailed(scripted::AddMessageElement(id, key, {{"address", address}, {"name", name}}));
-    };
-  };
+}
+
+void AddMethods(sdbus::IObject& object, std::int64_t id) {
   for (const auto& [method, key] :
        {std::pair("AddToRecipient", "toRecipients"), std::pair("AddCcRecipient", "ccRecipients"),
         std::pair("AddBccRecipient", "bccRecipients")}) {
-    object->registerMethod(method)
+    object.registerMethod(method)
         .onInterface(kMessage)
         .withInputParamNames("address", "name")
-        .implementedAs(addRecipient(key));
+        .implementedAs([id, key = key](const std::string& address, const std::string& name) {
+          AddMessageElement(id, key, {{"address", address}, {"name", name}});
+        });
   }
-  object->registerMethod("AddMailAttachment")
+  object.registerMethod("AddMailAttachment")
       .onInterface(kMessage)
       .withInputParamNames("path")
       .implementedAs([id](const std::string& path) {
-        ThrowIfFailed(scripted::AddMessageElement(id, "mailAttachments", {{"path", path}}));
+        AddMessageElement(id, "mailAttachments", {{"path", path}});
       });
-  object->registerMethod("SetVisible")
+  object.registerMethod("SetVisible")
       .onInterface(kMessage)
       .withInputParamNames("visible")
       .implementedAs([id](bool visible) { ThrowIfFailed(scripted::SetMessageProperty(id, "visible", visible)); });
-  object->registerMethod("Compose").onInterface(kMessage).implementedAs(
+  object.registerMethod("Compose").onInterface(kMessage).implementedAs(
       [id] { ThrowIfFailed(scripted::ComposeMessage(id)); });
+}
+
+std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t id) const {
+  auto object = sdbus::createObject(*SessionBus::Shared().Connection(), path_ + kMessages + std::to_string(id));
+  AddProperties(*object, id);
+  AddMethods(*object, id);
   object->finishRegistration();
   return object;
 }
@@ -276,10 +302,10 @@ sdbus::ObjectPath ScriptingService::MessagePath(std::int64_t id) {
 }
 
 sdbus::ObjectPath ScriptingService::Make(const wire::NamedValues& properties) {
-  // Everything is tested before there is a message, because it would stay.
+  // Check everything before making the message: messages are never removed.
   for (const auto& [name, value] : properties.values) Check(MessageProperty(name), value);
   const auto id = scripted::MakeMessage();
-  if (!id) throw sdbus::Error(kFailed, "There is no application that could have messages");
+  if (!id) throw sdbus::Error(kFailed, "There is no application to make messages for");
   for (const auto& [name, value] : properties.values) SetMessageProperty(*id, MessageProperty(name), value);
   return MessagePath(*id);
 }
@@ -289,16 +315,15 @@ sdbus::ObjectPath ScriptingService::LookUp(std::int64_t id) {
   return MessagePath(id);
 }
 
-// Once there is one, it is there until the process ends; the bus is closed before.
-ScriptingService*& TheService() {
-  static ScriptingService* service = nullptr;
-  return service;
+std::unique_ptr<ScriptingService>& TheService() {
+  static Forever<std::unique_ptr<ScriptingService>> service;
+  return *service;
 }
 
 }  // namespace
 
 void OfferScripting(LinkHandler openLink) {
-  if (TheService() == nullptr) TheService() = std::make_unique<ScriptingService>(std::move(openLink)).release();
+  if (TheService() == nullptr) TheService() = std::make_unique<ScriptingService>(std::move(openLink));
 }
 
 std::string ScriptingName() { return TheService() != nullptr ? TheService()->Name() : std::string(); }

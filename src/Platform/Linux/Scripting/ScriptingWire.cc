@@ -62,14 +62,14 @@ struct NumberOf {
 };
 
 struct ToSingle {
-  template <typename T>
-  scripted::Value operator()(T&& value) const {
-    return std::forward<T>(value);
-  }
-  scripted::Value operator()(const Elements&) const {
+  scripted::Value operator()(std::monostate) const { return {}; }
+  scripted::Value operator()(bool value) const { return value; }
+  scripted::Value operator()(std::int64_t value) const { return value; }
+  scripted::Value operator()(std::string&& value) const { return std::move(value); }
+  template <typename Nested>
+  scripted::Value operator()(Nested&&) const {
     throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "Elements have no elements");
   }
-  scripted::Value operator()(Elements&& elements) const { return (*this)(std::as_const(elements)); }
 };
 
 }  // namespace
@@ -105,9 +105,10 @@ PropertyValue Read(sdbus::Message& message, std::string_view type) {
   if (type == "s") return ReadAs<std::string>(message);
   if (type == "b") return ReadAs<bool>(message);
   if (type == "x") return ReadAs<std::int64_t>(message);
+  if (type == "a{sv}") return ReadAs<WireElement>(message);
   if (type == "aa{sv}") return ReadAs<Elements>(message);
   if (type == "av") return MissingValue(message);
-  throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "Nothing here is of the type " + std::string(type));
+  throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "No property is of the type " + std::string(type));
 }
 
 void Write(sdbus::Message& message, std::string_view type, const scripted::Value& value) {
@@ -125,6 +126,8 @@ void Write(sdbus::Message& message, const std::vector<scripted::Element>& elemen
   for (const auto& element : elements) message << WireElement{element};
   message.closeContainer();
 }
+
+void Write(sdbus::Message& message, const scripted::Element& element) { message << WireElement{element}; }
 
 scripted::Value Single(PropertyValue value) { return std::visit(ToSingle(), std::move(value)); }
 

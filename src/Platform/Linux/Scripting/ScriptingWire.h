@@ -11,11 +11,11 @@
 
 #include "Platform/Linux/Scripting/ScriptedObjects.h"
 
-// How scripting's values look on the bus: texts (s), truth values (b), whole numbers (x), and elements, each a
-// dictionary of its properties (aa{sv}). An empty array of variants (av) is the missing value.
+// Scripting's values on the bus: texts (s), booleans (b), whole numbers (x), and elements, each a dictionary of its
+// properties (a{sv}, and a list of them aa{sv}). An empty array of variants (av) is the missing value.
 //
-// They are read from, and written to, the messages themselves: sdbus::Variant would make a message of each value.
-// Raises sdbus::Error for whatever is of another type.
+// Values are read from, and written to, the messages directly: sdbus::Variant would make a message of each value.
+// Raises sdbus::Error for values of other types.
 namespace tessaro::platform::wire {
 
 struct WireElement {
@@ -23,7 +23,7 @@ struct WireElement {
 };
 
 using Elements = std::vector<WireElement>;
-using PropertyValue = std::variant<std::monostate, bool, std::int64_t, std::string, Elements>;
+using PropertyValue = std::variant<std::monostate, bool, std::int64_t, std::string, WireElement, Elements>;
 
 struct NamedValues {
   std::vector<std::pair<std::string, PropertyValue>> values;
@@ -38,6 +38,7 @@ sdbus::Message& operator>>(sdbus::Message& message, NamedValues& values);
 // A missing value is written as an empty text, false or 0.
 void Write(sdbus::Message& message, std::string_view type, const scripted::Value& value);
 void Write(sdbus::Message& message, const std::vector<scripted::Element>& elements);
+void Write(sdbus::Message& message, const scripted::Element& element);
 
 // The value of anything but elements.
 [[nodiscard]] scripted::Value Single(PropertyValue value);
