@@ -369,8 +369,10 @@ test('bad arguments and missing translations are logged', async (t) => {
      const window = host.createWindow();
      captureLog();
      m.pickEmailAddresses({}, '{}');
+     m.pickEmailAddresses(Buffer.alloc(0), '{}');
+     m.pickEmailAddresses(window, '[]');
      m.pickEmailAddresses(window, '{ "window-title');
-     m.pickEmailAddresses(window, '{"accept-button-label":"Add"}');
+     m.pickEmailAddresses(window, '{"window-title":null,"accept-button-label":"Add"}');
      m.pickEmailAddresses(window, '{"window-title":"Too late"}');
      flushLog();
      print({ log: capturedLog().map(({ text }) => text), title: JSON.parse(contacts.picker()).title });
@@ -378,10 +380,12 @@ test('bad arguments and missing translations are logged', async (t) => {
     { env: session.env },
   );
   assert.strictEqual(log[0], 'Need a view with a window to add a toolbar: (null)');
-  assert.match(log[1], /^Couldn't parse translations JSON { "window-title because of /);
-  assert.match(log[2], /^No translation for window-title in /);
+  assert.strictEqual(log[1], log[0]);
+  assert.strictEqual(log[2], "Couldn't parse translations JSON [] because of it is no object");
+  assert.match(log[3], /^Couldn't parse translations JSON { "window-title because of /);
+  assert.match(log[4], /^No translation for window-title in /);
   assert.deepStrictEqual(
-    log.slice(2).map((text) => text.match(/for (\S+)/)?.[1]),
+    log.slice(4).map((text) => text.match(/for (\S+)/)?.[1]),
     ['window-title', 'cancel-button-label', 'edit-in-contacts-button-label'],
   );
   assert.strictEqual(title, 'window-title');

@@ -192,8 +192,8 @@ test('services that nobody offers, or that fail, are told by the log only', asyn
   assert.deepStrictEqual(log, [
     [warning, 'No Parameter found'],
     [warning, 'No Parameter found'],
-    [warning, "The service Nobody/Nothing can't be used: no application offers it"],
-    [warning, "The service Absent/Use can't be used: NSTask - …"],
+    [warning, 'The service Nobody/Nothing failed: no application offers it'],
+    [warning, 'The service Absent/Use failed: NSTask - …'],
   ]);
 });
 

@@ -413,6 +413,6 @@ test('without a bus the item exists, and only a log line says that it waits', as
   );
   assert.deepStrictEqual(
     [state.isShown, state.title, state.log],
-    [true, '3', ['The status item waits for a status bar: there is none yet']],
+    [true, '3', ['The desktop shows no status items yet; the status item appears when it does']],
   );
 });

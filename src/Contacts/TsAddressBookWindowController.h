@@ -6,9 +6,8 @@
 
 @class NSDictionary;
 
-// The window in which the user picks contacts. What was picked is told by the notification
-// "TsContactEmailAddressesPicked", whose object is the controller and whose user information has, under "addresses",
-// the JSON text of an array of address header items.
+// The window in which the user picks contacts. Posts the notification "TsContactEmailAddressesPicked" with the
+// controller as its object and, under "addresses", the JSON text of an array of address header items.
 @interface TsAddressBookWindowController : NSWindowController {
   Ref<NSDictionary> _translations;
   ABPeoplePickerView* _peoplePickerView;
@@ -16,13 +15,13 @@
 
 // "window-title", "accept-button-label", "cancel-button-label", "edit-in-contacts-button-label".
 @property(nonatomic, retain) NSDictionary* translations;
-// In the window, which owns it.
+// Owned by the window.
 @property(nonatomic, assign) ABPeoplePickerView* peoplePickerView;
 
-// The translations count the first time only.
+// Later calls ignore the translations.
 + (instancetype)sharedInstanceWithTranslations:(NSDictionary*)translations;
 
-// Shows the window in the middle of the screen, whichever window asks for it.
+// Shows the window in the middle of the screen; `window` is not used.
 - (void)openForWindow:(id)window;
 
 // The text for the key, or the key itself.

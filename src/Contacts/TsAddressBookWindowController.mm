@@ -1,5 +1,6 @@
 #import "Contacts/TsAddressBookWindowController.h"
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #import "Contacts/TsRecipient.h"
 #include "Utilities/Controls.h"
@@ -34,8 +35,9 @@ NSDictionary* RecordsByAddress(NSArray* records) {
 @synthesize peoplePickerView = _peoplePickerView;
 
 + (instancetype)sharedInstanceWithTranslations:(NSDictionary*)translations {
-  static TsAddressBookWindowController* const instance = [[self alloc] initWithTranslations:translations];
-  return instance;
+  static Forever<Ref<TsAddressBookWindowController>> instance;
+  if (!*instance) *instance = Adopt([[self alloc] initWithTranslations:translations]);
+  return *instance;
 }
 
 - (instancetype)initWithTranslations:(NSDictionary*)translations {
@@ -97,7 +99,7 @@ NSDictionary* RecordsByAddress(NSArray* records) {
 }
 
 - (NSString*)translation:(NSString*)key {
-  if (NSString* text = [_translations objectForKey:key]) return text;
+  if (NSString* text = As<NSString>([_translations objectForKey:key])) return text;
   TsLogError(@"No translation for %@ in %@", key, _translations.get());
   return key;
 }

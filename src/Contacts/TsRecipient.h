@@ -5,7 +5,7 @@
 
 @class NSArray;
 
-// Somebody whom a mail goes to. Nothing tests the address.
+// A recipient of a mail. The address is not validated.
 @interface TsRecipient : NSObject {
   Ref<NSString> _address;
   Ref<NSString> _name;
@@ -17,17 +17,17 @@
 
 + (instancetype)recipient:(NSString*)address name:(NSString*)name;
 
-// nil unless the address is one of the person's. Companies go by their organization; in the names of persons the order
-// is the person's own, or the address book's.
+// nil unless the address is one of the person's. Companies get their organization as name; names of persons are in the
+// order that the person or else the address book asks for.
 + (instancetype)recipient:(NSString*)address person:(ABPerson*)person;
 
-// Every member by its primary address, and then those of the subgroups. Who is in it twice comes twice; a group within
-// itself is not entered again.
+// Every member by its primary address, then the members of the subgroups, duplicates included. A group within itself is
+// not entered again.
 + (NSArray*)recipientsFromGroup:(ABGroup*)group;
 
 // As in a header: `"Ann" <ann@example.org>, <bob@example.org>`.
 + (NSString*)toString:(NSArray*)recipients;
-// The other way round; every comma is a separator, and quotes stay in the name.
+// Parses such a header: every comma separates, and quotes stay in the name.
 + (NSArray*)fromString:(NSString*)string;
 
 // One item of such a header. A name with "<" in it comes without the address.

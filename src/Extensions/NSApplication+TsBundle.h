@@ -2,13 +2,13 @@
 
 #import <AppKit/NSApplication.h>
 
-// The running application's bundle. Class methods, as they serve without a display too, where there is no instance.
+// The running application's bundle. Class methods, because without a display there is no instance.
 @interface NSApplication (TsBundle)
 
-// What the bundle calls itself; nil when it does not say.
+// The bundle's name; nil when it has none.
 + (NSString*)ts_bundleName;
 
-// Its version: the build's, and the one that people know. nil when it does not say.
+// The build's version, and the version that users know. nil when the bundle has none.
 + (NSString*)ts_bundleVersion;
 + (NSString*)ts_shortVersionString;
 

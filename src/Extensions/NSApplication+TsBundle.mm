@@ -2,11 +2,12 @@
 
 #import <Foundation/NSBundle.h>
 
+#include "Base/Ref.h"
+
 namespace {
 
 NSString* InformationText(NSString* key) {
-  id value = [[NSBundle mainBundle] objectForInfoDictionaryKey:key];
-  return [value isKindOfClass:[NSString class]] ? value : nil;
+  return As<NSString>([[NSBundle mainBundle] objectForInfoDictionaryKey:key]);
 }
 
 }  // namespace

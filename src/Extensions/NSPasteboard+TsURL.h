@@ -2,11 +2,11 @@
 
 #import <AppKit/NSPasteboard.h>
 
-// Puts addresses with titles on a pasteboard, in all the forms that browsers and file managers take. Titles may be nil.
+// Puts URLs with titles on a pasteboard, in every form that browsers and file managers read. Titles may be nil.
 @interface NSPasteboard (TsURL)
 
-// Announces `types`, which may be nil, and the types of addresses behind them. `provider` provides the data of the
-// former when somebody asks.
+// Declares `types`, which may be nil, followed by the types of URLs. `provider` provides the data of `types` on
+// request.
 - (void)ts_declareURLPasteboardWithAdditionalTypes:(NSArray*)types owner:(id)provider;
 
 - (void)ts_setURL:(NSString*)url withTitle:(NSString*)title;

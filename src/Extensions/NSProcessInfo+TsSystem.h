@@ -2,7 +2,7 @@
 
 #import <Foundation/NSProcessInfo.h>
 
-// What the application runs on.
+// The operating system.
 @interface NSProcessInfo (TsSystem)
 
 // The operating system's version: "10.14.6" on a Mac, the distribution's own number elsewhere.

@@ -2,9 +2,13 @@
 
 #import <Foundation/NSString.h>
 
-// Formats that come from outside, such as translations. One that asks for other arguments than it gets is given back
-// as it is, and the log says so.
 @interface NSString (TsFormat)
+
+// The first `length` UTF-16 units, or fewer so that no character is cut in two.
+- (NSString*)ts_prefixOfLength:(NSUInteger)length;
+
+// For formats from outside, such as translations: a format that asks for other arguments is logged and returned as it
+// is.
 
 // Fills in a text ("%@").
 - (NSString*)ts_formatWithText:(NSString*)text;

@@ -47,7 +47,7 @@ class FormatReader {
     rest_.remove_prefix(end == rest_.npos ? rest_.size() : end);
   }
 
-  // "1$" names the place of an argument; without it, it is the next one's.
+  // "1$" names an argument; without it the directive takes the next one.
   std::size_t Place() {
     if (rest_.size() < 2 || rest_[1] != '$' || rest_[0] < '1' || rest_[0] > '9') return next_++;
     const std::size_t place = static_cast<std::size_t>(rest_[0] - '1');
@@ -69,13 +69,21 @@ class FormatReader {
 
 bool Fits(NSString* format, std::string_view arguments) {
   if (FormatReader(TsStdString(format)).Fits(arguments)) return true;
-  TsLogWarning(@"The format \"%@\" asks for other arguments than it gets", format);
+  TsLogWarning(@"The format \"%@\" does not match its arguments", format);
   return false;
 }
 
 }  // namespace
 
 @implementation NSString (TsFormat)
+
+- (NSString*)ts_prefixOfLength:(NSUInteger)length {
+  if ([self length] <= length) return self;
+  const NSRange cut = [self rangeOfComposedCharacterSequenceAtIndex:length];
+  // A character with no end of combining marks is cut all the same.
+  const NSUInteger end = cut.location > 0 ? cut.location : length;
+  return [self substringToIndex:end];
+}
 
 - (NSString*)ts_formatWithText:(NSString*)text {
   return Fits(self, "@") ? [NSString stringWithFormat:self, text] : self;

@@ -19,7 +19,7 @@ struct Signature {
 
 constexpr std::size_t kMostSignature = 12;
 
-// "avis" is an AVIF that moves. WebP begins with what it shares with sounds and films.
+// "avis" is an animated AVIF. WebP shares its first bytes with other RIFF files.
 constexpr std::array kWebImages = {
     Signature{0, "\x89PNG\r\n\x1a\n"},
     Signature{0, "\xff\xd8\xff"},
@@ -30,7 +30,7 @@ constexpr std::array kWebImages = {
     Signature{4, "ftypavis"},
 };
 
-// Reading anything but a file, as a pipe, could take for ever.
+// Regular files only: reading a pipe could block for ever.
 std::string BeginningOf(const std::filesystem::path& path) {
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return {};

@@ -4,8 +4,8 @@
 
 @interface NSWindow (TsResize)
 
-// Gives the window's content another size and keeps the top edge of the window where it is. A visible window is
-// animated, a hidden one never: `animate` doesn't change that.
+// Resizes the window's content and keeps the window's top edge in place. Visible windows are animated and hidden ones
+// are not, whatever `animate` says.
 - (void)ts_resizeContent:(NSSize)size animate:(BOOL)animate;
 
 @end

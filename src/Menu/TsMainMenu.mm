@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
@@ -19,15 +20,11 @@ namespace {
 NSString* const kMenuDidClose = @"TsAppMenuDidClose";
 NSString* const kCommandId = @"commandId";
 
-bool IsString(id value) { return [value isKindOfClass:[NSString class]]; }
-
-// JSON's true and false are numbers to Foundation, but of a class of their own.
-bool IsTruthValue(id value) {
-  static const Class truthValue = [[NSNumber numberWithBool:YES] class];
-  return [value isKindOfClass:truthValue];
+// JSON's booleans are numbers too, of a class of their own.
+bool IsNumber(id value) {
+  static const Class boolean = [[NSNumber numberWithBool:YES] class];
+  return As<NSNumber>(value) != nil && ![value isKindOfClass:boolean];
 }
-
-bool IsNumber(id value) { return [value isKindOfClass:[NSNumber class]] && !IsTruthValue(value); }
 
 // ---- Attributes
 
@@ -48,21 +45,21 @@ NSUInteger ModifiersIn(NSArray* parts) {
 }
 
 bool SetTitle(NSMenuItem* item, id title) {
-  if (!IsString(title)) return false;
+  if (As<NSString>(title) == nil) return false;
   [item setTitle:title];
   if ([item hasSubmenu]) [[item submenu] setTitle:[item title]];
   return true;
 }
 
 bool SetVisible(NSMenuItem* item, id visible) {
-  if (![visible isKindOfClass:[NSNumber class]]) return false;
+  if (As<NSNumber>(visible) == nil) return false;
   [item setHidden:![visible boolValue]];
   return true;
 }
 
 bool SetAccelerator(NSMenuItem* item, id accelerator) {
   const bool isNone = accelerator == [NSNull null];
-  if (!isNone && !IsString(accelerator)) return false;
+  if (!isNone && As<NSString>(accelerator) == nil) return false;
   NSArray* parts = isNone ? [NSArray array] : [accelerator componentsSeparatedByString:@"+"];
   NSString* key = [parts count] == 0 ? @"" : [parts lastObject];
   [item setKeyEquivalent:key];
@@ -86,11 +83,10 @@ bool SetAttribute(NSMenuItem* item, NSString* name, id value) {
 
 // ---- Items by command identifier
 
-// `visited` keeps menus that contain each other from being followed for ever.
+// `visited` ends the walk where menus contain each other.
 void AddCommandIds(NSMutableDictionary* map, NSArray* items, NSHashTable* visited) {
   for (NSMenuItem* item in items) {
-    id command = [item representedObject];
-    id commandId = [command isKindOfClass:[NSDictionary class]] ? [command objectForKey:kCommandId] : nil;
+    id commandId = [As<NSDictionary>([item representedObject]) objectForKey:kCommandId];
     if (commandId != nil) [map setObject:item forKey:commandId];
 
     NSMenu* submenu = [item submenu];
@@ -102,7 +98,7 @@ void AddCommandIds(NSMutableDictionary* map, NSArray* items, NSHashTable* visite
 
 // ---- Items by path
 
-// What is no index of any item is beyond all of them.
+// Numbers that are no index give one beyond all items.
 NSUInteger IndexOf(NSNumber* number) {
   constexpr auto kBeyond = std::numeric_limits<NSUInteger>::max();
   const double value = std::trunc([number doubleValue]);
@@ -119,7 +115,7 @@ NSUInteger IndexOfTitle(NSArray* items, NSString* title) {
   return NSNotFound;
 }
 
-// Walks along a path: the items to choose from, and the one that was chosen last.
+// A walk along a path: the items to choose from, and the item chosen last.
 class Walk {
  public:
   explicit Walk(NSArray* items) : level_(items) {}
@@ -132,7 +128,7 @@ class Walk {
       return false;
     }
     if (IsNumber(element)) return Choose(IndexOf(element));
-    if (IsString(element)) return SkipTo(element);
+    if (As<NSString>(element) != nil) return SkipTo(element);
     TsLogError(@"[ERROR] Unknown navigation item %@ in %@", element, path);
     return false;
   }
@@ -169,8 +165,8 @@ struct DelegatedMenu {
 };
 
 std::vector<DelegatedMenu>& DelegatedMenus() {
-  [[clang::no_destroy]] static std::vector<DelegatedMenu> menus;
-  return menus;
+  static Forever<std::vector<DelegatedMenu>> menus;
+  return *menus;
 }
 
 void BecomeDelegateOf(NSMenu* menu) {
@@ -205,12 +201,12 @@ void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items) {
 }
 
 NSMutableDictionary* TsGetMenuItemMap() {
-  static const auto map = [] {
+  static Forever<Ref<NSMutableDictionary>> map([] {
     auto built = Adopt([[NSMutableDictionary alloc] init]);
     TsBuildCommandIdDictionary(built, [[NSApp mainMenu] itemArray]);
     return built;
-  }();
-  return map;
+  }());
+  return *map;
 }
 
 bool TsMainMenuUpdateMenuItemWithCommandId(NSNumber* commandId, NSDictionary* attributes) {

@@ -1,6 +1,7 @@
 #import "Services/TsServicesProvider.h"
 
 #import "AppleScript/TsASOutgoingMessage.h"
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Services.h"
@@ -23,7 +24,7 @@ void AnswerNothing(NSPasteboard* pasteboard) {
   [pasteboard setString:@"" forType:NSStringPboardType];
 }
 
-// A new message, which scripts can reach as well.
+// Scripts can reach the new message as well.
 TsASOutgoingMessage* NewMessage() {
   auto message = Adopt([[TsASOutgoingMessage alloc] init]);
   [[TsASOutgoingMessage outgoingMessages] addObject:message];
@@ -51,14 +52,16 @@ TsASOutgoingMessage* NewMessage() {
 }
 
 - (void)mailDocument:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
-  id paths = Has(pasteboard, NSFilenamesPboardType) ? [pasteboard propertyListForType:NSFilenamesPboardType] : nil;
-  if (![paths isKindOfClass:[NSArray class]]) {
+  const bool hasFiles = Has(pasteboard, NSFilenamesPboardType);
+  NSArray* paths = hasFiles ? As<NSArray>([pasteboard propertyListForType:NSFilenamesPboardType]) : nil;
+  if (paths == nil) {
     if (error != nullptr)
       *error = NSLocalizedString(@"Error: Pasteboard doesn't contain one or more files names.", nil);
     return;
   }
   NSMutableArray* attachments = [NSMutableArray array];
-  for (NSString* path in paths) {
+  for (id path in paths) {
+    if (As<NSString>(path) == nil) continue;
     const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
     [attachment setPath:path];
     [attachments addObject:attachment];
@@ -83,8 +86,8 @@ TsASOutgoingMessage* NewMessage() {
 @end
 
 void TsRegisterServicesProvider(NSApplication* application) {
-  static const auto provider = Adopt([[TsServicesProvider alloc] init]);
-  [application setServicesProvider:provider];
+  static Forever<Ref<TsServicesProvider>> provider(Adopt([[TsServicesProvider alloc] init]));
+  [application setServicesProvider:*provider];
 }
 
 void TsPerformService(NSString* serviceName, NSString* text) {
@@ -93,5 +96,5 @@ void TsPerformService(NSString* serviceName, NSString* text) {
   [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
   [pasteboard setString:text forType:NSStringPboardType];
   const auto performed = tessaro::platform::PerformService(TsStdString(serviceName), TsStdString([pasteboard name]));
-  if (!performed) TsLogWarning(@"The service %@ can't be used: %s", serviceName, performed.error().message.c_str());
+  if (!performed) TsLogWarning(@"The service %@ failed: %s", serviceName, performed.error().message.c_str());
 }

@@ -1,5 +1,6 @@
 #include "StatusItem/AccountBadge.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 
 namespace {
@@ -7,7 +8,7 @@ namespace {
 constexpr CGFloat kSize = 16;
 constexpr CGFloat kTextHeight = 14.5;
 constexpr CGFloat kTextSize = 9;
-// Far more than anybody's accounts show between two changes of their counts.
+// Far more badges than one menu shows.
 constexpr NSUInteger kMostKept = 256;
 
 NSDictionary* TextAttributes() {
@@ -32,8 +33,8 @@ Ref<NSImage> Draw(NSColor* color, NSString* text) {
 }
 
 NSMutableDictionary* DrawnBadges() {
-  static auto& badges = *new Ref<NSMutableDictionary>(Adopt([[NSMutableDictionary alloc] init]));
-  return badges;
+  static Forever<Ref<NSMutableDictionary>> badges(Adopt([[NSMutableDictionary alloc] init]));
+  return *badges;
 }
 
 }  // namespace

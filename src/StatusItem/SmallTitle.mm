@@ -1,14 +1,15 @@
 #include "StatusItem/SmallTitle.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 
 namespace {
 
-// Asked for again and again, the font would cost more than all the rest of a row.
+// Looking up the font costs more than the rest of a row.
 NSDictionary* SmallType() {
-  static auto& attributes =
-      *new Ref<NSDictionary>(Retain(@{NSFontAttributeName : [NSFont menuBarFontOfSize:[NSFont smallSystemFontSize]]}));
-  return attributes;
+  static Forever<Ref<NSDictionary>> attributes(
+      Retain(@{NSFontAttributeName : [NSFont menuBarFontOfSize:[NSFont smallSystemFontSize]]}));
+  return *attributes;
 }
 
 }  // namespace

@@ -7,8 +7,8 @@ enum class StatusMenuForm {
   Compact,  // one row an account
 };
 
-// Builds the account menu of `contents`, as script describes it, into an empty menu. Values that are missing or of a
-// wrong type count as absent. The actions of all rows go to `target`. What it is given must outlive it.
+// Builds the account menu that script describes by `contents` into an empty menu. Values of a wrong type count as
+// absent. `target` gets the actions of all rows. The arguments must outlive the builder.
 class StatusMenuBuilder {
  public:
   StatusMenuBuilder(NSMenu* menu, id target, NSDictionary* contents);

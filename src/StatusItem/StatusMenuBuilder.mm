@@ -14,7 +14,7 @@ Expected* Value(NSDictionary* dictionary, NSString* key) {
   return As<Expected>([dictionary objectForKey:key]);
 }
 
-// NSBundle would take an empty key for a request to name the key.
+// For an empty key NSBundle returns the key itself.
 NSString* Localized(NSString* text) { return [text length] == 0 ? @"" : NSLocalizedString(text, nil); }
 
 }  // namespace
@@ -121,7 +121,7 @@ void StatusMenuBuilder::AddMessage(NSDictionary* message) const {
 
 void StatusMenuBuilder::AddSeparator() const { [menu_ addItem:[NSMenuItem separatorItem]]; }
 
-// Complete before it is added: when an item that it has changes, a menu may ask its delegate to be filled anew.
+// Complete items before adding them: a menu may ask its delegate for an update when one of its items changes.
 void StatusMenuBuilder::Add(NSMenuItem* item, id identifier) const {
   [item setTarget:target_];
   [item setRepresentedObject:identifier];

@@ -19,7 +19,7 @@
                        action:(SEL)action
                 keyEquivalent:(NSString*)keyEquivalent;
 
-// Draws the badge anew.
+// Redraws the badge.
 - (void)updateImage;
 
 @end

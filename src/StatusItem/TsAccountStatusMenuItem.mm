@@ -28,7 +28,7 @@ constexpr NSUInteger kMostCounted = 99;
 
 - (void)setColor:(NSColor*)color {
   if (color == _color) return;
-  _color = Adopt(static_cast<NSColor*>([color copy]));
+  _color = Copy(color);
   [self updateImage];
 }
 

@@ -12,7 +12,7 @@ using TsStatusMenuSource = std::function<NSDictionary*(NSString* type, bool incl
 // there is an account. Choosing a row posts a notification, whose object is the controller:
 //
 //   TsGetNewMessagesNotification
-//   TsToggleDoNotDisturbNotification           whoever observes it changes "DoNotDisturb" in the user defaults
+//   TsToggleDoNotDisturbNotification           the observer changes "DoNotDisturb" in the user defaults
 //   TsComposeNewMessageNotification
 //   TsActivateTabForAccountNotification        "account-db-id"
 //   TsOpenOAuthWindowForAccountNotification    "account-db-id"
@@ -31,7 +31,7 @@ using TsStatusMenuSource = std::function<NSDictionary*(NSString* type, bool incl
 
 // Some account is in error: another icon.
 @property(nonatomic) BOOL hasErrors;
-// What preferenceDidChange: acted on last.
+// The values that preferenceDidChange: has last acted on.
 @property(nonatomic) BOOL previousDoNotDisturbEnabled;
 @property(nonatomic) BOOL previousStatusBarItemEnabled;
 // nil while the item is not shown.
@@ -39,12 +39,12 @@ using TsStatusMenuSource = std::function<NSDictionary*(NSString* type, bool incl
 // The text beside the icon.
 @property(nonatomic, retain) NSString* title;
 @property(nonatomic) TsStatusMenuSource menuNeedsUpdateCallback;
-// -1 until somebody has reported a number.
+// -1 until a number is reported.
 @property(nonatomic) NSInteger numberOfAccounts;
 
 + (TsStatusItemController*)sharedInstance;
 
-// Fills `menu` with what the callback says of `type`. Without messages it takes its compact form.
+// Fills `menu` with the callback's contents for `type`, in the compact form when messages are not included.
 - (void)menuNeedsUpdate:(NSMenu*)menu type:(NSString*)type includeMessage:(BOOL)includesMessages;
 
 - (BOOL)statusBarItemEnabled;
@@ -63,5 +63,5 @@ using TsStatusMenuSource = std::function<NSDictionary*(NSString* type, bool incl
 // Creates the shared controller. The item shows itself later.
 void TsActivateStatusItem();
 
-// Lets script describe the status item's menu each time it is about to open.
+// Asks script for the status item's menu each time the menu is about to open.
 void TsListenForStatusItemMenuNeedsUpdate();

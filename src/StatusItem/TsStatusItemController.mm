@@ -1,5 +1,6 @@
 #import "StatusItem/TsStatusItemController.h"
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
@@ -24,7 +25,7 @@ NSString* const kUnreadColor = @"4F8CF8";
 
 NSImage* Tinted(NSImage* image, NSColor* color) {
   NSImage* tinted = [image ts_tintedImageWithColor:color];
-  // A template would be drawn in the menu bar's colour instead.
+  // Template images take the menu bar's colour.
   [tinted setTemplate:NO];
   return tinted;
 }
@@ -38,8 +39,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
   if (!script.IsSet()) return @{};
   NSString* json = script.CallForString({type, includesMessages});
   NSError* error = nil;
-  id menu = TsConvertFromJSONString(json, &error);
-  if ([menu isKindOfClass:[NSDictionary class]]) return menu;
+  if (NSDictionary* menu = As<NSDictionary>(TsConvertFromJSONString(json, &error))) return menu;
   TsLogError(@"Couldn't update status item menu with %@ because of %@", json,
              error != nil ? error : static_cast<id>(@"it is no object"));
   return @{};
@@ -50,8 +50,8 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
 @implementation TsStatusItemController
 
 + (TsStatusItemController*)sharedInstance {
-  static auto& shared = *new Ref<TsStatusItemController>(Adopt([[TsStatusItemController alloc] init]));
-  return shared;
+  static Forever<Ref<TsStatusItemController>> shared(Adopt([[TsStatusItemController alloc] init]));
+  return *shared;
 }
 
 - (instancetype)init {
@@ -134,7 +134,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
   _numberOfAccounts = numberOfAccounts;
 }
 
-// ---- What it follows
+// ---- Preferences and accounts
 
 - (BOOL)statusBarItemEnabled {
   NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
@@ -186,10 +186,11 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
 
 - (BOOL)createStatusItem {
   if (!platform::IsWindowServerAvailable()) {
-    TsLogWarning(@"The status item needs a window server, and there is none");
+    TsLogWarning(@"The status item needs a window server");
     return NO;
   }
-  if (!platform::IsStatusBarAvailable()) TsLogInfo(@"The status item waits for a status bar: there is none yet");
+  if (!platform::IsStatusBarAvailable())
+    TsLogInfo(@"The desktop shows no status items yet; the status item appears when it does");
   auto menu = Adopt([[NSMenu alloc] init]);
   [menu setDelegate:static_cast<id>(self)];
   _statusItem = Retain([[NSStatusBar systemStatusBar] statusItemWithLength:kIconLength]);
@@ -228,7 +229,6 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
 }
 
 - (void)post:(NSString*)name with:(NSString*)key of:(id)sender {
-  // A row of an account or a message without an identifier has nothing to tell.
   id identifier = [sender representedObject];
   [[NSNotificationCenter defaultCenter] postNotificationName:name
                                                       object:self

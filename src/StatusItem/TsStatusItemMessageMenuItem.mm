@@ -1,5 +1,6 @@
 #import "StatusItem/TsStatusItemMessageMenuItem.h"
 
+#import "Extensions/NSString+TsFormat.h"
 #include "StatusItem/SmallTitle.h"
 
 namespace {
@@ -8,7 +9,7 @@ constexpr NSUInteger kLongestTitle = 60;
 
 NSString* Shortened(NSString* title) {
   if ([title length] <= kLongestTitle) return title;
-  return [[title substringToIndex:kLongestTitle] stringByAppendingString:@"..."];
+  return [[title ts_prefixOfLength:kLongestTitle] stringByAppendingString:@"..."];
 }
 
 }  // namespace

@@ -19,7 +19,10 @@ void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args) {
   if (view == nil) return TsLogError(@"Need a view with a window to add a toolbar: %@", view);
   NSString* text = convertToNSString(args[1]);
   NSError* error = nil;
-  NSDictionary* translations = TsConvertFromJSONString(text, &error);
-  if (translations == nil) return TsLogError(@"Couldn't parse translations JSON %@ because of %@", text, error);
+  NSDictionary* translations = As<NSDictionary>(TsConvertFromJSONString(text, &error));
+  if (translations == nil) {
+    id reason = error != nil ? error : static_cast<id>(@"it is no object");
+    return TsLogError(@"Couldn't parse translations JSON %@ because of %@", text, reason);
+  }
   [[TsAddressBookWindowController sharedInstanceWithTranslations:translations] openForWindow:view];
 }

@@ -1,17 +1,17 @@
 #pragma once
 
-// GNUstep's Addresses framework, which has Cocoa's address book under other names, and what it leaves out.
+// GNUstep's Addresses framework under the names of Cocoa's address book, with the parts that the framework lacks.
 
 #import <Foundation/Foundation.h>
 
-// Its headers know no C++.
+// The framework's headers are C.
 extern "C" {
 #import <AddressBook/AddressBook.h>
 }
 
 #import "Platform/Linux/Contacts/ABPeoplePickerView.h"
 
-// Of a person. The framework has no properties that are numbers: the value is a text, which has an integerValue too.
+// Of a person. The framework has no number properties: the value is a text, which answers integerValue too.
 extern NSString* const kABPersonFlags;
 
 constexpr NSInteger kABShowAsMask = 007;
@@ -24,7 +24,7 @@ constexpr NSInteger kABFirstNameFirst = 040;
 
 @interface ADAddressBook (NameOrdering)
 
-// What the framework's applications have for it among the user's defaults.
+// The user default of the framework's applications.
 - (NSInteger)defaultNameOrdering;
 
 @end

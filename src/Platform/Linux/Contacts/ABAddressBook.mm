@@ -15,13 +15,13 @@ NSString* const kLastNameFirst = @"LastNameFirst";
 using IdentifierGetter = NSString* (*)(id, SEL);
 IdentifierGetter storedPrimaryIdentifier = nullptr;
 
-// The framework forgets which value is the primary one when it reads a record: it is the first then.
+// When reading a record the framework loses the primary identifier: the first value counts then.
 NSString* PrimaryIdentifier(id values, SEL command) {
   NSString* stored = storedPrimaryIdentifier(values, command);
   return stored != nil || [values count] == 0 ? stored : [values identifierAtIndex:0];
 }
 
-// Its own idea of the place ignores the user's configuration of GNUstep.
+// The framework's own path ignores the user's GNUstep configuration.
 NSString* Location() {
   NSArray* libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES);
   return [[libraries objectAtIndex:0] stringByAppendingPathComponent:@"Addresses"];
@@ -51,7 +51,7 @@ namespace tessaro::platform {
 ABAddressBook* SharedAddressBook() {
   static const bool isComplete = (CompleteAddressBook(), true);
   static_cast<void>(isComplete);
-  // Asked for its contents, the framework would make a folder for somebody who has never had contacts.
+  // The framework would create a folder for users without contacts.
   if (![[NSFileManager defaultManager] fileExistsAtPath:Location()]) return nil;
   return [ADLocalAddressBook sharedAddressBook];
 }

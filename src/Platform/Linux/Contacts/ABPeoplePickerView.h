@@ -8,8 +8,8 @@
 
 @class ADPerson;
 
-// The groups and the people of the address book, side by side, to select some of them: a row for each e-mail address of
-// everybody. GNUstep has nothing of the kind.
+// Selects groups, people and addresses of the address book: groups beside a list with a row for each e-mail address.
+// GNUstep has no such view.
 @interface ABPeoplePickerView : NSView {
   struct Row {
     Ref<ADPerson> person;
@@ -41,7 +41,7 @@
 - (void)setDisplayedProperty:(NSString*)property;
 - (NSString*)displayedProperty;
 
-// In the order in which they are shown.
+// In the displayed order.
 - (NSArray*)selectedValues;
 - (NSArray*)selectedRecords;
 - (NSArray*)selectedGroups;

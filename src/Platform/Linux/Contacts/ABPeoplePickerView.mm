@@ -46,7 +46,7 @@ NSString* DisplayName(ABPerson* person) {
   return name != nil ? name : @"";
 }
 
-// The framework raises an exception for a record that is damaged.
+// The framework raises for damaged records.
 template <typename Read>
 NSArray* IfReadable(const Read& read) {
   @try {
@@ -220,7 +220,7 @@ std::vector<NSUInteger> SelectedRows(NSTableView* table) {
 }
 
 - (void)editInAddressBook:(id)sender {
-  // The application has no way to be told whom to show.
+  // The application can't be asked to show a person.
   if (![[NSWorkspace sharedWorkspace] launchApplication:kContactsApplication]) {
     TsLogWarning(@"%@, the application for contacts, is not installed", kContactsApplication);
   }
