@@ -368,10 +368,12 @@ test('a store is read whatever else stands in it', async (t) => {
     ],
     'another declared encoding': [
       Buffer.from(
-        plain.replace('<?xml version="1.0"?>', '<?xml version="1.0" encoding="ISO-8859-1"?>').replace('bob@', 'bób@'),
+        accountsStore([{ ...bob, username: 'bób' }])
+          .text()
+          .replace('?>', ' encoding="ISO-8859-1"?>'),
         'latin1',
       ),
-      [reported({ ...bob, username: 'bób@example.org' }), reported(ann)],
+      [reported({ ...bob, username: 'bób' })],
     ],
     'a number where the model has a boolean': [
       plain.replace(/(name="detectunreadcounttype" type=")[^<]*/, '$1int16">2'),

@@ -50,8 +50,8 @@
 - (instancetype)initWithContext:(TsManagedObjectContext*)context
                          entity:(const TsEntity&)entity
                      identifier:(const std::string&)identifier;
-- (const std::string&)identifier;
-- (const TsEntity&)entity;
+- (const std::string&)storeIdentifier;
+- (const TsEntity&)storeEntity;
 - (void)contextIsGone;
 
 - (id)valueForAccessor:(SEL)accessor;

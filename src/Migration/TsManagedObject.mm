@@ -66,11 +66,11 @@ void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value f
   return self;
 }
 
-- (const std::string&)identifier {
+- (const std::string&)storeIdentifier {
   return _identifier;
 }
 
-- (const TsEntity&)entity {
+- (const TsEntity&)storeEntity {
   return *_entity;
 }
 
@@ -151,8 +151,8 @@ void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value f
   if (store == nullptr) return nil;
   const TsRelationship& description = Named(_entity->relationships, relationship);
   TsManagedObject* object = [_context insert:description.destination];
-  store->Relate(_identifier, description, [object identifier]);
-  store->Relate([object identifier], Named([object entity].relationships, description.inverse), _identifier);
+  store->Relate(_identifier, description, [object storeIdentifier]);
+  store->Relate([object storeIdentifier], Named([object storeEntity].relationships, description.inverse), _identifier);
   return object;
 }
 

@@ -69,11 +69,11 @@ BOOL ReportNoStore(NSError** error) { return Report({kNoStore, "There is no stor
 }
 
 - (void)deleteObject:(TsManagedObject*)object {
-  if ([self contains:object]) _store->Delete([object identifier], [object entity]);
+  if ([self contains:object]) _store->Delete([object storeIdentifier], [object storeEntity]);
 }
 
 - (BOOL)contains:(TsManagedObject*)object {
-  return object != nil && [object managedObjectContext] == self && _store->Contains([object identifier]);
+  return object != nil && [object managedObjectContext] == self && _store->Contains([object storeIdentifier]);
 }
 
 - (BOOL)hasChanges {

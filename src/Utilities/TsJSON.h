@@ -5,10 +5,10 @@
 
 // Structured data crosses the script boundary as JSON, through these two functions. Any thread.
 
-// Compact JSON of an array or a dictionary, autoreleased. Integers are exact, other numbers as short as they can be
-// and still read back the same. Logs an error and gives nil for anything that JSON can't hold: other classes, keys
-// that are no strings, NaN and infinities, containers nested deeper than 512 or within themselves, and nil.
-// A lone surrogate is written as U+FFFD.
+// Compact JSON of an array or a dictionary, autoreleased. Integers are exact, and other numbers have as
+// many digits as it takes to read them back. Logs an error and gives nil for anything that JSON can't hold: other
+// classes, keys that are no strings, NaN and infinities, containers nested deeper than 512 or within themselves, and
+// nil. A lone surrogate is written as U+FFFD.
 [[nodiscard]] NSString* TsConvertToJSONString(id object);
 
 // The array or dictionary that `string` describes, autoreleased, with mutable containers at every level. Integers are
