@@ -1,51 +1,44 @@
 #include "Base/TsNumberText.h"
 
-#include <locale.h>
-
 #include <array>
+#include <clocale>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
-// The calling thread uses the C locale for as long as this object lives.
-class CLocale {
- public:
-  CLocale() : previous_(uselocale(Shared())) {}
-  ~CLocale() { uselocale(previous_); }
-  CLocale(const CLocale&) = delete;
-  CLocale& operator=(const CLocale&) = delete;
+constexpr std::string_view kPoint = ".";
 
- private:
-  static locale_t Shared() {
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
-    return locale;
-  }
+// The decimal separator that the C library reads and writes in the process's locale.
+std::string LocalPoint() { return std::localeconv()->decimal_point; }
 
-  locale_t previous_;
-};
+void Replace(std::string& text, std::string_view from, std::string_view to) {
+  const std::size_t place = text.find(from);
+  if (place != text.npos) text.replace(place, from.size(), to);
+}
 
 }  // namespace
 
 std::string TsNumberText(double value) {
   constexpr int kFewestDigits = 15;
   constexpr int kMostDigits = 17;
-  const CLocale locale;
-  std::array<char, 32> text;
-  for (int digits = kFewestDigits; digits <= kMostDigits; ++digits) {
-    std::snprintf(text.data(), text.size(), "%.*g", digits, value);
-    if (std::strtod(text.data(), nullptr) == value) break;
+  std::array<char, 32> digits;
+  for (int count = kFewestDigits; count <= kMostDigits; ++count) {
+    std::snprintf(digits.data(), digits.size(), "%.*g", count, value);
+    if (std::strtod(digits.data(), nullptr) == value) break;
   }
-  return text.data();
+  std::string text = digits.data();
+  Replace(text, LocalPoint(), kPoint);
+  return text;
 }
 
 std::optional<double> TsNumberInText(std::string_view text) {
   if (text.empty() || text.find_first_not_of("0123456789+-.eE") != text.npos) return std::nullopt;
-  const CLocale locale;
-  const std::string terminated(text);
+  std::string local(text);
+  Replace(local, kPoint, LocalPoint());
   char* end = nullptr;
-  const double value = std::strtod(terminated.c_str(), &end);
-  if (end != terminated.c_str() + terminated.size() || !std::isfinite(value)) return std::nullopt;
+  const double value = std::strtod(local.c_str(), &end);
+  if (end != local.c_str() + local.size() || !std::isfinite(value)) return std::nullopt;
   return value;
 }
