@@ -86,12 +86,7 @@ const portable = [
 const standard = /^([a-z_]+|c[a-z]+)$/;
 
 // Contracts in terms of Cocoa, for Objective-C++ only.
-const cocoaContracts = [
-  'src/Platform/AddressBook.h',
-  'src/Platform/Cocoa.h',
-  'src/Platform/Drawing.h',
-  ,
-];
+const cocoaContracts = ['src/Platform/AddressBook.h', 'src/Platform/Cocoa.h', 'src/Platform/Drawing.h'];
 
 /** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */
 function violations(file, source) {
