@@ -209,8 +209,15 @@ class WindowInterface final : public UpdaterInterface {
     rows.FromTop(kProgressHeight).Fill(_progress);
   }
   if (page.text != nil) rows.Rest().Fill(NewText(page.text));
-  [[self window] setContentView:content];
+  [self replaceContentWith:content];
   [self showWindow:nil];
+}
+
+// The old content may hold the button whose action this is.
+- (void)replaceContentWith:(NSView*)content {
+  static_cast<void>(Retain([[self window] contentView]).Autoreleased());
+  [[self window] makeFirstResponder:nil];
+  [[self window] setContentView:content];
 }
 
 // ---- Actions
