@@ -26,7 +26,7 @@ constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char kFileChooser[] = "org.freedesktop.portal.FileChooser";
 constexpr char kRequest[] = "org.freedesktop.portal.Request";
 // The portal confirms the request before the dialog appears; the bus may have to start it first.
-constexpr std::chrono::seconds kDeadline{5};
+constexpr std::chrono::seconds kDeadline{10};
 
 enum Response : std::uint32_t { kChosen = 0, kCancelled = 1 };
 
