@@ -193,6 +193,7 @@ class WindowInterface final : public UpdaterInterface {
 - (void)showPage:(const Page&)page {
   _choose = nullptr;
   _isBusy = NO;
+  [_progress stopAnimation:nil];
   _progress = nullptr;
   const auto content = Adopt([[NSView alloc] initWithFrame:[[[self window] contentView] frame]]);
   TsRows rows(content);
