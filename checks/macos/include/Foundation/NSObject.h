@@ -16,6 +16,7 @@ typedef struct _NSZone NSZone;
 - (BOOL)respondsToSelector:(SEL)selector;
 - (id)performSelector:(SEL)selector;
 - (id)performSelector:(SEL)selector withObject:(id)object;
+- (id)performSelector:(SEL)selector withObject:(id)first withObject:(id)second;
 - (instancetype)retain;
 - (oneway void)release;
 - (instancetype)autorelease;

@@ -41,6 +41,12 @@
 - (BOOL)isEqualToNumber:(NSNumber*)number;
 @end
 
+@interface NSUUID : NSObject <NSCopying>
++ (instancetype)UUID;
+- (instancetype)initWithUUIDString:(NSString*)string;
+@property(readonly, copy) NSString* UUIDString;
+@end
+
 @interface NSNull : NSObject <NSCopying>
 + (NSNull*)null;
 @end
