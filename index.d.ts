@@ -320,7 +320,8 @@ export function isWebImagePath(path: string): Truth;
 
 /**
  * Writes a copy of an image that is no larger than so many pixels, and gives its path; `null` when the image is broken
- * or cut off, can't be read, or the copy can't be written. Waits for it, at most half a minute.
+ * or cut off, can't be read, or the copy can't be written. Waits for at most two seconds; an image that takes longer
+ * gives `null`, too.
  *
  * The copy keeps shape, alpha and the frames of animations, is turned the way that the image is shown, has sRGB colours
  * and no other metadata, and is never larger than the image. An image that fits, in the wanted format, is copied as it
@@ -339,7 +340,7 @@ export function scaleImage(path: string, target: string, maxWidth: number, maxHe
  * saved is a copy, beside the image and in its format: "photo annotated.jpg". Images of more than 6000 pixels in a row
  * are edited, and saved, in that size.
  *
- * The host hears of the end by the notification "TsImageAnnotated", with the image's path under "original" and, if one was
+ * At the end the host receives the notification "TsImageAnnotated", with the image's path under "original" and, if one was
  * saved, the copy's under "path".
  * @param callback If it is a function, it is called once, on a later turn: with the path of the copy, or with `null` when
  *   the user has cancelled, or the image can't be shown or the copy not be written.
@@ -348,10 +349,10 @@ export function annotateImage(path: string, callback: ((copy: string | null) => 
 
 /**
  * Asks the user whether to record the screen or an area of it, and records a film without sound until it is stopped,
- * for an hour at most: "Screen Recording 2026-11-21 at 10.15.30.mp4", which appears when it is complete. One film is made
- * at a time.
+ * for an hour at most: "Screen Recording 2026-11-21 at 10.15.30.mp4" (.mov on macOS), which appears when it is complete.
+ * One film is made at a time.
  *
- * The host hears of the end by the notification "TsScreenRecorded", with the film's path under "path" if there is one.
+ * At the end the host receives the notification "TsScreenRecorded", with the film's path under "path" if there is one.
  * @param targetDirectory Made when it is missing.
  * @param callback If it is a function, it is called once, on a later turn: with the path of the film, or with `null` when
  *   the user has cancelled or nothing can be recorded; the log says why.

@@ -14,58 +14,46 @@ const { useWindows } = require('./support/windows');
 
 const inWindows = useWindows();
 
-const barHeight = 48;
 const imageSize = [660, 400];
 
-// What a person does in the editor, whose image is shown in its own size.
 const prelude = `
+  const { capture } = probe();
   const search = async (name) => ((await run('xdotool', 'search', '--onlyvisible', '--name', '^' + name + '$')) ?? '').trim().split('\\n').at(-1);
   const pause = ['sleep', 0.15];
-  const places = { arrow: 0, box: 1, text: 2, blur: 3, undo: 5 };
   const ends = [];
   host.on('notification', (notification) => ends.push(notification));
   class Editor {
     static async open(file) {
       const editor = new Editor();
       editor.answers = [];
+      editor.title = require('path').basename(file);
       m.annotateImage(file, (...args) => editor.answers.push(args));
-      editor.id = await eventually(() => search(require('path').basename(file)), 'the editor');
-      await run('xdotool', 'windowactivate', '--sync', editor.id);
-      // The window manager places it some time after it has been opened.
-      let last;
-      await eventually(async () => {
-        const now = await run('xdotool', 'getwindowgeometry', '--shell', editor.id);
-        await new Promise((resolve) => setTimeout(resolve, 200));
-        const isSame = now === last;
-        last = now;
-        return isSame;
-      }, 'an editor at rest');
-      editor.width = Number(last.match(/WIDTH=(\\d+)/)[1]);
+      editor.id = await eventually(() => search(editor.title), 'the editor');
       return editor;
     }
-    do = (...words) => run('xdotool', ...words.flat());
-    to = (x, y) => ['mousemove', '--window', this.id, x, y, ...pause];
-    press = (x, y) => this.do(this.to(x, y), 'mousedown', 1, pause, 'mouseup', 1, pause);
-    button = (place) => this.press(place < 0 ? this.width - 10 - 36 + (place + 1) * 77 : 10 + 36 + place * 77, 24);
-    tool = (name) => this.button(places[name]);
-    // The button that the window manager draws, in the corner.
-    close = async () => {
-      const [x, y] = (await run('xwininfo', '-id', this.id)).match(/Absolute upper-left [XY]: +(\\d+)/g).map((text) => Number(text.split(':')[1]));
-      await this.do('mousemove', x + this.width - 10, y - 10, pause, 'click', 1, pause);
+    press = (button) => { if (!capture.press(this.title, button)) throw new Error('no button ' + button); };
+    drag = (from, to) => capture.drag(this.title, ...from, ...to);
+    write = (point, text) => {
+      this.press('Text');
+      this.drag(point, point);
+      capture.write(this.title, text);
     };
-    save = () => this.button(-1);
-    cancel = () => this.button(-2);
-    drag = async ([fromX, fromY], [toX, toY]) => {
-      await this.do(this.to(fromX, ${barHeight} + fromY), 'mousedown', 1, pause, this.to((fromX + toX) / 2, ${barHeight} + (fromY + toY) / 2));
-      await this.do(this.to(toX, ${barHeight} + toY), 'mouseup', 1, pause);
-    };
-    write = async ([x, y], text) => {
-      await this.press(x, ${barHeight} + y);
-      await this.do('type', '--delay', 30, text);
-      await this.do('key', 'Return', pause);
-    };
+    // By a real mouse, in the window's own coordinates from the upper left.
+    moveTo = ([x, y]) => ['mousemove', '--window', this.id, x, y, ...pause];
+    dragByMouse = (from, to) => run('xdotool', ...this.moveTo(from), 'mousedown', 1, ...pause, ...this.moveTo(to), 'mouseup', 1, ...pause);
     ended = () => eventually(() => this.answers.length > 0, 'the end').then(() => this.answers);
   }
+  // The window manager places and sizes a window some time after it has been opened.
+  const atRest = async (id) => {
+    let last;
+    return eventually(async () => {
+      const now = await run('xdotool', 'getwindowgeometry', '--shell', id);
+      await new Promise((resolve) => setTimeout(resolve, 200));
+      const isSame = now === last;
+      last = now;
+      return isSame && Number(now.match(/WIDTH=(\\d+)/)[1]);
+    }, 'a window at rest');
+  };
 `;
 
 // Stripes of two pixels, as fine as letters are.
@@ -85,35 +73,40 @@ async function reader(file) {
   return { info, at, hasInk: (x, y) => isInk(at(x, y)) };
 }
 
-test('what is drawn is in the copy, in its place; what is undone is not', async (t) => {
+test('the copy has the annotations in their places, without those that were undone', async (t) => {
   const folder = temporaryDirectory(t);
   const file = await stripes(folder);
   const before = fs.readFileSync(file);
-  const { answers, told } = await inWindows(
+  const { answers, posted } = await inWindows(
     t,
     `${prelude}
      const editor = await Editor.open(${JSON.stringify(file)});
-     await editor.drag([40, 350], [200, 350]);
-     await editor.tool('box');
-     await editor.drag([300, 40], [600, 160]);
-     await editor.tool('blur');
-     await editor.drag([320, 60], [580, 140]);
-     await editor.tool('text');
-     await editor.write([40, 60], 'WWWW');
-     await editor.tool('box');
-     await editor.drag([300, 200], [600, 380]);
-     await editor.tool('undo');
-     await editor.save();
+     await run('xdotool', 'windowactivate', '--sync', editor.id);
+     const width = await atRest(editor.id);
+     const bar = 48;
+     await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
+     editor.press('Box');
+     editor.drag([300, 40], [600, 160]);
+     editor.press('Blur');
+     editor.drag([320, 60], [580, 140]);
+     editor.write([40, 60], 'WWWW');
+     editor.press('Box');
+     editor.drag([300, 200], [600, 380]);
+     editor.press('Undo');
+     await eventually(async () => {
+       await editor.dragByMouse([width - 46, 24], [width - 46, 24]);
+       return editor.answers.length > 0;
+     }, 'the end, after a click on Save');
      const answers = await editor.ended();
-     print({ answers, told: ends.filter(({ name }) => name === 'TsImageAnnotated').map(({ userInfo }) => userInfo) });`,
+     print({ answers, posted: ends.filter(({ name }) => name === 'TsImageAnnotated').map(({ userInfo }) => userInfo) });`,
   );
   const copy = path.join(folder, 'stripes annotated.png');
   assert.deepStrictEqual(answers, [[copy]]);
-  assert.deepStrictEqual(told, [{ original: file, path: copy }]);
+  assert.deepStrictEqual(posted, [{ original: file, path: copy }]);
   assert.deepStrictEqual(fs.readFileSync(file), before);
   const { info, at, hasInk } = await reader(copy);
   assert.deepStrictEqual([info.width, info.height], imageSize);
-  for (const [x, y, what] of [
+  for (const [x, y, part] of [
     [60, 350, 'the shaft'],
     [190, 350, 'the head'],
     [450, 40, 'the upper side'],
@@ -121,11 +114,11 @@ test('what is drawn is in the copy, in its place; what is undone is not', async 
     [600, 100, 'the right side'],
     [44, 60, 'the plate of the text'],
   ]) {
-    assert.ok(hasInk(x, y), `${what}: ${at(x, y)}`);
+    assert.ok(hasInk(x, y), `${part}: ${at(x, y)}`);
   }
   for (let x = 340; x < 560; ++x) {
     const [grey] = at(x, 100);
-    assert.ok(grey > 90 && grey < 165, `${grey} at ${x}: stripes can be told apart`);
+    assert.ok(grey > 90 && grey < 165, `${grey} at ${x}: stripes are still visible`);
   }
   for (const [x, y] of [
     [450, 200],
@@ -137,54 +130,57 @@ test('what is drawn is in the copy, in its place; what is undone is not', async 
   }
 });
 
-test('undo takes one thing back at a time, by button and by key', async (t) => {
+test('undo removes the last annotation, by button and by key', async (t) => {
   const folder = temporaryDirectory(t);
   const file = await stripes(folder);
   const answers = await inWindows(
     t,
     `${prelude}
      const editor = await Editor.open(${JSON.stringify(file)});
-     await editor.tool('undo');
-     await editor.tool('box');
-     await editor.drag([50, 50], [150, 150]);
-     await editor.drag([200, 50], [300, 150]);
-     await editor.drag([350, 50], [450, 150]);
-     await editor.do('key', 'ctrl+z', pause);
-     await editor.tool('undo');
+     editor.press('Undo');
+     editor.press('Box');
+     editor.drag([200, 50], [300, 150]);
+     await eventually(async () => {
+       await run('xdotool', 'windowactivate', '--sync', editor.id, 'key', 'ctrl+z', ...pause);
+       return !capture.isEnabled(editor.title, 'Undo');
+     }, 'undo by key');
+     editor.drag([50, 50], [150, 150]);
+     editor.drag([350, 50], [450, 150]);
+     editor.press('Undo');
      // A click draws nothing, and is nothing to undo.
-     await editor.press(500, 300);
-     await editor.save();
+     editor.drag([500, 300], [500, 300]);
+     editor.press('Save');
      print(await editor.ended());`,
   );
   const { hasInk } = await reader(answers[0][0]);
   assert.deepStrictEqual([hasInk(50, 100), hasInk(200, 100), hasInk(350, 100)], [true, false, false]);
 });
 
-test('the copy has the format of the image, and a name of its own; cancelled there is none', async (t) => {
+test('the copy has the format of the image and a new name; cancelling and closing write none', async (t) => {
   const folder = temporaryDirectory(t);
   const jpeg = path.join(folder, 'photo.jpg');
   await sharp({ create: { width: 3000, height: 2000, channels: 3, background: '#fff' } })
     .withMetadata({ orientation: 6 })
     .jpeg()
     .toFile(jpeg);
-  fs.writeFileSync(path.join(folder, 'photo annotated.jpg'), 'what was there');
+  fs.writeFileSync(path.join(folder, 'photo annotated.jpg'), 'another file');
   const { saved, cancelled, closed } = await inWindows(
     t,
     `${prelude}
      const draw = async () => {
        const editor = await Editor.open(${JSON.stringify(jpeg)});
-       await editor.tool('box');
-       await editor.drag([editor.width / 2 - 80, 100], [editor.width / 2 + 80, 300]);
+       editor.press('Box');
+       editor.drag([100, 100], [200, 300]);
        return editor;
      };
      const first = await draw();
-     await first.save();
+     first.press('Save');
      const saved = await first.ended();
      const second = await draw();
-     await second.cancel();
+     second.press('Cancel');
      const cancelled = await second.ended();
      const third = await draw();
-     await third.close();
+     probe().dialogs.closeWindow(third.title);
      print({ saved, cancelled, closed: await third.ended() });`,
   );
   assert.deepStrictEqual(
@@ -196,7 +192,7 @@ test('the copy has the format of the image, and a name of its own; cancelled the
   assert.strictEqual(fs.readdirSync(folder).length, 3);
 });
 
-test('what is no image is not edited, and what can’t be written is no copy', async (t) => {
+test('a file that is no image can’t be edited, and an unwritable copy is reported', async (t) => {
   const folder = temporaryDirectory(t);
   const text = path.join(folder, 'a.png');
   fs.writeFileSync(text, 'no image');
@@ -211,7 +207,7 @@ test('what is no image is not edited, and what can’t be written is no copy', a
      await eventually(() => answers.length === 3 && ends.length === 4, 'all ends');
      const editor = await Editor.open(${JSON.stringify(file)});
      require('fs').rmSync(${JSON.stringify(folder)}, { recursive: true });
-     await editor.save();
+     editor.press('Save');
      print([...answers, ...(await editor.ended())]);`,
   );
   assert.deepStrictEqual(answers, [[null], [null], [null], [null]]);
@@ -221,14 +217,10 @@ test('what is no image is not edited, and what can’t be written is no copy', a
 
 const film = `
   const panelTitle = 'Screen Recording';
-  const panel = () => eventually(() => search(panelTitle), 'the panel');
-  // At the place of the button that was pressed another one appears.
-  const pressUntil = async (place, condition, description) => eventually(async () => {
-    const id = await search(panelTitle);
-    if (id) await run('xdotool', 'mousemove', '--window', id, 12 + 60 + place * 126, 70, ...pause, 'mousedown', 1, ...pause, 'mouseup', 1);
-    return eventually(condition, description, 5000).catch(() => false);
-  }, description, 30000);
+  const press = (button) => eventually(() => capture.press(panelTitle, button), 'the button ' + button);
   const isRecording = (folder) => require('fs').readdirSync(folder).some((name) => name.endsWith('.part'));
+  // Long enough for a few frames.
+  const recordABit = (folder) => eventually(() => isRecording(folder), 'the recording').then(() => new Promise((resolve) => setTimeout(resolve, 1000)));
   const answers = [];
   const record = (folder) => m.takeScreenRecording(folder, (...args) => answers.push(args));
 `;
@@ -238,42 +230,45 @@ const facts = (file) =>
     .toString()
     .trim();
 
-test('the screen, or an area of it, is recorded until it is stopped', async (t) => {
+test('the screen, or an area of it, is recorded until the user stops', async (t) => {
   const folder = path.join(temporaryDirectory(t), 'films');
-  const { answers, second, told } = await inWindows(
+  const { answers, second, posted } = await inWindows(
     t,
     `${prelude}${film}
      const folder = ${JSON.stringify(folder)};
      record(folder);
-     await panel();
      const second = [];
      m.takeScreenRecording(folder, (...args) => second.push(args));
-     await pressUntil(0, () => isRecording(folder), 'the recording');
-     await new Promise((resolve) => setTimeout(resolve, 1500));
-     await pressUntil(0, () => answers.length === 1, 'the first film');
+     await press('Whole Screen');
+     await recordABit(folder);
+     // By a real mouse.
+     const panel = await eventually(() => search(panelTitle), 'the panel');
+     await eventually(async () => {
+       await run('xdotool', 'mousemove', '--window', panel, 72, 70, ...pause, 'mousedown', 1, ...pause, 'mouseup', 1);
+       return eventually(() => answers.length === 1, 'the first film', 3000).catch(() => false);
+     }, 'the end of the first film, after a click on Stop');
      record(folder);
-     await panel();
-     await pressUntil(1, async () => !(await search(panelTitle)), 'the choice');
-     // A picture of the screen covers it a moment later.
+     await press('Area…');
      const drag = ['mousemove', 100, 80, ...pause, 'mousedown', 1, ...pause, 'mousemove', 200, 100, ...pause, 'mousemove', 401, 281, ...pause, 'mouseup', 1];
+     // A picture of the screen covers it a moment later.
      await eventually(async () => {
        await run('xdotool', ...drag);
-       await new Promise((resolve) => setTimeout(resolve, 500));
-       return isRecording(folder);
+       return eventually(() => isRecording(folder), 'the recording of the area', 1000).catch(() => false);
      }, 'the recording of the area');
-     await new Promise((resolve) => setTimeout(resolve, 1500));
-     await pressUntil(0, () => answers.length === 2, 'the second film');
-     print({ answers, second, told: ends.filter(({ name }) => name === 'TsScreenRecorded').map(({ userInfo }) => userInfo.path ?? null) });`,
+     await recordABit(folder);
+     await press('Stop');
+     await eventually(() => answers.length === 2, 'the second film');
+     print({ answers, second, posted: ends.filter(({ name }) => name === 'TsScreenRecorded').map(({ userInfo }) => userInfo.path ?? null) });`,
   );
   const [[screen], [area]] = answers;
   assert.match(path.basename(screen), /^Screen Recording \d{4}-\d\d-\d\d at \d\d\.\d\d\.\d\d\.mp4$/);
   assert.deepStrictEqual([facts(screen), facts(area)], ['h264,1280,800', 'h264,300,200']);
   assert.deepStrictEqual(second, [[null]]);
-  assert.deepStrictEqual(told, [null, screen, area]);
+  assert.deepStrictEqual(posted, [null, screen, area]);
   assert.strictEqual(fs.readdirSync(folder).length, 2);
 });
 
-test('cancelled, there is no film; and none where nothing can be recorded', async (t) => {
+test('no film is made when the user cancels, or the screen can’t be recorded', async (t) => {
   const folder = temporaryDirectory(t);
   const file = path.join(folder, 'file');
   fs.writeFileSync(file, '');
@@ -282,13 +277,14 @@ test('cancelled, there is no film; and none where nothing can be recorded', asyn
     `${prelude}${film}
      captureLog();
      record(${JSON.stringify(folder)});
-     await panel();
-     await pressUntil(2, () => answers.length === 1, 'the end');
+     await press('Cancel');
+     await eventually(() => answers.length === 1, 'the end');
      record(${JSON.stringify(file)});
      const path = process.env.PATH;
      process.env.PATH = '/nowhere';
      record(${JSON.stringify(folder)});
      process.env.PATH = path;
+     await eventually(() => answers.length === 3, 'the refusals');
      process.env.XDG_SESSION_TYPE = 'wayland';
      record(${JSON.stringify(folder)});
      await eventually(() => answers.length === 4, 'all ends');
@@ -300,20 +296,20 @@ test('cancelled, there is no film; and none where nothing can be recorded', asyn
     [
       "Couldn't record the screen: there is no folder for it",
       "Couldn't record the screen: ffmpeg is not installed",
-      "Couldn't record the screen: a Wayland session shows its screen to nobody but itself",
+      "Couldn't record the screen: screen capture is not available under Wayland",
     ],
   );
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
 });
 
-test('a recording ends with its process', async (t) => {
+test('the recorder program ends with the process that started it', async (t) => {
   const folder = temporaryDirectory(t);
   const recorder = await inWindows(
     t,
     `${prelude}${film}
      record(${JSON.stringify(folder)});
-     await panel();
-     await pressUntil(0, () => isRecording(${JSON.stringify(folder)}), 'the recording');
+     await press('Whole Screen');
+     await eventually(() => isRecording(${JSON.stringify(folder)}), 'the recording');
      const processes = (await run('pgrep', '-P', process.pid, 'ffmpeg')).trim().split('\\n').map(Number);
      print(processes);`,
   );
@@ -328,7 +324,7 @@ test('a recording ends with its process', async (t) => {
   await eventually(() => !isAlive(), 'the end of the recorder');
 });
 
-test('without a display there is neither editor nor film', async (t) => {
+test('without a display both callbacks receive null', async (t) => {
   const folder = temporaryDirectory(t);
   const file = await stripes(folder);
   const answers = await evaluate(

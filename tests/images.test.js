@@ -53,10 +53,18 @@ async function pixel(file, x, y) {
   return [...data.subarray((y * info.width + x) * info.channels, (y * info.width + x + 1) * info.channels)];
 }
 
+// Filters that keep a processor busy for half a minute, in 4 kB.
+const hostileDrawing = () => {
+  const noise = (n) => `<feTurbulence baseFrequency="0.0${n + 10}" numOctaves="9" seed="${n}"/>`;
+  const filter = `<filter id="f">${Array.from({ length: 50 }, (_, n) => noise(n)).join('')}</filter>`;
+  return `<svg xmlns="http://www.w3.org/2000/svg" width="2000" height="2000">${filter}
+    <rect width="2000" height="2000" filter="url(#f)"/></svg>`;
+};
+
 const isNear = (actual, expected, tolerance = 12) =>
   actual.length === expected.length && actual.every((value, i) => Math.abs(value - expected[i]) <= tolerance);
 
-test('a web image is known by its contents, not by its name', async (t) => {
+test('a web image is recognised by its contents, not by its name', async (t) => {
   const folder = temporaryDirectory(t);
   const write = (name, contents) => {
     fs.writeFileSync(path.join(folder, name), contents);
@@ -117,11 +125,11 @@ test('a copy fits, keeps its shape and its format, and is never enlarged', async
   const [top, bottom] = [await pixel(written[0], 50, 10), await pixel(written[0], 50, 40)];
   assert.strictEqual(top[3], 0, 'clear stays clear');
   assert.ok(isNear(bottom, [0, 0, 255, 255]), String(bottom));
-  // What fits is not written anew.
+  // A copy that fits is byte-identical.
   assert.deepStrictEqual(fs.readFileSync(written[5]), fs.readFileSync(path.join(folder, 'b.png')));
 });
 
-test('the target says name and format', async (t) => {
+test('the target determines name and format of the copy', async (t) => {
   const folder = temporaryDirectory(t);
   const png = await makeImage(folder, 'a.png');
   const at = (name) => path.join(folder, name);
@@ -149,7 +157,7 @@ test('the target says name and format', async (t) => {
   assert.strictEqual(fs.statSync(at('old.png')).mode & 0o777, 0o640);
 });
 
-test('an image is turned the way it is shown, in the colours it has, and tells nothing else', async (t) => {
+test('a copy is turned upright, converted to sRGB, and has no metadata', async (t) => {
   const folder = temporaryDirectory(t);
   const turned = path.join(folder, 'turned.jpg');
   const wide = path.join(folder, 'wide.jpg');
@@ -231,7 +239,7 @@ function bomb(width, height) {
   ]);
 }
 
-test('what is broken, missing or not allowed gives null and a reason, and leaves nothing behind', async (t) => {
+test('a file that can’t be read, decoded or written gives null and a warning, and leaves no file', async (t) => {
   const folder = temporaryDirectory(t);
   const at = (name) => path.join(folder, name);
   const png = await makeImage(folder, 'a.png');
@@ -275,7 +283,7 @@ test('what is broken, missing or not allowed gives null and a reason, and leaves
   assert.deepStrictEqual(fs.readdirSync(folder).sort(), [...before, 'x.png'].sort());
 });
 
-test('without leave, or without room, the file that was there stays', async (t) => {
+test('when the copy can’t be written completely, the existing target stays', async (t) => {
   const folder = temporaryDirectory(t);
   const target = path.join(folder, 'target.png');
   const noise = path.join(folder, 'noise.png');
@@ -290,7 +298,7 @@ test('without leave, or without room, the file that was there stays', async (t) 
   assert.deepStrictEqual(fs.readdirSync(folder).sort(), ['noise.png', 'target.png']);
 });
 
-test('fifty megapixels are no trouble', async (t) => {
+test('a photo of fifty megapixels is scaled', async (t) => {
   const folder = temporaryDirectory(t);
   const file = path.join(folder, 'large.jpg');
   await sharp({ create: { width: 8660, height: 5774, channels: 3, background: '#68a' } })
@@ -301,7 +309,25 @@ test('fifty megapixels are no trouble', async (t) => {
   assert.deepStrictEqual([width, height], [1600, 1067]);
 });
 
-test('a job that breaks its process breaks nothing else, and the program is started again', async (t) => {
+test('an image that takes too long to decode is given up within two seconds, with a warning', async (t) => {
+  const folder = temporaryDirectory(t);
+  const drawing = path.join(folder, 'hostile.svg');
+  fs.writeFileSync(drawing, hostileDrawing());
+  const { answer, elapsed, warnings } = await run(
+    t,
+    `p.captureLog();
+     const start = Date.now();
+     const answer = m.scaleImage(${JSON.stringify(drawing)}, ${JSON.stringify(path.join(folder, 'a.png'))}, 0, 0);
+     const elapsed = Date.now() - start;
+     p.flushLog();
+     console.log(JSON.stringify({ answer, elapsed, warnings: p.capturedLog().filter(({ flag }) => flag === 2).length }));`,
+  );
+  assert.deepStrictEqual([answer, warnings], [null, 1]);
+  assert.ok(elapsed < 2500, `${elapsed} ms`);
+  assert.deepStrictEqual(fs.readdirSync(folder), ['hostile.svg']);
+});
+
+test('the decoder program is started again after a crash', async (t) => {
   const folder = temporaryDirectory(t);
   const png = await makeImage(folder, 'a.png');
   const target = path.join(folder, 'b.png');
@@ -323,10 +349,11 @@ test('a job that breaks its process breaks nothing else, and the program is star
 
 const inSession = (t, source) => run(t, source, { env: session.env });
 
-test('the image on the pasteboard becomes a file', async (t) => {
+test('the image on the pasteboard is written to a file', async (t) => {
   const folder = temporaryDirectory(t);
   const contents = {};
-  for (const kind of ['png', 'jpg', 'gif', 'tiff']) contents[kind] = (await makers[kind](60, 40)).toString('base64');
+  for (const kind of ['png', 'jpg', 'gif', 'tiff', 'webp'])
+    contents[kind] = (await makers[kind](60, 40)).toString('base64');
   const copied = await makeImage(folder, 'copied.webp');
   const target = path.join(folder, 'not', 'there');
   const table = [
@@ -335,6 +362,8 @@ test('the image on the pasteboard becomes a file', async (t) => {
     [{ types: { 'public.jpeg': contents.jpg, NSTIFFPboardType: contents.tiff } }, 'Pasted Image.jpg', 'jpeg'],
     [{ types: { 'public.gif': contents.gif } }, 'Pasted Image.gif', 'gif'],
     [{ types: { NSTIFFPboardType: contents.tiff } }, 'Pasted Image 3.png', 'png'],
+    // Not decoded by AppKit, which doesn't know the format, but in the decoder's process.
+    [{ types: { NSTIFFPboardType: contents.webp } }, 'Pasted Image 4.png', 'png'],
     [{ files: [copied] }, 'copied.webp', 'webp'],
     [{ files: ['/etc/passwd'] }, null],
     [{ text: 'no image' }, null],
@@ -355,10 +384,10 @@ test('the image on the pasteboard becomes a file', async (t) => {
   for (const [index, [, , format]] of table.entries()) {
     if (format) assert.strictEqual((await sharp(files[index]).metadata()).format, format);
   }
-  assert.deepStrictEqual(fs.readdirSync(target).length, 6);
+  assert.strictEqual(fs.readdirSync(target).length, 7);
 });
 
-test('an image that can’t be pasted into the folder is none', async (t) => {
+test('without a usable folder no image is pasted', async (t) => {
   const file = path.join(temporaryDirectory(t), 'file');
   fs.writeFileSync(file, '');
   const png = (await makers.png(8, 8)).toString('base64');

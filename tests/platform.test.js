@@ -10,7 +10,7 @@ const { test } = require('node:test');
 const { startBus } = require('./support/bus');
 const { evaluate, runScript, startScript, temporaryDirectory } = require('./support/child');
 
-test('the main queue runs posts in order, on later turns, and leaves turns to others', async (t) => {
+test('the main queue runs tasks in order, on later turns, and never starves the event loop', async (t) => {
   const result = await evaluate(
     t,
     `const { platform } = probe();
@@ -33,7 +33,7 @@ test('the main queue runs posts in order, on later turns, and leaves turns to ot
   });
 });
 
-test('posts from four threads all arrive, in the order of each thread', async (t) => {
+test('tasks from four threads all run, in the order of each thread', async (t) => {
   const result = await evaluate(
     t,
     `const { platform } = probe();
@@ -49,7 +49,7 @@ test('posts from four threads all arrive, in the order of each thread', async (t
   assert.deepStrictEqual(result, { ordered: true, next: [10000, 10000, 10000, 10000] });
 });
 
-test('the background queue works beside the main thread, and a hanging task stops no other', async (t) => {
+test('the background queue runs tasks on other threads, and a hanging task delays no other', async (t) => {
   const result = await evaluate(
     t,
     `const { platform } = probe();
@@ -75,9 +75,11 @@ test('an Objective-C exception ends its task only', async (t) => {
   assert.strictEqual(result, 'still running');
 });
 
-test('waiting work does not keep the process', async (t) => {
-  const result = await runScript(t, `probe().platform.postDelayed(600000, () => {});`, { deadline: 20000 });
-  assert.deepStrictEqual([result.code, result.stderr], [0, '']);
+test('waiting tasks do not keep the process alive, and may post when they are destroyed at its end', async (t) => {
+  for (const source of ['postDelayed(600000, () => {})', 'postFromDestructor()']) {
+    const result = await runScript(t, `probe().platform.${source};`, { deadline: 20000 });
+    assert.deepStrictEqual([result.code, result.stderr], [0, ''], source);
+  }
 });
 
 test('kernel variables are read by their names', async (t) => {

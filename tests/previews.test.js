@@ -51,7 +51,7 @@ const preview = (t, calls) =>
      }, 10);`,
   );
 
-test('an image, a page and a text become a PNG of the size, on a later turn, once', async (t) => {
+test('the preview of an image, a PDF or a text is a PNG of the size, delivered once on a later turn', async (t) => {
   const folder = temporaryDirectory(t);
   const target = path.join(folder, 'to', 'previews');
   const write = (name, contents) => {
@@ -94,7 +94,7 @@ test('an image, a page and a text become a PNG of the size, on a later turn, onc
   assert.ok(dominant.g > 200 && dominant.r < 50, 'the first page is shown');
 });
 
-test('files of one name have previews of their own; those of one file replace each other', async (t) => {
+test('files of one name have separate previews; a preview replaces an earlier one of its file', async (t) => {
   const folder = temporaryDirectory(t);
   const target = path.join(folder, 'previews');
   const files = ['a', 'b'].map((name) => {
@@ -110,7 +110,7 @@ test('files of one name have previews of their own; those of one file replace ea
   assert.strictEqual(fs.readdirSync(target).length, 3);
 });
 
-test('a drawing loads nothing from outside', async (t) => {
+test('a drawing loads no other file and no URL', async (t) => {
   const folder = temporaryDirectory(t);
   let requests = 0;
   const server = http.createServer((request, response) => {
@@ -157,7 +157,7 @@ test('a drawing loads nothing from outside', async (t) => {
   assert.strictEqual(requests, 0);
 });
 
-test('what can’t be shown, or not be written, is null', async (t) => {
+test('without a preview the callback receives null', async (t) => {
   const folder = temporaryDirectory(t);
   const at = (name) => path.join(folder, name);
   fs.writeFileSync(at('zip'), Buffer.from('PK\x03\x04\0\0\0\0\x08', 'latin1'));
@@ -183,7 +183,33 @@ test('what can’t be shown, or not be written, is null', async (t) => {
   assert.deepStrictEqual(fs.existsSync(at('p')) ? fs.readdirSync(at('p')) : [], []);
 });
 
-test('script goes on while previews are made, and may end before they are', async (t) => {
+test('slow previews delay neither other previews nor background tasks', async (t) => {
+  const folder = temporaryDirectory(t);
+  const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
+  const contents = `<filter id="f">${noise.join('')}</filter><rect width="2000" height="2000" filter="url(#f)"/>`;
+  const drawing = path.join(folder, 'hostile.svg');
+  const letter = path.join(folder, 'letter.txt');
+  fs.writeFileSync(drawing, svg(contents, 'width="2000" height="2000"'));
+  fs.writeFileSync(letter, 'Dear Ann');
+  const child = startScript(
+    t,
+    `const { module: m, platform } = probe();
+     setInterval(() => {}, 1000);
+     const preview = (file, size, done) => m.generatePreview(file, size, ${JSON.stringify(folder)}, done);
+     for (let i = 0; i < 4; ++i) preview(${JSON.stringify(drawing)}, 2000 + i, () => console.log('hostile'));
+     platform.background(1, () => {
+       console.log('task');
+       preview(${JSON.stringify(letter)}, 64, (path) => {
+         console.log('letter', path !== null);
+         process.exit(0);
+       });
+     });`,
+  );
+  const { code } = await child.ended;
+  assert.deepStrictEqual([code, child.output.stdout], [0, 'task\nletter true\n']);
+});
+
+test('previews don’t block script, and may be unfinished when the process ends', async (t) => {
   const folder = temporaryDirectory(t);
   const file = path.join(folder, 'noise.png');
   await sharp(require('crypto').randomBytes(2000 * 2000 * 3), { raw: { width: 2000, height: 2000, channels: 3 } })
@@ -215,7 +241,7 @@ const prelude = `
   }, description);
 `;
 
-test('the panel turns over with keys and buttons, and tells once that it has been closed', async (t) => {
+test('keys and buttons change the file in the panel, and the callback runs once after it is closed', async (t) => {
   const folder = temporaryDirectory(t);
   const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
   const contents = ['a text', svg('<rect width="200" height="100" fill="#f00"/>'), '\0\x01'];
@@ -250,7 +276,7 @@ test('the panel turns over with keys and buttons, and tells once that it has bee
   assert.deepStrictEqual(titles, ['two.svg', 'three.bin']);
 });
 
-test('a file is shown as its preview', async (t) => {
+test('the panel shows the preview of the file', async (t) => {
   const folder = temporaryDirectory(t);
   const file = path.join(folder, 'red.svg');
   const picture = path.join(folder, 'screen.png');
@@ -270,38 +296,38 @@ test('a file is shown as its preview', async (t) => {
   assert.strictEqual(isShown, true);
 });
 
-test('asked for again, or without its window, the panel closes; without a window or files it never opens', async (t) => {
+test('a second request or the end of its window closes the panel; without window or files it never opens', async (t) => {
   const folder = temporaryDirectory(t);
   const files = ['one.txt', 'two.txt'].map((name) => path.join(folder, name));
   for (const file of files) fs.writeFileSync(file, 'a text');
-  const told = await inWindows(
+  const ends = await inWindows(
     t,
     `${prelude}
      const window = await open({ title: 'First' });
-     const told = [];
-     const look = (name, window, paths, index) => m.quickLook(window, paths, index, (path) => told.push([name, path]));
+     const ends = [];
+     const look = (name, window, paths, index) => m.quickLook(window, paths, index, (path) => ends.push([name, path]));
      const files = ${JSON.stringify(files)};
      look('first', window, JSON.stringify(files), 1);
      await shown('two.txt');
      look('again', window, JSON.stringify(files), 99);
      await shown('one.txt');
      host.closeWindow(window);
-     await eventually(() => told.length === 2, 'both ends');
+     await eventually(() => ends.length === 2, 'both ends');
      look('no window', window, JSON.stringify(files), 0);
      look('no buffer', {}, JSON.stringify(files), 0);
      const other = await open({ title: 'Second' });
      for (const paths of ['[]', '{}', 'no JSON', '[1, null]']) look(paths, other, paths, 0);
-     await eventually(() => told.length === 8, 'all ends');
-     print(told);`,
+     await eventually(() => ends.length === 8, 'all ends');
+     print(ends);`,
   );
-  assert.deepStrictEqual(told, [
+  assert.deepStrictEqual(ends, [
     ['first', files[1]],
     ['again', files[0]],
     ...['no window', 'no buffer', '[]', '{}', 'no JSON', '[1, null]'].map((name) => [name, null]),
   ]);
 });
 
-test('without a display the callback is told so', async (t) => {
+test('without a display the callback receives null', async (t) => {
   const answer = await evaluate(
     t,
     `const { module: m } = probe();

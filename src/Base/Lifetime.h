@@ -7,7 +7,7 @@
 
 // When something that lives as long as the process ends its work. Stages end in this order; within one, what was made
 // last ends first.
-enum class EndStage { Script, Services, Bus, MainQueue, Log };
+enum class EndStage { Script, Services, MainQueue, Bus, Log };
 
 // Calls `close` once, on the main thread, when the script environment ends.
 void AtEnd(EndStage stage, std::function<void()> close);

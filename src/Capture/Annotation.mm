@@ -47,7 +47,7 @@ void DrawBox(const Annotation& box, CGFloat stroke) {
   [path stroke];
 }
 
-// Light letters on a plate can be read on any image.
+// Light letters on a dark plate are legible on any image.
 void DrawText(const Annotation& annotation, const AnnotationStyle& style) {
   NSDictionary* attributes = @{
     NSFontAttributeName : [NSFont boldSystemFontOfSize:style.letterSize],
@@ -61,7 +61,7 @@ void DrawText(const Annotation& annotation, const AnnotationStyle& style) {
   [annotation.text drawAtPoint:NSMakePoint(NSMinX(plate) + padding, NSMinY(plate) + padding) withAttributes:attributes];
 }
 
-// The part of an image that a grain covers, in rows from the top.
+// The part of an image that a grain covers; rows count from the top.
 struct Cell {
   NSInteger left, right, top, bottom;
 };

@@ -8,11 +8,11 @@
 #include "Base/Ref.h"
 #include "Capture/Annotation.h"
 
-// An image that a person draws on with the mouse.
+// An image that the user draws on with the mouse.
 @interface TsAnnotationView : NSView {
   Ref<NSImage> _image;
   Ref<NSBitmapImageRep> _pixels;
-  // The image as it is shown: drawing the whole for every movement of the mouse would take too long.
+  // The image scaled to the view: scaling it for every movement of the mouse would take too long.
   Ref<NSImage> _shown;
   std::vector<Annotation> _annotations;
   Annotation _draft;
@@ -24,7 +24,7 @@
   std::function<void()> _changed;
 }
 
-// What the next press of the mouse begins.
+// The kind of mark that the next press of the mouse begins.
 @property(nonatomic, assign) Annotation::Kind tool;
 
 - (instancetype)initWithFrame:(NSRect)frame image:(NSImage*)image changed:(std::function<void()>)changed;
@@ -32,10 +32,11 @@
 - (BOOL)canUndo;
 - (void)undo;
 
-// A text that is being written becomes an annotation.
+// Turns the text that is being written into an annotation.
 - (void)endText;
 
-// The image with everything that was drawn, in its own size, as PNG. nil when it can't be made.
+// The image with its annotations, in its own size, as uncompressed TIFF: compressing is for another process. nil when
+// it can't be drawn.
 - (NSData*)annotatedImage;
 
 @end

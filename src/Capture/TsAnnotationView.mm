@@ -6,7 +6,7 @@
 
 namespace {
 
-// A press that moves no further is a click.
+// A press that moves less is a click.
 constexpr CGFloat kLeastMove = 3;
 constexpr CGFloat kTextWidth = 220;
 constexpr CGFloat kTextHeight = 24;
@@ -23,7 +23,7 @@ constexpr CGFloat kTextHeight = 24;
   _image = Retain(image);
   _pixels = PixelsOf(image);
   _changed = std::move(changed);
-  // It stays, hidden, while nobody writes: AppKit goes on using it after the end of its editing.
+  // Hidden rather than removed while no text is edited: AppKit goes on using the field after the end of editing.
   auto field = Adopt([[NSTextField alloc] initWithFrame:NSZeroRect]);
   [field setHidden:YES];
   [field setTarget:self];
@@ -41,7 +41,7 @@ constexpr CGFloat kTextHeight = 24;
   return YES;
 }
 
-// ---- Places
+// ---- Coordinates
 
 - (CGFloat)scale {
   const NSSize image = [_image size];
@@ -114,7 +114,7 @@ constexpr CGFloat kTextHeight = 24;
   [self drawAnnotations];
   auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
   [canvas unlockFocus];
-  return [pixels representationUsingType:NSPNGFileType properties:@{}];
+  return [pixels TIFFRepresentationUsingCompression:NSTIFFCompressionNone factor:0];
 }
 
 // ---- Changes
@@ -177,7 +177,7 @@ constexpr CGFloat kTextHeight = 24;
 }
 
 - (void)endText {
-  // The end of the editing comes here again.
+  // Ending the editing calls this method again.
   if (!std::exchange(_isWriting, false)) return;
   [[self window] makeFirstResponder:self];
   const auto text = Adopt(static_cast<NSString*>([[_textField stringValue] copy]));

@@ -7,13 +7,13 @@
 #include "Base/Ref.h"
 #include "Platform/ScreenRecording.h"
 
-// Covers the screen with its own picture, on which a person drags a rectangle.
+// Covers the main display with its own picture, on which the user drags a rectangle.
 @interface TsAreaSelection : NSPanel {
   std::function<void(tessaro::platform::ScreenArea)> _chosen;
 }
 
-// `chosen` is called once; with an area without a size after a mere click, which chooses nothing. nil when there is no
-// picture of the screen.
-- (instancetype)initWithChosen:(std::function<void(tessaro::platform::ScreenArea)>)chosen;
+// `chosen` is called once; after a mere click, or Escape, with an area without a size.
+- (instancetype)initWithPicture:(const tessaro::platform::ScreenPicture&)picture
+                         chosen:(std::function<void(tessaro::platform::ScreenArea)>)chosen;
 
 @end

@@ -13,9 +13,10 @@ constexpr CGFloat kLeastSide = 16;
 constexpr CGFloat kShade = 0.45;
 constexpr unichar kEscape = 27;
 
-Ref<NSImage> ScreenImage() {
-  const platform::ScreenPicture picture = platform::CaptureScreen();
-  if (picture.rgb.empty()) return nullptr;
+NSRect MainDisplay() { return [[[NSScreen screens] objectAtIndex:0] frame]; }
+
+// In points, as the display shows it.
+Ref<NSImage> ImageOf(const platform::ScreenPicture& picture) {
   auto pixels = Adopt([[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
                                                               pixelsWide:picture.width
                                                               pixelsHigh:picture.height
@@ -27,7 +28,8 @@ Ref<NSImage> ScreenImage() {
                                                              bytesPerRow:picture.width * 3
                                                             bitsPerPixel:24]);
   std::memcpy([pixels bitmapData], picture.rgb.data(), picture.rgb.size());
-  auto image = Adopt([[NSImage alloc] initWithSize:NSMakeSize(picture.width, picture.height)]);
+  auto image = Adopt([[NSImage alloc] initWithSize:MainDisplay().size]);
+  [pixels setSize:[image size]];
   [image addRepresentation:pixels];
   return image;
 }
@@ -90,28 +92,23 @@ Ref<NSImage> ScreenImage() {
 
 @implementation TsAreaSelection
 
-- (instancetype)initWithChosen:(std::function<void(platform::ScreenArea)>)chosen {
-  const auto screen = ScreenImage();
-  const NSSize size = [screen size];
-  self = [super initWithContentRect:NSMakeRect(0, 0, size.width, size.height)
+- (instancetype)initWithPicture:(const platform::ScreenPicture&)picture
+                         chosen:(std::function<void(platform::ScreenArea)>)chosen {
+  self = [super initWithContentRect:MainDisplay()
                           styleMask:NSBorderlessWindowMask
                             backing:NSBackingStoreBuffered
                               defer:NO];
   if (!self) return nil;
   [self setReleasedWhenClosed:NO];
-  if (!screen) {
-    [self release];
-    return nil;
-  }
-  _chosen = std::move(chosen);
   [self setLevel:NSScreenSaverWindowLevel];
   [self setHidesOnDeactivate:NO];
-  const CGFloat height = size.height;
+  _chosen = std::move(chosen);
+  const auto image = ImageOf(picture);
+  const CGFloat height = [image size].height;
   auto view = Adopt([[TsAreaSelectionView alloc]
-      initWithScreen:screen
+      initWithScreen:image
               chosen:[self, height](NSRect area) {
-                [self choose:{static_cast<int>(NSMinX(area)), static_cast<int>(height - NSMaxY(area)),
-                              static_cast<int>(NSWidth(area)), static_cast<int>(NSHeight(area))}];
+                [self choose:{0, NSMinX(area), height - NSMaxY(area), NSWidth(area), NSHeight(area)}];
               }]);
   [self setContentView:view];
   return self;

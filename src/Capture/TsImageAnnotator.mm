@@ -2,24 +2,27 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
+#include <string_view>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Capture/TsAnnotationView.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Images/PictureFiles.h"
-#include "Platform/BackgroundQueue.h"
+#include "Images/TsImageFiles.h"
 #include "Platform/FileWriting.h"
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
+#include "Platform/TemporaryFile.h"
 #include "Platform/WindowServer.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
-// The display's pictures have an end, and so has a person's patience.
+// The window server refuses larger images.
 constexpr int kLargestSide = 6000;
 constexpr CGFloat kBarHeight = 48;
 constexpr CGFloat kMargin = 10;
@@ -35,7 +38,7 @@ struct Tool {
 const std::array kTools = {Tool{Annotation::Kind::Arrow, @"Arrow"}, Tool{Annotation::Kind::Box, @"Box"},
                            Tool{Annotation::Kind::Text, @"Text"}, Tool{Annotation::Kind::Blur, @"Blur"}};
 
-void TellEnd(NSString* original, NSString* copy, const TsCompletion& completion) {
+void Announce(NSString* original, NSString* copy, const TsCompletion& completion) {
   NSMutableDictionary* userInfo = [NSMutableDictionary dictionaryWithObject:original forKey:@"original"];
   if (copy != nil) [userInfo setObject:copy forKey:@"path"];
   [[NSNotificationCenter defaultCenter] postNotificationName:@"TsImageAnnotated" object:nil userInfo:userInfo];
@@ -70,30 +73,43 @@ NSSize ContentSizeFor(NSSize image) {
 @end
 
 static NSMutableSet* OpenAnnotators() {
-  static NSMutableSet* const annotators = [[NSMutableSet alloc] init];
-  return annotators;
+  static Forever<Ref<NSMutableSet>> annotators(Adopt<NSMutableSet>([[NSMutableSet alloc] init]));
+  return annotators->get();
 }
 
-static void OpenAnnotator(NSString* path, const platform::WrittenPicture& written, const TsCompletion& completion) {
-  NSImage* image = TsImageOfFile(written.path);
+static void OpenAnnotator(NSString* path, const Result<std::string>& picture, const TsCompletion& completion) {
+  NSImage* image = picture ? TsImageOfFile(*picture) : nil;
   if (image == nil) {
-    TsLogWarning(@"Couldn't annotate %@: %@", path, TsNSString(written.failure));
-    return TellEnd(path, nil, completion);
+    const std::string reason = picture ? "the decoded image can't be read" : picture.error().message;
+    TsLogWarning(@"Couldn't annotate %@: %s", path, reason.c_str());
+    return Announce(path, nil, completion);
   }
   auto annotator = Adopt([[TsImageAnnotator alloc] initWithPath:path image:image completion:completion]);
   [OpenAnnotators() addObject:annotator];
 }
 
 void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
-  platform::BackgroundQueue::Shared().Post([source = TsStdString(path), target = TsTemporaryPicturePath(), completion] {
-    auto written = platform::ScaleImage(source, target, kLargestSide, kLargestSide);
-    platform::MainQueue::Shared().Post([source, target, completion, written = std::move(written)] {
-      const TsTemporaryPicture picture(target);
-      if (platform::IsWindowServerAvailable()) return OpenAnnotator(TsNSString(source), written, completion);
-      TsLogWarning(@"annotateImage needs a window server, and there is none");
-      TellEnd(TsNSString(source), nil, completion);
-    });
-  });
+  const auto decoded = std::make_shared<platform::TemporaryFile>(".png");
+  platform::ScaleImage({TsStdString(path), decoded->path(), kLargestSide, kLargestSide},
+                       [source = Retain(path), decoded, completion](const Result<std::string>& picture) {
+                         if (platform::IsWindowServerAvailable()) return OpenAnnotator(source, picture, completion);
+                         TsLogWarning(@"annotateImage needs a window server, and none is available");
+                         Announce(source, nil, completion);
+                       });
+}
+
+// Writes the edited image in the format of the original.
+static void Save(NSData* image, NSString* original, const TsCompletion& completion) {
+  const auto drawn = std::make_shared<platform::TemporaryFile>(".tiff");
+  const std::string_view bytes(static_cast<const char*>([image bytes]), [image length]);
+  const std::error_code error = platform::ReplaceTransientFile(drawn->path(), bytes);
+  // The scaling fails on the empty file, and says which.
+  if (error) TsLogWarning(@"Couldn't write %s: %s", drawn->path().c_str(), error.message().c_str());
+  platform::ScaleImage({drawn->path(), TsStdString(WritablePathOfCopy(original)), 0, 0},
+                       [original = Retain(original), drawn, completion](const Result<std::string>& copy) {
+                         if (!copy) TsLogWarning(@"Couldn't save %@: %s", original.get(), copy.error().message.c_str());
+                         Announce(original, copy ? TsNSString(*copy) : nil, completion);
+                       });
 }
 
 @implementation TsImageAnnotator
@@ -192,23 +208,7 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
 }
 
 - (IBAction)save:(id)sender {
-  NSData* image = [_canvas annotatedImage];
-  const TsCompletion completion = std::exchange(_completion, nullptr);
-  const std::string bytes(static_cast<const char*>([image bytes]), [image length]);
-  platform::BackgroundQueue::Shared().Post([bytes, original = TsStdString(_path), drawn = TsTemporaryPicturePath(),
-                                            copy = TsStdString(WritablePathOfCopy(_path)), completion] {
-    const TsTemporaryPicture picture(drawn);
-    platform::WrittenPicture written;
-    if (const std::error_code error = platform::ReplaceFile(drawn, bytes)) {
-      written.failure = drawn + ": " + error.message();
-    } else {
-      written = platform::ScaleImage(drawn, copy, 0, 0);
-    }
-    platform::MainQueue::Shared().Post([original, written = std::move(written), completion] {
-      if (written.path.empty()) TsLogWarning(@"Couldn't save %s: %s", original.c_str(), written.failure.c_str());
-      TellEnd(TsNSString(original), written.path.empty() ? nil : TsNSString(written.path), completion);
-    });
-  });
+  Save([_canvas annotatedImage], _path, std::exchange(_completion, nullptr));
   [_window close];
 }
 
@@ -217,10 +217,10 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
 }
 
 - (void)windowWillClose:(NSNotification*)notification {
-  // The window is still in its own closing, and may be in that of a button that was pressed.
+  // The window, and perhaps one of its buttons, is in the middle of an event.
   platform::MainQueue::Shared().Post([self, path = _path, completion = std::exchange(_completion, nullptr)] {
     [OpenAnnotators() removeObject:self];
-    if (completion) TellEnd(path, nil, completion);
+    if (completion) Announce(path, nil, completion);
   });
 }
 

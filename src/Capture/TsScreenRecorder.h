@@ -9,14 +9,14 @@
 #include "Platform/ScreenRecording.h"
 #include "Utilities/TsPendingCallback.h"
 
-// Lets a person record the screen, or an area of it, as a film in `folder`, which is made when it is missing: a panel
-// asks what, and is then there to stop it. One film is made at a time.
+// Lets the user record the screen, or an area of it, as a film in `folder`, which is made when it is missing: a panel
+// asks which, and then stops the recording. One film is made at a time.
 //
-// The end is told by the notification "TsScreenRecorded", whose user information has the film's path under "path" if
-// there is one; and by `completion`, which is called once, with that path or with nil.
+// At the end the notification "TsScreenRecorded" is posted, whose user information has the film's path under "path" if
+// there is one, and `completion` is called once, with that path or with nil.
 void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion);
 
-// The panel.
+// The panel and the recording that it controls.
 @interface TsScreenRecorder : NSObject {
   Ref<NSPanel> _panel;
   NSTextField* _label;
@@ -33,9 +33,10 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion);
 
 + (TsScreenRecorder*)sharedRecorder;
 
-// From the question to the end of the film.
+// From the request to the end of the film.
 - (BOOL)isBusy;
 
+// Not while it is busy.
 - (void)recordInto:(NSString*)folder completion:(const TsCompletion&)completion;
 
 - (IBAction)recordScreen:(id)sender;

@@ -3,10 +3,11 @@
 #include <chrono>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Images/PictureFiles.h"
+#include "Images/TsImageFiles.h"
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
 
@@ -21,49 +22,47 @@ constexpr CGFloat kMargin = 12;
 constexpr CGFloat kButtonWidth = 120;
 constexpr CGFloat kButtonHeight = 28;
 constexpr CGFloat kLabelHeight = 22;
-// What was behind a window is on screen a moment after its end.
+// A window disappears from the screen a moment after it has been closed.
 constexpr auto kUncovering = 400ms;
 
 NSString* FilmPath(NSString* folder) {
   auto format = Adopt([[NSDateFormatter alloc] init]);
   [format setDateFormat:@"yyyy-MM-dd 'at' HH.mm.ss"];
-  NSString* name = [NSString stringWithFormat:@"Screen Recording %@.mp4", [format stringFromDate:[NSDate date]]];
+  NSString* name = [NSString stringWithFormat:@"Screen Recording %@%s", [format stringFromDate:[NSDate date]],
+                                              platform::ScreenRecording::FilmExtension().c_str()];
   return [[folder stringByAppendingPathComponent:name] ts_makeUniquePath];
 }
 
-void TellEnd(NSString* film, const TsCompletion& completion) {
+void Announce(NSString* film, const TsCompletion& completion) {
   NSDictionary* userInfo = film != nil ? @{@"path" : film} : @{};
   [[NSNotificationCenter defaultCenter] postNotificationName:@"TsScreenRecorded" object:nil userInfo:userInfo];
   completion(film);
 }
 
-// Why nothing can be recorded, nil when it can.
-NSString* Obstacle(NSString* folder) {
+// Why no recording can begin; nil when one can.
+NSString* Objection(NSString* folder) {
   if (!platform::IsWindowServerAvailable()) return @"there is no window server";
   if ([[TsScreenRecorder sharedRecorder] isBusy]) return @"another recording is under way";
-  const std::string obstacle = platform::ScreenRecording::Obstacle();
-  if (!obstacle.empty()) return TsNSString(obstacle);
   return TsMakeFolder(folder) ? nil : @"there is no folder for it";
 }
 
 }  // namespace
 
 void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
-  NSString* obstacle = Obstacle(folder);
-  if (obstacle == nil) return [[TsScreenRecorder sharedRecorder] recordInto:folder completion:completion];
-  TsLogWarning(@"Couldn't record the screen: %@", obstacle);
-  platform::MainQueue::Shared().Post([completion] { TellEnd(nil, completion); });
+  NSString* objection = Objection(folder);
+  if (objection == nil) return [[TsScreenRecorder sharedRecorder] recordInto:folder completion:completion];
+  TsLogWarning(@"Couldn't record the screen: %@", objection);
+  platform::MainQueue::Shared().Post([completion] { Announce(nil, completion); });
 }
 
 @implementation TsScreenRecorder
 
 + (TsScreenRecorder*)sharedRecorder {
-  static TsScreenRecorder* const recorder = [[self alloc] init];
-  return recorder;
+  static Forever<Ref<TsScreenRecorder>> recorder(Adopt<TsScreenRecorder>([[self alloc] init]));
+  return recorder->get();
 }
 
-// A panel that has been taken off the screen comes back with another height under some window managers: each stage has
-// one of its own.
+// Some window managers change the height of a panel that is shown again, so each stage has a panel of its own.
 - (void)openPanel {
   [self closePanel];
   _panel = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, kPanelSize.width, kPanelSize.height)
@@ -90,7 +89,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)closePanel {
   [_panel setDelegate:nil];
   [_panel orderOut:nil];
-  // It may be in the event that has ended it.
+  // The panel may be in the middle of the event that closed it.
   platform::MainQueue::Shared().Post([panel = std::exchange(_panel, nullptr)]() mutable { panel = nullptr; });
   _label = nil;
   _stopButton = nil;
@@ -114,7 +113,10 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)recordInto:(NSString*)folder completion:(const TsCompletion&)completion {
   _folder = Retain(folder);
   _completion = completion;
-  [self ask];
+  platform::RequestScreenAccess([self](const Result<void>& access) {
+    if (access) return [self ask];
+    [self endWithFailure:access.error()];
+  });
 }
 
 - (void)ask {
@@ -127,7 +129,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel makeKeyAndOrderFront:nil];
 }
 
-// ---- What is recorded
+// ---- The area
 
 - (IBAction)recordScreen:(id)sender {
   [self record:{}];
@@ -139,13 +141,20 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 }
 
 - (void)chooseArea {
-  _selection = Adopt([[TsAreaSelection alloc] initWithChosen:[self](platform::ScreenArea area) {
-    // Its window is still in the event that has chosen.
-    platform::MainQueue::Shared().Post([self, area] { [self areaIsChosen:area]; });
-  }]);
-  if (_selection) return [_selection makeKeyAndOrderFront:nil];
-  TsLogWarning(@"There is no picture of the screen");
-  [self endWithFilm:nil];
+  platform::CaptureDisplay(0, [self](const Result<platform::ScreenPicture>& picture) {
+    if (!picture) return [self endWithFailure:picture.error()];
+    [self chooseAreaOf:*picture];
+  });
+}
+
+- (void)chooseAreaOf:(const platform::ScreenPicture&)picture {
+  _selection = Adopt([[TsAreaSelection alloc]
+      initWithPicture:picture
+               chosen:[self](platform::ScreenArea area) {
+                 // The window is in the middle of the event.
+                 platform::MainQueue::Shared().Post([self, area] { [self areaIsChosen:area]; });
+               }]);
+  [_selection makeKeyAndOrderFront:nil];
 }
 
 - (void)areaIsChosen:(const platform::ScreenArea&)area {
@@ -159,7 +168,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)record:(const platform::ScreenArea&)area {
   _film = Retain(FilmPath(_folder));
   _recording = platform::ScreenRecording::Start(TsStdString(_film), area,
-                                                [self](const std::string& failure) { [self filmIsDone:failure]; });
+                                                [self](const Result<void>& film) { [self recordingHasEnded:film]; });
   _began = [NSDate timeIntervalSinceReferenceDate];
   _clock = Retain([NSTimer scheduledTimerWithTimeInterval:1
                                                    target:self
@@ -173,7 +182,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel orderFront:nil];
 }
 
-// Out of the way, in the corner where least happens.
+// To a corner that rarely matters.
 - (void)moveAside {
   const NSRect screen = [[NSScreen mainScreen] visibleFrame];
   [_panel setFrameOrigin:NSMakePoint(NSMaxX(screen) - NSWidth([_panel frame]) - kMargin, NSMinY(screen) + kMargin)];
@@ -192,10 +201,14 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   if (_recording) _recording->Stop();
 }
 
-- (void)filmIsDone:(const std::string&)failure {
+- (void)recordingHasEnded:(const Result<void>&)film {
   _recording.reset();
-  if (failure.empty()) return [self endWithFilm:_film];
-  TsLogWarning(@"Couldn't record the screen: %@", TsNSString(failure));
+  if (film) return [self endWithFilm:_film];
+  [self endWithFailure:film.error()];
+}
+
+- (void)endWithFailure:(const Failure&)failure {
+  TsLogWarning(@"Couldn't record the screen: %s", failure.message.c_str());
   [self endWithFilm:nil];
 }
 
@@ -210,7 +223,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   if (!_completion) return;
   const auto path = Retain(film);
   platform::MainQueue::Shared().Post(
-      [path, completion = std::exchange(_completion, nullptr)] { TellEnd(path, completion); });
+      [path, completion = std::exchange(_completion, nullptr)] { Announce(path, completion); });
 }
 
 - (BOOL)windowShouldClose:(id)sender {

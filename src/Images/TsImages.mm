@@ -5,18 +5,20 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Images/PictureFiles.h"
-#include "Platform/BackgroundQueue.h"
-#include "Platform/Cocoa.h"
+#include "Images/TsImageFiles.h"
 #include "Platform/FileWriting.h"
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
+#include "Platform/PreviewPanel.h"
 #include "Platform/Previews.h"
+#include "Platform/TemporaryFile.h"
+#include "Platform/WindowServer.h"
 
 namespace platform = tessaro::platform;
 
@@ -24,7 +26,7 @@ namespace {
 
 constexpr int kLargestPreview = 8192;
 
-// Pasteboard types whose data are image files that are kept, and those first that lose nothing.
+// Pasteboard types whose data are kept as they are; lossless formats first.
 struct ImageType {
   NSString* type;
   NSString* extension;
@@ -34,7 +36,7 @@ const ImageType kImageTypes[] = {
     {@"public.jpeg", @"jpg"}, {@"image/jpeg", @"jpg"}, {@"public.jpg", @"jpg"},
 };
 
-// FNV-1a: files of one name in several folders have several previews.
+// FNV-1a. Tells files of one name in several folders apart.
 std::string Fingerprint(std::string_view text) {
   std::uint64_t hash = 0xcbf29ce484222325;
   for (const char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001b3;
@@ -52,40 +54,42 @@ NSString* PreviewPath(NSString* path, int size, NSString* folder) {
   return [folder stringByAppendingPathComponent:name];
 }
 
-// nil, and a line in the log, when there is none.
-NSString* PathOf(const platform::WrittenPicture& written, NSString* what, NSString* path) {
-  if (!written.path.empty()) return TsNSString(written.path);
-  TsLogWarning(@"Couldn't %@ %@: %@", what, path, TsNSString(written.failure));
+// nil, and a warning, for a failure.
+NSString* PathOf(const Result<std::string>& written, NSString* verb, NSString* path) {
+  if (written) return TsNSString(*written);
+  TsLogWarning(@"Couldn't %@ %@: %s", verb, path, written.error().message.c_str());
   return nil;
 }
 
 NSString* CopiedImageFile(NSPasteboard* pasteboard) {
   for (NSPasteboardItem* item in [pasteboard pasteboardItems]) {
     NSString* path = [[NSURL URLWithString:[item stringForType:@"public.file-url"]] path];
-    if ([path ts_isWebImagePath]) return path;
+    const bool isImage = [path ts_isWebImagePath] ||
+                         [[NSImage imageUnfilteredFileTypes] containsObject:[[path pathExtension] lowercaseString]];
+    if (isImage) return path;
   }
   return nil;
 }
 
 struct ImageData {
   NSData* contents = nil;
-  NSString* extension = @"png";
+  NSString* extension = @"png";  // of the file that is written
 };
 
+// As it is on the pasteboard: this process decodes nothing that comes from outside.
 ImageData ImageDataOf(NSPasteboard* pasteboard) {
   for (const ImageType& each : kImageTypes) {
     NSData* contents = [pasteboard dataForType:each.type];
     if ([contents length] > 0) return {contents, each.extension};
   }
-  if (![NSImage canInitWithPasteboard:pasteboard]) return {};
-  auto image = Adopt([[NSImage alloc] initWithPasteboard:pasteboard]);
-  return {[image TIFFRepresentation]};
+  NSString* type = [pasteboard availableTypeFromArray:[NSImage imageUnfilteredPasteboardTypes]];
+  return {type != nil ? [pasteboard dataForType:type] : nil};
 }
 
 }  // namespace
 
 NSString* TsScaleImage(NSString* path, NSString* target, int maxWidth, int maxHeight) {
-  return PathOf(platform::ScaleImage(TsStdString(path), TsStdString(target), maxWidth, maxHeight), @"scale", path);
+  return PathOf(platform::ScaleImage({TsStdString(path), TsStdString(target), maxWidth, maxHeight}), @"scale", path);
 }
 
 void TsGeneratePreview(NSString* path, int size, NSString* folder, const TsCompletion& completion) {
@@ -93,11 +97,10 @@ void TsGeneratePreview(NSString* path, int size, NSString* folder, const TsCompl
   if (!isPossible) return platform::MainQueue::Shared().Post([completion] { completion(nil); });
   const int pixels = std::min(size, kLargestPreview);
   const std::string target = TsStdString(PreviewPath(path, pixels, folder));
-  platform::BackgroundQueue::Shared().Post([source = TsStdString(path), pixels, target, completion] {
-    const auto written = platform::WritePreview(source, pixels, target);
-    platform::MainQueue::Shared().Post(
-        [source, written, completion] { completion(PathOf(written, @"show", TsNSString(source))); });
-  });
+  platform::WritePreview(TsStdString(path), pixels, target,
+                         [source = Retain(path), completion](const Result<std::string>& written) {
+                           completion(PathOf(written, @"show", source));
+                         });
 }
 
 NSString* TsImageFromPasteboard(NSPasteboard* pasteboard, NSString* folder) {
@@ -108,12 +111,27 @@ NSString* TsImageFromPasteboard(NSPasteboard* pasteboard, NSString* folder) {
     TsLogInfo(@"There is no image on the pasteboard");
     return nil;
   }
-  const TsTemporaryPicture file(TsTemporaryPicturePath());
+  const platform::TemporaryFile file("");
   const std::string_view bytes(static_cast<const char*>([image.contents bytes]), [image.contents length]);
-  if (const std::error_code error = platform::ReplaceFile(file.path(), bytes)) {
+  const std::error_code error = platform::ReplaceTransientFile(file.path(), bytes);
+  if (error) {
     TsLogWarning(@"Couldn't write %s: %s", file.path().c_str(), error.message().c_str());
     return nil;
   }
   NSString* name = [@"Pasted Image" stringByAppendingPathExtension:image.extension];
   return TsScaleImage(TsNSString(file.path()), [[folder stringByAppendingPathComponent:name] ts_makeUniquePath], 0, 0);
+}
+
+void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsCompletion& closed) {
+  const bool isAvailable = platform::IsWindowServerAvailable();
+  if (!isAvailable) TsLogWarning(@"quickLook needs a window server, and none is available");
+  if (isAvailable && (window == nil || [paths count] == 0)) TsLogError(@"Need a window and files to look at");
+  if (!isAvailable || window == nil || [paths count] == 0) {
+    return platform::MainQueue::Shared().Post([closed] { closed(nil); });
+  }
+  std::vector<std::string> files;
+  for (NSString* path in paths) files.push_back(TsStdString(path));
+  const bool isInside = index >= 0 && static_cast<NSUInteger>(index) < [paths count];
+  platform::ShowPreviews(window, files, isInside ? static_cast<std::size_t>(index) : 0,
+                         [closed](const std::string& last) { closed(TsNSString(last)); });
 }

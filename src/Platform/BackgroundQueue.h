@@ -3,13 +3,16 @@
 #include <functional>
 #include <memory>
 
+#include "Base/Lifetime.h"
+
 namespace tessaro::platform {
 
-// Takes work that may block away from the main thread: a few worker threads, started when they are needed.
+// Takes work that may block away from the main thread, to a few worker threads. Not for jobs that wait for another
+// process or a server: those belong to the event loop, because a few of them would hold all workers.
 //
 // Post() may be called on any thread. Tasks start in the order in which they were posted and may overlap; each runs
-// with an autorelease pool, must not throw C++ exceptions, and touches neither script nor AppKit. A task that is still
-// running when the process ends is not waited for, and what waits is dropped.
+// with an autorelease pool, must not throw C++ exceptions, and touches neither script nor AppKit. When the script
+// environment ends, waiting tasks are destroyed; nothing waits for one that is running.
 class BackgroundQueue {
  public:
   using Task = std::function<void()>;
@@ -18,10 +21,15 @@ class BackgroundQueue {
 
   void Post(Task task) noexcept;
 
+  static constexpr EndStage kEnd = EndStage::Services;
+  void Close();
+
   BackgroundQueue(const BackgroundQueue&) = delete;
   BackgroundQueue& operator=(const BackgroundQueue&) = delete;
 
  private:
+  friend class Forever<BackgroundQueue>;
+
   BackgroundQueue();
   ~BackgroundQueue();
 

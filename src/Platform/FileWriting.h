@@ -15,6 +15,11 @@ enum class NewFile { ForUserOnly, AsUsual };
 [[nodiscard]] std::error_code ReplaceFile(const std::filesystem::path& file, std::string_view contents,
                                           NewFile access = NewFile::ForUserOnly) noexcept;
 
+// The same for a file that can be made again, and so needn't survive a power failure: doesn't wait for the disk, which
+// takes many times longer than the rest. A new file is for the user only.
+[[nodiscard]] std::error_code ReplaceTransientFile(const std::filesystem::path& file,
+                                                   std::string_view contents) noexcept;
+
 // Appends to a file, or creates it. After an error the file is as long as before.
 [[nodiscard]] std::error_code AppendToFile(const std::filesystem::path& file, std::string_view contents,
                                            NewFile access = NewFile::ForUserOnly) noexcept;

@@ -14,8 +14,8 @@ namespace tessaro::platform {
 // posted, on a later turn of the loop, never inside Post(), each with an autorelease pool. They must not throw C++
 // exceptions; an Objective-C exception ends the task and is logged.
 //
-// Waiting work does not keep the process alive. What has not run when the queue is detached is dropped, and so is
-// everything posted later.
+// Waiting tasks do not keep the process alive. Tasks that have not run when the queue is detached are destroyed there,
+// before the services that they may use; tasks that are posted later are never run.
 class MainQueue {
  public:
   using Task = std::function<void()>;
@@ -25,11 +25,10 @@ class MainQueue {
   // Whether the caller runs on the process's main thread; needs no attached queue.
   [[nodiscard]] static bool IsMainThread();
 
-  // Joins and leaves the event loop. Main thread only; attaching twice is allowed, and so is detaching twice.
+  // Joins the event loop, and leaves it, which also happens when the script environment ends. Main thread only;
+  // attaching twice is allowed, and so is detaching twice.
   void Attach();
   void Detach();
-  static constexpr EndStage kEnd = EndStage::MainQueue;
-  void Close() { Detach(); }
 
   [[nodiscard]] bool IsCurrent() const { return IsMainThread(); }
 
@@ -41,6 +40,7 @@ class MainQueue {
 
  private:
   friend class Forever<MainQueue>;
+
   MainQueue();
   ~MainQueue();
 

@@ -6,11 +6,9 @@
 
 namespace tessaro::platform {
 
-// Writes a PNG that shows what is in a file: an image, the first page of a PDF, or the beginning of a text. It is at
-// most `size` pixels wide and high; images that are smaller keep their size. `target` is a file, which is replaced at
-// once and completely.
-//
-// Any thread; waits for at most half a minute.
-[[nodiscard]] WrittenPicture WritePreview(const std::string& source, int size, const std::string& target) noexcept;
+// Writes a PNG that shows the contents of a file: an image, the first page of a PDF, or the beginning of a text. It is
+// at most `size` pixels wide and high; smaller images keep their size. `target` is a file, which is replaced at once
+// and completely. A preview takes at most ten seconds; slow ones don't hold up others. Main thread only.
+void WritePreview(const std::string& source, int size, const std::string& target, PictureWritten written) noexcept;
 
 }  // namespace tessaro::platform

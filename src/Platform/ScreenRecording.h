@@ -6,39 +6,46 @@
 #include <string>
 #include <vector>
 
+#include "Base/Result.h"
+
+// Pictures and films of a display. Displays are numbered; 0 is the main one. Main thread only; nothing throws.
+// Functions given here are called once, on a later turn of the main queue.
 namespace tessaro::platform {
 
-// A part of the display, in pixels from its upper left. Without a size, all of it.
+// A part of a display, in points from its upper left corner. Without a size, all of it.
 struct ScreenArea {
-  int x = 0;
-  int y = 0;
-  int width = 0;
-  int height = 0;
+  int display = 0;
+  double x = 0;
+  double y = 0;
+  double width = 0;
+  double height = 0;
 };
 
-// What is on the display: three bytes a pixel, red first, row by row from the top. Empty when it can't be had.
+// Three bytes a pixel, red first, row by row from the top.
 struct ScreenPicture {
   int width = 0;
   int height = 0;
   std::vector<std::uint8_t> rgb;
 };
 
-// Main thread only.
-[[nodiscard]] ScreenPicture CaptureScreen() noexcept;
+// Asks for permission to see the screen, where the system, or the user, has to give one: without it there may be
+// pictures of the desktop's background only. A failure says why nothing can be captured or recorded.
+void RequestScreenAccess(std::function<void(const Result<void>& access)> answer) noexcept;
 
-// A film of what is on the display, without sound. Main thread only.
+void CaptureDisplay(int display, std::function<void(const Result<ScreenPicture>& picture)> captured) noexcept;
+
+// A film of an area, without sound.
 class ScreenRecording {
  public:
-  // Told once, on a later turn of the event loop, with the reason when there is no film.
-  using Ended = std::function<void(const std::string& failure)>;
+  using Ended = std::function<void(const Result<void>& film)>;
 
   virtual ~ScreenRecording() = default;
 
-  // Why this session can't be recorded; empty when it can.
-  [[nodiscard]] static std::string Obstacle() noexcept;
+  // Of the files that this system writes, MP4 or QuickTime, with the dot.
+  [[nodiscard]] static std::string FilmExtension() noexcept;
 
-  // Begins an MP4 file, which appears at `path` when it is complete; that is after an hour, unless it is stopped
-  // before. It ends with this object, and with the process; what was recorded is then lost.
+  // Begins a film, which appears at `path` when it is complete: when it is stopped, or after an hour. A recording whose
+  // object or process ends earlier is lost.
   [[nodiscard]] static std::unique_ptr<ScreenRecording> Start(const std::string& path, const ScreenArea& area,
                                                               Ended ended) noexcept;
 

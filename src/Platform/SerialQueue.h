@@ -8,7 +8,7 @@ namespace tessaro::platform {
 // Runs tasks away from the main thread, one after the other, in the order in which they were posted.
 //
 // Post() may be called on any thread. Each task runs with an autorelease pool and must not throw C++ exceptions. Tasks
-// that were posted run even when the queue is gone by then, unless the process ends before.
+// run even when the queue is destroyed meanwhile, unless the process ends before.
 class SerialQueue {
  public:
   using Task = std::function<void()>;

@@ -79,6 +79,17 @@ void background(ProbeArguments args) {
       });
 }
 
+// Waits for the end of the process with a task that posts when it is destroyed.
+void postFromDestructor(ProbeArguments) {
+  struct Poster {
+    ~Poster() {
+      platform::MainQueue::Shared().Post([] {});
+    }
+  };
+  const auto poster = std::make_shared<Poster>();
+  platform::MainQueue::Shared().PostDelayed(std::chrono::hours(1), [poster] {});
+}
+
 void raiseOnMainQueue(ProbeArguments) {
   platform::MainQueue::Shared().Post([] { [NSException raise:@"TsProbe" format:@"raised by a test"]; });
 }
@@ -105,6 +116,7 @@ void AttachPlatformProbe(v8::Local<v8::Object> exports) {
   PROBE(postDelayed);
   PROBE(postFromThreads);
   PROBE(background);
+  PROBE(postFromDestructor);
   PROBE(raiseOnMainQueue);
   PROBE(kernelVariable);
   PROBE(logDirectory);

@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "CaptureProbe.h"
 #include "CompositionProbe.h"
 #include "DialogProbe.h"
 #include "IntegrationProbe.h"
@@ -42,6 +43,7 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
   AttachMacBodiesProbe(AddProbeObject(probe, "macBodies"));
   AttachDialogProbe(AddProbeObject(probe, "dialogs"));
+  AttachCaptureProbe(AddProbeObject(probe, "capture"));
 }
 
 }  // namespace

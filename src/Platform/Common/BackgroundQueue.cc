@@ -17,47 +17,47 @@ constexpr std::size_t kMostWorkers = 4;
 
 }  // namespace
 
-// Shared with the workers, which are detached: the end of the process must not wait for a task that hangs.
+// Shared with the workers, which are detached: the process must not wait at its end for a task that hangs.
 struct BackgroundQueue::Body {
   std::mutex mutex;
   std::condition_variable work;
   std::deque<Task> waiting;
   std::size_t workers = 0;
   std::size_t idle = 0;
-  bool closed = false;
 
   static void Work(const std::shared_ptr<Body>& body) {
     const CocoaThread registration;
-    while (const Task task = body->Next()) WithAutoreleasePool(task);
+    for (;;) WithAutoreleasePool(body->Next());
   }
 
-  // Empty when the queue is closed.
   Task Next() {
     std::unique_lock lock(mutex);
     ++idle;
-    work.wait(lock, [this] { return closed || !waiting.empty(); });
+    work.wait(lock, [this] { return !waiting.empty(); });
     --idle;
-    if (closed) return {};
     Task task = std::move(waiting.front());
     waiting.pop_front();
     return task;
   }
 
-  void Close() {
+  std::deque<Task> TakeAll() {
     const std::lock_guard lock(mutex);
-    closed = true;
-    waiting.clear();
-    work.notify_all();
+    return std::exchange(waiting, {});
   }
 };
 
 BackgroundQueue& BackgroundQueue::Shared() {
-  static BackgroundQueue queue;
-  return queue;
+  static Forever<BackgroundQueue> queue;
+  return *queue;
 }
 
 BackgroundQueue::BackgroundQueue() : body_(std::make_shared<Body>()) {}
-BackgroundQueue::~BackgroundQueue() { body_->Close(); }
+BackgroundQueue::~BackgroundQueue() = default;
+
+void BackgroundQueue::Close() {
+  // Outside the lock: what a task owns may post when it is destroyed.
+  WithAutoreleasePool([this] { body_->TakeAll().clear(); });
+}
 
 void BackgroundQueue::Post(Task task) noexcept {
   const std::lock_guard lock(body_->mutex);
@@ -68,7 +68,7 @@ void BackgroundQueue::Post(Task task) noexcept {
     std::thread(Body::Work, body_).detach();
     ++body_->workers;
   } catch (const std::system_error&) {
-    // The system has no thread to give. The task waits for a worker that there is, or for the next post to try again.
+    // The system is out of threads: the task waits for an idle worker, or for the next post to try again.
   }
 }
 

@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 constexpr int kMostLinks = 40;
 constexpr int kMostNames = 16;
 
+enum class Durability { OnDisk, Transient };
+
 std::error_code LastError() { return {errno, std::generic_category()}; }
 
 std::error_code ErrorOf(std::errc code) { return std::make_error_code(code); }
@@ -103,9 +105,10 @@ class Replacement {
     return file_ ? WriteAll(file_.get(), contents) : LastError();
   }
 
-  [[nodiscard]] std::error_code TakePlaceOf(const fs::path& target, const Present& present) {
+  [[nodiscard]] std::error_code TakePlaceOf(const fs::path& target, const Present& present, Durability durability) {
     if (present.isThere && fchmod(file_.get(), present.mode) != 0) return LastError();
-    if (fsync(file_.get()) != 0 || rename(name_.c_str(), target.c_str()) != 0) return LastError();
+    if (durability == Durability::OnDisk && fsync(file_.get()) != 0) return LastError();
+    if (rename(name_.c_str(), target.c_str()) != 0) return LastError();
     name_.clear();
     return {};
   }
@@ -123,9 +126,7 @@ class Replacement {
   FileDescriptor file_;
 };
 
-}  // namespace
-
-std::error_code ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+std::error_code Replace(const fs::path& file, std::string_view contents, NewFile access, Durability durability) {
   std::error_code error;
   const fs::path target = TargetOf(file, error);
   if (error) return error;
@@ -133,9 +134,19 @@ std::error_code ReplaceFile(const fs::path& file, std::string_view contents, New
   if (present.error) return present.error;
   Replacement replacement(target, present.isThere ? ModeOf(NewFile::ForUserOnly) : ModeOf(access));
   if ((error = replacement.Write(contents))) return error;
-  if ((error = replacement.TakePlaceOf(target, present))) return error;
-  FlushFolderOf(target);
+  if ((error = replacement.TakePlaceOf(target, present, durability))) return error;
+  if (durability == Durability::OnDisk) FlushFolderOf(target);
   return {};
+}
+
+}  // namespace
+
+std::error_code ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+  return Replace(file, contents, access, Durability::OnDisk);
+}
+
+std::error_code ReplaceTransientFile(const fs::path& file, std::string_view contents) noexcept {
+  return Replace(file, contents, NewFile::ForUserOnly, Durability::Transient);
 }
 
 std::error_code AppendToFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {

@@ -3,7 +3,6 @@
 #include "Capture/TsScreenRecorder.h"
 #import "Extensions/NSString+TsPath.h"
 #include "Images/TsImages.h"
-#include "Images/TsPreviewPanel.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/ReturnValues.h"
 #include "TessaroNative/handlers/WindowArgument.h"

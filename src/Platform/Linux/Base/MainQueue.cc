@@ -22,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 
 struct DelayedTask {
   Clock::time_point due;
-  std::uint64_t order;  // tells tasks of the same moment apart
+  std::uint64_t order;  // of tasks that are due at the same moment
   MainQueue::Task task;
 };
 
@@ -37,53 +37,61 @@ struct MainQueue::Body {
   std::mutex mutex;
   std::deque<Task> ready;
   std::vector<DelayedTask> delayed;
+  // Posted while the queue was detached. Their thread may be any, and what they own may belong to a script environment
+  // that has ended: they are neither run nor destroyed.
+  std::vector<Task> dropped;
   std::uint64_t posted = 0;
   // Both exist while the queue is attached.
   UvHandle<uv_async_t> wake;
   UvHandle<uv_timer_t> timer;
 
-  void Attach() {
+  // False when it was attached already.
+  bool Attach() {
     const std::lock_guard lock(mutex);
-    if (wake) return;
+    if (wake) return false;
     timer = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
     wake = MakeUvHandle<uv_async_t>(this, uv_async_init, [](uv_async_t* handle) { OwnerOf<Body>(handle).Run(); });
     if (!wake) TsLogTextError("The event loop has no room for the main queue: nothing posted to it will run");
+    return true;
   }
 
   void Detach() {
-    std::unique_lock lock(mutex);
-    wake.reset();
-    timer.reset();
-    auto undone = std::exchange(ready, {});
-    auto late = std::exchange(delayed, {});
-    lock.unlock();
-    // The objects that these tasks hold may post at their end, and may need a pool.
+    std::deque<Task> waiting;
+    std::vector<DelayedTask> later;
+    {
+      const std::lock_guard lock(mutex);
+      wake.reset();
+      timer.reset();
+      waiting.swap(ready);
+      later.swap(delayed);
+    }
+    // Outside the lock: what a task owns may post when it is destroyed.
     WithAutoreleasePool([&] {
-      undone.clear();
-      late.clear();
+      waiting.clear();
+      later.clear();
     });
   }
 
   void Post(Task task) {
     const std::lock_guard lock(mutex);
-    if (!wake) return;
+    if (!wake) return dropped.push_back(std::move(task));
     ready.push_back(std::move(task));
     uv_async_send(wake.get());
   }
 
   void PostDelayed(std::chrono::milliseconds delay, Task task) {
     const std::lock_guard lock(mutex);
-    if (!wake) return;
+    if (!wake) return dropped.push_back(std::move(task));
     delayed.push_back({Clock::now() + delay, ++posted, std::move(task)});
     std::push_heap(delayed.begin(), delayed.end(), IsLater);
     uv_async_send(wake.get());
   }
 
  private:
-  // Runs only what is waiting now: tasks that post again must leave the loop a turn for everything else.
+  // Runs only the tasks that wait now: the loop's other work gets a turn before the tasks that these post.
   void Run() {
     for (Task& task : Take()) {
-      // What a task keeps alive may go with it, and may need the pool for that.
+      // The task is destroyed inside the pool: so may be the objects that it owns.
       WithAutoreleasePool([&task] { std::exchange(task, nullptr)(); });
     }
     StartTimer();
@@ -102,7 +110,7 @@ struct MainQueue::Body {
     const std::lock_guard lock(mutex);
     if (!timer || delayed.empty()) return;
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(delayed.front().due - Clock::now());
-    // The loop's clock stands still while tasks run.
+    // The loop's clock has stood still while tasks ran.
     uv_update_time(uv_default_loop());
     uv_timer_start(
         timer.get(), [](uv_timer_t* handle) { OwnerOf<Body>(handle).Run(); },
@@ -120,7 +128,10 @@ MainQueue::~MainQueue() = default;
 
 bool MainQueue::IsMainThread() { return getpid() == static_cast<pid_t>(syscall(SYS_gettid)); }
 
-void MainQueue::Attach() { body_->Attach(); }
+void MainQueue::Attach() {
+  if (body_->Attach()) AtEnd(EndStage::MainQueue, [this] { Detach(); });
+}
+
 void MainQueue::Detach() { body_->Detach(); }
 void MainQueue::Post(Task task) noexcept { body_->Post(std::move(task)); }
 void MainQueue::PostDelayed(std::chrono::milliseconds delay, Task task) noexcept {

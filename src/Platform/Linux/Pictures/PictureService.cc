@@ -1,170 +1,202 @@
-#include "Platform/Linux/Pictures/PictureService.h"
+// The picture jobs of this process, seen from its main thread: the pipes of their replies are watched by the event
+// loop, so that no job holds a thread.
 
-#include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
-#include <filesystem>
-#include <mutex>
-#include <system_error>
+#include <deque>
+#include <memory>
+#include <utility>
+#include <vector>
 
-#include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/OwnDirectory.h"
+#include "Base/Lifetime.h"
+#include "Base/UvHandle.h"
+#include "Platform/ImageScaling.h"
+#include "Platform/Linux/Pictures/DecoderProgram.h"
+#include "Platform/MainQueue.h"
 #include "Platform/Previews.h"
-
-extern char** environ;
 
 namespace tessaro::platform {
 
 namespace {
 
 using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
-constexpr char kProgram[] = "TessaroPictures";
-// The program ends its jobs a little earlier.
-constexpr auto kPatience = 35s;
+// The decoder ends its jobs a little earlier than this process stops waiting.
+constexpr milliseconds kGrace = 200ms;
+constexpr milliseconds kLongestWait = 2s;
+constexpr milliseconds kLongestJob = 10s;
+// A job that takes longer no longer counts as quick, and lets the next one begin.
+constexpr milliseconds kQuick = 1s;
+constexpr std::size_t kMostQuick = 4;
+constexpr std::size_t kMostJobs = 8;
 
-std::string LastError(const char* what) { return std::string(what) + ": " + std::strerror(errno); }
+class PictureService;
 
-class SpawnActions {
+// A job under way.
+class RunningJob {
  public:
-  SpawnActions() { posix_spawn_file_actions_init(&actions_); }
-  SpawnActions(const SpawnActions&) = delete;
-  ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
+  RunningJob(PictureService& service, FileDescriptor reply, PictureWritten written)
+      : service_(service), reply_(std::move(reply)), written_(std::move(written)) {}
 
-  posix_spawn_file_actions_t* get() { return &actions_; }
+  [[nodiscard]] bool isQuick() const { return isQuick_; }
+
+  // False when the event loop can't watch the job.
+  [[nodiscard]] bool Watch();
 
  private:
-  posix_spawn_file_actions_t actions_;
+  void Read();
+  void TimePasses();
+  void End(const Result<std::string>& path);
+
+  PictureService& service_;
+  FileDescriptor reply_;
+  PictureWritten written_;
+  std::string text_;
+  bool isQuick_ = true;
+  UvHandle<uv_poll_t> poll_;
+  UvHandle<uv_timer_t> timer_;
 };
 
-int Spawn(const std::string& program, int socket, pid_t& process) {
-  SpawnActions actions;
-  posix_spawn_file_actions_adddup2(actions.get(), socket, STDIN_FILENO);
-  posix_spawn_file_actions_addopen(actions.get(), STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addopen(actions.get(), STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  posix_spawn_file_actions_addclosefrom_np(actions.get(), STDERR_FILENO + 1);
-  std::array<char*, 2> words = {const_cast<char*>(program.c_str()), nullptr};
-  return posix_spawn(&process, program.c_str(), actions.get(), nullptr, words.data(), environ);
+void Deliver(const PictureWritten& written, const Result<std::string>& path) {
+  MainQueue::Shared().Post([written, path] { written(path); });
 }
 
-// The program while it runs.
-class Program {
+class PictureService {
  public:
-  // Never destroyed: a job may be under way when the process ends. The program ends with its socket.
-  static Program& Shared() {
-    static auto& program = *new Program();
-    return program;
+  static constexpr EndStage kEnd = EndStage::Services;
+
+  static PictureService& Shared() {
+    static Forever<PictureService> service;
+    return *service;
   }
 
-  // Empty when the job has been handed over, with the end of a pipe for its answer.
-  [[nodiscard]] std::string HandOver(const std::string& job, int answer) {
-    const std::lock_guard lock(mutex_);
-    // One that has ended meanwhile, for whatever reason, is started anew.
-    if (socket_ && Send(job, answer)) return {};
-    if (std::string failure = Start(); !failure.empty()) return failure;
-    return Send(job, answer) ? std::string() : LastError("the job could not be handed over");
-  }
+  [[nodiscard]] Result<std::string> Wait(PictureJob job);
+  void Enqueue(PictureJob job, PictureWritten written);
+  void Remove(const RunningJob& job);
+  void StartWaiting();
+  void Close();
 
  private:
-  Program() = default;
+  struct WaitingJob {
+    PictureJob job;
+    PictureWritten written;
+  };
 
-  [[nodiscard]] std::string Start() {
-    if (process_ > 0) waitpid(process_, nullptr, WNOHANG);
-    std::array<int, 2> ends{};
-    if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return LastError("socketpair");
-    socket_ = FileDescriptor(ends[0]);
-    const FileDescriptor theirs(ends[1]);
-    const std::string program = OwnDirectory() / kProgram;
-    const int error = Spawn(program, theirs.get(), process_);
-    if (error == 0) return {};
-    socket_ = FileDescriptor();
-    process_ = 0;
-    return program + ": " + std::strerror(error);
-  }
+  [[nodiscard]] bool HasRoom() const;
+  void Start(const WaitingJob& next);
 
-  [[nodiscard]] bool Send(const std::string& job, int answer) const {
-    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof answer)> control{};
-    iovec text{const_cast<char*>(job.data()), job.size()};
-    msghdr message{};
-    message.msg_iov = &text;
-    message.msg_iovlen = 1;
-    message.msg_control = control.data();
-    message.msg_controllen = control.size();
-    cmsghdr* passed = CMSG_FIRSTHDR(&message);
-    passed->cmsg_level = SOL_SOCKET;
-    passed->cmsg_type = SCM_RIGHTS;
-    passed->cmsg_len = CMSG_LEN(sizeof answer);
-    std::memcpy(CMSG_DATA(passed), &answer, sizeof answer);
-    return TEMP_FAILURE_RETRY(sendmsg(socket_.get(), &message, MSG_NOSIGNAL)) >= 0;
-  }
-
-  std::mutex mutex_;
-  FileDescriptor socket_;
-  pid_t process_ = 0;
+  DecoderProgram program_;
+  std::deque<WaitingJob> waiting_;
+  std::vector<std::unique_ptr<RunningJob>> running_;
 };
 
-// All that comes through the pipe until it is closed. What takes longer than anybody waits is left out.
-std::string ReadToEnd(int pipe) {
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+bool RunningJob::Watch() {
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, reply_.get());
+  timer_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+  if (!poll_ || !timer_) return false;
+  uv_timer_start(
+      timer_.get(), [](uv_timer_t* timer) { OwnerOf<RunningJob>(timer).TimePasses(); }, kQuick.count(),
+      (kLongestJob - kQuick).count());
+  return uv_poll_start(poll_.get(), UV_READABLE | UV_DISCONNECT,
+                       [](uv_poll_t* poll, int, int) { OwnerOf<RunningJob>(poll).Read(); }) == 0;
+}
+
+void RunningJob::Read() {
+  std::array<char, 4096> piece;
+  ssize_t length = 0;
+  while ((length = TEMP_FAILURE_RETRY(read(reply_.get(), piece.data(), piece.size()))) > 0) {
+    text_.append(piece.data(), static_cast<std::size_t>(length));
+  }
+  if (length < 0 && errno == EAGAIN) return;
+  End(ParsePictureReply(text_));
+}
+
+void RunningJob::TimePasses() {
+  if (!std::exchange(isQuick_, false)) return End(Fail("the decoder does not answer"));
+  service_.StartWaiting();
+}
+
+// This object is gone afterwards.
+void RunningJob::End(const Result<std::string>& path) {
+  Deliver(written_, path);
+  service_.Remove(*this);
+}
+
+Result<std::string> PictureService::Wait(PictureJob job) {
+  const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+  job.milliseconds = static_cast<int>((kLongestWait - kGrace).count());
+  const auto reply = program_.Begin(job);
+  if (!reply) return tl::unexpected(reply.error());
   std::string text;
   std::array<char, 4096> piece;
   for (;;) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    pollfd waited{pipe, POLLIN, 0};
-    if (left <= 0ms || TEMP_FAILURE_RETRY(poll(&waited, 1, static_cast<int>(left.count()))) <= 0) return {};
-    const ssize_t length = TEMP_FAILURE_RETRY(read(pipe, piece.data(), piece.size()));
-    if (length <= 0) return text;
+    const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+    if (left <= 0ms) return Fail("the decoder does not answer");
+    pollfd ready{reply->get(), POLLIN, 0};
+    if (poll(&ready, 1, static_cast<int>(left.count())) <= 0) continue;
+    const ssize_t length = TEMP_FAILURE_RETRY(read(reply->get(), piece.data(), piece.size()));
+    if (length <= 0) return ParsePictureReply(text);
     text.append(piece.data(), static_cast<std::size_t>(length));
   }
 }
 
-// The program has a working directory of its own.
-PictureJob AtHome(PictureJob job) {
-  std::error_code error;
-  for (std::string* path : {&job.source, &job.target}) {
-    if (!path->empty()) *path = std::filesystem::absolute(*path, error).native();
-  }
-  return job;
+void PictureService::Enqueue(PictureJob job, PictureWritten written) {
+  job.milliseconds = static_cast<int>((kLongestJob - kGrace).count());
+  waiting_.push_back({std::move(job), std::move(written)});
+  StartWaiting();
 }
 
-WrittenPicture Answer(const std::string& text) {
-  if (text.empty()) return {{}, "it takes too long, or breaks its reader"};
-  if (text.front() == kPictureWritten) return {text.substr(1), {}};
-  return {{}, text.substr(1)};
+bool PictureService::HasRoom() const {
+  const auto quick = std::ranges::count_if(running_, [](const auto& job) { return job->isQuick(); });
+  return static_cast<std::size_t>(quick) < kMostQuick && running_.size() < kMostJobs;
+}
+
+void PictureService::StartWaiting() {
+  while (!waiting_.empty() && HasRoom()) {
+    const WaitingJob next = std::move(waiting_.front());
+    waiting_.pop_front();
+    Start(next);
+  }
+}
+
+void PictureService::Start(const WaitingJob& next) {
+  auto reply = program_.Begin(next.job);
+  if (!reply) return Deliver(next.written, tl::unexpected(reply.error()));
+  auto job = std::make_unique<RunningJob>(*this, std::move(*reply), next.written);
+  if (!job->Watch()) return Deliver(next.written, Fail("the event loop can't watch the decoder"));
+  running_.push_back(std::move(job));
+}
+
+void PictureService::Remove(const RunningJob& ended) {
+  std::erase_if(running_, [&ended](const auto& job) { return job.get() == &ended; });
+  StartWaiting();
+}
+
+void PictureService::Close() {
+  waiting_.clear();
+  running_.clear();
 }
 
 }  // namespace
 
-WrittenPicture HaveDone(const PictureJob& job) noexcept {
-  if ((job.source + job.target).find('\0') != std::string::npos) return {{}, "a path has a NUL character"};
-  const std::string encoded = AtHome(job).Encoded();
-  if (encoded.size() > PictureJob::kMostBytes) return {{}, "a path is too long"};
-  std::array<int, 2> ends{};
-  if (pipe2(ends.data(), O_CLOEXEC) != 0) return {{}, LastError("pipe")};
-  const FileDescriptor answer(ends[0]);
-  {
-    const FileDescriptor theirs(ends[1]);
-    if (std::string failure = Program::Shared().HandOver(encoded, theirs.get()); !failure.empty()) {
-      return {{}, failure};
-    }
-  }
-  return Answer(ReadToEnd(answer.get()));
+Result<std::string> ScaleImage(const ImageCopy& copy) noexcept {
+  return PictureService::Shared().Wait(
+      {PictureJob::Kind::Scale, copy.maxWidth, copy.maxHeight, 0, copy.source, copy.target});
 }
 
-WrittenPicture ScaleImage(const std::string& source, const std::string& target, int maxWidth, int maxHeight) noexcept {
-  return HaveDone({PictureJob::Kind::Scale, maxWidth, maxHeight, source, target});
+void ScaleImage(const ImageCopy& copy, PictureWritten written) noexcept {
+  PictureService::Shared().Enqueue(
+      {PictureJob::Kind::Scale, copy.maxWidth, copy.maxHeight, 0, copy.source, copy.target}, std::move(written));
 }
 
-WrittenPicture WritePreview(const std::string& source, int size, const std::string& target) noexcept {
-  return HaveDone({PictureJob::Kind::Preview, size, size, source, target});
+void WritePreview(const std::string& source, int size, const std::string& target, PictureWritten written) noexcept {
+  PictureService::Shared().Enqueue({PictureJob::Kind::Preview, size, size, 0, source, target}, std::move(written));
 }
 
 }  // namespace tessaro::platform

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "Platform/ImageScaling.h"
+#include <string>
+
+#include "Base/Result.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
 
 namespace tessaro::platform {
 
-// What the jobs do, in the process that is theirs. Nothing throws.
+// The jobs, in a process of their own. They return the path of the file that they wrote. Nothing throws.
 
-[[nodiscard]] WrittenPicture MakeScaledCopy(const PictureJob& job);
-[[nodiscard]] WrittenPicture MakePreview(const PictureJob& job);
+[[nodiscard]] Result<std::string> MakeScaledCopy(const PictureJob& job);
+[[nodiscard]] Result<std::string> MakePreview(const PictureJob& job);
 
 }  // namespace tessaro::platform

@@ -10,13 +10,14 @@
 
 namespace tessaro::platform {
 
-// What the program beside the module is asked to do, and how it is said: texts, each ended by a NUL.
+// A job for the decoder program, and its encoding: texts, each ended by a NUL.
 struct PictureJob {
   enum class Kind : std::uint8_t { Scale, Preview };
 
   Kind kind = Kind::Scale;
   int maxWidth = 0;
   int maxHeight = 0;
+  int milliseconds = 0;  // after which the decoder ends itself
   std::string source;
   std::string target;
 
@@ -24,7 +25,9 @@ struct PictureJob {
 
   [[nodiscard]] std::string Encoded() const {
     std::string bytes;
-    for (const int number : {static_cast<int>(kind), maxWidth, maxHeight}) bytes += std::to_string(number) + '\0';
+    for (const int number : {static_cast<int>(kind), maxWidth, maxHeight, milliseconds}) {
+      bytes += std::to_string(number) + '\0';
+    }
     return bytes + source + '\0' + target + '\0';
   }
 
@@ -34,17 +37,17 @@ struct PictureJob {
       words.emplace_back(bytes.substr(0, end));
       bytes.remove_prefix(end + 1);
     }
-    if (words.size() != 5) return std::nullopt;
-    std::array<int, 3> numbers{};
+    std::array<int, 4> numbers{};
+    if (words.size() != numbers.size() + 2) return std::nullopt;
     for (std::size_t i = 0; i < numbers.size(); ++i) {
       std::from_chars(words[i].data(), words[i].data() + words[i].size(), numbers[i]);
     }
-    return PictureJob{numbers[0] == static_cast<int>(Kind::Preview) ? Kind::Preview : Kind::Scale, numbers[1],
-                      numbers[2], words[3], words[4]};
+    const auto [kind, maxWidth, maxHeight, milliseconds] = numbers;
+    return PictureJob{static_cast<Kind>(kind), maxWidth, maxHeight, milliseconds, words[4], words[5]};
   }
 };
 
-// The answer's first byte; the path or the reason follows.
+// The first byte of the reply; the path, or the reason of the failure, follows.
 inline constexpr char kPictureWritten = '+';
 inline constexpr char kPictureFailed = '-';
 

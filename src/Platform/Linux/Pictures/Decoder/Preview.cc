@@ -1,8 +1,7 @@
 #include <array>
 #include <string>
-#include <system_error>
 
-#include "Platform/FileWriting.h"
+#include "Platform/Linux/Pictures/Decoder/ImageWriting.h"
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/SourceFile.h"
 
@@ -10,10 +9,11 @@ namespace tessaro::platform {
 
 namespace {
 
+constexpr char kPreviewFormat[] = ".png[strip]";
 constexpr std::size_t kMostText = 16384;
 constexpr std::size_t kMostLine = 400;
 constexpr int kMostLines = 70;
-// Like a sheet of paper.
+// Width to height, as of a sheet of paper.
 constexpr double kPageShape = 0.75;
 constexpr double kMargin = 0.06;
 constexpr double kLinesPerPage = 55;
@@ -43,14 +43,14 @@ bool HasControls(const std::string& bytes) {
   return false;
 }
 
-// The last character may have been cut.
+// Without a last character that was cut off.
 std::string ValidBeginning(const std::string& bytes) {
   const char* end = nullptr;
   g_utf8_validate(bytes.data(), static_cast<gssize>(bytes.size()), &end);
   return {bytes.data(), end};
 }
 
-// Empty for what is no text.
+// Empty for anything but text.
 std::string AsUtf8(std::string bytes) {
   if (bytes.starts_with("\xff\xfe") || bytes.starts_with("\xfe\xff")) {
     bytes.resize(bytes.size() / 2 * 2);
@@ -63,7 +63,7 @@ std::string AsUtf8(std::string bytes) {
   return bytes.size() - valid.size() <= kLongestCut ? valid : Converted(bytes, "WINDOWS-1252");
 }
 
-// As many lines as a page shows at most, and none of them without end.
+// The lines that fit on a page, each cut to a reasonable length.
 std::string PageOf(const std::string& text) {
   std::string page;
   std::size_t start = 0;
@@ -79,7 +79,7 @@ VipsImagePtr DrawnText(const std::string& text, int size) {
   const GTextPtr markup(g_markup_escape_text(text.data(), static_cast<gssize>(text.size())));
   const int width = std::max(1, static_cast<int>(size * kPageShape));
   const int margin = static_cast<int>(size * kMargin);
-  // A line of ten points is about twelve high, and there are 72 to the inch.
+  // A line of 10-point text is about 12 points high; an inch has 72 points.
   const int resolution = std::max(10, static_cast<int>(size / kLinesPerPage / 12 * 72));
   VipsImage* made = nullptr;
   if (vips_text(&made, markup.get(), "font", "Sans 10", "width", std::max(1, width - 2 * margin), "dpi", resolution,
@@ -103,30 +103,18 @@ VipsImagePtr DrawnImage(const SourceFile& file, int size) {
   return file.Decode({size, size, file.isVector() ? VIPS_SIZE_BOTH : VIPS_SIZE_DOWN});
 }
 
-WrittenPicture Written(const VipsImagePtr& image, const std::string& target) {
-  void* bytes = nullptr;
-  std::size_t size = 0;
-  if (!image || vips_image_write_to_buffer(image.get(), ".png[strip]", &bytes, &size, nullptr) != 0) {
-    return {{}, VipsFailure()};
-  }
-  const GTextPtr owner(static_cast<char*>(bytes));
-  if (const std::error_code error = ReplaceFile(target, {owner.get(), size})) {
-    return {{}, target + ": " + error.message()};
-  }
-  return {target, {}};
-}
-
 }  // namespace
 
-WrittenPicture MakePreview(const PictureJob& job) {
-  SourceFile file(job.source);
-  if (!file.failure().empty()) return {{}, file.failure()};
-  if (file.ReadHeader()) return Written(DrawnImage(file, job.maxWidth), job.target);
-  // What is an image, but no good one, is not shown as a text either.
-  if (!file.format().empty()) return {{}, file.failure()};
-  const std::string text = PageOf(AsUtf8(Beginning(file)));
-  if (text.empty()) return {{}, "it is neither an image, nor a PDF, nor a text"};
-  return Written(DrawnText(text, job.maxWidth), job.target);
+Result<std::string> MakePreview(const PictureJob& job) {
+  auto file = SourceFile::Open(job.source);
+  if (!file) return tl::unexpected(file.error());
+  const auto header = file->ReadHeader();
+  if (header) return SaveImage(DrawnImage(*file, job.maxWidth), kPreviewFormat, job.target);
+  // A broken image is not shown as text.
+  if (!file->format().empty()) return tl::unexpected(header.error());
+  const std::string text = PageOf(AsUtf8(Beginning(*file)));
+  if (text.empty()) return Fail("the file is neither an image, nor a PDF, nor a text");
+  return SaveImage(DrawnText(text, job.maxWidth), kPreviewFormat, job.target);
 }
 
 }  // namespace tessaro::platform

@@ -1,21 +1,24 @@
-// The program that decodes pictures for the module. What comes with mail may be made to break its reader: it is decoded
-// in a process of its own, one for each job, with limits to its time and memory.
+// The program that decodes pictures for the module. Mail may contain images that exploit their decoder, so each job has
+// a process of its own, with limits to time and memory.
 //
-// Jobs come over the socket that is standard input, each with the end of a pipe for its answer. A pipe that is closed
-// without one tells of a job that has broken its process.
+// Jobs come over the socket that is standard input, each with the end of a pipe for the reply. When a job crashes, its
+// pipe closes without a reply.
 
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vips/vips.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
 #include "Platform/Common/FileDescriptor.h"
+#include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
 
@@ -23,8 +26,9 @@ namespace tessaro::platform {
 
 namespace {
 
-constexpr unsigned kJobSeconds = 30;
-[[maybe_unused]] constexpr rlim_t kJobMemory = rlim_t{4} << 30;
+[[maybe_unused]] constexpr rlim_t kJobMemory = rlim_t{2} << 30;
+constexpr int kMostThreads = 4;
+constexpr int kPreviewNiceness = 5;
 constexpr int kSocket = STDIN_FILENO;
 
 void Limit(__rlimit_resource what, rlim_t most) {
@@ -32,17 +36,22 @@ void Limit(__rlimit_resource what, rlim_t most) {
   setrlimit(what, &limit);
 }
 
-void SetLimits() {
-  alarm(kJobSeconds);
+// Before the first byte of the picture is read.
+void SetLimits(const PictureJob& job) {
+  const itimerval deadline{{}, {job.milliseconds / 1000, job.milliseconds % 1000 * 1000}};
+  setitimer(ITIMER_REAL, &deadline, nullptr);
+  Limit(RLIMIT_CPU, static_cast<rlim_t>(job.milliseconds / 1000 + 1) * kMostThreads);
   Limit(RLIMIT_CORE, 0);
 #ifndef TESSARO_SANITIZED
   // The sanitizers reserve terabytes.
   Limit(RLIMIT_AS, kJobMemory);
 #endif
+  // The main thread waits for a scaled copy: previews must not take the processor from it.
+  if (job.kind == PictureJob::Kind::Preview) static_cast<void>(nice(kPreviewNiceness));
 }
 
 struct Received {
-  FileDescriptor answer;
+  FileDescriptor reply;
   std::optional<PictureJob> job;
   bool isEnd = false;
 };
@@ -67,38 +76,59 @@ Received Receive() {
   if (passed == nullptr || passed->cmsg_type != SCM_RIGHTS) return received;
   int descriptor = -1;
   std::memcpy(&descriptor, CMSG_DATA(passed), sizeof descriptor);
-  received.answer = FileDescriptor(descriptor);
+  received.reply = FileDescriptor(descriptor);
   return received;
 }
 
-void Perform(const PictureJob& job, int answer) {
-  SetLimits();
-  const WrittenPicture written = job.kind == PictureJob::Kind::Preview ? MakePreview(job) : MakeScaledCopy(job);
-  const std::string text = written.path.empty() ? kPictureFailed + written.failure : kPictureWritten + written.path;
-  static_cast<void>(write(answer, text.data(), text.size()));
+void Perform(const PictureJob& job, int reply) {
+  SetLimits(job);
+  const auto written = job.kind == PictureJob::Kind::Preview ? MakePreview(job) : MakeScaledCopy(job);
+  const std::string text = written ? kPictureWritten + *written : kPictureFailed + written.error().message;
+  static_cast<void>(write(reply, text.data(), text.size()));
 }
 
-// Loaders that are known to read whatever they are given stay closed, but for those that mail needs.
-void ChooseLoaders() {
+void PrepareDecoder() {
+  // Loaders that vips itself calls unsafe for foreign files are blocked, except for drawings.
   vips_block_untrusted_set(TRUE);
   vips_operation_block_set("VipsForeignLoadSvg", FALSE);
-  vips_operation_block_set("VipsForeignLoadPdf", FALSE);
-  // Every job is the only one of its process.
+  // Each process has one job: nothing would be found in the cache.
   vips_cache_set_max(0);
+  vips_concurrency_set(std::min(vips_concurrency_get(), kMostThreads));
+}
+
+// Initialises what every job uses, once for all of them: the classes of vips, and its tables for resizing. Builds a
+// pipeline without running it, because threads would not survive the fork.
+void WarmUp() {
+  constexpr std::array<char, 16> kNoImage{};
+  vips_foreign_find_load_buffer(kNoImage.data(), kNoImage.size());
+  vips_foreign_find_save_target(".png");
+  vips_error_clear();
+  VipsImage* black = nullptr;
+  VipsImage* small = nullptr;
+  if (vips_black(&black, 64, 64, "bands", 3, nullptr) != 0) return;
+  vips_thumbnail_image(black, &small, 32, nullptr);
+  g_clear_object(&small);
+  g_object_unref(black);
 }
 
 int Serve() {
-  // Nobody waits for the jobs' processes.
+  // The system removes the ended processes of jobs.
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
-  for (;;) {
+  for (bool isWarm = false;;) {
+    // The first job doesn't wait for it.
+    pollfd next{kSocket, POLLIN, 0};
+    if (!isWarm && poll(&next, 1, 0) == 0) {
+      WarmUp();
+      isWarm = true;
+    }
     const Received received = Receive();
     if (received.isEnd) return 0;
-    if (!received.job || !received.answer) continue;
+    if (!received.job || !received.reply) continue;
     if (fork() != 0) continue;
     close(kSocket);
-    Perform(*received.job, received.answer.get());
-    // The libraries' threads and exit handlers have nothing to put in order.
+    Perform(*received.job, received.reply.get());
+    // Without the libraries' exit handlers, which would only take time.
     _exit(0);
   }
 }
@@ -108,10 +138,8 @@ int Serve() {
 }  // namespace tessaro::platform
 
 int main(int, char** argv) {
-  // Another copy of the library in the client's process leaves the name of its own folder here, and this one would miss
-  // the formats that it loads from its own.
-  unsetenv("VIPSHOME");
+  tessaro::platform::KeepDecoderModulesOut();
   if (VIPS_INIT(argv[0]) != 0) return 1;
-  tessaro::platform::ChooseLoaders();
+  tessaro::platform::PrepareDecoder();
   return tessaro::platform::Serve();
 }

@@ -1,11 +1,11 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
-#include <optional>
-#include <system_error>
 
-#include "Platform/FileWriting.h"
+#include "Platform/Linux/Pictures/Decoder/ImageWriting.h"
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/SourceFile.h"
 
@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 struct FileFormat {
   const char* extension;
   const char* format;
-  const char* saver;  // with options that suit mail
+  const char* saver;  // with options for mail
   bool hasAlpha;
   bool hasFrames;
 };
@@ -26,7 +26,7 @@ struct FileFormat {
 constexpr char kSaveJPEG[] = ".jpg[Q=85,strip]";
 constexpr char kSaveTIFF[] = ".tif[compression=deflate,strip]";
 
-// The first of a format is the extension it is given.
+// The first entry of a format has its usual extension.
 constexpr std::array kFormats = {
     FileFormat{".jpg", "jpeg", kSaveJPEG, false, false},          FileFormat{".jpeg", "jpeg", kSaveJPEG, false, false},
     FileFormat{".png", "png", ".png[strip]", true, false},        FileFormat{".gif", "gif", ".gif[strip]", true, true},
@@ -50,12 +50,12 @@ const FileFormat& FormatNamed(std::string_view name) {
 }
 
 const FileFormat& FormatFor(const SourceFile& source) {
-  // What cameras write is far too large as a PNG.
+  // A camera's picture would be far too large as a PNG.
   if (source.format() == "heif" && !source.hasAlpha()) return FormatNamed("jpeg");
   return FormatNamed(source.format());
 }
 
-fs::path Unused(const fs::path& wanted) {
+fs::path UniquePath(const fs::path& wanted) {
   fs::path path = wanted;
   std::error_code error;
   for (int number = 2; fs::exists(fs::symlink_status(path, error)); ++number) {
@@ -81,7 +81,7 @@ Target TargetOf(const PictureJob& job, const SourceFile& source) {
   if (FormatOfExtension(name) == nullptr || FormatOfExtension(name)->saver != kept.saver) {
     name.replace_extension(kept.extension);
   }
-  return {Unused(job.target / name), &kept};
+  return {UniquePath(job.target / name), &kept};
 }
 
 bool Fits(const PictureJob& job, const SourceFile& source) {
@@ -98,7 +98,7 @@ VipsImagePtr Shrunk(const PictureJob& job, const SourceFile& source, bool allFra
                         .allFrames = allFrames});
 }
 
-// JPEG has no alpha, and would show what is behind it.
+// JPEG has no alpha: clear pixels would get the colour that they happen to have.
 VipsImagePtr OnWhite(VipsImagePtr image) {
   if (!image || !vips_image_hasalpha(image.get())) return image;
   VipsImage* flat = nullptr;
@@ -109,12 +109,7 @@ VipsImagePtr OnWhite(VipsImagePtr image) {
   return VipsImagePtr(flat);
 }
 
-WrittenPicture Written(const fs::path& path, std::string_view contents) {
-  if (const std::error_code error = ReplaceFile(path, contents)) return {{}, path.native() + ": " + error.message()};
-  return {path.native(), {}};
-}
-
-WrittenPicture Copied(const SourceFile& source, const fs::path& target) {
+Result<std::string> Copied(const SourceFile& source, const fs::path& target) {
   std::string contents;
   std::array<char, 65536> piece;
   ssize_t length = 0;
@@ -122,32 +117,23 @@ WrittenPicture Copied(const SourceFile& source, const fs::path& target) {
   while ((length = TEMP_FAILURE_RETRY(read(source.descriptor(), piece.data(), piece.size()))) > 0) {
     contents.append(piece.data(), static_cast<std::size_t>(length));
   }
-  if (length < 0) return {{}, "it can't be read"};
-  return Written(target, contents);
-}
-
-WrittenPicture Saved(const VipsImagePtr& image, const Target& target) {
-  void* bytes = nullptr;
-  std::size_t size = 0;
-  if (!image || vips_image_write_to_buffer(image.get(), target.format->saver, &bytes, &size, nullptr) != 0) {
-    return {{}, VipsFailure()};
-  }
-  const GTextPtr owner(static_cast<char*>(bytes));
-  return Written(target.path, {owner.get(), size});
+  if (length < 0) return Fail(errno, std::strerror(errno));
+  return WritePictureFile(target, contents);
 }
 
 }  // namespace
 
-WrittenPicture MakeScaledCopy(const PictureJob& job) {
-  SourceFile source(job.source);
-  if (!source.failure().empty() || !source.ReadHeader()) return {{}, source.failure()};
-  const Target target = TargetOf(job, source);
-  const bool isKept = source.format() == target.format->format;
-  if (isKept && Fits(job, source)) return Copied(source, target.path);
-  const bool allFrames = source.frames() > 1 && target.format->hasFrames && !source.isVector();
-  VipsImagePtr image = Shrunk(job, source, allFrames);
+Result<std::string> MakeScaledCopy(const PictureJob& job) {
+  auto source = SourceFile::Open(job.source);
+  if (!source) return tl::unexpected(source.error());
+  if (const auto header = source->ReadHeader(); !header) return tl::unexpected(header.error());
+  const Target target = TargetOf(job, *source);
+  const bool isKept = source->format() == target.format->format;
+  if (isKept && Fits(job, *source)) return Copied(*source, target.path);
+  const bool allFrames = source->frames() > 1 && target.format->hasFrames && !source->isVector();
+  VipsImagePtr image = Shrunk(job, *source, allFrames);
   if (!target.format->hasAlpha) image = OnWhite(std::move(image));
-  return Saved(image, target);
+  return SaveImage(image, target.format->saver, target.path);
 }
 
 }  // namespace tessaro::platform

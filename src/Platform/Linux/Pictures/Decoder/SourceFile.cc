@@ -10,12 +10,16 @@
 #include <cstring>
 #include <string_view>
 
+#include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
+
 namespace tessaro::platform {
 
 namespace {
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 constexpr int kLargestDrawing = 100000;
+// Below this, starting threads takes longer than the work that they share.
+constexpr std::int64_t kPixelsWorthThreads = std::int64_t{1} << 19;
 
 // "VipsForeignLoadJpegSource" → "jpeg"
 std::string FormatOf(const char* loader) {
@@ -39,38 +43,35 @@ std::string VipsFailure() {
   return text.empty() ? "unknown" : text;
 }
 
-SourceFile::SourceFile(const std::string& path) : file_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+Result<SourceFile> SourceFile::Open(const std::string& path) {
+  FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   struct stat status {};
-  if (!file_ || fstat(file_.get(), &status) != 0) {
-    failure_ = std::strerror(errno);
-  } else if (!S_ISREG(status.st_mode)) {
-    failure_ = "it is no file";
-  }
+  if (!file || fstat(file.get(), &status) != 0) return Fail(errno, std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) return Fail("not a regular file");
+  return SourceFile(std::move(file));
 }
 
-bool SourceFile::ReadHeader() {
+Result<void> SourceFile::ReadHeader() {
+  LoadDecoderFor(file_.get());
   source_.reset(vips_source_new_from_descriptor(file_.get()));
   const char* loader = source_ ? vips_foreign_find_load_source(source_.get()) : nullptr;
   if (loader != nullptr) format_ = FormatOf(loader);
   const VipsImagePtr image(
       loader == nullptr ? nullptr
                         : vips_image_new_from_source(source_.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
-  if (!image) {
-    failure_ = VipsFailure();
-    return false;
-  }
+  if (!image) return Fail(VipsFailure());
   width_ = vips_image_get_width(image.get());
   height_ = vips_image_get_height(image.get());
   frames_ = std::max(1, vips_image_get_n_pages(image.get()));
   orientation_ = vips_image_get_orientation(image.get());
   hasAlpha_ = vips_image_hasalpha(image.get());
   hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
-  // Vector images are not decoded in their own size, but many times it is still too much.
-  const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing
-                                       : std::int64_t{width_} * height_ * frames_ <= kMostPixels;
-  if (isReasonable) return true;
-  failure_ = "it has too many pixels";
-  return false;
+  const std::int64_t pixels = std::int64_t{width_} * height_ * frames_;
+  if (pixels < kPixelsWorthThreads) vips_concurrency_set(1);
+  // A vector image is drawn in the size that is asked for; a huge one of its own is a sign of an attack.
+  const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing : pixels <= kMostPixels;
+  if (!isReasonable) return Fail("too many pixels");
+  return {};
 }
 
 SourceFile::Size SourceFile::ShownSize() const {
@@ -83,9 +84,9 @@ double SourceFile::FactorFor(const Fit& fit) const {
 }
 
 VipsImagePtr SourceFile::Decode(const Fit& fit) const {
-  // Without a profile of the image's own, the colours would be taken for others.
+  // Without an embedded profile the colours are sRGB already; a conversion would shift them.
   const char* profile = hasProfile_ ? "srgb" : nullptr;
-  // The operation has an argument of that name, too, which it does not hand on to the loader.
+  // The operation's own argument "fail_on" does not reach the loader.
   const std::string options =
       std::string(fit.mustBeWhole ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
@@ -95,8 +96,7 @@ VipsImagePtr SourceFile::Decode(const Fit& fit) const {
                           "export_profile", profile, "option_string", options.c_str(), nullptr);
     return VipsImagePtr(image);
   }
-  // The decoder of JPEGs shrinks by itself. Left alone, the operation would ask it for twice as many pixels in each
-  // direction.
+  // libjpeg shrinks while decoding; the operation on its own would ask for twice as many pixels in each direction.
   const int shrink = factor >= 8 ? 8 : factor >= 4 ? 4 : 2;
   const VipsImagePtr loaded(vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL,
                                                        "shrink", shrink, nullptr));

@@ -3,7 +3,9 @@
 #include <vips/vips.h>
 
 #include <string>
+#include <utility>
 
+#include "Base/Result.h"
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
@@ -12,22 +14,21 @@ namespace tessaro::platform {
 using VipsImagePtr = GObjectPtr<VipsImage>;
 using VipsSourcePtr = GObjectPtr<VipsSource>;
 
-// What vips says of its last failure, in one line.
+// The message of the last failure of vips, in one line.
 [[nodiscard]] std::string VipsFailure();
 
-// A file with pixels that may be read, and what is known of it without decoding any.
+// An image file, and its properties that need no decoding.
 class SourceFile {
  public:
-  // failure() is empty when the file can be read. Only regular files can: others may keep their reader for ever.
-  explicit SourceFile(const std::string& path);
+  // Opens regular files only: reading a pipe may never end.
+  [[nodiscard]] static Result<SourceFile> Open(const std::string& path);
 
-  [[nodiscard]] const std::string& failure() const { return failure_; }
   [[nodiscard]] int descriptor() const { return file_.get(); }
 
-  // Reads the header. False, with failure(), for what is no image, and for one with more pixels than anybody has.
-  [[nodiscard]] bool ReadHeader();
+  // Fails when the file is no image, with an empty format(), and when the image is broken or has too many pixels.
+  [[nodiscard]] Result<void> ReadHeader();
 
-  // The image, turned the way that it is shown, in sRGB, and made to fit into so many pixels.
+  // The image, turned as its orientation says, in sRGB, and made to fit into so many pixels.
   struct Fit {
     int maxWidth = VIPS_MAX_COORD;
     int maxHeight = VIPS_MAX_COORD;
@@ -35,32 +36,33 @@ class SourceFile {
     bool mustBeWhole = false;
     bool allFrames = false;
   };
-  // Empty when it can't be decoded: VipsFailure() tells.
+  // Empty when decoding fails: see VipsFailure().
   [[nodiscard]] VipsImagePtr Decode(const Fit& fit) const;
 
-  // Of its first frame; before it is turned.
+  // Size of the first frame, before it is turned.
   [[nodiscard]] int width() const { return width_; }
   [[nodiscard]] int height() const { return height_; }
   [[nodiscard]] int frames() const { return frames_; }
-  // EXIF's, 1 for an image that is shown as it is stored.
+  // As in EXIF: 1 for an image that is shown as it is stored.
   [[nodiscard]] int orientation() const { return orientation_; }
   [[nodiscard]] bool hasAlpha() const { return hasAlpha_; }
   // By the name of the loader: "jpeg", "png", "svg", "pdf" …
   [[nodiscard]] const std::string& format() const { return format_; }
-  // Drawn anew in every size.
+  // Drawn in any size without loss.
   [[nodiscard]] bool isVector() const { return format_ == "svg" || format_ == "pdf"; }
 
  private:
+  explicit SourceFile(FileDescriptor file) : file_(std::move(file)) {}
+
   struct Size {
     int width;
     int height;
   };
-  // When it is turned.
+  // Size after turning.
   [[nodiscard]] Size ShownSize() const;
-  // By how much it is too large.
+  // How many times the image is larger than the size it has to fit.
   [[nodiscard]] double FactorFor(const Fit& fit) const;
 
-  std::string failure_;
   FileDescriptor file_;
   VipsSourcePtr source_;
   std::string format_;

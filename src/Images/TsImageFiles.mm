@@ -1,20 +1,12 @@
-#include "Images/PictureFiles.h"
+#include "Images/TsImageFiles.h"
 
 #import <AppKit/AppKit.h>
-
-#include <filesystem>
 
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 
-std::string TsTemporaryPicturePath() {
-  NSString* name = [[[NSProcessInfo processInfo] globallyUniqueString] stringByAppendingPathExtension:@"png"];
-  return TsStdString([NSTemporaryDirectory() stringByAppendingPathComponent:name]);
-}
-
 NSImage* TsImageOfFile(const std::string& path) {
-  if (path.empty()) return nil;
   NSBitmapImageRep* pixels = [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:TsNSString(path)]];
   if (pixels == nil) return nil;
   auto image = Adopt([[NSImage alloc]
@@ -29,15 +21,10 @@ bool TsMakeFolder(NSString* folder) {
   NSFileManager* files = [NSFileManager defaultManager];
   BOOL isFolder = NO;
   if ([files fileExistsAtPath:folder isDirectory:&isFolder]) {
-    if (!isFolder) TsLogWarning(@"%@ is no folder", folder);
+    if (!isFolder) TsLogWarning(@"%@ is not a folder", folder);
     return isFolder;
   }
   if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:&error]) return true;
   TsLogWarning(@"Couldn't create directory at path %@ because of %@", folder, error);
   return false;
-}
-
-TsTemporaryPicture::~TsTemporaryPicture() {
-  std::error_code error;
-  std::filesystem::remove(path_, error);
 }

@@ -1,18 +1,17 @@
-#import "Images/TsPreviewPanel.h"
+#import "Platform/Linux/Pictures/TsPreviewPanel.h"
 
 #include <algorithm>
+#include <memory>
 #include <string>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Images/PictureFiles.h"
 #include "Platform/Applications.h"
-#include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Previews.h"
-#include "Platform/WindowServer.h"
-#include "Workspace/TsWorkspace.h"
+#include "Platform/TemporaryFile.h"
 
 namespace platform = tessaro::platform;
 
@@ -45,7 +44,7 @@ NSRect FrameOver(NSRect window) {
   return NSMakeRect(NSMidX(window) - size.width / 2, NSMidY(window) - size.height / 2, size.width, size.height);
 }
 
-// What stands for a file that can't be shown.
+// In place of a preview that can't be made.
 NSImage* IconOf(NSString* path) {
   const std::string type = platform::ContentTypeOfExtension(TsStdString([path pathExtension]));
   const auto png = platform::IconOfContentType(type, kIconSize);
@@ -53,27 +52,34 @@ NSImage* IconOf(NSString* path) {
   return Adopt([[NSImage alloc] initWithData:[NSData dataWithBytes:png.data() length:png.size()]]).Autoreleased();
 }
 
+// An image that the decoder wrote, one point a pixel; nil when it can't be read.
+NSImage* ImageOfPreview(const std::string& path) {
+  auto image = Adopt([[NSImage alloc] initWithContentsOfFile:TsNSString(path)]);
+  NSImageRep* pixels = [[image representations] lastObject];
+  [image setSize:NSMakeSize(static_cast<CGFloat>([pixels pixelsWide]), static_cast<CGFloat>([pixels pixelsHigh]))];
+  return image.Autoreleased();
+}
+
 }  // namespace
 
-void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsCompletion& closed) {
-  const bool isAvailable = platform::IsWindowServerAvailable();
-  if (!isAvailable) TsLogWarning(@"quickLook needs a window server, and there is none");
-  if (isAvailable && (window == nil || [paths count] == 0)) TsLogError(@"Need a window and files to look at");
-  if (!isAvailable || window == nil || [paths count] == 0) {
-    return platform::MainQueue::Shared().Post([closed] { closed(nil); });
-  }
-  const bool isInside = index >= 0 && static_cast<NSUInteger>(index) < [paths count];
-  [[TsPreviewPanel sharedPanel] showPaths:paths
-                                    index:isInside ? static_cast<NSUInteger>(index) : 0
+namespace tessaro::platform {
+
+void ShowPreviews(NSWindow* window, const std::vector<std::string>& paths, std::size_t index, PreviewsClosed closed) {
+  NSMutableArray* files = [NSMutableArray arrayWithCapacity:paths.size()];
+  for (const std::string& path : paths) [files addObject:TsNSString(path)];
+  [[TsPreviewPanel sharedPanel] showPaths:files
+                                    index:index < paths.size() ? index : 0
                                overWindow:window
-                                   closed:closed];
+                                   closed:std::move(closed)];
 }
+
+}  // namespace tessaro::platform
 
 @implementation TsPreviewPanel
 
 + (TsPreviewPanel*)sharedPanel {
-  static TsPreviewPanel* const panel = [[self alloc] init];
-  return panel;
+  static Forever<Ref<TsPreviewPanel>> panel(Adopt<TsPreviewPanel>([[self alloc] init]));
+  return panel->get();
 }
 
 - (instancetype)init {
@@ -100,7 +106,6 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
   [image setEditable:NO];
   [view addSubview:image];
   _imageView = image;
-
   _previous = [self addButton:@"◀" at:kMargin width:kArrowWidth action:@selector(showPrevious:)];
   _next = [self addButton:@"▶" at:kMargin + kArrowWidth width:kArrowWidth action:@selector(showNext:)];
   NSButton* open = [self addButton:NSLocalizedString(@"Open", nil)
@@ -108,17 +113,18 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
                              width:kOpenWidth
                             action:@selector(openFile:)];
   [open setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
+  [self addLabelFrom:2 * kMargin + 2 * kArrowWidth to:NSMinX([open frame]) - kMargin];
+}
 
-  const CGFloat left = 2 * kMargin + 2 * kArrowWidth;
-  auto label = Adopt([[NSTextField alloc]
-      initWithFrame:NSMakeRect(left, kMargin, size.width - left - kOpenWidth - 2 * kMargin, kButtonHeight)]);
+- (void)addLabelFrom:(CGFloat)left to:(CGFloat)right {
+  auto label = Adopt([[NSTextField alloc] initWithFrame:NSMakeRect(left, kMargin, right - left, kButtonHeight)]);
   [label setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
   [label setEditable:NO];
   [label setSelectable:NO];
   [label setBezeled:NO];
   [label setBordered:NO];
   [label setDrawsBackground:NO];
-  [view addSubview:label];
+  [[self contentView] addSubview:label];
   _label = label;
 }
 
@@ -132,13 +138,13 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
 - (void)showPaths:(NSArray*)paths
             index:(NSUInteger)index
        overWindow:(NSWindow*)window
-           closed:(const TsCompletion&)closed {
+           closed:(platform::PreviewsClosed)closed {
   [self close];
   _paths = Retain(paths);
   _index = index;
-  _closed = closed;
+  _closed = std::move(closed);
   [[NSNotificationCenter defaultCenter] addObserver:self
-                                           selector:@selector(windowWillEnd:)
+                                           selector:@selector(windowWillClose:)
                                                name:NSWindowWillCloseNotification
                                              object:window];
   [self setFrame:FrameOver([window frame]) display:NO];
@@ -146,7 +152,7 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
   [self makeKeyAndOrderFront:nil];
 }
 
-- (void)windowWillEnd:(NSNotification*)notification {
+- (void)windowWillClose:(NSNotification*)notification {
   [self close];
 }
 
@@ -156,15 +162,15 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
   [[NSNotificationCenter defaultCenter] removeObserver:self name:NSWindowWillCloseNotification object:nil];
   [_imageView setImage:nil];
   ++_turn;
-  const auto last = Retain([self path]);
-  platform::MainQueue::Shared().Post([closed = std::exchange(_closed, nullptr), last] { closed(last); });
+  platform::MainQueue::Shared().Post(
+      [closed = std::exchange(_closed, nullptr), last = TsStdString([self path])] { closed(last); });
 }
 
 - (NSString*)path {
   return [_paths objectAtIndex:_index];
 }
 
-// ---- The file that is shown
+// ---- The file
 
 - (void)showFile {
   NSString* path = [self path];
@@ -181,20 +187,19 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
 - (void)fetchPreviewOf:(NSString*)path {
   const NSSize size = [_imageView bounds].size;
   const int pixels = static_cast<int>(std::max(size.width, size.height));
-  platform::BackgroundQueue::Shared().Post(
-      [turn = ++_turn, pixels, source = TsStdString(path), target = TsTemporaryPicturePath()] {
-        const auto written = platform::WritePreview(source, pixels, target);
-        platform::MainQueue::Shared().Post([turn, written, target] {
-          const TsTemporaryPicture picture(target);
-          [[TsPreviewPanel sharedPanel] takePreview:written turn:turn];
-        });
-      });
+  const auto picture = std::make_shared<platform::TemporaryFile>(".png");
+  platform::WritePreview(TsStdString(path), pixels, picture->path(),
+                         [turn = ++_turn, picture](const Result<std::string>& written) {
+                           [[TsPreviewPanel sharedPanel] takePreview:written turn:turn];
+                         });
 }
 
-- (void)takePreview:(const platform::WrittenPicture&)written turn:(std::uint64_t)turn {
+- (void)takePreview:(const Result<std::string>&)written turn:(std::uint64_t)turn {
   if (turn != _turn) return;
-  if (NSImage* image = TsImageOfFile(written.path)) return [_imageView setImage:image];
-  TsLogWarning(@"Couldn't show %@: %@", [self path], TsNSString(written.failure));
+  NSImage* image = written ? ImageOfPreview(*written) : nil;
+  if (image != nil) return [_imageView setImage:image];
+  const std::string reason = written ? "its preview can't be read" : written.error().message;
+  TsLogWarning(@"Couldn't show %@: %s", [self path], reason.c_str());
   [_imageView setImage:IconOf([self path])];
 }
 
@@ -211,7 +216,7 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
 }
 
 - (IBAction)openFile:(id)sender {
-  if (!TsOpenFile([self path], nil, false)) TsLogWarning(@"Couldn't open %@", [self path]);
+  if (!platform::OpenFile(TsStdString([self path]), {})) TsLogWarning(@"Couldn't open %@", [self path]);
 }
 
 // ---- Keys

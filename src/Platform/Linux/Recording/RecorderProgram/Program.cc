@@ -1,5 +1,5 @@
-// Becomes the program that its arguments name, and has it told to end when the process that started it is gone:
-// nobody's screen is recorded by a client that has crashed.
+// Executes the program that its arguments name, with a signal set for the end of the process that started it: when the
+// client crashes, the recording of the screen stops.
 
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@ int main(int count, char** words) {
   if (count < 2) return 2;
   const pid_t parent = getppid();
   prctl(PR_SET_PDEATHSIG, SIGINT);
-  // It may have gone before that.
+  // The parent may have ended before that.
   if (getppid() != parent || parent == 1) return 1;
   execvp(words[1], words + 1);
   return 127;
