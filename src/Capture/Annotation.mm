@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 
+#include "Platform/Drawing.h"
+
 namespace {
 
 constexpr CGFloat kStrokesPerImage = 220;
@@ -146,12 +148,12 @@ Ref<NSBitmapImageRep> PixelsOf(NSImage* image) {
   auto* stored = static_cast<NSBitmapImageRep*>([[image representations] objectAtIndex:0]);
   if (CanBeRead(stored)) return Retain(stored);
   const NSSize size = [image size];
-  auto canvas = Adopt([[NSImage alloc] initWithSize:size]);
-  [canvas lockFocus];
-  [image drawInRect:NSMakeRect(0, 0, size.width, size.height) fromRect:NSZeroRect operation:NSCompositeCopy fraction:1];
-  auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
-  [canvas unlockFocus];
-  return pixels;
+  return tessaro::platform::DrawPixels(size, [image, size] {
+    [image drawInRect:NSMakeRect(0, 0, size.width, size.height)
+             fromRect:NSZeroRect
+            operation:NSCompositeCopy
+             fraction:1];
+  });
 }
 
 Ref<NSImage> Blurred(NSBitmapImageRep* pixels, NSRect frame, const AnnotationStyle& style) {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "Platform/Drawing.h"
+
 namespace {
 
 // A press that moves less is a click.
@@ -105,15 +107,13 @@ constexpr CGFloat kTextHeight = 24;
 - (NSData*)annotatedImage {
   [self endText];
   const NSSize size = [_image size];
-  auto canvas = Adopt([[NSImage alloc] initWithSize:size]);
-  [canvas lockFocus];
-  [_image drawInRect:NSMakeRect(0, 0, size.width, size.height)
-            fromRect:NSZeroRect
-           operation:NSCompositeCopy
-            fraction:1];
-  [self drawAnnotations];
-  auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:NSMakeRect(0, 0, size.width, size.height)]);
-  [canvas unlockFocus];
+  const auto pixels = tessaro::platform::DrawPixels(size, [self, size] {
+    [_image drawInRect:NSMakeRect(0, 0, size.width, size.height)
+              fromRect:NSZeroRect
+             operation:NSCompositeCopy
+              fraction:1];
+    [self drawAnnotations];
+  });
   return [pixels TIFFRepresentationUsingCompression:NSTIFFCompressionNone factor:0];
 }
 

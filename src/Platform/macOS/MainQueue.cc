@@ -60,6 +60,7 @@ void MainQueue::Attach() {
     if (std::exchange(body_->isAttached, true)) return;
     ++body_->attachment;
   }
+  AtEnd(EndStage::MainQueue, [this] { Detach(); });
   RunLoopPump::Start();
 }
 
