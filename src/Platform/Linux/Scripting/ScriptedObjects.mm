@@ -3,9 +3,10 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
-#include <array>
 #include <string_view>
+#include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsString.h"
 
@@ -24,21 +25,34 @@ namespace {
 NSString* const kMessagesKey = @"outgoingMessages";
 NSString* const kMessageClass = @"TsASOutgoingMessage";
 
-// From the application's scripting dictionary: more than these properties of elements scripts may not reach.
-struct ElementType {
-  NSString* className;
-  std::array<const char*, 2> properties;
+// The properties of elements in the application's scripting dictionary; scripts reach no others.
+struct ElementProperty {
+  std::string_view name;
+  SEL setter;
 };
 
-ElementType TypeOf(std::string_view key) {
-  if (key == "mailAttachments") return {@"TsASOutgoingMessageAttachment", {"path"}};
-  if (key == "messageSignature") return {@"TsASOutgoingMessageSignature", {"name", "content"}};
-  return {@"TsASOutgoingMessageRecipient", {"address", "name"}};
+struct ElementType {
+  NSString* className;
+  std::vector<ElementProperty> properties;
+};
+
+const ElementType& TypeOf(std::string_view key) {
+  static Forever<ElementType> attachment(
+      ElementType{@"TsASOutgoingMessageAttachment", {{"path", @selector(setPath:)}}});
+  static Forever<ElementType> signature(ElementType{
+      @"TsASOutgoingMessageSignature", {{"name", @selector(setName:)}, {"content", @selector(setContent:)}}});
+  static Forever<ElementType> recipient(ElementType{
+      @"TsASOutgoingMessageRecipient", {{"address", @selector(setAddress:)}, {"name", @selector(setName:)}}});
+  if (key == "mailAttachments") return *attachment;
+  if (key == "messageSignature") return *signature;
+  return *recipient;
 }
 
-bool HasProperty(const ElementType& type, std::string_view name) {
-  return std::any_of(type.properties.begin(), type.properties.end(),
-                     [&](const char* property) { return property != nullptr && property == name; });
+// nullptr when elements have no such property.
+const ElementProperty* Property(const ElementType& type, std::string_view name) {
+  const auto found = std::find_if(type.properties.begin(), type.properties.end(),
+                                  [&](const ElementProperty& property) { return property.name == name; });
+  return found != type.properties.end() ? &*found : nullptr;
 }
 
 struct ToObject {
@@ -84,18 +98,27 @@ Result<void> SetValueOf(id object, const char* key, const Value& value) {
   return Attempt([&] { [object setValue:Object(value) forKey:TsNSString(key)]; });
 }
 
-Ref<NSObject> NewElement(const char* key, const Element& properties) {
-  auto element = Adopt<NSObject>([[NSClassFromString(TypeOf(key).className) alloc] init]);
-  for (const auto& [name, value] : properties) [element.get() setValue:Object(value) forKey:TsNSString(name)];
+// Calls the setters: key-value coding takes most of the time of a message to thousands of recipients.
+Ref<NSObject> NewElement(const ElementType& type, Class elementClass, const Element& properties) {
+  auto element = Adopt<NSObject>([[elementClass alloc] init]);
+  for (const auto& [name, value] : properties) {
+    const ElementProperty* property = Property(type, name);
+    if (property != nullptr) [element.get() performSelector:property->setter withObject:Object(value)];
+  }
   return element;
+}
+
+Ref<NSObject> NewElement(const char* key, const Element& properties) {
+  const ElementType& type = TypeOf(key);
+  return NewElement(type, NSClassFromString(type.className), properties);
 }
 
 Element ElementOf(const char* key, id object) {
   Element element;
-  for (const char* property : TypeOf(key).properties) {
-    if (property == nullptr) continue;
-    Value value = ValueOf(object, property);
-    if (!std::holds_alternative<std::monostate>(value)) element.emplace_back(property, std::move(value));
+  for (const ElementProperty& property : TypeOf(key).properties) {
+    std::string name(property.name);
+    Value value = ValueOf(object, name.c_str());
+    if (!std::holds_alternative<std::monostate>(value)) element.emplace_back(std::move(name), std::move(value));
   }
   return element;
 }
@@ -137,7 +160,7 @@ Result<void> SetMessageProperty(std::int64_t id_, const char* key, const Value& 
 
 Result<void> CheckElement(const char* key, const Element& element) {
   for (const auto& [name, value] : element) {
-    if (!HasProperty(TypeOf(key), name)) return Fail("There is no property " + name);
+    if (Property(TypeOf(key), name) == nullptr) return Fail("There is no property " + name);
     const bool isText = std::holds_alternative<std::string>(value) || std::holds_alternative<std::monostate>(value);
     if (!isText) return Fail(name + " is of the type s");
   }
@@ -153,7 +176,9 @@ std::vector<Element> MessageElements(std::int64_t id_, const char* key) {
 Result<void> SetMessageElements(std::int64_t id_, const char* key, const std::vector<Element>& elements) {
   return Attempt([&] {
     NSMutableArray* objects = [NSMutableArray arrayWithCapacity:elements.size()];
-    for (const Element& element : elements) [objects addObject:NewElement(key, element).get()];
+    const ElementType& type = TypeOf(key);
+    const Class elementClass = NSClassFromString(type.className);
+    for (const Element& element : elements) [objects addObject:NewElement(type, elementClass, element).get()];
     [Message(id_) setValue:objects forKey:TsNSString(key)];
   });
 }
