@@ -117,9 +117,9 @@ void PatchMenus(Class menu) {
 
 void ReportModifiers(NSUInteger flags) {
   const auto holds = [flags](NSUInteger modifier) { return (flags & modifier) != 0; };
-  TsCallbackSlots::Shared().keyboardModifierKeys.Call({holds(kTsFunction), holds(kTsControl), holds(kTsOption),
-                                                       holds(kTsCommand), holds(kTsShift), holds(kTsCapsLock),
-                                                       holds(kTsHelp), holds(kTsNumericPad)});
+  TsCallback(TsSlot::KeyboardModifierKeys)
+      .Call({holds(kTsFunction), holds(kTsControl), holds(kTsOption), holds(kTsCommand), holds(kTsShift),
+             holds(kTsCapsLock), holds(kTsHelp), holds(kTsNumericPad)});
 }
 
 // No event reaches the application while another one is active, so the keyboard itself is asked.

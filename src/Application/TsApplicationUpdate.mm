@@ -219,7 +219,7 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 @end
 
 NSArray* TsFeedParametersFromScript(BOOL sendingSystemProfile) {
-  NSString* json = TsCallbackSlots::Shared().appcastParameter.CallForText({sendingSystemProfile != NO});
+  NSString* json = TsCallback(TsSlot::AppcastParameter).CallForText({sendingSystemProfile != NO});
   if (json == nil) {
     TsLogWarning(@"Couldn't get parameters from callback because result wasn't a string");
     return @[];

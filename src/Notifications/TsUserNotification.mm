@@ -113,7 +113,7 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
     return;
   }
   NSString* response = [[notification response] string];
-  TsCallbackSlots::Shared().notificationActivation.Call({identifier, type, response != nil ? response : @""});
+  TsCallback(TsSlot::NotificationActivation).Call({identifier, type, response != nil ? response : @""});
 }
 
 // ---- The centre's delegate

@@ -35,7 +35,7 @@ CGFloat TitleWidth(NSString* title) {
 }
 
 NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
-  const TsCallbackSlot& script = TsCallbackSlots::Shared().statusItemMenuNeedsUpdate;
+  const TsCallbackSlot& script = TsCallback(TsSlot::StatusItemMenuNeedsUpdate);
   if (!script.IsSet()) return @{};
   NSString* json = script.CallForString({type, includesMessages});
   NSError* error = nil;

@@ -4,6 +4,7 @@
 
 #include "Base/TsLog.h"
 #include "Platform/WindowServer.h"
+#include "Utilities/TsCallbackSlot.h"
 
 namespace {
 
@@ -27,13 +28,15 @@ void Answer(const Arguments& args, Nothing nothing) {
   }
 }
 
+void FillSlots(const ScriptFunction& function, const Arguments& args) {
+  int index = 0;
+  for (const TsSlot slot : function.slots) TsCallback(slot).Set(args[index++]);
+  Answer(args, function.nothing);
+}
+
 void Perform(const ScriptFunction& function, const Arguments& args) {
   if (function.needs == Needs::WindowServer && !tessaro::platform::IsWindowServerAvailable()) {
     TsLogWarning(@"%s needs a window server, and there is none", function.name);
-    return Answer(args, function.nothing);
-  }
-  if (function.handler == nullptr) {
-    TsLogWarning(@"%s is not available yet", function.name);
     return Answer(args, function.nothing);
   }
   @try {
@@ -50,8 +53,9 @@ void Dispatch(const char* tableFile, const ScriptFunction& function, const Argum
   if (const Condition* violated = function.contract.Violated(args)) {
     AbortOnViolation(tableFile, function.line, function.handlerName, *violated);
   }
+  if (function.handler == nullptr) return FillSlots(function, args);
   // An autorelease pool costs more than all the rest of a small call.
-  if (function.needs == Needs::Bridge && function.handler != nullptr) return function.handler(args);
+  if (function.needs == Needs::Bridge) return function.handler(args);
   @autoreleasepool {
     Perform(function, args);
   }

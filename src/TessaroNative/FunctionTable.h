@@ -2,9 +2,12 @@
 
 #include <node.h>
 
+#include <array>
+#include <initializer_list>
 #include <span>
 
 #include "TessaroNative/ArgumentContract.h"
+#include "Utilities/TsSlot.h"
 
 using ScriptHandler = void (*)(const v8::FunctionCallbackInfo<v8::Value>& args);
 
@@ -18,15 +21,41 @@ enum class Needs {
   WindowServer,  // that, and a running window server
 };
 
+// The slots that a function fills with its arguments, in their order.
+class Slots {
+ public:
+  static constexpr std::size_t kMost = 3;
+
+  constexpr Slots() = default;
+  constexpr Slots(std::initializer_list<TsSlot> slots) {
+    for (const TsSlot slot : slots) slots_[count_++] = slot;
+  }
+
+  [[nodiscard]] constexpr const TsSlot* begin() const { return slots_.data(); }
+  [[nodiscard]] constexpr const TsSlot* end() const { return slots_.data() + count_; }
+
+ private:
+  std::array<TsSlot, kMost> slots_{};
+  std::size_t count_ = 0;
+};
+
 // One row: everything there is to know about a script function but its work.
 struct ScriptFunction {
   const char* name;
-  ScriptHandler handler;    // nullptr while the capability behind the name is missing
   const char* handlerName;  // differs from `name` for some
+  ScriptHandler handler = nullptr;
+  Slots slots;  // for a function that has no handler
   Nothing nothing;
   Needs needs;
   Contract contract;
-  int line = __builtin_LINE();  // where the row stands
+  int line;  // where the row stands
+
+  constexpr ScriptFunction(const char* script, const char* text, ScriptHandler calls, Nothing result, Needs around,
+                           Contract tested, int row = __builtin_LINE())
+      : name(script), handlerName(text), handler(calls), nothing(result), needs(around), contract(tested), line(row) {}
+  constexpr ScriptFunction(const char* script, const char* text, Slots fills, Nothing result, Needs around,
+                           Contract tested, int row = __builtin_LINE())
+      : name(script), handlerName(text), slots(fills), nothing(result), needs(around), contract(tested), line(row) {}
 };
 
 // The whole script surface, in registration order.

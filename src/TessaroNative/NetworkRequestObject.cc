@@ -7,6 +7,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Utilities/TsApplicationIsolate.h"
 
 namespace {
@@ -59,13 +60,17 @@ v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody body) {
 // The native halves of all script objects, and the template of those.
 struct NetworkRequestObject::Living {
   v8::Global<v8::FunctionTemplate> maker;
-  v8::Global<v8::String> statusCode;
   std::list<std::unique_ptr<NetworkRequestObject>> objects;
 
   static Living& Shared() {
-    // Not destroyed: at the end of the process there may be no engine left to give the handles back to.
-    static auto* const living = std::make_unique<Living>().release();
+    static Forever<Living> living;
     return *living;
+  }
+
+  static constexpr EndStage kEnd = EndStage::Script;
+  void Close() {
+    objects.clear();
+    maker.Reset();
   }
 };
 
@@ -81,12 +86,6 @@ v8::MaybeLocal<v8::Object> NetworkRequestObject::New(v8::Local<v8::Context> cont
       living.objects.emplace_front(std::make_unique<NetworkRequestObject>(std::move(request), isolate, object));
   made->place_ = living.objects.begin();
   return object;
-}
-
-void NetworkRequestObject::DestroyAll() {
-  Living& living = Living::Shared();
-  living.objects.clear();
-  living.maker.Reset();
 }
 
 NetworkRequestObject::NetworkRequestObject(tessaro::platform::HTTPRequest request, v8::Isolate* isolate,

@@ -19,9 +19,6 @@ class NetworkRequestObject final : TsNetworkRequestListener {
   [[nodiscard]] static v8::MaybeLocal<v8::Object> New(v8::Local<v8::Context> context,
                                                       tessaro::platform::HTTPRequest request);
 
-  // At the end of the script environment.
-  static void DestroyAll();
-
   // For New().
   NetworkRequestObject(tessaro::platform::HTTPRequest request, v8::Isolate* isolate, v8::Local<v8::Object> object);
 

@@ -25,12 +25,10 @@
 #include "Services/TsServicesProvider.h"
 #include "StatusItem/TsStatusItemController.h"
 #include "TessaroNative/FunctionTable.h"
-#include "TessaroNative/NetworkRequestObject.h"
 #include "Utilities/TsApplicationIsolate.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsNotificationObserver.h"
-#include "Utilities/TsPendingCallback.h"
 #include "WebView/TsWebContentsView.h"
 #include "Window/WindowUtils.h"
 
@@ -39,7 +37,7 @@ namespace platform = tessaro::platform;
 namespace {
 
 void SendOutgoingMessageToScript(NSNotification* notification) {
-  const TsCallbackSlot& callback = TsCallbackSlots::Shared().composeOutgoingMessage;
+  const TsCallbackSlot& callback = TsCallback(TsSlot::ComposeOutgoingMessage);
   if (!callback.IsSet()) return;
   NSString* message =
       TsConvertToJSONString([[notification userInfo] objectForKey:TsComposeOutgoingMessageNotificationMessageKey]);
@@ -59,14 +57,14 @@ void TsListenForComposeOutgoingMessage() {
 
 void TsListenForServiceProviderSearch() {
   TsObserveOnMainQueue(TsServiceProviderSearchNotification, [](NSNotification* notification) {
-    TsCallbackSlots::Shared().searchService.Call({static_cast<NSString*>([notification object])});
+    TsCallback(TsSlot::SearchService).Call({static_cast<NSString*>([notification object])});
   });
 }
 
 void TsMonitorReachability() {
   TsStartReachabilityMonitoring([] {
     platform::MainQueue::Shared().Post([] {
-      const TsCallbackSlot& callback = TsCallbackSlots::Shared().reachability;
+      const TsCallbackSlot& callback = TsCallback(TsSlot::Reachability);
       if (callback.IsSet()) callback.Call({TsIsNetworkReachable()});
     });
   });
@@ -126,13 +124,7 @@ void Run(const StartUpStep& step) {
 }
 
 // The environment is going away while the process may live on: nothing of ours may reach for the engine after this.
-void EndWithEnvironment(void*) {
-  NetworkRequestObject::DestroyAll();
-  TsCallbackSlots::Shared().Clear();
-  TsForgetPendingCallbacks();
-  TsForgetApplicationIsolate();
-  EndAll();
-}
+void EndWithEnvironment(void*) { EndAll(); }
 
 void StartUp(v8::Isolate* isolate) {
   platform::MainQueue::Shared().Attach();

@@ -236,7 +236,7 @@ void SetImage(id owner, NSImage* image) {
 // ---- Script's part
 
 - (void)toolbarAction:(id)sender {
-  const TsCallbackSlot& callback = TsCallbackSlots::Shared().toolbarAction;
+  const TsCallbackSlot& callback = TsCallback(TsSlot::ToolbarAction);
   if (!callback.IsSet()) return;
   id item = sender;
   if (As<NSView>(sender) != nil) item = ItemWithView([self toolbar], sender);
@@ -263,7 +263,7 @@ void SetImage(id owner, NSImage* image) {
     TsLogWarning(@"Need item identifier.");
     return NO;
   }
-  const TsCallbackSlot& callback = TsCallbackSlots::Shared().toolbarValidation;
+  const TsCallbackSlot& callback = TsCallback(TsSlot::ToolbarValidation);
   if (!callback.IsSet()) return NO;
   const auto result = callback.CallForBoolean({std::int32_t{_windowId}, identifier});
   if (const bool* isValid = std::get_if<bool>(&result)) return *isValid;
@@ -281,7 +281,7 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (void)addTabViewButtonClicked {
-  TsCallbackSlots::Shared().toolbarAddTab.Call({std::int32_t{_windowId}});
+  TsCallback(TsSlot::ToolbarAddTab).Call({std::int32_t{_windowId}});
 }
 
 - (BOOL)isAddTabViewShowing {

@@ -2,16 +2,25 @@
 
 #include <v8.h>
 
+#include "Base/Lifetime.h"
+
 namespace {
 
 struct ScriptEngine {
   v8::Isolate* isolate = nullptr;
   v8::Global<v8::Context> context;
+
+  // Made before everything that calls into the engine, and so closed after it.
+  static constexpr EndStage kEnd = EndStage::Script;
+  void Close() {
+    context.Reset();
+    isolate = nullptr;
+  }
 };
 
 ScriptEngine& Engine() {
-  static ScriptEngine engine;
-  return engine;
+  static Forever<ScriptEngine> engine;
+  return *engine;
 }
 
 }  // namespace
@@ -25,8 +34,3 @@ void TsSetApplicationIsolate(v8::Isolate* isolate) {
 v8::Isolate* GetApplicationIsolate() { return Engine().isolate; }
 
 v8::Local<v8::Context> GetApplicationContext() { return Engine().context.Get(Engine().isolate); }
-
-void TsForgetApplicationIsolate() {
-  Engine().context.Reset();
-  Engine().isolate = nullptr;
-}

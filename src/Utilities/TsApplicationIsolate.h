@@ -16,6 +16,3 @@ void TsSetApplicationIsolate(v8::Isolate* isolate);
 
 // The context that was current when the isolate was set. Needs an open handle scope.
 [[nodiscard]] v8::Local<v8::Context> GetApplicationContext();
-
-// Lets go of the engine at the end of its environment.
-void TsForgetApplicationIsolate();

@@ -7,6 +7,8 @@
 #include <memory>
 #include <variant>
 
+#include "Utilities/TsSlot.h"
+
 namespace v8 {
 template <class T>
 class Local;
@@ -58,26 +60,5 @@ class TsCallbackSlot {
   std::unique_ptr<Function> function_;
 };
 
-// Every slot of the module.
-struct TsCallbackSlots {
-  static TsCallbackSlots& Shared();
-
-  TsCallbackSlot currentState;
-  TsCallbackSlot composeOutgoingMessage;
-  TsCallbackSlot searchService;
-  TsCallbackSlot reachability;
-  TsCallbackSlot windowNotification;
-  TsCallbackSlot queryWindowTrait;
-  TsCallbackSlot dragAndDrop;
-  TsCallbackSlot keyboardModifierKeys;
-  TsCallbackSlot notificationActivation;
-  TsCallbackSlot statusItemMenuNeedsUpdate;
-  TsCallbackSlot appcastParameter;
-  TsCallbackSlot toolbarValidation;
-  TsCallbackSlot toolbarAction;
-  TsCallbackSlot toolbarAddTab;
-  TsCallbackSlot timeTracker;
-
-  // Lets go of every function at the end of the script environment.
-  void Clear();
-};
+// The slot of that name. All are emptied when the script environment ends.
+[[nodiscard]] TsCallbackSlot& TsCallback(TsSlot slot);

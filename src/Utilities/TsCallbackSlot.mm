@@ -5,8 +5,8 @@
 
 #include <array>
 
+#include "Base/Lifetime.h"
 #include "Utilities/TsApplicationIsolate.h"
-#include "Utilities/TsCallbackSetters.h"
 #include "Utilities/TsEngineEntry.h"
 #include "Utilities/TsScriptValues.h"
 
@@ -42,6 +42,15 @@ v8::MaybeLocal<v8::Value> CallInEngine(const TsEngineEntry& entry, const v8::Glo
   for (const auto& argument : arguments) values[count++] = std::visit(ToScript(entry.isolate()), argument);
   return entry.Call(function.Get(entry.isolate()), count, values.data());
 }
+
+struct AllSlots {
+  std::array<TsCallbackSlot, static_cast<std::size_t>(TsSlot::Count)> all;
+
+  static constexpr EndStage kEnd = EndStage::Script;
+  void Close() {
+    for (TsCallbackSlot& slot : all) slot.Set({});
+  }
+};
 
 }  // namespace
 
@@ -98,63 +107,7 @@ std::variant<bool, std::int32_t> TsCallbackSlot::CallForBoolean(
   return result->IsInt32() ? result.As<v8::Int32>()->Value() : 0;
 }
 
-TsCallbackSlots& TsCallbackSlots::Shared() {
-  static TsCallbackSlots slots;
-  return slots;
-}
-
-void TsCallbackSlots::Clear() {
-  for (TsCallbackSlot* slot :
-       {&currentState, &composeOutgoingMessage, &searchService, &reachability, &windowNotification, &queryWindowTrait,
-        &dragAndDrop, &keyboardModifierKeys, &notificationActivation, &statusItemMenuNeedsUpdate, &appcastParameter,
-        &toolbarValidation, &toolbarAction, &toolbarAddTab, &timeTracker}) {
-    slot->Set({});
-  }
-}
-
-void SetCurrentStateCallbackFunction(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().currentState.Set(function);
-}
-
-void SetComposeOutgoingMessageCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().composeOutgoingMessage.Set(function);
-}
-
-void SetSearchServiceCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().searchService.Set(function); }
-
-void SetNetworkReachabilityCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().reachability.Set(function);
-}
-
-void SetWindowNotificationCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().windowNotification.Set(function);
-}
-
-void SetQueryWindowTraitCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().queryWindowTrait.Set(function);
-}
-
-void SetDragAndDropCallback(v8::Local<v8::Value> function) { TsCallbackSlots::Shared().dragAndDrop.Set(function); }
-
-void SetKeyboardModifierKeysCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().keyboardModifierKeys.Set(function);
-}
-
-void SetNotificationActivationCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().notificationActivation.Set(function);
-}
-
-void SetStatusItemMenuNeedsUpdateCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.Set(function);
-}
-
-void SetAppcastParameterCallback(v8::Local<v8::Value> function) {
-  TsCallbackSlots::Shared().appcastParameter.Set(function);
-}
-
-void SetToolbarCallbacks(v8::Local<v8::Value> validation, v8::Local<v8::Value> action, v8::Local<v8::Value> addTab) {
-  TsCallbackSlots& slots = TsCallbackSlots::Shared();
-  slots.toolbarValidation.Set(validation);
-  slots.toolbarAction.Set(action);
-  slots.toolbarAddTab.Set(addTab);
+TsCallbackSlot& TsCallback(TsSlot slot) {
+  static Forever<AllSlots> slots;
+  return slots->all[static_cast<std::size_t>(slot)];
 }

@@ -31,6 +31,4 @@ NSString* GetCurrentWebURL() { return Autoreleased(Page().webURL); }
 
 NSString* GetCurrentTitle() { return Autoreleased(Page().title); }
 
-NSString* GetCurrentMessageText() {
-  return TsCallbackSlots::Shared().currentState.CallForString({@"current-message-text"});
-}
+NSString* GetCurrentMessageText() { return TsCallback(TsSlot::CurrentState).CallForString({@"current-message-text"}); }

@@ -17,6 +17,3 @@ using TsCompletion = std::function<void(NSString* result)>;
 // after the end of the script environment. For a value that is no function it does nothing. It may be copied; main
 // thread only.
 [[nodiscard]] TsCompletion TsPendingCallback(v8::Local<v8::Value> function);
-
-// Lets go of every function that is still waiting.
-void TsForgetPendingCallbacks();

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <unordered_map>
 
+#include "Base/Lifetime.h"
 #include "Utilities/TsCallbackSlot.h"
 
 namespace {
@@ -13,8 +14,8 @@ namespace {
 class PendingCallbacks {
  public:
   static PendingCallbacks& Shared() {
-    static PendingCallbacks callbacks;
-    return callbacks;
+    static Forever<PendingCallbacks> callbacks;
+    return *callbacks;
   }
 
   [[nodiscard]] std::uint64_t Add(v8::Local<v8::Value> function) {
@@ -23,11 +24,12 @@ class PendingCallbacks {
   }
 
   void Call(std::uint64_t number, NSString* result) {
-    // It may ask for more work, or be the end of all.
+    // The function may ask for more work, or end the environment.
     if (const auto slot = slots_.extract(number)) slot.mapped().Call({result});
   }
 
-  void Clear() { slots_.clear(); }
+  static constexpr EndStage kEnd = EndStage::Script;
+  void Close() { slots_.clear(); }
 
  private:
   std::unordered_map<std::uint64_t, TsCallbackSlot> slots_;
@@ -41,5 +43,3 @@ TsCompletion TsPendingCallback(v8::Local<v8::Value> function) {
   const std::uint64_t number = PendingCallbacks::Shared().Add(function);
   return [number](NSString* result) { PendingCallbacks::Shared().Call(number, result); };
 }
-
-void TsForgetPendingCallbacks() { PendingCallbacks::Shared().Clear(); }

@@ -92,7 +92,7 @@ void TsInstallWebContentsViewPatch() {
 }
 
 void CallCallback(NSString* eventName, id<NSDraggingInfo> info) {
-  const TsCallbackSlot& callback = TsCallbackSlots::Shared().dragAndDrop;
+  const TsCallbackSlot& callback = TsCallback(TsSlot::DragAndDrop);
   if (!callback.IsSet()) return;
   if (eventName == nil) {
     TsLogWarning(@"Need event name.");

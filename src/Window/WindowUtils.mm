@@ -79,7 +79,7 @@ Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
     return;
   }
   if (!TsIsBrowserWindow([notification object])) return;
-  TsCallbackSlots::Shared().windowNotification.Call({name, TsObjectHandle{[notification object]}});
+  TsCallback(TsSlot::WindowNotification).Call({name, TsObjectHandle{[notification object]}});
 }
 
 - (void)windowDidChangeScreenBacking:(NSNotification*)notification {

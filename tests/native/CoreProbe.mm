@@ -120,19 +120,19 @@ void currentMessageText(ProbeArguments args) {
 }
 
 void callDragAndDrop(ProbeArguments) {
-  TsCallbackSlots::Shared().dragAndDrop.Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
+  TsCallback(TsSlot::DragAndDrop).Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
 }
 
-void callReachability(ProbeArguments args) { TsCallbackSlots::Shared().reachability.Call({args[0]->IsTrue()}); }
+void callReachability(ProbeArguments args) { TsCallback(TsSlot::Reachability).Call({args[0]->IsTrue()}); }
 
 // Calls the slot from the event loop, where no script is running.
 void callReachabilityLater(ProbeArguments args) {
   tessaro::platform::MainQueue::Shared().Post(
-      [connected = args[0]->IsTrue()] { TsCallbackSlots::Shared().reachability.Call({connected}); });
+      [connected = args[0]->IsTrue()] { TsCallback(TsSlot::Reachability).Call({connected}); });
 }
 
 void callDragAndDropLater(ProbeArguments) {
-  tessaro::platform::MainQueue::Shared().Post([] { TsCallbackSlots::Shared().dragAndDrop.Call({@"drop"}); });
+  tessaro::platform::MainQueue::Shared().Post([] { TsCallback(TsSlot::DragAndDrop).Call({@"drop"}); });
 }
 
 void postNotification(ProbeArguments args) {
@@ -271,18 +271,18 @@ void addFileLogger(ProbeArguments args) {
 // ---- Rows like those of the module's own table
 
 constexpr ScriptFunction kRows[] = {
-    {"echo", echo, "echo", Nothing::Undefined, Needs::Bridge, {Exactly(1)}},
-    {"echoAutoreleased", echoAutoreleased, "echoAutoreleased", Nothing::Undefined, Needs::Foundation, {}},
-    {"get", nothingToDo, "get", Nothing::False, Needs::Bridge, {Exactly(0)}},
-    {"getWithPool", nothingToDo, "getWithPool", Nothing::False, Needs::Foundation, {Exactly(0)}},
-    {"raiseUndefined", raiseException, "raiseException", Nothing::Undefined, Needs::Foundation, {}},
-    {"raiseNull", raiseException, "raiseException", Nothing::Null, Needs::Foundation, {}},
-    {"raiseFalse", raiseException, "raiseException", Nothing::False, Needs::Foundation, {}},
-    {"raiseZero", raiseException, "raiseException", Nothing::Zero, Needs::Foundation, {}},
-    {"raiseEmptyText", raiseException, "raiseException", Nothing::EmptyText, Needs::Foundation, {}},
-    {"raiseEmptyArray", raiseException, "raiseException", Nothing::EmptyArray, Needs::Foundation, {}},
-    {"windowOnly", nothingToDo, "windowOnly", Nothing::Null, Needs::WindowServer, {}},
-    {"violate", nothingToDo, "violate", Nothing::Null, Needs::Bridge, {Exactly(1), Arg(0).IsStringOrNull()}},
+    {"echo", "echo", echo, Nothing::Undefined, Needs::Bridge, {Exactly(1)}},
+    {"echoAutoreleased", "echoAutoreleased", echoAutoreleased, Nothing::Undefined, Needs::Foundation, {}},
+    {"get", "get", nothingToDo, Nothing::False, Needs::Bridge, {Exactly(0)}},
+    {"getWithPool", "getWithPool", nothingToDo, Nothing::False, Needs::Foundation, {Exactly(0)}},
+    {"raiseUndefined", "raiseException", raiseException, Nothing::Undefined, Needs::Foundation, {}},
+    {"raiseNull", "raiseException", raiseException, Nothing::Null, Needs::Foundation, {}},
+    {"raiseFalse", "raiseException", raiseException, Nothing::False, Needs::Foundation, {}},
+    {"raiseZero", "raiseException", raiseException, Nothing::Zero, Needs::Foundation, {}},
+    {"raiseEmptyText", "raiseException", raiseException, Nothing::EmptyText, Needs::Foundation, {}},
+    {"raiseEmptyArray", "raiseException", raiseException, Nothing::EmptyArray, Needs::Foundation, {}},
+    {"windowOnly", "windowOnly", nothingToDo, Nothing::Null, Needs::WindowServer, {}},
+    {"violate", "violate", nothingToDo, Nothing::Null, Needs::Bridge, {Exactly(1), Arg(0).IsStringOrNull()}},
 };
 
 template <std::size_t row>

@@ -105,7 +105,7 @@ void timeRebuild(ProbeArguments args) {
   @autoreleasepool {
     TsStatusItemController* controller = [TsStatusItemController sharedInstance];
     const std::uint64_t start = uv_hrtime();
-    NSString* json = TsCallbackSlots::Shared().statusItemMenuNeedsUpdate.CallForString({@"status-item", true});
+    NSString* json = TsCallback(TsSlot::StatusItemMenuNeedsUpdate).CallForString({@"status-item", true});
     const std::uint64_t asked = uv_hrtime();
     NSDictionary* contents = TsConvertFromJSONString(json, nullptr);
     const std::uint64_t read = uv_hrtime();

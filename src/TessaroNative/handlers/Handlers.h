@@ -16,19 +16,6 @@ void macOSVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
 // Status item
 void setStatusItemTitle(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// Callback slots
-void setCurrentStateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setNotificationCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setToolbarCallbackFunctions(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setWindowNotificationCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setDragAndDropCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setKeyboardModifierKeysCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setQueryWindowTraitCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setSearchServiceCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setComposeOutgoingMessageCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setNetworkReachabilityCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-void setStatusItemMenuNeedsUpdateCallbackFunction(const v8::FunctionCallbackInfo<v8::Value>& args);
-
 // User notifications and sounds
 void deliverUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args);
 void removeUserNotifications(const v8::FunctionCallbackInfo<v8::Value>& args);
@@ -106,7 +93,7 @@ void hideAddTabButton(const v8::FunctionCallbackInfo<v8::Value>& args);
 // Drag and drop
 void dropFiles(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// Pasteboard. The handlers of the find string are one name off: the last is setFindStringToPasteboard's.
+// Pasteboard
 void saveGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
 void restoreGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);
 void writeFileContentsToGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args);

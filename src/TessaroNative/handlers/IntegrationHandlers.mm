@@ -94,7 +94,7 @@ void printPath(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  TsCallbackSlot& callback = TsCallbackSlots::Shared().timeTracker;
+  TsCallbackSlot& callback = TsCallback(TsSlot::TimeTracker);
   if (callback.IsSet()) {
     TsLogWarning(@"Cannot register app event listener twice");
     return;

@@ -7,7 +7,7 @@
 #include "Extensions/NSApplication+TsBundle.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/ReturnValues.h"
-#include "Utilities/TsCallbackSetters.h"
+#include "Utilities/TsCallbackSlot.h"
 
 // The engine's own header for it is not among those that Node.js installs.
 namespace v8 {
@@ -33,7 +33,7 @@ void checkForUpdates(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  SetAppcastParameterCallback(args[0]);
+  TsCallback(TsSlot::AppcastParameter).Set(args[0]);
   [[TsApplicationUpdate sharedInstance] setParameterCallback:TsFeedParametersFromScript];
 }
 
