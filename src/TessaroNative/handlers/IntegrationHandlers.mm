@@ -62,7 +62,7 @@ TsClippedPage PageOf(v8::Isolate* isolate, v8::Local<v8::Object> object) {
 }
 
 NSArray* AskTimingCallback() {
-  NSString* text = TsCallbackSlots::Shared().timeTracker.CallForString({});
+  NSString* text = TsCallback(TsSlot::TimeTracker).CallForString({});
   NSError* error = nil;
   if (NSArray* list = As<NSArray>(TsConvertFromJSONString(text, &error))) return list;
   TsLogWarning(@"Couldn't get valid result from sCallback %@", error);
