@@ -83,7 +83,7 @@ const portable = [
 const standard = /^([a-z_]+|c[a-z]+)$/;
 
 // Contracts in terms of Cocoa, for Objective-C++ only.
-const cocoaContracts = ['src/Platform/AddressBook.h', 'src/Platform/Cocoa.h', 'src/Platform/FoundationValues.h'];
+const cocoaContracts = ['AddressBook', 'Cocoa', 'Drawing', 'FoundationValues'].map((name) => `src/Platform/${name}.h`);
 
 /** @returns {string[]} What is wrong with `source`, a text whose file is named `file`. */
 function violations(file, source) {
