@@ -11,7 +11,7 @@ const path = require('path');
 const lower = ['Utilities', 'Extensions', 'Platform'];
 const subsystems = {
   AppleScript: ['StatusItem'], // a new message counts as work that the status item shows
-  Application: ['Menu', 'Updates'], // key equivalents of the main menu; Option chooses the test feed
+  Application: ['Menu', 'Updates'], // the main menu's key equivalents, the updater's window
   Capture: ['Images'], // the files that pictures are written to
   Contacts: [],
   Crashes: [],
