@@ -83,7 +83,7 @@ test('the copy has the annotations in their places, without those that were undo
      const editor = await Editor.open(${JSON.stringify(file)});
      await run('xdotool', 'windowactivate', '--sync', editor.id);
      const width = await atRest(editor.id);
-     const bar = 48;
+     const bar = 52;
      await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
      editor.press('Box');
      editor.drag([300, 40], [600, 160]);
@@ -94,7 +94,7 @@ test('the copy has the annotations in their places, without those that were undo
      editor.drag([300, 200], [600, 380]);
      editor.press('Undo');
      await eventually(async () => {
-       await editor.dragByMouse([width - 46, 24], [width - 46, 24]);
+       await editor.dragByMouse([width - 49, 26], [width - 49, 26]);
        return editor.answers.length > 0;
      }, 'the end, after a click on Save');
      const answers = await editor.ended();

@@ -12,8 +12,8 @@ exports.needs = ['display', 'module'];
 const title = 'Screen Recording';
 
 // In the panel, from its upper left.
-const area = [12 + 126 + 60, 70];
-const stop = [12 + 60, 70];
+const area = [14 + 124 + 58, 70];
+const stop = [14 + 58, 70];
 
 const move = (x, y) => ['mousemove', x, y, 'sleep', 0.2].map(String);
 

@@ -17,6 +17,7 @@
 #include "Platform/MainQueue.h"
 #include "Platform/TemporaryFile.h"
 #include "Platform/WindowServer.h"
+#include "Utilities/Controls.h"
 
 namespace platform = tessaro::platform;
 
@@ -24,10 +25,7 @@ namespace {
 
 // The window server refuses larger images.
 constexpr int kLargestSide = 6000;
-constexpr CGFloat kBarHeight = 48;
-constexpr CGFloat kMargin = 10;
-constexpr CGFloat kButtonHeight = 26;
-constexpr CGFloat kButtonWidth = 72;
+constexpr CGFloat kBarHeight = kTsRowHeight + 2 * kTsMargin;
 constexpr CGFloat kShareOfScreen = 0.85;
 constexpr NSSize kLeastSize = {660, 360};
 
@@ -151,42 +149,38 @@ static void Save(NSData* image, NSString* original, const TsCompletion& completi
   [canvas setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
   [view addSubview:canvas];
   _canvas = canvas;
-  [self addTools];
-  _undoButton = [self addButton:NSLocalizedString(@"Undo", nil) at:5 action:@selector(undo:)];
-  [_undoButton setKeyEquivalent:@"z"];
-  [_undoButton setKeyEquivalentModifierMask:NSCommandKeyMask];
-  [self addButton:NSLocalizedString(@"Cancel", nil) at:-2 action:@selector(cancel:)];
-  [self addButton:NSLocalizedString(@"Save", nil) at:-1 action:@selector(save:)];
+  TsRows rows(view);
+  TsRow row = rows.FromTop();
+  [self addToolsTo:row];
+  const auto undo = [self newButton:@"Undo" action:@selector(undo:)];
+  [undo setKeyEquivalent:@"z"];
+  [undo setKeyEquivalentModifierMask:NSCommandKeyMask];
+  row.AddLeft(undo);
+  _undoButton = undo;
+  const auto save = [self newButton:@"Save" action:@selector(save:)];
+  const auto cancel = [self newButton:@"Cancel" action:@selector(cancel:)];
+  row.AddRight(save);
+  row.AddRight(cancel);
   [self showState];
 }
 
-- (void)addTools {
+- (void)addToolsTo:(TsRow&)row {
   NSMutableArray* buttons = [NSMutableArray array];
   for (std::size_t i = 0; i < kTools.size(); ++i) {
-    NSButton* button = [self addButton:NSLocalizedString(kTools[i].name, nil)
-                                    at:static_cast<int>(i)
-                                action:@selector(chooseTool:)];
+    const auto button = [self newButton:kTools[i].name action:@selector(chooseTool:)];
     [button setButtonType:NSPushOnPushOffButton];
     [button setTag:static_cast<NSInteger>(i)];
+    row.AddLeft(button);
     [buttons addObject:button];
   }
   _toolButtons = Retain<NSArray>(buttons);
 }
 
-// Places are counted from the left or, when negative, from the right.
-- (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
-  const NSSize size = [[_window contentView] bounds].size;
-  const CGFloat step = kButtonWidth + kMargin / 2;
-  const CGFloat left = place >= 0 ? kMargin + place * step : size.width - kMargin + kMargin / 2 + place * step;
-  const CGFloat bottom = size.height - kBarHeight + (kBarHeight - kButtonHeight) / 2;
-  auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(left, bottom, kButtonWidth, kButtonHeight)]);
-  [button setTitle:title];
+- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action {
+  auto button = TsNewButton(NSLocalizedString(title, nil), self, action);
+  // The keyboard belongs to the image.
   [button setRefusesFirstResponder:YES];
-  [button setTarget:self];
-  [button setAction:action];
-  [button setAutoresizingMask:NSViewMinYMargin | (place >= 0 ? NSViewMaxXMargin : NSViewMinXMargin)];
-  [[_window contentView] addSubview:button];
-  return button.Autoreleased();
+  return button;
 }
 
 - (void)showState {

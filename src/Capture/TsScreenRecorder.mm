@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <utility>
+#include <vector>
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
@@ -10,6 +11,7 @@
 #include "Images/TsImageFiles.h"
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
+#include "Utilities/Controls.h"
 
 namespace platform = tessaro::platform;
 
@@ -18,10 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr NSSize kPanelSize = {400, 96};
-constexpr CGFloat kMargin = 12;
-constexpr CGFloat kButtonWidth = 120;
-constexpr CGFloat kButtonHeight = 28;
-constexpr CGFloat kLabelHeight = 22;
+constexpr CGFloat kButtonWidth = 116;
 // A window disappears from the screen a moment after it has been closed.
 constexpr auto kUncovering = 400ms;
 
@@ -75,14 +74,9 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel setLevel:NSFloatingWindowLevel];
   [_panel setTitle:NSLocalizedString(@"Screen Recording", nil)];
   [_panel setDelegate:static_cast<id>(self)];
-  const CGFloat top = kPanelSize.height - kMargin - kLabelHeight;
-  auto label =
-      Adopt([[NSTextField alloc] initWithFrame:NSMakeRect(kMargin, top, kPanelSize.width - 2 * kMargin, kLabelHeight)]);
-  [label setEditable:NO];
-  [label setSelectable:NO];
-  [label setBezeled:NO];
-  [label setDrawsBackground:NO];
-  [[_panel contentView] addSubview:label];
+  const auto label = TsNewLabel(@"");
+  TsRows rows([_panel contentView]);
+  rows.FromTop().Fill(label);
   _label = label;
 }
 
@@ -95,15 +89,17 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   _stopButton = nil;
 }
 
-- (NSButton*)addButton:(NSString*)title at:(int)place action:(SEL)action {
-  const CGFloat left = kMargin + place * (kButtonWidth + kMargin / 2);
-  auto button = Adopt([[NSButton alloc] initWithFrame:NSMakeRect(left, kMargin, kButtonWidth, kButtonHeight)]);
-  [button setTitle:NSLocalizedString(title, nil)];
-  [button setRefusesFirstResponder:YES];
-  [button setTarget:self];
-  [button setAction:action];
-  [[_panel contentView] addSubview:button];
-  return button.Autoreleased();
+- (void)addButtons:(const std::vector<Ref<NSButton>>&)buttons {
+  TsRows rows([_panel contentView]);
+  TsRow row = rows.FromBottom();
+  for (const auto& button : buttons) {
+    [button setRefusesFirstResponder:YES];
+    row.AddLeft(button);
+  }
+}
+
+- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action {
+  return TsNewButton(NSLocalizedString(title, nil), self, action, @"", kButtonWidth);
 }
 
 - (BOOL)isBusy {
@@ -122,9 +118,10 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)ask {
   [self openPanel];
   [_label setStringValue:NSLocalizedString(@"What do you want to record?", nil)];
-  [self addButton:@"Whole Screen" at:0 action:@selector(recordScreen:)];
-  [self addButton:@"Area…" at:1 action:@selector(recordArea:)];
-  [self addButton:@"Cancel" at:2 action:@selector(cancel:)];
+  [self addButtons:{
+    [self newButton:@"Whole Screen" action:@selector(recordScreen:)],
+        [self newButton:@"Area…" action:@selector(recordArea:)], [self newButton:@"Cancel" action:@selector(cancel:)]
+  }];
   [_panel center];
   [_panel makeKeyAndOrderFront:nil];
 }
@@ -176,7 +173,9 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
                                                  userInfo:nil
                                                   repeats:YES]);
   [self openPanel];
-  _stopButton = [self addButton:@"Stop" at:0 action:@selector(stop:)];
+  const auto stop = [self newButton:@"Stop" action:@selector(stop:)];
+  [self addButtons:{stop}];
+  _stopButton = stop;
   [self showTime:nil];
   [self moveAside];
   [_panel orderFront:nil];
@@ -185,7 +184,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 // To a corner that rarely matters.
 - (void)moveAside {
   const NSRect screen = [[NSScreen mainScreen] visibleFrame];
-  [_panel setFrameOrigin:NSMakePoint(NSMaxX(screen) - NSWidth([_panel frame]) - kMargin, NSMinY(screen) + kMargin)];
+  [_panel setFrameOrigin:NSMakePoint(NSMaxX(screen) - NSWidth([_panel frame]) - kTsMargin, NSMinY(screen) + kTsMargin)];
 }
 
 - (void)showTime:(NSTimer*)timer {
