@@ -1,6 +1,6 @@
 'use strict';
 
-// Images as files: what is one, copies of another size, and what is pasted.
+// Recognising images, scaled copies, and images from the pasteboard.
 
 const assert = require('assert');
 const { execFileSync } = require('child_process');
@@ -20,7 +20,7 @@ const run = (t, source, options) => evaluate(t, `const { module: m, menus, ...p 
 const scale = (t, calls, options) =>
   run(t, `console.log(JSON.stringify(${JSON.stringify(calls)}.map((args) => m.scaleImage(...args))))`, options);
 
-// Red above, blue below, and half of it clear where there is alpha.
+// Red above, blue below; with alpha, the upper half is clear.
 const halves = (width, height, alpha = 1) =>
   sharp({ create: { width, height, channels: 4, background: { r: 255, g: 0, b: 0, alpha } } }).composite([
     {
@@ -210,7 +210,7 @@ test('animations keep their frames', async (t) => {
   assert.deepStrictEqual([pages ?? 1, height], [1, 30]);
 });
 
-// A PNG's header with a right checksum, and hardly anything behind it.
+// A PNG that claims a size, with next to no data.
 function bomb(width, height) {
   const { crc32, deflateSync } = require('zlib');
   const table = Array.from({ length: 256 }, (_, n) => {

@@ -58,7 +58,7 @@ test('the background queue runs tasks on other threads, and a hanging task delay
      let left = 8;
      for (let i = 0; i < 8; ++i) platform.background(1, (where) => { seen.push(where); if (--left === 0) finish(); });
      const alive = setInterval(() => {}, 1000);
-     // Ends although a task still runs.
+     // The process ends although a task is still running.
      function finish() { clearInterval(alive); console.log(JSON.stringify(seen)); process.exit(0); }`,
   );
   assert.deepStrictEqual(result, Array(8).fill('other'));
@@ -82,7 +82,7 @@ test('waiting tasks do not keep the process alive, and may post when they are de
   }
 });
 
-test('kernel variables are read by their names', async (t) => {
+test('a kernel variable is read by its name; other files are not', async (t) => {
   const { ENOENT, EINVAL } = os.constants.errno;
   const cases = [
     ['kernel.ngroups_max', Number(fs.readFileSync('/proc/sys/kernel/ngroups_max', 'utf8'))],
@@ -100,7 +100,7 @@ test('kernel variables are read by their names', async (t) => {
   cases.forEach(([name, expected], index) => assert.strictEqual(values[index], expected, name));
 });
 
-test('logs go where the base directory standard says', async (t) => {
+test('the log folder follows the XDG base directory specification', async (t) => {
   const passwdHome = os.userInfo().homedir;
   const cases = [
     [{ XDG_STATE_HOME: '/state', HOME: '/home/x' }, 'Mail', '/state/Mail/logs'],
@@ -137,7 +137,7 @@ test('the preferred languages are those of the environment, as BCP 47 identifier
   }
 });
 
-test('without a bus there is a reason, and no waiting', async (t) => {
+test('without a session bus a call fails at once, with a reason', async (t) => {
   for (const address of [
     undefined,
     '',
@@ -160,7 +160,7 @@ test('without a bus there is a reason, and no waiting', async (t) => {
   }
 });
 
-test('a bus that dies and comes back is connected to again', async (t) => {
+test('the connection is restored when the bus restarts', async (t) => {
   const directory = temporaryDirectory(t);
   const first = await startBus(t, directory);
   const child = startScript(
@@ -179,7 +179,7 @@ test('a bus that dies and comes back is connected to again', async (t) => {
   assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
 });
 
-test('a bus that says nothing is waited for once, and connected to when another has taken its place', async (t) => {
+test('a silent bus delays only the first call, and its replacement is connected to', async (t) => {
   const directory = temporaryDirectory(t);
   const sockets = [];
   const mute = net.createServer((socket) => sockets.push(socket)).listen(path.join(directory, 'bus'));
@@ -204,7 +204,7 @@ test('a bus that says nothing is waited for once, and connected to when another 
   assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
 });
 
-test('an idle connection costs no time and does not keep the process', async (t) => {
+test('an idle connection uses no processor time and does not keep the process alive', async (t) => {
   const { address } = await startBus(t, temporaryDirectory(t));
   const env = { DBUS_SESSION_BUS_ADDRESS: address };
   const share = await evaluate(
@@ -226,7 +226,7 @@ test('an idle connection costs no time and does not keep the process', async (t)
   assert.strictEqual(result.code, 0);
 });
 
-test('the appearance is what the desktop’s settings say, now and later', async (t) => {
+test('the appearance follows the desktop’s settings', async (t) => {
   const { address } = await startBus(t, temporaryDirectory(t));
   const env = { DBUS_SESSION_BUS_ADDRESS: address, GTK_THEME: 'Adwaita:dark' };
   const asking = startScript(
@@ -237,7 +237,7 @@ test('the appearance is what the desktop’s settings say, now and later', async
      process.stdin.on('data', () => process.exit(0));`,
     { env },
   );
-  // Nobody knows but the theme; then a portal comes and says light, then dark, and goes.
+  // First only the theme is known; then a portal appears, says light, dark and light, and ends.
   await asking.printed('true\n');
   const portal = startScript(
     t,

@@ -1,6 +1,6 @@
 'use strict';
 
-// Pictures of what is in files, and the panel that shows them.
+// Previews of files, and the panel that shows them.
 
 const assert = require('assert');
 const fs = require('fs');
@@ -85,7 +85,7 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
     const facts = await sharp(picture).metadata();
     assert.deepStrictEqual([facts.format, facts.width, facts.height], ['png', width, height], file);
   }
-  // Something is on the pages.
+  // The pages are not blank.
   for (const index of [4, 5, 6, 7]) {
     const { channels } = await sharp(answers[index][0][2]).stats();
     assert.ok(channels[0].min < 128 && channels[0].max === 255, table[index][0]);
@@ -147,7 +147,7 @@ test('a drawing loads no other file and no URL', async (t) => {
   const { channels } = await sharp(picture).stats();
   assert.strictEqual(channels[0].max, 0, 'nothing is red');
   assert.strictEqual(channels[2].max, 255, 'but something is drawn');
-  // One that has a text from outside is refused, or shown without it.
+  // A drawing with an external entity is refused, or shown without it.
   const other = answers[1][0][2];
   if (other !== null)
     assert.strictEqual(
