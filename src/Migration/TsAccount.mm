@@ -37,7 +37,7 @@ NSString* Trimmed(NSString* text) {
 
 bool IsSameText(NSString* a, NSString* b) { return a == b || [a isEqualToString:b]; }
 
-NSNumber* Boolean(BOOL value) { return [NSNumber numberWithBool:value]; }
+NSNumber* TruthValue(BOOL value) { return [NSNumber numberWithBool:value]; }
 
 id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
@@ -146,7 +146,7 @@ const ExportedAttribute kExportedBooleans[] = {
 }
 
 - (void)setDetectUnreadCountTypeAsBOOL:(BOOL)detects {
-  [self setDetectUnreadCountType:Boolean(detects)];
+  [self setDetectUnreadCountType:TruthValue(detects)];
 }
 
 - (BOOL)isGmailChatBlockedAsBOOL {
@@ -279,7 +279,7 @@ const ExportedAttribute kExportedBooleans[] = {
   for (const auto& [key, attribute] : kExported)
     [exported setObject:OrNull([values objectForKey:attribute]) forKey:key];
   for (const auto& [key, attribute] : kExportedBooleans) {
-    [exported setObject:Boolean([[values objectForKey:attribute] boolValue]) forKey:key];
+    [exported setObject:TruthValue([[values objectForKey:attribute] boolValue]) forKey:key];
   }
   [exported setObject:OrNull([self password]) forKey:@"password"];
   [exported setObject:[NSNumber numberWithUnsignedInteger:[self numberOfDownloadItems]]

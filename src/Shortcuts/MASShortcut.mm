@@ -1,5 +1,6 @@
 #import "Shortcuts/MASShortcut.h"
 
+#include "Base/Ref.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
 #include "Platform/KeyboardLayout.h"

@@ -10,6 +10,8 @@ enum NSBitmapImageFileType : NSUInteger {
 static const NSBitmapImageFileType NSPNGFileType API_DEPRECATED("", macos(10.0, 10.12)) = NSBitmapImageFileTypePNG;
 static const NSBitmapImageFileType NSJPEGFileType API_DEPRECATED("", macos(10.0, 10.12)) = NSBitmapImageFileTypeJPEG;
 
+enum NSTIFFCompression : NSUInteger { NSTIFFCompressionNone = 1 };
+
 @interface NSBitmapImageRep : NSImageRep
 + (instancetype)imageRepWithData:(NSData*)data;
 + (NSArray*)imageRepsWithData:(NSData*)data;
@@ -32,5 +34,6 @@ static const NSBitmapImageFileType NSJPEGFileType API_DEPRECATED("", macos(10.0,
 @property(readonly) NSInteger bitsPerPixel;
 @property(readonly) NSInteger bytesPerRow;
 - (NSData*)representationUsingType:(NSBitmapImageFileType)type properties:(NSDictionary*)properties;
+- (NSData*)TIFFRepresentationUsingCompression:(NSTIFFCompression)compression factor:(float)factor;
 - (NSColor*)colorAtX:(NSInteger)x y:(NSInteger)y;
 @end

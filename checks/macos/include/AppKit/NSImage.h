@@ -16,6 +16,8 @@ using NSImageName = NSString*;
 + (NSImage*)imageNamed:(NSImageName)name;
 + (BOOL)canInitWithPasteboard:(NSPasteboard*)pasteboard;
 @property(class, readonly, copy) NSArray* imageTypes;
++ (NSArray*)imageUnfilteredFileTypes API_DEPRECATED("", macos(10.0, 10.10));
++ (NSArray*)imageUnfilteredPasteboardTypes API_DEPRECATED("", macos(10.0, 10.10));
 - (instancetype)initWithSize:(NSSize)size;
 - (instancetype)initWithData:(NSData*)data;
 - (instancetype)initWithContentsOfFile:(NSString*)path;

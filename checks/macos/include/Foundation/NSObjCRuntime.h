@@ -38,6 +38,7 @@ struct NSRange {
   NSUInteger location;
   NSUInteger length;
 };
+inline NSUInteger NSMaxRange(NSRange range) { return range.location + range.length; }
 inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) { return {location, length}; }
 
 struct NSFastEnumerationState {

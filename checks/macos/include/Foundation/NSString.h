@@ -63,6 +63,7 @@ enum : NSStringCompareOptions { NSCaseInsensitiveSearch = 1, NSLiteralSearch = 2
 - (NSRange)rangeOfString:(NSString*)string;
 - (NSRange)rangeOfString:(NSString*)string options:(NSStringCompareOptions)options;
 - (NSRange)rangeOfCharacterFromSet:(NSCharacterSet*)set;
+- (NSRange)rangeOfComposedCharacterSequenceAtIndex:(NSUInteger)index;
 - (NSString*)substringFromIndex:(NSUInteger)index;
 - (NSString*)substringToIndex:(NSUInteger)index;
 - (NSString*)substringWithRange:(NSRange)range;
