@@ -12,12 +12,12 @@ const path = require('path');
 const families = [
   {
     library: 'libc++',
-    names: /^__Z(N?K?N?St3__1|N?K?St|T[ISV]N?St|TVN10__cxxabiv1|T[IS][a-zP]|n[wa]|d[la])|^___(cxa|gxx)_/,
+    names:
+      /^__Z(N?K?N?St3__1|N?K?St|NKSt|NSt|T[ISV]N?St|T[hv]\w*_?N(K?)St|TVN10__cxxabiv1|T[IS][a-zP]|n[wa]|d[la])|^___(cxa|gxx)_/,
   },
-  { library: 'spdlog and fmt', names: /^__Z\w*(6spdlog|3fmt)/ },
   { library: 'pugixml', names: /^__Z\w*4pugi/ },
   { library: 'simdjson', names: /^__Z\w*8simdjson/ },
-  { library: 'clang', names: /^___isPlatformVersionAtLeast$/ },
+  { library: 'clang', names: /^___(isPlatformVersionAtLeast|u(div|mod)ti3)$/ },
   { library: 'libsodium', names: /^_(sodium|crypto_sign|crypto_hash)_/ },
   { library: 'libxml2', names: /^_(xml|html)[A-Z]/ },
   { library: 'libarchive', names: /^_archive_/ },

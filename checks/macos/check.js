@@ -54,7 +54,7 @@ async function compileAll(architecture, files) {
     for (let file = waiting.shift(); file !== undefined; file = waiting.shift())
       results.push(await compile(architecture, file));
   };
-  await Promise.all(Array.from({ length: os.cpus().length }, work));
+  await Promise.all(Array.from({ length: os.availableParallelism() }, work));
   return results;
 }
 
