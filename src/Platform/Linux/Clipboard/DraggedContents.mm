@@ -16,16 +16,13 @@ constexpr char kDragged[] = "XdndSelection";
 constexpr SelectionLimits kLimits{
     .answer = std::chrono::milliseconds(500), .whole = std::chrono::milliseconds(1000), .bytes = 16 << 20};
 
-Ref<NSData> DataFor(NSString* type, NSArray* offered) {
-  if (![offered containsObject:type]) return nullptr;
-  return ForeignData(kDragged, type, kLimits).value_or(nullptr);
-}
-
 // Also when nothing comes: files of an earlier drag must not be taken for those of this one.
 void FillDragPasteboard() {
-  const Ref<NSArray> offered = ForeignTypes(kDragged, kLimits).value_or(nullptr);
-  const Ref<NSData> files = DataFor(NSFilenamesPboardType, offered);
-  const Ref<NSData> text = files ? nullptr : DataFor(NSStringPboardType, offered);
+  const auto fetched = ForeignData(kDragged, NSFilenamesPboardType, kLimits);
+  const Ref<NSData> files = fetched.value_or(nullptr);
+  const bool mayHaveText = fetched && !files;
+  const Ref<NSData> text =
+      mayHaveText ? ForeignData(kDragged, NSStringPboardType, kLimits).value_or(nullptr) : Ref<NSData>();
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithName:NSDragPboard];
   if (files) {
     [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
