@@ -440,7 +440,7 @@ test('alerts on screen outlive the process: they can be withdrawn, and their cli
   const options = { home: temporaryDirectory(t), env };
   const first = await startClient(t, options);
   for (const id of ['withdrawn', 'clicked', 'replaced', 'lost']) await first.deliver(id, { text: 'x' });
-  await first.until('JSON.parse(n.alerts()).delivered.length === 4 && JSON.parse(n.takeRecorded()).length === 4');
+  await first.until("infoLines().filter((line) => line.startsWith('didDeliverNotification: ')).length === 4");
   const [withdrawn, clicked, replaced] = server.calls('Notify').map(({ id }) => id);
   await first.kill();
 

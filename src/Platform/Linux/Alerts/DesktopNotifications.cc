@@ -78,6 +78,7 @@ void DesktopNotifications::Appear(sdbus::IConnection& bus) {
   server_ = sdbus::createProxy(bus, kService, kPath);
   serverIdentity_ = OwnerIdentity(bus, kService);
   CheckFollowed();
+  if (!serverIdentity_.empty() && !AlertsIn(State::Waiting).empty()) AskCapabilities();
   listener_.serverChanged();
 }
 

@@ -42,9 +42,12 @@ class ServedNotifications final : public UserNotifications {
   void Close() noexcept;
 
  private:
+  // Of a scheduled alert.
+  enum class Progress { Scheduled, Sending, Failed };
+
   struct Entry {
     KeptAlert kept;
-    bool isTried = false;  // due, and could not be shown yet
+    Progress progress = Progress::Scheduled;
   };
 
   void Restore();
@@ -167,7 +170,8 @@ AlertContents ServedNotifications::ContentsOf(const UserNotification& alert) con
 void ServedNotifications::DeliverDue() {
   std::vector<std::pair<Moment, Key>> due;
   for (auto& [key, entry] : alerts_) {
-    if (!entry.kept.due || *entry.kept.due > Now() || std::exchange(entry.isTried, true)) continue;
+    if (!entry.kept.due || *entry.kept.due > Now() || entry.progress != Progress::Scheduled) continue;
+    entry.progress = Progress::Sending;
     due.emplace_back(*entry.kept.due, key);
   }
   std::sort(due.begin(), due.end());
@@ -178,14 +182,17 @@ void ServedNotifications::DeliverDue() {
 }
 
 void ServedNotifications::RetryDue() {
-  for (auto& [key, entry] : alerts_) entry.isTried = false;
+  for (auto& [key, entry] : alerts_) {
+    if (entry.progress == Progress::Failed) entry.progress = Progress::Scheduled;
+  }
   SetTimer();
 }
 
 void ServedNotifications::SetTimer() {
   std::optional<Moment> next;
   for (const auto& [key, entry] : alerts_) {
-    if (entry.kept.due && !entry.isTried && (!next || *entry.kept.due < *next)) next = entry.kept.due;
+    if (!entry.kept.due || entry.progress != Progress::Scheduled) continue;
+    if (!next || *entry.kept.due < *next) next = entry.kept.due;
   }
   timer_.Set(next);
 }
@@ -207,7 +214,12 @@ void ServedNotifications::Shown(const Key& key, const ServerAlert& shown, bool i
 
 void ServedNotifications::Failed(const Key& key, const std::string& reason) {
   const auto found = alerts_.find(key);
-  if (found != alerts_.end() && !found->second.kept.due) Forget(key);
+  if (found == alerts_.end()) return;
+  if (found->second.kept.due) {
+    found->second.progress = Progress::Failed;
+  } else {
+    Forget(key);
+  }
   listener_.failed(key, reason);
 }
 
