@@ -37,6 +37,8 @@ lint: bootstrap
 	@scripts/lint form
 	@scripts/build release
 	@scripts/lint tidy
+	@node checks/macos/check.js --self-test
+	@node checks/macos/check.js
 
 # Compiles, links and audits the module for macOS 11, on both architectures; nothing is run.
 check-macos: bootstrap

@@ -16,17 +16,25 @@ const most = 12; // files in a unit: more of them leave processors without work 
 function sources() {
   const patterns = ['src/*.cc', 'src/*.mm', 'host/*.cc', 'host/*.mm'];
   const listed = execFileSync('git', ['ls-files', '-co', '--exclude-standard', '--', ...patterns], { cwd: root });
-  return listed.toString().trim().split('\n');
+  const files = listed.toString().trim().split('\n');
+  return files.filter((file) => !file.startsWith('src/Platform/macOS/'));
+}
+
+// Shared sources are read without GNUstep's extensions of Cocoa: what they use then is on every system. A precompiled
+// header was made with them.
+function withoutExtensions(file, command) {
+  if (!/^src\/(?!Platform\/)/.test(file)) return command;
+  return `${command.replace(/ -Xclang -include(-pch)? -Xclang \S+/g, '')} -DNO_GNUSTEP=1`;
 }
 
 /** How the last build compiles a file, with the file's own names taken out. */
 function commands() {
   const entries = JSON.parse(fs.readFileSync(path.join(build, 'compile_commands.json'), 'utf8'));
   return new Map(
-    entries.map(({ file, command }) => [
-      path.relative(root, file),
-      command.replace(/ -(MT|MF|o|c) \S+/g, '').replace(/ -MD\b/, ''),
-    ]),
+    entries.map(({ file, command }) => {
+      const name = path.relative(root, file);
+      return [name, withoutExtensions(name, command.replace(/ -(MT|MF|o|c) \S+/g, '').replace(/ -MD\b/, ''))];
+    }),
   );
 }
 
