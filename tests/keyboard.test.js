@@ -22,7 +22,7 @@ const key = { d: 40, n: 57, comma: 59, space: 65, up: 111, left: 113, right: 114
 const [keyDown, keyUp, flagsChanged, mouseDown] = [10, 11, 12, 1];
 
 const prelude = `
-  const { execFile } = require('child_process');
+  const { execFile, spawn } = require('child_process');
   const { promisify } = require('util');
   const host = require('./host');
   const { eventually } = require('./tests/support/child');
@@ -615,15 +615,22 @@ test('modifiers pressed or released in the background are reported when the appl
        const system = host.windowInfo(window).systemWindow;
        const isKey = () => host.windowInfo(window).isKey;
        const away = async (keys) => {
-         await run('xdotool', ['windowminimize', '--sync', system].map(String));
+         const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
          await eventually(() => !isKey(), 'the background');
          await run('xdotool', keys);
          reports.length = 0;
-         await run('xdotool', ['windowactivate', '--sync', system].map(String));
+         await run('xdotool', ['windowactivate', String(system)]);
          await eventually(() => isKey() && reports.length > 0, 'the foreground');
+         other.kill();
          return reports.at(-1);
        };
-       const seen = [await away(['keydown', 'shift', 'keydown', 'alt']), await away(['keyup', 'shift', 'keyup', 'alt'])];
+       const seen = [];
+       try {
+         seen.push(await away(['keydown', 'shift', 'keydown', 'alt']));
+         seen.push(await away(['keyup', 'shift', 'keyup', 'alt']));
+       } finally {
+         await run('xdotool', ['keyup', 'shift', 'keyup', 'alt']);
+       }
        print(seen);
        process.exit();
      })();`,
