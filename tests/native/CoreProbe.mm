@@ -168,7 +168,6 @@ void functionTable(ProbeArguments args) {
     const auto row = v8::Object::New(isolate);
     Set(row, "name", Text(isolate, function.name));
     Set(row, "handlerName", Text(isolate, function.handlerName));
-    Set(row, "landed", v8::Boolean::New(isolate, function.handler != nullptr));
     Set(row, "line", v8::Integer::New(isolate, function.line));
     Set(row, "needsWindowServer", v8::Boolean::New(isolate, function.needs == Needs::WindowServer));
     Set(row, "conditions",
@@ -290,6 +289,33 @@ void Enter(ProbeArguments args) {
   Dispatch(__FILE__, kRows[row], args);
 }
 
+// ---- The module's own rows
+
+// The text of the first condition that the arguments violate, or null.
+template <std::size_t row>
+void Violated(ProbeArguments args) {
+  const Condition* violated = FunctionTable()[row].contract.Violated(args);
+  if (violated == nullptr) return args.GetReturnValue().SetNull();
+  args.GetReturnValue().Set(Text(args.GetIsolate(), violated->Text()));
+}
+
+// The row with a handler that fails.
+template <std::size_t row>
+void Failing(ProbeArguments args) {
+  ScriptFunction function = FunctionTable()[row];
+  function.handler = raiseException;
+  function.needs = Needs::Foundation;
+  Dispatch(__FILE__, function, args);
+}
+
+constexpr std::size_t kFunctions = 112;
+
+template <std::size_t... rows>
+void AttachFunctions(v8::Local<v8::Object> violated, v8::Local<v8::Object> failing, std::index_sequence<rows...>) {
+  (NODE_SET_METHOD(violated, FunctionTable()[rows].name, Violated<rows>), ...);
+  (NODE_SET_METHOD(failing, FunctionTable()[rows].name, Failing<rows>), ...);
+}
+
 template <std::size_t... rows>
 void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
   (NODE_SET_METHOD(exports, kRows[rows].name, Enter<rows>), ...);
@@ -299,6 +325,12 @@ void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
 
 void AttachCoreProbe(v8::Local<v8::Object> exports) {
   AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const auto violated = v8::Object::New(isolate);
+  const auto failing = v8::Object::New(isolate);
+  AttachFunctions(violated, failing, std::make_index_sequence<kFunctions>());
+  Set(exports, "violated", violated);
+  Set(exports, "failing", failing);
   PROBE(echoForeign);
   PROBE(utf8);
   PROBE(fromUtf8);
