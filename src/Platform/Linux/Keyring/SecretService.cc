@@ -13,6 +13,7 @@ namespace {
 
 constexpr char kService[] = "org.freedesktop.secrets";
 constexpr char kItem[] = "org.freedesktop.Secret.Item";
+constexpr char kPrompt[] = "org.freedesktop.Secret.Prompt";
 constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 // A bus keeps at most 128 unanswered calls of a client unless its limit has been raised.
 constexpr std::size_t kMostCallsAtOnce = 64;
@@ -39,11 +40,81 @@ class ContextScope {
   GMainContext* context_;
 };
 
+// Cancels, and wakes its context, when the time is up.
+class Deadline {
+ public:
+  Deadline(GMainContext* context, int milliseconds)
+      : cancellable_(g_cancellable_new()), alarm_(g_timeout_source_new(static_cast<guint>(milliseconds))) {
+    const auto cancel = [](gpointer passed) -> gboolean {
+      g_cancellable_cancel(static_cast<GCancellable*>(passed));
+      return G_SOURCE_REMOVE;
+    };
+    g_source_set_callback(alarm_.get(), cancel, cancellable_.get(), nullptr);
+    g_source_attach(alarm_.get(), context);
+  }
+  Deadline(const Deadline&) = delete;
+  Deadline& operator=(const Deadline&) = delete;
+  ~Deadline() { g_source_destroy(alarm_.get()); }
+
+  [[nodiscard]] GCancellable* Cancellable() const { return cancellable_.get(); }
+  [[nodiscard]] bool IsOver() const { return g_cancellable_is_cancelled(cancellable_.get()); }
+
+ private:
+  GObjectPtr<GCancellable> cancellable_;
+  GSourcePtr alarm_;
+};
+
 // Without a display the service dismisses its own prompts: then no user was asked.
 SecretStatus Dismissed() {
   const bool hasDisplay = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
   return hasDisplay ? SecretStatus::UserCancelled : SecretStatus::InteractionNotAllowed;
 }
+
+// The end of a prompt. libsecret's own objects for prompts take some dismissals for a success, and wait without a
+// deadline for a service that ignores them.
+class PromptOutcome {
+ public:
+  PromptOutcome(GDBusConnection* bus, const char* path) : bus_(bus) {
+    completed_ = g_dbus_connection_signal_subscribe(bus_, kService, kPrompt, "Completed", path, nullptr,
+                                                    G_DBUS_SIGNAL_FLAGS_NONE, Completed, this, nullptr);
+    vanished_ = g_dbus_connection_signal_subscribe(bus_, "org.freedesktop.DBus", "org.freedesktop.DBus",
+                                                   "NameOwnerChanged", "/org/freedesktop/DBus", kService,
+                                                   G_DBUS_SIGNAL_FLAGS_NONE, Vanished, this, nullptr);
+    closed_ = g_signal_connect(bus_, "closed", G_CALLBACK(Closed), this);
+  }
+  PromptOutcome(const PromptOutcome&) = delete;
+  PromptOutcome& operator=(const PromptOutcome&) = delete;
+  ~PromptOutcome() {
+    g_dbus_connection_signal_unsubscribe(bus_, completed_);
+    g_dbus_connection_signal_unsubscribe(bus_, vanished_);
+    g_signal_handler_disconnect(bus_, closed_);
+  }
+
+  [[nodiscard]] const std::optional<SecretStatus>& Get() const { return status_; }
+
+ private:
+  static void Completed(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
+                        gpointer self) {
+    gboolean isDismissed = TRUE;
+    if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(bv)")))
+      g_variant_get(arguments, "(bv)", &isDismissed, nullptr);
+    static_cast<PromptOutcome*>(self)->status_ = isDismissed ? Dismissed() : SecretStatus::Success;
+  }
+
+  static void Vanished(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*, gpointer self) {
+    static_cast<PromptOutcome*>(self)->status_ = SecretStatus::NotAvailable;
+  }
+
+  static void Closed(GDBusConnection*, gboolean, GError*, gpointer self) {
+    static_cast<PromptOutcome*>(self)->status_ = SecretStatus::NotAvailable;
+  }
+
+  GDBusConnection* bus_;
+  guint completed_;
+  guint vanished_;
+  gulong closed_;
+  std::optional<SecretStatus> status_;
+};
 
 struct RemoteError {
   std::string_view name;
@@ -122,21 +193,13 @@ bool SecretServiceSession::Connect() {
 
 GObjectPtr<GAsyncResult> SecretServiceSession::Wait(int milliseconds, const Start& start) {
   const ContextScope scope(context_.get());
-  const GObjectPtr<GCancellable> cancellable(g_cancellable_new());
-  const GSourcePtr alarm(g_timeout_source_new(static_cast<guint>(milliseconds)));
-  const auto cancel = [](gpointer passed) -> gboolean {
-    g_cancellable_cancel(static_cast<GCancellable*>(passed));
-    return G_SOURCE_REMOVE;
-  };
-  g_source_set_callback(alarm.get(), cancel, cancellable.get(), nullptr);
-  g_source_attach(alarm.get(), context_.get());
+  const Deadline deadline(context_.get(), milliseconds);
   GAsyncResult* result = nullptr;
   const auto finished = [](GObject*, GAsyncResult* given, gpointer data) {
     *static_cast<GAsyncResult**>(data) = static_cast<GAsyncResult*>(g_object_ref(given));
   };
-  start(cancellable.get(), finished, &result);
+  start(deadline.Cancellable(), finished, &result);
   while (result == nullptr) g_main_context_iteration(context_.get(), TRUE);
-  g_source_destroy(alarm.get());
   return GObjectPtr<GAsyncResult>(result);
 }
 
@@ -194,21 +257,16 @@ std::vector<SecretServiceReply> SecretServiceSession::GetEach(const std::vector<
   return replies;
 }
 
-SecretServiceReply SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {
-  const auto finished =
-      Wait(static_cast<int>(timeout.count()), [&](GCancellable* cancellable, auto callback, gpointer data) {
-        secret_service_prompt_at_dbus_path(service_.get(), path, nullptr, cancellable, callback, data);
-      });
-  GError* raised = nullptr;
-  GVariantPtr value(secret_service_prompt_at_dbus_path_finish(service_.get(), finished.get(), &raised));
-  if (value) return {std::move(value)};
-  const GErrorPtr error(raised);
-  if (error && IsTimeout(error.get())) return {nullptr, SecretStatus::InteractionNotAllowed};
-  if (error) return FailureOf(error.get());
-  // libsecret takes a service that ends for a dismissal.
-  const GTextPtr owner(g_dbus_proxy_get_name_owner(G_DBUS_PROXY(service_.get())));
-  return owner ? SecretServiceReply{nullptr, Dismissed()}
-               : SecretServiceReply{nullptr, SecretStatus::NotAvailable, true};
+SecretStatus SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {
+  const ContextScope scope(context_.get());
+  const Deadline deadline(context_.get(), static_cast<int>(timeout.count()));
+  const PromptOutcome outcome(bus_.get(), path);
+  const auto shown = Call(path, kPrompt, "Prompt", g_variant_new("(s)", ""), "()");
+  if (!shown) return shown.status;
+  while (!outcome.Get() && !deadline.IsOver()) g_main_context_iteration(context_.get(), TRUE);
+  if (outcome.Get()) return *outcome.Get();
+  static_cast<void>(Call(path, kPrompt, "Dismiss", nullptr, "()"));
+  return SecretStatus::InteractionNotAllowed;
 }
 
 GVariantPtr SecretServiceSession::Encode(const Secret& secret) {

@@ -58,7 +58,7 @@ class SecretServiceSession {
   [[nodiscard]] std::vector<SecretServiceReply> GetEach(const std::vector<std::string>& paths, const char* property);
 
   // Shows a prompt and waits for the user.
-  [[nodiscard]] SecretServiceReply Prompt(const char* path, std::chrono::milliseconds timeout);
+  [[nodiscard]] SecretStatus Prompt(const char* path, std::chrono::milliseconds timeout);
 
   // A secret in the form of the service, and back; nothing when the service sent something else.
   [[nodiscard]] GVariantPtr Encode(const Secret& secret);

@@ -285,7 +285,7 @@ SecretStatus Keyring::PromptIfAsked(const Reply& reply, gsize position) {
   if (!reply) return reply.status;
   const GVariantPtr prompt(g_variant_get_child_value(reply.value.get(), position));
   const char* path = g_variant_get_string(prompt.get(), nullptr);
-  return std::string_view(path) == kNoPrompt ? SecretStatus::Success : session_->Prompt(path, userTimeout_).status;
+  return std::string_view(path) == kNoPrompt ? SecretStatus::Success : session_->Prompt(path, userTimeout_);
 }
 
 }  // namespace
