@@ -311,7 +311,7 @@ test('a project address needs two keys, a host and a project', async (t) => {
     `const { updates } = probe(); console.log(JSON.stringify(${JSON.stringify(all)}.map(updates.whyNoProject)));`,
   );
   all.forEach((address, i) =>
-    assert.strictEqual(reasons[i], i < good.length ? '' : `no address of a project: ${address}`),
+    assert.strictEqual(reasons[i], i < good.length ? '' : `malformed project address: ${address}`),
   );
 });
 
