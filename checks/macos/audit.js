@@ -15,6 +15,7 @@ const families = [
     names:
       /^__Z(N?K?N?St3__1|N?K?St|NKSt|NSt|T[ISV]N?St|T[hv]\w*_?N(K?)St|TVN10__cxxabiv1|T[IS][a-zP]|n[wa]|d[la])|^___(cxa|gxx)_/,
   },
+  { library: 'spdlog and fmt', names: /^__Z\w*(6spdlog|3fmt)/ },
   { library: 'pugixml', names: /^__Z\w*4pugi/ },
   { library: 'simdjson', names: /^__Z\w*8simdjson/ },
   { library: 'clang', names: /^___(isPlatformVersionAtLeast|u(div|mod)ti3)$/ },
@@ -24,7 +25,7 @@ const families = [
   // musl's way of saying what Darwin says otherwise; the image is never shipped.
   {
     library: 'stand-ins',
-    names: /^_(__errno_location|stdout|stderr|stdin|__assert_fail|__xpg_strerror_r|sigabbrev_np)$/,
+    names: /^_(__errno_location|stdout|stderr|stdin|__assert_fail)$/,
   },
 ];
 

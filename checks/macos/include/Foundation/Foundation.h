@@ -24,6 +24,5 @@
 #include <Foundation/NSURL.h>
 #include <Foundation/NSURLSession.h>
 #include <Foundation/NSUserDefaults.h>
-#include <Foundation/NSUserNotification.h>
 #include <Foundation/NSValue.h>
 #include <dispatch/dispatch.h>
