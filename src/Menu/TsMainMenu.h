@@ -34,17 +34,15 @@ bool TsMainMenuUpdateMenuItem(NSArray* path, NSDictionary* attributes);
 
 void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event);
 
-// From now on the main menu, and the menus that are in it now, tell when they open and close. Called again, it covers
-// what has been added since.
+// From now on the main menu, and the menus that are in it now, post notifications when they open and close. Called
+// again, it covers what has been added since.
 void TsSetupAppMenuNeedsUpdateNotification();
 
-// Posts the notifications of one menu, and passes on to the menu's previous delegate whatever that understands.
-@interface TsAppMenuDelegate : NSObject {
-  id _previous;
-}
+// The one delegate of all these menus: it posts the notifications, and passes every message on to the delegate that the
+// menu had before.
+@interface TsAppMenuDelegate : NSObject
 
-- (instancetype)initWithPrevious:(id)previous;
-- (id)previous;
++ (id)sharedDelegate;
 
 - (void)menuWillOpen:(NSMenu*)menu;
 - (void)menuDidClose:(NSMenu*)menu;

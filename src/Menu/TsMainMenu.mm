@@ -158,10 +158,11 @@ class Walk {
   NSMenuItem* item_ = nil;
 };
 
-// The menus whose delegates are ours now. A menu does not retain its delegate.
+// A menu that has the shared delegate now. Its previous delegate is not retained, as menus
+// do not retain their delegates.
 struct DelegatedMenu {
   Ref<NSMenu> menu;
-  Ref<TsAppMenuDelegate> delegate;
+  id previous;
 };
 
 std::vector<DelegatedMenu>& DelegatedMenus() {
@@ -169,19 +170,34 @@ std::vector<DelegatedMenu>& DelegatedMenus() {
   return *menus;
 }
 
+id PreviousDelegate(NSMenu* menu) {
+  for (const DelegatedMenu& each : DelegatedMenus()) {
+    if (each.menu.get() == menu) return each.previous;
+  }
+  return nil;
+}
+
+// The previous delegate of some menu that answers to the selector.
+id AnyDelegateFor(SEL selector) {
+  for (const DelegatedMenu& each : DelegatedMenus()) {
+    if ([each.previous respondsToSelector:selector]) return each.previous;
+  }
+  return nil;
+}
+
 void BecomeDelegateOf(NSMenu* menu) {
-  id previous = [menu delegate];
-  if (menu == nil || [previous isKindOfClass:[TsAppMenuDelegate class]]) return;
-  auto delegate = Adopt([[TsAppMenuDelegate alloc] initWithPrevious:previous]);
-  [menu setDelegate:static_cast<id>(delegate.get())];
-  DelegatedMenus().push_back({Retain(menu), std::move(delegate)});
+  id shared = [TsAppMenuDelegate sharedDelegate];
+  if ([menu delegate] == shared) return;
+  DelegatedMenus().push_back({Retain(menu), [menu delegate]});
+  [menu setDelegate:shared];
 }
 
 void ReturnDelegatesExceptOf(NSArray* menus) {
-  std::erase_if(DelegatedMenus(), [menus](const DelegatedMenu& each) {
-    if ([menus indexOfObjectIdenticalTo:each.menu] != NSNotFound && [each.menu delegate] == each.delegate.get())
-      return false;
-    if ([each.menu delegate] == each.delegate.get()) [each.menu setDelegate:[each.delegate previous]];
+  id shared = [TsAppMenuDelegate sharedDelegate];
+  std::erase_if(DelegatedMenus(), [menus, shared](const DelegatedMenu& each) {
+    const bool isOurs = [each.menu delegate] == shared;
+    if (isOurs && [menus indexOfObjectIdenticalTo:each.menu] != NSNotFound) return false;
+    if (isOurs) [each.menu setDelegate:each.previous];
     return true;
   });
 }
@@ -261,34 +277,40 @@ void TsSetupAppMenuNeedsUpdateNotification() {
 
 @implementation TsAppMenuDelegate
 
-- (instancetype)initWithPrevious:(id)previous {
-  self = [super init];
-  if (self != nil) _previous = previous;
-  return self;
-}
-
-- (id)previous {
-  return _previous;
++ (id)sharedDelegate {
+  static Forever<Ref<TsAppMenuDelegate>> delegate(Adopt([[self alloc] init]));
+  return *delegate;
 }
 
 - (BOOL)respondsToSelector:(SEL)selector {
-  return [super respondsToSelector:selector] || [_previous respondsToSelector:selector];
+  return [super respondsToSelector:selector] || AnyDelegateFor(selector) != nil;
 }
 
-- (id)forwardingTargetForSelector:(SEL)selector {
-  return _previous;
+- (NSMethodSignature*)methodSignatureForSelector:(SEL)selector {
+  NSMethodSignature* signature = [super methodSignatureForSelector:selector];
+  return signature != nil ? signature : [AnyDelegateFor(selector) methodSignatureForSelector:selector];
+}
+
+// Every message to a menu's delegate names the menu first. A menu whose own delegate doesn't answer gets zero.
+- (void)forwardInvocation:(NSInvocation*)invocation {
+  NSMenu* menu = nil;
+  [invocation getArgument:&menu atIndex:2];
+  id previous = PreviousDelegate(menu);
+  if ([previous respondsToSelector:[invocation selector]]) [invocation invokeWithTarget:previous];
 }
 
 - (void)menuWillOpen:(NSMenu*)menu {
   TsPostAppNeedsUpdateNotification(menu, nil);
-  if ([_previous respondsToSelector:@selector(menuWillOpen:)]) [_previous menuWillOpen:menu];
+  id previous = PreviousDelegate(menu);
+  if ([previous respondsToSelector:@selector(menuWillOpen:)]) [previous menuWillOpen:menu];
 }
 
 - (void)menuDidClose:(NSMenu*)menu {
   [[NSNotificationCenter defaultCenter] postNotificationName:kMenuDidClose
                                                       object:menu
                                                     userInfo:[NSDictionary dictionary]];
-  if ([_previous respondsToSelector:@selector(menuDidClose:)]) [_previous menuDidClose:menu];
+  id previous = PreviousDelegate(menu);
+  if ([previous respondsToSelector:@selector(menuDidClose:)]) [previous menuDidClose:menu];
 }
 
 @end
