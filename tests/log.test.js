@@ -9,7 +9,7 @@ const { evaluate, runScript, temporaryDirectory } = require('./support/child');
 
 const [error, warning, info, debug] = [1, 2, 4, 8];
 
-test('messages carry level, flag, context and place, and keep their order', async (t) => {
+test('messages carry level, flag, context and place, keep their order, and have their control characters escaped', async (t) => {
   const { captured, before } = await evaluate(
     t,
     `const { captureLog, capturedLog, stopCapturingLog, log, logFormat, flushLog } = probe();
@@ -31,7 +31,7 @@ test('messages carry level, flag, context and place, and keep their order', asyn
       [debug, 'flag 8'],
       [info, 'flag 4'],
       [warning, 'flag 2'],
-      [warning, 'Grüße\u0000 😀 and 42'],
+      [warning, 'Grüße\\x00 😀 and 42'],
       [error, 'an error is written before the call returns'],
       [info, 'last'],
     ],
