@@ -1,16 +1,19 @@
 # Every target installs what it needs and builds what it runs.
 
 ARGS ?=
+ENGINES ?=
 
-.PHONY: help bootstrap build run test bench sanitize lint check-macos format clean
+.PHONY: help bootstrap build run test bench sanitize lint check-macos format package clean
 
 help:
 	@echo "make run [ARGS=--stay]      take the module through a mail session in the reference host"
 	@echo "make test [ARGS=name…]      run the tests"
+	@echo "make test ENGINES='18 24'   run the portable ones on these versions of Node.js"
 	@echo "make bench [ARGS=name…]     measure, beside peers"
 	@echo "make sanitize [ARGS=name…]  run the tests under AddressSanitizer and UndefinedBehaviorSanitizer"
 	@echo "make lint | format          check | correct the sources"
 	@echo "make check-macos            compile and link for macOS, without running anything"
+	@echo "make package [ENGINES='…']  make the npm package and the source archive, in build/package"
 	@echo "make build | clean"
 
 bootstrap:
@@ -22,8 +25,13 @@ build: bootstrap
 run: build
 	@scripts/display-session node host/main.js $(ARGS)
 
-test: build
+test: bootstrap
+	@scripts/build release $(ENGINES)
+ifeq ($(strip $(ENGINES)),)
 	@node tests/run.js $(ARGS)
+else
+	@scripts/test-engines "$(ENGINES)" $(ARGS)
+endif
 
 bench: build
 	@scripts/display-session --own-display node bench/run.js $(ARGS)
@@ -46,6 +54,10 @@ check-macos: bootstrap
 
 format: bootstrap
 	@scripts/format
+
+package: bootstrap
+	@scripts/build release $(ENGINES)
+	@scripts/package $(ENGINES)
 
 clean:
 	@rm -rf build

@@ -451,7 +451,7 @@ export function writeFile(path: string, data: object, append: boolean): string |
 
 /**
  * Opens the window in which the user writes to the makers of the application. What is sent goes to the host as the
- * notification "TsSupportAndFeedbackMessageNotification"; `docs/api.md` tells its keys. If the window is open, it comes
+ * notification "TsSupportAndFeedbackMessageNotification"; `docs/api/files.md` tells its keys. If the window is open, it comes
  * to the front and gets the attachments, but keeps what has been written.
  * @param name Of the user.
  * @param email Where an answer goes to.
@@ -720,7 +720,7 @@ export function setStatusItemTitle(title: string | null, isInError: boolean | nu
 
 /**
  * Sets the function that describes the account menu, as JSON, each time it is about to open: of the status item, with
- * messages, or of the Dock, without. `docs/api.md` tells the keys.
+ * messages, or of the Dock, without. `docs/api/status-item.md` tells the keys.
  */
 export function setStatusItemMenuNeedsUpdateCallbackFunction(
   callback: (type: 'status-item' | 'dock', includeMessages: boolean) => JSONText,
@@ -828,7 +828,7 @@ export interface MigratedTab {
 
 /**
  * Records what the user types next as the shortcut of a user default, and takes away the one that is stored there. The
- * host observes how it goes: see docs/api.md. Refused, with an error in the log, while another recording is running.
+ * host observes how it goes: see docs/api/keyboard.md. Refused, with an error in the log, while another recording is running.
  */
 export function startMonitoringKeyboardShortcuts(defaultsKey: string): void;
 

@@ -5,9 +5,10 @@ const path = require('path');
 
 const { followHome } = require('./gnustepHome');
 
+const name = `${process.env.TESSARO_HOST_ADDON || 'TessaroHost'}.node`;
 const candidates = [
-  process.env.TESSARO_BUILD_DIR && path.resolve(process.env.TESSARO_BUILD_DIR, 'TessaroHost.node'),
-  path.resolve(__dirname, '..', 'build', 'release', 'TessaroHost.node'),
+  process.env.TESSARO_BUILD_DIR && path.resolve(process.env.TESSARO_BUILD_DIR, name),
+  path.resolve(__dirname, '..', 'build', 'release', name),
 ].filter(Boolean);
 
 /** Loads the host's native part, and GNUstep with it. */

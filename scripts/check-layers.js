@@ -62,6 +62,7 @@ const bridge = [
   'TsApplicationIsolate',
   'TsCallbackSlot',
   'TsEngineEntry',
+  'TsEngineVersions',
   'TsEventEmitter',
   'TsPendingCallback',
   'TsScriptValues',
@@ -75,7 +76,7 @@ const portable = [
   { header: /^tl\/expected\.hpp$/, files: /^src\/Base\/Result\.h$/ },
   { header: /^uv\.h$/, files: /^src\/(Base\/UvHandle\.h|Platform\/\w+\/.*)$/ },
   { header: /^pthread\.h$/, files: /^src\/(Base\/ThreadName\.cc|Platform\/\w+\/.*)$/ },
-  { header: /^simdjson\.h$/, files: /^src\/Utilities\/TsJSON\w+\.(mm|cc)$/ },
+  { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\w+\.(mm|cc)$/ },
   { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/Ts\w+|Platform\/Common\/Appcast)\.cc$/ },
 ];
 

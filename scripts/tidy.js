@@ -30,8 +30,9 @@ function withoutExtensions(file, command) {
 /** How the last build compiles a file, with the file's own names taken out. */
 function commands() {
   const entries = JSON.parse(fs.readFileSync(path.join(build, 'compile_commands.json'), 'utf8'));
+  // Some files are compiled for other engines, too, or with other names; the plain one is first.
   return new Map(
-    entries.map(({ file, command }) => {
+    entries.reverse().map(({ file, command }) => {
       const name = path.relative(root, file);
       return [name, withoutExtensions(name, command.replace(/ -(MT|MF|o|c) \S+/g, '').replace(/ -MD\b/, ''))];
     }),

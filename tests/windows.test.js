@@ -35,6 +35,27 @@ test('changes of main and key browser windows, and of no others, reach script', 
   assert.deepStrictEqual(events.at(-1), ['did-resign-key', second]);
 });
 
+test('a host whose classes have the names of current Electron works as well', async (t) => {
+  const { events, methods, dropped } = await inWindows(
+    t,
+    `const events = [];
+     m.setWindowNotificationCallbackFunction((name) => events.push(name));
+     const handle = await open({ title: 'First' });
+     m.hideWindowContent(handle, 1000);
+     print({
+       events,
+       methods: [
+         host.hasMethod('AtomNSWindow', 'close'),
+         host.hasMethod('ElectronNSWindowDelegate', 'window:shouldDragDocumentWithEvent:from:withPasteboard:'),
+       ],
+       dropped: m.dropFiles(handle, '{"x":10,"y":10}', '["/etc/hostname"]'),
+     });`,
+    { TESSARO_HOST_ADDON: 'TessaroElectronHost' },
+  );
+  assert.deepStrictEqual(events.sort(), ['did-become-key', 'did-become-main']);
+  assert.deepStrictEqual([methods, dropped], [[false, true], true]);
+});
+
 test('an unknown notification is logged and not reported', async (t) => {
   const { events, warnings } = await inWindows(
     t,

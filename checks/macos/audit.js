@@ -17,7 +17,6 @@ const families = [
   },
   { library: 'spdlog and fmt', names: /^__Z\w*(6spdlog|3fmt)/ },
   { library: 'pugixml', names: /^__Z\w*4pugi/ },
-  { library: 'simdjson', names: /^__Z\w*8simdjson/ },
   { library: 'clang', names: /^___(isPlatformVersionAtLeast|u(div|mod)ti3)$/ },
   { library: 'libsodium', names: /^_(sodium|crypto_sign|crypto_hash)_/ },
   { library: 'libxml2', names: /^_(xml|html)[A-Z]/ },

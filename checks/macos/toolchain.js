@@ -23,7 +23,7 @@ const libraries = [
   'tl',
   'pugixml.hpp',
   'pugiconfig.hpp',
-  'simdjson.h',
+  'rapidjson',
   'sodium',
   'sodium.h',
   'archive.h',
@@ -43,8 +43,6 @@ const definitions = [
   '-DSPDLOG_FMT_EXTERNAL',
   // What musl and libc++ want to be told in place of Darwin's C library.
   ...['-D_GNU_SOURCE', '-D_LIBCPP_PROVIDES_DEFAULT_RUNE_TABLE'],
-  // clang 19 does not come to an end with simdjson's NEON code for this target.
-  '-DSIMDJSON_IMPLEMENTATION_ARM64=0',
 ];
 
 /** Makes the folder of headers that are Debian's, without the rest of /usr/include. */

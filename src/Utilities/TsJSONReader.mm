@@ -1,98 +1,130 @@
 #include "Utilities/TsJSONReader.h"
 
 #import <Foundation/Foundation.h>
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
 
-#define SIMDJSON_EXCEPTIONS 0
-#include <simdjson.h>
-
+#include <charconv>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
+#include "Base/TsNumberText.h"
 #include "Base/TsString.h"
-#include "Utilities/TsJSONRepair.h"
+#include "Utilities/TsJSONSurrogates.h"
 #include "Utilities/TsJSONWriter.h"
 
 namespace {
 
-using Element = simdjson::dom::element;
+// Strings are decoded where they stand in the text. Numbers are converted here: the library rounds some wrongly.
+constexpr unsigned kParseFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
 
-// Makes Cocoa objects of a parsed document.
-class Builder {
- public:
-  Ref<NSObject> Make(Element element) {
-    switch (element.type()) {
-      case simdjson::dom::element_type::ARRAY:
-        return MakeArray(element.get_array().value_unsafe());
-      case simdjson::dom::element_type::OBJECT:
-        return MakeDictionary(element.get_object().value_unsafe());
-      case simdjson::dom::element_type::STRING:
-        return TsNewString(element.get_string().value_unsafe());
-      case simdjson::dom::element_type::INT64:
-        return Adopt([[NSNumber alloc] initWithLongLong:element.get_int64().value_unsafe()]);
-      case simdjson::dom::element_type::UINT64:
-        return Adopt([[NSNumber alloc] initWithUnsignedLongLong:element.get_uint64().value_unsafe()]);
-      case simdjson::dom::element_type::DOUBLE:
-        return Adopt([[NSNumber alloc] initWithDouble:element.get_double().value_unsafe()]);
-      case simdjson::dom::element_type::BOOL:
-        return Retain([NSNumber numberWithBool:element.get_bool().value_unsafe()]);
-      case simdjson::dom::element_type::NULL_VALUE:
-        return Retain([NSNull null]);
-    }
-    return nullptr;
+template <typename Integer>
+bool Read(std::string_view digits, Integer& value) {
+  return std::from_chars(digits.data(), digits.data() + digits.size(), value).ec == std::errc();
+}
+
+// nullptr for a number beyond the range of double.
+Ref<NSObject> NewNumber(std::string_view text) {
+  std::int64_t integer = 0;
+  std::uint64_t large = 0;
+  if (text.find_first_of(".eE") == text.npos) {
+    if (Read(text, integer)) return Adopt([[NSNumber alloc] initWithLongLong:integer]);
+    if (Read(text, large)) return Adopt([[NSNumber alloc] initWithUnsignedLongLong:large]);
   }
+  const auto value = TsNumberInText(text);
+  if (!value) return nullptr;
+  return Adopt([[NSNumber alloc] initWithDouble:*value]);
+}
+
+// Makes Cocoa objects of what the parser reports.
+class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
+ public:
+  [[nodiscard]] const Ref<NSObject>& root() const { return root_; }
+  [[nodiscard]] bool IsTooDeep() const { return open_.size() > kTsMostJSONLevels; }
+
+  bool Null() { return Add([NSNull null]); }
+  bool Bool(bool value) { return Add([NSNumber numberWithBool:value]); }
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool) { return Add(NewNumber({text, length})); }
+  bool String(const char* text, rapidjson::SizeType length, bool) {
+    const auto string = TsNewString(std::string_view(text, length));
+    return Add(string);
+  }
+
+  bool Key(const char* text, rapidjson::SizeType length, bool) {
+    const auto [place, isNew] = keys_.try_emplace(std::string_view(text, length));
+    if (isNew) place->second = TsNewString(place->first);
+    open_.back().key = place->second;
+    return true;
+  }
+
+  bool StartArray() { return Open({Adopt([[NSMutableArray alloc] init]), nullptr, nil}); }
+  bool StartObject() { return Open({nullptr, Adopt([[NSMutableDictionary alloc] init]), nil}); }
+  bool EndArray(rapidjson::SizeType) { return Close(); }
+  bool EndObject(rapidjson::SizeType) { return Close(); }
 
  private:
-  Ref<NSObject> MakeArray(simdjson::dom::array array) {
-    const auto made = Adopt([[NSMutableArray alloc] initWithCapacity:array.size()]);
-    for (const Element element : array) {
-      const auto value = Make(element);
-      [made addObject:value];
+  struct Container {
+    Ref<NSMutableArray> array;
+    Ref<NSMutableDictionary> dictionary;
+    NSString* key;  // of the value that comes next
+  };
+
+  bool Add(NSObject* value) {
+    if (value == nil || open_.empty()) return false;
+    const Container& container = open_.back();
+    if (container.array) [container.array addObject:value];
+    if (container.dictionary) [container.dictionary setObject:value forKey:container.key];
+    return true;
+  }
+
+  bool Open(Container container) {
+    NSObject* made = container.array ? static_cast<NSObject*>(container.array) : container.dictionary;
+    if (open_.empty()) {
+      root_ = Retain(made);
+    } else {
+      static_cast<void>(Add(made));
     }
-    return made;
+    open_.push_back(std::move(container));
+    return !IsTooDeep();
   }
 
-  Ref<NSObject> MakeDictionary(simdjson::dom::object object) {
-    const auto made = Adopt([[NSMutableDictionary alloc] initWithCapacity:object.size()]);
-    for (const auto field : object) {
-      const auto value = Make(field.value);
-      [made setObject:value forKey:Key(field.key)];
-    }
-    return made;
+  bool Close() {
+    open_.pop_back();
+    return true;
   }
 
-  // The same few keys come again and again.
-  NSString* Key(std::string_view text) {
-    const auto [place, isNew] = keys_.try_emplace(text);
-    if (isNew) place->second = TsNewString(text);
-    return place->second;
-  }
-
-  std::unordered_map<std::string_view, Ref<NSString>> keys_;  // the texts are in the parsed document
+  Ref<NSObject> root_;
+  std::vector<Container> open_;
+  // The same few keys come again and again. Their texts are in the parsed document.
+  std::unordered_map<std::string_view, Ref<NSString>> keys_;
 };
 
-simdjson::error_code Parse(simdjson::dom::parser& parser, const std::string& text, Element& root) {
-  return parser.parse(text).get(root);
+std::string Description(rapidjson::ParseErrorCode code, const Builder& builder) {
+  if (!builder.root() && code == rapidjson::kParseErrorTermination) {
+    return "The JSON text does not begin with an array or a dictionary";
+  }
+  if (builder.IsTooDeep()) return "The JSON text is nested too deeply";
+  if (code == rapidjson::kParseErrorTermination) return "The JSON text has a number that is out of range";
+  return std::string("The text is not valid JSON: ") + rapidjson::GetParseError_En(code);
 }
 
 }  // namespace
 
 Result<Ref<NSObject>> TsReadJSON(NSString* json) {
   if (json == nil) return Fail(kTsJSONError, "There is no text to read JSON from");
-  simdjson::dom::parser parser;
-  static_cast<void>(parser.allocate(0, kTsMostJSONLevels));
   std::string text = TsStdString(json);
-  Element root;
-  simdjson::error_code error = Parse(parser, text, root);
-  if (error == simdjson::NUMBER_ERROR || error == simdjson::STRING_ERROR) {
-    text = TsRepairJSON(text);
-    error = Parse(parser, text, root);
+  TsReplaceLoneEscapedSurrogates(text);
+  Builder builder;
+  rapidjson::InsituStringStream stream(text.data());
+  const auto result = rapidjson::Reader().Parse<kParseFlags>(stream, builder);
+  if (result.IsError()) return Fail(kTsJSONError, Description(result.Code(), builder));
+  // The parser takes a NUL character for the end of the text.
+  if (stream.Tell() != text.size()) {
+    return Fail(kTsJSONError, Description(rapidjson::kParseErrorDocumentRootNotSingular, builder));
   }
-  if (error != simdjson::SUCCESS) {
-    return Fail(kTsJSONError, std::string("The text is not valid JSON: ") + simdjson::error_message(error));
-  }
-  if (!root.is_array() && !root.is_object()) {
-    return Fail(kTsJSONError, "The JSON text does not begin with an array or a dictionary");
-  }
-  return Builder().Make(root);
+  return builder.root();
 }

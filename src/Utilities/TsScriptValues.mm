@@ -13,6 +13,7 @@
 
 #include "Base/TsString.h"
 #include "Base/TsUnicode.h"
+#include "Utilities/TsEngineVersions.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ static_assert(kHandleSize == 8, "script keeps object handles in Buffers of 8 byt
 
 Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
   const auto read = [&](std::uint8_t* characters) {
-    text->WriteOneByte(isolate, characters, 0, length, v8::String::NO_NULL_TERMINATION);
+    tessaro::engine::WriteLatin1(isolate, text, characters, length);
     return Adopt([[NSString alloc] initWithBytes:characters
                                           length:static_cast<NSUInteger>(length)
                                         encoding:NSISOLatin1StringEncoding]);
@@ -39,7 +40,7 @@ Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int l
 
 Ref<NSString> CopyUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
   std::u16string characters(static_cast<std::size_t>(length), u'\0');
-  text->Write(isolate, reinterpret_cast<std::uint16_t*>(characters.data()), 0, length, v8::String::NO_NULL_TERMINATION);
+  tessaro::engine::WriteUtf16(isolate, text, reinterpret_cast<std::uint16_t*>(characters.data()), length);
   return TsNewString(std::move(characters));
 }
 

@@ -1,0 +1,86 @@
+'use strict';
+
+// The npm package, as somebody gets it.
+
+const assert = require('assert');
+const { execFileSync, spawnSync } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { buildDirectory, root } = require('./support/addon');
+const { temporaryDirectory } = require('./support/child');
+
+const skip = process.env.TESSARO_NODE !== undefined;
+const name = `${process.platform}-${process.arch}-${process.versions.modules}`;
+
+const tenCalls = `
+  const native = require('tessaro-native');
+  native.setUserDefault('Key', 'value');
+  const request = native.createRequest('http://127.0.0.1:1/');
+  const keeper = setTimeout(() => {}, 20000);
+  request.on('error', (text) => {
+    clearTimeout(keeper);
+    console.log(JSON.stringify([
+      native.getUserDefault('Key'),
+      native.setCurrentURL('a', 'b', 'c'),
+      typeof native.getBundlePath(),
+      Array.isArray(JSON.parse(native.getPreferredLanguages())),
+      native.isDarkMode(),
+      native.recipientsForGroupName('Choir'),
+      native.isWebImagePath('no such file'),
+      native.hasPreviousVersion(),
+      native.isApplicationInstalled('org.example.None'),
+      text.includes('Code=-1004'),
+    ]));
+  });
+  request.start();`;
+
+/** Packs what is built, and installs it into an empty project. @returns {string} The project's folder. */
+function install(t) {
+  const folder = temporaryDirectory(t);
+  const [packed, project] = ['packed', 'project'].map((each) => path.join(folder, each));
+  const run = (...command) =>
+    execFileSync(command[0], command.slice(1), { cwd: root, encoding: 'utf8', stdio: 'pipe' });
+  run('scripts/package', '--build', buildDirectory, '--to', packed);
+  const [tarball] = fs.readdirSync(packed).filter((file) => file.endsWith('.tgz'));
+  fs.mkdirSync(project);
+  fs.writeFileSync(path.join(project, 'package.json'), '{ "private": true }');
+  run('npm', 'install', '--prefix', project, '--offline', '--no-audit', '--no-fund', path.join(packed, tarball));
+  assert.deepStrictEqual(
+    fs.readdirSync(path.join(packed, 'debug', name)).sort(),
+    ['TessaroNative.node', 'TessaroPictures', 'TessaroRecorder', 'TessaroTransfers.so'].map((file) => `${file}.debug`),
+  );
+  return project;
+}
+
+test('the package installs into an empty project and works there', { skip }, (t) => {
+  const project = install(t);
+  const installed = path.join(project, 'node_modules', 'tessaro-native');
+  const binary = path.join(installed, 'prebuilds', name, 'TessaroNative.node');
+  assert.ok(fs.statSync(binary).size < 3.5e6, `${fs.statSync(binary).size} bytes`);
+
+  const environment = { ...process.env, HOME: project, DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: '' };
+  delete environment.TESSARO_BUILD_DIR;
+  const result = spawnSync(process.execPath, ['-e', tenCalls], { cwd: project, env: environment, encoding: 'utf8' });
+  assert.deepStrictEqual(
+    [result.stdout, result.stderr],
+    ['["value",null,"string",true,false,null,0,false,false,true]\n', ''],
+  );
+
+  // No binary for this engine, and neither a compiler nor libraries.
+  fs.rmSync(path.join(installed, 'prebuilds'), { recursive: true });
+  const tools = path.join(project, 'tools');
+  fs.mkdirSync(tools);
+  fs.writeFileSync(path.join(tools, 'dpkg-query'), '#!/bin/sh\nexit 1\n', { mode: 0o755 });
+  const { status, stderr } = spawnSync(process.execPath, ['scripts/install.js'], {
+    cwd: installed,
+    env: { ...environment, PATH: tools },
+    encoding: 'utf8',
+  });
+  assert.strictEqual(status, 1);
+  assert.match(
+    stderr,
+    /^TessaroNative has no binary for \S+, and building it needs more packages: apt-get install .+\n$/,
+  );
+});

@@ -1,0 +1,88 @@
+'use strict';
+
+// The engine comes first where the dynamic linker looks for a symbol. A library of ours that imports something which
+// the engine exports gets the engine's copy, in the engine's version.
+
+const assert = require('assert');
+const { execFileSync } = require('child_process');
+const fs = require('fs');
+const os = require('os');
+const path = require('path');
+const { test } = require('node:test');
+
+const { buildDirectory } = require('./support/addon');
+
+// The engine's own interfaces, and the C and C++ run times, of which a process has one.
+const wanted = [
+  /^_ZT?[VTISC]?N?[KR]?(2v8|4node|S[abdiost]|10__cxxabiv1)/,
+  /^node_|^napi_|^uv_/,
+  /^_Z(nw|na|dl|da)|^__cxa_|^__gxx_|^__dynamic_cast$|^_Unwind_/,
+  /^(__)?environ$|^std(in|out|err)$/,
+];
+
+const run = (...command) => execFileSync(command[0], command.slice(1), { encoding: 'utf8', maxBuffer: 1 << 28 });
+
+const memory = new Map();
+
+/** @returns {Set<string>} The dynamic symbols of a file, of one kind: 'defined' or 'undefined'. */
+function symbols(file, kind) {
+  const key = `${kind} ${file}`;
+  if (!memory.has(key)) {
+    const lines = run('nm', '-D', `--${kind}-only`, file).trim().split('\n').filter(Boolean);
+    memory.set(key, new Set(lines.map((line) => line.split(/\s+/).pop().replace(/@.*/, ''))));
+  }
+  return memory.get(key);
+}
+
+const libraries = (file) => [...run('ldd', file).matchAll(/=> (\/\S+)/g)].map((match) => match[1]);
+
+function engineExports() {
+  const shared = libraries(process.execPath).filter((file) => /\/libnode\./.test(file));
+  return new Set([process.execPath, ...shared].flatMap((file) => [...symbols(file, 'defined')]));
+}
+
+const engine = engineExports();
+
+const foreign = (file) =>
+  [...symbols(file, 'undefined')].filter((name) => engine.has(name) && !wanted.some((known) => known.test(name)));
+
+const addon = path.join(buildDirectory, 'TessaroNative.node');
+const transfers = path.join(buildDirectory, 'TessaroTransfers.so');
+
+test('the module takes only V8, Node.js, libuv and the C++ run time from the engine', () => {
+  assert.deepStrictEqual(foreign(addon), []);
+});
+
+// It is opened with RTLD_DEEPBIND, which helps where a library comes with it: those that are in the process already are
+// bound.
+test('the library for transfers brings what it takes from other libraries', () => {
+  const before = new Set(libraries(addon));
+  const brought = libraries(transfers).filter((file) => !before.has(file));
+  const left = foreign(transfers).filter((name) => !brought.some((file) => symbols(file, 'defined').has(name)));
+  assert.deepStrictEqual(left, []);
+});
+
+test('an import of the engine’s zlib is found', (t) => {
+  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-symbols-'));
+  t.after(() => fs.rmSync(folder, { recursive: true }));
+  const [source, library] = ['a.c', 'a.so'].map((name) => path.join(folder, name));
+  fs.writeFileSync(source, 'int inflate(void); int uv_now(void); int both(void) { return inflate() + uv_now(); }');
+  run('clang', '-shared', '-fPIC', '-o', library, source);
+  assert.deepStrictEqual(foreign(library), ['inflate']);
+});
+
+test('a shared library gets all that it imports of another from the engine, or nothing', () => {
+  // GNUstep's libraries use zlib, brotli and zstd; objects that one copy has made must not reach the other.
+  const runTime = /\/lib(c|m|stdc\+\+|gcc_s)\.so/;
+  const files = libraries(addon).filter((file) => !runTime.test(file));
+  const doubled = files.filter((file) => [...symbols(file, 'defined')].some((name) => engine.has(name)));
+  const mixed = [];
+  for (const user of files) {
+    for (const provider of doubled.filter((file) => file !== user)) {
+      const imports = [...symbols(user, 'undefined')].filter((name) => symbols(provider, 'defined').has(name));
+      const fromEngine = imports.filter((name) => engine.has(name));
+      if (fromEngine.length > 0 && fromEngine.length < imports.length) mixed.push([user, provider, fromEngine]);
+    }
+  }
+  assert.deepStrictEqual(mixed, []);
+});
