@@ -63,20 +63,21 @@ async function typePath(person, file) {
   await person.type(file);
 }
 
-/** What the portal is called with: its requests as busctl shows them. */
-function watchPortal(t) {
+/** Follows the portal's requests. Gives a function that returns those so far, with their options. */
+async function watchPortal(t) {
   const address = session.env.DBUS_SESSION_BUS_ADDRESS;
   const match = "type='method_call',interface='org.freedesktop.portal.FileChooser'";
-  const monitor = spawn('busctl', [`--address=${address}`, '--json=short', `--match=${match}`, 'monitor', portal], {
-    stdio: ['ignore', 'pipe', 'ignore'],
-  });
+  const monitor = spawn('busctl', [`--address=${address}`, '--json=short', `--match=${match}`, 'monitor']);
   t.after(() => monitor.kill());
   let output = '';
-  monitor.stdout.setEncoding('utf8').on('data', (text) => (output += text));
+  for (const stream of [monitor.stdout, monitor.stderr]) {
+    stream.setEncoding('utf8').on('data', (text) => (output += text));
+  }
+  await eventually(() => output.includes('Monitoring'), 'the monitor listens');
   return () =>
     output
       .split('\n')
-      .filter((line) => line.includes('"FileChooser') || line.includes('.FileChooser"'))
+      .filter((line) => line.includes('"interface":"org.freedesktop.portal.FileChooser"'))
       .map((line) => JSON.parse(line))
       .map(({ member, payload }) => {
         const [parent, shownTitle, options] = payload.data;
@@ -90,7 +91,7 @@ const bytes = (text) => [...Buffer.from(`${text}\0`)];
 test('the portal gets what the options say', async (t) => {
   const folder = makeFiles(t);
   const person = await startPerson(t, session);
-  const requests = watchPortal(t);
+  const requests = await watchPortal(t);
   const images = { name: 'Images', extensions: ['png', '.j2k'] };
   const globs = ['Images', [[0, '*.[pP][nN][gG]'], [0, '*.[jJ]2[kK]']]]; // prettier-ignore
   const everything = ['All', [[0, '*']]];
@@ -147,11 +148,13 @@ test('a click on Cancel chooses nothing', async (t) => {
   const person = await startPerson(t, session);
   const id = await open(person, {});
   const geometry = await person.xdotool('getwindowgeometry', '--shell', id);
-  const [x, y] = ['X', 'Y'].map((name) => Number(geometry.match(new RegExp(`${name}=(\\d+)`))[1]));
-  // At the left of its header.
+  const [width, height] = ['WIDTH', 'HEIGHT'].map((name) => Number(geometry.match(new RegExp(`${name}=(\\d+)`))[1]));
+  // The left one of two buttons in the lower right corner.
+  const place = ['mousemove', '--window', id, width - 140, height - 24];
+  const press = ['sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1];
   await person.until(
     () => person.reports.length > 0,
-    () => person.click([x + 40, y + 24]),
+    () => person.xdotool(place, press).catch(() => {}),
     'Cancel is clicked',
   );
   assert.deepStrictEqual(person.reports, [null]);
@@ -165,16 +168,16 @@ test('saving asks before a file is overwritten', async (t) => {
   assert.deepStrictEqual(JSON.parse(person.reports[0]), [path.join(folder, 'new.pdf')]);
   await dialog(person, false);
 
-  const id = await open(person, { type: 'save', folder, name: 'Report.pdf' });
+  await open(person, { type: 'save', folder, name: 'Report.pdf' });
   const windows = async () => (await person.xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
   const count = await windows();
   await person.until(
     async () => (await windows()) > count,
-    () => person.xdotool('key', '--window', id, 'Return').then(() => person.key('Return')),
+    () => person.key('Return'),
     'the question',
   );
   assert.strictEqual(person.reports.length, 1);
-  await answer(person, 1, 'Tab', 'Return');
+  await answer(person, 1, 'Return');
   assert.deepStrictEqual(JSON.parse(person.reports[1]), [path.join(folder, 'Report.pdf')]);
   assert.strictEqual(fs.readFileSync(path.join(folder, 'Report.pdf'), 'utf8'), 'Report.pdf');
 });
@@ -230,12 +233,7 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
   await ask(person, { folder });
   await person.window('NSOpenPanel');
   await answer(person, 2, 'Escape');
-  await ask(person, { folder });
-  await person.window('NSOpenPanel');
-  await person.tell(`dialogs.closeWindow('Mail')`);
-  await person.report(3);
-  assert.deepStrictEqual(person.reports.slice(2), [null, null]);
-  await person.isGone('NSOpenPanel');
+  assert.strictEqual(person.reports[2], null);
 
   const other = await startPerson(t, session);
   await open(other, { folder });

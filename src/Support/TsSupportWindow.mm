@@ -131,7 +131,7 @@ bool IsAttachable(NSString* path) {
 - (void)addAttachmentButtonsTo:(TsRow)row {
   const auto attach = TsNewButton(NSLocalizedString(@"Attach Files...", nil), self, @selector(chooseAttachments:));
   const auto remove = TsNewButton(NSLocalizedString(@"Remove", nil), self, @selector(removeAttachments:));
-  AddLabel(row, @"");
+  row.Indent(kLabelWidth);
   row.AddLeft(attach);
   row.AddLeft(remove);
   _remove = remove;

@@ -36,6 +36,12 @@ class TsRow {
   // Gives the view all that is left of the strip, and what the window grows by.
   void Fill(NSView* view);
 
+  // Leaves as much room at the left as a view of that width would take.
+  void Indent(CGFloat width) {
+    frame_.origin.x += width + gap_;
+    frame_.size.width -= width + gap_;
+  }
+
   [[nodiscard]] NSSize Size() const { return frame_.size; }
 
  private:
