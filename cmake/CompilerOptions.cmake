@@ -6,14 +6,7 @@ target_compile_options(tessaro_options INTERFACE
   -fstack-protector-strong -fno-strict-aliasing -fvisibility=hidden)
 # Sources are named relative to the project, so that log lines and assertion texts read the same on every machine.
 target_compile_options(tessaro_options INTERFACE -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
-# Objective-C metadata is nothing but pointers: packed, their relocations are 6 MB smaller.
-target_link_options(tessaro_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed -Wl,-z,pack-relative-relocs)
-
-# Makes the symbols of an add-on its own: see docs/architecture.md, "Symbols".
-function(tessaro_hide_symbols target)
-  target_link_options(${target} PRIVATE -Wl,--version-script=${CMAKE_SOURCE_DIR}/cmake/exports.map)
-  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${CMAKE_SOURCE_DIR}/cmake/exports.map)
-endfunction()
+include(Linking)
 
 if(TESSARO_SANITIZE)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=undefined
@@ -21,6 +14,7 @@ if(TESSARO_SANITIZE)
   target_compile_options(tessaro_options INTERFACE ${sanitizers})
   target_compile_definitions(tessaro_options INTERFACE TESSARO_SANITIZED)
   target_link_options(tessaro_options INTERFACE ${sanitizers})
-else()
+elseif(TESSARO_SYSTEM STREQUAL "Linux")
+  # glibc's; macOS checks by itself.
   target_compile_definitions(tessaro_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
 endif()

@@ -143,8 +143,6 @@ function(tessaro_addon name)
       target_precompile_headers(${target} PRIVATE ${addon_PRECOMPILED})
     endif()
     target_link_libraries(${target} PRIVATE tessaro_options engine_${engine} ${libraries})
-    # The Objective-C run time keeps pointers into every image that has classes: it must never be unloaded.
-    target_link_options(${target} PRIVATE -Wl,-z,nodelete)
     tessaro_hide_symbols(${target})
     if(NOT engine STREQUAL own)
       set_target_properties(${target} PROPERTIES EXCLUDE_FROM_ALL ON)
