@@ -3,7 +3,7 @@
 // Compiles every source of the module for macOS 11, on both architectures, against the declarations in include/, links
 // them against the names in stubs/, and audits what the image would ask of the system and of Node.js. Nothing is run.
 //
-//   node checks/macos/check.js [--self-test]
+//   node checks/macos/check.js [--self-test] [arm64] [x86_64]
 
 const { execFile, execFileSync } = require('child_process');
 const fs = require('fs');
@@ -114,11 +114,13 @@ function auditOne(object, text) {
 async function main() {
   toolchain.prepareHeaders();
   toolchain.architectures.forEach(toolchain.prepareEngine);
+  const named = toolchain.architectures.filter((one) => process.argv.includes(one));
+  const wanted = named.length > 0 ? named : toolchain.architectures;
   const faults = [];
   if (process.argv.includes('--self-test')) {
     faults.push(...(await selfTest()));
   } else {
-    for (const architecture of toolchain.architectures) faults.push(...(await check(architecture, sources())));
+    for (const architecture of wanted) faults.push(...(await check(architecture, sources())));
   }
   for (const fault of new Set(faults)) console.error(fault);
   process.exitCode = faults.length > 0 ? 1 : 0;

@@ -45,6 +45,7 @@ FOUNDATION_EXPORT NSRunLoopMode const NSRunLoopCommonModes;
 
 @interface NSInvocation : NSObject
 - (void)invokeWithTarget:(id)target;
+- (void)getArgument:(void*)argument atIndex:(NSInteger)index;
 @property SEL selector;
 @property(retain) id target;
 @end
