@@ -3,7 +3,7 @@
 // Compiles every source of the module for macOS 11, on both architectures, against the declarations in include/, links
 // them against the names in stubs/, and audits what the image would ask of the system and of Node.js. Nothing is run.
 //
-//   node checks/macos/check.js [--self-test] [arm64] [x86_64]
+//   node checks/macos/check.js [--self-test] [--strict] [arm64] [x86_64]
 
 const { execFile, execFileSync } = require('child_process');
 const fs = require('fs');
@@ -93,6 +93,7 @@ async function check(architecture, files) {
 
 /** Each file in faults/ begins with a comment: the words with which it has to be refused. */
 async function selfTest() {
+  toolchain.prepareHeadersOf('arm64');
   const faults = [];
   for (const name of fs.readdirSync(path.join(__dirname, 'faults'))) {
     const file = `checks/macos/faults/${name}`;

@@ -112,12 +112,12 @@ function flags(architecture) {
   ];
 }
 
-/**
- * Compiles common headers once for an architecture. Only the second one gets them: without them a source that forgets
- * an include of its own is found.
- */
+// Without precompiled headers a source that forgets an include of its own is found; it takes twice as long.
+const isStrict = process.argv.includes('--strict');
+
+/** Compiles common headers once for an architecture. */
 function prepareHeadersOf(architecture) {
-  if (architecture === architectures[0]) return;
+  if (isStrict) return;
   for (const [extension, language] of [
     ['cc', 'c++-header'],
     ['mm', 'objective-c++-header'],
@@ -134,7 +134,7 @@ function precompiled(architecture, extension) {
 
 function compilerArguments(architecture, source, object) {
   const made = precompiled(architecture, path.extname(source).slice(1));
-  const common = architecture === architectures[0] ? [] : ['-include-pch', made];
+  const common = isStrict ? [] : ['-include-pch', made];
   return [...flags(architecture), ...common, '-c', source, '-o', object];
 }
 
