@@ -8,6 +8,7 @@
 #include "Application/AtomApplication.h"
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsLogging.h"
 #include "Base/TsString.h"
 #include "Dock/TsDockMenu.h"
 #include "Extensions/NSProcessInfo+TsSystem.h"
@@ -129,6 +130,10 @@ void EndWithEnvironment(void*) { EndAll(); }
 void StartUp(v8::Isolate* isolate) {
   platform::MainQueue::Shared().Attach();
   node::AddEnvironmentCleanupHook(isolate, EndWithEnvironment, nullptr);
+  // process.exit() runs no cleanup hooks, and Node.js 24 leaves the log's thread no time to finish.
+  node::AtExit(
+      node::GetCurrentEnvironment(isolate->GetCurrentContext()), [](void*) { TsLogFacility::Shared().Flush(); },
+      nullptr);
   for (const StartUpStep& step : kStartUpSequence) Run(step);
 }
 
