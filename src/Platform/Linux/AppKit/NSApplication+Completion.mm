@@ -27,9 +27,11 @@ ReplacedMethod<BOOL (*)(NSApplication*, SEL)> isHidden;
 
 bool wasHidden = false;
 
+// Other windows, as the icons of miniaturized ones, stay while the application is hidden.
 bool HasWindowOnScreen(NSApplication* application) {
   for (NSWindow* window in [application windows]) {
-    if ([window isVisible] && ![window isMiniaturized]) return true;
+    const bool canHide = ([window styleMask] & NSMiniaturizableWindowMask) != 0;
+    if (canHide && [window isVisible] && ![window isMiniaturized]) return true;
   }
   return false;
 }
