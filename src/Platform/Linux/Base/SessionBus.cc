@@ -13,7 +13,7 @@ namespace tessaro::platform {
 namespace {
 
 constexpr std::chrono::milliseconds kFirstRetry{250};
-constexpr std::chrono::milliseconds kLastRetry{30000};
+constexpr std::chrono::milliseconds kLastRetry{4000};
 // A bus that works has answered by then on the busiest machine; whoever asks first is kept waiting.
 constexpr std::chrono::milliseconds kFirstPatience{5000};
 // Nobody waits for a reconnection, and this is time in which the event loop stands still.
