@@ -238,6 +238,8 @@ test('a program that ends while it is read fails the snapshot at once', async (t
     { env: session.env },
   );
   await eventually(() => asking.output.stdout.startsWith('asking'), 'the question');
+  // The read is under way by then; nothing on this side shows when it begins.
+  await new Promise((resolve) => setTimeout(resolve, 200));
   owner.kill('SIGKILL');
   await asking.printed('asking [false,true]');
 });
