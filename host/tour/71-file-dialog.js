@@ -32,11 +32,13 @@ async function ask(stage, options, text) {
   const id = await stage.until(find);
   if (!id) return { answer: 'no dialog' };
   await stage.run('xdotool', 'windowactivate', '--sync', id);
-  if (text) await stage.run('xdotool', 'type', '--delay', '40', text);
-  const picture = await stage.screenshot(options.type);
+  let picture;
+  // A dialog that has just appeared misses keys.
   for (let i = 0; i < 5 && answer === undefined; ++i) {
+    if (text) await stage.run('xdotool', 'key', 'ctrl+a', 'type', '--delay', '40', text);
+    picture ??= await stage.screenshot(options.type);
     await stage.run('xdotool', 'key', 'Return');
-    await stage.until(() => answer !== undefined, 1000);
+    await stage.until(() => answer !== undefined, 3000);
   }
   return { answer, picture };
 }
