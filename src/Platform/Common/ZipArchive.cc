@@ -89,7 +89,7 @@ Result<void> UnpackZip(const fs::path& archive, const fs::path& folder,
     if (archive_entry_filetype(entry) != AE_IFREG || path.empty() || !Matches(path, patterns)) continue;
     ++files;
     if (Exists(path)) continue;
-    if (const auto written = WriteEntry(reader.get(), path, room); !written) {
+    if (auto written = WriteEntry(reader.get(), path, room); !written) {
       fs::remove(path, error);
       return written;
     }

@@ -57,7 +57,7 @@ void AddFilters(Options& options, const FileRequest& request) {
   for (const FileFilter& filter : request.filters) filters.push_back(FilterOf(filter));
   if (filters.empty()) return;
   options["current_filter"] = filters.front();
-  options["filters"] = std::move(filters);
+  options["filters"] = filters;
 }
 
 void AddPlace(Options& options, const FileRequest& request) {
