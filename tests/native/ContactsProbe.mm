@@ -179,7 +179,11 @@ NSArray* DescribeRows(NSTableView* table) {
     for (NSTableColumn* column in [table tableColumns]) {
       [texts addObject:[[table dataSource] tableView:table objectValueForTableColumn:column row:row]];
     }
-    [rows addObject:@{@"texts" : texts, @"centre" : CentreOnDisplay(table, [table rectOfRow:row])}];
+    [rows addObject:@{
+      @"texts" : texts,
+      @"centre" : CentreOnDisplay(table, [table rectOfRow:row]),
+      @"isSelected" : @([table isRowSelected:row])
+    }];
   }
   return rows;
 }
