@@ -11,6 +11,8 @@ constexpr std::size_t kInitialCapacity = 1024;
 }  // namespace
 
 bool TsBody::Append(std::span<const char> piece) noexcept {
+  // memcpy() must not be given null, even for no bytes.
+  if (piece.empty()) return true;
   if (piece.size() > capacity_ - size_) {
     if (!Resize(std::max({kInitialCapacity, capacity_ * 2, size_ + piece.size()}))) return false;
   }
@@ -20,7 +22,7 @@ bool TsBody::Append(std::span<const char> piece) noexcept {
 }
 
 TsBody::Bytes TsBody::Release() noexcept {
-  if (size_ < capacity_ / 2) static_cast<void>(Resize(size_));
+  if (size_ > 0 && size_ < capacity_ / 2) static_cast<void>(Resize(size_));
   size_ = capacity_ = 0;
   return std::move(bytes_);
 }
@@ -28,7 +30,7 @@ TsBody::Bytes TsBody::Release() noexcept {
 bool TsBody::Resize(std::size_t capacity) noexcept {
   // realloc() moves large blocks by their page tables, which no container does.
   auto* moved = static_cast<char*>(std::realloc(bytes_.get(), capacity));
-  if (moved == nullptr) return capacity == 0;
+  if (moved == nullptr) return false;
   static_cast<void>(bytes_.release());
   bytes_.reset(moved);
   capacity_ = capacity;
