@@ -26,7 +26,7 @@ const records = [
   '{ Type = Group; UID = 5; GroupName = Basses; Members = (2); }',
 ];
 
-// The contacts of somebody who has used GNUstep's address manager.
+// The contacts of a user of GNUstep's address manager.
 function makeContacts() {
   fs.mkdirSync(folder(), { recursive: true });
   records.forEach((record, index) => fs.writeFileSync(path.join(folder(), `${index + 1}.mfaddr`), record));

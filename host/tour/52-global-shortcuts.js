@@ -10,7 +10,7 @@ exports.needs = ['display', 'module'];
 const key = 'TourShortcut';
 const modifiers = ['ctrl', 'alt', 'shift'];
 
-// What the module tells; the window's title shows it, as a settings view would.
+// The window's title shows the module's notifications, as a settings view would.
 class Witness {
   constructor(stage) {
     this.stage = stage;

@@ -11,7 +11,7 @@
 // nil when there is no such message.
 - (id)valueInOutgoingMessagesWithUniqueID:(NSNumber*)uniqueId;
 
-// Of the current page; nil until script has set them.
+// The current page's; nil until script has set them.
 - (NSString*)currentURL;
 - (NSString*)currentTitle;
 - (NSString*)currentMessageText;

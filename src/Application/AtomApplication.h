@@ -32,5 +32,5 @@ bool TsPasteIfPossible(id self, SEL selector);
 // Whether an item on the general pasteboard offers `type`.
 [[nodiscard]] bool hasFilesInPasteboard(NSString* type);
 
-// The state of the modifier keys in the application's current event; nil when there is none.
+// The state of the modifier keys in the application's current event; nil if missing.
 [[nodiscard]] NSDictionary* TsModifierKeys();

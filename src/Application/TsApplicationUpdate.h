@@ -47,7 +47,7 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 // The next check sends the system profile again.
 - (void)resetLastProfileSubmissionDate;
 
-// What the updater calls.
+// Called by the updater.
 - (void)updater:(tessaro::platform::Updater&)updater willCheckForInformationOnly:(BOOL)onlyInformation;
 - (BOOL)updaterShouldPromptForPermissionToCheckForUpdates:(tessaro::platform::Updater&)updater;
 - (NSArray*)feedParametersForUpdater:(tessaro::platform::Updater&)updater sendingSystemProfile:(BOOL)sendingProfile;

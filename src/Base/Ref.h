@@ -6,7 +6,7 @@
 #include <utility>
 
 // Owner of one reference to an Objective-C object: retains on copy, releases at the end of its life.
-// Make one with Retain() from an object somebody else owns, or with Adopt() from one returned at +1 (alloc, new, copy).
+// Make one with Retain() from an object with another owner, or with Adopt() from one returned at +1 (alloc, new, copy).
 template <typename T>
 class Ref {
  public:

@@ -11,7 +11,7 @@ struct Failure {
   std::string message;
 };
 
-// A value, or the reason why there is none. The one shape for what can fail; `bool` is for questions.
+// A value, or a failure. The one shape for functions that can fail; `bool` is for questions.
 template <typename T>
 using Result = tl::expected<T, Failure>;
 

@@ -155,7 +155,7 @@ class TsLogFacility::Pipeline {
   [[nodiscard]] std::filesystem::path File() const { return file_ != nullptr ? file_->filename() : ""; }
 
   void AddLogger(std::shared_ptr<TsLogger> logger) {
-    // What is still on its way was logged before.
+    // Messages still in the queue were logged before the logger was added.
     Flush();
     const std::lock_guard lock(loggersMutex_);
     auto sink = std::make_shared<LoggerSink>(std::move(logger));
@@ -190,7 +190,7 @@ class TsLogFacility::Pipeline {
   std::uint64_t Enqueue(const TsLogMessage& message) {
     // Counting and queueing are one step, or a ticket could name another thread's message.
     const std::lock_guard lock(queueMutex_);
-    // Of the texts that travel with a message one is its logger's name. There is only one logger, whose name isn't
+    // spdlog carries the logger's name with every message. There is only one logger, whose name isn't
     // written anywhere: the thread's takes its place.
     pool_->post_log(std::shared_ptr(logger_),
                     {message.time,

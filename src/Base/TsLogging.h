@@ -63,7 +63,7 @@ class TsLogFacility {
   static constexpr EndStage kEnd = EndStage::Log;
   void Close() noexcept { Flush(); }
 
-  // The file that everything logged so far today is in; empty when there is none. On the thread that added it.
+  // The file that everything logged so far today is in; empty if missing. On the thread that added it.
   [[nodiscard]] std::filesystem::path File() noexcept;
 
  private:

@@ -49,7 +49,7 @@ NSString* PathOfCopy(NSString* path) {
   return [[name stringByAppendingPathExtension:[extension length] > 0 ? extension : @"png"] ts_makeUniquePath];
 }
 
-// Where a format can't be written, the copy is a PNG.
+// The copy is a PNG if the format can't be written.
 NSString* WritablePathOfCopy(NSString* path) {
   NSArray* writable = @[ @"png", @"jpg", @"jpeg", @"gif", @"webp", @"tif", @"tiff" ];
   if ([writable containsObject:[[path pathExtension] lowercaseString]]) return PathOfCopy(path);

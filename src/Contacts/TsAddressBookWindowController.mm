@@ -15,7 +15,7 @@ constexpr CGFloat kButtonsHeight = 70;
 NSString* const kCancelKey = @"\u0017";
 NSString* const kReturnKey = @"\r";
 
-// Of two persons with the same address, the first one counts.
+// The first of two persons with the same address counts.
 NSDictionary* RecordsByAddress(NSArray* records) {
   NSMutableDictionary* byAddress = [NSMutableDictionary dictionary];
   for (ABPerson* person in records) {

@@ -39,7 +39,7 @@ BOOL HasAddress(ABPerson* person, NSString* address) {
   return NO;
 }
 
-// nil for somebody without an address.
+// nil for a person without an address.
 NSString* PrimaryAddress(ABPerson* person) {
   ABMultiValue* addresses = [person valueForProperty:kABEmailProperty];
   if ([addresses count] == 0) return nil;

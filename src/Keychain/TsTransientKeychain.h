@@ -17,7 +17,7 @@
 // nil forgets the account's password.
 - (void)setPassword:(NSString*)password forAccount:(NSString*)account;
 
-// nil when there is none.
+// nil if missing.
 - (NSString*)passwordForAccount:(NSString*)account;
 
 @end

@@ -46,7 +46,7 @@
 @property(nonatomic, readonly) BOOL isGoogleDriveBlockedAsBOOL;
 @property(nonatomic, readonly) BOOL isGoogleCalendarAlertsBlockedAsBOOL;
 
-// From the keychain, or else what is kept for this process only; nil when there is none. Main thread.
+// From the keychain, or else what is kept for this process only; nil if missing. Main thread.
 @property(nonatomic, readonly) NSString* password;
 - (NSString*)keychainPasswordFor:(NSString*)account;
 - (void)setPassword:(NSString*)password storeInKeychain:(BOOL)storeInKeychain;
@@ -54,7 +54,7 @@
 // nil deletes it.
 @property(nonatomic, copy) NSString* oauthRefreshToken;
 
-// The system's blue when none is stored, or what is stored is none.
+// The system's blue if no colour is stored, or no valid one.
 @property(nonatomic, copy) NSColor* color;
 
 // TsRecipient objects, without names.

@@ -3,19 +3,19 @@
 #import "Migration/TsAccount.h"
 #import "Migration/TsPersistence.h"
 
-// The accounts of the previous version. Whatever can't be read is told by the log and an empty result. Main thread.
+// The accounts of the previous version. A failure to read gives an empty result and a log line. Main thread.
 @interface TsAccounts : TsPersistence
 
 // The previous version's own file.
 + (TsAccounts*)sharedInstance;
 
-// Without a store when there is none at `path`.
+// Without a store if `path` has no file.
 - (instancetype)initWithPath:(NSString*)path;
 
 // By "order", then by "username".
 - (NSArray*)all;
 
-// The first one that is not `sender`; nil when there is none.
+// The first one that is not `sender`; nil if missing.
 - (TsAccount*)findByUsername:(NSString*)username;
 - (TsAccount*)findByUsername:(NSString*)username sender:(id)sender;
 - (TsAccount*)findByNickname:(NSString*)nickname;

@@ -11,7 +11,7 @@
 @property(nonatomic, copy) NSString* path;
 @property(nonatomic, copy) NSDate* createdAt;
 @property(nonatomic, copy) NSNumber* bytesReceived;
-@property(nonatomic, copy) NSNumber* bytesExpected;  // nil or 0 while nobody knows
+@property(nonatomic, copy) NSNumber* bytesExpected;  // nil or 0 while unknown
 @property(nonatomic, readonly) TsAccount* account;
 
 // Everything that was expected has come.

@@ -47,7 +47,7 @@
 
 @interface TsManagedObjectContext (ForObjects)
 
-// nullptr when there is none.
+// nullptr if missing.
 - (TsStoreFile*)store;
 
 - (TsManagedObject*)object:(const std::string&)identifier of:(std::string_view)entity;

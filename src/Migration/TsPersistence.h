@@ -11,7 +11,7 @@
 
 @property(nonatomic, readonly) TsManagedObjectContext* context;
 
-// Without a store when there is none at `path`.
+// Without a store if `path` has no file.
 - (instancetype)initWithPath:(NSString*)path model:(std::span<const TsEntity>)model;
 
 - (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error;

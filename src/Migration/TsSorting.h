@@ -22,7 +22,7 @@ template <typename KeyOf>
   return sorted;
 }
 
-// What is missing comes before everything else.
+// A missing value comes first.
 [[nodiscard]] inline double TsSortKey(NSNumber* number) {
   return number != nil ? [number doubleValue] : -std::numeric_limits<double>::infinity();
 }

@@ -189,7 +189,7 @@ Result<void> TsStoreFile::Read() {
   return {};
 }
 
-// Of objects with the same identifier the first counts.
+// The first of several objects with the same identifier counts.
 void TsStoreFile::FindObjects() {
   objects_->clear();
   for (const pugi::xml_node object : document_->child("database").children("object")) {

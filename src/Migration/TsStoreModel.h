@@ -35,6 +35,6 @@ struct TsEntity {
 [[nodiscard]] std::span<const TsEntity> TsAccountsModel();
 [[nodiscard]] std::span<const TsEntity> TsWorkspaceStatesModel();
 
-// nullptr when there is none.
+// nullptr if missing.
 [[nodiscard]] const TsEntity* TsEntityNamed(std::span<const TsEntity> model, std::string_view name);
 [[nodiscard]] const TsEntity* TsEntityOfClass(std::string_view className);

@@ -5,11 +5,11 @@
 #import "Migration/TsPersistence.h"
 #import "Migration/TsWorkspaceState.h"
 
-// The workspaces of the previous version. Whatever can't be read or written is told by the log and an empty result.
+// The workspaces of the previous version. A failure gives an empty result and a log line.
 // One thread.
 @interface TsWorkspaceStates : TsPersistence
 
-// Without a store when there is none at `path`.
+// Without a store if `path` has no file.
 - (instancetype)initWithPath:(NSString*)path;
 
 // The one that was updated last comes first.
@@ -18,13 +18,13 @@
 - (TsWorkspaceState*)insertNewWorkspaceState;
 - (void)deleteWorkspaceState:(TsWorkspaceState*)state;
 
-// Makes and saves one when there is none.
+// Makes and saves one if the store has none.
 - (TsWorkspaceState*)activeWorkspaceState;
 
 // No other one is active then.
 - (void)setActiveWorkspaceState:(TsWorkspaceState*)state;
 
-// Of several, one in the active workspace, or else in the one that was updated last; nil when there is none.
+// The one in the active workspace, or else in the workspace that was updated last; nil if missing.
 - (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier;
 
 - (void)deleteGoogleAppState:(TsGoogleAppState*)state;

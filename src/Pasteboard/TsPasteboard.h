@@ -8,7 +8,7 @@
 // Copies every item with the data of all its types, in their order. False, without effect, while a snapshot is held.
 [[nodiscard]] bool TsSavePasteboard(NSPasteboard* pasteboard);
 
-// Replaces the pasteboard's contents by the snapshot. False when there is none.
+// Replaces the pasteboard's contents by the snapshot. False without a snapshot.
 [[nodiscard]] bool TsRestorePasteboard(NSPasteboard* pasteboard);
 
 // Replaces the pasteboard's contents by a PNG, JPEG or GIF file. Files of other kinds are refused, without effect.

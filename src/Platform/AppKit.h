@@ -2,7 +2,7 @@
 
 namespace tessaro::platform {
 
-// Where the system's AppKit leaves something out, makes it do what AppKit does:
+// Completes the system's AppKit where it lacks behaviour of Apple's:
 // - menus notify their delegates when they open and close, leave hidden items out, find the item of a key equivalent
 //   with Caps Lock on, with Shift and on keyboards of other scripts, and show key equivalents as the user's keyboard
 //   has them;

@@ -34,7 +34,7 @@ struct Application {
 [[nodiscard]] std::vector<std::string> HandlersOfContentType(const std::string& type) noexcept;
 [[nodiscard]] std::vector<std::string> HandlersOfScheme(std::string_view scheme) noexcept;
 
-// The identifier of the default one; empty when there is none.
+// The identifier of the default one; empty if missing.
 [[nodiscard]] std::string DefaultHandlerOfContentType(const std::string& type) noexcept;
 [[nodiscard]] std::string DefaultHandlerOfScheme(std::string_view scheme) noexcept;
 

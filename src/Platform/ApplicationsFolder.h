@@ -2,7 +2,8 @@
 
 namespace tessaro::platform {
 
-// Where applications live in a folder that the user fills, offers to move this one there. Main thread only.
+// Offers to move the application into the applications folder, on systems where the user installs by dragging. Main
+// thread only.
 void OfferMoveToApplicationsFolder();
 
 }  // namespace tessaro::platform

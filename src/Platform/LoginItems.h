@@ -4,7 +4,7 @@
 
 #include "Base/Result.h"
 
-// What the session starts at login. Paths are absolute, texts UTF-8. Any thread; nothing throws.
+// The programs that the session starts at login. Paths are absolute, texts UTF-8. Any thread; nothing throws.
 namespace tessaro::platform {
 
 struct LoginApplication {

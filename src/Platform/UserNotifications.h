@@ -8,7 +8,7 @@
 
 namespace tessaro::platform {
 
-// What an alert shows. Texts are UTF-8, of any length and with any character; a system shows as much as it can.
+// The contents of an alert. Texts are UTF-8, of any length and with any character; a system shows as much as it can.
 struct UserNotification {
   std::optional<std::string> identifier;  // the application's own; comes back with alerts of earlier processes
   std::optional<std::string> title;       // by default the application's name

@@ -19,10 +19,10 @@
 - (unsigned short)keyCode;
 - (NSUInteger)modifierFlags;
 
-// The key's name in the keyboard's layout: "M", "F5", "Space", "↩". Empty when there is none.
+// The key's name in the keyboard's layout: "M", "F5", "Space", "↩". Empty if missing.
 - (NSString*)keyCodeString;
 
-// The key as in menu items; empty when there is none.
+// The key as in menu items; empty if missing.
 - (NSString*)keyEquivalent;
 
 // The symbols of the modifiers, as "⌃⌥⇧⌘".

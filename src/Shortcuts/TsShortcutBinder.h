@@ -9,7 +9,7 @@
 
 @class MASShortcut, NSString;
 
-// The shortcut archived in the standard user defaults under a key; nil when there is none.
+// The shortcut archived in the standard user defaults under a key; nil if missing.
 [[nodiscard]] MASShortcut* TsStoredShortcut(NSString* defaultsKey);
 
 class TsBoundShortcut;

@@ -11,10 +11,10 @@
 
 using ScriptHandler = void (*)(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// What a function answers when it has nothing to give: the machine lacks what it needs, or the work failed.
+// The result of a function that failed, or that needs something which the machine lacks.
 enum class Nothing { Undefined, Null, False, Zero, EmptyText, EmptyArray };
 
-// What a handler needs around it.
+// The surroundings that a handler needs.
 enum class Needs {
   Bridge,        // nothing: it only moves values and makes no autoreleased object
   Foundation,    // an autorelease pool

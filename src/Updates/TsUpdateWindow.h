@@ -18,7 +18,7 @@
 
 + (instancetype)sharedInstance;
 
-// What the updater calls; belongs to the window.
+// Called by the updater; belongs to the window.
 - (tessaro::platform::UpdaterInterface*)interface;
 
 @end

@@ -26,7 +26,7 @@ struct Button {
   SEL action;
 };
 
-// What the window shows at one moment. A missing text has no row.
+// The contents of the window at one moment. A missing text has no row.
 struct Page {
   NSString* message = nil;
   NSString* text = nil;

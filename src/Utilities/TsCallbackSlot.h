@@ -20,15 +20,15 @@ struct TsObjectHandle {
   id object = nil;
 };
 
-// What native code can pass to a script function. A nil string arrives as null.
+// An argument of a script function. A nil string arrives as null.
 using TsScriptArgument = std::variant<NSString*, bool, std::int32_t, TsObjectHandle>;
 
 // Holds one script function for native events to call. Empty at first; never cleared from script, only replaced.
 //
 // Main thread only. Calling an empty slot does nothing, but callers that would have to prepare arguments ask IsSet()
 // first. What the function throws is left to the engine: it reaches the script that is running, or, when native code
-// was called by nobody, the process's handling of uncaught exceptions. Promise reactions and next-tick callbacks of
-// a function called from the event loop have run when the call returns.
+// was called by the event loop, the process's handling of uncaught exceptions. Promise reactions and next-tick
+// callbacks of a function called from the event loop have run when the call returns.
 class TsCallbackSlot {
  public:
   TsCallbackSlot();

@@ -10,7 +10,7 @@ class Local;
 class Value;
 }  // namespace v8
 
-// What a piece of work that takes its time calls when it is done, with a text or with nil.
+// Called once at the end of asynchronous work, with a text or with nil.
 using TsCompletion = std::function<void(NSString* result)>;
 
 // A completion that calls `function` with its result, once: calls after the first are ignored, and so is everything

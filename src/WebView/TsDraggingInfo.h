@@ -18,7 +18,7 @@
 @property(retain) NSPasteboard* pasteboard;
 @property NSPoint draggingLocation;
 
-// Of Cocoa's protocol; GNUstep lacks these.
+// Methods of Cocoa's protocol that GNUstep lacks.
 - (NSInteger)draggingFormation;
 - (void)setDraggingFormation:(NSInteger)formation;
 - (BOOL)animatesToDestination;

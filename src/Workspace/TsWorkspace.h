@@ -14,7 +14,7 @@
 [[nodiscard]] NSArray* TsAppsFromBundleIds(NSArray* identifiers, NSString* standard, NSInteger imageSize,
                                            NSString* directory);
 
-// nil when there is none.
+// nil if missing.
 [[nodiscard]] NSString* TsGetDefaultApplicationForURLScheme(NSString* scheme);
 [[nodiscard]] bool TsSetDefaultApplicationForURLScheme(NSString* scheme, NSString* identifier);
 

@@ -20,11 +20,11 @@ struct AppcastPreferences {
 [[nodiscard]] Result<std::vector<AppcastItem>> ReadAppcast(std::string_view text,
                                                            const AppcastPreferences& preferences) noexcept;
 
-// The first property of that name; nullptr if there is none.
+// The first property of that name; nullptr if missing.
 [[nodiscard]] const AppcastProperty* FindProperty(const std::vector<AppcastProperty>& properties,
                                                   std::string_view name) noexcept;
 
-// The text of that property; empty if there is none.
+// The text of that property; empty if missing.
 [[nodiscard]] std::string_view TextOfProperty(const std::vector<AppcastProperty>& properties,
                                               std::string_view name) noexcept;
 

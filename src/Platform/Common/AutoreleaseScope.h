@@ -2,7 +2,7 @@
 
 #include <functional>
 
-// What plain C++ bodies need of the Objective-C run time.
+// The Objective-C run time for plain C++ bodies.
 namespace tessaro::platform {
 
 // Runs `work`, which must not throw C++ exceptions, with an autorelease pool. An Objective-C exception ends it and is

@@ -13,7 +13,7 @@ constexpr std::size_t kTrailerSize = 32;
 constexpr int kDeepest = 32;
 constexpr int kMostValues = 10000;
 
-// What the upper half of a value's first byte says.
+// The type of a value: the upper half of its first byte.
 enum class Kind {
   Constant = 0,
   Integer = 1,
@@ -97,7 +97,7 @@ class Walk {
     return false;
   }
 
-  // Where the elements begin, and how many they are. A large number stands in front of them, as an integer value.
+  // The first element and the number of elements. A large number stands in front of them, as an integer value.
   struct Extent {
     std::size_t start;
     std::size_t count;

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <span>
 
-// What only the system knows of a thread that has crashed. Unless said otherwise, safe in a signal's handler.
+// System-specific facts about a crashed thread. Safe in a signal handler unless said otherwise.
 namespace tessaro::platform {
 
-// Where a signal came, from the context that its handler has been given.
+// The instruction that raised the signal, from its handler's context.
 [[nodiscard]] std::uint64_t ProgramCounterOf(const void* context) noexcept;
 
 // The system's number for the calling thread.

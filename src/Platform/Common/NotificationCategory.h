@@ -24,7 +24,7 @@ struct NotificationCategory {
 
 // The requests of this module among those of its process.
 [[nodiscard]] std::string RequestIdentifierOf(const UserNotifications::Key& key);
-// Empty for a request of somebody else's.
+// Empty for a request of the host's.
 [[nodiscard]] UserNotifications::Key KeyOfRequest(std::string_view identifier);
 
 }  // namespace tessaro::platform

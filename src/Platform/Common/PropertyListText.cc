@@ -24,7 +24,7 @@ bool StartsWithEscape(std::basic_string_view<Character> text) {
          std::all_of(text.begin() + 2, text.begin() + kEscapeLength, IsHex<Character>);
 }
 
-// 0 when there is none.
+// 0 if missing.
 char32_t EscapedUnit(std::string_view text) {
   return StartsWithEscape(text) ? static_cast<char32_t>(std::stoul(std::string(text.substr(2, 4)), nullptr, 16)) : 0;
 }

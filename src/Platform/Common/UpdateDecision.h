@@ -14,7 +14,7 @@
 
 namespace tessaro::platform {
 
-// What an update has to suit.
+// The installation that an update has to suit.
 struct UpdateSettings {
   std::string currentVersion;
   std::string systemVersion;

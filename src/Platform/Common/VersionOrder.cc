@@ -30,7 +30,7 @@ class Runs {
   std::string_view rest_;
 };
 
-// As long as anybody likes to write them.
+// Version numbers may be longer than any integer.
 std::weak_ordering CompareNumbers(std::string_view left, std::string_view right) {
   for (std::string_view* number : {&left, &right}) {
     number->remove_prefix(std::min(number->find_first_not_of('0'), number->size()));
@@ -54,7 +54,7 @@ std::weak_ordering CompareVersions(std::string_view left, std::string_view right
     const auto leftRun = leftRuns.Next();
     const auto rightRun = rightRuns.Next();
     if (leftRun.empty() && rightRun.empty()) return std::weak_ordering::equivalent;
-    // What goes on with a word precedes the version that doesn't.
+    // A version with a further word precedes the one without: 1.0b before 1.0.
     if (leftRun.empty()) return IsDigit(rightRun.front()) ? std::weak_ordering::less : std::weak_ordering::greater;
     if (rightRun.empty()) return IsDigit(leftRun.front()) ? std::weak_ordering::greater : std::weak_ordering::less;
     const auto order = CompareRuns(leftRun, rightRun);

@@ -76,7 +76,7 @@ bool IsWeb(NSURL* url) {
   return [scheme isEqualToString:@"http"] || [scheme isEqualToString:@"https"];
 }
 
-// nil where the address is none that can be asked.
+// nil if the address is no http or https address.
 NSMutableURLRequest* RequestOf(const HTTPRequest& request) {
   NSURL* url = [NSURL URLWithString:TsNSString(request.url)];
   if (!IsWeb(url)) return nil;

@@ -34,7 +34,7 @@ struct Posted {
 
   static void Run(void* context) {
     const std::unique_ptr<Posted> posted(static_cast<Posted*>(context));
-    // What a task keeps alive may go with it, and may need the pool for that.
+    // Objects that a task keeps alive die with it, and may need the pool.
     WithAutoreleasePool([&posted] {
       if (posted->isWanted()) posted->task();
       posted->task = nullptr;

@@ -24,7 +24,7 @@ std::optional<std::string> Take(NSDictionary* information, NSString* key) {
   return TsStdString(text);
 }
 
-// What the system's content has no place for comes back from here.
+// Fields that the system's content lacks.
 NSDictionary* InformationOf(const UserNotification& alert) {
   NSMutableDictionary* information = [NSMutableDictionary dictionary];
   Put(information, kIdentifier, alert.identifier);

@@ -52,7 +52,7 @@ CFRef<CFDataRef> NewData(std::string_view bytes) {
                             static_cast<CFIndex>(bytes.size())));
 }
 
-// The same without a copy that nobody would overwrite. `secret` must outlive it.
+// The same without a copy, which would not be overwritten. `secret` must outlive it.
 CFRef<CFDataRef> NewDataOf(const Secret& secret) {
   const std::string_view bytes = secret.View();
   return CFRef(CFDataCreateWithBytesNoCopy(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),

@@ -65,7 +65,7 @@ void globalShortcutDescriptionForDefaultsKey(const v8::FunctionCallbackInfo<v8::
 void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args);
 void isNetworkReachable(const v8::FunctionCallbackInfo<v8::Value>& args);
 
-// What the previous version has left behind
+// Data of the previous version
 void hasPreviousVersion(const v8::FunctionCallbackInfo<v8::Value>& args);
 void getMigrationInfo(const v8::FunctionCallbackInfo<v8::Value>& args);
 

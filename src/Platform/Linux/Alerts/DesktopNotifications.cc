@@ -156,7 +156,7 @@ void DesktopNotifications::Send(const Key& key, Alert& alert) {
 
 std::vector<std::string> DesktopNotifications::ActionsFor(const AlertContents& contents) const {
   if (!Has("actions")) return {};
-  // Where a click on the alert only closes it, as in Xfce, the default action is a button, which needs a title.
+  // On desktops where a click only closes the alert, as in Xfce, the default action is a button and needs a title.
   std::vector<std::string> actions = {kDefaultAction, contents.defaultTitle};
   if (contents.reply) {
     actions.insert(actions.end(), {Has("inline-reply") ? kInlineReplyAction : kButtonAction, contents.reply->title});

@@ -42,7 +42,7 @@ class ServedNotifications final : public UserNotifications {
   void Close() noexcept;
 
  private:
-  // Of a scheduled alert.
+  // The scheduled alert's file.
   enum class Progress { Scheduled, Sending, Failed };
 
   struct Entry {

@@ -20,7 +20,7 @@ bool IsReadable(NSData* data) {
   return bytes.size() <= kMostBytes && (bytes.starts_with("<?xml") || IsSoundBinaryPropertyList(bytes));
 }
 
-// The object that a reference of the archive names; nil when there is none.
+// The object that a reference of the archive names; nil if missing.
 id Target(NSArray* objects, id reference) {
   NSNumber* index = As<NSNumber>([As<NSDictionary>(reference) objectForKey:@"CF$UID"]);
   if (index == nil) return nil;

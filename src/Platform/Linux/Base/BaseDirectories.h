@@ -11,11 +11,11 @@ namespace tessaro::platform {
 [[nodiscard]] std::filesystem::path StateHome();
 [[nodiscard]] std::filesystem::path DataHome();
 
-// Those of the system, the most important one first.
+// The system's directories, the most important one first.
 [[nodiscard]] std::vector<std::filesystem::path> ConfigDirectories();
 [[nodiscard]] std::vector<std::filesystem::path> DataDirectories();
 
-// The absolute path in an environment variable; empty when there is none.
+// The absolute path in an environment variable; empty if missing.
 [[nodiscard]] std::filesystem::path AbsolutePathIn(const char* variable);
 
 }  // namespace tessaro::platform

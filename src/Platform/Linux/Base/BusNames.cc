@@ -27,7 +27,7 @@ Answer AskBus(sdbus::IConnection& bus, const char* method, const Arguments&... a
   return answer;
 }
 
-// Empty while nobody owns the name.
+// Empty while the name has no owner.
 std::string OwnerOf(sdbus::IConnection& bus, const std::string& name) noexcept {
   std::string owner;
   TryOnBus([&] { owner = AskBus<std::string>(bus, "GetNameOwner", name); });

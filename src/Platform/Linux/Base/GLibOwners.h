@@ -26,7 +26,7 @@ using GStringListPtr = std::unique_ptr<char*, GLibDeleter<g_strfreev>>;
 using GTextPtr = std::unique_ptr<char, GLibDeleter<g_free>>;
 using GVariantPtr = std::unique_ptr<GVariant, GLibDeleter<g_variant_unref>>;
 
-// What the file of these keys contains.
+// The contents of the key file.
 [[nodiscard]] inline std::string TextOfKeyFile(GKeyFile* keys) {
   gsize length = 0;
   const GTextPtr text(g_key_file_to_data(keys, &length, nullptr));

@@ -62,7 +62,7 @@ void SessionBus::Close() noexcept {
   retry_.reset();
 }
 
-// libsystemd waits a minute and a half for the bus's greeting, which can't be told otherwise: let a thread wait.
+// libsystemd waits 90 seconds for the bus's greeting, and nothing can shorten that: let a thread wait.
 SessionBus::Opening SessionBus::Open() {
   std::packaged_task<std::unique_ptr<sdbus::IConnection>()> open([] { return sdbus::createSessionBusConnection(); });
   Opening opening = open.get_future();

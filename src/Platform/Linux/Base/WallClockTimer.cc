@@ -16,7 +16,7 @@ namespace tessaro::platform {
 
 namespace {
 
-// A moment of 0 would stop the timer; nobody waits until the year 2286.
+// A moment of 0 would stop the timer. The upper limit is the year 2286.
 constexpr double kEarliest = 1;
 constexpr double kLatest = 1e10;
 

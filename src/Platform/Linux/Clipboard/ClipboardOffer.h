@@ -12,7 +12,7 @@ namespace tessaro::platform {
 
 constexpr char kClipboard[] = "CLIPBOARD";
 
-// What this process has put on the clipboard. Main thread only: other programs are served from a copy, and the main
+// This process's clipboard contents. Main thread only: other programs are served from a copy, and the main
 // thread is asked only for what that lacks.
 class ClipboardOffer {
  public:

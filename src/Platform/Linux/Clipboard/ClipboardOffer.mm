@@ -29,7 +29,7 @@ std::vector<std::string> TargetsOf(NSArray* types) {
 
 }  // namespace
 
-// What other programs get, by target; shared with the selections' thread.
+// The data for other programs, by target; shared with the selections' thread.
 class ClipboardOffer::Copies {
  public:
   void Set(const std::string& target, std::string bytes) {
@@ -37,7 +37,7 @@ class ClipboardOffer::Copies {
     bytes_[target] = std::make_shared<const std::string>(std::move(bytes));
   }
 
-  // Null when there is none.
+  // Null if missing.
   [[nodiscard]] SelectionOffer::Bytes Get(const std::string& target) const {
     const std::lock_guard lock(mutex_);
     const auto found = bytes_.find(target);

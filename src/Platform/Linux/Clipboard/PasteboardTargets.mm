@@ -31,7 +31,7 @@ struct TypeAndTarget {
   const char* target;
 };
 
-// Of several types for one target, the first is what the target becomes on a pasteboard.
+// The first of several types for one target is its type on a pasteboard.
 const std::array<TypeAndTarget, 12> kTable = {{
     {@"public.html", "text/html"},
     {@"NSHTMLPboardType", "text/html"},

@@ -13,7 +13,7 @@
 
 namespace tessaro::platform {
 
-// What a selection consists of. The functions are called on the selections' thread and must not wait.
+// The contents of a selection. The functions are called on the selections' thread and must not wait.
 struct SelectionOffer {
   using Bytes = std::shared_ptr<const std::string>;  // null: there is no such target
 

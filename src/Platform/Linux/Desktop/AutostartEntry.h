@@ -23,7 +23,7 @@ class AutostartEntry {
 
   [[nodiscard]] std::string DisplayName() const;
 
-  // The resolved path of the program; empty when there is none.
+  // The resolved path of the program; empty if missing.
   [[nodiscard]] std::filesystem::path Program() const;
 
   // Whether a session of this desktop starts it.

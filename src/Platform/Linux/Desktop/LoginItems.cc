@@ -117,7 +117,7 @@ Result<void> Add(const LoginApplication& application) {
   return AutostartEntry::ForApplication(application.displayName, started.native()).Write(NewFile(application));
 }
 
-// The first file that the session starts and that `matches`; empty when there is none.
+// The first file that the session starts and that `matches`; empty if missing.
 template <typename Matches>
 fs::path FirstActive(const Matches& matches) {
   for (const auto& [name, file] : EffectiveFiles()) {

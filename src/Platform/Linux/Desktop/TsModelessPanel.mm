@@ -10,7 +10,7 @@
 
 using namespace tessaro::platform;
 
-// What -runModalForDirectory:file: does before its modal loop.
+// The part of -runModalForDirectory:file: before its modal loop.
 @interface NSSavePanel (TsSetup)
 - (void)_setupForDirectory:(NSString*)path file:(NSString*)name;
 @end

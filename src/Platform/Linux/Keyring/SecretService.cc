@@ -20,7 +20,7 @@ constexpr std::size_t kMostCallsAtOnce = 64;
 // Enough for a service that works.
 constexpr std::chrono::milliseconds kShortestTimeout{50};
 
-// GLib would start a bus of its own where there is none.
+// GLib would start a bus of its own where the session has none.
 bool HasBus() {
   if (std::getenv("DBUS_SESSION_BUS_ADDRESS") != nullptr) return true;
   const char* directory = std::getenv("XDG_RUNTIME_DIR");

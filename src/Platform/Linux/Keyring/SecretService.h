@@ -31,7 +31,7 @@ class ReplyTimeout {
   std::chrono::milliseconds left_;
 };
 
-// A reply of the service, or why there is none.
+// A reply of the service, or the failure.
 struct SecretServiceReply {
   GVariantPtr value;
   SecretStatus status = SecretStatus::Success;

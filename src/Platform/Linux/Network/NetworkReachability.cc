@@ -50,7 +50,7 @@ IPAddress AddressOf(const addrinfo& found) {
   return address;
 }
 
-// Of several addresses, the flags of the first one with a route.
+// The flags of the first address with a route.
 std::optional<ReachabilityFlags> FlagsOfHost(const std::string& name) {
   addrinfo hints{};
   hints.ai_socktype = SOCK_STREAM;

@@ -20,7 +20,7 @@ namespace {
 constexpr double kDefaultTimeout = 60;
 // The clock's last moment must stay beyond every deadline.
 constexpr double kLongestTimeout = 1e9;
-// Of the body, in one turn of the event loop: everything else has to get its turn.
+// Bytes of a body in one turn of the event loop, so that other work gets its turn.
 constexpr std::size_t kMostPerTurn = 1024 * 1024;
 // For the client's copies: allocations of this size are reused, larger ones are mapped anew each time, which costs a
 // page fault for every 4 KB.
