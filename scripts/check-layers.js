@@ -77,7 +77,7 @@ const portable = [
   { header: /^uv\.h$/, files: /^src\/(Base\/UvHandle\.h|Platform\/\w+\/.*)$/ },
   { header: /^pthread\.h$/, files: /^src\/(Base\/ThreadName\.cc|Platform\/\w+\/.*)$/ },
   { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\w+\.(mm|cc)$/ },
-  { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/Ts\w+|Platform\/Common\/Appcast)\.cc$/ },
+  { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Common\/Appcast)\.(h|cc)$/ },
 ];
 
 // C and C++: names without a folder and without ".h", or the few C headers in use.

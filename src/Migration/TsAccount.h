@@ -4,36 +4,24 @@
 
 #import "Migration/TsManagedObject.h"
 
-@class TsBookmark;
+@class TsAccount;
 @class TsDownloadItem;
-@class TsSignature;
+
+@interface TsBookmark : TsManagedObject
+
+@property(nonatomic, readonly) TsAccount* account;
+
+@end
+
+@interface TsSignature : TsManagedObject
+
+@property(nonatomic, readonly) TsAccount* account;
+
+@end
 
 // A mail account of the previous version. Leaves its store with the password in clear; the bookmarks are in no
 // particular order then.
 @interface TsAccount : TsManagedObject
-
-@property(nonatomic, copy) NSNumber* order;
-@property(nonatomic, copy) NSString* username;  // the e-mail address
-@property(nonatomic, copy) NSString* nickname;
-@property(nonatomic, copy) NSData* colorData;
-@property(nonatomic, copy) NSNumber* detectUnreadCountType;
-@property(nonatomic, copy) NSNumber* defaultInboxType;
-@property(nonatomic, copy) NSString* customInboxLabelName;
-@property(nonatomic, copy) NSNumber* unreadMessagesLocation;
-@property(nonatomic, copy) NSString* autoBCC;
-@property(nonatomic, copy) NSString* notificationSound;
-@property(nonatomic, copy) NSNumber* loadRapportivePlugin;
-@property(nonatomic, copy) NSNumber* loadClearbitConnectPlugin;
-@property(nonatomic, copy) NSNumber* loadBoomerangPlugin;
-@property(nonatomic, copy) NSNumber* loadStreakPlugin;
-@property(nonatomic, copy) NSNumber* loadAwayFindPlugin;
-@property(nonatomic, copy) NSNumber* loadRightInboxPlugin;
-@property(nonatomic, copy) NSNumber* isGmailChatBlocked;
-@property(nonatomic, copy) NSNumber* isGooglePlusBlocked;
-@property(nonatomic, copy) NSNumber* isGoogleDriveBlocked;
-@property(nonatomic, copy) NSNumber* isGoogleCalendarAlertsBlocked;
-@property(nonatomic, copy) NSNumber* useSignatures;
-@property(nonatomic, copy) NSNumber* signatureAboveQuotedText;
 
 // Booleans, nil when they have never been set. Switching notifications off forgets the account's OAuth grant.
 @property(nonatomic, copy) NSNumber* isNotificationEnabled;
@@ -78,4 +66,33 @@
 - (NSArray*)signaturesForEmail:(NSString*)email;
 - (TsSignature*)defaultSignatureForEmail:(NSString*)email;
 
+@end
+
+// Those of the attributes' accessors, which TsManagedObject makes, that are called here.
+
+@interface TsBookmark (Attributes)
+@property(nonatomic, copy) NSNumber* order;
+@property(nonatomic, copy) NSString* title;
+@property(nonatomic, copy) NSString* url;
+@end
+
+@interface TsSignature (Attributes)
+@property(nonatomic, copy) NSString* email;
+@property(nonatomic, copy) NSString* name;
+@property(nonatomic, copy) NSNumber* useByDefault;  // a boolean
+@end
+
+@interface TsAccount (Attributes)
+@property(nonatomic, copy) NSNumber* order;
+@property(nonatomic, copy) NSString* username;  // the e-mail address
+@property(nonatomic, copy) NSString* autoBCC;
+@property(nonatomic, copy) NSData* colorData;
+@property(nonatomic, copy) NSNumber* detectUnreadCountType;
+@property(nonatomic, copy) NSNumber* isGmailChatBlocked;
+@property(nonatomic, copy) NSNumber* isGooglePlusBlocked;
+@property(nonatomic, copy) NSNumber* isGoogleDriveBlocked;
+@property(nonatomic, copy) NSNumber* isGoogleCalendarAlertsBlocked;
+// Under these names the previous version stores the two notification switches.
+@property(nonatomic, copy) NSNumber* autoAuthenticate;
+@property(nonatomic, copy) NSNumber* notificationUseGrowl;
 @end

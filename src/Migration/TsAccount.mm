@@ -4,11 +4,8 @@
 #import "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #import "Keychain/TsTransientKeychain.h"
-#import "Migration/TsBookmark.h"
 #import "Migration/TsDownloadItem.h"
-#import "Migration/TsManagedObjectContext.h"
-#import "Migration/TsSignature.h"
-#import "Migration/TsSorting.h"
+#import "Migration/TsPersistence.h"
 
 namespace {
 
@@ -41,55 +38,50 @@ NSNumber* TruthValue(BOOL value) { return [NSNumber numberWithBool:value]; }
 
 id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
-struct ExportedAttribute {
-  NSString* key;
-  NSString* attribute = key;
-};
+NSString* const kExported[] = {@"order",
+                               @"username",
+                               @"nickname",
+                               @"detectUnreadCountType",
+                               @"defaultInboxType",
+                               @"customInboxLabelName",
+                               @"unreadMessagesLocation",
+                               @"autoBCC",
+                               @"notificationSound",
+                               @"loadRapportivePlugin",
+                               @"loadClearbitConnectPlugin",
+                               @"loadBoomerangPlugin",
+                               @"loadStreakPlugin",
+                               @"loadRightInboxPlugin"};
 
-const ExportedAttribute kExported[] = {
-    {@"order"},
-    {@"username"},
-    {@"nickname"},
-    {@"detectUnreadCountType"},
-    {@"defaultInboxType"},
-    {@"customInboxLabelName"},
-    {@"isNotificationEnabled", @"autoAuthenticate"},
-    {@"unreadMessagesLocation"},
-    {@"autoBCC"},
-    {@"notificationSound"},
-    {@"isNotifyNewMessages", @"notificationUseGrowl"},
-    {@"loadRapportivePlugin"},
-    {@"loadClearbitConnectPlugin"},
-    {@"loadBoomerangPlugin"},
-    {@"loadStreakPlugin"},
-    {@"loadRightInboxPlugin"},
-};
-
-// False when they are missing.
-const ExportedAttribute kExportedBooleans[] = {
-    {@"isGmailChatBlockedAsBOOL", @"isGmailChatBlocked"},
-    {@"isGooglePlusBlockedAsBOOL", @"isGooglePlusBlocked"},
-    {@"isGoogleDriveBlockedAsBOOL", @"isGoogleDriveBlocked"},
-    {@"isGoogleCalendarAlertsBlockedAsBOOL", @"isGoogleCalendarAlertsBlocked"},
-};
+// False when they are missing; exported as "isGmailChatBlockedAsBOOL" and so on.
+NSString* const kExportedBooleans[] = {@"isGmailChatBlocked", @"isGooglePlusBlocked", @"isGoogleDriveBlocked",
+                                       @"isGoogleCalendarAlertsBlocked"};
 
 }  // namespace
 
-@interface TsAccount ()
+@implementation TsBookmark
 
-// Under these names the previous version stores the two notification switches.
-@property(nonatomic, copy) NSNumber* autoAuthenticate;
-@property(nonatomic, copy) NSNumber* notificationUseGrowl;
+- (void)awakeFromInsert {
+  [self setOrder:[NSNumber numberWithInt:0]];
+  [self setTitle:@""];
+  [self setUrl:@""];
+}
+
+- (TsAccount*)account {
+  return [self objectIn:"account"];
+}
+
+@end
+
+@implementation TsSignature
+
+- (TsAccount*)account {
+  return [self objectIn:"account"];
+}
 
 @end
 
 @implementation TsAccount
-
-@dynamic order, username, nickname, colorData, detectUnreadCountType, defaultInboxType, customInboxLabelName;
-@dynamic unreadMessagesLocation, autoBCC, notificationSound, useSignatures, signatureAboveQuotedText;
-@dynamic loadRapportivePlugin, loadClearbitConnectPlugin, loadBoomerangPlugin, loadStreakPlugin, loadAwayFindPlugin;
-@dynamic loadRightInboxPlugin, isGmailChatBlocked, isGooglePlusBlocked, isGoogleDriveBlocked;
-@dynamic isGoogleCalendarAlertsBlocked, autoAuthenticate, notificationUseGrowl;
 
 - (NSString*)password {
   NSString* username = [self username];
@@ -189,7 +181,7 @@ const ExportedAttribute kExportedBooleans[] = {
 }
 
 - (NSUInteger)numberOfDownloadItems {
-  return [self countIn:"downloadItems"];
+  return [[self objectsIn:"downloadItems"] count];
 }
 
 - (NSArray*)downloadItemsDefaultSortDescriptors {
@@ -269,18 +261,20 @@ const ExportedAttribute kExportedBooleans[] = {
   for (TsSignature* signature in signatures) {
     if ([[signature useByDefault] boolValue]) return signature;
   }
-  return [signatures count] > 0 ? [signatures objectAtIndex:0] : nil;
+  return [signatures firstObject];
 }
 
 - (NSDictionary*)dictionaryWithValues {
   NSDictionary* values = [self values];
   if (values == nil) return nil;
   NSMutableDictionary* exported = [NSMutableDictionary dictionary];
-  for (const auto& [key, attribute] : kExported)
-    [exported setObject:OrNull([values objectForKey:attribute]) forKey:key];
-  for (const auto& [key, attribute] : kExportedBooleans) {
-    [exported setObject:TruthValue([[values objectForKey:attribute] boolValue]) forKey:key];
+  for (NSString* key : kExported) [exported setObject:OrNull([values objectForKey:key]) forKey:key];
+  for (NSString* key : kExportedBooleans) {
+    [exported setObject:TruthValue([[values objectForKey:key] boolValue])
+                 forKey:[key stringByAppendingString:@"AsBOOL"]];
   }
+  [exported setObject:OrNull([self isNotificationEnabled]) forKey:@"isNotificationEnabled"];
+  [exported setObject:OrNull([self isNotifyNewMessages]) forKey:@"isNotifyNewMessages"];
   [exported setObject:OrNull([self password]) forKey:@"password"];
   [exported setObject:[NSNumber numberWithUnsignedInteger:[self numberOfDownloadItems]]
                forKey:@"numberOfDownloadItems"];

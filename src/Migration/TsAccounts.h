@@ -3,14 +3,11 @@
 #import "Migration/TsAccount.h"
 #import "Migration/TsPersistence.h"
 
-// The accounts of the previous version. A failure to read gives an empty result and a log line. Main thread.
+// The accounts of the previous version. Main thread.
 @interface TsAccounts : TsPersistence
 
 // The previous version's own file.
 + (TsAccounts*)sharedInstance;
-
-// Without a store if `path` has no file.
-- (instancetype)initWithPath:(NSString*)path;
 
 // By "order", then by "username".
 - (NSArray*)all;

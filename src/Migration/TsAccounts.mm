@@ -1,25 +1,11 @@
 #import "Migration/TsAccounts.h"
 
+#include <utility>
+
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
-#include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Migration/TsMigration.h"
-#import "Migration/TsSorting.h"
-
-namespace {
-
-struct SortKey {
-  double order;
-  NSString* username;
-
-  bool operator<(const SortKey& other) const {
-    if (order != other.order) return order < other.order;
-    if (username == nil || other.username == nil) return username == nil && other.username != nil;
-    return [username compare:other.username] == NSOrderedAscending;
-  }
-};
-
-}  // namespace
 
 @implementation TsAccounts
 
@@ -29,24 +15,17 @@ struct SortKey {
   return *accounts;
 }
 
-- (instancetype)initWithPath:(NSString*)path {
-  return [self initWithPath:path model:TsAccountsModel()];
-}
-
 - (NSArray*)all {
-  NSError* error = nil;
-  NSArray* accounts = [_context fetch:"Account" error:&error];
-  if (accounts == nil) {
-    TsLogWarning(@"Could not execute TsAccounts#all query. (%@)", error);
-    return [NSArray array];
-  }
-  return TsSorted(accounts, [](TsAccount* account) { return SortKey{TsSortKey([account order]), [account username]}; });
+  NSArray* accounts = [self fetch:"Account" forQuery:@"TsAccounts#all"];
+  return TsSorted(accounts, [](TsAccount* account) {
+    return std::pair(TsSortKey([account order]), TsCharacters([account username]));
+  });
 }
 
-// The first account whose value is `value`, but for the sender. nil, and the error, when they can't be fetched.
-- (TsAccount*)findBy:(SEL)attribute value:(NSString*)value sender:(id)sender error:(NSError**)error {
-  for (TsAccount* account in [_context fetch:"Account" error:error]) {
-    NSString* own = [account performSelector:attribute];
+// The first account whose value is `value`, but for the sender.
+- (TsAccount*)find:(NSString*)attribute value:(NSString*)value sender:(id)sender forQuery:(NSString*)query {
+  for (TsAccount* account in [self fetch:"Account" forQuery:query]) {
+    NSString* own = [[account values] objectForKey:attribute];
     if (account != sender && (own == value || [own isEqualToString:value])) return account;
   }
   return nil;
@@ -57,10 +36,8 @@ struct SortKey {
 }
 
 - (TsAccount*)findByUsername:(NSString*)username sender:(id)sender {
-  NSError* error = nil;
-  TsAccount* account = [self findBy:@selector(username) value:username sender:sender error:&error];
-  if (error != nil) TsLogWarning(@"Could not execute TsAccounts#findByUsername:'%@' query. (%@)", username, error);
-  return account;
+  NSString* query = [NSString stringWithFormat:@"TsAccounts#findByUsername:'%@'", username];
+  return [self find:@"username" value:username sender:sender forQuery:query];
 }
 
 - (TsAccount*)findByNickname:(NSString*)nickname {
@@ -68,10 +45,8 @@ struct SortKey {
 }
 
 - (TsAccount*)findByNickname:(NSString*)nickname sender:(id)sender {
-  NSError* error = nil;
-  TsAccount* account = [self findBy:@selector(nickname) value:nickname sender:sender error:&error];
-  if (error != nil) TsLogWarning(@"Could not execute TsAccounts#findByNickname:'%@' query. (%@)", nickname, error);
-  return account;
+  NSString* query = [NSString stringWithFormat:@"TsAccounts#findByNickname:'%@'", nickname];
+  return [self find:@"nickname" value:nickname sender:sender forQuery:query];
 }
 
 - (BOOL)hasBookmarks {

@@ -8,13 +8,9 @@
 
 @interface TsDownloadItem : TsManagedObject
 
-@property(nonatomic, copy) NSString* path;
-@property(nonatomic, copy) NSDate* createdAt;
-@property(nonatomic, copy) NSNumber* bytesReceived;
-@property(nonatomic, copy) NSNumber* bytesExpected;  // nil or 0 while unknown
 @property(nonatomic, readonly) TsAccount* account;
 
-// Everything that was expected has come.
+// Whether all expected bytes have been received.
 @property(nonatomic, readonly) BOOL isFinished;
 
 // For display. They follow from the stored values, and change with them.
@@ -24,4 +20,11 @@
 @property(nonatomic, readonly) NSNumber* progressInPercents;  // 0 to 100
 @property(nonatomic, readonly) NSURL* previewItemURL;
 
+@end
+
+@interface TsDownloadItem (Attributes)
+@property(nonatomic, copy) NSString* path;
+@property(nonatomic, copy) NSDate* createdAt;
+@property(nonatomic, copy) NSNumber* bytesReceived;
+@property(nonatomic, copy) NSNumber* bytesExpected;  // nil or 0 while unknown
 @end

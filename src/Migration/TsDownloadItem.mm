@@ -5,38 +5,19 @@
 
 #include <algorithm>
 
-namespace {
-
-NSSet* Keys(NSString* first, NSString* second = nil) { return [NSSet setWithObjects:first, second, nil]; }
-
-}  // namespace
-
 @implementation TsDownloadItem
 
-@dynamic path, createdAt, bytesReceived, bytesExpected;
-
-+ (NSSet*)keyPathsForValuesAffectingIsFinished {
-  return Keys(@"bytesReceived", @"bytesExpected");
-}
-
-+ (NSSet*)keyPathsForValuesAffectingName {
-  return Keys(@"path");
-}
-
-+ (NSSet*)keyPathsForValuesAffectingIcon {
-  return Keys(@"path");
-}
-
-+ (NSSet*)keyPathsForValuesAffectingSizeHumanReadable {
-  return Keys(@"bytesExpected");
-}
-
-+ (NSSet*)keyPathsForValuesAffectingProgressInPercents {
-  return Keys(@"bytesReceived", @"bytesExpected");
-}
-
-+ (NSSet*)keyPathsForValuesAffectingPreviewItemURL {
-  return Keys(@"path");
++ (NSSet*)keyPathsForValuesAffectingValueForKey:(NSString*)key {
+  NSDictionary* sources = @{
+    @"isFinished" : @[ @"bytesReceived", @"bytesExpected" ],
+    @"progressInPercents" : @[ @"bytesReceived", @"bytesExpected" ],
+    @"sizeHumanReadable" : @[ @"bytesExpected" ],
+    @"name" : @[ @"path" ],
+    @"icon" : @[ @"path" ],
+    @"previewItemURL" : @[ @"path" ],
+  };
+  NSArray* own = [sources objectForKey:key];
+  return own != nil ? [NSSet setWithArray:own] : [super keyPathsForValuesAffectingValueForKey:key];
 }
 
 - (void)awakeFromInsert {

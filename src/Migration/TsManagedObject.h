@@ -2,21 +2,25 @@
 
 #import <Foundation/Foundation.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
-#include "Migration/TsStoreModel.h"
+#include "Base/Ref.h"
+#include "Migration/TsStoreFile.h"
 
 @class TsManagedObjectContext;
 
-// An object of a store. A subclass for each entity declares the attributes as @dynamic properties: NSNumber, NSString,
-// NSDate or NSData, nil when there is no value. An object that is deleted, or whose context has lost its store, has no
-// values and takes none.
+// An object of a store. Its class has accessors for every attribute of its entity ("order", "setOrder:"): NSNumber,
+// NSString, NSDate or NSData, nil when there is no value. An object that is deleted, or whose context has lost its
+// store, has no values and takes none.
 @interface TsManagedObject : NSObject {
- @private
+ @package
   TsManagedObjectContext* _context;
   const TsEntity* _entity;
   std::string _identifier;
+  Ref<NSMutableDictionary> _values;  // as they were read; nil until they are asked for, and after each change
 }
 
 // Not retained: contexts own their objects. nil when the context is gone.
@@ -26,7 +30,7 @@
 - (void)awakeFromInsert;
 
 // Every attribute that has a value, by its name.
-- (NSMutableDictionary*)values;
+- (NSDictionary*)values;
 
 // The object as it leaves its store: every attribute, null for those without a value. nil once there are none.
 - (NSDictionary*)dictionaryWithValues;
@@ -37,24 +41,37 @@
 // The one of a to-one relationship.
 - (id)objectIn:(std::string_view)relationship;
 
-- (NSUInteger)countIn:(std::string_view)relationship;
-
 // A new object of the relationship's entity, as the last one.
 - (id)insertObjectIn:(std::string_view)relationship;
 
 @end
 
-// For the context, and the accessors of the attributes.
-@interface TsManagedObject (Store)
+// The objects of one store, each of them once. One thread. `error` may be null.
+@interface TsManagedObjectContext : NSObject {
+ @package
+  std::unique_ptr<TsStoreFile> _store;
+  std::unordered_map<std::string, Ref<TsManagedObject>> _objects;  // by identifier; made on demand
+}
 
-- (instancetype)initWithContext:(TsManagedObjectContext*)context
-                         entity:(const TsEntity&)entity
-                     identifier:(const std::string&)identifier;
-- (const std::string&)storeIdentifier;
-- (const TsEntity&)storeEntity;
-- (void)contextIsGone;
+- (BOOL)addStoreAtPath:(NSString*)path error:(NSError**)error;
 
-- (id)valueForAccessor:(SEL)accessor;
-- (void)setValue:(id)value forAccessor:(SEL)accessor;
+- (void)removeStores;
+
+// The entity's objects; nil when there is no store.
+- (NSArray*)fetch:(std::string_view)entity error:(NSError**)error;
+
+// nil when there is no store.
+- (id)insert:(std::string_view)entity;
+
+- (void)deleteObject:(TsManagedObject*)object;
+
+// Whether the object is one of ours, and not deleted.
+- (BOOL)contains:(TsManagedObject*)object;
+
+@property(nonatomic, readonly) BOOL hasChanges;
+
+- (BOOL)save:(NSError**)error;
+
+- (void)rollback;
 
 @end

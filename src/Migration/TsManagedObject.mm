@@ -4,16 +4,32 @@
 
 #include <algorithm>
 #include <optional>
-#include <span>
-#include <vector>
 
 #include "Base/TsString.h"
-#import "Migration/TsManagedObjectContext.h"
 #include "Migration/TsStoreValue.h"
 
 namespace {
 
-NSString* KeyOf(const TsAttribute& attribute) { return TsNSString(attribute.name); }
+constexpr int kNoStore = 134080;  // of the Cocoa error domain
+
+BOOL Report(const Failure& failure, NSError** error) {
+  if (error != nullptr) {
+    *error = [NSError errorWithDomain:NSCocoaErrorDomain
+                                 code:failure.code
+                             userInfo:@{NSLocalizedDescriptionKey : TsNSString(failure.message)}];
+  }
+  return NO;
+}
+
+BOOL ReportNoStore(NSError** error) { return Report({kNoStore, "There is no store."}, error); }
+
+std::string ClassOf(const TsEntity& entity) { return "Ts" + std::string(entity.name); }
+
+// nullptr for the classes above those of the entities.
+const TsEntity* EntityOf(Class type) {
+  const TsEntity* entity = TsEntityNamed(std::string_view(class_getName(type)).substr(2));
+  return entity != nullptr && ClassOf(*entity) == class_getName(type) ? entity : nullptr;
+}
 
 // "setOrder:" for "order".
 std::string SetterOf(std::string_view name) {
@@ -22,22 +38,28 @@ std::string SetterOf(std::string_view name) {
   return setter;
 }
 
-template <typename Property>
-const Property& Named(std::span<const Property> properties, std::string_view name) {
-  return *std::find_if(properties.begin(), properties.end(), [&](const auto& each) { return each.name == name; });
+const TsRelationship& Named(const TsEntity* entity, std::string_view name) {
+  const auto all = entity->relationships;
+  return *std::find_if(all.begin(), all.end(), [&](const TsRelationship& each) { return each.name == name; });
 }
 
-const TsAttribute& AttributeOf(const TsEntity& entity, SEL accessor) {
-  const std::string_view name = sel_getName(accessor);
-  return *std::find_if(entity.attributes.begin(), entity.attributes.end(),
-                       [&](const TsAttribute& each) { return each.name == name || SetterOf(each.name) == name; });
+id Get(TsManagedObject* self, SEL accessor) { return [[self values] objectForKey:NSStringFromSelector(accessor)]; }
+
+void Set(TsManagedObject* self, SEL accessor, id value) {
+  if ([self values] == nil) return;
+  for (const TsAttribute& attribute : self->_entity->attributes) {
+    if (SetterOf(attribute.name) != sel_getName(accessor)) continue;
+    const auto text = value != nil ? std::optional(TsStoreValueText(attribute.type, value)) : std::nullopt;
+    self->_context->_store->SetValue(self->_identifier, attribute, text);
+    self->_values = nullptr;
+  }
 }
-
-id Get(TsManagedObject* self, SEL accessor) { return [self valueForAccessor:accessor]; }
-
-void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value forAccessor:accessor]; }
 
 }  // namespace
+
+@interface TsManagedObjectContext ()
+- (TsManagedObject*)object:(const std::string&)identifier of:(const TsEntity&)entity;
+@end
 
 @implementation TsManagedObject
 
@@ -45,7 +67,7 @@ void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value f
 
 // At once, because Foundation's key-value coding does not ask for methods that are missing.
 + (void)initialize {
-  const TsEntity* entity = TsEntityOfClass(class_getName(self));
+  const TsEntity* entity = EntityOf(self);
   if (entity == nullptr) return;
   for (const TsAttribute& attribute : entity->attributes) {
     const std::string name(attribute.name);
@@ -54,105 +76,138 @@ void Set(TsManagedObject* self, SEL accessor, id value) { [self setValue:value f
   }
 }
 
-- (instancetype)initWithContext:(TsManagedObjectContext*)context
-                         entity:(const TsEntity&)entity
-                     identifier:(const std::string&)identifier {
-  self = [super init];
-  if (self) {
-    _context = context;
-    _entity = &entity;
-    _identifier = identifier;
-  }
-  return self;
-}
-
-- (const std::string&)storeIdentifier {
-  return _identifier;
-}
-
-- (const TsEntity&)storeEntity {
-  return *_entity;
-}
-
-- (void)contextIsGone {
-  _context = nil;
+- (void)awakeFromInsert {
 }
 
 // nullptr for an object that has no values.
 - (TsStoreFile*)store {
-  TsStoreFile* store = [_context store];
-  return store != nullptr && store->Contains(_identifier) ? store : nullptr;
+  if (_context == nil || _context->_store == nullptr) return nullptr;
+  return _context->_store->Contains(_identifier) ? _context->_store.get() : nullptr;
 }
 
-- (void)awakeFromInsert {
-}
-
-- (id)valueForAccessor:(SEL)accessor {
-  const TsAttribute& attribute = AttributeOf(*_entity, accessor);
+- (NSDictionary*)values {
   const TsStoreFile* store = [self store];
-  const auto value = store != nullptr ? store->ValueOf(_identifier, attribute) : std::nullopt;
-  return value ? TsNewStoreValue(attribute.type, value->type, value->text).Autoreleased() : nil;
-}
-
-- (void)setValue:(id)value forAccessor:(SEL)accessor {
-  TsStoreFile* store = [self store];
-  if (store == nullptr) return;
-  const TsAttribute& attribute = AttributeOf(*_entity, accessor);
-  if (value == nil) return store->SetValue(_identifier, attribute, std::nullopt);
-  store->SetValue(_identifier, attribute, TsStoreValueText(attribute.type, value));
-}
-
-- (NSMutableDictionary*)values {
-  TsStoreFile* store = [self store];
   if (store == nullptr) return nil;
-  NSMutableDictionary* values = [NSMutableDictionary dictionaryWithCapacity:_entity->attributes.size()];
-  store->ForEachValue(_identifier, *_entity, [&](const TsAttribute& attribute, const TsStoreFile::Value& stored) {
-    const auto value = TsNewStoreValue(attribute.type, stored.type, stored.text);
-    if (value) [values setObject:value forKey:KeyOf(attribute)];
-  });
-  return values;
+  if (_values) return _values;
+  _values = Adopt([[NSMutableDictionary alloc] init]);
+  for (const auto& [attribute, type, text] : store->Values(_identifier, *_entity)) {
+    const auto value = TsNewStoreValue(attribute->type, type, text);
+    if (value) [_values setObject:value forKey:TsNSString(attribute->name)];
+  }
+  return _values;
 }
 
 - (NSDictionary*)dictionaryWithValues {
-  NSMutableDictionary* values = [self values];
+  NSDictionary* values = [self values];
+  if (values == nil) return nil;
+  NSMutableDictionary* exported = [NSMutableDictionary dictionary];
   for (const TsAttribute& attribute : _entity->attributes) {
-    NSString* key = KeyOf(attribute);
-    if ([values objectForKey:key] == nil) [values setObject:[NSNull null] forKey:key];
+    [exported setObject:[NSNull null] forKey:TsNSString(attribute.name)];
   }
-  return values;
-}
-
-- (std::vector<std::string>)identifiersIn:(std::string_view)relationship {
-  const TsStoreFile* store = [self store];
-  if (store == nullptr) return {};
-  return store->Related(_identifier, Named(_entity->relationships, relationship));
+  [exported addEntriesFromDictionary:values];
+  return exported;
 }
 
 - (NSArray*)objectsIn:(std::string_view)relationship {
-  const TsRelationship& description = Named(_entity->relationships, relationship);
   NSMutableArray* objects = [NSMutableArray array];
-  for (const std::string& identifier : [self identifiersIn:relationship]) {
-    [objects addObject:[_context object:identifier of:description.destination]];
+  const TsStoreFile* store = [self store];
+  if (store == nullptr) return objects;
+  const TsRelationship& description = Named(_entity, relationship);
+  const TsEntity& destination = *TsEntityNamed(description.destination);
+  for (const std::string& identifier : store->Related(_identifier, description)) {
+    [objects addObject:[_context object:identifier of:destination]];
   }
   return objects;
 }
 
 - (id)objectIn:(std::string_view)relationship {
-  NSArray* objects = [self objectsIn:relationship];
-  return [objects count] > 0 ? [objects objectAtIndex:0] : nil;
-}
-
-- (NSUInteger)countIn:(std::string_view)relationship {
-  return [self identifiersIn:relationship].size();
+  return [[self objectsIn:relationship] firstObject];
 }
 
 - (id)insertObjectIn:(std::string_view)relationship {
   TsStoreFile* store = [self store];
   if (store == nullptr) return nil;
-  const TsRelationship& description = Named(_entity->relationships, relationship);
+  const TsRelationship& description = Named(_entity, relationship);
   TsManagedObject* object = [_context insert:description.destination];
-  store->Relate(_identifier, description, [object storeIdentifier]);
-  store->Relate([object storeIdentifier], Named([object storeEntity].relationships, description.inverse), _identifier);
+  store->Relate(_identifier, description, object->_identifier);
+  store->Relate(object->_identifier, Named(object->_entity, description.inverse), _identifier);
+  return object;
+}
+
+@end
+
+@implementation TsManagedObjectContext
+
+- (void)dealloc {
+  [self removeStores];
+  [super dealloc];
+}
+
+- (BOOL)addStoreAtPath:(NSString*)path error:(NSError**)error {
+  auto store = TsStoreFile::Open(TsStdString(path));
+  if (!store) return Report(store.error(), error);
+  [self removeStores];
+  _store = std::move(*store);
+  return YES;
+}
+
+- (void)removeStores {
+  // Objects may outlive their context.
+  for (const auto& [identifier, object] : _objects) object.get()->_context = nil;
+  _objects.clear();
+  _store.reset();
+}
+
+- (NSArray*)fetch:(std::string_view)name error:(NSError**)error {
+  if (_store == nullptr) {
+    ReportNoStore(error);
+    return nil;
+  }
+  const TsEntity& entity = *TsEntityNamed(name);
+  NSMutableArray* objects = [NSMutableArray array];
+  for (const std::string& identifier : _store->Objects(entity)) [objects addObject:[self object:identifier of:entity]];
+  return objects;
+}
+
+- (id)insert:(std::string_view)name {
+  if (_store == nullptr) return nil;
+  const TsEntity& entity = *TsEntityNamed(name);
+  TsManagedObject* object = [self object:_store->Insert(entity) of:entity];
+  [object awakeFromInsert];
+  return object;
+}
+
+- (void)deleteObject:(TsManagedObject*)object {
+  if ([self contains:object]) _store->Delete(object->_identifier, *object->_entity);
+}
+
+- (BOOL)contains:(TsManagedObject*)object {
+  return object != nil && object->_context == self && _store->Contains(object->_identifier);
+}
+
+- (BOOL)hasChanges {
+  return _store != nullptr && _store->HasChanges();
+}
+
+- (BOOL)save:(NSError**)error {
+  if (_store == nullptr) return ReportNoStore(error);
+  const auto saved = _store->Save();
+  return saved ? YES : Report(saved.error(), error);
+}
+
+- (void)rollback {
+  if (_store != nullptr) _store->Rollback();
+  for (const auto& [identifier, object] : _objects) object.get()->_values = nullptr;
+}
+
+- (TsManagedObject*)object:(const std::string&)identifier of:(const TsEntity&)entity {
+  auto& known = _objects[identifier];
+  if (known) return known;
+  known = Adopt<TsManagedObject>([[objc_getClass(ClassOf(entity).c_str()) alloc] init]);
+  TsManagedObject* object = known;
+  object->_context = self;
+  object->_entity = &entity;
+  object->_identifier = identifier;
   return object;
 }
 

@@ -1,13 +1,15 @@
 #import "Migration/TsPersistence.h"
 
+#include <limits>
+
 #include "Base/TsLog.h"
 
 @implementation TsPersistence
 
-- (instancetype)initWithPath:(NSString*)path model:(std::span<const TsEntity>)model {
+- (instancetype)initWithPath:(NSString*)path {
   self = [super init];
   if (self) {
-    _context = Adopt([[TsManagedObjectContext alloc] initWithModel:model]);
+    _context = Adopt([[TsManagedObjectContext alloc] init]);
     NSError* error = nil;
     if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
   }
@@ -27,4 +29,19 @@
   return YES;
 }
 
+- (NSArray*)fetch:(std::string_view)entity forQuery:(NSString*)query {
+  NSError* error = nil;
+  NSArray* objects = [_context fetch:entity error:&error];
+  if (objects == nil) TsLogWarning(@"Could not execute %@ query. (%@)", query, error);
+  return objects;
+}
+
 @end
+
+double TsSortKey(NSNumber* number) {
+  return number != nil ? [number doubleValue] : -std::numeric_limits<double>::infinity();
+}
+
+double TsSortKey(NSDate* date) {
+  return date != nil ? [date timeIntervalSinceReferenceDate] : -std::numeric_limits<double>::infinity();
+}

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <pugixml.hpp>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -35,21 +33,34 @@ constexpr char kAttribute[] = "attribute";
 constexpr char kRelationship[] = "relationship";
 constexpr char kReferences[] = "idrefs";
 
-constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-constexpr char ToUpper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
-
-bool IsSameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return ToLower(x) == ToLower(y); });
+std::string EntityNameInFile(std::string name) {
+  for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  return name;
 }
 
-std::string Mapped(std::string_view name, char (*map)(char)) {
-  std::string mapped(name);
-  std::transform(mapped.begin(), mapped.end(), mapped.begin(), map);
-  return mapped;
+std::string PropertyNameInFile(std::string name) {
+  for (char& c : name) c = TsToLower(c);
+  return name;
 }
 
-std::string EntityNameInFile(std::string_view name) { return Mapped(name, ToUpper); }
-std::string PropertyNameInFile(std::string_view name) { return Mapped(name, ToLower); }
+const char* StoredType(TsAttributeType type) {
+  switch (type) {
+    case TsAttributeType::Int16:
+      return "int16";
+    case TsAttributeType::Int32:
+      return "int32";
+    case TsAttributeType::Int64:
+      return "int64";
+    case TsAttributeType::Boolean:
+      return "bool";
+    case TsAttributeType::Text:
+      return "string";
+    case TsAttributeType::Date:
+      return "date";
+    case TsAttributeType::Data:
+      return "binary";
+  }
+}
 
 std::vector<std::string> References(pugi::xml_node relationship) {
   constexpr std::string_view kSpace = " \t\r\n";
@@ -90,17 +101,17 @@ void SetReferences(pugi::xml_node relationship, const std::vector<std::string>& 
 // The property of an object, "attribute" or "relationship", by its name.
 pugi::xml_node Property(pugi::xml_node object, const char* kind, std::string_view name) {
   for (const pugi::xml_node property : object.children(kind)) {
-    if (IsSameName(property.attribute("name").value(), name)) return property;
+    if (TsIsSameName(property.attribute("name").value(), name)) return property;
   }
   return {};
 }
 
-TsStoreFile::Value ValueIn(pugi::xml_node attribute) {
+std::string TextIn(pugi::xml_node attribute) {
   std::string stored;
   for (const pugi::xml_node piece : attribute.children()) {
     if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata) stored += piece.value();
   }
-  return {attribute.attribute("type").value(), TsTextFromStore(stored)};
+  return TsTextFromStore(stored);
 }
 
 bool IsDeep(pugi::xml_document& document) {
@@ -113,7 +124,7 @@ bool IsDeep(pugi::xml_document& document) {
 // The encodings that the parser recognizes, by a byte order mark or the declaration.
 bool IsKnownEncoding(std::string_view name) {
   constexpr std::string_view kKnown[] = {"", "utf-8", "us-ascii", "ascii", "utf-16", "utf-32", "iso-8859-1", "latin1"};
-  return std::any_of(std::begin(kKnown), std::end(kKnown), [&](auto known) { return IsSameName(known, name); });
+  return std::any_of(std::begin(kKnown), std::end(kKnown), [&](auto known) { return TsIsSameName(known, name); });
 }
 
 Result<std::string> ReadFile(const std::filesystem::path& file) {
@@ -164,19 +175,8 @@ std::string Written(const pugi::xml_document& document) {
 
 }  // namespace
 
-struct TsStoreFile::Index : std::unordered_map<std::string, pugi::xml_node> {};
-
-TsStoreFile::TsStoreFile(std::filesystem::path file, std::span<const TsEntity> model)
-    : file_(std::move(file)),
-      model_(model),
-      document_(std::make_unique<pugi::xml_document>()),
-      objects_(std::make_unique<Index>()) {}
-
-TsStoreFile::~TsStoreFile() = default;
-
-Result<std::unique_ptr<TsStoreFile>> TsStoreFile::Open(std::filesystem::path file,
-                                                       std::span<const TsEntity> model) noexcept {
-  std::unique_ptr<TsStoreFile> store(new TsStoreFile(std::move(file), model));
+Result<std::unique_ptr<TsStoreFile>> TsStoreFile::Open(std::filesystem::path file) noexcept {
+  std::unique_ptr<TsStoreFile> store(new TsStoreFile(std::move(file)));
   if (auto read = store->Read(); !read) return tl::unexpected(std::move(read.error()));
   return store;
 }
@@ -191,51 +191,39 @@ Result<void> TsStoreFile::Read() {
 
 // The first of several objects with the same identifier counts.
 void TsStoreFile::FindObjects() {
-  objects_->clear();
+  objects_.clear();
   for (const pugi::xml_node object : document_->child("database").children("object")) {
     const std::string id = object.attribute("id").value();
     // Objects of unknown entities have identifiers too.
     highestNumber_ = std::max(highestNumber_, NumberOf(id));
-    if (!id.empty() && EntityOf(object) != nullptr) objects_->emplace(id, object);
+    if (!id.empty() && TsEntityNamed(object.attribute("type").value()) != nullptr) objects_.emplace(id, object);
   }
 }
 
-const TsEntity* TsStoreFile::EntityOf(const pugi::xml_node& object) const {
-  const std::string_view type = object.attribute("type").value();
-  const auto found =
-      std::find_if(model_.begin(), model_.end(), [&](const TsEntity& entity) { return IsSameName(entity.name, type); });
-  return found != model_.end() ? &*found : nullptr;
-}
-
 pugi::xml_node TsStoreFile::ObjectNamed(const std::string& id) const {
-  const auto found = objects_->find(id);
-  return found != objects_->end() ? found->second : pugi::xml_node();
+  const auto found = objects_.find(id);
+  return found != objects_.end() ? found->second : pugi::xml_node();
 }
 
 std::vector<std::string> TsStoreFile::Objects(const TsEntity& entity) const noexcept {
   std::vector<std::string> ids;
   for (const pugi::xml_node object : document_->child("database").children("object")) {
     const std::string id = object.attribute("id").value();
-    if (EntityOf(object) == &entity && ObjectNamed(id) == object) ids.push_back(id);
+    if (ObjectNamed(id) == object && TsIsSameName(object.attribute("type").value(), entity.name)) ids.push_back(id);
   }
   return ids;
 }
 
-bool TsStoreFile::Contains(const std::string& id) const noexcept { return objects_->contains(id); }
-
-void TsStoreFile::ForEachValue(const std::string& id, const TsEntity& entity, const Visitor& visit) const noexcept {
+std::vector<TsStoreFile::Value> TsStoreFile::Values(const std::string& id, const TsEntity& entity) const noexcept {
+  std::vector<Value> values;
   for (const pugi::xml_node property : ObjectNamed(id).children(kAttribute)) {
     const std::string_view name = property.attribute("name").value();
     const auto known = std::find_if(entity.attributes.begin(), entity.attributes.end(),
-                                    [&](const TsAttribute& attribute) { return IsSameName(attribute.name, name); });
-    if (known != entity.attributes.end()) visit(*known, ValueIn(property));
+                                    [&](const TsAttribute& attribute) { return TsIsSameName(attribute.name, name); });
+    if (known == entity.attributes.end()) continue;
+    values.push_back({&*known, property.attribute("type").value(), TextIn(property)});
   }
-}
-
-std::optional<TsStoreFile::Value> TsStoreFile::ValueOf(const std::string& id,
-                                                       const TsAttribute& attribute) const noexcept {
-  const pugi::xml_node property = Property(ObjectNamed(id), kAttribute, attribute.name);
-  return property ? std::optional(ValueIn(property)) : std::nullopt;
+  return values;
 }
 
 void TsStoreFile::SetValue(const std::string& id, const TsAttribute& attribute,
@@ -252,8 +240,8 @@ void TsStoreFile::SetValue(const std::string& id, const TsAttribute& attribute,
     // The framework writes attributes before relationships.
     const pugi::xml_node next = object.child(kRelationship);
     property = next ? object.insert_child_before(kAttribute, next) : object.append_child(kAttribute);
-    SetXmlAttribute(property, "name", PropertyNameInFile(attribute.name));
-    SetXmlAttribute(property, "type", std::string(attribute.storedType));
+    SetXmlAttribute(property, "name", PropertyNameInFile(std::string(attribute.name)));
+    SetXmlAttribute(property, "type", StoredType(attribute.type));
   }
   property.remove_children();
   property.append_child(pugi::node_pcdata).set_value(TsTextForStore(*text).c_str());
@@ -265,7 +253,7 @@ std::vector<std::string> TsStoreFile::Related(const std::string& id,
   std::unordered_set<std::string> known;
   for (std::string& other : References(Property(ObjectNamed(id), kRelationship, relationship.name))) {
     const pugi::xml_node object = ObjectNamed(other);
-    if (!object || !IsSameName(object.attribute("type").value(), relationship.destination)) continue;
+    if (!object || !TsIsSameName(object.attribute("type").value(), relationship.destination)) continue;
     if (known.insert(other).second) related.push_back(std::move(other));
   }
   return related;
@@ -276,14 +264,13 @@ void TsStoreFile::Relate(const std::string& id, const TsRelationship& relationsh
   WillChange();
   pugi::xml_node object = ObjectNamed(id);
   pugi::xml_node property = Property(object, kRelationship, relationship.name);
-  const bool isToOne = relationship.cardinality == TsCardinality::One;
   if (!property) {
     property = object.append_child(kRelationship);
-    SetXmlAttribute(property, "name", PropertyNameInFile(relationship.name));
-    SetXmlAttribute(property, "type", isToOne ? "1/1" : "0/0");
-    SetXmlAttribute(property, "destination", EntityNameInFile(relationship.destination));
+    SetXmlAttribute(property, "name", PropertyNameInFile(std::string(relationship.name)));
+    SetXmlAttribute(property, "type", relationship.isToMany ? "0/0" : "1/1");
+    SetXmlAttribute(property, "destination", EntityNameInFile(std::string(relationship.destination)));
   }
-  std::vector<std::string> ids = isToOne ? std::vector<std::string>() : References(property);
+  std::vector<std::string> ids = relationship.isToMany ? References(property) : std::vector<std::string>();
   ids.push_back(other);
   SetReferences(property, ids);
 }
@@ -295,9 +282,9 @@ std::string TsStoreFile::Insert(const TsEntity& entity) noexcept {
     id = "z" + std::to_string(++highestNumber_);
   } while (Contains(id));
   pugi::xml_node object = document_->child("database").append_child("object");
-  SetXmlAttribute(object, "type", EntityNameInFile(entity.name));
+  SetXmlAttribute(object, "type", EntityNameInFile(std::string(entity.name)));
   SetXmlAttribute(object, "id", id);
-  objects_->emplace(id, object);
+  objects_.emplace(id, object);
   return id;
 }
 
@@ -305,12 +292,12 @@ void TsStoreFile::Delete(const std::string& id, const TsEntity& entity) noexcept
   if (!Contains(id)) return;
   WillChange();
   for (const TsRelationship& relationship : entity.relationships) {
-    if (!relationship.isOwner) continue;
-    const TsEntity& owned = *TsEntityNamed(model_, relationship.destination);
+    if (!relationship.isToMany) continue;
+    const TsEntity& owned = *TsEntityNamed(relationship.destination);
     for (const std::string& other : Related(id, relationship)) Delete(other, owned);
   }
   document_->child("database").remove_child(ObjectNamed(id));
-  objects_->erase(id);
+  objects_.erase(id);
 }
 
 void TsStoreFile::WillChange() {

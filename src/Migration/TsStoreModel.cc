@@ -1,115 +1,72 @@
 #include "Migration/TsStoreModel.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace {
 
 using enum TsAttributeType;
-using enum TsCardinality;
 
-constexpr TsAttribute kAccountAttributes[] = {
-    {"order", Number, "int32"},
-    {"username", Text, "string"},
-    {"nickname", Text, "string"},
-    {"colorData", Data, "binary"},
-    {"detectUnreadCountType", Boolean, "bool"},
-    {"defaultInboxType", Number, "int16"},
-    {"customInboxLabelName", Text, "string"},
-    {"autoAuthenticate", Boolean, "bool"},
-    {"unreadMessagesLocation", Number, "int16"},
-    {"autoBCC", Text, "string"},
-    {"notificationSound", Text, "string"},
-    {"notificationUseGrowl", Boolean, "bool"},
-    {"loadRapportivePlugin", Boolean, "bool"},
-    {"loadClearbitConnectPlugin", Boolean, "bool"},
-    {"loadBoomerangPlugin", Boolean, "bool"},
-    {"loadStreakPlugin", Boolean, "bool"},
-    {"loadAwayFindPlugin", Boolean, "bool"},
-    {"loadRightInboxPlugin", Boolean, "bool"},
-    {"isGmailChatBlocked", Boolean, "bool"},
-    {"isGooglePlusBlocked", Boolean, "bool"},
-    {"isGoogleDriveBlocked", Boolean, "bool"},
-    {"isGoogleCalendarAlertsBlocked", Boolean, "bool"},
-    {"useSignatures", Boolean, "bool"},
-    {"signatureAboveQuotedText", Boolean, "bool"},
-};
+constexpr TsAttribute kAccount[] = {{"order", Int32},
+                                    {"username", Text},
+                                    {"nickname", Text},
+                                    {"colorData", Data},
+                                    {"detectUnreadCountType", Boolean},
+                                    {"defaultInboxType", Int16},
+                                    {"customInboxLabelName", Text},
+                                    {"autoAuthenticate", Boolean},
+                                    {"unreadMessagesLocation", Int16},
+                                    {"autoBCC", Text},
+                                    {"notificationSound", Text},
+                                    {"notificationUseGrowl", Boolean},
+                                    {"loadRapportivePlugin", Boolean},
+                                    {"loadClearbitConnectPlugin", Boolean},
+                                    {"loadBoomerangPlugin", Boolean},
+                                    {"loadStreakPlugin", Boolean},
+                                    {"loadAwayFindPlugin", Boolean},
+                                    {"loadRightInboxPlugin", Boolean},
+                                    {"isGmailChatBlocked", Boolean},
+                                    {"isGooglePlusBlocked", Boolean},
+                                    {"isGoogleDriveBlocked", Boolean},
+                                    {"isGoogleCalendarAlertsBlocked", Boolean},
+                                    {"useSignatures", Boolean},
+                                    {"signatureAboveQuotedText", Boolean}};
+constexpr TsRelationship kOfAccount[] = {{"downloadItems", "DownloadItem", "account", true},
+                                         {"bookmarks", "Bookmark", "account", true},
+                                         {"signatures", "Signature", "account", true}};
 
-constexpr TsRelationship kAccountRelationships[] = {
-    {"downloadItems", Many, "DownloadItem", "account", true},
-    {"bookmarks", Many, "Bookmark", "account", true},
-    {"signatures", Many, "Signature", "account", true},
-};
+constexpr TsAttribute kBookmark[] = {{"order", Int32}, {"title", Text}, {"url", Text}};
+constexpr TsRelationship kOfBookmark[] = {{"account", "Account", "bookmarks"}};
 
-constexpr TsAttribute kBookmarkAttributes[] = {
-    {"order", Number, "int32"},
-    {"title", Text, "string"},
-    {"url", Text, "string"},
-};
+constexpr TsAttribute kSignature[] = {{"email", Text}, {"name", Text}, {"useByDefault", Boolean}};
+constexpr TsRelationship kOfSignature[] = {{"account", "Account", "signatures"}};
 
-constexpr TsRelationship kBookmarkRelationships[] = {{"account", One, "Account", "bookmarks"}};
+constexpr TsAttribute kDownloadItem[] = {
+    {"path", Text}, {"createdAt", Date}, {"bytesReceived", Int64}, {"bytesExpected", Int64}};
+constexpr TsRelationship kOfDownloadItem[] = {{"account", "Account", "downloadItems"}};
 
-constexpr TsAttribute kSignatureAttributes[] = {
-    {"email", Text, "string"},
-    {"name", Text, "string"},
-    {"useByDefault", Boolean, "bool"},
-};
+constexpr TsAttribute kWorkspaceState[] = {{"active", Boolean}, {"lastUpdatedAt", Date}};
+constexpr TsRelationship kOfWorkspaceState[] = {{"appStates", "GoogleAppState", "workspaceState", true}};
 
-constexpr TsRelationship kSignatureRelationships[] = {{"account", One, "Account", "signatures"}};
+constexpr TsAttribute kGoogleAppState[] = {{"identifier", Text}, {"url", Text}};
+constexpr TsRelationship kOfGoogleAppState[] = {{"workspaceState", "WorkspaceState", "appStates"}};
 
-constexpr TsAttribute kDownloadItemAttributes[] = {
-    {"path", Text, "string"},
-    {"createdAt", Date, "date"},
-    {"bytesReceived", Number, "int64"},
-    {"bytesExpected", Number, "int64"},
-};
-
-constexpr TsRelationship kDownloadItemRelationships[] = {{"account", One, "Account", "downloadItems"}};
-
-constexpr TsEntity kAccountsModel[] = {
-    {"Account", "TsAccount", kAccountAttributes, kAccountRelationships},
-    {"Bookmark", "TsBookmark", kBookmarkAttributes, kBookmarkRelationships},
-    {"DownloadItem", "TsDownloadItem", kDownloadItemAttributes, kDownloadItemRelationships},
-    {"Signature", "TsSignature", kSignatureAttributes, kSignatureRelationships},
-};
-
-constexpr TsAttribute kWorkspaceStateAttributes[] = {
-    {"active", Boolean, "bool"},
-    {"lastUpdatedAt", Date, "date"},
-};
-
-constexpr TsRelationship kWorkspaceStateRelationships[] = {
-    {"appStates", ManyOrdered, "GoogleAppState", "workspaceState", true},
-};
-
-constexpr TsAttribute kGoogleAppStateAttributes[] = {
-    {"identifier", Text, "string"},
-    {"url", Text, "string"},
-};
-
-constexpr TsRelationship kGoogleAppStateRelationships[] = {{"workspaceState", One, "WorkspaceState", "appStates"}};
-
-constexpr TsEntity kWorkspaceStatesModel[] = {
-    {"WorkspaceState", "TsWorkspaceState", kWorkspaceStateAttributes, kWorkspaceStateRelationships},
-    {"GoogleAppState", "TsGoogleAppState", kGoogleAppStateAttributes, kGoogleAppStateRelationships},
-};
-
-const TsEntity* Find(std::span<const TsEntity> model, auto condition) {
-  const auto found = std::find_if(model.begin(), model.end(), condition);
-  return found != model.end() ? &*found : nullptr;
-}
+constexpr TsEntity kEntities[] = {{"Account", kAccount, kOfAccount},
+                                  {"Bookmark", kBookmark, kOfBookmark},
+                                  {"Signature", kSignature, kOfSignature},
+                                  {"DownloadItem", kDownloadItem, kOfDownloadItem},
+                                  {"WorkspaceState", kWorkspaceState, kOfWorkspaceState},
+                                  {"GoogleAppState", kGoogleAppState, kOfGoogleAppState}};
 
 }  // namespace
 
-std::span<const TsEntity> TsAccountsModel() { return kAccountsModel; }
-
-std::span<const TsEntity> TsWorkspaceStatesModel() { return kWorkspaceStatesModel; }
-
-const TsEntity* TsEntityNamed(std::span<const TsEntity> model, std::string_view name) {
-  return Find(model, [&](const TsEntity& entity) { return entity.name == name; });
+bool TsIsSameName(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return TsToLower(x) == TsToLower(y); });
 }
 
-const TsEntity* TsEntityOfClass(std::string_view className) {
-  const auto isOfClass = [&](const TsEntity& entity) { return entity.className == className; };
-  const TsEntity* entity = Find(kAccountsModel, isOfClass);
-  return entity != nullptr ? entity : Find(kWorkspaceStatesModel, isOfClass);
+const TsEntity* TsEntityNamed(std::string_view name) {
+  const auto* found = std::find_if(std::begin(kEntities), std::end(kEntities),
+                                   [&](const TsEntity& entity) { return TsIsSameName(entity.name, name); });
+  return found != std::end(kEntities) ? found : nullptr;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <optional>
 
 namespace {
 
@@ -56,10 +58,4 @@ std::string TsTextForStore(std::string_view text) {
     }
   }
   return stored;
-}
-
-std::optional<std::int64_t> TsIntegerInStore(std::string_view text) {
-  std::int64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,6 +10,3 @@
 
 // The form in which a store keeps `text`. XML's own escapes are the writer's business.
 [[nodiscard]] std::string TsTextForStore(std::string_view text);
-
-// Nothing for a text that is no whole number of 64 bits.
-[[nodiscard]] std::optional<std::int64_t> TsIntegerInStore(std::string_view text);

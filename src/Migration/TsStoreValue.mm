@@ -1,15 +1,23 @@
 #import "Migration/TsStoreValue.h"
 
+#include <charconv>
+
 #include "Base/TsNumberText.h"
 #include "Base/TsString.h"
-#include "Migration/TsStoreText.h"
 
 namespace {
+
+Ref<NSNumber> NewInteger(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return nullptr;
+  return Adopt([[NSNumber alloc] initWithLongLong:number]);
+}
 
 Ref<NSNumber> NewNumber(bool isBoolean, std::string_view text) {
   if (isBoolean && (text == "1" || text == "true" || text == "YES")) return Retain([NSNumber numberWithBool:YES]);
   if (isBoolean && (text == "0" || text == "false" || text == "NO")) return Retain([NSNumber numberWithBool:NO]);
-  if (const auto integer = TsIntegerInStore(text)) return Adopt([[NSNumber alloc] initWithLongLong:*integer]);
+  if (auto integer = NewInteger(text)) return integer;
   const auto number = TsNumberInText(text);
   return number ? Adopt([[NSNumber alloc] initWithDouble:*number]) : nullptr;
 }
@@ -34,7 +42,9 @@ std::string NumberText(NSNumber* number) {
 
 Ref<NSObject> TsNewStoreValue(TsAttributeType type, std::string_view storedType, std::string_view text) {
   switch (type) {
-    case TsAttributeType::Number:
+    case TsAttributeType::Int16:
+    case TsAttributeType::Int32:
+    case TsAttributeType::Int64:
     case TsAttributeType::Boolean:
       return NewNumber(storedType.empty() ? type == TsAttributeType::Boolean : storedType == "bool", text);
     case TsAttributeType::Text:
@@ -48,7 +58,9 @@ Ref<NSObject> TsNewStoreValue(TsAttributeType type, std::string_view storedType,
 
 std::string TsStoreValueText(TsAttributeType type, id value) {
   switch (type) {
-    case TsAttributeType::Number:
+    case TsAttributeType::Int16:
+    case TsAttributeType::Int32:
+    case TsAttributeType::Int64:
     case TsAttributeType::Boolean:
       return NumberText(value);
     case TsAttributeType::Text:

@@ -1,18 +1,41 @@
 #pragma once
 
 #import "Migration/TsGoogleAppIdentifier.h"
-#import "Migration/TsGoogleAppState.h"
 #import "Migration/TsPersistence.h"
-#import "Migration/TsWorkspaceState.h"
 
-// The workspaces of the previous version. A failure gives an empty result and a log line.
-// One thread.
+@class TsWorkspaceState;
+
+// An application that was open in a workspace, and where in it the user was.
+@interface TsGoogleAppState : TsManagedObject
+
+@property(nonatomic, readonly) TsWorkspaceState* workspaceState;
+
+@end
+
+@interface TsGoogleAppState (Attributes)
+@property(nonatomic, copy) NSString* identifier;  // the text form of a TsGoogleAppIdentifier
+@property(nonatomic, copy) NSString* url;
+@end
+
+// A window of the previous version with its tabs.
+@interface TsWorkspaceState : TsManagedObject
+
+@property(nonatomic, readonly) NSOrderedSet* appStates;
+
+// As the last one.
+- (TsGoogleAppState*)addAppStateWithIdentifier:(TsGoogleAppIdentifier*)identifier;
+
+@end
+
+@interface TsWorkspaceState (Attributes)
+@property(nonatomic, copy) NSNumber* active;  // a boolean
+@property(nonatomic, copy) NSDate* lastUpdatedAt;
+@end
+
+// The workspaces of the previous version. A failure to write is logged too. One thread.
 @interface TsWorkspaceStates : TsPersistence
 
-// Without a store if `path` has no file.
-- (instancetype)initWithPath:(NSString*)path;
-
-// The one that was updated last comes first.
+// The most recently updated comes first.
 - (NSArray*)all;
 
 - (TsWorkspaceState*)insertNewWorkspaceState;
@@ -24,7 +47,7 @@
 // No other one is active then.
 - (void)setActiveWorkspaceState:(TsWorkspaceState*)state;
 
-// The one in the active workspace, or else in the workspace that was updated last; nil if missing.
+// Of several, one in the active workspace, or else in the most recently updated one; nil if missing.
 - (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier;
 
 - (void)deleteGoogleAppState:(TsGoogleAppState*)state;

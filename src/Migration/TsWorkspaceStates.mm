@@ -1,31 +1,45 @@
 #import "Migration/TsWorkspaceStates.h"
 
+#include <utility>
+
 #include "Base/TsLog.h"
-#import "Migration/TsSorting.h"
 
 namespace {
 
 bool IsActive(TsWorkspaceState* state) { return [[state active] boolValue] != NO; }
 
-bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
-  return IsActive(a) != IsActive(b) ? IsActive(a) : TsSortKey([a lastUpdatedAt]) > TsSortKey([b lastUpdatedAt]);
+}  // namespace
+
+@implementation TsGoogleAppState
+
+- (TsWorkspaceState*)workspaceState {
+  return [self objectIn:"workspaceState"];
 }
 
-}  // namespace
+@end
+
+@implementation TsWorkspaceState
+
+- (void)awakeFromInsert {
+  [self setLastUpdatedAt:[NSDate date]];
+}
+
+- (NSOrderedSet*)appStates {
+  return [NSOrderedSet orderedSetWithArray:[self objectsIn:"appStates"]];
+}
+
+- (TsGoogleAppState*)addAppStateWithIdentifier:(TsGoogleAppIdentifier*)identifier {
+  TsGoogleAppState* state = [self insertObjectIn:"appStates"];
+  [state setIdentifier:[identifier description]];
+  return state;
+}
+
+@end
 
 @implementation TsWorkspaceStates
 
-- (instancetype)initWithPath:(NSString*)path {
-  return [self initWithPath:path model:TsWorkspaceStatesModel()];
-}
-
 - (NSArray*)all {
-  NSError* error = nil;
-  NSArray* states = [_context fetch:"WorkspaceState" error:&error];
-  if (states == nil) {
-    TsLogWarning(@"Could not execute TsWorkspaceStates#all query. (%@)", error);
-    return [NSArray array];
-  }
+  NSArray* states = [self fetch:"WorkspaceState" forQuery:@"TsWorkspaceStates#all"];
   return TsSorted(states, [](TsWorkspaceState* state) { return -TsSortKey([state lastUpdatedAt]); });
 }
 
@@ -38,12 +52,8 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 }
 
 - (TsWorkspaceState*)activeWorkspaceState {
-  NSError* error = nil;
-  NSArray* states = [_context fetch:"WorkspaceState" error:&error];
-  if (states == nil) {
-    TsLogWarning(@"Could not execute TsWorkspaceStates#activeWorkspaceState query. (%@)", error);
-    return nil;
-  }
+  NSArray* states = [self fetch:"WorkspaceState" forQuery:@"TsWorkspaceStates#activeWorkspaceState"];
+  if (states == nil) return nil;
   for (TsWorkspaceState* state in states) {
     if (IsActive(state)) return state;
   }
@@ -59,20 +69,16 @@ bool ComesFirst(TsWorkspaceState* a, TsWorkspaceState* b) {
 }
 
 - (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier {
-  NSString* text = [identifier description];
-  NSError* error = nil;
-  NSArray* states = [_context fetch:"GoogleAppState" error:&error];
-  if (states == nil) {
-    TsLogWarning(@"Could not execute TsWorkspaceStates#findFirstGoogleAppStateByAppIdentifier:%@ query. (%@)", text,
-                 error);
-    return nil;
+  NSString* query =
+      [NSString stringWithFormat:@"TsWorkspaceStates#findFirstGoogleAppStateByAppIdentifier:%@", identifier];
+  NSMutableArray* found = [NSMutableArray array];
+  for (TsGoogleAppState* state in [self fetch:"GoogleAppState" forQuery:query]) {
+    if ([[state identifier] isEqualToString:[identifier description]]) [found addObject:state];
   }
-  TsGoogleAppState* first = nil;
-  for (TsGoogleAppState* state in states) {
-    if (![[state identifier] isEqualToString:text]) continue;
-    if (first == nil || ComesFirst([state workspaceState], [first workspaceState])) first = state;
-  }
-  return first;
+  NSArray* sorted = TsSorted(found, [](TsGoogleAppState* state) {
+    return std::pair(!IsActive([state workspaceState]), -TsSortKey([[state workspaceState] lastUpdatedAt]));
+  });
+  return [sorted firstObject];
 }
 
 - (void)deleteGoogleAppState:(TsGoogleAppState*)state {
