@@ -245,7 +245,7 @@ test('a mark is announced without a new layout', async (t) => {
       ],
       [
         [get, ['enabled']],
-        [quiet, ['toggle-state', 'toggle-type']],
+        [quiet, ['toggle-type', 'toggle-state']],
       ],
     ],
   ]);

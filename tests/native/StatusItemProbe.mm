@@ -7,6 +7,7 @@
 #import "Extensions/NSImage+TsTint.h"
 #import "Extensions/NSString+TsFormat.h"
 #include "Platform/Cocoa.h"
+#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
 #include "Probe.h"
 #include "StatusItem/AccountBadge.h"
 #import "StatusItem/TsAccountStatusMenuItem.h"
@@ -103,6 +104,7 @@ void fill(ProbeArguments args) {
 // Nanoseconds that the steps of building the item's menu take: asking script, reading its JSON, making the menu.
 void timeRebuild(ProbeArguments args) {
   @autoreleasepool {
+    const tessaro::platform::WithoutUserShortcuts asForTheTray;
     TsStatusItemController* controller = [TsStatusItemController sharedInstance];
     const std::uint64_t start = uv_hrtime();
     NSString* json = TsCallback(TsSlot::StatusItemMenuNeedsUpdate).CallForString({@"status-item", true});

@@ -13,3 +13,17 @@
 - (void)setAttributedTitle:(NSAttributedString*)title;
 
 @end
+
+namespace tessaro::platform {
+
+// While one exists, items don't look for a shortcut that the user has given to their title. GNUstep searches all user
+// defaults for one each time that an item gets a title, which takes as long as the rest of the item.
+class WithoutUserShortcuts {
+ public:
+  WithoutUserShortcuts();
+  WithoutUserShortcuts(const WithoutUserShortcuts&) = delete;
+  WithoutUserShortcuts& operator=(const WithoutUserShortcuts&) = delete;
+  ~WithoutUserShortcuts();
+};
+
+}  // namespace tessaro::platform

@@ -53,9 +53,21 @@ ReplacedMethod<NSString* (*)(NSMenuItemCell*, SEL)> keyEquivalentString;
 
 NSString* KeyEquivalentString(NSMenuItemCell* cell, SEL) { return ShortcutText([cell menuItem]); }
 
+ReplacedMethod<void (*)(NSMenuItem*, SEL)> updateKeyEquivalent;
+int searchesPrevented = 0;
+
+void UpdateKeyEquivalent(NSMenuItem* item, SEL selector) {
+  if (searchesPrevented == 0) updateKeyEquivalent(item, selector);
+}
+
 }  // namespace
 
+WithoutUserShortcuts::WithoutUserShortcuts() { ++searchesPrevented; }
+
+WithoutUserShortcuts::~WithoutUserShortcuts() { --searchesPrevented; }
+
 void CompleteMenuItems() {
+  updateKeyEquivalent.With([NSMenuItem class], "_updateKeyEquivalent", UpdateKeyEquivalent);
   keyEquivalentString.With([NSMenuItemCell class], "_keyEquivalentString", KeyEquivalentString);
 }
 

@@ -4,6 +4,7 @@
 
 #include "Base/TsString.h"
 #include "Platform/Common/AutoreleaseScope.h"
+#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
 #include "Platform/Linux/Tray/ImageData.h"
 
 namespace tessaro::platform {
@@ -19,6 +20,7 @@ std::string Identity(NSMenuItem* item) {
 }
 
 void Fill(NSMenu* menu) {
+  const WithoutUserShortcuts noKeys;  // another process shows the rows
   id delegate = [menu delegate];
   if ([delegate respondsToSelector:@selector(menuNeedsUpdate:)]) [delegate menuNeedsUpdate:menu];
 }

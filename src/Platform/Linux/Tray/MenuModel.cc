@@ -1,5 +1,8 @@
 #include "Platform/Linux/Tray/MenuService.h"
 
+#include <limits>
+#include <string_view>
+
 namespace tessaro::platform {
 
 namespace {
@@ -34,9 +37,7 @@ void CollectChanges(std::vector<MenuEntry>& before, const std::vector<MenuEntry>
 }  // namespace
 
 MenuModel::Changes MenuModel::Replace(std::vector<MenuEntry> rows) {
-  Ids ids;
-  Number(rows, "", ids);
-  ids_ = std::move(ids);
+  Number(rows, root_.children);
   std::swap(root_.children, rows);
   index_.clear();
   Index(root_);
@@ -56,16 +57,24 @@ const MenuEntry* MenuModel::Find(std::int32_t id) const {
   return found == index_.end() ? nullptr : found->second;
 }
 
-// Rows of one identity, as separators, are numbered in their order.
-void MenuModel::Number(std::vector<MenuEntry>& rows, const std::string& parent, Ids& ids) {
-  std::unordered_map<std::string, int> seen;
+// Rows of one identity, as separators, keep their ids in their order.
+void MenuModel::Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before) {
+  if (rows.empty()) return;
+  constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
+  // For each identity the first row that has no successor yet, and for each row the next one of its identity.
+  std::unordered_map<std::string_view, std::size_t> first(before.size());
+  std::vector<std::size_t> next(before.size());
+  for (std::size_t i = before.size(); i-- > 0;) {
+    next[i] = std::exchange(first.try_emplace(before[i].identity, kNone).first->second, i);
+  }
+  const MenuEntry none;
   for (MenuEntry& row : rows) {
-    const int before = seen[row.identity]++;
-    const std::string name = parent + '/' + row.identity + '#' + std::to_string(before);
-    const auto known = ids_.find(name);
-    row.id = known == ids_.end() ? ++lastId_ : known->second;
-    ids.emplace(name, row.id);
-    Number(row.children, name, ids);
+    const auto found = first.find(row.identity);
+    const bool isKnown = found != first.end() && found->second != kNone;
+    const MenuEntry& known = isKnown ? before[found->second] : none;
+    row.id = isKnown ? known.id : ++lastId_;
+    if (isKnown) found->second = next[found->second];
+    Number(row.children, known.children);
   }
 }
 

@@ -48,15 +48,12 @@ class MenuModel {
   [[nodiscard]] std::uint32_t revision() const { return revision_; }
 
  private:
-  using Ids = std::unordered_map<std::string, std::int32_t>;
-
-  void Number(std::vector<MenuEntry>& rows, const std::string& parent, Ids& ids);
+  void Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before);
   void Index(const MenuEntry& entry);
 
   MenuEntry root_;
   std::uint32_t revision_ = 0;
   std::int32_t lastId_ = 0;
-  Ids ids_;
   std::unordered_map<std::int32_t, const MenuEntry*> index_;
 };
 
@@ -85,6 +82,9 @@ class MenuService {
   void RegisterReading();
   void RegisterEvents();
   void RegisterSignalsAndProperties();
+  void GetLayout(sdbus::MethodCall& call, sdbus::MethodReply& reply);
+  void GetGroupProperties(sdbus::MethodCall& call, sdbus::MethodReply& reply);
+  void GetProperty(sdbus::MethodCall& call, sdbus::MethodReply& reply);
   bool AboutToShow(std::int32_t id);
   void Event(std::int32_t id, const std::string& event);
   [[nodiscard]] Ids UnknownOf(const Ids& ids) const;
