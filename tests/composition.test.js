@@ -157,7 +157,7 @@ test('another process makes a message, reads and sets its properties, and compos
   ]);
 
   await app.set(messagePath(1), 'MessageSignature', 'a{sv}', 2, 'name', 's', 'Work', 'content', 's', 'Ann');
-  assert.strictEqual(await app.get(messagePath(1), 'MessageSignature'), 'a{sv} 2 "name" s "Work" "content" s "Ann"');
+  assert.strictEqual(await app.get(messagePath(1), 'MessageSignature'), 'a{sv} 2 "content" s "Ann" "name" s "Work"');
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 1), `o "${messagePath(1)}"`);
   assert.strictEqual(await app.get(messagePath(1), 'Id'), 'x 1');
   assert.strictEqual(
@@ -262,10 +262,7 @@ test('bad requests get an error, and leave no message behind', async (t) => {
       () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'),
       /no property objectSpecifier/,
     ],
-    [
-      () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0),
-      /Elements have no elements/,
-    ],
+    [() => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0), /address is of the type s/],
     [() => app.set(messagePath(0), 'MailAttachments', 'aa{sv}', 1, 1, 'path', 'x', 1), /path is of the type s/],
     [() => app.call(messagePath(0), 'AddToRecipient', 's', 'x'), /Invalid argument|InvalidArgs|Unexpected/i],
   ];

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "Platform/Linux/Base/SessionBus.h"
-#include "Platform/Linux/Scripting/ScriptingWire.h"
 #include "PlatformProbe.h"
 
 namespace platform = tessaro::platform;
@@ -121,11 +120,11 @@ void composeMessage(Arguments args) {
   if (!application) {
     application = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
   }
-  platform::wire::Elements recipients;
+  std::vector<std::map<std::string, sdbus::Variant>> recipients;
   const auto count = args[0]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
   for (int index = 0; index < count; ++index) {
     const std::string name = "person" + std::to_string(index);
-    recipients.push_back({{{"address", name + "@example.org"}, {"name", name}}});
+    recipients.push_back({{"address", name + "@example.org"}, {"name", name}});
   }
   const std::map<std::string, sdbus::Variant> properties{{"ToRecipients", sdbus::Variant(recipients)}};
   application->callMethodAsync("MakeOutgoingMessage")

@@ -4,9 +4,9 @@
 
 #include "Base/Ref.h"
 
-// Locates an object for scripting: under a key of its container. GNUstep has no such classes.
+// Locates an object for scripting by its container and key. GNUstep has no such classes; these have the part of Cocoa's
+// that the application uses.
 @interface NSScriptObjectSpecifier : NSObject {
-  Ref<NSScriptClassDescription> _containerClassDescription;
   Ref<NSScriptObjectSpecifier> _containerSpecifier;
   Ref<NSString> _key;
 }
@@ -16,11 +16,9 @@
                                containerSpecifier:(NSScriptObjectSpecifier*)container
                                               key:(NSString*)key;
 
-- (NSScriptClassDescription*)containerClassDescription;
-- (NSScriptObjectSpecifier*)containerSpecifier;
 - (NSString*)key;
 
-// nil when there is no such object.
+// nil for a missing object.
 - (id)objectsByEvaluatingSpecifier;
 
 @end
@@ -28,8 +26,6 @@
 @interface NSIndexSpecifier : NSScriptObjectSpecifier {
   NSInteger _index;
 }
-
-@property(nonatomic) NSInteger index;
 
 - (instancetype)initWithContainerClassDescription:(NSScriptClassDescription*)description
                                containerSpecifier:(NSScriptObjectSpecifier*)container
@@ -42,8 +38,6 @@
   Ref<NSObject> _uniqueID;
 }
 
-@property(nonatomic, copy) id uniqueID;
-
 - (instancetype)initWithContainerClassDescription:(NSScriptClassDescription*)description
                                containerSpecifier:(NSScriptObjectSpecifier*)container
                                               key:(NSString*)key
@@ -53,7 +47,7 @@
 
 @interface NSObject (ScriptObjectSpecifier)
 
-// nil: the top of the containers.
+// nil for the outermost container.
 - (NSScriptObjectSpecifier*)objectSpecifier;
 
 @end

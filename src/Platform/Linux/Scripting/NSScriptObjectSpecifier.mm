@@ -9,19 +9,10 @@
                                               key:(NSString*)key {
   self = [super init];
   if (self) {
-    _containerClassDescription = Retain(description);
     _containerSpecifier = Retain(container);
     _key = Copy(key);
   }
   return self;
-}
-
-- (NSScriptClassDescription*)containerClassDescription {
-  return _containerClassDescription;
-}
-
-- (NSScriptObjectSpecifier*)containerSpecifier {
-  return _containerSpecifier;
 }
 
 - (NSString*)key {
@@ -40,8 +31,6 @@
 
 @implementation NSIndexSpecifier
 
-@synthesize index = _index;
-
 - (instancetype)initWithContainerClassDescription:(NSScriptClassDescription*)description
                                containerSpecifier:(NSScriptObjectSpecifier*)container
                                               key:(NSString*)key
@@ -53,10 +42,8 @@
 
 - (id)objectsByEvaluatingSpecifier {
   NSArray* elements = [super objectsByEvaluatingSpecifier];
-  const NSInteger count = static_cast<NSInteger>([elements count]);
-  // Negative ones count from the end.
-  const NSInteger index = _index < 0 ? _index + count : _index;
-  return index >= 0 && index < count ? [elements objectAtIndex:static_cast<NSUInteger>(index)] : nil;
+  const auto index = static_cast<NSUInteger>(_index);
+  return index < [elements count] ? [elements objectAtIndex:index] : nil;
 }
 
 @end
@@ -68,16 +55,8 @@
                                               key:(NSString*)key
                                          uniqueID:(id)uniqueID {
   self = [super initWithContainerClassDescription:description containerSpecifier:container key:key];
-  if (self) [self setUniqueID:uniqueID];
+  if (self) _uniqueID = Copy<NSObject>(uniqueID);
   return self;
-}
-
-- (id)uniqueID {
-  return _uniqueID;
-}
-
-- (void)setUniqueID:(id)uniqueID {
-  _uniqueID = Copy<NSObject>(uniqueID);
 }
 
 - (id)objectsByEvaluatingSpecifier {

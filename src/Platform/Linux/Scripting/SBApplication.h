@@ -5,11 +5,11 @@
 
 #include "Base/Ref.h"
 
-// Another application as an object that takes its scripting messages. GNUstep has no ScriptingBridge: here applications
-// publish an object under their bundle identifier, by Distributed Objects.
+// Forwards scripting messages to another application. GNUstep has no ScriptingBridge: here applications publish an
+// object under their bundle identifier by Distributed Objects.
 //
-// Sending a message launches the application where necessary. A message that can't be delivered, or gets no answer in
-// time, is logged and returns nothing. An instance belongs to one thread.
+// A message launches the application if necessary. A message that can't be delivered or is not answered in time is
+// logged and returns nil. One thread an instance.
 @interface SBApplication : NSObject {
   Ref<NSString> _identifier;
   Ref<NSDistantObject> _remote;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -13,16 +13,18 @@
 // from NSApp down. Main thread only; nothing throws.
 namespace tessaro::platform::scripted {
 
+// The texts of a recipient, an attachment or a signature by property.
+using Element = std::map<std::string, std::optional<std::string>>;
+
 // std::monostate is the missing value.
-using Value = std::variant<std::monostate, bool, std::int64_t, std::string>;
-using Element = std::vector<std::pair<std::string, Value>>;
+using Value = std::variant<std::monostate, bool, std::int64_t, std::string, Element, std::vector<Element>>;
+
+// The outgoing message of an id, or else the application.
+using Object = std::optional<std::int64_t>;
 
 [[nodiscard]] std::string ApplicationName();
 // The bundle's, or empty.
 [[nodiscard]] std::string ApplicationIdentifier();
-
-[[nodiscard]] Value ApplicationProperty(const char* key);
-[[nodiscard]] Result<void> SetApplicationProperty(const char* key, const Value& value);
 
 [[nodiscard]] std::vector<std::int64_t> MessageIds();
 [[nodiscard]] bool HasMessage(std::int64_t id);
@@ -30,20 +32,13 @@ using Element = std::vector<std::pair<std::string, Value>>;
 [[nodiscard]] std::optional<std::int64_t> MakeMessage();
 [[nodiscard]] Result<void> ComposeMessage(std::int64_t id);
 
-[[nodiscard]] Value MessageProperty(std::int64_t id, const char* key);
-[[nodiscard]] Result<void> SetMessageProperty(std::int64_t id, const char* key, const Value& value);
+// Elements are read without their missing texts.
+[[nodiscard]] Value Get(Object object, const char* key);
+[[nodiscard]] Result<void> Set(Object object, const char* key, const Value& value);
+[[nodiscard]] Result<void> AddElement(std::int64_t message, const char* key, const Element& element);
 
-// Elements have texts only: "address" and "name" under the keys "toRecipients", "ccRecipients" and "bccRecipients",
-// "path" under "mailAttachments", "name" and "content" under "messageSignature".
+// Fails for a property that the elements under `key` lack in the scripting dictionary. Check everything that comes from
+// a script: the objects have other properties, too.
 [[nodiscard]] Result<void> CheckElement(const char* key, const Element& element);
-
-// The elements of a message. A property whose value is missing is left out.
-[[nodiscard]] std::vector<Element> MessageElements(std::int64_t id, const char* key);
-[[nodiscard]] Result<void> SetMessageElements(std::int64_t id, const char* key, const std::vector<Element>& elements);
-[[nodiscard]] Result<void> AddMessageElement(std::int64_t id, const char* key, const Element& element);
-
-// The one element of a message under a key.
-[[nodiscard]] Element MessageElement(std::int64_t id, const char* key);
-[[nodiscard]] Result<void> SetMessageElement(std::int64_t id, const char* key, const Element& element);
 
 }  // namespace tessaro::platform::scripted

@@ -1,16 +1,16 @@
 #include "Platform/ScriptingService.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <map>
 #include <memory>
-#include <span>
 #include <string_view>
 #include <utility>
 
 #include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Scripting/ScriptedObjects.h"
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 
@@ -18,8 +18,8 @@ namespace tessaro::platform {
 
 namespace {
 
-using wire::Elements;
-using wire::PropertyValue;
+using scripted::Element;
+using scripted::Value;
 
 constexpr char kApplication[] = "org.tessaro.Application";
 constexpr char kMessage[] = "org.tessaro.OutgoingMessage";
@@ -82,59 +82,32 @@ void ThrowIfFailed(const Result<void>& result, const char* error = kFailed) {
   if (!result) throw sdbus::Error(error, result.error().message);
 }
 
-struct IsOfType {
-  std::string_view type;
+// The types of scripted::Value's alternatives; only texts can be missing.
+constexpr std::array<std::string_view, 6> kTypes = {kText, kTruth, kNumber, kText, kElement, kElements};
 
-  // Only texts can be without a value.
-  bool operator()(std::monostate) const { return type == kText; }
-  bool operator()(bool) const { return type == kTruth; }
-  bool operator()(std::int64_t) const { return type == kNumber; }
-  bool operator()(const std::string&) const { return type == kText; }
-  bool operator()(const wire::WireElement&) const { return type == kElement; }
-  bool operator()(const Elements&) const { return type == kElements; }
-};
-
-void CheckElement(const char* key, const scripted::Element& element) {
-  ThrowIfFailed(scripted::CheckElement(key, element), kInvalidArguments);
-}
-
-void Check(const Property& property, const PropertyValue& value) {
+void Check(const Property& property, const Value& value) {
   if (property.access == Access::Read) {
     throw sdbus::Error(kInvalidArguments, std::string(property.name) + " can only be read");
   }
-  if (!std::visit(IsOfType{property.type}, value)) {
+  if (kTypes[value.index()] != property.type) {
     throw sdbus::Error(kInvalidArguments, std::string(property.name) + " is of the type " + property.type);
   }
-  if (const auto* element = std::get_if<wire::WireElement>(&value)) CheckElement(property.key, element->properties);
-  if (const auto* elements = std::get_if<Elements>(&value)) {
-    for (const auto& element : *elements) CheckElement(property.key, element.properties);
+  const auto check = [&](const Element& element) {
+    ThrowIfFailed(scripted::CheckElement(property.key, element), kInvalidArguments);
+  };
+  if (const auto* element = std::get_if<Element>(&value)) check(*element);
+  if (const auto* elements = std::get_if<std::vector<Element>>(&value)) {
+    for (const Element& element : *elements) check(element);
   }
 }
 
-Result<void> Set(std::int64_t id, const Property& property, PropertyValue value) {
-  if (const auto* element = std::get_if<wire::WireElement>(&value)) {
-    return scripted::SetMessageElement(id, property.key, element->properties);
-  }
-  if (const auto* elements = std::get_if<Elements>(&value)) {
-    return scripted::SetMessageElements(id, property.key, wire::Properties(*elements));
-  }
-  return scripted::SetMessageProperty(id, property.key, wire::Single(std::move(value)));
-}
-
-void SetMessageProperty(std::int64_t id, const Property& property, PropertyValue value) {
+void Set(scripted::Object object, const Property& property, const Value& value) {
   Check(property, value);
-  ThrowIfFailed(Set(id, property, std::move(value)));
+  ThrowIfFailed(scripted::Set(object, property.key, value));
 }
 
-void WriteMessageProperty(sdbus::Message& reply, std::int64_t id, const Property& property) {
-  const std::string_view type = property.type;
-  if (type == kElements) return wire::Write(reply, scripted::MessageElements(id, property.key));
-  if (type == kElement) return wire::Write(reply, scripted::MessageElement(id, property.key));
-  wire::Write(reply, type, scripted::MessageProperty(id, property.key));
-}
-
-void AddMessageElement(std::int64_t id, const char* key, const scripted::Element& element) {
-  ThrowIfFailed(scripted::AddMessageElement(id, key, element));
+void AddElement(std::int64_t message, const char* key, const Element& element) {
+  ThrowIfFailed(scripted::AddElement(message, key, element));
 }
 
 std::string WellFormed(std::string name) {
@@ -156,37 +129,41 @@ std::string PathOf(std::string name) {
   return "/" + name;
 }
 
-using Getter = std::function<void(sdbus::PropertyGetReply&)>;
-using Setter = std::function<void(sdbus::PropertySetCall&)>;
-
-void AddProperty(sdbus::IObject& object, const char* interface, const Property& property, Getter get, Setter set) {
+void AddProperty(sdbus::IObject& busObject, const char* interface, scripted::Object object, const Property& property) {
+  const auto get = [object, &property](sdbus::PropertyGetReply& reply) {
+    wire::Write(reply, property.type, scripted::Get(object, property.key));
+  };
+  const auto set = [object, &property](sdbus::PropertySetCall& call) {
+    Set(object, property, wire::Read(call, property.type));
+  };
   sdbus::Flags flags;
   flags.set(sdbus::Flags::EMITS_NO_SIGNAL);
   if (property.access == Access::Read) {
-    object.registerProperty(interface, property.name, property.type, std::move(get), flags);
+    busObject.registerProperty(interface, property.name, property.type, get, flags);
   } else {
-    object.registerProperty(interface, property.name, property.type, std::move(get), std::move(set), flags);
+    busObject.registerProperty(interface, property.name, property.type, get, set, flags);
   }
 }
 
-class ScriptingService {
+class ScriptingService final : private BusService {
  public:
   explicit ScriptingService(LinkHandler openLink)
-      : openLink_(std::move(openLink)),
-        name_(BusName()),
-        path_(PathOf(name_)),
-        subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { Disappear(); }})) {}
+      : openLink_(std::move(openLink)), name_(BusName()), path_(PathOf(name_)) {
+    JoinBus();
+  }
 
   [[nodiscard]] std::string Name() const { return application_ ? name_ : std::string(); }
 
  private:
-  void Appear() noexcept;
-  void Disappear() noexcept;
+  // Raises sdbus::Error when another process of the application has the name: scripts talk to that one.
+  void Appear(sdbus::IConnection& bus) override;
+  void Disappear() noexcept override;
+
   void RegisterApplication();
   [[nodiscard]] std::unique_ptr<sdbus::IObject> NewMessageObject(std::int64_t id) const;
   // Puts the message on the bus when its path is asked for.
   [[nodiscard]] sdbus::ObjectPath MessagePath(std::int64_t id);
-  [[nodiscard]] sdbus::ObjectPath Make(const wire::NamedValues& properties);
+  [[nodiscard]] sdbus::ObjectPath Make(const wire::Dictionary& properties);
   [[nodiscard]] sdbus::ObjectPath LookUp(std::int64_t id);
 
   LinkHandler openLink_;
@@ -194,20 +171,12 @@ class ScriptingService {
   std::string path_;
   std::unique_ptr<sdbus::IObject> application_;
   std::map<std::int64_t, std::unique_ptr<sdbus::IObject>> messages_;
-  // Calls back while it is made.
-  SessionBus::Subscription subscription_;
 };
 
-void ScriptingService::Appear() noexcept {
-  auto& bus = *SessionBus::Shared().Connection();
-  try {
-    application_ = sdbus::createObject(bus, path_);
-    RegisterApplication();
-    TakeName(bus, name_);
-  } catch (const sdbus::Error&) {
-    // Another process of the application owns the name: scripts talk to that one.
-    Disappear();
-  }
+void ScriptingService::Appear(sdbus::IConnection& bus) {
+  application_ = sdbus::createObject(bus, path_);
+  RegisterApplication();
+  TakeName(bus, name_);
 }
 
 void ScriptingService::Disappear() noexcept {
@@ -217,14 +186,7 @@ void ScriptingService::Disappear() noexcept {
 
 void ScriptingService::RegisterApplication() {
   for (const Property& property : kApplicationProperties) {
-    AddProperty(
-        *application_, kApplication, property,
-        [&property](sdbus::PropertyGetReply& reply) {
-          wire::Write(reply, property.type, scripted::ApplicationProperty(property.key));
-        },
-        [&property](sdbus::PropertySetCall& call) {
-          ThrowIfFailed(scripted::SetApplicationProperty(property.key, wire::Single(wire::Read(call, property.type))));
-        });
+    AddProperty(*application_, kApplication, std::nullopt, property);
   }
   application_->registerProperty("OutgoingMessages")
       .onInterface(kApplication)
@@ -238,7 +200,7 @@ void ScriptingService::RegisterApplication() {
       .onInterface(kApplication)
       .withInputParamNames("properties")
       .withOutputParamNames("message")
-      .implementedAs([this](const wire::NamedValues& properties) { return Make(properties); });
+      .implementedAs([this](const wire::Dictionary& properties) { return Make(properties); });
   application_->registerMethod("OutgoingMessageWithUniqueID")
       .onInterface(kApplication)
       .withInputParamNames("id")
@@ -251,17 +213,6 @@ void ScriptingService::RegisterApplication() {
   application_->finishRegistration();
 }
 
-void AddProperties(sdbus::IObject& object, std::int64_t id) {
-  for (const Property& property : kMessageProperties) {
-    AddProperty(
-        object, kMessage, property,
-        [id, &property](sdbus::PropertyGetReply& reply) { WriteMessageProperty(reply, id, property); },
-        [id, &property](sdbus::PropertySetCall& call) {
-          SetMessageProperty(id, property, wire::Read(call, property.type));
-        });
-  }
-}
-
 void AddMethods(sdbus::IObject& object, std::int64_t id) {
   for (const auto& [method, key] :
        {std::pair("AddToRecipient", "toRecipients"), std::pair("AddCcRecipient", "ccRecipients"),
@@ -270,26 +221,26 @@ void AddMethods(sdbus::IObject& object, std::int64_t id) {
         .onInterface(kMessage)
         .withInputParamNames("address", "name")
         .implementedAs([id, key = key](const std::string& address, const std::string& name) {
-          AddMessageElement(id, key, {{"address", address}, {"name", name}});
+          AddElement(id, key, {{"address", address}, {"name", name}});
         });
   }
   object.registerMethod("AddMailAttachment")
       .onInterface(kMessage)
       .withInputParamNames("path")
       .implementedAs([id](const std::string& path) {
-        AddMessageElement(id, "mailAttachments", {{"path", path}});
+        AddElement(id, "mailAttachments", {{"path", path}});
       });
   object.registerMethod("SetVisible")
       .onInterface(kMessage)
       .withInputParamNames("visible")
-      .implementedAs([id](bool visible) { ThrowIfFailed(scripted::SetMessageProperty(id, "visible", visible)); });
+      .implementedAs([id](bool visible) { ThrowIfFailed(scripted::Set(id, "visible", visible)); });
   object.registerMethod("Compose").onInterface(kMessage).implementedAs(
       [id] { ThrowIfFailed(scripted::ComposeMessage(id)); });
 }
 
 std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t id) const {
   auto object = sdbus::createObject(*SessionBus::Shared().Connection(), path_ + kMessages + std::to_string(id));
-  AddProperties(*object, id);
+  for (const Property& property : kMessageProperties) AddProperty(*object, kMessage, id, property);
   AddMethods(*object, id);
   object->finishRegistration();
   return object;
@@ -301,12 +252,16 @@ sdbus::ObjectPath ScriptingService::MessagePath(std::int64_t id) {
   return object->getObjectPath();
 }
 
-sdbus::ObjectPath ScriptingService::Make(const wire::NamedValues& properties) {
+sdbus::ObjectPath ScriptingService::Make(const wire::Dictionary& properties) {
   // Check everything before making the message: messages are never removed.
-  for (const auto& [name, value] : properties.values) Check(MessageProperty(name), value);
+  std::vector<std::pair<const Property*, Value>> values;
+  for (const auto& [name, value] : properties) {
+    const auto& [property, read] = values.emplace_back(&MessageProperty(name), wire::Read(value));
+    Check(*property, read);
+  }
   const auto id = scripted::MakeMessage();
   if (!id) throw sdbus::Error(kFailed, "There is no application to make messages for");
-  for (const auto& [name, value] : properties.values) SetMessageProperty(*id, MessageProperty(name), value);
+  for (const auto& [property, value] : values) ThrowIfFailed(scripted::Set(id, property->key, value));
   return MessagePath(*id);
 }
 

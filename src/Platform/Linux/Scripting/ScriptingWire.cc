@@ -1,141 +1,97 @@
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 
-#include <iterator>
+#include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace tessaro::platform::wire {
 
 namespace {
 
+using scripted::Element;
+using scripted::Value;
+
+constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
+
+Element ElementFrom(const Dictionary& dictionary) {
+  Element element;
+  for (const auto& [name, variant] : dictionary) {
+    const Value value = Read(variant);
+    const auto* text = std::get_if<std::string>(&value);
+    if (text == nullptr && !std::holds_alternative<std::monostate>(value)) {
+      throw sdbus::Error(kInvalidArguments, name + " is of the type s");
+    }
+    element.emplace(name, text != nullptr ? std::optional(*text) : std::nullopt);
+  }
+  return element;
+}
+
+std::vector<Element> ElementsFrom(const std::vector<Dictionary>& dictionaries) {
+  std::vector<Element> elements;
+  for (const Dictionary& each : dictionaries) elements.push_back(ElementFrom(each));
+  return elements;
+}
+
+Dictionary DictionaryFrom(const Element& element) {
+  Dictionary dictionary;
+  for (const auto& [name, text] : element) dictionary.emplace(name, text.value_or(""));
+  return dictionary;
+}
+
+std::vector<Dictionary> DictionariesFrom(const std::vector<Element>& elements) {
+  std::vector<Dictionary> dictionaries;
+  for (const Element& each : elements) dictionaries.push_back(DictionaryFrom(each));
+  return dictionaries;
+}
+
 template <typename T>
-T ReadAs(sdbus::Message& message) {
+T Get(sdbus::Message& message) {
   T value{};
   message >> value;
   return value;
 }
 
-PropertyValue MissingValue(sdbus::Message& message) {
-  message.enterContainer("v");
-  if (!message.isEmpty() && !ReadAs<sdbus::Variant>(message).isEmpty()) {
-    throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "An array of variants is a missing value, and empty");
-  }
-  message.clearFlags();
-  message.exitContainer();
-  return {};
+template <typename T>
+T Get(const sdbus::Variant& variant) {
+  return variant.get<T>();
 }
 
-PropertyValue ReadVariant(sdbus::Message& message) {
-  std::string type;
-  std::string contents;
-  message.peekType(type, contents);
-  message.enterVariant(contents);
-  PropertyValue value = Read(message, contents);
-  message.exitVariant();
-  return value;
+template <typename Source>
+Value ReadFrom(Source& source, std::string_view type) {
+  if (type == "s") return Get<std::string>(source);
+  if (type == "b") return Get<bool>(source);
+  if (type == "x") return Get<std::int64_t>(source);
+  if (type == "a{sv}") return ElementFrom(Get<Dictionary>(source));
+  if (type == "aa{sv}") return ElementsFrom(Get<std::vector<Dictionary>>(source));
+  if (type != "av") throw sdbus::Error(kInvalidArguments, "No property is of the type " + std::string(type));
+  if (Get<std::vector<sdbus::Variant>>(source).empty()) return {};
+  throw sdbus::Error(kInvalidArguments, "An array of variants is a missing value, and empty");
 }
 
-// Calls `take(key, value)` for each entry of a dictionary. Does nothing at the end of an array of them.
-template <typename Take>
-sdbus::Message& ReadDictionary(sdbus::Message& message, const Take& take) {
-  if (!message.enterContainer("{sv}")) return message;
-  while (message.enterDictEntry("sv")) {
-    auto key = ReadAs<std::string>(message);
-    take(std::move(key), ReadVariant(message));
-    message.exitDictEntry();
-  }
-  message.clearFlags();
-  message.exitContainer();
-  return message;
+template <typename T>
+T ValueOrEmpty(const Value& value) {
+  const T* held = std::get_if<T>(&value);
+  return held != nullptr ? *held : T{};
 }
-
-struct TextOf {
-  std::string operator()(const std::string& text) const { return text; }
-  std::string operator()(std::monostate) const { return {}; }
-  std::string operator()(bool value) const { return value ? "true" : "false"; }
-  std::string operator()(std::int64_t value) const { return std::to_string(value); }
-};
-
-struct NumberOf {
-  std::int64_t operator()(const std::string&) const { return 0; }
-  std::int64_t operator()(std::monostate) const { return 0; }
-  std::int64_t operator()(bool value) const { return value ? 1 : 0; }
-  std::int64_t operator()(std::int64_t value) const { return value; }
-};
-
-struct ToSingle {
-  scripted::Value operator()(std::monostate) const { return {}; }
-  scripted::Value operator()(bool value) const { return value; }
-  scripted::Value operator()(std::int64_t value) const { return value; }
-  scripted::Value operator()(std::string&& value) const { return std::move(value); }
-  template <typename Nested>
-  scripted::Value operator()(Nested&&) const {
-    throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "Elements have no elements");
-  }
-};
 
 }  // namespace
 
-sdbus::Message& operator>>(sdbus::Message& message, WireElement& element) {
-  element.properties.clear();
-  return ReadDictionary(message, [&element](std::string key, PropertyValue value) {
-    element.properties.emplace_back(std::move(key), Single(std::move(value)));
-  });
-}
+Value Read(sdbus::Message& message, std::string_view type) { return ReadFrom(message, type); }
 
-sdbus::Message& operator<<(sdbus::Message& message, const WireElement& element) {
-  message.openContainer("{sv}");
-  for (const auto& [key, value] : element.properties) {
-    message.openDictEntry("sv");
-    message << key;
-    message.openVariant("s");
-    message << std::visit(TextOf(), value);
-    message.closeVariant();
-    message.closeDictEntry();
-  }
-  message.closeContainer();
-  return message;
-}
+Value Read(const sdbus::Variant& variant) { return ReadFrom(variant, variant.peekValueType()); }
 
-sdbus::Message& operator>>(sdbus::Message& message, NamedValues& values) {
-  return ReadDictionary(message, [&values](std::string key, PropertyValue value) {
-    values.values.emplace_back(std::move(key), std::move(value));
-  });
-}
-
-PropertyValue Read(sdbus::Message& message, std::string_view type) {
-  if (type == "s") return ReadAs<std::string>(message);
-  if (type == "b") return ReadAs<bool>(message);
-  if (type == "x") return ReadAs<std::int64_t>(message);
-  if (type == "a{sv}") return ReadAs<WireElement>(message);
-  if (type == "aa{sv}") return ReadAs<Elements>(message);
-  if (type == "av") return MissingValue(message);
-  throw sdbus::Error("org.freedesktop.DBus.Error.InvalidArgs", "No property is of the type " + std::string(type));
-}
-
-void Write(sdbus::Message& message, std::string_view type, const scripted::Value& value) {
+void Write(sdbus::Message& message, std::string_view type, const Value& value) {
   if (type == "s") {
-    message << std::visit(TextOf(), value);
+    message << ValueOrEmpty<std::string>(value);
   } else if (type == "b") {
-    message << (std::visit(NumberOf(), value) != 0);
+    message << (ValueOrEmpty<std::int64_t>(value) != 0);
+  } else if (type == "x") {
+    message << ValueOrEmpty<std::int64_t>(value);
+  } else if (type == "a{sv}") {
+    message << DictionaryFrom(ValueOrEmpty<Element>(value));
   } else {
-    message << std::visit(NumberOf(), value);
+    message << DictionariesFrom(ValueOrEmpty<std::vector<Element>>(value));
   }
-}
-
-void Write(sdbus::Message& message, const std::vector<scripted::Element>& elements) {
-  message.openContainer("a{sv}");
-  for (const auto& element : elements) message << WireElement{element};
-  message.closeContainer();
-}
-
-void Write(sdbus::Message& message, const scripted::Element& element) { message << WireElement{element}; }
-
-scripted::Value Single(PropertyValue value) { return std::visit(ToSingle(), std::move(value)); }
-
-std::vector<scripted::Element> Properties(const Elements& elements) {
-  std::vector<scripted::Element> properties;
-  properties.reserve(elements.size());
-  for (const WireElement& element : elements) properties.push_back(element.properties);
-  return properties;
 }
 
 }  // namespace tessaro::platform::wire

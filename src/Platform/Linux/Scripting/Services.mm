@@ -38,7 +38,7 @@ SEL Message(NSDictionary* declaration) {
   return NSSelectorFromString([[declaration objectForKey:@"NSMessage"] stringByAppendingString:@":userData:error:"]);
 }
 
-// nil while the application doesn't run, or doesn't listen yet.
+// nil while the application is not running or not listening yet.
 NSDistantObject* Listener(NSDictionary* declaration) {
   NSDistantObject* listener =
       [NSConnection rootProxyForConnectionWithRegisteredName:[declaration objectForKey:@"NSPortName"] host:@""];
