@@ -17,7 +17,7 @@ namespace {
 
 using platform::Secret;
 using platform::SecretItem;
-using platform::SecretStatus;
+using platform::SecretFailure;
 
 NSString* const kPreviousVersionsService = @"Tessaro 3";
 NSString* const kSeparateService = @"Kolvar";
@@ -39,18 +39,15 @@ NSString* PasswordOf(const Secret& secret) {
   return SecretOf(password).View() == secret.View() ? password : nil;
 }
 
-platform::SecretResult<SecretItem> FirstOf(platform::SecretResult<std::vector<SecretItem>> found) {
-  if (found.status != SecretStatus::Success) return {found.status};
-  return {SecretStatus::Success, std::move(found.value.front())};
+Result<SecretItem> FirstOf(Result<platform::SecretStore::Items> found) {
+  return std::move(found).map([](auto items) { return std::move(items.front()); });
 }
-
-int Code(SecretStatus status) { return static_cast<int>(status); }
 
 NSDictionary* Succeeded() { return [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"ok?"]; }
 
-NSDictionary* Failed(SecretStatus status) {
-  return [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:NO], @"ok?",
-                                                    [NSNumber numberWithInt:Code(status)], @"error", nil];
+NSDictionary* Failed(int code) {
+  return [NSDictionary
+      dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:NO], @"ok?", [NSNumber numberWithInt:code], @"error", nil];
 }
 
 NSDictionary* Found(id password) {
@@ -85,97 +82,86 @@ NSDictionary* Found(id password) {
   return _service;
 }
 
-- (platform::SecretResult<SecretItem>)findAccount:(NSString*)account {
+- (Result<SecretItem>)findAccount:(NSString*)account {
   return FirstOf(_store->Find(TsStdString(_service), TsStdString(account)));
 }
 
 - (NSDictionary*)passwordForAccount:(NSString*)account {
-  const auto item = [self findAccount:account];
-  SecretStatus status = item.status;
-  if (status == SecretStatus::Success) {
-    const auto secret = _store->Read(item.value);
-    status = secret.status;
-    if (status == SecretStatus::Success) {
-      if (NSString* password = PasswordOf(secret.value); password != nil) return Found(password);
-      status = SecretStatus::Decode;
-    }
-  }
-  if (status == SecretStatus::ItemNotFound) return Found([NSNull null]);
-  TsLogWarning(@"Could not read password from keychain. (account=%@, error=%d)", account, Code(status));
-  return Failed(status);
+  const auto secret = [self findAccount:account].and_then([&](const SecretItem& item) { return _store->Read(item); });
+  NSString* password = secret ? PasswordOf(*secret) : nil;
+  if (password != nil) return Found(password);
+  const int code = secret ? SecretFailure::kDecode : secret.error().code;
+  if (code == SecretFailure::kItemNotFound) return Found([NSNull null]);
+  TsLogWarning(@"Could not read password from keychain. (account=%@, error=%d)", account, code);
+  return Failed(code);
 }
 
 - (NSDictionary*)setPassword:(NSString*)password forAccount:(NSString*)account {
   if (password == nil) return [self deleteItem:[self findAccount:account] ofAccount:account];
   const auto item = FirstOf(_store->FindVisible(TsStdString(_service), TsStdString(account)));
-  if (item.status == SecretStatus::Success) return [self modifyItem:item.value password:password account:account];
-  if (item.status == SecretStatus::ItemNotFound) return [self addPassword:password account:account];
+  if (item) return [self modifyItem:*item password:password account:account];
+  if (item.error().code == SecretFailure::kItemNotFound) return [self addPassword:password account:account];
   // By contract this counts as success.
-  TsLogWarning(@"Could not find keychain item. (account=%@, error=%d)", account, Code(item.status));
+  TsLogWarning(@"Could not find keychain item. (account=%@, error=%d)", account, item.error().code);
   return Succeeded();
 }
 
 - (NSDictionary*)modifyItem:(const SecretItem&)item password:(NSString*)password account:(NSString*)account {
   const auto length = static_cast<unsigned long>([password length]);
-  const SecretStatus status = _store->Replace(item, SecretOf(password));
-  if (status == SecretStatus::Success) {
+  const auto modified = _store->Replace(item, SecretOf(password));
+  if (modified) {
     TsLogInfo(@"Modified password in keychain. (account=%@, passwordLength=%lu)", account, length);
     return Succeeded();
   }
   TsLogWarning(@"Could not modify keychain item. (account=%@, passwordLength=%lu, error=%d)", account, length,
-               Code(status));
-  return Failed(status);
+               modified.error().code);
+  return Failed(modified.error().code);
 }
 
 - (NSDictionary*)addPassword:(NSString*)password account:(NSString*)account {
   const auto length = static_cast<unsigned long>([password length]);
-  const SecretStatus status = _store->Add(TsStdString(_service), TsStdString(account), SecretOf(password));
-  if (status == SecretStatus::Success) {
+  const auto added = _store->Add(TsStdString(_service), TsStdString(account), SecretOf(password));
+  if (added) {
     TsLogInfo(@"Added password to keychain. (account=%@, passwordLength=%lu)", account, length);
     return Succeeded();
   }
   TsLogWarning(@"Could not add password to keychain. (account=%@, passwordLength=%lu, error=%d)", account, length,
-               Code(status));
-  return Failed(status);
+               added.error().code);
+  return Failed(added.error().code);
 }
 
-- (NSDictionary*)deleteItem:(const platform::SecretResult<SecretItem>&)item ofAccount:(NSString*)account {
-  if (item.status != SecretStatus::Success) {
+- (NSDictionary*)deleteItem:(const Result<SecretItem>&)item ofAccount:(NSString*)account {
+  if (!item) {
     TsLogError(@"Could not find keychain item in order to delete it. (account=%@, error=%d)", account,
-               Code(item.status));
-    return Failed(item.status);
+               item.error().code);
+    return Failed(item.error().code);
   }
-  const SecretStatus status = _store->Remove(item.value);
-  if (status == SecretStatus::Success) {
+  if (const auto removed = _store->Remove(*item)) {
     TsLogInfo(@"Deleted password from keychain. (account=%@)", account);
   } else {
-    TsLogWarning(@"Could not delete keychain item. (account=%@, error=%d)", account, Code(status));
+    TsLogWarning(@"Could not delete keychain item. (account=%@, error=%d)", account, removed.error().code);
   }
   return Succeeded();
 }
 
 - (NSSet*)allAccounts {
-  const auto items = _store->Find(TsStdString(_service), std::nullopt);
-  if (items.status == SecretStatus::ItemNotFound) return [NSSet set];
-  SecretStatus status = items.status;
-  if (status == SecretStatus::Success) {
-    const auto accounts = _store->Accounts(items.value);
-    status = accounts.status;
-    if (status == SecretStatus::Success) {
-      NSMutableSet* names = [NSMutableSet setWithCapacity:accounts.value.size()];
-      for (const auto& account : accounts.value) {
-        if (account) [names addObject:TsNewString(*account)];
-      }
-      return names;
-    }
+  const auto accounts = _store->Find(TsStdString(_service), std::nullopt).and_then([&](const auto& items) {
+    return _store->Accounts(items);
+  });
+  NSMutableSet* names = [NSMutableSet set];
+  if (!accounts && accounts.error().code != SecretFailure::kItemNotFound) {
+    TsLogWarning(@"Error while querying all accounts in Keychain. (error=%@)", TsNSString(accounts.error().message));
+    return nil;
   }
-  TsLogWarning(@"Error while querying all accounts in Keychain. (error=%@)", TsNSString(platform::Message(status)));
-  return nil;
+  for (const auto& account : accounts.value_or(platform::SecretStore::AccountNames())) {
+    if (account) [names addObject:TsNewString(*account)];
+  }
+  return names;
 }
 
 - (BOOL)removePasswordForAccount:(NSString*)account {
   const auto item = [self findAccount:account];
-  if (item.status != SecretStatus::Success || _store->Remove(item.value) != SecretStatus::Success) return NO;
+  if (!item || !_store->Remove(*item)) return NO;
   [self logRemovalOf:account];
   return YES;
 }
@@ -185,12 +171,12 @@ NSDictionary* Found(id password) {
   // Repeat for items that are added meanwhile.
   for (;;) {
     const auto items = _store->Find(service, std::nullopt);
-    if (items.status != SecretStatus::Success) return YES;
-    const auto accounts = _store->Accounts(items.value);
-    for (std::size_t i = 0; i < items.value.size(); ++i) {
-      if (_store->Remove(items.value[i]) != SecretStatus::Success) return NO;
-      const bool isKnown = i < accounts.value.size() && accounts.value[i];
-      [self logRemovalOf:isKnown ? TsNSString(*accounts.value[i]) : @"unknown"];
+    if (!items) return YES;
+    const auto accounts = _store->Accounts(*items).value_or(platform::SecretStore::AccountNames());
+    for (std::size_t i = 0; i < items->size(); ++i) {
+      if (!_store->Remove((*items)[i])) return NO;
+      const bool isKnown = i < accounts.size() && accounts[i];
+      [self logRemovalOf:isKnown ? TsNSString(*accounts[i]) : @"unknown"];
     }
   }
 }

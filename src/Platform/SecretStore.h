@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -9,27 +8,22 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Lifetime.h"
+#include "Base/Result.h"
 #include "Platform/Secret.h"
 
 namespace tessaro::platform {
 
-// Outcomes of the store, in the numbers that a keychain gives for them. A system's keychain may give others.
-enum class SecretStatus : std::int32_t {
-  Success = 0,
-  Parameter = -50,                 // a text that the store can't take, such as one with a NUL character
-  UserCancelled = -128,            // the user dismissed the prompt
-  InternalComponent = -2070,       // any failure that none of the others describes
-  NotAvailable = -25291,           // there is no store, it does not reply in time, or it went away
-  AuthorizationFailed = -25293,    // the store refuses this application
-  ItemNotFound = -25300,           // the store is unlocked, and has no such item
-  InteractionNotAllowed = -25308,  // the store is locked, and was not unlocked in time
-  Decode = -26275,                 // the stored bytes are malformed
-};
-
-template <typename Value>
-struct SecretResult {
-  SecretStatus status;
-  Value value{};  // only on success
+// The codes of failures, in the numbers that a keychain gives for them. A system's keychain may give others.
+struct SecretFailure {
+  static constexpr int kParameter = -50;                 // a text that the store can't take, as one with a NUL
+  static constexpr int kUserCancelled = -128;            // the user dismissed the prompt
+  static constexpr int kInternalComponent = -2070;       // any failure that none of the others describes
+  static constexpr int kNotAvailable = -25291;           // there is no store, it went away, or does not reply in time
+  static constexpr int kAuthorizationFailed = -25293;    // the store refuses this application
+  static constexpr int kItemNotFound = -25300;           // the store is unlocked, and has no such item
+  static constexpr int kInteractionNotAllowed = -25308;  // the store is locked, and was not unlocked in time
+  static constexpr int kDecode = -26275;                 // the stored bytes are malformed
 };
 
 // One item of the store. It may be gone by the time it is used.
@@ -43,45 +37,45 @@ struct SecretItem {
 // store has to be unlocked, each with a deadline. Main thread only. Texts are UTF-8. Nothing throws.
 class SecretStore {
  public:
+  using Items = std::vector<SecretItem>;
+  using AccountNames = std::vector<std::optional<std::string>>;
+
   struct Deadlines {
     std::chrono::milliseconds reply{5000};  // halved after each call without a reply, whole again after a reply
     std::chrono::milliseconds user{60000};  // for unlocking
   };
 
-  [[nodiscard]] static std::unique_ptr<SecretStore> WithDeadlines(Deadlines deadlines);
-
   // The process's own, made on first use.
   static SecretStore& Shared();
 
-  virtual ~SecretStore() = default;
+  explicit SecretStore(Deadlines deadlines);
+  ~SecretStore();
   SecretStore(const SecretStore&) = delete;
   SecretStore& operator=(const SecretStore&) = delete;
 
   // The items of `service`, at least one on success; of any account when there is no `account`. A locked store is
   // unlocked before the result is that it has none.
-  [[nodiscard]] virtual SecretResult<std::vector<SecretItem>> Find(
-      std::string_view service, std::optional<std::string_view> account) noexcept = 0;
+  [[nodiscard]] Result<Items> Find(std::string_view service, std::optional<std::string_view> account) noexcept;
 
   // The same, without unlocking. For a caller who adds an item that is not found: Add() replaces one that is hidden.
-  [[nodiscard]] virtual SecretResult<std::vector<SecretItem>> FindVisible(std::string_view service,
-                                                                          std::string_view account) noexcept = 0;
+  [[nodiscard]] Result<Items> FindVisible(std::string_view service, std::string_view account) noexcept;
 
-  [[nodiscard]] virtual SecretResult<Secret> Read(const SecretItem& item) noexcept = 0;
+  [[nodiscard]] Result<Secret> Read(const SecretItem& item) noexcept;
 
   // The account names of `items`, in their order; nothing for those that are gone or have none.
-  [[nodiscard]] virtual SecretResult<std::vector<std::optional<std::string>>> Accounts(
-      std::span<const SecretItem> items) noexcept = 0;
+  [[nodiscard]] Result<AccountNames> Accounts(std::span<const SecretItem> items) noexcept;
 
-  [[nodiscard]] virtual SecretStatus Add(std::string_view service, std::string_view account,
-                                         const Secret& secret) noexcept = 0;
-  [[nodiscard]] virtual SecretStatus Replace(const SecretItem& item, const Secret& secret) noexcept = 0;
-  [[nodiscard]] virtual SecretStatus Remove(const SecretItem& item) noexcept = 0;
+  [[nodiscard]] Result<void> Add(std::string_view service, std::string_view account, const Secret& secret) noexcept;
+  [[nodiscard]] Result<void> Replace(const SecretItem& item, const Secret& secret) noexcept;
+  [[nodiscard]] Result<void> Remove(const SecretItem& item) noexcept;
 
- protected:
-  SecretStore() = default;
+  // Leaves the store; a later call connects again.
+  void Close() noexcept;
+  static constexpr EndStage kEnd = EndStage::Services;
+
+ private:
+  struct Body;
+  std::unique_ptr<Body> body_;
 };
-
-// A sentence for the log.
-[[nodiscard]] std::string_view Message(SecretStatus status) noexcept;
 
 }  // namespace tessaro::platform

@@ -28,7 +28,7 @@ platform::SecretStore::Deadlines& Deadlines() {
 }
 
 Ref<TsKeychain> Keychain(v8::Local<v8::Value> service) {
-  static const auto store = platform::SecretStore::WithDeadlines(Deadlines());
+  static const auto store = std::make_unique<platform::SecretStore>(Deadlines());
   return Adopt([[TsKeychain alloc] initWithService:convertToNSString(service) store:*store]);
 }
 

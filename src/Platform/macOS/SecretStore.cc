@@ -2,15 +2,13 @@
 
 #include <Security/Security.h>
 
-#include <utility>
-
 #include "Base/Lifetime.h"
 #include "Platform/macOS/CFRef.h"
 
 // The SecItem functions on the user's file-based keychains, where earlier versions kept their items too: items of the
 // data protection keychain are others, and need an entitlement.
 //
-// Statuses are the system's own numbers. Deadlines can't be kept: a call that has the user unlock a keychain, or
+// Failures have the system's own numbers. Deadlines can't be kept: a call that has the user unlock a keychain, or
 // consent to another program's item, holds its thread until the user has answered. Main thread only.
 namespace tessaro::platform {
 
@@ -45,7 +43,15 @@ class Dictionary {
   bool isValid_ = true;
 };
 
-SecretStatus StatusOf(OSStatus status) { return static_cast<SecretStatus>(status); }
+tl::unexpected<Failure> FailWith(OSStatus status) {
+  const CFRef<CFStringRef> text(SecCopyErrorMessageString(status, nullptr));
+  return Fail(status, TextOf(text.get()).value_or("no message for this status"));
+}
+
+Result<void> Outcome(OSStatus status) {
+  if (status != errSecSuccess) return FailWith(status);
+  return {};
+}
 
 CFRef<CFDataRef> NewData(std::string_view bytes) {
   return CFRef(CFDataCreate(kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes.data()),
@@ -81,15 +87,15 @@ Dictionary QueryFor(std::string_view service, std::string_view account) {
   return query;
 }
 
-SecretStatus Update(const Dictionary& query, const Secret& secret) {
-  if (!query.IsValid()) return SecretStatus::Parameter;
+Result<void> Update(const Dictionary& query, const Secret& secret) {
+  if (!query.IsValid()) return FailWith(SecretFailure::kParameter);
   Dictionary change;
   change.Put(kSecValueData, NewDataOf(secret).get());
-  return StatusOf(SecItemUpdate(query.get(), change.get()));
+  return Outcome(SecItemUpdate(query.get(), change.get()));
 }
 
-std::vector<SecretItem> ItemsIn(CFTypeRef found) {
-  std::vector<SecretItem> items;
+SecretStore::Items ItemsIn(CFTypeRef found) {
+  SecretStore::Items items;
   const auto add = [&items](CFTypeRef reference) {
     if (CFGetTypeID(reference) != CFDataGetTypeID()) return;
     items.push_back({std::string(BytesOf(static_cast<CFDataRef>(reference)))});
@@ -103,52 +109,51 @@ std::vector<SecretItem> ItemsIn(CFTypeRef found) {
   return items;
 }
 
-class Keychain final : public SecretStore {
- public:
-  SecretResult<std::vector<SecretItem>> Find(std::string_view service,
-                                             std::optional<std::string_view> account) noexcept override;
-  SecretResult<std::vector<SecretItem>> FindVisible(std::string_view service,
-                                                    std::string_view account) noexcept override;
-  SecretResult<Secret> Read(const SecretItem& item) noexcept override;
-  SecretResult<std::vector<std::optional<std::string>>> Accounts(std::span<const SecretItem> items) noexcept override;
-  SecretStatus Add(std::string_view service, std::string_view account, const Secret& secret) noexcept override;
-  SecretStatus Replace(const SecretItem& item, const Secret& secret) noexcept override;
-  SecretStatus Remove(const SecretItem& item) noexcept override;
-};
+}  // namespace
 
-SecretResult<std::vector<SecretItem>> Keychain::Find(std::string_view service,
-                                                     std::optional<std::string_view> account) noexcept {
+struct SecretStore::Body {};
+
+SecretStore::SecretStore(Deadlines) {}
+
+SecretStore::~SecretStore() = default;
+
+SecretStore& SecretStore::Shared() {
+  static Forever<SecretStore> store(Deadlines{});
+  return *store;
+}
+
+Result<SecretStore::Items> SecretStore::Find(std::string_view service,
+                                             std::optional<std::string_view> account) noexcept {
   Dictionary query = Passwords();
   query.Put(kSecAttrService, service).Put(kSecReturnPersistentRef, kCFBooleanTrue);
   query.Put(kSecMatchLimit, account ? kSecMatchLimitOne : kSecMatchLimitAll);
   if (account) query.Put(kSecAttrAccount, *account);
-  if (!query.IsValid()) return {SecretStatus::Parameter};
+  if (!query.IsValid()) return FailWith(SecretFailure::kParameter);
   CFRef<CFTypeRef> found;
   const OSStatus status = SecItemCopyMatching(query.get(), found.Receive());
-  if (status != errSecSuccess) return {StatusOf(status)};
-  auto items = ItemsIn(found.get());
-  if (items.empty()) return {SecretStatus::ItemNotFound};
-  return {SecretStatus::Success, std::move(items)};
+  if (status != errSecSuccess) return FailWith(status);
+  Items items = ItemsIn(found.get());
+  if (items.empty()) return FailWith(SecretFailure::kItemNotFound);
+  return items;
 }
 
 // Attributes are seen in a locked keychain too.
-SecretResult<std::vector<SecretItem>> Keychain::FindVisible(std::string_view service,
-                                                            std::string_view account) noexcept {
+Result<SecretStore::Items> SecretStore::FindVisible(std::string_view service, std::string_view account) noexcept {
   return Find(service, account);
 }
 
-SecretResult<Secret> Keychain::Read(const SecretItem& item) noexcept {
+Result<Secret> SecretStore::Read(const SecretItem& item) noexcept {
   Dictionary query = QueryFor(item);
   query.Put(kSecReturnData, kCFBooleanTrue);
   CFRef<CFTypeRef> found;
   const OSStatus status = SecItemCopyMatching(query.get(), found.Receive());
-  if (status != errSecSuccess) return {StatusOf(status)};
-  if (CFGetTypeID(found.get()) != CFDataGetTypeID()) return {SecretStatus::Decode};
-  return {SecretStatus::Success, Secret(BytesOf(static_cast<CFDataRef>(found.get())))};
+  if (status != errSecSuccess) return FailWith(status);
+  if (CFGetTypeID(found.get()) != CFDataGetTypeID()) return FailWith(SecretFailure::kDecode);
+  return Secret(BytesOf(static_cast<CFDataRef>(found.get())));
 }
 
-SecretResult<std::vector<std::optional<std::string>>> Keychain::Accounts(std::span<const SecretItem> items) noexcept {
-  std::vector<std::optional<std::string>> accounts;
+Result<SecretStore::AccountNames> SecretStore::Accounts(std::span<const SecretItem> items) noexcept {
+  AccountNames accounts;
   for (const SecretItem& item : items) {
     Dictionary query = QueryFor(item);
     query.Put(kSecReturnAttributes, kCFBooleanTrue);
@@ -158,37 +163,25 @@ SecretResult<std::vector<std::optional<std::string>>> Keychain::Accounts(std::sp
     const auto attributes = static_cast<CFDictionaryRef>(isThere ? found.get() : nullptr);
     accounts.push_back(isThere ? TextOf(CFDictionaryGetValue(attributes, kSecAttrAccount)) : std::nullopt);
   }
-  return {SecretStatus::Success, std::move(accounts)};
+  return accounts;
 }
 
-SecretStatus Keychain::Add(std::string_view service, std::string_view account, const Secret& secret) noexcept {
+Result<void> SecretStore::Add(std::string_view service, std::string_view account, const Secret& secret) noexcept {
   Dictionary item = QueryFor(service, account);
   item.Put(kSecValueData, NewDataOf(secret).get());
-  if (!item.IsValid()) return SecretStatus::Parameter;
+  if (!item.IsValid()) return FailWith(SecretFailure::kParameter);
   const OSStatus status = SecItemAdd(item.get(), nullptr);
-  return status == errSecDuplicateItem ? Update(QueryFor(service, account), secret) : StatusOf(status);
+  return status == errSecDuplicateItem ? Update(QueryFor(service, account), secret) : Outcome(status);
 }
 
-SecretStatus Keychain::Replace(const SecretItem& item, const Secret& secret) noexcept {
+Result<void> SecretStore::Replace(const SecretItem& item, const Secret& secret) noexcept {
   return Update(QueryFor(item), secret);
 }
 
-SecretStatus Keychain::Remove(const SecretItem& item) noexcept { return StatusOf(SecItemDelete(QueryFor(item).get())); }
-
-}  // namespace
-
-std::unique_ptr<SecretStore> SecretStore::WithDeadlines(Deadlines) { return std::make_unique<Keychain>(); }
-
-SecretStore& SecretStore::Shared() {
-  static Forever<Keychain> keychain;
-  return *keychain;
+Result<void> SecretStore::Remove(const SecretItem& item) noexcept {
+  return Outcome(SecItemDelete(QueryFor(item).get()));
 }
 
-std::string_view Message(SecretStatus status) noexcept {
-  thread_local std::string message;
-  const CFRef<CFStringRef> text(SecCopyErrorMessageString(static_cast<OSStatus>(status), nullptr));
-  message = TextOf(text.get()).value_or("no message for this status");
-  return message;
-}
+void SecretStore::Close() noexcept {}
 
 }  // namespace tessaro::platform

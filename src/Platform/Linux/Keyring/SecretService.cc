@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -17,7 +17,7 @@ constexpr char kPrompt[] = "org.freedesktop.Secret.Prompt";
 constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 // A bus keeps at most 128 unanswered calls of a client unless its limit has been raised.
 constexpr std::size_t kMostCallsAtOnce = 64;
-// Enough for a service that works.
+// Long enough for a working service.
 constexpr std::chrono::milliseconds kShortestTimeout{50};
 
 // GLib would start a bus of its own where the session has none.
@@ -28,7 +28,7 @@ bool HasBus() {
   return directory != nullptr && std::filesystem::exists(std::filesystem::path(directory) / "bus", error);
 }
 
-// Replies come to `context` during its life.
+// Makes `context` the one that gets replies.
 class ContextScope {
  public:
   explicit ContextScope(GMainContext* context) : context_(context) { g_main_context_push_thread_default(context_); }
@@ -40,7 +40,7 @@ class ContextScope {
   GMainContext* context_;
 };
 
-// Cancels, and wakes its context, when the time is up.
+// Cancels a call, and wakes its context, after a time.
 class Deadline {
  public:
   Deadline(GMainContext* context, int milliseconds)
@@ -65,32 +65,29 @@ class Deadline {
 };
 
 // Without a display the service dismisses its own prompts: then no user was asked.
-SecretStatus Dismissed() {
+int DismissedCode() {
   const bool hasDisplay = std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
-  return hasDisplay ? SecretStatus::UserCancelled : SecretStatus::InteractionNotAllowed;
+  return hasDisplay ? SecretFailure::kUserCancelled : SecretFailure::kInteractionNotAllowed;
 }
 
 // The end of a prompt. libsecret's own objects for prompts take some dismissals for a success, and wait without a
 // deadline for a service that ignores them.
 class PromptOutcome {
  public:
-  PromptOutcome(GDBusConnection* bus, const char* path) : bus_(bus) {
-    completed_ = g_dbus_connection_signal_subscribe(bus_, kService, kPrompt, "Completed", path, nullptr,
-                                                    G_DBUS_SIGNAL_FLAGS_NONE, Completed, this, nullptr);
-    vanished_ = g_dbus_connection_signal_subscribe(bus_, "org.freedesktop.DBus", "org.freedesktop.DBus",
-                                                   "NameOwnerChanged", "/org/freedesktop/DBus", kService,
-                                                   G_DBUS_SIGNAL_FLAGS_NONE, Vanished, this, nullptr);
-    closed_ = g_signal_connect(bus_, "closed", G_CALLBACK(Closed), this);
-  }
+  PromptOutcome(GDBusConnection* bus, const char* path)
+      : bus_(bus),
+        completed_(g_dbus_connection_signal_subscribe(bus, kService, kPrompt, "Completed", path, nullptr,
+                                                      G_DBUS_SIGNAL_FLAGS_NONE, Completed, this, nullptr)),
+        owner_(g_bus_watch_name_on_connection(bus, kService, G_BUS_NAME_WATCHER_FLAGS_NONE, nullptr, Vanished, this,
+                                              nullptr)) {}
   PromptOutcome(const PromptOutcome&) = delete;
   PromptOutcome& operator=(const PromptOutcome&) = delete;
   ~PromptOutcome() {
     g_dbus_connection_signal_unsubscribe(bus_, completed_);
-    g_dbus_connection_signal_unsubscribe(bus_, vanished_);
-    g_signal_handler_disconnect(bus_, closed_);
+    g_bus_unwatch_name(owner_);
   }
 
-  [[nodiscard]] const std::optional<SecretStatus>& Get() const { return status_; }
+  [[nodiscard]] const std::optional<Result<void>>& Get() const { return result_; }
 
  private:
   static void Completed(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant* arguments,
@@ -98,44 +95,50 @@ class PromptOutcome {
     gboolean isDismissed = TRUE;
     if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(bv)")))
       g_variant_get(arguments, "(bv)", &isDismissed, nullptr);
-    static_cast<PromptOutcome*>(self)->status_ = isDismissed ? Dismissed() : SecretStatus::Success;
+    auto& result = static_cast<PromptOutcome*>(self)->result_;
+    result.emplace();
+    if (isDismissed) *result = FailWith(DismissedCode());
   }
 
-  static void Vanished(GDBusConnection*, const char*, const char*, const char*, const char*, GVariant*, gpointer self) {
-    static_cast<PromptOutcome*>(self)->status_ = SecretStatus::NotAvailable;
-  }
-
-  static void Closed(GDBusConnection*, gboolean, GError*, gpointer self) {
-    static_cast<PromptOutcome*>(self)->status_ = SecretStatus::NotAvailable;
+  // Also when the connection is closed.
+  static void Vanished(GDBusConnection*, const char*, gpointer self) {
+    static_cast<PromptOutcome*>(self)->result_ = FailWith(SecretFailure::kNotAvailable);
   }
 
   GDBusConnection* bus_;
   guint completed_;
-  guint vanished_;
-  gulong closed_;
-  std::optional<SecretStatus> status_;
+  guint owner_;
+  std::optional<Result<void>> result_;
 };
 
 struct RemoteError {
   std::string_view name;
-  SecretStatus status;
+  int code;
   bool isStale = false;
 };
 
 constexpr RemoteError kRemoteErrors[] = {
-    {"org.freedesktop.Secret.Error.IsLocked", SecretStatus::InteractionNotAllowed},
-    {"org.freedesktop.Secret.Error.NoSession", SecretStatus::NotAvailable, true},
-    {"org.freedesktop.Secret.Error.NoSuchObject", SecretStatus::ItemNotFound},
-    {"org.freedesktop.DBus.Error.UnknownObject", SecretStatus::ItemNotFound},
-    {"org.freedesktop.DBus.Error.UnknownMethod", SecretStatus::ItemNotFound},
-    {"org.freedesktop.DBus.Error.ServiceUnknown", SecretStatus::NotAvailable, true},
-    {"org.freedesktop.DBus.Error.NameHasNoOwner", SecretStatus::NotAvailable, true},
-    {"org.freedesktop.DBus.Error.NoReply", SecretStatus::NotAvailable, true},
-    {"org.freedesktop.DBus.Error.Disconnected", SecretStatus::NotAvailable, true},
-    {"org.freedesktop.DBus.Error.Timeout", SecretStatus::NotAvailable},
-    {"org.freedesktop.DBus.Error.TimedOut", SecretStatus::NotAvailable},
-    {"org.freedesktop.DBus.Error.AccessDenied", SecretStatus::AuthorizationFailed},
+    {"org.freedesktop.Secret.Error.IsLocked", SecretFailure::kInteractionNotAllowed},
+    {"org.freedesktop.Secret.Error.NoSession", SecretFailure::kNotAvailable, true},
+    {"org.freedesktop.Secret.Error.NoSuchObject", SecretFailure::kItemNotFound},
+    {"org.freedesktop.DBus.Error.UnknownObject", SecretFailure::kItemNotFound},
+    {"org.freedesktop.DBus.Error.UnknownMethod", SecretFailure::kItemNotFound},
+    {"org.freedesktop.DBus.Error.ServiceUnknown", SecretFailure::kNotAvailable, true},
+    {"org.freedesktop.DBus.Error.NameHasNoOwner", SecretFailure::kNotAvailable, true},
+    {"org.freedesktop.DBus.Error.NoReply", SecretFailure::kNotAvailable, true},
+    {"org.freedesktop.DBus.Error.Disconnected", SecretFailure::kNotAvailable, true},
+    {"org.freedesktop.DBus.Error.AccessDenied", SecretFailure::kAuthorizationFailed},
 };
+
+RemoteError RemoteErrorOf(const GError* error) {
+  const GTextPtr name(g_dbus_error_get_remote_error(error));
+  // Without a name the error comes from this side of the bus, which fails only when the connection does.
+  if (!name && error->domain == G_IO_ERROR) return {"", SecretFailure::kNotAvailable, true};
+  for (const RemoteError& known : kRemoteErrors) {
+    if (name && known.name == name.get()) return known;
+  }
+  return {"", SecretFailure::kInternalComponent};
+}
 
 bool IsTimeout(const GError* error) {
   return g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
@@ -144,18 +147,30 @@ bool IsTimeout(const GError* error) {
          g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_TIMED_OUT);
 }
 
-SecretServiceReply FailureOf(const GError* error) {
-  if (IsTimeout(error)) return {nullptr, SecretStatus::NotAvailable};
-  const GTextPtr name(g_dbus_error_get_remote_error(error));
-  // Without a name the error comes from this side of the bus, which fails only when the connection does.
-  if (!name && error->domain == G_IO_ERROR) return {nullptr, SecretStatus::NotAvailable, true};
-  const auto* known = std::find_if(std::begin(kRemoteErrors), std::end(kRemoteErrors),
-                                   [&](const RemoteError& remote) { return name && remote.name == name.get(); });
-  if (known == std::end(kRemoteErrors)) return {nullptr, SecretStatus::InternalComponent};
-  return {nullptr, known->status, known->isStale};
+const char* SentenceOf(int code) {
+  switch (code) {
+    case SecretFailure::kParameter:
+      return "The secret service does not accept texts with a NUL character.";
+    case SecretFailure::kUserCancelled:
+      return "The user dismissed the prompt.";
+    case SecretFailure::kNotAvailable:
+      return "The secret service is unavailable or did not reply in time.";
+    case SecretFailure::kAuthorizationFailed:
+      return "The secret service refused this application.";
+    case SecretFailure::kItemNotFound:
+      return "The item does not exist.";
+    case SecretFailure::kInteractionNotAllowed:
+      return "The keyring is locked and was not unlocked in time.";
+    case SecretFailure::kDecode:
+      return "The stored bytes are malformed.";
+    default:
+      return "The secret service failed.";
+  }
 }
 
 }  // namespace
+
+tl::unexpected<Failure> FailWith(int code) { return Fail(code, SentenceOf(code)); }
 
 void ReplyTimeout::Halve() { left_ = std::max(left_ / 2, std::min(whole_, kShortestTimeout)); }
 
@@ -166,7 +181,7 @@ std::unique_ptr<SecretServiceSession> SecretServiceSession::Open(ReplyTimeout& t
 }
 
 SecretServiceSession::~SecretServiceSession() {
-  // Frees what is on its way to the service's objects: they hold the connection, which may be closed.
+  // Pending callbacks hold the service's objects, and these the connection, which may be closed: run them.
   service_.reset();
   bus_.reset();
   while (g_main_context_iteration(context_.get(), FALSE)) {
@@ -203,18 +218,21 @@ GObjectPtr<GAsyncResult> SecretServiceSession::Wait(int milliseconds, const Star
   return GObjectPtr<GAsyncResult>(result);
 }
 
-SecretServiceReply SecretServiceSession::ReplyOf(GVariant* value, GError* error) {
+SecretServiceSession::Reply SecretServiceSession::ReplyOf(GVariant* value, GError* error) {
   const GErrorPtr failure(error);
   if (failure && IsTimeout(failure.get())) {
     timeout_.Halve();
-  } else {
-    timeout_.Reset();
+    return FailWith(SecretFailure::kNotAvailable);
   }
-  return failure ? FailureOf(failure.get()) : SecretServiceReply{GVariantPtr(value)};
+  timeout_.Reset();
+  if (!failure) return GVariantPtr(value);
+  const RemoteError remote = RemoteErrorOf(failure.get());
+  isStale_ = isStale_ || remote.isStale;
+  return FailWith(remote.code);
 }
 
-SecretServiceReply SecretServiceSession::Call(const char* path, const char* interface, const char* method,
-                                              GVariant* arguments, const char* type) {
+SecretServiceSession::Reply SecretServiceSession::Call(const char* path, const char* interface, const char* method,
+                                                       GVariant* arguments, const char* type) {
   GError* error = nullptr;
   GVariant* value =
       g_dbus_connection_call_sync(bus_.get(), kService, path, interface, method, arguments, G_VARIANT_TYPE(type),
@@ -222,18 +240,18 @@ SecretServiceReply SecretServiceSession::Call(const char* path, const char* inte
   return ReplyOf(value, error);
 }
 
-std::vector<SecretServiceReply> SecretServiceSession::GetEach(const std::vector<std::string>& paths,
-                                                              const char* property) {
+std::vector<SecretServiceSession::Reply> SecretServiceSession::GetEach(const std::vector<std::string>& paths,
+                                                                       const char* property) {
   struct Pending {
     SecretServiceSession* session;
     std::size_t* open;
-    SecretServiceReply reply;
+    Reply* reply;
   };
   const auto finish = [](GObject* bus, GAsyncResult* result, gpointer data) {
-    auto& pending = *static_cast<Pending*>(data);
+    const auto& pending = *static_cast<Pending*>(data);
     GError* error = nullptr;
     GVariant* value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
-    pending.reply = pending.session->ReplyOf(value, error);
+    *pending.reply = pending.session->ReplyOf(value, error);
     --*pending.open;
   };
   const ContextScope scope(context_.get());
@@ -242,31 +260,30 @@ std::vector<SecretServiceReply> SecretServiceSession::GetEach(const std::vector<
   const auto waitUntilOpen = [&](std::size_t most) {
     while (open > most) g_main_context_iteration(context_.get(), TRUE);
   };
+  std::vector<Reply> replies(paths.size());
   std::vector<Pending> calls(paths.size());
   for (std::size_t i = 0; i < paths.size(); ++i) {
     waitUntilOpen(kMostCallsAtOnce - 1);
-    calls[i] = {this, &open, {}};
+    calls[i] = {this, &open, &replies[i]};
     ++open;
     g_dbus_connection_call(bus_.get(), kService, paths[i].c_str(), kProperties, "Get",
                            g_variant_new("(ss)", kItem, property), G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE,
                            timeout_.Milliseconds(), nullptr, finish, &calls[i]);
   }
   waitUntilOpen(0);
-  std::vector<SecretServiceReply> replies;
-  for (Pending& call : calls) replies.push_back(std::move(call.reply));
   return replies;
 }
 
-SecretStatus SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {
+Result<void> SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {
   const ContextScope scope(context_.get());
   const Deadline deadline(context_.get(), static_cast<int>(timeout.count()));
   const PromptOutcome outcome(bus_.get(), path);
   const auto shown = Call(path, kPrompt, "Prompt", g_variant_new("(s)", ""), "()");
-  if (!shown) return shown.status;
+  if (!shown) return tl::unexpected(shown.error());
   while (!outcome.Get() && !deadline.IsOver()) g_main_context_iteration(context_.get(), TRUE);
   if (outcome.Get()) return *outcome.Get();
   static_cast<void>(Call(path, kPrompt, "Dismiss", nullptr, "()"));
-  return SecretStatus::InteractionNotAllowed;
+  return FailWith(SecretFailure::kInteractionNotAllowed);
 }
 
 GVariantPtr SecretServiceSession::Encode(const Secret& secret) {
@@ -277,12 +294,12 @@ GVariantPtr SecretServiceSession::Encode(const Secret& secret) {
   return encoded;
 }
 
-std::optional<Secret> SecretServiceSession::Decode(GVariant* encoded) {
+Result<Secret> SecretServiceSession::Decode(GVariant* encoded) {
   SecretValue* value = secret_service_decode_dbus_secret(service_.get(), encoded);
-  if (value == nullptr) return std::nullopt;
+  if (value == nullptr) return FailWith(SecretFailure::kDecode);
   gsize size = 0;
   const char* bytes = secret_value_get(value, &size);
-  std::optional<Secret> secret(std::in_place, std::string_view(bytes, size));
+  Secret secret(std::string_view(bytes, size));
   secret_value_unref(value);
   return secret;
 }

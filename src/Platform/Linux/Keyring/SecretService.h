@@ -7,7 +7,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +15,8 @@
 
 namespace tessaro::platform {
 
-// How long to wait for a reply. Halves after every unanswered call, so that a program with many questions is not held
-// up by each of them; the first reply resets it.
+// How long to wait for a reply. Halves after every unanswered call, so that many calls to a dead service do not add up;
+// resets on the first reply.
 class ReplyTimeout {
  public:
   explicit ReplyTimeout(std::chrono::milliseconds whole) : whole_(whole), left_(whole) {}
@@ -31,14 +30,8 @@ class ReplyTimeout {
   std::chrono::milliseconds left_;
 };
 
-// A reply of the service, or the failure.
-struct SecretServiceReply {
-  GVariantPtr value;
-  SecretStatus status = SecretStatus::Success;
-  bool isStale = false;  // the service or the bus is not the one that we connected to
-
-  explicit operator bool() const { return value != nullptr; }
-};
+// One of SecretFailure's codes, with a sentence for the log.
+[[nodiscard]] tl::unexpected<Failure> FailWith(int code);
 
 // A session with the Secret Service, in which secrets travel encrypted.
 //
@@ -46,25 +39,30 @@ struct SecretServiceReply {
 // which is switched off here. Calls wait in a main context of the session's own, never in the program's.
 class SecretServiceSession {
  public:
+  using Reply = Result<GVariantPtr>;
+
   // Null when there is no bus or no service. `timeout` must outlive the session.
   [[nodiscard]] static std::unique_ptr<SecretServiceSession> Open(ReplyTimeout& timeout);
   ~SecretServiceSession();
 
   // Calls a method and waits for its reply of `type`.
-  [[nodiscard]] SecretServiceReply Call(const char* path, const char* interface, const char* method,
-                                        GVariant* arguments, const char* type);
+  [[nodiscard]] Reply Call(const char* path, const char* interface, const char* method, GVariant* arguments,
+                           const char* type);
 
   // Reads a property of each item, all at once; the replies are in the order of `paths`.
-  [[nodiscard]] std::vector<SecretServiceReply> GetEach(const std::vector<std::string>& paths, const char* property);
+  [[nodiscard]] std::vector<Reply> GetEach(const std::vector<std::string>& paths, const char* property);
 
   // Shows a prompt and waits for the user.
-  [[nodiscard]] SecretStatus Prompt(const char* path, std::chrono::milliseconds timeout);
+  [[nodiscard]] Result<void> Prompt(const char* path, std::chrono::milliseconds timeout);
 
-  // A secret in the form of the service, and back; nothing when the service sent something else.
+  // A secret in the form of the service, and back.
   [[nodiscard]] GVariantPtr Encode(const Secret& secret);
-  [[nodiscard]] std::optional<Secret> Decode(GVariant* encoded);
+  [[nodiscard]] Result<Secret> Decode(GVariant* encoded);
 
   [[nodiscard]] const char* Path() { return secret_service_get_session_dbus_path(service_.get()); }
+
+  // Whether the service or the bus has been restarted since the session was opened.
+  [[nodiscard]] bool IsStale() const { return isStale_; }
 
  private:
   using Start = std::function<void(GCancellable*, GAsyncReadyCallback, gpointer)>;
@@ -74,12 +72,13 @@ class SecretServiceSession {
   // Runs an asynchronous call of GLib's to its end, and cancels it at the deadline.
   [[nodiscard]] GObjectPtr<GAsyncResult> Wait(int milliseconds, const Start& start);
   [[nodiscard]] bool Connect();
-  [[nodiscard]] SecretServiceReply ReplyOf(GVariant* value, GError* error);
+  [[nodiscard]] Reply ReplyOf(GVariant* value, GError* error);
 
   GMainContextPtr context_;
   GObjectPtr<GDBusConnection> bus_;
   GObjectPtr<SecretService> service_;
   ReplyTimeout& timeout_;
+  bool isStale_ = false;
 };
 
 }  // namespace tessaro::platform
