@@ -127,15 +127,6 @@ platform::CrashReporter::Hooks Hooks() {
   };
 }
 
-void StartCrashHandler(platform::CrashReporter::FaultClaim claim, std::string reason) {
-  const auto& client = SharedClient();
-  const auto directory = platform::CrashDirectory(TsStdString([[NSProcessInfo processInfo] processName]));
-  if (client == nullptr || !client->Start(directory, claim, reason)) {
-    TsLogError(@"Unable to start crash handler! %@", TsNSString(reason));
-  }
-  TsLogInfo(@"Crash handler installed.");
-}
-
 }  // namespace
 
 void TsSentryLogger::Log(const TsLogMessage& message) noexcept {
@@ -166,11 +157,15 @@ NSDictionary* TsSerialisedEvent(const platform::CrashEvent& event) {
 void TsSetUpCrashReporter(platform::CrashReporter::FaultClaim claim) {
   static bool isSetUp = false;
   if (std::exchange(isSetUp, true)) return;
-  std::string reason;
-  SharedClient() = platform::CrashReporter::ForProject(kProject, Hooks(), reason);
-  if (SharedClient() == nullptr) TsLogError(@"error starting Sentry Client: %@", TsNSString(reason));
+  auto client = platform::CrashReporter::ForProject(kProject, Hooks());
+  if (!client) TsLogError(@"error starting Sentry Client: %@", TsNSString(client.error().message));
   TsLogFacility::Shared().AddLogger(std::make_shared<TsSentryLogger>());
-  StartCrashHandler(claim, std::move(reason));
+  const auto started = client.and_then([claim](const auto& made) {
+    return made->Start(platform::CrashDirectory(TsStdString([[NSProcessInfo processInfo] processName])), claim);
+  });
+  if (!started) TsLogError(@"Unable to start crash handler! %@", TsNSString(started.error().message));
+  TsLogInfo(@"Crash handler installed.");
+  if (client) SharedClient() = std::move(*client);
 }
 
 void TsTestCrash() {

@@ -198,9 +198,8 @@ void readCrashRecord(ProbeArguments args) {
 
 // The reason why an address is no project's; empty when it is.
 void whyNoProject(ProbeArguments args) {
-  std::string reason;
-  const auto client = platform::CrashReporter::ForProject(StdText(args[0]), {}, reason);
-  ReturnText(args, client != nullptr ? "" : reason);
+  const auto client = platform::CrashReporter::ForProject(StdText(args[0]), {});
+  ReturnText(args, client ? "" : client.error().message);
 }
 
 // Uses up the stack of a thread.

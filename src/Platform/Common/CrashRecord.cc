@@ -142,7 +142,7 @@ std::optional<std::string> Take(const fs::path& path) {
 
 }  // namespace
 
-std::optional<CrashRecord> CrashRecord::In(const fs::path& directory, std::string& reason) {
+Result<CrashRecord> CrashRecord::In(const fs::path& directory) {
   std::error_code error;
   fs::create_directories(directory, error);
   for (int i = 0; i < kTries && !error; ++i) {
@@ -156,8 +156,7 @@ std::optional<CrashRecord> CrashRecord::In(const fs::path& directory, std::strin
     struct stat status;
     if (fstat(file.get(), &status) == 0 && status.st_nlink > 0) return CrashRecord(std::move(path), std::move(file));
   }
-  reason = "no record can be made in " + directory.native() + ": " + error.message();
-  return std::nullopt;
+  return Fail("no record can be made in " + directory.native() + ": " + error.message());
 }
 
 void CrashRecord::RemoveIfUnused() const noexcept {

@@ -21,8 +21,8 @@ namespace tessaro::platform {
 // The record of this process.
 class CrashRecord {
  public:
-  // Nothing, with the reason, when the file can't be made.
-  [[nodiscard]] static std::optional<CrashRecord> In(const std::filesystem::path& directory, std::string& reason);
+  // Fails when the file can't be made.
+  [[nodiscard]] static Result<CrashRecord> In(const std::filesystem::path& directory);
 
   [[nodiscard]] int descriptor() const { return file_.get(); }
 

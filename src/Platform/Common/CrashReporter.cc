@@ -46,27 +46,25 @@ std::optional<CrashRecord>& OwnRecord() {
   return *record;
 }
 
-bool HandleOwnCrashes(const std::filesystem::path& directory, CrashReporter::FaultClaim claim, std::string& reason) {
-  auto record = CrashRecord::In(directory, reason);
-  if (!record) return false;
+Result<void> HandleOwnCrashes(const std::filesystem::path& directory, CrashReporter::FaultClaim claim) {
+  auto record = CrashRecord::In(directory);
+  if (!record) return tl::unexpected(record.error());
   const int file = OwnRecord().emplace(std::move(*record)).descriptor();
   std::atexit([] { OwnRecord()->RemoveIfUnused(); });
-  if (HandleCrashes(file, claim)) return true;
-  reason = std::generic_category().message(errno);
-  return false;
+  if (HandleCrashes(file, claim)) return {};
+  return Fail(errno, std::generic_category().message(errno));
 }
 
 }  // namespace
 
 CrashReporter::CrashReporter(Hooks hooks) : hooks_(std::move(hooks)) {}
 
-std::unique_ptr<CrashReporter> CrashReporter::ForProject(std::string_view address, Hooks hooks, std::string& reason) {
-  if (IsProjectAddress(address)) return std::unique_ptr<CrashReporter>(new CrashReporter(std::move(hooks)));
-  reason = "malformed project address: " + std::string(address);
-  return nullptr;
+Result<std::unique_ptr<CrashReporter>> CrashReporter::ForProject(std::string_view address, Hooks hooks) {
+  if (!IsProjectAddress(address)) return Fail("malformed project address: " + std::string(address));
+  return std::unique_ptr<CrashReporter>(new CrashReporter(std::move(hooks)));
 }
 
-bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim claim, std::string& reason) {
+Result<void> CrashReporter::Start(const std::filesystem::path& directory, FaultClaim claim) {
   // On a later turn: a process that ends right after its start would take the records and report none of them.
   MainQueue::Shared().Post([this, directory] {
     for (CrashEvent& event : TakeCrashEvents(directory)) {
@@ -74,7 +72,7 @@ bool CrashReporter::Start(const std::filesystem::path& directory, FaultClaim cla
       static_cast<void>(hooks_.shouldSend(event));
     }
   });
-  return HandleOwnCrashes(directory, claim, reason);
+  return HandleOwnCrashes(directory, claim);
 }
 
 // Sanitizers would report this fault instead of letting it crash.
