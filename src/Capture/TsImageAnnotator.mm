@@ -100,9 +100,9 @@ void TsAnnotateImage(NSString* path, const TsCompletion& completion) {
 static void Save(NSData* image, NSString* original, const TsCompletion& completion) {
   const auto drawn = std::make_shared<platform::TemporaryFile>(".tiff");
   const std::string_view bytes(static_cast<const char*>([image bytes]), [image length]);
-  const std::error_code error = platform::ReplaceTransientFile(drawn->path(), bytes);
+  const auto written = platform::ReplaceTransientFile(drawn->path(), bytes);
   // The scaling fails on the empty file, and says which.
-  if (error) TsLogWarning(@"Couldn't write %s: %s", drawn->path().c_str(), error.message().c_str());
+  if (!written) TsLogWarning(@"Couldn't write %s: %s", drawn->path().c_str(), written.error().message.c_str());
   platform::ScaleImage({drawn->path(), TsStdString(WritablePathOfCopy(original)), 0, 0},
                        [original = Retain(original), drawn, completion](const Result<std::string>& copy) {
                          if (!copy) TsLogWarning(@"Couldn't save %@: %s", original.get(), copy.error().message.c_str());

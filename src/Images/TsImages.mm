@@ -113,9 +113,8 @@ NSString* TsImageFromPasteboard(NSPasteboard* pasteboard, NSString* folder) {
   }
   const platform::TemporaryFile file("");
   const std::string_view bytes(static_cast<const char*>([image.contents bytes]), [image.contents length]);
-  const std::error_code error = platform::ReplaceTransientFile(file.path(), bytes);
-  if (error) {
-    TsLogWarning(@"Couldn't write %s: %s", file.path().c_str(), error.message().c_str());
+  if (const auto written = platform::ReplaceTransientFile(file.path(), bytes); !written) {
+    TsLogWarning(@"Couldn't write %s: %s", file.path().c_str(), written.error().message.c_str());
     return nil;
   }
   NSString* name = [@"Pasted Image" stringByAppendingPathExtension:image.extension];

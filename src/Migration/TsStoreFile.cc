@@ -342,9 +342,8 @@ Result<void> TsStoreFile::Save() noexcept {
   RemoveDeadReferences();
   UpdateNextObjectId();
   if (pugi::xml_attribute encoding = document_->first_child().attribute("encoding")) encoding.set_value("UTF-8");
-  if (const auto failure = tessaro::platform::ReplaceFile(file_, Written(*document_))) {
-    return Fail(kWriteUnknown, failure.message());
-  }
+  const auto written = tessaro::platform::ReplaceFile(file_, Written(*document_));
+  if (!written) return Fail(kWriteUnknown, written.error().message);
   saved_ = nullptr;
   return {};
 }

@@ -2,26 +2,26 @@
 
 #include <filesystem>
 #include <string_view>
-#include <system_error>
+
+#include "Base/Result.h"
 
 // Files that are written completely or not at all. Only regular files are written, so no call waits for a reader. Any
-// thread; waits for the disk.
+// thread; waits for the disk. A failure's code is the system's error number.
 namespace tessaro::platform {
 
 enum class NewFile { ForUserOnly, AsUsual };
 
 // Replaces a file atomically, through links, keeping its permissions; `access` applies to a new file. Fails for a file
-// that the user may not write. The contents are on the disk when this returns without an error.
-[[nodiscard]] std::error_code ReplaceFile(const std::filesystem::path& file, std::string_view contents,
-                                          NewFile access = NewFile::ForUserOnly) noexcept;
+// that the user may not write. The contents are on the disk when this succeeds.
+[[nodiscard]] Result<void> ReplaceFile(const std::filesystem::path& file, std::string_view contents,
+                                       NewFile access = NewFile::ForUserOnly) noexcept;
 
 // The same for a file that can be made again, and so needn't survive a power failure: doesn't wait for the disk, which
 // takes many times longer than the rest. A new file is for the user only.
-[[nodiscard]] std::error_code ReplaceTransientFile(const std::filesystem::path& file,
-                                                   std::string_view contents) noexcept;
+[[nodiscard]] Result<void> ReplaceTransientFile(const std::filesystem::path& file, std::string_view contents) noexcept;
 
-// Appends to a file, or creates it. After an error the file is as long as before.
-[[nodiscard]] std::error_code AppendToFile(const std::filesystem::path& file, std::string_view contents,
-                                           NewFile access = NewFile::ForUserOnly) noexcept;
+// Appends to a file, or creates it. After a failure the file is as long as before.
+[[nodiscard]] Result<void> AppendToFile(const std::filesystem::path& file, std::string_view contents,
+                                        NewFile access = NewFile::ForUserOnly) noexcept;
 
 }  // namespace tessaro::platform

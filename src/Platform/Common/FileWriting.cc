@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <system_error>
 
 #include "Platform/Common/FileDescriptor.h"
 
@@ -139,17 +140,7 @@ std::error_code Replace(const fs::path& file, std::string_view contents, NewFile
   return {};
 }
 
-}  // namespace
-
-std::error_code ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
-  return Replace(file, contents, access, Durability::OnDisk);
-}
-
-std::error_code ReplaceTransientFile(const fs::path& file, std::string_view contents) noexcept {
-  return Replace(file, contents, NewFile::ForUserOnly, Durability::Transient);
-}
-
-std::error_code AppendToFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+std::error_code Append(const fs::path& file, std::string_view contents, NewFile access) {
   std::error_code error;
   const fs::path target = TargetOf(file, error);
   if (error) return error;
@@ -171,6 +162,25 @@ std::error_code AppendToFile(const fs::path& file, std::string_view contents, Ne
   else
     unlink(target.c_str());
   return error;
+}
+
+Result<void> Outcome(std::error_code error) {
+  if (error) return Fail(error.value(), error.message());
+  return {};
+}
+
+}  // namespace
+
+Result<void> ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+  return Outcome(Replace(file, contents, access, Durability::OnDisk));
+}
+
+Result<void> ReplaceTransientFile(const fs::path& file, std::string_view contents) noexcept {
+  return Outcome(Replace(file, contents, NewFile::ForUserOnly, Durability::Transient));
+}
+
+Result<void> AppendToFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
+  return Outcome(Append(file, contents, access));
 }
 
 }  // namespace tessaro::platform

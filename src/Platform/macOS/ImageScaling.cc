@@ -23,8 +23,7 @@ Result<std::string> CopyUnchanged(const std::string& source, const std::string& 
   std::ifstream file(source, std::ios::binary);
   const std::string contents(std::istreambuf_iterator<char>(file), {});
   if (!file) return Fail("the picture can't be read");
-  if (const auto error = ReplaceFile(target, contents, NewFile::AsUsual)) return Fail(error.value(), error.message());
-  return target;
+  return ReplaceFile(target, contents, NewFile::AsUsual).map([&] { return target; });
 }
 
 Result<std::string> MakeCopy(const ImageCopy& copy) {

@@ -80,8 +80,7 @@ class PictureWriter {
     if (!destination_ || !CGImageDestinationFinalize(destination_.get())) return Fail("the picture can't be encoded");
     const auto* start = reinterpret_cast<const char*>(CFDataGetBytePtr(bytes_.get()));
     const std::string_view contents(start, static_cast<std::size_t>(CFDataGetLength(bytes_.get())));
-    if (const auto error = ReplaceFile(path, contents, NewFile::AsUsual)) return Fail(error.value(), error.message());
-    return path;
+    return ReplaceFile(path, contents, NewFile::AsUsual).map([&] { return path; });
   }
 
  private:

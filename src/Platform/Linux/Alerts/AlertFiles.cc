@@ -108,7 +108,7 @@ std::string ContentsOf(const fs::path& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// Without waiting for the disk: what is on screen is gone after a power failure.
+// Without waiting for the disk: a power failure also ends the alerts on screen.
 bool WriteQuickly(const fs::path& file, std::string_view contents) {
   const FileDescriptor descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
   return descriptor && write(descriptor.get(), contents.data(), contents.size()) == std::ssize(contents);
@@ -137,7 +137,7 @@ bool AlertFiles::Keep(const KeptAlert& alert) noexcept {
   const std::string contents = Serialised(alert);
   const fs::path file = FileOf(alert.key);
   // For the user only: the texts are mail.
-  return alert.due ? !ReplaceFile(file, contents, NewFile::ForUserOnly) : WriteQuickly(file, contents);
+  return alert.due ? ReplaceFile(file, contents).has_value() : WriteQuickly(file, contents);
 }
 
 void AlertFiles::Remove(const UserNotifications::Key& key) const noexcept {

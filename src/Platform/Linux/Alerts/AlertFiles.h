@@ -10,7 +10,7 @@
 
 namespace tessaro::platform {
 
-// An alert that is still to come, or on screen.
+// An alert that is scheduled or on screen.
 struct KeptAlert {
   UserNotifications::Key key;
   UserNotification alert;
@@ -18,7 +18,7 @@ struct KeptAlert {
   std::optional<ServerAlert> shown;
 };
 
-// The application's alerts in a folder, a file each, so that they outlive the process. Nothing throws.
+// Keeps the application's alerts beyond the process: a folder with a file for each. Nothing throws.
 class AlertFiles {
  public:
   explicit AlertFiles(std::filesystem::path directory) : directory_(std::move(directory)) {}
@@ -26,7 +26,7 @@ class AlertFiles {
   // In no order. Files that are not ours are ignored.
   [[nodiscard]] std::vector<KeptAlert> All() const noexcept;
 
-  // Whether the file is complete. That of a scheduled alert survives a power failure, too.
+  // False when the file could not be written. The file of a scheduled alert survives a power failure.
   [[nodiscard]] bool Keep(const KeptAlert& alert) noexcept;
 
   void Remove(const UserNotifications::Key& key) const noexcept;

@@ -1,9 +1,10 @@
 #include "Platform/Linux/Alerts/DesktopNotifications.h"
 
+#include <algorithm>
 #include <chrono>
+#include <string_view>
 #include <utility>
 
-#include "Platform/Linux/Alerts/NotificationText.h"
 #include "Platform/Linux/Base/BusNames.h"
 
 namespace tessaro::platform {
@@ -14,15 +15,64 @@ constexpr char kService[] = "org.freedesktop.Notifications";
 constexpr char kPath[] = "/org/freedesktop/Notifications";
 constexpr char kInterface[] = "org.freedesktop.Notifications";
 
-// The keys of an alert's actions. Servers understand the first two; the third is ours.
+// The keys of an alert's actions. Servers define the first two, we define the third.
 constexpr char kDefaultAction[] = "default";
 constexpr char kInlineReplyAction[] = "inline-reply";
 constexpr char kButtonAction[] = "button";
 
 constexpr std::uint32_t kDismissedByUser = 2;
 constexpr std::int32_t kServersOwnExpiry = -1;
-// A server that the bus starts on demand needs time.
+// Long enough for a server that the bus starts on demand.
 constexpr std::chrono::seconds kDeadline{20};
+
+// ---- Texts
+
+// Servers lay out the whole text before they cut it.
+constexpr std::size_t kMostBytes = 4000;
+constexpr char kEllipsis[] = "…";
+
+bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+
+// The bus refuses NUL; the other control characters are not allowed in markup.
+bool IsControl(char byte) {
+  const auto code = static_cast<unsigned char>(byte);
+  return (code < 0x20U && byte != '\n' && byte != '\t') || code == 0x7FU;
+}
+
+std::string Shortened(std::string_view text) {
+  if (text.size() <= kMostBytes) return std::string(text);
+  std::size_t end = kMostBytes;
+  while (end > 0 && IsContinuation(text[end])) --end;
+  return std::string(text.substr(0, end)) + kEllipsis;
+}
+
+// UTF-8 that notification servers accept.
+std::string DisplayableText(std::string_view text) {
+  std::string shown = Shortened(text);
+  shown.erase(std::remove_if(shown.begin(), shown.end(), IsControl), shown.end());
+  return shown;
+}
+
+// The same text, escaped as markup.
+std::string DisplayableMarkup(std::string_view text) {
+  std::string markup;
+  for (const char c : DisplayableText(text)) {
+    switch (c) {
+      case '&':
+        markup += "&amp;";
+        break;
+      case '<':
+        markup += "&lt;";
+        break;
+      case '>':
+        markup += "&gt;";
+        break;
+      default:
+        markup += c;
+    }
+  }
+  return markup;
+}
 
 std::string SentenceOf(const sdbus::Error& error) { return error.getName() + ": " + error.getMessage(); }
 
@@ -64,7 +114,7 @@ void DesktopNotifications::Withdraw(const Key& key) noexcept {
   const auto found = alerts_.find(key);
   if (found == alerts_.end()) return;
   const std::uint32_t id = found->second.id;
-  // The id of an alert that has been sent is in the reply, which is still to come.
+  // The id of a sent alert arrives with the reply.
   if (id != 0 && found->second.state != State::Sent) Close(id);
   keysById_.erase(id);
   alerts_.erase(found);
@@ -83,7 +133,7 @@ void DesktopNotifications::Appear(sdbus::IConnection& bus) {
 }
 
 void DesktopNotifications::Disappear() noexcept {
-  // Replies come no more.
+  // No pending call gets its reply now.
   for (auto& [key, alert] : alerts_) {
     if (alert.state == State::Sent) alert.state = State::OnScreen;
   }

@@ -16,7 +16,7 @@
 
 namespace tessaro::platform {
 
-// What an alert shows: UTF-8, with whatever is in it. The server gets as much of it as it can take.
+// The texts of an alert: any UTF-8. The server gets as much as it can display.
 struct AlertContents {
   struct Reply {
     std::string title;
@@ -39,9 +39,9 @@ struct ServerAlert {
 
 // The client of the desktop's notification server (org.freedesktop.Notifications).
 //
-// An alert ends once: by the user, by the server, or by Withdraw(), which calls nobody. A server that is restarted is
-// given the alerts again that its predecessor had on screen. Main thread only; nothing throws. Nothing waits for the
-// server; connecting may wait for the bus.
+// An alert ends once: by the user, by the server, or by Withdraw(), which calls no listener. A restarted server gets
+// the alerts again that its predecessor had on screen. Main thread only; nothing throws. No call waits for the server;
+// the first may wait for the bus.
 class DesktopNotifications final : private BusService {
  public:
   using Key = UserNotifications::Key;
@@ -53,17 +53,16 @@ class DesktopNotifications final : private BusService {
     std::function<void(const Key&)> dismissed;                          // by the user
     std::function<void(const Key&)> gone;                               // expired, or lost with its server
     std::function<void(const Key&, const std::string& reason)> failed;  // never shown
-    std::function<void()> serverChanged;                                // what has failed may succeed now
+    std::function<void()> serverChanged;                                // retry failed alerts now
   };
 
   DesktopNotifications(std::string applicationName, Listener listener);
   ~DesktopNotifications();
 
-  // Replaces the contents of an alert that is there already. Without a bus, the listener's `failed` is called before
-  // this returns.
+  // Replaces the contents of an existing alert. Without a bus, calls the listener's `failed` before returning.
   void Show(const Key& key, AlertContents contents) noexcept;
 
-  // Follows an alert that an earlier process has shown. It is gone unless the same server runs.
+  // Adopts an alert that an earlier process has shown. Unless the same server runs, the alert is gone.
   void Follow(const Key& key, AlertContents contents, ServerAlert shown) noexcept;
 
   void Withdraw(const Key& key) noexcept;

@@ -28,8 +28,8 @@ std::string OrElse(const std::optional<std::string>& text, const std::string& ot
   return text && !text->empty() ? *text : other;
 }
 
-// Delivers through the desktop's notification server, which knows no schedule and forgets whose an alert was: both are
-// kept in files.
+// Delivers through the desktop's notification server. The server has no schedule and does not remember an alert's
+// application, so both are kept in files.
 class ServedNotifications final : public UserNotifications {
  public:
   static constexpr EndStage kEnd = EndStage::Services;
@@ -42,7 +42,6 @@ class ServedNotifications final : public UserNotifications {
   void Close() noexcept;
 
  private:
-  // The scheduled alert's file.
   enum class Progress { Scheduled, Sending, Failed };
 
   struct Entry {
@@ -203,7 +202,7 @@ void ServedNotifications::Shown(const Key& key, const ServerAlert& shown, bool i
   KeptAlert& kept = found->second.kept;
   kept.due.reset();
   kept.shown = shown;
-  // Without the file a later process doesn't know the alert, which is no loss worth a word.
+  // Without the file a later process does not know the alert, which is harmless.
   static_cast<void>(files_->Keep(kept));
   if (!isNew) return;
   if (kept.alert.soundName && !server_->PlaysSounds()) {

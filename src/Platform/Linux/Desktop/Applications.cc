@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/FileURI.h"
-#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/DefaultApplications.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 
@@ -30,7 +30,7 @@ std::string TextOf(GDesktopAppInfo* application, const char* key) {
   return text != nullptr ? text.get() : "";
 }
 
-// Empty for what can't be a scheme.
+// Empty for a malformed scheme.
 std::string TypeOfScheme(std::string_view scheme) {
   std::string type = kSchemes;
   for (const char c : scheme) {
@@ -148,16 +148,13 @@ Result<void> ShowFileInformation(const std::string& path) noexcept {
   if (!Exists(path)) return Fail("there is no such file");
   auto* bus = SessionBus::Shared().Connection();
   if (bus == nullptr) return Fail(SessionBus::Shared().LastError());
-  try {
+  return TryOnBus([&] {
     sdbus::createProxy(*bus, kFileManager, kFileManagerPath)
         ->callMethod("ShowItemProperties")
         .onInterface(kFileManager)
         .withTimeout(kFileManagerDeadline)
         .withArguments(std::vector<std::string>{FileURIOf(path)}, std::string());
-  } catch (const sdbus::Error& error) {
-    return Fail(error.getMessage());
-  }
-  return {};
+  });
 }
 
 }  // namespace tessaro::platform

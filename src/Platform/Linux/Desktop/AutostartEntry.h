@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "Base/Result.h"
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 
 namespace tessaro::platform {
 
@@ -15,11 +15,10 @@ class AutostartEntry {
  public:
   static AutostartEntry ForApplication(std::string_view name, std::string_view executable);
 
-  // Nothing when the file is no desktop entry.
+  // Nothing for a file that is no desktop entry.
   static std::optional<AutostartEntry> Read(const std::filesystem::path& file);
 
-  // Replaces the file atomically.
-  [[nodiscard]] Result<void> Write(const std::filesystem::path& file) const;
+  [[nodiscard]] Result<void> Write(const std::filesystem::path& file) const { return WriteKeyFile(file, keys_.get()); }
 
   [[nodiscard]] std::string DisplayName() const;
 
@@ -35,8 +34,9 @@ class AutostartEntry {
  private:
   explicit AutostartEntry(GKeyFilePtr keys) : keys_(std::move(keys)) {}
 
-  [[nodiscard]] std::string Text(const char* key) const;
-  [[nodiscard]] std::optional<bool> Flag(const char* key) const;
+  [[nodiscard]] bool Has(const char* key) const {
+    return g_key_file_has_key(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr);
+  }
   [[nodiscard]] bool NamesThisDesktop(const char* key) const;
 
   GKeyFilePtr keys_;

@@ -3,9 +3,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "Platform/FileWriting.h"
 #include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 
 namespace tessaro::platform {
 
@@ -15,27 +14,13 @@ namespace fs = std::filesystem;
 
 constexpr char kFile[] = "mimeapps.list";
 constexpr char kDefaults[] = "Default Applications";
-// Reading blocks script: refuse absurd files.
-constexpr std::uintmax_t kLongestFile = 4 << 20;
-
-enum class List { Missing, Readable, Unreadable };
-
-List Load(const fs::path& file, GKeyFile* keys) {
-  std::error_code error;
-  if (!fs::exists(file, error)) return error ? List::Unreadable : List::Missing;
-  if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > kLongestFile || error) return List::Unreadable;
-  constexpr auto kEverything = static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-  return g_key_file_load_from_file(keys, file.c_str(), kEverything, nullptr) ? List::Readable : List::Unreadable;
-}
 
 // A desktop may have lists of its own, which take precedence: "gnome-mimeapps.list".
 std::vector<std::string> FileNames() {
   std::vector<std::string> names;
-  const char* desktops = g_getenv("XDG_CURRENT_DESKTOP");
-  const GStringListPtr each(g_strsplit(desktops != nullptr ? desktops : "", ":", 0));
-  for (char** desktop = each.get(); *desktop != nullptr; ++desktop) {
-    const GTextPtr lower(g_ascii_strdown(*desktop, -1));
-    if (lower.get()[0] != '\0') names.push_back(std::string(lower.get()) + '-' + kFile);
+  for (const std::string& desktop : CurrentDesktops()) {
+    const GTextPtr lower(g_ascii_strdown(desktop.c_str(), -1));
+    if (!desktop.empty()) names.push_back(std::string(lower.get()) + '-' + kFile);
   }
   names.push_back(kFile);
   return names;
@@ -54,19 +39,15 @@ std::vector<fs::path> Files() {
   return files;
 }
 
-std::vector<std::string> Entries(GKeyFile* keys, const std::string& type) {
-  const GStringListPtr list(g_key_file_get_string_list(keys, kDefaults, type.c_str(), nullptr, nullptr));
-  std::vector<std::string> entries;
-  for (char** each = list.get(); each != nullptr && *each != nullptr; ++each) entries.emplace_back(*each);
-  return entries;
+std::vector<std::string> Entries(const GKeyFilePtr& keys, const std::string& type) {
+  return keys ? ListIn(keys.get(), kDefaults, type.c_str()) : std::vector<std::string>();
 }
 
 // Write to the file that lookups read first, or the choice would be shadowed.
 fs::path UserFile(const std::string& type) {
   for (const std::string& name : FileNames()) {
-    const GKeyFilePtr keys(g_key_file_new());
     fs::path file = ConfigHome() / name;
-    if (Load(file, keys.get()) == List::Readable && !Entries(keys.get(), type).empty()) return file;
+    if (!Entries(ReadKeyFile(file), type).empty()) return file;
   }
   return ConfigHome() / kFile;
 }
@@ -76,28 +57,25 @@ fs::path UserFile(const std::string& type) {
 std::vector<std::string> ListedDefaults(const std::string& type) {
   std::vector<std::string> defaults;
   for (const fs::path& file : Files()) {
-    const GKeyFilePtr keys(g_key_file_new());
-    if (Load(file, keys.get()) != List::Readable) continue;
-    for (std::string& entry : Entries(keys.get(), type)) defaults.push_back(std::move(entry));
+    for (std::string& entry : Entries(ReadKeyFile(file), type)) defaults.push_back(std::move(entry));
   }
   return defaults;
 }
 
 Result<void> WriteListedDefault(const std::string& type, const std::string& desktopFile) {
-  std::error_code error;
   const fs::path file = UserFile(type);
-  const GKeyFilePtr keys(g_key_file_new());
+  GKeyFilePtr keys = ReadKeyFile(file);
   // Don't overwrite a list that can't be parsed: the user may have written it.
-  if (Load(file, keys.get()) == List::Unreadable) return Fail(file.native() + " can't be parsed");
+  if (std::error_code error; !keys && (fs::exists(file, error) || error)) {
+    return Fail(file.native() + " can't be parsed");
+  }
+  if (!keys) keys.reset(g_key_file_new());
   std::string list = desktopFile + ';';
-  for (const std::string& entry : Entries(keys.get(), type)) {
+  for (const std::string& entry : Entries(keys, type)) {
     if (entry != desktopFile) list += entry + ';';
   }
   g_key_file_set_value(keys.get(), kDefaults, type.c_str(), list.c_str());
-  fs::create_directories(file.parent_path(), error);
-  if (!error) error = ReplaceFile(file, TextOfKeyFile(keys.get()), NewFile::AsUsual);
-  if (error) return Fail(file.native() + ": " + error.message());
-  return {};
+  return WriteKeyFile(file, keys.get());
 }
 
 }  // namespace tessaro::platform

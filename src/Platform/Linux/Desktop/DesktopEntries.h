@@ -25,7 +25,7 @@ inline constexpr std::string_view kDesktopExtension = ".desktop";
 // The path of a desktop file, or an identifier.
 [[nodiscard]] DesktopEntryPtr DesktopEntryAt(const std::string& path);
 
-// Has the application open some URIs, or none. The started process is no child of ours, and its output is dropped.
+// Starts the application with the URIs, if any. The process is no child of ours; its output is dropped.
 [[nodiscard]] Result<void> LaunchEntry(GDesktopAppInfo* entry, const std::vector<std::string>& uris);
 
 // Starts a program with its arguments, without a shell.

@@ -12,18 +12,26 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Linux/Desktop/FilePortal.h"
-#include "Platform/Linux/Desktop/TsModelessPanel.h"
+#include "Platform/Linux/Desktop/FilePortalOptions.h"
 #include "Platform/MainQueue.h"
 
 using namespace tessaro::platform;
 
-// A dialog that is open over a window: the portal's, or GNUstep's where the portal has none.
+// The part of -runModalForDirectory:file: before its modal loop.
+@interface NSSavePanel (TsSetup)
+- (void)_setupForDirectory:(NSString*)path file:(NSString*)name;
+@end
+
+// A dialog that is open over a window: the portal's, or GNUstep's where the portal has none. GNUstep has one panel of
+// each kind; it is shown without a modal loop, which would stop script.
 @interface TsFileSession : NSObject {
   Ref<NSWindow> _window;
   FileRequest _request;
   FileAnswer _answer;
   std::unique_ptr<FilePortal> _portal;
-  Ref<TsModelessPanel> _panel;
+  Ref<NSSavePanel> _panel;
+  NSModalSession _modalSession;
+  BOOL _isAccepted;
 }
 
 - (instancetype)initWithWindow:(NSWindow*)window request:(FileRequest)request answer:(FileAnswer)answer;
@@ -46,12 +54,41 @@ bool HasSession(NSWindow* window) {
   return false;
 }
 
-// The X window, as portals want it.
+// The X window as a portal's parent window identifier.
 std::string PortalHandleOf(NSWindow* window) {
   void* device = [GSServerForWindow(window) windowDevice:static_cast<int>([window windowNumber])];
   char handle[32];
   std::snprintf(handle, sizeof handle, "x11:%lx", reinterpret_cast<unsigned long>(device));
   return device != nullptr ? handle : "";
+}
+
+NSSavePanel* PanelFor(const FileRequest& request) {
+  if (request.kind == FileRequest::Kind::Save) return [NSSavePanel savePanel];
+  NSOpenPanel* panel = [NSOpenPanel openPanel];
+  [panel setCanChooseFiles:request.choosesFiles];
+  [panel setCanChooseDirectories:request.choosesFolders];
+  [panel setAllowsMultipleSelection:request.allowsSeveral];
+  [panel setResolvesAliases:NO];
+  return panel;
+}
+
+// The panel has no choice of filters: it shows the extensions of all filters. nil for any extension.
+NSSet* ExtensionsOf(const FileRequest& request) {
+  NSMutableSet* extensions = [NSMutableSet set];
+  for (const FileFilter& filter : request.filters) {
+    if (filter.extensions.empty()) return nil;
+    for (const std::string& extension : filter.extensions)
+      [extensions addObject:[TsNSString(extension) lowercaseString]];
+  }
+  return [extensions count] > 0 ? extensions : nil;
+}
+
+std::vector<std::string> PathsOf(NSSavePanel* panel) {
+  std::vector<std::string> paths;
+  NSOpenPanel* openPanel = As<NSOpenPanel>(panel);
+  NSArray* names = openPanel != nil ? [openPanel filenames] : @[ [panel filename] ];
+  for (NSString* name in names) paths.push_back(TsStdString(name));
+  return paths;
 }
 
 }  // namespace
@@ -73,10 +110,7 @@ std::string PortalHandleOf(NSWindow* window) {
 
 - (void)open {
   [Sessions() addObject:self];
-  [[NSNotificationCenter defaultCenter] addObserver:self
-                                           selector:@selector(windowWillClose:)
-                                               name:NSWindowWillCloseNotification
-                                             object:_window];
+  [self observe:@selector(windowWillClose:) of:_window];
   _portal = std::make_unique<FilePortal>(PortalHandleOf(_window), _request, [self](const auto& paths) {
     if (paths) return [self endWith:*paths];
     TsLogInfo(@"No file dialog of the desktop's: %s", paths.error().message.c_str());
@@ -84,11 +118,28 @@ std::string PortalHandleOf(NSWindow* window) {
   });
 }
 
+- (void)observe:(SEL)windowWillClose of:(NSWindow*)window {
+  [[NSNotificationCenter defaultCenter] addObserver:self
+                                           selector:windowWillClose
+                                               name:NSWindowWillCloseNotification
+                                             object:window];
+}
+
 - (void)openPanel {
-  _panel = Adopt([[TsModelessPanel alloc]
-      initWithRequest:_request
-                ended:[self](std::vector<std::string> paths) { [self endWith:std::move(paths)]; }]);
-  [_panel open];
+  if ([NSApp modalWindow] != nil) {
+    TsLogWarning(@"Another dialog is open: no file is chosen");
+    return [self endWith:{}];
+  }
+  _panel = Retain(PanelFor(_request));
+  [_panel setTitle:TsNSString(_request.title)];
+  [_panel setMessage:TsNSString(_request.message)];
+  [_panel setShowsHiddenFiles:_request.showsHidden];
+  [_panel setDelegate:static_cast<id>(self)];
+  [self observe:@selector(panelWillClose:) of:_panel];
+  NSString* folder = _request.folder.empty() ? nil : TsNSString(_request.folder);
+  [_panel _setupForDirectory:folder file:TsNSString(SuggestedName(_request))];
+  // The panel's buttons end a modal session.
+  _modalSession = [NSApp beginModalSessionForWindow:_panel];
 }
 
 - (void)endWith:(std::vector<std::string>)paths {
@@ -102,8 +153,27 @@ std::string PortalHandleOf(NSWindow* window) {
 
 - (void)windowWillClose:(NSNotification*)notification {
   _portal.reset();
-  if (_panel) return [_panel cancel];
+  if (_panel) return [_panel cancel:nil];
   [self endWith:{}];
+}
+
+- (void)panelWillClose:(NSNotification*)notification {
+  [_panel setDelegate:nil];
+  [NSApp endModalSession:_modalSession];
+  [self endWith:_isAccepted ? PathsOf(_panel) : std::vector<std::string>()];
+}
+
+// The panel's last delegate call before it accepts its file.
+- (BOOL)panel:(id)sender isValidFilename:(NSString*)name {
+  _isAccepted = YES;
+  return YES;
+}
+
+- (BOOL)panel:(id)sender shouldShowFilename:(NSString*)name {
+  NSSet* extensions = ExtensionsOf(_request);
+  BOOL isFolder = NO;
+  [[NSFileManager defaultManager] fileExistsAtPath:name isDirectory:&isFolder];
+  return isFolder || extensions == nil || [extensions containsObject:[[name pathExtension] lowercaseString]];
 }
 
 @end

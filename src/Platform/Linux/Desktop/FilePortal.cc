@@ -12,8 +12,8 @@
 #include "Base/TsLog.h"
 #include "Platform/FilePanel.h"
 #include "Platform/Linux/Base/BusNames.h"
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/FileURI.h"
-#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/FilePortalOptions.h"
 #include "Platform/MainQueue.h"
 
@@ -37,7 +37,7 @@ std::string NewToken() {
   return "tessaro" + std::to_string(++count);
 }
 
-// Where the portal will put the object of a request, so that its response can't be missed.
+// The portal derives the request's object path from the token. Subscribing before the call catches every response.
 std::string RequestPath(const sdbus::IConnection& bus, const std::string& token) {
   std::string sender = bus.getUniqueName().substr(1);
   std::replace(sender.begin(), sender.end(), '.', '_');
@@ -50,7 +50,7 @@ std::vector<std::string> PathsIn(const Results& results) {
   if (uris == results.end()) return paths;
   for (const std::string& uri : uris->second.get<std::vector<std::string>>()) {
     std::string path = PathOfFileURI(uri);
-    // Script could not name a file whose name is no UTF-8.
+    // Script cannot represent a name that is not UTF-8.
     if (!path.empty() && g_utf8_validate(path.data(), static_cast<gssize>(path.size()), nullptr)) {
       paths.push_back(std::move(path));
     } else {
@@ -65,55 +65,53 @@ std::vector<std::string> PathsIn(const Results& results) {
 struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
   explicit Dialog(Ended callback) : ended(std::move(callback)) {}
 
-  void Ask(const std::string& parent, const FileRequest& request) noexcept {
+  void Ask(const std::string& parent, const FileRequest& fileRequest) noexcept {
     auto* bus = SessionBus::Shared().Connection();
     if (bus == nullptr) return End(Fail(SessionBus::Shared().LastError()));
-    try {
-      const std::string token = NewToken();
-      path = RequestPath(*bus, token);
-      const std::string fromPortal = std::string("type='signal',sender='") + kPortal + "',interface='" + kRequest;
-      response = bus->addMatch(fromPortal + "',member='Response',path='" + path + "'",
-                               [this](sdbus::Message& message) { Receive(message); });
-      owner = WatchOwner(*bus, kPortal, [this](bool hasOwner) {
-        if (!hasOwner) Vanish("the portal went away");
-      });
-      Call(*bus, parent, request, token);
-    } catch (const sdbus::Error& error) {
-      return End(Fail(error.getMessage()));
-    }
+    const auto asked = TryOnBus([&] { Call(*bus, parent, fileRequest); });
+    if (!asked) return End(tl::unexpected(asked.error()));
     subscription = SessionBus::Shared().Listen({[] {},
                                                 [this] {
-                                                  response.reset();
                                                   owner.reset();
                                                   Vanish("the session bus went away");
                                                 }});
   }
 
-  void Call(sdbus::IConnection& bus, const std::string& parent, const FileRequest& request, const std::string& token) {
+  void Call(sdbus::IConnection& bus, const std::string& parent, const FileRequest& fileRequest) {
+    const std::string token = NewToken();
+    request = sdbus::createProxy(bus, kPortal, RequestPath(bus, token));
+    request->uponSignal("Response")
+        .onInterface(kRequest)
+        .call([this](const sdbus::Error* error, std::uint32_t code, const Results& results) {
+          if (error != nullptr) return End(Fail(error->getMessage()));
+          Respond(code, results);
+        });
+    request->finishRegistration();
+    owner = WatchOwner(bus, kPortal, [this](bool hasOwner) {
+      if (!hasOwner) Vanish("the portal went away");
+    });
     portal = sdbus::createProxy(bus, kPortal, kPortalPath);
-    portal->callMethodAsync(request.kind == FileRequest::Kind::Save ? "SaveFile" : "OpenFile")
+    portal->callMethodAsync(fileRequest.kind == FileRequest::Kind::Save ? "SaveFile" : "OpenFile")
         .onInterface(kFileChooser)
         .withTimeout(kDeadline)
-        .withArguments(parent, request.title.empty() ? request.message : request.title, PortalOptions(request, token))
+        .withArguments(parent, fileRequest.title.empty() ? fileRequest.message : fileRequest.title,
+                       PortalOptions(fileRequest, token))
         .uponReplyInvoke([this](const sdbus::Error* error, const sdbus::ObjectPath&) {
           if (error != nullptr) End(Fail(error->getMessage()));
         });
   }
 
-  void Receive(sdbus::Message& message) {
-    std::uint32_t code = 0;
-    Results results;
-    try {
-      message >> code >> results;
-      if (code == kChosen) return End(PathsIn(results));
-    } catch (const sdbus::Error& error) {
-      return End(Fail(error.getMessage()));
-    }
+  void Respond(std::uint32_t code, const Results& results) {
     if (code == kCancelled) return End(std::vector<std::string>());
-    End(Fail("the portal could not show the dialog"));
+    if (code != kChosen) return End(Fail("the portal could not show the dialog"));
+    // The response may have values of other types.
+    std::vector<std::string> paths;
+    const auto read = TryOnBus([&] { paths = PathsIn(results); });
+    if (!read) return End(tl::unexpected(read.error()));
+    End(std::move(paths));
   }
 
-  // On a later turn: this may be the call of a slot that the owner destroys.
+  // Calls `ended` on a later turn: the caller may be one of the bus objects that the owner destroys.
   void End(Result<std::vector<std::string>> paths) {
     if (isEnded) return;
     isEnded = true;
@@ -124,26 +122,21 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
   }
 
   void Vanish(const char* reason) {
-    path.clear();
+    request.reset();
     portal.reset();
     End(Fail(reason));
   }
 
   void Close() noexcept {
-    auto* bus = SessionBus::Shared().Connection();
-    if (bus == nullptr || path.empty()) return;
-    try {
-      sdbus::createProxy(*bus, kPortal, path)->callMethod("Close").onInterface(kRequest).dontExpectReply();
-    } catch (const sdbus::Error& error) {
-      TsLogTextWarning("Couldn't close a file dialog: " + error.getMessage());
-    }
+    if (!request) return;
+    const auto closed = TryOnBus([this] { request->callMethod("Close").onInterface(kRequest).dontExpectReply(); });
+    if (!closed) TsLogTextWarning("Couldn't close a file dialog: " + closed.error().message);
   }
 
   Ended ended;
-  std::string path;
-  sdbus::Slot response;
-  sdbus::Slot owner;
+  std::unique_ptr<sdbus::IProxy> request;
   std::unique_ptr<sdbus::IProxy> portal;
+  sdbus::Slot owner;
   SessionBus::Subscription subscription;
   bool isEnded = false;
 };

@@ -21,7 +21,7 @@ using Filter = sdbus::Struct<std::string, std::vector<Pattern>>;
 
 constexpr std::uint32_t kGlob = 0;
 
-// Portals match patterns with regard to case.
+// Portals match globs case-sensitively.
 std::string GlobOf(const std::string& extension) {
   std::string glob = "*.";
   for (const char c : extension) {
@@ -45,7 +45,7 @@ Filter FilterOf(const FileFilter& filter) {
   return {std::move(name), std::move(patterns)};
 }
 
-// Paths are bytes with a NUL at their end.
+// The portal takes paths as NUL-terminated byte arrays.
 std::vector<std::uint8_t> Bytes(const std::string& path) {
   std::vector<std::uint8_t> bytes(path.begin(), path.end());
   bytes.push_back(0);

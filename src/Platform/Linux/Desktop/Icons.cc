@@ -1,17 +1,157 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <system_error>
+#include <utility>
 
+#include "Base/Lifetime.h"
 #include "Platform/Applications.h"
+#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
-#include "Platform/Linux/Desktop/IconTheme.h"
+#include "Platform/StandardDirectories.h"
 
 namespace tessaro::platform {
 
 namespace {
 
 namespace fs = std::filesystem;
+
+// ---- Themes
+
+constexpr char kThemeGroup[] = "Icon Theme";
+
+struct SizedFolder {
+  std::string name;
+  int least = 0;
+  int most = 0;
+};
+
+struct Theme {
+  std::vector<SizedFolder> folders;
+  std::vector<std::string> parents;
+};
+
+std::vector<fs::path> Bases() {
+  std::vector<fs::path> bases = {DataHome() / "icons", HomeDirectory() / ".icons"};
+  for (const fs::path& directory : DataDirectories()) bases.push_back(directory / "icons");
+  return bases;
+}
+
+bool IsFile(const fs::path& path) {
+  std::error_code error;
+  return fs::is_regular_file(path, error);
+}
+
+int NumberIn(const GKeyFilePtr& keys, const std::string& group, const char* key, int otherwise) {
+  const int number = g_key_file_get_integer(keys.get(), group.c_str(), key, nullptr);
+  return number > 0 ? number : otherwise;
+}
+
+SizedFolder FolderOf(const GKeyFilePtr& keys, const std::string& name) {
+  const int size = NumberIn(keys, name, "Size", 0);
+  const std::string type = TextIn(keys.get(), name.c_str(), "Type");
+  if (type == "Fixed") return {name, size, size};
+  if (type == "Scalable") return {name, NumberIn(keys, name, "MinSize", size), NumberIn(keys, name, "MaxSize", size)};
+  const int threshold = NumberIn(keys, name, "Threshold", 2);
+  return {name, size - threshold, size + threshold};
+}
+
+Theme ReadTheme(const std::string& name) {
+  Theme theme;
+  for (const fs::path& base : Bases()) {
+    const GKeyFilePtr keys = ReadKeyFile(base / name / "index.theme");
+    if (!keys) continue;
+    g_key_file_set_list_separator(keys.get(), ',');
+    for (const std::string& folder : ListIn(keys.get(), kThemeGroup, "Directories")) {
+      theme.folders.push_back(FolderOf(keys, folder));
+    }
+    theme.parents = ListIn(keys.get(), kThemeGroup, "Inherits");
+    break;
+  }
+  return theme;
+}
+
+// The theme in GTK's settings file: reading the desktop's own setting needs a connection to its daemon.
+std::string ChosenTheme() {
+  const GKeyFilePtr keys = ReadKeyFile(ConfigHome() / "gtk-3.0" / "settings.ini");
+  return keys ? TextIn(keys.get(), "Settings", "gtk-icon-theme-name") : "";
+}
+
+using NamedThemes = std::vector<std::pair<std::string, Theme>>;
+
+void AddTheme(NamedThemes& themes, const std::string& name) {
+  const auto isKnown = [&](const auto& each) { return each.first == name; };
+  if (name.empty() || name.find('/') != std::string::npos || std::any_of(themes.begin(), themes.end(), isKnown)) return;
+  themes.emplace_back(name, ReadTheme(name));
+}
+
+NamedThemes ReadThemes() {
+  NamedThemes themes;
+  AddTheme(themes, ChosenTheme());
+  for (std::size_t i = 0; i < themes.size(); ++i) {
+    const auto parents = themes[i].second.parents;
+    for (const std::string& parent : parents) {
+      if (parent != "hicolor") AddTheme(themes, parent);
+    }
+  }
+  AddTheme(themes, "Adwaita");
+  AddTheme(themes, "hicolor");
+  return themes;
+}
+
+// The themes to search, in order. Read once: they rarely change and have hundreds of folders.
+const NamedThemes& Themes() {
+  static Forever<NamedThemes> themes(ReadThemes());
+  return *themes;
+}
+
+// Smaller is better. Enlarging an icon is worse than shrinking one.
+int Misfit(const SizedFolder& folder, int size) {
+  if (folder.most < size) return 10000 + size - folder.most;
+  return std::max(folder.least - size, 0);
+}
+
+fs::path FileIn(const fs::path& folder, const std::string& name) {
+  for (const char* extension : {".png", ".svg"}) {
+    if (fs::path file = folder / (name + extension); IsFile(file)) return file;
+  }
+  return {};
+}
+
+fs::path FileOf(const std::string& themeName, const Theme& theme, const std::string& name, int size) {
+  fs::path best;
+  int least = std::numeric_limits<int>::max();
+  for (const fs::path& base : Bases()) {
+    std::error_code error;
+    if (!fs::is_directory(base / themeName, error)) continue;
+    for (const SizedFolder& folder : theme.folders) {
+      const int misfit = Misfit(folder, size);
+      if (misfit >= least) continue;
+      fs::path file = FileIn(base / themeName / folder.name, name);
+      if (file.empty()) continue;
+      best = std::move(file);
+      least = misfit;
+    }
+  }
+  return best;
+}
+
+// The file of the user's icon theme that suits `size` best. Empty when no theme has an icon of that name.
+fs::path ThemedIcon(const std::string& name, int size) {
+  if (name.empty() || name.find('/') != std::string::npos) return {};
+  for (const auto& [themeName, theme] : Themes()) {
+    if (fs::path file = FileOf(themeName, theme, name, size); !file.empty()) return file;
+  }
+  for (const fs::path& directory : DataDirectories()) {
+    if (fs::path file = FileIn(directory / "pixmaps", name); !file.empty()) return file;
+  }
+  return {};
+}
+
+// ---- Pictures
 
 using PixbufPtr = GObjectPtr<GdkPixbuf>;
 

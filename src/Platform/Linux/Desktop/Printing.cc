@@ -12,7 +12,7 @@ namespace tessaro::platform {
 
 namespace {
 
-// They open with their print dialog.
+// These programs open with their print dialog.
 constexpr std::array kPreviewers = {"evince-previewer", "atril-previewer", "xreader-previewer"};
 
 }  // namespace
@@ -24,7 +24,7 @@ Result<void> PrintFile(const std::string& path) noexcept {
   for (const char* previewer : kPreviewers) {
     if (Spawn({previewer, absolute})) return {};
   }
-  // lp and lpr would print at once.
+  // lp and lpr would print without a dialog.
   return OpenFile(absolute, "");
 }
 

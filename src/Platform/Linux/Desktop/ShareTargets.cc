@@ -6,6 +6,7 @@
 
 #include "Platform/Applications.h"
 #include "Platform/Linux/Base/FileURI.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 
 namespace tessaro::platform {
@@ -13,7 +14,7 @@ namespace tessaro::platform {
 namespace {
 
 constexpr std::array kBluetoothSenders = {"bluetooth-sendto", "blueman-sendto"};
-// They ignore attachments in mailto links.
+// These ignore attachments in mailto links.
 constexpr std::array<std::string_view, 3> kThunderbirds = {"thunderbird", "betterbird", "icedove"};
 
 // ---- Targets
@@ -66,14 +67,10 @@ bool IsThunderbird(const std::string& identifier) {
 std::vector<std::string> WordsOf(const std::string& identifier) {
   const DesktopEntryPtr application = FindDesktopEntry(identifier);
   const char* line = application != nullptr ? g_app_info_get_commandline(G_APP_INFO(application.get())) : nullptr;
-  int count = 0;
   char** parsed = nullptr;
-  if (line == nullptr || !g_shell_parse_argv(line, &count, &parsed, nullptr)) return {};
-  const GStringListPtr owner(parsed);
-  std::vector<std::string> words;
-  for (char** word = parsed; *word != nullptr; ++word) {
-    if (**word != '%' && !g_str_has_prefix(*word, "@@")) words.emplace_back(*word);
-  }
+  if (line == nullptr || !g_shell_parse_argv(line, nullptr, &parsed, nullptr)) return {};
+  std::vector<std::string> words = TextsOf(GStringListPtr(parsed));
+  std::erase_if(words, [](const std::string& word) { return word.starts_with('%') || word.starts_with("@@"); });
   return words;
 }
 

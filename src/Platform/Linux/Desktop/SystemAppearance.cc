@@ -9,7 +9,7 @@
 
 #include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Desktop/AppearanceChanges.h"
 
 namespace tessaro::platform {
@@ -39,7 +39,7 @@ std::optional<bool> IsDark(const sdbus::Variant& value) {
 }
 
 // The setting of the desktop's portal, kept up to date by its signals.
-class Appearance {
+class Appearance final : private BusService {
  public:
   static Appearance& Shared() {
     static Forever<Appearance> appearance;
@@ -47,37 +47,30 @@ class Appearance {
   }
 
   [[nodiscard]] bool IsDarkNow() {
-    if (!isListening_) {
-      isListening_ = true;
-      subscription_ = bus_.Listen({[this] { Follow(); }, [this] { Forget(); }});
-    }
+    JoinBus();
     return portal_ ? *portal_ : IsThemeDark();
   }
 
   void Listen(void (*listener)()) {
     listener_ = listener;
-    static_cast<void>(IsDarkNow());
+    JoinBus();
   }
 
  private:
-  void Follow() {
-    try {
-      auto& bus = *bus_.Connection();
-      const std::string fromPortal = std::string("type='signal',sender='") + kPortal + "',path='" + kPortalPath + "'";
-      changes_ =
-          bus.addMatch(fromPortal + ",interface='" + kSettings + "',member='SettingChanged',arg0='" + kNamespace + "'",
-                       [this](sdbus::Message& message) { Changed(message); });
-      owner_ = WatchOwner(bus, kPortal, [this](bool hasOwner) { hasOwner ? ReadLater() : Learn(std::nullopt); });
-      settings_ = sdbus::createProxy(bus, kPortal, kPortalPath);
-      // A call would start the portal and wait for it.
-      if (HasOwner(kPortal)) ReadNow();
-    } catch (const sdbus::Error&) {
-      portal_.reset();
-    }
+  void Appear(sdbus::IConnection& bus) override {
+    settings_ = sdbus::createProxy(bus, kPortal, kPortalPath);
+    settings_->uponSignal("SettingChanged")
+        .onInterface(kSettings)
+        .call([this](const std::string& space, const std::string& key, const sdbus::Variant& value) {
+          if (space == kNamespace && key == kKey) Learn(IsDark(value));
+        });
+    settings_->finishRegistration();
+    owner_ = WatchOwner(bus, kPortal, [this](bool hasOwner) { hasOwner ? ReadLater() : Learn(std::nullopt); });
+    // A call would start the portal and wait for it.
+    if (HasOwner(kPortal)) TryOnBus([this] { ReadNow(); });
   }
 
-  void Forget() {
-    changes_.reset();
+  void Disappear() noexcept override {
     owner_.reset();
     settings_.reset();
     portal_.reset();
@@ -108,22 +101,10 @@ class Appearance {
     if (listener_ != nullptr && IsDarkNow() != wasDark) listener_();
   }
 
-  void Changed(sdbus::Message& message) {
-    std::string settingsNamespace;
-    std::string key;
-    sdbus::Variant value;
-    message >> settingsNamespace >> key >> value;
-    if (key == kKey) Learn(IsDark(value));
-  }
-
-  SessionBus& bus_ = SessionBus::Shared();
-  bool isListening_ = false;
   void (*listener_)() = nullptr;
   std::optional<bool> portal_;
-  sdbus::Slot changes_;
   sdbus::Slot owner_;
   std::unique_ptr<sdbus::IProxy> settings_;
-  SessionBus::Subscription subscription_;
 };
 
 }  // namespace

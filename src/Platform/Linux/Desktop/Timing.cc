@@ -5,7 +5,7 @@
 
 #include "Base/Lifetime.h"
 #include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
 
 namespace tessaro::platform {
 
@@ -16,38 +16,30 @@ constexpr char kPath[] = "/org/tessaro/Timing";
 
 // A scripting request over the session bus: method List of kInterface at kPath, under the name that is the
 // application's identifier.
-class TimingService {
+class TimingService final : private BusService {
  public:
-  TimingService(std::string name, TimingAnswer answer)
-      : name_(std::move(name)),
-        answer_(std::move(answer)),
-        subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { object_.reset(); }})) {}
+  TimingService(std::string name, TimingAnswer answer) : name_(std::move(name)), answer_(std::move(answer)) {
+    JoinBus();
+  }
 
   static constexpr EndStage kEnd = EndStage::Services;
-  void Close() {
-    object_.reset();
-    subscription_ = {};
-  }
+  void Close() { LeaveBus(); }
 
   [[nodiscard]] bool IsOffered() const { return object_ != nullptr; }
 
  private:
-  void Appear() noexcept {
-    auto& bus = *SessionBus::Shared().Connection();
-    try {
-      object_ = sdbus::createObject(bus, kPath);
-      object_->registerMethod("List").onInterface(kInterface).implementedAs([this] { return answer_(); });
-      object_->finishRegistration();
-      TakeName(bus, name_);
-    } catch (const sdbus::Error&) {
-      object_.reset();
-    }
+  void Appear(sdbus::IConnection& bus) override {
+    object_ = sdbus::createObject(bus, kPath);
+    object_->registerMethod("List").onInterface(kInterface).implementedAs([this] { return answer_(); });
+    object_->finishRegistration();
+    TakeName(bus, name_);
   }
+
+  void Disappear() noexcept override { object_.reset(); }
 
   std::string name_;
   TimingAnswer answer_;
   std::unique_ptr<sdbus::IObject> object_;
-  SessionBus::Subscription subscription_;
 };
 
 }  // namespace

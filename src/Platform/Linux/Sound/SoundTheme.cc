@@ -4,7 +4,7 @@
 #include <string>
 #include <system_error>
 
-#include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 
 namespace tessaro::platform {
 
@@ -16,21 +16,6 @@ namespace fs = std::filesystem;
 constexpr char kBasicTheme[] = "freedesktop";
 constexpr char kThemeGroup[] = "Sound Theme";
 
-GKeyFilePtr Read(const fs::path& file) {
-  GKeyFilePtr keys(g_key_file_new());
-  return g_key_file_load_from_file(keys.get(), file.c_str(), G_KEY_FILE_NONE, nullptr) != FALSE ? std::move(keys)
-                                                                                                : nullptr;
-}
-
-std::vector<std::string> ListIn(const GKeyFilePtr& keys, const char* key) {
-  // The standard separates lists by commas.
-  g_key_file_set_list_separator(keys.get(), ',');
-  const GStringListPtr values(g_key_file_get_string_list(keys.get(), kThemeGroup, key, nullptr, nullptr));
-  std::vector<std::string> list;
-  for (char** each = values.get(); each != nullptr && *each != nullptr; ++each) list.emplace_back(*each);
-  return list;
-}
-
 std::vector<fs::path> Folders(const char* own, const char* const* others) {
   std::vector<fs::path> folders = {own};
   for (; *others != nullptr; ++others) folders.emplace_back(*others);
@@ -40,7 +25,7 @@ std::vector<fs::path> Folders(const char* own, const char* const* others) {
 // Desktops write the setting here for programs without a settings daemon.
 std::string ChosenTheme() {
   for (const fs::path& folder : Folders(g_get_user_config_dir(), g_get_system_config_dirs())) {
-    const GKeyFilePtr keys = Read(folder / "gtk-3.0" / "settings.ini");
+    const GKeyFilePtr keys = ReadKeyFile(folder / "gtk-3.0" / "settings.ini");
     if (!keys) continue;
     const GTextPtr name(g_key_file_get_string(keys.get(), "Settings", "gtk-sound-theme-name", nullptr));
     if (name) return name.get();
@@ -55,10 +40,11 @@ void AddTheme(const std::string& theme, std::vector<std::string>& seen, std::vec
   std::vector<std::string> parents;
   for (const fs::path& data : Folders(g_get_user_data_dir(), g_get_system_data_dirs())) {
     const fs::path folder = data / "sounds" / theme;
-    const GKeyFilePtr index = Read(folder / "index.theme");
+    const GKeyFilePtr index = ReadKeyFile(folder / "index.theme");
     if (!index) continue;
-    for (const std::string& each : ListIn(index, "Directories")) found.push_back(folder / each);
-    if (parents.empty()) parents = ListIn(index, "Inherits");
+    g_key_file_set_list_separator(index.get(), ',');
+    for (const std::string& each : ListIn(index.get(), kThemeGroup, "Directories")) found.push_back(folder / each);
+    if (parents.empty()) parents = ListIn(index.get(), kThemeGroup, "Inherits");
   }
   for (const std::string& parent : parents) AddTheme(parent, seen, found);
 }

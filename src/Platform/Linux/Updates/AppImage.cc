@@ -82,7 +82,7 @@ std::string VersionInFile(const fs::path& file) {
 }  // namespace
 
 fs::path AppImageOf(const fs::path& bundle) noexcept {
-  // Everything that an AppImage starts inherits these variables: a terminal, and the programs started from there.
+  // Programs started from an AppImage, such as a terminal, inherit these variables: compare the paths.
   const fs::path mounted = AbsolutePathIn("APPDIR");
   if (mounted.empty() || !Contains(mounted, bundle)) return {};
   const fs::path image = AbsolutePathIn("APPIMAGE");

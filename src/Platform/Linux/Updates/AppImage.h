@@ -8,16 +8,16 @@
 
 namespace tessaro::platform {
 
-// The one file that the application is started from; empty unless the bundle belongs to an AppImage. An application
-// that was installed in another way is its package manager's to change.
+// The AppImage that contains the running bundle; empty for an application installed otherwise, which its package
+// manager updates.
 [[nodiscard]] std::filesystem::path AppImageOf(const std::filesystem::path& bundle) noexcept;
 
-// The application's version that an AppImage names in its section ".tessaro.version"; empty without the section. Fails
-// for contents that are no AppImage, or one for another processor. Any contents may be given.
+// The version in the section ".tessaro.version" of an AppImage; empty without the section. Fails for contents that are
+// no AppImage, or one for another processor. The contents may be hostile.
 [[nodiscard]] Result<std::string> VersionInAppImage(std::string_view contents) noexcept;
 
-// Whether an AppImage may take the place of `current` as `version`. A file that names its version has to name this one:
-// a feed could list a file under a higher version than it was signed for. It has to name one if `current` does.
+// Fails when an AppImage may not replace `current` as `version`. The file's own version must be this one: a feed could
+// list a file under a higher version than it was signed for. Only if `current` has no version, the file needs none.
 [[nodiscard]] Result<void> CheckNewAppImage(std::string_view contents, std::string_view version,
                                             const std::filesystem::path& current) noexcept;
 

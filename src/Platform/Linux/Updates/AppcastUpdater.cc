@@ -23,7 +23,7 @@ constexpr std::size_t kLongestFeed = 4 * 1024 * 1024;
 constexpr std::size_t kLongestFile = 512 * 1024 * 1024;
 constexpr auto kProfileInterval = std::chrono::hours(7 * 24);
 
-UpdateDefaults::Time Now() { return std::chrono::system_clock::now(); }
+TimeDefault::Time Now() { return std::chrono::system_clock::now(); }
 
 }  // namespace
 
@@ -47,24 +47,24 @@ void AppcastUpdater::Close() noexcept {
 }
 
 void AppcastUpdater::ReportRelaunch() {
-  const std::string installed = defaults_.InstalledVersion();
+  const std::string installed = defaults_.installedVersion.Get();
   if (installed.empty() || std::is_lt(CompareVersions(ReadUpdateInformation().version, installed))) return;
-  defaults_.SetInstalledVersion({});
+  defaults_.installedVersion.Set({});
   if (delegate_ != nullptr) delegate_->RelaunchedApplication();
 }
 
 // ---- Automatic checks
 
-void AppcastUpdater::SetAutomaticallyChecks(bool automatically) { defaults_.SetAutomaticallyChecks(automatically); }
+void AppcastUpdater::SetAutomaticallyChecks(bool automatically) { defaults_.automaticallyChecks.Set(automatically); }
 
 void AppcastUpdater::ResetUpdateCycle() {
-  if (delegate_ == nullptr || !defaults_.AutomaticallyChecks()) return timer_.Set(std::nullopt);
+  if (delegate_ == nullptr || !defaults_.automaticallyChecks.Get()) return timer_.Set(std::nullopt);
   timer_.Set(NextCheck().time_since_epoch());
 }
 
-UpdateDefaults::Time AppcastUpdater::NextCheck() const {
-  const auto last = defaults_.LastCheck();
-  // A last check in the future was made before the clock was set back.
+TimeDefault::Time AppcastUpdater::NextCheck() const {
+  const auto last = defaults_.lastCheck.Get();
+  // If the last check is in the future, the clock has been set back.
   return last && *last <= Now() ? *last + interval_ : Now();
 }
 
@@ -76,7 +76,7 @@ void AppcastUpdater::CheckIfDue() {
 
 bool AppcastUpdater::Check(Kind kind, UpdaterInterface* interface) {
   if (delegate_ == nullptr) return false;
-  defaults_.SetLastCheck(Now());
+  defaults_.lastCheck.Set(Now());
   ResetUpdateCycle();
   if (!MayBegin(kind)) {
     TsLogTextInfo("A check for updates is left out because another one is running");
@@ -101,7 +101,7 @@ bool AppcastUpdater::Check(Kind kind, UpdaterInterface* interface) {
   }
   channel_ = delegate_->Channel();
   const std::string url = FeedAddress();
-  // The script that gives the parameters may have begun another check.
+  // The script that returns the parameters may have begun another check.
   if (number == number_) Fetch(url, kLongestFeed, [this](auto contents) { ReceiveFeed(std::move(contents)); });
   return true;
 }
@@ -118,14 +118,15 @@ void AppcastUpdater::Cancel() {
 }
 
 std::string AppcastUpdater::FeedAddress() {
-  const auto lastProfile = defaults_.LastProfileSubmission();
-  const bool sendsProfile = defaults_.SendsSystemProfile() && !(lastProfile && Now() - *lastProfile < kProfileInterval);
-  if (sendsProfile) defaults_.SetLastProfileSubmission(Now());
+  const auto lastProfile = defaults_.lastProfileSubmission.Get();
+  const bool sendsProfile =
+      defaults_.sendsSystemProfile.Get() && !(lastProfile && Now() - *lastProfile < kProfileInterval);
+  if (sendsProfile) defaults_.lastProfileSubmission.Set(Now());
   return WithParameters(information_.feedURL, delegate_->FeedParameters(sendsProfile));
 }
 
 UpdateSettings AppcastUpdater::Settings() const {
-  const std::string skipped = kind_ == Kind::Background ? defaults_.SkippedVersion() : std::string();
+  const std::string skipped = kind_ == Kind::Background ? defaults_.skippedVersion.Get() : std::string();
   return {information_.version, Version(), channel_, {kSystem, PreferredLanguages()}, skipped};
 }
 
@@ -163,7 +164,7 @@ void AppcastUpdater::FindNothing(const std::string& reason) {
 // ---- An installation
 
 void AppcastUpdater::Offer(const SharedInstallation& installation) {
-  const bool isAutomatic = kind_ != Kind::Information && defaults_.AutomaticallyUpdates();
+  const bool isAutomatic = kind_ != Kind::Information && defaults_.automaticallyUpdates.Get();
   if (kind_ != Kind::User && !isAutomatic) return;
   if (installed_ && std::is_lteq(CompareVersions(installation->item.version, *installed_))) {
     Show([&](UpdaterInterface& interface) { interface.ShowInstalled(installation->item); });
@@ -191,7 +192,7 @@ void AppcastUpdater::Choose(const SharedInstallation& installation, UpdaterInter
   stage_ = Stage::Idle;
   const bool isSkipped = choice == UpdaterInterface::Choice::Skip;
   if (choice != UpdaterInterface::Choice::Later) {
-    defaults_.SetSkippedVersion(isSkipped ? installation->item.version : std::string());
+    defaults_.skippedVersion.Set(isSkipped ? installation->item.version : std::string());
   }
   if (choice == UpdaterInterface::Choice::Install) Install(installation);
 }
@@ -228,19 +229,15 @@ void AppcastUpdater::Verify(const SharedInstallation& installation) {
 
 void AppcastUpdater::Replace(const SharedInstallation& installation) {
   if (!Notify([&](UpdaterDelegate& delegate) { delegate.WillInstallUpdate(installation->item); })) return;
-  // Before the file is replaced: its next start is the new version's, even if this process doesn't get further.
-  defaults_.SetInstalledVersion(installation->item.version);
-  InBackground(
-      [installation] {
-        const auto error = ReplaceFile(installation->target, installation->bytes);
-        if (error) installation->outcome = Fail(error.value(), error.message());
-      },
-      [installation, this] { EndReplacement(installation); });
+  // Before replacing the file: the next launch is the new version's, even if this process ends meanwhile.
+  defaults_.installedVersion.Set(installation->item.version);
+  InBackground([installation] { installation->outcome = ReplaceFile(installation->target, installation->bytes); },
+               [installation, this] { EndReplacement(installation); });
 }
 
 void AppcastUpdater::EndReplacement(const SharedInstallation& installation) {
   if (!installation->outcome) {
-    defaults_.SetInstalledVersion({});
+    defaults_.installedVersion.Set({});
     return Refuse(installation, installation->outcome.error().message);
   }
   stage_ = Stage::Idle;
@@ -255,7 +252,7 @@ void AppcastUpdater::Refuse(const SharedInstallation& installation, const std::s
   Show([&](UpdaterInterface& interface) { interface.ShowFailure(sentence); });
 }
 
-// ----
+// ---- Helpers
 
 void AppcastUpdater::Fetch(const std::string& url, std::size_t limit, Download::Done done,
                            Download::Progress progress) {

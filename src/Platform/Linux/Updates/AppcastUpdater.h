@@ -15,7 +15,7 @@
 
 namespace tessaro::platform {
 
-// The updater of a system that has none of its own.
+// Updates an AppImage from a feed: Linux has no updater framework.
 class AppcastUpdater final : public Updater {
  public:
   AppcastUpdater();
@@ -34,11 +34,11 @@ class AppcastUpdater final : public Updater {
   void Close() noexcept;
 
  private:
-  // The later ones do more.
+  // In ascending precedence.
   enum class Kind { Information, Background, User };
   enum class Stage { Idle, Fetching, Asking, Installing };
 
-  // An update on its way onto the disk.
+  // An update that is being downloaded and installed.
   struct Installation {
     AppcastItem item;
     UpdateFile file;
@@ -51,7 +51,7 @@ class AppcastUpdater final : public Updater {
 
   void ReportRelaunch();
   void CheckIfDue();
-  [[nodiscard]] UpdateDefaults::Time NextCheck() const;
+  [[nodiscard]] TimeDefault::Time NextCheck() const;
 
   bool Check(Kind kind, UpdaterInterface* interface);
   [[nodiscard]] bool MayBegin(Kind kind) const;

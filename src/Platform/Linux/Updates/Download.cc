@@ -53,7 +53,7 @@ void Download::Ended(Result<void> result) noexcept {
 
 void Download::End(Result<std::string> contents) {
   transfer_.reset();
-  // The receiver may destroy this object, and the function with it.
+  // The callback may destroy this object, and itself with it.
   const Done done = done_;
   done(std::move(contents));
 }

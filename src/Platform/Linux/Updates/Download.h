@@ -10,8 +10,8 @@
 
 namespace tessaro::platform {
 
-// Fetches the contents of a URL into memory: what has been verified there can't be exchanged before it is used.
-// Redirects are followed as long as they lead to trustworthy addresses. Main thread only; destroying it cancels.
+// Fetches the contents of a URL into memory, where they can't be exchanged between verification and use. Follows
+// redirects to trustworthy addresses only. Main thread only; destroying it cancels.
 class Download final : private HTTPTransferClient {
  public:
   // Called once, from the event loop; may destroy the download.

@@ -23,30 +23,39 @@ struct UpdateInformation {
 // The user's languages, the preferred one first.
 [[nodiscard]] std::vector<std::string> PreferredLanguages();
 
-class UpdateDefaults {
- public:
+// Values in the user defaults. Times and versions are on the disk as soon as they are set: a process that ends soon
+// after a check must not check again at its next launch.
+struct FlagDefault {
+  const char* key;
+
+  [[nodiscard]] bool Get() const;
+  void Set(bool value) const;
+};
+
+struct TimeDefault {
   using Time = std::chrono::system_clock::time_point;
+  const char* key;
 
-  [[nodiscard]] bool AutomaticallyChecks() const;
-  void SetAutomaticallyChecks(bool automatically);
+  [[nodiscard]] std::optional<Time> Get() const;
+  void Set(Time time) const;
+};
 
-  [[nodiscard]] bool AutomaticallyUpdates() const;
+struct VersionDefault {
+  const char* key;
 
-  [[nodiscard]] std::optional<Time> LastCheck() const;
-  void SetLastCheck(Time time);
+  // Empty for none.
+  [[nodiscard]] std::string Get() const;
+  void Set(const std::string& version) const;
+};
 
-  [[nodiscard]] bool SendsSystemProfile() const;
-  [[nodiscard]] std::optional<Time> LastProfileSubmission() const;
-  void SetLastProfileSubmission(Time time);
-
-  // The version that the user does not want to be offered in the background; empty for none.
-  [[nodiscard]] std::string SkippedVersion() const;
-  void SetSkippedVersion(const std::string& version);
-
-  // The version that was installed and has not been started yet; empty for none. It is on the disk as soon as it is
-  // set.
-  [[nodiscard]] std::string InstalledVersion() const;
-  void SetInstalledVersion(const std::string& version);
+struct UpdateDefaults {
+  FlagDefault automaticallyChecks{"SUEnableAutomaticChecks"};
+  FlagDefault automaticallyUpdates{"SUAutomaticallyUpdate"};
+  FlagDefault sendsSystemProfile{"SUSendProfileInfo"};
+  TimeDefault lastCheck{"SULastCheckTime"};
+  TimeDefault lastProfileSubmission{"SULastProfileSubmissionDate"};
+  VersionDefault skippedVersion{"SUSkippedVersion"};      // not to be offered in the background
+  VersionDefault installedVersion{"SUInstalledVersion"};  // not started yet
 };
 
 }  // namespace tessaro::platform

@@ -9,49 +9,22 @@ namespace tessaro::platform {
 
 namespace {
 
-NSString* const kFeedURL = @"SUFeedURL";
-NSString* const kPublicKey = @"SUPublicEDKey";
-
-NSString* const kAutomaticallyChecks = @"SUEnableAutomaticChecks";
-NSString* const kAutomaticallyUpdates = @"SUAutomaticallyUpdate";
-NSString* const kLastCheck = @"SULastCheckTime";
-NSString* const kSendsProfile = @"SUSendProfileInfo";
-NSString* const kLastProfileSubmission = @"SULastProfileSubmissionDate";
-NSString* const kInstalledVersion = @"SUInstalledVersion";
-NSString* const kSkippedVersion = @"SUSkippedVersion";
-
-NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
-
 std::string InformationText(NSString* key) {
   return TsStdString(As<NSString>([[NSBundle mainBundle] objectForInfoDictionaryKey:key]));
 }
 
-std::optional<UpdateDefaults::Time> TimeFor(NSString* key) {
-  NSDate* date = As<NSDate>([Defaults() objectForKey:key]);
-  if (date == nil) return std::nullopt;
-  return std::chrono::system_clock::from_time_t(static_cast<time_t>([date timeIntervalSince1970]));
-}
+id ObjectFor(const char* key) { return [[NSUserDefaults standardUserDefaults] objectForKey:TsNSString(key)]; }
 
-// A feed may call a version anything, even bytes that are no text.
-void SetVersion(NSString* key, const std::string& version) {
-  NSString* text = [NSString stringWithUTF8String:version.c_str()];
-  if ([text length] == 0) {
-    [Defaults() removeObjectForKey:key];
-  } else {
-    [Defaults() setObject:text forKey:key];
-  }
-  [Defaults() synchronize];
-}
-
-void SetTime(NSString* key, UpdateDefaults::Time time) {
-  const auto seconds = static_cast<NSTimeInterval>(std::chrono::system_clock::to_time_t(time));
-  [Defaults() setObject:[NSDate dateWithTimeIntervalSince1970:seconds] forKey:key];
+void SetObject(id object, const char* key) {
+  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
+  object != nil ? [defaults setObject:object forKey:TsNSString(key)] : [defaults removeObjectForKey:TsNSString(key)];
+  [defaults synchronize];
 }
 
 }  // namespace
 
 UpdateInformation ReadUpdateInformation() {
-  return {InformationText(kFeedURL), InformationText(kPublicKey), InformationText(@"CFBundleVersion"),
+  return {InformationText(@"SUFeedURL"), InformationText(@"SUPublicEDKey"), InformationText(@"CFBundleVersion"),
           TsStdString([[NSBundle mainBundle] bundlePath])};
 }
 
@@ -61,38 +34,29 @@ std::vector<std::string> PreferredLanguages() {
   return languages;
 }
 
-bool UpdateDefaults::AutomaticallyChecks() const { return [Defaults() boolForKey:kAutomaticallyChecks]; }
+bool FlagDefault::Get() const { return [[NSUserDefaults standardUserDefaults] boolForKey:TsNSString(key)]; }
 
-void UpdateDefaults::SetAutomaticallyChecks(bool automatically) {
-  [Defaults() setBool:automatically forKey:kAutomaticallyChecks];
+void FlagDefault::Set(bool value) const {
+  [[NSUserDefaults standardUserDefaults] setBool:value forKey:TsNSString(key)];
 }
 
-bool UpdateDefaults::AutomaticallyUpdates() const { return [Defaults() boolForKey:kAutomaticallyUpdates]; }
-
-std::optional<UpdateDefaults::Time> UpdateDefaults::LastCheck() const { return TimeFor(kLastCheck); }
-
-void UpdateDefaults::SetLastCheck(Time time) {
-  SetTime(kLastCheck, time);
-  // Otherwise a process that ends soon would check again at its next launch.
-  [Defaults() synchronize];
+std::optional<TimeDefault::Time> TimeDefault::Get() const {
+  NSDate* date = As<NSDate>(ObjectFor(key));
+  if (date == nil) return std::nullopt;
+  return std::chrono::system_clock::from_time_t(static_cast<time_t>([date timeIntervalSince1970]));
 }
 
-bool UpdateDefaults::SendsSystemProfile() const { return [Defaults() boolForKey:kSendsProfile]; }
-
-std::optional<UpdateDefaults::Time> UpdateDefaults::LastProfileSubmission() const {
-  return TimeFor(kLastProfileSubmission);
+void TimeDefault::Set(Time time) const {
+  const auto seconds = static_cast<NSTimeInterval>(std::chrono::system_clock::to_time_t(time));
+  SetObject([NSDate dateWithTimeIntervalSince1970:seconds], key);
 }
 
-void UpdateDefaults::SetLastProfileSubmission(Time time) { SetTime(kLastProfileSubmission, time); }
+std::string VersionDefault::Get() const { return TsStdString(As<NSString>(ObjectFor(key))); }
 
-std::string UpdateDefaults::SkippedVersion() const { return TsStdString([Defaults() stringForKey:kSkippedVersion]); }
-
-void UpdateDefaults::SetSkippedVersion(const std::string& version) { SetVersion(kSkippedVersion, version); }
-
-std::string UpdateDefaults::InstalledVersion() const {
-  return TsStdString([Defaults() stringForKey:kInstalledVersion]);
+// A feed's version may be any bytes, not only UTF-8.
+void VersionDefault::Set(const std::string& version) const {
+  NSString* text = [NSString stringWithUTF8String:version.c_str()];
+  SetObject([text length] > 0 ? text : nil, key);
 }
-
-void UpdateDefaults::SetInstalledVersion(const std::string& version) { SetVersion(kInstalledVersion, version); }
 
 }  // namespace tessaro::platform

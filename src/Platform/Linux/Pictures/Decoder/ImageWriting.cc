@@ -1,14 +1,12 @@
 #include "Platform/Linux/Pictures/Decoder/ImageWriting.h"
 
-#include <system_error>
-
 #include "Platform/FileWriting.h"
 
 namespace tessaro::platform {
 
 Result<std::string> WritePictureFile(const std::string& path, std::string_view contents) {
-  const std::error_code error = ReplaceTransientFile(path, contents);
-  if (error) return Fail(error.value(), path + ": " + error.message());
+  const auto written = ReplaceTransientFile(path, contents);
+  if (!written) return Fail(written.error().code, path + ": " + written.error().message);
   return path;
 }
 
