@@ -1,6 +1,6 @@
 #pragma once
 
-// The parts of CompleteAppKit() that exchange methods: one for each class that needs them. Each is called once.
+// The parts of CompleteAppKit() that exchange methods, one for each class. Called once.
 namespace tessaro::platform {
 
 void CompleteApplication();

@@ -9,7 +9,7 @@ namespace tessaro::platform {
 
 namespace {
 
-// Menus that are there already have been measured by GNUstep's rules.
+// GNUstep has measured the existing menus by its own rules.
 void MeasureAgain(NSMenu* menu) {
   for (NSMenuItem* item in [menu itemArray]) {
     [menu itemChanged:item];

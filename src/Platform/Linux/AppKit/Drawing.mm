@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-// GNUstep draws into windows only: what a focused image has been given is read back.
+// GNUstep draws into windows only: read the pixels back from a focused image.
 namespace tessaro::platform {
 
 Ref<NSBitmapImageRep> DrawPixels(NSSize size, const std::function<void()>& draw) {

@@ -11,7 +11,7 @@
 
 @implementation NSApplication (Completion)
 
-// GNUstep uses an uninitialised event for a missing one, and hands it out.
+// GNUstep returns an uninitialised event in place of nil.
 - (NSEvent*)currentEvent {
   return static_cast<int>([_current_event type]) == 0 ? nil : _current_event;
 }
@@ -27,7 +27,7 @@ ReplacedMethod<BOOL (*)(NSApplication*, SEL)> isHidden;
 
 bool wasHidden = false;
 
-// Other windows, as the icons of miniaturized ones, stay while the application is hidden.
+// Other windows, such as the icons of miniaturized ones, stay on screen while the application is hidden.
 bool HasWindowOnScreen(NSApplication* application) {
   for (NSWindow* window in [application windows]) {
     const bool canHide = ([window styleMask] & NSMiniaturizableWindowMask) != 0;
@@ -36,8 +36,8 @@ bool HasWindowOnScreen(NSApplication* application) {
   return false;
 }
 
-// An application without an icon of its own on the desktop is hidden by miniaturizing its windows, which GNUstep
-// doesn't count as hiding. Whichever window comes back shows the application again.
+// GNUstep hides an application without a desktop icon by miniaturizing its windows, but does not report the application
+// as hidden. Any window that comes back shows the application again.
 void Hide(NSApplication* application, SEL selector, id sender) {
   hide(application, selector, sender);
   wasHidden = true;

@@ -4,8 +4,8 @@
 
 #include <functional>
 
-// GNUstep has no event monitors. As Cocoa's they see each event that the application is about to dispatch, before its
-// own sendEvent:, the latest monitor first, and hand on the event, another one in its place, or nil for none.
+// GNUstep has no event monitors. Like Cocoa's, these get each event before the application's sendEvent:, the latest
+// monitor first, and return the event, a replacement, or nil to stop the event.
 @interface NSEvent (Completion)
 
 // The caller does not own the monitor. `handler` must not throw C++ exceptions.

@@ -63,7 +63,7 @@ void WatchEvents() {
 
 @implementation NSEvent (Completion)
 
-// GNUstep's own says that nothing is held.
+// GNUstep's own always returns 0.
 + (NSEventModifierFlags)modifierFlags {
   const auto held = tessaro::platform::CurrentModifiers();
   return (held.command ? NSCommandKeyMask : 0) | (held.option ? NSAlternateKeyMask : 0) |

@@ -2,8 +2,8 @@
 
 #import <AppKit/NSImage.h>
 
-// Images that are only a shape, drawn in the colour of their surroundings. As on a Mac, an image whose name ends with
-// "Template" is one by default.
+// Template images are shapes, drawn in the colour of their surroundings. As on a Mac, an image whose name ends with
+// "Template" is a template by default.
 @interface NSImage (Template)
 
 - (BOOL)isTemplate;

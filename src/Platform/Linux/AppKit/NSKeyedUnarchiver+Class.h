@@ -4,7 +4,7 @@
 
 @class NSError;
 
-// GNUstep's unarchiver trusts archives: it instantiates every class that they name, and follows references out of
+// GNUstep's unarchiver trusts archives: it instantiates any class that an archive names, and follows references out of
 // bounds.
 @interface NSKeyedUnarchiver (Class)
 

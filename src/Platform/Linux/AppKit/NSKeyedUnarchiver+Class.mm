@@ -11,7 +11,7 @@ using tessaro::platform::IsSoundBinaryPropertyList;
 
 namespace {
 
-// More than any flat object takes; less than GNUstep's text reader needs to exhaust the stack with nested brackets.
+// Enough for any flat object, and too short for nested brackets that exhaust the stack of GNUstep's text reader.
 constexpr std::size_t kMostBytes = 16384;
 
 // GNUstep also reads forms of its own; one of them instantiates any class.
@@ -36,7 +36,7 @@ bool IsFlat(NSDictionary* object) {
   return true;
 }
 
-// nil when the data are no property list.
+// nil for data that are no property list.
 id PropertyList(NSData* data) {
   if (!IsReadable(data)) return nil;
   return [NSPropertyListSerialization propertyListWithData:data

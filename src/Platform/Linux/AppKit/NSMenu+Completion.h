@@ -6,15 +6,15 @@
 
 - (void)removeAllItems;
 
-// Shows the menu with its upper left corner, whatever `item` is, at a point of the view, and follows the mouse until it
-// chooses or leaves. Whether something was chosen is not known.
+// Shows the menu with its upper left corner at a point of the view, and tracks the mouse until the menu closes. Ignores
+// `item`. Always NO: GNUstep does not report whether the user chose an item.
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view;
 
 @end
 
 namespace tessaro::platform {
 
-// Says to the menu's delegate that it opens, unless it is open.
+// Sends -menuWillOpen: to the delegate of a closed menu.
 void MenuWillOpen(NSMenu* menu);
 
 }  // namespace tessaro::platform

@@ -14,7 +14,7 @@
 
 namespace {
 
-// On the screen as a whole, if it is not larger.
+// Keeps a menu that fits on the screen entirely on the screen.
 NSPoint OriginOnScreen(NSPoint corner, NSSize size, NSRect screen) {
   return {std::max(std::min(corner.x, NSMaxX(screen) - size.width), NSMinX(screen)),
           std::max(std::min(corner.y, NSMaxY(screen)) - size.height, NSMinY(screen))};
@@ -44,7 +44,7 @@ NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view {
   NSWindow* window = [view window];
   const NSPoint inWindow = [view convertPoint:location toView:nil];
-  // It appears at the mouse, and is tracked where it stands.
+  // GNUstep shows the menu at the mouse: move it before tracking begins.
   [self displayTransient];
   NSMenuView* shown = [self menuRepresentation];
   [[shown window] setFrameOrigin:OriginOnScreen([window convertBaseToScreen:inWindow], [[shown window] frame].size,
@@ -117,8 +117,8 @@ void CloseTransient(NSMenu* menu, SEL selector) {
 
 ReplacedMethod<void (*)(NSMenu*, SEL, NSMenuItem*)> itemChanged;
 
-// GNUstep validates all items of a menu each time that one of them changes, and once more when the menu opens. It
-// doesn't while the menu's messages are off.
+// GNUstep validates all items of a menu whenever one changes, and again when the menu opens. Turning the menu's
+// messages off prevents the former.
 void ItemChanged(NSMenu* menu, SEL selector, NSMenuItem* item) {
   const BOOL sendsMessages = [menu menuChangedMessagesEnabled];
   [menu setMenuChangedMessagesEnabled:NO];
@@ -133,7 +133,7 @@ void ItemChanged(NSMenu* menu, SEL selector, NSMenuItem* item) {
 bool Perform(NSMenu* menu, NSInteger index) {
   [menu update];
   if (![[menu itemAtIndex:index] isEnabled]) return false;
-  // Not performActionWithHighlightingForItemAtIndex:, which keeps the application from work for a tenth of a second.
+  // performActionWithHighlightingForItemAtIndex: would block the application for a tenth of a second.
   [menu performActionForItemAtIndex:index];
   return true;
 }

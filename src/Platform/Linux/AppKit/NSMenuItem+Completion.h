@@ -2,8 +2,8 @@
 
 #import <AppKit/NSMenuItem.h>
 
-// GNUstep's items can't be hidden, and keep only the text of an attributed title. A hidden item keeps its place in its
-// menu, but is not shown, and has no key equivalent.
+// GNUstep cannot hide menu items, and keeps only the text of an attributed title. A hidden item stays in its menu, but
+// is not shown, and its key equivalent does nothing.
 @interface NSMenuItem (Completion)
 
 - (BOOL)isHidden;

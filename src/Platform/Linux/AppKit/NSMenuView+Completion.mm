@@ -28,7 +28,7 @@ CGFloat HeightForItem(NSMenuView* view, SEL selector, NSInteger index) {
   return IsHidden(view, index) ? 0 : heightForItem(view, selector, index);
 }
 
-// In a menu bar the items behind a hidden one close up to it; in a column their height does it.
+// In a menu bar, items move left over the hidden items before them. In a column, hidden items have no height.
 NSRect RectOfItem(NSMenuView* view, SEL selector, NSInteger index) {
   NSRect rect = rectOfItem(view, selector, index);
   if (![view isHorizontal]) return rect;
@@ -39,7 +39,7 @@ NSRect RectOfItem(NSMenuView* view, SEL selector, NSInteger index) {
   return rect;
 }
 
-// GNUstep redraws only the changed item, although its neighbours may have to move, and measures the whole menu at once.
+// GNUstep measures the whole menu at each change and redraws only the changed item, although others may have to move.
 void RedrawChangedItem(NSMenuView* view, SEL, NSNotification* notification) {
   const NSInteger index = [[[notification userInfo] objectForKey:@"NSMenuItemIndex"] integerValue];
   NSMenuItemCell* cell = [view menuItemCellForItemAtIndex:index];

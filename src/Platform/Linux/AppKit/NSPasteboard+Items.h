@@ -6,14 +6,13 @@
 // GNUstep's pasteboards hold types, not items.
 @interface NSPasteboard (Items)
 
-// An item of type "public.file-url" for each file, and where there are no files one that offers all types. The first
-// item of several offers all types too.
+// One item for each file, of type "public.file-url". The first item, or the only one without files, offers all types.
 - (NSArray*)pasteboardItems;
 
 - (NSInteger)clearContents;
 
-// Declares the types of all items and sets their data; for a type of several items the first item's. Files are written
-// as one list of file names.
+// Declares the types of all items and sets their data; the first item with a type wins. Files are written as one list
+// of file names.
 - (BOOL)writeObjects:(NSArray*)items;
 
 @end

@@ -2,10 +2,6 @@
 
 #import <AppKit/AppKit.h>
 
-#include <algorithm>
-#include <memory>
-#include <vector>
-
 #include "Base/Ref.h"
 #include "Platform/Linux/AppKit/SideTable.h"
 
@@ -13,7 +9,7 @@
 
 static NSString* const kFileURLType = @"public.file-url";
 
-// GNUstep returns the pasteboard server's own list, a proxy that can't be enumerated.
+// GNUstep returns a proxy of the pasteboard server's list, which can't be enumerated.
 static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
   NSArray* remote = [pasteboard types];
   const NSUInteger count = [remote count];
@@ -24,51 +20,35 @@ static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
 
 namespace {
 
-struct TypedData {
-  Ref<NSString> type;
-  Ref<NSData> data;
+struct Contents {
+  Ref<NSArray> types;
+  Ref<NSDictionary> data;  // by type
 };
 
-using TypesInOrder = std::shared_ptr<std::vector<TypedData>>;
-using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, TypesInOrder>;
-
-TypesInOrder ContentsOf(NSPasteboardItem* item) {
-  TypesInOrder contents = ItemContents::Shared().Get(item);
-  if (contents) return contents;
-  contents = std::make_shared<std::vector<TypedData>>();
-  ItemContents::Shared().Set(item, contents);
-  return contents;
-}
-
-TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
-  const auto found = std::find_if(contents.begin(), contents.end(),
-                                  [type](const TypedData& each) { return [each.type isEqualToString:type]; });
-  return found == contents.end() ? nullptr : &*found;
-}
+using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, Contents>;
 
 }  // namespace
 
-// GNUstep's own items have only promised types, in no order.
+// GNUstep's items have only promised types, in no order.
 @interface NSPasteboardItem (Contents)
 @end
 
 @implementation NSPasteboardItem (Contents)
 
 - (NSArray*)types {
-  NSMutableArray* types = [NSMutableArray array];
-  for (const TypedData& each : *ContentsOf(self)) [types addObject:each.type];
-  return types;
+  NSArray* types = ItemContents::Shared().Get(self).types.Autoreleased();
+  return types != nil ? types : @[];
 }
 
 - (BOOL)setData:(NSData*)data forType:(NSString*)type {
   if (data == nil || type == nil) return NO;
-  const TypesInOrder contents = ContentsOf(self);
-  auto copy = Copy(data);
-  if (TypedData* known = Find(*contents, type)) {
-    known->data = std::move(copy);
-  } else {
-    contents->push_back({Copy(type), std::move(copy)});
-  }
+  ItemContents::Shared().Change(self, [&](Contents& contents) {
+    NSArray* types = contents.types ? contents.types.get() : @[];
+    if (![types containsObject:type]) contents.types = Retain([types arrayByAddingObject:Copy(type)]);
+    NSMutableDictionary* all = [NSMutableDictionary dictionaryWithDictionary:contents.data];
+    [all setObject:Copy(data) forKey:type];
+    contents.data = Retain<NSDictionary>(all);
+  });
   return YES;
 }
 
@@ -77,8 +57,8 @@ TypedData* Find(std::vector<TypedData>& contents, NSString* type) {
 }
 
 - (NSData*)dataForType:(NSString*)type {
-  const TypedData* found = Find(*ContentsOf(self), type);
-  return found == nullptr ? nil : found->data.get();
+  NSDictionary* data = ItemContents::Shared().Get(self).data.Autoreleased();
+  return [data objectForKey:type];
 }
 
 - (NSString*)stringForType:(NSString*)type {

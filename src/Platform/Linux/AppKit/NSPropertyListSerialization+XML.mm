@@ -19,7 +19,7 @@ NSString* Escaped(NSString* string) {
   return [NSString stringWithCharacters:reinterpret_cast<const unichar*>(escaped->data()) length:escaped->size()];
 }
 
-// The same list with its texts escaped. The writer refuses what is no property list.
+// The same list with its texts escaped. The writer rejects objects that are no property list.
 id EscapedList(id list) {
   if ([list isKindOfClass:[NSString class]]) return Escaped(list);
   if ([list isKindOfClass:[NSArray class]]) {
@@ -48,7 +48,7 @@ NSData* WriteLossless(id self, SEL selector, id list, NSPropertyListFormat forma
 
 }  // namespace
 
-// GNUstep's writer splits characters outside the basic plane so that its reader can't join them, and drops texts with a
+// GNUstep's writer splits characters outside the basic plane, which its reader can't rejoin, and drops texts with a
 // lone surrogate: user defaults would lose every emoji.
 @interface NSPropertyListSerialization (LosslessXML)
 @end

@@ -2,14 +2,14 @@
 
 #import <AppKit/NSToolbar.h>
 
-// No system but macOS has such an item; toolbars leave it out.
+// Only macOS has this item; toolbars leave it out.
 extern "C" NSString* const NSToolbarCloudSharingItemIdentifier;
 
-// The methods are those that GNUstep looks for.
+// GNUstep declares no such protocol, but calls its methods.
 @protocol NSToolbarDelegate <NSObject>
 @end
 
-// GNUstep knows no extensions that could bring items. The switch is kept, so that it reads as it was set.
+// GNUstep has no extension items. The flag is only stored.
 @interface NSToolbar (Completion)
 
 - (BOOL)allowsExtensionItems;

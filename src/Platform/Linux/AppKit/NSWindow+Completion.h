@@ -4,10 +4,10 @@
 #import <AppKit/NSTitlebarAccessoryViewController.h>
 #import <AppKit/NSWindow.h>
 
-// GNUstep doesn't announce that a window has moved to a screen of another resolution.
+// GNUstep never posts this notification.
 extern "C" NSString* const NSWindowDidChangeBackingPropertiesNotification;
 
-// GNUstep tells view controllers nothing about their views.
+// GNUstep does not call these methods.
 @interface NSViewController (Appearance)
 
 - (void)viewDidAppear;
@@ -17,7 +17,7 @@ extern "C" NSString* const NSWindowDidChangeBackingPropertiesNotification;
 
 @interface NSTitlebarAccessoryViewController (Layout)
 
-// Accessories stand at the right end, whatever this says.
+// Ignored: accessories stand at the right end.
 - (NSLayoutAttribute)layoutAttribute;
 - (void)setLayoutAttribute:(NSLayoutAttribute)attribute;
 
@@ -28,7 +28,7 @@ extern "C" NSString* const NSWindowDidChangeBackingPropertiesNotification;
 // GNUstep attaches one sheet at most.
 - (NSArray*)sheets;
 
-// GNUstep's windows have no tabs. The value is only kept.
+// GNUstep's windows have no tabs. The flag is only stored.
 + (BOOL)allowsAutomaticWindowTabbing;
 + (void)setAllowsAutomaticWindowTabbing:(BOOL)allows;
 

@@ -6,8 +6,8 @@
 
 namespace tessaro::platform {
 
-// A method of GNUstep's that a function of ours replaces. Calling the object runs GNUstep's own, which also stays a
-// method of the class, by the name "ts_gnustep_…".
+// Replaces a method of GNUstep's by a function. Calling the object runs GNUstep's method, which the class keeps under
+// the name "ts_gnustep_…".
 template <typename Function>
 class ReplacedMethod {
  public:

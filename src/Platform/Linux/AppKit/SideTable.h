@@ -11,9 +11,8 @@
 
 namespace tessaro::platform {
 
-// Properties that a class of GNUstep lacks, for those of its instances that have been given some; they end with their
-// object. (This run time has no associated objects.) There is one table for each pair of `Owner`, the class, and
-// `Value`. Thread-safe.
+// Stores a `Value` for instances of `Owner`, a class of GNUstep, until they are deallocated: this run time has no
+// associated objects. One table for each pair of types. Thread-safe.
 template <typename Owner, typename Value>
 class SideTable {
  public:
@@ -49,7 +48,7 @@ class SideTable {
   }
 
   void Forget(Owner* owner) {
-    Value last{};  // its end may need the table
+    Value last{};  // destroyed after the lock is released: its destructor may use the table
     const std::lock_guard lock(mutex_);
     const auto found = values_.find(owner);
     if (found == values_.end()) return;

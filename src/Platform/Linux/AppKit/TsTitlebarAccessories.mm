@@ -14,7 +14,7 @@
   _controllers = Adopt([[NSMutableArray alloc] init]);
   [self observe:NSWindowDidResizeNotification of:window with:@selector(place:)];
   [self observe:NSWindowWillCloseNotification of:window with:@selector(windowWillClose:)];
-  // A toolbar that comes or goes moves the content.
+  // Showing or hiding the toolbar moves the content.
   [self observe:NSViewFrameDidChangeNotification of:[window contentView] with:@selector(place:)];
   return self;
 }

@@ -12,12 +12,12 @@ namespace tessaro::platform {
 
 constexpr char kClipboard[] = "CLIPBOARD";
 
-// This process's clipboard contents. Main thread only: other programs are served from a copy, and the main
-// thread is asked only for what that lacks.
+// This process's clipboard contents. Main thread only: other programs read a copy, and wait for the main thread only
+// for targets that the copy lacks.
 class ClipboardOffer {
  public:
   // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
-  // `owner`, which may be nil, provides data that aren't set when they are first asked for.
+  // `owner`, which may be nil, provides the data of a type when another program first requests them.
   [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner);
 
   // Whether no other program has taken the clipboard since.
@@ -28,7 +28,7 @@ class ClipboardOffer {
   // False for a type that has not been declared.
   [[nodiscard]] bool Set(NSString* type, NSData* data);
 
-  // Asks the owner for what is not set; nil when the owner has none either.
+  // Requests data that are not set from the owner; nil when the owner has none either.
   [[nodiscard]] NSData* Get(NSString* type);
 
   ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner);
@@ -36,7 +36,7 @@ class ClipboardOffer {
  private:
   class Copies;
 
-  // Has the owner provide all types that give the target.
+  // Requests all types of the target from the owner.
   void Provide(const std::string& target);
   void AskOwner(NSString* type);
   void Lose();

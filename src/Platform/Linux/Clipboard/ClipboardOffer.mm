@@ -59,7 +59,7 @@ ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owne
 std::shared_ptr<ClipboardOffer> ClipboardOffer::Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
   auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
   if (!Selections::Shared().IsAvailable()) return offer;
-  // Only the main thread may own the offer: with it Cocoa's objects end.
+  // Other threads get weak references: the offer's Cocoa objects must be released on the main thread.
   const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
     MainQueue::Shared().Post([weak, task = std::move(task)] {
       if (const auto current = weak.lock()) task(*current);

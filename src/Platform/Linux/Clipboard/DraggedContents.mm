@@ -3,7 +3,6 @@
 #import <AppKit/AppKit.h>
 
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
-#include "Platform/Linux/Clipboard/ForeignContents.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
 
 namespace tessaro::platform {
@@ -12,11 +11,11 @@ namespace {
 
 constexpr char kDragged[] = "XdndSelection";
 
-// The user is in the middle of a movement, and the application waits.
+// Short: the application waits while the user drags.
 constexpr SelectionLimits kLimits{
     .answer = std::chrono::milliseconds(500), .whole = std::chrono::milliseconds(1000), .bytes = 16 << 20};
 
-// Also when nothing comes: files of an earlier drag must not be taken for those of this one.
+// Clears the pasteboard when the other program sends nothing: it may hold the files of an earlier drag.
 void FillDragPasteboard() {
   const auto fetched = ForeignData(kDragged, NSFilenamesPboardType, kLimits);
   const Ref<NSData> files = fetched.value_or(nullptr);
@@ -44,11 +43,11 @@ void SetupDragInfo(id dragView, SEL selector, void* xEvent) {
   FillDragPasteboard();
 }
 
-// GNUstep lets the drag pasteboard go before the view learns that the drag has left.
+// GNUstep releases the drag pasteboard before the view gets -draggingExited:.
 void KeepDragInfo(id, SEL) {}
 
-// GNUstep enters the view at the first move, and takes an entering event, which has no place, for a move to the corner
-// of the window.
+// GNUstep sends -draggingEntered: at the first move. It would take the entering event, which has no location, for a
+// move to the corner of the window.
 void SendEvent(NSWindow* window, SEL selector, NSEvent* event) {
   const bool isEntering = [event type] == NSAppKitDefined && [event subtype] == GSAppKitDraggingEnter;
   if (isEntering && NSEqualPoints([event locationInWindow], NSZeroPoint)) return;

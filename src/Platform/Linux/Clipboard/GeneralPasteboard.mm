@@ -5,7 +5,6 @@
 
 #include "Base/Lifetime.h"
 #include "Platform/Linux/Clipboard/ClipboardOffer.h"
-#include "Platform/Linux/Clipboard/ForeignContents.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
 #include "Platform/Linux/Clipboard/Selections.h"
 
@@ -22,19 +21,18 @@ constexpr platform::SelectionLimits kLimits;
 
 bool IsText(NSString* type) { return [type isEqualToString:NSStringPboardType]; }
 
-// GNUstep has these in a form of its own.
+// GNUstep serialises these types as property lists.
 bool IsPropertyList(NSString* type) {
   return [type isEqualToString:NSFilenamesPboardType] || [type isEqualToString:NSURLPboardType];
 }
 
 }  // namespace
 
-// The general pasteboard of this process: the X server's clipboard. What the process puts there it serves to
-// other programs for as long as it runs, and leaves to a clipboard manager. What another program has copied is fetched
-// from that program, type by type and only on request. Without a display it is a
-// pasteboard of this process alone.
+// The general pasteboard of this process: the X server's clipboard. The process serves its own contents to other
+// programs while it runs, and hands them to a clipboard manager at its end. Contents of another program are fetched
+// from that program, type by type and only on request. Without a display the pasteboard is private to this process.
 //
-// Data of texts are their UTF-8, exactly as the other program has them. A program that doesn't answer in time raises
+// Data of texts are UTF-8, unchanged from the other program. A program that doesn't answer in time raises
 // NSPasteboardCommunicationException.
 @interface TsGeneralPasteboard : NSPasteboard {
   std::shared_ptr<platform::ClipboardOffer> _offer;  // null once another program has the clipboard
@@ -111,7 +109,7 @@ bool IsPropertyList(NSString* type) {
   return IsText(type) ? [self setString:value forType:type] : [super setPropertyList:value forType:type];
 }
 
-// The clipboard ends with its owner: a clipboard manager, if one runs, fetches the contents for the time after.
+// The clipboard's contents end with their owner, unless a clipboard manager fetches them now.
 - (void)saveContents {
   if ([self offer] == nullptr || !platform::Selections::Shared().IsAvailable()) return;
   static_cast<void>(platform::Selections::Shared().Read("CLIPBOARD_MANAGER", "SAVE_TARGETS", kLimits));

@@ -6,7 +6,7 @@
 #include <array>
 #include <string_view>
 
-#include "Base/Ref.h"
+#include "Platform/Linux/Clipboard/Selections.h"
 
 namespace tessaro::platform {
 
@@ -20,7 +20,7 @@ constexpr std::array<std::string_view, 6> kTextTargets = {
     "UTF8_STRING", "text/plain;charset=utf-8", "text/plain", kLatin1Text, "TEXT", "COMPOUND_TEXT",
 };
 
-// Answers about the selection itself.
+// Targets about the selection itself, not its contents.
 constexpr std::array<std::string_view, 12> kNoContents = {
     "TARGETS", "TIMESTAMP", "MULTIPLE", "SAVE_TARGETS", "DELETE",        "INSERT_SELECTION",
     "USER",    "HOST_NAME", "HOSTNAME", "OWNER_OS",     "CLIENT_WINDOW", "INSERT_PROPERTY",
@@ -73,7 +73,7 @@ Kind* Deserialized(NSData* data) {
   }
 }
 
-// Any program may have put anything there.
+// Other programs' lists may hold objects of any class.
 NSArray* StringsOf(id value) {
   NSMutableArray* strings = [NSMutableArray array];
   for (id each in As<NSArray>(value)) {
@@ -86,7 +86,7 @@ NSArray* StringsOf(id value) {
 
 bool IsLatin1(std::string_view target) { return target == kLatin1Text || target == "TEXT"; }
 
-// The bytes are UTF-8, or are meant to be.
+// The bytes should be UTF-8, but may be malformed.
 void AddText(NSData* data, TargetContents& contents) {
   const std::string utf8 = Bytes(data);
   for (const char* target : {"UTF8_STRING", "text/plain;charset=utf-8", "text/plain"}) contents.emplace(target, utf8);
@@ -206,6 +206,22 @@ NSString* TextOfData(NSData* data) {
   const std::string bytes = Bytes(data);
   NSString* text = Decoded(bytes, NSUTF8StringEncoding);
   return text != nil ? text : Decoded(bytes, NSISOLatin1StringEncoding);
+}
+
+Result<Ref<NSArray>> ForeignTypes(const std::string& selection, SelectionLimits limits) {
+  const auto targets = Selections::Shared().Targets(selection, limits);
+  if (!targets) return tl::unexpected(targets.error());
+  return Retain(TypesOfTargets(*targets));
+}
+
+Result<Ref<NSData>> ForeignData(const std::string& selection, NSString* type, SelectionLimits limits) {
+  for (const std::string& target : TargetsOfType(type)) {
+    const auto bytes = Selections::Shared().Read(selection, target, limits);
+    if (!bytes && bytes.error().code == kNoAnswer) return tl::unexpected(bytes.error());
+    if (!bytes) continue;
+    if (NSData* data = DataOfTarget(type, target, *bytes)) return Retain(data);
+  }
+  return Ref<NSData>();
 }
 
 }  // namespace tessaro::platform

@@ -7,15 +7,15 @@ namespace tessaro::platform {
 
 namespace {
 
-// An owner that ends leaves its requestors waiting, so they look after it.
-constexpr auto kLookAfterOwner = std::chrono::milliseconds(100);
+// The X server does not report an owner's end to requestors: check for it.
+constexpr auto kOwnerCheckInterval = std::chrono::milliseconds(100);
 
 constexpr std::uint32_t kWholeProperty = 0x1fffffff;  // in words of four bytes
 constexpr unsigned kProperties = 16;
 
 }  // namespace
 
-// A late answer to an earlier read must not be taken for the answer to this one.
+// Each read has its own property: a late answer to an earlier read must not be taken for this one's.
 xcb_atom_t SelectionReader::NextProperty() {
   return connection_.Atom("TESSARO_SELECTION_" + std::to_string(requests_++ % kProperties));
 }
@@ -35,7 +35,7 @@ void SelectionReader::Begin(xcb_atom_t selection, xcb_atom_t target, SelectionLi
                     .done = std::move(done),
                     .end = now + limits.whole,
                     .stepEnd = now + limits.answer,
-                    .nextLook = now + kLookAfterOwner,
+                    .nextOwnerCheck = now + kOwnerCheckInterval,
                     .bytes = {}});
 }
 
@@ -71,7 +71,7 @@ void SelectionReader::HandleAnswer(const xcb_selection_notify_event_t& event) {
   End(read, std::move(taken.bytes));
 }
 
-// Taking each piece asks the owner for the next; an empty one is the end.
+// Deleting the property requests the next piece; an empty piece is the last.
 void SelectionReader::HandleProperty(const xcb_property_notify_event_t& event) {
   if (event.state != XCB_PROPERTY_NEW_VALUE) return;
   const auto read = std::find_if(reads_.begin(), reads_.end(),
@@ -93,8 +93,8 @@ void SelectionReader::EndLateReads() {
     const auto current = read++;
     if (now >= std::min(current->end, current->stepEnd)) {
       End(current, Fail(kNoAnswer, "the owner does not answer"));
-    } else if (now >= current->nextLook) {
-      current->nextLook = now + kLookAfterOwner;
+    } else if (now >= current->nextOwnerCheck) {
+      current->nextOwnerCheck = now + kOwnerCheckInterval;
       if (connection_.OwnerOf(current->selection) != current->owner)
         End(current, Fail(kNoAnswer, "the owner has gone"));
     }

@@ -16,12 +16,12 @@ enum SelectionFailure : int {
 };
 
 struct SelectionLimits {
-  std::chrono::milliseconds answer{1500};  // for each step of the owner's
+  std::chrono::milliseconds answer{1500};  // for each reply of the owner
   std::chrono::milliseconds whole{10000};
   std::size_t bytes = std::size_t{512} << 20;
 };
 
-// Reads selections of other programs. On the thread of the connection's events only, which it never blocks.
+// Reads selections of other programs, without blocking. On the thread of the connection's events only.
 class SelectionReader {
  public:
   using Done = std::function<void(Result<std::string>)>;
@@ -50,7 +50,7 @@ class SelectionReader {
     Done done;
     Clock::time_point end;
     Clock::time_point stepEnd;
-    Clock::time_point nextLook;
+    Clock::time_point nextOwnerCheck;
     bool isInPieces = false;
     std::string bytes;
   };

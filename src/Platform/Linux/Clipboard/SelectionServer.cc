@@ -11,11 +11,11 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Larger values go in pieces, so that the X server needn't hold them, and serves others in between.
+// Larger values go in pieces: the X server must neither hold them nor be blocked by them.
 constexpr std::size_t kMostAtOnce = 256 << 10;
 constexpr std::size_t kRequestHeader = 64;
 
-// A requestor that takes no further piece has gone, or has lost interest.
+// A requestor that takes no further piece has ended or given up.
 constexpr auto kTransferDeadline = std::chrono::seconds(30);
 
 }  // namespace
@@ -38,7 +38,7 @@ bool SelectionServer::Owns(xcb_atom_t selection) { return connection_.OwnerOf(se
 // ---- Requests
 
 void SelectionServer::HandleRequest(const xcb_selection_request_event_t& event) {
-  // Obsolete clients leave the choice of the property to the owner.
+  // Obsolete clients send no property: the owner chooses one.
   const xcb_atom_t property = event.property != XCB_NONE ? event.property : event.target;
   const Request request{event.requestor, event.selection, event.target, property, event.time};
   const auto found = offers_.find(event.selection);
@@ -52,7 +52,7 @@ void SelectionServer::HandleRequest(const xcb_selection_request_event_t& event) 
 
 void SelectionServer::HandleClear(const xcb_selection_clear_event_t& event) {
   const auto found = offers_.find(event.selection);
-  // This may be the end of an earlier offer.
+  // The event may be about an earlier offer.
   if (found == offers_.end() || Owns(event.selection)) return;
   const auto offer = found->second;
   offers_.erase(found);
@@ -67,7 +67,7 @@ void SelectionServer::SendTargets(const Request& request, const SelectionOffer& 
   Notify(request, true);
 }
 
-// The type of what is sent is the target itself.
+// The property's type is the target itself.
 void SelectionServer::Put(const Request& request, const char* bytes, std::size_t size) {
   xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, request.requestor, request.property, request.target, 8,
                       static_cast<std::uint32_t>(size), bytes);
@@ -110,7 +110,7 @@ void SelectionServer::BeginTransfer(const Request& request, const SelectionOffer
   Notify(request, true);
 }
 
-// The requestor deletes the property when it has taken a piece; an empty piece says that it was the last.
+// The requestor deletes the property when it has taken a piece. An empty piece ends the transfer.
 void SelectionServer::HandleProperty(const xcb_property_notify_event_t& event) {
   if (event.state != XCB_PROPERTY_DELETE) return;
   const auto transfer = std::find_if(transfers_.begin(), transfers_.end(), [&event](const Transfer& each) {

@@ -15,7 +15,7 @@ namespace tessaro::platform {
 
 // The contents of a selection. The functions are called on the selections' thread and must not wait.
 struct SelectionOffer {
-  using Bytes = std::shared_ptr<const std::string>;  // null: there is no such target
+  using Bytes = std::shared_ptr<const std::string>;  // null for an unknown target
 
   // Takes the reply to one request, on any thread, at any time.
   using Reply = std::function<void(Bytes)>;
@@ -25,8 +25,8 @@ struct SelectionOffer {
   std::function<void()> lost;  // another program has taken the selection
 };
 
-// Serves this process's selections to other programs; large values go in pieces, as they are taken. On the thread of
-// the connection's events only.
+// Serves this process's selections to other programs, large values in pieces. On the thread of the connection's events
+// only.
 class SelectionServer {
  public:
   // Runs a task on that thread later; called on any thread.

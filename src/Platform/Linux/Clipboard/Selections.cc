@@ -19,8 +19,8 @@ namespace tessaro::platform {
 
 namespace {
 
-constexpr int kLookAfterReads = 100;  // milliseconds
-constexpr int kLookAfterTransfers = 1000;
+constexpr int kReadCheckInterval = 100;  // milliseconds
+constexpr int kTransferCheckInterval = 1000;
 
 constexpr std::size_t kMostTargets = 1000;
 
@@ -49,48 +49,43 @@ void Selections::Post(Task task) {
   static_cast<void>(!write(wake_.get(), &one, sizeof one));
 }
 
-// A task that the end of the thread has left undone breaks its promise, and the caller gets the empty result.
-template <typename Function>
-auto Selections::Call(Function function) {
-  using Value = decltype(function());
+// Passes `begin` a callback that takes the result, on the thread, and waits for the result; `lost` if the thread has
+// ended before.
+template <typename Value, typename Begin>
+Value Selections::Wait(Begin begin, Value lost) {
   auto promise = std::make_shared<std::promise<Value>>();
   auto result = promise->get_future();
-  Post([promise = std::move(promise), function = std::move(function)] { promise->set_value(function()); });
+  Post([begin = std::move(begin), promise = std::move(promise)] {
+    begin([promise](Value value) { promise->set_value(std::move(value)); });
+  });
   try {
     return result.get();
   } catch (const std::future_error&) {
-    return Value{};
+    return lost;
   }
 }
 
 bool Selections::Take(const std::string& selection, SelectionOffer offer) {
   auto shared = std::make_shared<const SelectionOffer>(std::move(offer));
-  return Call([this, selection, shared] { return server_.Take(connection_.Atom(selection), shared); });
+  return Wait([this, selection, shared](auto reply) { reply(server_.Take(connection_.Atom(selection), shared)); },
+              false);
 }
 
 bool Selections::Owns(const std::string& selection) {
-  return Call([this, selection] { return server_.Owns(connection_.Atom(selection)); });
+  return Wait([this, selection](auto reply) { reply(server_.Owns(connection_.Atom(selection))); }, false);
 }
 
 Result<std::string> Selections::Read(const std::string& selection, const std::string& target, SelectionLimits limits) {
-  auto promise = std::make_shared<std::promise<Result<std::string>>>();
-  auto result = promise->get_future();
-  Post([this, selection, target, limits, promise = std::move(promise)] {
-    reader_.Begin(connection_.Atom(selection), connection_.Atom(target), limits,
-                  [promise](Result<std::string> value) { promise->set_value(std::move(value)); });
-  });
-  try {
-    return result.get();
-  } catch (const std::future_error&) {
-    return Fail(kNoAnswer, "the display has gone");
-  }
+  return Wait(
+      [=, this](auto reply) { reader_.Begin(connection_.Atom(selection), connection_.Atom(target), limits, reply); },
+      Result<std::string>(Fail(kNoAnswer, "the display has gone")));
 }
 
 Result<std::vector<std::string>> Selections::Targets(const std::string& selection, SelectionLimits limits) {
   const auto atoms = Read(selection, "TARGETS", limits);
   if (!atoms && atoms.error().code == kNoAnswer) return tl::unexpected(atoms.error());
   if (!atoms) return {};
-  return Call([this, &atoms] { return NamesOf(*atoms); });
+  return Wait([this, &atoms](auto reply) { reply(NamesOf(*atoms)); }, std::vector<std::string>());
 }
 
 std::vector<std::string> Selections::NamesOf(const std::string& atoms) {
@@ -114,7 +109,7 @@ void Selections::Run() {
     if (const XcbOwner<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
       Handle(*event);
     } else {
-      Wait();
+      WaitForEvents();
     }
   }
   reader_.EndAllReads();
@@ -148,9 +143,9 @@ void Selections::Handle(const xcb_generic_event_t& event) {
   }
 }
 
-void Selections::Wait() {
-  int deadline = server_.IsBusy() ? kLookAfterTransfers : -1;
-  if (reader_.IsBusy()) deadline = kLookAfterReads;
+void Selections::WaitForEvents() {
+  int deadline = server_.IsBusy() ? kTransferCheckInterval : -1;
+  if (reader_.IsBusy()) deadline = kReadCheckInterval;
   std::array<pollfd, 2> ready{{{xcb_get_file_descriptor(connection_.get()), POLLIN, 0}, {wake_.get(), POLLIN, 0}}};
   poll(ready.data(), ready.size(), deadline);
   std::uint64_t count = 0;

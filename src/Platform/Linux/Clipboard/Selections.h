@@ -15,14 +15,13 @@
 
 namespace tessaro::platform {
 
-// The selections of the X server: its clipboard, what is being dragged. Serves those that this process offers and reads
-// those of other programs, on one thread with one connection, so that other programs never wait for the application.
-// Calls are allowed on any thread. It lives until the process ends.
+// The X server's selections: the clipboard, and the contents of drags. Serves this process's own and reads those of
+// other programs, on one thread with one connection, so that other programs never wait for the application. Any thread.
 class Selections {
  public:
   static Selections& Shared();
 
-  // False without a display: there is nothing to take and nothing to read.
+  // False without a display.
   [[nodiscard]] bool IsAvailable() const { return isAvailable_; }
 
   // Takes the selection from its owner. False when the X server refuses.
@@ -34,7 +33,7 @@ class Selections {
   [[nodiscard]] Result<std::string> Read(const std::string& selection, const std::string& target,
                                          SelectionLimits limits);
 
-  // The targets that the owner offers, by name; none when there is no owner.
+  // The names of the owner's targets; none without an owner.
   [[nodiscard]] Result<std::vector<std::string>> Targets(const std::string& selection, SelectionLimits limits);
 
   Selections();
@@ -45,12 +44,11 @@ class Selections {
   void Run();
   void Handle(const xcb_generic_event_t& event);
   void RunTasks();
-  void Wait();
+  void WaitForEvents();
   void Post(Task task);
 
-  // Runs `function` on the thread and waits for its result.
-  template <typename Function>
-  auto Call(Function function);
+  template <typename Value, typename Begin>
+  Value Wait(Begin begin, Value lost);
 
   [[nodiscard]] std::vector<std::string> NamesOf(const std::string& atoms);
 

@@ -22,14 +22,14 @@ struct XConnectionCloser {
   void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
 };
 
-// The event as one of a type; nullptr when it is of another.
+// The event as one of a type; nullptr for an event of another type.
 template <typename Event>
 [[nodiscard]] const Event* EventAs(const xcb_generic_event_t& event, int type) {
   return (event.response_type & 0x7f) == type ? reinterpret_cast<const Event*>(&event) : nullptr;
 }
 
-// A client of the X server beside AppKit, so that neither takes events from the other, with an invisible window. False
-// without a display, and once the display has gone. One thread at a time.
+// A connection to the X server, with an invisible window. AppKit has its own: neither takes the other's events. False
+// without a display, and after the loss of the display. One thread at a time.
 class XConnection {
  public:
   XConnection();

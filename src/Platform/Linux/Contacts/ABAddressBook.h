@@ -11,7 +11,7 @@ extern "C" {
 
 #import "Platform/Linux/Contacts/ABPeoplePickerView.h"
 
-// Of a person. The framework has no number properties: the value is a text, which answers integerValue too.
+// A person's flags. The framework has no number properties: the value is a text, which has -integerValue too.
 extern NSString* const kABPersonFlags;
 
 constexpr NSInteger kABShowAsMask = 007;

@@ -17,7 +17,7 @@ HotKeyRegistration::HotKeyRegistration(const HotKey& key, std::function<void()> 
     : body_(std::make_shared<Body>(key, std::move(pressed))) {
   body_->receive = [body = std::weak_ptr(body_)] {
     MainQueue::Shared().Post([body] {
-      // The registration may have ended, or end in this call.
+      // The registration may have been destroyed since, or be destroyed by this call.
       if (const auto kept = body.lock()) kept->pressed();
     });
   };

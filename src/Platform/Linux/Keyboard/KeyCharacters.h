@@ -8,8 +8,7 @@ namespace tessaro::platform {
 // The character that the key types without any modifier in the layout in use.
 [[nodiscard]] char16_t UnshiftedCharacter(std::uint16_t systemKeyCode) noexcept;
 
-// The ASCII character that the key types in the first of the user's layouts in which it types one, and where none has
-// any, on an American keyboard.
+// The key's ASCII character in the first of the user's layouts that has one, or else on an American keyboard.
 [[nodiscard]] char16_t AsciiCharacter(std::uint16_t systemKeyCode, bool isShifted) noexcept;
 
 // Greek, Cyrillic, Arabic, Kana, Hangul …: never the key equivalent of a menu in Latin letters.

@@ -5,8 +5,8 @@
 
 namespace tessaro::platform {
 
-// A key press to compare with menu items. GNUstep's own comparison confuses "n" with Shift and plain "n", and fails
-// with Caps Lock on and on keyboards whose letters are not Latin.
+// Compares a key press with menu items. GNUstep's own comparison confuses Shift+"n" with "n", and fails with Caps Lock
+// on and on keyboards without Latin letters.
 class KeyPress {
  public:
   explicit KeyPress(NSEvent* event);

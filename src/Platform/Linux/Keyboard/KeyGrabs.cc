@@ -25,7 +25,7 @@ bool IsWaylandSession() {
   return std::getenv("WAYLAND_DISPLAY") != nullptr || (type != nullptr && std::strcmp(type, "wayland") == 0);
 }
 
-// Several key codes may be the same key.
+// Several key codes may have the same virtual key code.
 std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
   std::vector<KeyCode> codes;
   if (virtualKeyCode == kNoVirtualKey) return codes;
@@ -102,7 +102,7 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
   const std::optional<unsigned> mask = masks_.Of(key);
   if (codes.empty() || !mask) return HotKeyStatus::NotOnKeyboard;
 
-  // Checked requests: Xlib reports errors of its own to a handler that the whole process shares.
+  // Checked requests return their errors; Xlib would pass them to the process-wide error handler.
   xcb_connection_t* connection = XGetXCBConnection(display_.get());
   const auto root = static_cast<xcb_window_t>(DefaultRootWindow(display_.get()));
   std::vector<xcb_void_cookie_t> requests;
@@ -144,7 +144,7 @@ void KeyGrabs::Ungrab(const HotKey& key) noexcept {
 }
 
 // The new keyboard may have other modifier bits and key codes.
-void KeyGrabs::GrabAllAnew() noexcept {
+void KeyGrabs::RegrabAll() noexcept {
   isKeyboardChanged_ = false;
   Display* display = display_.get();
   XUngrabKey(display, AnyKey, AnyModifier, DefaultRootWindow(display));
@@ -161,7 +161,7 @@ void KeyGrabs::ReadEvents() noexcept {
     XNextEvent(display_.get(), &event);
     Receive(event);
   }
-  if (display_ && isKeyboardChanged_) GrabAllAnew();
+  if (display_ && isKeyboardChanged_) RegrabAll();
 }
 
 void KeyGrabs::Receive(XEvent& event) noexcept {

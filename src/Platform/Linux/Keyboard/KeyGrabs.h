@@ -17,8 +17,8 @@ union _XEvent;
 
 namespace tessaro::platform {
 
-// Hot keys as passive grabs of the X server's root window, over a connection of their own, which the event loop
-// watches. It is opened with the first of them. Main thread only.
+// Hot keys as passive grabs of the X server's root window, on a separate connection that the event loop watches. The
+// first hot key opens the connection. Main thread only.
 class KeyGrabs {
  public:
   struct Listener {
@@ -33,7 +33,6 @@ class KeyGrabs {
 
   [[nodiscard]] HotKeyStatus Probe(const HotKey& key) noexcept;
 
-  // Iterators of listeners stay valid until they are removed.
   void Add(Listener& listener) noexcept;
   void Remove(Listener& listener) noexcept;
 
@@ -52,7 +51,7 @@ class KeyGrabs {
   [[nodiscard]] const Listener* Holder(const HotKey& key) const;
   [[nodiscard]] HotKeyStatus Grab(const HotKey& key) noexcept;
   void Ungrab(const HotKey& key) noexcept;
-  void GrabAllAnew() noexcept;
+  void RegrabAll() noexcept;
 
   void ReadEvents() noexcept;
   void Receive(_XEvent& event) noexcept;
@@ -68,8 +67,7 @@ class KeyGrabs {
   UvHandle<uv_poll_t> poll_;
   ModifierMasks masks_;
   std::list<Listener*> listeners_;
-  // The key that is held: its presses are repeats.
-  std::optional<KeyCode> held_;
+  std::optional<KeyCode> held_;  // further presses of this key are repeats
   UvHandle<uv_timer_t> release_;
 };
 

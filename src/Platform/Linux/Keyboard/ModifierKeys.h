@@ -8,8 +8,8 @@ namespace tessaro::platform {
 
 enum class Modifier { Command, Option, Control };
 
-// The names of their X symbols ("Control_L"): the user's choice, or GNUstep's default. Empty where the user has
-// disabled the modifier.
+// The names of the keys' X symbols ("Control_L"): the user's choice, or GNUstep's default. Empty for a modifier that
+// the user has disabled.
 [[nodiscard]] std::vector<std::string> ModifierKeyNames(Modifier modifier) noexcept;
 
 }  // namespace tessaro::platform

@@ -6,44 +6,31 @@ namespace tessaro::platform {
 
 namespace {
 
-// GNUstep's default for a key, and the key where there is no such default.
+// One of a modifier's keys: the user default with the user's choice, and GNUstep's own choice, nil for no key.
 struct Choice {
+  Modifier modifier;
   NSString* defaultsKey;
   NSString* usual;
 };
 
-struct Choices {
-  Choice first;
-  Choice second;
+const Choice kChoices[] = {
+    {Modifier::Command, @"GSFirstCommandKey", @"Alt_L"},     {Modifier::Command, @"GSSecondCommandKey", nil},
+    {Modifier::Option, @"GSFirstAlternateKey", @"Alt_R"},    {Modifier::Option, @"GSSecondAlternateKey", nil},
+    {Modifier::Control, @"GSFirstControlKey", @"Control_L"}, {Modifier::Control, @"GSSecondControlKey", @"Control_R"},
 };
-
-Choices ChoicesOf(Modifier modifier) {
-  switch (modifier) {
-    case Modifier::Command:
-      return {{@"GSFirstCommandKey", @"Alt_L"}, {@"GSSecondCommandKey", nil}};
-    case Modifier::Option:
-      return {{@"GSFirstAlternateKey", @"Alt_R"}, {@"GSSecondAlternateKey", nil}};
-    case Modifier::Control:
-      return {{@"GSFirstControlKey", @"Control_L"}, {@"GSSecondControlKey", @"Control_R"}};
-  }
-}
-
-void AddName(std::vector<std::string>& names, const Choice& choice) {
-  NSString* chosen = [[NSUserDefaults standardUserDefaults] stringForKey:choice.defaultsKey];
-  NSString* name = chosen != nil ? chosen : choice.usual;
-  // GNUstep's name for no key.
-  if ([name length] == 0 || [name isEqualToString:@"NoSymbol"]) return;
-  names.emplace_back([name UTF8String]);
-}
 
 }  // namespace
 
 std::vector<std::string> ModifierKeyNames(Modifier modifier) noexcept {
   @autoreleasepool {
-    const Choices choices = ChoicesOf(modifier);
     std::vector<std::string> names;
-    AddName(names, choices.first);
-    AddName(names, choices.second);
+    for (const Choice& choice : kChoices) {
+      NSString* chosen = [[NSUserDefaults standardUserDefaults] stringForKey:choice.defaultsKey];
+      NSString* name = chosen != nil ? chosen : choice.usual;
+      // GNUstep's name for no key.
+      const bool isNone = [name length] == 0 || [name isEqualToString:@"NoSymbol"];
+      if (choice.modifier == modifier && !isNone) names.emplace_back([name UTF8String]);
+    }
     return names;
   }
 }

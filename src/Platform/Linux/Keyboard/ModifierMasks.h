@@ -18,11 +18,10 @@ struct HeldModifiers {
   bool capsLock = false;
 };
 
-// The modifiers that the keyboard holds now, whichever program has the focus. None without a window server. Main thread
-// only.
+// The modifiers that are held now, whichever program has the focus. None without a window server. Main thread only.
 [[nodiscard]] HeldModifiers CurrentModifiers() noexcept;
 
-// The bits that modifier keys have in the state of X's events, as the keyboard has them now.
+// The bits of modifier keys in the state of X events, for the current keyboard.
 class ModifierMasks {
  public:
   ModifierMasks() = default;
@@ -31,7 +30,7 @@ class ModifierMasks {
   // None when the keyboard lacks one of the modifiers.
   [[nodiscard]] std::optional<unsigned> Of(const HotKey& key) const;
 
-  // Every state of Caps Lock, Num Lock and Scroll Lock that there can be.
+  // All combinations of Caps Lock, Num Lock and Scroll Lock.
   [[nodiscard]] const std::vector<unsigned>& Locks() const { return locks_; }
 
   // `state` without locks, mouse buttons and the number of the layout.

@@ -4,8 +4,8 @@
 
 namespace tessaro::platform {
 
-// The item's key equivalent for the user: "Ctrl+Shift+B", by the keys that the user has for Command, Option and
-// Control. Empty for none. GNUstep writes "#B", and nothing for arrows and function keys.
+// The item's key equivalent as the user reads it: "Ctrl+Shift+B", with the user's keys for Command, Option and Control.
+// Empty without a key equivalent. GNUstep shows "#B", and nothing for arrows and function keys.
 [[nodiscard]] NSString* ShortcutText(NSMenuItem* item);
 
 }  // namespace tessaro::platform

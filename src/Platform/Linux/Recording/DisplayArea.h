@@ -14,7 +14,7 @@ struct PixelArea {
   int height = 0;
 };
 
-// Empty when there is no such display. An area that leaves its display is cut. Main thread only.
+// Nothing for an unknown display. An area beyond its display is cut. Main thread only.
 [[nodiscard]] std::optional<PixelArea> PixelsOf(const ScreenArea& area);
 
 }  // namespace tessaro::platform
