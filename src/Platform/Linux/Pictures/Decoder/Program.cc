@@ -4,6 +4,8 @@
 // Jobs come over the socket that is standard input, each with the end of a pipe for the reply. When a job crashes, its
 // pipe closes without a reply.
 
+#include <fcntl.h>
+#include <malloc.h>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -16,6 +18,7 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <utility>
 
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
@@ -29,6 +32,7 @@ namespace {
 [[maybe_unused]] constexpr rlim_t kJobMemory = rlim_t{2} << 30;
 constexpr int kMostThreads = 4;
 constexpr int kPreviewNiceness = 5;
+constexpr int kRehearsedSize = 64;
 constexpr int kSocket = STDIN_FILENO;
 
 void Limit(__rlimit_resource what, rlim_t most) {
@@ -105,31 +109,76 @@ void WarmUp() {
   vips_error_clear();
   VipsImage* black = nullptr;
   VipsImage* small = nullptr;
-  if (vips_black(&black, 64, 64, "bands", 3, nullptr) != 0) return;
-  vips_thumbnail_image(black, &small, 32, nullptr);
+  if (vips_black(&black, kRehearsedSize, kRehearsedSize, "bands", 3, nullptr) != 0) return;
+  vips_thumbnail_image(black, &small, kRehearsedSize / 2, nullptr);
   g_clear_object(&small);
   g_object_unref(black);
 }
 
+// A whole job on an image of our own, in the process that will have one: its threads are running then, and the pages
+// that a job writes to are copied from the parent.
+void Rehearse() {
+  const int threads = vips_concurrency_get();
+  vips_concurrency_set(1);
+  void* png = nullptr;
+  std::size_t size = 0;
+  VipsImage* image = nullptr;
+  if (vips_black(&image, kRehearsedSize, kRehearsedSize, "bands", 3, nullptr) == 0) {
+    vips_pngsave_buffer(image, &png, &size, nullptr);
+    g_clear_object(&image);
+  }
+  if (png != nullptr && vips_thumbnail_buffer(png, size, &image, kRehearsedSize / 2, nullptr) == 0) {
+    g_free(std::exchange(png, nullptr));
+    vips_pngsave_buffer(image, &png, &size, nullptr);
+  }
+  g_clear_object(&image);
+  g_free(png);
+  vips_error_clear();
+  vips_concurrency_set(threads);
+}
+
+bool IsJobWaiting() {
+  pollfd next{kSocket, POLLIN, 0};
+  return poll(&next, 1, 0) > 0;
+}
+
+// In a process of its own: waits for a job, says so, and performs it.
+void TakeJob(FileDescriptor taken) {
+  if (!IsJobWaiting()) Rehearse();
+  Received received;
+  while (!received.isEnd && !(received.job && received.reply)) received = Receive();
+  if (received.isEnd) return;
+  static_cast<void>(write(taken.get(), "", 1));
+  taken = FileDescriptor();
+  close(kSocket);
+  Perform(*received.job, received.reply.get());
+}
+
+// Forks a process ahead of each job, so that none has to wait for its process.
 int Serve() {
   // The system removes the ended processes of jobs.
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   for (bool isWarm = false;;) {
     // The first job doesn't wait for it.
-    pollfd next{kSocket, POLLIN, 0};
-    if (!isWarm && poll(&next, 1, 0) == 0) {
+    if (!isWarm && !IsJobWaiting()) {
       WarmUp();
       isWarm = true;
     }
-    const Received received = Receive();
-    if (received.isEnd) return 0;
-    if (!received.job || !received.reply) continue;
-    if (fork() != 0) continue;
-    close(kSocket);
-    Perform(*received.job, received.reply.get());
-    // Without the libraries' exit handlers, which would only take time.
-    _exit(0);
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return 1;
+    const FileDescriptor hasTaken(ends[0]);
+    FileDescriptor taken(ends[1]);
+    const pid_t process = fork();
+    if (process == 0) {
+      TakeJob(std::move(taken));
+      // Without the libraries' exit handlers, which would only take time.
+      _exit(0);
+    }
+    taken = FileDescriptor();
+    char byte = 0;
+    // A process that ends without a job has seen the end of the socket.
+    if (process < 0 || TEMP_FAILURE_RETRY(read(hasTaken.get(), &byte, 1)) != 1) return 0;
   }
 }
 
@@ -138,6 +187,8 @@ int Serve() {
 }  // namespace tessaro::platform
 
 int main(int, char** argv) {
+  // The short-lived threads of a job would each reserve and fault in an arena of their own.
+  mallopt(M_ARENA_MAX, 1);
   tessaro::platform::KeepDecoderModulesOut();
   if (VIPS_INIT(argv[0]) != 0) return 1;
   tessaro::platform::PrepareDecoder();

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <vips/vector.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -18,7 +19,7 @@ namespace {
 
 constexpr std::int64_t kMostPixels = std::int64_t{1} << 28;
 constexpr int kLargestDrawing = 100000;
-// Below this, starting threads takes longer than the work that they share.
+// Below this, starting threads and compiling vector code takes longer than the work.
 constexpr std::int64_t kPixelsWorthThreads = std::int64_t{1} << 19;
 
 // "VipsForeignLoadJpegSource" → "jpeg"
@@ -67,7 +68,10 @@ Result<void> SourceFile::ReadHeader() {
   hasAlpha_ = vips_image_hasalpha(image.get());
   hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
   const std::int64_t pixels = std::int64_t{width_} * height_ * frames_;
-  if (pixels < kPixelsWorthThreads) vips_concurrency_set(1);
+  if (pixels < kPixelsWorthThreads) {
+    vips_concurrency_set(1);
+    vips_vector_set_enabled(FALSE);
+  }
   // A vector image is drawn in the size that is asked for; a huge one of its own is a sign of an attack.
   const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing : pixels <= kMostPixels;
   if (!isReasonable) return Fail("too many pixels");
