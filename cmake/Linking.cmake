@@ -7,6 +7,9 @@ if(TESSARO_SYSTEM STREQUAL "macOS")
 else()
   # Objective-C metadata is nothing but pointers: packed, their relocations are 6 MB smaller.
   target_link_options(tessaro_options INTERFACE -Wl,-z,relro,-z,now -Wl,--as-needed -Wl,-z,pack-relative-relocs)
+  # Functions that the linker can drop one by one.
+  target_compile_options(tessaro_options INTERFACE -ffunction-sections -fdata-sections)
+  target_link_options(tessaro_options INTERFACE -Wl,--gc-sections)
 
   # Makes the symbols of an add-on its own: see docs/architecture.md, "Symbols". The Objective-C run time keeps pointers
   # into every image that has classes: it must never be unloaded.

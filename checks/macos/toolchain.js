@@ -26,8 +26,8 @@ const libraries = [
   'rapidjson',
   'sodium',
   'sodium.h',
-  'archive.h',
-  'archive_entry.h',
+  'zlib.h',
+  'zconf.h',
 ];
 const elsewhere = { libxml: '/usr/include/libxml2/libxml', unicode: '/usr/include/unicode' };
 
