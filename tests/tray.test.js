@@ -384,17 +384,20 @@ test('the item returns with the bus', async (t) => {
   await child.printed('there\ngone\nback\n');
 });
 
-test('the process may exit in the turn in which the item is removed', async (t) => {
-  const ended = await inSession(
-    t,
-    `scenario(async () => {
-       showItem();
-       await property('Id');
-       showItem(0);
-       return 'removed';
-     });`,
-  );
-  assert.strictEqual(ended, 'removed');
+test('the process may exit in the turn in which the item is removed, and in a click on its menu', async (t) => {
+  const cases = {
+    removed: 'showItem(0); return "removed";',
+    clicked: `
+      host.on('notification', () => { print('clicked'); process.exit(); });
+      const { rows } = await layout();
+      await call('Event', 'isvu', rows.find(({ label }) => label === 'New Message').id, 'clicked', 's', '', 0).catch(() => {});`,
+  };
+  for (const [name, work] of Object.entries(cases)) {
+    assert.strictEqual(
+      await inSession(t, `scenario(async () => { showItem(); await property('Id'); ${work} });`),
+      name,
+    );
+  }
 });
 
 test('without a bus the item exists, and only a log line says that it waits', async (t) => {

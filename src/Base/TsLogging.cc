@@ -19,7 +19,8 @@
 
 namespace {
 
-constexpr std::size_t kQueuedMessages = 8192;
+// Their memory is taken at once, about 400 bytes each.
+constexpr std::size_t kQueuedMessages = 1024;
 constexpr char kLinePattern[] = "%Y/%m/%d %H:%M:%S:%e [%^%l%$] %v (%g:%# %!)";
 constexpr char kLogFileName[] = "TessaroNative.log";
 constexpr char kLogFileStem[] = "TessaroNative_";

@@ -125,15 +125,17 @@ void Run(const StartUpStep& step) {
 }
 
 // The environment is going away while the process may live on: nothing of ours may reach for the engine after this.
-void EndWithEnvironment(void*) { EndAll(); }
+void EndWithEnvironment(void*) {
+  @autoreleasepool {
+    EndAll();
+  }
+}
 
 void StartUp(v8::Isolate* isolate) {
   platform::MainQueue::Shared().Attach();
   node::AddEnvironmentCleanupHook(isolate, EndWithEnvironment, nullptr);
-  // process.exit() runs no cleanup hooks, and Node.js 24 leaves the log's thread no time to finish.
-  node::AtExit(
-      node::GetCurrentEnvironment(isolate->GetCurrentContext()), [](void*) { TsLogFacility::Shared().Flush(); },
-      nullptr);
+  // process.exit() runs no cleanup hooks.
+  node::AtExit(node::GetCurrentEnvironment(isolate->GetCurrentContext()), EndWithEnvironment, nullptr);
   for (const StartUpStep& step : kStartUpSequence) Run(step);
 }
 
