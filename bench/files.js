@@ -36,7 +36,7 @@ try {
             writeAndSync(at('b.new'), data);
             fs.renameSync(at('b.new'), at('b'));
           },
-          writeFile: () => module_.writeFile(at('c'), data, false),
+          'module: writeFile': () => module_.writeFile(at('c'), data, false),
         },
         { rounds, calls: 1 },
       ),

@@ -41,10 +41,10 @@ for (const [name, extra] of [
     `Reading ${size}`,
     {
       ...measure(
-        { 'JSON.parse': () => JSON.parse(text), 'door, from a script string': () => values.read(text) },
+        { 'JSON.parse': () => JSON.parse(text), 'module: door, from a script string': () => values.read(text) },
         { rounds, calls: 3 },
       ),
-      'door alone': summary(values.timeRead(text, rounds)),
+      'module: door alone': summary(values.timeRead(text, rounds)),
     },
     ms,
   );
@@ -52,7 +52,7 @@ for (const [name, extra] of [
     `Writing ${size}`,
     {
       ...measure({ 'JSON.stringify': () => JSON.stringify(object) }, { rounds, calls: 3 }),
-      'door alone': summary(values.timeWrite(text, rounds)),
+      'module: door alone': summary(values.timeWrite(text, rounds)),
     },
     ms,
   );

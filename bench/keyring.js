@@ -7,7 +7,7 @@ const { Entry, findCredentials } = require('@napi-rs/keyring');
 const keytar = require('keytar');
 
 const { module: native, keychain } = require('../tests/support/addon').probe();
-const { reportLatency } = require('./support');
+const { report, summaries, takeTurns } = require('./support');
 
 const count = 100;
 const rounds = 7;
@@ -35,33 +35,38 @@ const peers = {
   },
 };
 
-// Who begins changes with each item, as the file that the keyring writes grows.
-async function inTurn(inputs, operation, check = () => true) {
-  const names = Object.keys(peers);
-  const samples = Object.fromEntries(names.map((name) => [name, []]));
-  for (const [index, input] of inputs.entries()) {
-    for (let turn = 0; turn < names.length; ++turn) {
-      const name = names[(index + turn) % names.length];
-      const start = process.hrtime.bigint();
-      const result = await operation(peers[name], input);
-      samples[name].push(Number(process.hrtime.bigint() - start) / 1e6);
-      if (!check(result, input)) throw new Error(`${name} gave ${result} for ${input}`);
-    }
-  }
-  return samples;
+/** Has each contestant do the operation with each of the inputs. */
+async function inTurn(title, inputs, operation, check = () => true) {
+  const contestants = Object.fromEntries(
+    Object.entries(peers).map(([name, peer]) => [
+      name,
+      async (round) => {
+        const result = await operation(peer, inputs[round]);
+        if (!check(result, inputs[round])) throw new Error(`${name} gave ${result} for ${inputs[round]}`);
+      },
+    ]),
+  );
+  const samples = await takeTurns(contestants, { rounds: inputs.length, warm: 0 });
+  report(title, summaries(samples), { unit: 'ms', scale: 1e6 });
 }
 
 async function main() {
-  await inTurn(['warm@example.org'], (peer, account) => peer.set(account, 'warm'));
-  await inTurn(['warm@example.org'], (peer, account) => peer.delete(account));
+  for (const peer of Object.values(peers)) {
+    await peer.set('warm@example.org', 'warm');
+    await peer.delete('warm@example.org');
+  }
   const set = (version) => (peer, account) => peer.set(account, password(account, version));
   const isSecond = (result, account) => result === password(account, 2);
-  reportLatency('Set a new password', await inTurn(accounts, set(1)));
-  reportLatency('Set another password', await inTurn(accounts, set(2)));
-  reportLatency('Get', await inTurn([...accounts, ...accounts], (peer, account) => peer.get(account), isSecond));
-  const isAll = (result) => result === count;
-  reportLatency(`Enumerate ${count}`, await inTurn(Array(rounds).fill(), (peer) => peer.enumerate(), isAll));
-  reportLatency('Delete', await inTurn(accounts, (peer, account) => peer.delete(account)));
+  await inTurn('Set a new password', accounts, set(1));
+  await inTurn('Set another password', accounts, set(2));
+  await inTurn('Get a password', [...accounts, ...accounts], (peer, account) => peer.get(account), isSecond);
+  await inTurn(
+    `Enumerate ${count} passwords`,
+    Array(rounds).fill(),
+    (peer) => peer.enumerate(),
+    (result) => result === count,
+  );
+  await inTurn('Delete a password', accounts, (peer, account) => peer.delete(account));
 }
 
 main();

@@ -25,9 +25,7 @@ function dispatch(title, event) {
     'the host’s own sendEvent:': () => menus.measurePreviousSendEvent(event, events),
     'with the routing': () => menus.measureSendEvent(event, events),
   };
-  const results = measure(peers, { rounds: 101, calls: 1 });
-  for (const result of Object.values(results)) for (const name of Object.keys(result)) result[name] /= events;
-  report(title, results);
+  report(title, measure(peers, { rounds: 101, calls: 1 }), { scale: events });
 }
 
 function updates() {

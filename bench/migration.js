@@ -11,7 +11,7 @@ const path = require('path');
 const { redirectGNUstep } = require('../host/gnustepHome');
 const { probe } = require('../tests/support/addon');
 const { accountsStore, manyAccounts, previousVersion } = require('../tests/support/stores');
-const { reportLatency } = require('./support');
+const { reportLatency, takeTurns } = require('./support');
 
 const rounds = 15;
 
@@ -21,19 +21,10 @@ const milliseconds = (run) => {
   return Number(process.hrtime.bigint() - start) / 1e6;
 };
 
-/** Samples of each peer, taken in turn. */
-function inTurn(peers, count = rounds) {
-  const samples = Object.fromEntries(Object.keys(peers).map((name) => [name, []]));
-  for (let i = -2; i < count; ++i) {
-    for (const [name, time] of Object.entries(peers)) {
-      const sample = time();
-      if (i >= 0) samples[name].push(sample);
-    }
-  }
-  return samples;
-}
+const turns = (contestants, count = rounds) =>
+  takeTurns(contestants, { rounds: count, warm: 2, sample: (time) => time() });
 
-function main(home) {
+async function main(home) {
   Object.assign(process.env, { ...redirectGNUstep(home), HOME: home });
   const accounts = manyAccounts(1000, 10);
   const files = previousVersion(home);
@@ -43,7 +34,7 @@ function main(home) {
   const countOf = (report) => JSON.parse(report).accounts.length;
   if (countOf(native.getMigrationInfo('accounts')) !== accounts.length) throw new Error('another report came back');
 
-  const keyring = inTurn(
+  const keyring = await turns(
     {
       'report, passwords included': () => milliseconds(() => native.getMigrationInfo('accounts')),
       'passwords alone': () =>
@@ -56,9 +47,9 @@ function main(home) {
   const size = `${(fs.statSync(files.accounts).size / 1e6).toFixed(1)} MB`;
   reportLatency(
     `Report of 1,000 accounts with 10 bookmarks each, ${size}, without a keyring`,
-    inTurn({
+    await turns({
       'bare parse': () => migration.timeParse(files.accounts),
-      report: () => milliseconds(() => native.getMigrationInfo('accounts')),
+      'module: report': () => milliseconds(() => native.getMigrationInfo('accounts')),
       hasPreviousVersion: () => milliseconds(() => native.hasPreviousVersion()),
       'fast-xml-parser, parse alone': () => milliseconds(() => parser.parse(fs.readFileSync(files.accounts, 'utf8'))),
     }),
@@ -67,8 +58,4 @@ function main(home) {
 }
 
 const home = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-bench-'));
-try {
-  main(home);
-} finally {
-  fs.rmSync(home, { recursive: true, force: true });
-}
+main(home).finally(() => fs.rmSync(home, { recursive: true, force: true }));

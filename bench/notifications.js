@@ -7,7 +7,7 @@ const notifier = require('node-notifier');
 
 const { module: native, notifications } = require('../tests/support/addon').probe();
 const { startDesktopServer, startNotificationServer } = require('../tests/support/notificationServer');
-const { reportLatency } = require('./support');
+const { report, summaries, takeTurns } = require('./support');
 
 const rounds = 100;
 const many = 1000;
@@ -41,12 +41,10 @@ async function time(work) {
 }
 
 async function latency() {
-  const samples = Object.fromEntries(Object.keys(peers).map((name) => [name, []]));
-  for (const run of Object.values(peers)) await run('warm');
-  for (let i = 0; i < rounds; ++i) {
-    for (const [name, run] of Object.entries(peers)) samples[name].push(await time(() => run(i)));
-  }
-  reportLatency('From the call to the id', samples);
+  report('An alert, from the call to its id', summaries(await takeTurns(peers, { rounds })), {
+    unit: 'ms',
+    scale: 1e6,
+  });
 }
 
 async function thousand() {

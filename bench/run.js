@@ -1,9 +1,14 @@
 'use strict';
 
-// Runs every benchmark, each in a process of its own; `make bench ARGS=calls` runs the named ones.
+// Runs benchmarks, each in a process of its own, and ends with a table of what matters: `make bench ARGS=calls` runs
+// the named ones. With --summary the table is all that is printed; of all benchmarks it goes into docs/performance.md.
 
 const { spawnSync } = require('child_process');
+const fs = require('fs');
+const os = require('os');
 const path = require('path');
+
+const { summarise } = require('./summary');
 
 const benchmarks = [
   'calls',
@@ -23,17 +28,35 @@ const benchmarks = [
   'shortcuts',
   'files',
   'images',
+  'growth',
+  'day',
 ];
-const chosen = process.argv.length > 2 ? process.argv.slice(2) : benchmarks;
 
-let failed = 0;
-for (const name of chosen) {
-  const { status } = spawnSync(process.execPath, ['--expose-gc', path.join(__dirname, `${name}.js`)], {
-    stdio: 'inherit',
+/** @returns {boolean} Whether it ended well. */
+function run(name, isQuiet, record) {
+  if (isQuiet) console.error(name);
+  const script = path.join(__dirname, `${name}.js`);
+  const { status } = spawnSync(process.execPath, ['--expose-gc', script], {
+    stdio: ['inherit', isQuiet ? 'ignore' : 'inherit', isQuiet ? 'ignore' : 'inherit'],
+    env: { ...process.env, TESSARO_BENCH_RECORD: record },
   });
-  if (status !== 0) {
-    console.error(`bench ${name} ended with ${status}`);
-    ++failed;
-  }
+  if (status !== 0) console.error(`bench ${name} ended with ${status}`);
+  return status === 0;
 }
-process.exitCode = failed === 0 ? 0 : 1;
+
+function main() {
+  const isQuiet = process.argv.includes('--summary');
+  const named = process.argv.slice(2).filter((argument) => argument !== '--summary');
+  const chosen = named.length > 0 ? named : benchmarks;
+  process.env.TESSARO_BENCH_LOAD = os.loadavg()[0].toFixed(1);
+  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-bench-'));
+  const record = path.join(folder, 'record');
+  fs.writeFileSync(record, '');
+  const failed = chosen.filter((name) => !run(name, isQuiet, record));
+  const entries = fs.readFileSync(record, 'utf8').split('\n').filter(Boolean).map(JSON.parse);
+  fs.rmSync(folder, { recursive: true });
+  summarise(entries, isQuiet && named.length === 0);
+  process.exitCode = failed.length === 0 ? 0 : 1;
+}
+
+main();

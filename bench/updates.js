@@ -40,7 +40,7 @@ function choices({ updates }) {
   if (updates.decideOnly(bytes, '2.0', '12', 'stable') !== items - 1) throw new Error('another update was chosen');
   const results = measure(
     {
-      'the choice': () => updates.decideOnly(bytes, '2.0', '12', 'stable'),
+      'module: the choice': () => updates.decideOnly(bytes, '2.0', '12', 'stable'),
       'fast-xml-parser, the parse alone': () => parser.parse(text),
     },
     { calls: 5 },
