@@ -10,14 +10,12 @@ NSString* const NSToolbarCloudSharingItemIdentifier = @"NSToolbarCloudSharingIte
 
 @interface NSToolbar (TsPrivate)
 - (NSArray*)_itemsWithIdentifier:(NSString*)identifier;
-- (NSArray*)_defaultItemIdentifiers;
 - (NSArray*)_allowedItemIdentifiers;
 - (NSDictionary*)_config;
 - (void)_saveConfig;
 @end
 
 @interface NSToolbarItem (TsPrivate)
-- (BOOL)_selectable;
 - (void)_setSelectable:(BOOL)isSelectable;
 - (void)_setSelected:(BOOL)isSelected;
 @end

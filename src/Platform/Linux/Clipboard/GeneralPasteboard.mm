@@ -1,18 +1,164 @@
 #import <AppKit/AppKit.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Base/Lifetime.h"
-#include "Platform/Linux/Clipboard/ClipboardOffer.h"
+#include "Base/Ref.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
 #include "Platform/Linux/Clipboard/Selections.h"
+#include "Platform/MainQueue.h"
 
-namespace platform = tessaro::platform;
+using namespace tessaro::platform;
 
 namespace {
 
-constexpr platform::SelectionLimits kLimits;
+constexpr char kClipboard[] = "CLIPBOARD";
+
+// This process's clipboard contents. Main thread only: other programs read a copy, and wait for the main thread only
+// for targets that the copy lacks.
+class ClipboardOffer {
+ public:
+  // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
+  // `owner`, which may be nil, provides the data of a type when another program first requests them.
+  [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner);
+
+  // Whether no other program has taken the clipboard since.
+  [[nodiscard]] bool IsCurrent() const;
+
+  [[nodiscard]] NSArray* types() const { return types_; }
+
+  // False for a type that has not been declared.
+  [[nodiscard]] bool Set(NSString* type, NSData* data);
+
+  // Requests data that are not set from the owner; nil when the owner has none either.
+  [[nodiscard]] NSData* Get(NSString* type);
+
+  ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner);
+
+ private:
+  class Copies;
+
+  // Requests all types of the target from the owner.
+  void Provide(const std::string& target);
+  void AskOwner(NSString* type);
+  void Lose();
+
+  Ref<NSPasteboard> pasteboard_;
+  Ref<NSArray> types_;
+  Ref<NSObject> owner_;
+  Ref<NSMutableDictionary> values_;  // data by type
+  std::shared_ptr<Copies> copies_;
+  bool isCurrent_ = true;
+};
+
+std::vector<std::string> TargetsOf(NSArray* types) {
+  std::vector<std::string> targets;
+  for (NSString* type in types) {
+    for (std::string& target : TargetsOfType(type)) {
+      if (std::find(targets.begin(), targets.end(), target) == targets.end()) targets.push_back(std::move(target));
+    }
+  }
+  return targets;
+}
+
+// The data for other programs, by target; shared with the selections' thread.
+class ClipboardOffer::Copies {
+ public:
+  void Set(const std::string& target, std::string bytes) {
+    const std::lock_guard lock(mutex_);
+    bytes_[target] = std::make_shared<const std::string>(std::move(bytes));
+  }
+
+  // Null if missing.
+  [[nodiscard]] SelectionOffer::Bytes Get(const std::string& target) const {
+    const std::lock_guard lock(mutex_);
+    const auto found = bytes_.find(target);
+    return found == bytes_.end() ? nullptr : found->second;
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  std::map<std::string, SelectionOffer::Bytes> bytes_;
+};
+
+ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner)
+    : pasteboard_(Retain(pasteboard)),
+      types_(Adopt([[NSArray alloc] initWithArray:types copyItems:YES])),
+      owner_(Retain(static_cast<NSObject*>(owner))),
+      values_(Adopt([[NSMutableDictionary alloc] init])),
+      copies_(std::make_shared<Copies>()) {}
+
+std::shared_ptr<ClipboardOffer> ClipboardOffer::Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
+  auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
+  if (!Selections::Shared().IsAvailable()) return offer;
+  // Other threads get weak references: the offer's Cocoa objects must be released on the main thread.
+  const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
+    MainQueue::Shared().Post([weak, task = std::move(task)] {
+      if (const auto current = weak.lock()) task(*current);
+    });
+  };
+  const auto provide = [copies = offer->copies_, onMainThread](const std::string& target,
+                                                               const SelectionOffer::Reply& reply) {
+    if (auto bytes = copies->Get(target)) return reply(std::move(bytes));
+    onMainThread([copies, target, reply](ClipboardOffer& current) {
+      current.Provide(target);
+      reply(copies->Get(target));
+    });
+  };
+  const auto lost = [onMainThread] { onMainThread(&ClipboardOffer::Lose); };
+  if (!Selections::Shared().Take(kClipboard, {TargetsOf(types), provide, lost})) return nullptr;
+  return offer;
+}
+
+bool ClipboardOffer::IsCurrent() const {
+  return isCurrent_ && (!Selections::Shared().IsAvailable() || Selections::Shared().Owns(kClipboard));
+}
+
+bool ClipboardOffer::Set(NSString* type, NSData* data) {
+  if (![types_ containsObject:type]) return false;
+  TargetContents targets;
+  if (data != nil) AddTargets(type, data, targets);
+  auto value = Adopt(data != nil ? static_cast<NSData*>([data copy]) : [[NSData alloc] init]);
+  [values_ setObject:value forKey:type];
+  for (auto& [target, bytes] : targets) copies_->Set(target, std::move(bytes));
+  return true;
+}
+
+NSData* ClipboardOffer::Get(NSString* type) {
+  if ([values_ objectForKey:type] == nil && [types_ containsObject:type]) AskOwner(type);
+  return [values_ objectForKey:type];
+}
+
+void ClipboardOffer::AskOwner(NSString* type) {
+  if ([owner_ respondsToSelector:@selector(pasteboard:provideDataForType:)]) {
+    [owner_ pasteboard:pasteboard_ provideDataForType:type];
+  }
+}
+
+void ClipboardOffer::Provide(const std::string& target) {
+  for (NSString* type in types_.get()) {
+    const std::vector<std::string> targets = TargetsOfType(type);
+    const bool isOfType = std::find(targets.begin(), targets.end(), target) != targets.end();
+    if (isOfType && [values_ objectForKey:type] == nil) AskOwner(type);
+  }
+}
+
+void ClipboardOffer::Lose() {
+  if (!std::exchange(isCurrent_, false)) return;
+  if ([owner_ respondsToSelector:@selector(pasteboardChangedOwner:)]) [owner_ pasteboardChangedOwner:pasteboard_];
+}
+
+// ---- The pasteboard
+
+constexpr SelectionLimits kLimits;
 
 [[noreturn]] void RaiseNoAnswer(const Failure& failure) {
   [NSException raise:NSPasteboardCommunicationException format:@"The clipboard: %s", failure.message.c_str()];
@@ -35,7 +181,7 @@ bool IsPropertyList(NSString* type) {
 // Data of texts are UTF-8, unchanged from the other program. A program that doesn't answer in time raises
 // NSPasteboardCommunicationException.
 @interface TsGeneralPasteboard : NSPasteboard {
-  std::shared_ptr<platform::ClipboardOffer> _offer;  // null once another program has the clipboard
+  std::shared_ptr<ClipboardOffer> _offer;  // null once another program has the clipboard
 }
 @end
 
@@ -56,13 +202,13 @@ bool IsPropertyList(NSString* type) {
   return NSGeneralPboard;
 }
 
-- (platform::ClipboardOffer*)offer {
+- (ClipboardOffer*)offer {
   if (_offer && !_offer->IsCurrent()) _offer = nullptr;
   return _offer.get();
 }
 
 - (int)declareTypes:(NSArray*)types owner:(id)provider {
-  _offer = platform::ClipboardOffer::Take(self, types, provider);
+  _offer = ClipboardOffer::Take(self, types, provider);
   return 1;
 }
 
@@ -77,7 +223,7 @@ bool IsPropertyList(NSString* type) {
 
 - (NSArray*)types {
   if ([self offer] != nullptr) return [self offer]->types();
-  const auto types = platform::ForeignTypes(platform::kClipboard, kLimits);
+  const auto types = ForeignTypes(kClipboard, kLimits);
   if (!types) RaiseNoAnswer(types.error());
   return Retain(types->get()).Autoreleased();
 }
@@ -92,13 +238,13 @@ bool IsPropertyList(NSString* type) {
 
 - (NSData*)dataForType:(NSString*)type {
   if ([self offer] != nullptr) return [self offer]->Get(type);
-  const auto data = platform::ForeignData(platform::kClipboard, type, kLimits);
+  const auto data = ForeignData(kClipboard, type, kLimits);
   if (!data) RaiseNoAnswer(data.error());
   return Retain(data->get()).Autoreleased();
 }
 
 - (NSString*)stringForType:(NSString*)type {
-  return IsPropertyList(type) ? [super stringForType:type] : platform::TextOfData([self dataForType:type]);
+  return IsPropertyList(type) ? [super stringForType:type] : TextOfData([self dataForType:type]);
 }
 
 - (id)propertyListForType:(NSString*)type {
@@ -111,8 +257,8 @@ bool IsPropertyList(NSString* type) {
 
 // The clipboard's contents end with their owner, unless a clipboard manager fetches them now.
 - (void)saveContents {
-  if ([self offer] == nullptr || !platform::Selections::Shared().IsAvailable()) return;
-  static_cast<void>(platform::Selections::Shared().Read("CLIPBOARD_MANAGER", "SAVE_TARGETS", kLimits));
+  if ([self offer] == nullptr || !Selections::Shared().IsAvailable()) return;
+  static_cast<void>(Selections::Shared().Read("CLIPBOARD_MANAGER", "SAVE_TARGETS", kLimits));
 }
 
 @end

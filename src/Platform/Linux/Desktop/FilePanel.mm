@@ -12,7 +12,6 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Linux/Desktop/FilePortal.h"
-#include "Platform/Linux/Desktop/FilePortalOptions.h"
 #include "Platform/MainQueue.h"
 
 using namespace tessaro::platform;

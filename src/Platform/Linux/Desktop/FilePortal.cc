@@ -1,12 +1,13 @@
 #include "Platform/Linux/Desktop/FilePortal.h"
 
-#include <glib.h>
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <map>
+#include <system_error>
 #include <utility>
 
 #include "Base/TsLog.h"
@@ -14,12 +15,14 @@
 #include "Platform/Linux/Base/BusNames.h"
 #include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/FileURI.h"
-#include "Platform/Linux/Desktop/FilePortalOptions.h"
+#include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
@@ -30,7 +33,11 @@ constexpr std::chrono::seconds kDeadline{10};
 
 enum Response : std::uint32_t { kChosen = 0, kCancelled = 1 };
 
-using Results = std::map<std::string, sdbus::Variant>;
+using Options = std::map<std::string, sdbus::Variant>;
+using Pattern = sdbus::Struct<std::uint32_t, std::string>;
+using Filter = sdbus::Struct<std::string, std::vector<Pattern>>;
+
+constexpr std::uint32_t kGlob = 0;
 
 std::string NewToken() {
   static int count = 0;
@@ -44,7 +51,7 @@ std::string RequestPath(const sdbus::IConnection& bus, const std::string& token)
   return std::string(kPortalPath) + "/request/" + sender + '/' + token;
 }
 
-std::vector<std::string> PathsIn(const Results& results) {
+std::vector<std::string> PathsIn(const Options& results) {
   std::vector<std::string> paths;
   const auto uris = results.find("uris");
   if (uris == results.end()) return paths;
@@ -58,6 +65,79 @@ std::vector<std::string> PathsIn(const Results& results) {
     }
   }
   return paths;
+}
+
+// ---- Options
+
+// Portals match globs case-sensitively.
+std::string GlobOf(const std::string& extension) {
+  std::string glob = "*.";
+  for (const char c : extension) {
+    if (g_ascii_isalpha(c)) {
+      glob += {'[', g_ascii_tolower(c), g_ascii_toupper(c), ']'};
+    } else if (g_ascii_isalnum(c)) {
+      glob += c;
+    } else {
+      glob += {'[', c, ']'};
+    }
+  }
+  return glob;
+}
+
+Filter FilterOf(const FileFilter& filter) {
+  std::vector<Pattern> patterns;
+  for (const std::string& extension : filter.extensions) patterns.emplace_back(kGlob, GlobOf(extension));
+  if (patterns.empty()) patterns.emplace_back(kGlob, "*");
+  std::string name = filter.name;
+  if (name.empty()) name = filter.extensions.empty() ? "*" : "*." + filter.extensions.front();
+  return {std::move(name), std::move(patterns)};
+}
+
+// The portal takes paths as NUL-terminated byte arrays.
+std::vector<std::uint8_t> Bytes(const std::string& path) {
+  std::vector<std::uint8_t> bytes(path.begin(), path.end());
+  bytes.push_back(0);
+  return bytes;
+}
+
+void AddFilters(Options& options, const FileRequest& request) {
+  std::vector<Filter> filters;
+  for (const FileFilter& filter : request.filters) filters.push_back(FilterOf(filter));
+  if (filters.empty()) return;
+  options["current_filter"] = filters.front();
+  options["filters"] = filters;
+}
+
+void AddPlace(Options& options, const FileRequest& request) {
+  std::error_code error;
+  const bool isFolder = fs::is_directory(request.folder, error);
+  if (isFolder) options["current_folder"] = Bytes(request.folder);
+  const std::string name = SuggestedName(request);
+  if (request.kind != FileRequest::Kind::Save || name.empty()) return;
+  options["current_name"] = name;
+  const fs::path file = fs::path(request.folder) / name;
+  if (isFolder && fs::is_regular_file(file, error)) options["current_file"] = Bytes(file);
+}
+
+bool Takes(const FileFilter& filter, const std::string& name) {
+  if (filter.extensions.empty()) return true;
+  return std::any_of(filter.extensions.begin(), filter.extensions.end(), [&](const std::string& extension) {
+    const std::string end = '.' + extension;
+    return name.size() > end.size() && g_ascii_strcasecmp(name.c_str() + name.size() - end.size(), end.c_str()) == 0;
+  });
+}
+
+// The options of OpenFile and SaveFile that correspond to `request`.
+Options PortalOptions(const FileRequest& request, const std::string& token) {
+  Options options = {{"handle_token", token}, {"modal", true}};
+  if (!request.button.empty()) options["accept_label"] = request.button;
+  if (request.kind == FileRequest::Kind::Open) {
+    options["multiple"] = request.allowsSeveral;
+    options["directory"] = request.choosesFolders && !request.choosesFiles;
+  }
+  AddFilters(options, request);
+  AddPlace(options, request);
+  return options;
 }
 
 }  // namespace
@@ -82,7 +162,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
     request = sdbus::createProxy(bus, kPortal, RequestPath(bus, token));
     request->uponSignal("Response")
         .onInterface(kRequest)
-        .call([this](const sdbus::Error* error, std::uint32_t code, const Results& results) {
+        .call([this](const sdbus::Error* error, std::uint32_t code, const Options& results) {
           if (error != nullptr) return End(Fail(error->getMessage()));
           Respond(code, results);
         });
@@ -101,7 +181,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
         });
   }
 
-  void Respond(std::uint32_t code, const Results& results) {
+  void Respond(std::uint32_t code, const Options& results) {
     if (code == kCancelled) return End(std::vector<std::string>());
     if (code != kChosen) return End(Fail("the portal could not show the dialog"));
     // The response may have values of other types.
@@ -148,6 +228,15 @@ FilePortal::FilePortal(const std::string& parent, const FileRequest& request, En
 
 FilePortal::~FilePortal() {
   if (!dialog_->isEnded) dialog_->Close();
+}
+
+std::string SuggestedName(const FileRequest& request) {
+  std::string name = request.name;
+  std::replace(name.begin(), name.end(), '/', '-');
+  std::replace(name.begin(), name.end(), '\0', '-');
+  name.erase(0, name.find_first_not_of('.'));
+  if (name.empty() || request.filters.empty() || Takes(request.filters.front(), name)) return name;
+  return name + '.' + request.filters.front().extensions.front();
 }
 
 }  // namespace tessaro::platform

@@ -29,4 +29,8 @@ class FilePortal {
   std::shared_ptr<Dialog> dialog_;
 };
 
+// The request's name for a new file without slashes and leading dots. A name without an extension of the first filter
+// gets that filter's first.
+[[nodiscard]] std::string SuggestedName(const FileRequest& request);
+
 }  // namespace tessaro::platform
