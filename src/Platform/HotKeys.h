@@ -20,7 +20,7 @@ struct HotKey {
 };
 
 enum class HotKeyStatus {
-  Heard,
+  Active,
   Taken,  // by another application, or by the system itself
   NotOnKeyboard,
   Unsupported,  // the session has no system-wide keys, or there is no window system

@@ -46,7 +46,10 @@ class SecretStore {
   };
 
   // The process's own, made on first use.
-  static SecretStore& Shared();
+  static SecretStore& Shared() {
+    static Forever<SecretStore> store(Deadlines{});
+    return *store;
+  }
 
   explicit SecretStore(Deadlines deadlines);
   ~SecretStore();

@@ -19,7 +19,7 @@ HotKey ToHotKey(MASShortcut* shortcut) {
 
 NSString* WhyUnheard(MASShortcut* shortcut, HotKeyStatus status) {
   switch (status) {
-    case HotKeyStatus::Heard:
+    case HotKeyStatus::Active:
       return nil;
     case HotKeyStatus::Taken:
       return [NSString stringWithFormat:@"%@ is already used by another application or by the system.", shortcut];

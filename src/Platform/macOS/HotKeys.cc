@@ -141,18 +141,18 @@ bool IsOnKeyboard(const HotKey& key) { return key.virtualKeyCode <= 0x7f; }
 HotKeyStatus HotKeyStatusOf(const HotKey& key) noexcept {
   if (!IsOnKeyboard(key)) return HotKeyStatus::NotOnKeyboard;
   if (IsOfSystem(key)) return HotKeyStatus::Taken;
-  if (Registry::Shared().Has(key)) return HotKeyStatus::Heard;
-  return SystemHotKey(key, 0).IsRegistered() ? HotKeyStatus::Heard : HotKeyStatus::Taken;
+  if (Registry::Shared().Has(key)) return HotKeyStatus::Active;
+  return SystemHotKey(key, 0).IsRegistered() ? HotKeyStatus::Active : HotKeyStatus::Taken;
 }
 
 struct HotKeyRegistration::Body {
   std::shared_ptr<const Pressed> pressed;
-  HotKeyStatus status = HotKeyStatus::Heard;
+  HotKeyStatus status = HotKeyStatus::Active;
 };
 
 HotKeyRegistration::HotKeyRegistration(const HotKey& key, std::function<void()> pressed)
     : body_(std::make_shared<Body>(Body{std::make_shared<const Pressed>(std::move(pressed)), HotKeyStatusOf(key)})) {
-  if (body_->status != HotKeyStatus::Heard || Registry::Shared().Add(key, body_->pressed)) return;
+  if (body_->status != HotKeyStatus::Active || Registry::Shared().Add(key, body_->pressed)) return;
   body_->status = HotKeyStatus::Taken;
 }
 

@@ -2,7 +2,6 @@
 
 #include <Security/Security.h>
 
-#include "Base/Lifetime.h"
 #include "Platform/macOS/CFRef.h"
 
 // The SecItem functions on the user's file-based keychains, where earlier versions kept their items too: items of the
@@ -116,11 +115,6 @@ struct SecretStore::Body {};
 SecretStore::SecretStore(Deadlines) {}
 
 SecretStore::~SecretStore() = default;
-
-SecretStore& SecretStore::Shared() {
-  static Forever<SecretStore> store(Deadlines{});
-  return *store;
-}
 
 Result<SecretStore::Items> SecretStore::Find(std::string_view service,
                                              std::optional<std::string_view> account) noexcept {

@@ -124,7 +124,7 @@ void DesktopNotifications::Appear(sdbus::IConnection& bus) {
   signals_ = bus.addMatch(
       std::string("type='signal',sender='") + kService + "',path='" + kPath + "',interface='" + kInterface + "'",
       [this](sdbus::Message& message) { Received(message); });
-  owner_ = WatchOwner(bus, kService, [this](bool isThere) { ServerChanged(isThere); });
+  owner_ = WatchOwner(bus, kService, [this](bool isRunning) { ServerChanged(isRunning); });
   server_ = sdbus::createProxy(bus, kService, kPath);
   serverIdentity_ = OwnerIdentity(bus, kService);
   CheckFollowed();
@@ -291,9 +291,9 @@ void DesktopNotifications::Activated(const Key& key, UserNotificationActivation 
   listener_.activated(key, activation, reply);
 }
 
-void DesktopNotifications::ServerChanged(bool isThere) {
+void DesktopNotifications::ServerChanged(bool isRunning) {
   LoseServer();
-  if (!isThere) return;
+  if (!isRunning) return;
   if (auto* bus = SessionBus::Shared().Connection(); bus != nullptr) serverIdentity_ = OwnerIdentity(*bus, kService);
   if (!alerts_.empty()) AskCapabilities();
   listener_.serverChanged();

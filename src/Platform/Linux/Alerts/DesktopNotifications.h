@@ -94,7 +94,7 @@ class DesktopNotifications final : private BusService {
   void Received(sdbus::Message& message);
   void Closed(const Key& key, std::uint32_t reason);
   void Activated(const Key& key, UserNotificationActivation activation, const std::string& reply = {});
-  void ServerChanged(bool isThere);
+  void ServerChanged(bool isRunning);
   void LoseServer();
   void FailWaiting(const std::string& reason);
   void Fail(const Key& key, const std::string& reason);

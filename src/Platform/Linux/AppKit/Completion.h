@@ -1,9 +1,12 @@
 #pragma once
 
-// The parts of CompleteAppKit() that exchange methods, one for each class. Called once.
+// The parts of CompleteAppKit() that exchange methods. Called once, on the main thread.
 namespace tessaro::platform {
 
 void CompleteApplication();
+// Puts the files and texts of drags from other programs on the drag pasteboard: GNUstep announces such drags, but
+// leaves the pasteboard as it was, so no view would accept them.
+void CompleteDrags();
 void CompleteMenus();
 void CompleteMenuItems();
 void CompleteMenuViews();

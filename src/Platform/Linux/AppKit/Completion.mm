@@ -3,7 +3,6 @@
 #import <AppKit/AppKit.h>
 
 #include "Platform/AppKit.h"
-#include "Platform/Linux/Clipboard/DraggedContents.h"
 
 namespace tessaro::platform {
 

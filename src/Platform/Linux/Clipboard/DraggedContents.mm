@@ -1,7 +1,6 @@
-#include "Platform/Linux/Clipboard/DraggedContents.h"
-
 #import <AppKit/AppKit.h>
 
+#include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
 

@@ -27,7 +27,7 @@ constexpr char kClipboard[] = "CLIPBOARD";
 class ClipboardOffer {
  public:
   // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
-  // `owner`, which may be nil, provides the data of a type when another program first requests them.
+  // `owner`, which may be nil, provides the data of a type at the first request for them.
   [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner);
 
   // Whether no other program has taken the clipboard since.

@@ -56,8 +56,8 @@ SelectionReader::Property SelectionReader::TakeProperty(xcb_atom_t property) {
 
 void SelectionReader::HandleAnswer(const xcb_selection_notify_event_t& event) {
   const auto read = std::find_if(reads_.begin(), reads_.end(), [&event](const Read& each) {
-    const bool isItsProperty = event.property == XCB_NONE || event.property == each.property;
-    return isItsProperty && each.selection == event.selection && each.target == event.target && !each.isInPieces;
+    const bool matchesProperty = event.property == XCB_NONE || event.property == each.property;
+    return matchesProperty && each.selection == event.selection && each.target == event.target && !each.isInPieces;
   });
   if (read == reads_.end()) return;
   if (event.property == XCB_NONE) return End(read, Fail(kRefused, "the owner refused"));

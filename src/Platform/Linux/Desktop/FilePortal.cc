@@ -153,7 +153,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
     subscription = SessionBus::Shared().Listen({[] {},
                                                 [this] {
                                                   owner.reset();
-                                                  Vanish("the session bus went away");
+                                                  LosePortal("the session bus went away");
                                                 }});
   }
 
@@ -168,7 +168,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
         });
     request->finishRegistration();
     owner = WatchOwner(bus, kPortal, [this](bool hasOwner) {
-      if (!hasOwner) Vanish("the portal went away");
+      if (!hasOwner) LosePortal("the portal went away");
     });
     portal = sdbus::createProxy(bus, kPortal, kPortalPath);
     portal->callMethodAsync(fileRequest.kind == FileRequest::Kind::Save ? "SaveFile" : "OpenFile")
@@ -201,7 +201,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
     });
   }
 
-  void Vanish(const char* reason) {
+  void LosePortal(const char* reason) {
     request.reset();
     portal.reset();
     End(Fail(reason));

@@ -104,20 +104,20 @@ KeyGrabs& KeyGrabs::Shared() {
 }
 
 HotKeyStatus KeyGrabs::Probe(const HotKey& key) noexcept {
-  if (Holder(key) != nullptr) return HotKeyStatus::Heard;
+  if (Holder(key) != nullptr) return HotKeyStatus::Active;
   const HotKeyStatus status = Grab(key);
-  if (status == HotKeyStatus::Heard) Ungrab(key);
+  if (status == HotKeyStatus::Active) Ungrab(key);
   return status;
 }
 
 void KeyGrabs::Add(Listener& listener) noexcept {
-  listener.status = Holder(listener.key) != nullptr ? HotKeyStatus::Heard : Grab(listener.key);
+  listener.status = Holder(listener.key) != nullptr ? HotKeyStatus::Active : Grab(listener.key);
   listeners_.push_back(&listener);
 }
 
 void KeyGrabs::Remove(Listener& listener) noexcept {
   listeners_.remove(&listener);
-  if (listener.status == HotKeyStatus::Heard && Holder(listener.key) == nullptr) Ungrab(listener.key);
+  if (listener.status == HotKeyStatus::Active && Holder(listener.key) == nullptr) Ungrab(listener.key);
 }
 
 void KeyGrabs::Close() noexcept {
@@ -150,7 +150,7 @@ bool KeyGrabs::Open() noexcept {
 
 const KeyGrabs::Listener* KeyGrabs::Holder(const HotKey& key) const {
   const auto found = std::find_if(listeners_.begin(), listeners_.end(), [&key](const Listener* each) {
-    return each->key == key && each->status == HotKeyStatus::Heard;
+    return each->key == key && each->status == HotKeyStatus::Active;
   });
   return found == listeners_.end() ? nullptr : *found;
 }
@@ -186,7 +186,7 @@ HotKeyStatus KeyGrabs::Grab(const HotKey& key) noexcept {
   for (const KeyCode code : codes) {
     if (IsDown(code)) WaitForRelease(code);
   }
-  return HotKeyStatus::Heard;
+  return HotKeyStatus::Active;
 }
 
 void KeyGrabs::Ungrab(const HotKey& key) noexcept {
@@ -210,7 +210,7 @@ void KeyGrabs::RegrabAll() noexcept {
   masks_ = ModifierMasks(display);
   for (Listener* listener : listeners_) listener->status = HotKeyStatus::Unsupported;
   for (Listener* listener : listeners_) {
-    listener->status = Holder(listener->key) != nullptr ? HotKeyStatus::Heard : Grab(listener->key);
+    listener->status = Holder(listener->key) != nullptr ? HotKeyStatus::Active : Grab(listener->key);
   }
 }
 

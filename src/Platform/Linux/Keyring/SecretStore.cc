@@ -178,11 +178,6 @@ SecretStore::SecretStore(Deadlines deadlines) : body_(std::make_unique<Body>(dea
 
 SecretStore::~SecretStore() = default;
 
-SecretStore& SecretStore::Shared() {
-  static Forever<SecretStore> store(Deadlines{});
-  return *store;
-}
-
 Result<SecretStore::Items> SecretStore::Find(std::string_view service,
                                              std::optional<std::string_view> account) noexcept {
   auto items = body_->Search(service, account);
