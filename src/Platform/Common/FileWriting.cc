@@ -25,33 +25,36 @@ constexpr int kMostNames = 16;
 
 enum class Durability { OnDisk, Transient };
 
-std::error_code LastError() { return {errno, std::generic_category()}; }
+tl::unexpected<Failure> FailWith(std::error_code error) { return Fail(error.value(), error.message()); }
 
-std::error_code ErrorOf(std::errc code) { return std::make_error_code(code); }
+tl::unexpected<Failure> FailWith(std::errc code) { return FailWith(std::make_error_code(code)); }
+
+tl::unexpected<Failure> FailWithErrno() { return FailWith({errno, std::generic_category()}); }
 
 mode_t ModeOf(NewFile access) { return access == NewFile::AsUsual ? 0666 : 0600; }
 
 // The file that a path leads to through its links. The file need not exist.
-fs::path TargetOf(const fs::path& file, std::error_code& error) {
-  if (file.empty()) error = ErrorOf(std::errc::no_such_file_or_directory);
+Result<fs::path> TargetOf(const fs::path& file) {
+  if (file.empty()) return FailWith(std::errc::no_such_file_or_directory);
   // The system would cut the path at the NUL.
-  if (file.native().find('\0') != std::string::npos) error = ErrorOf(std::errc::invalid_argument);
-  if (error) return {};
+  if (file.native().find('\0') != std::string::npos) return FailWith(std::errc::invalid_argument);
+  std::error_code error;
   fs::path target = fs::weakly_canonical(file, error);
   // Only dangling links are left.
   for (int links = 0; !error && fs::is_symlink(fs::symlink_status(target)); ++links) {
-    if (links == kMostLinks) error = ErrorOf(std::errc::too_many_symbolic_link_levels);
+    if (links == kMostLinks) return FailWith(std::errc::too_many_symbolic_link_levels);
     const fs::path next = fs::read_symlink(target, error);
     if (!error) target = fs::weakly_canonical(target.parent_path() / next, error);
   }
+  if (error) return FailWith(error);
   return target;
 }
 
-std::error_code WriteAll(int file, std::string_view contents) {
+Result<void> WriteAll(int file, std::string_view contents) {
   while (!contents.empty()) {
     const ssize_t written = write(file, contents.data(), contents.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return LastError();
+    if (written < 0) return FailWithErrno();
     contents.remove_prefix(static_cast<std::size_t>(written));
   }
   return {};
@@ -63,28 +66,23 @@ void FlushFolderOf(const fs::path& file) {
   if (folder) fsync(folder.get());
 }
 
-// The state of a path; `error` for anything but a writable regular file or nothing.
 struct Present {
-  explicit Present(const fs::path& file) {
-    struct stat status;
-    if (stat(file.c_str(), &status) != 0) {
-      if (errno != ENOENT) error = LastError();
-      return;
-    }
-    isThere = true;
-    mode = status.st_mode & 07777;
-    if (S_ISDIR(status.st_mode))
-      error = ErrorOf(std::errc::is_a_directory);
-    else if (!S_ISREG(status.st_mode))
-      error = ErrorOf(std::errc::operation_not_supported);
-    else if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0)
-      error = LastError();
-  }
-
   bool isThere = false;
   mode_t mode = 0;
-  std::error_code error;
 };
+
+// The state of a path; fails for anything but a writable regular file or nothing.
+Result<Present> PresentAt(const fs::path& file) {
+  struct stat status;
+  if (stat(file.c_str(), &status) != 0) {
+    if (errno == ENOENT) return Present{};
+    return FailWithErrno();
+  }
+  if (S_ISDIR(status.st_mode)) return FailWith(std::errc::is_a_directory);
+  if (!S_ISREG(status.st_mode)) return FailWith(std::errc::operation_not_supported);
+  if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0) return FailWithErrno();
+  return Present{true, status.st_mode & 07777};
+}
 
 // A temporary file beside its target; removed unless it has replaced the target.
 class Replacement {
@@ -102,15 +100,17 @@ class Replacement {
     if (file_ && !name_.empty()) unlink(name_.c_str());
   }
 
-  [[nodiscard]] std::error_code Write(std::string_view contents) {
-    return file_ ? WriteAll(file_.get(), contents) : LastError();
+  [[nodiscard]] Result<void> Write(std::string_view contents) {
+    if (!file_) return FailWithErrno();
+    return WriteAll(file_.get(), contents);
   }
 
-  [[nodiscard]] std::error_code TakePlaceOf(const fs::path& target, const Present& present, Durability durability) {
-    if (present.isThere && fchmod(file_.get(), present.mode) != 0) return LastError();
-    if (durability == Durability::OnDisk && fsync(file_.get()) != 0) return LastError();
-    if (rename(name_.c_str(), target.c_str()) != 0) return LastError();
+  [[nodiscard]] Result<void> TakePlaceOf(const fs::path& target, const Present& present, Durability durability) {
+    if (present.isThere && fchmod(file_.get(), present.mode) != 0) return FailWithErrno();
+    if (durability == Durability::OnDisk && fsync(file_.get()) != 0) return FailWithErrno();
+    if (rename(name_.c_str(), target.c_str()) != 0) return FailWithErrno();
     name_.clear();
+    if (durability == Durability::OnDisk) FlushFolderOf(target);
     return {};
   }
 
@@ -127,60 +127,46 @@ class Replacement {
   FileDescriptor file_;
 };
 
-std::error_code Replace(const fs::path& file, std::string_view contents, NewFile access, Durability durability) {
-  std::error_code error;
-  const fs::path target = TargetOf(file, error);
-  if (error) return error;
-  const Present present(target);
-  if (present.error) return present.error;
-  Replacement replacement(target, present.isThere ? ModeOf(NewFile::ForUserOnly) : ModeOf(access));
-  if ((error = replacement.Write(contents))) return error;
-  if ((error = replacement.TakePlaceOf(target, present, durability))) return error;
-  if (durability == Durability::OnDisk) FlushFolderOf(target);
-  return {};
-}
-
-std::error_code Append(const fs::path& file, std::string_view contents, NewFile access) {
-  std::error_code error;
-  const fs::path target = TargetOf(file, error);
-  if (error) return error;
-  const Present present(target);
-  if (present.error) return present.error;
-  const FileDescriptor end(
-      open(target.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, ModeOf(access)));
-  struct stat before;
-  if (!end || fstat(end.get(), &before) != 0) return LastError();
-  error = WriteAll(end.get(), contents);
-  if (!error && fsync(end.get()) != 0) error = LastError();
-  if (!error) {
-    if (!present.isThere) FlushFolderOf(target);
-    return {};
-  }
-  // Undo a partial write.
-  if (present.isThere)
-    static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
-  else
-    unlink(target.c_str());
-  return error;
-}
-
-Result<void> Outcome(std::error_code error) {
-  if (error) return Fail(error.value(), error.message());
-  return {};
+Result<void> Replace(const fs::path& file, std::string_view contents, NewFile access, Durability durability) {
+  const auto target = TargetOf(file);
+  if (!target) return tl::unexpected(target.error());
+  const auto present = PresentAt(*target);
+  if (!present) return tl::unexpected(present.error());
+  Replacement replacement(*target, ModeOf(present->isThere ? NewFile::ForUserOnly : access));
+  return replacement.Write(contents).and_then([&] { return replacement.TakePlaceOf(*target, *present, durability); });
 }
 
 }  // namespace
 
 Result<void> ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
-  return Outcome(Replace(file, contents, access, Durability::OnDisk));
+  return Replace(file, contents, access, Durability::OnDisk);
 }
 
 Result<void> ReplaceTransientFile(const fs::path& file, std::string_view contents) noexcept {
-  return Outcome(Replace(file, contents, NewFile::ForUserOnly, Durability::Transient));
+  return Replace(file, contents, NewFile::ForUserOnly, Durability::Transient);
 }
 
 Result<void> AppendToFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
-  return Outcome(Append(file, contents, access));
+  const auto target = TargetOf(file);
+  if (!target) return tl::unexpected(target.error());
+  const auto present = PresentAt(*target);
+  if (!present) return tl::unexpected(present.error());
+  const FileDescriptor end(
+      open(target->c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, ModeOf(access)));
+  struct stat before;
+  if (!end || fstat(end.get(), &before) != 0) return FailWithErrno();
+  Result<void> written = WriteAll(end.get(), contents);
+  if (written && fsync(end.get()) != 0) written = FailWithErrno();
+  if (written) {
+    if (!present->isThere) FlushFolderOf(*target);
+    return {};
+  }
+  // Undo a partial write.
+  if (present->isThere)
+    static_cast<void>(ftruncate(end.get(), before.st_size) == 0);
+  else
+    unlink(target->c_str());
+  return written;
 }
 
 }  // namespace tessaro::platform
