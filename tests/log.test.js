@@ -9,15 +9,16 @@ const { evaluate, runScript, temporaryDirectory } = require('./support/child');
 
 const [error, warning, info, debug] = [1, 2, 4, 8];
 
-test('messages carry level, flag, context and place, keep their order, and have their control characters escaped', async (t) => {
+test('messages carry level, flag, context and place, keep their order, and keep no control characters but the format’s own line feeds', async (t) => {
   const { captured, before } = await evaluate(
     t,
     `const { captureLog, capturedLog, stopCapturingLog, log, logFormat, flushLog } = probe();
      captureLog();
      for (const flag of [${debug}, ${info}, ${warning}]) log(flag, 'flag ' + flag);
-     logFormat('Grüße\\u0000 😀');
+     logFormat('Grüße\\u0000\\n\\u009b\\u2028 😀');
      log(${error}, 'an error is written before the call returns');
      const before = capturedLog().length;
+     log(${info}, '€'.repeat(1 << 20));
      log(${info}, 'last');
      flushLog();
      stopCapturingLog();
@@ -31,8 +32,9 @@ test('messages carry level, flag, context and place, keep their order, and have 
       [debug, 'flag 8'],
       [info, 'flag 4'],
       [warning, 'flag 2'],
-      [warning, 'Grüße\\x00 😀 and 42'],
+      [warning, 'Grüße\\x00\\n\\xc2\\x9b\\xe2\\x80\\xa8 😀\nand 42'],
       [error, 'an error is written before the call returns'],
+      [info, `${'€'.repeat(Math.floor((64 << 10) / 3))}…`],
       [info, 'last'],
     ],
   );

@@ -21,6 +21,7 @@ namespace {
 
 // Their memory is taken at once, about 400 bytes each.
 constexpr std::size_t kQueuedMessages = 1024;
+constexpr std::size_t kLongestText = 64 * 1024;
 constexpr char kLinePattern[] = "%Y/%m/%d %H:%M:%S:%e [%^%l%$] %v (%g:%# %!)";
 constexpr char kLogFileName[] = "TessaroNative.log";
 constexpr char kLogFileStem[] = "TessaroNative_";
@@ -52,23 +53,23 @@ TsLogFlag Flag(spdlog::level::level_enum level) {
   }
 }
 
-bool IsControl(unsigned char c) { return (c < 0x20 && c != '\t') || c == 0x7f; }
+bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
-// One message is one line: much of its text comes from outside, and could write lines that look like others.
-std::string WithoutControlCharacters(std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string escaped;
-  escaped.reserve(text.size());
-  for (const unsigned char c : text) {
-    if (c == '\n') {
-      escaped += "\\n";
-    } else if (IsControl(c)) {
-      escaped.append({'\\', 'x', kDigits[c >> 4], kDigits[c & 15]});
-    } else {
-      escaped += static_cast<char>(c);
-    }
-  }
-  return escaped;
+std::size_t KeptLength(std::string_view text) {
+  if (text.size() <= kLongestText) return text.size();
+  std::size_t length = kLongestText;
+  while (length > 0 && IsContinuation(text[length])) --length;
+  return length;
+}
+
+// How many bytes of UTF-8 at the beginning of a text are a control character or a line separator.
+std::size_t ControlLength(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text.front());
+  if (first < 0x20) return first != '\t' ? 1 : 0;
+  if (first == 0x7f) return 1;
+  const bool isControl = first == 0xc2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xa0;
+  if (isControl) return 2;
+  return text.starts_with("\u2028") || text.starts_with("\u2029") ? 3 : 0;
 }
 
 bool IsTerminalWanted() {
@@ -132,6 +133,26 @@ class ProgressSink final : public spdlog::sinks::sink {
 };
 
 }  // namespace
+
+std::string TsEscapedForLog(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  const std::string_view kept = text.substr(0, KeptLength(text));
+  const bool isCut = kept.size() < text.size();
+  std::string escaped;
+  for (text = kept; !text.empty();) {
+    const std::size_t control = ControlLength(text);
+    if (text.front() == '\n') {
+      escaped += "\\n";
+    } else {
+      for (const unsigned char c : text.substr(0, control)) {
+        escaped.append({'\\', 'x', kDigits[c >> 4], kDigits[c & 15]});
+      }
+    }
+    if (control == 0) escaped += text.front();
+    text.remove_prefix(std::max<std::size_t>(control, 1));
+  }
+  return isCut ? escaped + "…" : escaped;
+}
 
 class TsLogFacility::Pipeline {
  public:
@@ -252,8 +273,8 @@ bool TsLogFacility::AddDailyFileLogger(const std::filesystem::path& directory) n
 }
 
 void TsLogFacility::Log(const TsLogMessage& message) noexcept {
-  if (std::none_of(message.text.begin(), message.text.end(), IsControl)) return pipeline_->Log(message);
-  const std::string text = WithoutControlCharacters(message.text);
+  if (message.isEscaped) return pipeline_->Log(message);
+  const std::string text = TsEscapedForLog(message.text);
   TsLogMessage harmless = message;
   harmless.text = text;
   pipeline_->Log(harmless);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "Base/Lifetime.h"
@@ -15,8 +16,13 @@ enum class TsLogFlag : std::uint32_t { Error = 1, Warning = 2, Info = 4, Debug =
 // Every message is logged at this level: all flags pass.
 inline constexpr std::uint32_t kTsLogLevelAll = 31;
 
+// A text with its control characters and line separators escaped, cut after 64 KB: much of what is logged comes from
+// outside, could write lines that look like others, and could fill the disk.
+[[nodiscard]] std::string TsEscapedForLog(std::string_view text);
+
 struct TsLogMessage {
-  std::string_view text;  // UTF-8, valid only during the call
+  std::string_view text;  // UTF-8, valid only during the call; logged escaped
+  bool isEscaped = false;
   TsLogFlag flag = TsLogFlag::Info;
   std::uint32_t level = kTsLogLevelAll;
   std::int32_t context = 0;

@@ -259,7 +259,7 @@ void log(ProbeArguments args) {
   TsLogFacility::Shared().Log(message);
 }
 
-void logFormat(ProbeArguments args) { TsLogWarning(@"%@ and %d", convertToNSString(args[0]), 42); }
+void logFormat(ProbeArguments args) { TsLogWarning(@"%@\nand %d", convertToNSString(args[0]), 42); }
 
 void flushLog(ProbeArguments) { TsLogFacility::Shared().Flush(); }
 
