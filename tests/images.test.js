@@ -356,6 +356,7 @@ test('the image on the pasteboard is written to a file', async (t) => {
     contents[kind] = (await makers[kind](60, 40)).toString('base64');
   const copied = await makeImage(folder, 'copied.webp');
   const target = path.join(folder, 'not', 'there');
+  const fileURL = (url) => ({ 'public.file-url': Buffer.from(url).toString('base64') });
   const table = [
     [{ types: { 'public.png': contents.png } }, 'Pasted Image.png', 'png'],
     [{ types: { 'public.png': contents.png } }, 'Pasted Image 2.png', 'png'],
@@ -366,6 +367,8 @@ test('the image on the pasteboard is written to a file', async (t) => {
     [{ types: { NSTIFFPboardType: contents.webp } }, 'Pasted Image 4.png', 'png'],
     [{ files: [copied] }, 'copied.webp', 'webp'],
     [{ files: ['/etc/passwd'] }, null],
+    ...['file://otherhost', 'https://localhost', 'file:.'].map((start) => [{ types: fileURL(start + copied) }, null]),
+    [{ types: fileURL(`file://localhost${copied}`) }, 'copied 2.webp', 'webp'],
     [{ text: 'no image' }, null],
     [{ types: {} }, null],
     [{ types: { 'public.png': Buffer.from('no image').toString('base64') } }, null],
@@ -384,7 +387,7 @@ test('the image on the pasteboard is written to a file', async (t) => {
   for (const [index, [, , format]] of table.entries()) {
     if (format) assert.strictEqual((await sharp(files[index]).metadata()).format, format);
   }
-  assert.strictEqual(fs.readdirSync(target).length, 7);
+  assert.strictEqual(fs.readdirSync(target).length, 8);
 });
 
 test('without a usable folder no image is pasted', async (t) => {

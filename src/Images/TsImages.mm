@@ -61,9 +61,18 @@ NSString* PathOf(const Result<std::string>& written, NSString* verb, NSString* p
   return nil;
 }
 
+// nil for a URL that names no file of this machine.
+NSString* PathOfFileURL(NSString* text) {
+  NSURL* url = text != nil ? [NSURL URLWithString:text] : nil;
+  NSString* host = [url host];
+  const bool isLocal = [host length] == 0 || [host isEqualToString:@"localhost"];
+  return [url isFileURL] && isLocal && [[url path] isAbsolutePath] ? [url path] : nil;
+}
+
 NSString* CopiedImageFile(NSPasteboard* pasteboard) {
   for (NSPasteboardItem* item in [pasteboard pasteboardItems]) {
-    NSString* path = [[NSURL URLWithString:[item stringForType:@"public.file-url"]] path];
+    NSString* path = PathOfFileURL([item stringForType:@"public.file-url"]);
+    if (path == nil) continue;
     const bool isImage = [path ts_isWebImagePath] ||
                          [[NSImage imageUnfilteredFileTypes] containsObject:[[path pathExtension] lowercaseString]];
     if (isImage) return path;
