@@ -5,8 +5,12 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
+#include "Base/Lifetime.h"
+#include "Base/TsLog.h"
 #include "Platform/Linux/Clipboard/Selections.h"
+#include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
 
@@ -15,6 +19,9 @@ namespace {
 constexpr char kURIList[] = "text/uri-list";
 constexpr char kLatin1Text[] = "STRING";
 constexpr char kPageAddress[] = "text/x-moz-url";  // with its title, in UTF-16
+
+// Parsing more would hold the main thread for seconds.
+constexpr std::size_t kMostURLs = 20000;
 
 constexpr std::array<std::string_view, 6> kTextTargets = {
     "UTF8_STRING", "text/plain;charset=utf-8", "text/plain", kLatin1Text, "TEXT", "COMPOUND_TEXT",
@@ -122,12 +129,23 @@ void AddPageAddresses(NSArray* urlsAndTitles, TargetContents& contents) {
   AddURIs(urls, contents);
 }
 
-NSArray* URLsOfList(const std::string& list) {
-  NSMutableArray* urls = [NSMutableArray array];
+NSURL* URLOfLine(std::string_view line) {
   NSCharacterSet* space = [NSCharacterSet whitespaceAndNewlineCharacterSet];
-  for (NSString* line in [Decoded(list, NSUTF8StringEncoding) componentsSeparatedByString:@"\n"]) {
-    if ([line hasPrefix:@"#"]) continue;
-    if (NSURL* url = [NSURL URLWithString:[line stringByTrimmingCharactersInSet:space]]) [urls addObject:url];
+  NSString* text = [Decoded(line, NSUTF8StringEncoding) stringByTrimmingCharactersInSet:space];
+  return text != nil ? [NSURL URLWithString:text] : nil;
+}
+
+NSArray* URLsOfList(std::string_view list) {
+  NSMutableArray* urls = [NSMutableArray array];
+  for (std::size_t lines = 0; !list.empty();) {
+    const std::string_view line = list.substr(0, list.find('\n'));
+    list.remove_prefix(std::min(line.size() + 1, list.size()));
+    if (line.starts_with('#')) continue;
+    if (++lines > kMostURLs) {
+      TsLogWarning(@"Only the first %zu addresses of a list are used", kMostURLs);
+      break;
+    }
+    if (NSURL* url = URLOfLine(line)) [urls addObject:url];
   }
   return urls;
 }
@@ -145,6 +163,43 @@ NSArray* FilesOfURIList(const std::string& list) {
   }
   return [paths count] > 0 ? paths : nil;
 }
+
+// ---- Other programs
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// All reads in one turn of the event loop share one limit: a program could answer each of a thousand just in time.
+class TurnTime {
+ public:
+  static TurnTime& Shared() {
+    static Forever<TurnTime> time;
+    return *time;
+  }
+
+  template <typename Read>
+  auto Spend(SelectionLimits limits, const Read& read) -> decltype(read(limits)) {
+    limits.whole -= Spent();
+    if (limits.whole <= milliseconds()) return Fail(kNoAnswer, "other programs have taken too long");
+    limits.answer = std::min(limits.answer, limits.whole);
+    const auto start = Clock::now();
+    auto result = read(limits);
+    spent_ += std::chrono::ceil<milliseconds>(Clock::now() - start);
+    return result;
+  }
+
+ private:
+  milliseconds Spent() {
+    if (!std::exchange(isCounting_, true)) {
+      spent_ = {};
+      MainQueue::Shared().Post([this] { isCounting_ = false; });
+    }
+    return spent_;
+  }
+
+  milliseconds spent_{};
+  bool isCounting_ = false;
+};
 
 }  // namespace
 
@@ -209,14 +264,16 @@ NSString* TextOfData(NSData* data) {
 }
 
 Result<Ref<NSArray>> ForeignTypes(const std::string& selection, SelectionLimits limits) {
-  const auto targets = Selections::Shared().Targets(selection, limits);
+  const auto targets = TurnTime::Shared().Spend(
+      limits, [&](const SelectionLimits& left) { return Selections::Shared().Targets(selection, left); });
   if (!targets) return tl::unexpected(targets.error());
   return Retain(TypesOfTargets(*targets));
 }
 
 Result<Ref<NSData>> ForeignData(const std::string& selection, NSString* type, SelectionLimits limits) {
   for (const std::string& target : TargetsOfType(type)) {
-    const auto bytes = Selections::Shared().Read(selection, target, limits);
+    const auto bytes = TurnTime::Shared().Spend(
+        limits, [&](const SelectionLimits& left) { return Selections::Shared().Read(selection, target, left); });
     if (!bytes && bytes.error().code == kNoAnswer) return tl::unexpected(bytes.error());
     if (!bytes) continue;
     if (NSData* data = DataOfTarget(type, target, *bytes)) return Retain(data);

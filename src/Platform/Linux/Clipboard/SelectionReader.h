@@ -17,7 +17,7 @@ enum SelectionFailure : int {
 
 struct SelectionLimits {
   std::chrono::milliseconds answer{1500};  // for each reply of the owner
-  std::chrono::milliseconds whole{10000};
+  std::chrono::milliseconds whole{2000};
   std::size_t bytes = std::size_t{512} << 20;
 };
 
