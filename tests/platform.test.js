@@ -204,6 +204,26 @@ test('a silent bus delays only the first call, and its replacement is connected 
   assert.deepStrictEqual(await child.ended, { code: 0, signal: null, stderr: '' });
 });
 
+test('a bus that stops answering holds a call for two seconds at most', async (t) => {
+  const bus = await startBus(t, temporaryDirectory(t));
+  const child = startScript(
+    t,
+    `const { module: m, bus } = probe();
+     bus.listen((event) => console.log(event));
+     process.stdin.on('data', () => {
+       const start = Date.now();
+       m.isDarkMode();
+       console.log(Date.now() - start < 2000);
+       process.exit();
+     });`,
+    { env: { DBUS_SESSION_BUS_ADDRESS: bus.address } },
+  );
+  await child.printed('connected\n');
+  bus.pause();
+  child.process.stdin.write('ask');
+  await child.printed('connected\ntrue\n');
+});
+
 test('an idle connection uses no processor time and does not keep the process alive', async (t) => {
   const { address } = await startBus(t, temporaryDirectory(t));
   const env = { DBUS_SESSION_BUS_ADDRESS: address };

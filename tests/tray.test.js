@@ -122,6 +122,43 @@ test('a program on the bus reads the item', async (t) => {
   assert.notDeepStrictEqual(error.icon[0][2], argb);
 });
 
+test('a flood of requests leaves the event loop its turns', async (t) => {
+  const longest = await inSession(
+    t,
+    `scenario(async () => {
+       contents.accounts = Array.from({ length: 20 }, (_, id) => account(id, { count: 50, messages: 50 }));
+       showItem(20);
+       await eventually(inTray, 'the item');
+       const ask = (method) => new Promise((resolve) => probe().bus.callMenu(method, 0, resolve));
+       await ask('AboutToShow');
+       const turns = [Date.now()];
+       setInterval(() => turns.push(Date.now()), 1);
+       await Promise.all(Array.from({ length: 300 }, () => ask('GetLayout')));
+       turns.push(Date.now());
+       return Math.max(...turns.map((turn, index) => turn - (turns[index - 1] ?? turn)));
+     });`,
+  );
+  assert.ok(longest < 1000, `${longest} ms`);
+});
+
+test('a row that a request names many times is shown and clicked once', async (t) => {
+  const counts = await inSession(
+    t,
+    `scenario(async () => {
+       contents.accounts = [account(1, { count: 1 })];
+       showItem();
+       await eventually(inTray, 'the item');
+       const [{ id }] = (await layout()).rows;
+       asked.length = 0;
+       await call('AboutToShowGroup', 'ai', 200, ...Array(200).fill(0));
+       await call('EventGroup', 'a(isvu)', 200, ...Array(200).fill([id, 'clicked', 'i', 0, 0]).flat());
+       await eventually(() => notifications.length > 0, 'the click');
+       return [asked.length, notifications.length];
+     });`,
+  );
+  assert.deepStrictEqual(counts, [1, 1]);
+});
+
 test('a program on the bus reads the menu: titles, marks, images, what is enabled', async (t) => {
   const { rows, asked } = await inSession(
     t,

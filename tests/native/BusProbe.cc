@@ -1,3 +1,4 @@
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -17,6 +18,7 @@ constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char kSettings[] = "org.freedesktop.portal.Settings";
 constexpr char kAppearance[] = "org.freedesktop.appearance";
+constexpr std::chrono::minutes kDeadline{1};
 
 v8::Local<v8::String> Text(const std::string& text) {
   return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text.c_str()).ToLocalChecked();
@@ -98,9 +100,10 @@ void callMenu(Arguments args) {
   if (std::string_view(*method) == "Event") call << "clicked" << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
   const auto function =
       std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), args[2].As<v8::Function>());
-  menu->callMethod(call, [function](sdbus::MethodReply&, const sdbus::Error* error) {
+  const auto answered = [function](sdbus::MethodReply&, const sdbus::Error* error) {
     Report(function, error == nullptr ? "answered" : "failed");
-  });
+  };
+  menu->callMethod(call, answered, kDeadline);
 }
 
 constexpr char kApplication[] = "org.tessaro.TessaroHost";
@@ -111,6 +114,7 @@ void ComposeAt(const sdbus::ObjectPath& path) {
   message = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, path);
   message->callMethodAsync("Compose")
       .onInterface("org.tessaro.OutgoingMessage")
+      .withTimeout(kDeadline)
       .uponReplyInvoke([](const sdbus::Error*) {});
 }
 
@@ -129,6 +133,7 @@ void composeMessage(Arguments args) {
   const std::map<std::string, sdbus::Variant> properties{{"ToRecipients", sdbus::Variant(recipients)}};
   application->callMethodAsync("MakeOutgoingMessage")
       .onInterface("org.tessaro.Application")
+      .withTimeout(kDeadline)
       .withArguments(properties)
       .uponReplyInvoke([](const sdbus::Error* error, const sdbus::ObjectPath& path) {
         if (error == nullptr) ComposeAt(path);

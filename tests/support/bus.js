@@ -27,12 +27,12 @@ async function startBus(test, directory) {
   const daemon = spawn('dbus-daemon', ['--nofork', '--nosyslog', `--config-file=${file}`], { stdio: 'ignore' });
   const ended = new Promise((resolve) => daemon.on('exit', resolve));
   const stop = async () => {
-    daemon.kill();
+    daemon.kill('SIGKILL');
     await ended;
   };
   test.after(stop);
   await eventually(() => fs.existsSync(socket), 'the bus listens');
-  return { address: `unix:path=${socket}`, stop };
+  return { address: `unix:path=${socket}`, stop, pause: () => daemon.kill('SIGSTOP') };
 }
 
 module.exports = { startBus };

@@ -14,10 +14,14 @@ namespace {
 
 constexpr std::chrono::milliseconds kFirstRetry{250};
 constexpr std::chrono::milliseconds kLastRetry{4000};
-// A bus that works has answered by then on the busiest machine; whoever asks first is kept waiting.
-constexpr std::chrono::milliseconds kFirstPatience{5000};
-// Nobody waits for a reconnection, and this is time in which the event loop stands still.
+// The first request waits for the connection.
+constexpr std::chrono::milliseconds kFirstPatience{2000};
+// No request waits for a reconnection, but the event loop stands still.
 constexpr std::chrono::milliseconds kPatience{50};
+// Of one turn of the event loop: a process that floods the bus with requests must not stop all other work.
+constexpr std::chrono::milliseconds kTurn{20};
+// Of calls that set none of their own: those to the bus itself, which wait for its reply.
+constexpr std::chrono::milliseconds kCallDeadline{1000};
 
 int UvEvents(short events) {
   return ((events & POLLIN) != 0 ? UV_READABLE : 0) | ((events & POLLOUT) != 0 ? UV_WRITABLE : 0);
@@ -79,6 +83,7 @@ bool SessionBus::Connect(std::chrono::milliseconds patience) noexcept {
       return false;
     }
     connection_ = opening_.get();
+    connection_->setMethodCallTimeout(kCallDeadline);
     Watch();
     retryDelay_ = kFirstRetry;
     return true;
@@ -134,7 +139,8 @@ void SessionBus::Process() noexcept {
   bool isAlive = true;
   WithAutoreleasePool([&] {
     try {
-      while (connection_ && connection_->processPendingRequest()) {
+      const auto end = std::chrono::steady_clock::now() + kTurn;
+      while (connection_ && connection_->processPendingRequest() && std::chrono::steady_clock::now() < end) {
       }
     } catch (const sdbus::Error& error) {
       lastError_ = error.getName() + ": " + error.getMessage();

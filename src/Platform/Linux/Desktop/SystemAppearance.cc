@@ -23,6 +23,7 @@ constexpr char kNamespace[] = "org.freedesktop.appearance";
 constexpr char kKey[] = "color-scheme";
 constexpr std::uint32_t kPreferDark = 1;
 constexpr std::chrono::milliseconds kDeadline{300};
+constexpr std::chrono::seconds kStartDeadline{20};
 
 bool IsThemeDark() {
   const char* variable = std::getenv("GTK_THEME");
@@ -89,6 +90,7 @@ class Appearance final : private BusService {
   void ReadLater() {
     settings_->callMethodAsync("Read")
         .onInterface(kSettings)
+        .withTimeout(kStartDeadline)
         .withArguments(std::string(kNamespace), std::string(kKey))
         .uponReplyInvoke([this](const sdbus::Error* error, const sdbus::Variant& value) {
           if (error == nullptr) Learn(IsDark(value));

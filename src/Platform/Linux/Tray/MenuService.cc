@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -11,7 +12,9 @@ namespace {
 
 constexpr char kInterface[] = "com.canonical.dbusmenu";
 constexpr std::uint32_t kVersion = 3;
+constexpr char kClicked[] = "clicked";
 
+using Ids = std::vector<std::int32_t>;
 using Names = std::vector<std::string>;
 using MenuEvent = sdbus::Struct<std::int32_t, std::string, sdbus::Variant, std::uint32_t>;
 
@@ -90,6 +93,14 @@ void WriteLayout(sdbus::Message& message, const MenuEntry& entry, std::int32_t d
   message.closeStruct();
 }
 
+// Naming a row a million times must not cost a million times its work.
+Ids WithoutRepeats(const Ids& ids) {
+  Ids unique;
+  std::set<std::int32_t> seen;
+  std::copy_if(ids.begin(), ids.end(), std::back_inserter(unique), [&](auto id) { return seen.insert(id).second; });
+  return unique;
+}
+
 void WriteMissing(sdbus::Message& message, std::int32_t id, const Names& before, const Names& now) {
   Names missing;
   std::ranges::copy_if(before, std::back_inserter(missing),
@@ -138,7 +149,7 @@ void MenuService::GetGroupProperties(sdbus::MethodCall& call, sdbus::MethodReply
   Names names;
   call >> ids >> names;
   reply.openContainer("(ia{sv})");
-  for (const std::int32_t id : ids) {
+  for (const std::int32_t id : WithoutRepeats(ids)) {
     if (const MenuEntry* entry = model_.Find(id)) WriteRow(reply, *entry, names);
   }
   reply.closeContainer();
@@ -168,9 +179,13 @@ void MenuService::RegisterEvents() {
       .onInterface(kInterface)
       .implementedAs([this](const std::vector<MenuEvent>& all) {
         Ids ids;
-        for (const MenuEvent& event : all) ids.push_back(std::get<0>(event));
+        Ids clicked;
+        for (const MenuEvent& event : all) {
+          ids.push_back(event.get<0>());
+          if (event.get<1>() == kClicked) clicked.push_back(event.get<0>());
+        }
         Ids unknown = UnknownOf(ids);
-        for (const MenuEvent& event : all) Event(std::get<0>(event), std::get<1>(event));
+        for (const std::int32_t id : WithoutRepeats(clicked)) Event(id, kClicked);
         return unknown;
       });
   object_->registerMethod("AboutToShow").onInterface(kInterface).implementedAs([this](std::int32_t id) {
@@ -179,7 +194,7 @@ void MenuService::RegisterEvents() {
   object_->registerMethod("AboutToShowGroup").onInterface(kInterface).implementedAs([this](const Ids& ids) {
     Ids unknown = UnknownOf(ids);
     Ids changed;
-    std::copy_if(ids.begin(), ids.end(), std::back_inserter(changed), [this](auto id) { return AboutToShow(id); });
+    std::ranges::copy_if(WithoutRepeats(ids), std::back_inserter(changed), [this](auto id) { return AboutToShow(id); });
     return std::tuple(changed, unknown);
   });
 }
@@ -204,7 +219,7 @@ bool MenuService::AboutToShow(std::int32_t id) { return id == model_.root().id &
 
 void MenuService::Event(std::int32_t id, const std::string& event) {
   const MenuEntry* entry = model_.Find(id);
-  if (entry == nullptr || entry == &model_.root() || event != "clicked") return;
+  if (entry == nullptr || entry == &model_.root() || event != kClicked) return;
   if (!entry->isSeparator && entry->isEnabled) source_.choose(*entry);
 }
 
