@@ -136,10 +136,15 @@ test('unknown targets and odd pages are logged', async (t) => {
 async function startStandIn(t, applications, identifier) {
   const record = path.join(applications.home, 'messages.json');
   applications.add(identifier);
-  startScript(t, `const ok = probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`, {
-    env: { ...session.env, ...applications.env },
-  });
+  const child = startScript(
+    t,
+    `const ok = probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`,
+    {
+      env: { ...session.env, ...applications.env },
+    },
+  );
   const messages = () => (fs.existsSync(record) ? JSON.parse(fs.readFileSync(record, 'utf8')) : []);
+  messages.hang = () => child.process.kill('SIGSTOP');
   const names = path.join(session.env.TMPDIR, 'NSMessagePort', 'names', Buffer.from(identifier).toString('base64'));
   await eventually(() => fs.existsSync(names), 'the application can be scripted');
   return messages;
@@ -195,6 +200,24 @@ test('DEVONthink imports the mail, or the page when there is no mail', async (t)
   act(t, applications, `m.clipPage('devonthink', { ...page, 'html-path': '/a.html' });`);
   await eventually(() => messages().length >= 10, 'the second record is opened');
   assert.deepStrictEqual(messages(), [...record('/a.eml'), ...record('/a.html')]);
+});
+
+test('an application that hangs delays neither script nor other applications', async (t) => {
+  const applications = new Applications(t);
+  const messages = await startStandIn(t, applications, 'com.evernote.Evernote');
+  applications.add('com.todoist.mac.Todoist', { types: ['x-scheme-handler/todoist'] });
+  messages.hang();
+  const child = act(
+    t,
+    applications,
+    `const start = Date.now();
+     for (let i = 0; i < 4; ++i) m.clipPage('evernote', page);
+     m.importIntoApplication('com.evernote.Evernote', '/etc/hostname');
+     console.log(Date.now() - start < 2000);
+     m.clipPage('todoist', page);`,
+  );
+  await child.printed('true\n');
+  assert.strictEqual((await applications.wordsOf('com.todoist.mac.Todoist')).length, 1);
 });
 
 test('Photos and Receipts get files; archives are unpacked beside themselves', async (t) => {

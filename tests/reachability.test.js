@@ -2,9 +2,14 @@
 
 const assert = require('assert');
 const { spawnSync } = require('child_process');
+const fs = require('fs');
+const net = require('net');
+const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate } = require('./support/child');
+const { Applications } = require('./support/applications');
+const { startAudioServer, tone } = require('./support/audio');
+const { evaluate, temporaryDirectory } = require('./support/child');
 
 // A network namespace for the test, without a default route until the test adds one.
 const ownNetwork = ['unshare', '--map-root-user', '--net'];
@@ -175,4 +180,60 @@ test('monitoring neither keeps the process alive nor uses processor time while i
   );
   assert.strictEqual(typeof connected, 'boolean');
   assert.ok(used < 20000, `${used} µs`);
+});
+
+test('previews, sounds, names, printing and clipping that hang delay nothing else', { skip: noNetwork }, async (t) => {
+  const applications = new Applications(t);
+  for (const [id, type] of [['com.todoist.mac.Todoist', 'x-scheme-handler/todoist'], ['org.example.Viewer', 'text/plain']])
+    applications.add(id, { types: [type] }); // prettier-ignore
+  const folder = temporaryDirectory(t);
+  const write = (name, contents) => {
+    const file = path.join(folder, name);
+    fs.mkdirSync(path.dirname(file), { recursive: true });
+    fs.writeFileSync(file, contents);
+    return JSON.stringify(file);
+  };
+  const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
+  const drawing = write(
+    'hostile.svg',
+    `<svg xmlns="http://www.w3.org/2000/svg" width="2000" height="2000"><filter id="f">${noise.join('')}</filter><rect width="2000" height="2000" filter="url(#f)"/></svg>`,
+  );
+  const letter = write('letter.txt', 'Dear Ann');
+  const names = write('resolv.conf', 'nameserver 10.9.0.254\n');
+  write('Library/Sounds/quiet.wav', tone({ amplitude: 1000, seconds: 1 }));
+  const audio = await startAudioServer(t, temporaryDirectory(t));
+  audio.pause();
+  const silentBus = net.createServer(() => {}).listen(path.join(folder, 'bus'));
+  t.after(() => silentBus.close());
+  const answers = await evaluate(
+    t,
+    `${network}
+     const { module: m, reachability: { watch } } = probe();
+     const folder = ${JSON.stringify(folder)};
+     // The name server takes every question and answers none.
+     ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
+     const answers = {};
+     m.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
+     for (let i = 0; i < 4; ++i) m.generatePreview(${drawing}, 2000 + i, folder, () => {});
+     watch('slow.example');
+     m.playSoundWithName('quiet');
+     m.clipPage('todoist', { title: 'x' });
+     m.printPath(${letter});
+     const start = Date.now();
+     answers.opened = m.openFile(${letter}, '', true);
+     answers.isOpenedSoon = Date.now() - start < 5000;
+     m.generatePreview(${letter}, 64, folder, (path) => (answers.preview = path !== null));
+     const end = Date.now() + 15000;
+     const wait = setInterval(() => {
+       if (Object.keys(answers).length < 4 && Date.now() < end) return;
+       console.log(JSON.stringify(answers));
+       process.exit(0);
+     }, 10);`,
+    {
+      within: [...ownNetwork, '--mount', 'sh', '-c', `mount --bind ${names} /etc/resolv.conf && exec "$@"`, '-'],
+      env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: `unix:path=${folder}/bus` },
+      home: folder,
+    },
+  );
+  assert.deepStrictEqual(answers, { opened: 0, isOpenedSoon: true, reachable: true, preview: true });
 });

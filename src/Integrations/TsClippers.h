@@ -19,10 +19,9 @@ struct TsClippedPage {
 // The names that TsClipPage() takes and whose applications are installed, in a fixed order.
 [[nodiscard]] NSArray* TsInstalledClippers();
 
-// Hands the page to the application of that name, and may wait for it for long. Any thread but the main one.
+// Hand the page to the application of that name, and a file to an application. An application that hangs delays nothing
+// but what is handed to it later. Main thread only.
 void TsClipPage(NSString* name, const TsClippedPage& page);
-
-// Hands a file to an application. Main thread only.
 void TsImportIntoApplication(NSString* identifier, NSString* path);
 
 // Alerts the user that the installed Evernote can't be scripted. Main thread only.

@@ -1,8 +1,11 @@
 #include "Integrations/TsClippers.h"
 
 #include <array>
+#include <map>
+#include <string>
 #include <string_view>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
@@ -14,12 +17,18 @@
 #include "Platform/Cocoa.h"
 #include "Platform/HTMLText.h"
 #include "Platform/MainQueue.h"
+#include "Platform/SerialQueue.h"
 #include "Platform/WindowServer.h"
 #include "Platform/ZipArchive.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
+
+platform::SerialQueue& QueueOf(NSString* application) {
+  static Forever<std::map<std::string, platform::SerialQueue>> queues;
+  return (*queues)[TsStdString(application)];
+}
 
 // A missing text would be formatted as "(null)".
 NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
@@ -100,7 +109,7 @@ const std::array<Clipper, 7>& Clippers() {
 
 void ImportIntoEvernote(NSString* path, NSString*) {
   TsEvernoteNote* note = [TsEvernoteNote noteWithTitle:@"Tessaro" sourceURL:nil];
-  if (note == nil) return showEvernoteError();
+  if (note == nil) return platform::MainQueue::Shared().Post(showEvernoteError);
   [note appendAttachment:path];
   [note openNoteWindow];
 }
@@ -145,7 +154,8 @@ NSArray* TsInstalledClippers() {
 
 void TsClipPage(NSString* name, const TsClippedPage& page) {
   for (const Clipper& clipper : Clippers()) {
-    if ([clipper.name isEqualToString:name]) return clipper.clip(page);
+    if (![clipper.name isEqualToString:name]) continue;
+    return QueueOf(name).Post([clip = clipper.clip, page] { clip(page); });
   }
   TsLogWarning(@"Unknown application %@", name);
 }
@@ -154,7 +164,8 @@ void TsImportIntoApplication(NSString* identifier, NSString* path) {
   const auto application = platform::FindApplication(TsStdString(identifier));
   for (const Importer& importer : Importers()) {
     if (![importer.identifier isEqualToString:identifier]) continue;
-    return importer.import(path, application ? TsNSString(application->path) : nil);
+    const auto bundle = application ? Retain(TsNSString(application->path)) : Ref<NSString>();
+    return QueueOf(identifier).Post([import = importer.import, file = Retain(path), bundle] { import(file, bundle); });
   }
   TsLogWarning(@"Don't know how to handle bundleId %@ for %@", identifier, path);
 }

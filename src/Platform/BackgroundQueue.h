@@ -7,8 +7,8 @@
 
 namespace tessaro::platform {
 
-// Takes work that may block away from the main thread, to a few worker threads. Not for jobs that wait for another
-// process or a server: those belong to the event loop, because a few of them would hold all workers.
+// Takes work that needs the processor or a disk away from the main thread, to a few worker threads. Jobs that wait for
+// another process or a server belong to the event loop or to a SerialQueue: a few of them would hold all workers.
 //
 // Post() may be called on any thread. Tasks start in the order in which they were posted and may overlap; each runs
 // with an autorelease pool, must not throw C++ exceptions, and touches neither script nor AppKit. When the script

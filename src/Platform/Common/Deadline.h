@@ -8,21 +8,20 @@
 #include <optional>
 #include <utility>
 
-#include "Platform/BackgroundQueue.h"
-
 namespace tessaro::platform {
 
-// What `work` returns on a background thread, or nothing when that takes longer than `limit`: `work` then goes on
-// without a listener, and must own everything that it uses.
-template <typename Value>
-[[nodiscard]] std::optional<Value> WithDeadline(std::chrono::milliseconds limit, std::function<Value()> work) {
+// What `work` returns on a queue, or nothing when that takes longer than `limit`: `work` then goes on without a
+// listener, and must own everything that it uses.
+template <typename Value, typename Queue>
+[[nodiscard]] std::optional<Value> WithDeadline(Queue& queue, std::chrono::milliseconds limit,
+                                                std::function<Value()> work) {
   struct Answer {
     std::mutex mutex;
     std::condition_variable changed;
     std::optional<Value> value;
   };
   auto answer = std::make_shared<Answer>();
-  BackgroundQueue::Shared().Post([answer, work = std::move(work)] {
+  queue.Post([answer, work = std::move(work)] {
     Value value = work();
     const std::lock_guard lock(answer->mutex);
     answer->value = std::move(value);

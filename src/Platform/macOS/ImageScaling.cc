@@ -38,7 +38,8 @@ Result<std::string> MakeCopy(const ImageCopy& copy) {
 }  // namespace
 
 Result<std::string> ScaleImage(const ImageCopy& copy) noexcept {
-  auto result = WithDeadline<Result<std::string>>(kLongestWait, [copy] { return MakeCopy(copy); });
+  auto result =
+      WithDeadline<Result<std::string>>(BackgroundQueue::Shared(), kLongestWait, [copy] { return MakeCopy(copy); });
   if (!result) return Fail("the picture takes too long");
   return std::move(*result);
 }

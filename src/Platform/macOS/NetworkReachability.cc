@@ -7,7 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "Platform/BackgroundQueue.h"
 #include "Platform/Common/Deadline.h"
 #include "Platform/MainQueue.h"
 #include "Platform/macOS/CFRef.h"
@@ -58,7 +57,8 @@ class SystemReachability final : public NetworkReachability {
 
   [[nodiscard]] std::optional<ReachabilityFlags> Flags() const noexcept override {
     if (!MainQueue::IsMainThread()) return FlagsOf(target_);
-    return WithDeadline<std::optional<ReachabilityFlags>>(kLongestWait, [target = target_] { return FlagsOf(target); })
+    return WithDeadline<std::optional<ReachabilityFlags>>(lookUps_, kLongestWait,
+                                                          [target = target_] { return FlagsOf(target); })
         .value_or(std::nullopt);
   }
 
@@ -78,6 +78,7 @@ class SystemReachability final : public NetworkReachability {
 
  private:
   Target target_;
+  mutable SerialQueue lookUps_;
 };
 
 std::unique_ptr<NetworkReachability> Make(SCNetworkReachabilityRef owned) {

@@ -1,11 +1,12 @@
 #import <Foundation/Foundation.h>
 
+#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Integrations/TsClippers.h"
 #import "Integrations/TsPDFServices.h"
 #import "Integrations/TsPreview.h"
 #import "Integrations/TsTiming.h"
-#include "Platform/BackgroundQueue.h"
+#include "Platform/SerialQueue.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/ReturnValues.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -78,10 +79,7 @@ void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  platform::BackgroundQueue::Shared().Post(
-      [name = TsCopyString(args.GetIsolate(), args[0]), page = PageOf(args.GetIsolate(), args[1].As<v8::Object>())] {
-        TsClipPage(name, page);
-      });
+  TsClipPage(convertToNSString(args[0]), PageOf(args.GetIsolate(), args[1].As<v8::Object>()));
 }
 
 void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
@@ -89,7 +87,8 @@ void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
 }
 
 void printPath(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  platform::BackgroundQueue::Shared().Post(
+  static Forever<platform::SerialQueue> printing;
+  printing->Post(
       [path = TsCopyString(args.GetIsolate(), args[0])] { [TsPreview printFile:[NSURL fileURLWithPath:path]]; });
 }
 

@@ -1,5 +1,11 @@
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 
+#include <chrono>
+
+#include "Base/Lifetime.h"
+#include "Platform/Common/Deadline.h"
+#include "Platform/SerialQueue.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -7,12 +13,25 @@ namespace {
 constexpr auto kSpawnFlags =
     static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL);
 
+constexpr std::chrono::seconds kLaunchDeadline{2};
+
 using URIListPtr = std::unique_ptr<GList, decltype([](GList* list) { g_list_free_full(list, g_free); })>;
 
 Result<void> Outcome(bool succeeded, GError* raised) {
   const GErrorPtr error(raised);
   if (succeeded) return {};
   return Fail(error != nullptr ? error->message : "the program can't be started");
+}
+
+// GIO first connects to the session bus, without a deadline.
+Result<void> Launch(GDesktopAppInfo* entry, const std::vector<std::string>& uris) {
+  GList* list = nullptr;
+  for (const std::string& uri : uris) list = g_list_append(list, g_strdup(uri.c_str()));
+  const URIListPtr owner(list);
+  GError* error = nullptr;
+  const bool isLaunched = g_desktop_app_info_launch_uris_as_manager(entry, list, nullptr, kSpawnFlags, nullptr, nullptr,
+                                                                    nullptr, nullptr, &error);
+  return Outcome(isLaunched, error);
 }
 
 }  // namespace
@@ -35,13 +54,11 @@ DesktopEntryPtr DesktopEntryAt(const std::string& path) {
 
 Result<void> LaunchEntry(GDesktopAppInfo* entry, const std::vector<std::string>& uris) {
   if (entry == nullptr) return Fail("no such application");
-  GList* list = nullptr;
-  for (const std::string& uri : uris) list = g_list_append(list, g_strdup(uri.c_str()));
-  const URIListPtr owner(list);
-  GError* error = nullptr;
-  const bool isLaunched = g_desktop_app_info_launch_uris_as_manager(entry, list, nullptr, kSpawnFlags, nullptr, nullptr,
-                                                                    nullptr, nullptr, &error);
-  return Outcome(isLaunched, error);
+  static Forever<SerialQueue> launches;
+  const std::shared_ptr<GDesktopAppInfo> owned(static_cast<GDesktopAppInfo*>(g_object_ref(entry)), g_object_unref);
+  const auto launched =
+      WithDeadline<Result<void>>(*launches, kLaunchDeadline, [owned, uris] { return Launch(owned.get(), uris); });
+  return launched ? *launched : Fail("the session bus does not answer");
 }
 
 Result<void> Spawn(const std::vector<std::string>& words) {

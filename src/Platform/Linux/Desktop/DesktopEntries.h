@@ -25,7 +25,8 @@ inline constexpr std::string_view kDesktopExtension = ".desktop";
 // The path of a desktop file, or an identifier.
 [[nodiscard]] DesktopEntryPtr DesktopEntryAt(const std::string& path);
 
-// Starts the application with the URIs, if any. The process is no child of ours; its output is dropped.
+// Starts the application with the URIs, if any; waits at most two seconds for a silent session bus. The process is no
+// child of ours; its output is dropped.
 [[nodiscard]] Result<void> LaunchEntry(GDesktopAppInfo* entry, const std::vector<std::string>& uris);
 
 // Starts a program with its arguments, without a shell.

@@ -6,10 +6,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <future>
 #include <utility>
 
-#include "Platform/BackgroundQueue.h"
+#include "Platform/Common/Deadline.h"
 #include "Platform/Linux/Network/NetworkChanges.h"
 #include "Platform/Linux/Network/Routes.h"
 #include "Platform/MainQueue.h"
@@ -93,10 +92,7 @@ class Target final : public NetworkReachability {
 
   [[nodiscard]] std::optional<ReachabilityFlags> Flags() const noexcept override {
     if (speed_ == Speed::Quick || !MainQueue::IsMainThread()) return read_();
-    auto answer = std::make_shared<std::promise<std::optional<ReachabilityFlags>>>();
-    auto future = answer->get_future();
-    BackgroundQueue::Shared().Post([answer, read = read_] { answer->set_value(read()); });
-    return future.wait_for(kLookUpDeadline) == std::future_status::ready ? future.get() : std::nullopt;
+    return WithDeadline(lookUps_, kLookUpDeadline, read_).value_or(std::nullopt);
   }
 
   [[nodiscard]] bool Watch(std::shared_ptr<SerialQueue> queue, Changed changed) noexcept override {
@@ -127,6 +123,7 @@ class Target final : public NetworkReachability {
  private:
   const Speed speed_;
   const std::function<std::optional<ReachabilityFlags>()> read_;
+  mutable SerialQueue lookUps_;
   NetworkChanges::Subscription subscription_;
   std::shared_ptr<Watching> watching_;
 };

@@ -5,6 +5,7 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Platform/Applications.h"
+#include "Platform/Linux/Scripting/RootProxy.h"
 
 static constexpr NSTimeInterval kAnswerDeadline = 10;
 static constexpr NSTimeInterval kLaunchDeadline = 10;
@@ -12,10 +13,7 @@ static constexpr NSTimeInterval kLaunchPoll = 0.05;
 
 static Ref<NSDistantObject> Connect(NSString* identifier) {
   @try {
-    NSDistantObject* remote = [NSConnection rootProxyForConnectionWithRegisteredName:identifier host:nil];
-    [[remote connectionForProxy] setRequestTimeout:kAnswerDeadline];
-    [[remote connectionForProxy] setReplyTimeout:kAnswerDeadline];
-    return Retain(remote);
+    return Retain(tessaro::platform::RootProxy(identifier, kAnswerDeadline));
   } @catch (NSException* exception) {
     TsLogWarning(@"%@ can't be reached: %@", identifier, [exception reason]);
   }

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "Base/TsString.h"
+#include "Platform/Linux/Scripting/RootProxy.h"
 
 // NSPerformService() reports every failure by a modal alert, which would block script.
 
@@ -40,8 +41,7 @@ SEL Message(NSDictionary* declaration) {
 
 // nil while the application is not running or not listening yet.
 NSDistantObject* Listener(NSDictionary* declaration) {
-  NSDistantObject* listener =
-      [NSConnection rootProxyForConnectionWithRegisteredName:[declaration objectForKey:@"NSPortName"] host:@""];
+  NSDistantObject* listener = RootProxy([declaration objectForKey:@"NSPortName"], Timeout(declaration));
   return [listener methodSignatureForSelector:Message(declaration)] != nil ? listener : nil;
 }
 
@@ -65,10 +65,6 @@ Result<void> Perform(NSString* service, NSPasteboard* pasteboard) {
   if (listener == nil) {
     return FailBecause([[declaration objectForKey:@"NSPortName"] stringByAppendingString:@" does not answer"]);
   }
-  NSConnection* connection = [listener connectionForProxy];
-  [connection setRequestTimeout:Timeout(declaration)];
-  [connection setReplyTimeout:Timeout(declaration)];
-
   using Send = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
   const SEL message = Message(declaration);
   NSString* error = nil;

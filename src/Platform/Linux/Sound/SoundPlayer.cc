@@ -11,7 +11,7 @@ extern "C" {
 #include <alsa/asoundlib.h>
 }
 
-#include "Platform/BackgroundQueue.h"
+#include "Platform/SerialQueue.h"
 
 namespace tessaro::platform {
 
@@ -67,8 +67,8 @@ int Start(const Context& context, const std::string& file, const SoundPlayer::Fa
 
 }  // namespace
 
-// The audio system may be slow or hang: one background task at a time talks to it. Of the requests that come meanwhile
-// only the last is played.
+// The audio system may be slow or hang: one task at a time talks to it. Of the requests that come meanwhile only the
+// last is played.
 struct SoundPlayer::Body {
   struct Request {
     std::string file;  // empty: silence
@@ -78,13 +78,14 @@ struct SoundPlayer::Body {
   std::mutex mutex;
   std::optional<Request> next;
   bool isWorking = false;
-  Context context;  // used by the task only
+  SerialQueue queue;
+  Context context;  // used on the queue only
 
   void Post(const std::shared_ptr<Body>& self, Request request) {
     const std::lock_guard lock(mutex);
     next = std::move(request);
     if (std::exchange(isWorking, true)) return;
-    BackgroundQueue::Shared().Post([self] { self->Work(); });
+    queue.Post([self] { self->Work(); });
   }
 
  private:
