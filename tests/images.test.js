@@ -345,6 +345,25 @@ test('the decoder program is started again after a crash', async (t) => {
   assert.deepStrictEqual([first, killed, second], [target, true, target]);
 });
 
+test('a decoder program that hangs fails one job and is replaced', async (t) => {
+  const folder = temporaryDirectory(t);
+  const png = await makeImage(folder, 'a.png');
+  const target = path.join(folder, 'b.png');
+  const results = await run(
+    t,
+    `const { execFileSync } = require('child_process');
+     const scale = () => m.scaleImage(${JSON.stringify(png)}, ${JSON.stringify(target)}, 100, 100);
+     const results = [scale()];
+     const [own] = execFileSync('pgrep', ['-P', String(process.pid), 'TessaroPictures']).toString().trim().split('\\n');
+     process.kill(Number(own), 'SIGSTOP');
+     while (results.at(-1) !== null) results.push(scale());
+     console.log(JSON.stringify([...results, scale()]));`,
+  );
+  // The process that was forked ahead may still take a job.
+  assert.ok(results.length <= 4, JSON.stringify(results));
+  assert.deepStrictEqual(results.slice(-2), [null, target]);
+});
+
 // ---- The pasteboard
 
 const inSession = (t, source) => run(t, source, { env: session.env });

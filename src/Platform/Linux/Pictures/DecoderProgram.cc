@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -71,6 +72,11 @@ Result<FileDescriptor> DecoderProgram::Begin(const PictureJob& job) {
   if (const auto started = Start(); !started) return tl::unexpected(started.error());
   if (!Send(encoded, theirs.get())) return LastError("sendmsg to the decoder");
   return reply;
+}
+
+void DecoderProgram::Kill() {
+  if (process_ > 0) kill(process_, SIGKILL);
+  socket_ = FileDescriptor();
 }
 
 Result<void> DecoderProgram::Start() {

@@ -16,6 +16,9 @@ class DecoderProgram {
   // when the job crashes or exceeds its limits.
   [[nodiscard]] Result<FileDescriptor> Begin(const PictureJob& job);
 
+  // Ends a program that hangs. Jobs under way are processes of their own, and go on.
+  void Kill();
+
  private:
   [[nodiscard]] Result<void> Start();
   [[nodiscard]] bool Send(const std::string& job, int reply) const;

@@ -80,6 +80,7 @@ class PictureService {
   void Enqueue(PictureJob job, PictureWritten written);
   void Remove(const RunningJob& job);
   void StartWaiting();
+  void KillProgram() { program_.Kill(); }
   void Close();
 
  private:
@@ -118,8 +119,9 @@ void RunningJob::Read() {
 }
 
 void RunningJob::TimePasses() {
-  if (!std::exchange(isQuick_, false)) return End(Fail("the decoder does not answer"));
-  service_.StartWaiting();
+  if (std::exchange(isQuick_, false)) return service_.StartWaiting();
+  service_.KillProgram();
+  End(Fail("the decoder does not answer"));
 }
 
 // This object is gone afterwards.
@@ -137,7 +139,10 @@ Result<std::string> PictureService::Wait(PictureJob job) {
   std::array<char, 4096> piece;
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
-    if (left <= 0ms) return Fail("the decoder does not answer");
+    if (left <= 0ms) {
+      program_.Kill();
+      return Fail("the decoder does not answer");
+    }
     pollfd ready{reply->get(), POLLIN, 0};
     if (poll(&ready, 1, static_cast<int>(left.count())) <= 0) continue;
     const ssize_t length = TEMP_FAILURE_RETRY(read(reply->get(), piece.data(), piece.size()));
