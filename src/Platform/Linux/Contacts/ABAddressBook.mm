@@ -51,9 +51,11 @@ namespace tessaro::platform {
 ABAddressBook* SharedAddressBook() {
   static const bool isComplete = (CompleteAddressBook(), true);
   static_cast<void>(isComplete);
-  // The framework would create a folder for users without contacts.
-  if (![[NSFileManager defaultManager] fileExistsAtPath:Location()]) return nil;
-  return [ADLocalAddressBook sharedAddressBook];
+  // The framework would create a folder for users without contacts. A folder that was there is not looked for again:
+  // this is asked for each person of a group.
+  static bool isThere = false;
+  if (!isThere) isThere = [[NSFileManager defaultManager] fileExistsAtPath:Location()];
+  return isThere ? [ADLocalAddressBook sharedAddressBook] : nil;
 }
 
 }  // namespace tessaro::platform
