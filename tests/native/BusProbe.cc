@@ -118,12 +118,21 @@ void ComposeAt(const sdbus::ObjectPath& path) {
       .uponReplyInvoke([](const sdbus::Error*) {});
 }
 
-// Composes a message to so many recipients as a script does, over the bus: composeMessage(count).
-void composeMessage(Arguments args) {
-  static std::unique_ptr<sdbus::IProxy> application;
-  if (!application) {
-    application = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
-  }
+sdbus::IProxy& Application() {
+  static const auto application =
+      sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
+  return *application;
+}
+
+// Not destroyed: at exit() the bus is gone.
+sdbus::MethodCall& PreparedMessage() {
+  static auto& message = *new sdbus::MethodCall();
+  return message;
+}
+
+// Composes a message as a script does, over the bus: prepareMessage(count), the number of recipients, and then
+// composeMessage().
+void prepareMessage(Arguments args) {
   std::vector<std::map<std::string, sdbus::Variant>> recipients;
   const auto count = args[0]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
   for (int index = 0; index < count; ++index) {
@@ -131,13 +140,18 @@ void composeMessage(Arguments args) {
     recipients.push_back({{"address", name + "@example.org"}, {"name", name}});
   }
   const std::map<std::string, sdbus::Variant> properties{{"ToRecipients", sdbus::Variant(recipients)}};
-  application->callMethodAsync("MakeOutgoingMessage")
-      .onInterface("org.tessaro.Application")
-      .withTimeout(kDeadline)
-      .withArguments(properties)
-      .uponReplyInvoke([](const sdbus::Error* error, const sdbus::ObjectPath& path) {
-        if (error == nullptr) ComposeAt(path);
-      });
+  PreparedMessage() = Application().createMethodCall("org.tessaro.Application", "MakeOutgoingMessage");
+  PreparedMessage() << properties;
+}
+
+void composeMessage(Arguments) {
+  const auto compose = [](sdbus::MethodReply& reply, const sdbus::Error* error) {
+    sdbus::ObjectPath path;
+    if (error != nullptr) return;
+    reply >> path;
+    ComposeAt(path);
+  };
+  Application().callMethod(PreparedMessage(), compose, kDeadline);
 }
 
 }  // namespace
@@ -149,6 +163,7 @@ void AttachBusProbe(v8::Local<v8::Object> exports) {
   PROBE(stopListening);
   PROBE(setPortalScheme);
   PROBE(callMenu);
+  PROBE(prepareMessage);
   PROBE(composeMessage);
 #undef PROBE
 }
