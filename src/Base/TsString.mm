@@ -9,6 +9,23 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr char16_t kByteOrderMarkUnit = 0xFEFF;
 
+// Without an early return, which would keep the compiler from looking at many characters at once.
+bool IsASCII(std::string_view text) {
+  unsigned char bits = 0;
+  for (const char character : text) bits |= static_cast<unsigned char>(character);
+  return bits < 0x80;
+}
+
+// The bytes of a string that Foundation keeps in Latin-1; empty for others.
+std::string Latin1Bytes(NSString* string) {
+  if ([string fastestEncoding] != NSISOLatin1StringEncoding) return {};
+  const NSUInteger length = [string length];
+  std::string bytes(length + 1, '\0');
+  if (![string getCString:bytes.data() maxLength:bytes.size() encoding:NSISOLatin1StringEncoding]) return {};
+  bytes.resize(length);
+  return bytes;
+}
+
 }  // namespace
 
 std::u16string TsCharacters(NSString* string) {
@@ -17,7 +34,11 @@ std::u16string TsCharacters(NSString* string) {
   return characters;
 }
 
-std::string TsStdString(NSString* string) { return Utf16ToUtf8(TsCharacters(string)); }
+std::string TsStdString(NSString* string) {
+  std::string bytes = Latin1Bytes(string);
+  if (!bytes.empty() && IsASCII(bytes)) return bytes;
+  return Utf16ToUtf8(TsCharacters(string));
+}
 
 Ref<NSString> TsNewString(std::u16string utf16) {
   ReplaceLoneSurrogates(utf16);
@@ -30,6 +51,10 @@ Ref<NSString> TsNewString(std::u16string utf16) {
 }
 
 Ref<NSString> TsNewString(std::string_view utf8) {
+  // Foundation tests each byte of the other encodings.
+  if (IsASCII(utf8)) {
+    return Adopt([[NSString alloc] initWithBytes:utf8.data() length:utf8.size() encoding:NSISOLatin1StringEncoding]);
+  }
   if (!utf8.starts_with(kByteOrderMark)) {
     auto text = Adopt([[NSString alloc] initWithBytes:utf8.data() length:utf8.size() encoding:NSUTF8StringEncoding]);
     if (text) return text;
