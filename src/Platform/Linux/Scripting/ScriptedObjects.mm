@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <string_view>
 
 #include "Base/Ref.h"
@@ -80,6 +81,12 @@ Value ValueFrom(const ElementType& type, id object) {
   return object != nil ? Value(ElementFrom(type, object)) : Value();
 }
 
+// Key-value coding would take most of the time of a message to thousands of recipients.
+SEL SetterOf(std::string name) {
+  name.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(name.front())));
+  return sel_registerName(("set" + name + ":").c_str());
+}
+
 struct ToObject {
   const char* key;
 
@@ -91,7 +98,7 @@ struct ToObject {
   id operator()(const Element& element) const {
     auto object = Adopt<NSObject>([[NSClassFromString(TypeOf(key).className) alloc] init]);
     for (const auto& [name, text] : element) {
-      [object setValue:text ? TsNSString(*text) : nil forKey:TsNSString(name)];
+      [object.get() performSelector:SetterOf(name) withObject:text ? TsNSString(*text) : nil];
     }
     return object.Autoreleased();
   }

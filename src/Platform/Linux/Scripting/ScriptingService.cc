@@ -163,7 +163,7 @@ class ScriptingService final : private BusService {
   [[nodiscard]] std::unique_ptr<sdbus::IObject> NewMessageObject(std::int64_t id) const;
   // Puts the message on the bus when its path is asked for.
   [[nodiscard]] sdbus::ObjectPath MessagePath(std::int64_t id);
-  [[nodiscard]] sdbus::ObjectPath Make(const wire::Dictionary& properties);
+  [[nodiscard]] sdbus::ObjectPath Make(const wire::NamedValues& properties);
   [[nodiscard]] sdbus::ObjectPath LookUp(std::int64_t id);
 
   LinkHandler openLink_;
@@ -196,11 +196,12 @@ void ScriptingService::RegisterApplication() {
         return paths;
       })
       .withUpdateBehavior(sdbus::Flags::EMITS_NO_SIGNAL);
-  application_->registerMethod("MakeOutgoingMessage")
-      .onInterface(kApplication)
-      .withInputParamNames("properties")
-      .withOutputParamNames("message")
-      .implementedAs([this](const wire::Dictionary& properties) { return Make(properties); });
+  application_->registerMethod(kApplication, "MakeOutgoingMessage", "a{sv}", {"properties"}, "o", {"message"},
+                               [this](sdbus::MethodCall call) {
+                                 auto reply = call.createReply();
+                                 reply << Make(wire::ReadDictionary(call));
+                                 reply.send();
+                               });
   application_->registerMethod("OutgoingMessageWithUniqueID")
       .onInterface(kApplication)
       .withInputParamNames("id")
@@ -252,16 +253,12 @@ sdbus::ObjectPath ScriptingService::MessagePath(std::int64_t id) {
   return object->getObjectPath();
 }
 
-sdbus::ObjectPath ScriptingService::Make(const wire::Dictionary& properties) {
+sdbus::ObjectPath ScriptingService::Make(const wire::NamedValues& properties) {
   // Check everything before making the message: messages are never removed.
-  std::vector<std::pair<const Property*, Value>> values;
-  for (const auto& [name, value] : properties) {
-    const auto& [property, read] = values.emplace_back(&MessageProperty(name), wire::Read(value));
-    Check(*property, read);
-  }
+  for (const auto& [name, value] : properties) Check(MessageProperty(name), value);
   const auto id = scripted::MakeMessage();
   if (!id) throw sdbus::Error(kFailed, "There is no application to make messages for");
-  for (const auto& [property, value] : values) ThrowIfFailed(scripted::Set(id, property->key, value));
+  for (const auto& [name, value] : properties) ThrowIfFailed(scripted::Set(id, MessageProperty(name).key, value));
   return MessagePath(*id);
 }
 

@@ -1,6 +1,7 @@
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -13,23 +14,64 @@ using scripted::Value;
 
 constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
-Element ElementFrom(const Dictionary& dictionary) {
-  Element element;
-  for (const auto& [name, variant] : dictionary) {
-    const Value value = Read(variant);
-    const auto* text = std::get_if<std::string>(&value);
+using Dictionary = std::map<std::string, sdbus::Variant>;
+
+template <typename T>
+T ReadAs(sdbus::Message& message) {
+  T value{};
+  message >> value;
+  return value;
+}
+
+Value ReadVariant(sdbus::Message& message) {
+  std::string type;
+  std::string contents;
+  message.peekType(type, contents);
+  message.enterVariant(contents);
+  Value value = Read(message, contents);
+  message.exitVariant();
+  return value;
+}
+
+void Leave(sdbus::Message& message) {
+  message.clearFlags();
+  message.exitContainer();
+}
+
+// Calls `take` for each entry of a dictionary. False at the end of an array of dictionaries.
+template <typename Take>
+bool ReadEntries(sdbus::Message& message, const Take& take) {
+  if (!message.enterContainer("{sv}")) return false;
+  while (message.enterDictEntry("sv")) {
+    auto name = ReadAs<std::string>(message);
+    take(std::move(name), ReadVariant(message));
+    message.exitDictEntry();
+  }
+  Leave(message);
+  return true;
+}
+
+bool ReadElement(sdbus::Message& message, Element& element) {
+  return ReadEntries(message, [&](std::string name, Value value) {
+    auto* text = std::get_if<std::string>(&value);
     if (text == nullptr && !std::holds_alternative<std::monostate>(value)) {
       throw sdbus::Error(kInvalidArguments, name + " is of the type s");
     }
-    element.emplace(name, text != nullptr ? std::optional(*text) : std::nullopt);
-  }
-  return element;
+    element.emplace(std::move(name), text != nullptr ? std::optional(std::move(*text)) : std::nullopt);
+  });
 }
 
-std::vector<Element> ElementsFrom(const std::vector<Dictionary>& dictionaries) {
+std::vector<Element> ReadElements(sdbus::Message& message) {
   std::vector<Element> elements;
-  for (const Dictionary& each : dictionaries) elements.push_back(ElementFrom(each));
+  message.enterContainer("a{sv}");
+  for (Element element; ReadElement(message, element); element.clear()) elements.push_back(std::move(element));
+  Leave(message);
   return elements;
+}
+
+Value ReadMissing(sdbus::Message& message) {
+  if (ReadAs<std::vector<sdbus::Variant>>(message).empty()) return {};
+  throw sdbus::Error(kInvalidArguments, "An array of variants is a missing value, and empty");
 }
 
 Dictionary DictionaryFrom(const Element& element) {
@@ -45,30 +87,6 @@ std::vector<Dictionary> DictionariesFrom(const std::vector<Element>& elements) {
 }
 
 template <typename T>
-T Get(sdbus::Message& message) {
-  T value{};
-  message >> value;
-  return value;
-}
-
-template <typename T>
-T Get(const sdbus::Variant& variant) {
-  return variant.get<T>();
-}
-
-template <typename Source>
-Value ReadFrom(Source& source, std::string_view type) {
-  if (type == "s") return Get<std::string>(source);
-  if (type == "b") return Get<bool>(source);
-  if (type == "x") return Get<std::int64_t>(source);
-  if (type == "a{sv}") return ElementFrom(Get<Dictionary>(source));
-  if (type == "aa{sv}") return ElementsFrom(Get<std::vector<Dictionary>>(source));
-  if (type != "av") throw sdbus::Error(kInvalidArguments, "No property is of the type " + std::string(type));
-  if (Get<std::vector<sdbus::Variant>>(source).empty()) return {};
-  throw sdbus::Error(kInvalidArguments, "An array of variants is a missing value, and empty");
-}
-
-template <typename T>
 T ValueOrEmpty(const Value& value) {
   const T* held = std::get_if<T>(&value);
   return held != nullptr ? *held : T{};
@@ -76,9 +94,23 @@ T ValueOrEmpty(const Value& value) {
 
 }  // namespace
 
-Value Read(sdbus::Message& message, std::string_view type) { return ReadFrom(message, type); }
+Value Read(sdbus::Message& message, std::string_view type) {
+  if (type == "s") return ReadAs<std::string>(message);
+  if (type == "b") return ReadAs<bool>(message);
+  if (type == "x") return ReadAs<std::int64_t>(message);
+  if (type == "aa{sv}") return ReadElements(message);
+  if (type == "av") return ReadMissing(message);
+  if (type != "a{sv}") throw sdbus::Error(kInvalidArguments, "No property is of the type " + std::string(type));
+  Element element;
+  ReadElement(message, element);
+  return element;
+}
 
-Value Read(const sdbus::Variant& variant) { return ReadFrom(variant, variant.peekValueType()); }
+NamedValues ReadDictionary(sdbus::Message& message) {
+  NamedValues values;
+  ReadEntries(message, [&](std::string name, Value value) { values.emplace_back(std::move(name), std::move(value)); });
+  return values;
+}
 
 void Write(sdbus::Message& message, std::string_view type, const Value& value) {
   if (type == "s") {
