@@ -10,8 +10,8 @@ namespace tessaro::platform {
 // Whether a process on the session bus owns the name now. False without a bus.
 [[nodiscard]] bool HasOwner(const std::string& name) noexcept;
 
-// Tells processes that own the name one after the other apart, on this bus and others. Empty while nobody owns it, and
-// without an answer from the bus.
+// Identifies the name's owner: successive owners differ, on this bus and others. Empty for a name without an owner, and
+// without a reply from the bus.
 [[nodiscard]] std::string OwnerIdentity(sdbus::IConnection& bus, const std::string& name) noexcept;
 
 // Takes a name for this process, or keeps it: parts of the application that are called by the same name share it.

@@ -8,7 +8,7 @@ namespace tessaro::platform {
 // Empty for a URI that names no file of this machine: another scheme, another host, or a malformed one.
 [[nodiscard]] std::string PathOfFileURI(const std::string& uri) noexcept;
 
-// Of a path, made absolute. Empty for a path that is empty or contains NUL.
+// The URI of a path, made absolute. Empty for a path that is empty or contains NUL.
 [[nodiscard]] std::string FileURIOf(const std::string& path) noexcept;
 
 [[nodiscard]] std::string AbsolutePath(const std::string& path) noexcept;

@@ -18,9 +18,9 @@ constexpr std::chrono::milliseconds kLastRetry{4000};
 constexpr std::chrono::milliseconds kFirstPatience{2000};
 // No request waits for a reconnection, but the event loop stands still.
 constexpr std::chrono::milliseconds kPatience{50};
-// Of one turn of the event loop: a process that floods the bus with requests must not stop all other work.
+// The limit for one turn of the event loop: a process that floods the bus with requests must not stop all other work.
 constexpr std::chrono::milliseconds kTurn{20};
-// Of calls that set none of their own: those to the bus itself, which wait for its reply.
+// The deadline of calls without one of their own: those to the bus itself, which wait for its reply.
 constexpr std::chrono::milliseconds kCallDeadline{1000};
 
 int UvEvents(short events) {

@@ -16,10 +16,10 @@ namespace tessaro::platform {
 
 // The process's connection to the session bus, driven by the main event loop, without a thread of its own.
 //
-// Main thread only; nothing throws. The connection is made when it is first asked for. When the bus goes away, those
-// who asked for it are told before the connection is destroyed, so that they let go of their proxies and objects;
-// reconnecting is tried for as long as anybody wants to hear of it. A bus that takes the connection and says nothing is
-// waited for once, for some seconds, and counts as none after that. The connection does not keep the process alive.
+// Main thread only; nothing throws. The first call makes the connection. When the bus goes away, listeners are called
+// before the connection is destroyed, to release their proxies and objects; reconnecting is tried while there are
+// listeners. A bus that accepts the connection and does not answer is waited for once, for some seconds, and then
+// treated as missing. The connection does not keep the process alive.
 class SessionBus {
  public:
   using Handler = std::function<void()>;

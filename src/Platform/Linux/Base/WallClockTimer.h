@@ -8,9 +8,8 @@
 
 namespace tessaro::platform {
 
-// Calls its handler when the wall clock reaches a moment, also when the machine has slept until then, and whenever
-// somebody sets the clock: the handler looks at the time, and sets the timer again. Main thread only; does not keep the
-// process alive.
+// Calls its handler when the wall clock reaches a moment, even if the machine slept meanwhile, and whenever the clock
+// is set: the handler checks the time and sets the timer again. Main thread only; does not keep the process alive.
 class WallClockTimer {
  public:
   using Seconds = std::chrono::duration<double>;

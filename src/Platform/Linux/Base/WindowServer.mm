@@ -7,7 +7,7 @@
 
 namespace tessaro::platform {
 
-// NSApp does not tell: it is set even when connecting to the display has failed.
+// NSApp is no sign of a display: it is set even when connecting to the display has failed.
 bool IsWindowServerAvailable() { return GSCurrentServer() != nil; }
 
 _XDisplay* XDisplay() noexcept { return static_cast<_XDisplay*>([GSCurrentServer() serverDevice]); }
