@@ -7,7 +7,7 @@ const os = require('os');
 const path = require('path');
 const sharp = require('sharp');
 
-const { report, summary } = require('./support');
+const { report, summaries, summary, takeTurns } = require('./support');
 
 const native = require('..');
 
@@ -35,19 +35,7 @@ async function makePhoto() {
     .toFile(at('photo.jpg'));
 }
 
-async function alternate(peers) {
-  const samples = Object.fromEntries(Object.keys(peers).map((name) => [name, []]));
-  for (let round = -1; round < rounds; ++round) {
-    const turns = Object.entries(peers);
-    // Neither peer always comes second, to a warm disk cache and a hot processor.
-    for (const [name, run] of round % 2 === 0 ? turns : turns.reverse()) {
-      const start = process.hrtime.bigint();
-      await run();
-      if (round >= 0) samples[name].push(Number(process.hrtime.bigint() - start));
-    }
-  }
-  return Object.fromEntries(Object.entries(samples).map(([name, values]) => [name, summary(values)]));
-}
+const alternate = async (contestants) => summaries(await takeTurns(contestants, { rounds }));
 
 const ms = { unit: 'ms', scale: 1e6 };
 
@@ -106,8 +94,8 @@ async function firstPicture() {
     .toFile(at('first.png'));
   const start = process.hrtime.bigint();
   native.scaleImage(at('first.png'), at('a.png'), 32, 32);
-  const milliseconds = Number(process.hrtime.bigint() - start) / 1e6;
-  console.log(`\nThe first picture, with the start of the program: ${milliseconds.toFixed(0)} ms`);
+  const time = Number(process.hrtime.bigint() - start);
+  report('The first picture, with the start of the program', { module: summary([time]) }, ms);
 }
 
 async function main() {

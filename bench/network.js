@@ -11,7 +11,7 @@ const http2 = require('http2');
 const https = require('https');
 const undici = require('undici');
 
-const { report, summary } = require('./support');
+const { report, summary, takeTurns } = require('./support');
 const { startWebServer } = require('./webServer');
 
 const atOnce = 50;
@@ -121,17 +121,11 @@ async function run(get, url, count, parallel) {
 }
 
 async function alternate(all, count, work) {
-  const samples = Object.fromEntries(Object.keys(all).map((name) => [name, []]));
-  for (let round = -1; round < count; ++round) {
-    // Nobody is always the first.
-    const entries = Object.entries(all);
-    for (const [name, get] of round % 2 === 0 ? entries : entries.reverse()) {
-      globalThis.gc?.();
-      const sample = await work(get);
-      // The first round is for the engine to learn the code.
-      if (round >= 0) samples[name].push(sample);
-    }
-  }
+  const sample = (get) => {
+    globalThis.gc?.();
+    return work(get);
+  };
+  const samples = await takeTurns(all, { rounds: count, sample });
   return (figure) =>
     Object.fromEntries(Object.entries(samples).map(([name, values]) => [name, summary(values.map(figure))]));
 }
