@@ -36,19 +36,18 @@ function applications(module) {
   );
 }
 
-function pasteboard(module, menus) {
-  const types = (count, bytes) =>
-    JSON.stringify({
-      types: Object.fromEntries(
-        Array.from({ length: count }, (_, i) => [`org.tessaro.${i}`, Buffer.alloc(bytes, i).toString('base64')]),
-      ),
-    });
+function pasteboard(module, probed) {
+  const types = (count, bytes) => ({
+    types: Object.fromEntries(
+      Array.from({ length: count }, (_, i) => [`org.tessaro.${i}`, Buffer.alloc(bytes, i).toString('base64')]),
+    ),
+  });
   for (const [title, content] of [
     ['100 types of 1 KB', types(100, 1024)],
     ['100 types, 64 MB in all', types(100, (64 << 20) / 100)],
     ['one type of 64 MB', types(1, 64 << 20)],
   ]) {
-    menus.putOnPasteboard(content);
+    probed.put(content);
     const pair = () => [module.saveGeneralPasteboard(), module.restoreGeneralPasteboard()];
     report(`Snapshot and restore of ${title}`, measure({ both: pair }, { rounds: 5, calls: 1 }), ms);
   }
@@ -60,8 +59,8 @@ function text(integrations) {
 }
 
 const { display } = host.start();
-const { module: native, menus, integrations } = probe();
+const { module: native, pasteboard: probed, integrations } = probe();
 applications(native);
 text(integrations);
-if (display) pasteboard(native, menus);
+if (display) pasteboard(native, probed);
 process.exit();

@@ -58,7 +58,7 @@ function splitInScript(text) {
 function measureText(count) {
   const text = Array.from({ length: count }, (_, i) => `Person ${i} <person${i}@example.org>`).join(', ');
   const samples = Array.from({ length: rounds }, () => ({
-    native: JSON.parse(contacts.timeText(text)),
+    native: contacts.timeText(text),
     script: splitInScript(text),
   }));
   const of = (peer, step) => summary(samples.map((sample) => sample[peer][step]));
@@ -95,7 +95,7 @@ function makeContacts(count) {
 function measureGroup(count) {
   makeContacts(count);
   const samples = Array.from({ length: 5 }, () => {
-    const [time, found] = JSON.parse(contacts.timeGroup(`${count} people`));
+    const [time, found] = contacts.timeGroup(`${count} people`);
     if (found !== count) throw new Error(`${found} of ${count} people`);
     return time;
   });

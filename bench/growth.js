@@ -17,7 +17,7 @@ const linear = 12;
 
 const reading = (count) => {
   const text = JSON.stringify(Array.from({ length: count }, (_, id) => ({ id, from: 'Ann', subject: `Lunch ${id}?` })));
-  return () => probes.values.read(text);
+  return () => probes.values.reads(text);
 };
 
 async function pictures(count) {
@@ -35,7 +35,7 @@ function menuOf(count) {
   const items = Array.from({ length: count }, (_, i) => ({ title: `Item ${i}`, commandId: 10000 + i }));
   let turn = 0;
   return () => {
-    probes.menus.setMainMenu(JSON.stringify([{ title: 'TessaroHost', items }]));
+    probes.menus.setMainMenu([{ title: 'TessaroHost', items }]);
     for (let i = 0; i < 100; ++i) {
       native.updateMainMenuMenuItemWithCommandId(10000 + ((i * 37) % count), `{"title":"${(turn += 1)}"}`);
     }

@@ -19,7 +19,7 @@ const peers = {
     set: (account, text) => native.setPasswordForAccount(text, account),
     get: (account) => JSON.parse(native.getPasswordForAccount(account)).password,
     delete: (account) => native.removePasswordForAccount(account),
-    enumerate: () => JSON.parse(keychain.accounts('Tessaro 3')).length,
+    enumerate: () => keychain.accounts('Tessaro 3').length,
   },
   keytar: {
     set: (account, text) => keytar.setPassword('bench keytar', account, text),

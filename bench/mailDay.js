@@ -64,7 +64,7 @@ async function showAlerts(count) {
     native.deliverUserNotification(identifier, 'Ann', null, 'Lunch?', null, false, null, true, 'Archive', null);
   }
   for (let seen = 0; seen < count; await turn()) {
-    seen += JSON.parse(notifications.takeRecorded()).filter(([name]) => name === 'TsNotificationDidDeliver').length;
+    seen += notifications.takeRecorded().filter(([name]) => name === 'TsNotificationDidDeliver').length;
   }
   for (const identifier of identifiers) native.removeUserNotification(identifier);
 }

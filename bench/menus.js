@@ -17,8 +17,7 @@ const us = { unit: 'µs', scale: 1000 };
 const { display } = host.start();
 const { module: native, menus } = probe();
 
-const keyEvent = (modifiers) =>
-  JSON.stringify({ type: keyDown, modifiers, keyCode: key.a, characters: 'a', ignoring: 'a', x: 5 });
+const keyEvent = (modifiers) => ({ type: keyDown, modifiers, keyCode: key.a, characters: 'a', ignoring: 'a', x: 5 });
 
 function dispatch(title, event) {
   const peers = {
@@ -46,7 +45,7 @@ function updates() {
     ),
     { unit: 'ms', scale: 1e3 },
   );
-  menus.setMainMenu(JSON.stringify([{ title: 'TessaroHost', items }]));
+  menus.setMainMenu([{ title: 'TessaroHost', items }]);
   report(
     'One update in a menu of 5 000 items',
     measure({ 'by path': () => native.updateMainMenuMenuItem('[0,4999]', next()) }, { rounds: 15, calls: 20 }),
@@ -75,7 +74,7 @@ async function main() {
   const window = host.createWindow({ title: 'Benchmark' });
   while (!host.windowInfo(window).isKey) await new Promise((resolve) => setTimeout(resolve, 10));
   dispatch('Dispatching an ordinary key', keyEvent(0));
-  dispatch('Dispatching a click', JSON.stringify({ type: mouseDown, modifiers: 0, x: 5 }));
+  dispatch('Dispatching a click', { type: mouseDown, modifiers: 0, x: 5 });
   await notifications(window);
   updates();
   host.setKeepAlive(false);

@@ -18,7 +18,7 @@ const deliver = (identifier) =>
 
 const untilDelivered = async (count) => {
   for (let seen = 0; seen < count; await new Promise(setImmediate)) {
-    seen += JSON.parse(notifications.takeRecorded()).filter(([name]) => name === 'TsNotificationDidDeliver').length;
+    seen += notifications.takeRecorded().filter(([name]) => name === 'TsNotificationDidDeliver').length;
   }
 };
 

@@ -12,7 +12,7 @@ const { reportLatency, measure, report } = require('./support');
 
 const { display } = host.start();
 const { module: native, shortcuts } = probe();
-const ask = (name, value) => JSON.parse(shortcuts[name](JSON.stringify([value])))[0];
+const ask = (name, value) => shortcuts[name](value);
 
 const rounds = 200;
 const key = 'F5';

@@ -51,7 +51,7 @@ async function measureMenu(accounts, messages) {
   native.setStatusItemMenuNeedsUpdateCallbackFunction(() => JSON.stringify(contents));
   host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': accounts });
 
-  const steps = await repeat(() => JSON.parse(statusItem.timeRebuild()));
+  const steps = await repeat(() => statusItem.timeRebuild());
   const step = (index) => summary(steps.map((times) => times[index]));
   const rebuild = await repeat(() => call('AboutToShow', 0));
   const layout = await repeat(() => call('GetLayout', 0));

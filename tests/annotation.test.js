@@ -9,52 +9,59 @@ const path = require('path');
 const { test } = require('node:test');
 const sharp = require('sharp');
 
-const { evaluate, eventually, temporaryDirectory } = require('./support/child');
-const { useWindows } = require('./support/windows');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
-const inWindows = useWindows();
+const inWindows = scenarios({
+  display: true,
+  uses: ['windows'],
+  fixture({ capture, dialogs, eventually, fs, host, native, path, run, shown }) {
+    const pause = ['sleep', 0.15];
+    const ends = [];
+    host.on('notification', (notification) => ends.push(notification));
+    const postedAs = (kind) => ends.filter(({ name }) => name === kind).map(({ userInfo }) => userInfo);
+    class Editor {
+      answers = [];
+
+      static async open(file) {
+        const editor = new Editor();
+        editor.title = path.basename(file);
+        native.annotateImage(file, (...args) => editor.answers.push(args));
+        editor.id = await shown(editor.title);
+        return editor;
+      }
+
+      press(button) {
+        if (!dialogs.pressButton(this.title, button)) throw new Error(`no button ${button}`);
+      }
+
+      drag = (from, to) => capture.drag(this.title, ...from, ...to);
+
+      write(point, text) {
+        this.press('Text');
+        this.drag(point, point);
+        capture.insert(this.title, text);
+      }
+
+      /** By a real mouse, in the window's own coordinates from the upper left. */
+      moveTo = ([x, y]) => ['mousemove', '--window', this.id, x, y, ...pause];
+      dragByMouse = (from, to) =>
+        run('xdotool', this.moveTo(from), 'mousedown', 1, pause, this.moveTo(to), 'mouseup', 1, pause);
+      ended = () => eventually(() => this.answers.length > 0, 'the end').then(() => this.answers);
+    }
+    const films = [];
+    return {
+      ...{ Editor, ends, films, pause, postedAs },
+      record: (folder) => native.takeScreenRecording(folder, (...args) => films.push(args)),
+      pressPanel: (button) => eventually(() => dialogs.pressButton('Screen Recording', button), `the button ${button}`),
+      isRecording: (folder) => fs.readdirSync(folder).some((name) => name.endsWith('.part')),
+      /** A film of nothing has no frames. */
+      recordABit: () => run('sleep', 1),
+    };
+  },
+});
 
 const imageSize = [660, 400];
-
-const prelude = `
-  const { capture } = probe();
-  const search = async (name) => ((await run('xdotool', 'search', '--onlyvisible', '--name', '^' + name + '$')) ?? '').trim().split('\\n').at(-1);
-  const pause = ['sleep', 0.15];
-  const ends = [];
-  host.on('notification', (notification) => ends.push(notification));
-  class Editor {
-    static async open(file) {
-      const editor = new Editor();
-      editor.answers = [];
-      editor.title = require('path').basename(file);
-      m.annotateImage(file, (...args) => editor.answers.push(args));
-      editor.id = await eventually(() => search(editor.title), 'the editor');
-      return editor;
-    }
-    press = (button) => { if (!capture.press(this.title, button)) throw new Error('no button ' + button); };
-    drag = (from, to) => capture.drag(this.title, ...from, ...to);
-    write = (point, text) => {
-      this.press('Text');
-      this.drag(point, point);
-      capture.write(this.title, text);
-    };
-    // By a real mouse, in the window's own coordinates from the upper left.
-    moveTo = ([x, y]) => ['mousemove', '--window', this.id, x, y, ...pause];
-    dragByMouse = (from, to) => run('xdotool', ...this.moveTo(from), 'mousedown', 1, ...pause, ...this.moveTo(to), 'mouseup', 1, ...pause);
-    ended = () => eventually(() => this.answers.length > 0, 'the end').then(() => this.answers);
-  }
-  // The window manager places and sizes a window some time after it has been opened.
-  const atRest = async (id) => {
-    let last;
-    return eventually(async () => {
-      const now = await run('xdotool', 'getwindowgeometry', '--shell', id);
-      await new Promise((resolve) => setTimeout(resolve, 200));
-      const isSame = now === last;
-      last = now;
-      return isSame && Number(now.match(/WIDTH=(\\d+)/)[1]);
-    }, 'a window at rest');
-  };
-`;
 
 // Stripes of two pixels, as fine as letters are.
 async function stripes(folder, name = 'stripes.png') {
@@ -79,26 +86,26 @@ test('the copy has the annotations in their places, without those that were undo
   const before = fs.readFileSync(file);
   const { answers, posted } = await inWindows(
     t,
-    `${prelude}
-     const editor = await Editor.open(${JSON.stringify(file)});
-     await run('xdotool', 'windowactivate', '--sync', editor.id);
-     const width = await atRest(editor.id);
-     const bar = 52;
-     await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
-     editor.press('Box');
-     editor.drag([300, 40], [600, 160]);
-     editor.press('Blur');
-     editor.drag([320, 60], [580, 140]);
-     editor.write([40, 60], 'WWWW');
-     editor.press('Box');
-     editor.drag([300, 200], [600, 380]);
-     editor.press('Undo');
-     await eventually(async () => {
-       await editor.dragByMouse([width - 49, 26], [width - 49, 26]);
-       return editor.answers.length > 0;
-     }, 'the end, after a click on Save');
-     const answers = await editor.ended();
-     print({ answers, posted: ends.filter(({ name }) => name === 'TsImageAnnotated').map(({ userInfo }) => userInfo) });`,
+    async ({ Editor, atRest, clickUntil, postedAs, run }, image) => {
+      const editor = await Editor.open(image);
+      await run('xdotool', 'windowactivate', '--sync', editor.id);
+      const geometry = () => run('xdotool', 'getwindowgeometry', '--shell', editor.id);
+      await atRest(geometry);
+      const width = Number((await geometry()).match(/WIDTH=(\d+)/)[1]);
+      const bar = 52;
+      await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
+      editor.press('Box');
+      editor.drag([300, 40], [600, 160]);
+      editor.press('Blur');
+      editor.drag([320, 60], [580, 140]);
+      editor.write([40, 60], 'WWWW');
+      editor.press('Box');
+      editor.drag([300, 200], [600, 380]);
+      editor.press('Undo');
+      await clickUntil(editor.id, [width - 49, 26], () => editor.answers.length > 0, 'the end, after a click on Save');
+      return { answers: editor.answers, posted: postedAs('TsImageAnnotated') };
+    },
+    file,
   );
   const copy = path.join(folder, 'stripes annotated.png');
   assert.deepStrictEqual(answers, [[copy]]);
@@ -135,22 +142,25 @@ test('undo removes the last annotation, by button and by key', async (t) => {
   const file = await stripes(folder);
   const answers = await inWindows(
     t,
-    `${prelude}
-     const editor = await Editor.open(${JSON.stringify(file)});
-     editor.press('Undo');
-     editor.press('Box');
-     editor.drag([200, 50], [300, 150]);
-     await eventually(async () => {
-       await run('xdotool', 'windowactivate', '--sync', editor.id, 'key', 'ctrl+z', ...pause);
-       return !capture.isEnabled(editor.title, 'Undo');
-     }, 'undo by key');
-     editor.drag([50, 50], [150, 150]);
-     editor.drag([350, 50], [450, 150]);
-     editor.press('Undo');
-     // A click draws nothing, and is nothing to undo.
-     editor.drag([500, 300], [500, 300]);
-     editor.press('Save');
-     print(await editor.ended());`,
+    async ({ Editor, capture, eventually, pause, run }, image) => {
+      const editor = await Editor.open(image);
+      const canUndo = () => capture.isEnabled(editor.title, 'Undo');
+      if (canUndo()) throw new Error('there is nothing to undo');
+      editor.press('Box');
+      editor.drag([200, 50], [300, 150]);
+      await eventually(async () => {
+        await run('xdotool', 'windowactivate', '--sync', editor.id, 'key', 'ctrl+z', pause);
+        return !canUndo();
+      }, 'undo by key');
+      editor.drag([50, 50], [150, 150]);
+      editor.drag([350, 50], [450, 150]);
+      editor.press('Undo');
+      // A click draws nothing, and is nothing to undo.
+      editor.drag([500, 300], [500, 300]);
+      editor.press('Save');
+      return editor.ended();
+    },
+    file,
   );
   const { hasInk } = await reader(answers[0][0]);
   assert.deepStrictEqual([hasInk(50, 100), hasInk(200, 100), hasInk(350, 100)], [true, false, false]);
@@ -164,24 +174,25 @@ test('the copy has the format of the image and a new name; cancelling and closin
     .jpeg()
     .toFile(jpeg);
   fs.writeFileSync(path.join(folder, 'photo annotated.jpg'), 'another file');
-  const { saved, cancelled, closed } = await inWindows(
+  const [saved, cancelled, closed] = await inWindows(
     t,
-    `${prelude}
-     const draw = async () => {
-       const editor = await Editor.open(${JSON.stringify(jpeg)});
-       editor.press('Box');
-       editor.drag([100, 100], [200, 300]);
-       return editor;
-     };
-     const first = await draw();
-     first.press('Save');
-     const saved = await first.ended();
-     const second = await draw();
-     second.press('Cancel');
-     const cancelled = await second.ended();
-     const third = await draw();
-     probe().dialogs.closeWindow(third.title);
-     print({ saved, cancelled, closed: await third.ended() });`,
+    async ({ Editor, dialogs }, image) => {
+      const ends = [
+        (editor) => editor.press('Save'),
+        (editor) => editor.press('Cancel'),
+        (editor) => dialogs.closeWindow(editor.title),
+      ];
+      const answers = [];
+      for (const end of ends) {
+        const editor = await Editor.open(image);
+        editor.press('Box');
+        editor.drag([100, 100], [200, 300]);
+        end(editor);
+        answers.push(await editor.ended());
+      }
+      return answers;
+    },
+    jpeg,
   );
   assert.deepStrictEqual(
     [saved, cancelled, closed],
@@ -199,31 +210,23 @@ test('a file that is no image can’t be edited, and an unwritable copy is repor
   const file = await stripes(folder, 'b.png');
   const answers = await inWindows(
     t,
-    `${prelude}
-     const answers = [];
-     const annotate = (...args) => m.annotateImage(...args);
-     for (const path of [${JSON.stringify(text)}, '/nowhere/a.png', '']) annotate(path, (...args) => answers.push(args));
-     annotate('/nowhere/a.png', null);
-     await eventually(() => answers.length === 3 && ends.length === 4, 'all ends');
-     const editor = await Editor.open(${JSON.stringify(file)});
-     require('fs').rmSync(${JSON.stringify(folder)}, { recursive: true });
-     editor.press('Save');
-     print([...answers, ...(await editor.ended())]);`,
+    async ({ Editor, ends, eventually, fs, native, path }, noImage, image) => {
+      const answers = [];
+      for (const each of [noImage, '/nowhere/a.png', '']) native.annotateImage(each, (...args) => answers.push(args));
+      native.annotateImage('/nowhere/a.png', null);
+      await eventually(() => answers.length === 3 && ends.length === 4, 'all ends');
+      const editor = await Editor.open(image);
+      fs.rmSync(path.dirname(image), { recursive: true });
+      editor.press('Save');
+      return [...answers, ...(await editor.ended())];
+    },
+    text,
+    file,
   );
   assert.deepStrictEqual(answers, [[null], [null], [null], [null]]);
 });
 
 // ---- Films
-
-const film = `
-  const panelTitle = 'Screen Recording';
-  const press = (button) => eventually(() => capture.press(panelTitle, button), 'the button ' + button);
-  const isRecording = (folder) => require('fs').readdirSync(folder).some((name) => name.endsWith('.part'));
-  // Long enough for a few frames.
-  const recordABit = (folder) => eventually(() => isRecording(folder), 'the recording').then(() => new Promise((resolve) => setTimeout(resolve, 1000)));
-  const answers = [];
-  const record = (folder) => m.takeScreenRecording(folder, (...args) => answers.push(args));
-`;
 
 const facts = (file) =>
   execFileSync('ffprobe', ['-v', 'error', '-show_entries', 'stream=codec_name,width,height', '-of', 'csv=p=0', file])
@@ -232,35 +235,35 @@ const facts = (file) =>
 
 test('the screen, or an area of it, is recorded until the user stops', async (t) => {
   const folder = path.join(temporaryDirectory(t), 'films');
-  const { answers, second, posted } = await inWindows(
+  const { films, second, posted } = await inWindows(
     t,
-    `${prelude}${film}
-     const folder = ${JSON.stringify(folder)};
-     record(folder);
-     const second = [];
-     m.takeScreenRecording(folder, (...args) => second.push(args));
-     await press('Whole Screen');
-     await recordABit(folder);
-     // By a real mouse.
-     const panel = await eventually(() => search(panelTitle), 'the panel');
-     await eventually(async () => {
-       await run('xdotool', 'mousemove', '--window', panel, 72, 70, ...pause, 'mousedown', 1, ...pause, 'mouseup', 1);
-       return eventually(() => answers.length === 1, 'the first film', 3000).catch(() => false);
-     }, 'the end of the first film, after a click on Stop');
-     record(folder);
-     await press('Area…');
-     const drag = ['mousemove', 100, 80, ...pause, 'mousedown', 1, ...pause, 'mousemove', 200, 100, ...pause, 'mousemove', 401, 281, ...pause, 'mouseup', 1];
-     // A picture of the screen covers it a moment later.
-     await eventually(async () => {
-       await run('xdotool', ...drag);
-       return eventually(() => isRecording(folder), 'the recording of the area', 1000).catch(() => false);
-     }, 'the recording of the area');
-     await recordABit(folder);
-     await press('Stop');
-     await eventually(() => answers.length === 2, 'the second film');
-     print({ answers, second, posted: ends.filter(({ name }) => name === 'TsScreenRecorded').map(({ userInfo }) => userInfo.path ?? null) });`,
+    async (fixture, target) => {
+      const { clickUntil, eventually, films, isRecording, native, pause, postedAs } = fixture;
+      const { pressPanel, record, recordABit, run, shown } = fixture;
+      record(target);
+      const second = [];
+      native.takeScreenRecording(target, (...args) => second.push(args));
+      await pressPanel('Whole Screen');
+      await eventually(() => isRecording(target), 'the recording');
+      await recordABit();
+      const panel = await shown('Screen Recording');
+      await clickUntil(panel, [72, 70], () => films.length === 1, 'the end of the first film, after a click on Stop');
+      record(target);
+      await pressPanel('Area…');
+      const moves = [[200, 100], [401, 281]].map((point) => ['mousemove', ...point, pause]); // prettier-ignore
+      // A picture of the screen covers it a moment later.
+      await eventually(async () => {
+        await run('xdotool', 'mousemove', 100, 80, pause, 'mousedown', 1, pause, moves.flat(2), 'mouseup', 1);
+        return eventually(() => isRecording(target), 'the recording of the area', 1000).catch(() => false);
+      }, 'the recording of the area');
+      await recordABit();
+      await pressPanel('Stop');
+      await eventually(() => films.length === 2, 'the second film');
+      return { films, second, posted: postedAs('TsScreenRecorded').map((each) => each.path ?? null) };
+    },
+    folder,
   );
-  const [[screen], [area]] = answers;
+  const [[screen], [area]] = films;
   assert.match(path.basename(screen), /^Screen Recording \d{4}-\d\d-\d\d at \d\d\.\d\d\.\d\d\.mp4$/);
   assert.deepStrictEqual([facts(screen), facts(area)], ['h264,1280,800', 'h264,300,200']);
   assert.deepStrictEqual(second, [[null]]);
@@ -274,21 +277,24 @@ test('no film is made when the user cancels, or the screen can’t be recorded',
   fs.writeFileSync(file, '');
   const { answers, warnings } = await inWindows(
     t,
-    `${prelude}${film}
-     captureLog();
-     record(${JSON.stringify(folder)});
-     await press('Cancel');
-     await eventually(() => answers.length === 1, 'the end');
-     record(${JSON.stringify(file)});
-     const path = process.env.PATH;
-     process.env.PATH = '/nowhere';
-     record(${JSON.stringify(folder)});
-     process.env.PATH = path;
-     await eventually(() => answers.length === 3, 'the refusals');
-     process.env.XDG_SESSION_TYPE = 'wayland';
-     record(${JSON.stringify(folder)});
-     await eventually(() => answers.length === 4, 'all ends');
-     print({ answers, warnings: log(2) });`,
+    async ({ captureLog, env, eventually, films, log, pressPanel, record }, target, noFolder) => {
+      captureLog();
+      record(target);
+      await pressPanel('Cancel');
+      await eventually(() => films.length === 1, 'the end');
+      record(noFolder);
+      const { PATH } = env;
+      env.PATH = '/nowhere';
+      record(target);
+      env.PATH = PATH;
+      await eventually(() => films.length === 3, 'the refusals');
+      env.XDG_SESSION_TYPE = 'wayland';
+      record(target);
+      await eventually(() => films.length === 4, 'all ends');
+      return { answers: films, warnings: log(2) };
+    },
+    folder,
+    file,
   );
   assert.deepStrictEqual(answers, [[null], [null], [null], [null]]);
   assert.deepStrictEqual(
@@ -306,12 +312,13 @@ test('the recorder program ends with the process that started it', async (t) => 
   const folder = temporaryDirectory(t);
   const recorder = await inWindows(
     t,
-    `${prelude}${film}
-     record(${JSON.stringify(folder)});
-     await press('Whole Screen');
-     await eventually(() => isRecording(${JSON.stringify(folder)}), 'the recording');
-     const processes = (await run('pgrep', '-P', process.pid, 'ffmpeg')).trim().split('\\n').map(Number);
-     print(processes);`,
+    async ({ eventually, isRecording, pressPanel, record, run }, target) => {
+      record(target);
+      await pressPanel('Whole Screen');
+      await eventually(() => isRecording(target), 'the recording');
+      return (await run('pgrep', '-P', process.pid, 'ffmpeg')).trim().split('\n').map(Number);
+    },
+    folder,
   );
   assert.strictEqual(recorder.length, 1);
   const isAlive = () => {
@@ -327,17 +334,17 @@ test('the recorder program ends with the process that started it', async (t) => 
 test('without a display both callbacks receive null', async (t) => {
   const folder = temporaryDirectory(t);
   const file = await stripes(folder);
-  const answers = await evaluate(
+  const answers = await scenarios()(
     t,
-    `const { module: m } = probe();
-     const answers = [];
-     const wait = setInterval(() => {
-       if (answers.length < 2) return;
-       clearInterval(wait);
-       console.log(JSON.stringify(answers));
-     }, 10);
-     m.annotateImage(${JSON.stringify(file)}, (...args) => answers.push(args));
-     m.takeScreenRecording(${JSON.stringify(folder)}, (...args) => answers.push(args));`,
+    async ({ eventually, native }, image, target) => {
+      const answers = [];
+      native.annotateImage(image, (...args) => answers.push(args));
+      native.takeScreenRecording(target, (...args) => answers.push(args));
+      await eventually(() => answers.length === 2, 'the answers');
+      return answers;
+    },
+    file,
+    folder,
   );
   assert.deepStrictEqual(answers, [[null], [null]]);
 });

@@ -12,11 +12,10 @@ const { promisify } = require('util');
 
 const { root } = require('./support/addon');
 const { startBus } = require('./support/bus');
-const { evaluate, startScript, eventually, temporaryDirectory } = require('./support/child');
-const { useSession } = require('./support/session');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
 const run = promisify(execFile);
-const session = useSession();
 
 const name = 'org.tessaro.TessaroHost';
 const applicationPath = '/org/tessaro/TessaroHost';
@@ -24,69 +23,46 @@ const application = 'org.tessaro.Application';
 const message = 'org.tessaro.OutgoingMessage';
 const messagePath = (id) => `${applicationPath}/OutgoingMessages/${id}`;
 
-const host = `
-  const host = require('./host');
-  host.start();
-  const { module: m, composition } = probe();
-  const print = (value) => console.log(JSON.stringify(value));
-`;
+const inProcess = scenarios({ display: true });
+const { session } = inProcess;
 
-// An application that prints what is composed, a line each, and does what it reads on standard input.
-const applicationScript = `${host}
-  host.setKeepAlive(true);
-  m.setComposeOutgoingMessageCallbackFunction((...texts) => print([Date.now(), ...texts.map((text) => JSON.parse(text))]));
-  require('readline').createInterface({ input: process.stdin }).on('line', (line) => print(eval(line) ?? null));
-  print('ready');
-`;
-
-const lines = (child) =>
-  child.output.stdout
-    .split('\n')
-    .slice(0, -1)
-    .map((line) => JSON.parse(line));
+const applications = inProcess.with({
+  fixture({ host, native, report }) {
+    host.setKeepAlive(true);
+    const listen = () =>
+      native.setComposeOutgoingMessageCallbackFunction((...texts) =>
+        report([Date.now(), ...texts.map((text) => JSON.parse(text))]),
+      );
+    return { listen };
+  },
+});
 
 /** Another process, which talks to the application over the bus. */
-async function startApplication(t, { env = session.env, source = applicationScript } = {}) {
-  const child = startScript(t, source, { env });
-  await eventually(() => child.output.stdout.includes('\n'), 'the application is ready');
+async function startApplication(t, { env = session.env, isListening = true } = {}) {
+  const child = await applications.with({ env }).resident(t);
+  const listen = () => child.tell(({ listen: begin }) => begin());
+  if (isListening) await listen();
   const busctl = async (...args) => {
     const environment = { ...process.env, ...env };
     const { stdout } = await run('busctl', ['--user', ...args.map(String)], { env: environment, maxBuffer: 1 << 26 });
     return stdout.trim();
   };
-  const call = (object, method, ...args) =>
-    busctl('call', name, object, object === applicationPath ? application : message, method, ...args);
-  return {
-    ...child,
-    busctl,
-    call,
-    make: (...properties) =>
-      call(
-        applicationPath,
-        'MakeOutgoingMessage',
-        'a{sv}',
-        properties.length ? properties[0] : 0,
-        ...properties.slice(1),
-      ),
-    get: (object, property) =>
-      busctl('get-property', name, object, object === applicationPath ? application : message, property),
-    set: (object, property, ...value) =>
-      busctl('set-property', name, object, object === applicationPath ? application : message, property, ...value),
+  const interfaceOf = (object) => (object === applicationPath ? application : message);
+  const on =
+    (verb) =>
+    (object, member, ...args) =>
+      busctl(verb, name, object, interfaceOf(object), member, ...args);
+  const [call, get, set] = ['call', 'get-property', 'set-property'].map(on);
+  return Object.assign(child, {
+    ...{ busctl, listen, call, get, set },
+    make: (count = 0, ...properties) => call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', count, ...properties),
     composed: (count) =>
-      eventually(() => {
-        const all = lines(child).filter((line) => Array.isArray(line));
-        return all.length >= count && all.map(([, ...texts]) => texts);
-      }, `${count} messages are composed`),
-    composedAt: () =>
-      lines(child)
-        .filter((line) => Array.isArray(line))
-        .map(([time]) => time),
-    async tell(line) {
-      const before = lines(child).length;
-      child.process.stdin.write(`${line.replace(/\n/g, ' ')}\n`);
-      return (await eventually(() => lines(child).slice(before), 'the application answers'))[0];
-    },
-  };
+      eventually(
+        () => child.reports.length >= count && child.reports.map(([, ...texts]) => texts),
+        `${count} messages are composed`,
+      ),
+    composedAt: () => child.reports.map(([time]) => time),
+  });
 }
 
 const noOptions = {
@@ -189,12 +165,10 @@ test('a message that becomes visible is composed a second later, as it is then, 
 });
 
 test('what comes before script has set its callback is dropped', async (t) => {
-  const app = await startApplication(t, { source: applicationScript.replace(/^ *m\.set.*$/m, '') });
+  const app = await startApplication(t, { isListening: false });
   await app.make();
   await app.call(messagePath(0), 'Compose');
-  await app.tell(
-    'm.setComposeOutgoingMessageCallbackFunction((...texts) => print([0, ...texts.map((t) => JSON.parse(t))]))',
-  );
+  await app.listen();
   await app.set(messagePath(0), 'Subject', 's', 'second');
   await app.call(messagePath(0), 'Compose');
   assert.deepStrictEqual(await app.composed(1), [[{ ...empty, subject: 'second' }, noOptions]]);
@@ -202,34 +176,29 @@ test('what comes before script has set its callback is dropped', async (t) => {
 
 test('the current page and do-not-disturb are read, and do-not-disturb is switched', async (t) => {
   const app = await startApplication(t);
-  await app.tell(`{
-    m.setCurrentURL('tessaro://inbox', 'https://mail.example.org', 'Inbox “ä”');
-    m.setCurrentStateCallbackFunction((question) => question + '!');
-    host.on('notification', ({ name }) => { if (name === 'TsToggleDoNotDisturbNotification') { print({ name }); host.setDefault('DoNotDisturb', true); } });
-    1
-  }`);
-  const titles = await app.busctl(
-    '--json=short',
-    'get-property',
-    name,
-    applicationPath,
-    application,
-    'CurrentURL',
-    'CurrentTitle',
-    'CurrentMessageText',
-  );
+  await app.tell(({ host, native }) => {
+    native.setCurrentURL('tessaro://inbox', 'https://mail.example.org', 'Inbox “ä”');
+    native.setCurrentStateCallbackFunction((question) => `${question}!`);
+    host.on('notification', ({ name }) => {
+      if (name !== 'TsToggleDoNotDisturbNotification') return;
+      process.env.TOGGLES = Number(process.env.TOGGLES ?? 0) + 1;
+      host.setDefault('DoNotDisturb', true);
+    });
+  });
+  const properties = ['CurrentURL', 'CurrentTitle', 'CurrentMessageText'];
+  const titles = await app.busctl('--json=short', 'get-property', name, applicationPath, application, ...properties);
   assert.deepStrictEqual(
     titles.split('\n').map((line) => JSON.parse(line).data),
     ['tessaro://inbox', 'Inbox “ä”', 'current-message-text!'],
   );
-  const toggles = () => lines(app).filter((line) => line?.name === 'TsToggleDoNotDisturbNotification').length;
+  const toggles = () => app.tell(({ env }) => Number(env.TOGGLES ?? 0));
   await app.set(applicationPath, 'DoNotDisturb', 'b', 'false');
-  assert.strictEqual(toggles(), 0, 'setting the current value toggles nothing');
+  assert.strictEqual(await toggles(), 0, 'setting the current value toggles nothing');
   await app.set(applicationPath, 'DoNotDisturb', 'b', 'true');
-  await eventually(() => toggles() === 1, 'it is toggled');
+  await eventually(async () => (await toggles()) === 1, 'it is toggled');
   await app.set(applicationPath, 'DoNotDisturb', 'b', 'true');
   assert.strictEqual(await app.get(applicationPath, 'DoNotDisturb'), 'b true');
-  assert.strictEqual(toggles(), 1);
+  assert.strictEqual(await toggles(), 1);
   assert.match(await refusal(app.set(applicationPath, 'CurrentURL', 's', 'x')), /not writable|read-only/i);
 });
 
@@ -330,7 +299,7 @@ test('links are composed, and bad ones refused', async (t) => {
     ['mailto:a@example.org?subject', /without a value/],
   ];
   for (const [link, reason] of bad) assert.match(await refusal(open(link)), reason, link);
-  assert.strictEqual(app.composedAt().length, good.length);
+  assert.strictEqual(app.reports.length, good.length);
 });
 
 test('the desktop hands links to the application', async (t) => {
@@ -366,21 +335,22 @@ test('the object comes back with the bus, and is missing without one', async (t)
 });
 
 test('without a display and without a bus nothing is offered, and nothing breaks', async (t) => {
-  const result = await evaluate(t, `${host} print([m.recipientsForGroupName('x'), JSON.parse(composition.path('~'))])`);
-  assert.strictEqual(result[0], null);
+  const result = await scenarios({ host: true })(t, ({ composition, native }) => [
+    native.recipientsForGroupName('x'),
+    composition.messageCount(),
+  ]);
+  assert.deepStrictEqual(result, [null, 0]);
 });
 
 test('in the process, a message begins empty and takes rich text', async (t) => {
-  const { defaults, composed } = await evaluate(
-    t,
-    `${host}
-     const composed = [];
-     m.setComposeOutgoingMessageCallbackFunction((text) => composed.push(JSON.parse(text).body));
-     const defaults = JSON.parse(composition.defaults());
-     for (const text of ['a\\nb', 'a\\r\\nb\\n', 'a\\rb', 'a\\u2029b', '', '\\n\\n', 'ä😀']) composition.composeAttributed(text);
-     print({ defaults, composed });`,
-    { env: session.env },
-  );
+  const { defaults, composed } = await inProcess(t, ({ composition, native }) => {
+    const defaults = composition.defaults();
+    const composed = [];
+    native.setComposeOutgoingMessageCallbackFunction((text) => composed.push(JSON.parse(text).body));
+    const texts = ['a\nb', 'a\r\nb\n', 'a\rb', 'a\u2029b', '', '\n\n', 'ä😀'];
+    texts.forEach(composition.composeAttributed);
+    return { defaults, composed };
+  });
   assert.deepStrictEqual(defaults, {
     id: 0,
     sender: '',
@@ -397,23 +367,23 @@ test('in the process, a message begins empty and takes rich text', async (t) => 
     imageFileType: null,
     imageSize: null,
     elements: ['', '', ''],
-    signature: null,
+    'messageSignature.name': null,
   });
   assert.deepStrictEqual(composed, ['a\nb\n', 'a\r\nb\n', 'a\r\nb\n', 'a\u2029\nb\n', null, '\n\n', 'ä😀\n']);
 });
 
 test('elements know where they are', async (t) => {
-  const [specified, replaced] = await evaluate(
-    t,
-    `${host} print([JSON.parse(composition.specifiers()), composition.replaceMessages()]);`,
-    { env: session.env },
-  );
-  assert.deepStrictEqual(specified, [1, 1, 1]);
+  const [specified, replaced] = await inProcess(t, ({ composition }) => [
+    composition.specifiers(),
+    composition.replaceMessages(),
+  ]);
+  assert.deepStrictEqual(specified, [true, true, true]);
   assert.ok(replaced);
 });
 
-test('paths of attachments are normalised', async (t) => {
-  const cases = {
+test('paths of attachments are normalised', (t) => {
+  const home = temporaryDirectory(t);
+  const rows = Object.entries({
     '': '',
     '/plain/a b.txt': '/plain/a b.txt',
     'relative.txt': 'relative.txt',
@@ -427,12 +397,8 @@ test('paths of attachments are normalised', async (t) => {
     ':relative:x': ':relative:x',
     'Disk::x': 'Disk::x',
     '~root': '/root',
-  };
-  const paths = Object.keys(cases);
-  const [results, home] = await evaluate(
-    t,
-    `${host} print([${JSON.stringify(paths)}.map((p) => JSON.parse(composition.path(p))[0]), [process.env.HOME, ...['~', '~/x:y'].map((p) => JSON.parse(composition.path(p))[0])]]);`,
-  );
-  assert.deepStrictEqual(Object.fromEntries(paths.map((p, i) => [p, results[i]])), cases);
-  assert.deepStrictEqual(home.slice(1), [home[0], `${home[0]}/x:y`]);
+    '~': home,
+    '~/x:y': `${home}/x:y`,
+  });
+  return scenarios({ home }).table(t, rows, ({ composition }, text) => composition.path(text));
 });

@@ -8,17 +8,13 @@ const fs = require('fs');
 const { test } = require('node:test');
 const { promisify } = require('util');
 
-const { evaluate, startScript, eventually } = require('./support/child');
-const { useSession } = require('./support/session');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
+const { press } = require('./support/windows');
 
 const run = promisify(execFile);
-const session = useSession();
-
-const prelude = `
-  const { module: m, contacts, captureLog, flushLog, capturedLog } = probe();
-  const print = (value) => console.log(JSON.stringify(value));
-  const make = (book) => contacts.make(JSON.stringify(book));
-`;
+const plain = scenarios();
+const inSession = scenarios({ display: true });
 
 test('headers are split at every comma, and what stands in brackets is the address', async (t) => {
   const cases = [
@@ -54,14 +50,7 @@ test('headers are split at every comma, and what stands in brackets is the addre
     ],
     [' ', [['', ' ']]],
   ];
-  const results = await evaluate(
-    t,
-    `${prelude} print(${JSON.stringify(cases.map(([text]) => text))}.map((text) => JSON.parse(contacts.parse(text))));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    cases.map(([, recipients]) => recipients),
-  );
+  await plain.table(t, cases, ({ contacts }, text) => contacts.parse(text));
 });
 
 test('recipients are written as items of a header', async (t) => {
@@ -88,14 +77,8 @@ test('recipients are written as items of a header', async (t) => {
       ['"Zoë" <a@x>', '"日本 😀" <ü@x>', '"B" <>'],
     ],
   ];
-  const results = await evaluate(
-    t,
-    `${prelude} print(${JSON.stringify(cases.map(([pairs]) => JSON.stringify(pairs)))}.map((pairs) => JSON.parse(contacts.format(pairs))));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    cases.map(([, ...texts]) => texts),
-  );
+  const rows = cases.map(([pairs, ...texts]) => [pairs, texts]);
+  await plain.table(t, rows, ({ contacts }, pairs) => contacts.format(pairs));
 });
 
 test('people go by their names in their order, and companies by their organization', async (t) => {
@@ -119,14 +102,7 @@ test('people go by their names in their order, and companies by their organizati
     ['A@x', full, []],
     ['a@x', { first: 'Nobody' }, []],
   ];
-  const results = await evaluate(
-    t,
-    `${prelude} print(${JSON.stringify(cases.map(([address, person]) => [address, JSON.stringify(person)]))}.map((args) => JSON.parse(contacts.recipient(...args))));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    cases.map(([, , recipients]) => recipients),
-  );
+  await plain.table(t, cases, ({ contacts }, address, person) => contacts.recipient(address, person));
 });
 
 const book = {
@@ -147,8 +123,15 @@ const book = {
 
 test('a group is its members, then those of its subgroups, even if it is in itself', async (t) => {
   const names = ['Friends', 'Work', 'Empty', 'friends', '', 'Nobody'];
-  const source = `print(${JSON.stringify(names)}.map((name) => JSON.parse(m.recipientsForGroupName(name))));`;
-  const child = await evaluate(t, `${prelude} make(${JSON.stringify(book)}); ${source}`);
+  const child = await plain(
+    t,
+    ({ contacts, native }, all, groups) => {
+      contacts.make(all);
+      return groups.map((name) => JSON.parse(native.recipientsForGroupName(name)));
+    },
+    book,
+    names,
+  );
   const ann = { name: 'Ann Lee', email: 'ann@x' };
   const acme = { name: 'ACME', email: 'info@acme' };
   assert.deepStrictEqual(child, [
@@ -162,35 +145,33 @@ test('a group is its members, then those of its subgroups, even if it is in itse
 });
 
 test('who has no contacts has no groups, and no folder is made for them', async (t) => {
-  const [group, made] = await evaluate(
-    t,
-    `${prelude} print([m.recipientsForGroupName('Friends'), require('fs').existsSync(process.env.HOME + '/GNUstep/Library/Addresses')]);`,
-  );
+  const [group, made] = await plain(t, ({ fs, home, native }) => [
+    native.recipientsForGroupName('Friends'),
+    fs.existsSync(`${home}/GNUstep/Library/Addresses`),
+  ]);
   assert.deepStrictEqual([group, made], [null, false]);
 });
 
 test('members that are gone are passed over, and a damaged record is told by the log', async (t) => {
-  const child = startScript(t, `${prelude} make(${JSON.stringify(book)});`);
-  await child.ended;
-  const read = (source) => evaluate(t, `${prelude} captureLog(); ${source}`, { home: child.home, env: session.env });
-  const folder = `${child.home}/GNUstep/Library/Addresses`;
+  const home = temporaryDirectory(t);
+  await plain.with({ home })(t, ({ contacts }, all) => contacts.make(all), book);
+  const folder = `${home}/GNUstep/Library/Addresses`;
 
   fs.rmSync(`${folder}/2.mfaddr`);
-  const recipients = await read(`print(JSON.parse(m.recipientsForGroupName('Friends')));`);
+  const friends = ({ native }) => JSON.parse(native.recipientsForGroupName('Friends'));
   assert.deepStrictEqual(
-    recipients.map(({ email }) => email),
+    (await plain.with({ home })(t, friends)).map(({ email }) => email),
     ['ann@x', 'ann@x', 'nameless@x', 'info@acme'],
   );
 
   fs.writeFileSync(`${folder}/1.mfaddr`, '{ no property list');
-  const [group, log, shown] = await read(`
-    const host = require('./host');
-    host.start();
-    const group = m.recipientsForGroupName('Friends');
-    flushLog();
-    m.pickEmailAddresses(host.createWindow(), '{}');
-    print([group, capturedLog().map(({ text }) => text).join('\\n'), JSON.parse(contacts.picker()).isVisible]);
-    process.exit();`);
+  const [group, log, shown] = await inSession.with({ home })(t, async ({ captureLog, contacts, host, log, native }) => {
+    captureLog();
+    const group = native.recipientsForGroupName('Friends');
+    const lines = log().join('\n');
+    native.pickEmailAddresses(host.createWindow(), '{}');
+    return [group, lines, contacts.picker().isVisible];
+  });
   assert.strictEqual(group, null);
   assert.match(log, /Parse failed/);
   assert.ok(shown);
@@ -206,9 +187,10 @@ test('groups may be nested deeply', async (t) => {
       members: index + 1 < depth ? [] : [0],
     })),
   };
-  const recipients = await evaluate(
+  const recipients = await plain(
     t,
-    `${prelude} make(${JSON.stringify(deep)}); print(JSON.parse(m.recipientsForGroupName('Level 0')));`,
+    ({ contacts, native }, all) => contacts.make(all) && JSON.parse(native.recipientsForGroupName('Level 0')),
+    deep,
   );
   assert.deepStrictEqual(recipients, [{ email: 'deep@x' }]);
 });
@@ -222,71 +204,49 @@ const translations = {
   'edit-in-contacts-button-label': 'Edit in Contacts…',
 };
 
-const pickerScript = `
-  const host = require('./host');
-  host.start();
-  host.setKeepAlive(true);
-  ${prelude}
-  host.on('notification', ({ name, userInfo }) => name === 'TsContactEmailAddressesPicked' && print({ picked: JSON.parse(userInfo.addresses) }));
-  require('readline').createInterface({ input: process.stdin }).on('line', (line) => print({ answer: eval(line) ?? null }));
-  make(${JSON.stringify(book)});
-  const window = host.createWindow();
-  const open = (texts = ${JSON.stringify(translations)}) => m.pickEmailAddresses(window, JSON.stringify(texts));
-  const state = () => JSON.parse(contacts.picker());
-  print({ answer: 'ready' });
-`;
+const pickers = inSession.with({
+  fixture({ host, report }) {
+    host.setKeepAlive(true);
+    const isPicked = ({ name }) => name === 'TsContactEmailAddressesPicked';
+    host.on('notification', (posted) => isPicked(posted) && report(JSON.parse(posted.userInfo.addresses)));
+    return { window: host.createWindow() };
+  },
+});
 
 async function startPicker(t) {
-  const child = startScript(t, pickerScript, { env: session.env });
-  const lines = () =>
-    child.output.stdout
-      .split('\n')
-      .slice(0, -1)
-      .map((line) => JSON.parse(line));
-  const answers = () => lines().filter((line) => 'answer' in line);
-  await eventually(() => answers().length > 0, 'the application is ready').catch((error) => {
-    throw new Error(`${error.message}: ${child.output.stderr}`);
-  });
-  const tell = async (line) => {
-    const before = answers().length;
-    child.process.stdin.write(`${line}\n`);
-    await eventually(() => answers().length > before, line);
-    return answers()[before].answer;
-  };
-  const xdotool = (...args) => run('xdotool', args.flat().map(String), { env: { ...process.env, ...session.env } });
-  // As long as a finger takes: while a view follows the mouse, the application runs a loop of its own.
-  const press = ['mousedown', 1, 'sleep', 0.15, 'mouseup', 1, 'sleep', 0.15];
+  const picker = await pickers.resident(t);
+  await picker.tell(({ contacts }, all) => contacts.make(all) && undefined, book);
+  const env = { ...process.env, ...inSession.session.env };
+  const xdotool = (...args) => run('xdotool', args.flat(2).map(String), { env });
   const click = (at, before = [], after = []) =>
     xdotool('mousemove', ...at.map(Math.round), 'sleep', 0.15, before, press, after);
-  const button = async (title) => (await tell('state()')).views.find((view) => view.title === title).centre;
-  const rows = async (table) => (await tell('state()')).tables[table];
-  return {
-    tell,
-    xdotool,
-    click,
-    button,
-    state: () => tell('state()'),
-    open: async (texts) => {
-      await tell(`open(${texts === undefined ? '' : JSON.stringify(texts)})`);
-      await eventually(async () => (await tell('state().isVisible && state().isKey')) === true, 'the picker is shown');
+  const state = () => picker.tell(({ contacts }) => contacts.picker());
+  const button = async (title) => (await state()).views.find((view) => view.title === title).centre;
+  const rows = async (table) => (await state()).tables[table];
+  /** GNUstep misses clicks on new windows. */
+  const clickUntil = (isDone, act, description) =>
+    eventually(async () => {
+      if (await isDone()) return true;
+      await act();
+      return eventually(isDone, description, 1500).catch(() => false);
+    }, description);
+  return Object.assign(picker, {
+    ...{ xdotool, click, clickUntil, button, state },
+    async open() {
+      await picker.tell(
+        ({ native, window }, texts) => native.pickEmailAddresses(window, texts),
+        JSON.stringify(translations),
+      );
+      await picker.until(({ contacts }) => contacts.picker().isVisible && contacts.picker().isKey);
     },
     group: async (name) => (await rows(0)).find(({ texts }) => texts[0] === name).centre,
-    // GNUstep misses clicks on a window that has just appeared: click until the row is selected.
-    select: async (address, ...keys) => {
+    select(address, ...keys) {
       const row = async () => (await rows(1)).find(({ texts }) => texts[1] === address);
-      for (let attempt = 0; attempt < 8 && !(await row()).isSelected; ++attempt) {
-        await click((await row()).centre, ...keys);
-      }
-      assert.ok((await row()).isSelected, `${address} is selected`);
+      const isSelected = async () => (await row()).isSelected;
+      return clickUntil(isSelected, async () => click((await row()).centre, ...keys), `${address} is selected`);
     },
-    isHidden: () => eventually(async () => !(await tell('state().isVisible')), 'the picker is hidden'),
-    picked: (count) =>
-      eventually(() => {
-        const all = lines().filter((line) => 'picked' in line);
-        return all.length >= count && all.map(({ picked }) => picked);
-      }, `${count} times something is picked`),
-    pickedSoFar: () => lines().filter((line) => 'picked' in line).length,
-  };
+    isHidden: () => picker.until(({ contacts }) => !contacts.picker().isVisible),
+  });
 }
 
 test('the picker has its layout, and keeps it when it is resized', async (t) => {
@@ -308,7 +268,7 @@ test('the picker has its layout, and keeps it when it is resized', async (t) => 
   assert.deepStrictEqual([cancel.frame[0] + cancel.frame[2], cancel.frame[1]], [accept.frame[0], 20]);
   assert.deepStrictEqual(edit.frame.slice(0, 2), [20, 20]);
 
-  await picker.tell('contacts.resizePicker()');
+  await picker.tell(({ contacts }) => contacts.resizePicker());
   const [grown, moved, , still] = (await picker.state()).views;
   assert.deepStrictEqual(grown.frame, [20, 70, 560, 610]);
   assert.deepStrictEqual(moved.frame.slice(0, 2), [accept.frame[0] + 100, 20]);
@@ -318,39 +278,46 @@ test('the picker has its layout, and keeps it when it is resized', async (t) => 
 test('addresses, groups and nothing are picked by hand', async (t) => {
   const picker = await startPicker(t);
   await picker.open();
-  const accept = await picker.button('Add Recipients');
-  // On a busy machine GNUstep misses a click on a window that has just appeared.
-  for (let attempt = 0; attempt < 8 && picker.pickedSoFar() < 1; ++attempt) {
-    await picker.click(accept, [], ['sleep', 0.5]);
-  }
-  assert.deepStrictEqual(await picker.picked(1), [[]]);
+  const picked = (count) => () => picker.reports.length >= count;
+  await picker.clickUntil(
+    picked(1),
+    async () => picker.click(await picker.button('Add Recipients')),
+    'nothing is picked',
+  );
+  assert.deepStrictEqual(picker.reports, [[]]);
   await picker.isHidden();
 
   await picker.open();
   await picker.select('bob@x');
   await picker.select('ann@y', ['keydown', 'Shift_L'], ['keyup', 'Shift_L']);
   await picker.xdotool('key', 'Return');
-  const [, addresses] = await picker.picked(2);
+  const addresses = await picker.report(1);
   assert.ok(addresses.includes('"Bob" <bob@x>') && addresses.includes('"Ann Lee" <ann@y>'), addresses.join());
 
   await picker.open();
-  const work = await picker.group('Work');
   // Two clicks are one double click only if they are quick enough, which on a busy machine they may not be.
-  for (let attempt = 0; attempt < 8 && picker.pickedSoFar() < 3; ++attempt) {
-    await picker.click(work, ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05], ['sleep', 0.5]);
-  }
-  assert.deepStrictEqual((await picker.picked(3))[2], ['"ACME" <info@acme>']);
+  const twice = ['mousedown', 1, 'sleep', 0.05, 'mouseup', 1, 'sleep', 0.05];
+  await picker.clickUntil(
+    picked(3),
+    async () => picker.click(await picker.group('Work'), twice),
+    'the group is picked',
+  );
+  assert.deepStrictEqual(picker.reports[2], ['"ACME" <info@acme>']);
   await picker.isHidden();
 });
 
 test('with groups, single addresses do not count', async (t) => {
   const picker = await startPicker(t);
   await picker.open();
-  await picker.click(await picker.group('Family'));
-  await eventually(async () => (await picker.state()).tables[1].length === 4, 'the group’s addresses are shown');
+  const isShown = async () => (await picker.state()).tables[1].length === 4;
+  await picker.clickUntil(
+    isShown,
+    async () => picker.click(await picker.group('Family')),
+    'the group’s addresses are shown',
+  );
   await picker.select('ann@z');
-  await picker.click(await picker.button('Add Recipients'));
-  const [recipients] = await picker.picked(1);
+  await picker.tell(({ dialogs }) => dialogs.pressButton('Pick Recipients', 'Add Recipients'));
+  const recipients = await picker.report(0);
   assert.deepStrictEqual(recipients, [
     '"Ann Lee" <ann@x>',
     '<nameless@x>',
@@ -366,30 +333,21 @@ test('Cancel hides the picker and tells nothing, Escape does not even that', asy
   await picker.xdotool('key', 'Escape');
   await picker.select('bob@x');
   assert.ok((await picker.state()).isVisible);
-  await picker.click(await picker.button('Cancel'));
+  await picker.tell(({ dialogs }) => dialogs.pressButton('Pick Recipients', 'Cancel'));
   await picker.isHidden();
-  assert.strictEqual(picker.pickedSoFar(), 0);
+  assert.deepStrictEqual(picker.reports, []);
 });
 
 test('bad arguments and missing translations are logged', async (t) => {
-  const { log, title } = await evaluate(
-    t,
-    `const host = require('./host');
-     host.start();
-     ${prelude}
-     const window = host.createWindow();
-     captureLog();
-     m.pickEmailAddresses({}, '{}');
-     m.pickEmailAddresses(Buffer.alloc(0), '{}');
-     m.pickEmailAddresses(window, '[]');
-     m.pickEmailAddresses(window, '{ "window-title');
-     m.pickEmailAddresses(window, '{"window-title":null,"accept-button-label":"Add"}');
-     m.pickEmailAddresses(window, '{"window-title":"Too late"}');
-     flushLog();
-     print({ log: capturedLog().map(({ text }) => text), title: JSON.parse(contacts.picker()).title });
-     process.exit();`,
-    { env: session.env },
-  );
+  const { log, title } = await inSession(t, async ({ captureLog, contacts, host, log, native }) => {
+    const window = host.createWindow();
+    captureLog();
+    native.pickEmailAddresses({}, '{}');
+    native.pickEmailAddresses(Buffer.alloc(0), '{}');
+    const partly = ['{"window-title":null,"accept-button-label":"Add"}', '{"window-title":"Too late"}'];
+    for (const texts of ['[]', '{ "window-title', ...partly]) native.pickEmailAddresses(window, texts);
+    return { log: log(), title: contacts.picker().title };
+  });
   assert.strictEqual(log[0], 'Need a view with a window to add a toolbar: (null)');
   assert.strictEqual(log[1], log[0]);
   assert.strictEqual(log[2], "Couldn't parse translations JSON [] because of it is no object");

@@ -10,8 +10,10 @@ const { test } = require('node:test');
 const { promisify } = require('util');
 
 const { startBus } = require('./support/bus');
-const { eventually, evaluate, startScript, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { endWith } = require('./support/cleanup');
 const { startPerson } = require('./support/dialogs');
+const { scenarios } = require('./support/scenario');
 const { useSession } = require('./support/session');
 
 const session = useSession();
@@ -19,7 +21,6 @@ const run = promisify(execFile);
 
 const title = 'Files';
 const portal = 'org.freedesktop.portal.Desktop';
-const ticking = 'let ticks = 0; setInterval(() => ++ticks, 5);';
 
 function makeFiles(t) {
   const folder = temporaryDirectory(t);
@@ -27,8 +28,11 @@ function makeFiles(t) {
   return folder;
 }
 
-const ask = (person, options, window = 'window') =>
-  person.tell(`m.showFileDialog(${window}, ${JSON.stringify(JSON.stringify({ title, ...options }))}, report)`);
+const ask = (person, options) =>
+  person.tell(
+    ({ native, report, window }, text) => native.showFileDialog(window, text, report),
+    JSON.stringify({ title, ...options }),
+  );
 
 /** The X window of the desktop's dialog, once it is there; undefined for `isThere` false, once it is gone. */
 async function dialog(person, isThere = true, name = title) {
@@ -68,7 +72,7 @@ async function watchPortal(t) {
   const address = session.env.DBUS_SESSION_BUS_ADDRESS;
   const match = "type='method_call',interface='org.freedesktop.portal.FileChooser'";
   const monitor = spawn('busctl', [`--address=${address}`, '--json=short', `--match=${match}`, 'monitor']);
-  t.after(() => monitor.kill());
+  endWith(t, monitor);
   let output = '';
   for (const stream of [monitor.stdout, monitor.stderr]) {
     stream.setEncoding('utf8').on('data', (text) => (output += text));
@@ -90,7 +94,7 @@ const bytes = (text) => [...Buffer.from(`${text}\0`)];
 
 test('the portal gets what the options say', async (t) => {
   const folder = makeFiles(t);
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   const requests = await watchPortal(t);
   const images = { name: 'Images', extensions: ['png', '.j2k'] };
   const globs = ['Images', [[0, '*.[pP][nN][gG]'], [0, '*.[jJ]2[kK]']]]; // prettier-ignore
@@ -122,13 +126,12 @@ test('the portal gets what the options say', async (t) => {
 
 test('files are chosen in the desktop’s dialog while the application goes on', async (t) => {
   const folder = makeFiles(t);
-  const person = await startPerson(t, session, ticking);
+  const person = await startPerson(t);
   const id = await open(person, {});
   const [mail] = (await person.xdotool('search', '--onlyvisible', '--name', '^Mail$')).trim().split('\n');
   const { stdout } = await run('xprop', ['-id', id, 'WM_TRANSIENT_FOR'], { env: person.environment });
   assert.strictEqual(parseInt(stdout.split('# ')[1], 16), Number(mail));
-  const before = await person.tell('ticks');
-  await eventually(async () => (await person.tell('ticks')) > before + 50, 'timers run');
+  await person.goesOn();
 
   await typePath(person, path.join(folder, 'Report.pdf'));
   await answer(person, 0, 'Return');
@@ -145,7 +148,7 @@ test('files are chosen in the desktop’s dialog while the application goes on',
 });
 
 test('a click on Cancel chooses nothing', async (t) => {
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   const id = await open(person, {});
   const geometry = await person.xdotool('getwindowgeometry', '--shell', id);
   const [width, height] = ['WIDTH', 'HEIGHT'].map((name) => Number(geometry.match(new RegExp(`${name}=(\\d+)`))[1]));
@@ -162,7 +165,7 @@ test('a click on Cancel chooses nothing', async (t) => {
 
 test('saving asks before a file is overwritten', async (t) => {
   const folder = makeFiles(t);
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   await open(person, { type: 'save', folder, name: 'new.pdf' });
   await answer(person, 0, 'Return');
   assert.deepStrictEqual(JSON.parse(person.reports[0]), [path.join(folder, 'new.pdf')]);
@@ -183,17 +186,20 @@ test('saving asks before a file is overwritten', async (t) => {
 });
 
 test('every request is answered once: the second one of a window, and that of a closed window', async (t) => {
-  const person = await startPerson(t, session, `const other = host.createWindow({ title: 'Other' });`);
+  const person = await startPerson(t);
   await open(person, {});
   await ask(person, { title: 'Second' });
   assert.strictEqual(await person.report(0), null);
-  await ask(person, { title: 'Third' }, 'other');
+  await person.tell(({ host, native, report }) => {
+    const other = host.createWindow({ title: 'Other' });
+    native.showFileDialog(other, JSON.stringify({ title: 'Third' }), report);
+  });
   await dialog(person, true, 'Third');
-  await person.tell(`dialogs.closeWindow('Other')`);
+  await person.closeWindow('Other');
   assert.strictEqual(await person.report(1), null);
   await dialog(person, false, 'Third');
   await dialog(person);
-  await person.tell(`dialogs.closeWindow('Mail')`);
+  await person.closeWindow('Mail');
   assert.strictEqual(await person.report(2), null);
   await dialog(person, false);
   assert.strictEqual(person.reports.length, 3);
@@ -218,11 +224,10 @@ async function killPortal(person) {
 test('without a portal, and when it is gone, GNUstep’s panel takes its place', async (t) => {
   const folder = makeFiles(t);
   const { address } = await startBus(t, temporaryDirectory(t));
-  const person = await startPerson(t, session, ticking, { env: { DBUS_SESSION_BUS_ADDRESS: address } });
+  const person = await startPerson(t, { env: { DBUS_SESSION_BUS_ADDRESS: address } });
   await ask(person, { folder });
   await person.window('NSOpenPanel');
-  const before = await person.tell('ticks');
-  await eventually(async () => (await person.tell('ticks')) > before + 50, 'timers run');
+  await person.goesOn();
   assert.deepStrictEqual(await chooseInPanel(person, 'NSOpenPanel', 'Report.pdf'), [path.join(folder, 'Report.pdf')]);
 
   await ask(person, { type: 'save', folder, name: 'x' });
@@ -235,11 +240,11 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
   await answer(person, 2, 'Escape');
   assert.strictEqual(person.reports[2], null);
 
-  const other = await startPerson(t, session);
+  const other = await startPerson(t);
   await open(other, { folder });
   await killPortal(other);
   assert.deepStrictEqual(await chooseInPanel(other, 'NSOpenPanel', 'Report.pdf'), [path.join(folder, 'Report.pdf')]);
-  const log = await other.tell('log()');
+  const log = await other.log();
   assert.ok(log.some((text) => /No file dialog of the desktop's: the portal went away/.test(text)));
 });
 
@@ -247,45 +252,40 @@ test('a portal that never replies gives way to GNUstep’s panel', async (t) => 
   const folder = makeFiles(t);
   const { address } = await startBus(t, temporaryDirectory(t));
   const env = { DBUS_SESSION_BUS_ADDRESS: address };
-  const silent = startScript(t, `probe().bus.setPortalScheme(0); console.log('ready'); setInterval(() => {}, 1000);`, {
-    env,
-  });
-  await silent.printed('ready\n');
-  const person = await startPerson(t, session, ticking, { env });
+  const silent = await scenarios({ env }).resident(t);
+  await silent.tell(({ bus }) => bus.setPortalScheme(0));
+  const person = await startPerson(t, { env });
   silent.process.kill('SIGSTOP');
   await ask(person, { folder });
-  const before = await person.tell('ticks');
-  await eventually(async () => (await person.tell('ticks')) > before + 50, 'timers run');
+  await person.goesOn();
   assert.deepStrictEqual(await chooseInPanel(person, 'NSOpenPanel', 'Report.pdf'), [path.join(folder, 'Report.pdf')]);
 });
 
 test('requests that can’t be shown are answered, and the log says why', async (t) => {
-  const cases = [
-    [`Buffer.alloc(8)`, '{}'],
-    [`{}`, '{}'],
-    [`window`, '[]'],
-    [`window`, '{"title'],
-  ];
-  const person = await startPerson(t, session);
-  for (const [handle, options] of cases) {
-    await person.tell(`m.showFileDialog(${handle}, ${JSON.stringify(options)}, (...values) => report(values))`);
-  }
+  const cases = [['none'], [{}], ['window', '[]'], ['window', '{"title']];
+  const person = await startPerson(t);
+  await person.tell(({ native, report, window }, all) => {
+    for (const [name, options = '{}'] of all) {
+      const handle = { window, none: Buffer.alloc(8) }[name] ?? {};
+      native.showFileDialog(handle, options, (...values) => report(values));
+    }
+  }, cases);
   await person.report(cases.length - 1);
   assert.deepStrictEqual(
     person.reports,
     cases.map(() => [null]),
   );
-  const log = await person.tell('log()');
+  const log = await person.log();
   assert.strictEqual(log.filter((text) => /Need a window to choose files for/.test(text)).length, 2);
   assert.strictEqual(log.filter((text) => /Couldn't parse file dialog options/.test(text)).length, 2);
 });
 
 test('without a display nothing is chosen', async (t) => {
-  const answers = await evaluate(
-    t,
-    `const { module: m } = probe();
-     const keep = setTimeout(() => {}, 60000);
-     const result = m.showFileDialog(Buffer.alloc(8), '{}', (paths) => { clearTimeout(keep); console.log(JSON.stringify([result ?? 'nothing', paths])); });`,
-  );
+  const answers = await scenarios()(t, async ({ eventually, native }) => {
+    const paths = [];
+    const result = native.showFileDialog(Buffer.alloc(8), '{}', (...all) => paths.push(...all));
+    await eventually(() => paths.length > 0, 'the answer');
+    return [result ?? 'nothing', ...paths];
+  });
   assert.deepStrictEqual(answers, ['nothing', null]);
 });

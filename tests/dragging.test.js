@@ -5,31 +5,39 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { useWindows } = require('./support/windows');
+const { scenarios } = require('./support/scenario');
 
-const inWindows = useWindows();
-
-const listening = `
-  const events = [];
-  m.setDragAndDropCallbackFunction((name, handle, paths) => events.push([name, handle.toString('hex'), JSON.parse(paths)]));
-  const handle = await open({ title: 'First', width: 600, height: 300 });
-  const dropped = () => host.windowInfo(handle).droppedFiles;
-  const name = handle.toString('hex');`;
+const inWindows = scenarios({
+  display: true,
+  uses: ['windows'],
+  fixture: ({ host, native, open }) => ({
+    /** Opens a window whose drags script hears of. */
+    async openListening() {
+      const events = [];
+      const note = (name, handle, paths) => events.push([name, handle.toString('hex'), JSON.parse(paths)]);
+      native.setDragAndDropCallbackFunction(note);
+      const handle = await open({ title: 'First', width: 600, height: 300 });
+      return { events, handle, dropped: () => host.windowInfo(handle).droppedFiles };
+    },
+  }),
+});
 
 test('files that another program drags reach script, and then the page', async (t) => {
   const { events, name, outcomes, dropped, stale } = await inWindows(
     t,
-    `${listening}
-     await settled(handle);
-     const { frame } = host.windowInfo(handle);
-     const drag = (paths) => host.dragFiles(frame.x + 200, 800 - frame.y - 100, paths);
-     const outcomes = [await drag(['/tmp/ä b%ü', '/etc/hosts'])];
-     await eventually(() => dropped().length > 0, 'the drop');
-     outcomes.push(await host.dragFiles(1, 1, ['/x']));
-     // Nothing of the earlier drag is left when the next one brings no file of this machine.
-     const before = events.length;
-     await drag([]);
-     print({ events: events.slice(0, before), name, outcomes, dropped: dropped(), stale: events.slice(before) });`,
+    async ({ eventually, host, openListening, settled }) => {
+      const { events, handle, dropped } = await openListening();
+      await settled(handle);
+      const { frame } = host.windowInfo(handle);
+      const drag = (paths) => host.dragFiles(frame.x + 200, 800 - frame.y - 100, paths);
+      const outcomes = [await drag(['/tmp/ä b%ü', '/etc/hosts'])];
+      await eventually(() => dropped().length > 0, 'the drop');
+      outcomes.push(await host.dragFiles(1, 1, ['/x']));
+      // Nothing of the earlier drag is left when the next one brings no file of this machine.
+      const heard = events.splice(0);
+      await drag([]);
+      return { events: heard, name: handle.toString('hex'), outcomes, dropped: dropped(), stale: events };
+    },
   );
   assert.deepStrictEqual(outcomes, ['accepted', 'no target']);
   const files = ['/tmp/ä b%ü', '/etc/hosts'];
@@ -41,16 +49,15 @@ test('files that another program drags reach script, and then the page', async (
 });
 
 test('script learns of each phase before the page does, and of files only', async (t) => {
-  const { files, text, phases } = await inWindows(
-    t,
-    `const phases = [];
-     m.setDragAndDropCallbackFunction((name) => phases.push([name, ask('pageDrags')]));
-     await open({ title: 'First' });
-     const files = ask('dragOverPage', { window: 'First', files: ['/a'] });
-     const count = phases.length;
-     const text = ask('dragOverPage', { window: 'First' });
-     print({ files, text, phases: [...phases, phases.length - count, ask('pageDrags')] });`,
-  );
+  const { files, text, phases } = await inWindows(t, async ({ native, open, windows }) => {
+    const phases = [];
+    native.setDragAndDropCallbackFunction((name) => phases.push([name, windows.pageDrags()]));
+    await open({ title: 'First' });
+    const files = windows.dragOverPage('First', ['/a']);
+    const count = phases.length;
+    const text = windows.dragOverPage('First');
+    return { files, text, phases: [...phases, phases.length - count, windows.pageDrags()] };
+  });
   assert.deepStrictEqual(files, [1, 1, true]);
   assert.deepStrictEqual(text, [1, 1, false]);
   const calls = ['draggingEntered_:', 'draggingUpdated_:', 'draggingExited_:', 'performDragOperation_:'];
@@ -59,18 +66,17 @@ test('script learns of each phase before the page does, and of files only', asyn
 });
 
 test('files that script drops reach the page, and are not reported to script', async (t) => {
-  const { answers, dropped, events, infos } = await inWindows(
-    t,
-    `${listening}
-     const many = Array.from({ length: 1000 }, (_, i) => '/tmp/file ' + i);
-     captureLog();
-     const answers = [
-       m.dropFiles(handle, '{"x":10,"y":20}', '["/no/such file"]'),
-       m.dropFiles(handle, '{"x":-1,"y":5000}', JSON.stringify(many)),
-       m.dropFiles(handle, '{}', '[]'),
-     ];
-     print({ answers, dropped: dropped(), events, infos: log(4) });`,
-  );
+  const { answers, dropped, events, infos } = await inWindows(t, async ({ captureLog, log, native, openListening }) => {
+    const { events, handle, dropped } = await openListening();
+    const many = Array.from({ length: 1000 }, (_, i) => `/tmp/file ${i}`);
+    captureLog();
+    const answers = [
+      native.dropFiles(handle, '{"x":10,"y":20}', '["/no/such file"]'),
+      native.dropFiles(handle, '{"x":-1,"y":5000}', JSON.stringify(many)),
+      native.dropFiles(handle, '{}', '[]'),
+    ];
+    return { answers, dropped: dropped(), events, infos: log(4) };
+  });
   assert.deepStrictEqual(answers, [true, true, false]);
   assert.deepStrictEqual([dropped.length, dropped[0], dropped[1000]], [1001, '/no/such file', '/tmp/file 999']);
   assert.deepStrictEqual(events, []);
@@ -81,15 +87,20 @@ test('files that script drops reach the page, and are not reported to script', a
 });
 
 test('dropFiles refuses malformed points and paths', async (t) => {
+  const point = '{"x":1,"y":1}';
+  const calls = [
+    ...[['no JSON', '[]'], ['[1]', '["/a"]'], ['"x"', '["/a"]']],
+    ...['no JSON', '{}', '[1]', '[null]'].map((paths) => [point, paths]),
+    ['{"x":"left","y":null}', '["/a"]'],
+  ]; // prettier-ignore
   const { answers, errors, dropped } = await inWindows(
     t,
-    `${listening}
-     captureLog();
-     const point = '{"x":1,"y":1}';
-     const answers = [['no JSON', '[]'], ['[1]', '["/a"]'], ['"x"', '["/a"]'], [point, 'no JSON'], [point, '{}'], [point, '[1]'], [point, '[null]']]
-       .map(([where, paths]) => m.dropFiles(handle, where, paths));
-     answers.push(m.dropFiles(handle, '{"x":"left","y":null}', '["/a"]'));
-     print({ answers, errors: log(1), dropped: dropped() });`,
+    async ({ captureLog, log, native, openListening }, all) => {
+      const { handle, dropped } = await openListening();
+      captureLog();
+      return { answers: all.map((args) => native.dropFiles(handle, ...args)), errors: log(1), dropped: dropped() };
+    },
+    calls,
   );
   assert.deepStrictEqual(answers, [...Array(7).fill(false), true]);
   assert.match(errors[0], /^Couldn't parse point no JSON because of /);
@@ -98,7 +109,7 @@ test('dropFiles refuses malformed points and paths', async (t) => {
 });
 
 test('the dragging information of a programmatic drop', async (t) => {
-  const info = await inWindows(t, "print(ask('draggingInfo'));");
+  const info = await inWindows(t, async ({ windows }) => windows.draggingInfo());
   assert.deepStrictEqual(info, {
     window: null,
     mask: 1,
@@ -117,19 +128,17 @@ test('the dragging information of a programmatic drop', async (t) => {
 });
 
 test('the drag of a title carries the page’s address and title, with Option held its address on the web', async (t) => {
-  const drags = await inWindows(
-    t,
-    `await open({ title: 'First' });
-     const drag = (modifiers = 0) => ask('dragTitle', { window: 'First', modifiers });
-     const drags = [drag()];
-     m.setCurrentURL('tessaro://message/1', 'https://mail.example.org/1', 'Hello');
-     drags.push(drag(), drag(0x80000));
-     m.setCurrentURL(null, 'https://mail.example.org/1', 'Hello');
-     drags.push(drag());
-     m.setCurrentURL('tessaro://message/1', null, null);
-     drags.push(drag());
-     print(drags);`,
-  );
+  const drags = await inWindows(t, async ({ native, open, windows }) => {
+    await open({ title: 'First' });
+    const drag = (modifiers = 0) => windows.dragTitle('First', modifiers);
+    const drags = [drag()];
+    native.setCurrentURL('tessaro://message/1', 'https://mail.example.org/1', 'Hello');
+    drags.push(drag(), drag(0x80000));
+    native.setCurrentURL(null, 'https://mail.example.org/1', 'Hello');
+    drags.push(drag());
+    native.setCurrentURL('tessaro://message/1', null, null);
+    return [...drags, drag()];
+  });
   const none = { begins: false, text: null, titles: null };
   const page = (url) => ({ begins: true, text: url, titles: [[url], ['Hello']] });
   assert.deepStrictEqual(drags, [none, page('tessaro://message/1'), page('https://mail.example.org/1'), none, none]);

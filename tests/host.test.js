@@ -10,6 +10,8 @@ const { test } = require('node:test');
 
 const { root } = require('./support/addon');
 const { evaluate, eventually, node, runScript, temporaryDirectory } = require('./support/child');
+const { endWith } = require('./support/cleanup');
+const { paced } = require('./support/pace');
 const { useSession } = require('./support/session');
 
 const displaySession = path.join(root, 'scripts', 'display-session');
@@ -56,7 +58,8 @@ function inOwnSession(t, source, { deadline = 30000, signal } = {}) {
     if (signal !== undefined) child.kill(signal);
   });
   child.stderr.setEncoding('utf8').on('data', (text) => (stderr += text));
-  const timer = setTimeout(() => child.kill('SIGTERM'), deadline);
+  endWith(t, child);
+  const timer = setTimeout(() => child.kill('SIGTERM'), paced(deadline));
   return new Promise((resolve) => {
     child.on('close', (code) => {
       clearTimeout(timer);
@@ -458,37 +461,6 @@ for (const [signal, code] of [
     assert.deepStrictEqual([ended, fs.existsSync(stdout), processesOf(stdout)], [code, false, []]);
   });
 }
-
-// ---- All together
-
-test('the tour passes', async (t) => {
-  const screenshots = temporaryDirectory(t);
-  const child = spawn(
-    displaySession,
-    ['--own-display', node, path.join(root, 'host', 'main.js'), '--screenshots', screenshots],
-    {
-      stdio: ['ignore', 'pipe', 'inherit'],
-    },
-  );
-  let output = '';
-  child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
-  t.after(() => child.kill());
-  await eventually(() => child.exitCode !== null, 'the end of the tour', 300000);
-  assert.strictEqual(child.exitCode, 0, output);
-  assert.match(output, /^Window +ok/m);
-  assert.ok(fs.statSync(path.join(screenshots, '01-window.png')).size > 1000);
-});
-
-test('the tour without a display reports that and ends with code 1', async (t) => {
-  const result = await runScript(
-    t,
-    `process.argv.push('--screenshots', process.env.HOME); require('./host/main.js');`,
-    { deadline: 30000 },
-  );
-  assert.strictEqual(result.code, 1, result.stderr);
-  assert.match(result.stdout, /^Window and main menu +not offered here +no display/m);
-  assert.match(result.stdout, /^Message bus +not offered here/m);
-});
 
 test('functions that need a window server work with one', async (t) => {
   const answer = await inSession(

@@ -14,7 +14,7 @@ const { useSession } = require('./support/session');
 
 const session = useSession();
 
-const run = (t, source, options) => evaluate(t, `const { module: m, menus, ...p } = probe();\n${source}`, options);
+const run = (t, source, options) => evaluate(t, `const { module: m, pasteboard, ...p } = probe();\n${source}`, options);
 
 /** What `scaleImage` answers to each list of arguments. */
 const scale = (t, calls, options) =>
@@ -395,7 +395,7 @@ test('the image on the pasteboard is written to a file', async (t) => {
   const files = await inSession(
     t,
     `console.log(JSON.stringify(${JSON.stringify(table.map(([content]) => content))}.map((content) => {
-       menus.putOnPasteboard(JSON.stringify(content));
+       pasteboard.put(content);
        return m.imageFromPasteboard(${JSON.stringify(target)});
      })))`,
   );
@@ -415,7 +415,7 @@ test('without a usable folder no image is pasted', async (t) => {
   const png = (await makers.png(8, 8)).toString('base64');
   const answers = await inSession(
     t,
-    `menus.putOnPasteboard(JSON.stringify({ types: { 'public.png': ${JSON.stringify(png)} } }));
+    `pasteboard.put({ types: { 'public.png': ${JSON.stringify(png)} } });
      console.log(JSON.stringify(['', ${JSON.stringify(file)}, ${JSON.stringify(`${file}/x`)}].map((folder) => m.imageFromPasteboard(folder))));`,
   );
   assert.deepStrictEqual(answers, [null, null, null]);

@@ -6,70 +6,32 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { evaluate } = require('./support/child');
-const { useSession } = require('./support/session');
-
-const session = useSession();
-
-const shift = 0x20000;
-const control = 0x40000;
-const option = 0x80000;
-const command = 0x100000;
-
-// X key codes of the virtual display, whose keyboard is an American one.
-const key = { d: 40, n: 57, comma: 59, space: 65, up: 111, left: 113, right: 114, down: 116, leftBracket: 34 };
+const { shift, control, option, command, keyCodes: key, pressing } = require('./support/keys');
+const { scenarios } = require('./support/scenario');
 
 const [keyDown, keyUp, flagsChanged, mouseDown] = [10, 11, 12, 1];
 
-const prelude = `
-  const { execFile, spawn } = require('child_process');
-  const { promisify } = require('util');
-  const host = require('./host');
-  const { eventually } = require('./tests/support/child');
-  host.start();
-  const { module: native, menus } = probe();
-  const run = promisify(execFile);
-  const call = (name, value) => {
-    const result = menus[name](value === undefined ? undefined : JSON.stringify(value));
-    return result === undefined ? undefined : JSON.parse(result);
-  };
-  const print = (value) => console.log(JSON.stringify(value));
-
-  // What happened, in order.
-  const happened = [];
-  const told = {
-    TsDispatchNotificationName: ({ action }) => action,
-    TsAppMenuWillOpen: ({ menu }) => 'will open ' + menu,
-  };
-  host.on('notification', ({ name, userInfo }) => happened.push(told[name]?.(userInfo) ?? name));
-  host.on('command', ({ commandId }) => happened.push(commandId));
-  host.on('page-key', ({ isUsed }) => happened.push(isUsed ? 'page uses' : 'page'));
-
-  const openWindow = async () => {
-    host.setKeepAlive(true);
-    const window = host.createWindow({ title: 'Keys' });
-    await eventually(() => host.windowInfo(window).isVisible, 'the window');
-    await run('xdotool', ['windowactivate', '--sync', String(host.windowInfo(window).systemWindow)]);
-    await eventually(() => host.windowInfo(window).isKey, 'the keyboard');
-    // The window manager may still be at work on the window of the test before.
-    await eventually(async () => {
-      await run('xdotool', ['key', '2']);
-      return host.windowInfo(window).typedText.includes('2');
-    }, 'the first key');
-    return window;
-  };
-  // Presses keys and waits until the last of them has gone all its way: until a key pressed after them is typed, one that
-  // is the same in all layouts.
-  const press = async (window, ...keys) => {
-    const ends = () => host.windowInfo(window).typedText.split('1').length;
-    const before = ends();
-    await run('xdotool', ['key', ...keys]);
-    await run('xdotool', ['key', '1']);
-    await eventually(() => ends() > before, 'the last key');
-  };
-`;
-
-const inSession = (t, source) => evaluate(t, prelude + source, { env: session.env });
+const inSession = scenarios({
+  display: true,
+  uses: ['keys'],
+  fixture({ host }) {
+    const happened = [];
+    const told = {
+      TsDispatchNotificationName: ({ action }) => action,
+      TsAppMenuWillOpen: ({ menu }) => `will open ${menu}`,
+    };
+    host.on('notification', ({ name, userInfo }) => happened.push(told[name]?.(userInfo) ?? name));
+    host.on('command', ({ commandId }) => happened.push(commandId));
+    host.on('page-key', ({ isUsed }) => happened.push(isUsed ? 'page uses' : 'page'));
+    /** What happens while something is done, in order. */
+    const during = async (act) => {
+      happened.length = 0;
+      const result = await act();
+      return result === undefined ? [...happened] : [result, ...happened];
+    };
+    return { happened, during };
+  },
+});
 
 // ---- Predicates
 
@@ -96,10 +58,11 @@ test('key combinations', async (t) => {
   );
   const results = await inSession(
     t,
-    `print(${JSON.stringify(combinations.map((flags) => event(flags)))}.map((event) => call('predicates', event)));`,
+    ({ menus }, events) => events.map(menus.predicates),
+    combinations.map((flags) => event(flags)),
   );
   combinations.forEach((flags, i) => {
-    const expected = { IsCommandAndOtherStringKey: false, IsCommandAndOtherKeyCodeKey: false };
+    const expected = { other: false };
     for (const name of names) {
       expected[`Is${name}KeyPressed`] = holds[name](flags);
       expected[`Is${name}AndKeyCodeKey`] = holds[name](flags);
@@ -125,10 +88,10 @@ test('special events', async (t) => {
     [option]: [],
     [0]: [],
   };
-  const events = Object.keys(special).flatMap((flags) =>
-    everyKey.map((keyCode) => event(Number(flags), { keyCode, ignoring: 'x' })),
+  const rows = Object.keys(special).flatMap((flags) =>
+    everyKey.map((keyCode) => [event(Number(flags), { keyCode, ignoring: 'x' }), special[flags].includes(keyCode)]),
   );
-  const others = [
+  rows.push(
     // By its character, wherever it is on the layout in use, but with Shift only.
     [event(command | shift, { keyCode: key.n, ignoring: 'D' }), true],
     [event(command | shift, { keyCode: key.n, ignoring: 'd' }), false],
@@ -137,61 +100,22 @@ test('special events', async (t) => {
     [event(command, { keyCode: key.comma, type: keyUp }), false],
     [event(command, { keyCode: key.comma, type: flagsChanged }), false],
     [event(command, { type: mouseDown }), false],
-  ];
-  const results = await inSession(
-    t,
-    `print(${JSON.stringify([...events, ...others.map(([other]) => other)])}.map((event) => call('predicates', event).TsIsSpecialEvent));`,
   );
-  events.forEach(({ modifiers, keyCode }, i) =>
-    assert.strictEqual(results[i], special[modifiers].includes(keyCode), `${modifiers.toString(16)} ${keyCode}`),
-  );
-  assert.deepStrictEqual(
-    results.slice(events.length),
-    others.map(([, expected]) => expected),
-  );
+  await inSession.table(t, rows, ({ menus }, each) => menus.predicates(each).TsIsSpecialEvent);
 });
 
-test('virtual key codes follow the place of the key', async (t) => {
-  const result = await inSession(
-    t,
-    `const codes = [38, 40, 57, 59, 65, 113, 114, 116, 111, 36, 9, 67, 95, 34, 35, 94, 24, 21, 90, 104, 66, 37, 133, 0, 255, 65535];
-     print(call('virtualKeyCodes', codes));`,
-  );
-  const none = 0xffff;
-  assert.deepStrictEqual(result, [
-    0,
-    2,
-    45,
-    43,
-    49,
-    123,
-    124,
-    125,
-    126,
-    36,
-    53,
-    122,
-    103,
-    33,
-    30,
-    10,
-    12,
-    24,
-    82,
-    76,
-    57,
-    59,
-    55,
-    none,
-    none,
-    none,
-  ]);
+test('virtual key codes follow the place of the key', (t) => {
+  const codes =
+    '38 0,40 2,57 45,59 43,65 49,113 123,114 124,116 125,111 126,36 36,9 53,67 122,95 103,34 33,35 30,94 10,24 12,' +
+    '21 24,90 82,104 76,66 57,37 59,133 55,0 65535,255 65535,65535 65535';
+  const rows = codes.split(',').map((pair) => pair.split(' ').map(Number));
+  return inSession.table(t, rows, ({ menus }, code) => menus.virtualKeyCode(code));
 });
 
 // ---- The patch
 
 test('the methods of application and menus are replaced under their aliases, not those of superclasses', async (t) => {
-  const result = await inSession(t, `print([call('patch'), call('replaceInherited')]);`);
+  const result = await inSession(t, ({ menus }) => [menus.patch(), menus.replaceInherited()]);
   assert.deepStrictEqual(result, [
     {
       'tsOrigSendEvent:': 'V@:@',
@@ -240,34 +164,27 @@ test('special keys reach the menu before the page', async (t) => {
   ];
   const results = await inSession(
     t,
-    `(async () => {
-       const window = await openWindow();
-       const results = [];
-       for (const key of ${JSON.stringify(cases.map(([name]) => name))}) {
-         happened.length = 0;
-         await press(window, key);
-         results.push([key, [...happened]]);
-       }
-       print(results);
-       process.exit();
-     })();`,
+    async ({ during, openKeyWindow, press }, keys) => {
+      const window = await openKeyWindow();
+      const results = [];
+      for (const each of keys) results.push([each, await during(() => press(window, each))]);
+      return results;
+    },
+    cases.map(([name]) => name),
   );
   assert.deepStrictEqual(results, cases);
 });
 
 test('a returned shortcut is handled with the key code and modifiers of its key press', async (t) => {
-  const result = await inSession(
-    t,
-    `(async () => {
-       const window = await openWindow();
-       const events = [];
-       host.on('notification', ({ userInfo }) => userInfo.event && events.push([userInfo.event, JSON.parse(native.modifierKeys())]));
-       await press(window, 'ctrl+n');
-       await press(window, 'ctrl+Left');
-       print(events);
-       process.exit();
-     })();`,
-  );
+  const result = await inSession(t, async ({ host, native, openKeyWindow, press }) => {
+    const window = await openKeyWindow();
+    const events = [];
+    const note = ({ event }) => event && events.push([event, JSON.parse(native.modifierKeys())]);
+    host.on('notification', ({ userInfo }) => note(userInfo));
+    await press(window, 'ctrl+n');
+    await press(window, 'ctrl+Left');
+    return events;
+  });
   const keys = {
     'mouse?': false,
     'keyboard?': true,
@@ -289,34 +206,19 @@ test('a returned shortcut is handled with the key code and modifiers of its key 
 });
 
 test('every change of the modifier keys is reported, Caps Lock with the state it has then', async (t) => {
-  const result = await inSession(
-    t,
-    `(async () => {
-       const window = await openWindow();
-       const reports = [];
-       native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
-       await press(window, 'ctrl+shift+alt+super+F5');
-       await press(window, 'Caps_Lock');
-       await press(window, 'Caps_Lock');
-       print(reports);
-       process.exit();
-     })();`,
-  );
+  const result = await inSession(t, async ({ native, openKeyWindow, press }) => {
+    const window = await openKeyWindow();
+    const reports = [];
+    native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
+    await press(window, 'ctrl+shift+alt+super+F5');
+    await press(window, 'Caps_Lock');
+    await press(window, 'Caps_Lock');
+    return reports;
+  });
   // Function, Control, Option, Command, Shift, Caps Lock, Help, numeric pad.
-  assert.deepStrictEqual(result, [
-    '00010000',
-    '00011000',
-    '00111000',
-    '01111000',
-    '01110000',
-    '01100000',
-    '01000000',
-    '00000000',
-    '00000100',
-    '00000100',
-    '00000100',
-    '00000000',
-  ]);
+  const held = ['00010000', '00011000', '00111000', '01111000', '01110000', '01100000', '01000000', '00000000'];
+  const capsLock = ['00000100', '00000100', '00000100', '00000000'];
+  assert.deepStrictEqual(result, [...held, ...capsLock]);
 });
 
 test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (t) => {
@@ -338,34 +240,29 @@ test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (t) 
   ];
   const results = await inSession(
     t,
-    `(async () => {
-       const window = await openWindow();
-       const results = [];
-       for (const { accelerator, ...layouts } of ${JSON.stringify(cases)}) {
-         call('setMainMenu', [{ title: 'TessaroHost', items: [{ title: 'It', commandId: 1 }] }]);
-         native.updateMainMenuMenuItem('[0,0]', JSON.stringify({ accelerator }));
-         const result = { accelerator };
-         for (const [layout, keys] of Object.entries(layouts)) {
-           await run('setxkbmap', [layout]);
-           result[layout] = {};
-           for (const key of Object.keys(keys)) {
-             happened.length = 0;
-             await press(window, key);
-             result[layout][key] = happened.includes(1);
-           }
-         }
-         await run('setxkbmap', ['us']);
-         results.push(result);
-       }
-       native.updateMainMenuMenuItem('[0,0]', '{"accelerator":"Cmd+u"}');
-       await run('xdotool', ['key', 'Caps_Lock']);
-       happened.length = 0;
-       await press(window, 'ctrl+u');
-       results.push(happened.includes(1));
-       await run('xdotool', ['key', 'Caps_Lock']);
-       print(results);
-       process.exit();
-     })();`,
+    async ({ during, key, menus, native, openKeyWindow, press, run }, table) => {
+      const window = await openKeyWindow();
+      const isChosen = async (name) => (await during(() => press(window, name))).includes(1);
+      const results = [];
+      for (const { accelerator, ...layouts } of table) {
+        menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'It', commandId: 1 }] }]);
+        native.updateMainMenuMenuItem('[0,0]', JSON.stringify({ accelerator }));
+        const result = { accelerator };
+        for (const [layout, keys] of Object.entries(layouts)) {
+          await run('setxkbmap', layout);
+          result[layout] = {};
+          for (const name of Object.keys(keys)) result[layout][name] = await isChosen(name);
+        }
+        await run('setxkbmap', 'us');
+        results.push(result);
+      }
+      native.updateMainMenuMenuItem('[0,0]', '{"accelerator":"Cmd+u"}');
+      await key('Caps_Lock');
+      results.push(await isChosen('ctrl+u'));
+      await key('Caps_Lock');
+      return results;
+    },
+    cases,
   );
   assert.deepStrictEqual(results, [...cases, true]);
 });
@@ -381,19 +278,18 @@ test('menus show the user’s own keys for Command and Option', async (t) => {
   ];
   const result = await inSession(
     t,
-    `(async () => {
-       call('setMainMenu', [{ title: 'TessaroHost', items: ${JSON.stringify(items)} }]);
-       const texts = [call('shortcutTexts')];
-       call('setUserDefaults', { GSFirstCommandKey: 'Super_L', GSFirstControlKey: 'Control_L' });
-       texts.push(call('shortcutTexts'));
-       const window = await openWindow();
-       await press(window, 'super+n');
-       const [commandPressed] = happened.slice(-1);
-       happened.length = 0;
-       await press(window, 'ctrl+n');
-       print([texts, commandPressed, happened.includes(1)]);
-       process.exit();
-     })();`,
+    async ({ during, menus, openKeyWindow, press, sendMessage }, all) => {
+      menus.setMainMenu([{ title: 'TessaroHost', items: all }]);
+      const texts = [menus.shortcutTexts()];
+      const defaults = sendMessage('NSUserDefaults', 'standardUserDefaults');
+      sendMessage(defaults, 'setObject:forKey:', 'Super_L', 'GSFirstCommandKey');
+      sendMessage(defaults, 'setObject:forKey:', 'Control_L', 'GSFirstControlKey');
+      texts.push(menus.shortcutTexts());
+      const window = await openKeyWindow();
+      const [commandPressed] = (await during(() => press(window, 'super+n'))).slice(-1);
+      return [texts, commandPressed, (await during(() => press(window, 'ctrl+n'))).includes(1)];
+    },
+    items,
   );
   assert.deepStrictEqual(result, [
     [
@@ -406,17 +302,14 @@ test('menus show the user’s own keys for Command and Option', async (t) => {
 });
 
 test('dead keys, the third level and input methods type as before, and keys without characters do no harm', async (t) => {
-  const result = await inSession(
-    t,
-    `(async () => {
-       const window = await openWindow();
-       await run('setxkbmap', ['de']);
-       await press(window, 'dead_circumflex', 'a', 'ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift');
-       await run('setxkbmap', ['us']);
-       print(host.windowInfo(window).typedText);
-       process.exit();
-     })();`,
-  );
+  const result = await inSession(t, async ({ host, openKeyWindow, press, run }) => {
+    const window = await openKeyWindow();
+    await run('setxkbmap', 'de');
+    const third = ['ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift'];
+    await press(window, 'dead_circumflex', 'a', ...third);
+    await run('setxkbmap', 'us');
+    return host.windowInfo(window).typedText;
+  });
   assert.match(result, /â.*@ß/);
 });
 
@@ -425,43 +318,34 @@ test('dead keys, the third level and input methods type as before, and keys with
 test('synthetic events repeat the remembered key press, or are refused', async (t) => {
   const down = event(command, { keyCode: key.n, ignoring: 'n' });
   const madeUp = { ...down, keyCode: 0, modifiers: 0, isSynthetic: true };
+  const searched = [false, 'will open TessaroHost'];
+  // Whether a key press is remembered first, what comes then, and what comes of that.
+  const rows = [
+    [false, madeUp, [false]],
+    [true, madeUp, searched],
+    [false, madeUp, [false]],
+    [true, { ...madeUp, characters: 'm' }, [false]],
+    [false, madeUp, [false]],
+    [true, { ...madeUp, isSynthetic: false }, [false]],
+    [true, { ...madeUp, type: keyUp, characters: 'x' }, [false]],
+    [true, { ...madeUp, type: mouseDown }, [false], event(0, { ignoring: 'q' })],
+  ];
   const results = await inSession(
     t,
-    `const [down, madeUp] = ${JSON.stringify([down, madeUp])};
-     const handled = (event) => {
-       happened.length = 0;
-       return [...call('performKeyEquivalent', event), ...happened];
-     };
-     const menu = { title: 'TessaroHost', items: [{ title: 'Nothing' }] };
-     call('setMainMenu', [menu]);
-     const results = { unknown: handled(madeUp) };
-     const remember = () => call('sendEvent', down);
-     remember();
-     results.repeated = handled(madeUp);
-     results.forgotten = handled(madeUp);
-     remember();
-     results.otherCharacters = handled({ ...madeUp, characters: 'm' });
-     results.forgottenAnyway = handled(madeUp);
-     remember();
-     results.withLocation = handled({ ...madeUp, isSynthetic: false });
-     remember();
-     results.keyUp = handled({ ...madeUp, type: ${keyUp}, characters: 'x' });
-     remember();
-     call('sendEvent', ${JSON.stringify(event(0, { ignoring: 'q' }))});
-     results.mouse = handled({ ...madeUp, type: ${mouseDown} });
-     print(results);`,
+    async ({ during, menus }, table, press) => {
+      menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'Nothing' }] }]);
+      const results = [];
+      for (const [isRemembered, next, , between] of table) {
+        if (isRemembered) menus.sendEvent(press);
+        if (between) menus.sendEvent(between);
+        results.push(await during(() => menus.performKeyEquivalent(next)));
+      }
+      return results;
+    },
+    rows,
+    down,
   );
-  const searched = [false, 'will open TessaroHost'];
-  assert.deepStrictEqual(results, {
-    unknown: [false],
-    repeated: searched,
-    forgotten: [false],
-    otherCharacters: [false],
-    forgottenAnyway: [false],
-    withLocation: [false],
-    keyUp: [false],
-    mouse: [false],
-  });
+  results.forEach((result, i) => assert.deepStrictEqual(result, rows[i][2], `${i}`));
 });
 
 test('tab switching consumes and reports the right events', async (t) => {
@@ -488,24 +372,16 @@ test('tab switching consumes and reports the right events', async (t) => {
     [arrow(command, key.left), false],
     [arrow(command, key.left, mouseDown), false],
   ];
-  const results = await inSession(
-    t,
-    `print(${JSON.stringify(cases.map(([each]) => each))}.map((event) => {
-       happened.length = 0;
-       return [...call('processKey', event), ...happened];
-     }));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    cases.map(([, ...expected]) => expected),
-  );
+  const rows = cases.map(([each, ...expected]) => [each, expected]);
+  await inSession.table(t, rows, ({ during, menus }, each) => during(() => menus.processKey(each)));
 });
 
 test('every event after the bracket check is written to the system log', async (t) => {
-  const source = `${prelude}
-    for (const event of ${JSON.stringify([event(command | option), event(command), event(command | shift, { ignoring: '{' })])}) call('processKey', event);`;
-  const { runScript } = require('./support/child');
-  const { stderr } = await runScript(t, source, { env: session.env });
+  const { stderr } = await inSession.ends(t, ({ menus }, events) => events.forEach(menus.processKey), [
+    event(command | option),
+    event(command),
+    event(command | shift, { ignoring: '{' }),
+  ]);
   const lines = stderr.match(/>>> command\+option: .*/g);
   assert.strictEqual(lines.length, 2);
   assert.match(lines[0], /^>>> command\+option: 1 45 NSEvent: /);
@@ -516,36 +392,42 @@ test('of two items with one shortcut a later menu’s wins over the application 
   const menu = (title, commandId) => ({ title, items: [{ title, key: 'j', modifiers: command, commandId }] });
   const results = await inSession(
     t,
-    `const results = [];
-     const search = () => {
-       happened.length = 0;
-       call('performKeyEquivalent', ${JSON.stringify(event(command, { ignoring: 'j' }))});
-       results.push(happened.pop());
-     };
-     call('setMainMenu', ${JSON.stringify([menu('TessaroHost', 1), menu('Second', 2), menu('Third', 3)])});
-     search();
-     native.updateMainMenuMenuItem('[1]', '{"visible":false}');
-     search();
-     native.updateMainMenuMenuItem('[2,0]', '{"visible":false}');
-     search();
-     native.updateMainMenuMenuItem('[0,0]', '{"accelerator":null}');
-     search();
-     print(results);`,
+    async ({ during, menus, native }, menu, press) => {
+      menus.setMainMenu(menu);
+      const steps = [
+        [],
+        ['[1]', '{"visible":false}'],
+        ['[2,0]', '{"visible":false}'],
+        ['[0,0]', '{"accelerator":null}'],
+      ];
+      const results = [];
+      for (const step of steps) {
+        if (step.length > 0) native.updateMainMenuMenuItem(...step);
+        results.push((await during(() => menus.performKeyEquivalent(press))).pop());
+      }
+      return results;
+    },
+    [menu('TessaroHost', 1), menu('Second', 2), menu('Third', 3)],
+    event(command, { ignoring: 'j' }),
   );
   assert.deepStrictEqual(results, [2, 3, 1, 'will open TessaroHost']);
 });
 
 test('modifier reports leave out synthetic events and include mouse events', async (t) => {
+  const changed = event(command, { type: flagsChanged });
   const results = await inSession(
     t,
-    `const reports = [];
-     const report = (event) => call('processModifiers', event);
-     report(${JSON.stringify(event(command, { type: flagsChanged }))});
-     native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values));
-     report(${JSON.stringify({ ...event(command, { type: flagsChanged }), isSynthetic: true })});
-     report(${JSON.stringify(event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }))});
-     report(${JSON.stringify(event(shift, { type: mouseDown }))});
-     print(reports);`,
+    ({ menus, native }, unheard, ...events) => {
+      menus.processModifiers(unheard);
+      const reports = [];
+      native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values));
+      events.forEach(menus.processModifiers);
+      return reports;
+    },
+    changed,
+    { ...changed, isSynthetic: true },
+    event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }),
+    event(shift, { type: mouseDown }),
   );
   assert.deepStrictEqual(results, [
     [true, true, true, true, true, false, true, true],
@@ -556,8 +438,12 @@ test('modifier reports leave out synthetic events and include mouse events', asy
 test('events are described for menus; without an event the description is empty', async (t) => {
   const results = await inSession(
     t,
-    `print([null, ${JSON.stringify(event(control | shift, { ignoring: 'N' }))}, ${JSON.stringify(event(command, { type: mouseDown }))}].map((event) =>
-       event === null ? JSON.parse(menus.menuEventDescription()) : call('menuEventDescription', event)).concat([native.modifierKeys(), native.isAppHidden()]));`,
+    ({ menus, native }, events) => [
+      ...events.map(menus.menuEventDescription),
+      native.modifierKeys(),
+      native.isAppHidden(),
+    ],
+    [null, event(control | shift, { ignoring: 'N' }), event(command, { type: mouseDown })],
   );
   const none = { 'function-modifier?': false, 'option-modifier?': false };
   assert.deepStrictEqual(results, [
@@ -588,70 +474,53 @@ test('events are described for menus; without an event the description is empty'
 });
 
 test('pasting asks for files', async (t) => {
-  const results = await inSession(
-    t,
-    `const results = [];
-     for (const content of [{ text: 'words' }, { files: ['/etc/hosts', '/etc/pass wd'] }, { files: [] }]) {
-       happened.length = 0;
-       call('putOnPasteboard', content);
-       results.push([...call('pasteIfPossible'), ...happened]);
-     }
-     print(results);`,
-  );
-  assert.deepStrictEqual(results, [
-    [false, true, false],
-    [true, false, true, 'TsPasteFilesIntoCurrentWebContents'],
-    [false, false, false],
-  ]);
+  const rows = [
+    [{ text: 'words' }, [[false, true, false]]],
+    [{ files: ['/etc/hosts', '/etc/pass wd'] }, [[true, false, true], 'TsPasteFilesIntoCurrentWebContents']],
+    [{ files: [] }, [[false, false, false]]],
+  ];
+  await inSession.table(t, rows, ({ during, menus, pasteboard }, content) => {
+    pasteboard.put(content);
+    return during(menus.pasteIfPossible);
+  });
 });
 
 test('modifiers pressed or released in the background are reported when the application becomes active', async (t) => {
-  const result = await inSession(
-    t,
-    `(async () => {
-       const window = await openWindow();
-       const reports = [];
-       native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
-       const system = host.windowInfo(window).systemWindow;
-       const isKey = () => host.windowInfo(window).isKey;
-       const away = async (keys) => {
-         const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
-         await eventually(() => !isKey(), 'the background');
-         await run('xdotool', keys);
-         reports.length = 0;
-         await run('xdotool', ['windowactivate', String(system)]);
-         await eventually(() => isKey() && reports.length > 0, 'the foreground');
-         other.kill();
-         return reports.at(-1);
-       };
-       const seen = [];
-       try {
-         seen.push(await away(['keydown', 'shift', 'keydown', 'alt']));
-         seen.push(await away(['keyup', 'shift', 'keyup', 'alt']));
-       } finally {
-         await run('xdotool', ['keyup', 'shift', 'keyup', 'alt']);
-       }
-       print(seen);
-       process.exit();
-     })();`,
-  );
+  const result = await inSession(t, async ({ eventually, host, native, openKeyWindow, run, spawn }) => {
+    const window = await openKeyWindow();
+    const reports = [];
+    native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
+    const isKey = () => host.windowInfo(window).isKey;
+    const away = async (...keys) => {
+      const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
+      await eventually(() => !isKey(), 'the background');
+      await run('xdotool', ...keys);
+      reports.length = 0;
+      await run('xdotool', 'windowactivate', host.windowInfo(window).systemWindow);
+      await eventually(() => isKey() && reports.length > 0, 'the foreground');
+      other.kill();
+      return reports.at(-1);
+    };
+    const up = ['keyup', 'shift', 'keyup', 'alt'];
+    try {
+      return [await away('keydown', 'shift', 'keydown', 'alt'), await away(...up)];
+    } finally {
+      await run('xdotool', ...up);
+    }
+  });
   assert.deepStrictEqual(result, ['00101000', '00000000']);
 });
 
 test('the application is hidden from its command until it shows a window', async (t) => {
-  const result = await inSession(
-    t,
-    `(async () => {
-       const window = await openWindow();
-       const seen = [native.isAppHidden()];
-       await run('xdotool', ['key', 'ctrl+h']);
-       await eventually(() => native.isAppHidden(), 'hiding');
-       seen.push(host.windowInfo(window).isKey);
-       await openWindow();
-       await eventually(() => !native.isAppHidden(), 'a window');
-       print(seen);
-       process.exit();
-     })();`,
-  );
-  assert.deepStrictEqual(result, [false, false]);
+  const result = await inSession(t, async ({ eventually, host, key, native, openKeyWindow }) => {
+    const window = await openKeyWindow();
+    const before = native.isAppHidden();
+    await key('ctrl+h');
+    await eventually(() => native.isAppHidden(), 'hiding');
+    await eventually(() => !host.windowInfo(window).isKey, 'a window without the keyboard');
+    await openKeyWindow();
+    await eventually(() => !native.isAppHidden(), 'a window');
+    return before;
+  });
+  assert.strictEqual(result, false);
 });

@@ -1,17 +1,16 @@
 'use strict';
 
 const assert = require('assert');
-const { execFile } = require('child_process');
 const fs = require('fs');
 const net = require('net');
 const path = require('path');
 const { test } = require('node:test');
-const { promisify } = require('util');
 
-const { root } = require('./support/addon');
 const { startBus } = require('./support/bus');
-const { eventually, evaluate, node, startScript, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { atEnd } = require('./support/cleanup');
 const { startKeyring } = require('./support/keyring');
+const { scenarios } = require('./support/scenario');
 
 const status = {
   cancelled: -128,
@@ -26,79 +25,64 @@ const environmentOf = ({ address }) => ({ DBUS_SESSION_BUS_ADDRESS: address });
 
 const keyringOf = (t) => startKeyring(t, temporaryDirectory(t));
 
-/** What each of `calls` gave, with the messages it logged: "level text". */
-const evaluateCalls = (t, calls, env) =>
-  evaluate(
-    t,
-    `const { module: m, keychain, captureLog, capturedLog, flushLog } = probe();
-     const levels = { 1: 'error', 2: 'warning', 4: 'info' };
-     captureLog();
-     let before = 0;
-     const results = [${calls.map((call) => `() => ${call}`).join(',\n')}].map((call) => {
-       const result = call();
-       flushLog();
-       const log = capturedLog();
-       const messages = log.slice(before).map(({ flag, text }) => levels[flag] + ' ' + text);
-       before = log.length;
-       return [result ?? null, ...messages];
-     });
-     console.log(JSON.stringify(results));`,
-    { env },
-  );
+const plain = scenarios();
+const at = (bus) => plain.with({ env: environmentOf(bus) });
+
+/**
+ * What each call, [function, …arguments], gives, with the messages it logs: "level text". Functions with an answer of
+ * their own are the module's, which gives JSON, and those of the probe.
+ */
+const callEach = ({ captureLog, capturedLog, flushLog, keychain, native }, calls) => {
+  const levels = { 1: 'error', 2: 'warning', 4: 'info' };
+  captureLog();
+  let before = 0;
+  return calls.map(([name, ...args]) => {
+    const result = name in keychain ? keychain[name]('Tessaro 3', ...args) : native[`${name}ForAccount`](...args);
+    flushLog();
+    const log = capturedLog();
+    const messages = log.slice(before).map(({ flag, text }) => `${levels[flag]} ${text}`);
+    before = log.length;
+    return [typeof result === 'string' ? JSON.parse(result) : (result ?? null), ...messages];
+  });
+};
+
+/** Expects what each call of a table, [call, result, …messages], gives. */
+async function expectCalls(t, run, table) {
+  const results = await run(t, callEach, table.map(([call]) => call)); // prettier-ignore
+  results.forEach((result, i) => assert.deepStrictEqual([table[i][0], ...result], table[i]));
+}
 
 test('script stores, reads, changes and removes passwords', async (t) => {
   const keyring = await keyringOf(t);
   const notDeleted = 'error Could not find keychain item in order to delete it.';
-  const table = [
-    ["m.getPasswordForAccount('ann')", '{"password":null,"ok?":true}'],
+  const [get, set, remove] = ['getPassword', 'setPassword', 'removePassword'];
+  const ok = { 'ok?': true };
+  const notSet = 'error Not setting password as either password or account parameters are nil';
+  await expectCalls(t, at(keyring), [
+    [[get, 'ann'], { password: null, ...ok }],
+    [[set, 'gänse', 'ann'], ok, 'info Added password to keychain. (account=ann, passwordLength=5)'],
+    [[get, 'ann'], { password: 'gänse', ...ok }],
+    [[set, '😀', 'ann', { ignored: true }], ok, 'info Modified password in keychain. (account=ann, passwordLength=2)'],
+    [[get, 'ann'], { password: '😀', ...ok }],
+    [[set, 17, true], ok, 'info Added password to keychain. (account=true, passwordLength=2)'],
+    [[set, null, 'ann'], null, notSet],
+    [[set, undefined, 'ann'], null, notSet],
+    [[set, 'secret', null], null, notSet],
     [
-      "m.setPasswordForAccount('gänse', 'ann')",
-      '{"ok?":true}',
-      'info Added password to keychain. (account=ann, passwordLength=5)',
-    ],
-    ["m.getPasswordForAccount('ann')", '{"password":"gänse","ok?":true}'],
-    [
-      "m.setPasswordForAccount('😀', 'ann', { ignored: true })",
-      '{"ok?":true}',
-      'info Modified password in keychain. (account=ann, passwordLength=2)',
-    ],
-    ["m.getPasswordForAccount('ann')", '{"password":"😀","ok?":true}'],
-    [
-      'm.setPasswordForAccount(17, true)',
-      '{"ok?":true}',
-      'info Added password to keychain. (account=true, passwordLength=2)',
-    ],
-    ...["null, 'ann'", "undefined, 'ann'", "'secret', null"].map((args) => [
-      `m.setPasswordForAccount(${args})`,
-      null,
-      'error Not setting password as either password or account parameters are nil',
-    ]),
-    [
-      "m.removePasswordForAccount('ann')",
+      [remove, 'ann'],
       null,
       "info Removed keychain entry 'ann' (Tessaro 3).",
       'info Removed keychain entry for account ann',
     ],
-    ["m.removePasswordForAccount('ann')", null, 'info Removed keychain entry for account ann'],
-    ["keychain.set('Tessaro 3', 'true', null)", '{"ok?":true}', 'info Deleted password from keychain. (account=true)'],
+    [[remove, 'ann'], null, 'info Removed keychain entry for account ann'],
+    [['set', 'true', null], ok, 'info Deleted password from keychain. (account=true)'],
     [
-      "keychain.set('Tessaro 3', 'true', null)",
-      `{"error":${status.notFound},"ok?":false}`,
+      ['set', 'true', null],
+      { error: status.notFound, 'ok?': false },
       `${notDeleted} (account=true, error=${status.notFound})`,
     ],
-    ["keychain.remove('Tessaro 3', 'true')", false],
-    ['m.removeAllPasswords()', null, 'info Removed all keychain entries for app'],
-  ];
-  const results = await evaluateCalls(
-    t,
-    table.map(([call]) => call),
-    environmentOf(keyring),
-  );
-  results.forEach((result, i) => {
-    const [call, expected, ...log] = table[i];
-    const parse = (value) => (typeof value === 'string' ? JSON.parse(value) : value);
-    assert.deepStrictEqual([call, parse(result[0]), ...result.slice(1)], [call, parse(expected), ...log]);
-  });
+    [['erase', 'true'], false],
+  ]);
 });
 
 test('passwords are shared with other programs byte for byte, in both directions', async (t) => {
@@ -114,43 +98,33 @@ test('passwords are shared with other programs byte for byte, in both directions
     '': 'of an account without a name',
     ['a'.repeat(2000)]: 'long account',
   };
-  const child = startScript(
-    t,
-    `const { module: m } = probe();
-     const secrets = ${JSON.stringify(secrets)};
-     for (const [account, secret] of Object.entries(secrets)) m.setPasswordForAccount(secret, account);
-     console.log('stored');
-     process.stdin.on('data', () => {
-       const read = (account) => JSON.parse(m.getPasswordForAccount(account)).password;
-       const all = Object.fromEntries(Object.keys(secrets).map((account) => [account, read(account)]));
-       console.log(JSON.stringify({ ...all, foreign: read('foreign') }));
-     });`,
-    { env: environmentOf(keyring) },
+  const child = await at(keyring).resident(t);
+  await child.tell(
+    ({ native }, all) => all.forEach((pair) => native.setPasswordForAccount(...pair.reverse())),
+    [...Object.entries(secrets)],
   );
-  await child.printed('stored\n');
   for (const [account, secret] of Object.entries(secrets)) {
     const seen = await keyring.secretTool(['lookup', 'service', service, 'account', account]);
     assert.strictEqual(seen.toString(), secret, account);
   }
   await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'emoji'], 'changed');
   await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'foreign'], 'new');
-  child.output.stdout = '';
-  child.process.stdin.write('go');
-  await eventually(() => child.output.stdout.endsWith('\n'), 'reading again');
-  assert.deepStrictEqual(JSON.parse(child.output.stdout), { ...secrets, emoji: 'changed', foreign: 'new' });
+  const expected = { ...secrets, emoji: 'changed', foreign: 'new' };
+  const readEach = ({ native }, names) => names.map((name) => JSON.parse(native.getPasswordForAccount(name)).password);
+  assert.deepStrictEqual(await child.tell(readEach, Object.keys(expected)), Object.values(expected));
 });
 
 test('malformed items and accounts are failures', async (t) => {
   const keyring = await keyringOf(t);
   const bytes = Buffer.from([0xff, 0xfe, 0x00, 0x41]);
   await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'bytes'], bytes);
-  const results = await evaluateCalls(
-    t,
-    ["m.getPasswordForAccount('bytes')", "m.getPasswordForAccount('a\\0b')", "m.setPasswordForAccount('x', 'a\\0b')"],
-    environmentOf(keyring),
-  );
+  const results = await at(keyring)(t, callEach, [
+    ['getPassword', 'bytes'],
+    ['getPassword', 'a\0b'],
+    ['setPassword', 'x', 'a\0b'],
+  ]);
   assert.deepStrictEqual(
-    results.map(([result]) => JSON.parse(result)),
+    results.map(([result]) => result),
     [{ 'ok?': false, error: status.decode }, { 'ok?': false, error: status.parameter }, { 'ok?': true }],
   );
 });
@@ -163,91 +137,61 @@ test('of two items of one account, one is read, written and removed', async (t) 
   ];
   await keyring.secretTool([...one, ...two], 'second');
   await keyring.secretTool([...one, 'kind', 'first'], 'first');
-  const results = await evaluateCalls(
-    t,
-    [
-      "JSON.parse(m.getPasswordForAccount('ann')).password",
-      "m.setPasswordForAccount('written', 'ann')",
-      "keychain.accounts('Tessaro 3')",
-      "keychain.remove('Tessaro 3', 'ann')",
-      "keychain.remove('Tessaro 3', 'ann')",
-      "keychain.remove('Tessaro 3', 'ann')",
-    ],
-    environmentOf(keyring),
-  );
-  assert.ok(['first', 'second'].includes(results[0][0]));
+  const removals = Array(3).fill(['erase', 'ann']);
+  const calls = [['getPassword', 'ann'], ['setPassword', 'written', 'ann'], ['accounts'], ...removals];
+  const results = await at(keyring)(t, callEach, calls);
+  assert.ok(['first', 'second'].includes(results[0][0].password));
   assert.match(results[1][1], /^info Modified/);
   assert.deepStrictEqual(
     results.slice(2).map(([result]) => result),
-    ['["ann"]', true, true, false],
+    [['ann'], true, true, false],
   );
 });
 
 test('a thousand accounts are listed and removed; other services keep theirs', async (t) => {
   const keyring = await keyringOf(t);
   await keyring.useMemory();
-  const result = await evaluate(
-    t,
-    `const { module: m, keychain } = probe();
-     const names = Array.from({ length: 1000 }, (_, i) => 'account-' + String(i).padStart(4, '0'));
-     for (const name of names) m.setPasswordForAccount('secret of ' + name, name);
-     keychain.set('Kolvar', 'ann', 'kept');
-     keychain.set('Tessaro', 'ann', 'kept too');
-     const listed = JSON.parse(keychain.accounts('Tessaro 3'));
-     m.removeAllPasswords();
-     console.log(JSON.stringify({
-       allListed: JSON.stringify(listed) === JSON.stringify(names),
-       left: keychain.accounts('Tessaro 3'),
-       others: [keychain.get('Kolvar', 'ann'), keychain.get('Tessaro', 'ann')].map((text) => JSON.parse(text).password),
-     }));`,
-    { env: environmentOf(keyring) },
-  );
-  assert.deepStrictEqual(result, { allListed: true, left: '[]', others: ['kept', 'kept too'] });
+  const [isWhole, left, ...others] = await at(keyring)(t, ({ keychain, native }) => {
+    const names = Array.from({ length: 1000 }, (_, i) => `account-${String(i).padStart(4, '0')}`);
+    for (const name of names) native.setPasswordForAccount(`secret of ${name}`, name);
+    for (const service of ['Kolvar', 'Tessaro']) keychain.set(service, 'ann', `kept in ${service}`);
+    const isWhole = keychain.accounts('Tessaro 3').join() === names.join();
+    native.removeAllPasswords();
+    const others = ['Kolvar', 'Tessaro'].map((service) => keychain.get(service, 'ann').password);
+    return [isWhole, keychain.accounts('Tessaro 3'), ...others];
+  });
+  assert.deepStrictEqual([isWhole, left, others], [true, [], ['kept in Kolvar', 'kept in Tessaro']]);
 });
 
 // Every operation where the store can't be used, with what it logs.
 const refused = (code, isKnown) => [
   [
-    "m.getPasswordForAccount('ann')",
+    ['getPassword', 'ann'],
     { 'ok?': false, error: code },
     `warning Could not read password from keychain. (account=ann, error=${code})`,
   ],
-  ["keychain.remove('Tessaro 3', 'ann')", false],
-  ["keychain.removeAll('Tessaro 3')", !isKnown],
-  isKnown
-    ? [
-        "keychain.set('Tessaro 3', 'ann', null)",
-        { 'ok?': true },
-        `warning Could not delete keychain item. (account=ann, error=${code})`,
-      ]
-    : [
-        "keychain.set('Tessaro 3', 'ann', null)",
-        { 'ok?': false, error: code },
-        `error Could not find keychain item in order to delete it. (account=ann, error=${code})`,
-      ],
+  [['erase', 'ann'], false],
+  [['removeAll'], !isKnown],
+  [
+    ['set', 'ann', null],
+    isKnown ? { 'ok?': true } : { 'ok?': false, error: code },
+    isKnown
+      ? `warning Could not delete keychain item. (account=ann, error=${code})`
+      : `error Could not find keychain item in order to delete it. (account=ann, error=${code})`,
+  ],
 ];
 
-async function expectRefusal(t, code, env, more, isKnown = false) {
-  const table = [...refused(code, isKnown), ...more];
-  const results = await evaluateCalls(
-    t,
-    table.map(([call]) => call),
-    env,
-  );
-  results.forEach((result, i) => {
-    const value = typeof result[0] === 'string' ? JSON.parse(result[0]) : result[0];
-    assert.deepStrictEqual([table[i][0], value, ...result.slice(1)], table[i]);
-  });
-}
+const expectRefusal = (t, code, env, more, isKnown = false) =>
+  expectCalls(t, plain.with({ env }), [...refused(code, isKnown), ...more]);
 
 const unavailable = [
   [
-    "m.setPasswordForAccount('x', 'ann')",
+    ['setPassword', 'x', 'ann'],
     { 'ok?': true },
     `warning Could not find keychain item. (account=ann, error=${status.unavailable})`,
   ],
   [
-    "keychain.accounts('Tessaro 3')",
+    ['accounts'],
     null,
     'warning Error while querying all accounts in Keychain. (error=The secret service is unavailable or did not reply in time.)',
   ],
@@ -285,23 +229,13 @@ for (const [state, { lock, accounts }] of Object.entries(lockedKeyrings)) {
     const keyring = await startKeyring(t, directory);
     await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
     await lock(keyring, t, directory);
+    const failed = { 'ok?': false, error: status.locked };
+    const warning = (text) => `warning Could not ${text}, error=${status.locked})`;
     const more = [
-      [
-        "m.getPasswordForAccount('nobody')",
-        { 'ok?': false, error: status.locked },
-        `warning Could not read password from keychain. (account=nobody, error=${status.locked})`,
-      ],
-      [
-        "m.setPasswordForAccount('12345', 'ann')",
-        { 'ok?': false, error: status.locked },
-        `warning Could not modify keychain item. (account=ann, passwordLength=5, error=${status.locked})`,
-      ],
-      [
-        "m.setPasswordForAccount('12345', 'bob')",
-        { 'ok?': false, error: status.locked },
-        `warning Could not add password to keychain. (account=bob, passwordLength=5, error=${status.locked})`,
-      ],
-      ["keychain.accounts('Tessaro 3')", ...accounts],
+      [['getPassword', 'nobody'], failed, warning('read password from keychain. (account=nobody')],
+      [['setPassword', '12345', 'ann'], failed, warning('modify keychain item. (account=ann, passwordLength=5')],
+      [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
+      [['accounts'], ...accounts],
     ];
     await expectRefusal(t, status.locked, environmentOf(keyring), more, true);
   });
@@ -309,43 +243,34 @@ for (const [state, { lock, accounts }] of Object.entries(lockedKeyrings)) {
 
 test('reply timeouts of a hanging service halve, and the first reply resets them', async (t) => {
   const keyring = await keyringOf(t);
-  const child = startScript(
-    t,
-    `const { keychain } = probe();
-     keychain.setDeadlines(1000, 1000);
-     keychain.set('Tessaro 3', 'ann', 'x');
-     console.log('ready');
-     const ask = () => JSON.parse(keychain.get('Tessaro 3', 'ann')).error ?? 'answered';
-     process.stdin.once('data', () => {
-       const start = process.hrtime.bigint();
-       const answers = Array.from({ length: 50 }, ask);
-       console.log(...new Set(answers), process.hrtime.bigint() - start < 20000000000n);
-       process.stdin.on('data', () => {
-         while (ask() !== 'answered');
-         console.log('answered');
-       });
-     });`,
-    { env: environmentOf(keyring) },
-  );
-  await child.printed('ready\n');
+  const child = await at(keyring).resident(t);
+  await child.tell(({ keychain }) => keychain.setDeadlines(1000, 1000) ?? keychain.set('Tessaro 3', 'ann', 'x'));
+  const ask = ({ keychain }, count) => {
+    const start = Date.now();
+    const answers = Array.from({ length: count }, () => keychain.get('Tessaro 3', 'ann').error ?? 'answered');
+    return [[...new Set(answers)], Date.now() - start];
+  };
   keyring.pause();
-  child.process.stdin.write('x');
-  await child.printed(`ready\n${status.unavailable} true\n`);
+  const [answers, elapsed] = await child.tell(ask, 50);
+  assert.deepStrictEqual(answers, [status.unavailable]);
+  assert.ok(elapsed < 20000, `${elapsed} ms`);
   keyring.resume();
-  child.process.stdin.write('x');
-  await child.printed(`ready\n${status.unavailable} true\nanswered\n`);
+  await eventually(async () => (await child.tell(ask, 1))[0][0] === 'answered', 'an answer');
 });
 
 test('a bus that accepts the connection and never replies counts as unavailable', async (t) => {
   const socket = path.join(temporaryDirectory(t), 'bus');
   const server = net.createServer(() => {}).listen(socket);
-  t.after(() => server.close());
-  const source = `const { keychain } = probe();
-    keychain.setDeadlines(200, 200);
-    process.env.DBUS_SESSION_BUS_ADDRESS = 'unix:path=${socket}';
-    console.log(keychain.get('Tessaro 3', 'ann'));
-    process.exit();`;
-  const result = await evaluate(t, source);
+  atEnd(t, () => server.close());
+  const result = await plain(
+    t,
+    async ({ env, keychain }, address) => {
+      keychain.setDeadlines(200, 200);
+      env.DBUS_SESSION_BUS_ADDRESS = address;
+      return keychain.get('Tessaro 3', 'ann');
+    },
+    `unix:path=${socket}`,
+  );
   assert.deepStrictEqual(result, { 'ok?': false, error: status.unavailable });
 });
 
@@ -353,37 +278,29 @@ test('the keychain reconnects after its service or the bus was killed', async (t
   const directory = temporaryDirectory(t);
   const bus = await startBus(t, directory);
   const first = await startKeyring(t, directory, bus);
-  const child = startScript(
-    t,
-    `const { keychain } = probe();
-     keychain.set('Tessaro 3', 'ann', 'x');
-     console.log('stored');
-     process.stdin.on('data', () => {
-       console.log('asking');
-       const { password, error } = JSON.parse(keychain.get('Tessaro 3', 'ann'));
-       console.log(error ?? password);
-     });`,
-    { env: environmentOf(bus) },
-  );
-  let expected = 'stored\n';
-  const ask = (answer) => {
-    child.process.stdin.write('x');
-    return child.printed((expected += `asking\n${answer}\n`));
+  const child = await at(bus).resident(t);
+  const ask = (answer = 'x') => {
+    const asked = child.tell(({ keychain, report }) => {
+      report('asking');
+      const { password, error } = keychain.get('Tessaro 3', 'ann');
+      return error ?? password;
+    });
+    return asked.then((given) => assert.strictEqual(given, answer));
   };
-  await child.printed(expected);
+  await child.tell(({ keychain }) => keychain.set('Tessaro 3', 'ann', 'x'));
   first.pause();
-  child.process.stdin.write('x');
-  await child.printed(`${expected}asking\n`);
+  const asked = ask(status.unavailable);
+  await child.report(0);
   await first.kill();
-  await child.printed((expected += `asking\n${status.unavailable}\n`));
+  await asked;
   const second = await startKeyring(t, directory, bus);
-  await ask('x');
+  await ask();
   await bus.stop();
   await ask(status.unavailable);
   await second.kill();
   const again = await startBus(t, directory);
   await startKeyring(t, directory, again);
-  await ask('x');
+  await ask();
 });
 
 test('the bundle name selects the service', async (t) => {
@@ -393,8 +310,7 @@ test('the bundle name selects the service', async (t) => {
   fs.copyFileSync(fs.realpathSync(process.execPath), executable);
   const serviceOf = (bundleName) => {
     fs.writeFileSync(path.join(application, 'Resources', 'Info-gnustep.plist'), `{ CFBundleName = "${bundleName}"; }`);
-    const source = 'console.log(JSON.stringify(probe().keychain.serviceName()))';
-    return evaluate(t, source, { executable });
+    return plain.with({ executable })(t, ({ keychain }) => keychain.serviceName());
   };
   for (const [bundleName, expected] of [
     ['Kolvar', 'Kolvar'],
@@ -406,33 +322,27 @@ test('the bundle name selects the service', async (t) => {
 });
 
 test('the transient store keeps passwords in memory only', async (t) => {
-  const result = await evaluate(
-    t,
-    `const { setTransient, getTransient, countTransient } = probe().keychain;
-     setTransient('ann', 'secret');
-     setTransient('bob', '');
-     const before = ['ann', 'bob', 'nobody'].map((account) => getTransient(account) ?? null);
-     setTransient('ann', null);
-     setTransient('nobody', null);
-     console.log(JSON.stringify([before, getTransient('ann') ?? null, countTransient()]));`,
-  );
+  const result = await plain(t, ({ keychain: { setTransient, getTransient, countTransient } }) => {
+    setTransient('ann', 'secret');
+    setTransient('bob', '');
+    const before = ['ann', 'bob', 'nobody'].map((account) => getTransient(account) ?? null);
+    setTransient('ann', null);
+    setTransient('nobody', null);
+    return [before, getTransient('ann') ?? null, countTransient()];
+  });
   assert.deepStrictEqual(result, [['secret', '', null], null, 1]);
 });
 
 test('no password gets into the log or onto the terminal', async (t) => {
   const keyring = await keyringOf(t);
-  const child = startScript(
-    t,
-    `const { module: m } = probe();
-     m.setPasswordForAccount('hush-hush', 'ann');
-     m.setPasswordForAccount('hush-hush', 'a\\0b');
-     m.getPasswordForAccount('ann');
-     m.setPasswordForAccount('hush-hush again', 'ann');
-     m.removePasswordForAccount('ann');`,
-    { env: environmentOf(keyring) },
-  );
-  const { code, stderr } = await child.ended;
-  const logs = path.join(child.home, 'state', 'node', 'logs');
+  const { code, stderr, home } = await at(keyring).ends(t, ({ native }) => {
+    native.setPasswordForAccount('hush-hush', 'ann');
+    native.setPasswordForAccount('hush-hush', 'a\0b');
+    native.getPasswordForAccount('ann');
+    native.setPasswordForAccount('hush-hush again', 'ann');
+    native.removePasswordForAccount('ann');
+  });
+  const logs = path.join(home, 'state', 'node', 'logs');
   const log = fs
     .readdirSync(logs)
     .map((name) => fs.readFileSync(path.join(logs, name), 'utf8'))
@@ -441,37 +351,30 @@ test('no password gets into the log or onto the terminal', async (t) => {
   assert.match(log, /Removed keychain entry 'ann'/);
 });
 
+const onDisplay = scenarios({ display: true, host: false });
+
 test('the user is prompted to unlock the keyring: dismissed, then unlocked with real keys', async (t) => {
-  const source = `
-    const { module: m } = probe();
-    const { execFileSync, spawn } = require('child_process');
-    m.setPasswordForAccount('opened', 'ann');
-    const asked = (...keys) => {
-      execFileSync('dbus-send', ['--session', '--print-reply', '--dest=org.freedesktop.secrets',
-        '/org/freedesktop/secrets', 'org.freedesktop.Secret.Service.Lock',
-        'array:objpath:/org/freedesktop/secrets/collection/login']);
+  const answers = await onDisplay(t, async ({ native, run, spawn }) => {
+    native.setPasswordForAccount('opened', 'ann');
+    const secrets = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', '/org/freedesktop/secrets'];
+    const login = 'array:objpath:/org/freedesktop/secrets/collection/login';
+    const asked = async (...keys) => {
+      await run('dbus-send', ...secrets, 'org.freedesktop.Secret.Service.Lock', login);
       // Script blocks until the prompt ends: another process presses the keys, again if the first were too early.
-      const press = 'shown() { xdotool search --onlyvisible --class gcr-prompter; }; until shown; do sleep 0.05; done; ' +
+      const press =
+        'shown() { xdotool search --onlyvisible --class gcr-prompter; }; until shown; do sleep 0.05; done; ' +
         'while shown; do xdotool key ctrl+a "$@"; sleep 1; done';
       const user = spawn('sh', ['-c', press, 'sh', ...keys], { stdio: 'ignore' });
-      const answer = JSON.parse(m.getPasswordForAccount('ann'));
+      const answer = JSON.parse(native.getPasswordForAccount('ann'));
       user.kill();
       return answer;
     };
-    const answers = [asked('Escape'), asked(...'session', 'Return')];
-    m.removePasswordForAccount('ann');
-    console.log(JSON.stringify(answers));`;
-  const { stdout, stderr } = await promisify(execFile)(
-    path.join(root, 'scripts', 'display-session'),
-    ['--own-display', node, '-e', `const { probe } = require('./tests/support/addon');${source}`],
-    { cwd: root, timeout: 60000 },
-  );
-  assert.deepStrictEqual(
-    JSON.parse(stdout || 'null'),
-    [
-      { 'ok?': false, error: status.cancelled },
-      { 'ok?': true, password: 'opened' },
-    ],
-    stderr,
-  );
+    const answers = [await asked('Escape'), await asked(...'session', 'Return')];
+    native.removePasswordForAccount('ann');
+    return answers;
+  });
+  assert.deepStrictEqual(answers, [
+    { 'ok?': false, error: status.cancelled },
+    { 'ok?': true, password: 'opened' },
+  ]);
 });

@@ -20,7 +20,7 @@ const work = {
     m.setNetworkReachabilityCallbackFunction(() => {}); p.callReachability(true);
     m.setDragAndDropCallbackFunction('no function'); try { p.callDragAndDrop(); } catch {}
     m.setComposeOutgoingMessageCallbackFunction(() => {});
-    p.postNotification('TsComposeOutgoingMessageNotification', null, '{"message":{},"options":{}}');
+    p.postNotification('TsComposeOutgoingMessageNotification', null, { message: {}, options: {} });
     p.raiseNull();`,
   queues: `p.platform.post(() => {}); p.platform.postDelayed(1, () => {}); p.platform.background(0, () => {});`,
   'requests and reachability': `

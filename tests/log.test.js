@@ -12,7 +12,7 @@ const [error, warning, info, debug] = [1, 2, 4, 8];
 test('messages carry level, flag, context and place, keep their order, and keep no control characters but the format’s own line feeds', async (t) => {
   const { captured, before } = await evaluate(
     t,
-    `const { captureLog, capturedLog, stopCapturingLog, log, logFormat, flushLog } = probe();
+    `const { captureLog, capturedLog, stopCapturingLog, logText: log, logFormat, flushLog } = probe();
      captureLog();
      for (const flag of [${debug}, ${info}, ${warning}]) log(flag, 'flag ' + flag);
      logFormat('Grüße\\u0000\\n\\u009b\\u2028 😀');
@@ -43,7 +43,7 @@ test('messages carry level, flag, context and place, keep their order, and keep 
   }
   const formatted = captured[3];
   assert.strictEqual(formatted.file, 'tests/native/CoreProbe.mm');
-  assert.match(formatted.function, /^void \(anonymous namespace\)::logFormat\(ProbeArguments\)$/);
+  assert.match(formatted.function, /^void \(anonymous namespace\)::logFormat\(NSString \*\)$/);
   assert.ok(formatted.line > 100);
 });
 
@@ -55,7 +55,7 @@ test('the file rolls over after a day, and one file is kept', async (t) => {
   fs.writeFileSync(foreign, 'not ours');
   const days = await evaluate(
     t,
-    `const { addFileLogger, log, flushLog } = probe();
+    `const { addFileLogger, logText: log, flushLog } = probe();
      const fs = require('fs');
      const logs = ${JSON.stringify(logs)};
      // What is still on its way was logged before there was this file.
@@ -86,7 +86,7 @@ test('with an unwritable folder logging goes on without a file', async (t) => {
   fs.writeFileSync(blocked, '');
   const result = await runScript(
     t,
-    `const { addFileLogger, log } = probe();
+    `const { addFileLogger, logText: log } = probe();
      console.log(addFileLogger(${JSON.stringify(path.join(blocked, 'logs'))}));
      log(${error}, 'still heard');`,
     { env: { TESSARO_NATIVE_LOG: 'stderr', XDG_STATE_HOME: blocked } },
@@ -101,7 +101,7 @@ test('everything logged before the process ends is in the file', async (t) => {
     const logs = temporaryDirectory(t);
     await runScript(
       t,
-      `const { module, addFileLogger, log } = probe();
+      `const { module, addFileLogger, logText: log } = probe();
        addFileLogger(${JSON.stringify(logs)});
        for (let i = 0; i < 20000; ++i) log(${info}, 'message ' + i);
        ${end}`,

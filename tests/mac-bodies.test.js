@@ -5,72 +5,52 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, temporaryDirectory } = require('./support/child');
+const { temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
-/** What the probe's function gives for each of the arguments. */
-const results = (t, name, all) =>
-  evaluate(
-    t,
-    `const { macBodies } = probe();
-     const all = ${JSON.stringify(all)};
-     console.log(JSON.stringify(all.map((each) => JSON.parse(macBodies.${name}(JSON.stringify(each))))));`,
-  );
+const plain = scenarios();
 
 test('a path stays inside its quotes in the script for the Finder', async (t) => {
-  const paths = ['/tmp/a.txt', '/tmp/"\\nquit "', 'a\\'];
-  const scripts = await results(
+  const paths = { '/tmp/a.txt': '"/tmp/a.txt"', '/tmp/"\\nquit "': '"/tmp/\\"\\\\nquit \\""', 'a\\': '"a\\\\"' };
+  const scripts = await plain(
     t,
-    'informationWindowScript',
-    paths.map((each) => [each]),
+    ({ macBodies }, all) => all.map(macBodies.informationWindowScript),
+    Object.keys(paths),
   );
-  const quoted = ['"/tmp/a.txt"', '"/tmp/\\"\\\\nquit \\""', '"a\\\\"'];
-  scripts.forEach(([script], i) => assert.ok(script.includes(`POSIX file ${quoted[i]}\n`), script));
+  Object.values(paths).forEach((quoted, i) => assert.ok(scripts[i].includes(`POSIX file ${quoted}\n`), scripts[i]));
 });
 
-test('modifiers have the values of Carbon', async (t) => {
-  const held = [[], ['command'], ['shift'], ['option'], ['control'], ['command', 'shift']];
-  assert.deepStrictEqual(await results(t, 'carbonModifiers', held), [[0], [256], [512], [2048], [4096], [768]]);
+test('modifiers have the values of Carbon', (t) => {
+  const rows = ['0', '256 command', '512 shift', '2048 option', '4096 control', '768 command shift'].map((row) => {
+    const [value, ...held] = row.split(' ');
+    return [held, Number(value)];
+  });
+  return plain.table(t, rows, ({ macBodies }, held) => macBodies.carbonModifiers(held));
 });
 
 test('a copy of a picture gets a format that can be written, and a name that is free', async (t) => {
   const folder = temporaryDirectory(t);
   fs.writeFileSync(path.join(folder, 'cat.png'), '');
-  const copies = [
-    { source: '/a/cat.JPG', target: '/b/dog.gif', format: 'jpeg' },
-    { source: '/a/cat.jpg', target: '/b/dog.bmp', format: 'jpeg' },
-    { source: '/a/cat.heic', target: '/b/dog', format: '', photo: true },
-    { source: '/a/cat.bmp', target: '/b/dog', format: '' },
-    { source: '/a/cat.png', target: folder, format: 'png' },
-    { source: '/a/cat.heic', target: folder, format: '', photo: true },
-    { source: '/a/dog.JPEG', target: folder, format: 'jpeg' },
+  const rows = [
+    [{ source: '/a/cat.JPG', target: '/b/dog.gif', format: 'jpeg' }, ['/b/dog.gif', 'gif']],
+    [{ source: '/a/cat.jpg', target: '/b/dog.bmp', format: 'jpeg' }, ['/b/dog.bmp', 'jpeg']],
+    [{ source: '/a/cat.heic', target: '/b/dog', format: '', photo: true }, ['/b/dog', 'jpeg']],
+    [{ source: '/a/cat.bmp', target: '/b/dog', format: '' }, ['/b/dog', 'png']],
+    [{ source: '/a/cat.png', target: folder, format: 'png' }, [path.join(folder, 'cat 2.png'), 'png']],
+    [{ source: '/a/cat.heic', target: folder, format: '', photo: true }, [path.join(folder, 'cat.jpg'), 'jpeg']],
+    [{ source: '/a/dog.JPEG', target: folder, format: 'jpeg' }, [path.join(folder, 'dog.JPEG'), 'jpeg']],
   ];
-  assert.deepStrictEqual(await results(t, 'pictureTarget', copies), [
-    ['/b/dog.gif', 'gif'],
-    ['/b/dog.bmp', 'jpeg'],
-    ['/b/dog', 'jpeg'],
-    ['/b/dog', 'png'],
-    [path.join(folder, 'cat 2.png'), 'png'],
-    [path.join(folder, 'cat.jpg'), 'jpeg'],
-    [path.join(folder, 'dog.JPEG'), 'jpeg'],
-  ]);
+  await plain.table(t, rows, ({ macBodies }, copy) => macBodies.pictureTarget(copy));
 });
 
-test('a picture keeps its shape within the limits, and is never enlarged', async (t) => {
-  const lengths = [
-    [400, 200, 100, 0],
-    [400, 200, 0, 100],
-    [400, 200, 100, 100],
-    [400, 200, 0, 0],
-    [10, 10, 100, 100],
-    [10000, 1, 100, 0],
+test('a picture keeps its shape within the limits, and is never enlarged', (t) => {
+  const rows = [
+    [400, 200, 100, 0, [100, 50]],
+    [400, 200, 0, 100, [200, 100]],
+    [400, 200, 100, 100, [100, 50]],
+    [400, 200, 0, 0, [400, 200]],
+    [10, 10, 100, 100, [10, 10]],
+    [10000, 1, 100, 0, [100, 1]],
   ];
-  const sizes = [
-    [100, 50],
-    [200, 100],
-    [100, 50],
-    [400, 200],
-    [10, 10],
-    [100, 1],
-  ];
-  assert.deepStrictEqual(await results(t, 'sizeWithin', lengths), sizes);
+  return plain.table(t, rows, ({ macBodies }, ...lengths) => macBodies.sizeWithin(...lengths));
 });

@@ -8,31 +8,8 @@ const path = require('path');
 const { test } = require('node:test');
 
 const { buildDirectory } = require('./support/addon');
-const { evaluate } = require('./support/child');
-const { useSession } = require('./support/session');
-
-const session = useSession();
-
-const command = 0x100000;
-const shift = 0x20000;
-const control = 0x40000;
-const option = 0x80000;
-
-const prelude = `
-  const host = require('./host');
-  host.start();
-  const { module: native, menus, captureLog, capturedLog, flushLog } = probe();
-  const call = (name, value) => {
-    const result = menus[name](value === undefined ? undefined : JSON.stringify(value));
-    return result === undefined ? undefined : JSON.parse(result);
-  };
-  const byId = (id, attributes) => native.updateMainMenuMenuItemWithCommandId(id, JSON.stringify(attributes));
-  const byPath = (path, attributes) => native.updateMainMenuMenuItem(JSON.stringify(path), JSON.stringify(attributes));
-  const errors = () => (flushLog(), capturedLog().filter(({ flag }) => flag === 1).map(({ text }) => text));
-  const print = (value) => console.log(JSON.stringify(value));
-`;
-
-const inSession = (t, source) => evaluate(t, prelude + source, { env: session.env });
+const { shift, control, option, command } = require('./support/keys');
+const { scenarios } = require('./support/scenario');
 
 // GNUstep would add an application menu, if there were none of the process's name, and move items of the bar that have no
 // submenu into it.
@@ -65,7 +42,16 @@ const menu = [
   { title: 'Empty', items: [] },
 ];
 
-const withMenu = `call('setMainMenu', ${JSON.stringify(menu)}); captureLog();\n`;
+const inSession = scenarios({
+  display: true,
+  fixture: ({ captureLog, log, menus, native }) => ({
+    byId: (id, attributes) => native.updateMainMenuMenuItemWithCommandId(id, JSON.stringify(attributes)),
+    byPath: (path, attributes) => native.updateMainMenuMenuItem(JSON.stringify(path), JSON.stringify(attributes)),
+    errors: () => log(1),
+    /** Sets the main menu, and begins to listen to the log. */
+    begin: (items) => menus.setMainMenu(items) ?? captureLog(),
+  }),
+});
 
 test('accelerators', async (t) => {
   const cases = [
@@ -82,29 +68,32 @@ test('accelerators', async (t) => {
     ['Shift+ä', 'ä', shift],
     ['Shift', 'Shift', shift],
   ];
-  const results = await inSession(
+  const rows = cases.map(([accelerator, ...expected]) => [accelerator, [1, 1, ...expected]]);
+  await inSession.table(
     t,
-    `${withMenu}
-     print(${JSON.stringify(cases)}.map(([accelerator]) => {
-       const answers = [byId(2, { accelerator: 'Cmd+Opt+q' }), byId(2, { accelerator })];
-       const { key, modifiers } = call('mainMenu')[1].items[0];
-       return [...answers, key, modifiers];
-     }));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    cases.map(([, key, modifiers]) => [1, 1, key, modifiers]),
+    rows,
+    ({ begin, byId, menus }, accelerator, items) => {
+      begin(items);
+      const answers = [byId(2, { accelerator: 'Cmd+Opt+q' }), byId(2, { accelerator })];
+      const { key, modifiers } = menus.mainMenu()[1].items[0];
+      return [...answers, key, modifiers];
+    },
+    menu,
   );
 });
 
 test('titles reach the submenu, hidden items keep their place, and unknown attributes are logged and skipped', async (t) => {
   const result = await inSession(
     t,
-    `${withMenu}
-     const seen = [byPath([1], { title: 'Post 😀', visible: false, colour: 'red' }), call('mainMenu')[1]];
-     seen.push(byPath([1], { visible: true }), call('mainMenu')[1].hidden, byPath([1, 1], { title: 'Put' }));
-     seen.push(byPath([1, 0], { title: 5, visible: 'no', accelerator: 1, other: null }), call('mainMenu')[1].items[0]);
-     print([seen, errors().map((text) => text.replace(/0x[0-9a-f]+/, '0x'))]);`,
+    ({ begin, byPath, errors, menus }, items) => {
+      begin(items);
+      const seen = [byPath([1], { title: 'Post 😀', visible: false, colour: 'red' }), menus.mainMenu()[1]];
+      seen.push(byPath([1], { visible: true }), menus.mainMenu()[1].hidden, byPath([1, 1], { title: 'Put' }));
+      const none = { title: 5, visible: 'no', accelerator: 1, other: null };
+      seen.push(byPath([1, 0], none), menus.mainMenu()[1].items[0]);
+      return [seen, errors().map((text) => text.replace(/0x[0-9a-f]+/, '0x'))];
+    },
+    menu,
   );
   const [seen, errors] = result;
   assert.strictEqual(seen[0], 1);
@@ -163,18 +152,18 @@ test('paths', async (t) => {
   ];
   const results = await inSession(
     t,
-    `${withMenu}
-     const titles = (items) => items.flatMap(({ title, items: below = [] }) => [title, ...titles(below)]);
-     let known = 0;
-     print(${JSON.stringify(cases)}.map(([path]) => {
-       call('setMainMenu', ${JSON.stringify(menu)});
-       const before = titles(call('mainMenu'));
-       const answer = byPath(path, { title: 'changed' });
-       const changed = titles(call('mainMenu')).findIndex((title) => title === 'changed');
-       const logged = errors().slice(known);
-       known += logged.length;
-       return [answer, before[changed] ?? null, logged];
-     }));`,
+    ({ begin, byPath, errors, menus }, paths, items) => {
+      const titles = (list) => list.flatMap(({ title, items: below = [] }) => [title, ...titles(below)]);
+      return paths.map((path) => {
+        begin(items);
+        const before = titles(menus.mainMenu());
+        const answer = byPath(path, { title: 'changed' });
+        const changed = titles(menus.mainMenu()).findIndex((title) => title === 'changed');
+        return [answer, before[changed] ?? null, errors()];
+      });
+    },
+    cases.map(([path]) => path),
+    menu,
   );
   results.forEach(([answer, changed, logged], i) => {
     const [path, title, error] = cases[i];
@@ -185,20 +174,25 @@ test('paths', async (t) => {
 
 test('malformed JSON is logged and answered with 0', async (t) => {
   const cases = [
-    ['"[0]"', '"{"', /^error parsing attributeMap \{ \(/],
-    ['"[0]"', '""', /^error parsing attributeMap {2}\(/],
-    ['"[0]"', '"[1]"', /^attributemMap must be an NSDictionary \(\(1\)\)$/],
-    ['"[0"', '"{}"', /^error navigationPath \[0 \(/],
-    ['"0"', '"{}"', /^error navigationPath 0 \(/],
-    ['"{}"', '"{"', /^navigationPath must be an NSArray \(\{\}\)$/],
-    ['2', '"nonsense"', /^error parsing attributeMap nonsense \(/],
-    ['2', '"[]"', /^attributemMap must be an NSDictionary \(\(\)\)$/],
+    ['[0]', '{', /^error parsing attributeMap \{ \(/],
+    ['[0]', '', /^error parsing attributeMap {2}\(/],
+    ['[0]', '[1]', /^attributemMap must be an NSDictionary \(\(1\)\)$/],
+    ['[0', '{}', /^error navigationPath \[0 \(/],
+    ['0', '{}', /^error navigationPath 0 \(/],
+    ['{}', '{', /^navigationPath must be an NSArray \(\{\}\)$/],
+    [2, 'nonsense', /^error parsing attributeMap nonsense \(/],
+    [2, '[]', /^attributemMap must be an NSDictionary \(\(\)\)$/],
   ];
-  const calls = cases.map(([first, second]) => {
-    const name = first === '2' ? 'updateMainMenuMenuItemWithCommandId' : 'updateMainMenuMenuItem';
-    return `native.${name}(${first}, ${JSON.stringify(JSON.parse(second))})`;
-  });
-  const [answers, errors] = await inSession(t, `${withMenu} print([[${calls}], errors()]);`);
+  const [answers, errors] = await inSession(
+    t,
+    ({ begin, errors, native }, items, calls) => {
+      begin(items);
+      const update = (id) => `updateMainMenuMenuItem${typeof id === 'number' ? 'WithCommandId' : ''}`;
+      return [calls.map(([id, attributes]) => native[update(id)](id, attributes)), errors()];
+    },
+    menu,
+    cases,
+  );
   assert.deepStrictEqual(answers, Array(cases.length).fill(0));
   assert.strictEqual(errors.length, cases.length);
   cases.forEach(([, , error], i) => assert.match(errors[i], error));
@@ -207,42 +201,49 @@ test('malformed JSON is logged and answered with 0', async (t) => {
 test('identifiers are collected once: the later of two wins, later items are not found', async (t) => {
   const result = await inSession(
     t,
-    `${withMenu}
-     const seen = [byId(7, { title: 'seven' }), call('mainMenu')[0].items[1].title, call('mainMenu')[1].items[1].items[1].title];
-     seen.push(byId(99, { title: 'none' }), byId(-1, {}), byId(4, { visible: false }));
-     call('setMainMenu', [{ title: '${applicationMenu}', items: [{ title: 'Late', commandId: 8 }, { title: 'Same', commandId: 2 }] }]);
-     seen.push(byId(8, { title: 'x' }), byId(2, { title: 'y' }), call('mainMenu')[0].items[1].title, byPath([0, 0], { title: 'z' }));
-     print([seen, errors()]);`,
+    ({ begin, byId, byPath, errors, menus }, items, later) => {
+      begin(items);
+      const all = () => menus.mainMenu();
+      const seen = [byId(7, { title: 'seven' }), all()[0].items[1].title, all()[1].items[1].items[1].title];
+      seen.push(byId(99, { title: 'none' }), byId(-1, {}), byId(4, { visible: false }));
+      menus.setMainMenu(later);
+      seen.push(
+        byId(8, { title: 'x' }),
+        byId(2, { title: 'y' }),
+        all()[0].items[1].title,
+        byPath([0, 0], { title: 'z' }),
+      );
+      return [seen, errors()];
+    },
+    menu,
+    [{ title: applicationMenu, items: [{ title: 'Late', commandId: 8 }, { title: 'Same', commandId: 2 }] }], // prettier-ignore
   );
   assert.deepStrictEqual(result, [[1, 'Twice', 'seven', 0, 0, 1, 0, 1, 'Same', 1], []]);
 });
 
 test('menus that contain each other, and 5 000 items', async (t) => {
-  const result = await inSession(
-    t,
-    `const items = Array.from({ length: 5000 }, (_, i) => ({ title: 'Item ' + i, commandId: i }));
-     const seen = [call('identifiersOfCyclicMenus')];
-     call('setMainMenu', [{ title: '${applicationMenu}', items }]);
-     seen.push(byId(4999, { title: 'last', visible: false }), byPath([0, 'Item 4000', 998], { title: 'last but one' }));
-     const all = call('mainMenu')[0].items;
-     seen.push(all.length, all[4999].title, all[4999].hidden, all[4998].title);
-     print(seen);`,
-  );
+  const result = await inSession(t, ({ byId, byPath, menus }) => {
+    const items = Array.from({ length: 5000 }, (_, i) => ({ title: `Item ${i}`, commandId: i }));
+    const seen = [menus.identifiersOfCyclicMenus()];
+    menus.setMainMenu([{ title: 'TessaroHost', items }]);
+    seen.push(byId(4999, { title: 'last', visible: false }), byPath([0, 'Item 4000', 998], { title: 'last but one' }));
+    const all = menus.mainMenu()[0].items;
+    return [...seen, all.length, all[4999].title, all[4999].hidden, all[4998].title];
+  });
   assert.deepStrictEqual(result, [[1, 2], 1, 1, 5000, 'last', true, 'last but one']);
 });
 
 test('a new item at a hidden item’s address is visible', async (t) => {
-  const result = await inSession(
-    t,
-    `const items = Array.from({ length: 200 }, (_, i) => ({ title: 'Item ' + i }));
-     let hidden = 0;
-     for (let round = 0; round < 5; ++round) {
-       call('setMainMenu', [{ title: '${applicationMenu}', items }]);
-       hidden += call('mainMenu')[0].items.filter((item) => item.hidden).length;
-       for (let i = 0; i < items.length; ++i) byPath([0, i], { visible: false });
-     }
-     print(hidden);`,
-  );
+  const result = await inSession(t, ({ byPath, menus }) => {
+    const items = Array.from({ length: 200 }, (_, i) => ({ title: `Item ${i}` }));
+    let hidden = 0;
+    for (let round = 0; round < 5; ++round) {
+      menus.setMainMenu([{ title: 'TessaroHost', items }]);
+      hidden += menus.mainMenu()[0].items.filter((item) => item.hidden).length;
+      for (let i = 0; i < items.length; ++i) byPath([0, i], { visible: false });
+    }
+    return hidden;
+  });
   assert.strictEqual(result, 0);
 });
 
@@ -256,58 +257,53 @@ test('the notification’s name is exported', () => {
 test('all menus of the bar have one delegate; later menus get it with another call', async (t) => {
   const result = await inSession(
     t,
-    `${withMenu}
-     native.setupMenuWillShowNotification();
-     const seen = [call('delegateClasses')];
-     call('setMainMenu', ${JSON.stringify(menu)});
-     seen.push(call('delegateClasses'));
-     native.setupMenuWillShowNotification();
-     seen.push(call('delegateClasses'));
-     print(seen);`,
+    ({ menus, native }, items) =>
+      [1, 2].flatMap(() => {
+        menus.setMainMenu(items);
+        const before = menus.delegateClasses();
+        native.setupMenuWillShowNotification();
+        return [before, menus.delegateClasses()];
+      }),
+    menu,
   );
   const shared = ['TsAppMenuDelegate', 'shared', 'shared', 'shared'];
-  assert.deepStrictEqual(result, [shared, Array(4).fill('none'), shared]);
+  const none = Array(4).fill('none');
+  assert.deepStrictEqual(result, [none, shared, none, shared]);
 });
 
 // What a person does with the mouse: each action follows from the news of the one before. GNUstep looks where the mouse
 // is a hundred times a second, so a person takes a moment before each click.
 test('menus report when they open and close, and may change then', async (t) => {
-  const result = await inSession(
-    t,
-    `const { spawn } = require('child_process');
-     const { eventually } = require('./tests/support/child');
-     host.setKeepAlive(true);
-     const window = host.createWindow({ title: 'Menus' });
-     const { systemWindow } = host.windowInfo(window);
-     const moment = ['sleep', 0.2];
-     const click = ['mousedown', 1, 'sleep', 0.1, 'mouseup', 1];
-     const to = (x, y) => ['mousemove', '--window', systemWindow, x, y, ...moment];
-     const hands = (...actions) => spawn('xdotool', actions.flat().map(String), { stdio: 'ignore' });
-     const told = [];
-     const next = [
-       () => hands(moment, to(150, 10)), // from "File" to "Edit"
-       () => {},
-       () => hands(moment, to(160, 30), click), // chooses "Undo"
-     ];
-     host.on('notification', ({ name, userInfo }) => {
-       told.push([name, userInfo.menu ?? null, userInfo.event ?? null]);
-       if (userInfo.menu === 'Edit') byPath([2, 0], { title: 'Undo typing' });
-       next.shift()?.();
-     });
-     host.on('command', ({ title }) => told.push(title));
-     (async () => {
-       await eventually(() => host.windowInfo(window).isVisible && host.windowInfo(window).isKey, 'the keyboard');
-       // Opened and closed before anybody asks.
-       const unasked = hands(to(120, 10), click, moment, to(120, 400), click);
-       await eventually(() => unasked.exitCode !== null, 'the hands');
-       told.push('asked');
-       native.setupMenuWillShowNotification();
-       hands(to(120, 10), click);
-       await eventually(() => told.length >= 6, 'a choice');
-       print(told);
-       process.exit();
-     })();`,
-  );
+  const result = await inSession(t, async ({ byPath, eventually, host, native, spawn }) => {
+    host.setKeepAlive(true);
+    const window = host.createWindow({ title: 'Menus' });
+    const { systemWindow } = host.windowInfo(window);
+    const moment = ['sleep', 0.2];
+    const click = ['mousedown', 1, 'sleep', 0.1, 'mouseup', 1];
+    const to = (x, y) => ['mousemove', '--window', systemWindow, x, y, ...moment];
+    const hands = (...actions) => spawn('xdotool', actions.flat().map(String), { stdio: 'ignore' });
+    const told = [];
+    const next = [
+      () => hands(moment, to(150, 10)), // from "File" to "Edit"
+      () => {},
+      () => hands(moment, to(160, 30), click), // chooses "Undo"
+    ];
+    host.on('notification', ({ name, userInfo }) => {
+      told.push([name, userInfo.menu ?? null, userInfo.event ?? null]);
+      if (userInfo.menu === 'Edit') byPath([2, 0], { title: 'Undo typing' });
+      next.shift()?.();
+    });
+    host.on('command', ({ title }) => told.push(title));
+    await eventually(() => host.windowInfo(window).isVisible && host.windowInfo(window).isKey, 'the keyboard');
+    // Opened and closed before anybody asks.
+    const unasked = hands(to(120, 10), click, moment, to(120, 400), click);
+    await eventually(() => unasked.exitCode !== null, 'the hands');
+    told.push('asked');
+    native.setupMenuWillShowNotification();
+    hands(to(120, 10), click);
+    await eventually(() => told.length >= 6, 'a choice');
+    return told;
+  });
   assert.deepStrictEqual(result, [
     'asked',
     ['TsAppMenuWillOpen', 'File', {}],

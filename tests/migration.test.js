@@ -23,7 +23,7 @@ const {
 const inModule = (t, home, expression, options = {}) =>
   evaluate(
     t,
-    `const { module: m, migration: { send, forget }, keychain, captureLog, capturedLog, flushLog } = probe();
+    `const { module: m, sendMessage: send, keychain, captureLog, capturedLog, flushLog } = probe();
      const levels = { 1: 'error', 2: 'warning', 4: 'info' };
      captureLog();
      const log = () => {

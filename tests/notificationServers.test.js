@@ -65,19 +65,19 @@ for (const { command, gestures } of servers) {
     };
     for (const [index, [name, gesture, type]] of gestures.entries()) {
       await client.deliver(name, alert);
-      await client.until(`JSON.parse(n.takeRecorded()).some(([event]) => event === 'TsNotificationDidDeliver')`);
+      await client.isDelivered();
       await gesture();
-      assert.deepStrictEqual((await client.told(index + 1))[index], [name, type, '']);
+      assert.deepStrictEqual((await client.ends(index + 1))[index], [name, type, '']);
     }
     // Replacing and withdrawing call nothing.
     await client.deliver('a', alert);
     await client.deliver('a', { ...alert, title: 'Bob' });
-    await client.until(`JSON.parse(n.takeRecorded()).length > 0`);
-    await client.run("m.removeUserNotification('a')");
+    await client.isDelivered();
+    await client.remove('a');
     await client.deliver('b', alert);
-    await client.until(`JSON.parse(n.takeRecorded()).length > 0`);
-    await client.run('m.removeUserNotifications()');
-    assert.strictEqual((await client.run('told')).length, gestures.length);
-    assert.deepStrictEqual(await client.run('warnings()'), []);
+    await client.isDelivered();
+    await client.tell(({ native }) => native.removeUserNotifications());
+    assert.strictEqual((await client.told()).length, gestures.length);
+    assert.deepStrictEqual(await client.warnings(), []);
   });
 }

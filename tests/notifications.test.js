@@ -5,10 +5,14 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { startClient, delivery } = require('./support/alerts');
+const { startClient } = require('./support/alerts');
 const { startBus } = require('./support/bus');
-const { eventually, evaluate, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
 const { everything, startNotificationServer } = require('./support/notificationServer');
+const { scenarios } = require('./support/scenario');
+
+const plain = scenarios();
+const none = { delivered: [], scheduled: [] };
 
 /** A bus, a server with these capabilities, and a process that shows alerts there. */
 async function session(t, capabilities = everything) {
@@ -88,14 +92,16 @@ test('the server gets as much of an alert as its capabilities allow', async (t) 
 test('long texts are shortened, control characters dropped and lone surrogates replaced', async (t) => {
   const { client, server } = await session(t);
   const long = 'ü'.repeat(5_000_000);
-  await client.run(`m.deliverUserNotification('nul\\0id', 'a\\0b\\u0007c\\n\\ud83d', undefined, 'ü'.repeat(5e6), 'x\\0y',
-    false, undefined, true, '\\0', undefined)`);
+  await client.tell(({ native }) => {
+    const texts = ['a\0b\u0007c\n\ud83d', undefined, 'ü'.repeat(5e6), 'x\0y'];
+    native.deliverUserNotification('nul\0id', ...texts, false, undefined, true, '\0', undefined);
+  });
   const call = await eventually(() => server.calls('Notify')[0], 'it is shown');
   assert.strictEqual(call.summary, 'abc\n\ufffd');
   assert.ok(call.body.length < 3000 && long.startsWith(call.body.slice(0, -1)) && call.body.endsWith('…'));
   server.command('invoke', call.id, 'button');
-  assert.deepStrictEqual(await client.told(1), [['nul\0id', 'action-button-clicked', '']]);
-  await client.run(`m.deliverUserNotification('', '', '', '', '', '', '', '', '', undefined)`);
+  assert.deepStrictEqual(await client.ends(1), [['nul\0id', 'action-button-clicked', '']]);
+  await client.tell(({ native }) => native.deliverUserNotification(...Array(9).fill(''), undefined));
   assert.strictEqual((await server.shown('node')).body, '');
 });
 
@@ -103,7 +109,7 @@ test('an alert replaces the one with its identifier', async (t) => {
   const { client, server } = await session(t);
   await client.deliver('a', { title: 'first' });
   const first = await server.shown('first');
-  await client.until(`JSON.parse(n.takeRecorded()).length === 1`);
+  await client.isDelivered();
   await client.deliver('a', { title: 'second' });
   assert.strictEqual((await server.shown('second')).replacesId, first.id);
   server.command('withhold');
@@ -115,9 +121,9 @@ test('an alert replaces the one with its identifier', async (t) => {
   server.command('answer');
   const fourth = await server.shown('fourth');
   assert.strictEqual(fourth.replacesId, first.id);
-  assert.deepStrictEqual(await client.run('[told, JSON.parse(n.alerts()).delivered]'), [[], ['a']]);
+  assert.deepStrictEqual([await client.told(), (await client.alerts()).delivered], [[], ['a']]);
   server.command('invoke', fourth.id, 'default');
-  assert.deepStrictEqual(await client.told(1), [['a', 'contents-clicked', '']]);
+  assert.deepStrictEqual(await client.ends(1), [['a', 'contents-clicked', '']]);
 });
 
 // ---- Ends
@@ -161,47 +167,49 @@ test('each alert ends once, and only what the user did is reported', async (t) =
     const identifier = `id ${index}`;
     await client.deliver(identifier, { reply: true });
     const { id } = await server.shown(identifier);
-    await client.until("JSON.parse(n.takeRecorded()).some(([name]) => name === 'TsNotificationDidDeliver')");
+    await client.isDelivered();
     for (const [signal, ...args] of signals) server.command(signal, id, ...args);
-    await client.until('JSON.parse(n.alerts()).delivered.length === 0');
+    await eventually(async () => (await client.alerts()).delivered.length === 0, 'the end');
     const posted = type === 'dismissed' ? [dismissed(identifier)] : activated(identifier, type);
-    assert.deepStrictEqual(await client.run('JSON.parse(n.takeRecorded())'), type === null ? [] : posted);
+    assert.deepStrictEqual(await client.recorded(), type === null ? [] : posted);
     if (type !== null) reported.push([identifier, type, reply]);
   }
-  assert.deepStrictEqual(await client.run('told'), reported);
-  assert.deepStrictEqual(await client.run('warnings()'), []);
+  assert.deepStrictEqual(await client.told(), reported);
+  assert.deepStrictEqual(await client.warnings(), []);
 });
 
 test('removed alerts are closed without a callback', async (t) => {
   const { client, server } = await session(t);
   for (const id of ['a', 'b', 'c']) await client.deliver(id);
   const { id } = await server.shown('b');
-  await client.run("m.removeUserNotification('b'), m.removeUserNotification('none'), m.removeUserNotification('b')");
+  await client.remove('b', 'none', 'b');
   await eventually(() => server.calls('CloseNotification').length === 1, 'it is closed');
   assert.strictEqual(server.calls('CloseNotification')[0].id, id);
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), { delivered: ['a', 'c'], scheduled: [] });
+  assert.deepStrictEqual(await client.alerts(), { delivered: ['a', 'c'], scheduled: [] });
   // An alert in flight is closed when the server has replied with its id.
   server.command('withhold');
   await client.deliver('d');
   await server.shown('d');
-  await client.run('m.removeUserNotifications()');
+  await client.tell(({ native }) => native.removeUserNotifications());
   server.command('answer');
   await eventually(() => server.calls('CloseNotification').length === 4, 'all are closed');
-  assert.deepStrictEqual(await client.run('[told, JSON.parse(n.alerts()).delivered]'), [[], []]);
+  assert.deepStrictEqual([await client.told(), (await client.alerts()).delivered], [[], []]);
 });
 
 test('the callback may deliver and remove alerts, and may throw', async (t) => {
   const { client, server } = await session(t);
-  await client.run(`process.on('uncaughtException', (error) => told.push(error.message));
-    m.setNotificationCallbackFunction((id, type) => {
+  await client.tell(({ deliver, native, told }) => {
+    process.on('uncaughtException', (error) => told.push(error.message));
+    native.setNotificationCallbackFunction((id, type) => {
       told.push([id, type]);
-      m.removeUserNotifications();
-      ${delivery('next')};
+      native.removeUserNotifications();
+      deliver('next');
       throw new Error('thrown by the callback');
-    })`);
+    });
+  });
   await client.deliver('first');
   server.command('invoke', (await server.shown('first')).id, 'default');
-  assert.deepStrictEqual(await client.told(2), [['first', 'contents-clicked'], 'thrown by the callback']);
+  assert.deepStrictEqual(await client.ends(2), [['first', 'contents-clicked'], 'thrown by the callback']);
   await server.shown('next');
 });
 
@@ -214,28 +222,29 @@ test('every activation type is reported and posted; alerts without an identifier
     'additional-action-clicked',
     'unknown',
   ];
-  const { told, posted, warnings, debugLines, infoLines } = await evaluate(
-    t,
-    `const { module: m, notifications: n, captureLog, capturedLog, flushLog } = probe();
-     captureLog(); n.record();
-     n.activate('unheard', 1, null);
-     const told = [];
-     m.setNotificationCallbackFunction((...args) => told.push(args));
-     for (const type of [0, 1, 2, 3, 4, 5]) n.activate('id', type, type === 3 ? 'text' : null);
-     n.changeResponse('id', 0, 'so far'); n.dismiss('id', 0, null); n.deliver('id', 0, null);
-     for (const call of ['activate', 'dismiss', 'deliver', 'changeResponse']) n[call](null, 1, 'x');
-     flushLog();
-     const lines = (level) => capturedLog().filter(({ flag }) => flag === level).map(({ text }) => text);
-     console.log(JSON.stringify({ told, posted: JSON.parse(n.takeRecorded()),
-       warnings: lines(2), debugLines: lines(8), infoLines: lines(4) }));`,
-  );
+  const client = await startClient(t);
+  await client.tell(({ notifications: n, told }) => {
+    n.activate('id', 1, null);
+    told.length = 0;
+    for (const type of [0, 1, 2, 3, 4, 5]) n.activate('id', type, type === 3 ? 'text' : null);
+    n.changeResponse('id', 'so far');
+    n.dismiss('id');
+    n.deliver('id');
+    for (const call of ['activate', 'dismiss', 'deliver', 'changeResponse']) n[call](null, 1, 'x');
+  });
+  const [told, posted] = [await client.told(), await client.recorded()];
+  const [warnings, debugLines, infoLines] = await client.tell((all) => [
+    all.warnings(),
+    all.debugLines(),
+    all.infoLines(),
+  ]);
   assert.deepStrictEqual(told, [
     ...types.map((type) => ['id', type, type === 'replied' ? 'text' : '']),
     ['id', 'response-changed', 'so far'],
     ['id', 'dismissed', ''],
   ]);
   assert.deepStrictEqual(posted, [
-    ...activated('unheard', 'contents-clicked'),
+    ...activated('id', 'contents-clicked'),
     ...types.flatMap((type) => activated('id', type)),
     dismissed('id'),
     delivered('id'),
@@ -246,7 +255,7 @@ test('every activation type is reported and posted; alerts without an identifier
     "didActivateNotification: Couldn't process activation as unique-id is nil",
   ]);
   assert.deepStrictEqual(debugLines.slice(0, 2), [
-    'didActivateNotification: (unique-id=unheard) (type=contents-clicked) (response=(null))',
+    'didActivateNotification: (unique-id=id) (type=contents-clicked) (response=(null))',
     'didActivateNotification: (unique-id=id) (type=none) (response=(null))',
   ]);
   assert.ok(debugLines.includes('didActivateNotification: (unique-id=id) (type=replied) (response=text)'));
@@ -261,22 +270,22 @@ test('a restarted server gets the alerts again, according to its capabilities', 
   await client.deliver('a', { text: '<' });
   await client.deliver('b');
   await server.shown('b');
-  await client.until('JSON.parse(n.takeRecorded()).length >= 0 && JSON.parse(n.alerts()).delivered.length === 2');
+  await eventually(async () => (await client.alerts()).delivered.length === 2, 'both');
   await server.kill();
   const second = await startNotificationServer(t, bus, ['actions']);
   const again = await second.shown('a');
   assert.strictEqual(again.body, '<');
   assert.strictEqual(again.replacesId, 0);
   second.command('invoke', again.id, 'default');
-  assert.deepStrictEqual(await client.told(1), [['a', 'contents-clicked', '']]);
+  assert.deepStrictEqual(await client.ends(1), [['a', 'contents-clicked', '']]);
   // An alert that two servers did not survive is not shown to a third.
   await second.shown('b');
   await second.kill();
-  await client.until('JSON.parse(n.alerts()).delivered.length === 0');
-  assert.strictEqual((await client.run('told')).length, 1);
+  await eventually(async () => (await client.alerts()).delivered.length === 0, 'the end');
+  assert.strictEqual((await client.told()).length, 1);
   await startNotificationServer(t, bus);
   await client.deliver('c');
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts()).delivered'), ['c']);
+  assert.deepStrictEqual((await client.alerts()).delivered, ['c']);
 });
 
 test('without a bus or a server an alert is dropped with a log line', async (t) => {
@@ -284,13 +293,9 @@ test('without a bus or a server an alert is dropped with a log line', async (t) 
   for (const address of [undefined, 'unix:path=/nowhere', bus.address]) {
     const client = await startClient(t, { env: { DBUS_SESSION_BUS_ADDRESS: address } });
     await client.deliver('a');
-    const [warning] = await client.until('warnings().length > 0 && warnings()');
+    const warning = await client.warned();
     assert.match(warning, /^Couldn't deliver notification <TsAlert: \w+, identifier a>: \S+/);
-    assert.deepStrictEqual(await client.run('[told, JSON.parse(n.alerts()), JSON.parse(n.takeRecorded())]'), [
-      [],
-      { delivered: [], scheduled: [] },
-      [],
-    ]);
+    assert.deepStrictEqual([await client.told(), await client.alerts(), await client.recorded()], [[], none, []]);
     assert.strictEqual(client.output.stderr, '');
     await client.kill();
   }
@@ -300,15 +305,16 @@ test('refusing, hanging and dying servers block neither script nor later alerts'
   const { bus, client, server } = await session(t);
   server.command('refuse', 'too many');
   await client.deliver('refused');
-  const [warning] = await client.until('warnings().length > 0 && warnings()');
+  const warning = await client.warned();
   assert.ok(warning.endsWith(': org.example.Refused: too many'));
   server.command('refuse', '');
 
   server.pause();
   const start = Date.now();
-  await client.run(
-    `for (let i = 0; i < 100; ++i) ${delivery('late')}; for (let i = 0; i < 100; ++i) m.removeUserNotification('late')`,
-  );
+  await client.tell(({ deliver, native }) => {
+    for (let i = 0; i < 100; ++i) deliver('late');
+    for (let i = 0; i < 100; ++i) native.removeUserNotification('late');
+  });
   await client.deliver('late');
   assert.ok(Date.now() - start < 5000);
   server.resume();
@@ -318,7 +324,7 @@ test('refusing, hanging and dying servers block neither script nor later alerts'
   await client.deliver('lost');
   await server.shown('lost');
   await server.kill();
-  await client.until("warnings().some((text) => text.includes('identifier lost>'))");
+  await client.until(({ warnings }) => warnings().some((text) => text.includes('identifier lost>')));
   const second = await startNotificationServer(t, bus);
   await client.deliver('found');
   await second.shown('found');
@@ -333,8 +339,8 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
   await client.deliver('removed', { at: String(due) });
   await client.deliver('never', { at: '9223372036854775807' });
   await client.deliver('far', { at: '99999999999999999999999' });
-  await client.run("m.removeUserNotification('removed')");
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), {
+  await client.remove('removed');
+  assert.deepStrictEqual(await client.alerts(), {
     delivered: [],
     scheduled: ['soon', 'never', 'far'],
   });
@@ -343,10 +349,10 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
   assert.ok(late >= 0 && late < 1, `${late} s late`);
   assert.strictEqual(call.body, 'x');
   server.command('invoke', call.id, 'default');
-  assert.deepStrictEqual(await client.told(1), [['soon', 'contents-clicked', '']]);
-  await client.run('m.removeUserNotifications()');
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), { delivered: [], scheduled: [] });
-  const debug = await client.run('debugLines()');
+  assert.deepStrictEqual(await client.ends(1), [['soon', 'contents-clicked', '']]);
+  await client.tell(({ native }) => native.removeUserNotifications());
+  assert.deepStrictEqual(await client.alerts(), none);
+  const debug = await client.tell(({ debugLines }) => debugLines());
   assert.ok(debug.some((line) => /^Schedule notification soon -> \d{4}-/.test(line)));
   assert.strictEqual(debug.filter((line) => line.startsWith('removing scheduled notification <TsAlert')).length, 2);
   assert.deepStrictEqual(
@@ -357,17 +363,19 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
 
 test('past and malformed delivery times become ten seconds from now', async (t) => {
   const texts = ['0', '-5', 'soon', '', '[object Object]', ' ', '1.5e12', 'NaN', '-9223372036854775809'];
-  const inputs = [...texts.map((text) => JSON.stringify(text)), '{}', 'false', 'NaN', 'Math.floor(Date.now() / 1000)'];
-  const remaining = await evaluate(
+  const inputs = [...texts, {}, false, NaN, Math.floor(Date.now() / 1000)];
+  const remaining = await plain(
     t,
-    `const { module: m, notifications: n } = probe();
-     const now = Date.now() / 1000;
-     console.log(JSON.stringify([${inputs}].map((at, i) => {
-       m.deliverUserNotification('id' + i, null, null, null, null, false, null, false, null, at);
-       return JSON.parse(n.describe('id' + i)).deliveryDate - now;
-     })));`,
+    ({ native, notifications }, all) => {
+      const now = Date.now() / 1000;
+      return all.map((at, i) => {
+        native.deliverUserNotification(`id${i}`, null, null, null, null, false, null, false, null, at);
+        return notifications.describe(`id${i}`).deliveryDate - now;
+      });
+    },
+    inputs,
   );
-  for (const [i, seconds] of remaining.entries()) assert.ok(seconds >= 10 && seconds < 13, `${inputs[i]}: ${seconds}`);
+  for (const [i, seconds] of remaining.entries()) assert.ok(seconds >= 10 && seconds < 15, `${inputs[i]}: ${seconds}`);
 });
 
 test('scheduled alerts survive a restart unchanged', async (t) => {
@@ -378,10 +386,11 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   const far = secondsFromNow(1000);
   const alert = { title: 'T\0ü😀', subtitle: 'a\nb', text: '<&>', sound: 'Basso', reply: true, placeholder: 'P' };
   await first.deliver('nul\0é', { ...alert, at: far });
-  await first.deliver('due', { at: secondsFromNow(1), text: 'x' });
+  const due = Number(secondsFromNow(1));
+  await first.deliver('due', { at: String(due), text: 'x' });
   await first.deliver('removed', { at: far });
-  await first.run("m.removeUserNotification('removed')");
-  const properties = await first.run("JSON.parse(n.describe('nul\\0é'))");
+  await first.remove('removed');
+  const properties = await first.describe('nul\0é');
   await first.kill();
   const folder = path.join(home, 'state', 'node', 'alerts');
   const files = fs.readdirSync(folder);
@@ -400,15 +409,15 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   fs.writeFileSync(path.join(folder, 'e.alert'), fs.readFileSync(path.join(folder, files[0])).subarray(0, 60));
   fs.mkdirSync(path.join(folder, 'f.alert'));
 
-  await new Promise((resolve) => setTimeout(resolve, 1100));
+  await eventually(() => Date.now() / 1000 > due, 'the due time');
   const second = await startClient(t, options);
   assert.strictEqual((await server.shown('due')).body, 'x');
-  assert.deepStrictEqual(await second.run("JSON.parse(n.describe('nul\\0é'))"), properties);
+  assert.deepStrictEqual(await second.describe('nul\0é'), properties);
   assert.strictEqual(Number(far), properties.deliveryDate);
-  await second.run("m.removeUserNotification('nul\\0é')");
+  await second.remove('nul\0é');
   await second.kill();
   const third = await startClient(t, { home, env: { DBUS_SESSION_BUS_ADDRESS: bus.address } });
-  assert.deepStrictEqual(await third.run('JSON.parse(n.alerts())'), { delivered: ['due'], scheduled: [] });
+  assert.deepStrictEqual(await third.alerts(), { delivered: ['due'], scheduled: [] });
   assert.deepStrictEqual(
     server.calls('Notify').map(({ summary }) => summary),
     ['due'],
@@ -421,16 +430,16 @@ test('an alert that falls due without a server stays scheduled until there is on
   const options = { home, env: { DBUS_SESSION_BUS_ADDRESS: bus.address } };
   const first = await startClient(t, options);
   for (const id of ['removed', 'due']) await first.deliver(id, { at: secondsFromNow(1) });
-  await first.until('warnings().length === 2');
-  assert.deepStrictEqual((await first.run('JSON.parse(n.alerts()).scheduled')).sort(), ['due', 'removed']);
-  await first.run("m.removeUserNotification('removed')");
+  await first.until(({ warnings }) => warnings().length === 2);
+  assert.deepStrictEqual((await first.alerts()).scheduled.sort(), ['due', 'removed']);
+  await first.remove('removed');
   await first.kill();
   const second = await startClient(t, options);
-  await second.until('warnings().length === 1');
+  await second.until(({ warnings }) => warnings().length === 1);
   const server = await startNotificationServer(t, bus);
   await server.shown('due');
-  await second.until("JSON.parse(n.takeRecorded()).some(([name]) => name === 'TsNotificationDidDeliver')");
-  assert.deepStrictEqual(await second.run('JSON.parse(n.alerts())'), { delivered: ['due'], scheduled: [] });
+  await second.isDelivered();
+  assert.deepStrictEqual(await second.alerts(), { delivered: ['due'], scheduled: [] });
   assert.strictEqual(server.calls('Notify').length, 1);
 });
 
@@ -440,17 +449,19 @@ test('alerts on screen outlive the process: they can be withdrawn, and their cli
   const options = { home: temporaryDirectory(t), env };
   const first = await startClient(t, options);
   for (const id of ['withdrawn', 'clicked', 'replaced', 'lost']) await first.deliver(id, { text: 'x' });
-  await first.until("infoLines().filter((line) => line.startsWith('didDeliverNotification: ')).length === 4");
+  await first.until(
+    ({ infoLines }) => infoLines().filter((line) => line.startsWith('didDeliverNotification: ')).length === 4,
+  );
   const [withdrawn, clicked, replaced] = server.calls('Notify').map(({ id }) => id);
   await first.kill();
 
   const second = await startClient(t, options);
-  const listed = () => second.run('JSON.parse(n.alerts()).delivered.sort()');
+  const listed = async () => (await second.alerts()).delivered.sort();
   assert.deepStrictEqual(await listed(), ['clicked', 'lost', 'replaced', 'withdrawn']);
-  await second.run("m.removeUserNotification('withdrawn')");
+  await second.remove('withdrawn');
   await eventually(() => server.calls('CloseNotification')[0]?.id === withdrawn, 'it is closed');
   server.command('invoke', clicked, 'default');
-  assert.deepStrictEqual(await second.told(1), [['clicked', 'contents-clicked', '']]);
+  assert.deepStrictEqual(await second.ends(1), [['clicked', 'contents-clicked', '']]);
   await second.deliver('replaced', { title: 'again' });
   assert.strictEqual((await server.shown('again')).replacesId, replaced);
   assert.deepStrictEqual(await listed(), ['lost', 'replaced']);
@@ -460,7 +471,7 @@ test('alerts on screen outlive the process: they can be withdrawn, and their cli
   await server.kill();
   await startNotificationServer(t, bus);
   const third = await startClient(t, options);
-  assert.deepStrictEqual(await third.run('JSON.parse(n.alerts()).delivered'), []);
+  assert.deepStrictEqual((await third.alerts()).delivered, []);
   assert.deepStrictEqual(fs.readdirSync(path.join(options.home, 'state', 'node', 'alerts')), []);
 });
 
@@ -469,11 +480,11 @@ test('of two alerts with one identifier the delivered one is found and removed b
   await client.deliver('a', { at: secondsFromNow(1000), title: 'later' });
   await client.deliver('a', { title: 'now' });
   await server.shown('now');
-  assert.strictEqual((await client.run("JSON.parse(n.describe('a'))")).title, 'now');
-  await client.run("m.removeUserNotification('a')");
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), { delivered: [], scheduled: ['a'] });
-  await client.run("m.removeUserNotification('a')");
-  assert.deepStrictEqual(await client.run('JSON.parse(n.alerts())'), { delivered: [], scheduled: [] });
+  assert.strictEqual((await client.describe('a')).title, 'now');
+  await client.remove('a');
+  assert.deepStrictEqual(await client.alerts(), { delivered: [], scheduled: ['a'] });
+  await client.remove('a');
+  assert.deepStrictEqual(await client.alerts(), none);
 });
 
 test('where nothing can be written, a scheduled alert lives as long as the process, with a log line', async (t) => {
@@ -483,6 +494,6 @@ test('where nothing can be written, a scheduled alert lives as long as the proce
   fs.writeFileSync(path.join(home, 'state', 'node', 'alerts'), 'a file where the folder should be');
   const client = await startClient(t, { home, env });
   await client.deliver('a', { at: secondsFromNow(1) });
-  assert.match((await client.run('warnings()'))[0], /identifier a>: it can't be kept beyond the end of this process$/);
+  assert.match((await client.warnings())[0], /identifier a>: it can't be kept beyond the end of this process$/);
   await server.shown('a');
 });

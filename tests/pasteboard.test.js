@@ -7,10 +7,25 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, eventually, startScript, temporaryDirectory } = require('./support/child');
-const { useSession } = require('./support/session');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { endWith } = require('./support/cleanup');
+const { scenarios } = require('./support/scenario');
 
-const session = useSession();
+const inSession = scenarios({
+  display: true,
+  host: false,
+  fixture: () => ({
+    /** What another program reads from the clipboard. */
+    readByXclip: (target) =>
+      new Promise((resolve) => {
+        const args = ['-selection', 'clipboard', '-o', '-t', target];
+        const options = { encoding: 'buffer', maxBuffer: 100 << 20 };
+        require('child_process').execFile('xclip', args, options, (error, out) => resolve(out));
+      }),
+    digest: (bytes) => require('crypto').createHash('sha256').update(bytes).digest('hex'),
+  }),
+});
+const { session } = inSession;
 
 const selection = ['-selection', 'clipboard'];
 
@@ -20,7 +35,7 @@ async function putByXclip(t, content, target = 'UTF8_STRING') {
     env: { ...process.env, ...session.env },
     stdio: ['pipe', 'ignore', 'ignore'],
   });
-  t.after(() => child.kill('SIGKILL'));
+  endWith(t, child);
   child.stdin.end(content);
   await eventually(() => readByXclip(target)?.equals(Buffer.from(content)), 'xclip has the clipboard');
   return child;
@@ -41,43 +56,34 @@ function readByXclip(target = 'UTF8_STRING') {
 
 const digest = (bytes) => crypto.createHash('sha256').update(bytes).digest('hex');
 
-const prelude = `
-  const { execFile } = require('child_process');
-  const digest = (bytes) => require('crypto').createHash('sha256').update(bytes).digest('hex');
-  const large = { encoding: 'buffer', maxBuffer: 100 << 20 };
-  const { module: m, menus } = probe();`;
-
-const inSession = (t, source) => evaluate(t, `${prelude}\n${source}`, { env: session.env });
-
 test('a snapshot is taken once, survives later contents, and is restored once', async (t) => {
   await putByXclip(t, 'Grüße 😀\nfrom another program');
-  const seen = await inSession(
-    t,
-    `const seen = [m.restoreGeneralPasteboard(), m.saveGeneralPasteboard()];
-     menus.putOnPasteboard(JSON.stringify({ text: 'of the module' }));
-     seen.push(m.saveGeneralPasteboard(), m.getValueOfPasteboardType('NSStringPboardType'));
-     seen.push(m.restoreGeneralPasteboard(), m.restoreGeneralPasteboard(), m.getValueOfPasteboardType('NSStringPboardType'));
-     execFile('xclip', ['-selection', 'clipboard', '-o', '-t', 'UTF8_STRING'], (error, out) => {
-       console.log(JSON.stringify([...seen, out]));
-       process.exit();
-     });`,
-  );
+  const seen = await inSession(t, async ({ native, pasteboard, readByXclip }) => {
+    const value = () => native.getValueOfPasteboardType('NSStringPboardType');
+    const seen = [native.restoreGeneralPasteboard(), native.saveGeneralPasteboard()];
+    pasteboard.put({ text: 'of the module' });
+    seen.push(native.saveGeneralPasteboard(), value());
+    seen.push(native.restoreGeneralPasteboard(), native.restoreGeneralPasteboard(), value());
+    return [...seen, `${await readByXclip('UTF8_STRING')}`];
+  });
   const text = 'Grüße 😀\nfrom another program';
   assert.deepStrictEqual(seen, [false, true, false, '["of the module"]', true, false, JSON.stringify([text]), text]);
 });
 
 test('a snapshot of the application’s own contents restores every type, byte by byte', async (t) => {
   const types = { a: '', b: 'AAH+/w==', 'public.html': 'PGI+' };
+  const contents = [{ types }, { files: ['/tmp/a b', '/tmp/%41'] }, { types: {} }];
   const seen = await inSession(
     t,
-    `const seen = [];
-     for (const content of [{ types: ${JSON.stringify(types)} }, { files: ['/tmp/a b', '/tmp/%41'] }, { types: {} }]) {
-       menus.putOnPasteboard(JSON.stringify(content));
-       seen.push(m.saveGeneralPasteboard());
-       menus.putOnPasteboard(JSON.stringify({ text: 'between' }));
-       seen.push(m.restoreGeneralPasteboard(), JSON.parse(menus.pasteboardTypes('null')), m.getValueOfPasteboardType('public.file-url'));
-     }
-     console.log(JSON.stringify(seen));`,
+    ({ native, pasteboard }, all) =>
+      all.flatMap((content) => {
+        pasteboard.put(content);
+        const isSaved = native.saveGeneralPasteboard();
+        pasteboard.put({ text: 'between' });
+        const isRestored = native.restoreGeneralPasteboard();
+        return [isSaved, isRestored, pasteboard.data(), native.getValueOfPasteboardType('public.file-url')];
+      }),
+    contents,
   );
   const [[fileType]] = seen[6];
   const files = JSON.stringify(['file:///tmp/a%20b', 'file:///tmp/%2541']);
@@ -92,14 +98,13 @@ test('64 MiB come back whole, and go to other programs in pieces', async (t) => 
   fs.writeFileSync(file, bytes);
   const seen = await inSession(
     t,
-    `const seen = [...JSON.parse(menus.largeValueSurvives(JSON.stringify({ bytes: ${64 << 20} })))];
-     seen.push(m.writeFileContentsToGeneralPasteboard(${JSON.stringify(file)}), m.doesPasteboardContainImage());
-     m.setFindStringToPasteboard('still there');
-     seen.push(m.getFindStringFromPasteboard());
-     execFile('xclip', ['-selection', 'clipboard', '-o', '-t', 'image/png'], large, (error, out) => {
-       console.log(JSON.stringify([...seen, digest(out)]));
-       process.exit();
-     });`,
+    async ({ digest, native, pasteboard, readByXclip }, image) => {
+      const seen = [pasteboard.largeValueSurvives(64 << 20)];
+      seen.push(native.writeFileContentsToGeneralPasteboard(image), native.doesPasteboardContainImage());
+      native.setFindStringToPasteboard('still there');
+      return [...seen, native.getFindStringFromPasteboard(), digest(await readByXclip('image/png'))];
+    },
+    file,
   );
   assert.deepStrictEqual(seen, [true, true, 1, 'still there', digest(bytes)]);
 });
@@ -121,17 +126,18 @@ test('what other programs copy is saved and restored byte by byte', async (t) =>
     const owner = await putByXclip(t, bytes, target);
     const seen = await inSession(
       t,
-      `const types = () => menus.typesOnPasteboard('null');
-       const before = types();
-       const seen = [m.doesPasteboardContainImage(), JSON.parse(before).includes(${JSON.stringify(type)})];
-       const strings = ${bytes.length < 1024} ? JSON.parse(m.getValueOfPasteboardType(${JSON.stringify(type)})) : [];
-       seen.push(m.saveGeneralPasteboard());
-       menus.putOnPasteboard(JSON.stringify({ text: 'between' }));
-       seen.push(m.restoreGeneralPasteboard(), types() === before);
-       execFile('xclip', ['-selection', 'clipboard', '-o', '-t', ${JSON.stringify(target)}], large, (error, out) => {
-         console.log(JSON.stringify([...seen, digest(out), strings]));
-         process.exit();
-       });`,
+      async ({ digest, native, pasteboard, readByXclip }, kind, isSmall, asked) => {
+        const before = pasteboard.types();
+        const seen = [native.doesPasteboardContainImage(), before.includes(kind)];
+        const strings = isSmall ? JSON.parse(native.getValueOfPasteboardType(kind)) : [];
+        seen.push(native.saveGeneralPasteboard());
+        pasteboard.put({ text: 'between' });
+        seen.push(native.restoreGeneralPasteboard(), pasteboard.types().join() === before.join());
+        return [...seen, digest(await readByXclip(asked)), strings];
+      },
+      type,
+      bytes.length < 1024,
+      target,
     );
     const strings = target.startsWith('text/') ? [bytes.toString()] : seen.at(-1);
     const isImage = target.startsWith('image/') ? 1 : 0;
@@ -144,38 +150,36 @@ test('files of this machine that a file manager copies are items', async (t) => 
   const list =
     'file:///tmp/a%20b\r\n#file:///no\r\nfile://elsewhere/no\r\nhttps://a.example/\r\nfile://localhost/tmp/%2541\r\n';
   await putByXclip(t, Buffer.from(list), 'text/uri-list');
-  const seen = await inSession(t, "console.log(m.getValueOfPasteboardType('public.file-url'));");
-  assert.deepStrictEqual(seen, ['file:///tmp/a%20b', 'file:///tmp/%2541']);
+  const seen = await inSession(t, ({ native }) => native.getValueOfPasteboardType('public.file-url'));
+  assert.deepStrictEqual(JSON.parse(seen), ['file:///tmp/a%20b', 'file:///tmp/%2541']);
 });
 
 test('a list of a million files holds script for two seconds at most', async (t) => {
   await putByXclip(t, Buffer.from('file:///tmp/a\r\n'.repeat(1e6)), 'text/uri-list');
-  const [count, isQuick] = await inSession(
-    t,
-    `const start = Date.now();
-     const files = JSON.parse(m.getValueOfPasteboardType('public.file-url'));
-     console.log(JSON.stringify([files.length, Date.now() - start < 2000]));
-     process.exit();`,
-  );
-  assert.deepStrictEqual([count, isQuick], [20000, true]);
+  const [count, elapsed] = await inSession(t, ({ native }) => {
+    const start = Date.now();
+    const files = JSON.parse(native.getValueOfPasteboardType('public.file-url'));
+    return [files.length, Date.now() - start];
+  });
+  assert.strictEqual(count, 20000);
+  assert.ok(elapsed < 2000, `${elapsed} ms`);
 });
 
 test('data with a provider are provided on the first request, once', async (t) => {
-  const seen = await inSession(
-    t,
-    `const seen = [menus.offerLazily('null')];
-     const ask = (target) => new Promise((resolve) =>
-       execFile('xclip', ['-selection', 'clipboard', '-o', '-t', target], large, (error, out) => resolve(out.toString())));
-     (async () => {
-       seen.push((await ask('TARGETS')).includes('image/png'), menus.timesProvided('null'));
-       seen.push(await ask('image/png'), await ask('image/png'), menus.timesProvided('null'));
-       seen.push(await ask('text/html'), m.getValueOfPasteboardType('public.html'), menus.timesProvided('null'));
-       console.log(JSON.stringify(seen));
-       process.exit();
-     })();`,
-  );
+  const seen = await inSession(t, async ({ native, pasteboard, readByXclip }) => {
+    const ask = async (target) => `${await readByXclip(target)}`;
+    pasteboard.offerLazily();
+    const seen = [(await ask('TARGETS')).includes('image/png'), pasteboard.timesProvided()];
+    seen.push(await ask('image/png'), await ask('image/png'), pasteboard.timesProvided());
+    return [
+      ...seen,
+      await ask('text/html'),
+      native.getValueOfPasteboardType('public.html'),
+      pasteboard.timesProvided(),
+    ];
+  });
   const [html, png] = ['of public.html', 'of public.png'];
-  assert.deepStrictEqual(seen, ['[]', true, '[0]', png, png, '[1]', html, JSON.stringify([html]), '[2]']);
+  assert.deepStrictEqual(seen, [true, 0, png, png, 1, html, JSON.stringify([html]), 2]);
 });
 
 test('the contents of image files', async (t) => {
@@ -194,17 +198,21 @@ test('the contents of image files', async (t) => {
   const unreadable = ['pipe.png', 'missing.gif'].map((name) => path.join(folder, name));
   const seen = await inSession(
     t,
-    `const types = () => JSON.parse(menus.pasteboardTypes('null'));
-     const seen = ${JSON.stringify(table)}.map(([name, type]) => {
-       const written = m.writeFileContentsToGeneralPasteboard(${JSON.stringify(folder)} + '/' + name);
-       return [written, types(), m.doesPasteboardContainImage()];
-     });
-     const before = types();
-     seen.push(${JSON.stringify(refused)}.map((file) => m.writeFileContentsToGeneralPasteboard(file)), JSON.stringify(types()) === JSON.stringify(before));
-     seen.push(${JSON.stringify(unreadable)}.map((file) => m.writeFileContentsToGeneralPasteboard(file)));
-     menus.putOnPasteboard(JSON.stringify({ text: 'x' }));
-     seen.push(m.doesPasteboardContainImage());
-     console.log(JSON.stringify(seen));`,
+    ({ native, pasteboard }, written, refused, unreadable) => {
+      const write = native.writeFileContentsToGeneralPasteboard;
+      const seen = written.map((file) => [write(file), pasteboard.data(), native.doesPasteboardContainImage()]);
+      const before = JSON.stringify(pasteboard.data());
+      seen.push(
+        refused.map((file) => write(file)),
+        JSON.stringify(pasteboard.data()) === before,
+      );
+      seen.push(unreadable.map((file) => write(file)));
+      pasteboard.put({ text: 'x' });
+      return [...seen, native.doesPasteboardContainImage()];
+    },
+    table.map(([name]) => path.join(folder, name)),
+    refused,
+    unreadable,
   );
   assert.deepStrictEqual(seen, [
     ...table.map(([, type]) => [true, [[type, bytes.toString('base64')]], 1]),
@@ -216,65 +224,57 @@ test('the contents of image files', async (t) => {
 });
 
 test('the find string is shared by all applications', async (t) => {
-  const [first] = await inSession(
-    t,
-    `m.setFindStringToPasteboard('nä\\0chste 😀');
-     console.log(JSON.stringify([m.getFindStringFromPasteboard()]));`,
-  );
-  const [second] = await inSession(t, 'console.log(JSON.stringify([m.getFindStringFromPasteboard()]));');
+  const first = await inSession(t, ({ native }) => {
+    native.setFindStringToPasteboard('nä\0chste 😀');
+    return native.getFindStringFromPasteboard();
+  });
+  const second = await inSession(t, ({ native }) => native.getFindStringFromPasteboard());
   assert.deepStrictEqual([first, second], ['nä\0chste 😀', 'nä\0chste 😀']);
 });
 
 test('a program that does not answer leaves the clipboard unread, and holds script for two seconds at most', async (t) => {
   const owner = await putByXclip(t, 'from a program that hangs');
   owner.kill('SIGSTOP');
-  const seen = await inSession(
-    t,
-    `const start = Date.now();
-     console.log(JSON.stringify([m.getValueOfPasteboardType('no.such.type'), m.getValueOfPasteboardType('NSStringPboardType'),
-       m.saveGeneralPasteboard(), Date.now() - start < 2500]));`,
-  );
-  assert.deepStrictEqual(seen, [null, null, false, true]);
+  const [elapsed, ...seen] = await inSession(t, ({ native }) => {
+    const start = Date.now();
+    const value = native.getValueOfPasteboardType;
+    const seen = [value('no.such.type'), value('NSStringPboardType'), native.saveGeneralPasteboard()];
+    return [Date.now() - start, ...seen];
+  });
+  assert.deepStrictEqual(seen, [null, null, false]);
+  assert.ok(elapsed < 2500, `${elapsed} ms`);
 });
 
 test('a program that ends while it is read fails the snapshot at once', async (t) => {
   const owner = await putByXclip(t, 'from a program that ends');
   owner.kill('SIGSTOP');
-  const asking = startScript(
-    t,
-    `const { module: m } = probe();
-     require('fs').writeSync(1, 'asking ');
-     const start = Date.now();
-     require('fs').writeSync(1, JSON.stringify([m.saveGeneralPasteboard(), Date.now() - start < 2500]));`,
-    { env: session.env },
-  );
-  await eventually(() => asking.output.stdout.startsWith('asking'), 'the question');
-  // The read is under way by then; nothing on this side shows when it begins.
-  await new Promise((resolve) => setTimeout(resolve, 200));
+  const asking = await inSession.resident(t);
+  const asked = asking.tell(({ native, report }) => {
+    report('asking');
+    const start = Date.now();
+    return [native.saveGeneralPasteboard(), Date.now() - start];
+  });
+  await asking.report(0);
+  // The read is under way when the process waits; nothing else shows that it has begun.
+  const isWaiting = () => /poll|select/.test(fs.readFileSync(`/proc/${asking.process.pid}/wchan`, 'latin1'));
+  await eventually(isWaiting, 'the read', 500).catch(() => {});
   owner.kill('SIGKILL');
-  await asking.printed('asking [false,true]');
+  const [isSaved, elapsed] = await asked;
+  assert.strictEqual(isSaved, false);
+  assert.ok(elapsed < 2500, `${elapsed} ms`);
 });
 
 test('addresses are written in all forms that other programs take', async (t) => {
-  const seen = await inSession(
-    t,
-    `const seen = [[['https://a.example/?q=1'], ['Tïtle']], [['https://a.example/', 'https://b.example/'], null], [[], null]].map(
-       (urls) => JSON.parse(menus.putURLs(JSON.stringify(urls))));
-     console.log(JSON.stringify(seen));`,
-  );
+  const two = ['https://a.example/', 'https://b.example/'];
+  const seen = await inSession(t, ({ pasteboard }, all) => all.map((urls) => pasteboard.putURLs(...urls)), [
+    [['https://a.example/?q=1'], ['Tïtle']],
+    [two],
+    [[]],
+  ]);
   const url = 'https://a.example/?q=1';
   assert.deepStrictEqual(seen, [
     [[[url], ['Tïtle']], url, url, 'Tïtle', true],
-    [
-      [
-        ['https://a.example/', 'https://b.example/'],
-        ['', ''],
-      ],
-      'https://a.example/\nhttps://b.example/',
-      'https://a.example/',
-      '',
-      false,
-    ],
+    [[two, ['', '']], two.join('\n'), two[0], '', false],
     [[[], []], null, null, null, false],
   ]);
 });

@@ -9,6 +9,7 @@ const { test } = require('node:test');
 
 const { startBus } = require('./support/bus');
 const { evaluate, runScript, startScript, temporaryDirectory } = require('./support/child');
+const { atEnd } = require('./support/cleanup');
 
 test('the main queue runs tasks in order, on later turns, and never starves the event loop', async (t) => {
   const result = await evaluate(
@@ -183,7 +184,7 @@ test('a silent bus delays only the first call, and its replacement is connected 
   const directory = temporaryDirectory(t);
   const sockets = [];
   const mute = net.createServer((socket) => sockets.push(socket)).listen(path.join(directory, 'bus'));
-  t.after(() => mute.close());
+  atEnd(t, () => mute.close());
   const child = startScript(
     t,
     `const { bus } = probe();

@@ -9,10 +9,24 @@ const path = require('path');
 const { test } = require('node:test');
 const sharp = require('sharp');
 
-const { evaluate, startScript, temporaryDirectory } = require('./support/child');
-const { useWindows } = require('./support/windows');
+const { startScript, temporaryDirectory } = require('./support/child');
+const { atEnd } = require('./support/cleanup');
+const { scenarios } = require('./support/scenario');
 
-const inWindows = useWindows();
+const plain = scenarios();
+const inWindows = scenarios({
+  display: true,
+  uses: ['windows'],
+  fixture: ({ attempt, eventually }) => ({
+    /** The first keys may come before the window manager has given the panel the keyboard. */
+    keyUntil: (panel, key, isDone, description) =>
+      eventually(async () => {
+        if (await isDone()) return true;
+        await attempt('xdotool', 'windowactivate', panel, 'key', key);
+        return eventually(isDone, description, 1000).catch(() => false);
+      }, description),
+  }),
+});
 
 const page = (stream, size = '600 800') => `%PDF-1.4
 1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj
@@ -30,25 +44,24 @@ const svg = (contents, size = 'width="200" height="100"') =>
 
 /** What each file's preview turned out to be: [path or null, …], the callback's count of calls, and the warnings. */
 const preview = (t, calls) =>
-  evaluate(
+  plain(
     t,
-    `const { module: m, ...p } = probe();
-     p.captureLog();
-     const calls = ${JSON.stringify(calls)};
-     const answers = calls.map(() => []);
-     let inside = true;
-     calls.forEach(([file, size, folder], i) => m.generatePreview(file, size, folder, function (...args) {
-       answers[i].push([inside, this === null || this === globalThis, ...args]);
-     }));
-     inside = false;
-     const wait = setInterval(() => {
-       if (answers.some((each) => each.length === 0)) return;
-       clearInterval(wait);
-       setTimeout(() => {
-         p.flushLog();
-         console.log(JSON.stringify({ answers, warnings: p.capturedLog().filter(({ flag }) => flag === 2).length }));
-       }, 100);
-     }, 10);`,
+    async ({ captureLog, eventually, log, native, nextTurn }, all) => {
+      captureLog();
+      const answers = all.map(() => []);
+      let inside = true;
+      all.forEach((args, i) =>
+        native.generatePreview(...args, function (...values) {
+          answers[i].push([inside, this === null || this === globalThis, ...values]);
+        }),
+      );
+      inside = false;
+      await eventually(() => answers.every((each) => each.length > 0), 'all previews');
+      // A second call would come in one of the next turns.
+      for (let i = 0; i < 20; ++i) await nextTurn();
+      return { answers, warnings: log(2).length };
+    },
+    calls,
   );
 
 test('the preview of an image, a PDF or a text is a PNG of the size, delivered once on a later turn', async (t) => {
@@ -118,7 +131,7 @@ test('a drawing loads no other file and no URL', async (t) => {
     response.end();
   });
   await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-  t.after(() => server.close());
+  atEnd(t, () => server.close());
   const secret = path.join(folder, 'secret.png');
   await sharp({ create: { width: 50, height: 50, channels: 3, background: '#f00' } })
     .png()
@@ -229,51 +242,34 @@ test('previews don’t block script, and may be unfinished when the process ends
 
 // ---- The panel
 
-const prelude = `
-  const search = async (name) => ((await run('xdotool', 'search', '--onlyvisible', '--name', '^' + name + '$')) ?? '').trim().split('\\n').at(-1);
-  const shown = (name) => eventually(() => search(name), name + ' is shown');
-  // The first keys may come before the window manager has given the panel the keyboard.
-  const keyUntil = (key, condition, description) => eventually(async () => {
-    if (await condition()) return true;
-    await run('xdotool', 'key', key);
-    for (let i = 0; i < 20 && !(await condition()); ++i) await new Promise((r) => setTimeout(r, 50));
-    return condition();
-  }, description);
-`;
-
 test('keys and buttons change the file in the panel, and the callback runs once after it is closed', async (t) => {
   const folder = temporaryDirectory(t);
   const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
   const contents = ['a text', svg('<rect width="200" height="100" fill="#f00"/>'), '\0\x01'];
   files.forEach((file, index) => fs.writeFileSync(file, contents[index]));
-  const { closed, titles } = await inWindows(
+  const closed = await inWindows(
     t,
-    `${prelude}
-     const window = await open({ title: 'First' });
-     const closed = [];
-     const titles = [];
-     m.quickLook(window, ${JSON.stringify(JSON.stringify(files))}, 0, (...args) => closed.push(args));
-     await shown('one.txt');
-     await keyUntil('Right', () => search('two.svg'), 'the second');
-     titles.push('two.svg');
-     const panel = await shown('two.svg');
-     const press = async (x, name) => eventually(async () => {
-       const height = Number((await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\\d+)/)[1]);
-       await run('xdotool', 'mousemove', '--window', panel, x, height - 22, 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.3);
-       return search(name);
-     }, name);
-     await press(70, 'three.bin');
-     titles.push('three.bin');
-     await run('xdotool', 'key', 'Right');
-     await press(30, 'two.svg');
-     await keyUntil('Left', () => search('one.txt'), 'the first');
-     await keyUntil('Escape', async () => !(await search('one.txt')), 'its end');
-     await eventually(() => closed.length > 0, 'the callback');
-     await new Promise((resolve) => setTimeout(resolve, 200));
-     print({ closed, titles });`,
+    async ({ clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown }, paths) => {
+      const closed = [];
+      native.quickLook(await open({ title: 'First' }), JSON.stringify(paths), 0, (...args) => closed.push(args));
+      const panel = await shown('one.txt');
+      await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
+      const press = async (x, name) => {
+        const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
+        await clickUntil(panel, [x, height - 22], () => search(name), name);
+      };
+      await press(70, 'three.bin');
+      await run('xdotool', 'key', 'Right');
+      await press(30, 'two.svg');
+      await keyUntil(panel, 'Left', () => search('one.txt'), 'the first');
+      await keyUntil(panel, 'Escape', async () => !(await search('one.txt')), 'its end');
+      await eventually(() => closed.length > 0, 'the callback');
+      for (let i = 0; i < 50; ++i) await nextTurn();
+      return closed;
+    },
+    files,
   );
   assert.deepStrictEqual(closed, [[files[0]]]);
-  assert.deepStrictEqual(titles, ['two.svg', 'three.bin']);
 });
 
 test('the panel shows the preview of the file', async (t) => {
@@ -283,15 +279,17 @@ test('the panel shows the preview of the file', async (t) => {
   fs.writeFileSync(file, svg('<rect width="200" height="100" fill="#fe0102"/>'));
   const isShown = await inWindows(
     t,
-    `${prelude}
-     const window = await open({ title: 'First' });
-     m.quickLook(window, ${JSON.stringify(JSON.stringify([file]))}, 0, () => {});
-     const panel = await shown('red.svg');
-     const colour = async () => {
-       await run('import', '-window', panel, ${JSON.stringify(picture)});
-       return run('convert', ${JSON.stringify(picture)}, '-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:');
-     };
-     print(await eventually(async () => (await colour())?.startsWith('FE0102'), 'the picture'));`,
+    async ({ attempt, eventually, native, open, shown }, file, screen) => {
+      native.quickLook(await open({ title: 'First' }), JSON.stringify([file]), 0, () => {});
+      const panel = await shown('red.svg');
+      const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
+      return eventually(async () => {
+        await attempt('import', '-window', panel, screen);
+        return (await attempt('convert', screen, middle))?.startsWith('FE0102');
+      }, 'the picture');
+    },
+    file,
+    picture,
   );
   assert.strictEqual(isShown, true);
 });
@@ -302,23 +300,26 @@ test('a second request or the end of its window closes the panel; without window
   for (const file of files) fs.writeFileSync(file, 'a text');
   const ends = await inWindows(
     t,
-    `${prelude}
-     const window = await open({ title: 'First' });
-     const ends = [];
-     const look = (name, window, paths, index) => m.quickLook(window, paths, index, (path) => ends.push([name, path]));
-     const files = ${JSON.stringify(files)};
-     look('first', window, JSON.stringify(files), 1);
-     await shown('two.txt');
-     look('again', window, JSON.stringify(files), 99);
-     await shown('one.txt');
-     host.closeWindow(window);
-     await eventually(() => ends.length === 2, 'both ends');
-     look('no window', window, JSON.stringify(files), 0);
-     look('no buffer', {}, JSON.stringify(files), 0);
-     const other = await open({ title: 'Second' });
-     for (const paths of ['[]', '{}', 'no JSON', '[1, null]']) look(paths, other, paths, 0);
-     await eventually(() => ends.length === 8, 'all ends');
-     print(ends);`,
+    async ({ eventually, host, native, open, shown }, files) => {
+      const ends = [];
+      const look = (name, window, paths, index) =>
+        native.quickLook(window, paths, index, (path) => ends.push([name, path]));
+      const both = JSON.stringify(files);
+      const window = await open({ title: 'First' });
+      look('first', window, both, 1);
+      await shown('two.txt');
+      look('again', window, both, 99);
+      await shown('one.txt');
+      host.closeWindow(window);
+      await eventually(() => ends.length === 2, 'both ends');
+      look('no window', window, both, 0);
+      look('no buffer', {}, both, 0);
+      const other = await open({ title: 'Second' });
+      for (const paths of ['[]', '{}', 'no JSON', '[1, null]']) look(paths, other, paths, 0);
+      await eventually(() => ends.length === 8, 'all ends');
+      return ends;
+    },
+    files,
   );
   assert.deepStrictEqual(ends, [
     ['first', files[1]],
@@ -328,11 +329,10 @@ test('a second request or the end of its window closes the panel; without window
 });
 
 test('without a display the callback receives null', async (t) => {
-  const answer = await evaluate(
-    t,
-    `const { module: m } = probe();
-     const wait = setInterval(() => {}, 1000);
-     m.quickLook(Buffer.alloc(8), '["/etc/hostname"]', 0, (...args) => { clearInterval(wait); console.log(JSON.stringify(args)); });`,
-  );
+  const answer = await plain(t, async ({ eventually, native }) => {
+    let answer;
+    native.quickLook(Buffer.alloc(8), '["/etc/hostname"]', 0, (...args) => (answer = args));
+    return eventually(() => answer, 'the answer');
+  });
   assert.deepStrictEqual(answer, [null]);
 });

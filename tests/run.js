@@ -1,27 +1,32 @@
 'use strict';
 
 // Runs the test files, a few at a time, each in a process and a home of its own, and ends with one line that counts
-// everything. `node tests/run.js json log` runs the named ones only. With `--repeat`, a file that has failed runs once
-// more, alone, and the first failure is shown as well.
+// everything. `node tests/run.js json log` runs the named ones only.
 
 const { spawn } = require('child_process');
 const fs = require('fs');
 const os = require('os');
 const path = require('path');
 
-const fileDeadline = 10 * 60 * 1000;
+const { paced } = require('./support/pace');
+
+const fileDeadline = 5 * 60 * 1000;
 // Most files wait for a desktop more than they compute.
 const filesAtOnce = os.cpus().length + 1;
+// Longer than their size lets expect.
+const longest = ['tour', 'annotation', 'dialogs', 'integrations', 'windows', 'host', 'toolbar', 'crash', 'contacts'];
 
-const words = process.argv.slice(2);
-const repeats = words.includes('--repeat');
-const named = words.filter((word) => word !== '--repeat');
-const sizeOf = (name) => fs.statSync(path.join(__dirname, name)).size;
+const named = process.argv.slice(2);
+const nameOf = (file) => file.replace('.test.js', '');
+const order = (file) => {
+  const place = longest.indexOf(nameOf(file));
+  return place >= 0 ? place - Number.MAX_SAFE_INTEGER : -fs.statSync(path.join(__dirname, file)).size;
+};
 const files = fs
   .readdirSync(__dirname)
-  .filter((name) => name.endsWith('.test.js'))
-  .filter((name) => named.length === 0 || named.includes(name.replace('.test.js', '')))
-  .sort((a, b) => sizeOf(b) - sizeOf(a)); // long files first, so that none is left for the end
+  .filter((file) => file.endsWith('.test.js'))
+  .filter((file) => named.length === 0 || named.includes(nameOf(file)))
+  .sort((a, b) => order(a) - order(b));
 
 const totals = { pass: 0, fail: 0, skipped: 0 };
 
@@ -37,25 +42,66 @@ function environmentFor(home) {
     XDG_RUNTIME_DIR: path.join(home, 'run'),
   };
   for (const folder of Object.values(folders)) fs.mkdirSync(folder, { recursive: true, mode: 0o700 });
-  const environment = { ...process.env, ...folders };
+  const environment = { ...process.env, ...folders, TESSARO_TEST_HOME: home };
   for (const name of ['XDG_CONFIG_HOME', 'XDG_DATA_HOME', 'XDG_STATE_HOME', 'XDG_CACHE_HOME']) delete environment[name];
   return environment;
+}
+
+/** The processes that a file has started, and those that they have started, whoever is their parent now. */
+function processesOf(home) {
+  const isOurs = (pid) => {
+    try {
+      return fs.readFileSync(`/proc/${pid}/environ`, 'latin1').includes(`TESSARO_TEST_HOME=${home}\0`);
+    } catch {
+      return false; // it has just ended, or is another user's
+    }
+  };
+  return fs.readdirSync('/proc').filter((pid) => /^\d+$/.test(pid) && Number(pid) !== process.pid && isOurs(pid));
+}
+
+function killAll(home) {
+  for (const pid of processesOf(home)) {
+    try {
+      process.kill(Number(pid), 'SIGKILL');
+    } catch {
+      // It has ended meanwhile.
+    }
+  }
+}
+
+const homes = new Set();
+
+function endFile(home) {
+  killAll(home);
+  fs.rmSync(home, { recursive: true, force: true, maxRetries: 5, retryDelay: 100 });
+  homes.delete(home);
+}
+
+for (const signal of ['SIGINT', 'SIGTERM', 'SIGHUP']) {
+  process.on(signal, () => {
+    homes.forEach(endFile);
+    process.exit(1);
+  });
 }
 
 function run(file) {
   // The names of Unix sockets below it are limited to 107 bytes.
   const home = fs.mkdtempSync(path.join(os.tmpdir(), 'ts-'));
+  homes.add(home);
   const child = spawn(process.execPath, ['--test-reporter=tap', path.join(__dirname, file)], {
     env: environmentFor(home),
     stdio: ['ignore', 'pipe', 'inherit'],
   });
   let output = '';
   child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
-  const timer = setTimeout(() => child.kill('SIGKILL'), fileDeadline);
+  const closed = new Promise((resolve) => child.stdout.on('close', resolve));
+  const timer = setTimeout(() => killAll(home), paced(fileDeadline));
   return new Promise((resolve) =>
-    child.on('close', (code, signal) => {
+    child.on('exit', async (code, signal) => {
       clearTimeout(timer);
-      fs.rmSync(home, { recursive: true, force: true });
+      // What is left of the file's processes would keep the output open.
+      endFile(home);
+      await closed;
       resolve({ output, code, signal });
     }),
   );
@@ -100,34 +146,20 @@ function report(file, result, seconds) {
     `${file.padEnd(22)} ${String(counts.pass).padStart(4)} passed, ${counts.fail} failed${skipped}  (${seconds.toFixed(1)} s)`,
   );
   const { output } = result;
-  for (const line of output.match(/^ *# (?!Subtest|tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$/gm) ||
-    []) {
-    console.log(`    ${line.trim().slice(2)}`);
-  }
-  for (const line of output.match(/^.* # SKIP.*$/gm) || []) console.log(`    ${line.trim()}`);
+  const remarks = /^ *# (?!Subtest|tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$|^.* # SKIP.*$/gm;
+  for (const line of output.match(remarks) || []) console.log(`    ${line.trim().replace(/^# /, '')}`);
   if (counts.fail > 0) console.log(whatFailed(result));
-}
-
-const failed = [];
-
-async function runAndReport(file, isLastTry) {
-  const start = Date.now();
-  const result = await run(file);
-  if (!isLastTry && countsOf(result).fail > 0) {
-    console.log(`${file}: failed, and runs once more\n${whatFailed(result)}`);
-    failed.push(file);
-    return;
-  }
-  report(file, result, (Date.now() - start) / 1000);
 }
 
 async function main() {
   const waiting = [...files];
   const worker = async () => {
-    for (let file = waiting.shift(); file !== undefined; file = waiting.shift()) await runAndReport(file, !repeats);
+    for (let file = waiting.shift(); file !== undefined; file = waiting.shift()) {
+      const start = Date.now();
+      report(file, await run(file), (Date.now() - start) / 1000);
+    }
   };
   await Promise.all(Array.from({ length: filesAtOnce }, worker));
-  for (const file of failed) await runAndReport(file, true);
   if (totals.pass + totals.fail === 0) totals.fail = 1;
   process.exitCode = totals.fail > 0 ? 1 : 0;
   console.log(`${totals.pass} passed, ${totals.fail} failed${totals.skipped > 0 ? `, ${totals.skipped} skipped` : ''}`);

@@ -11,30 +11,13 @@ const { promisify } = require('util');
 
 const { redirectGNUstep } = require('../host/gnustepHome');
 const { root, buildDirectory } = require('./support/addon');
-const { evaluate, startScript, eventually, node, temporaryDirectory } = require('./support/child');
-const { useSession } = require('./support/session');
+const { eventually, node, temporaryDirectory } = require('./support/child');
+const { endWith } = require('./support/cleanup');
+const { scenarios } = require('./support/scenario');
 
-const session = useSession();
-
-const host = (name) => `
-  const host = require('./host');
-  host.start({ argv0: '${name}' });
-  const { module: m, composition, captureLog, flushLog, capturedLog } = probe();
-  const print = (value) => console.log(JSON.stringify(value));
-`;
-
-const provider = `${host('TessaroHost')}
-  host.setKeepAlive(true);
-  m.setComposeOutgoingMessageCallbackFunction((text) => print(['compose', JSON.parse(text)]));
-  m.setSearchServiceCallbackFunction((text) => print(['search', text]));
-  print('ready');
-`;
-
-const lines = (child) =>
-  child.output.stdout
-    .split('\n')
-    .slice(0, -1)
-    .map((line) => JSON.parse(line));
+const provider = scenarios({ display: true, host: { argv0: 'TessaroHost' } });
+const user = provider.with({ host: { argv0: 'OtherApplication' } });
+const { session } = provider;
 
 /** Makes the services of the applications in `home` known there. */
 function publish(home) {
@@ -53,8 +36,12 @@ function homeWithHost(t) {
 }
 
 async function startProvider(t, home) {
-  const child = startScript(t, provider, { env: session.env, home });
-  await eventually(() => child.output.stdout.includes('\n'), 'the provider is ready');
+  const child = await provider.with({ home }).resident(t);
+  await child.tell(({ host, native, report }) => {
+    host.setKeepAlive(true);
+    native.setComposeOutgoingMessageCallbackFunction((text) => report(['compose', JSON.parse(text)]));
+    native.setSearchServiceCallbackFunction((text) => report(['search', text]));
+  });
   return child;
 }
 
@@ -64,19 +51,19 @@ test('another process searches, mails a selection, files, and to an address', as
   const home = homeWithHost(t);
   const child = await startProvider(t, home);
   const files = ['/nowhere/a b.pdf', '/etc/hosts'];
-  const failure = await evaluate(
+  const failure = await user.with({ home })(
     t,
-    `${host('OtherApplication')}
-     m.performService('TessaroHost/Search Selection', 'quarterly “report”');
-     m.performService('TessaroHost/Mail Selection', 'one\\ntwo');
-     m.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
-     print(JSON.parse(composition.performWithFiles('TessaroHost/Mail Document', ${JSON.stringify(JSON.stringify(files))}))[0]);
-     process.exit();`,
-    { env: session.env, home },
+    async ({ composition, native }, paths) => {
+      native.performService('TessaroHost/Search Selection', 'quarterly “report”');
+      native.performService('TessaroHost/Mail Selection', 'one\ntwo');
+      native.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
+      return composition.performWithFiles('TessaroHost/Mail Document', paths);
+    },
+    files,
   );
   assert.strictEqual(failure, '');
-  const received = await eventually(() => lines(child).length === 5 && lines(child).slice(1), 'all four arrive');
-  assert.deepStrictEqual(received, [
+  await child.report(3);
+  assert.deepStrictEqual(child.reports, [
     ['search', 'quarterly “report”'],
     ['compose', { ...empty, body: 'one\ntwo\n' }],
     ['compose', { ...empty, to: [{ name: null, email: '  Bob <bob@example.org> ' }] }],
@@ -88,7 +75,7 @@ test('another process searches, mails a selection, files, and to an address', as
 async function startNotes(t, home, text) {
   const env = redirectGNUstep(home, { ...process.env, ...session.env, HOME: home });
   const notes = spawn(path.join(buildDirectory, 'TessaroNotes'), ['-Text', text], { env, stdio: 'ignore' });
-  t.after(() => notes.kill('SIGKILL'));
+  endWith(t, notes);
   const xdotool = (...args) =>
     promisify(execFile)('xdotool', args.flat().map(String), { env }).then(
       ({ stdout }) => stdout.trim(),
@@ -121,33 +108,32 @@ test('the items of another application’s Services menu are clicked', async (t)
     ['Search Selection', ['search', 'bob@example.org']],
   ];
   for (const [row, [title, expected]] of cases.entries()) {
-    const before = lines(child).length;
-    for (let attempt = 0; attempt < 6 && lines(child).length === before; ++attempt) {
+    const before = child.reports.length;
+    for (let attempt = 0; attempt < 6 && child.reports.length === before; ++attempt) {
       await notes.choose(row).catch(() => {});
-      await eventually(() => lines(child).length > before, title, 10000).catch(() => {});
+      await eventually(() => child.reports.length > before, title, 10000).catch(() => {});
     }
-    assert.deepStrictEqual(lines(child).slice(before), [expected], title);
+    assert.deepStrictEqual(child.reports.slice(before), [expected], title);
   }
 });
 
 test('what is missing on the pasteboard is said by the error, and nothing happens', async (t) => {
-  const { errors, composed, searched, served } = await evaluate(
-    t,
-    `${host('TessaroHost')}
-     let composed = 0, searched = 0;
-     m.setComposeOutgoingMessageCallbackFunction(() => ++composed);
-     m.setSearchServiceCallbackFunction(() => ++searched);
-     const serve = (method, type, value) => JSON.parse(composition.serve(method, type, value && JSON.stringify([value])));
-     const text = 'NSStringPboardType', files = 'NSFilenamesPboardType';
-     const errors = [];
-     for (const method of ['searchSelection', 'mailSelection', 'mailTo']) errors.push(serve(method, text, null)[0], serve(method, files, ['/x'])[0]);
-     errors.push(serve('mailDocument', text, null)[0], serve('mailDocument', text, '/x')[0]);
-     const before = composition.messageCount();
-     const served = [serve('mailSelection', text, 'x'), serve('searchSelection', text, 'x'), serve('mailTo', text, 'x'), serve('mailDocument', files, ['/x'])];
-     print({ errors, composed, searched, served: [...served, before, composition.messageCount()] });
-     process.exit();`,
-    { env: session.env },
-  );
+  const { errors, composed, searched, served } = await provider(t, async ({ composition, native }) => {
+    let [composed, searched] = [0, 0];
+    native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
+    native.setSearchServiceCallbackFunction(() => ++searched);
+    const { serve } = composition;
+    const [text, files] = ['NSStringPboardType', 'NSFilenamesPboardType'];
+    const errors = [];
+    for (const method of ['searchSelection', 'mailSelection', 'mailTo']) {
+      errors.push(serve(method, text, null)[0], serve(method, files, ['/x'])[0]);
+    }
+    errors.push(serve('mailDocument', text, null)[0], serve('mailDocument', text, '/x')[0]);
+    const before = composition.messageCount();
+    const served = ['mailSelection', 'searchSelection', 'mailTo'].map((method) => serve(method, text, 'x'));
+    served.push(serve('mailDocument', files, ['/x']), before, composition.messageCount());
+    return { errors, composed, searched, served };
+  });
   assert.deepStrictEqual(errors, [
     ...Array(2).fill('Error: No search string has been selected.'),
     ...Array(2).fill('Error: No text has been selected.'),
@@ -175,19 +161,15 @@ test('services that nobody offers, or that fail, are told by the log only', asyn
   const home = temporaryDirectory(t);
   addApplication(home, 'Absent', 'mailTo');
   publish(home);
-  const log = await evaluate(
-    t,
-    `${host('OtherApplication')}
-     captureLog();
-     m.performService('', 'x');
-     m.performService('Absent/Use', '');
-     m.performService('Nobody/Nothing', 'x');
-     m.performService('Absent/Use', 'x');
-     flushLog();
-     print(capturedLog().map(({ flag, text }) => [flag, text.replace(/launch path .*/, '…')]));
-     process.exit();`,
-    { env: session.env, home },
-  );
+  const log = await user.with({ home })(t, async ({ captureLog, capturedLog, flushLog, native }) => {
+    captureLog();
+    native.performService('', 'x');
+    native.performService('Absent/Use', '');
+    native.performService('Nobody/Nothing', 'x');
+    native.performService('Absent/Use', 'x');
+    flushLog();
+    return capturedLog().map(({ flag, text }) => [flag, text.replace(/launch path .*/, '…')]);
+  });
   const warning = 2;
   assert.deepStrictEqual(log, [
     [warning, 'No Parameter found'],
@@ -214,14 +196,7 @@ test('an application that is not running is started, and serves then', async (t)
     `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`,
   );
   publish(home);
-  await evaluate(
-    t,
-    `${host('OtherApplication')} m.performService('Asleep/Use', 'wake up'); print(1); process.exit();`,
-    {
-      env: session.env,
-      home,
-    },
-  );
+  await user.with({ home })(t, async ({ native }) => native.performService('Asleep/Use', 'wake up'));
   await eventually(() => fs.existsSync(output), 'it has been searched');
   assert.strictEqual(fs.readFileSync(output, 'utf8'), 'wake up');
 });

@@ -195,13 +195,13 @@ test('composed messages and searches of other applications reach their callbacks
     `const { module: m, postNotification, postNotificationFromThread, captureLog, capturedLog, flushLog } = probe();
      const compose = 'TsComposeOutgoingMessageNotification', search = 'TsServiceProviderSearchNotification';
      captureLog();
-     postNotification(compose, null, '{"message":{},"options":{}}');
+     postNotification(compose, null, { message: {}, options: {} });
      postNotification(search, 'unheard');
      const seen = [];
      m.setComposeOutgoingMessageCallbackFunction((...args) => seen.push(args));
      m.setSearchServiceCallbackFunction((...args) => seen.push(args));
-     postNotification(compose, null, '{"message":{"subject":"Grüße 😀"},"options":{"directly-send?":true}}');
-     postNotification(compose, null, '{"message":{}}');
+     postNotification(compose, null, { message: { subject: 'Grüße 😀' }, options: { 'directly-send?': true } });
+     postNotification(compose, null, { message: {} });
      postNotification(compose, null, null);
      postNotification(search, 'text to find');
      postNotification(search, null);

@@ -10,6 +10,7 @@ const { startAudioServer, tone } = require('./support/audio');
 const { startBus } = require('./support/bus');
 const { evaluate, eventually, temporaryDirectory } = require('./support/child');
 const { startNotificationServer } = require('./support/notificationServer');
+const { scenarios } = require('./support/scenario');
 
 /** A home with these files in its sound folder. */
 function homeWithSounds(t, files) {
@@ -91,17 +92,21 @@ test('sounds of the chosen desktop theme and of the themes it inherits from are 
 });
 
 test('sounds of the same name are equal', async (t) => {
-  const compare = (one, other) => `JSON.parse(n.compareSounds(${JSON.stringify(one)}, ${JSON.stringify(other)}))`;
-  const results = await evaluate(
+  const pairs = [['/a/Ping.wav', 'b/Ping.oga'], ['Ping', 'ping'], ['Ping', null], [null, null]]; // prettier-ignore
+  const results = await scenarios()(
     t,
-    `const { notifications: n } = probe();
-     console.log(JSON.stringify([${compare('/a/Ping.wav', 'b/Ping.oga')}, ${compare('Ping', 'ping')}, ${compare('Ping', null)}, ${compare(null, null)}]));`,
+    ({ sendMessage: send }, all) =>
+      all.map((pair) => {
+        const [one, other] = pair.map((each) => send('TsSound', 'soundWithPath:', each));
+        return [send(one, 'isEqual:', other), send(one, 'hash') === send(other, 'hash'), send(one, 'description')];
+      }),
+    pairs,
   );
   assert.deepStrictEqual(results, [
     [true, true, 'Ping'],
     [false, false, 'Ping'],
     [false, false, 'Ping'],
-    [false, true, null],
+    [null, true, null],
   ]);
 });
 
@@ -110,22 +115,26 @@ test('a preview is audible, and the next one cuts it off', async (t) => {
   const home = homeWithSounds(t, { 'loud.wav': loud, 'quiet.wav': quiet });
   const client = await startClient(t, { home, env: audio.env });
   assert.strictEqual(audio.peak(), 0);
-  assert.strictEqual(await client.run("m.playSoundWithName('loud')"), true);
+  assert.strictEqual(await client.play('loud'), true);
   await eventually(() => audio.peak() > 12000, 'the loud sound is heard');
-  await client.run("m.playSoundWithName('quiet')");
+  await client.play('quiet');
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'only the quiet sound is heard');
   assert.deepStrictEqual(
-    await client.run("['none', undefined, null, 3, '', 'loud\\0', '../loud', {}].map((x) => m.playSoundWithName(x))"),
+    await client.tell(({ native }) =>
+      ['none', undefined, null, 3, '', 'loud\0', '../loud', {}].map(native.playSoundWithName),
+    ),
     Array(8).fill(false),
   );
   assert.ok(audio.peak(200) > 500);
   for (let i = 0; i < 5; ++i)
-    await client.run("for (let i = 0; i < 20; ++i) m.playSoundWithName(i % 2 ? 'quiet' : 'loud')");
+    await client.tell(({ native }) => {
+      for (let k = 0; k < 20; ++k) native.playSoundWithName(k % 2 ? 'quiet' : 'loud');
+    });
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'the last of many is heard');
   // The audio server may be gone.
   await audio.kill();
-  await client.run("m.playSoundWithName('loud')");
-  await client.until('warnings().some((text) => text.startsWith("Couldn\'t play a sound: "))');
+  await client.play('loud');
+  await client.until(({ warnings }) => warnings().some((text) => text.startsWith("Couldn't play a sound: ")));
   assert.strictEqual(client.output.stderr, '');
 });
 
@@ -149,7 +158,9 @@ test('alert sounds are played by the module if the notification server plays non
   assert.strictEqual(audio.peak(), 0);
   await client.deliver('heard', { sound: 'loud' });
   await eventually(() => audio.peak() > 12000, 'the alert is heard');
-  const lines = await client.run("debugLines().filter((line) => line.startsWith('sound with name'))");
+  const lines = await client.tell(({ debugLines }) =>
+    debugLines().filter((line) => line.startsWith('sound with name')),
+  );
   assert.deepStrictEqual(lines, ["sound with name 'none' '(null)' (null)", "sound with name 'loud' 'loud' loud"]);
 });
 
@@ -162,10 +173,10 @@ test('without an audio device playing fails with a log line only', async (t) => 
   };
   for (const [name, env] of Object.entries(drivers)) {
     const client = await startClient(t, { home, env });
-    assert.strictEqual(await client.run("m.playSoundWithName('quiet')"), true);
-    const [warning] = await client.until('warnings().length > 0 && warnings()', name);
+    assert.strictEqual(await client.play('quiet'), true);
+    const warning = await client.warned();
     assert.match(warning, /^Couldn't play a sound: ./);
-    await client.run('process.exit(0)').catch(() => {});
+    await client.tell(() => process.exit(0)).catch(() => {});
     const { code, stderr } = await client.ended;
     assert.deepStrictEqual([name, code, stderr], [name, 0, '']);
   }
@@ -176,7 +187,9 @@ test('a hanging audio server blocks neither script nor process exit', async (t) 
   const client = await startClient(t, { home: homeWithSounds(t, { 'quiet.wav': quiet }), env: audio.env });
   audio.pause();
   const start = Date.now();
-  await client.run("for (let i = 0; i < 100; ++i) m.playSoundWithName('quiet')");
+  await client.tell(({ native }) => {
+    for (let i = 0; i < 100; ++i) native.playSoundWithName('quiet');
+  });
   client.process.stdin.end();
   const { code } = await client.ended;
   assert.strictEqual(code, 0);

@@ -5,37 +5,38 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { translations } = require('./support/accountMenu');
-const { evaluate } = require('./support/child');
-const { useSession } = require('./support/session');
+const { translations, account } = require('./support/accountMenu');
+const { scenarios } = require('./support/scenario');
 
-const session = useSession();
+const inSession = scenarios({
+  display: true,
+  fixture({ host, native, statusItem }) {
+    const answer = (text) => native.setStatusItemMenuNeedsUpdateCallbackFunction(() => text);
+    return {
+      answer,
+      describe: (menu) => answer(JSON.stringify(menu)),
+      full: () => statusItem.fill('status-item', true),
+      compact: () => statusItem.fill('dock', false),
+      accounts: (count) => host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': count }),
+    };
+  },
+});
 
-const prelude = `
-  const host = require('./host');
-  const { translations, account, message } = require('./tests/support/accountMenu');
-  host.start();
-  const { module: m, statusItem, captureLog, flushLog, capturedLog } = probe();
-  const describe = (menu) => m.setStatusItemMenuNeedsUpdateCallbackFunction(() => JSON.stringify(menu));
-  const answer = (text) => m.setStatusItemMenuNeedsUpdateCallbackFunction(() => text);
-  const full = () => JSON.parse(statusItem.fill('status-item', true));
-  const compact = () => JSON.parse(statusItem.fill('dock', false));
-  const state = () => JSON.parse(statusItem.state());
-  const accounts = (count) => host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': count });
-  const print = (value) => console.log(JSON.stringify(value));
-`;
-
-const inSession = (t, source) => evaluate(t, prelude + source, { env: session.env });
+/** The items of a menu that script describes, in both forms. */
+const both = ({ describe, full, compact }, menu) => {
+  describe(menu);
+  return [full(), compact()];
+};
 
 const titles = (items) => items.map((item) => (item.separator ? '-' : item.title));
 const commands = ['Get New Mail', 'Do Not Disturb', 'New Message'];
 
 test('the full form has the commands, then each account with its messages', async (t) => {
-  const items = await inSession(
-    t,
-    `describe({ translations, accounts: [account(7, { count: 2, messages: 2, color: 'C0392B' }), account('b', { signIn: true, messages: 1, count: 4 })] });
-     print(full());`,
-  );
+  const mails = [
+    account(7, { count: 2, messages: 2, color: 'C0392B' }),
+    account('b', { signIn: true, messages: 1, count: 4 }),
+  ];
+  const [items] = await inSession(t, both, { translations, accounts: mails });
   assert.deepStrictEqual(titles(items), [
     ...commands,
     '-',
@@ -49,13 +50,7 @@ test('the full form has the commands, then each account with its messages', asyn
   const rows = items.filter((item) => !item.separator);
   assert.ok(rows.every(({ key, isControllers, isEnabled, isOn }) => key === '' && isControllers && isEnabled && !isOn));
   assert.deepStrictEqual(
-    rows.map(({ class: name, action, represented, toolTip, fontSize }) => [
-      name,
-      action,
-      represented,
-      toolTip,
-      fontSize,
-    ]),
+    rows.map((row) => [row.class, row.action, row.represented, row.toolTip, row.fontSize]),
     [
       ['NSMenuItem', 'checkForNewMessages:', null, null, 0],
       ['NSMenuItem', 'toggleDoNotDisturb:', null, null, 0],
@@ -75,20 +70,18 @@ test('the full form has the commands, then each account with its messages', asyn
 });
 
 test('the compact form has one row an account, and the Dock shows it', async (t) => {
+  const accounts = [account(1, { count: 3, messages: 3 }), account(2), account(3, { signIn: true, count: 5 })];
   const { items, dock, asked } = await inSession(
     t,
-    `const asked = [];
-     const menu = { translations, accounts: [account(1, { count: 3, messages: 3 }), account(2), account(3, { signIn: true, count: 5 })] };
-     m.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => { asked.push(args); return JSON.stringify(menu); });
-     print({ items: compact(), dock: JSON.parse(statusItem.dockMenu()), asked });`,
+    ({ compact, native, statusItem }, text) => {
+      const asked = [];
+      native.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => asked.push(args) && text);
+      return { items: compact(), dock: statusItem.dockMenu(), asked };
+    },
+    JSON.stringify({ translations, accounts }),
   );
-  assert.deepStrictEqual(titles(items), [
-    ...commands,
-    '-',
-    'Open Account 1 (3)',
-    'Open Account 2',
-    'Sign in to Account 3',
-  ]);
+  const rows = ['Open Account 1 (3)', 'Open Account 2', 'Sign in to Account 3'];
+  assert.deepStrictEqual(titles(items), [...commands, '-', ...rows]);
   assert.deepStrictEqual(
     items.slice(4).map(({ action, represented, count, isInError }) => [action, represented, count, isInError]),
     [
@@ -105,11 +98,15 @@ test('the compact form has one row an account, and the Dock shows it', async (t)
 });
 
 test('do-not-disturb hides messages and counts, and disables the getting of mail', async (t) => {
-  const { whole, short } = await inSession(
+  const menu = { translations, accounts: [account(1, { count: 3, messages: 3 }), account(2, { signIn: true })] };
+  const [whole, short] = await inSession(
     t,
-    `describe({ translations, accounts: [account(1, { count: 3, messages: 3 }), account(2, { signIn: true })] });
-     host.setDefault('DoNotDisturb', true);
-     print({ whole: full(), short: compact() });`,
+    ({ compact, describe, full, host }, contents) => {
+      describe(contents);
+      host.setDefault('DoNotDisturb', true);
+      return [full(), compact()];
+    },
+    menu,
   );
   assert.deepStrictEqual(titles(whole), [...commands, '-', 'Account 1', '-', 'Account 2', 'Sign In…']);
   assert.deepStrictEqual(titles(short).slice(4), ['Open Account 1', 'Sign in to Account 2']);
@@ -126,33 +123,19 @@ test('do-not-disturb hides messages and counts, and disables the getting of mail
   }
 });
 
-test('a message’s title is cut after 60 characters', async (t) => {
-  const lengths = [59, 60, 61, 500];
-  const shown = await inSession(
-    t,
-    `print(${JSON.stringify(lengths)}.map((length) => {
-       const line = { 'from-line': 'F', subject: 'x'.repeat(length - 4) };
-       describe({ accounts: [{ 'unread-messages': [line] }] });
-       return full().at(-1).title;
-     }));`,
-  );
-  const whole = (length) => `F - ${'x'.repeat(length - 4)}`;
-  assert.deepStrictEqual(shown, [whole(59), whole(60), `${whole(60)}...`, `${whole(60)}...`]);
-});
-
-test('a message’s title is not cut within a character', async (t) => {
-  const before = 'x'.repeat(55);
-  const cases = { '😀😀': `${before}...`, 'e\u0301 and more': `${before}...`, [`${'\u0301'.repeat(70)}`]: null };
-  const shown = await inSession(
-    t,
-    `print(${JSON.stringify(Object.keys(cases))}.map((end) => {
-       describe({ accounts: [{ 'unread-messages': [{ 'from-line': 'F', subject: '${before}' + end }] }] });
-       return full().at(-1).title;
-     }));`,
-  );
-  Object.values(cases).forEach((title, index) => {
-    if (title !== null) return assert.strictEqual(shown[index], `F - ${title}`);
-    return assert.ok(shown[index].length <= 63, 'a character without end is cut');
+test('a message’s title is cut after 60 characters, and not within one', (t) => {
+  const whole = (length) => 'x'.repeat(length - 4);
+  const fifty = 'x'.repeat(55);
+  const rows = [
+    ...[59, 60].map((length) => [whole(length), `F - ${whole(length)}`]),
+    ...[61, 500].map((length) => [whole(length), `F - ${whole(60)}...`]),
+    ...['😀😀', 'e\u0301 and more'].map((end) => [fifty + end, `F - ${fifty}...`]),
+    // A character without end is cut.
+    [`${fifty}${'\u0301'.repeat(70)}`, `F - ${'x'.repeat(54)}...`],
+  ];
+  return inSession.table(t, rows, ({ describe, full }, subject) => {
+    describe({ accounts: [{ 'unread-messages': [{ 'from-line': 'F', subject }] }] });
+    return full().at(-1).title;
   });
 });
 
@@ -196,52 +179,47 @@ const oddMenus = {
 };
 
 test('odd menus of script’s making', async (t) => {
-  const menus = Object.values(oddMenus).map(([menu]) => menu);
-  const results = await inSession(
-    t,
-    `print(${JSON.stringify(menus)}.map((menu) => { describe(menu); return [full().slice(3), compact().slice(4)]; }));`,
-  );
-  for (const [index, [what, [, ...expected]]] of Object.entries(oddMenus).entries()) {
-    await t.test(what, () => assert.deepStrictEqual(results[index].map(titles), expected));
+  for (const [what, [menu, ...expected]] of Object.entries(oddMenus)) {
+    const [full, compact] = await inSession(t, both, menu);
+    assert.deepStrictEqual([titles(full.slice(3)), titles(compact.slice(4))], expected, what);
   }
 });
 
 test('no callback and answers that are no menus give the commands alone, without titles', async (t) => {
-  const { menus, log } = await inSession(
+  const { menus, errors } = await inSession(
     t,
-    `captureLog();
-     const menus = [full(), compact()];
-     for (const text of ['not JSON', '', '[1]', '"x"', null, undefined, 5]) { answer(text); menus.push(full()); }
-     flushLog();
-     print({ menus, log: capturedLog().filter(({ flag }) => flag === 1).map(({ text }) => text) });`,
+    ({ answer, captureLog, compact, full, log }, texts) => {
+      captureLog();
+      const menus = [full(), compact(), ...texts.map((text) => answer(text) ?? full())];
+      return { menus, errors: log(1) };
+    },
+    ['not JSON', '', '[1]', '"x"', null, undefined, 5],
   );
   assert.deepStrictEqual(
     menus.map(titles),
     menus.map((_, index) => (index === 1 ? ['', '', '', '-'] : ['', '', ''])),
   );
-  assert.strictEqual(log.length, 7);
-  assert.match(log[0], /^Couldn't update status item menu with not JSON because of ./);
-  assert.match(log[4], /^Couldn't update status item menu with \(null\) because of ./);
+  assert.strictEqual(errors.length, 7);
+  assert.match(errors[0], /^Couldn't update status item menu with not JSON because of ./);
+  assert.match(errors[4], /^Couldn't update status item menu with \(null\) because of ./);
 });
 
 test('a callback that throws: the exception reaches script, the menu has the commands', async (t) => {
-  const result = await inSession(
-    t,
-    `m.setStatusItemMenuNeedsUpdateCallbackFunction(() => { throw new Error('mine'); });
-     let caught;
-     try { full(); } catch ({ message: text }) { caught = text; }
-     describe({ translations });
-     print([caught, full().length]);`,
-  );
+  const result = await inSession(t, ({ full, native, thrownBy }) => {
+    native.setStatusItemMenuNeedsUpdateCallbackFunction(() => {
+      throw new Error('mine');
+    });
+    const caught = thrownBy(full);
+    native.setStatusItemMenuNeedsUpdateCallbackFunction(() => '{}');
+    return [caught, full().length];
+  });
   assert.deepStrictEqual(result, ['mine', 3]);
 });
 
 test('titles of commands are looked up in the main bundle, and shown as they are where it has none', async (t) => {
-  const german = await evaluate(
-    t,
-    `${prelude} describe({ translations: { ...translations, 'compose-new-message': 'Unknown to the bundle' } }); print(full());`,
-    { env: { ...session.env, LANGUAGE: 'de', LANG: 'de_DE.UTF-8' } },
-  );
+  const ownWords = { ...translations, 'compose-new-message': 'Unknown to the bundle' };
+  const inGerman = inSession.with({ env: { LANGUAGE: 'de', LANG: 'de_DE.UTF-8' } });
+  const [german] = await inGerman(t, both, { translations: ownWords });
   assert.deepStrictEqual(titles(german), ['Neue E-Mails abrufen', 'Nicht stören', 'Unknown to the bundle']);
 });
 
@@ -257,7 +235,8 @@ test('a badge shows counts from 1 to 99, an exclamation mark for an error, and e
   ];
   const badges = await inSession(
     t,
-    `print(${JSON.stringify(table)}.map((row) => JSON.parse(statusItem.badge('00FF00', ...row))));`,
+    ({ statusItem }, rows) => rows.map((row) => statusItem.badge('00FF00', ...row)),
+    table,
   );
   badges.forEach(([{ width, height, colors }, isOfText], i) => {
     assert.deepStrictEqual([width, height, isOfText], [16, 16, true], `${table[i]}`);
@@ -266,90 +245,79 @@ test('a badge shows counts from 1 to 99, an exclamation mark for an error, and e
   });
 });
 
-test('colours are six hexadecimal digits, and black where they are none', async (t) => {
-  const cases = {
-    '4F8CF8': '4F8CF8',
-    ff0000: 'FF0000',
-    '': '000000',
-    'no colour': '000000',
-    12: '000012',
-    '#00FF00': '000000',
-  };
-  const result = await inSession(
+test('colours are six hexadecimal digits, and black where they are none', (t) => {
+  const rows = ['4F8CF8 4F8CF8', 'ff0000 FF0000', ' 000000', 'none 000000', '12 000012', '#00FF00 000000'];
+  return inSession.table(
     t,
-    `print(${JSON.stringify(Object.keys(cases))}.map((text) => JSON.parse(statusItem.hexColor(text))[0]));`,
+    rows.map((row) => row.split(' ')),
+    ({ statusItem }, text) => statusItem.hexColor(text),
   );
-  assert.deepStrictEqual(Object.fromEntries(Object.keys(cases).map((text, index) => [text, result[index]])), cases);
 });
 
-test('formats from outside are filled in, or left alone when they ask for other arguments', async (t) => {
+test('formats from outside are filled in, or left alone when they ask for other arguments', (t) => {
   const cases = [
-    [['%@', 'x'], 'x'],
-    [['100 %% %@', 'x'], '100 % x'],
-    [['none', 'x'], 'none'],
-    [['%@ (%ld)', 'x', 5], 'x (5)'],
-    [['%2$d × %1$@', 'x', -5], '-5 × x'],
-    [['%@ %3u', 'x', 5], 'x   5'],
-    [['%ld', 'x', 5], '%ld'],
-    [['%@ %@', 'x'], '%@ %@'],
-    [['%@ %s', 'x', 5], '%@ %s'],
-    [['%@ %*d', 'x', 5], '%@ %*d'],
-    [['%3$@', 'x', 5], '%3$@'],
-    [['%', 'x'], '%'],
-    [['%n', 'x'], '%n'],
+    ['%@', 'x', 'x'],
+    ['100 %% %@', 'x', '100 % x'],
+    ['none', 'x', 'none'],
+    ['%@ (%ld)', 'x', 5, 'x (5)'],
+    ['%2$d × %1$@', 'x', -5, '-5 × x'],
+    ['%@ %3u', 'x', 5, 'x   5'],
+    ['%ld', 'x', 5, '%ld'],
+    ['%@ %@', 'x', '%@ %@'],
+    ['%@ %s', 'x', 5, '%@ %s'],
+    ['%@ %*d', 'x', 5, '%@ %*d'],
+    ['%3$@', 'x', 5, '%3$@'],
+    ['%', 'x', '%'],
+    ['%n', 'x', '%n'],
   ];
-  const result = await inSession(
+  return inSession.table(
     t,
-    `print(${JSON.stringify(cases.map(([args]) => args))}.map((args) => JSON.parse(statusItem.format(...args))[0]));`,
-  );
-  assert.deepStrictEqual(
-    result,
-    cases.map(([, expected]) => expected),
+    cases.map((row) => (row.length === 3 ? [row[0], row[1], undefined, row[2]] : row)),
+    ({ statusItem }, ...args) => statusItem.format(...args),
   );
 });
 
 test('the item is there while there are accounts and the defaults allow it', async (t) => {
-  const shown = await inSession(
-    t,
-    `const shown = [];
-     const note = () => shown.push(state().isShown);
-     note();
-     m.setStatusItemTitle('3', false); note();
-     accounts(0); note();
-     accounts(1); note();
-     accounts(2); note();
-     // The controller compares with what the defaults said when they changed last.
-     host.setDefault('Other', true);
-     host.setDefault('DisplayStatusItem', false); note();
-     accounts(3); note();
-     host.setDefault('DisplayStatusItem', true); note();
-     host.setDefault('DisplayStatusItem', null); note();
-     accounts(-1); note();
-     accounts(1); accounts('x'); note();
-     host.postNotification('TsNumberOfAccountsChanged', null, null); note();
-     print(shown);`,
-  );
+  const shown = await inSession(t, ({ accounts, host, native, statusItem }) => {
+    const steps = [
+      () => {},
+      () => native.setStatusItemTitle('3', false),
+      () => accounts(0),
+      () => accounts(1),
+      () => accounts(2),
+      () => {
+        // The controller compares with what the defaults said when they changed last.
+        host.setDefault('Other', true);
+        host.setDefault('DisplayStatusItem', false);
+      },
+      () => accounts(3),
+      () => host.setDefault('DisplayStatusItem', true),
+      () => host.setDefault('DisplayStatusItem', null),
+      () => accounts(-1),
+      () => accounts(1) ?? accounts('x'),
+      () => host.postNotification('TsNumberOfAccountsChanged', null, null),
+    ];
+    return steps.map((step) => [step(), statusItem.hasItem()][1]);
+  });
   assert.deepStrictEqual(shown, [false, false, false, true, true, false, false, true, true, false, false, false]);
 });
 
 test('icon, title and width follow what script says', async (t) => {
-  const { states, widths } = await inSession(
-    t,
-    `accounts(1);
-     const states = {};
-     const widths = { 3: statusItem.titleWidth('3'), none: 0 };
-     const note = (name) => { states[name] = state(); };
-     note('at first');
-     m.setStatusItemTitle('3', false); note('unread');
-     m.setStatusItemTitle('', false); note('read');
-     m.setStatusItemTitle(null, true); note('error');
-     m.setStatusItemTitle('3', true); note('error and unread');
-     host.setDefault('DoNotDisturb', true); note('do not disturb');
-     host.setDefault('DoNotDisturb', false); note('disturb');
-     m.setStatusItemTitle(null, null); note('nothing');
-     print({ states, widths });`,
-  );
-  const width = widths['3'];
+  const { states, width } = await inSession(t, ({ accounts, host, native, statusItem }) => {
+    accounts(1);
+    const steps = {
+      'at first': () => {},
+      unread: () => native.setStatusItemTitle('3', false),
+      read: () => native.setStatusItemTitle('', false),
+      error: () => native.setStatusItemTitle(null, true),
+      'error and unread': () => native.setStatusItemTitle('3', true),
+      'do not disturb': () => host.setDefault('DoNotDisturb', true),
+      disturb: () => host.setDefault('DoNotDisturb', false),
+      nothing: () => native.setStatusItemTitle(null, null),
+    };
+    const states = Object.entries(steps).map(([name, step]) => [name, [step(), statusItem.state()][1]]);
+    return { states: Object.fromEntries(states), width: statusItem.titleWidth('3') };
+  });
   const main = (colors) =>
     Object.entries(colors)
       .filter(([name]) => name !== 'clear')
@@ -374,17 +342,21 @@ test('icon, title and width follow what script says', async (t) => {
 });
 
 test('the menu’s actions reach the host as notifications', async (t) => {
-  const received = await inSession(
-    t,
-    `const received = [];
-     host.on('notification', ({ name, userInfo }) => received.push([name, userInfo]));
-     for (const action of ['checkForNewMessages:', 'toggleDoNotDisturb:', 'composeNewMessage:', 'showTabViewItem:', 'loginOAuth:', 'openMessage:']) {
-       statusItem.perform(action, 'id 1');
-     }
-     for (const action of ['showTabViewItem:', 'openMessage:']) statusItem.perform(action, null);
-     for (const action of ['ts_checkForNewMessages:', 'ts_toggleDoNotDisturb:', 'ts_composeNewMessage:']) statusItem.performOnDelegate(action);
-     print(received);`,
-  );
+  const received = await inSession(t, ({ host, statusItem }) => {
+    const received = [];
+    host.on('notification', ({ name, userInfo }) => received.push([name, userInfo]));
+    const rows = [
+      'checkForNewMessages:',
+      'toggleDoNotDisturb:',
+      'composeNewMessage:',
+      'showTabViewItem:',
+      'loginOAuth:',
+    ];
+    for (const action of [...rows, 'openMessage:']) statusItem.perform(action, 'id 1');
+    for (const action of ['showTabViewItem:', 'openMessage:']) statusItem.perform(action, null);
+    for (const action of rows.slice(0, 3)) statusItem.performOnDelegate(`ts_${action}`);
+    return received;
+  });
   assert.deepStrictEqual(received, [
     ['TsGetNewMessagesNotification', null],
     ['TsToggleDoNotDisturbNotification', null],
@@ -401,23 +373,24 @@ test('the menu’s actions reach the host as notifications', async (t) => {
 });
 
 test('200 accounts with 500 messages each are a menu like any other', async (t) => {
+  const accounts = Array.from({ length: 200 }, (_, id) => account(id, { count: 500, messages: 500 }));
   const result = await inSession(
     t,
-    `describe({ translations, accounts: Array.from({ length: 200 }, (_, id) => account(id, { count: 500, messages: 500 })) });
-     const items = full();
-     print([items.length, items.at(-1).represented]);`,
+    ({ describe, full }, menu) => {
+      describe(menu);
+      const items = full();
+      return [items.length, items.at(-1).represented];
+    },
+    { translations, accounts },
   );
   assert.deepStrictEqual(result, [3 + 200 * (2 + 500), 'message-199-499']);
 });
 
 test('without a window server there is no item, and the log says so', async (t) => {
-  const { log, shown } = await evaluate(
-    t,
-    `const { statusItem, postNotification, captureLog, flushLog, capturedLog } = probe();
-     captureLog();
-     postNotification('TsNumberOfAccountsChanged', null, '{"num-accounts":1}');
-     flushLog();
-     console.log(JSON.stringify({ log: capturedLog().map(({ text }) => text), shown: statusItem.hasItem() }));`,
-  );
-  assert.deepStrictEqual([[...new Set(log)], shown], [['The status item needs a window server'], false]);
+  const [lines, shown] = await scenarios()(t, ({ captureLog, log, postNotification, statusItem }) => {
+    captureLog();
+    postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': 1 });
+    return [log(), statusItem.hasItem()];
+  });
+  assert.deepStrictEqual([[...new Set(lines)], shown], [['The status item needs a window server'], false]);
 });

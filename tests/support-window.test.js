@@ -9,17 +9,22 @@ const { test } = require('node:test');
 
 const { eventually, temporaryDirectory } = require('./support/child');
 const { startPerson } = require('./support/dialogs');
-const { useSession } = require('./support/session');
-
-const session = useSession();
 const title = 'Support and Feedback';
 const notification = 'TsSupportAndFeedbackMessageNotification';
 
-const script = `host.on('notification', ({ name, userInfo }) => name === '${notification}' && report(userInfo));`;
-const start = (t) => startPerson(t, session, script);
+async function start(t) {
+  const person = await startPerson(t);
+  await person.tell(({ host, report }, name) => {
+    host.on('notification', (posted) => posted.name === name && report(posted.userInfo));
+  }, notification);
+  return person;
+}
+
+const attach = (person, text) =>
+  person.tell(({ native }, files) => native.attachFilesToSupportAndFeedbackWindow(files), text);
 
 async function open(person, ...values) {
-  await person.tell(`m.openSupportAndFeedbackWindow(${values.map((value) => JSON.stringify(value)).join()})`);
+  await person.tell(({ native }, all) => native.openSupportAndFeedbackWindow(...all), values);
   await person.window(title);
 }
 
@@ -55,7 +60,7 @@ test('a sent message reaches the host with its texts and attachments', async (t)
   await person.key('Return');
   await person.type('Twice.');
   await eventually(() => isEnabled(person, 'Send'), 'Send can be clicked');
-  await person.tell(`m.attachFilesToSupportAndFeedbackWindow(${JSON.stringify(JSON.stringify(files))})`);
+  await attach(person, JSON.stringify(files));
   assert.deepStrictEqual(
     (await contents(person)).at(-1),
     files.map((file) => path.basename(file)),
@@ -66,7 +71,8 @@ test('a sent message reaches the host with its texts and attachments', async (t)
     async () => person.click((await person.row(title, 'zoë.png')).centre),
     'an attachment is selected',
   );
-  await person.clickButton(title, 'Remove', async () => (await contents(person)).at(-1).length === 2);
+  await person.pressButton(title, 'Remove');
+  assert.strictEqual((await contents(person)).at(-1).length, 2);
   await person.clickButton(title, 'Send', () => person.reports.length > 0);
   const { log, attachments, ...texts } = await person.report(0);
   assert.deepStrictEqual(texts, {
@@ -89,19 +95,16 @@ test('opening the window again keeps its contents; cancelling clears them', asyn
   await open(person, 'B', 'b@x', 'Second', 'Other', JSON.stringify([file]));
   assert.deepStrictEqual(await contents(person), ['A', 'a@x', 'First', 'Text', ['a.txt']]);
   assert.strictEqual((await person.windows()).filter((window) => window.title === title).length, 1);
-  await person.clickButton(
-    title,
-    'Cancel',
-    async () => !(await person.windows()).some((window) => window.title === title),
-  );
+  await person.pressButton(title, 'Cancel');
+  await person.isGone(title);
 
   await open(person, 'B', 'b@x', 'Second', null, null);
   assert.deepStrictEqual(await contents(person), ['B', 'b@x', 'Second', '', []]);
-  await person.tell(`dialogs.closeWindow('${title}')`);
+  await person.closeWindow(title);
   await person.isGone(title);
 
   // Attaching opens it too.
-  await person.tell(`m.attachFilesToSupportAndFeedbackWindow(${JSON.stringify(JSON.stringify([file]))})`);
+  await attach(person, JSON.stringify([file]));
   await person.window(title);
   assert.deepStrictEqual(await contents(person), ['', '', '', '', ['a.txt']]);
   assert.deepStrictEqual(person.reports, []);
@@ -111,7 +114,8 @@ const chooser = 'Attach Files';
 
 async function openChooser(person) {
   const isOpen = () => person.xdotool('search', '--onlyvisible', '--name', chooser).then(Boolean, () => false);
-  await person.clickButton(title, 'Attach Files...', isOpen);
+  await person.pressButton(title, 'Attach Files...');
+  await eventually(isOpen, 'the dialog');
   await person.xdotool('search', '--onlyvisible', '--name', chooser, 'windowactivate', '--sync');
   return isOpen;
 }
@@ -129,8 +133,8 @@ test('files are chosen in a dialog, and the log is attached only if ticked', asy
     () => person.key('Return'),
     'the file is attached',
   );
-  await person.click((await person.button(title, 'Attach the log file')).centre);
-  await person.clickButton(title, 'Send', () => person.reports.length > 0);
+  await person.pressButton(title, 'Attach the log file');
+  await person.pressButton(title, 'Send');
   const { log, attachments } = await person.report(0);
   assert.strictEqual(log, undefined);
   assert.deepStrictEqual(JSON.parse(attachments), [file]);
@@ -140,10 +144,10 @@ test('closing the window closes its dialog, and malformed lists of files are log
   const person = await start(t);
   await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
   const isOpen = await openChooser(person);
-  await person.tell(`dialogs.closeWindow('${title}')`);
+  await person.closeWindow(title);
   await eventually(async () => !(await isOpen()), 'the dialog is gone');
-  assert.strictEqual(await person.tell(`m.attachFilesToSupportAndFeedbackWindow('[1')`), null);
-  const log = await person.tell('log()');
+  assert.strictEqual(await attach(person, '[1'), null);
+  const log = await person.log();
   assert.strictEqual(log.filter((text) => /^Couldn't parse attachments /.test(text)).length, 2);
   await person.isGone(title);
 });

@@ -6,11 +6,11 @@
 const assert = require('assert');
 const { execFileSync } = require('child_process');
 const fs = require('fs');
-const os = require('os');
 const path = require('path');
 const { test } = require('node:test');
 
 const { buildDirectory } = require('./support/addon');
+const { temporaryDirectory } = require('./support/child');
 
 // The engine's own interfaces, and the C and C++ run times, of which a process has one.
 const wanted = [
@@ -66,8 +66,7 @@ test('the library for transfers brings what it takes from other libraries', () =
 });
 
 test('an import of the engine’s zlib is found', (t) => {
-  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-symbols-'));
-  t.after(() => fs.rmSync(folder, { recursive: true }));
+  const folder = temporaryDirectory(t);
   const [source, library] = ['a.c', 'a.so'].map((name) => path.join(folder, name));
   fs.writeFileSync(source, 'int inflate(void); int uv_now(void); int both(void) { return inflate() + uv_now(); }');
   run('clang', '-shared', '-fPIC', '-o', library, source);

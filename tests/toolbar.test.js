@@ -5,12 +5,8 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { runScript, temporaryDirectory } = require('./support/child');
-const { useSession } = require('./support/session');
-const { useWindows } = require('./support/windows');
-
-const inWindows = useWindows();
-const session = useSession();
+const { eventually, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
 const image = 'SB_Default_Template';
 
@@ -36,23 +32,38 @@ const definition = {
   options: { 'allows-user-customization?': true, 'allows-extension-items?': 1 },
 };
 
-const withToolbar = (body, items = definition) => `
-  const calls = [];
-  m.setToolbarCallbackFunctions(
-    (id, item) => { calls.push(['validation', id, item]); return item !== 'inbox'; },
-    (...action) => calls.push(['action', ...action]),
-    (...addTab) => calls.push(['addTab', ...addTab]),
-  );
-  const definition = ${JSON.stringify(items)};
-  const handle = await open({ title: 'First', width: 700, height: 300 });
-  m.addToolbarToWindow(handle, 7, JSON.stringify(definition));
-  const state = () => ask('toolbarState', { id: 7 });
-  const item = (identifier) => state().items.find((each) => each.identifier === identifier);
-  const identifiers = () => state().items.map((each) => each.identifier);
-  ${body}`;
+const inWindows = scenarios({
+  display: true,
+  uses: ['windows'],
+  fixture({ native, open, windows }) {
+    const calls = [];
+    const state = (id = 7) => windows.toolbarState(id) ?? null;
+    const itemOf = (name) => state().items.find(({ identifier }) => identifier === name);
+    return {
+      ...{ calls, state, itemOf },
+      identifiers: () => state().items.map(({ identifier }) => identifier),
+      add: (handle, id, items) => native.addToolbarToWindow(handle, id, JSON.stringify(items)),
+      /** Opens a window with a toolbar, whose callbacks note their calls. */
+      async openWithToolbar(items) {
+        native.setToolbarCallbackFunctions(
+          (id, name) => calls.push(['validation', id, name]) && name !== 'inbox',
+          (...action) => calls.push(['action', ...action]),
+          (...addTab) => calls.push(['addTab', ...addTab]),
+        );
+        const handle = await open({ title: 'First', width: 700, height: 300 });
+        native.addToolbarToWindow(handle, 7, JSON.stringify(items));
+        return handle;
+      },
+    };
+  },
+});
 
 test('a definition makes a toolbar', async (t) => {
-  const state = await inWindows(t, withToolbar('print(state());'));
+  const state = await inWindows(
+    t,
+    async ({ openWithToolbar, state }, items) => (await openWithToolbar(items)) && state(),
+    definition,
+  );
   const flexible = 'NSToolbarFlexibleSpaceItem';
   assert.deepStrictEqual(state.default, ['inbox', 'archive', flexible, 'NSToolbarSeparatorItem', 'plain']);
   assert.deepStrictEqual(state.selectable, ['inbox', 'plain']);
@@ -70,45 +81,36 @@ test('a definition makes a toolbar', async (t) => {
   );
   assert.strictEqual(state.showsBaselineSeparator, false);
   const [inbox, archive] = state.items;
-  const described = ({ label, paletteLabel, toolTip, view, menuTitle, buttonImage, minSize }) => [
-    label,
-    paletteLabel,
-    toolTip,
-    view,
-    menuTitle,
-    buttonImage,
-    minSize,
-  ];
+  const described = (item) =>
+    ['label', 'paletteLabel', 'toolTip', 'view', 'menuTitle', 'buttonImage', 'minSize'].map((name) => item[name]);
   assert.deepStrictEqual(described(inbox), ['Inbox', 'Inbox', 'Inbox', null, null, null, [0, 0]]);
-  assert.deepStrictEqual(described(archive), [
-    'Archive',
-    'Archive messages',
-    'Archive them',
-    'NSButton',
-    'Archive',
-    image,
-    [48, 32],
-  ]);
+  const shown = ['Archive', 'Archive messages', 'Archive them', 'NSButton', 'Archive', image, [48, 32]];
+  assert.deepStrictEqual(described(archive), shown);
   assert.deepStrictEqual([inbox.image, inbox.isTemplate, inbox.class], [image, true, 'TsToolbarItem']);
 });
 
 test('script says which items are enabled', async (t) => {
   const result = await inWindows(
     t,
-    withToolbar(`
-      m.validateToolbarItems(7);
-      const enabled = () => [item('inbox').isEnabled, item('archive').isEnabled, item('archive').isButtonEnabled];
-      const asked = calls.some(([kind, id, identifier]) => kind === 'validation' && id === 7 && identifier === 'archive');
+    async ({ calls, captureLog, itemOf, log, native, openWithToolbar, thrownBy, windows }, items) => {
+      await openWithToolbar(items);
+      native.validateToolbarItems(7);
+      const enabled = () => [itemOf('inbox').isEnabled, itemOf('archive').isEnabled, itemOf('archive').isButtonEnabled];
+      const asked = calls.some((call) => call.join() === 'validation,7,archive');
       const first = enabled();
-      const inMenu = ask('validateMenuItem', { id: 7, item: 'archive' })[0];
+      const inMenu = windows.validateMenuItem(7, 'archive');
       captureLog();
-      m.setToolbarCallbackFunctions(() => 5, () => {}, () => {});
-      m.validateToolbarItems(7);
+      const answerWith = (validate) => native.setToolbarCallbackFunctions(validate, () => {}, () => {}); // prettier-ignore
+      answerWith(() => 5);
+      native.validateToolbarItems(7);
       const numbers = enabled();
-      m.setToolbarCallbackFunctions(() => { throw new Error('mine'); }, () => {}, () => {});
-      let thrown;
-      try { m.validateToolbarItems(7); } catch ({ message }) { thrown = message; }
-      print({ asked, first, inMenu, numbers, thrown, warnings: [...new Set(log(2))] });`),
+      answerWith(() => {
+        throw new Error('mine');
+      });
+      const thrown = thrownBy(() => native.validateToolbarItems(7));
+      return { asked, first, inMenu, numbers, thrown, warnings: [...new Set(log(2))] };
+    },
+    definition,
   );
   assert.deepStrictEqual(result.first, [false, true, true]);
   assert.deepStrictEqual([result.asked, result.inMenu, result.thrown], [true, true, 'mine']);
@@ -119,11 +121,15 @@ test('script says which items are enabled', async (t) => {
 test('without callbacks every item is disabled, and actions do nothing', async (t) => {
   const result = await inWindows(
     t,
-    `const handle = await open({ title: 'First' });
-     m.addToolbarToWindow(handle, 7, ${JSON.stringify(JSON.stringify(definition))});
-     m.validateToolbarItems(7);
-     ask('activate', { id: 7, item: 'archive' });
-     print(ask('toolbarState', { id: 7 }).items.filter((each) => each.class === 'TsToolbarItem').map((each) => each.isEnabled));`,
+    async ({ add, native, open, state, windows }, items) => {
+      add(await open({ title: 'First' }), 7, items);
+      native.validateToolbarItems(7);
+      windows.activate(7, 'archive', 'item');
+      return state()
+        .items.filter((each) => each.class === 'TsToolbarItem')
+        .map((each) => each.isEnabled);
+    },
+    definition,
   );
   assert.deepStrictEqual(result, [false, false, false]);
 });
@@ -131,64 +137,73 @@ test('without callbacks every item is disabled, and actions do nothing', async (
 test('actions come from items, views and menus', async (t) => {
   const { calls, warnings } = await inWindows(
     t,
-    withToolbar(`
-      calls.length = 0;
+    async ({ calls, captureLog, log, openWithToolbar, windows }, items) => {
+      await openWithToolbar(items);
       captureLog();
-      for (const by of ['item', 'view', 'menu', 'nothing']) ask('activate', { id: 7, item: 'archive', by });
-      print({ calls: calls.filter(([kind]) => kind === 'action'), warnings: log(2) });`),
+      for (const by of ['item', 'view', 'menu', 'nothing']) windows.activate(7, 'archive', by);
+      return { calls: calls.filter(([kind]) => kind === 'action'), warnings: log(2) };
+    },
+    definition,
   );
   assert.deepStrictEqual(calls, Array(3).fill(['action', 7, 'archive']));
   assert.deepStrictEqual(warnings, ['Need item identifier.']);
 });
 
 test('clicks on items and on the add-tab button reach script', async (t) => {
-  const { told, addTabs } = await inWindows(
+  const told = await inWindows(
     t,
-    withToolbar(`
-      await eventually(() => item('archive').viewFrame[2] > 0, 'the button');
-      m.validateToolbarItems(7);
-      m.showAddTabButton(7);
-      const clicked = (kind) => eventually(() => calls.some((call) => call[0] === kind), kind);
-      await click(handle, () => item('archive').viewFrame);
-      await clicked('action');
+    async (fixture, items) => {
+      const { calls, clickUntil, eventually, host, itemOf, middle, native, openWithToolbar, run, state } = fixture;
+      const handle = await openWithToolbar(items);
+      const { systemWindow } = host.windowInfo(handle);
       const button = () => state().addTab.frame;
-      await click(handle, button);
-      await clicked('addTab');
+      const clickOn = async (rectangle, kind, name) => {
+        const isTold = () => calls.some((call) => call[0] === kind && (name === undefined || call[2] === name));
+        await clickUntil(systemWindow, await middle(handle, rectangle()), isTold, kind);
+      };
+      await eventually(() => itemOf('archive').viewFrame[2] > 0, 'the button');
+      native.validateToolbarItems(7);
+      native.showAddTabButton(7);
+      await clickOn(() => itemOf('archive').viewFrame, 'action');
+      await clickOn(button, 'addTab');
       await eventually(() => state().addTab.isHovering, 'hovering');
       await run('xdotool', 'mousemove', 5, 5);
       await eventually(() => !state().addTab.isHovering, 'the end of hovering');
-      m.hideAddTabButton(7);
-      const told = calls.filter(([kind]) => kind !== 'validation');
-      await click(handle, button);
+      native.hideAddTabButton(7);
+      const told = calls.filter(([kind]) => kind !== 'validation').splice(0);
       // An item has moved there.
-      await eventually(() => calls.some(([kind, , item]) => kind === 'action' && item === 'plain'), 'the item');
-      print({ told, addTabs: calls.filter(([kind]) => kind === 'addTab').length });`),
+      await clickOn(button, 'action', 'plain');
+      return [...new Set(told.map((call) => call.join()))];
+    },
+    definition,
   );
-  assert.deepStrictEqual(told, [
-    ['action', 7, 'archive'],
-    ['addTab', 7],
-  ]);
-  assert.strictEqual(addTabs, 1);
+  assert.deepStrictEqual(told, ['action,7,archive', 'addTab,7']);
 });
 
 test('the add-tab button adds its space once, and removes it again', async (t) => {
   const result = await inWindows(
     t,
-    withToolbar(`
-      const steps = [identifiers()];
-      const step = (change) => { change(); steps.push(identifiers().slice(5)); };
-      step(() => m.hideAddTabButton(7));
-      step(() => { m.showAddTabButton(7); m.showAddTabButton(7); });
-      step(() => m.hideAddTabButton(7));
-      step(() => { m.showAddTabButton(7); ask('insertItem', { id: 7, item: 'spare', at: identifiers().length }); });
-      step(() => m.hideAddTabButton(7));
-      ask('insertItem', { id: 7, item: 'NSToolbarFlexibleSpaceItem', at: identifiers().length });
-      step(() => m.showAddTabButton(7));
-      step(() => m.hideAddTabButton(7));
-      print({ steps, firstMouse: state().addTab.acceptsFirstMouse });`),
+    async ({ identifiers, native, openWithToolbar, state, windows }, items) => {
+      await openWithToolbar(items);
+      const append = (name) => windows.insertItem(7, name, identifiers().length);
+      const show = () => native.showAddTabButton(7);
+      const hide = () => native.hideAddTabButton(7);
+      const changes = [
+        hide,
+        () => show() ?? show(),
+        hide,
+        () => show() ?? append('spare'),
+        hide,
+        () => append('NSToolbarFlexibleSpaceItem') ?? show(),
+        hide,
+      ];
+      const steps = changes.map((change) => [change(), identifiers().slice(5)][1]);
+      return { steps, firstMouse: state().addTab.acceptsFirstMouse };
+    },
+    definition,
   );
   const [space, flexible] = ['NSToolbarSpaceItem', 'NSToolbarFlexibleSpaceItem'];
-  assert.deepStrictEqual(result.steps.slice(1), [
+  assert.deepStrictEqual(result.steps, [
     [],
     [space],
     [],
@@ -203,18 +218,22 @@ test('the add-tab button adds its space once, and removes it again', async (t) =
 test('the add-tab button is hidden while the palette is open', async (t) => {
   const steps = await inWindows(
     t,
-    withToolbar(`
-      m.showAddTabButton(7);
-      m.customizeToolbar(7);
-      const step = () => { const { isPaletteRunning, needToShowAddTabButton, isAddTabShowing } = state(); return [isPaletteRunning, needToShowAddTabButton, isAddTabShowing]; };
+    async ({ eventually, host, native, openWithToolbar, state }, items) => {
+      const handle = await openWithToolbar(items);
+      const step = () => ['isPaletteRunning', 'needToShowAddTabButton', 'isAddTabShowing'].map((name) => state()[name]);
+      native.showAddTabButton(7);
+      native.customizeToolbar(7);
       const steps = [step()];
-      m.hideAddTabButton(7); steps.push(step());
-      m.showAddTabButton(7); steps.push(step());
-      await eventually(() => m.hasKeyWindow() && !host.windowInfo(handle).isKey, 'the palette');
-      m.closeKeyWindow();
+      for (const change of ['hideAddTabButton', 'showAddTabButton']) {
+        native[change](7);
+        steps.push(step());
+      }
+      await eventually(() => native.hasKeyWindow() && !host.windowInfo(handle).isKey, 'the palette');
+      native.closeKeyWindow();
       await eventually(() => state().isAddTabShowing, 'the button');
-      steps.push(step());
-      print(steps);`),
+      return [...steps, step()];
+    },
+    definition,
   );
   assert.deepStrictEqual(steps, [
     [true, true, false],
@@ -227,15 +246,17 @@ test('the add-tab button is hidden while the palette is open', async (t) => {
 test('selection, visibility and images change', async (t) => {
   const result = await inWindows(
     t,
-    withToolbar(`
-      m.selectToolbarItem(7, 'inbox');
-      const selected = [state().selected];
-      m.selectToolbarItem(7, 'nobody');
-      selected.push(state().selected);
-      const visible = [m.isToolbarVisible(7)];
-      for (let i = 0; i < 2; ++i) { m.toggleToolbarVisibility(7); visible.push(m.isToolbarVisible(7)); }
-      for (const name of ['archive', 'inbox', 'nobody']) m.changeImageOfToolbarItem(7, name, 'SB_InError_Template');
-      print({ selected, visible, images: [item('archive').buttonImage, item('inbox').image], identifiers: identifiers() });`),
+    async ({ identifiers, itemOf, native, openWithToolbar, state }, items) => {
+      await openWithToolbar(items);
+      const selected = ['inbox', 'nobody'].map((name) => native.selectToolbarItem(7, name) ?? state().selected);
+      const visible = [native.isToolbarVisible(7)];
+      for (let i = 0; i < 2; ++i) visible.push(native.toggleToolbarVisibility(7) ?? native.isToolbarVisible(7));
+      for (const name of ['archive', 'inbox', 'nobody'])
+        native.changeImageOfToolbarItem(7, name, 'SB_InError_Template');
+      const images = [itemOf('archive').buttonImage, itemOf('inbox').image];
+      return { selected, visible, images, identifiers: identifiers() };
+    },
+    definition,
   );
   assert.deepStrictEqual(result.selected, ['inbox', 'nobody']);
   assert.deepStrictEqual(result.visible, [true, false, true]);
@@ -243,99 +264,81 @@ test('selection, visibility and images change', async (t) => {
   assert.strictEqual(result.identifiers.length, 5);
 });
 
+const withLooks = {
+  ...definition,
+  items: definition.items.map((each) => (each['image-name'] ? { ...each, 'image-name': 'TB_Archive' } : each)),
+};
+
 test('images follow the appearance', async (t) => {
   const images = await inWindows(
     t,
-    withToolbar(
-      `
-      const images = () => [item('inbox').image, item('archive').buttonImage, state().addTab.isDarkMode];
-      const seen = [images()];
+    async ({ env, eventually, itemOf, openWithToolbar, state, windows }, items) => {
+      await openWithToolbar(items);
+      const look = () => [itemOf('inbox').image, itemOf('archive').buttonImage, state().addTab.isDarkMode];
+      const seen = [look()];
       for (const theme of ['Adwaita:dark', 'Adwaita']) {
-        process.env.GTK_THEME = theme;
-        ask('postThemeChange');
-        await eventually(() => images().join() !== seen.at(-1).join() && images()[2] !== seen.at(-1)[2], 'other images');
-        seen.push(images());
+        env.GTK_THEME = theme;
+        windows.postThemeChange();
+        await eventually(() => look().every((each, i) => each !== seen.at(-1)[i]), 'other images');
+        seen.push(look());
       }
-      print(seen);`,
-      {
-        ...definition,
-        items: definition.items.map((each) => (each['image-name'] ? { ...each, 'image-name': 'TB_Archive' } : each)),
-      },
-    ),
+      return seen;
+    },
+    withLooks,
   );
-  assert.deepStrictEqual(images, [
-    ['TB_Archive', 'TB_Archive', false],
-    ['TB_Archive--wdark', 'TB_Archive--wdark', true],
-    ['TB_Archive', 'TB_Archive', false],
-  ]);
+  const [light, dark] = ['TB_Archive', 'TB_Archive--wdark'].map((name, i) => [name, name, i === 1]);
+  assert.deepStrictEqual(images, [light, dark, light]);
 });
 
 test('images follow the desktop’s settings while windows are open', async (t) => {
-  const seen = await inWindows(
-    t,
-    withToolbar(
-      `
-      const { spawn } = require('child_process');
-      // No real portal runs without a desktop.
-      const portal = spawn(process.env.TESSARO_NODE || process.execPath, ['-e', \`
-        const { bus } = require('./tests/support/addon').probe();
-        process.stdin.on('data', (data) => bus.setPortalScheme(Number(data)));\`], { stdio: ['pipe', 'ignore', 'inherit'] });
-      process.on('exit', () => portal.kill('SIGKILL'));
-      const images = () => [item('inbox').image, item('archive').buttonImage, state().addTab.isDarkMode];
-      const second = await open({ title: 'Second' });
-      m.addToolbarToWindow(second, 8, JSON.stringify(definition));
-      const inSecond = () => ask('toolbarState', { id: 8 }).items[0].image;
-      const seen = [[...images(), inSecond()]];
-      // They change one after the other.
-      const all = () => [...images(), inSecond()];
-      const isChanged = () => all().every((each, i) => each !== seen.at(-1)[i]);
-      for (const scheme of ['1', '2']) {
-        portal.stdin.write(scheme);
-        await eventually(isChanged, 'the other look');
-        seen.push(all());
-      }
-      print(seen);`,
-      {
-        ...definition,
-        items: definition.items.map((each) => (each['image-name'] ? { ...each, 'image-name': 'TB_Archive' } : each)),
-      },
-    ),
-  );
-  const light = ['TB_Archive', 'TB_Archive', false, 'TB_Archive'];
-  const dark = ['TB_Archive--wdark', 'TB_Archive--wdark', true, 'TB_Archive--wdark'];
-  assert.deepStrictEqual(seen, [light, dark, light]);
+  // No real portal runs without a desktop.
+  const portal = await scenarios({ display: true }).resident(t);
+  const app = await inWindows.resident(t);
+  await app.tell(async ({ add, open, openWithToolbar }, items) => {
+    await openWithToolbar(items);
+    add(await open({ title: 'Second' }), 8, items);
+  }, withLooks);
+  const look = () =>
+    app.tell(({ itemOf, state }) => [
+      itemOf('inbox').image,
+      itemOf('archive').buttonImage,
+      state(8).items[0].image,
+      state().addTab.isDarkMode,
+    ]);
+  const looks = { light: ['TB_Archive', false], dark: ['TB_Archive--wdark', true] };
+  for (const [name, scheme] of [['light'], ['dark', 1], ['light', 2]]) {
+    if (scheme) await portal.tell(({ bus }, each) => bus.setPortalScheme(each), scheme);
+    const [picture, isDark] = looks[name];
+    // They change one after the other.
+    const expected = [picture, picture, picture, isDark].join();
+    await eventually(async () => (await look()).join() === expected, `the ${name} look`);
+  }
 });
 
 test('a customised toolbar is restored in the next process only if it autosaves', async (t) => {
   const home = temporaryDirectory(t);
   const sets = [];
-  for (const [step, autosaves] of [
-    ['change', true],
-    ['look', true],
-    ['change', false],
-    ['look', false],
+  for (const [isChanged, autosaves] of [
+    [true, true],
+    [false, true],
+    [true, false],
+    [false, false],
   ]) {
-    const text = JSON.stringify({
-      ...definition,
-      identifier: `saved ${autosaves}`,
-      options: { 'autosaves-configuration?': autosaves },
-    });
-    sets.push(
-      await inWindows(
-        t,
-        `const handle = await open({ title: 'First', width: 700, height: 300 });
-         m.addToolbarToWindow(handle, 7, ${JSON.stringify(text)});
-         const identifiers = () => ask('toolbarState', { id: 7 }).items.map((each) => each.identifier);
-         const before = identifiers();
-         if (${step === 'change'}) {
-           ask('insertItem', { id: 7, item: 'spare', at: 0 });
-           ask('removeItem', { id: 7, at: 2 });
-         }
-         print([before, identifiers()]);`,
-        {},
-        { home },
-      ),
+    // prettier-ignore
+    const options = { 'autosaves-configuration?': autosaves };
+    const set = await inWindows.with({ home })(
+      t,
+      async ({ add, identifiers, open, windows }, items, change) => {
+        add(await open({ title: 'First', width: 700, height: 300 }), 7, items);
+        const before = identifiers();
+        if (change) windows.insertItem(7, 'spare', 0);
+        if (change) windows.removeItem(7, 2);
+        return [before, identifiers()];
+      },
+      { ...definition, identifier: `saved ${autosaves}`, options },
+      isChanged,
     );
+    sets.push(set);
   }
   const [flexible, separator] = ['NSToolbarFlexibleSpaceItem', 'NSToolbarSeparatorItem'];
   const before = ['inbox', 'archive', flexible, separator, 'plain'];
@@ -351,13 +354,16 @@ test('a customised toolbar is restored in the next process only if it autosaves'
 test('the add-tab button is drawn in the colours of its window', async (t) => {
   const looks = await inWindows(
     t,
-    withToolbar(`
-      m.showAddTabButton(7);
+    async ({ eventually, host, native, open, openWithToolbar, windows }, items) => {
+      const handle = await openWithToolbar(items);
+      native.showAddTabButton(7);
       await eventually(() => host.windowInfo(handle).isMain, 'the main window');
-      const look = (isHovering, isDarkMode) => Object.keys(ask('addTabColors', { id: 7, isHovering, isDarkMode }));
+      const look = (isHovering, isDarkMode) => Object.keys(windows.addTabColors(7, isHovering, isDarkMode));
       const looks = { hovering: look(true, false), dark: look(false, true) };
       await open({ title: 'Second' });
-      print({ ...looks, quiet: look(false, false) });`),
+      return { ...looks, quiet: look(false, false) };
+    },
+    definition,
   );
   assert.ok(looks.hovering.includes('696869') && looks.hovering.includes('b4b2b4'), looks.hovering.join());
   assert.ok(looks.dark.includes('828282') && looks.dark.includes('212121'), looks.dark.join());
@@ -365,59 +371,44 @@ test('the add-tab button is drawn in the colours of its window', async (t) => {
 });
 
 test('malformed definitions are logged and ignored', async (t) => {
-  const { errors, visible } = await inWindows(
-    t,
-    `const handle = await open({ title: 'First' });
-     captureLog();
-     for (const text of ['', 'no JSON', '[1]', '"x"', 'null']) m.addToolbarToWindow(handle, 1, text);
-     const errors = log(1);
-     print({ errors, visible: m.isToolbarVisible(1) });`,
-  );
+  const { errors, visible } = await inWindows(t, async ({ captureLog, log, native, open }) => {
+    const handle = await open({ title: 'First' });
+    captureLog();
+    for (const text of ['', 'no JSON', '[1]', '"x"', 'null']) native.addToolbarToWindow(handle, 1, text);
+    return { errors: log(1), visible: native.isToolbarVisible(1) };
+  });
   assert.strictEqual(errors.length, 5);
   assert.match(errors[1], /^error parsing options no JSON \(/);
   assert.match(errors[2], /^toolbar options must be a NSDictionary \(/);
   assert.strictEqual(visible, false);
 });
 
-const oddItems = {
-  'no list': 'x',
-  'an empty list': [],
-  'no definitions': [null, 1, 'x', [], true],
-  'definitions without anything': [{}, { 'default?': true }, { type: 'unknown', 'default?': true }],
-  'values of other types': [
-    { identifier: 5, 'default?': true },
-    { identifier: 'odd', label: 5, tooltip: [], 'image-name': {}, 'button?': 'x', 'default?': true },
-    { type: {}, 'default?': true },
-  ],
-  'an identifier and a type': [{ identifier: 'both', type: 'space', 'default?': true }],
-  'the same identifier twice': Array(2).fill({ identifier: 'twice', label: 'Twice', 'default?': true }),
-};
-
 test('malformed items are skipped or reduced to their valid parts', async (t) => {
-  const shown = await inWindows(
-    t,
-    `const shown = {};
-     let id = 0;
-     const handle = await open({ title: 'First' });
-     for (const [what, items] of Object.entries(${JSON.stringify(oddItems)})) {
-       m.addToolbarToWindow(handle, ++id, JSON.stringify({ identifier: what, items, options: {} }));
-       const { allowed, default: defaults } = ask('toolbarState', { id });
-       shown[what] = [allowed, defaults];
-     }
-     print(shown);`,
-  );
+  const shown = { 'default?': true };
   const none = [[], []];
-  assert.deepStrictEqual(shown, {
-    'no list': none,
-    'an empty list': none,
-    'no definitions': none,
-    'definitions without anything': none,
-    'values of other types': [['odd'], ['odd']],
-    'an identifier and a type': [['both', 'NSToolbarSpaceItem'], ['NSToolbarSpaceItem']],
-    'the same identifier twice': [
-      ['twice', 'twice'],
-      ['twice', 'twice'],
+  const space = 'NSToolbarSpaceItem';
+  const twice = { identifier: 'twice', label: 'Twice', ...shown };
+  const table = [
+    ['no list', 'x', none],
+    ['an empty list', [], none],
+    ['no definitions', [null, 1, 'x', [], true], none],
+    ['definitions without anything', [{}, shown, { type: 'unknown', ...shown }], none],
+    [
+      'values of other types',
+      [
+        { identifier: 5, ...shown },
+        { identifier: 'odd', label: 5, tooltip: [], 'image-name': {}, 'button?': 'x', ...shown },
+        { type: {}, ...shown },
+      ],
+      [['odd'], ['odd']],
     ],
+    ['an identifier and a type', [{ identifier: 'both', type: 'space', ...shown }], [['both', space], [space]]],
+    ['the same identifier twice', [twice, twice], [Array(2).fill('twice'), Array(2).fill('twice')]],
+  ];
+  await inWindows.table(t, table, async ({ add, calls, host, state }, identifier, items) => {
+    const id = calls.push('a row');
+    add(host.createWindow({ title: 'First' }), id, { identifier, items, options: {} });
+    return [state(id).allowed, state(id).default];
   });
 });
 
@@ -427,66 +418,70 @@ for (const [missing, text] of [
   ['options', 'need a dictionary of options.'],
 ]) {
   test(`a definition without ${missing} ends the process`, async (t) => {
-    const broken = JSON.stringify({ ...definition, [missing]: undefined });
-    const result = await runScript(
-      t,
-      `const host = require('./host'); host.start(); const { module: m } = probe();
-       m.addToolbarToWindow(host.createWindow(), 1, ${JSON.stringify(broken)});`,
-      { env: session.env },
-    );
+    const result = await inWindows.ends(t, ({ add, host }, broken) => add(host.createWindow(), 1, broken), {
+      ...definition,
+      [missing]: undefined,
+    });
     assert.strictEqual(result.signal, 'SIGABRT');
     assert.ok(result.stderr.includes(text), result.stderr);
   });
 }
 
 test('unknown window ids are ignored', async (t) => {
-  const answers = await inWindows(
-    t,
-    `await open({ title: 'First' });
-     print([m.validateToolbarItems(1), m.selectToolbarItem(1, 'x'), m.toggleToolbarVisibility(1), m.isToolbarVisible(-1),
-       m.customizeToolbar(1), m.changeImageOfToolbarItem(1, 'x', 'y'), m.showAddTabButton(1), m.hideAddTabButton(2147483647)]
-       .map((answer) => answer === undefined ? null : answer));`,
-  );
+  const answers = await inWindows(t, async ({ native, open }) => {
+    await open({ title: 'First' });
+    return [
+      ...[native.validateToolbarItems(1), native.selectToolbarItem(1, 'x'), native.toggleToolbarVisibility(1)],
+      ...[native.isToolbarVisible(-1), native.customizeToolbar(1), native.changeImageOfToolbarItem(1, 'x', 'y')],
+      ...[native.showAddTabButton(1), native.hideAddTabButton(2147483647)],
+    ];
+  });
   assert.deepStrictEqual(answers, [null, null, null, false, null, null, null, null]);
 });
 
 test('a window may close during validation, customisation or a click', async (t) => {
   const result = await inWindows(
     t,
-    withToolbar(`
-      m.setToolbarCallbackFunctions(() => true, () => host.closeWindow(handle), () => {});
-      ask('activate', { id: 7, item: 'archive' });
-      const afterClick = [state() === undefined, m.isToolbarVisible(7)];
+    async ({ add, host, native, nextTurn, open, openWithToolbar, state, windows }, items) => {
+      const handle = await openWithToolbar(items);
+      native.setToolbarCallbackFunctions(() => true, () => host.closeWindow(handle), () => {}); // prettier-ignore
+      windows.activate(7, 'archive', 'item');
+      const afterClick = [state(), native.isToolbarVisible(7)];
       const other = await open({ title: 'Second' });
-      m.addToolbarToWindow(other, 8, JSON.stringify(definition));
-      m.showAddTabButton(8);
-      m.customizeToolbar(8);
+      add(other, 8, items);
+      native.showAddTabButton(8);
+      native.customizeToolbar(8);
       host.closeWindow(other);
-      await new Promise((resolve) => setTimeout(resolve, 500));
-      m.addToolbarToWindow(await open({ title: 'Third' }), 9, JSON.stringify(definition));
-      print([...afterClick, ask('toolbarState', { id: 8 }) === undefined, m.isToolbarVisible(9)]);`),
+      for (let i = 0; i < 50; ++i) await nextTurn();
+      add(await open({ title: 'Third' }), 9, items);
+      return [...afterClick, state(8), native.isToolbarVisible(9)];
+    },
+    definition,
   );
-  assert.deepStrictEqual(result, [true, false, true, true]);
+  assert.deepStrictEqual(result, [null, false, null, true]);
 });
 
 test('windows with toolbars leave nothing behind', async (t) => {
-  const { growth, windows: left } = await inWindows(
+  const { growth, left } = await inWindows(
     t,
-    `m.setToolbarCallbackFunctions(() => true, () => {}, () => {});
-     const turn = () => new Promise(setImmediate);
-     const cycle = async () => {
-       const handle = host.createWindow({ title: 'Cycle', width: 600, height: 300 });
-       m.addToolbarToWindow(handle, 7, ${JSON.stringify(JSON.stringify(definition))});
-       m.showAddTabButton(7);
-       await turn();
-       host.closeWindow(handle);
-       await turn();
-     };
-     const memory = () => process.memoryUsage().rss / 2 ** 20;
-     for (let i = 0; i < 50; ++i) await cycle();
-     const before = [memory(), ask('numberOfWindows')[0]];
-     for (let i = 0; i < 100; ++i) await cycle();
-     print({ growth: memory() - before[0], windows: ask('numberOfWindows')[0] - before[1] });`,
+    async ({ add, host, native, nextTurn, windows }, items) => {
+      native.setToolbarCallbackFunctions(() => true, () => {}, () => {}); // prettier-ignore
+      const cycles = async (count) => {
+        for (let i = 0; i < count; ++i) {
+          const handle = host.createWindow({ title: 'Cycle', width: 600, height: 300 });
+          add(handle, 7, items);
+          native.showAddTabButton(7);
+          await nextTurn();
+          host.closeWindow(handle);
+          await nextTurn();
+        }
+        return [process.memoryUsage().rss / 2 ** 20, windows.numberOfWindows()];
+      };
+      const before = await cycles(50);
+      const after = await cycles(100);
+      return { growth: after[0] - before[0], left: after[1] - before[1] };
+    },
+    definition,
   );
   assert.strictEqual(left, 0);
   // The pixels of each window alone are 0.7 MB. The address sanitizer holds back what has been freed.

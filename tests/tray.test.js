@@ -448,7 +448,7 @@ test('without a bus the item exists, and only a log line says that it waits', as
      host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': 1 });
      m.setStatusItemTitle('3', false);
      flushLog();
-     console.log(JSON.stringify({ ...JSON.parse(statusItem.state()), log: capturedLog().map(({ text }) => text) }));`,
+     console.log(JSON.stringify({ ...statusItem.state(), log: capturedLog().map(({ text }) => text) }));`,
     { env: { ...rest, DISPLAY, DBUS_SESSION_BUS_ADDRESS: `unix:path=${path.join(temporaryDirectory(t), 'none')}` } },
   );
   assert.deepStrictEqual(

@@ -5,28 +5,25 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, eventually, runScript, startScript, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
 const { serve } = require('./support/requests');
-const { useSession } = require('./support/session');
+const { scenarios } = require('./support/scenario');
 const { feed, item, makeAppImage, makeBundle, makeKeys, vocabulary } = require('./support/updates');
 
-const session = useSession();
 const keys = makeKeys();
 const signed = keys.sign(Buffer.from('anything'));
 const somewhere = 'https://example.org/file';
 
+const plain = scenarios();
+
 // ---- The choice
 
-const inProbe = (t, expression) =>
-  evaluate(t, `const { updates } = probe(); console.log(JSON.stringify(${expression}));`);
-
-test('versions are compared by their numbers and words', async (t) => {
+test('versions are compared by their numbers and words', (t) => {
   const ascending = [
     ['1.0', '1.1'],
     ['1.9', '1.10'],
     ['0.0.1', '0.1'],
     ['1.0', '1.0.0'],
-    ['1.0', '1.0.1'],
     ['1.0b', '1.0b2'],
     ['1.0b9', '1.0b10'],
     ['1.0a1', '1.0b1'],
@@ -36,58 +33,35 @@ test('versions are compared by their numbers and words', async (t) => {
     ['0.9', '1.0a1'],
     ['1.0b1 (1234)', '1.0 (1234)'],
     ['1.0 (1234)', '1.0 (1235)'],
-    ['201210251627', '201211051041'],
     ['99999999999999999999999998', '99999999999999999999999999'],
     ['999', '1'.repeat(5000)],
     ['', '0'],
     ['beta', ''],
   ];
-  const equal = [
-    ['1.0', '1.0'],
-    ['1.0', '01.00'],
-    ['1-0', ' 1..0.'],
-    ['', '.-'],
-  ];
-  const cases = [...ascending, ...ascending.map(([older, newer]) => [newer, older]), ...equal];
-  const answers = await inProbe(t, `${JSON.stringify(cases)}.map((pair) => updates.compareVersions(...pair))`);
-  const expected = [...ascending.map(() => -1), ...ascending.map(() => 1), ...equal.map(() => 0)];
-  cases.forEach((pair, i) => assert.strictEqual(answers[i], expected[i], JSON.stringify(pair)));
+  const equal = ['1.0,1.0', '1.0,01.00', '1-0, 1..0.', ',.-'].map((pair) => [...pair.split(','), 0]);
+  const rows = [...ascending.map((pair) => [...pair, -1]), ...ascending.map(([a, b]) => [b, a, 1]), ...equal];
+  return plain.table(t, rows, ({ updates }, one, other) => updates.compareVersions(one, other));
 });
 
-test('addresses are trusted over TLS and on this machine', async (t) => {
-  const trusted = [
-    'https://a',
-    'HTTPS://a.example/b?c',
-    'http://127.0.0.1',
-    'http://localhost:80/x',
-    'Http://[::1]:1/',
+test('addresses are trusted over TLS and on this machine', (t) => {
+  const trusted = 'https://a HTTPS://a.example/b?c http://127.0.0.1 http://localhost:80/x Http://[::1]:1/';
+  const others =
+    'https:// http://a.example/ ftp://127.0.0.1/ file:///etc/passwd //127.0.0.1 http://127.0.0.1.example.org/ ' +
+    'http://localhost@a.example/ http://localhost:1@a.example http://[::1].a';
+  const rows = [
+    ...trusted.split(' ').map((url) => [url, true]),
+    ...['', ' https://a', ...others.split(' ')].map((url) => [url, false]),
   ];
-  const others = [
-    ...['', 'https://', 'http://a.example/', 'ftp://127.0.0.1/', 'file:///etc/passwd', '//127.0.0.1', ' https://a'],
-    ...[
-      'http://127.0.0.1.example.org/',
-      'http://localhost@a.example/',
-      'http://localhost:1@a.example',
-      'http://[::1].a',
-    ],
-  ];
-  const all = [...trusted, ...others];
-  const answers = await inProbe(t, `${JSON.stringify(all)}.map(updates.isTrustworthyAddress)`);
-  all.forEach((url, i) => assert.strictEqual(answers[i], i < trusted.length, url));
+  return plain.table(t, rows, ({ updates }, url) => updates.isTrustworthyAddress(url));
 });
 
 /** The decision on each feed, in an application of version 2.0 on a system of version 12, in channel "test"; 3.7 is skipped. */
-const decideAll = async (t, feeds) => {
-  const directory = temporaryDirectory(t);
-  feeds.forEach((text, i) => fs.writeFileSync(path.join(directory, String(i)), text));
-  const answers = await evaluate(
+const decideAll = (t, feeds) =>
+  plain(
     t,
-    `const { updates: { decide } } = probe();
-     const read = (i) => require('fs').readFileSync(${JSON.stringify(directory)} + '/' + i);
-     console.log(JSON.stringify(Array.from({ length: ${feeds.length} }, (_, i) => decide(read(i), '2.0', '12', 'test'))));`,
+    ({ updates }, texts) => texts.map((text) => updates.decide(Buffer.from(text), '2.0', '12', 'test')),
+    feeds.map((text) => Buffer.from(text)),
   );
-  return answers.map((text) => (text.startsWith('{') ? JSON.parse(text) : text));
-};
 
 test('an item is an update if it is newer, suits the system and the channel, and has a signed file', async (t) => {
   const good = { version: '3', url: somewhere, signature: signed };
@@ -121,15 +95,14 @@ test('an item is an update if it is newer, suits the system and the channel, and
     ['not signed', { ...good, signature: `${signed}AAAA` }],
     ['not signed', { ...good, signature: 'ä'.repeat(88) }],
   ];
-  const [together] = await decideAll(t, [feed(...table.map(([, properties]) => item(properties)))]);
-  assert.deepStrictEqual(
-    together.judgements,
-    table.map(([judgement]) => judgement),
-  );
+  const [{ judgements }] = await decideAll(t, [feed(...table.map(([, properties]) => item(properties)))]);
+  judgements.forEach((judgement, i) => assert.strictEqual(judgement, table[i][0], `row ${i}`));
 });
 
 test('the newest suitable item is the update, wherever it stands; of several the first', async (t) => {
   const version = (number, more) => item({ version: number, url: somewhere, signature: signed, ...more });
+  const more = `<enclosure url="https://a" sparkle:os="windows"/>
+    <enclosure url="${somewhere}" sparkle:os="linux" sparkle:version="3" sparkle:edSignature="${signed}"/></item>`;
   const otherPrefix = feed(version('3')).replaceAll('sparkle:', 'x:').replace('xmlns:sparkle', 'xmlns:x');
   const table = [
     [feed(version('2.1'), version('3', { length: 12 }), version('2.9')), { update: '3', url: somewhere, length: 12 }],
@@ -138,16 +111,7 @@ test('the newest suitable item is the update, wherever it stands; of several the
     [feed(version('3', { length: -1 })), { update: '3', url: somewhere }],
     [feed(version('3', { length: 0 })), { update: '3', url: somewhere }],
     [
-      feed(
-        version('3', {
-          url: `${somewhere}.dmg`,
-          os: 'macos',
-          inside: '<enclosure url="https://a" sparkle:os="windows"/>',
-        }).replace(
-          '</item>',
-          `<enclosure url="${somewhere}" sparkle:os="linux" sparkle:version="3" sparkle:edSignature="${signed}"/></item>`,
-        ),
-      ),
+      feed(version('3', { url: `${somewhere}.dmg`, os: 'macos' }).replace('</item>', more)),
       { update: '3', url: somewhere },
     ],
     [feed(version('1')), {}],
@@ -156,14 +120,10 @@ test('the newest suitable item is the update, wherever it stands; of several the
     [feed(version('3')).replace(`xmlns:sparkle="${vocabulary}"`, ''), { update: '3', url: somewhere }],
     [Buffer.from(`\ufeff${feed(version('3'))}`, 'utf16le'), { update: '3', url: somewhere }],
   ];
-  const answers = await decideAll(
-    t,
-    table.map(([text]) => text),
-  );
-  const chosen = answers.map(({ judgements: _, versions: __, ...update }) => update);
-  assert.deepStrictEqual(
-    chosen,
-    table.map(([, expected]) => expected),
+  const texts = table.map(([text]) => text);
+  const answers = await decideAll(t, texts);
+  answers.forEach(({ judgements: _, versions: __, ...chosen }, i) =>
+    assert.deepStrictEqual(chosen, table[i][1], `${i}`),
   );
 });
 
@@ -172,6 +132,7 @@ test('malformed feeds fail with a reason, and hostile feeds are harmless', async
   const entities = Array.from({ length: 30 }, (_, i) => `<!ENTITY e${i + 1} "&e${i};&e${i};">`).join('');
   const bomb = `<!DOCTYPE rss [<!ENTITY e0 "2">${entities}]>`;
   const external = '<!DOCTYPE rss [<!ENTITY file SYSTEM "file:///etc/passwd">]>';
+  const ofVersion = (version) => feed(item({ version, url: somewhere, signature: signed })).replace(/<\?.*?\?>/, '');
   const deep = 500000;
   const table = [
     ['', /^no XML: No document element found/],
@@ -185,20 +146,15 @@ test('malformed feeds fail with a reason, and hostile feeds are harmless', async
     ['<a>'.repeat(deep) + '</a>'.repeat(deep), /^no channel/],
   ];
   const harmless = [
-    [`${bomb}${feed(item({ version: '&e30;', url: somewhere, signature: signed }))}`.replace(/<\?.*?\?>/, ''), '&e30;'],
-    [
-      `${external}${feed(item({ version: '&file;', url: somewhere, signature: signed }))}`.replace(/<\?.*?\?>/, ''),
-      '&file;',
-    ],
+    [bomb + ofVersion('&e30;'), '&e30;'],
+    [external + ofVersion('&file;'), '&file;'],
     [feed(`<item>${'<a>'.repeat(deep)}${'</a>'.repeat(deep)}</item>`, good), ''],
     [feed(`<item>${Array.from({ length: 100000 }, (_, i) => `<a${i}/>`).join('')}</item>`, good), ''],
     [feed(`<item><enclosure ${Array.from({ length: 100000 }, (_, i) => `a${i}=""`).join(' ')}/></item>`, good), ''],
     [feed('<item/>', '<item><item/></item>', '<item><enclosure/></item>', good), ''],
   ];
-  const answers = await decideAll(
-    t,
-    [...table, ...harmless].map(([text]) => text),
-  );
+  const texts = [...table, ...harmless].map(([text]) => text);
+  const answers = await decideAll(t, texts);
   table.forEach(([text, reason], i) => assert.match(answers[i], reason, text.slice(0, 50)));
   harmless.forEach(([text, version], i) => {
     const { versions, update } = answers[table.length + i];
@@ -219,67 +175,72 @@ test('a corrupted feed never offers an older or unsigned update', async (t) => {
     item({ version: '1.9', url: 'http://example.org', signature: signed, os: 'linux' }),
     item({ version: '2.5', url: somewhere, inside: '<sparkle:minimumSystemVersion>12</sparkle:minimumSystemVersion>' }),
   );
-  const updates = await inProbe(t, `updates.fuzz(Buffer.from(${JSON.stringify(original)}), 30000, ${seed})`);
+  const fuzz = ({ updates }, ...args) => updates.fuzz(Buffer.from(args[0]), 30000, args[1]);
+  const updates = await plain(t, fuzz, original, seed);
   assert.ok(updates > 1000 && updates < 29000, `${updates} of 30000`);
 });
 
 // ---- Applications
 
-const prelude = (bundle) => `
-  const host = require('./host');
-  host.start({ bundlePath: ${JSON.stringify(bundle)} });
-  host.setKeepAlive(true);
-  const { module: m, updates, captureLog, flushLog, capturedLog } = probe();
-  const { eventually } = require('./tests/support/child');
-  captureLog();
-  const posted = [];
-  host.on('notification', ({ name, object, userInfo }) => posted.push([name, object, userInfo]));
-  const print = (value) => console.log(JSON.stringify(value));
-  // The log since the last call.
-  let told = 0;
-  const news = () => { flushLog(); const all = capturedLog().map(({ text }) => text); const since = all.slice(told); told = all.length; return since; };
-  const upTo = async (pattern) => {
-    const lines = [];
-    await eventually(() => { lines.push(...news()); return lines.some((line) => pattern.test(line)); }, String(pattern))
-      .catch((error) => { throw new Error(error.message + ': ' + JSON.stringify(lines)); });
-    return lines;
-  };
-  const appcasts = () => posted.filter(([name]) => name === 'TsReceivedAppcastNotification').length;
-  const run = async (body) => { try { await body(); process.exit(); } catch (error) { console.error(error); process.exit(1); } };
-`;
+const inApplications = scenarios({
+  host: true,
+  fixture({ captureLog, eventually, host, log }) {
+    host.setKeepAlive(true);
+    captureLog();
+    const posted = [];
+    host.on('notification', ({ name, userInfo }) => posted.push([name, userInfo]));
+    const appcasts = () => posted.filter(([name]) => name === 'TsReceivedAppcastNotification').length;
+    let told = 0;
+    /** The log since the last call. */
+    const news = () => log().slice(told, (told = log().length));
+    const upTo = async (pattern) => {
+      const lines = [];
+      const isThere = () => lines.push(...news()) && lines.some((line) => pattern.test(line));
+      await eventually(isThere, `${pattern}`).catch((error) => {
+        throw new Error(`${error.message}: ${JSON.stringify(lines)}`);
+      });
+      return lines;
+    };
+    /** Does something, and waits for the feed. */
+    const fetched = async (act) => {
+      const before = appcasts();
+      await act();
+      await eventually(() => appcasts() > before, 'the feed');
+    };
+    return { posted, appcasts, news, upTo, fetched };
+  },
+});
+const onDisplay = inApplications.with({ display: true });
 
-/** Makes an application, version 2.0 by default, and gives what `body`, script in a process of it, prints. */
-async function inApplication(t, information, body, options) {
-  const bundle = makeBundle(temporaryDirectory(t), { version: '2.0', publicKey: keys.publicKey, ...information });
-  return evaluate(t, `${prelude(bundle)}\nrun(async () => {\n${body}\n});`, options);
-}
+const bundleOf = (t, information, directory = temporaryDirectory(t)) => ({
+  host: { bundlePath: makeBundle(directory, { version: '2.0', publicKey: keys.publicKey, ...information }) },
+});
 
-/** Serves a feed that is empty, and notes the questions for it. */
-async function serveEmptyFeed(t) {
+/** Scenarios in an application, version 2.0 by default. */
+const application = (t, information, more) => inApplications.with({ ...bundleOf(t, information), ...more });
+
+/** Serves a feed, an empty one by default, and notes the questions for it. */
+async function serveFeed(t, ...items) {
   const questions = [];
   const url = await serve(t, (question, answer) => {
     questions.push(question.url);
-    answer.end(feed());
+    answer.end(feed(...items));
   });
   return { url, questions };
 }
 
 const parametersOf = (question) => [...new URL(question, 'http://a').searchParams];
+const update = (more) => item({ version: '3', url: somewhere, signature: signed, ...more });
 
 test('the build number and the release are those of the bundle', async (t) => {
-  const ask = 'print([m.getBuildNumber(), m.getReleaseString(), m.getReleaseString(), ...news()]);';
-  const missing = "Couldn't get build number";
-  assert.deepStrictEqual(await inApplication(t, { version: '412', shortVersion: '3.1' }, ask), [
-    '412',
-    '3.1 (412)',
-    '3.1 (412)',
-  ]);
-  const nothing = await inApplication(t, { version: undefined }, ask);
-  assert.deepStrictEqual(nothing, [null, '(null) ((null))', '(null) ((null))', missing]);
+  const ask = async ({ native, news }) => [native.getBuildNumber(), native.getReleaseString(), ...news()];
+  assert.deepStrictEqual(await application(t, { version: '412', shortVersion: '3.1' })(t, ask), ['412', '3.1 (412)']);
+  const nothing = await application(t, { version: undefined })(t, ask);
+  assert.deepStrictEqual(nothing, [null, '(null) ((null))', "Couldn't get build number"]);
 });
 
 test("each feed request has the script's parameters, then the four built-in ones", async (t) => {
-  const { url, questions } = await serveEmptyFeed(t);
+  const { url, questions } = await serveFeed(t);
   const builtIn = [
     ['osVersion', '12'],
     ['appVersion', '2.0'],
@@ -287,40 +248,34 @@ test("each feed request has the script's parameters, then the four built-in ones
     ['selectedLanguage', 'en'],
   ];
   const entry = (key, value) => ({ key, value, displayKey: 'Shown', displayValue: value });
+  const pair = JSON.stringify([entry('a b', 'c&d=ü'), entry('e', '')]);
   const noText = "Couldn't get parameters from callback because result wasn't a string";
   const noArray = /^Couldn't get parameters from callback because of /;
   const table = [
-    [
-      `() => ${JSON.stringify(JSON.stringify([entry('a b', 'c&d=ü'), entry('e', '')]))}`,
-      [
-        ['a b', 'c&d=ü'],
-        ['e', ''],
-      ],
-    ],
-    [`() => '[]'`, []],
-    [`() => 7`, [], noText],
-    [`() => ['[]']`, [], noText],
-    [`() => undefined`, [], noText],
-    [`() => '[{'`, [], noArray],
-    [`() => '{"key": "a"}'`, [], noArray],
-    [`() => ''`, [], noArray],
-    [`() => '[1, null, "a", [], {"value": "b"}, {"key": 1}, {"key": "c", "value": 2}]'`, [['c', '']]],
+    [pair, [...new URLSearchParams('a+b=c%26d%3Dü&e=')]],
+    ['[]', []],
+    [7, [], noText],
+    [['[]'], [], noText],
+    [undefined, [], noText],
+    ['[{', [], noArray],
+    ['{"key": "a"}', [], noArray],
+    ['', [], noArray],
+    ['[1, null, "a", [], {"value": "b"}, {"key": 1}, {"key": "c", "value": 2}]', [['c', '']]],
   ];
-  const logs = await inApplication(
+  const logs = await application(t, { feed: `${url}/feed?fixed=1#part`, shortVersion: '2.0.1 Ä' })(
     t,
-    { feed: `${url}/feed?fixed=1#part`, shortVersion: '2.0.1 Ä' },
-    `m.fetchAppcast();
-     await eventually(() => appcasts() === 1, 'the first feed');
-     const logs = [];
-     news();
-     for (const callback of [${table.map(([callback]) => callback).join(', ')}]) {
-       const before = appcasts();
-       m.setAppcastParameterCallback(callback);
-       m.fetchAppcast();
-       await eventually(() => appcasts() > before, 'the feed');
-       logs.push(news());
-     }
-     print(logs);`,
+    async ({ fetched, native, news }, answers) => {
+      await fetched(() => native.fetchAppcast());
+      const logs = [];
+      news();
+      for (const answer of answers) {
+        native.setAppcastParameterCallback(() => answer);
+        await fetched(() => native.fetchAppcast());
+        logs.push(news());
+      }
+      return logs;
+    },
+    table.map(([answer]) => answer),
   );
   assert.deepStrictEqual(parametersOf(questions[0]), [['fixed', '1'], ...builtIn]);
   table.forEach(([callback, expected, warning], i) => {
@@ -334,55 +289,51 @@ test("each feed request has the script's parameters, then the four built-in ones
 });
 
 test('an exception of the parameter callback reaches the caller, and the request goes on', async (t) => {
-  const { url, questions } = await serveEmptyFeed(t);
-  const result = await inApplication(
-    t,
-    { feed: url },
-    `m.setAppcastParameterCallback(() => { throw new Error('no parameters'); });
-     let thrown;
-     try { m.checkForUpdates(false, false); } catch (error) { thrown = error.message; }
-     await eventually(() => appcasts() === 1, 'the feed');
-     print([thrown, updates.promptsForPermission()]);`,
-  );
+  const { url, questions } = await serveFeed(t);
+  const result = await application(t, { feed: url })(t, async ({ fetched, native, thrownBy, updates }) => {
+    native.setAppcastParameterCallback(() => {
+      throw new Error('no parameters');
+    });
+    let thrown;
+    await fetched(() => (thrown = thrownBy(() => native.checkForUpdates(false, false))));
+    return [thrown, updates.promptsForPermission()];
+  });
   assert.deepStrictEqual(result, ['no parameters', false]);
   assert.strictEqual(parametersOf(questions[0]).length, 4);
 });
 
 test('the language is "None" when the user has none', async (t) => {
-  const { url, questions } = await serveEmptyFeed(t);
-  await inApplication(
-    t,
-    { feed: url },
-    `updates.forgetLanguages();
-     m.fetchAppcast();
-     await eventually(() => appcasts() === 1, 'the feed');
-     print(null);`,
-  );
+  const { url, questions } = await serveFeed(t);
+  await application(t, { feed: url })(t, async ({ fetched, native, updates }) => {
+    updates.forgetLanguages();
+    await fetched(() => native.fetchAppcast());
+  });
   assert.deepStrictEqual(parametersOf(questions[0]).at(-1), ['selectedLanguage', 'None']);
 });
 
 test('the system profile is announced once a week, if the user wants it', async (t) => {
-  const { url } = await serveEmptyFeed(t);
-  const result = await inApplication(
-    t,
-    { feed: url },
-    `const asked = [];
-     m.setAppcastParameterCallback((sending) => { asked.push(sending); return '[]'; });
-     const check = async () => { const before = appcasts(); m.fetchAppcast(); await eventually(() => appcasts() > before, 'the feed'); };
-     const key = 'SULastProfileSubmissionDate';
-     const now = Date.now() / 1000;
-     await check();
-     m.setUserDefault('SUSendProfileInfo', true);
-     await check();
-     const sent = updates.dateDefault(key) - now;
-     await check();
-     updates.setDateDefault(key, now - 8 * 86400);
-     await check();
-     updates.resetLastProfileSubmissionDate();
-     const forgotten = updates.dateDefault(key);
-     await check();
-     print([asked, sent > -5 && sent < 60, forgotten]);`,
-  );
+  const { url } = await serveFeed(t);
+  const result = await application(t, { feed: url })(t, async ({ fetched, native, updates }) => {
+    const asked = [];
+    native.setAppcastParameterCallback((sending) => {
+      asked.push(sending);
+      return '[]';
+    });
+    const check = () => fetched(() => native.fetchAppcast());
+    const key = 'SULastProfileSubmissionDate';
+    const now = Date.now() / 1000;
+    await check();
+    native.setUserDefault('SUSendProfileInfo', true);
+    await check();
+    const sent = updates.dateDefault(key) - now;
+    await check();
+    updates.setDateDefault(key, now - 8 * 86400);
+    await check();
+    updates.resetLastProfileSubmissionDate();
+    const forgotten = updates.dateDefault(key);
+    await check();
+    return [asked, sent > -5 && sent < 600, forgotten];
+  });
   assert.deepStrictEqual(result, [[false, true, false, true, true], true, null]);
 });
 
@@ -392,15 +343,14 @@ test('an item of the feed has its children, whole texts, and the language and fi
     <description xml:lang="en-GB">News <![CDATA[a]]]]><![CDATA[> b]]></description><description xml:lang="de">Neu</description>
     <sparkle:tags><sparkle:criticalUpdate/><sparkle:level at="2">high</sparkle:level></sparkle:tags>
     <sparkle:deltas><enclosure url="1"/><enclosure url="2"/></sparkle:deltas>`;
-  const one = `<item><enclosure url="m" sparkle:os="macos"/><enclosure url="l" sparkle:os="linux"/>${inside}</item>`;
-  const url = await serve(t, (_question, answer) => answer.end(feed(one)));
-  const items = await inApplication(
+  const { url } = await serveFeed(
     t,
-    { feed: url },
-    `m.fetchAppcast();
-     await eventually(() => appcasts() === 1, 'the feed');
-     print(posted.find(([name]) => name === 'TsReceivedAppcastNotification')[2].appcast);`,
+    `<item><enclosure url="m" sparkle:os="macos"/><enclosure url="l" sparkle:os="linux"/>${inside}</item>`,
   );
+  const items = await application(t, { feed: url })(t, async ({ fetched, native, posted }) => {
+    await fetched(() => native.fetchAppcast());
+    return posted.at(-1)[1].appcast;
+  });
   assert.deepStrictEqual(items, [
     {
       enclosure: { url: 'l', 'sparkle:os': 'linux' },
@@ -412,15 +362,17 @@ test('an item of the feed has its children, whole texts, and the language and fi
 });
 
 test('control characters of a feed are escaped in the log', async (t) => {
-  const version = '3&#10;2026/01/01 [error] forged&#27;[2J';
-  const found = feed(item({ version, url: somewhere, signature: signed }));
-  const url = await serve(t, (_question, answer) => answer.end(found));
-  const lines = await inApplication(t, { feed: url }, 'm.fetchAppcast(); print(await upTo(/Did find/));');
+  const { url } = await serveFeed(t, update({ version: '3&#10;2026/01/01 [error] forged&#27;[2J' }));
+  const lines = await application(t, { feed: url })(t, async ({ native, upTo }) => {
+    native.fetchAppcast();
+    return upTo(/Did find/);
+  });
   assert.strictEqual(lines.at(-1), 'Did find update 3\\n2026/01/01 [error] forged\\x1b[2J.');
 });
 
 test('a feed that cannot be fetched or read is logged, and does not affect the next check', async (t) => {
-  const good = feed(item({ version: '3', url: somewhere, signature: signed }));
+  const good = feed(update());
+  const moved = (location) => (answer) => answer.writeHead(302, { location }).end();
   const answers = [
     [/can't be fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
     [
@@ -430,22 +382,15 @@ test('a feed that cannot be fetched or read is logged, and does not affect the n
     [/can't be fetched: it is longer than 4194304 bytes/, (answer) => answer.end(' '.repeat(5 * 1024 * 1024))],
     [
       /can't be fetched: it is redirected to http:\/\/example.org\/feed, which is not secure/,
-      (answer) => answer.writeHead(302, { location: 'http://example.org/feed' }).end(),
+      moved('http://example.org/feed'),
     ],
-    [
-      /can't be fetched: it is redirected to file:/,
-      (answer) => answer.writeHead(302, { location: 'file:///etc/passwd' }).end(),
-    ],
-    [
-      /can't be fetched: too many redirects/,
-      (answer, question) => answer.writeHead(302, { location: `${question.url}&again` }).end(),
-    ],
+    [/can't be fetched: it is redirected to file:/, moved('file:///etc/passwd')],
+    [/can't be fetched: too many redirects/, (answer, question) => moved(`${question.url}&again`)(answer)],
     [/can't be fetched: the server answers 302/, (answer) => answer.writeHead(302).end(good)],
     [/can't be read: no XML/, (answer) => answer.end('<html>')],
     [
       /^Did find update 3\.$/,
-      (answer, question) =>
-        question.url === '/moved' ? answer.end(good) : answer.writeHead(302, { location: '/moved' }).end('not this'),
+      (answer, question) => (question.url === '/moved' ? answer.end(good) : moved('/moved')(answer)),
     ],
   ];
   let step = -1;
@@ -453,20 +398,23 @@ test('a feed that cannot be fetched or read is logged, and does not affect the n
     if (question.url.startsWith('/feed?os') && !question.url.endsWith('&again')) ++step;
     answers[step][1](answer, question);
   });
+  const fetchEach = async ({ native, upTo }, patterns) => {
+    let lines;
+    for (const pattern of patterns) {
+      native.fetchAppcast();
+      lines = await upTo(pattern);
+    }
+    return lines.at(-1);
+  };
   const patterns = answers.map(([pattern]) => pattern);
-  await inApplication(
-    t,
-    { feed: `${url}/feed` },
-    `for (const pattern of [${patterns.join(', ')}]) { m.fetchAppcast(); await upTo(pattern); }
-     print(null);`,
-  );
-  const [missing, insecure] = await Promise.all(
-    [undefined, 'http://example.org/feed'].map((address) =>
-      inApplication(t, { feed: address }, 'm.fetchAppcast(); print((await upTo(/not secure/)).at(-1));'),
-    ),
-  );
-  assert.strictEqual(missing, "The feed's address is missing or not secure: ");
-  assert.match(insecure, /not secure: http:\/\/example\.org\/feed$/);
+  await application(t, { feed: `${url}/feed` })(t, fetchEach, patterns);
+  for (const [address, shown] of [
+    [undefined, ''],
+    ['http://example.org/feed', 'http://example.org/feed'],
+  ]) {
+    const line = await application(t, { feed: address })(t, fetchEach, [/not secure/]);
+    assert.strictEqual(line, `The feed's address is missing or not secure: ${shown}`);
+  }
 });
 
 // ---- Installations
@@ -481,8 +429,11 @@ async function makeImage(t, answerFile) {
     if (question.url.startsWith('/feed')) return answer.end(feed(...state.items(url)));
     return answerFile(question, answer);
   });
-  state.information = { feed: `${url}/feed`, publicKey: keys.publicKey };
-  state.bundle = (version, more) => makeBundle(directory, { version, ...state.information, ...more });
+  state.in = (information, more) => ({
+    ...bundleOf(t, { feed: `${url}/feed`, ...information }, directory),
+    env: state.env,
+    ...more,
+  });
   return state;
 }
 
@@ -525,146 +476,145 @@ test('only a signed AppImage of the version that the feed lists is installed', a
     '/away': (answer) => answer.writeHead(301, { location: 'http://example.org/file' }).end(),
     '/moved': (answer) => answer.writeHead(301, { location: '/file' }).end('x'.repeat(file.length)),
   };
-  const application = await makeImage(t, (question, answer) => {
-    const answerSpecially = answers[question.url];
-    return answerSpecially ? answerSpecially(answer) : answer.end(contents[question.url]);
-  });
-  let step = -1;
-  application.items = (url) => {
-    const [address, more] = table[Math.min(++step, table.length - 1)];
-    return [
-      item({ version: '3', url: url + address, signature: keys.sign(Buffer.from(contents[address] ?? '')), ...more }),
-    ];
-  };
-  const bundle = application.bundle('2.0');
-  const installed = await evaluate(
-    t,
-    `${prelude(bundle)}
-     const size = () => require('fs').statSync(process.env.APPIMAGE).size;
-     run(async () => {
-       m.setUserDefault('SUAutomaticallyUpdate', true);
-       const before = size();
-       const sizes = [];
-       for (const pattern of [${table.map(([, , pattern]) => pattern).join(', ')}]) {
-         const earlier = appcasts();
-         m.checkForUpdates(true, true);
-         if (pattern) await upTo(pattern); else await eventually(() => appcasts() > earlier, 'the feed');
-         sizes.push(size() === before);
-       }
-       await eventually(() => size() === ${file.length}, 'the new version');
-       // Until the file is in its place, another check is left out.
-       await eventually(() => { m.checkForUpdates(true, true); return news().some((line) => /is installed already/.test(line)); }, 'no second installation');
-       print(sizes.slice(0, -1).every((same) => same));
-     });`,
-    { env: application.env },
+  const image = await makeImage(t, (question, answer) =>
+    answers[question.url] ? answers[question.url](answer) : answer.end(contents[question.url]),
   );
-  assert.strictEqual(installed, true);
-  assert.deepStrictEqual(fs.readFileSync(application.image), file);
-  assert.strictEqual(fs.statSync(application.image).mode & 0o777, 0o750);
-  const left = fs.readdirSync(path.dirname(application.image));
+  let step = -1;
+  image.items = (url) => {
+    const [address, more] = table[Math.min(++step, table.length - 1)];
+    const own = keys.sign(Buffer.from(contents[address] ?? ''));
+    return [item({ version: '3', url: url + address, signature: own, ...more })];
+  };
+  const unchanged = await inApplications.with(image.in())(
+    t,
+    async ({ env, eventually, fetched, fs, native, news, upTo }, patterns, length) => {
+      const size = () => fs.statSync(env.APPIMAGE).size;
+      const check = () => native.checkForUpdates(true, true);
+      native.setUserDefault('SUAutomaticallyUpdate', true);
+      const before = size();
+      const sizes = [];
+      for (const pattern of patterns) {
+        await fetched(check);
+        if (pattern) await upTo(pattern);
+        sizes.push(size() === before);
+      }
+      await eventually(() => size() === length, 'the new version');
+      // Until the file is in its place, another check is left out.
+      const isKnown = () => check() || news().some((line) => /is installed already/.test(line));
+      await eventually(isKnown, 'no second installation');
+      return sizes.slice(0, -1);
+    },
+    table.map(([, , pattern]) => pattern),
+    file.length,
+  );
+  assert.ok(!unchanged.includes(false), unchanged.join());
+  assert.deepStrictEqual(fs.readFileSync(image.image), file);
+  assert.strictEqual(fs.statSync(image.image).mode & 0o777, 0o750);
+  const left = fs.readdirSync(path.dirname(image.image));
   assert.deepStrictEqual(left.sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
 });
 
 test('the first launch of an installed version is reported once', async (t) => {
   const file = makeAppImage('3');
-  const application = await makeImage(t, (_question, answer) => answer.end(file));
-  application.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
+  const image = await makeImage(t, (_question, answer) => answer.end(file));
+  image.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
   const home = temporaryDirectory(t);
-  const inVersion = (version, body) =>
-    evaluate(t, `${prelude(application.bundle(version))} run(async () => { ${body} });`, {
-      env: application.env,
-      home,
-    });
-  const tell = `m.setAppcastParameterCallback(() => '[]');
-    for (let i = 0; i < 20; ++i) await new Promise(setImmediate);
-    print(posted.filter(([name]) => name.includes('Relaunch')).map(([name]) => name));`;
-  await inVersion(
-    '2.0',
-    `m.setUserDefault('SUAutomaticallyUpdate', true);
-     m.checkForUpdates(true, false);
-     await eventually(() => require('fs').readFileSync(process.env.APPIMAGE).at(-1) === 0x33, 'the installation');
-     print(null);`,
-  );
-  assert.deepStrictEqual(await inVersion('2.0', tell), []);
-  assert.deepStrictEqual(await inVersion('3', tell), ['TsApplicationDidRelaunchAfterUpdateNotification']);
-  assert.deepStrictEqual(await inVersion('3', tell), []);
+  const inVersion = (version, scenario) => inApplications.with(image.in({ version }, { home }))(t, scenario);
+  const relaunches = async ({ native, nextTurn, posted }) => {
+    native.setAppcastParameterCallback(() => '[]');
+    for (let i = 0; i < 20; ++i) await nextTurn();
+    return posted.map(([name]) => name).filter((name) => name.includes('Relaunch'));
+  };
+  await inVersion('2.0', async ({ env, eventually, fs, native }) => {
+    native.setUserDefault('SUAutomaticallyUpdate', true);
+    native.checkForUpdates(true, false);
+    await eventually(() => fs.readFileSync(env.APPIMAGE).at(-1) === 0x33, 'the installation');
+  });
+  assert.deepStrictEqual(await inVersion('2.0', relaunches), []);
+  assert.deepStrictEqual(await inVersion('3', relaunches), ['TsApplicationDidRelaunchAfterUpdateNotification']);
+  assert.deepStrictEqual(await inVersion('3', relaunches), []);
 });
 
 test('nothing is installed without a key, an AppImage, or the consent of the user', async (t) => {
   const file = makeAppImage('3');
   const questions = [];
-  const application = await makeImage(t, (question, answer) => {
+  const image = await makeImage(t, (question, answer) => {
     questions.push(question.url);
     answer.end(file);
   });
-  application.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
-  const checkAs = async (more, env, call, pattern) => {
-    const bundle = application.bundle('2.0', more);
-    return evaluate(t, `${prelude(bundle)} run(async () => { ${call}; print((await upTo(${pattern})).slice(1)); });`, {
-      env,
-    });
-  };
-  const user = 'm.checkForUpdates(false, false)';
+  image.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
   const found = 'Did find update 3.';
   const noImage = 'Update 3 is not installed: the application is not an AppImage, so its package manager updates it';
   const noDisplay = 'Update 3 is not installed: there is no display to ask the user on';
   const noKey = 'No update can be verified: the public key is missing or malformed';
-  const otherImage = {
-    APPIMAGE: application.image,
-    APPDIR: path.join(path.dirname(application.image), 'TessaroHost.app', 'Resources'),
-  };
+  const resources = path.join(path.dirname(image.image), 'TessaroHost.app', 'Resources');
+  const otherImage = { APPIMAGE: image.image, APPDIR: resources };
+  const user = [false, false];
   const cases = [
-    [{ publicKey: undefined }, application.env, user, '/verified/', [noKey]],
-    [{ publicKey: 'AAAA' }, application.env, user, '/verified/', [noKey]],
-    [{}, {}, user, '/not installed/', [found, noImage]],
-    [{}, otherImage, user, '/not installed/', [found, noImage]],
-    [{}, application.env, user, '/not installed/', [found, noDisplay]],
-    [{}, application.env, 'm.checkForUpdates(true, false)', '/Did find/', [found]],
-    [{}, application.env, 'm.fetchAppcast()', '/Did find/', [found]],
+    [{ publicKey: undefined }, image.env, user, /verified/, [noKey]],
+    [{ publicKey: 'AAAA' }, image.env, user, /verified/, [noKey]],
+    [{}, {}, user, /not installed/, [found, noImage]],
+    [{}, otherImage, user, /not installed/, [found, noImage]],
+    [{}, image.env, user, /not installed/, [found, noDisplay]],
+    [{}, image.env, [true, false], /Did find/, [found]],
+    [{}, image.env, null, /Did find/, [found]],
+    [{}, image.env, [true, false, true], /Will install/, [found, 'Will install update 3.']],
   ];
-  for (const [more, env, call, pattern, expected] of cases) {
-    assert.deepStrictEqual(await checkAs(more, env, call, pattern), expected, `${JSON.stringify(more)} ${call}`);
+  for (const [information, env, check, pattern, expected] of cases) {
+    assert.deepStrictEqual(questions, []);
+    const lines = await inApplications.with(image.in(information, { env }))(
+      t,
+      async ({ native, upTo }, flags, last) => {
+        const [silently, onlyCheck, automatically] = flags ?? [];
+        if (automatically) native.setUserDefault('SUAutomaticallyUpdate', true);
+        if (flags) native.checkForUpdates(silently, onlyCheck);
+        else native.fetchAppcast();
+        return (await upTo(last)).slice(1);
+      },
+      check,
+      pattern,
+    );
+    assert.deepStrictEqual(lines, expected, `${JSON.stringify(information)} ${check}`);
   }
-  assert.deepStrictEqual(questions, []);
-  await checkAs(
-    {},
-    application.env,
-    "m.setUserDefault('SUAutomaticallyUpdate', true); m.checkForUpdates(true, false)",
-    '/Will install/',
-  );
   assert.deepStrictEqual(questions, ['/file']);
 });
 
 // ---- When
 
 test('automatic checks continue in later processes when they are due', async (t) => {
-  const { url, questions } = await serveEmptyFeed(t);
-  const home = temporaryDirectory(t);
-  const inProcess = (body) => inApplication(t, { feed: url }, body, { home });
-  const quiet = (setUp) => `${setUp} m.setAppcastParameterCallback(() => '[]');
-    await new Promise((resolve) => setTimeout(resolve, 300)); print(updates.dateDefault('SULastCheckTime'));`;
+  const { url, questions } = await serveFeed(t);
+  const inProcess = application(t, { feed: url }, { home: temporaryDirectory(t) });
+  // Once the process is ready a check that was due has begun; another request shows that none has.
+  const quiet = async ({ native, nextTurn, updates }, last) => {
+    if (last) updates.setDateDefault('SULastCheckTime', last);
+    native.setAppcastParameterCallback(() => '[]');
+    for (let i = 0; i < 100; ++i) await nextTurn();
+    return updates.dateDefault('SULastCheckTime') ?? null;
+  };
   const now = Math.floor(Date.now() / 1000);
-  const never = await inProcess(quiet(''));
-  assert.deepStrictEqual([never, questions.length], [null, 0]);
-  const checked = await inProcess(
-    `m.checkForUpdates(true, true); await eventually(() => appcasts() === 1, 'the feed'); print(updates.dateDefault('SULastCheckTime'));`,
-  );
+  assert.strictEqual(await inProcess(t, quiet), null);
+  const checked = await inProcess(t, async ({ fetched, native, updates }) => {
+    await fetched(() => native.checkForUpdates(true, true));
+    return updates.dateDefault('SULastCheckTime');
+  });
   assert.ok(checked >= now && checked < now + 600, `${checked} ${now}`);
-  assert.strictEqual(await inProcess(quiet('')), checked);
+  assert.strictEqual(await inProcess(t, quiet), checked);
   assert.strictEqual(questions.length, 1);
 
-  const due = (last) => `updates.setDateDefault('SULastCheckTime', ${last}); m.setAppcastParameterCallback(() => '[]');
-    await eventually(() => appcasts() === 1, 'the feed'); print(null);`;
-  await inProcess(due(now - 43201));
+  const due = async ({ fetched, native, updates }, last) => {
+    updates.setDateDefault('SULastCheckTime', last);
+    await fetched(() => native.setAppcastParameterCallback(() => '[]'));
+  };
+  await inProcess(t, due, now - 43201);
   // Later than the moment at which the clock was set back.
-  await inProcess(due(now + 1e6));
+  await inProcess(t, due, now + 1e6);
   assert.strictEqual(questions.length, 3);
   // The interval passes while the process runs.
-  await inProcess(due(Math.ceil(Date.now() / 1000) - 43199));
+  await inProcess(t, due, Math.ceil(Date.now() / 1000) - 43199);
   assert.strictEqual(questions.length, 4);
 
-  await inProcess(`m.checkForUpdates(true, false); await eventually(() => appcasts() === 1, 'the feed'); print(null);`);
-  await inProcess(quiet(`updates.setDateDefault('SULastCheckTime', ${now - 1e6});`));
+  await inProcess(t, async ({ fetched, native }) => fetched(() => native.checkForUpdates(true, false)));
+  await inProcess(t, quiet, now - 1e6);
   assert.strictEqual(questions.length, 5);
 });
 
@@ -675,189 +625,152 @@ test('a check replaces one that waits for its feed, unless it does less, and the
     waiting.push([parametersOf(question.url)[0][1], answer]);
     if (isAnswering) answer.end(feed());
   });
-  const child = startScript(
-    t,
-    `${prelude(makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey }))}
-     let kind;
-     m.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
-     const check = { information: () => m.fetchAppcast(), background: () => m.checkForUpdates(true, false), user: () => m.checkForUpdates(false, false) };
-     for (kind of ['background', 'information', 'user', 'background', 'user']) check[kind]();
-     process.stdin.once('data', () => run(async () => { await eventually(() => appcasts() > 0, 'the feed'); print([appcasts(), kind, news().filter((line) => /^A check/.test(line)).map((line) => line.split(' ')[5])]); }));`,
-  );
+  const child = await application(t, { feed: url }).resident(t);
+  await child.tell(({ native }) => {
+    let kind;
+    native.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
+    const check = {
+      information: () => native.fetchAppcast(),
+      background: () => native.checkForUpdates(true, false),
+      user: () => native.checkForUpdates(false, false),
+    };
+    for (kind of ['background', 'information', 'user', 'background', 'user']) check[kind]();
+  });
   // Connections of checks that were given up may never have been asked for anything.
   await eventually(() => waiting.some(([kind]) => kind === 'user'), 'the request');
   isAnswering = true;
   for (const [, answer] of waiting) answer.end(feed());
-  child.process.stdin.end('go');
-  const { code, stderr } = await child.ended;
-  const log = ['left', 'replaced', 'left', 'replaced'];
-  assert.deepStrictEqual([code, child.output.stdout], [0, `${JSON.stringify([1, 'user', log])}\n`], stderr);
-  const asked = waiting.map(([kind]) => kind);
-  assert.ok(!asked.includes('information'), JSON.stringify(asked));
+  await child.until(({ appcasts }) => appcasts() === 1);
+  const log = (await child.tell(({ news }) => news())).filter((line) => /^A check/.test(line));
+  assert.deepStrictEqual(
+    log.map((line) => line.split(' ')[5]),
+    ['left', 'replaced', 'left', 'replaced'],
+  );
+  assert.ok(!waiting.some(([kind]) => kind === 'information'));
 });
 
 test('a check neither keeps the process alive nor prevents its exit', async (t) => {
-  const url = await serve(t, () => {});
-  const bundle = makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey });
-  for (const end of ['process.exit()', 'host.setKeepAlive(false)']) {
-    const { code, signal, stderr } = await runScript(
+  let asked = 0;
+  const url = await serve(t, () => ++asked);
+  for (const how of ['exit', 'no windows']) {
+    const { code, signal, stderr } = await application(t, { feed: url }).ends(
       t,
-      `${prelude(bundle)} m.checkForUpdates(true, true); setTimeout(() => ${end}, 50);`,
+      ({ host, native }, end) => {
+        native.checkForUpdates(true, true);
+        setImmediate(() => (end === 'exit' ? process.exit() : host.setKeepAlive(false)));
+      },
+      how,
     );
     assert.deepStrictEqual([code, signal], [0, null], stderr);
   }
 });
 
+test('fetching the feed beside another check does not make that check a dry run', async (t) => {
+  const url = await serve(t, () => {});
+  const dry = await application(t, { feed: url })(t, async ({ native, updates }) => {
+    native.checkForUpdates(true, false);
+    native.fetchAppcast();
+    const beside = updates.isDryRun();
+    native.checkForUpdates(true, false);
+    return [beside, updates.isDryRun()];
+  });
+  assert.deepStrictEqual(dry, [false, false]);
+});
+
 // ---- On a display
 
-test('holding Option checks the test channel once; results activate the application unless only fetching the feed', async (t) => {
-  const questions = [];
-  const url = await serve(t, (question, answer) => {
-    questions.push(parametersOf(question.url).filter(([key]) => key === 'buildType'));
-    answer.end(
-      feed(
-        item({ version: '3', url: somewhere, signature: signed, inside: '<sparkle:channel>test</sparkle:channel>' }),
-      ),
-    );
-  });
-  const found = feed(item({ version: '3', url: somewhere, signature: signed }));
-  const always = await serve(t, (_question, answer) => answer.end(found));
-  const inFront = (body) => `
-    const { spawn } = require('child_process');
-    const window = host.createWindow({ title: 'Updates' });
-    const isInFront = () => host.windowInfo(window).isKey;
-    await eventually(isInFront, 'the window');
-    ${body}`;
-  const lines = await inApplication(
+test('holding Option checks the test channel once', async (t) => {
+  const { url, questions } = await serveFeed(t, update({ inside: '<sparkle:channel>test</sparkle:channel>' }));
+  const lines = await onDisplay.with(bundleOf(t, { feed: url }))(
     t,
-    { feed: url },
-    inFront(
-      `const { execFileSync } = require('child_process');
-       // No event of these keys has been handled when the check begins.
-       execFileSync('xdotool', ['keydown', 'alt']);
-       news();
-       m.checkForUpdates(false, false);
-       const first = await upTo(/not installed/);
-       execFileSync('xdotool', ['keyup', 'alt']);
-       const before = appcasts();
-       m.checkForUpdates(false, false);
-       await eventually(() => appcasts() > before, 'the feed');
-       print([...first, ...news()]);`,
-    ),
-    { env: session.env },
+    async ({ eventually, fetched, host, native, news, run, upTo }) => {
+      const window = host.createWindow({ title: 'Updates' });
+      await eventually(() => host.windowInfo(window).isKey, 'the window');
+      await run('xdotool', 'keydown', 'alt');
+      news();
+      native.checkForUpdates(false, false);
+      const first = await upTo(/not installed/);
+      await run('xdotool', 'keyup', 'alt');
+      await fetched(() => native.checkForUpdates(false, false));
+      return [...first, ...news()];
+    },
   );
-  assert.deepStrictEqual(questions, [[['buildType', 'test']], []]);
+  const kinds = questions.map((question) => new URL(question, 'http://a').searchParams.get('buildType'));
+  assert.deepStrictEqual(kinds, ['test', null]);
   assert.deepStrictEqual(lines, [
     'Check for updates. (buildType=test, sendingProfile=NO)',
     'Did find update 3.',
     'Update 3 is not installed: the application is not an AppImage, so its package manager updates it',
     'Check for updates. (buildType=stable, sendingProfile=NO)',
   ]);
+});
 
-  const result = await inApplication(
+test('results activate the application unless only the feed was fetched', async (t) => {
+  const { url } = await serveFeed(t, update());
+  const result = await onDisplay.with(bundleOf(t, { feed: url }))(
     t,
-    { feed: always },
-    inFront(
-      `const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
-       await eventually(() => !isInFront(), 'the other window');
-       m.fetchAppcast();
-       await upTo(/Did find/);
-       await new Promise((resolve) => setTimeout(resolve, 300));
-       const afterFeed = isInFront();
-       m.checkForUpdates(true, false);
-       await eventually(isInFront, 'the window in front');
-       other.kill();
-       print([afterFeed, appcasts()]);`,
-    ),
-    { env: session.env },
+    async ({ appcasts, eventually, fetched, host, native, spawn, upTo }) => {
+      const window = host.createWindow({ title: 'Updates' });
+      const isInFront = () => host.windowInfo(window).isKey;
+      await eventually(isInFront, 'the window');
+      const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
+      await eventually(() => !isInFront(), 'the other window');
+      await fetched(() => native.fetchAppcast());
+      await upTo(/Did find/);
+      const afterFeed = isInFront();
+      native.checkForUpdates(true, false);
+      await eventually(isInFront, 'the window in front');
+      other.kill();
+      return [afterFeed, appcasts()];
+    },
   );
   assert.deepStrictEqual(result, [false, 2]);
 });
 
 test('the update window offers an update, shows its installation and its failures', async (t) => {
   const file = makeAppImage('3');
-  let items = () => [];
-  const application = await makeImage(t, (_question, answer) => answer.end(file));
-  const update = (url, more) => item({ version: '3', url: `${url}/file`, signature: keys.sign(file), ...more });
-  const notes = '<description><![CDATA[<p>New &amp; <b>better</b></p>]]></description>';
-  const steps = [
-    () => [],
-    (url) => [update(url, { inside: notes })],
-    (url) => [update(url, { signature: signed })],
-    update,
-  ];
-  let step = 0;
-  application.items = (url) => [items(url)].flat();
-  items = (url) => steps[Math.min(step, steps.length - 1)](url);
-  const control = await serve(t, (question, answer) => {
-    step = Number(question.url.slice(1));
-    answer.end();
-  });
-  const result = await evaluate(
-    t,
-    `${prelude(application.bundle('2.0', { shortVersion: '2.0' }))}
-     const { dialogs } = probe();
-     const title = 'Software Update';
-     const views = () => JSON.parse(dialogs.windows()).find((window) => window.title === title)?.views ?? [];
-     const texts = () => views().map(({ text }) => text).filter((text) => text !== undefined);
-     const showing = (text) => eventually(() => texts().some((each) => each.includes(text)), text)
-       .catch((error) => { throw new Error(error.message + ': ' + JSON.stringify([texts(), news()])); });
-     const press = (button) => eventually(() => dialogs.pressButton(title, button), button);
-     const check = async (step) => { await fetch('${control}/' + step); m.checkForUpdates(false, false); };
-     const version = () => String.fromCharCode(require('fs').readFileSync(process.env.APPIMAGE).at(-1));
-     run(async () => {
-       const result = [];
-       await check(0);
-       await showing('You have the newest version.');
-       await press('OK');
-       await eventually(() => views().length === 0, 'closed');
+  const image = await makeImage(t, (_question, answer) => answer.end(file));
+  const offered = (url, more) => item({ version: '3', url: `${url}/file`, signature: keys.sign(file), ...more });
+  const inside = '<description><![CDATA[<p>New &amp; <b>better</b></p>]]></description>';
+  const child = await onDisplay.with(image.in({ shortVersion: '2.0' }, { env: image.env })).resident(t);
+  const title = 'Software Update';
+  const views = async () =>
+    (await child.tell(({ dialogs }) => dialogs.windows())).find((window) => window.title === title)?.views ?? [];
+  const texts = async () => (await views()).map(({ text }) => text).filter((text) => text !== undefined);
+  const showing = (text) => eventually(async () => (await texts()).some((each) => each.includes(text)), text);
+  const press = (button) => child.until(({ dialogs }, ...names) => dialogs.pressButton(...names), title, button);
+  const version = () => String.fromCharCode(fs.readFileSync(image.image).at(-1));
+  const check = async (items, text) => {
+    image.items = items;
+    await child.tell(({ native }) => native.checkForUpdates(false, false));
+    await showing(text);
+  };
+  const isClosed = () => eventually(async () => (await views()).length === 0, 'the end of the window');
 
-       await check(1);
-       await showing('Version 3 is available. You have version 2.0.');
-       result.push(texts());
-       await press('Later');
-       await check(1);
-       await showing('Version 3 is available');
-       await press('Skip This Version');
-       await eventually(() => views().length === 0, 'closed');
-       news();
-       m.checkForUpdates(true, false);
-       const before = appcasts();
-       await eventually(() => appcasts() > before, 'the feed');
-       result.push(news().some((line) => /Did find/.test(line)), views().length, version());
+  await check(() => [], 'You have the newest version.');
+  await press('OK');
+  await isClosed();
 
-       await check(2);
-       await showing('Version 3 is available');
-       await press('Install');
-       await showing("its file doesn't match the feed's signature");
-       result.push(version());
+  const available = 'Version 3 is available. You have version 2.0.';
+  await check((url) => [offered(url, { inside })], available);
+  assert.deepStrictEqual(await texts(), [available, 'New & better']);
+  await press('Later');
+  await check((url) => [offered(url, { inside })], 'Version 3 is available');
+  await press('Skip This Version');
+  await isClosed();
+  await child.tell(({ news }) => news());
+  await child.tell(async ({ fetched, native }) => fetched(() => native.checkForUpdates(true, false)));
+  const lines = await child.tell(({ news }) => news());
+  assert.ok(!lines.some((line) => /Did find/.test(line)), lines.join('\n'));
+  assert.deepStrictEqual([await views(), version()], [[], '0']);
 
-       await check(3);
-       await showing('Version 3 is available');
-       await press('Install');
-       await showing('Version 3 is installed.');
-       result.push(version());
-       print(result);
-     });`,
-    { env: { ...session.env, ...application.env } },
-  );
-  const shown = ['Version 3 is available. You have version 2.0.', 'New & better'];
-  assert.deepStrictEqual(result, [shown, false, 0, '0', '0', '3']);
-});
+  await check((url) => [offered(url, { signature: signed })], 'Version 3 is available');
+  await press('Install');
+  await showing("its file doesn't match the feed's signature");
+  assert.strictEqual(version(), '0');
 
-test('fetching the feed beside another check does not make that check a dry run', async (t) => {
-  const waiting = [];
-  const url = await serve(t, (_question, answer) => waiting.push(answer));
-  const child = startScript(
-    t,
-    `${prelude(makeBundle(temporaryDirectory(t), { version: '2.0', feed: url, publicKey: keys.publicKey }))}
-     m.checkForUpdates(true, false);
-     m.fetchAppcast();
-     print(updates.isDryRun());
-     m.checkForUpdates(true, false);
-     print(updates.isDryRun());
-     process.exit();`,
-  );
-  const { code, stderr } = await child.ended;
-  assert.deepStrictEqual([code, child.output.stdout], [0, 'false\nfalse\n'], stderr);
+  await check((url) => [offered(url)], 'Version 3 is available');
+  await press('Install');
+  await showing('Version 3 is installed.');
+  assert.strictEqual(version(), '3');
 });

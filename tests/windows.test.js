@@ -5,22 +5,20 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { useWindows } = require('./support/windows');
+const { scenarios } = require('./support/scenario');
 
-const inWindows = useWindows();
+const inWindows = scenarios({ display: true, uses: ['windows'] });
 
 test('changes of main and key browser windows, and of no others, reach script', async (t) => {
-  const { events, handles } = await inWindows(
-    t,
-    `const events = [];
-     m.setWindowNotificationCallbackFunction((name, handle) => events.push([name, handle.toString('hex')]));
-     const first = await open({ title: 'First' });
-     const second = await open({ title: 'Second' });
-     const before = events.length;
-     ask('openPanel');
-     await eventually(() => !host.windowInfo(second).isKey, 'the panel');
-     print({ events: events.slice(0, before + 1), handles: [first, second].map((handle) => handle.toString('hex')) });`,
-  );
+  const { events, handles } = await inWindows(t, async ({ eventually, host, native, open, windows }) => {
+    const events = [];
+    native.setWindowNotificationCallbackFunction((name, handle) => events.push([name, handle.toString('hex')]));
+    const opened = [await open({ title: 'First' }), await open({ title: 'Second' })];
+    const before = events.length;
+    windows.openPanel();
+    await eventually(() => !host.windowInfo(opened[1]).isKey, 'the panel');
+    return { events: events.slice(0, before + 1), handles: opened.map((handle) => handle.toString('hex')) };
+  });
   const [first, second] = handles;
   const names = (handle) => events.filter(([, each]) => each === handle).map(([name]) => name);
   assert.deepStrictEqual(names(first).sort(), [
@@ -36,77 +34,74 @@ test('changes of main and key browser windows, and of no others, reach script', 
 });
 
 test('a host whose classes have the names of current Electron works as well', async (t) => {
-  const { events, methods, dropped } = await inWindows(
+  const { events, methods, dropped } = await inWindows.with({ env: { TESSARO_HOST_ADDON: 'TessaroElectronHost' } })(
     t,
-    `const events = [];
-     m.setWindowNotificationCallbackFunction((name) => events.push(name));
-     const handle = await open({ title: 'First' });
-     m.hideWindowContent(handle, 1000);
-     print({
-       events,
-       methods: [
-         host.hasMethod('AtomNSWindow', 'close'),
-         host.hasMethod('ElectronNSWindowDelegate', 'window:shouldDragDocumentWithEvent:from:withPasteboard:'),
-       ],
-       dropped: m.dropFiles(handle, '{"x":10,"y":10}', '["/etc/hostname"]'),
-     });`,
-    { TESSARO_HOST_ADDON: 'TessaroElectronHost' },
+    async ({ host, native, open }) => {
+      const events = [];
+      native.setWindowNotificationCallbackFunction((name) => events.push(name));
+      const handle = await open({ title: 'First' });
+      native.hideWindowContent(handle, 1000);
+      const drag = 'window:shouldDragDocumentWithEvent:from:withPasteboard:';
+      return {
+        events,
+        methods: [host.hasMethod('AtomNSWindow', 'close'), host.hasMethod('ElectronNSWindowDelegate', drag)],
+        dropped: native.dropFiles(handle, '{"x":10,"y":10}', '["/etc/hostname"]'),
+      };
+    },
   );
   assert.deepStrictEqual(events.sort(), ['did-become-key', 'did-become-main']);
   assert.deepStrictEqual([methods, dropped], [[false, true], true]);
 });
 
 test('an unknown notification is logged and not reported', async (t) => {
-  const { events, warnings } = await inWindows(
-    t,
-    `await open({ title: 'First' });
-     const events = [];
-     m.setWindowNotificationCallbackFunction((...event) => events.push(event));
-     captureLog();
-     ask('notifyDirectly', { window: 'First', name: 'Other' });
-     print({ events, warnings: log(2) });`,
-  );
+  const { events, warnings } = await inWindows(t, async ({ captureLog, log, native, open, windows }) => {
+    await open({ title: 'First' });
+    const events = [];
+    native.setWindowNotificationCallbackFunction((...event) => events.push(event));
+    captureLog();
+    windows.notifyDirectly('First', 'Other');
+    return { events, warnings: log(2) };
+  });
   assert.deepStrictEqual([events, warnings], [[], ['Unknown notification Other']]);
 });
 
 test('a backing change is posted again once, after five seconds', async (t) => {
-  const { seen, waited, panels } = await inWindows(
-    t,
-    `await open({ title: 'First' });
-     ask('openPanel');
-     ask('observeBackingChanges');
-     ask('postBackingChange', { window: 'Panel' });
-     ask('postBackingChange', { window: 'First', userInfo: { scale: 2 } });
-     const panels = ask('backingChanges').length;
-     const start = Date.now();
-     await eventually(() => ask('backingChanges').length === 3, 'the second announcement');
-     const waited = Date.now() - start;
-     await new Promise((resolve) => setTimeout(resolve, 5500));
-     print({ seen: ask('backingChanges'), waited, panels });`,
-  );
+  const { seen, waited, panels } = await inWindows(t, async ({ eventually, open, windows }) => {
+    await open({ title: 'First' });
+    windows.openPanel();
+    windows.observeBackingChanges();
+    windows.postBackingChange('Panel');
+    windows.postBackingChange('First', { scale: 2 });
+    const panels = windows.backingChanges().length;
+    const start = Date.now();
+    await eventually(() => windows.backingChanges().length === 3, 'the second announcement');
+    const waited = Date.now() - start;
+    // A third one would come as late as the second one of this change.
+    windows.postBackingChange('First', { scale: 1 });
+    await eventually(() => windows.backingChanges().length >= 5, 'the next announcement');
+    return { seen: windows.backingChanges(), waited, panels };
+  });
   assert.strictEqual(panels, 2);
-  assert.deepStrictEqual(seen.slice(1), [{ scale: 2 }, { scale: 2, TsDelayedNotification: true }]);
-  assert.ok(waited >= 4990 && waited < 7000, `${waited} ms`);
+  const twice = (scale) => [{ scale }, { scale, TsDelayedNotification: true }];
+  assert.deepStrictEqual(seen.slice(1), [...twice(2), ...twice(1)]);
+  assert.ok(waited >= 4990, `${waited} ms`);
 });
 
 test('main and key windows are reported and can be closed', async (t) => {
-  const answers = await inWindows(
-    t,
-    `const answers = [];
-     const note = () => answers.push([m.hasMainWindow(), m.hasKeyWindow()]);
-     note();
-     m.closeMainWindow(); m.closeKeyWindow(); m.reenableWindowUpdates();
-     await open({ title: 'First' });
-     note();
-     m.closeMainWindow();
-     await eventually(() => !m.hasMainWindow() && !m.hasKeyWindow(), 'the end of the window');
-     await open({ title: 'Second' });
-     note();
-     m.closeKeyWindow();
-     await eventually(() => !m.hasMainWindow() && !m.hasKeyWindow(), 'the end of the window');
-     note();
-     print(answers);`,
-  );
+  const answers = await inWindows(t, async ({ eventually, native, open }) => {
+    const look = () => [native.hasMainWindow(), native.hasKeyWindow()];
+    const answers = [look()];
+    native.closeMainWindow();
+    native.closeKeyWindow();
+    native.reenableWindowUpdates();
+    for (const close of ['closeMainWindow', 'closeKeyWindow']) {
+      await open({ title: 'First' });
+      answers.push(look());
+      native[close]();
+      await eventually(() => !look().includes(true), 'the end of the window');
+    }
+    return [...answers, look()];
+  });
   assert.deepStrictEqual(answers, [
     [false, false],
     [true, true],
@@ -116,36 +111,35 @@ test('main and key windows are reported and can be closed', async (t) => {
 });
 
 test('a window has sheets while one is attached', async (t) => {
-  const answers = await inWindows(
-    t,
-    `const handle = await open({ title: 'First' });
-     const answers = [m.hasSheets(handle)];
-     ask('openPanel');
-     for (const isAttached of [true, false]) {
-       ask('attachSheet', { window: 'First', isAttached });
-       answers.push(m.hasSheets(handle));
-     }
-     print(answers);`,
-  );
+  const answers = await inWindows(t, async ({ native, open, windows }) => {
+    const handle = await open({ title: 'First' });
+    windows.openPanel();
+    const attached = (isAttached) => windows.attachSheet('First', isAttached) ?? native.hasSheets(handle);
+    return [native.hasSheets(handle), attached(true), attached(false)];
+  });
   assert.deepStrictEqual(answers, [false, true, false]);
 });
 
 test('hidden content reappears focused', async (t) => {
-  const states = await inWindows(
-    t,
-    `const handle = await open({ title: 'First' });
-     const state = () => { const { alpha, isContentHidden, firstResponder, isContentFocused } = ask('windowState', { window: 'First' }); return [alpha, isContentHidden, firstResponder, isContentFocused]; };
-     const states = [state()];
-     m.hideWindowContent(handle, 0);
-     states.push(state());
-     await eventually(() => state()[0] === 1, 'the content');
-     states.push(state());
-     // The window is closed before its content would come back.
-     m.hideWindowContent(handle, 50);
-     host.closeWindow(handle);
-     await new Promise((resolve) => setTimeout(resolve, 200));
-     print(states);`,
-  );
+  const states = await inWindows(t, async ({ eventually, host, native, open, windows }) => {
+    const handle = await open({ title: 'First' });
+    const state = () => {
+      const { alpha, isContentHidden, firstResponder, isContentFocused } = windows.windowState('First');
+      return [alpha, isContentHidden, firstResponder, isContentFocused];
+    };
+    const states = [state()];
+    native.hideWindowContent(handle, 0);
+    states.push(state());
+    await eventually(() => state()[0] === 1, 'the content');
+    states.push(state());
+    // The window is closed before its content would come back, and another one's content after that.
+    const other = await open({ title: 'Second' });
+    native.hideWindowContent(handle, 50);
+    host.closeWindow(handle);
+    native.hideWindowContent(other, 50);
+    await eventually(() => windows.windowState('Second').alpha === 1, 'the other content');
+    return states;
+  });
   assert.deepStrictEqual(states, [
     [1, false, 'WebContentsViewCocoa', false],
     [0, true, 'AtomNSWindow', false],
@@ -155,27 +149,22 @@ test('hidden content reappears focused', async (t) => {
 
 const top = ([, y, , height]) => y + height;
 
-const resizing = (prepare, settle) => `
-  const handle = await open({ title: 'First', width: 600, height: 300 });
-  const state = () => ask('windowState', { window: 'First' });
-  ${prepare}
-  const before = state();
-  m.resizeWindowContent(handle, 480, 220);
-  ${settle}
-  print({ before, after: state() });`;
-
-for (const [what, prepare, settle] of [
-  // It is animated, and the window manager has the last word.
-  [
-    'a visible',
-    '',
-    `await eventually(() => state().content[3] === 220, 'the size');
-     await new Promise((resolve) => setTimeout(resolve, 300));`,
-  ],
-  ['a hidden', "ask('orderOut', { window: 'First' });", ''],
-]) {
-  test(`${what} window's content is resized below its top edge`, async (t) => {
-    const { before, after } = await inWindows(t, resizing(prepare, settle));
+for (const isVisible of [true, false]) {
+  test(`a ${isVisible ? 'visible' : 'hidden'} window's content is resized below its top edge`, async (t) => {
+    const { before, after } = await inWindows(
+      t,
+      async ({ atRest, native, open, windows }, shown) => {
+        const handle = await open({ title: 'First', width: 600, height: 300 });
+        const state = () => windows.windowState('First');
+        if (!shown) windows.orderOut('First');
+        const before = state();
+        native.resizeWindowContent(handle, 480, 220);
+        // It is animated, and the window manager has the last word.
+        if (shown) await atRest(() => (state().content[3] === 220 ? state() : Math.random()));
+        return { before, after: state() };
+      },
+      isVisible,
+    );
     assert.deepStrictEqual(after.content.slice(2), [480, 220]);
     assert.strictEqual(top(after.frame), top(before.frame));
     assert.strictEqual(after.frame[0], before.frame[0]);
@@ -183,36 +172,47 @@ for (const [what, prepare, settle] of [
 }
 
 test('impossible sizes are harmless', async (t) => {
-  const sizes = await inWindows(
-    t,
-    `const handle = await open({ title: 'First' });
-     for (const [width, height] of [[2147483647, 2147483647], [0, 0], [-2147483648, 5]]) m.resizeWindowContent(handle, width, height);
-     // The window manager's answers to the earlier ones may still come in.
-     await eventually(() => {
-       m.resizeWindowContent(handle, 400, 200);
-       return ask('windowState', { window: 'First' }).content[3] === 200;
-     }, 'the last size');
-     await eventually(() => ask('windowState', { window: 'First' }).content[2] === 400, 'the last width');
-     print(ask('windowState', { window: 'First' }).content.slice(2));`,
-  );
+  const sizes = await inWindows(t, async ({ eventually, native, open, windows }) => {
+    const handle = await open({ title: 'First' });
+    const size = () => windows.windowState('First').content.slice(2);
+    for (const each of [[2147483647, 2147483647], [0, 0], [-2147483648, 5]]) native.resizeWindowContent(handle, ...each); // prettier-ignore
+    // The window manager's answers to the earlier ones may still come in.
+    const isLast = () => native.resizeWindowContent(handle, 400, 200) ?? size().join() === '400,200';
+    await eventually(isLast, 'the last size');
+    return size();
+  });
   assert.deepStrictEqual(sizes, [400, 200]);
 });
 
 test('handles that are not of a living window are refused', async (t) => {
   const { answers, errors } = await inWindows(
     t,
-    `const closed = await open({ title: 'First' });
-     host.closeWindow(closed);
-     await eventually(() => !m.hasKeyWindow(), 'the end of the window');
-     // What a host that lets go of its windows leaves behind: the memory may be anything by now.
-     for (let i = 0; i < 200; ++i) host.closeWindow(host.createWindow({ title: 'Filler' }));
-     await new Promise((resolve) => setTimeout(resolve, 100));
-     const handles = [closed, {}, [], Buffer.alloc(0), Buffer.alloc(7, 1), Buffer.alloc(9, 1), Buffer.alloc(8),
-       Buffer.alloc(8, 0xff), Buffer.from([1, 0, 0, 0, 0, 0, 0, 0]), new Float64Array([1.5]), new Date(), () => {}];
-     captureLog();
-     const answers = handles.map((handle) => [m.hasSheets(handle), m.hideWindowContent(handle, 1),
-       m.resizeWindowContent(handle, 1, 1), m.dropFiles(handle, '{"x":1,"y":1}', '[]'), m.addToolbarToWindow(handle, 1, '{}')]);
-     print({ answers: answers.map((row) => row.map((value) => value === undefined ? null : value)), errors: log(1) });`,
+    async ({ captureLog, eventually, host, log, native, nextTurn, open }) => {
+      const closed = await open({ title: 'First' });
+      host.closeWindow(closed);
+      await eventually(() => !native.hasKeyWindow(), 'the end of the window');
+      // What a host that lets go of its windows leaves behind: the memory may be anything by now.
+      for (let i = 0; i < 200; ++i) host.closeWindow(host.createWindow({ title: 'Filler' }));
+      for (let i = 0; i < 20; ++i) await nextTurn();
+      const bytes = [
+        [],
+        Array(7).fill(1),
+        Array(9).fill(1),
+        Array(8).fill(0),
+        Array(8).fill(0xff),
+        [1, 0, 0, 0, 0, 0, 0, 0],
+      ];
+      const others = [{}, [], new Float64Array([1.5]), new Date(), () => {}];
+      captureLog();
+      const answers = [closed, ...others, ...bytes.map((each) => Buffer.from(each))].map((handle) => [
+        native.hasSheets(handle),
+        native.hideWindowContent(handle, 1),
+        native.resizeWindowContent(handle, 1, 1),
+        native.dropFiles(handle, '{"x":1,"y":1}', '[]'),
+        native.addToolbarToWindow(handle, 1, '{}'),
+      ]);
+      return { answers, errors: log(1) };
+    },
   );
   for (const row of answers) assert.deepStrictEqual(row, [false, null, null, null, null]);
   assert.deepStrictEqual(errors.slice(0, 4), [

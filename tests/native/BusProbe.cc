@@ -6,13 +6,11 @@
 #include <vector>
 
 #include "Platform/Linux/Base/SessionBus.h"
-#include "PlatformProbe.h"
+#include "Probe.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
-
-using Arguments = const v8::FunctionCallbackInfo<v8::Value>&;
 
 constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
@@ -20,13 +18,10 @@ constexpr char kSettings[] = "org.freedesktop.portal.Settings";
 constexpr char kAppearance[] = "org.freedesktop.appearance";
 constexpr std::chrono::minutes kDeadline{1};
 
-v8::Local<v8::String> Text(const std::string& text) {
-  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text.c_str()).ToLocalChecked();
-}
-
-void uniqueName(Arguments args) {
+void uniqueName(ProbeArguments args) {
   auto* bus = platform::SessionBus::Shared().Connection();
-  args.GetReturnValue().Set(Text(bus != nullptr ? bus->getUniqueName() : platform::SessionBus::Shared().LastError()));
+  args.GetReturnValue().Set(
+      ScriptText(bus != nullptr ? bus->getUniqueName() : platform::SessionBus::Shared().LastError()));
 }
 
 std::optional<platform::SessionBus::Subscription>& Listening() {
@@ -40,11 +35,11 @@ void Report(const std::shared_ptr<v8::Global<v8::Function>>& function, const cha
   const auto local = function->Get(isolate);
   const auto context = local->GetCreationContext().ToLocalChecked();
   const v8::Context::Scope entered(context);
-  v8::Local<v8::Value> argument = Text(event);
+  v8::Local<v8::Value> argument = ScriptText(event);
   static_cast<void>(node::MakeCallback(isolate, context->Global(), local, 1, &argument, {0, 0}));
 }
 
-void listen(Arguments args) {
+void listen(ProbeArguments args) {
   // A script function must be let go of before its engine ends.
   node::AddEnvironmentCleanupHook(
       args.GetIsolate(), [](void*) { Listening().reset(); }, nullptr);
@@ -54,7 +49,7 @@ void listen(Arguments args) {
       {[function] { Report(function, "connected"); }, [function] { Report(function, "disconnected"); }});
 }
 
-void stopListening(Arguments) { Listening().reset(); }
+void stopListening(ProbeArguments) { Listening().reset(); }
 
 // A settings portal that knows the colour scheme: no real one runs without a desktop.
 class Portal {
@@ -81,23 +76,23 @@ class Portal {
   std::unique_ptr<sdbus::IObject> object_;
 };
 
-void setPortalScheme(Arguments args) {
+void setPortalScheme(ProbeArguments args) {
   static Portal portal(*platform::SessionBus::Shared().Connection());
-  portal.Set(args[0]->Uint32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0));
+  portal.Set(static_cast<std::uint32_t>(Number(args[0])));
 }
 
 // Asks the status item's menu as a tray does, over the bus: callMenu(method, row, function). The function is called
 // when the answer has come, which is not read.
-void callMenu(Arguments args) {
+void callMenu(ProbeArguments args) {
   static std::unique_ptr<sdbus::IProxy> menu;
   auto* bus = platform::SessionBus::Shared().Connection();
   if (!menu) menu = sdbus::createProxy(*bus, bus->getUniqueName(), "/StatusNotifierItem/Menu");
-  const v8::String::Utf8Value method(args.GetIsolate(), args[0]);
-  const std::int32_t row = args[1]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
-  auto call = menu->createMethodCall("com.canonical.dbusmenu", *method);
+  const std::string method = StdText(args[0]);
+  const std::int32_t row = static_cast<std::int32_t>(Number(args[1]));
+  auto call = menu->createMethodCall("com.canonical.dbusmenu", method);
   call << row;
-  if (std::string_view(*method) == "GetLayout") call << std::int32_t{-1} << std::vector<std::string>();
-  if (std::string_view(*method) == "Event") call << "clicked" << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
+  if (method == "GetLayout") call << std::int32_t{-1} << std::vector<std::string>();
+  if (method == "Event") call << "clicked" << sdbus::Variant(std::int32_t{0}) << std::uint32_t{0};
   const auto function =
       std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), args[2].As<v8::Function>());
   const auto answered = [function](sdbus::MethodReply&, const sdbus::Error* error) {
@@ -132,9 +127,9 @@ sdbus::MethodCall& PreparedMessage() {
 
 // Composes a message as a script does, over the bus: prepareMessage(count), the number of recipients, and then
 // composeMessage().
-void prepareMessage(Arguments args) {
+void prepareMessage(ProbeArguments args) {
   std::vector<std::map<std::string, sdbus::Variant>> recipients;
-  const auto count = args[0]->Int32Value(args.GetIsolate()->GetCurrentContext()).FromMaybe(0);
+  const auto count = static_cast<int>(Number(args[0]));
   for (int index = 0; index < count; ++index) {
     const std::string name = "person" + std::to_string(index);
     recipients.push_back({{"address", name + "@example.org"}, {"name", name}});
@@ -144,7 +139,7 @@ void prepareMessage(Arguments args) {
   PreparedMessage() << properties;
 }
 
-void composeMessage(Arguments) {
+void composeMessage(ProbeArguments) {
   const auto compose = [](sdbus::MethodReply& reply, const sdbus::Error* error) {
     sdbus::ObjectPath path;
     if (error != nullptr) return;
@@ -157,7 +152,6 @@ void composeMessage(Arguments) {
 }  // namespace
 
 void AttachBusProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(uniqueName);
   PROBE(listen);
   PROBE(stopListening);
@@ -165,5 +159,4 @@ void AttachBusProbe(v8::Local<v8::Object> exports) {
   PROBE(callMenu);
   PROBE(prepareMessage);
   PROBE(composeMessage);
-#undef PROBE
 }

@@ -1,8 +1,5 @@
-#include "CaptureProbe.h"
-
 #include "Capture/TsAnnotationView.h"
 #include "Probe.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
@@ -22,72 +19,43 @@ NSView* FindView(NSView* view, const Condition& condition) {
   return nil;
 }
 
-NSButton* ButtonOf(ProbeArguments args) {
-  NSString* title = convertToNSString(args[1]);
-  NSView* button = FindView([WindowNamed(convertToNSString(args[0])) contentView], [title](NSView* view) {
-    return [view isKindOfClass:[NSButton class]] && [[static_cast<NSButton*>(view) title] isEqual:title];
-  });
+NSButton* ButtonOf(NSString* window, NSString* title) {
+  NSView* button = FindView([WindowNamed(window) contentView],
+                            [title](NSView* view) { return [[As<NSButton>(view) title] isEqual:title]; });
   return static_cast<NSButton*>(button);
 }
 
-// press(window title, button title): whether there is such a button.
-void press(ProbeArguments args) {
-  @autoreleasepool {
-    NSButton* button = ButtonOf(args);
-    [button performClick:nil];
-    args.GetReturnValue().Set(button != nil);
-  }
+bool isEnabled(NSString* window, NSString* button) { return [ButtonOf(window, button) isEnabled] != NO; }
+
+// On the editor's canvas, between points that an image in its own size has from the upper left.
+void drag(NSString* title, double fromX, double fromY, double toX, double toY) {
+  NSWindow* window = WindowNamed(title);
+  NSView* canvas = FindView([window contentView], [](NSView* view) { return As<TsAnnotationView>(view) != nil; });
+  const auto send = [window, canvas](NSEventType type, SEL handler, double x, double y) {
+    const NSPoint point = [canvas convertPoint:NSMakePoint(x, NSHeight([canvas bounds]) - y) toView:nil];
+    NSEvent* event = [NSEvent mouseEventWithType:type
+                                        location:point
+                                   modifierFlags:0
+                                       timestamp:0
+                                    windowNumber:[window windowNumber]
+                                         context:nil
+                                     eventNumber:0
+                                      clickCount:1
+                                        pressure:0];
+    [canvas performSelector:handler withObject:event];
+  };
+  send(NSLeftMouseDown, @selector(mouseDown:), fromX, fromY);
+  send(NSLeftMouseDragged, @selector(mouseDragged:), toX, toY);
+  send(NSLeftMouseUp, @selector(mouseUp:), toX, toY);
 }
 
-void isEnabled(ProbeArguments args) {
-  @autoreleasepool {
-    args.GetReturnValue().Set(static_cast<bool>([ButtonOf(args) isEnabled]));
-  }
-}
-
-// The point of the editor's canvas where an image in its own size has a point from the upper left.
-NSPoint CanvasPoint(NSView* canvas, ProbeArguments args, int index) {
-  const auto number = [&args](int each) { return args[each].As<v8::Number>()->Value(); };
-  return [canvas convertPoint:NSMakePoint(number(index), NSHeight([canvas bounds]) - number(index + 1)) toView:nil];
-}
-
-// drag(window title, fromX, fromY, toX, toY)
-void drag(ProbeArguments args) {
-  @autoreleasepool {
-    NSWindow* window = WindowNamed(convertToNSString(args[0]));
-    NSView* canvas =
-        FindView([window contentView], [](NSView* view) { return [view isKindOfClass:[TsAnnotationView class]]; });
-    const auto event = [window](NSEventType type, NSPoint point) {
-      return [NSEvent mouseEventWithType:type
-                                location:point
-                           modifierFlags:0
-                               timestamp:0
-                            windowNumber:[window windowNumber]
-                                 context:nil
-                             eventNumber:0
-                              clickCount:1
-                                pressure:0];
-    };
-    const NSPoint end = CanvasPoint(canvas, args, 3);
-    [canvas mouseDown:event(NSLeftMouseDown, CanvasPoint(canvas, args, 1))];
-    [canvas mouseDragged:event(NSLeftMouseDragged, end)];
-    [canvas mouseUp:event(NSLeftMouseUp, end)];
-  }
-}
-
-// write(window title, text): into the field that has the keyboard.
-void write(ProbeArguments args) {
-  @autoreleasepool {
-    NSText* editor = [WindowNamed(convertToNSString(args[0])) fieldEditor:NO forObject:nil];
-    [editor insertText:convertToNSString(args[1])];
-  }
-}
+// Into the field that has the keyboard.
+void insert(NSString* window, NSString* text) { [[WindowNamed(window) fieldEditor:NO forObject:nil] insertText:text]; }
 
 }  // namespace
 
 void AttachCaptureProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "press", press);
-  NODE_SET_METHOD(exports, "isEnabled", isEnabled);
-  NODE_SET_METHOD(exports, "drag", drag);
-  NODE_SET_METHOD(exports, "write", write);
+  PROBE(isEnabled);
+  PROBE(drag);
+  PROBE(insert);
 }

@@ -1,5 +1,3 @@
-#include "CompositionProbe.h"
-
 #import "AppleScript/NSApplication+AS.h"
 #import "AppleScript/TsASOutgoingMessage.h"
 #include "Base/TsString.h"
@@ -7,39 +5,31 @@
 #include "Probe.h"
 #include "Services/TsServicesProvider.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
-// defaults(): a new message, as it is.
-void defaults(ProbeArguments args) {
-  @autoreleasepool {
-    auto message = Adopt([[TsASOutgoingMessage alloc] init]);
-    NSMutableDictionary* values = [NSMutableDictionary dictionary];
-    for (NSString* key in @[
-           @"directlySend", @"optimizeAttachments", @"didSetOptimizeAttachments", @"toRecipients", @"ccRecipients",
-           @"bccRecipients", @"mailAttachments", @"id", @"sender", @"subject", @"content", @"imageAttachMethod",
-           @"imageFileType", @"imageSize"
-         ]) {
-      [values setObject:TsSanitizeValue([message.get() valueForKey:key]) forKey:key];
-    }
-    const auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
-    const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
-    [values setObject:@[ [recipient name], [recipient address], [attachment path] ] forKey:@"elements"];
-    [values setObject:TsSanitizeValue([[message messageSignature] name]) forKey:@"signature"];
-    ReturnJSON(args, values);
+// A new message, as it is.
+id defaults() {
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  NSMutableDictionary* values = [NSMutableDictionary dictionary];
+  for (NSString* key in @[
+         @"directlySend", @"optimizeAttachments", @"didSetOptimizeAttachments", @"toRecipients", @"ccRecipients",
+         @"bccRecipients", @"mailAttachments", @"id", @"sender", @"subject", @"content", @"imageAttachMethod",
+         @"imageFileType", @"imageSize", @"messageSignature.name"
+       ]) {
+    [values setObject:TsSanitizeValue([message.get() valueForKeyPath:key]) forKey:key];
   }
+  const auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
+  const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
+  [values setObject:@[ [recipient name], [recipient address], [attachment path] ] forKey:@"elements"];
+  return values;
 }
 
-// composeAttributed(text): composes a message with rich text.
-void composeAttributed(ProbeArguments args) {
-  @autoreleasepool {
-    auto message = Adopt([[TsASOutgoingMessage alloc] init]);
-    NSDictionary* attributes = @{@"Weight" : @"bold"};
-    [message setContent:Adopt([[NSAttributedString alloc] initWithString:convertToNSString(args[0])
-                                                              attributes:attributes])];
-    [message handleComposeScriptCommand:nil];
-  }
+// Composes a message with rich text.
+void composeAttributed(NSString* text) {
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  [message setContent:Adopt([[NSAttributedString alloc] initWithString:text attributes:@{@"Weight" : @"bold"}])];
+  [message handleComposeScriptCommand:nil];
 }
 
 // Whether every element of a message, and the message itself, is where its specifier says.
@@ -60,88 +50,70 @@ NSMutableArray* New(Class elementClass, int count) {
   return elements;
 }
 
-// specifiers(): whether specifiers are right after setting, inserting, removing.
-void specifiers(ProbeArguments args) {
-  @autoreleasepool {
-    auto message = Adopt([[TsASOutgoingMessage alloc] init]);
-    [[NSApp mutableArrayValueForKey:@"outgoingMessages"] addObject:message.get()];
-    [message setToRecipients:New([TsASOutgoingMessageRecipient class], 3)];
-    [message setCcRecipients:New([TsASOutgoingMessageRecipient class], 2)];
-    [message setBccRecipients:New([TsASOutgoingMessageRecipient class], 1)];
-    [message setMailAttachments:New([TsASOutgoingMessageAttachment class], 2)];
-    const bool whenSet = AreSpecified(message);
-    NSMutableArray* recipients = [message.get() mutableArrayValueForKey:@"toRecipients"];
-    [recipients insertObject:[New([TsASOutgoingMessageRecipient class], 1) lastObject] atIndex:1];
-    const bool whenInserted = AreSpecified(message) && [[message toRecipients] count] == 4;
-    [recipients removeObjectAtIndex:0];
-    const bool whenRemoved = AreSpecified(message) && [[message toRecipients] count] == 3;
-    ReturnJSON(args, @[ @(int{whenSet}), @(int{whenInserted}), @(int{whenRemoved}) ]);
-  }
+// Whether specifiers are right after setting, inserting, removing.
+id specifiers() {
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  [[NSApp mutableArrayValueForKey:@"outgoingMessages"] addObject:message.get()];
+  [message setToRecipients:New([TsASOutgoingMessageRecipient class], 3)];
+  [message setCcRecipients:New([TsASOutgoingMessageRecipient class], 2)];
+  [message setBccRecipients:New([TsASOutgoingMessageRecipient class], 1)];
+  [message setMailAttachments:New([TsASOutgoingMessageAttachment class], 2)];
+  const bool whenSet = AreSpecified(message);
+  NSMutableArray* recipients = [message.get() mutableArrayValueForKey:@"toRecipients"];
+  [recipients insertObject:[New([TsASOutgoingMessageRecipient class], 1) lastObject] atIndex:1];
+  const bool whenInserted = AreSpecified(message) && [[message toRecipients] count] == 4;
+  [recipients removeObjectAtIndex:0];
+  const bool whenRemoved = AreSpecified(message) && [[message toRecipients] count] == 3;
+  return @[ Truth(whenSet), Truth(whenInserted), Truth(whenRemoved) ];
 }
 
-// path(text): what an attachment makes of it.
-void path(ProbeArguments args) {
-  @autoreleasepool {
-    const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
-    [attachment setPath:convertToNSString(args[0])];
-    ReturnJSON(args, @[ TsSanitizeValue([attachment path]) ]);
-  }
+// What an attachment makes of a path.
+id path(NSString* text) {
+  const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
+  [attachment setPath:text];
+  return [attachment path];
 }
 
-void messageCount(ProbeArguments args) {
-  args.GetReturnValue().Set(static_cast<double>([[NSApp outgoingMessages] count]));
+int messageCount() { return static_cast<int>([[NSApp outgoingMessages] count]); }
+
+// Whether the list stays the same object, and holds what it is set to, be that itself.
+bool replaceMessages() {
+  NSMutableArray* list = [NSApp outgoingMessages];
+  const NSUInteger count = [list count];
+  [NSApp setOutgoingMessages:list];
+  const bool isKept = [list count] == count;
+  [NSApp setOutgoingMessages:@[]];
+  return isKept && [list count] == 0 && [NSApp outgoingMessages] == list;
 }
 
-// replaceMessages(): whether the list stays the same object, and holds what it is set to, be that itself.
-void replaceMessages(ProbeArguments args) {
-  @autoreleasepool {
-    NSMutableArray* list = [NSApp outgoingMessages];
-    const NSUInteger count = [list count];
-    [NSApp setOutgoingMessages:list];
-    const bool isKept = [list count] == count;
-    [NSApp setOutgoingMessages:@[]];
-    args.GetReturnValue().Set(isKept && [list count] == 0 && [NSApp outgoingMessages] == list);
+// Lets the provider work on a pasteboard that has a text, a list, or nothing. Gives the error, and what the pasteboard
+// has then.
+id serve(NSString* method, NSString* type, id value) {
+  NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
+  if (value != nil) [pasteboard declareTypes:@[ type ] owner:nil];
+  if (NSString* text = As<NSString>(value)) {
+    [pasteboard setString:text forType:type];
+  } else if (value != nil) {
+    [pasteboard setPropertyList:value forType:type];
   }
+  const auto provider = Adopt([[TsServicesProvider alloc] init]);
+  NSString* error = nil;
+  using Serve = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
+  const SEL selector = NSSelectorFromString([method stringByAppendingString:@":userData:error:"]);
+  reinterpret_cast<Serve>([provider methodForSelector:selector])(provider, selector, pasteboard, nil, &error);
+  return @[
+    TsSanitizeValue(error), TsSanitizeValue([pasteboard stringForType:NSStringPboardType]),
+    [NSArray arrayWithArray:[pasteboard types]]
+  ];
 }
 
-// serve(method, type, value): lets the provider work on a pasteboard that has the JSON value (a text, or a list), or
-// nothing for null. Gives the error, and what the pasteboard has then.
-void serve(ProbeArguments args) {
-  @autoreleasepool {
-    NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
-    NSString* type = convertToNSString(args[1]);
-    if (!args[2]->IsNull()) {
-      [pasteboard declareTypes:@[ type ] owner:nil];
-      id value = [TsConvertFromJSONString(convertToNSString(args[2]), nullptr) objectAtIndex:0];
-      if ([value isKindOfClass:[NSString class]]) {
-        [pasteboard setString:value forType:type];
-      } else {
-        [pasteboard setPropertyList:value forType:type];
-      }
-    }
-    const auto provider = Adopt([[TsServicesProvider alloc] init]);
-    NSString* error = nil;
-    using Serve = void (*)(id, SEL, NSPasteboard*, NSString*, NSString**);
-    const SEL selector = NSSelectorFromString([convertToNSString(args[0]) stringByAppendingString:@":userData:error:"]);
-    reinterpret_cast<Serve>([provider methodForSelector:selector])(provider, selector, pasteboard, nil, &error);
-    ReturnJSON(args, @[
-      TsSanitizeValue(error), TsSanitizeValue([pasteboard stringForType:NSStringPboardType]),
-      [NSArray arrayWithArray:[pasteboard types]]
-    ]);
-  }
-}
-
-// performWithFiles(service, paths): uses another application's service, as its Services menu would.
-void performWithFiles(ProbeArguments args) {
-  @autoreleasepool {
-    NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
-    [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
-    [pasteboard setPropertyList:TsConvertFromJSONString(convertToNSString(args[1]), nullptr)
-                        forType:NSFilenamesPboardType];
-    const auto performed =
-        tessaro::platform::PerformService(TsStdString(convertToNSString(args[0])), TsStdString([pasteboard name]));
-    ReturnJSON(args, @[ performed ? @"" : TsNSString(performed.error().message) ]);
-  }
+// Uses another application's service, as its Services menu would. Gives the reason of a failure.
+std::string performWithFiles(std::string service, NSArray* paths) {
+  NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
+  [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
+  [pasteboard setPropertyList:paths forType:NSFilenamesPboardType];
+  const auto performed = tessaro::platform::PerformService(service, TsStdString([pasteboard name]));
+  return performed ? "" : performed.error().message;
 }
 
 }  // namespace

@@ -2,16 +2,11 @@
 
 #import <Addresses/ADLocalAddressBook.h>
 
-#include "CompositionProbe.h"
 #include "Contacts/TsAddressBookWindowController.h"
 #include "Contacts/TsRecipient.h"
 #include "Probe.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
-
-id FromJSON(v8::Local<v8::Value> text) { return TsConvertFromJSONString(convertToNSString(text), nullptr); }
 
 NSArray* Described(NSArray* recipients) {
   NSMutableArray* pairs = [NSMutableArray array];
@@ -28,33 +23,23 @@ NSArray* Recipients(NSArray* pairs) {
   return recipients;
 }
 
-// parse(text): [name, address] of each.
-void parse(ProbeArguments args) {
-  @autoreleasepool {
-    ReturnJSON(args, Described([TsRecipient fromString:convertToNSString(args[0])]));
-  }
+// [name, address] of each.
+id parse(NSString* text) { return Described([TsRecipient fromString:text]); }
+
+// The header, and each item for itself.
+id format(NSArray* pairs) {
+  NSArray* recipients = Recipients(pairs);
+  return @[ [TsRecipient toString:recipients], [recipients valueForKey:@"stringForEmail"] ];
 }
 
-// format(pairs): the header, and each item for itself.
-void format(ProbeArguments args) {
-  @autoreleasepool {
-    NSArray* recipients = Recipients(FromJSON(args[0]));
-    ReturnJSON(args, @[ [TsRecipient toString:recipients], [recipients valueForKey:@"stringForEmail"] ]);
-  }
-}
-
-// timeText(text): nanoseconds of reading it, and of writing it again; and whether that gives the same text.
-void timeText(ProbeArguments args) {
-  @autoreleasepool {
-    NSString* text = convertToNSString(args[0]);
-    const std::uint64_t start = uv_hrtime();
-    NSArray* recipients = [TsRecipient fromString:text];
-    const std::uint64_t parsed = uv_hrtime();
-    NSString* written = [TsRecipient toString:recipients];
-    const std::uint64_t end = uv_hrtime();
-    ReturnJSON(args,
-               @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ]);
-  }
+// Nanoseconds of reading a text, and of writing it again; how many recipients it has, and its length then.
+id timeText(NSString* text) {
+  const std::uint64_t start = uv_hrtime();
+  NSArray* recipients = [TsRecipient fromString:text];
+  const std::uint64_t parsed = uv_hrtime();
+  NSString* written = [TsRecipient toString:recipients];
+  const std::uint64_t end = uv_hrtime();
+  return @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ];
 }
 
 // ---- Address book
@@ -91,60 +76,52 @@ ABPerson* NewPerson(NSDictionary* description) {
   return person.Autoreleased();
 }
 
-// make({people: [{title, first, …, emails, flags}], groups: [{name, members, subgroups}]}): a new address book,
-// whose groups name people and groups by their numbers.
-void make(ProbeArguments args) {
-  @autoreleasepool {
-    NSDictionary* description = FromJSON(args[0]);
-    [[NSFileManager defaultManager] createDirectoryAtPath:Location()
-                              withIntermediateDirectories:YES
-                                               attributes:nil
-                                                    error:nullptr];
-    [ADLocalAddressBook makeLocalAddressBookAtLocation:Location()];
-    ABAddressBook* book = tessaro::platform::SharedAddressBook();
-    NSMutableArray* people = [NSMutableArray array];
-    for (NSDictionary* each in [description objectForKey:@"people"]) {
-      ABPerson* person = NewPerson(each);
-      [book addRecord:person];
-      [people addObject:person];
-    }
-    NSMutableArray* groups = [NSMutableArray array];
-    for (NSDictionary* each in [description objectForKey:@"groups"]) {
-      auto group = Adopt([[ABGroup alloc] init]);
-      [group setValue:[each objectForKey:@"name"] forProperty:kABGroupNameProperty];
-      [book addRecord:group];
-      for (NSNumber* member in [each objectForKey:@"members"]) {
-        [group addMember:[people objectAtIndex:[member unsignedIntegerValue]]];
-      }
-      [groups addObject:group.get()];
-    }
-    NSUInteger index = 0;
-    for (NSDictionary* each in [description objectForKey:@"groups"]) {
-      for (NSNumber* subgroup in [each objectForKey:@"subgroups"]) {
-        [[groups objectAtIndex:index] addSubgroup:[groups objectAtIndex:[subgroup unsignedIntegerValue]]];
-      }
-      ++index;
-    }
-    args.GetReturnValue().Set([book save] != NO);
+// A new address book of {people: [{title, first, …, emails, flags}], groups: [{name, members, subgroups}]}, whose
+// groups name people and groups by their numbers.
+bool make(NSDictionary* description) {
+  [[NSFileManager defaultManager] createDirectoryAtPath:Location()
+                            withIntermediateDirectories:YES
+                                             attributes:nil
+                                                  error:nullptr];
+  [ADLocalAddressBook makeLocalAddressBookAtLocation:Location()];
+  ABAddressBook* book = tessaro::platform::SharedAddressBook();
+  NSMutableArray* people = [NSMutableArray array];
+  for (NSDictionary* each in [description objectForKey:@"people"]) {
+    [people addObject:NewPerson(each)];
+    [book addRecord:[people lastObject]];
   }
+  NSMutableArray* groups = [NSMutableArray array];
+  for (NSDictionary* each in [description objectForKey:@"groups"]) {
+    auto group = Adopt([[ABGroup alloc] init]);
+    [group setValue:[each objectForKey:@"name"] forProperty:kABGroupNameProperty];
+    [book addRecord:group];
+    for (NSNumber* member in [each objectForKey:@"members"]) {
+      [group addMember:[people objectAtIndex:[member unsignedIntegerValue]]];
+    }
+    [groups addObject:group.get()];
+  }
+  NSUInteger index = 0;
+  for (NSDictionary* each in [description objectForKey:@"groups"]) {
+    for (NSNumber* subgroup in [each objectForKey:@"subgroups"]) {
+      [[groups objectAtIndex:index] addSubgroup:[groups objectAtIndex:[subgroup unsignedIntegerValue]]];
+    }
+    ++index;
+  }
+  return [book save] != NO;
 }
 
-// recipient(address, description): [name, address], or null.
-void recipient(ProbeArguments args) {
-  @autoreleasepool {
-    static_cast<void>(tessaro::platform::SharedAddressBook());
-    TsRecipient* found = [TsRecipient recipient:convertToNSString(args[0]) person:NewPerson(FromJSON(args[1]))];
-    ReturnJSON(args, found != nil ? Described(@[ found ]) : @[]);
-  }
+// [[name, address]], or nobody.
+id recipient(NSString* address, NSDictionary* description) {
+  static_cast<void>(tessaro::platform::SharedAddressBook());
+  TsRecipient* found = [TsRecipient recipient:address person:NewPerson(description)];
+  return found != nil ? Described(@[ found ]) : @[];
 }
 
-// timeGroup(name): nanoseconds of its expansion, and how many recipients it has.
-void timeGroup(ProbeArguments args) {
-  @autoreleasepool {
-    const std::uint64_t start = uv_hrtime();
-    NSArray* recipients = TsRecipientsForGroupName(convertToNSString(args[0]));
-    ReturnJSON(args, @[ @(double(uv_hrtime() - start)), @([recipients count]) ]);
-  }
+// Nanoseconds of a group's expansion, and how many recipients it has.
+id timeGroup(NSString* name) {
+  const std::uint64_t start = uv_hrtime();
+  NSArray* recipients = TsRecipientsForGroupName(name);
+  return @[ @(double(uv_hrtime() - start)), @([recipients count]) ];
 }
 
 // ---- Picker
@@ -193,32 +170,25 @@ void AddTables(NSView* view, NSMutableArray* tables) {
   for (NSView* subview in [view subviews]) AddTables(subview, tables);
 }
 
-// picker(): what its window shows, and where.
-void picker(ProbeArguments args) {
-  @autoreleasepool {
-    NSWindow* window = [Picker() window];
-    NSMutableArray* views = [NSMutableArray array];
-    NSMutableArray* tables = [NSMutableArray array];
-    for (NSView* view in [[window contentView] subviews]) [views addObject:DescribeView(view)];
-    AddTables([window contentView], tables);
-    const NSSize size = [[window contentView] frame].size;
-    ReturnJSON(
-        args, @{
-          @"title" : [window title],
-          @"isVisible" : [NSNumber numberWithBool:[window isVisible]],
-          @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
-          @"size" : @[ @(size.width), @(size.height) ],
-          @"views" : views,
-          @"tables" : tables,
-        });
-  }
+// What the picker's window shows, and where.
+id picker() {
+  NSWindow* window = [Picker() window];
+  NSMutableArray* views = [NSMutableArray array];
+  NSMutableArray* tables = [NSMutableArray array];
+  for (NSView* view in [[window contentView] subviews]) [views addObject:DescribeView(view)];
+  AddTables([window contentView], tables);
+  const NSSize size = [[window contentView] frame].size;
+  return @{
+    @"title" : [window title],
+    @"isVisible" : Truth([window isVisible]),
+    @"isKey" : Truth([window isKeyWindow]),
+    @"size" : @[ @(size.width), @(size.height) ],
+    @"views" : views,
+    @"tables" : tables,
+  };
 }
 
-void resizePicker(ProbeArguments) {
-  @autoreleasepool {
-    [[Picker() window] setContentSize:NSMakeSize(600, 700)];
-  }
-}
+void resizePicker() { [[Picker() window] setContentSize:NSMakeSize(600, 700)]; }
 
 }  // namespace
 

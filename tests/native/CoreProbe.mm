@@ -1,7 +1,5 @@
 #import <Foundation/Foundation.h>
 
-#include <node_buffer.h>
-
 #include <array>
 #include <mutex>
 #include <string>
@@ -18,24 +16,11 @@
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsPageState.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
-v8::Local<v8::Value> Text(v8::Isolate* isolate, std::string_view text) {
-  return v8::String::NewFromUtf8(isolate, text.data(), v8::NewStringType::kNormal, static_cast<int>(text.size()))
-      .ToLocalChecked();
-}
-
-v8::Local<v8::Value> TextOrNull(v8::Isolate* isolate, NSString* text) {
-  v8::Local<v8::String> string;
-  if (!ToScriptString(isolate, text).ToLocal(&string)) return v8::Null(isolate);
-  return string;
-}
-
 void Set(v8::Local<v8::Object> object, const char* key, v8::Local<v8::Value> value) {
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  object->Set(isolate->GetCurrentContext(), Text(isolate, key), value).Check();
+  object->Set(v8::Isolate::GetCurrent()->GetCurrentContext(), ScriptText(key), value).Check();
 }
 
 template <typename Range, typename Convert>
@@ -48,13 +33,10 @@ v8::Local<v8::Array> List(v8::Isolate* isolate, const Range& range, Convert conv
   return list;
 }
 
-int Integer(v8::Local<v8::Value> value) {
-  return value->Int32Value(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
-}
-
-std::string StdText(v8::Local<v8::Value> value) {
-  const v8::String::Utf8Value utf8(v8::Isolate::GetCurrent(), value);
-  return {*utf8, static_cast<std::size_t>(utf8.length())};
+v8::Local<v8::Value> TextOrNull(v8::Isolate* isolate, NSString* text) {
+  v8::Local<v8::String> string;
+  if (!ToScriptString(isolate, text).ToLocal(&string)) return v8::Null(isolate);
+  return string;
 }
 
 // ---- Values
@@ -96,9 +78,9 @@ void handleOfBundle(ProbeArguments args) {
 
 void describeHandle(ProbeArguments args) {
   const id object = ToObjcObject(args[0]);
-  args.GetReturnValue().Set(object == nil                     ? Text(args.GetIsolate(), "nil")
-                            : object == [NSBundle mainBundle] ? Text(args.GetIsolate(), "main bundle")
-                                                              : Text(args.GetIsolate(), "other"));
+  args.GetReturnValue().Set(object == nil                     ? ScriptText("nil")
+                            : object == [NSBundle mainBundle] ? ScriptText("main bundle")
+                                                              : ScriptText("other"));
 }
 
 void copyData(ProbeArguments args) {
@@ -115,63 +97,53 @@ void pageState(ProbeArguments args) {
                                  [&](NSString* text) { return TextOrNull(isolate, text); }));
 }
 
-void currentMessageText(ProbeArguments args) {
-  args.GetReturnValue().Set(TextOrNull(args.GetIsolate(), GetCurrentMessageText()));
-}
+id currentMessageText() { return OrNull(GetCurrentMessageText()); }
 
-void callDragAndDrop(ProbeArguments) {
+void callDragAndDrop() {
   TsCallback(TsSlot::DragAndDrop).Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
 }
 
-void callReachability(ProbeArguments args) { TsCallback(TsSlot::Reachability).Call({args[0]->IsTrue()}); }
+void callReachability(bool connected) { TsCallback(TsSlot::Reachability).Call({connected}); }
 
-// Calls the slot from the event loop, where no script is running.
-void callReachabilityLater(ProbeArguments args) {
-  tessaro::platform::MainQueue::Shared().Post(
-      [connected = args[0]->IsTrue()] { TsCallback(TsSlot::Reachability).Call({connected}); });
+// From the event loop, where no script is running.
+void callReachabilityLater(bool connected) {
+  tessaro::platform::MainQueue::Shared().Post([connected] { callReachability(connected); });
 }
 
-void callDragAndDropLater(ProbeArguments) {
-  tessaro::platform::MainQueue::Shared().Post([] { TsCallback(TsSlot::DragAndDrop).Call({@"drop"}); });
-}
+void callDragAndDropLater() { tessaro::platform::MainQueue::Shared().Post(callDragAndDrop); }
 
-void postNotification(ProbeArguments args) {
-  NSString* name = convertToNSString(args[0]);
-  NSString* object = convertToNSString(args[1]);
-  NSString* info = convertToNSString(args[2]);
-  NSDictionary* userInfo = info == nil ? nil : TsConvertFromJSONString(info, nullptr);
+void postNotification(NSString* name, NSString* object, NSDictionary* userInfo) {
   [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
 }
 
-void postNotificationFromThread(ProbeArguments args) {
-  tessaro::platform::BackgroundQueue::Shared().Post(
-      [name = TsCopyString(args.GetIsolate(), args[0]), object = TsCopyString(args.GetIsolate(), args[1])] {
-        [[NSNotificationCenter defaultCenter] postNotificationName:name object:object];
-      });
+void postNotificationFromThread(NSString* name, NSString* object) {
+  tessaro::platform::BackgroundQueue::Shared().Post([kept = Retain(name), keptObject = Retain(object)] {
+    [[NSNotificationCenter defaultCenter] postNotificationName:kept object:keptObject];
+  });
 }
 
 // ---- Start-up and function table
 
 void startUpSteps(ProbeArguments args) {
-  args.GetReturnValue().Set(List(args.GetIsolate(), StartUpSequence(),
-                                 [&](const StartUpStep& step) { return Text(args.GetIsolate(), step.name); }));
+  args.GetReturnValue().Set(
+      List(args.GetIsolate(), StartUpSequence(), [&](const StartUpStep& step) { return ScriptText(step.name); }));
 }
 
 void startUpStepsRun(ProbeArguments args) {
   args.GetReturnValue().Set(
-      List(args.GetIsolate(), StartUpStepsRun(), [&](const char* name) { return Text(args.GetIsolate(), name); }));
+      List(args.GetIsolate(), StartUpStepsRun(), [&](const char* name) { return ScriptText(name); }));
 }
 
 void functionTable(ProbeArguments args) {
   v8::Isolate* isolate = args.GetIsolate();
   args.GetReturnValue().Set(List(isolate, FunctionTable(), [&](const ScriptFunction& function) {
     const auto row = v8::Object::New(isolate);
-    Set(row, "name", Text(isolate, function.name));
-    Set(row, "handlerName", Text(isolate, function.handlerName));
+    Set(row, "name", ScriptText(function.name));
+    Set(row, "handlerName", ScriptText(function.handlerName));
     Set(row, "line", v8::Integer::New(isolate, function.line));
     Set(row, "needsWindowServer", v8::Boolean::New(isolate, function.needs == Needs::WindowServer));
     Set(row, "conditions",
-        List(isolate, function.contract, [&](const Condition& condition) { return Text(isolate, condition.Text()); }));
+        List(isolate, function.contract, [&](const Condition& condition) { return ScriptText(condition.Text()); }));
     return row;
   }));
 }
@@ -179,17 +151,15 @@ void functionTable(ProbeArguments args) {
 void raiseException(ProbeArguments) { [NSException raise:@"TsProbeException" format:@"raised by a test"]; }
 
 // What the leak detector has to find.
-void leak(ProbeArguments) { [[[NSObject alloc] init] retain]; }
+void leak() { [[[NSObject alloc] init] retain]; }
 
-void translationState(ProbeArguments args) {
-  args.GetReturnValue().Set(TsTranslationState(Integer(args[0]), Integer(args[1])));
-}
+int translationState(int value, int error) { return TsTranslationState(value, error); }
 
-void disableGPUUnlessNative(ProbeArguments args) {
+bool disableGPUUnlessNative(int state) {
   NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
   [defaults removeObjectForKey:@"DisableGPU"];
-  TsDisableGPUUnlessNative(Integer(args[0]));
-  args.GetReturnValue().Set(static_cast<bool>([defaults boolForKey:@"DisableGPU"]));
+  TsDisableGPUUnlessNative(state);
+  return [defaults boolForKey:@"DisableGPU"] != NO;
 }
 
 // ---- Logging
@@ -223,49 +193,47 @@ std::shared_ptr<CapturingLogger>& Capturing() {
   return logger;
 }
 
-void captureLog(ProbeArguments) {
+void captureLog() {
   // Or messages from before could still be on their way.
   TsLogFacility::Shared().Flush();
   Capturing() = std::make_shared<CapturingLogger>();
   TsLogFacility::Shared().AddLogger(Capturing());
 }
 
-void stopCapturingLog(ProbeArguments) { TsLogFacility::Shared().RemoveLogger(Capturing()); }
+void stopCapturingLog() { TsLogFacility::Shared().RemoveLogger(Capturing()); }
 
 void capturedLog(ProbeArguments args) {
   v8::Isolate* isolate = args.GetIsolate();
   args.GetReturnValue().Set(List(isolate, Capturing()->Captures(), [&](const CapturingLogger::Captured& captured) {
     const auto entry = v8::Object::New(isolate);
-    Set(entry, "text", Text(isolate, captured.text));
+    Set(entry, "text", ScriptText(captured.text));
     Set(entry, "flag", v8::Integer::New(isolate, static_cast<int>(captured.message.flag)));
     Set(entry, "level", v8::Integer::New(isolate, static_cast<int>(captured.message.level)));
     Set(entry, "context", v8::Integer::New(isolate, captured.message.context));
-    Set(entry, "file", Text(isolate, captured.message.file));
-    Set(entry, "function", Text(isolate, captured.message.function));
+    Set(entry, "file", ScriptText(captured.message.file));
+    Set(entry, "function", ScriptText(captured.message.function));
     Set(entry, "line", v8::Integer::New(isolate, captured.message.line));
     Set(entry, "onCallersThread", v8::Boolean::New(isolate, captured.onCallersThread));
     return entry;
   }));
 }
 
-void log(ProbeArguments args) {
-  const std::string text = StdText(args[1]);
+// `days` from now.
+void logText(int flag, std::string text, int days) {
   TsLogMessage message{.text = text,
-                       .flag = static_cast<TsLogFlag>(Integer(args[0])),
+                       .flag = static_cast<TsLogFlag>(flag),
                        .file = "tests/log.test.js",
                        .function = "void log()",
                        .line = 1};
-  message.time += std::chrono::hours(24) * Integer(args[2]);
+  message.time += std::chrono::hours(24) * days;
   TsLogFacility::Shared().Log(message);
 }
 
-void logFormat(ProbeArguments args) { TsLogWarning(@"%@\nand %d", convertToNSString(args[0]), 42); }
+void logFormat(NSString* text) { TsLogWarning(@"%@\nand %d", text, 42); }
 
-void flushLog(ProbeArguments) { TsLogFacility::Shared().Flush(); }
+void flushLog() { TsLogFacility::Shared().Flush(); }
 
-void addFileLogger(ProbeArguments args) {
-  args.GetReturnValue().Set(TsLogFacility::Shared().AddDailyFileLogger(StdText(args[0])));
-}
+bool addFileLogger(std::string folder) { return TsLogFacility::Shared().AddDailyFileLogger(folder); }
 
 // ---- Rows like those of the module's own table
 
@@ -296,7 +264,7 @@ template <std::size_t row>
 void Violated(ProbeArguments args) {
   const Condition* violated = FunctionTable()[row].contract.Violated(args);
   if (violated == nullptr) return args.GetReturnValue().SetNull();
-  args.GetReturnValue().Set(Text(args.GetIsolate(), violated->Text()));
+  args.GetReturnValue().Set(ScriptText(violated->Text()));
 }
 
 // The row with a handler that fails.
@@ -354,7 +322,7 @@ void AttachCoreProbe(v8::Local<v8::Object> exports) {
   PROBE(captureLog);
   PROBE(stopCapturingLog);
   PROBE(capturedLog);
-  PROBE(log);
+  PROBE(logText);
   PROBE(logFormat);
   PROBE(flushLog);
   PROBE(addFileLogger);

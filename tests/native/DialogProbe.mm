@@ -1,10 +1,7 @@
-#include "DialogProbe.h"
-
 #import <AppKit/AppKit.h>
 
 #include "Base/Ref.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
+#include "Probe.h"
 
 namespace {
 
@@ -30,7 +27,7 @@ NSArray* DescribeRows(NSTableView* table) {
     [rows addObject:@{
       @"texts" : texts,
       @"centre" : CentreOnDisplay(table, NSIntersectionRect([table rectOfRow:row], [table visibleRect])),
-      @"isSelected" : [NSNumber numberWithBool:[table isRowSelected:row]],
+      @"isSelected" : Truth([table isRowSelected:row]),
     }];
   }
   return rows;
@@ -47,7 +44,7 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
     [description setObject:[(NSPopUpButton*)view itemTitles] forKey:@"items"];
   }
   if ([view isKindOfClass:[NSControl class]]) {
-    [description setObject:[NSNumber numberWithBool:[(NSControl*)view isEnabled]] forKey:@"isEnabled"];
+    [description setObject:Truth([(NSControl*)view isEnabled]) forKey:@"isEnabled"];
   }
   if ([view isKindOfClass:[NSTextField class]]) {
     [description setObject:[(NSTextField*)view stringValue] forKey:@"text"];
@@ -68,32 +65,26 @@ NSString* TitleOf(NSWindow* window) {
   return [window title];
 }
 
-// windows(): the visible windows that have a title, with their views.
-void windows(ProbeArguments args) {
-  @autoreleasepool {
-    NSMutableArray* shown = [NSMutableArray array];
-    for (NSWindow* window in [NSApp windows]) {
-      if (![window isVisible] || ![window contentView] || [TitleOf(window) length] == 0) continue;
-      NSMutableArray* views = [NSMutableArray array];
-      Describe([window contentView], views);
-      [shown addObject:@{
-        @"title" : TitleOf(window),
-        @"class" : NSStringFromClass([window class]),
-        @"isKey" : [NSNumber numberWithBool:[window isKeyWindow]],
-        @"views" : views,
-      }];
-    }
-    v8::Local<v8::String> text;
-    if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(shown)).ToLocal(&text)) args.GetReturnValue().Set(text);
+// The visible windows that have a title, with their views.
+id windows() {
+  NSMutableArray* shown = [NSMutableArray array];
+  for (NSWindow* window in [NSApp windows]) {
+    if (![window isVisible] || ![window contentView] || [TitleOf(window) length] == 0) continue;
+    NSMutableArray* views = [NSMutableArray array];
+    Describe([window contentView], views);
+    [shown addObject:@{
+      @"title" : TitleOf(window),
+      @"isKey" : Truth([window isKeyWindow]),
+      @"views" : views,
+    }];
   }
+  return shown;
 }
 
-// closeWindow(title): as its close button would.
-void closeWindow(ProbeArguments args) {
-  @autoreleasepool {
-    for (NSWindow* window in [NSApp windows]) {
-      if ([TitleOf(window) isEqual:convertToNSString(args[0])]) return [window performClose:nil];
-    }
+// As its close button would.
+void closeWindow(NSString* title) {
+  for (NSWindow* window in [NSApp windows]) {
+    if ([TitleOf(window) isEqual:title]) return [window performClose:nil];
   }
 }
 
@@ -106,22 +97,22 @@ NSButton* ButtonIn(NSView* view, NSString* title) {
   return nil;
 }
 
-// pressButton(window's title, button's title): whether there is such a button.
-void pressButton(ProbeArguments args) {
-  @autoreleasepool {
-    for (NSWindow* window in [NSApp windows]) {
-      if (![window isVisible] || ![[window title] isEqual:convertToNSString(args[0])]) continue;
-      NSButton* button = ButtonIn([window contentView], convertToNSString(args[1]));
-      [button performClick:nil];
-      args.GetReturnValue().Set(button != nil);
-    }
+// Whether there is such a button, and it can be pressed.
+bool pressButton(NSString* title, NSString* buttonTitle) {
+  for (NSWindow* window in [NSApp windows]) {
+    if (![window isVisible] || ![[window title] isEqual:title]) continue;
+    NSButton* button = ButtonIn([window contentView], buttonTitle);
+    if (![button isEnabled]) continue;
+    [button performClick:nil];
+    return true;
   }
+  return false;
 }
 
 }  // namespace
 
 void AttachDialogProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "windows", windows);
-  NODE_SET_METHOD(exports, "closeWindow", closeWindow);
-  NODE_SET_METHOD(exports, "pressButton", pressButton);
+  PROBE(windows);
+  PROBE(closeWindow);
+  PROBE(pressButton);
 }

@@ -2,12 +2,10 @@
 
 #include "Base/Ref.h"
 #include "Base/TsString.h"
-#include "IntegrationProbe.h"
 #include "Platform/HTMLText.h"
 #include "Platform/ZipArchive.h"
 #include "Probe.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 // Another application that can be scripted: it writes down every message it gets. One object stands for the application
 // and for everything in it.
@@ -91,32 +89,23 @@ static id Plain(id value) { return value == nil ? [NSNull null] : [NSString stri
 namespace {
 
 // Serves for as long as the process is let.
-void serveStandIn(ProbeArguments args) {
+void serve(NSString* name, NSString* record) {
   NSConnection* connection = [NSConnection defaultConnection];
-  [connection setRootObject:Adopt([[TsStandIn alloc] initWithRecord:convertToNSString(args[1])])];
-  args.GetReturnValue().Set([connection registerName:convertToNSString(args[0])]);
+  [connection setRootObject:Adopt([[TsStandIn alloc] initWithRecord:record])];
+  [connection registerName:name];
   [[NSRunLoop currentRunLoop] run];
 }
 
-std::string StdText(v8::Local<v8::Value> value) { return TsStdString(convertToNSString(value)); }
+std::string textFromHTML(std::string html) { return tessaro::platform::TextFromHTML(html); }
 
-void textFromHTML(ProbeArguments args) {
-  @autoreleasepool {
-    NSString* text = TsNSString(tessaro::platform::TextFromHTML(StdText(args[0])));
-    args.GetReturnValue().Set(ToScriptString(args.GetIsolate(), text).ToLocalChecked());
-  }
-}
-
-void unpackZip(ProbeArguments args) {
-  @autoreleasepool {
-    args.GetReturnValue().Set(tessaro::platform::UnpackZip(StdText(args[0]), StdText(args[1]), {}).has_value());
-  }
+bool unpackZip(std::string archive, std::string folder) {
+  return tessaro::platform::UnpackZip(archive, folder, {}).has_value();
 }
 
 }  // namespace
 
 void AttachIntegrationProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "serve", serveStandIn);
-  NODE_SET_METHOD(exports, "textFromHTML", textFromHTML);
-  NODE_SET_METHOD(exports, "unpackZip", unpackZip);
+  PROBE(serve);
+  PROBE(textFromHTML);
+  PROBE(unpackZip);
 }

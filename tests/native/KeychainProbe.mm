@@ -1,5 +1,3 @@
-#include "KeychainProbe.h"
-
 #import <Foundation/Foundation.h>
 
 #include <chrono>
@@ -9,17 +7,10 @@
 #import "Keychain/TsTransientKeychain.h"
 #include "Platform/SecretStore.h"
 #include "Probe.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
-
-void Return(ProbeArguments args, NSString* text) {
-  v8::Local<v8::String> string;
-  if (ToScriptString(args.GetIsolate(), text).ToLocal(&string)) args.GetReturnValue().Set(string);
-}
 
 // A store with the deadlines of setDeadlines(), and the keychain of a service in it.
 platform::SecretStore::Deadlines& Deadlines() {
@@ -27,53 +18,39 @@ platform::SecretStore::Deadlines& Deadlines() {
   return deadlines;
 }
 
-Ref<TsKeychain> Keychain(v8::Local<v8::Value> service) {
+Ref<TsKeychain> Keychain(NSString* service) {
   static const auto store = std::make_unique<platform::SecretStore>(Deadlines());
-  return Adopt([[TsKeychain alloc] initWithService:convertToNSString(service) store:*store]);
+  return Adopt([[TsKeychain alloc] initWithService:service store:*store]);
 }
 
-std::chrono::milliseconds Milliseconds(v8::Local<v8::Value> value) {
-  return std::chrono::milliseconds(value.As<v8::Int32>()->Value());
+// In milliseconds, before the first use of any other function here.
+void setDeadlines(int reply, int prompt) {
+  Deadlines() = {std::chrono::milliseconds(reply), std::chrono::milliseconds(prompt)};
 }
 
-// Before the first use of any other function here.
-void setDeadlines(ProbeArguments args) { Deadlines() = {Milliseconds(args[0]), Milliseconds(args[1])}; }
+id serviceName() { return [[TsKeychain sharedInstance] service]; }
 
-void serviceName(ProbeArguments args) { Return(args, [[TsKeychain sharedInstance] service]); }
+id get(NSString* service, NSString* account) { return [Keychain(service) passwordForAccount:account]; }
 
-void get(ProbeArguments args) {
-  Return(args, TsConvertToJSONString([Keychain(args[0]) passwordForAccount:convertToNSString(args[1])]));
+id set(NSString* service, NSString* account, NSString* password) {
+  return [Keychain(service) setPassword:password forAccount:account];
 }
 
-void set(ProbeArguments args) {
-  NSDictionary* result = [Keychain(args[0]) setPassword:convertToNSString(args[2])
-                                             forAccount:convertToNSString(args[1])];
-  Return(args, TsConvertToJSONString(result));
+bool erase(NSString* service, NSString* account) { return [Keychain(service) removePasswordForAccount:account] != NO; }
+
+bool removeAll(NSString* service) { return [Keychain(service) removeAllPasswords] != NO; }
+
+id accounts(NSString* service) {
+  return [[[Keychain(service) allAccounts] allObjects] sortedArrayUsingSelector:@selector(compare:)];
 }
 
-void remove(ProbeArguments args) {
-  args.GetReturnValue().Set([Keychain(args[0]) removePasswordForAccount:convertToNSString(args[1])] != NO);
+void setTransient(NSString* account, NSString* password) {
+  [[TsTransientKeychain sharedInstance] setPassword:password forAccount:account];
 }
 
-void removeAll(ProbeArguments args) { args.GetReturnValue().Set([Keychain(args[0]) removeAllPasswords] != NO); }
+id getTransient(NSString* account) { return [[TsTransientKeychain sharedInstance] passwordForAccount:account]; }
 
-void accounts(ProbeArguments args) {
-  NSSet* names = [Keychain(args[0]) allAccounts];
-  if (names == nil) return args.GetReturnValue().SetNull();
-  Return(args, TsConvertToJSONString([[names allObjects] sortedArrayUsingSelector:@selector(compare:)]));
-}
-
-void setTransient(ProbeArguments args) {
-  [[TsTransientKeychain sharedInstance] setPassword:convertToNSString(args[1]) forAccount:convertToNSString(args[0])];
-}
-
-void getTransient(ProbeArguments args) {
-  Return(args, [[TsTransientKeychain sharedInstance] passwordForAccount:convertToNSString(args[0])]);
-}
-
-void countTransient(ProbeArguments args) {
-  args.GetReturnValue().Set(static_cast<int>([[[TsTransientKeychain sharedInstance] passwordsByAccount] count]));
-}
+int countTransient() { return static_cast<int>([[[TsTransientKeychain sharedInstance] passwordsByAccount] count]); }
 
 }  // namespace
 
@@ -82,7 +59,7 @@ void AttachKeychainProbe(v8::Local<v8::Object> exports) {
   PROBE(serviceName);
   PROBE(get);
   PROBE(set);
-  PROBE(remove);
+  PROBE(erase);
   PROBE(removeAll);
   PROBE(accounts);
   PROBE(setTransient);

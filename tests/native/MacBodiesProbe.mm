@@ -13,19 +13,16 @@ namespace platform = tessaro::platform;
 namespace {
 
 std::string Text(id dictionary, NSString* key) { return TsStdString([dictionary objectForKey:key]); }
-int Number(id array, NSUInteger index) { return [[array objectAtIndex:index] intValue]; }
 
-id informationWindowScript(id arguments) {
-  return @[ TsNSString(platform::InformationWindowScript(TsStdString([arguments objectAtIndex:0]))) ];
-}
+id informationWindowScript(NSString* path) { return TsNSString(platform::InformationWindowScript(TsStdString(path))); }
 
-id carbonModifiers(id held) {
+unsigned carbonModifiers(id held) {
   platform::HotKey key;
   key.command = [held containsObject:@"command"];
   key.option = [held containsObject:@"option"];
   key.control = [held containsObject:@"control"];
   key.shift = [held containsObject:@"shift"];
-  return @[ [NSNumber numberWithUnsignedInt:platform::CarbonModifiersOf(key)] ];
+  return platform::CarbonModifiersOf(key);
 }
 
 id pictureTarget(id copy) {
@@ -34,17 +31,16 @@ id pictureTarget(id copy) {
   return @[ TsNSString(target.path.native()), TsNSString(target.format->name) ];
 }
 
-id sizeWithin(id lengths) {
-  const auto size =
-      platform::SizeWithin({Number(lengths, 0), Number(lengths, 1)}, Number(lengths, 2), Number(lengths, 3));
-  return @[ [NSNumber numberWithInt:size.width], [NSNumber numberWithInt:size.height] ];
+id sizeWithin(int width, int height, int mostWidth, int mostHeight) {
+  const auto size = platform::SizeWithin({width, height}, mostWidth, mostHeight);
+  return @[ @(size.width), @(size.height) ];
 }
 
 }  // namespace
 
 void AttachMacBodiesProbe(v8::Local<v8::Object> exports) {
-  JSON_PROBE(informationWindowScript);
-  JSON_PROBE(carbonModifiers);
-  JSON_PROBE(pictureTarget);
-  JSON_PROBE(sizeWithin);
+  PROBE(informationWindowScript);
+  PROBE(carbonModifiers);
+  PROBE(pictureTarget);
+  PROBE(sizeWithin);
 }

@@ -1,5 +1,3 @@
-#include "MenuProbe.h"
-
 #import <AppKit/AppKit.h>
 
 #include "Application/AtomApplication.h"
@@ -8,13 +6,10 @@
 #include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
-#include "PasteboardProbe.h"
 #include "Platform/Cocoa.h"
 #include "Platform/KeyboardLayout.h"
 #include "Platform/Linux/Keyboard/ShortcutText.h"
 #include "Probe.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 // A class and one that only inherits from it.
 @interface TsProbeBase : NSObject
@@ -62,8 +57,6 @@
 
 namespace {
 
-NSNumber* Number(NSInteger value) { return [NSNumber numberWithInteger:value]; }
-
 Ref<NSMenu> MakeMenu(NSString* title, NSArray* items) {
   auto menu = Adopt([[NSMenu alloc] initWithTitle:title]);
   [menu setMenuChangedMessagesEnabled:NO];
@@ -89,7 +82,7 @@ NSArray* Describe(NSMenu* menu) {
     NSMutableDictionary* description = [NSMutableDictionary dictionary];
     [description setObject:[item title] forKey:@"title"];
     [description setObject:[item keyEquivalent] forKey:@"key"];
-    [description setObject:Number(static_cast<NSInteger>([item keyEquivalentModifierMask])) forKey:@"modifiers"];
+    [description setObject:@(static_cast<NSInteger>([item keyEquivalentModifierMask])) forKey:@"modifiers"];
     [description setObject:Truth([item isHidden]) forKey:@"hidden"];
     if ([item hasSubmenu]) {
       [description setObject:[[item submenu] title] forKey:@"submenuTitle"];
@@ -100,12 +93,9 @@ NSArray* Describe(NSMenu* menu) {
   return items;
 }
 
-id setMainMenu(id items) {
-  [NSApp setMainMenu:MakeMenu(@"TessaroHost", items)];
-  return nil;
-}
+void setMainMenu(NSArray* items) { [NSApp setMainMenu:MakeMenu(@"TessaroHost", items)]; }
 
-id shortcutTexts(id) {
+id shortcutTexts() {
   NSMutableArray* texts = [NSMutableArray array];
   for (NSMenuItem* item in [[[[[NSApp mainMenu] itemArray] objectAtIndex:0] submenu] itemArray]) {
     [texts addObject:tessaro::platform::ShortcutText(item)];
@@ -113,16 +103,9 @@ id shortcutTexts(id) {
   return texts;
 }
 
-id setUserDefaults(id values) {
-  for (NSString* key in static_cast<NSDictionary*>(values)) {
-    [[NSUserDefaults standardUserDefaults] setObject:[values objectForKey:key] forKey:key];
-  }
-  return nil;
-}
+id mainMenu() { return Describe([NSApp mainMenu]); }
 
-id mainMenu(id) { return Describe([NSApp mainMenu]); }
-
-id delegateClasses(id) {
+id delegateClasses() {
   id shared = [[NSApp mainMenu] delegate];
   NSMutableArray* names = [NSMutableArray arrayWithObject:shared == nil ? @"none" : NSStringFromClass([shared class])];
   for (NSMenuItem* item in [[NSApp mainMenu] itemArray]) {
@@ -133,9 +116,9 @@ id delegateClasses(id) {
 }
 
 // Two menus that contain each other. GNUstep never returns from making such a pair, so one is only said to be there.
-id identifiersOfCyclicMenus(id) {
-  auto first = MakeMenu(@"First", @[ @{@"title" : @"One", @"commandId" : Number(1)} ]);
-  auto second = MakeMenu(@"Second", @[ @{@"title" : @"Two", @"commandId" : Number(2)} ]);
+id identifiersOfCyclicMenus() {
+  auto first = MakeMenu(@"First", @[ @{@"title" : @"One", @"commandId" : @(1)} ]);
+  auto second = MakeMenu(@"Second", @[ @{@"title" : @"Two", @"commandId" : @(2)} ]);
   auto back = Adopt([[TsProbeItemInto alloc] initWithMenu:first]);
   [second addItem:back];
   [[first itemAtIndex:0] setSubmenu:second];
@@ -173,55 +156,45 @@ NSEvent* EventOf(NSDictionary* description) {
                            keyCode:static_cast<unsigned short>(number(@"keyCode"))];
 }
 
-id predicates(id description) {
+id predicates(NSDictionary* description) {
   NSEvent* event = EventOf(description);
   NSString* characters = [description objectForKey:@"ignoring"];
   const unsigned short key = [event ts_virtualKeyCode];
+  const auto otherKey = static_cast<unsigned short>(key + 1);
+#define ANSWER(predicate, ...) @ #predicate : Truth(predicate(event, ##__VA_ARGS__))
   return @{
-    @"IsCommandKeyPressed" : Truth(IsCommandKeyPressed(event)),
-    @"IsCommandOptionKeyPressed" : Truth(IsCommandOptionKeyPressed(event)),
-    @"IsCommandControlKeyPressed" : Truth(IsCommandControlKeyPressed(event)),
-    @"IsCommandShiftKeyPressed" : Truth(IsCommandShiftKeyPressed(event)),
-    @"IsCommandAndStringKey" : Truth(IsCommandAndStringKey(event, characters)),
-    @"IsCommandShiftAndStringKey" : Truth(IsCommandShiftAndStringKey(event, characters)),
-    @"IsCommandAndKeyCodeKey" : Truth(IsCommandAndKeyCodeKey(event, key)),
-    @"IsCommandOptionAndKeyCodeKey" : Truth(IsCommandOptionAndKeyCodeKey(event, key)),
-    @"IsCommandControlAndKeyCodeKey" : Truth(IsCommandControlAndKeyCodeKey(event, key)),
-    @"IsCommandShiftAndKeyCodeKey" : Truth(IsCommandShiftAndKeyCodeKey(event, key)),
-    @"IsCommandAndOtherStringKey" : Truth(IsCommandAndStringKey(event, @"other")),
-    @"IsCommandAndOtherKeyCodeKey" : Truth(IsCommandAndKeyCodeKey(event, static_cast<unsigned short>(key + 1))),
-    @"IsEventForKeyEquivalent" : Truth(IsEventForKeyEquivalent(event)),
-    @"TsIsSpecialEvent" : Truth(TsIsSpecialEvent(event)),
+    ANSWER(IsCommandKeyPressed),
+    ANSWER(IsCommandOptionKeyPressed),
+    ANSWER(IsCommandControlKeyPressed),
+    ANSWER(IsCommandShiftKeyPressed),
+    ANSWER(IsCommandAndStringKey, characters),
+    ANSWER(IsCommandShiftAndStringKey, characters),
+    ANSWER(IsCommandAndKeyCodeKey, key),
+    ANSWER(IsCommandOptionAndKeyCodeKey, key),
+    ANSWER(IsCommandControlAndKeyCodeKey, key),
+    ANSWER(IsCommandShiftAndKeyCodeKey, key),
+    @"other" : Truth(IsCommandAndStringKey(event, @"other") || IsCommandAndKeyCodeKey(event, otherKey)),
+    ANSWER(IsEventForKeyEquivalent),
+    ANSWER(TsIsSpecialEvent),
   };
+#undef ANSWER
 }
 
-id sendEvent(id description) {
-  [NSApp sendEvent:EventOf(description)];
-  return nil;
+void sendEvent(NSDictionary* description) { [NSApp sendEvent:EventOf(description)]; }
+
+bool performKeyEquivalent(NSDictionary* description) {
+  return [[NSApp mainMenu] performKeyEquivalent:EventOf(description)] != NO;
 }
 
-id performKeyEquivalent(id description) {
-  return @[ Truth([[NSApp mainMenu] performKeyEquivalent:EventOf(description)]) ];
-}
+bool processKey(NSDictionary* description) { return ProcessKeyboardEvent(EventOf(description)); }
 
-id processKey(id description) { return @[ Truth(ProcessKeyboardEvent(EventOf(description))) ]; }
+void processModifiers(NSDictionary* description) { ProcessKeyboardModifierKeysEvent(EventOf(description)); }
 
-id processModifiers(id description) {
-  ProcessKeyboardModifierKeysEvent(EventOf(description));
-  return nil;
-}
-
-id menuEventDescription(id description) {
+id menuEventDescription(NSDictionary* description) {
   return TsMenuEventDescription(description == nil ? nil : EventOf(description));
 }
 
-id virtualKeyCodes(id systemKeyCodes) {
-  NSMutableArray* codes = [NSMutableArray array];
-  for (NSNumber* code in systemKeyCodes) {
-    [codes addObject:Number(tessaro::platform::VirtualKeyCode([code unsignedShortValue]))];
-  }
-  return codes;
-}
+int virtualKeyCode(unsigned short systemKeyCode) { return tessaro::platform::VirtualKeyCode(systemKeyCode); }
 
 // ---- The patch
 
@@ -230,9 +203,9 @@ NSString* Encoding(Class owner, SEL selector) {
   return method == nullptr ? @"none" : [NSString stringWithUTF8String:method_getTypeEncoding(method)];
 }
 
-id patch(id) {
+id patch() {
   Class application = [NSApp class];
-  NSEvent* event = EventOf(@{@"type" : Number(10), @"characters" : @"a", @"ignoring" : @"a"});
+  NSEvent* event = EventOf(@{@"type" : @(10), @"characters" : @"a", @"ignoring" : @"a"});
   return @{
     @"tsOrigSendEvent:" : Encoding(application, @selector(tsOrigSendEvent:)),
     @"tsHandleKeyboardEvent:" : Encoding(application, @selector(tsHandleKeyboardEvent:)),
@@ -247,7 +220,7 @@ id patch(id) {
 int AnswerTwo(id, SEL) { return 2; }
 int AnswerThree(id, SEL) { return 3; }
 
-id replaceInherited(id) {
+id replaceInherited() {
   const SEL alias = @selector(ts_previousAnswer);
   const auto replace = [alias](IMP implementation) {
     return TsReplaceMethod([TsProbeHeir class], @selector(answer), alias, implementation);
@@ -256,13 +229,11 @@ id replaceInherited(id) {
   auto heir = Adopt([[TsProbeHeir alloc] init]);
   const IMP inherited = class_getMethodImplementation([TsProbeBase class], @selector(answer));
   const IMP first = replace(reinterpret_cast<IMP>(AnswerTwo));
-  NSMutableArray* answers = [NSMutableArray arrayWithArray:@[
-    Number([base answer]), Number([heir answer]), Number([heir ts_previousAnswer]), Truth(first == inherited)
-  ]];
+  NSMutableArray* answers = [NSMutableArray
+      arrayWithArray:@[ @([base answer]), @([heir answer]), @([heir ts_previousAnswer]), Truth(first == inherited) ]];
   const IMP second = replace(reinterpret_cast<IMP>(AnswerThree));
   [answers addObjectsFromArray:@[
-    Number([base answer]), Number([heir answer]), Number([heir ts_previousAnswer]),
-    Truth(second == reinterpret_cast<IMP>(AnswerTwo))
+    @([base answer]), @([heir answer]), @([heir ts_previousAnswer]), Truth(second == reinterpret_cast<IMP>(AnswerTwo))
   ]];
   const IMP missing =
       TsReplaceMethod([TsProbeHeir class], @selector(thereIsNone), alias, reinterpret_cast<IMP>(AnswerTwo));
@@ -272,21 +243,7 @@ id replaceInherited(id) {
 
 // ---- Pasting
 
-id putOnPasteboard(id description) {
-  NSPasteboard* pasteboard = [NSPasteboard generalPasteboard];
-  id files = [description objectForKey:@"files"];
-  id text = [description objectForKey:@"text"];
-  if (id types = [description objectForKey:@"types"]) {
-    PutTypesOnPasteboard(types);
-    return nil;
-  }
-  [pasteboard declareTypes:@[ files != nil ? NSFilenamesPboardType : NSStringPboardType ] owner:nil];
-  if (files != nil) [pasteboard setPropertyList:files forType:NSFilenamesPboardType];
-  if (text != nil) [pasteboard setString:text forType:NSStringPboardType];
-  return nil;
-}
-
-id pasteIfPossible(id) {
+id pasteIfPossible() {
   return @[
     Truth([NSApp tsPasteIfPossible]), Truth(hasFilesInPasteboard(NSStringPboardType)),
     Truth(hasFilesInPasteboard(@"public.file-url"))
@@ -295,44 +252,34 @@ id pasteIfPossible(id) {
 
 // ---- Costs
 
-void measureSendEvent(ProbeArguments args) {
-  NSEvent* event = EventOf(ParsedArgument(args, 0));
-  const auto count = args[1].As<v8::Int32>()->Value();
+void measureSendEvent(NSDictionary* description, int count) {
+  NSEvent* event = EventOf(description);
   for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
 }
 
-void measurePreviousSendEvent(ProbeArguments args) {
-  NSEvent* event = EventOf(ParsedArgument(args, 0));
-  const auto count = args[1].As<v8::Int32>()->Value();
+void measurePreviousSendEvent(NSDictionary* description, int count) {
+  NSEvent* event = EventOf(description);
   for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
 }
 
 }  // namespace
 
 void AttachMenuProbe(v8::Local<v8::Object> exports) {
-  JSON_PROBE(setMainMenu);
-  JSON_PROBE(mainMenu);
-  JSON_PROBE(shortcutTexts);
-  JSON_PROBE(setUserDefaults);
-  JSON_PROBE(delegateClasses);
-  JSON_PROBE(identifiersOfCyclicMenus);
-  JSON_PROBE(predicates);
-  JSON_PROBE(sendEvent);
-  JSON_PROBE(performKeyEquivalent);
-  JSON_PROBE(processKey);
-  JSON_PROBE(processModifiers);
-  JSON_PROBE(menuEventDescription);
-  JSON_PROBE(virtualKeyCodes);
-  JSON_PROBE(patch);
-  JSON_PROBE(replaceInherited);
-  JSON_PROBE(putOnPasteboard);
-  JSON_PROBE(pasteIfPossible);
-  JSON_PROBE(pasteboardTypes);
-  JSON_PROBE(largeValueSurvives);
-  JSON_PROBE(putURLs);
-  JSON_PROBE(typesOnPasteboard);
-  JSON_PROBE(offerLazily);
-  JSON_PROBE(timesProvided);
+  PROBE(setMainMenu);
+  PROBE(mainMenu);
+  PROBE(shortcutTexts);
+  PROBE(delegateClasses);
+  PROBE(identifiersOfCyclicMenus);
+  PROBE(predicates);
+  PROBE(sendEvent);
+  PROBE(performKeyEquivalent);
+  PROBE(processKey);
+  PROBE(processModifiers);
+  PROBE(menuEventDescription);
+  PROBE(virtualKeyCode);
+  PROBE(patch);
+  PROBE(replaceInherited);
+  PROBE(pasteIfPossible);
   PROBE(measureSendEvent);
   PROBE(measurePreviousSendEvent);
 }

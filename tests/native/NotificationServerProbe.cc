@@ -5,24 +5,19 @@
 #include <utility>
 #include <vector>
 
-#include "NotificationsProbe.h"
 #include "Platform/Linux/Base/SessionBus.h"
+#include "Probe.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
-using Arguments = const v8::FunctionCallbackInfo<v8::Value>&;
 using Hints = std::map<std::string, sdbus::Variant>;
 
 constexpr char kName[] = "org.freedesktop.Notifications";
 constexpr char kPath[] = "/org/freedesktop/Notifications";
 
-v8::Local<v8::Value> ToScript(const std::string& text) {
-  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text.data(), v8::NewStringType::kNormal,
-                                 static_cast<int>(text.size()))
-      .ToLocalChecked();
-}
+v8::Local<v8::Value> ToScript(const std::string& text) { return ScriptText(text); }
 
 v8::Local<v8::Value> ToScript(std::uint32_t number) {
   return v8::Integer::NewFromUnsigned(v8::Isolate::GetCurrent(), number);
@@ -44,10 +39,6 @@ void Put(v8::Local<v8::Object> object, const std::string& key, const Value& valu
   const auto context = v8::Isolate::GetCurrent()->GetCurrentContext();
   object->Set(context, ToScript(key), ToScript(value)).Check();
 }
-
-std::string FromScript(v8::Local<v8::Value> value) { return *v8::String::Utf8Value(v8::Isolate::GetCurrent(), value); }
-
-std::uint32_t NumberFrom(v8::Local<v8::Value> value) { return value.As<v8::Uint32>()->Value(); }
 
 struct Call {
   std::string method;
@@ -140,44 +131,50 @@ std::unique_ptr<Server>& TheServer() {
   return server;
 }
 
-void serve(Arguments args) {
+void serve(ProbeArguments args) {
   std::vector<std::string> capabilities;
   const auto context = args.GetIsolate()->GetCurrentContext();
   const auto list = args[0].As<v8::Array>();
   for (std::uint32_t i = 0; i < list->Length(); ++i) {
-    capabilities.push_back(FromScript(list->Get(context, i).ToLocalChecked()));
+    capabilities.push_back(StdText(list->Get(context, i).ToLocalChecked()));
   }
   TheServer() = std::make_unique<Server>(*platform::SessionBus::Shared().Connection(), std::move(capabilities));
 }
 
-void takeCalls(Arguments args) {
+void takeCalls(ProbeArguments args) {
   std::vector<v8::Local<v8::Value>> calls;
   for (const Call& call : std::exchange(TheServer()->calls, {})) calls.push_back(ToScript(call));
   args.GetReturnValue().Set(v8::Array::New(args.GetIsolate(), calls.data(), calls.size()));
 }
 
-void withhold(Arguments) { TheServer()->answersAtOnce = false; }
+void withhold(ProbeArguments) { TheServer()->answersAtOnce = false; }
 
-void answer(Arguments) {
+void answer(ProbeArguments) {
   TheServer()->answersAtOnce = true;
   TheServer()->Answer();
 }
 
-void refuse(Arguments args) { TheServer()->refusal = FromScript(args[0]); }
+void refuse(ProbeArguments args) { TheServer()->refusal = StdText(args[0]); }
 
-void invoke(Arguments args) { TheServer()->Emit("ActionInvoked", NumberFrom(args[0]), FromScript(args[1])); }
+void invoke(ProbeArguments args) {
+  TheServer()->Emit("ActionInvoked", static_cast<std::uint32_t>(Number(args[0])), StdText(args[1]));
+}
 
-void reply(Arguments args) { TheServer()->Emit("NotificationReplied", NumberFrom(args[0]), FromScript(args[1])); }
+void reply(ProbeArguments args) {
+  TheServer()->Emit("NotificationReplied", static_cast<std::uint32_t>(Number(args[0])), StdText(args[1]));
+}
 
-void close(Arguments args) { TheServer()->Emit("NotificationClosed", NumberFrom(args[0]), NumberFrom(args[1])); }
+void close(ProbeArguments args) {
+  TheServer()->Emit("NotificationClosed", static_cast<std::uint32_t>(Number(args[0])),
+                    static_cast<std::uint32_t>(Number(args[1])));
+}
 
 // A signal with malformed arguments.
-void babble(Arguments args) { TheServer()->Emit("ActionInvoked", FromScript(args[0])); }
+void babble(ProbeArguments args) { TheServer()->Emit("ActionInvoked", StdText(args[0])); }
 
 }  // namespace
 
 void AttachNotificationServerProbe(v8::Local<v8::Object> exports) {
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
   PROBE(serve);
   PROBE(takeCalls);
   PROBE(withhold);
@@ -187,5 +184,4 @@ void AttachNotificationServerProbe(v8::Local<v8::Object> exports) {
   PROBE(reply);
   PROBE(close);
   PROBE(babble);
-#undef PROBE
 }

@@ -1,13 +1,8 @@
-#include "NotificationsProbe.h"
-
 #import <Foundation/Foundation.h>
 
 #include "Base/Ref.h"
-#import "Notifications/TsSound.h"
 #import "Notifications/TsUserNotification.h"
 #include "Probe.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 // Records the notifications that the module posts about alerts.
 @interface NotificationRecorder : NSObject {
@@ -43,18 +38,12 @@ NotificationRecorder* Recorder() {
   return recorder;
 }
 
-void Return(ProbeArguments args, id object) {
-  v8::Local<v8::String> string;
-  if (ToScriptString(args.GetIsolate(), TsConvertToJSONString(object)).ToLocal(&string)) {
-    args.GetReturnValue().Set(string);
-  }
-}
+void record() { Recorder(); }
 
-void record(ProbeArguments) { Recorder(); }
-
-void takeRecorded(ProbeArguments args) {
-  Return(args, Recorder()->posted_);
+id takeRecorded() {
+  NSArray* posted = [NSArray arrayWithArray:Recorder()->posted_];
   [Recorder()->posted_ removeAllObjects];
+  return posted;
 }
 
 NSArray* Identifiers(NSArray* alerts) {
@@ -63,18 +52,17 @@ NSArray* Identifiers(NSArray* alerts) {
   return identifiers;
 }
 
-void alerts(ProbeArguments args) {
+id alerts() {
   TsUserNotificationCenter* center = [TsUserNotificationCenter defaultUserNotificationCenter];
-  Return(args, @{
+  return @{
     @"delivered" : Identifiers([center deliveredNotifications]),
     @"scheduled" : Identifiers([center scheduledNotifications])
-  });
+  };
 }
 
 // The properties of an alert, by their names.
-void describe(ProbeArguments args) {
-  TsAlert* alert = [[TsUserNotification sharedInstance] findUserNotificationWithIdentifier:convertToNSString(args[0])];
-  if (alert == nil) return args.GetReturnValue().SetNull();
+id describe(NSString* identifier) {
+  TsAlert* alert = [[TsUserNotification sharedInstance] findUserNotificationWithIdentifier:identifier];
   NSMutableDictionary* properties = [NSMutableDictionary dictionary];
   for (NSString* key in @[
          @"identifier", @"title", @"subtitle", @"informativeText", @"soundName", @"hasActionButton",
@@ -82,46 +70,36 @@ void describe(ProbeArguments args) {
        ]) {
     if (id value = [alert valueForKey:key]) [properties setObject:value forKey:key];
   }
-  if (NSDate* due = [alert deliveryDate]) {
-    [properties setObject:[NSNumber numberWithDouble:[due timeIntervalSince1970]] forKey:@"deliveryDate"];
-  }
-  Return(args, properties);
+  if (NSDate* due = [alert deliveryDate]) [properties setObject:@([due timeIntervalSince1970]) forKey:@"deliveryDate"];
+  return properties;
 }
 
 // An alert as the centre passes it to its delegate: of any activation type, with or without identifier and response.
-Ref<TsAlert> AlertFrom(ProbeArguments args) {
+TsAlert* NewAlert(NSString* identifier, int type, NSString* response) {
   auto alert = Adopt([[TsAlert alloc] init]);
-  [alert setIdentifier:convertToNSString(args[0])];
-  [alert setActivationType:args[1].As<v8::Int32>()->Value() response:convertToNSString(args[2])];
-  return alert;
+  [alert setIdentifier:identifier];
+  [alert setActivationType:type response:response];
+  return alert.Autoreleased();
 }
 
-void activate(ProbeArguments args) {
-  [[TsUserNotification sharedInstance] userNotificationCenter:nil didActivateNotification:AlertFrom(args)];
+void activate(NSString* identifier, int type, NSString* response) {
+  [[TsUserNotification sharedInstance] userNotificationCenter:nil
+                                      didActivateNotification:NewAlert(identifier, type, response)];
 }
 
-void deliver(ProbeArguments args) {
-  [[TsUserNotification sharedInstance] userNotificationCenter:nil didDeliverNotification:AlertFrom(args)];
+void deliver(NSString* identifier) {
+  [[TsUserNotification sharedInstance] userNotificationCenter:nil didDeliverNotification:NewAlert(identifier, 0, nil)];
 }
 
-void dismiss(ProbeArguments args) {
-  [[TsUserNotification sharedInstance] userNotificationCenter:nil didDismissAlert:AlertFrom(args)];
+void dismiss(NSString* identifier) {
+  [[TsUserNotification sharedInstance] userNotificationCenter:nil didDismissAlert:NewAlert(identifier, 0, nil)];
 }
 
-void changeResponse(ProbeArguments args) {
-  const auto alert = AlertFrom(args);
+void changeResponse(NSString* identifier, NSString* response) {
+  TsAlert* alert = NewAlert(identifier, 0, response);
   [[TsUserNotification sharedInstance] userNotificationCenter:nil
                                               responseChanged:[alert response]
                                               forNotification:alert];
-}
-
-void compareSounds(ProbeArguments args) {
-  TsSound* one = [TsSound soundWithPath:convertToNSString(args[0])];
-  TsSound* other = [TsSound soundWithPath:convertToNSString(args[1])];
-  Return(args, @[
-    [NSNumber numberWithBool:[one isEqual:other]], [NSNumber numberWithBool:[one hash] == [other hash]],
-    [one description] != nil ? [one description] : [NSNull null]
-  ]);
 }
 
 }  // namespace
@@ -135,5 +113,4 @@ void AttachNotificationsProbe(v8::Local<v8::Object> exports) {
   PROBE(deliver);
   PROBE(dismiss);
   PROBE(changeResponse);
-  PROBE(compareSounds);
 }

@@ -1,4 +1,3 @@
-#include "PasteboardProbe.h"
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #import "Extensions/NSPasteboard+TsURL.h"
@@ -37,64 +36,81 @@ NSString* TextFor(NSString* type) {
 
 @end
 
-static TsProbeProvider* Provider() {
+namespace {
+
+TsProbeProvider* Provider() {
   static Forever<Ref<TsProbeProvider>> provider(Adopt([[TsProbeProvider alloc] init]));
   return provider->get();
 }
 
-id offerLazily(id) {
-  [General() declareTypes:@[ @"public.png", @"public.html" ] owner:Provider()];
-  return @[];
+// A picture and HTML that are provided only when somebody wants them, and how often that was.
+void offerLazily() { [General() declareTypes:@[ @"public.png", @"public.html" ] owner:Provider()]; }
+int timesProvided() { return [Provider() times]; }
+
+// A text, files, or data as Base64 by type.
+void put(NSDictionary* content) {
+  if (NSDictionary* types = [content objectForKey:@"types"]) {
+    [General() declareTypes:[[types allKeys] sortedArrayUsingSelector:@selector(compare:)] owner:nil];
+    for (NSString* type in types) {
+      auto data = Adopt([[NSData alloc] initWithBase64EncodedString:[types objectForKey:type] options:0]);
+      [General() setData:data forType:type];
+    }
+  } else if (id files = [content objectForKey:@"files"]) {
+    [General() declareTypes:@[ NSFilenamesPboardType ] owner:nil];
+    [General() setPropertyList:files forType:NSFilenamesPboardType];
+  } else {
+    [General() declareTypes:@[ NSStringPboardType ] owner:nil];
+    [General() setString:[content objectForKey:@"text"] forType:NSStringPboardType];
+  }
 }
 
-id timesProvided(id) { return @[ @([Provider() times]) ]; }
-
-id typesOnPasteboard(id) {
+id types() {
   NSMutableArray* types = [NSMutableArray array];
   NSArray* remote = [General() types];
   for (NSUInteger i = 0; i < [remote count]; ++i) [types addObject:[remote objectAtIndex:i]];
   return types;
 }
 
-void PutTypesOnPasteboard(NSDictionary* types) {
-  [General() declareTypes:[[types allKeys] sortedArrayUsingSelector:@selector(compare:)] owner:nil];
-  for (NSString* type in types) {
-    auto data = Adopt([[NSData alloc] initWithBase64EncodedString:[types objectForKey:type] options:0]);
-    [General() setData:data forType:type];
+// [type, Base64] of each.
+id data() {
+  NSMutableArray* all = [NSMutableArray array];
+  for (NSString* type in types()) {
+    [all addObject:@[ type, OrNull([[General() dataForType:type] base64EncodedStringWithOptions:0]) ]];
   }
+  return all;
 }
 
-id pasteboardTypes(id) {
-  NSMutableArray* types = [NSMutableArray array];
-  NSArray* remote = [General() types];
-  for (NSUInteger i = 0; i < [remote count]; ++i) {
-    NSString* type = [remote objectAtIndex:i];
-    [types addObject:@[ type, OrNull([[General() dataForType:type] base64EncodedStringWithOptions:0]) ]];
-  }
-  return types;
-}
-
-id largeValueSurvives(id description) {
-  auto data = Adopt([[NSMutableData alloc] initWithLength:[[description objectForKey:@"bytes"] unsignedIntegerValue]]);
+bool largeValueSurvives(std::uint32_t length) {
+  auto data = Adopt([[NSMutableData alloc] initWithLength:length]);
   auto* bytes = static_cast<unsigned char*>([data mutableBytes]);
-  for (NSUInteger i = 0; i < [data length]; ++i) bytes[i] = static_cast<unsigned char>(i * 31 >> 3);
+  for (NSUInteger i = 0; i < length; ++i) bytes[i] = static_cast<unsigned char>(i * 31 >> 3);
   [General() declareTypes:@[ @"org.tessaro.large" ] owner:nil];
   [General() setData:data forType:@"org.tessaro.large"];
   const bool isSaved = TsSavePasteboard(General());
   [General() clearContents];
   const bool isRestored = TsRestorePasteboard(General());
-  const bool isSame = [[General() dataForType:@"org.tessaro.large"] isEqualToData:data];
-  return @[ [NSNumber numberWithBool:isSaved && isRestored && isSame] ];
+  return isSaved && isRestored && [[General() dataForType:@"org.tessaro.large"] isEqualToData:data];
 }
 
-id putURLs(id lists) {
-  id titles = [lists objectAtIndex:1];
+// What is on the pasteboard for addresses and their titles.
+id putURLs(NSArray* urls, NSArray* titles) {
   [General() ts_declareURLPasteboardWithAdditionalTypes:@[ @"org.tessaro.more" ] owner:nil];
-  [General() ts_setURLs:[lists objectAtIndex:0] withTitles:titles == [NSNull null] ? nil : titles];
-  const bool hasURL = [NSURL URLFromPasteboard:General()] != nil;
+  [General() ts_setURLs:urls withTitles:titles];
   return @[
     OrNull([General() propertyListForType:@"WebURLsWithTitlesPboardType"]),
     OrNull([General() stringForType:NSStringPboardType]), OrNull(TextFor(@"CorePasteboardFlavorType 0x75726C20")),
-    OrNull(TextFor(@"CorePasteboardFlavorType 0x75726C6E")), [NSNumber numberWithBool:hasURL]
+    OrNull(TextFor(@"CorePasteboardFlavorType 0x75726C6E")), Truth([NSURL URLFromPasteboard:General()] != nil)
   ];
+}
+
+}  // namespace
+
+void AttachPasteboardProbe(v8::Local<v8::Object> exports) {
+  PROBE(put);
+  PROBE(types);
+  PROBE(data);
+  PROBE(offerLazily);
+  PROBE(timesProvided);
+  PROBE(largeValueSurvives);
+  PROBE(putURLs);
 }

@@ -1,6 +1,12 @@
 #pragma once
 
 #include <node.h>
+#include <node_buffer.h>
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 
 // The test add-on: the module itself, and on `exports.probe` what tests need to reach behind its script surface.
 
@@ -9,39 +15,123 @@ using ProbeArguments = const v8::FunctionCallbackInfo<v8::Value>&;
 // Adds an object named `name` to `parent`.
 [[nodiscard]] v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name);
 
-void AttachCoreProbe(v8::Local<v8::Object> exports);
-void AttachMacBodiesProbe(v8::Local<v8::Object> exports);
+[[nodiscard]] inline v8::Local<v8::String> ScriptText(std::string_view text) {
+  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text.data(), v8::NewStringType::kNormal,
+                                 static_cast<int>(text.size()))
+      .ToLocalChecked();
+}
+
+[[nodiscard]] inline std::string StdText(v8::Local<v8::Value> value) {
+  const v8::String::Utf8Value utf8(v8::Isolate::GetCurrent(), value);
+  return {*utf8, static_cast<std::size_t>(utf8.length())};
+}
+
+[[nodiscard]] inline double Number(v8::Local<v8::Value> value) {
+  return value->NumberValue(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
+}
 
 #ifdef __OBJC__
 #import <Foundation/Foundation.h>
+
+#include "Utilities/TsScriptValues.h"
 
 [[nodiscard]] inline NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
 
 [[nodiscard]] inline id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
-// Returns the JSON text of an array or dictionary to script; undefined for nil.
-void ReturnJSON(ProbeArguments args, id value);
+// What JSON can hold, on its way between script and a probe. Nil is undefined.
+void ReturnObject(ProbeArguments args, id value);
+[[nodiscard]] id ObjectFromScript(v8::Local<v8::Value> value);
 
-// The value of a JSON text that script has given; nil for none.
-[[nodiscard]] id ParsedArgument(ProbeArguments args, int index);
-
-// A probe that reads its arguments itself.
-template <void (*probe)(ProbeArguments)>
-void InPool(ProbeArguments args) {
-  @autoreleasepool {
-    probe(args);
+template <typename T>
+[[nodiscard]] T FromScript(v8::Local<v8::Value> value) {
+  if constexpr (std::is_same_v<T, bool>) {
+    return value->IsTrue();
+  } else if constexpr (std::is_arithmetic_v<T>) {
+    return static_cast<T>(Number(value));
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return StdText(value);
+  } else if constexpr (std::is_same_v<T, std::string_view>) {
+    return {node::Buffer::Data(value), node::Buffer::Length(value)};
+  } else if constexpr (std::is_same_v<T, NSString*>) {
+    return convertToNSString(value);
+  } else {
+    return static_cast<T>(ObjectFromScript(value));
   }
 }
 
-// A probe from one JSON value to another.
-template <id (*probe)(id)>
-void FromJSON(ProbeArguments args) {
-  @autoreleasepool {
-    ReturnJSON(args, probe(ParsedArgument(args, 0)));
+template <typename T>
+void ReturnValue(ProbeArguments args, const T& value) {
+  if constexpr (std::is_same_v<T, bool>) {
+    args.GetReturnValue().Set(value);
+  } else if constexpr (std::is_arithmetic_v<T>) {
+    args.GetReturnValue().Set(static_cast<double>(value));
+  } else if constexpr (std::is_convertible_v<T, id>) {
+    ReturnObject(args, value);
+  } else {
+    args.GetReturnValue().Set(ScriptText(value));
   }
 }
 
-// Attach a probe under its own name.
-#define PROBE(function) NODE_SET_METHOD(exports, #function, InPool<function>)
-#define JSON_PROBE(function) NODE_SET_METHOD(exports, #function, FromJSON<function>)
+// Calls a function with script's arguments, converted to the types of its parameters, and returns its result to script.
+// A function of ProbeArguments reads and returns by itself.
+template <typename Function>
+struct Probed;
+
+template <>
+struct Probed<void (*)(ProbeArguments)> {
+  template <auto probe>
+  static void Enter(ProbeArguments args) {
+    @autoreleasepool {
+      probe(args);
+    }
+  }
+};
+
+template <typename Result, typename... Parameters>
+struct Probed<Result (*)(Parameters...)> {
+  template <auto probe>
+  static void Enter(ProbeArguments args) {
+    @autoreleasepool {
+      Call<probe>(args, std::index_sequence_for<Parameters...>());
+    }
+  }
+
+  template <auto probe, std::size_t... index>
+  static void Call([[maybe_unused]] ProbeArguments args, std::index_sequence<index...>) {
+    if constexpr (std::is_void_v<Result>) {
+      probe(FromScript<Parameters>(args[index])...);
+    } else {
+      ReturnValue(args, probe(FromScript<Parameters>(args[index])...));
+    }
+  }
+};
+
+// Attaches a probe under its own name. Elsewhere only functions of ProbeArguments can be attached.
+#define PROBE(function) NODE_SET_METHOD(exports, #function, Probed<decltype(&function)>::Enter<function>)
+
+void AttachCaptureProbe(v8::Local<v8::Object> exports);
+void AttachCompositionProbe(v8::Local<v8::Object> exports);
+void AttachContactsProbe(v8::Local<v8::Object> exports);
+void AttachCoreProbe(v8::Local<v8::Object> exports);
+void AttachDialogProbe(v8::Local<v8::Object> exports);
+void AttachIntegrationProbe(v8::Local<v8::Object> exports);
+void AttachKeychainProbe(v8::Local<v8::Object> exports);
+void AttachMacBodiesProbe(v8::Local<v8::Object> exports);
+void AttachMenuProbe(v8::Local<v8::Object> exports);
+void AttachMessagesProbe(v8::Local<v8::Object> exports);
+void AttachNotificationsProbe(v8::Local<v8::Object> exports);
+void AttachPasteboardProbe(v8::Local<v8::Object> exports);
+void AttachPlatformProbe(v8::Local<v8::Object> exports);
+void AttachReachabilityProbe(v8::Local<v8::Object> exports);
+void AttachShortcutProbe(v8::Local<v8::Object> exports);
+void AttachStatusItemProbe(v8::Local<v8::Object> exports);
+void AttachUpdateProbe(v8::Local<v8::Object> exports);
+void AttachValuesProbe(v8::Local<v8::Object> exports);
+void AttachWindowProbe(v8::Local<v8::Object> exports);
+#else
+#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
 #endif
+
+void AttachBusProbe(v8::Local<v8::Object> exports);
+void AttachNotificationServerProbe(v8::Local<v8::Object> exports);

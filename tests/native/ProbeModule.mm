@@ -1,68 +1,61 @@
-#import <Foundation/Foundation.h>
-
-#include "CaptureProbe.h"
-#include "CompositionProbe.h"
-#include "DialogProbe.h"
-#include "IntegrationProbe.h"
-#include "KeychainProbe.h"
-#include "MenuProbe.h"
-#include "MigrationProbe.h"
-#include "NotificationsProbe.h"
-#include "PlatformProbe.h"
 #include "Probe.h"
-#include "ShortcutProbe.h"
-#include "StatusItemProbe.h"
 #include "TessaroNative/StartUp.h"
-#include "UpdateProbe.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
-#include "ValuesProbe.h"
-#include "WindowProbe.h"
 
 namespace {
 
 void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::Local<v8::Context>, void*) {
   Init(exports, module);
   const auto probe = AddProbeObject(exports, "probe");
+  const auto attach = [probe](const char* name, void (*attachTo)(v8::Local<v8::Object>)) {
+    attachTo(AddProbeObject(probe, name));
+  };
   AttachCoreProbe(probe);
-  AttachPlatformProbe(AddProbeObject(probe, "platform"));
-  AttachBusProbe(AddProbeObject(probe, "bus"));
-  AttachKeychainProbe(AddProbeObject(probe, "keychain"));
-  AttachStatusItemProbe(AddProbeObject(probe, "statusItem"));
-  AttachReachabilityProbe(AddProbeObject(probe, "reachability"));
-  AttachMigrationProbe(AddProbeObject(probe, "migration"));
-  AttachNotificationsProbe(AddProbeObject(probe, "notifications"));
-  AttachNotificationServerProbe(AddProbeObject(probe, "notificationServer"));
-  AttachValuesProbe(AddProbeObject(probe, "values"));
-  AttachIntegrationProbe(AddProbeObject(probe, "integrations"));
-  AttachMenuProbe(AddProbeObject(probe, "menus"));
-  AttachWindowProbe(AddProbeObject(probe, "windows"));
-  AttachCompositionProbe(AddProbeObject(probe, "composition"));
-  AttachContactsProbe(AddProbeObject(probe, "contacts"));
-  AttachUpdateProbe(AddProbeObject(probe, "updates"));
-  AttachShortcutProbe(AddProbeObject(probe, "shortcuts"));
-  AttachMacBodiesProbe(AddProbeObject(probe, "macBodies"));
-  AttachDialogProbe(AddProbeObject(probe, "dialogs"));
-  AttachCaptureProbe(AddProbeObject(probe, "capture"));
+  AttachMessagesProbe(probe);
+  attach("platform", AttachPlatformProbe);
+  attach("bus", AttachBusProbe);
+  attach("keychain", AttachKeychainProbe);
+  attach("statusItem", AttachStatusItemProbe);
+  attach("reachability", AttachReachabilityProbe);
+  attach("notifications", AttachNotificationsProbe);
+  attach("notificationServer", AttachNotificationServerProbe);
+  attach("values", AttachValuesProbe);
+  attach("integrations", AttachIntegrationProbe);
+  attach("menus", AttachMenuProbe);
+  attach("pasteboard", AttachPasteboardProbe);
+  attach("windows", AttachWindowProbe);
+  attach("composition", AttachCompositionProbe);
+  attach("contacts", AttachContactsProbe);
+  attach("updates", AttachUpdateProbe);
+  attach("shortcuts", AttachShortcutProbe);
+  attach("macBodies", AttachMacBodiesProbe);
+  attach("dialogs", AttachDialogProbe);
+  attach("capture", AttachCaptureProbe);
 }
 
 }  // namespace
 
-void ReturnJSON(ProbeArguments args, id value) {
+// JSON needs a container around it.
+void ReturnObject(ProbeArguments args, id value) {
   v8::Local<v8::String> text;
-  if (value == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(value)).ToLocal(&text)) return;
-  args.GetReturnValue().Set(text);
+  if (value == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(@[ value ])).ToLocal(&text)) return;
+  const auto context = args.GetIsolate()->GetCurrentContext();
+  const auto box = v8::JSON::Parse(context, text).ToLocalChecked().As<v8::Array>();
+  args.GetReturnValue().Set(box->Get(context, 0).ToLocalChecked());
 }
 
-id ParsedArgument(ProbeArguments args, int index) {
-  NSString* text = index < args.Length() ? convertToNSString(args[index]) : nil;
-  return text == nil ? nil : TsConvertFromJSONString(text, nullptr);
+id ObjectFromScript(v8::Local<v8::Value> value) {
+  if (value->IsNullOrUndefined()) return nil;
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const auto box = v8::Array::New(isolate, &value, 1);
+  const auto text = v8::JSON::Stringify(isolate->GetCurrentContext(), box).ToLocalChecked();
+  return [TsConvertFromJSONString(convertToNSString(text), nullptr) objectAtIndex:0];
 }
 
 v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const auto object = v8::Object::New(isolate);
-  parent->Set(isolate->GetCurrentContext(), v8::String::NewFromUtf8(isolate, name).ToLocalChecked(), object).Check();
+  parent->Set(isolate->GetCurrentContext(), ScriptText(name), object).Check();
   return object;
 }
 

@@ -3,11 +3,9 @@
 
 #include "Base/Ref.h"
 #include "Platform/MainQueue.h"
-#include "PlatformProbe.h"
 #include "Probe.h"
 #include "Reachability/TsReachability.h"
 #include "Utilities/TsNotificationObserver.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace platform = tessaro::platform;
 
@@ -26,50 +24,41 @@ class ChosenTarget final : public platform::NetworkReachability {
   std::optional<platform::ReachabilityFlags> flags_;
 };
 
-TsReachability* MonitorOf(ProbeArguments args) {
-  if (args[0]->IsNumber()) {
-    const auto flags = args[0].As<v8::Uint32>()->Value();
-    return [[[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(flags)] autorelease];
+// A target's name, or the flags that it has; nil for flags that can't be read.
+TsReachability* MonitorOf(id target) {
+  if (NSString* name = As<NSString>(target)) {
+    if ([name isEqual:@"internet"]) return [TsReachability reachabilityForInternetConnection];
+    if ([name isEqual:@"local WiFi"]) return [TsReachability reachabilityForLocalWiFi];
+    return [TsReachability reachabilityWithHostName:name];
   }
-  NSString* target = convertToNSString(args[0]);
-  if (target == nil) {
-    return [[[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(std::nullopt)] autorelease];
-  }
-  if ([target isEqual:@"internet"]) return [TsReachability reachabilityForInternetConnection];
-  if ([target isEqual:@"local WiFi"]) return [TsReachability reachabilityForLocalWiFi];
-  return [TsReachability reachabilityWithHostName:target];
+  std::optional<platform::ReachabilityFlags> flags;
+  if (target != nil) flags = [target unsignedIntValue];
+  return Adopt([[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(flags)]).Autoreleased();
 }
 
-// Every query of the monitor of a target: chosen flags, null for flags that can't be read, or a name.
-void query(ProbeArguments args) {
-  @autoreleasepool {
-    v8::Isolate* isolate = args.GetIsolate();
-    TsReachability* monitor = MonitorOf(args);
-    if (monitor == nil) return args.GetReturnValue().SetNull();
-    const auto answers = v8::Object::New(isolate);
-    const auto set = [&](const char* name, v8::Local<v8::Value> value) {
-      const auto key = v8::String::NewFromUtf8(isolate, name).ToLocalChecked();
-      answers->Set(isolate->GetCurrentContext(), key, value).Check();
-    };
-    const auto yesOrNo = [&](const char* name, BOOL value) { set(name, v8::Boolean::New(isolate, value)); };
-    yesOrNo("isReachable", [monitor isReachable]);
-    yesOrNo("isConnected", [monitor isConnected]);
-    yesOrNo("isReachableViaWWAN", [monitor isReachableViaWWAN]);
-    yesOrNo("isReachableViaWiFi", [monitor isReachableViaWiFi]);
-    yesOrNo("isConnectionRequired", [monitor isConnectionRequired]);
-    yesOrNo("connectionRequired", [monitor connectionRequired]);
-    yesOrNo("isConnectionOnDemand", [monitor isConnectionOnDemand]);
-    yesOrNo("isInterventionRequired", [monitor isInterventionRequired]);
-    yesOrNo("reachableOnWWAN", [monitor reachableOnWWAN]);
-    yesOrNo("startNotifier", [monitor startNotifier]);
-    yesOrNo("startNotifierAgain", [monitor startNotifier]);
-    [monitor stopNotifier];
-    set("status", v8::Integer::New(isolate, static_cast<int>([monitor currentReachabilityStatus])));
-    set("flags", v8::Integer::NewFromUnsigned(isolate, [monitor reachabilityFlags]));
-    set("string", ToScriptString(isolate, [monitor currentReachabilityString]).ToLocalChecked());
-    set("description", ToScriptString(isolate, [monitor description]).ToLocalChecked());
-    args.GetReturnValue().Set(answers);
+// Every query of a target's monitor; nil where there can be no monitor.
+id query(id target) {
+  TsReachability* monitor = MonitorOf(target);
+  if (monitor == nil) return [NSNull null];
+  NSMutableDictionary* answers = [NSMutableDictionary dictionary];
+  for (NSString* name in @[
+         @"isReachable", @"isConnected", @"isReachableViaWWAN", @"isReachableViaWiFi", @"isConnectionRequired",
+         @"connectionRequired", @"isConnectionOnDemand", @"isInterventionRequired", @"reachableOnWWAN"
+       ]) {
+    using Query = BOOL (*)(id, SEL);
+    const SEL selector = NSSelectorFromString(name);
+    const auto answer = reinterpret_cast<Query>([monitor methodForSelector:selector])(monitor, selector);
+    [answers setObject:Truth(answer != NO) forKey:name];
   }
+  [answers addEntriesFromDictionary:@{
+    @"startNotifier" : Truth([monitor startNotifier] && [monitor startNotifier]),
+    @"status" : @(static_cast<int>([monitor currentReachabilityStatus])),
+    @"flags" : @([monitor reachabilityFlags]),
+    @"string" : [monitor currentReachabilityString],
+    @"description" : [monitor description],
+  }];
+  [monitor stopNotifier];
+  return answers;
 }
 
 struct Seen {
@@ -90,28 +79,26 @@ Seen& WhatIsSeen() {
 
 // Starts a monitor that nobody but itself keeps. seen() tells which of its blocks have been called; a "!" follows what
 // came on the main thread.
-void watch(ProbeArguments args) {
-  @autoreleasepool {
-    TsReachability* monitor = MonitorOf(args);
-    [monitor setReachableBlock:[](TsReachability*) { WhatIsSeen().Add("reachable"); }];
-    [monitor setUnreachableBlock:[](TsReachability*) { WhatIsSeen().Add("unreachable"); }];
-    [monitor setReachabilityBlock:[](TsReachability*) { WhatIsSeen().Add("changed"); }];
-    TsObserveOnMainQueue(kTsReachabilityChangedNotification, [monitor](NSNotification* notification) {
-      if ([notification object] == monitor) WhatIsSeen().Add("notified");
-    });
-    args.GetReturnValue().Set(static_cast<bool>([monitor startNotifier]));
-  }
+bool watch(NSString* target) {
+  TsReachability* monitor = MonitorOf(target);
+  [monitor setReachableBlock:[](TsReachability*) { WhatIsSeen().Add("reachable"); }];
+  [monitor setUnreachableBlock:[](TsReachability*) { WhatIsSeen().Add("unreachable"); }];
+  [monitor setReachabilityBlock:[](TsReachability*) { WhatIsSeen().Add("changed"); }];
+  TsObserveOnMainQueue(kTsReachabilityChangedNotification, [monitor](NSNotification* notification) {
+    if ([notification object] == monitor) WhatIsSeen().Add("notified");
+  });
+  return [monitor startNotifier] != NO;
 }
 
-void seen(ProbeArguments args) {
+std::string seen() {
   const std::lock_guard lock(WhatIsSeen().mutex);
-  args.GetReturnValue().Set(v8::String::NewFromUtf8(args.GetIsolate(), WhatIsSeen().text.c_str()).ToLocalChecked());
+  return WhatIsSeen().text;
 }
 
 }  // namespace
 
 void AttachReachabilityProbe(v8::Local<v8::Object> exports) {
-  NODE_SET_METHOD(exports, "query", query);
-  NODE_SET_METHOD(exports, "watch", watch);
-  NODE_SET_METHOD(exports, "seen", seen);
+  PROBE(query);
+  PROBE(watch);
+  PROBE(seen);
 }

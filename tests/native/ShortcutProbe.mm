@@ -1,5 +1,3 @@
-#include "ShortcutProbe.h"
-
 #include "Base/Ref.h"
 #include "Platform/Cocoa.h"
 #include "Platform/HotKeys.h"
@@ -7,8 +5,6 @@
 #import "Shortcuts/MASShortcut.h"
 #import "Shortcuts/TsGlobalShortcut.h"
 #import "Shortcuts/TsShortcutValidator.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
@@ -39,8 +35,8 @@ id Unarchived(NSData* data) {
 
 // ---- Probes
 
-id valid(id description) {
-  return Truth([[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)]);
+bool valid(NSArray* description) {
+  return [[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)] != NO;
 }
 
 id whyTaken(id description) {
@@ -61,17 +57,17 @@ id archives(id description) {
   ];
 }
 
-id archivesOfOthers(id) {
+id archivesOfOthers() {
   return @[
     Base64(Archive(@"text", NSPropertyListXMLFormat_v1_0)), Base64(Archive(@[ @1 ], NSPropertyListXMLFormat_v1_0)),
     Base64(Archive([NSDate date], NSPropertyListBinaryFormat_v1_0))
   ];
 }
 
-id unarchive(id text) { return [Unarchived(FromBase64(text)) description]; }
+id unarchive(NSString* text) { return [Unarchived(FromBase64(text)) description]; }
 
 // How many of the archives with one byte wrong, or cut short, still give a shortcut.
-id unarchiveDamaged(id text) {
+int unarchiveDamaged(NSString* text) {
   NSData* sound = FromBase64(text);
   int shortcuts = 0;
   for (NSUInteger i = 0; i < [sound length]; ++i) {
@@ -84,7 +80,7 @@ id unarchiveDamaged(id text) {
       }
     }
   }
-  return [NSNumber numberWithInt:shortcuts];
+  return shortcuts;
 }
 
 // What the transformer gives for a dictionary, and for that again.
@@ -95,23 +91,15 @@ id transform(id dictionary) {
   return @[ OrNull([shortcut description]), OrNull([transformer reverseTransformedValue:shortcut]) ];
 }
 
-// Arguments and results that are no JSON documents by themselves come in arrays.
-template <id (*probe)(id)>
-id Boxed(id arguments) {
-  return @[ OrNull(probe([arguments objectAtIndex:0])) ];
-}
-
 }  // namespace
 
 void AttachShortcutProbe(v8::Local<v8::Object> exports) {
-#define BOXED_PROBE(function) NODE_SET_METHOD(exports, #function, FromJSON<Boxed<function>>)
-  BOXED_PROBE(valid);
-  BOXED_PROBE(whyTaken);
-  BOXED_PROBE(describe);
-  BOXED_PROBE(archives);
-  BOXED_PROBE(archivesOfOthers);
-  BOXED_PROBE(unarchive);
-  BOXED_PROBE(unarchiveDamaged);
-  BOXED_PROBE(transform);
-#undef BOXED_PROBE
+  PROBE(valid);
+  PROBE(whyTaken);
+  PROBE(describe);
+  PROBE(archives);
+  PROBE(archivesOfOthers);
+  PROBE(unarchive);
+  PROBE(unarchiveDamaged);
+  PROBE(transform);
 }

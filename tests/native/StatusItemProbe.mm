@@ -1,5 +1,3 @@
-#include "StatusItemProbe.h"
-
 #include <uv.h>
 
 #include "Dock/TsDockMenu.h"
@@ -14,13 +12,8 @@
 #import "StatusItem/TsStatusItemController.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
-
-int Integer(v8::Local<v8::Value> value) {
-  return value->Int32Value(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
-}
 
 Ref<NSBitmapImageRep> Pixels(NSImage* image) {
   const NSSize size = [image size];
@@ -90,117 +83,79 @@ NSArray* DescribeItems(NSMenu* menu) {
   return items;
 }
 
-// fill(type, includesMessages): the items of a menu that the controller has filled.
-void fill(ProbeArguments args) {
-  @autoreleasepool {
-    auto menu = Adopt([[NSMenu alloc] init]);
-    [[TsStatusItemController sharedInstance] menuNeedsUpdate:menu
-                                                        type:convertToNSString(args[0])
-                                              includeMessage:args[1]->IsTrue()];
-    ReturnJSON(args, DescribeItems(menu));
-  }
+// The items of a menu that the controller has filled.
+id fill(NSString* type, bool includesMessages) {
+  auto menu = Adopt([[NSMenu alloc] init]);
+  [[TsStatusItemController sharedInstance] menuNeedsUpdate:menu type:type includeMessage:includesMessages];
+  return DescribeItems(menu);
 }
 
 // Nanoseconds that the steps of building the item's menu take: asking script, reading its JSON, making the menu.
-void timeRebuild(ProbeArguments args) {
-  @autoreleasepool {
-    const tessaro::platform::WithoutUserShortcuts asForTheTray;
-    TsStatusItemController* controller = [TsStatusItemController sharedInstance];
-    const std::uint64_t start = uv_hrtime();
-    NSString* json = TsCallback(TsSlot::StatusItemMenuNeedsUpdate).CallForString({@"status-item", true});
-    const std::uint64_t asked = uv_hrtime();
-    NSDictionary* contents = TsConvertFromJSONString(json, nullptr);
-    const std::uint64_t read = uv_hrtime();
-    const TsStatusMenuSource script = [controller menuNeedsUpdateCallback];
-    [controller setMenuNeedsUpdateCallback:[contents](NSString*, bool) { return contents; }];
-    [controller menuNeedsUpdate:[[controller statusItem] menu] type:@"status-item" includeMessage:YES];
-    const std::uint64_t built = uv_hrtime();
-    [controller setMenuNeedsUpdateCallback:script];
-    ReturnJSON(args, @[ @(double(asked - start)), @(double(read - asked)), @(double(built - read)) ]);
-  }
+id timeRebuild() {
+  const tessaro::platform::WithoutUserShortcuts asForTheTray;
+  TsStatusItemController* controller = [TsStatusItemController sharedInstance];
+  const std::uint64_t start = uv_hrtime();
+  NSString* json = TsCallback(TsSlot::StatusItemMenuNeedsUpdate).CallForString({@"status-item", true});
+  const std::uint64_t asked = uv_hrtime();
+  NSDictionary* contents = TsConvertFromJSONString(json, nullptr);
+  const std::uint64_t read = uv_hrtime();
+  const TsStatusMenuSource script = [controller menuNeedsUpdateCallback];
+  [controller setMenuNeedsUpdateCallback:[contents](NSString*, bool) { return contents; }];
+  [controller menuNeedsUpdate:[[controller statusItem] menu] type:@"status-item" includeMessage:YES];
+  const std::uint64_t built = uv_hrtime();
+  [controller setMenuNeedsUpdateCallback:script];
+  return @[ @(double(asked - start)), @(double(read - asked)), @(double(built - read)) ];
 }
 
-void state(ProbeArguments args) {
-  @autoreleasepool {
-    TsStatusItemController* controller = [TsStatusItemController sharedInstance];
-    NSStatusItem* item = [controller statusItem];
-    ReturnJSON(
-        args, @{
-          @"hasErrors" : Truth([controller hasErrors]),
-          @"numberOfAccounts" : @([controller numberOfAccounts]),
-          @"isShown" : Truth(item != nil),
-          @"title" : OrNull([item title]),
-          @"length" : @([item length]),
-          @"image" : OrNull(DescribeImage([item image])),
-          @"menuItems" : @([[item menu] numberOfItems]),
-        });
-  }
+id state() {
+  NSStatusItem* item = [[TsStatusItemController sharedInstance] statusItem];
+  return @{
+    @"isShown" : Truth(item != nil),
+    @"title" : OrNull([item title]),
+    @"length" : @([item length]),
+    @"image" : OrNull(DescribeImage([item image])),
+  };
 }
 
-void titleWidth(ProbeArguments args) {
-  @autoreleasepool {
-    NSDictionary* attributes = @{NSFontAttributeName : [NSFont menuBarFontOfSize:0]};
-    args.GetReturnValue().Set([convertToNSString(args[0]) sizeWithAttributes:attributes].width);
-  }
+double titleWidth(NSString* title) {
+  return [title sizeWithAttributes:@{NSFontAttributeName : [NSFont menuBarFontOfSize:0]}].width;
 }
 
-// badge(color, count, isInError, text): how the badge looks, and whether it is the one of this text.
-void badge(ProbeArguments args) {
-  NSColor* color = [NSColor ts_colorWithHexColorString:convertToNSString(args[0])];
+// How the badge of an account looks, and whether it is the one of this text.
+id badge(NSString* colorText, int count, bool isInError, NSString* text) {
+  NSColor* color = [NSColor ts_colorWithHexColorString:colorText];
   auto item = Adopt([[TsAccountStatusMenuItem alloc] initWithTitle:@"Account"
                                                              color:color
                                                             action:nullptr
                                                      keyEquivalent:@""]);
-  [item setCount:static_cast<NSUInteger>(Integer(args[1]))];
-  [item setIsInError:args[2]->IsTrue()];
-  NSString* text = args[3]->IsString() ? convertToNSString(args[3]) : nil;
-  ReturnJSON(args, @[ DescribeImage([item image]), Truth([item image] == AccountBadge(color, text)) ]);
+  [item setCount:static_cast<NSUInteger>(count)];
+  [item setIsInError:isInError];
+  return @[ DescribeImage([item image]), Truth([item image] == AccountBadge(color, text)) ];
 }
 
-void hexColor(ProbeArguments args) {
-  @autoreleasepool {
-    ReturnJSON(args, @[ ColorText([NSColor ts_colorWithHexColorString:convertToNSString(args[0])]) ]);
-  }
+id hexColor(NSString* text) { return ColorText([NSColor ts_colorWithHexColorString:text]); }
+
+id format(NSString* pattern, NSString* text, NSNumber* number) {
+  return number != nil ? [pattern ts_formatWithText:text number:[number integerValue]]
+                       : [pattern ts_formatWithText:text];
 }
 
-// format(format, text[, number])
-void format(ProbeArguments args) {
-  @autoreleasepool {
-    NSString* pattern = convertToNSString(args[0]);
-    NSString* text = convertToNSString(args[1]);
-    ReturnJSON(args, @[ args.Length() > 2 ? [pattern ts_formatWithText:text number:Integer(args[2])]
-                                          : [pattern ts_formatWithText:text] ]);
-  }
+id dockMenu() {
+  return DescribeItems([[NSApp delegate] performSelector:@selector(applicationDockMenu:) withObject:NSApp]);
 }
 
-void dockMenu(ProbeArguments args) {
-  @autoreleasepool {
-    id delegate = [NSApp delegate];
-    NSMenu* menu = [delegate performSelector:@selector(applicationDockMenu:) withObject:NSApp];
-    ReturnJSON(args, DescribeItems(menu));
-  }
+// Chooses a row of its own making.
+void perform(NSString* action, NSString* represented) {
+  auto item = Adopt([[NSMenuItem alloc] init]);
+  [item setRepresentedObject:represented];
+  [NSApp sendAction:NSSelectorFromString(action) to:[TsStatusItemController sharedInstance] from:item];
 }
 
-// perform(action, representedObject): chooses a row of its own making.
-void perform(ProbeArguments args) {
-  @autoreleasepool {
-    auto item = Adopt([[NSMenuItem alloc] init]);
-    [item setRepresentedObject:convertToNSString(args[1])];
-    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0]))
-                   to:[TsStatusItemController sharedInstance]
-                 from:item];
-  }
+void performOnDelegate(NSString* action) {
+  [NSApp sendAction:NSSelectorFromString(action) to:[NSApp delegate] from:nil];
 }
 
-void performOnDelegate(ProbeArguments args) {
-  @autoreleasepool {
-    [NSApp sendAction:NSSelectorFromString(convertToNSString(args[0])) to:[NSApp delegate] from:nil];
-  }
-}
-
-void hasItem(ProbeArguments args) {
-  args.GetReturnValue().Set([[TsStatusItemController sharedInstance] statusItem] != nil);
-}
+bool hasItem() { return [[TsStatusItemController sharedInstance] statusItem] != nil; }
 
 }  // namespace
 

@@ -1,7 +1,4 @@
-#include "UpdateProbe.h"
-
 #import <Foundation/Foundation.h>
-#include <node_buffer.h>
 #import <objc/runtime.h>
 #include <pthread.h>
 #include <sys/wait.h>
@@ -24,67 +21,35 @@
 #include "Platform/CrashReporter.h"
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
-std::string StdText(v8::Local<v8::Value> value) { return TsStdString(convertToNSString(value)); }
-
-std::string_view Bytes(v8::Local<v8::Value> buffer) {
-  return {node::Buffer::Data(buffer), node::Buffer::Length(buffer)};
+// -1, 0 or 1.
+int compareVersions(std::string left, std::string right) {
+  const auto order = platform::CompareVersions(left, right);
+  return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
-void ReturnText(ProbeArguments args, std::string_view text) {
-  args.GetReturnValue().Set(ToScriptString(args.GetIsolate(), TsNSString(text)).ToLocalChecked());
-}
+bool isTrustworthyAddress(std::string address) { return platform::IsTrustworthyAddress(address); }
 
-// compareVersions(left, right): -1, 0 or 1.
-void compareVersions(ProbeArguments args) {
-  const auto order = platform::CompareVersions(StdText(args[0]), StdText(args[1]));
-  args.GetReturnValue().Set(order < 0 ? -1 : order > 0 ? 1 : 0);
-}
-
-void isTrustworthyAddress(ProbeArguments args) {
-  args.GetReturnValue().Set(platform::IsTrustworthyAddress(StdText(args[0])));
-}
-
-platform::UpdateSettings Settings(ProbeArguments args) {
-  return {StdText(args[1]), StdText(args[2]), StdText(args[3]), {"linux", {"de", "en"}}, "3.7"};
+platform::UpdateSettings Settings(std::string current, std::string system, std::string channel) {
+  return {std::move(current), std::move(system), std::move(channel), {"linux", {"de", "en"}}, "3.7"};
 }
 
 const char* Name(const std::optional<platform::Unsuitable>& judgement) {
-  if (!judgement) return "suitable";
-  switch (*judgement) {
-    case platform::Unsuitable::NoVersion:
-      return "no version";
-    case platform::Unsuitable::NotNewer:
-      return "not newer";
-    case platform::Unsuitable::Skipped:
-      return "skipped";
-    case platform::Unsuitable::OtherSystem:
-      return "other system";
-    case platform::Unsuitable::SystemTooOld:
-      return "system too old";
-    case platform::Unsuitable::SystemTooNew:
-      return "system too new";
-    case platform::Unsuitable::OtherChannel:
-      return "other channel";
-    case platform::Unsuitable::NoFile:
-      return "no file";
-    case platform::Unsuitable::NotSigned:
-      return "not signed";
-  }
-  return "?";
+  // In the order of their declaration.
+  static constexpr const char* kNames[] = {"no version",    "not newer",      "skipped",
+                                           "other system",  "system too old", "system too new",
+                                           "other channel", "no file",        "not signed"};
+  return judgement ? kNames[static_cast<std::size_t>(*judgement)] : "suitable";
 }
 
-// decide(buffer, currentVersion, systemVersion, channel): JSON of {judgements, versions, update, url, length}, or the
-// reason, a text that is no JSON.
-void decide(ProbeArguments args) {
-  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args));
-  if (!decision) return ReturnText(args, decision.error().message);
+// {judgements, versions, update, url, length}, or the reason, a text.
+id decide(std::string_view feed, std::string current, std::string system, std::string channel) {
+  const auto decision = platform::DecideUpdate(feed, Settings(current, system, channel));
+  if (!decision) return TsNSString(decision.error().message);
   NSMutableArray* judgements = [NSMutableArray array];
   NSMutableArray* versions = [NSMutableArray array];
   for (const auto& each : decision->judgements) [judgements addObject:TsNSString(Name(each))];
@@ -94,27 +59,22 @@ void decide(ProbeArguments args) {
   if (decision->update) {
     [answer setObject:TsNSString(decision->items[*decision->update].version) forKey:@"update"];
     [answer setObject:TsNSString(decision->file.url) forKey:@"url"];
-    if (decision->file.length) {
-      [answer setObject:[NSNumber numberWithUnsignedLongLong:*decision->file.length] forKey:@"length"];
-    }
+    if (decision->file.length) [answer setObject:@(*decision->file.length) forKey:@"length"];
   }
-  ReturnJSON(args, answer);
+  return answer;
 }
 
-// decideOnly(buffer, currentVersion, systemVersion, channel): the number of the update's item, null when there is none.
-void decideOnly(ProbeArguments args) {
-  const auto decision = platform::DecideUpdate(Bytes(args[0]), Settings(args));
-  if (!decision || !decision->update) return args.GetReturnValue().SetNull();
-  args.GetReturnValue().Set(static_cast<std::uint32_t>(*decision->update));
+// The number of the update's item, or -1.
+int decideOnly(std::string_view feed, std::string current, std::string system, std::string channel) {
+  const auto decision = platform::DecideUpdate(feed, Settings(current, system, channel));
+  return decision && decision->update ? static_cast<int>(*decision->update) : -1;
 }
 
 // fuzz(buffer, count, seed): decides on mutations of the feed; how many of them had an update, or a negative number
 // when one was offered that must not be.
-void fuzz(ProbeArguments args) {
-  const std::string original(Bytes(args[0]));
-  const auto context = args.GetIsolate()->GetCurrentContext();
-  const int count = args[1]->Int32Value(context).FromJust();
-  std::uint64_t state = args[2]->Uint32Value(context).FromJust() | 1;
+int fuzz(std::string_view feedBefore, int count, std::uint32_t seed) {
+  const std::string original(feedBefore);
+  std::uint64_t state = seed | 1;
   const auto random = [&state](std::size_t below) {
     state ^= state << 13;
     state ^= state >> 7;
@@ -144,62 +104,53 @@ void fuzz(ProbeArguments args) {
       }
     }
     const auto decision = platform::DecideUpdate(feed, {"2.0", "12", "stable", {"linux", {"de"}}, ""});
-    if (!decision && decision.error().message.empty()) return args.GetReturnValue().Set(-1);
+    if (!decision && decision.error().message.empty()) return -1;
     if (!decision || !decision->update) continue;
     const auto& version = decision->items.at(*decision->update).version;
-    if (platform::CompareVersions(version, "2.0") <= 0) return args.GetReturnValue().Set(-2);
-    if (!platform::IsTrustworthyAddress(decision->file.url)) return args.GetReturnValue().Set(-3);
+    if (platform::CompareVersions(version, "2.0") <= 0) return -2;
+    if (!platform::IsTrustworthyAddress(decision->file.url)) return -3;
     ++updates;
   }
-  args.GetReturnValue().Set(updates);
+  return updates;
 }
 
-// The answers that nobody on this system asks for.
-void promptsForPermission(ProbeArguments args) {
+// The answer that nobody on this system asks for.
+bool promptsForPermission() {
   TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
-  const BOOL prompts = [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()];
-  args.GetReturnValue().Set(prompts != NO);
+  return [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()] != NO;
 }
 
-void isDryRun(ProbeArguments args) { args.GetReturnValue().Set([[TsApplicationUpdate sharedInstance] dryRun] != NO); }
+bool isDryRun() { return [[TsApplicationUpdate sharedInstance] dryRun] != NO; }
 
-void resetLastProfileSubmissionDate(ProbeArguments) {
-  [[TsApplicationUpdate sharedInstance] resetLastProfileSubmissionDate];
-}
+void resetLastProfileSubmissionDate() { [[TsApplicationUpdate sharedInstance] resetLastProfileSubmissionDate]; }
 
 // Nobody has no language at all, but an environment may bring it about.
-void forgetLanguages(ProbeArguments) {
+void forgetLanguages() {
   const Method languages = class_getClassMethod([NSLocale class], @selector(preferredLanguages));
   method_setImplementation(languages, reinterpret_cast<IMP>(+[](id, SEL) -> id { return [NSArray array]; }));
 }
 
-// setDateDefault(key, seconds since 1970, or null), dateDefault(key)
-void setDateDefault(ProbeArguments args) {
-  NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
-  NSString* key = convertToNSString(args[0]);
-  if (args[1]->IsNull()) return [defaults removeObjectForKey:key];
-  [defaults setObject:[NSDate dateWithTimeIntervalSince1970:args[1].As<v8::Number>()->Value()] forKey:key];
+// In seconds since 1970.
+void setDateDefault(NSString* key, double seconds) {
+  [[NSUserDefaults standardUserDefaults] setObject:[NSDate dateWithTimeIntervalSince1970:seconds] forKey:key];
 }
 
-void dateDefault(ProbeArguments args) {
-  const id date = [[NSUserDefaults standardUserDefaults] objectForKey:convertToNSString(args[0])];
-  if (![date isKindOfClass:[NSDate class]]) return args.GetReturnValue().SetNull();
-  args.GetReturnValue().Set([date timeIntervalSince1970]);
+id dateDefault(NSString* key) {
+  NSDate* date = As<NSDate>([[NSUserDefaults standardUserDefaults] objectForKey:key]);
+  return date != nil ? @([date timeIntervalSince1970]) : nil;
 }
 
 // ---- Crashes
 
-// readCrashRecord(buffer): JSON of the event, null when it is none.
-void readCrashRecord(ProbeArguments args) {
-  auto event = platform::ReadCrashRecord(Bytes(args[0]));
-  if (!event) return args.GetReturnValue().SetNull();
-  ReturnJSON(args, TsSerialisedEvent(*event));
+id readCrashRecord(std::string_view record) {
+  auto event = platform::ReadCrashRecord(record);
+  return event ? TsSerialisedEvent(*event) : nil;
 }
 
 // The reason why an address is no project's; empty when it is.
-void whyNoProject(ProbeArguments args) {
-  const auto client = platform::CrashReporter::ForProject(StdText(args[0]), {});
-  ReturnText(args, client ? "" : client.error().message);
+std::string whyNoProject(std::string address) {
+  const auto client = platform::CrashReporter::ForProject(address, {});
+  return client ? "" : client.error().message;
 }
 
 // Uses up the stack of a thread.
@@ -210,11 +161,11 @@ __attribute__((noinline, no_sanitize("address"))) int Overflow(int depth) {
 }
 
 // crash(how), with and without a thread of its own.
-void crash(ProbeArguments args) {
-  const std::string how = StdText(args[0]);
+void crash(std::string how) {
   const auto isIn = [&how](const char* word) { return how.find(word) != std::string::npos; };
   const auto work = [&] {
-    if (isIn("overflow")) args.GetReturnValue().Set(Overflow(0));
+    if (isIn("overflow")) [[maybe_unused]]
+      volatile int depth = Overflow(0);
     if (isIn("abort")) std::abort();
     if (isIn("trap")) __builtin_trap();
     if (isIn("break")) raise(SIGTRAP);
@@ -228,7 +179,7 @@ void crash(ProbeArguments args) {
 }
 
 // Several threads crash at once.
-void crashEverywhere(ProbeArguments) {
+void crashEverywhere() {
   std::atomic<int> ready = 0;
   for (int i = 0; i < 8; ++i) {
     std::thread([&] {
@@ -240,7 +191,7 @@ void crashEverywhere(ProbeArguments) {
 }
 
 // Whoever handled crashes before: tells of its turn by the process's code.
-void handleCrashes(ProbeArguments) {
+void handleCrashes() {
   struct sigaction action {};
   action.sa_flags = SA_SIGINFO;
   action.sa_sigaction = [](int, siginfo_t* information, void* context) {
@@ -250,17 +201,17 @@ void handleCrashes(ProbeArguments) {
 }
 
 // Has a forked process crash; gives the signal that ended it.
-void crashInFork(ProbeArguments args) {
+int crashInFork() {
   const pid_t child = fork();
   if (child == 0) platform::CrashReporter::Crash();
   int status = 0;
   waitpid(child, &status, 0);
-  args.GetReturnValue().Set(WIFSIGNALED(status) ? WTERMSIG(status) : 0);
+  return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
 // logFromThread(name, text): the thread that logs has that name.
-void logFromThread(ProbeArguments args) {
-  std::thread([name = StdText(args[0]), text = StdText(args[1])] {
+void logFromThread(std::string name, std::string text) {
+  std::thread([name, text] {
     pthread_setname_np(pthread_self(), name.c_str());
     TsLogTextWarning(text);
   }).join();

@@ -1,35 +1,27 @@
-#include "ValuesProbe.h"
-
 #import <Foundation/Foundation.h>
 
 #include <chrono>
 
 #include "Probe.h"
 #include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
-void Return(ProbeArguments args, NSString* text) {
-  v8::Local<v8::String> string;
-  if (ToScriptString(args.GetIsolate(), text).ToLocal(&string)) args.GetReturnValue().Set(string);
-}
-
 // The way in and out again; undefined when the text is refused.
-void roundTrip(ProbeArguments args) {
-  id object = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
-  if (object != nil) Return(args, TsConvertToJSONString(object));
+id roundTrip(NSString* text) {
+  id object = TsConvertFromJSONString(text, nullptr);
+  return object != nil ? TsConvertToJSONString(object) : nil;
 }
 
-void readError(ProbeArguments args) {
+id readError(NSString* text) {
   NSError* error = nil;
-  if (TsConvertFromJSONString(convertToNSString(args[0]), &error) != nil) return;
-  Return(args, [NSString stringWithFormat:@"%@ %d %@", [error domain], static_cast<int>([error code]),
-                                          [error localizedDescription]]);
+  if (TsConvertFromJSONString(text, &error) != nil) return nil;
+  return [NSString
+      stringWithFormat:@"%@ %d %@", [error domain], static_cast<int>([error code]), [error localizedDescription]];
 }
 
 // Objects that JSON can't hold, by name.
-void writeUnfit(ProbeArguments args) {
+id writeUnfit(NSString* name) {
   NSMutableArray* cycle = [NSMutableArray array];
   [static_cast<id>(cycle) addObject:cycle];
   NSMutableArray* deep = [NSMutableArray array];
@@ -41,24 +33,24 @@ void writeUnfit(ProbeArguments args) {
                                    [NSArray arrayWithObject:[NSNumber numberWithDouble:NAN]], @"nan",
                                    [NSArray arrayWithObject:[NSNumber numberWithDouble:-INFINITY]], @"infinity", cycle,
                                    @"cycle", deep, @"deep", @"text", @"text", nil];
-  NSString* json = TsConvertToJSONString([unfit objectForKey:convertToNSString(args[0])]);
+  NSString* json = TsConvertToJSONString([unfit objectForKey:name]);
   if ([cycle count] > 0) [cycle removeAllObjects];
-  Return(args, json);
+  return json;
 }
 
 // Numbers as Foundation makes them, which scripts never do.
-void writeNumbers(ProbeArguments args) {
+id writeNumbers() {
   NSArray* numbers = [NSArray arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithBool:NO],
                                                [NSNumber numberWithChar:-1], [NSNumber numberWithUnsignedChar:255],
                                                [NSNumber numberWithInt:1], [NSNumber numberWithLongLong:INT64_MIN],
                                                [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
                                                [NSNumber numberWithFloat:0.5F], [NSNumber numberWithDouble:0.1], nil];
-  Return(args, TsConvertToJSONString(numbers));
+  return TsConvertToJSONString(numbers);
 }
 
 // Everything that comes out of the reader can be changed.
-void mutate(ProbeArguments args) {
-  NSMutableDictionary* root = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
+id mutate(NSString* text) {
+  NSMutableDictionary* root = TsConvertFromJSONString(text, nullptr);
   NSMutableDictionary* inner = [root objectForKey:@"inner"];
   [[inner objectForKey:@"list"] addObject:@"added"];
   [inner setObject:@"changed" forKey:@"name"];
@@ -68,7 +60,7 @@ void mutate(ProbeArguments args) {
   for (int i = 1; i < 40; ++i) [inner removeObjectForKey:[NSString stringWithFormat:@"k%d", i]];
   [root setObject:[[inner mutableCopy] autorelease] forKey:@"copy"];
   [root setObject:[NSNumber numberWithBool:[[root objectForKey:@"copy"] isEqual:inner]] forKey:@"equal?"];
-  Return(args, TsConvertToJSONString(root));
+  return TsConvertToJSONString(root);
 }
 
 // Nanoseconds of each of `rounds` passages through a door, without the script boundary.
@@ -99,10 +91,8 @@ void timeWrite(ProbeArguments args) {
   TimeDoor(args, [&] { return TsConvertToJSONString(object); });
 }
 
-// From a script's text to containers, and back to a script's text.
-void read(ProbeArguments args) {
-  args.GetReturnValue().Set(TsConvertFromJSONString(convertToNSString(args[0]), nullptr) != nil);
-}
+// From a script's text to containers.
+bool reads(NSString* text) { return TsConvertFromJSONString(text, nullptr) != nil; }
 
 }  // namespace
 
@@ -114,5 +104,5 @@ void AttachValuesProbe(v8::Local<v8::Object> exports) {
   PROBE(mutate);
   PROBE(timeRead);
   PROBE(timeWrite);
-  PROBE(read);
+  PROBE(reads);
 }

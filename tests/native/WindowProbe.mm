@@ -1,5 +1,3 @@
-#include "WindowProbe.h"
-
 #import <AppKit/AppKit.h>
 #import <objc/runtime.h>
 
@@ -11,8 +9,6 @@
 #include "Probe.h"
 #import "Toolbar/TsToolbar.h"
 #import "Toolbar/TsToolbarController.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
 #import "WebView/TsDraggingInfo.h"
 #include "WebView/TsWebContentsView.h"
 #include "Window/WindowUtils.h"
@@ -57,11 +53,7 @@
 
 namespace {
 
-NSNumber* Number(double value) { return [NSNumber numberWithDouble:value]; }
-
-NSArray* Describe(NSRect rect) {
-  return @[ Number(NSMinX(rect)), Number(NSMinY(rect)), Number(NSWidth(rect)), Number(NSHeight(rect)) ];
-}
+NSArray* Describe(NSRect rect) { return @[ @(NSMinX(rect)), @(NSMinY(rect)), @(NSWidth(rect)), @(NSHeight(rect)) ]; }
 
 NSWindow* WindowTitled(NSString* title) {
   for (NSWindow* window in [NSApp windows]) {
@@ -70,24 +62,21 @@ NSWindow* WindowTitled(NSString* title) {
   return nil;
 }
 
-TsToolbarController* Controller(NSDictionary* arguments) {
-  return [TsToolbarController toolbarControllerForWindowId:[[arguments objectForKey:@"id"] intValue]];
-}
+TsToolbarController* Controller(int windowId) { return [TsToolbarController toolbarControllerForWindowId:windowId]; }
 
-NSToolbarItem* Item(NSDictionary* arguments) {
-  for (NSToolbarItem* item in [[Controller(arguments) toolbar] items]) {
-    if ([[item itemIdentifier] isEqualToString:[arguments objectForKey:@"item"]]) return item;
+NSToolbarItem* Item(int windowId, NSString* identifier) {
+  for (NSToolbarItem* item in [[Controller(windowId) toolbar] items]) {
+    if ([[item itemIdentifier] isEqualToString:identifier]) return item;
   }
   return nil;
 }
 
 // ---- Windows
 
-id postBackingChange(id arguments) {
+void postBackingChange(NSString* window, NSDictionary* userInfo) {
   [[NSNotificationCenter defaultCenter] postNotificationName:NSWindowDidChangeBackingPropertiesNotification
-                                                      object:WindowTitled([arguments objectForKey:@"window"])
-                                                    userInfo:[arguments objectForKey:@"userInfo"]];
-  return nil;
+                                                      object:WindowTitled(window)
+                                                    userInfo:userInfo];
 }
 
 TsProbeObserver* BackingObserver() {
@@ -95,25 +84,22 @@ TsProbeObserver* BackingObserver() {
   return observer->get();
 }
 
-id observeBackingChanges(id) {
+void observeBackingChanges() {
   [[NSNotificationCenter defaultCenter] addObserver:BackingObserver()
                                            selector:@selector(note:)
                                                name:NSWindowDidChangeBackingPropertiesNotification
                                              object:nil];
-  return nil;
 }
 
-id backingChanges(id) { return [BackingObserver() seen]; }
+id backingChanges() { return [BackingObserver() seen]; }
 
 // A notification of another name than those the handler is registered for.
-id notifyDirectly(id arguments) {
-  NSWindow* window = WindowTitled([arguments objectForKey:@"window"]);
-  [[TsWindowUtils sharedInstance]
-      windowNotification:[NSNotification notificationWithName:[arguments objectForKey:@"name"] object:window]];
-  return nil;
+void notifyDirectly(NSString* window, NSString* name) {
+  [[TsWindowUtils sharedInstance] windowNotification:[NSNotification notificationWithName:name
+                                                                                   object:WindowTitled(window)]];
 }
 
-id openPanel(id) {
+void openPanel() {
   auto panel = Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, 100, 100)
                                                 styleMask:NSTitledWindowMask
                                                   backing:NSBackingStoreBuffered
@@ -122,41 +108,34 @@ id openPanel(id) {
   [panel setTitle:@"Panel"];
   [panel makeKeyAndOrderFront:nil];
   static_cast<void>(panel.Leak());
-  return nil;
 }
 
-id attachSheet(id arguments) {
-  NSWindow* window = WindowTitled([arguments objectForKey:@"window"]);
-  [window setAttachedSheet:[[arguments objectForKey:@"isAttached"] boolValue] ? WindowTitled(@"Panel") : nil];
-  return nil;
+void attachSheet(NSString* window, bool isAttached) {
+  [WindowTitled(window) setAttachedSheet:isAttached ? WindowTitled(@"Panel") : nil];
 }
 
-id windowState(id arguments) {
-  NSWindow* window = WindowTitled([arguments objectForKey:@"window"]);
+id windowState(NSString* title) {
+  NSWindow* window = WindowTitled(title);
   if (window == nil) return nil;
-  NSRect content = [window contentRectForFrameRect:[window frame]];
   return @{
     @"frame" : Describe([window frame]),
-    @"content" : Describe(content),
-    @"alpha" : Number([[window contentView] alphaValue]),
+    @"content" : Describe([window contentRectForFrameRect:[window frame]]),
+    @"alpha" : @([[window contentView] alphaValue]),
     @"isContentHidden" : Truth([[window contentView] isHidden]),
     @"firstResponder" : NSStringFromClass([[window firstResponder] class]),
     @"isContentFocused" : Truth([window firstResponder] == [window contentView]),
   };
 }
 
-id orderOut(id arguments) {
-  [WindowTitled([arguments objectForKey:@"window"]) orderOut:nil];
-  return nil;
-}
+void orderOut(NSString* window) { [WindowTitled(window) orderOut:nil]; }
 
-id numberOfWindows(id) { return @[ Number(static_cast<double>([[NSApp windows] count])) ]; }
+int numberOfWindows() { return static_cast<int>([[NSApp windows] count]); }
 
 // ---- Toolbars
 
 NSDictionary* DescribeItem(NSToolbarItem* item) {
   id view = [item view];
-  NSButton* button = [view isKindOfClass:[NSButton class]] ? view : nil;
+  NSButton* button = As<NSButton>(view);
   const NSRect inWindow = view != nil ? [view convertRect:[view bounds] toView:nil] : NSZeroRect;
   return @{
     @"identifier" : [item itemIdentifier],
@@ -172,7 +151,7 @@ NSDictionary* DescribeItem(NSToolbarItem* item) {
     @"isButtonEnabled" : Truth([button isEnabled]),
     @"isEnabled" : Truth([item isEnabled]),
     @"menuTitle" : OrNull([[item menuFormRepresentation] title]),
-    @"minSize" : @[ Number([item minSize].width), Number([item minSize].height) ],
+    @"minSize" : @[ @([item minSize].width), @([item minSize].height) ],
   };
 }
 
@@ -181,8 +160,8 @@ TsAddTabView* AddTabView(TsToolbarController* controller) {
   return static_cast<TsAddTabView*>([accessory view]);
 }
 
-id toolbarState(id arguments) {
-  TsToolbarController* controller = Controller(arguments);
+id toolbarState(int windowId) {
+  TsToolbarController* controller = Controller(windowId);
   if (controller == nil) return nil;
   TsToolbar* toolbar = [controller toolbar];
   NSMutableArray* items = [NSMutableArray array];
@@ -211,46 +190,39 @@ id toolbarState(id arguments) {
   };
 }
 
-id activate(id arguments) {
-  NSToolbarItem* item = Item(arguments);
-  NSString* by = [arguments objectForKey:@"by"];
+// By the item, its view, its menu item, or by nothing of the toolbar's.
+void activate(int windowId, NSString* identifier, NSString* by) {
+  NSToolbarItem* item = Item(windowId, identifier);
   id sender = item;
   if ([by isEqualToString:@"view"]) sender = [item view];
   if ([by isEqualToString:@"menu"]) sender = [item menuFormRepresentation];
   if ([by isEqualToString:@"nothing"]) sender = Adopt([[NSView alloc] init]).Autoreleased();
-  [Controller(arguments) toolbarAction:sender];
-  return nil;
+  [Controller(windowId) toolbarAction:sender];
 }
 
-id validateMenuItem(id arguments) {
-  id delegate = [[Controller(arguments) toolbar] delegate];
-  return @[ Truth([delegate validateMenuItem:[Item(arguments) menuFormRepresentation]]) ];
+bool validateMenuItem(int windowId, NSString* identifier) {
+  id delegate = [[Controller(windowId) toolbar] delegate];
+  return [delegate validateMenuItem:[Item(windowId, identifier) menuFormRepresentation]] != NO;
 }
 
-id insertItem(id arguments) {
-  [[Controller(arguments) toolbar] insertItemWithItemIdentifier:[arguments objectForKey:@"item"]
-                                                        atIndex:[[arguments objectForKey:@"at"] integerValue]];
-  return nil;
+void insertItem(int windowId, NSString* identifier, int index) {
+  [[Controller(windowId) toolbar] insertItemWithItemIdentifier:identifier atIndex:index];
 }
 
-id removeItem(id arguments) {
-  [[Controller(arguments) toolbar] removeItemAtIndex:[[arguments objectForKey:@"at"] integerValue]];
-  return nil;
-}
+void removeItem(int windowId, int index) { [[Controller(windowId) toolbar] removeItemAtIndex:index]; }
 
-id postThemeChange(id) {
+void postThemeChange() {
   [[NSDistributedNotificationCenter defaultCenter] postNotificationName:@"AppleInterfaceThemeChangedNotification"
                                                                  object:nil
                                                                userInfo:nil
                                                      deliverImmediately:YES];
-  return nil;
 }
 
 // The colours of the add-tab button, and how many pixels have them.
-id addTabColors(id arguments) {
-  TsAddTabView* view = AddTabView(Controller(arguments));
-  [view setIsHovering:[[arguments objectForKey:@"isHovering"] boolValue]];
-  [view setIsDarkMode:[[arguments objectForKey:@"isDarkMode"] boolValue]];
+id addTabColors(int windowId, bool isHovering, bool isDarkMode) {
+  TsAddTabView* view = AddTabView(Controller(windowId));
+  [view setIsHovering:isHovering];
+  [view setIsDarkMode:isDarkMode];
   const auto canvas = Adopt([[NSImage alloc] initWithSize:[view bounds].size]);
   [canvas lockFocus];
   [view drawRect:[view bounds]];
@@ -268,12 +240,6 @@ id addTabColors(id arguments) {
     }
   }
   return counts;
-}
-
-// ---- Drags
-
-NSView* Page(NSDictionary* arguments) {
-  return FindWebViewDropTarget(WindowTitled([arguments objectForKey:@"window"]));
 }
 
 // ---- The page's own drag methods, in the order of their calls
@@ -307,28 +273,28 @@ void WatchPage() {
   PageMethod<3>::Watch("performDragOperation_:");
 }
 
-id pageDrags(id) { return PageDrags(); }
+id pageDrags() { return PageDrags(); }
 
 // Sends the page what a drag over it would, and gives its answers.
-id dragOverPage(id arguments) {
+id dragOverPage(NSString* window, NSArray* files) {
   WatchPage();
   const auto info = Adopt([[TsDraggingInfo alloc] initWithLocation:NSMakePoint(1, 1)]);
   NSPasteboard* pasteboard = [info pasteboard];
-  if (id files = [arguments objectForKey:@"files"]) {
+  if (files != nil) {
     [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
     [pasteboard setPropertyList:files forType:NSFilenamesPboardType];
   } else {
     [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
     [pasteboard setString:@"text" forType:NSStringPboardType];
   }
-  NSView* page = Page(arguments);
+  NSView* page = FindWebViewDropTarget(WindowTitled(window));
   const NSDragOperation entered = [page draggingEntered:info];
   const NSDragOperation updated = [page draggingUpdated:info];
   [page draggingExited:info];
   return @[ @(entered), @(updated), Truth([page performDragOperation:info]) ];
 }
 
-id draggingInfo(id) {
+id draggingInfo() {
   auto info = Adopt([[TsDraggingInfo alloc] initWithLocation:NSMakePoint(3, 4)]);
   [info setDraggingFormation:5];
   [info setAnimatesToDestination:YES];
@@ -369,11 +335,11 @@ void PressMouseWith(NSUInteger modifiers, NSWindow* window) {
                        dequeue:YES];
 }
 
-id dragTitle(id arguments) {
-  NSWindow* window = WindowTitled([arguments objectForKey:@"window"]);
+id dragTitle(NSString* title, unsigned modifiers) {
+  NSWindow* window = WindowTitled(title);
   NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
   id delegate = [window delegate];
-  PressMouseWith([[arguments objectForKey:@"modifiers"] unsignedIntegerValue], window);
+  PressMouseWith(modifiers, window);
   const BOOL begins = [delegate window:window
            shouldDragDocumentWithEvent:[NSApp currentEvent]
                                   from:NSZeroPoint
@@ -390,24 +356,24 @@ id dragTitle(id arguments) {
 }  // namespace
 
 void AttachWindowProbe(v8::Local<v8::Object> exports) {
-  JSON_PROBE(postBackingChange);
-  JSON_PROBE(observeBackingChanges);
-  JSON_PROBE(backingChanges);
-  JSON_PROBE(notifyDirectly);
-  JSON_PROBE(openPanel);
-  JSON_PROBE(attachSheet);
-  JSON_PROBE(windowState);
-  JSON_PROBE(orderOut);
-  JSON_PROBE(numberOfWindows);
-  JSON_PROBE(toolbarState);
-  JSON_PROBE(activate);
-  JSON_PROBE(validateMenuItem);
-  JSON_PROBE(insertItem);
-  JSON_PROBE(removeItem);
-  JSON_PROBE(postThemeChange);
-  JSON_PROBE(addTabColors);
-  JSON_PROBE(dragOverPage);
-  JSON_PROBE(pageDrags);
-  JSON_PROBE(draggingInfo);
-  JSON_PROBE(dragTitle);
+  PROBE(postBackingChange);
+  PROBE(observeBackingChanges);
+  PROBE(backingChanges);
+  PROBE(notifyDirectly);
+  PROBE(openPanel);
+  PROBE(attachSheet);
+  PROBE(windowState);
+  PROBE(orderOut);
+  PROBE(numberOfWindows);
+  PROBE(toolbarState);
+  PROBE(activate);
+  PROBE(validateMenuItem);
+  PROBE(insertItem);
+  PROBE(removeItem);
+  PROBE(postThemeChange);
+  PROBE(addTabColors);
+  PROBE(dragOverPage);
+  PROBE(pageDrags);
+  PROBE(draggingInfo);
+  PROBE(dragTitle);
 }

@@ -1,59 +1,59 @@
 'use strict';
 
-// A process with the module in it that a test talks to, and the alerts that it has it deliver.
+// A process with the module in it, and the alerts that a test has it deliver.
 
-const { eventually, startScript } = require('./child');
+const { scenarios } = require('./scenario');
 
-const prelude = `
-  const { module: m, notifications: n, ...p } = probe();
-  const told = [];
-  p.captureLog();
-  n.record();
-  m.setNotificationCallbackFunction((...args) => told.push(args));
-  const log = (level) => { p.flushLog(); return p.capturedLog().filter(({ flag }) => flag === level).map(({ text }) => text); };
-  const warnings = () => log(2), debugLines = () => log(8), infoLines = () => log(4);
-  require('readline').createInterface({ input: process.stdin })
-    .on('line', (line) => console.log(JSON.stringify([eval(JSON.parse(line)) ?? null])));
-  console.log('["ready"]');`;
+const clients = scenarios({
+  fixture({ captureLog, log, native, notifications }) {
+    const told = [];
+    captureLog();
+    notifications.record();
+    native.setNotificationCallbackFunction((...args) => told.push(args));
+    return {
+      told,
+      warnings: () => log(2),
+      infoLines: () => log(4),
+      debugLines: () => log(8),
+      /** Delivers an alert; what is left out is null. */
+      deliver: (identifier, alert = {}) => {
+        const { title = identifier, subtitle, text, sound, reply, placeholder, action, actionTitle, at } = alert;
+        const args = [title, subtitle, text, sound, reply, placeholder, action, actionTitle, at];
+        native.deliverUserNotification(identifier, ...args.map((arg) => arg ?? null));
+      },
+    };
+  },
+});
 
-/** Source that delivers an alert; what is left out is null. */
-function delivery(identifier, alert = {}) {
-  const { title = identifier, subtitle, text, sound, reply, placeholder, action, actionTitle, at } = alert;
-  const args = [identifier, title, subtitle, text, sound, reply, placeholder, action, actionTitle, at];
-  return `m.deliverUserNotification(${args.map((arg) => JSON.stringify(arg ?? null)).join(', ')})`;
-}
-
-/** Starts the process. `run(source)` evaluates there, with \`m\` the module and \`told\` what its callback was given. */
-async function startClient(test, options) {
-  const child = startScript(test, prelude, options);
-  const answers = () => child.output.stdout.split('\n').slice(0, -1);
-  let asked = 1;
-  const answer = async (number) => {
-    await eventually(() => answers().length >= number || child.process.exitCode !== null, 'an answer');
-    if (answers().length < number) throw new Error(`the process ended: ${child.output.stderr}`);
-    return JSON.parse(answers()[number - 1])[0];
-  };
-  await answer(1);
-  const run = (source) => {
-    child.process.stdin.write(`${JSON.stringify(source)}\n`);
-    return answer(++asked);
-  };
-  const until = (source, description) => eventually(() => run(source), description ?? source);
-  return {
-    ...child,
-    run,
-    until,
-    deliver: (identifier, alert) => run(delivery(identifier, alert)),
+/** Starts the process. */
+async function startClient(test, options = {}) {
+  const client = await clients.with(options).resident(test);
+  return Object.assign(client, {
+    deliver: (...alert) => client.tell(({ deliver }, ...args) => deliver(...args), ...alert),
+    remove: (...identifiers) =>
+      client.tell(({ native }, all) => all.forEach((id) => native.removeUserNotification(id)), identifiers),
+    play: (name) => client.tell(({ native }, sound) => native.playSoundWithName(sound), name),
+    alerts: () => client.tell(({ notifications }) => notifications.alerts()),
+    recorded: () => client.tell(({ notifications }) => notifications.takeRecorded()),
+    describe: (identifier) => client.tell(({ notifications }, id) => notifications.describe(id), identifier),
+    warnings: () => client.tell(({ warnings }) => warnings()),
+    told: () => client.tell(({ told }) => told),
+    /** Waits until the alert is on screen. */
+    isDelivered: () =>
+      client.until(({ notifications }) =>
+        notifications.takeRecorded().some(([name]) => name === 'TsNotificationDidDeliver'),
+      ),
     /** Waits until the callback has been told of as many ends, and gives them. */
-    told: async (count) => {
-      await until(`told.length >= ${count}`, `${count} alerts have ended`);
-      return run('told');
+    async ends(count) {
+      await client.until(({ told }, least) => told.length >= least, count);
+      return client.tell(({ told }) => told);
     },
-    async kill() {
-      child.process.kill('SIGKILL');
-      await child.ended;
+    /** Waits for a warning, and gives the first one. */
+    async warned() {
+      await client.until(({ warnings }) => warnings().length > 0);
+      return (await client.tell(({ warnings }) => warnings()))[0];
     },
-  };
+  });
 }
 
-module.exports = { startClient, delivery };
+module.exports = { startClient };

@@ -6,7 +6,8 @@ const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-const { eventually } = require('./child');
+const { endWith } = require('./cleanup');
+const { eventually } = require('./pace');
 
 const sampleBytes = 2;
 
@@ -26,12 +27,11 @@ async function startAudioServer(test, directory) {
     ['-n', '--daemonize=no', '--exit-idle-time=-1', '--use-pid-file=no', ...modules.flatMap((name) => ['-L', name])],
     { env: environment, stdio: 'ignore' },
   );
-  const ended = new Promise((resolve) => server.on('exit', resolve).on('error', resolve));
+  const ended = endWith(test, server);
   const kill = async () => {
     server.kill('SIGKILL');
     await ended;
   };
-  test.after(kill);
   await eventually(() => fs.existsSync(socket), 'the audio server listens');
 
   const recorder = spawn(
@@ -42,7 +42,7 @@ async function startAudioServer(test, directory) {
       stdio: ['ignore', 'pipe', 'ignore'],
     },
   );
-  test.after(() => recorder.kill('SIGKILL'));
+  endWith(test, recorder);
   let recorded = [];
   recorder.stdout.on('data', (bytes) => recorded.push(bytes));
   await eventually(() => recorded.length > 0, 'the recording runs');

@@ -6,7 +6,8 @@ const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-const { eventually } = require('./child');
+const { endWith } = require('./cleanup');
+const { eventually } = require('./pace');
 
 function configuration(socket) {
   return `<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -25,12 +26,11 @@ async function startBus(test, directory) {
   fs.rmSync(socket, { force: true });
   fs.writeFileSync(file, configuration(socket));
   const daemon = spawn('dbus-daemon', ['--nofork', '--nosyslog', `--config-file=${file}`], { stdio: 'ignore' });
-  const ended = new Promise((resolve) => daemon.on('exit', resolve));
+  const ended = endWith(test, daemon);
   const stop = async () => {
     daemon.kill('SIGKILL');
     await ended;
   };
-  test.after(stop);
   await eventually(() => fs.existsSync(socket), 'the bus listens');
   return { address: `unix:path=${socket}`, stop, pause: () => daemon.kill('SIGSTOP') };
 }

@@ -1,13 +1,13 @@
 'use strict';
 
-// Runs a piece of script in a Node process of its own, with a home of its own, and tells how it ended.
+// Runs script in a Node process of its own, with a home of its own, and tells how it ended.
 
 const { spawn } = require('child_process');
-const fs = require('fs');
-const os = require('os');
 const path = require('path');
 
 const { root } = require('./addon');
+const { endWith, temporaryDirectory } = require('./cleanup');
+const { eventually, paced } = require('./pace');
 const { redirectGNUstep } = require('../../host/gnustepHome');
 
 // Node.js, or the script that starts it for the sanitized add-ons.
@@ -18,14 +18,8 @@ const prelude = `
 const { probe } = require(${JSON.stringify(path.join(__dirname, 'addon.js'))});
 `;
 
-/** A directory that is gone when the test has ended. */
-function temporaryDirectory(test) {
-  const directory = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-test-'));
-  test.after(() => fs.rmSync(directory, { recursive: true, force: true }));
-  return directory;
-}
-
 function environmentFor(home, extra) {
+  paced(1); // measures the machine, so that the process needn't
   const environment = { ...process.env, HOME: home, XDG_STATE_HOME: path.join(home, 'state'), ...extra };
   // The desktop of whoever runs the tests is none of their business.
   for (const name of ['DISPLAY', 'WAYLAND_DISPLAY', 'XDG_SESSION_TYPE', 'DBUS_SESSION_BUS_ADDRESS']) {
@@ -37,7 +31,8 @@ function environmentFor(home, extra) {
 /**
  * Starts a process and goes on.
  * @param {object} test The running test's context; the process ends with it.
- * @param {string} source Script; `probe()` loads the test add-on.
+ * @param {string | (home: string) => string[]} source Script, for which `probe()` loads the test add-on; or what gives
+ *   the arguments of Node.js.
  * @param {{env?: object, cwd?: string, nodeOptions?: string[], within?: string[], executable?: string, home?: string}}
  *   [options] `within` is a command that runs the process as its arguments say; `executable` stands in for Node.js
  *   itself; `home` is by default one of the process's own.
@@ -47,7 +42,8 @@ function startScript(test, source, options = {}) {
   // The sanitizers' script has to start whatever it is.
   const executable = process.env.TESSARO_NODE || options.executable || node;
   const nodeOptions = options.nodeOptions || [];
-  const [program, ...args] = [...(options.within || []), executable, ...nodeOptions, '-e', prelude + source];
+  const script = typeof source === 'function' ? source(home) : ['-e', prelude + source];
+  const [program, ...args] = [...(options.within || []), executable, ...nodeOptions, ...script];
   const child = spawn(program, args, {
     cwd: options.cwd || root,
     env: environmentFor(home, { TESSARO_EXECUTABLE: options.executable, ...options.env }),
@@ -59,11 +55,10 @@ function startScript(test, source, options = {}) {
   }
   // A process that has ended early reads no more.
   child.stdin.on('error', () => {});
-  test.after(() => child.kill('SIGKILL'));
   // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open.
-  const ended = new Promise((resolve) =>
-    child.on('exit', (code, signal) => setImmediate(() => resolve({ code, signal, stderr: output.stderr }))),
-  );
+  const ended = endWith(test, child)
+    .then((end) => new Promise((resolve) => setImmediate(() => resolve(end))))
+    .then(({ code, signal }) => ({ code, signal, stderr: output.stderr }));
   const printed = (text) =>
     eventually(() => output.stdout === text, `printing ${JSON.stringify(text)}`).catch((error) => {
       throw new Error(`${error.message}; so far ${JSON.stringify(output)}`);
@@ -74,7 +69,7 @@ function startScript(test, source, options = {}) {
 /**
  * Runs a process to its end.
  * @param {object} test
- * @param {string} source
+ * @param {string | (home: string) => string[]} source
  * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], within?: string[], input?: string,
  *   executable?: string, home?: string}} [options] Deadline in
  *   milliseconds; `input` is what the script reads from standard input.
@@ -83,7 +78,7 @@ function startScript(test, source, options = {}) {
 async function runScript(test, source, options = {}) {
   const child = startScript(test, source, options);
   child.process.stdin.end(options.input || '');
-  const timer = setTimeout(() => child.process.kill('SIGKILL'), options.deadline || 60000);
+  const timer = setTimeout(() => child.process.kill('SIGKILL'), paced(options.deadline || 60000));
   const { code, signal, stderr } = await child.ended;
   clearTimeout(timer);
   return { code, signal, stdout: child.output.stdout, stderr, home: child.home };
@@ -94,17 +89,6 @@ async function evaluate(test, source, options) {
   const result = await runScript(test, source, options);
   if (result.code !== 0) throw new Error(`ended with ${result.code ?? result.signal}: ${result.stderr}`);
   return JSON.parse(result.stdout);
-}
-
-/** Waits until `condition()` gives something true, and gives that. */
-async function eventually(condition, description, deadline = 20000) {
-  const end = Date.now() + deadline;
-  for (;;) {
-    const value = await condition();
-    if (value) return value;
-    if (Date.now() > end) throw new Error(`${description}: not within ${deadline} ms`);
-    await new Promise((resolve) => setTimeout(resolve, 10));
-  }
 }
 
 module.exports = { node, temporaryDirectory, startScript, runScript, evaluate, eventually };

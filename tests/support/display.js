@@ -7,7 +7,7 @@ const path = require('path');
 const { promisify } = require('util');
 
 const { root } = require('./addon');
-const { eventually } = require('./child');
+const { eventually } = require('./pace');
 
 const run = promisify(execFile);
 
@@ -21,7 +21,9 @@ async function startDisplaySession() {
   );
   let output = '';
   session.stdout.setEncoding('utf8').on('data', (text) => (output += text));
-  await eventually(() => output.endsWith('\n') || session.exitCode !== null, 'the session');
+  const hasEnded = () => session.exitCode !== null || session.signalCode !== null;
+  await eventually(() => output.endsWith('\n') || hasEnded(), 'the session', 60000);
+  if (hasEnded()) throw new Error(`the display session ended with ${session.exitCode ?? session.signalCode}`);
   const env = JSON.parse(output);
   const xdotool = (...args) =>
     run('xdotool', args, { env }).then(
@@ -58,7 +60,7 @@ async function startDisplaySession() {
     },
     async end() {
       session.stdin.end();
-      await eventually(() => session.exitCode !== null, 'the end of the session');
+      await eventually(hasEnded, 'the end of the session').catch(() => session.kill('SIGTERM'));
     },
   };
 }

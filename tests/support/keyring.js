@@ -8,7 +8,8 @@ const path = require('path');
 const { promisify } = require('util');
 
 const { startBus } = require('./bus');
-const { eventually } = require('./child');
+const { endWith } = require('./cleanup');
+const { eventually } = require('./pace');
 
 const run = promisify(execFile);
 
@@ -38,12 +39,11 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
     { env: environment, stdio: ['pipe', 'ignore', 'ignore'] },
   );
   daemon.stdin.end('keyring');
-  const ended = new Promise((resolve) => daemon.on('exit', resolve));
+  const ended = endWith(test, daemon);
   const kill = async (signal = 'SIGKILL') => {
     daemon.kill(signal);
     await ended;
   };
-  test.after(() => kill());
   const isLocked = async () => {
     const question = ['string:org.freedesktop.Secret.Collection', 'string:Locked'];
     const answer = dbusSend(environment, collection, 'org.freedesktop.DBus.Properties.Get', ...question);

@@ -6,7 +6,9 @@ const { spawn } = require('child_process');
 const { execFile } = require('child_process');
 const { promisify } = require('util');
 
-const { eventually, startScript } = require('./child');
+const { startScript } = require('./child');
+const { endWith } = require('./cleanup');
+const { eventually } = require('./pace');
 
 const run = promisify(execFile);
 
@@ -59,11 +61,7 @@ async function startNotificationServer(test, bus, capabilities = everything) {
 /** Starts a server of the distribution's on a display. It ends with the test. */
 async function startDesktopServer(test, env, command, ...args) {
   const server = spawn(command, args, { env, stdio: 'ignore' });
-  const ended = new Promise((resolve) => server.on('exit', resolve).on('error', resolve));
-  test.after(async () => {
-    server.kill('SIGKILL');
-    await ended;
-  });
+  endWith(test, server);
   const hasOwner = () =>
     run(
       'dbus-send',

@@ -6,6 +6,7 @@ const http = require('http');
 const util = require('util');
 
 const { evaluate } = require('./child');
+const { atEnd } = require('./cleanup');
 
 /** Listens on a port of its own; the server and its connections end with the test. Gives the address. */
 async function listen(test, server, scheme = 'http') {
@@ -17,7 +18,7 @@ async function listen(test, server, scheme = 'http') {
     socket.on('close', () => sockets.delete(socket));
   });
   await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-  test.after(() => {
+  atEnd(test, () => {
     server.close();
     for (const socket of sockets) socket.destroy();
   });

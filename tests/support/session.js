@@ -9,9 +9,12 @@ const { startDisplaySession } = require('./display');
 /** What a child needs to be on the session's display; its home stays its own. */
 const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP', 'TESSARO_SESSION'];
 
-/** Starts a session for all tests of the file. `env` of the result is there when they run. */
+let session;
+
+/** The session for all tests of the file. `env` of the result is there when they run. */
 function useSession() {
-  const session = { env: {} };
+  if (session !== undefined) return session;
+  session = { env: {} };
   let started;
   before(async () => {
     started = await startDisplaySession();

@@ -1,15 +1,15 @@
-#include "MigrationProbe.h"
-
-#import <Foundation/Foundation.h>
 #import <objc/runtime.h>
 
+#include <chrono>
+#include <pugixml.hpp>
 #include <vector>
 
 #include "Base/Ref.h"
 #import "Keychain/TsKeyChain.h"
-#include "ParseProbe.h"
 #include "Probe.h"
-#include "Utilities/TsScriptValues.h"
+
+// Messages to the module's objects: sendMessage(target, selector, …arguments). A target is the name of a class, or what
+// another message gave.
 
 namespace {
 
@@ -18,12 +18,8 @@ using v8::Value;
 
 Local<v8::Context> Context() { return v8::Isolate::GetCurrent()->GetCurrentContext(); }
 
-Local<v8::String> Text(const char* text) {
-  return v8::String::NewFromUtf8(v8::Isolate::GetCurrent(), text).ToLocalChecked();
-}
-
 void SetProperty(Local<v8::Object> object, const char* name, Local<Value> value) {
-  object->Set(Context(), Text(name), value).Check();
+  object->Set(Context(), ScriptText(name), value).Check();
 }
 
 // Objects that script has seen, each once, by their handles.
@@ -61,7 +57,7 @@ Local<Value> HandleToScript(NSObject* object) {
   const auto handle = v8::Object::New(v8::Isolate::GetCurrent());
   SetProperty(handle, "handle",
               v8::Integer::New(v8::Isolate::GetCurrent(), static_cast<std::int32_t>(HandleOf(object))));
-  SetProperty(handle, "class", Text(object_getClassName(object)));
+  SetProperty(handle, "class", ScriptText(object_getClassName(object)));
   return handle;
 }
 
@@ -88,7 +84,7 @@ id FromScript(Local<Value> value) {
   if (value->IsInt32()) return [NSNumber numberWithInt:value.As<v8::Int32>()->Value()];
   if (value->IsNumber()) return [NSNumber numberWithDouble:value.As<v8::Number>()->Value()];
   if (!value->IsObject()) return convertToNSString(value);
-  const auto handle = value.As<v8::Object>()->Get(Context(), Text("handle")).ToLocalChecked();
+  const auto handle = value.As<v8::Object>()->Get(Context(), ScriptText("handle")).ToLocalChecked();
   return Known()[handle.As<v8::Uint32>()->Value()];
 }
 
@@ -105,7 +101,15 @@ void SetArgument(NSInvocation* invocation, int index, const char* type, Local<Va
     case 'C':
       return SetArgument(invocation, index, static_cast<BOOL>(value->IsTrue()));
     case 'd':
-      return SetArgument(invocation, index, value.As<v8::Number>()->Value());
+      return SetArgument(invocation, index, Number(value));
+    case 'q':
+    case 'Q':
+    case 'l':
+    case 'L':
+      return SetArgument(invocation, index, static_cast<std::int64_t>(Number(value)));
+    case 'i':
+    case 'I':
+      return SetArgument(invocation, index, static_cast<std::int32_t>(Number(value)));
     default:
       return SetArgument<void*>(invocation, index, nullptr);  // an NSError**
   }
@@ -131,6 +135,10 @@ Local<Value> ResultToScript(NSInvocation* invocation) {
     case 'l':
     case 'L':
       return v8::Number::New(isolate, static_cast<double>(ResultOf<std::int64_t>(invocation)));
+    case 'i':
+      return v8::Integer::New(isolate, ResultOf<std::int32_t>(invocation));
+    case 'I':
+      return v8::Integer::NewFromUnsigned(isolate, ResultOf<std::uint32_t>(invocation));
     default:
       return v8::Undefined(isolate);
   }
@@ -147,44 +155,43 @@ id Target(Local<Value> value) {
   return value->IsString() ? NSClassFromString(convertToNSString(value)) : FromScript(value);
 }
 
-void send(ProbeArguments args) {
-  @autoreleasepool {
-    id target = Target(args[0]);
-    const SEL selector = NSSelectorFromString(convertToNSString(args[1]));
-    NSMethodSignature* signature = [target methodSignatureForSelector:selector];
-    NSInvocation* invocation = [NSInvocation invocationWithMethodSignature:signature];
-    [invocation setTarget:target];
-    [invocation setSelector:selector];
-    for (int i = 2; i < args.Length(); ++i) SetArgument(invocation, i, [signature getArgumentTypeAtIndex:i], args[i]);
-    @try {
-      [invocation invoke];
-      args.GetReturnValue().Set(ResultToScript(invocation));
-    } @catch (NSException* exception) {
-      args.GetReturnValue().Set(Raised(exception));
-    }
-  }
-}
-
-// Lets go of everything that messages gave.
-void forget(ProbeArguments) {
-  @autoreleasepool {
-    Known().clear();
+void sendMessage(ProbeArguments args) {
+  id target = Target(args[0]);
+  if (target == nil) return;
+  const SEL selector = NSSelectorFromString(convertToNSString(args[1]));
+  NSMethodSignature* signature = [target methodSignatureForSelector:selector];
+  NSInvocation* invocation = [NSInvocation invocationWithMethodSignature:signature];
+  [invocation setTarget:target];
+  [invocation setSelector:selector];
+  for (int i = 2; i < args.Length(); ++i) SetArgument(invocation, i, [signature getArgumentTypeAtIndex:i], args[i]);
+  @try {
+    [invocation invoke];
+    args.GetReturnValue().Set(ResultToScript(invocation));
+  } @catch (NSException* exception) {
+    args.GetReturnValue().Set(Raised(exception));
   }
 }
 
 id NoPassword(id, SEL, NSString*) { return nil; }
 
 // From now on the keychain takes no time, and has nothing.
-void silenceKeychain(ProbeArguments) {
+void silenceKeychain() {
   const Method method = class_getInstanceMethod([TsKeychain class], @selector(passwordForAccount:));
   method_setImplementation(method, reinterpret_cast<IMP>(NoPassword));
 }
 
+// The milliseconds that parsing a file takes, from the disk to the document; a negative number when it is no XML.
+double timeParse(std::string file) {
+  const auto start = std::chrono::steady_clock::now();
+  pugi::xml_document document;
+  if (!document.load_file(file.c_str())) return -1;
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
 }  // namespace
 
-void AttachMigrationProbe(Local<v8::Object> exports) {
-  AttachParseProbe(exports);
-  NODE_SET_METHOD(exports, "silenceKeychain", silenceKeychain);
-  NODE_SET_METHOD(exports, "send", send);
-  NODE_SET_METHOD(exports, "forget", forget);
+void AttachMessagesProbe(Local<v8::Object> exports) {
+  PROBE(sendMessage);
+  PROBE(silenceKeychain);
+  PROBE(timeParse);
 }

@@ -1,5 +1,0 @@
-#pragma once
-
-#include <node.h>
-
-void AttachMenuProbe(v8::Local<v8::Object> exports);

@@ -1,0 +1,126 @@
+'use strict';
+
+// The other end of scenario.js: the fixture of scenarios, in their processes.
+
+const assert = require('assert');
+const { execFile, spawn } = require('child_process');
+const events = require('events');
+const fs = require('fs');
+const path = require('path');
+const readline = require('readline');
+const { promisify } = require('util');
+const v8 = require('v8');
+
+const { probe } = require('./addon');
+const { eventually } = require('./pace');
+
+const execute = promisify(execFile);
+const print = (value) => process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
+
+const pieces = {
+  ...{ assert, events, fs, path, spawn, print, eventually },
+  env: process.env,
+  home: process.env.HOME,
+  report: (value) => print({ report: value ?? null }),
+  nextTurn: () => new Promise(setImmediate),
+  /** Runs a program, and gives what it prints. */
+  run: (command, ...args) => execute(command, args.flat().map(String)).then(({ stdout }) => stdout),
+  /** The texts logged since captureLog(), of one level or of all. */
+  log: (flag) => {
+    const { flushLog, capturedLog } = probe();
+    flushLog();
+    return capturedLog()
+      .filter((line) => flag === undefined || line.flag === flag)
+      .map(({ text }) => text);
+  },
+  /** The message of what a function throws. */
+  thrownBy: (act) => {
+    try {
+      act();
+    } catch (error) {
+      return error.message;
+    }
+    return undefined;
+  },
+};
+
+// What is looked for elsewhere: the host, the module, and what tests reach behind the module.
+const elsewhere = {
+  host: () => require('../../host'),
+  native: () => probe().module,
+};
+
+// Further parts, as scenarios() names them.
+const parts = {
+  keys: () => require('./keys').pressing,
+  windows: () => require('./windows').windowing,
+};
+
+function makeFixture({ host, uses }, more) {
+  const display = host ? elsewhere.host().start(host === true ? undefined : host) : undefined;
+  // After the host, whose classes the module changes.
+  const probes = probe();
+  const base = { ...pieces, display };
+  const fixture = new Proxy(base, {
+    get: (_, name) => base[name] ?? elsewhere[name]?.() ?? probes[name],
+  });
+  for (const part of [...uses.map((name) => parts[name]()), more]) Object.assign(base, part(fixture));
+  return fixture;
+}
+
+const read = (data) => v8.deserialize(Buffer.from(data, 'base64'));
+
+function fail(error) {
+  console.error(error);
+  process.exit(1);
+}
+
+// Not in this turn: the host's event loop has to run first, as it does in an application.
+const start = (work) =>
+  setImmediate(() => {
+    try {
+      work();
+    } catch (error) {
+      fail(error);
+    }
+  });
+
+/** A scenario that takes its time ends the process; after another the process has to end by itself. */
+function run(data, more, scenario) {
+  const { settings, args } = read(data);
+  start(() => {
+    const value = scenario(makeFixture(settings, more), ...args);
+    if (!(value instanceof Promise)) return value === undefined || print(value);
+    return value.then(print).then(() => process.exit(), fail);
+  });
+}
+
+function each(data, more, scenario) {
+  const { settings, args } = read(data);
+  start(async () => {
+    const fixture = makeFixture(settings, more);
+    const results = [];
+    for (const row of settings.rows) results.push((await scenario(fixture, ...row, ...args)) ?? null);
+    print(results);
+    process.exit();
+  });
+}
+
+function stay(data, more) {
+  const { settings } = read(data);
+  start(() => {
+    const fixture = makeFixture(settings, more);
+    const answer = (value) => print({ answer: value ?? null });
+    readline.createInterface({ input: process.stdin }).on('line', async (line) => {
+      const { source, args } = read(line);
+      try {
+        answer(await eval(source)(fixture, ...args));
+      } catch (error) {
+        print({ answer: null, error: error.stack });
+      }
+    });
+    answer('ready');
+  });
+}
+
+module.exports = { run, each, stay };
