@@ -61,11 +61,17 @@ const answer = (person, number, ...keys) =>
     `report ${number}`,
   );
 
-/** Types a path into the entry that "/" opens. */
-async function typePath(person, file) {
-  await person.key('ctrl+a');
-  await person.type(file);
-}
+/** Types a path into the entry that "/" opens, and then other keys, until the report has come. */
+const answerByPath = (person, number, file, ...keys) =>
+  person.until(
+    () => person.reports.length > number,
+    async () => {
+      await person.key('ctrl+a');
+      await person.type(file);
+      await person.key('Return', ...keys);
+    },
+    `report ${number}`,
+  );
 
 /** Follows the portal's requests. Gives a function that returns those so far, with their options. */
 async function watchPortal(t) {
@@ -133,16 +139,13 @@ test('files are chosen in the desktop’s dialog while the application goes on',
   assert.strictEqual(parseInt(stdout.split('# ')[1], 16), Number(mail));
   await person.goesOn();
 
-  await typePath(person, path.join(folder, 'Report.pdf'));
-  await answer(person, 0, 'Return');
+  await answerByPath(person, 0, path.join(folder, 'Report.pdf'));
   assert.deepStrictEqual(JSON.parse(person.reports[0]), [path.join(folder, 'Report.pdf')]);
   await dialog(person, false);
 
   // Several: the folder first, then everything in it.
   await open(person, { 'allow-multiple?': true });
-  await typePath(person, `${folder}/`);
-  await person.key('Return');
-  await answer(person, 1, 'ctrl+a', 'Return');
+  await answerByPath(person, 1, `${folder}/`, 'ctrl+a', 'Return');
   const several = ['Report.pdf', 'a.png', 'b.PNG'].map((name) => path.join(folder, name));
   assert.deepStrictEqual(JSON.parse(person.reports[1]).sort(), several);
 });
