@@ -279,7 +279,7 @@ test('promises and ticks settle right after a native callback', async (t) => {
        process.nextTick(() => order.push('tick'));
      });
      host.probe('postLater', 'TsProbe');
-     setTimeout(() => { print(order); host.setKeepAlive(false); }, 300);`,
+     eventually(() => order.length === 3, 'all of it').then(() => { print(order); host.setKeepAlive(false); });`,
   );
   assert.deepStrictEqual(order, ['event', 'tick', 'promise']);
 });

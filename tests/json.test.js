@@ -3,18 +3,13 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { evaluate } = require('./support/child');
+const { scenarios } = require('./support/scenario');
+
+const plain = scenarios();
 
 /** Sends each text through both doors, in one process. `null` stands for a text that is refused. */
-async function roundTrips(t, texts) {
-  return evaluate(
-    t,
-    `const { values } = probe();
-     const texts = JSON.parse(require('fs').readFileSync(0, 'utf8'));
-     console.log(JSON.stringify(texts.map((text) => values.roundTrip(text) ?? null)));`,
-    { input: JSON.stringify(texts) },
-  );
-}
+const roundTrips = (t, texts) =>
+  plain(t, ({ values }, all) => all.map((text) => values.roundTrip(text) ?? null), texts);
 
 test('what is valid comes back the same', async (t) => {
   const cases = [
@@ -66,79 +61,45 @@ test('what is read otherwise than it is written', async (t) => {
 });
 
 test('what is not JSON, or has no container around it, is refused with an error', async (t) => {
+  const short =
+    '[ ] { [1,] {"a":1,} [1][2] [01] [1.] [.5] [+1] [-] [1e] [1e400] [0x1] [NaN] [Infinity] [nul] [True] ["a] ["\\x"] ' +
+    '["\\u12"] ["\\u12g4"] {"a"} {"a":} {a:1} {1:2} [1,,2] [,1] 1 "text" null true [123456789012345678901234567890 ' +
+    '["\\ud83d] [12345678901234567890123x] [-012345678901234567890123]';
   const texts = [
-    '',
-    ' ',
-    '[',
-    ']',
-    '{',
-    '[1,]',
-    '{"a":1,}',
-    '[1 2]',
-    '[1] x',
-    '[1][2]',
-    '[01]',
-    '[1.]',
-    '[.5]',
-    '[+1]',
-    '[-]',
-    '[1e]',
-    '[1e400]',
-    '[0x1]',
-    '[NaN]',
-    '[Infinity]',
-    '[nul]',
-    '[True]',
-    "['a']",
-    '["a]',
-    '["\\x"]',
-    '["\\u12"]',
-    '["\\u12g4"]',
-    '["\t"]',
-    '["\n"]',
-    '{"a"}',
-    '{"a":}',
-    '{a:1}',
-    '{1:2}',
-    '{"a":1 "b":2}',
-    '[1,,2]',
-    '[,1]',
-    '//x\n[]',
-    '[] //x',
-    '\u00a0[]',
-    '[\u2028]',
-    '1',
-    '"text"',
-    'null',
-    'true',
+    ...short.split(' '),
+    ...[
+      '',
+      ' ',
+      '[1 2]',
+      '[1] x',
+      "['a']",
+      '["\t"]',
+      '["\n"]',
+      '{"a":1 "b":2}',
+      '//x\n[]',
+      '[] //x',
+      '\u00a0[]',
+      '[\u2028]',
+    ],
     '['.repeat(513) + ']'.repeat(513),
-    '{"a":'.repeat(600) + '1' + '}'.repeat(600),
-    '[123456789012345678901234567890',
-    '["\\ud83d]',
-    '[12345678901234567890123x]',
-    '[-012345678901234567890123]',
+    `${'{"a":'.repeat(600)}1${'}'.repeat(600)}`,
+    null,
   ];
-  const errors = await evaluate(
-    t,
-    `const { values } = probe();
-     const texts = JSON.parse(require('fs').readFileSync(0, 'utf8'));
-     console.log(JSON.stringify([...texts, null].map((text) => values.readError(text) ?? null)));`,
-    { input: JSON.stringify(texts) },
-  );
-  [...texts, null].forEach((text, index) =>
-    assert.match(errors[index] ?? 'accepted', /^NSCocoaErrorDomain 3840 \S/, JSON.stringify(text)),
-  );
+  const errors = await plain(t, ({ values }, all) => all.map((text) => values.readError(text) ?? 'accepted'), texts);
+  texts.forEach((text, i) => assert.match(errors[i], /^NSCocoaErrorDomain 3840 \S/, JSON.stringify(text)));
 });
 
 test('what JSON cannot hold is logged and gives nothing', async (t) => {
   const names = ['date', 'data', 'key', 'nan', 'infinity', 'cycle', 'deep', 'text', 'no such object'];
-  const { written, log } = await evaluate(
+  const { written, log } = await plain(
     t,
-    `const { values, captureLog, capturedLog, flushLog } = probe();
-     captureLog();
-     const written = ${JSON.stringify(names)}.map((name) => values.writeUnfit(name) ?? null);
-     flushLog();
-     console.log(JSON.stringify({ written, log: capturedLog().map((m) => [m.flag, m.text]) }));`,
+    ({ captureLog, capturedLog, flushLog, values }, all) => {
+      captureLog();
+      const written = all.map((name) => values.writeUnfit(name) ?? null);
+      flushLog();
+      return { written, log: capturedLog().map(({ flag, text }) => [flag, text]) };
+    },
+    names,
   );
   assert.deepStrictEqual(
     written,
@@ -152,15 +113,13 @@ test('what JSON cannot hold is logged and gives nothing', async (t) => {
 });
 
 test('numbers that Foundation makes are written by their type', async (t) => {
-  const text = await evaluate(t, 'console.log(JSON.stringify(probe().values.writeNumbers()))');
+  const text = await plain(t, ({ values }) => values.writeNumbers());
   assert.strictEqual(text, '[true,false,-1,255,1,-9223372036854775808,18446744073709551615,0.5,0.1]');
 });
 
 test('what is read can be changed at every level', async (t) => {
-  const text = await evaluate(
-    t,
-    `console.log(JSON.stringify(probe().values.mutate('{"inner":{"list":["x"],"name":"n","gone":1}}')))`,
-  );
+  const document = '{"inner":{"list":["x"],"name":"n","gone":1}}';
+  const text = await plain(t, ({ values }, each) => values.mutate(each), document);
   const inner = { list: ['x', 'added'], name: 'changed', k0: 0 };
   assert.deepStrictEqual(JSON.parse(text), { inner, copy: inner, 'equal?': true });
 });

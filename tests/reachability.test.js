@@ -10,6 +10,7 @@ const { test } = require('node:test');
 const { Applications } = require('./support/applications');
 const { startAudioServer, tone } = require('./support/audio');
 const { evaluate, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
 // A network namespace for the test, without a default route until the test adds one.
 const ownNetwork = ['unshare', '--map-root-user', '--net'];
@@ -20,26 +21,26 @@ const noNetwork = (() => {
   return status !== 0 && `no network namespace: ${error ? error.message : stderr.trim()}`;
 })();
 
-const network = `
-const { execFileSync } = require('child_process');
-const ip = (...lines) => execFileSync('ip', ['-batch', '-'], { input: lines.join('\\n') });
-const soon = async (condition, what) => {
-  for (const end = Date.now() + 5000; !condition(); await new Promise((r) => setTimeout(r, 2))) {
-    if (Date.now() > end) throw new Error(what + ' did not happen');
-  }
-};
-ip('link set lo up', 'link add near type veth peer name far', 'addr add 10.9.0.1/24 dev near', 'link set near up', 'link set far up');
-`;
-
-const inOwnNetwork = (t, source) => evaluate(t, network + source, { within: ownNetwork });
+const plain = scenarios();
+const inOwnNetwork = scenarios({
+  within: ownNetwork,
+  fixture() {
+    const { execFileSync } = require('child_process');
+    const ip = (...lines) => {
+      const [batch, others] = [false, true].map((is6) => lines.filter((line) => line.startsWith('-6') === is6));
+      execFileSync('ip', ['-batch', '-'], { input: batch.join('\n') });
+      for (const line of others) execFileSync('ip', line.split(' '));
+    };
+    ip('link set lo up', 'link add near type veth peer name far', 'addr add 10.9.0.1/24 dev near');
+    ip('link set near up', 'link set far up');
+    return { ip };
+  },
+});
 
 test('the queries read the flag word', async (t) => {
   const bits = [1, 2, 4, 8, 16, 32, 0x10000, 0x20000];
   const words = [0, 2, 2 | 4, 2 | 1, 2 | 1 | 4, 4, 4 | 8, 8, 4 | 32, 4 | 16, 16, bits.reduce((a, b) => a | b)];
-  const answers = await evaluate(
-    t,
-    `const { query } = probe().reachability; console.log(JSON.stringify(${JSON.stringify([...words, null])}.map(query)));`,
-  );
+  const answers = await plain(t, ({ reachability }, all) => all.map(reachability.query), [...words, null]);
   const yes = (answer) => Object.keys(answer).filter((name) => answer[name] === true && name !== 'reachableOnWWAN');
   const reachable = ['isReachable', 'isConnected', 'isReachableViaWiFi'];
   const required = ['isConnectionRequired', 'connectionRequired'];
@@ -71,15 +72,15 @@ test('the queries read the flag word', async (t) => {
 });
 
 test('targets are addresses, names and the internet', { skip: noNetwork }, async (t) => {
-  const answers = await inOwnNetwork(
-    t,
-    `const { query } = probe().reachability;
-     ip('addr add fd00::1/64 dev near nodad');
-     const targets = ['127.0.0.1', '10.9.0.1', '10.9.0.7', '::1', 'fd00::7', 'localhost', '8.8.8.8', 'internet', 'local WiFi', 'nowhere.invalid', ''];
-     const before = targets.map(query);
-     ip('route add default via 10.9.0.254', 'route add blackhole 198.51.100.0/24');
-     console.log(JSON.stringify([before, [...targets.slice(6, 9), '198.51.100.1'].map(query)].map((all) => all.map((answer) => answer && answer.flags))));`,
-  );
+  const answers = await inOwnNetwork(t, ({ ip, reachability }) => {
+    const flags = (targets) => targets.map((target) => reachability.query(target)?.flags ?? null);
+    ip('addr add fd00::1/64 dev near nodad');
+    const local = ['127.0.0.1', '10.9.0.1', '10.9.0.7', '::1', 'fd00::7', 'localhost'];
+    const far = ['8.8.8.8', 'internet', 'local WiFi'];
+    const before = flags([...local, ...far, 'nowhere.invalid', '']);
+    ip('route add default via 10.9.0.254', 'route add blackhole 198.51.100.0/24');
+    return [before, flags([...far, '198.51.100.1'])];
+  });
   const [local, direct] = [0x30002, 0x20002];
   assert.deepStrictEqual(answers, [
     [local, local, direct, local, direct, local, 0, 0, 0, 0, null],
@@ -88,96 +89,72 @@ test('targets are addresses, names and the internet', { skip: noNetwork }, async
 });
 
 test('script receives every change of the default route, with the current state', { skip: noNetwork }, async (t) => {
-  const result = await inOwnNetwork(
-    t,
-    `const { module: m } = probe();
-     const seen = [];
-     const alive = setInterval(() => {}, 1000);
-     (async () => {
-       const states = [m.isNetworkReachable()];
-       m.setNetworkReachabilityCallbackFunction(function (state) { 'use strict'; seen.push([this === null, arguments.length, state, m.isNetworkReachable()]); });
-       const steps = [
-         ['route add default via 10.9.0.254'],
-         ['link set near down'],
-         ['link set near up', 'route add default via 10.9.0.254'],
-         ['link set far down'],
-         ['link set far up'],
-         ['route del default'],
-         ['route add unreachable default'],
-         ['route del unreachable default', 'addr add 2001:db8:9::1/64 dev near nodad', '-6 route add default via 2001:db8:9::2'],
-       ];
-       for (const step of steps) {
-         const before = seen.length;
-         step.forEach((line) => line.startsWith('-6') ? execFileSync('ip', line.split(' ')) : ip(line));
-         const expectsChange = !step[0].includes('add unreachable');
-         if (expectsChange) await soon(() => seen.length > before, step[0]);
-         await new Promise((r) => setTimeout(r, 30));
-         states.push(m.isNetworkReachable());
-       }
-       clearInterval(alive);
-       console.log(JSON.stringify([states, seen]));
-     })();`,
-  );
-  const [states, seen] = result;
-  assert.deepStrictEqual(states, [false, true, false, true, false, true, false, false, true]);
+  const [before, seen] = await inOwnNetwork(t, async ({ eventually, ip, native }) => {
+    const seen = [];
+    const before = native.isNetworkReachable();
+    native.setNetworkReachabilityCallbackFunction(function (...args) {
+      seen.push([this === null || this === globalThis, ...args, native.isNetworkReachable()]);
+    });
+    const steps = [
+      [true, 'route add default via 10.9.0.254'],
+      [false, 'link set near down'],
+      [true, 'link set near up', 'route add default via 10.9.0.254'],
+      [false, 'link set far down'],
+      [true, 'link set far up'],
+      [false, 'route del default'],
+      [false, 'route add unreachable default'],
+      [true, 'route del unreachable default', 'addr add 2001:db8:9::1/64 dev near nodad', '-6 route add default via 2001:db8:9::2'], // prettier-ignore
+    ];
+    for (const [isReachable, ...lines] of steps) {
+      ip(...lines);
+      const isSeen = () => native.isNetworkReachable() === isReachable && seen.at(-1)?.[1] === isReachable;
+      await eventually(isSeen, lines[0]);
+    }
+    return [before, seen];
+  });
+  assert.strictEqual(before, false);
   assert.deepStrictEqual(
     seen,
-    [true, false, true, false, true, false, true].map((state) => [true, 1, state, state]),
+    [true, false, true, false, true, false, true].map((state) => [true, state, state]),
   );
 });
 
-test(
-  'a monitor calls its blocks on its queue, and posts its notification on the main queue',
-  { skip: noNetwork },
-  async (t) => {
-    const result = await inOwnNetwork(
-      t,
-      `const { reachability: { watch, seen } } = probe();
-     const alive = setInterval(() => {}, 1000);
-     (async () => {
-       const started = watch('internet');
-       ip('route add default via 10.9.0.254');
-       await soon(() => seen().endsWith('notified! '), 'the first change');
-       const first = seen();
-       ip('route del default');
-       await soon(() => seen().split('notified!').length === 3, 'the second change');
-       clearInterval(alive);
-       console.log(JSON.stringify([started, first, seen().slice(first.length)]));
-     })();`,
-    );
-    assert.deepStrictEqual(result, [true, 'reachable changed notified! ', 'unreachable changed notified! ']);
-  },
-);
+test('a monitor calls its blocks on its queue, and posts on the main queue', { skip: noNetwork }, async (t) => {
+  const result = await inOwnNetwork(t, async ({ eventually, ip, reachability: { watch, seen } }) => {
+    const started = watch('internet');
+    ip('route add default via 10.9.0.254');
+    await eventually(() => seen().endsWith('notified! '), 'the first change');
+    const first = seen();
+    ip('route del default');
+    await eventually(() => seen().split('notified!').length === 3, 'the second change');
+    return [started, first, seen().slice(first.length)];
+  });
+  assert.deepStrictEqual(result, [true, 'reachable changed notified! ', 'unreachable changed notified! ']);
+});
 
 test('after a burst of changes, the last callback has the current state', { skip: noNetwork }, async (t) => {
-  const result = await inOwnNetwork(
-    t,
-    `const { module: m } = probe();
-     const seen = [];
-     const alive = setInterval(() => {}, 1000);
-     (async () => {
-       m.setNetworkReachabilityCallbackFunction((state) => seen.push(state));
-       const toggles = Array.from({ length: 100 }, (_, i) => 'route ' + (i % 2 ? 'del' : 'add') + ' default via 10.9.0.254');
-       const others = Array.from({ length: 2000 }, (_, i) => 'route add 10.20.' + (i >> 8) + '.' + (i & 255) + '/32 dev near');
-       ip(...toggles, ...others, 'route add default via 10.9.0.254');
-       await soon(() => seen.at(-1) === true, 'the last change');
-       await new Promise((r) => setTimeout(r, 50));
-       clearInterval(alive);
-       console.log(JSON.stringify([seen.length, seen.at(-1), m.isNetworkReachable()]));
-     })();`,
-  );
-  const [count, last, now] = result;
+  const [count, now] = await inOwnNetwork(t, async ({ eventually, ip, native, nextTurn }) => {
+    const seen = [];
+    native.setNetworkReachabilityCallbackFunction((state) => seen.push(state));
+    const toggles = Array.from({ length: 100 }, (_, i) => `route ${i % 2 ? 'del' : 'add'} default via 10.9.0.254`);
+    const others = Array.from({ length: 2000 }, (_, i) => `route add 10.20.${i >> 8}.${i & 255}/32 dev near`);
+    ip(...toggles, ...others, 'route add default via 10.9.0.254');
+    await eventually(() => seen.at(-1) === true, 'the last change');
+    for (let i = 0; i < 50; ++i) await nextTurn();
+    return [seen.length, [seen.at(-1), native.isNetworkReachable()]];
+  });
   assert.ok(count >= 1 && count <= 101, `${count} calls`);
-  assert.deepStrictEqual([last, now], [true, true]);
+  assert.deepStrictEqual(now, [true, true]);
 });
 
 test('monitoring neither keeps the process alive nor uses processor time while idle', async (t) => {
-  const [connected, used] = await evaluate(
-    t,
-    `const { module: m } = probe();
-     const before = process.cpuUsage();
-     setTimeout(() => { const { user, system } = process.cpuUsage(before); console.log(JSON.stringify([m.isNetworkReachable(), user + system])); }, 500);`,
-  );
+  const [connected, used] = await plain(t, ({ native, print }) => {
+    const before = process.cpuUsage();
+    setTimeout(() => {
+      const { user, system } = process.cpuUsage(before);
+      print([native.isNetworkReachable(), user + system]);
+    }, 500);
+  });
   assert.strictEqual(typeof connected, 'boolean');
   assert.ok(used < 20000, `${used} µs`);
 });
