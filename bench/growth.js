@@ -46,7 +46,7 @@ function passwords(count) {
   const names = Array.from({ length: count }, (_, i) => `growth-${i}@example.org`);
   for (const name of names) native.setPasswordForAccount('password', name);
   return () => {
-    if (JSON.parse(probes.keychain.accounts('Tessaro 3')).length < count) throw new Error('passwords are missing');
+    if (probes.keychain.accounts('Tessaro 3').length < count) throw new Error('passwords are missing');
   };
 }
 
@@ -65,7 +65,7 @@ function recipients(count) {
 
 function logMessages(count) {
   return () => {
-    for (let i = 0; i < count; ++i) probes.log(8, 'Something of the usual length has happened to account 17');
+    for (let i = 0; i < count; ++i) probes.logText(8, 'Something of the usual length has happened to account 17');
     probes.flushLog();
   };
 }
