@@ -159,7 +159,7 @@ test('clicks on items and on the add-tab button reach script', async (t) => {
       const button = () => state().addTab.frame;
       const clickOn = async (rectangle, kind, name) => {
         const isTold = () => calls.some((call) => call[0] === kind && (name === undefined || call[2] === name));
-        await clickUntil(systemWindow, await middle(handle, rectangle()), isTold, kind);
+        await clickUntil(systemWindow, () => middle(handle, rectangle()), isTold, kind);
       };
       await eventually(() => itemOf('archive').viewFrame[2] > 0, 'the button');
       native.validateToolbarItems(7);

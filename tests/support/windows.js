@@ -2,8 +2,11 @@
 
 // The part of the fixture for scenarios that open windows, and press what is in them.
 
+const { paced } = require('./pace');
+
 /** Presses as long as a finger does: GNUstep's buttons miss the end of a press that has no length. */
-const press = ['sleep', 0.1, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.1];
+const moment = ['sleep', paced(100) / 1000];
+const press = [...moment, 'mousedown', 1, ...moment, 'mouseup', 1, ...moment];
 
 function windowing({ eventually, host, run }) {
   host.setKeepAlive(true);
@@ -47,9 +50,10 @@ function windowing({ eventually, host, run }) {
       await eventually(() => host.windowInfo(handle).isKey && host.windowInfo(handle).frame.y !== 0, 'the window');
       return handle;
     },
-    /** Clicks into an X window until a condition holds: GNUstep misses clicks on new windows. */
-    clickUntil: (id, [x, y], isDone, description) =>
+    /** Clicks into an X window until a condition holds: GNUstep misses clicks on new windows, which may still move. */
+    clickUntil: (id, place, isDone, description) =>
       eventually(async () => {
+        const [x, y] = typeof place === 'function' ? await place() : place;
         await attempt('xdotool', 'mousemove', '--window', id, Math.round(x), Math.round(y), press);
         return eventually(isDone, description, 1500).catch(() => false);
       }, description),
