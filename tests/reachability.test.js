@@ -10,6 +10,7 @@ const { test } = require('node:test');
 const { Applications } = require('./support/applications');
 const { startAudioServer, tone } = require('./support/audio');
 const { evaluate, temporaryDirectory } = require('./support/child');
+const { atEnd } = require('./support/cleanup');
 const { scenarios } = require('./support/scenario');
 
 // A network namespace for the test, without a default route until the test adds one.
@@ -181,7 +182,7 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
   const audio = await startAudioServer(t, temporaryDirectory(t));
   audio.pause();
   const silentBus = net.createServer(() => {}).listen(path.join(folder, 'bus'));
-  t.after(() => silentBus.close());
+  atEnd(t, () => silentBus.close());
   const answers = await evaluate(
     t,
     `${network}
