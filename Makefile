@@ -2,8 +2,9 @@
 
 ARGS ?=
 ENGINES ?=
+SECONDS ?= 60
 
-.PHONY: help bootstrap build run test bench sanitize lint check-macos format package clean
+.PHONY: help bootstrap build run test bench sanitize fuzz torture lint check-macos format package clean
 
 help:
 	@echo "make run [ARGS=--stay]      take the module through a mail session in the reference host"
@@ -11,6 +12,8 @@ help:
 	@echo "make test ENGINES='18 24'   run the portable ones on these versions of Node.js"
 	@echo "make bench [ARGS=name…]     measure, beside peers"
 	@echo "make sanitize [ARGS=name…]  run the tests under AddressSanitizer and UndefinedBehaviorSanitizer"
+	@echo "make fuzz [ARGS=door…] [SECONDS=60]  fuzz the entrances for foreign bytes, so long each"
+	@echo "make torture [ARGS=name…]   let system and library calls fail, one after the other"
 	@echo "make lint | format          check | correct the sources"
 	@echo "make check-macos            compile and link for macOS, without running anything"
 	@echo "make package [ENGINES='…']  make the npm package and the source archive, in build/package"
@@ -39,6 +42,17 @@ bench: build
 sanitize: bootstrap
 	@scripts/build sanitize
 	@scripts/sanitized node tests/run.js $(ARGS)
+ifeq ($(strip $(ARGS)),)
+	@scripts/build fuzz
+	@SECONDS_EACH=20 scripts/fuzz
+endif
+
+fuzz: bootstrap
+	@scripts/build fuzz
+	@SECONDS_EACH=$(SECONDS) scripts/fuzz $(ARGS)
+
+torture: build
+	@node torture/run.js $(ARGS)
 
 # Form first: a slip in it is told before anything is built.
 lint: bootstrap

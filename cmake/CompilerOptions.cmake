@@ -8,9 +8,13 @@ target_compile_options(tessaro_options INTERFACE
 target_compile_options(tessaro_options INTERFACE -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 include(Linking)
 
-if(TESSARO_SANITIZE)
+if(TESSARO_SANITIZE OR TESSARO_FUZZ)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=undefined
-    -fno-omit-frame-pointer -shared-libsan)
+    -fno-omit-frame-pointer)
+  # An add-on can't bring a run time of its own.
+  if(TESSARO_SANITIZE)
+    list(APPEND sanitizers -shared-libsan)
+  endif()
   target_compile_options(tessaro_options INTERFACE ${sanitizers})
   target_compile_definitions(tessaro_options INTERFACE TESSARO_SANITIZED)
   target_link_options(tessaro_options INTERFACE ${sanitizers})

@@ -240,6 +240,7 @@ test('malformed records are read without harm', async (t) => {
     ['signal 6\nframe', { ...empty, type: 'SIGABRT', frames: 1 }],
     ['signal 6\nmaps\nrubbish\n-\n1-2 r-xp 0 0 0 /x', { ...empty, type: 'SIGABRT', images: 1 }],
     [`signal 6\n${'frame 0x1\n'.repeat(100000)}`, { ...empty, type: 'SIGABRT', frames: 512 }],
+    ['signal 6\ntime 99999999999999999', { ...empty, type: 'SIGABRT', time: 9223372036.854 }],
     [`signal 6\nname ${'\xff'.repeat(9)}`, { ...empty, type: 'SIGABRT', name: '\ufffd'.repeat(9) }],
     [whole, { type: 'SIGSEGV', frames: 2, images: 2, thread: 8, name: 'a b', time: 1.5, code: -6 }],
     [whole.slice(0, 20), { ...empty, type: 'SIGSEGV', code: -6 }],

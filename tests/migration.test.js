@@ -228,6 +228,9 @@ test('preferences are read in either format, or not at all', async (t) => {
     ['truncated binary', binaryPlist(texts).subarray(0, 60), {}],
     ['garbage', Buffer.from([0x62, 0x70, 0x6c, 0x69, 0x73, 0x74, 0xff, 0x00]), {}],
     ['no dictionary', '<plist version="1.0"><array><true/></array></plist>', {}],
+    ['a binary text beyond the end', Buffer.from(binaryPlist(texts)).fill(0xec, 19, 20), {}],
+    ['deep XML', xml.replace('<true/>', '<array>'.repeat(1e5) + '</array>'.repeat(1e5)), {}],
+    ['deep text', `{HideTabBar = ${'('.repeat(1e5)}${')'.repeat(1e5)};}`, {}],
   ];
   for (const [name, preferences, prefs] of cases) {
     const result = await report(t, homeWith(t, { preferences }), 'prefs');

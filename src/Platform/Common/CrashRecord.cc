@@ -98,13 +98,20 @@ std::vector<CrashModule> ReadMaps(std::string_view text) {
   return modules;
 }
 
+// The clock counts finer than records do, and not as far.
+std::chrono::system_clock::time_point Moment(std::uint64_t milliseconds) {
+  using Clock = std::chrono::system_clock;
+  constexpr auto kLast = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::duration::max()).count();
+  return Clock::time_point(std::chrono::milliseconds(std::min<std::uint64_t>(milliseconds, kLast)));
+}
+
 void ReadLine(std::string_view line, CrashEvent& event) {
   const std::string_view name = TakeWord(line);
   const std::uint64_t number = Number(line);
   if (name == "signal") event.signal = static_cast<int>(number);
   if (name == "code") event.code = static_cast<int>(number);
   if (name == "address") event.faultAddress = number;
-  if (name == "time") event.time = std::chrono::system_clock::time_point(std::chrono::milliseconds(number));
+  if (name == "time") event.time = Moment(number);
   if (name == "process") event.process = static_cast<int>(number);
   if (name == "thread") event.thread = static_cast<int>(number);
   if (name == "name") event.threadName = line;

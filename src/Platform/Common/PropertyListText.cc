@@ -10,18 +10,14 @@ constexpr std::size_t kEscapeLength = 6;  // \UXXXX
 // No character; the reader takes it for a byte order mark, and drops it together with what follows.
 constexpr char16_t kSwappedMark = 0xFFFE;
 
-template <typename Character>
-bool IsHex(Character c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
+bool IsHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 bool IsHighSurrogate(char32_t c) { return c >= 0xD800 && c < 0xDC00; }
 bool IsLowSurrogate(char32_t c) { return c >= 0xDC00 && c < 0xE000; }
 
-template <typename Character>
-bool StartsWithEscape(std::basic_string_view<Character> text) {
+bool StartsWithEscape(std::string_view text) {
   return text.size() >= kEscapeLength && text[0] == '\\' && text[1] == 'U' &&
-         std::all_of(text.begin() + 2, text.begin() + kEscapeLength, IsHex<Character>);
+         std::all_of(text.begin() + 2, text.begin() + kEscapeLength, IsHex);
 }
 
 // 0 if missing.
@@ -48,7 +44,8 @@ std::optional<std::u16string> EscapedForPropertyList(std::u16string_view text) {
       escaped += text[++i];
     } else if (IsHighSurrogate(c) || IsLowSurrogate(c) || c == kSwappedMark) {
       escaped += u'\uFFFD';
-    } else if (StartsWithEscape(text.substr(i))) {
+    } else if (text.substr(i).starts_with(u"\\U")) {
+      // What follows need not be digits: the reader takes some other characters for them.
       escaped += u"\\U005C";
     } else {
       escaped += c;

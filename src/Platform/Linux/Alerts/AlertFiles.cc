@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cmath>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -96,6 +97,8 @@ std::optional<KeptAlert> Parsed(UserNotifications::Key key, const std::string& c
   }
   if (const GVariantPtr due = FieldOf(fields.get(), kDue, G_VARIANT_TYPE_DOUBLE)) {
     kept.due = UserNotifications::Moment(g_variant_get_double(due.get()));
+    // Moments are sorted.
+    if (!std::isfinite(kept.due->count())) return std::nullopt;
   }
   const GVariantPtr id = FieldOf(fields.get(), kServerId, G_VARIANT_TYPE_UINT32);
   auto server = TextOf(fields.get(), kServer);

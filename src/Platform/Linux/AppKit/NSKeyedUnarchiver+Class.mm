@@ -5,19 +5,16 @@
 #include <string_view>
 
 #include "Base/Ref.h"
-#include "Platform/Common/BinaryPropertyList.h"
-
-using tessaro::platform::IsSoundBinaryPropertyList;
+#include "Platform/Common/SoundPropertyList.h"
 
 namespace {
 
-// Enough for any flat object, and too short for nested brackets that exhaust the stack of GNUstep's text reader.
+// More than any flat object takes.
 constexpr std::size_t kMostBytes = 16384;
 
-// GNUstep also reads forms of its own; one of them instantiates any class.
 bool IsReadable(NSData* data) {
   const std::string_view bytes(static_cast<const char*>([data bytes]), [data length]);
-  return bytes.size() <= kMostBytes && (bytes.starts_with("<?xml") || IsSoundBinaryPropertyList(bytes));
+  return bytes.size() <= kMostBytes && tessaro::platform::IsSoundPropertyList(bytes);
 }
 
 // The object that a reference of the archive names; nil if missing.

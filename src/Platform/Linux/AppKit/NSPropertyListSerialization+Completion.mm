@@ -1,8 +1,11 @@
 #import <Foundation/Foundation.h>
 
 #include <string>
+#include <string_view>
 
+#include "Base/Ref.h"
 #include "Platform/Common/PropertyListText.h"
+#include "Platform/Common/SoundPropertyList.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 
 namespace platform = tessaro::platform;
@@ -10,6 +13,21 @@ namespace platform = tessaro::platform;
 namespace {
 
 platform::ReplacedMethod<NSData* (*)(id, SEL, id, NSPropertyListFormat, NSString**)> gnustepWriter;
+platform::ReplacedMethod<id (*)(id, SEL, NSData*, NSPropertyListReadOptions, NSPropertyListFormat*, NSError**)>
+    gnustepReader;
+
+id ReadSound(id self, SEL selector, NSData* data, NSPropertyListReadOptions options, NSPropertyListFormat* format,
+             NSError** error) {
+  const NSData* list = As<NSData>(data);
+  const std::string_view bytes(static_cast<const char*>([list bytes]), [list length]);
+  if (bytes.empty() || platform::IsSoundPropertyList(bytes)) {
+    return gnustepReader(self, selector, data, options, format, error);
+  }
+  if (error != nullptr) {
+    *error = [NSError errorWithDomain:NSCocoaErrorDomain code:NSFileReadCorruptFileError userInfo:nil];
+  }
+  return nil;
+}
 
 NSString* Escaped(NSString* string) {
   std::u16string characters([string length], u'\0');
@@ -49,15 +67,16 @@ NSData* WriteLossless(id self, SEL selector, id list, NSPropertyListFormat forma
 }  // namespace
 
 // GNUstep's writer splits characters outside the basic plane, which its reader can't rejoin, and drops texts with a
-// lone surrogate: user defaults would lose every emoji.
-@interface NSPropertyListSerialization (LosslessXML)
+// lone surrogate: user defaults would lose every emoji. Its reader takes any list for a sound one.
+@interface NSPropertyListSerialization (Completion)
 @end
 
-@implementation NSPropertyListSerialization (LosslessXML)
+@implementation NSPropertyListSerialization (Completion)
 
 + (void)load {
-  gnustepWriter.With(object_getClass([NSPropertyListSerialization class]),
-                     "dataFromPropertyList:format:errorDescription:", WriteLossless);
+  const Class serialization = object_getClass([NSPropertyListSerialization class]);
+  gnustepWriter.With(serialization, "dataFromPropertyList:format:errorDescription:", WriteLossless);
+  gnustepReader.With(serialization, "propertyListWithData:options:format:error:", ReadSound);
 }
 
 @end

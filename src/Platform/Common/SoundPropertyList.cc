@@ -1,8 +1,10 @@
-#include "Platform/Common/BinaryPropertyList.h"
+#include "Platform/Common/SoundPropertyList.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 namespace tessaro::platform {
 
@@ -10,8 +12,8 @@ namespace {
 
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerSize = 32;
-constexpr int kDeepest = 32;
-constexpr int kMostValues = 10000;
+constexpr int kDeepest = 128;
+constexpr int kMostValues = 200000;
 
 // The type of a value: the upper half of its first byte.
 enum class Kind {
@@ -136,8 +138,88 @@ class Walk {
   int visited_ = 0;
 };
 
+// ---- Texts
+
+// Takes everything to the end of `mark` off. False when there is none.
+bool Skip(std::string_view& text, std::string_view mark) {
+  const auto place = text.find(mark);
+  text.remove_prefix(place == text.npos ? text.size() : place + mark.size());
+  return place != text.npos;
+}
+
+// The tag without its brackets, which are taken off; nothing at the end of the text.
+std::optional<std::string_view> TakeTag(std::string_view& text) {
+  const auto end = text.find('>');
+  if (end == text.npos) return std::nullopt;
+  const std::string_view tag = text.substr(1, end - 1);
+  text.remove_prefix(end + 1);
+  return tag;
+}
+
+// Every element ends, in the order of their beginnings. Entities are not declared.
+bool IsShallowXML(std::string_view text) {
+  std::vector<std::string_view> open;
+  while (open.size() <= kDeepest) {
+    text.remove_prefix(std::min(text.find('<'), text.size()));
+    if (text.empty()) return open.empty();
+    if (text.starts_with("<!--") ? Skip(text, "-->") : text.starts_with("<![CDATA[") && Skip(text, "]]>")) continue;
+    const auto tag = TakeTag(text);
+    if (!tag || tag->find('[') != tag->npos) return false;
+    if (tag->starts_with('?') || tag->starts_with('!')) continue;
+    const std::string_view name = tag->substr(0, tag->find_first_of(" \t\r\n/", 1));
+    if (name.starts_with('/')) {
+      if (open.empty() || open.back() != name.substr(1)) return false;
+      open.pop_back();
+    } else if (!tag->ends_with('/') || tag->find_first_of("'\"") != tag->npos) {
+      open.push_back(name);
+    }
+  }
+  return false;
+}
+
+// A quoted text without its quotation marks, which are taken off.
+bool SkipQuoted(std::string_view& text) {
+  const char mark = text.front();
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    if (text[i] == '\\') {
+      ++i;
+    } else if (text[i] == mark) {
+      text.remove_prefix(i + 1);
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsShallowText(std::string_view text) {
+  int depth = 0;
+  while (depth <= kDeepest) {
+    text.remove_prefix(std::min(text.find_first_of("(){}\"/"), text.size()));
+    if (text.empty()) return true;
+    if (text.front() == '"') {
+      if (!SkipQuoted(text)) return false;
+    } else if (text.starts_with("/*")) {
+      if (!Skip(text, "*/")) return false;
+    } else if (text.starts_with("//")) {
+      Skip(text, "\n");
+    } else {
+      if (text.front() == '(' || text.front() == '{') ++depth;
+      if (text.front() == ')' || text.front() == '}') --depth;
+      text.remove_prefix(1);
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
-bool IsSoundBinaryPropertyList(std::string_view list) noexcept { return Walk(list).IsSound(); }
+bool IsSoundPropertyList(std::string_view list) noexcept {
+  if (list.starts_with(kMagic)) return Walk(list).IsSound();
+  const auto first = list.find_first_not_of(" \t\r\n\v\f");
+  if (first != list.npos && list.substr(first).starts_with("<?")) return IsShallowXML(list);
+  // A text in UTF-16, or GNUstep's own serialization.
+  if (list.find('\0') != list.npos || list.starts_with('\1')) return false;
+  return IsShallowText(list);
+}
 
 }  // namespace tessaro::platform

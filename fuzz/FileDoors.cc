@@ -1,0 +1,78 @@
+#include <cmath>
+#include <fstream>
+#include <string>
+
+#include "Doors.h"
+#include "Platform/Linux/Alerts/AlertFiles.h"
+#include "Platform/Linux/Desktop/AutostartEntry.h"
+#include "Platform/Linux/Desktop/DefaultApplications.h"
+#include "Platform/Linux/Desktop/DesktopEntries.h"
+#include "Platform/ZipArchive.h"
+
+namespace platform = tessaro::platform;
+namespace fs = std::filesystem;
+
+namespace doors {
+
+namespace {
+
+bool IsBelow(const fs::path& path, const fs::path& folder) {
+  const fs::path relative = path.lexically_relative(folder);
+  return !relative.empty() && *relative.begin() != "..";
+}
+
+}  // namespace
+
+void Zip(std::string_view bytes) {
+  const fs::path archive = FileWith(bytes, "archive.zip");
+  const fs::path outer = Folder() / "outer";
+  const fs::path folder = outer / "folder";
+  fs::create_directories(outer);
+  static_cast<void>(platform::UnpackZip(archive, folder, {}));
+  for (const auto& each : fs::recursive_directory_iterator(outer)) {
+    Expect(each.path() == folder || IsBelow(each.path(), folder), "archives stay below their folder");
+    Expect(each.is_directory() || (each.is_regular_file() && !each.is_symlink()), "archives have files only");
+  }
+  fs::remove_all(outer);
+}
+
+// The user's list of default applications is in the same form.
+void DesktopEntry(std::string_view bytes) {
+  setenv("XDG_CONFIG_HOME", Folder().c_str(), 1);
+  static_cast<void>(FileWith(bytes, "mimeapps.list"));
+  if (platform::WriteListedDefault("text/html", "mail.desktop")) {
+    Expect(platform::ListedDefaults("text/html").at(0) == "mail.desktop", "the default application comes first");
+  }
+  const fs::path file = FileWith(bytes, "entry.desktop");
+  const auto installed = platform::DesktopEntryAt(file.native());
+  if (installed != nullptr) static_cast<void>(g_app_info_get_commandline(G_APP_INFO(installed.get())));
+  auto entry = platform::AutostartEntry::Read(file);
+  if (!entry) return;
+  static_cast<void>(entry->DisplayName());
+  static_cast<void>(entry->Program());
+  const bool wasOn = entry->IsSwitchedOn();
+  entry->Hide();
+  Expect(!entry->IsSwitchedOn(), "a hidden entry is switched off");
+  entry->SwitchOn();
+  Expect(entry->IsSwitchedOn() || !wasOn, "an entry can be switched on again");
+  const fs::path copy = Folder() / "copy.desktop";
+  Expect(entry->Write(copy).has_value(), "an entry can be written");
+  const auto again = platform::AutostartEntry::Read(copy);
+  Expect(again && again->DisplayName() == entry->DisplayName(), "what is written can be read");
+}
+
+void KeptAlert(std::string_view bytes) {
+  const fs::path folder = Folder() / "alerts";
+  fs::create_directories(folder);
+  std::ofstream(folder / "key.alert", std::ios::binary).write(bytes.data(), std::ssize(bytes));
+  platform::AlertFiles files(folder);
+  for (const platform::KeptAlert& kept : files.All()) {
+    Expect(kept.due || kept.shown, "a kept alert is scheduled or on screen");
+    Expect(!kept.due || std::isfinite(kept.due->count()), "a scheduled alert is due at a moment");
+    Expect(files.Keep(kept), "an alert can be kept");
+    const auto again = files.All();
+    Expect(again.size() == 1 && again[0].alert.text == kept.alert.text, "what is kept can be read");
+  }
+}
+
+}  // namespace doors
