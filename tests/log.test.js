@@ -96,6 +96,26 @@ test('with an unwritable folder logging goes on without a file', async (t) => {
   assert.match(result.stderr, /\[error\] still heard \(tests\/log\.test\.js:1 void log\(\)\)\n$/);
 });
 
+test('an error is in the file when the call returns, and a full disk ends nothing', async (t) => {
+  const [logs, full] = [temporaryDirectory(t), temporaryDirectory(t)];
+  const { text, code } = await evaluate(
+    t,
+    `const { addFileLogger, log, flushLog } = probe();
+     const fs = require('fs');
+     addFileLogger(${JSON.stringify(logs)});
+     log(${error}, 'the disk is fine');
+     const [name] = fs.readdirSync(${JSON.stringify(logs)});
+     const text = fs.readFileSync(${JSON.stringify(logs)} + '/' + name, 'utf8');
+     fs.symlinkSync('/dev/full', ${JSON.stringify(full)} + '/' + name);
+     const code = addFileLogger(${JSON.stringify(full)});
+     log(${error}, 'the disk is full');
+     flushLog();
+     console.log(JSON.stringify({ text, code }));`,
+  );
+  assert.match(text, /the disk is fine/);
+  assert.strictEqual(code, true);
+});
+
 test('everything logged before the process ends is in the file', async (t) => {
   for (const end of ['', 'process.exit(0);', 'module.getPasswordForAccount();']) {
     const logs = temporaryDirectory(t);

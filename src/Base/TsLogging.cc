@@ -195,7 +195,7 @@ class TsLogFacility::Pipeline {
 
   void Log(const TsLogMessage& message) {
     const std::uint64_t ticket = Enqueue(message);
-    if (message.flag == TsLogFlag::Error) WaitUntilWritten(ticket);
+    if (message.flag == TsLogFlag::Error) WaitUntilOnDisk(ticket);
   }
 
   void Flush() {
@@ -204,8 +204,7 @@ class TsLogFacility::Pipeline {
       const std::lock_guard lock(queueMutex_);
       ticket = queued_;
     }
-    WaitUntilWritten(ticket);
-    destinations_->flush();
+    WaitUntilOnDisk(ticket);
   }
 
  private:
@@ -224,9 +223,15 @@ class TsLogFacility::Pipeline {
     return ++queued_;
   }
 
-  void WaitUntilWritten(std::uint64_t ticket) const {
+  void WaitUntilOnDisk(std::uint64_t ticket) const {
     // A logger that logs an error runs on the very thread that would have to write it.
-    if (!progress_->IsWriterThread()) progress_->WaitFor(ticket);
+    if (progress_->IsWriterThread()) return;
+    progress_->WaitFor(ticket);
+    try {
+      destinations_->flush();
+    } catch (const std::exception&) {
+      // The disk is full; there may be room for later messages.
+    }
   }
 
   std::shared_ptr<spdlog::details::thread_pool> pool_;

@@ -53,8 +53,8 @@ class Selections {
   [[nodiscard]] std::vector<std::string> NamesOf(const std::string& atoms);
 
   XConnection connection_;
-  const bool isAvailable_ = static_cast<bool>(connection_);
   FileDescriptor wake_;
+  const bool isAvailable_ = static_cast<bool>(connection_) && static_cast<bool>(wake_);
   SelectionServer server_;
   SelectionReader reader_;
 
