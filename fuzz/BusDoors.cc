@@ -5,7 +5,10 @@
 #include <iterator>
 #include <string>
 
+#include "Base/TsUnicode.h"
 #include "Doors.h"
+// Its texts are its own.
+#include "Platform/Linux/Alerts/DesktopNotifications.cc"
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 
 // A message without a bus. The library has this function, its headers do not.
@@ -86,23 +89,19 @@ class Sender {
   FuzzedDataProvider& input_;
 };
 
-void Set(std::int64_t id, const Property& property, wire::PropertyValue value) {
-  auto reply = sdbus::createPlainMessage();
-  if (auto* element = std::get_if<wire::WireElement>(&value)) {
-    if (!scripted::CheckElement(property.key, element->properties)) return;
-    static_cast<void>(scripted::SetMessageElement(id, property.key, element->properties));
-    return wire::Write(reply, scripted::MessageElement(id, property.key));
+// As the service does for a property that is set.
+void Set(std::int64_t id, const Property& property, const scripted::Value& value) {
+  if (const auto* element = std::get_if<scripted::Element>(&value)) {
+    if (!scripted::CheckElement(property.key, *element)) return;
   }
-  if (auto* elements = std::get_if<wire::Elements>(&value)) {
-    for (const auto& each : *elements) {
-      if (!scripted::CheckElement(property.key, each.properties)) return;
+  if (const auto* elements = std::get_if<std::vector<scripted::Element>>(&value)) {
+    for (const scripted::Element& each : *elements) {
+      if (!scripted::CheckElement(property.key, each)) return;
     }
-    Expect(scripted::SetMessageElements(id, property.key, wire::Properties(*elements)).has_value(),
-           "a list can be set");
-    return wire::Write(reply, scripted::MessageElements(id, property.key));
   }
-  static_cast<void>(scripted::SetMessageProperty(id, property.key, wire::Single(std::move(value))));
-  wire::Write(reply, property.type, scripted::MessageProperty(id, property.key));
+  static_cast<void>(scripted::Set(id, property.key, value));
+  auto reply = sdbus::createPlainMessage();
+  wire::Write(reply, property.type, scripted::Get(id, property.key));
 }
 
 void Receive(std::int64_t id, FuzzedDataProvider& input) {
@@ -113,9 +112,9 @@ void Receive(std::int64_t id, FuzzedDataProvider& input) {
   message.seal();
   message.rewind(true);
   if (!isConstruction) return Set(id, property, wire::Read(message, property.type));
-  wire::NamedValues values;
-  message >> values;
-  for (auto& [name, value] : values.values) static_cast<void>(value.index());
+  wire::Dictionary properties;
+  message >> properties;
+  for (const auto& [name, value] : properties) static_cast<void>(wire::Read(value));
 }
 
 }  // namespace
@@ -130,6 +129,19 @@ void Scripting(std::string_view bytes) {
     return;
   }
   static_cast<void>(scripted::ComposeMessage(id));
+}
+
+void NotificationText(std::string_view bytes) {
+  const auto isControl = [](char c) {
+    return (static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') || c == 0x7f;
+  };
+  const auto isUTF8 = [](std::string_view text) { return Utf16ToUtf8(Utf8ToUtf16(text)) == text; };
+  const std::string text = tessaro::platform::DisplayableText(bytes);
+  Expect(std::none_of(text.begin(), text.end(), isControl), "a displayable text has no control characters");
+  Expect(text.size() <= 4003, "a displayable text is short");
+  Expect(!isUTF8(bytes) || isUTF8(text), "characters stay whole");
+  const std::string markup = tessaro::platform::DisplayableMarkup(bytes);
+  Expect(markup.find_first_of("<>") == markup.npos, "markup has no elements");
 }
 
 }  // namespace doors

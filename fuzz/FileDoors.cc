@@ -4,9 +4,10 @@
 
 #include "Doors.h"
 #include "Platform/Linux/Alerts/AlertFiles.h"
-#include "Platform/Linux/Desktop/AutostartEntry.h"
-#include "Platform/Linux/Desktop/DefaultApplications.h"
+#include "Platform/Linux/Base/KeyFiles.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
+// Its entries are its own.
+#include "Platform/Linux/Desktop/LoginItems.cc"
 #include "Platform/ZipArchive.h"
 
 namespace platform = tessaro::platform;
@@ -36,16 +37,13 @@ void Zip(std::string_view bytes) {
   fs::remove_all(outer);
 }
 
-// The user's list of default applications is in the same form.
 void DesktopEntry(std::string_view bytes) {
-  setenv("XDG_CONFIG_HOME", Folder().c_str(), 1);
-  static_cast<void>(FileWith(bytes, "mimeapps.list"));
-  if (platform::WriteListedDefault("text/html", "mail.desktop")) {
-    Expect(platform::ListedDefaults("text/html").at(0) == "mail.desktop", "the default application comes first");
-  }
   const fs::path file = FileWith(bytes, "entry.desktop");
   const auto installed = platform::DesktopEntryAt(file.native());
   if (installed != nullptr) static_cast<void>(g_app_info_get_commandline(G_APP_INFO(installed.get())));
+  if (const auto keys = platform::ReadKeyFile(file)) {
+    static_cast<void>(platform::ListIn(keys.get(), "Default Applications", "text/html"));
+  }
   auto entry = platform::AutostartEntry::Read(file);
   if (!entry) return;
   static_cast<void>(entry->DisplayName());

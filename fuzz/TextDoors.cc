@@ -14,7 +14,6 @@
 #include "Platform/Common/VersionOrder.h"
 #include "Platform/HFSPath.h"
 #include "Platform/HTMLText.h"
-#include "Platform/Linux/Alerts/NotificationText.h"
 #include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Network/Transfers/BodyDecoder.h"
 #include "Platform/Linux/Network/Transfers/RequestSyntax.h"
@@ -88,15 +87,6 @@ void HTML(std::string_view bytes) {
 void CrashRecord(std::string_view bytes) {
   const auto event = platform::ReadCrashRecord(bytes);
   if (event) Expect(event->signal != 0, "an event has a signal");
-}
-
-void NotificationText(std::string_view bytes) {
-  const std::string text = platform::DisplayableText(bytes);
-  Expect(!HasControls(text, "\n\t"), "a displayable text has no control characters");
-  Expect(text.size() <= 4003, "a displayable text is short");
-  Expect(!IsUTF8(bytes) || IsUTF8(text), "characters stay whole");
-  const std::string markup = platform::DisplayableMarkup(bytes);
-  Expect(markup.find_first_of("<>") == markup.npos, "markup has no elements");
 }
 
 void Request(std::string_view bytes) {

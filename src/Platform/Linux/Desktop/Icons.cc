@@ -22,6 +22,7 @@ namespace fs = std::filesystem;
 // ---- Themes
 
 constexpr char kThemeGroup[] = "Icon Theme";
+constexpr int kLargestSize = 1 << 20;  // of an icon in a theme: sums of larger ones overflow
 
 struct SizedFolder {
   std::string name;
@@ -47,7 +48,7 @@ bool IsFile(const fs::path& path) {
 
 int NumberIn(const GKeyFilePtr& keys, const std::string& group, const char* key, int otherwise) {
   const int number = g_key_file_get_integer(keys.get(), group.c_str(), key, nullptr);
-  return number > 0 ? number : otherwise;
+  return number > 0 ? std::min(number, kLargestSize) : otherwise;
 }
 
 SizedFolder FolderOf(const GKeyFilePtr& keys, const std::string& name) {
