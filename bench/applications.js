@@ -1,6 +1,6 @@
 'use strict';
 
-// What other applications cost: asking for them, their icons, the pasteboard, the text of HTML.
+// The cost of finding applications and their icons, of the pasteboard, and of the text of HTML.
 
 const fs = require('fs');
 const os = require('os');

@@ -1,6 +1,6 @@
 'use strict';
 
-// What it costs to call the module, beside a minimal Node-API add-on.
+// The cost of a call to the module, beside a minimal Node-API add-on.
 
 const { open, probe } = require('../tests/support/addon');
 const { measure, report } = require('./support');

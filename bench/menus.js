@@ -1,6 +1,6 @@
 'use strict';
 
-// What the keyboard routing adds to every event, how soon a key is a notification, and what a menu update costs.
+// The cost of keyboard routing for every event, the time from a key to its notification, and the cost of a menu update.
 
 const { once } = require('events');
 

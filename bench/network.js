@@ -19,20 +19,14 @@ const small = 1024;
 const large = 256 * 1024 * 1024;
 const rounds = { requests: 5, streams: 3 };
 
-/** `get(url, chunk, keeps)` makes a request; `chunk` gets each piece of the body, which peers keep only if `keeps`. */
-function peers(certificate) {
-  // The module reads the variable when it makes its first request.
-  process.env.SSL_CERT_FILE = certificate;
-  const tessaro = require('..');
-  const ca = fs.readFileSync(certificate);
-  const agents = {
-    http: new http.Agent({ keepAlive: true, maxSockets: atOnce }),
-    https: new https.Agent({ keepAlive: true, maxSockets: atOnce, ca }),
-  };
-  const pool = (options) => new undici.Agent({ connections: atOnce, connect: { ca }, ...options });
-  const [oneByOne, overHttp2] = [pool(), pool({ allowH2: true })];
+// A peer is a function `get(url, chunk, keeps)` that makes a request; `chunk` gets each piece of the body, which the peer
+// keeps only if `keeps`.
 
-  const module = (url, chunk) =>
+function ofModule(tessaro) {
+  // The engine collects requests without a reference.
+  const running = new Set();
+  setInterval(() => running.clear(), 100000).unref();
+  return (url, chunk) =>
     new Promise((resolve, reject) => {
       const request = tessaro.createRequest(url);
       if (chunk) request.on('data', chunk);
@@ -41,60 +35,78 @@ function peers(certificate) {
       request.start();
       running.add(request);
     });
-  // The engine may collect a request that nobody holds.
-  const running = new Set();
-  setInterval(() => running.clear(), 100000).unref();
+}
 
-  const collect = (stream, chunk, keeps = !chunk) =>
-    new Promise((resolve, reject) => {
-      const pieces = [];
-      stream.on('data', (piece) => {
-        chunk?.(piece);
-        if (keeps) pieces.push(piece);
-      });
-      stream.on('end', () => resolve(Buffer.concat(pieces)));
-      stream.on('error', reject);
+function collect(stream, chunk, keeps = !chunk) {
+  return new Promise((resolve, reject) => {
+    const pieces = [];
+    stream.on('data', (piece) => {
+      chunk?.(piece);
+      if (keeps) pieces.push(piece);
     });
-  const node = (url, chunk, keeps) =>
+    stream.on('end', () => resolve(Buffer.concat(pieces)));
+    stream.on('error', reject);
+  });
+}
+
+function ofNode(ca) {
+  const agents = {
+    http: new http.Agent({ keepAlive: true, maxSockets: atOnce }),
+    https: new https.Agent({ keepAlive: true, maxSockets: atOnce, ca }),
+  };
+  return (url, chunk, keeps) =>
     new Promise((resolve, reject) => {
       const [library, agent] = url.startsWith('https') ? [https, agents.https] : [http, agents.http];
       library.get(url, { agent }, (answer) => resolve(collect(answer, chunk, keeps))).on('error', reject);
     });
+}
+
+const ofNodeHttp2 = (ca, sessions) => (url, chunk, keeps) => {
+  const { origin, pathname } = new URL(url);
+  if (!sessions.has(origin)) sessions.set(origin, http2.connect(origin, { ca }));
+  return collect(sessions.get(origin).request({ ':path': pathname }), chunk, keeps);
+};
+
+const ofUndici = (dispatcher) => async (url, chunk, keeps) => {
+  const { body } = await undici.request(url, { dispatcher });
+  return chunk ? collect(body, chunk, keeps) : body.arrayBuffer();
+};
+
+const ofFetch = (fetch, options) => async (url, chunk, keeps) => {
+  const answer = await fetch(url, options);
+  if (!chunk) return answer.arrayBuffer();
+  const pieces = [];
+  for await (const piece of answer.body) {
+    chunk(piece);
+    if (keeps) pieces.push(piece);
+  }
+  return Buffer.concat(pieces);
+};
+
+function peers(certificate) {
+  // The module reads the variable when it makes its first request.
+  process.env.SSL_CERT_FILE = certificate;
+  const ca = fs.readFileSync(certificate);
+  const pool = (options) => new undici.Agent({ connections: atOnce, connect: { ca }, ...options });
+  const [oneByOne, overHttp2] = [pool(), pool({ allowH2: true })];
   const sessions = new Map();
-  const nodeHttp2 = (url, chunk, keeps) => {
-    const { origin, pathname } = new URL(url);
-    if (!sessions.has(origin)) sessions.set(origin, http2.connect(origin, { ca }));
-    return collect(sessions.get(origin).request({ ':path': pathname }), chunk, keeps);
-  };
-  const undiciRequest = (dispatcher) => async (url, chunk, keeps) => {
-    const { body } = await undici.request(url, { dispatcher });
-    return chunk ? collect(body, chunk, keeps) : body.arrayBuffer();
-  };
-  const fetchWith = (fetch, options) => async (url, chunk, keeps) => {
-    const answer = await fetch(url, options);
-    if (!chunk) return answer.arrayBuffer();
-    const pieces = [];
-    for await (const piece of answer.body) {
-      chunk(piece);
-      if (keeps) pieces.push(piece);
-    }
-    return Buffer.concat(pieces);
-  };
+  const module = ofModule(require('..'));
+  const node = ofNode(ca);
   return {
     plain: {
       module,
       http: node,
-      'undici.request': undiciRequest(oneByOne),
-      'undici.fetch': fetchWith(undici.fetch, { dispatcher: oneByOne }),
-      fetch: fetchWith(globalThis.fetch),
+      'undici.request': ofUndici(oneByOne),
+      'undici.fetch': ofFetch(undici.fetch, { dispatcher: oneByOne }),
+      fetch: ofFetch(globalThis.fetch),
     },
     secure: {
       module,
       https: node,
-      http2: nodeHttp2,
-      'undici.request': undiciRequest(oneByOne),
-      'undici.request, HTTP/2': undiciRequest(overHttp2),
-      'undici.fetch': fetchWith(undici.fetch, { dispatcher: oneByOne }),
+      http2: ofNodeHttp2(ca, sessions),
+      'undici.request': ofUndici(oneByOne),
+      'undici.request, HTTP/2': ofUndici(overHttp2),
+      'undici.fetch': ofFetch(undici.fetch, { dispatcher: oneByOne }),
     },
     close: () => {
       for (const session of sessions.values()) session.close();
@@ -150,7 +162,7 @@ async function requests(title, all, url) {
   );
 }
 
-// What a process does with a large body.
+// Ways to receive a large body.
 const modes = {
   whole: 'the whole body at the end',
   kept: 'in pieces, and kept',

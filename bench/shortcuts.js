@@ -1,7 +1,7 @@
 'use strict';
 
 // From a key press to the notification of its global shortcut, beside a shortcut in the application's own window, which
-// AppKit brings. Keys are pressed by another process, to which the press has to be told first.
+// AppKit brings. Another process presses the keys, on request.
 
 const { spawn } = require('child_process');
 const { once } = require('events');

@@ -1,6 +1,6 @@
 'use strict';
 
-// What a toolbar costs to make and to validate, and what a drop of many files costs.
+// The cost of making and validating a toolbar, and of a drop of many files.
 
 const host = require('../host');
 const { probe } = require('../tests/support/addon');

@@ -1,6 +1,6 @@
 'use strict';
 
-// Where the native binary may be. The module talks to the script engine directly, so each engine version has its own.
+// The paths of the native binary. The module uses the script engine directly, so each engine version has its own binary.
 
 const path = require('path');
 

@@ -6,7 +6,7 @@ const { execFileSync } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-// Who may include whom, besides itself. Every room includes Base. A subsystem includes what lies below all of them
+// The rooms that each room may include, besides itself. Every room includes Base. A subsystem includes what lies below all of them
 // (`lower`), and another subsystem only where this list gives the reason.
 const lower = ['Utilities', 'Extensions', 'Platform'];
 const subsystems = {

@@ -1,7 +1,7 @@
 'use strict';
 
-// What clang-tidy finds in the module and the host. Most of its time goes to the headers of the engine and of GNUstep,
-// which nearly every file includes: files that get along in one translation unit are read as one.
+// Runs clang-tidy on the module and the host. Most of its time goes to the headers of the engine and of GNUstep, which
+// nearly every file includes, so files that compile together are checked as one translation unit.
 
 const { execFile, execFileSync } = require('child_process');
 const fs = require('fs');
@@ -39,8 +39,8 @@ function commands() {
   );
 }
 
-// What a file declares for itself, and defines for the preprocessor. Declarations begin at the first column; that this
-// finds a little too much does no harm.
+// The names that a file declares and the macros that it defines. Declarations begin at the first column; a few names too
+// many do no harm.
 function ownNames(text) {
   const declared = text
     .split('\n')
@@ -98,7 +98,7 @@ const tidy = (...args) =>
     ),
   );
 
-// What does not compile as one is looked at file by file, and says itself what is wrong with it.
+// Files that do not compile together are checked one by one.
 async function examine(unit) {
   const together = await tidy('-p', work, unit.entry.file);
   return together.text.includes('clang-diagnostic') ? tidy('-p', build, ...unit.files) : together;

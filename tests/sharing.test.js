@@ -138,8 +138,8 @@ test('requests that can’t be shared are logged', async (t) => {
   const log = (await person.log()).filter((text) => /share|parse/.test(text));
   const expected = [
     /^Need a window to share files from$/,
-    /^Couldn't parse {"a because of /,
-    /^Couldn't parse \[\] because of /,
+    /^Couldn't parse paths {"a because of /,
+    /^Couldn't parse rectangle \[\] because of /,
     /^There is no file \/no\/such\/file to share$/,
     /^There are no files to share$/,
   ];

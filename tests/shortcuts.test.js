@@ -446,7 +446,7 @@ test('a shortcut of another process is refused and logged, and works there only'
     why,
     refused: status('⇧⌘M', { error: why, 'valid?': false }),
     actions: [],
-    log: [`The shortcut stored under ours is not heard: ${why}`],
+    log: [`The shortcut stored under ours is not active: ${why}`],
   });
   await eventually(async () => (await other.tell(({ actions }) => actions)).length === 1, 'their shortcut');
 
@@ -534,7 +534,7 @@ test('a session without system-wide keys is reported as unsupported', async (t) 
     assert.deepStrictEqual(result, [
       status('F6', { error: why, 'valid?': false }),
       'F5',
-      [`The shortcut stored under key is not heard: ${why}`],
+      [`The shortcut stored under key is not active: ${why}`],
     ]);
   }
 });

@@ -1,7 +1,7 @@
 'use strict';
 
-// What a linked image asks of others: who has each name that it imports, which selectors it sends, and which names of
-// the system's it uses although they are deprecated.
+// Audits a linked image: the library of each imported name, the selectors that it sends, and the deprecated names of the
+// system that it uses.
 
 const { execFileSync } = require('child_process');
 const fs = require('fs');

@@ -41,7 +41,7 @@ const warnings = [
 const definitions = [
   '-DNDEBUG',
   '-DSPDLOG_FMT_EXTERNAL',
-  // What musl and libc++ want to be told in place of Darwin's C library.
+  // Feature macros for musl and libc++, which stand in for Darwin's C library.
   ...['-D_GNU_SOURCE', '-D_LIBCPP_PROVIDES_DEFAULT_RUNE_TABLE'],
 ];
 
@@ -53,7 +53,7 @@ function prepareHeaders() {
   for (const [name, target] of Object.entries(wanted)) {
     if (fs.existsSync(target) && !fs.existsSync(path.join(links, name))) fs.symlinkSync(target, path.join(links, name));
   }
-  // Debian's libc++ is told that it has no vendor; with one, it says what each version of macOS has of it.
+  // Debian configures libc++ without a vendor. With one, its headers mark what each version of macOS provides.
   const site = fs.readFileSync(path.join(libcxx, '__config_site'), 'utf8');
   fs.mkdirSync(path.join(folder, 'libcxx'), { recursive: true });
   writeIfOther(

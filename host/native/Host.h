@@ -30,7 +30,7 @@ class Host {
   };
 
   // Makes this process an application and starts its event loop. Without a display it is a Foundation process only:
-  // `reason` says why, and what needs a display raises. Starting again gives the first answer.
+  // `reason` says why, and functions that need a display raise. Starting again gives the first answer.
   struct Display {
     bool isAvailable;
     NSString* reason;

@@ -59,7 +59,7 @@ function migrate({ module }) {
 }
 
 exports.run = (stage) => {
-  // A person's own files stay as they are.
+  // Don't touch files that the user has already.
   if (stage.module.hasPreviousVersion() || fs.existsSync(folder)) {
     return ok(
       'Previous version',

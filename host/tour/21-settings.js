@@ -19,7 +19,7 @@ function userDefaults({ module }) {
     : failed('User defaults', `${text}, ${truth}`);
 }
 
-// Leaves everything as the person had it.
+// Restores the user's setting.
 function startAtLogin({ module }) {
   const before = module.getStartAtLogin();
   const on = module.setStartAtLogin(true);

@@ -23,7 +23,7 @@ exports.run = async (stage) => {
   const paste = () => stage.run('xclip', '-selection', 'clipboard', '-o');
   copyElsewhere(foreign);
   await stage.until(async () => (await paste()) === foreign);
-  // GNUstep's server hears of it a moment later, and then forgets what it has been given meanwhile. Nothing tells when.
+  // GNUstep's server notices the copy a moment later, without a notification, and drops anything written before that.
   await new Promise((resolve) => setTimeout(resolve, 300));
   const isSaved = module.saveGeneralPasteboard();
   const page = { title: 'Lunch?', account: 'ann@example.org', html: '<p>At <b>one</b>?</p>', url: 'tessaro://mail/1' };

@@ -72,7 +72,7 @@ async function timeTracker(stage) {
   const ask = () => stage.run('dbus-send', ...question, 'org.tessaro.Timing.List');
   const answer = (await stage.until(ask)) || '';
   const detail = answer.replace(/\s+/g, ' ').trim();
-  return (detail.includes('tessaro://mail/1') ? ok : failed)('Time tracker', `it is told ${detail || 'nothing'}`);
+  return (detail.includes('tessaro://mail/1') ? ok : failed)('Time tracker', `it receives ${detail || 'nothing'}`);
 }
 
 exports.run = async (stage) => {

@@ -4,7 +4,9 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsProperty.h"
 #include "Platform/MainQueue.h"
+#include "Utilities/TsNotificationObserver.h"
 
 NSString* const TsComposeOutgoingMessageNotification = @"TsComposeOutgoingMessageNotification";
 NSString* const TsComposeOutgoingMessageNotificationMessageKey = @"message";
@@ -133,73 +135,26 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
   [self specifyElements:elements ofKey:key from:index];
 }
 
-- (NSMutableArray*)toRecipients {
-  return _toRecipients;
-}
+// A list of elements with the accessors that key-value coding looks for.
+#define ELEMENTS(name, Name)                                                \
+  -(NSMutableArray*)name {                                                  \
+    return _##name;                                                         \
+  }                                                                         \
+  -(void)set##Name : (NSMutableArray*)elements {                            \
+    _##name = Retain(elements);                                             \
+    [self specifyElements:elements ofKey:@ #name from:0];                   \
+  }                                                                         \
+  -(void)insertObject : (id)element in##Name##AtIndex : (NSUInteger)index { \
+    [self insert:element into:_##name ofKey:@ #name at:index];              \
+  }                                                                         \
+  -(void)removeObjectFrom##Name##AtIndex : (NSUInteger)index {              \
+    [self removeFrom:_##name ofKey:@ #name at:index];                       \
+  }
 
-- (void)setToRecipients:(NSMutableArray*)elements {
-  _toRecipients = Retain(elements);
-  [self specifyElements:elements ofKey:@"toRecipients" from:0];
-}
-
-- (void)insertObject:(id)element inToRecipientsAtIndex:(NSUInteger)index {
-  [self insert:element into:_toRecipients ofKey:@"toRecipients" at:index];
-}
-
-- (void)removeObjectFromToRecipientsAtIndex:(NSUInteger)index {
-  [self removeFrom:_toRecipients ofKey:@"toRecipients" at:index];
-}
-
-- (NSMutableArray*)ccRecipients {
-  return _ccRecipients;
-}
-
-- (void)setCcRecipients:(NSMutableArray*)elements {
-  _ccRecipients = Retain(elements);
-  [self specifyElements:elements ofKey:@"ccRecipients" from:0];
-}
-
-- (void)insertObject:(id)element inCcRecipientsAtIndex:(NSUInteger)index {
-  [self insert:element into:_ccRecipients ofKey:@"ccRecipients" at:index];
-}
-
-- (void)removeObjectFromCcRecipientsAtIndex:(NSUInteger)index {
-  [self removeFrom:_ccRecipients ofKey:@"ccRecipients" at:index];
-}
-
-- (NSMutableArray*)bccRecipients {
-  return _bccRecipients;
-}
-
-- (void)setBccRecipients:(NSMutableArray*)elements {
-  _bccRecipients = Retain(elements);
-  [self specifyElements:elements ofKey:@"bccRecipients" from:0];
-}
-
-- (void)insertObject:(id)element inBccRecipientsAtIndex:(NSUInteger)index {
-  [self insert:element into:_bccRecipients ofKey:@"bccRecipients" at:index];
-}
-
-- (void)removeObjectFromBccRecipientsAtIndex:(NSUInteger)index {
-  [self removeFrom:_bccRecipients ofKey:@"bccRecipients" at:index];
-}
-
-- (NSMutableArray*)mailAttachments {
-  return _mailAttachments;
-}
-
-- (void)setMailAttachments:(NSMutableArray*)elements {
-  _mailAttachments = Retain(elements);
-  [self specifyElements:elements ofKey:@"mailAttachments" from:0];
-}
-
-- (void)insertObject:(id)element inMailAttachmentsAtIndex:(NSUInteger)index {
-  [self insert:element into:_mailAttachments ofKey:@"mailAttachments" at:index];
-}
-
-- (void)removeObjectFromMailAttachmentsAtIndex:(NSUInteger)index {
-  [self removeFrom:_mailAttachments ofKey:@"mailAttachments" at:index];
-}
+ELEMENTS(toRecipients, ToRecipients)
+ELEMENTS(ccRecipients, CcRecipients)
+ELEMENTS(bccRecipients, BccRecipients)
+ELEMENTS(mailAttachments, MailAttachments)
 
 // ---- Properties
 
@@ -213,45 +168,11 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
   [self setDidSetOptimizeAttachments:YES];
 }
 
-- (NSString*)sender {
-  return _sender;
-}
-
-- (void)setSender:(NSString*)sender {
-  _sender = Copy(sender);
-}
-
-- (NSString*)subject {
-  return _subject;
-}
-
-- (void)setSubject:(NSString*)subject {
-  _subject = Copy(subject);
-}
-
-- (NSString*)imageAttachMethod {
-  return _imageAttachMethod;
-}
-
-- (void)setImageAttachMethod:(NSString*)imageAttachMethod {
-  _imageAttachMethod = Copy(imageAttachMethod);
-}
-
-- (NSString*)imageFileType {
-  return _imageFileType;
-}
-
-- (void)setImageFileType:(NSString*)imageFileType {
-  _imageFileType = Copy(imageFileType);
-}
-
-- (NSString*)imageSize {
-  return _imageSize;
-}
-
-- (void)setImageSize:(NSString*)imageSize {
-  _imageSize = Copy(imageSize);
-}
+TS_COPIED(NSString, sender, Sender)
+TS_COPIED(NSString, subject, Subject)
+TS_COPIED(NSString, imageAttachMethod, ImageAttachMethod)
+TS_COPIED(NSString, imageFileType, ImageFileType)
+TS_COPIED(NSString, imageSize, ImageSize)
 
 - (id)content {
   return _content;
@@ -261,13 +182,7 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
   _content = Retain<NSObject>(content);
 }
 
-- (TsASOutgoingMessageSignature*)messageSignature {
-  return _messageSignature;
-}
-
-- (void)setMessageSignature:(TsASOutgoingMessageSignature*)signature {
-  _messageSignature = Retain(signature);
-}
+TS_RETAINED(TsASOutgoingMessageSignature, messageSignature, MessageSignature)
 
 - (void)setVisible:(BOOL)visible {
   if (!visible) return;
@@ -305,12 +220,10 @@ id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
   NSDictionary* options = [self optionsDictionary];
   TsLogInfo(@"Composing new outgoing message %@", message);
   TsLogInfo(@"Outgoing message options: %@", options);
-  [[NSNotificationCenter defaultCenter] postNotificationName:TsComposeOutgoingMessageNotification
-                                                      object:nil
-                                                    userInfo:@{
-                                                      TsComposeOutgoingMessageNotificationMessageKey : message,
-                                                      TsComposeOutgoingMessageNotificationOptionsKey : options,
-                                                    }];
+  TsPost(TsComposeOutgoingMessageNotification, nil, @{
+    TsComposeOutgoingMessageNotificationMessageKey : message,
+    TsComposeOutgoingMessageNotificationOptionsKey : options,
+  });
   return nil;
 }
 

@@ -1,5 +1,6 @@
 #import "AppleScript/TsASOutgoingMessageElements.h"
 
+#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 #include "Platform/HFSPath.h"
 #include "Platform/StandardDirectories.h"
@@ -33,29 +34,9 @@ NSString* NormalizedPath(NSString* path) {
   return self;
 }
 
-- (NSString*)address {
-  return _address;
-}
-
-- (void)setAddress:(NSString*)address {
-  _address = Copy(address);
-}
-
-- (NSString*)name {
-  return _name;
-}
-
-- (void)setName:(NSString*)name {
-  _name = Copy(name);
-}
-
-- (NSScriptObjectSpecifier*)objectSpecifier {
-  return _objectSpecifier;
-}
-
-- (void)setObjectSpecifier:(NSScriptObjectSpecifier*)specifier {
-  _objectSpecifier = Retain(specifier);
-}
+TS_COPIED(NSString, address, Address)
+TS_COPIED(NSString, name, Name)
+TS_RETAINED(NSScriptObjectSpecifier, objectSpecifier, ObjectSpecifier)
 
 @end
 
@@ -75,32 +56,13 @@ NSString* NormalizedPath(NSString* path) {
   _path = Copy(NormalizedPath(path));
 }
 
-- (NSScriptObjectSpecifier*)objectSpecifier {
-  return _objectSpecifier;
-}
-
-- (void)setObjectSpecifier:(NSScriptObjectSpecifier*)specifier {
-  _objectSpecifier = Retain(specifier);
-}
+TS_RETAINED(NSScriptObjectSpecifier, objectSpecifier, ObjectSpecifier)
 
 @end
 
 @implementation TsASOutgoingMessageSignature
 
-- (NSString*)name {
-  return _name;
-}
-
-- (void)setName:(NSString*)name {
-  _name = Copy(name);
-}
-
-- (NSString*)content {
-  return _content;
-}
-
-- (void)setContent:(NSString*)content {
-  _content = Copy(content);
-}
+TS_COPIED(NSString, name, Name)
+TS_COPIED(NSString, content, Content)
 
 @end

@@ -56,10 +56,7 @@ LastKeyDown& LastKeyDownEvent() {
 }
 
 bool ConsumeForTab(NSString* action) {
-  [[NSNotificationCenter defaultCenter] postNotificationName:kDispatch
-                                                      object:NSApp
-                                                    userInfo:[NSDictionary dictionaryWithObject:action
-                                                                                         forKey:@"action"]];
+  TsPost(kDispatch, NSApp, @{@"action" : action});
   return true;
 }
 
@@ -122,7 +119,7 @@ void ReportModifiers(NSUInteger flags) {
              holds(kTsCapsLock), holds(kTsHelp), holds(kTsNumericPad)});
 }
 
-// No event reaches the application while another one is active, so the keyboard itself is asked.
+// While another application is active no events arrive, so read the modifiers from the keyboard.
 void ReportModifiersWhenActive() {
   TsObserveOnMainQueue(NSApplicationDidBecomeActiveNotification, [](NSNotification*) {
     if ([NSApp currentEvent] != nil) ReportModifiers([NSEvent modifierFlags]);
@@ -186,7 +183,7 @@ NSEvent* TsHandleKeyboardEvent(id, SEL, NSEvent* event) { return event; }
 
 bool TsPasteIfPossible(id, SEL) {
   if (!hasFilesInPasteboard(kFileURLType)) return false;
-  [[NSNotificationCenter defaultCenter] postNotificationName:kPasteFiles object:nil];
+  TsPost(kPasteFiles);
   return true;
 }
 

@@ -15,7 +15,7 @@ extern NSString* const TsReceivedAppcastNotification;
 // This process is the first one of a version that the updater has installed.
 extern NSString* const TsApplicationDidRelaunchAfterUpdateNotification;
 
-// Asks for further parameters of a request for the feed: dictionaries of "key", "value", "displayKey" and
+// Returns further parameters for a request of the feed: dictionaries of "key", "value", "displayKey" and
 // "displayValue".
 using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 
@@ -31,15 +31,15 @@ using TsFeedParameterBlock = std::function<NSArray*(BOOL sendingSystemProfile)>;
 // Made on first use; automatic checks begin with it.
 + (TsApplicationUpdate*)sharedInstance;
 
-// The update channel: "stable", but "test" from a check with the Option key held to the request for its feed.
+// The update channel: "stable". A check with the Option key held uses "test" for its request of the feed.
 @property(nonatomic, copy) NSString* buildType;
 
 - (void)setParameterCallback:(TsFeedParameterBlock)callback;
 
-// Whether the running check only asks for the feed: then an update does not bring the application to the front.
+// Whether the running check only fetches the feed: then an update does not bring the application to the front.
 @property(nonatomic, assign) BOOL dryRun;
 
-// The user has asked: on a display, the update window shows the check.
+// A check on the user's request: on a display, the update window shows it.
 - (void)checkForUpdates;
 - (void)checkForUpdatesInBackground:(BOOL)automatically;
 - (void)fetchAppcast;

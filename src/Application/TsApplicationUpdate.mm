@@ -5,6 +5,7 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Extensions/NSEvent+TsKeyboard.h"
@@ -13,6 +14,7 @@
 #include "Updates/TsUpdateWindow.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -130,13 +132,7 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
   return self;
 }
 
-- (NSString*)buildType {
-  return _buildType;
-}
-
-- (void)setBuildType:(NSString*)buildType {
-  _buildType = Adopt(static_cast<NSString*>([buildType copy]));
-}
+TS_COPIED(NSString, buildType, BuildType)
 
 - (void)setParameterCallback:(TsFeedParameterBlock)callback {
   _parameterCallback = std::move(callback);
@@ -192,9 +188,7 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 - (void)updater:(platform::Updater&)updater didFinishLoadingAppcast:(const std::vector<platform::AppcastItem>&)items {
   NSMutableArray* appcast = [NSMutableArray arrayWithCapacity:items.size()];
   for (const auto& item : items) [appcast addObject:Dictionary(item.properties)];
-  [[NSNotificationCenter defaultCenter] postNotificationName:TsReceivedAppcastNotification
-                                                      object:self
-                                                    userInfo:@{@"appcast" : appcast}];
+  TsPost(TsReceivedAppcastNotification, self, @{@"appcast" : appcast});
 }
 
 - (void)updater:(platform::Updater&)updater didFindValidUpdate:(const platform::AppcastItem&)item {
@@ -212,8 +206,7 @@ class ControllerDelegate final : public platform::UpdaterDelegate {
 }
 
 - (void)updaterDidRelaunchApplication:(platform::Updater&)updater {
-  [[NSNotificationCenter defaultCenter] postNotificationName:TsApplicationDidRelaunchAfterUpdateNotification
-                                                      object:[NSValue valueWithPointer:&updater]];
+  TsPost(TsApplicationDidRelaunchAfterUpdateNotification, [NSValue valueWithPointer:&updater]);
 }
 
 @end

@@ -77,7 +77,7 @@ bool IsTerminalWanted() {
   return spdlog::details::os::in_terminal(stderr) || (request != nullptr && std::string_view(request) == "stderr");
 }
 
-// The daily sink looks for files to remove only among the days just past: what a longer absence left behind is ours.
+// The daily sink removes only the files of the days just past; older ones are left from before a longer pause.
 void RemoveFilesOfOtherDays(const std::filesystem::path& directory, const std::filesystem::path& current) {
   std::error_code ignored;
   for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
@@ -110,7 +110,7 @@ class LoggerSink final : public spdlog::sinks::base_sink<spdlog::details::null_m
   std::shared_ptr<TsLogger> logger_;
 };
 
-// Stands behind the loggers and tells how many messages have passed them all.
+// The last sink: counts the messages that have passed all loggers.
 class ProgressSink final : public spdlog::sinks::sink {
  public:
   void log(const spdlog::details::log_msg&) override {

@@ -18,6 +18,7 @@
 #include "Platform/TemporaryFile.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/Controls.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -39,7 +40,7 @@ const std::array kTools = {Tool{Annotation::Kind::Arrow, @"Arrow"}, Tool{Annotat
 void Announce(NSString* original, NSString* copy, const TsCompletion& completion) {
   NSMutableDictionary* userInfo = [NSMutableDictionary dictionaryWithObject:original forKey:@"original"];
   if (copy != nil) [userInfo setObject:copy forKey:@"path"];
-  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsImageAnnotated" object:nil userInfo:userInfo];
+  TsPost(@"TsImageAnnotated", nil, userInfo);
   completion(copy);
 }
 

@@ -12,6 +12,7 @@
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/Controls.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -34,7 +35,7 @@ NSString* FilmPath(NSString* folder) {
 
 void Announce(NSString* film, const TsCompletion& completion) {
   NSDictionary* userInfo = film != nil ? @{@"path" : film} : @{};
-  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsScreenRecorded" object:nil userInfo:userInfo];
+  TsPost(@"TsScreenRecorded", nil, userInfo);
   completion(film);
 }
 
@@ -181,7 +182,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [_panel orderFront:nil];
 }
 
-// To a corner that rarely matters.
+// To a corner where the panel hides little.
 - (void)moveAside {
   const NSRect screen = [[NSScreen mainScreen] visibleFrame];
   [_panel setFrameOrigin:NSMakePoint(NSMaxX(screen) - NSWidth([_panel frame]) - kTsMargin, NSMinY(screen) + kTsMargin)];

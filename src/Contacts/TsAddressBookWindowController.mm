@@ -2,9 +2,11 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsProperty.h"
 #import "Contacts/TsRecipient.h"
 #include "Utilities/Controls.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace {
 
@@ -90,13 +92,7 @@ NSDictionary* RecordsByAddress(NSArray* records) {
   [self addButton:edit to:view left:kMargin mask:NSViewMaxXMargin];
 }
 
-- (NSDictionary*)translations {
-  return _translations;
-}
-
-- (void)setTranslations:(NSDictionary*)translations {
-  _translations = Retain(translations);
-}
+TS_RETAINED(NSDictionary, translations, Translations)
 
 - (NSString*)translation:(NSString*)key {
   if (NSString* text = As<NSString>([_translations objectForKey:key])) return text;
@@ -128,9 +124,7 @@ NSDictionary* RecordsByAddress(NSArray* records) {
   [[self window] orderOut:sender];
   NSMutableArray* addresses = [NSMutableArray array];
   for (TsRecipient* recipient in [self pickedRecipients]) [addresses addObject:[recipient stringForEmail]];
-  [[NSNotificationCenter defaultCenter] postNotificationName:@"TsContactEmailAddressesPicked"
-                                                      object:self
-                                                    userInfo:@{@"addresses" : TsConvertToJSONString(addresses)}];
+  TsPost(@"TsContactEmailAddressesPicked", self, @{@"addresses" : TsConvertToJSONString(addresses)});
 }
 
 - (IBAction)cancel:(id)sender {

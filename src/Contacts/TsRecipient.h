@@ -35,6 +35,6 @@
 
 @end
 
-// {"name", "email"} of each recipient of the first group with that name, without "name" where there is none; nil when
-// there is no such group.
+// {"name", "email"} of each recipient of the first group with that name, without "name" where that is empty; nil if no
+// group has the name.
 [[nodiscard]] NSArray* TsRecipientsForGroupName(NSString* groupName);

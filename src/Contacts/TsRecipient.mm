@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "Base/TsProperty.h"
+
 namespace platform = tessaro::platform;
 
 namespace {
@@ -78,7 +80,7 @@ void AddMembers(NSMutableArray* recipients, ABGroup* group) {
   }
 }
 
-// A group on the way down, and those of its subgroups that are left to enter.
+// An entered group, and its subgroups that are still to be entered.
 struct Level {
   Ref<NSString> id;
   Ref<NSEnumerator> subgroups;
@@ -87,13 +89,13 @@ struct Level {
 // Without recursion: groups may be nested deeper than the stack is.
 void AddAll(NSMutableArray* recipients, ABGroup* group) {
   std::vector<Level> levels;
-  NSMutableSet* onTheWay = [NSMutableSet set];
-  const auto enter = [&](ABGroup* entered) {
-    NSString* uniqueId = [entered uniqueId];
-    if ([onTheWay containsObject:uniqueId]) return;
-    [onTheWay addObject:uniqueId];
-    AddMembers(recipients, entered);
-    levels.push_back({Retain(uniqueId), Retain<NSEnumerator>([[entered subgroups] objectEnumerator])});
+  NSMutableSet* entered = [NSMutableSet set];
+  const auto enter = [&](ABGroup* next) {
+    NSString* uniqueId = [next uniqueId];
+    if ([entered containsObject:uniqueId]) return;
+    [entered addObject:uniqueId];
+    AddMembers(recipients, next);
+    levels.push_back({Retain(uniqueId), Retain<NSEnumerator>([[next subgroups] objectEnumerator])});
   };
   enter(group);
   while (!levels.empty()) {
@@ -101,7 +103,7 @@ void AddAll(NSMutableArray* recipients, ABGroup* group) {
       enter(subgroup);
       continue;
     }
-    [onTheWay removeObject:levels.back().id];
+    [entered removeObject:levels.back().id];
     levels.pop_back();
   }
 }
@@ -162,21 +164,8 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
   return HeaderItem(self);
 }
 
-- (NSString*)address {
-  return _address;
-}
-
-- (void)setAddress:(NSString*)address {
-  _address = Copy(address);
-}
-
-- (NSString*)name {
-  return _name;
-}
-
-- (void)setName:(NSString*)name {
-  _name = Copy(name);
-}
+TS_COPIED(NSString, address, Address)
+TS_COPIED(NSString, name, Name)
 
 @end
 

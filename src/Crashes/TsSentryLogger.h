@@ -20,6 +20,9 @@ class TsSentryLogger final : public TsLogger {
   static void PostEventAsNotification(const tessaro::platform::CrashEvent& event);
 };
 
+// The version of the running application for crash events: "3.1 (412)".
+[[nodiscard]] NSString* TsGetRelease();
+
 // The event as the service expects it in JSON.
 [[nodiscard]] NSDictionary* TsSerialisedEvent(const tessaro::platform::CrashEvent& event);
 

@@ -8,9 +8,10 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Crashes/TsRelease.h"
+#import "Extensions/NSApplication+TsBundle.h"
 #include "Platform/MainQueue.h"
 #include "Platform/StandardDirectories.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -49,10 +50,6 @@ std::string BreadcrumbText(const TsLogMessage& message) {
   return text.append(message.text);
 }
 
-void Post(NSString* name, NSDictionary* userInfo) {
-  [[NSNotificationCenter defaultCenter] postNotificationName:name object:nil userInfo:userInfo];
-}
-
 NSNumber* Number(std::int64_t number) { return [NSNumber numberWithLongLong:number]; }
 
 // JSON numbers are doubles, which can't hold every address.
@@ -87,7 +84,7 @@ NSDictionary* Mechanism(const platform::CrashEvent& event) {
       @{@"name" : TsNSString(event.signalName), @"number" : Number(event.signal), @"code" : Number(event.code)};
   return @{
     @"type" : @"signalhandler",
-    @"handled" : [NSNumber numberWithBool:NO],
+    @"handled" : @(false),
     @"meta" : @{@"signal" : signal},
     @"data" : @{@"address" : Address(event.faultAddress), @"process" : Number(event.process)},
   };
@@ -107,8 +104,8 @@ NSDictionary* Thread(const platform::CrashEvent& event) {
   return @{
     @"id" : Number(event.thread),
     @"name" : TsNSString(event.threadName),
-    @"crashed" : [NSNumber numberWithBool:YES],
-    @"current" : [NSNumber numberWithBool:YES],
+    @"crashed" : @(true),
+    @"current" : @(true),
   };
 }
 
@@ -131,13 +128,13 @@ platform::CrashReporter::Hooks Hooks() {
 
 void TsSentryLogger::Log(const TsLogMessage& message) noexcept {
   platform::MainQueue::Shared().Post([level = Level(message.flag), text = BreadcrumbText(message)] {
-    Post(TsSentryBreadcrumbNotification, @{@"level" : level, @"message" : TsNSString(text)});
+    TsPost(TsSentryBreadcrumbNotification, nil, @{@"level" : level, @"message" : TsNSString(text)});
   });
 }
 
 void TsSentryLogger::PostEventAsNotification(const platform::CrashEvent& event) {
   platform::MainQueue::Shared().Post([serialised = Retain(TsSerialisedEvent(event))] {
-    Post(TsSentryEventNotification, @{@"event" : serialised.get()});
+    TsPost(TsSentryEventNotification, nil, @{@"event" : serialised.get()});
   });
 }
 
@@ -171,4 +168,10 @@ void TsSetUpCrashReporter(platform::CrashReporter::FaultClaim claim) {
 void TsTestCrash() {
   if (SharedClient() == nullptr) return TsLogWarning(@"The crash reporter is not set up");
   platform::CrashReporter::Crash();
+}
+
+NSString* TsGetRelease() {
+  static Forever<Ref<NSString>> release(Adopt([[NSString alloc]
+      initWithFormat:@"%@ (%@)", [NSApplication ts_shortVersionString], [NSApplication ts_bundleVersion]]));
+  return *release;
 }

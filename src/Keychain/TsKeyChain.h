@@ -10,7 +10,7 @@
 //
 // The result of reading and writing is a dictionary:
 //   "ok?"       NSNumber, a boolean
-//   "password"  NSString, or NSNull when there is none; after reading
+//   "password"  NSString, or NSNull without an item; after reading
 //   "error"     NSNumber, the keychain's status code; when not ok
 @interface TsKeychain : NSObject {
  @private

@@ -43,15 +43,28 @@ Result<SecretItem> FirstOf(Result<platform::SecretStore::Items> found) {
   return std::move(found).map([](auto items) { return std::move(items.front()); });
 }
 
-NSDictionary* Succeeded() { return [NSDictionary dictionaryWithObject:[NSNumber numberWithBool:YES] forKey:@"ok?"]; }
+NSDictionary* Succeeded() {
+  return @{@"ok?" : @(true)};
+}
 
 NSDictionary* Failed(int code) {
-  return [NSDictionary
-      dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:NO], @"ok?", [NSNumber numberWithInt:code], @"error", nil];
+  return @{@"ok?" : @(false), @"error" : @(code)};
 }
 
 NSDictionary* Found(id password) {
-  return [NSDictionary dictionaryWithObjectsAndKeys:[NSNumber numberWithBool:YES], @"ok?", password, @"password", nil];
+  return @{@"ok?" : @(true), @"password" : password};
+}
+
+NSDictionary* Written(const Result<void>& result, NSString* account, NSString* password, NSString* done,
+                      NSString* attempt) {
+  const auto length = static_cast<unsigned long>([password length]);
+  if (result) {
+    TsLogInfo(@"%@. (account=%@, passwordLength=%lu)", done, account, length);
+    return Succeeded();
+  }
+  const int code = result.error().code;
+  TsLogWarning(@"Could not %@. (account=%@, passwordLength=%lu, error=%d)", attempt, account, length, code);
+  return Failed(code);
 }
 
 }  // namespace
@@ -99,35 +112,17 @@ NSDictionary* Found(id password) {
 - (NSDictionary*)setPassword:(NSString*)password forAccount:(NSString*)account {
   if (password == nil) return [self deleteItem:[self findAccount:account] ofAccount:account];
   const auto item = FirstOf(_store->FindVisible(TsStdString(_service), TsStdString(account)));
-  if (item) return [self modifyItem:*item password:password account:account];
-  if (item.error().code == SecretFailure::kItemNotFound) return [self addPassword:password account:account];
+  if (item) {
+    const auto modified = _store->Replace(*item, SecretOf(password));
+    return Written(modified, account, password, @"Modified password in keychain", @"modify keychain item");
+  }
+  if (item.error().code == SecretFailure::kItemNotFound) {
+    const auto added = _store->Add(TsStdString(_service), TsStdString(account), SecretOf(password));
+    return Written(added, account, password, @"Added password to keychain", @"add password to keychain");
+  }
   // By contract this counts as success.
   TsLogWarning(@"Could not find keychain item. (account=%@, error=%d)", account, item.error().code);
   return Succeeded();
-}
-
-- (NSDictionary*)modifyItem:(const SecretItem&)item password:(NSString*)password account:(NSString*)account {
-  const auto length = static_cast<unsigned long>([password length]);
-  const auto modified = _store->Replace(item, SecretOf(password));
-  if (modified) {
-    TsLogInfo(@"Modified password in keychain. (account=%@, passwordLength=%lu)", account, length);
-    return Succeeded();
-  }
-  TsLogWarning(@"Could not modify keychain item. (account=%@, passwordLength=%lu, error=%d)", account, length,
-               modified.error().code);
-  return Failed(modified.error().code);
-}
-
-- (NSDictionary*)addPassword:(NSString*)password account:(NSString*)account {
-  const auto length = static_cast<unsigned long>([password length]);
-  const auto added = _store->Add(TsStdString(_service), TsStdString(account), SecretOf(password));
-  if (added) {
-    TsLogInfo(@"Added password to keychain. (account=%@, passwordLength=%lu)", account, length);
-    return Succeeded();
-  }
-  TsLogWarning(@"Could not add password to keychain. (account=%@, passwordLength=%lu, error=%d)", account, length,
-               added.error().code);
-  return Failed(added.error().code);
 }
 
 - (NSDictionary*)deleteItem:(const Result<SecretItem>&)item ofAccount:(NSString*)account {

@@ -5,7 +5,7 @@
 @class NSArray, NSDictionary, NSEvent, NSMutableDictionary, NSNumber;
 
 // Changes of single items of the application's main menu, and the news that a menu opens or has closed.
-// Main thread only. Whatever can't be done is logged as an error.
+// Main thread only. Failures are logged as errors.
 
 // Posted before a menu opens or is searched for a key equivalent. Object: the menu. User information: "menu", its
 // title, and "event", what TsMenuEventDescription() says of the cause.

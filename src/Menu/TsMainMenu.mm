@@ -12,6 +12,7 @@
 #include "Base/TsLog.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
+#include "Utilities/TsNotificationObserver.h"
 
 NSString* const TsAppMenuWillOpenNotificationName = @"TsAppMenuWillOpen";
 
@@ -259,9 +260,7 @@ void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event) {
   NSString* title = [menu title];
   NSDictionary* info = [NSDictionary dictionaryWithObjectsAndKeys:TsMenuEventDescription(event), @"event",  //
                                                                   title != nil ? title : @"", @"menu", nil];
-  [[NSNotificationCenter defaultCenter] postNotificationName:TsAppMenuWillOpenNotificationName
-                                                      object:menu
-                                                    userInfo:info];
+  TsPost(TsAppMenuWillOpenNotificationName, menu, info);
 }
 
 void TsSetupAppMenuNeedsUpdateNotification() {
@@ -306,9 +305,7 @@ void TsSetupAppMenuNeedsUpdateNotification() {
 }
 
 - (void)menuDidClose:(NSMenu*)menu {
-  [[NSNotificationCenter defaultCenter] postNotificationName:kMenuDidClose
-                                                      object:menu
-                                                    userInfo:[NSDictionary dictionary]];
+  TsPost(kMenuDidClose, menu, @{});
   id previous = PreviousDelegate(menu);
   if ([previous respondsToSelector:@selector(menuDidClose:)]) [previous menuDidClose:menu];
 }

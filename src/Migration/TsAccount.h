@@ -68,7 +68,7 @@
 
 @end
 
-// Those of the attributes' accessors, which TsManagedObject makes, that are called here.
+// TsManagedObject makes accessors for every attribute; these are called by name.
 
 @interface TsBookmark (Attributes)
 @property(nonatomic, copy) NSNumber* order;

@@ -18,7 +18,7 @@
 - (TsAccount*)findByNickname:(NSString*)nickname;
 - (TsAccount*)findByNickname:(NSString*)nickname sender:(id)sender;
 
-// Of any account.
+// Whether any account has one.
 - (BOOL)hasBookmarks;
 
 // Whether the account is still there.

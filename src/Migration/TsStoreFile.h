@@ -30,7 +30,7 @@ class TsStoreFile {
   // Fails when there is no such file, or no store in it.
   [[nodiscard]] static Result<std::unique_ptr<TsStoreFile>> Open(std::filesystem::path file) noexcept;
 
-  // Those of the entity, in the order of the file.
+  // The entity's objects, in the order of the file.
   [[nodiscard]] std::vector<std::string> Objects(const TsEntity& entity) const noexcept;
   [[nodiscard]] bool Contains(const std::string& id) const noexcept { return objects_.contains(id); }
 

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 
 namespace platform = tessaro::platform;
@@ -54,13 +55,7 @@ TEXT_PROPERTY(responsePlaceholder, setResponsePlaceholder, replyPlaceholder)
   return _contents;
 }
 
-- (NSDate*)deliveryDate {
-  return _deliveryDate;
-}
-
-- (void)setDeliveryDate:(NSDate*)date {
-  _deliveryDate = Copy(date);
-}
+TS_COPIED(NSDate, deliveryDate, DeliveryDate)
 
 - (NSInteger)activationType {
   return _activationType;

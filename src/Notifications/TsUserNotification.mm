@@ -4,6 +4,7 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Utilities/TsCallbackSlot.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace {
 
@@ -29,10 +30,6 @@ TsAlert* FindAlert(NSArray* alerts, NSString* identifier) {
     if ([[alert identifier] isEqualToString:identifier]) return alert;
   }
   return nil;
-}
-
-void Post(NSString* name, id object, NSDictionary* userInfo) {
-  [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
 }
 
 }  // namespace
@@ -121,7 +118,7 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
 - (void)userNotificationCenter:(TsUserNotificationCenter*)center didDeliverNotification:(TsAlert*)notification {
   TsLogInfo(@"didDeliverNotification: %@", notification);
   NSString* identifier = [notification identifier];
-  if (identifier != nil) Post(@"TsNotificationDidDeliver", notification, @{@"identifier" : identifier});
+  if (identifier != nil) TsPost(@"TsNotificationDidDeliver", notification, @{@"identifier" : identifier});
 }
 
 - (BOOL)userNotificationCenter:(TsUserNotificationCenter*)center shouldActivateForNotification:(TsAlert*)notification {
@@ -135,9 +132,9 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
     return;
   }
   NSString* type = TypeWord([notification activationType]);
-  Post(@"TsNotificationDidActivate", notification, @{@"identifier" : identifier, @"type" : type});
+  TsPost(@"TsNotificationDidActivate", notification, @{@"identifier" : identifier, @"type" : type});
   [self callbackForNotification:notification typeString:type];
-  Post(@"TsNotificationActivation", nil, @{@"unique-id" : identifier, @"type" : type});
+  TsPost(@"TsNotificationActivation", nil, @{@"unique-id" : identifier, @"type" : type});
   TsLogDebug(@"didActivateNotification: (unique-id=%@) (type=%@) (response=%@)", identifier, type,
              [[notification response] string]);
 }
@@ -154,7 +151,7 @@ void Post(NSString* name, id object, NSDictionary* userInfo) {
   }
   TsLogDebug(@"dismissed notification: %@", notification);
   [self callbackForNotification:notification typeString:@"dismissed"];
-  Post(@"TsNotificationDidDismiss", notification, @{@"identifier" : identifier});
+  TsPost(@"TsNotificationDidDismiss", notification, @{@"identifier" : identifier});
 }
 
 - (void)userNotificationCenter:(TsUserNotificationCenter*)center

@@ -11,7 +11,7 @@
 
 @class TsUserNotificationCenter;
 
-// What Cocoa's notification centre calls its delegate with, and what the public protocol leaves out.
+// The delegate methods of Cocoa's notification centre, with those that its public protocol leaves out.
 @protocol TsUserNotificationCenterDelegate <NSObject>
 
 - (void)userNotificationCenter:(TsUserNotificationCenter*)center didDeliverNotification:(TsAlert*)alert;

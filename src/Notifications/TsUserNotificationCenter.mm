@@ -154,7 +154,7 @@ NSArray* AlertsOf(const List& list) {
   UserNotifications::Shared().WithdrawDelivered();
 }
 
-// ---- What the system says
+// ---- Events of the system
 
 - (void)restored:(const UserNotification&)contents
              key:(const std::string&)key

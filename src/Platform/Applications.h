@@ -42,7 +42,7 @@ struct Application {
 // the change, which it may still ask the user to confirm.
 [[nodiscard]] Result<void> SetDefaultHandlerOfScheme(std::string_view scheme, std::string_view identifier) noexcept;
 
-// Icons as PNG data, `size` pixels wide and high; empty when there is none, or the size isn't between 1 and 1024.
+// Icons as PNG data, `size` pixels wide and high; empty without an icon, or when the size isn't between 1 and 1024.
 [[nodiscard]] std::vector<std::uint8_t> IconOfApplication(std::string_view identifier, int size) noexcept;
 [[nodiscard]] std::vector<std::uint8_t> IconOfContentType(const std::string& type, int size) noexcept;
 

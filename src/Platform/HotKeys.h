@@ -30,7 +30,7 @@ enum class HotKeyStatus {
 [[nodiscard]] HotKeyStatus HotKeyStatusOf(const HotKey& key) noexcept;
 
 // Calls `pressed` for each press of the key, not for the repeats of one that is held, until it is destroyed; a key that
-// is down already has to be released first. Of several registrations of the same key each is called. One whose key is
+// is down already has to be released first. Every registration of the same key is called. A registration whose key is
 // taken is tried again whenever the keyboard or its layout changes.
 //
 // `pressed` runs on a later turn of the main queue, see MainQueue.h, and must not throw C++ exceptions.

@@ -5,7 +5,7 @@
 
 namespace tessaro::platform {
 
-// The operating system's version as its users know it: "10.14.6", "12" for Debian 12. Empty when nothing tells.
+// The operating system's version as its users know it: "10.14.6", "12" for Debian 12. Empty if unknown.
 [[nodiscard]] std::string Version();
 
 // False on every other system.

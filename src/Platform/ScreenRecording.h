@@ -41,7 +41,7 @@ class ScreenRecording {
 
   virtual ~ScreenRecording() = default;
 
-  // Of the files that this system writes, MP4 or QuickTime, with the dot.
+  // The extension of this system's films, MP4 or QuickTime, with the dot.
   [[nodiscard]] static std::string FilmExtension() noexcept;
 
   // Begins a film, which appears at `path` when it is complete: when it is stopped, or after an hour. A recording whose

@@ -11,7 +11,7 @@
 namespace tessaro::platform {
 
 // The file of the sound with this name (no folder, no extension): a resource of the application's bundle, or a file in
-// one of the sound folders. Empty when there is none that can be played. Any thread; nothing throws.
+// one of the sound folders. Empty when no such file can be played. Any thread; nothing throws.
 [[nodiscard]] std::string SoundFileNamed(std::string_view name) noexcept;
 
 // This system's sound folders besides Cocoa's own, in search order.

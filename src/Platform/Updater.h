@@ -35,8 +35,8 @@ struct AppcastItem {
 
 // Receives the events of checks. Every call comes on the main thread; none of them may destroy the updater.
 //
-// A check asks for its channel and its parameters before it begins. Then come, from the event loop, the feed's items
-// if it could be read, and exactly one of found and not found, unless another check has replaced this one.
+// A check first requests its channel and its parameters. Later, from the event loop, come the feed's items if it could
+// be read, and exactly one of FoundUpdate() and FoundNoUpdate(), unless another check has replaced this one.
 class UpdaterDelegate {
  public:
   virtual ~UpdaterDelegate() = default;
@@ -44,7 +44,7 @@ class UpdaterDelegate {
   // Whether the updater may ask the user for permission to check automatically.
   [[nodiscard]] virtual bool ShouldPromptForPermission() = 0;
 
-  // A check begins; `onlyInformation` for one that only asks for the feed.
+  // A check begins; `onlyInformation` for one that only fetches the feed.
   virtual void WillCheck(bool onlyInformation) = 0;
 
   // Items of a channel are only for users who name it.
@@ -62,8 +62,8 @@ class UpdaterDelegate {
   virtual void RelaunchedApplication() = 0;
 };
 
-// Shows the user the check that they have asked for, for updaters without an interface of their own. Main thread; none
-// of the calls may destroy the updater.
+// Shows a check that the user has requested, for updaters without an interface of their own. Main thread; no call may
+// destroy the updater.
 class UpdaterInterface {
  public:
   enum class Choice { Install, Skip, Later };
@@ -72,7 +72,7 @@ class UpdaterInterface {
   virtual ~UpdaterInterface() = default;
 
   virtual void ShowChecking() = 0;
-  // The check is left out because an update is being installed.
+  // The check is skipped because an update is being installed.
   virtual void ShowInstalling() = 0;
   virtual void ShowUpToDate() = 0;
   // Calls `choose` later, at most once.
@@ -83,14 +83,14 @@ class UpdaterInterface {
   virtual void ShowFailure(std::string_view reason) = 0;
 };
 
-// Looks for newer versions of the application in a feed, an appcast, and installs what has the right signature. The
+// Looks for newer versions of the application in a feed, an appcast, and installs those with a valid signature. The
 // application's information dictionary names the feed (SUFeedURL), the key of the signatures (SUPublicEDKey, base64 of
 // an Ed25519 key) and the version that runs (CFBundleVersion). Settings are kept in the user defaults. Failures are
 // logged.
 //
-// There is one check at a time: a later one replaces one that waits for its feed, unless it would do less than that;
-// while an update is being installed, or the user asked about it, it is left out. The log says both. Main thread only.
-// Nothing blocks, and nothing keeps the process alive.
+// One check runs at a time. A new check replaces one that waits for its feed, unless the new one would do less, and is
+// skipped while an update is being installed or offered to the user; both are logged. Main thread only. Nothing blocks,
+// and nothing keeps the process alive.
 class Updater {
  public:
   static Updater& Shared();
@@ -106,13 +106,13 @@ class Updater {
   // Counts the interval again from the last check.
   virtual void ResetUpdateCycle() = 0;
 
-  // Each of these is false when the check is left out.
+  // Each of these is false when the check is skipped.
   //
-  // The user has asked. Without an interface, what is found is installed as by a check in the background.
+  // On the user's request. Without an interface, an update is installed as by a check in the background.
   virtual bool CheckForUpdates(UpdaterInterface* interface) = 0;
-  // What is found is installed if the user default SUAutomaticallyUpdate says so, and unless the user has skipped it.
+  // Installs an update if the user default SUAutomaticallyUpdate says so, and the user has not skipped it.
   virtual bool CheckForUpdatesInBackground() = 0;
-  // Only asks for the feed.
+  // Only fetches the feed.
   virtual bool CheckForUpdateInformation() = 0;
 
   // Ends the running check without another call to the delegate and the interface.

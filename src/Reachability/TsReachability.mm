@@ -6,6 +6,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/MainQueue.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -121,9 +122,7 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
     if (_unreachableBlock) _unreachableBlock(self);
   }
   if (_reachabilityBlock) _reachabilityBlock(self);
-  platform::MainQueue::Shared().Post([monitor = Retain(self)] {
-    [[NSNotificationCenter defaultCenter] postNotificationName:kTsReachabilityChangedNotification object:monitor.get()];
-  });
+  platform::MainQueue::Shared().Post([monitor = Retain(self)] { TsPost(kTsReachabilityChangedNotification, monitor); });
 }
 
 - (BOOL)isReachable {

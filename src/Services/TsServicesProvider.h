@@ -6,7 +6,7 @@
 extern NSString* const TsServiceProviderSearchNotification;
 
 // The services that other applications offer in their Services menus for this one. Each method reads the pasteboard
-// that the other application has filled; the error names what is missing there. Texts are answered with an empty text.
+// that the other application has filled; the error names what is missing there. The reply to a text is an empty text.
 @interface TsServicesProvider : NSObject
 
 - (void)searchSelection:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error;

@@ -5,6 +5,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Services.h"
+#include "Utilities/TsNotificationObserver.h"
 
 NSString* const TsServiceProviderSearchNotification = @"TsServiceProviderSearchNotification";
 
@@ -38,7 +39,7 @@ TsASOutgoingMessage* NewMessage() {
 - (void)searchSelection:(NSPasteboard*)pasteboard userData:(NSString*)userData error:(NSString**)error {
   NSString* text = Text(pasteboard, @"Error: No search string has been selected.", error);
   if (text == nil) return;
-  [[NSNotificationCenter defaultCenter] postNotificationName:TsServiceProviderSearchNotification object:text];
+  TsPost(TsServiceProviderSearchNotification, text);
   AnswerNothing(pasteboard);
 }
 

@@ -8,4 +8,4 @@
 [[nodiscard]] tessaro::platform::HotKey ToHotKey(MASShortcut* shortcut);
 
 // Why a shortcut in this state does not work, in a sentence; nil when it works.
-[[nodiscard]] NSString* WhyUnheard(MASShortcut* shortcut, tessaro::platform::HotKeyStatus status);
+[[nodiscard]] NSString* WhyInactive(MASShortcut* shortcut, tessaro::platform::HotKeyStatus status);

@@ -17,7 +17,7 @@ HotKey ToHotKey(MASShortcut* shortcut) {
   };
 }
 
-NSString* WhyUnheard(MASShortcut* shortcut, HotKeyStatus status) {
+NSString* WhyInactive(MASShortcut* shortcut, HotKeyStatus status) {
   switch (status) {
     case HotKeyStatus::Active:
       return nil;

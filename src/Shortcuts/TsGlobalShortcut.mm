@@ -6,6 +6,7 @@
 #import "Shortcuts/MASShortcut.h"
 #import "Shortcuts/TsShortcutBinder.h"
 #import "Shortcuts/TsShortcutValidator.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace {
 
@@ -20,8 +21,6 @@ constexpr unsigned short kQ = 12;
 constexpr unsigned short kW = 13;
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
-
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
 
 NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
 
@@ -40,9 +39,9 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   return @{
     @"shortcut" : OrEmpty(shortcut),
     @"error" : OrEmpty(error),
-    @"existing?" : Truth(isExisting),
-    @"valid?" : Truth(isValid),
-    @"monitoring?" : Truth(isMonitoring),
+    @"existing?" : @(isExisting),
+    @"valid?" : @(isValid),
+    @"monitoring?" : @(isMonitoring),
   };
 }
 
@@ -142,16 +141,14 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
 }
 
 - (void)postNotificationWithUserInfo:(NSDictionary*)userInfo {
-  [[NSNotificationCenter defaultCenter] postNotificationName:kMonitorUpdated object:self userInfo:userInfo];
+  TsPost(kMonitorUpdated, self, userInfo);
 }
 
 // ---- Stored shortcuts
 
 - (void)bindDefaultsKey:(NSString*)key {
   const auto action = [self, key = Adopt<NSString>([key copy])] {
-    [[NSNotificationCenter defaultCenter] postNotificationName:kAction
-                                                        object:self
-                                                      userInfo:@{@"defaults-key" : key.get()}];
+    TsPost(kAction, self, @{@"defaults-key" : key.get()});
   };
   [[TsShortcutBinder sharedBinder] bindShortcutWithDefaultsKey:key toAction:action];
 }

@@ -51,8 +51,8 @@ class TsBoundShortcut {
  private:
   void Listen(MASShortcut* shortcut) {
     registration_.emplace(ToHotKey(shortcut), action_);
-    NSString* reason = WhyUnheard(shortcut, registration_->Status());
-    if (reason != nil) TsLogWarning(@"The shortcut stored under %@ is not heard: %@", defaultsKey_.get(), reason);
+    NSString* reason = WhyInactive(shortcut, registration_->Status());
+    if (reason != nil) TsLogWarning(@"The shortcut stored under %@ is not active: %@", defaultsKey_.get(), reason);
   }
 
   Ref<NSString> defaultsKey_;

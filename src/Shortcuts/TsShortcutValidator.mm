@@ -51,7 +51,7 @@ NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
   NSMenuItem* item = FindItem([NSApp mainMenu], shortcut);
   NSString* reason =
       item != nil ? [NSString stringWithFormat:@"%@ is the shortcut of the menu item “%@”.", shortcut, [item title]]
-                  : WhyUnheard(shortcut, HotKeyStatusOf(ToHotKey(shortcut)));
+                  : WhyInactive(shortcut, HotKeyStatusOf(ToHotKey(shortcut)));
   if (reason == nil) return NO;
   if (explanation != nullptr) *explanation = reason;
   return YES;

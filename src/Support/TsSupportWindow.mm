@@ -10,6 +10,7 @@
 #include "Platform/FilePanel.h"
 #include "Utilities/Controls.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -246,7 +247,7 @@ bool IsAttachable(NSString* path) {
   if (IsBlank([_message string])) return;
   NSDictionary* message = [self message];
   [[self window] close];
-  [[NSNotificationCenter defaultCenter] postNotificationName:kMessageNotification object:self userInfo:message];
+  TsPost(kMessageNotification, self, message);
 }
 
 - (IBAction)cancel:(id)sender {

@@ -44,7 +44,7 @@ std::string TypeText(std::uint8_t index, std::uint8_t types) {
 
 }  // namespace
 
-bool Condition::Holds(const v8::FunctionCallbackInfo<v8::Value>& args) const {
+bool Condition::Holds(const ScriptArguments& args) const {
   switch (kind_) {
     case Kind::None:
       return true;

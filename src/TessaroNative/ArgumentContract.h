@@ -8,6 +8,9 @@
 #include <initializer_list>
 #include <string>
 
+// A call from script: its arguments, and the place for its result.
+using ScriptArguments = v8::FunctionCallbackInfo<v8::Value>;
+
 // The vocabulary in which the function table states what a script function demands of its arguments.
 
 // Types an argument may have; a condition may allow several.
@@ -29,7 +32,7 @@ class Condition {
   constexpr Condition(Kind kind, std::uint8_t number, std::uint8_t detail)
       : kind_(kind), number_(number), detail_(detail) {}
 
-  [[nodiscard]] bool Holds(const v8::FunctionCallbackInfo<v8::Value>& args) const;
+  [[nodiscard]] bool Holds(const ScriptArguments& args) const;
 
   // The condition as source text.
   [[nodiscard]] std::string Text() const;
@@ -81,7 +84,7 @@ class Contract {
   }
 
   // The first condition that `args` violates; nullptr when all hold.
-  [[nodiscard]] const Condition* Violated(const v8::FunctionCallbackInfo<v8::Value>& args) const {
+  [[nodiscard]] const Condition* Violated(const ScriptArguments& args) const {
     for (const Condition& condition : *this) {
       if (!condition.Holds(args)) return &condition;
     }

@@ -8,9 +8,7 @@
 
 namespace {
 
-using Arguments = v8::FunctionCallbackInfo<v8::Value>;
-
-void Answer(const Arguments& args, Nothing nothing) {
+void Answer(const ScriptArguments& args, Nothing nothing) {
   v8::Isolate* isolate = args.GetIsolate();
   switch (nothing) {
     case Nothing::Undefined:
@@ -28,13 +26,13 @@ void Answer(const Arguments& args, Nothing nothing) {
   }
 }
 
-void FillSlots(const ScriptFunction& function, const Arguments& args) {
+void FillSlots(const ScriptFunction& function, const ScriptArguments& args) {
   int index = 0;
   for (const TsSlot slot : function.slots) TsCallback(slot).Set(args[index++]);
   Answer(args, function.nothing);
 }
 
-void Perform(const ScriptFunction& function, const Arguments& args) {
+void Perform(const ScriptFunction& function, const ScriptArguments& args) {
   if (function.needs == Needs::WindowServer && !tessaro::platform::IsWindowServerAvailable()) {
     TsLogWarning(@"%s needs a window server, and there is none", function.name);
     return Answer(args, function.nothing);
@@ -49,7 +47,7 @@ void Perform(const ScriptFunction& function, const Arguments& args) {
 
 }  // namespace
 
-void Dispatch(const char* tableFile, const ScriptFunction& function, const Arguments& args) {
+void Dispatch(const char* tableFile, const ScriptFunction& function, const ScriptArguments& args) {
   if (const Condition* violated = function.contract.Violated(args)) {
     AbortOnViolation(tableFile, function.line, function.handlerName, *violated);
   }

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "TessaroNative/Dispatch.h"
-#include "TessaroNative/handlers/Handlers.h"
 
 namespace {
 
@@ -161,12 +160,12 @@ constexpr ScriptFunction kFunctions[] = {
 
 // The engine gives a native callback no cheap way to know its own row, so each row has an instance of its own.
 template <std::size_t row>
-void Enter(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void Enter(const ScriptArguments& args) {
   Dispatch(kTableFile, kFunctions[row], args);
 }
 
 template <std::size_t... rows>
-constexpr std::array<ScriptHandler, sizeof...(rows)> Entrances(std::index_sequence<rows...>) {
+constexpr std::array<ScriptHandler*, sizeof...(rows)> Entrances(std::index_sequence<rows...>) {
   return {Enter<rows>...};
 }
 

@@ -7,9 +7,8 @@
 #include <span>
 
 #include "TessaroNative/ArgumentContract.h"
+#include "TessaroNative/handlers/Handlers.h"
 #include "Utilities/TsSlot.h"
-
-using ScriptHandler = void (*)(const v8::FunctionCallbackInfo<v8::Value>& args);
 
 // The result of a function that failed, or that needs something which the machine lacks.
 enum class Nothing { Undefined, Null, False, Zero, EmptyText, EmptyArray };
@@ -39,18 +38,18 @@ class Slots {
   std::size_t count_ = 0;
 };
 
-// One row: everything there is to know about a script function but its work.
+// A row: everything about a script function except its work.
 struct ScriptFunction {
   const char* name;
   const char* handlerName;  // differs from `name` for some
-  ScriptHandler handler = nullptr;
+  ScriptHandler* handler = nullptr;
   Slots slots;  // for a function that has no handler
   Nothing nothing;
   Needs needs;
   Contract contract;
   int line;  // where the row stands
 
-  constexpr ScriptFunction(const char* script, const char* text, ScriptHandler calls, Nothing result, Needs around,
+  constexpr ScriptFunction(const char* script, const char* text, ScriptHandler* calls, Nothing result, Needs around,
                            Contract tested, int row = __builtin_LINE())
       : name(script), handlerName(text), handler(calls), nothing(result), needs(around), contract(tested), line(row) {}
   constexpr ScriptFunction(const char* script, const char* text, Slots fills, Nothing result, Needs around,

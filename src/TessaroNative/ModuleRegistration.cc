@@ -27,8 +27,8 @@ const struct Registration {
 
 }  // namespace
 
-// An image that is still in memory is not constructed again when it is loaded again. Then the host looks for this.
-// Written without NODE_MODULE_INIT, which casts it to a function of four parameters and registers it once more.
+// When the module is loaded again, its image is still in memory and no constructor runs: the host then looks up this
+// symbol. NODE_MODULE_INIT would register it once more, as a function of four parameters.
 extern "C" NODE_MODULE_EXPORT void NODE_MODULE_INITIALIZER(v8::Local<v8::Object> exports, v8::Local<v8::Value> self,
                                                            v8::Local<v8::Context> context) {
   InitInContext(exports, self, context, nullptr);

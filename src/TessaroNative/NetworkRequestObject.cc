@@ -105,13 +105,13 @@ v8::Local<v8::FunctionTemplate> NetworkRequestObject::MakeTemplate(v8::Isolate* 
 }
 
 // nullptr when the method was taken from a request and called on something else.
-NetworkRequestObject* NetworkRequestObject::ReceiverOf(const Arguments& args) {
+NetworkRequestObject* NetworkRequestObject::ReceiverOf(const ScriptArguments& args) {
   const auto maker = Living::Shared().maker.Get(args.GetIsolate());
   if (maker.IsEmpty() || !maker->HasInstance(args.This())) return nullptr;
   return static_cast<NetworkRequestObject*>(args.This()->GetAlignedPointerFromInternalField(kNativeField));
 }
 
-void NetworkRequestObject::On(const Arguments& args) {
+void NetworkRequestObject::On(const ScriptArguments& args) {
   NetworkRequestObject* self = ReceiverOf(args);
   if (self == nullptr || args.Length() != 2) return;
   v8::Isolate* isolate = args.GetIsolate();
@@ -123,7 +123,7 @@ void NetworkRequestObject::On(const Arguments& args) {
   if (emitter != nullptr) emitter->Add(isolate, args[1]);
 }
 
-void NetworkRequestObject::Start(const Arguments& args) {
+void NetworkRequestObject::Start(const ScriptArguments& args) {
   if (NetworkRequestObject* self = ReceiverOf(args)) self->request_.Start();
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "Network/TsNetwork.h"
+#include "TessaroNative/ArgumentContract.h"
 #include "Utilities/TsEventEmitter.h"
 
 // A request as script sees it: an object with the methods "on" and "start", which hands the request's events to the
@@ -24,12 +25,11 @@ class NetworkRequestObject final : TsNetworkRequestListener {
 
  private:
   struct Living;
-  using Arguments = v8::FunctionCallbackInfo<v8::Value>;
 
   static v8::Local<v8::FunctionTemplate> MakeTemplate(v8::Isolate* isolate);
-  static NetworkRequestObject* ReceiverOf(const Arguments& args);
-  static void On(const Arguments& args);
-  static void Start(const Arguments& args);
+  static NetworkRequestObject* ReceiverOf(const ScriptArguments& args);
+  static void On(const ScriptArguments& args);
+  static void Start(const ScriptArguments& args);
   static void Collected(const v8::WeakCallbackInfo<NetworkRequestObject>& info);
 
   void Response(int statusCode, std::optional<std::string_view> location) override;

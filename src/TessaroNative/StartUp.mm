@@ -110,8 +110,8 @@ constexpr StartUpStep kStartUpSequence[] = {
 #undef STEP
 
 std::vector<const char*>& StepsRun() {
-  static std::vector<const char*> steps;
-  return steps;
+  static Forever<std::vector<const char*>> steps;
+  return *steps;
 }
 
 // A step that fails must not keep the later ones from running.

@@ -6,7 +6,7 @@
 #include "Platform/Cocoa.h"
 #include "Platform/Updater.h"
 
-// The window of a check for updates that the user has asked for: what was found, with Install, Skip and Later, the
+// The window of a check for updates on request of the user: its result, with Install, Skip and Later, the
 // progress of an installation, and how it ended. Main thread only.
 @interface TsUpdateWindow : NSWindowController {
  @private

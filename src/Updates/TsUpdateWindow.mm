@@ -18,7 +18,7 @@ namespace {
 
 constexpr NSSize kWindowSize = {520, 360};
 constexpr CGFloat kProgressHeight = 16;
-// Laying out more would hold the main thread.
+// Laying out more text would block the main thread.
 constexpr std::size_t kLongestText = 20000;
 
 struct Button {

@@ -33,7 +33,7 @@ class TsRow {
   void AddLeft(NSView* view) { Add(view, NSMinXEdge); }
   void AddRight(NSView* view) { Add(view, NSMaxXEdge); }
 
-  // Gives the view all that is left of the strip, and what the window grows by.
+  // The view takes the rest of the strip, and grows with the window.
   void Fill(NSView* view);
 
   // Leaves as much room at the left as a view of that width would take.

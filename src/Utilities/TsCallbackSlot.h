@@ -25,10 +25,10 @@ using TsScriptArgument = std::variant<NSString*, bool, std::int32_t, TsObjectHan
 
 // Holds one script function for native events to call. Empty at first; never cleared from script, only replaced.
 //
-// Main thread only. Calling an empty slot does nothing, but callers that would have to prepare arguments ask IsSet()
-// first. What the function throws is left to the engine: it reaches the script that is running, or, when native code
-// was called by the event loop, the process's handling of uncaught exceptions. Promise reactions and next-tick
-// callbacks of a function called from the event loop have run when the call returns.
+// Main thread only. Calling an empty slot does nothing; callers with costly arguments ask IsSet() first. An exception
+// of the function reaches the script that is running or, for a call from the event loop, the process's handling of
+// uncaught exceptions. Promise reactions and next-tick callbacks of a function called from the event loop have run when
+// the call returns.
 class TsCallbackSlot {
  public:
   TsCallbackSlot();
@@ -56,6 +56,10 @@ class TsCallbackSlot {
       std::initializer_list<TsScriptArgument> arguments) const;
 
  private:
+  // What `use` makes of the function's result; `otherwise` when the slot is empty or the function threw.
+  template <typename Result, typename Use>
+  Result ResultOf(std::initializer_list<TsScriptArgument> arguments, Result otherwise, const Use& use) const;
+
   struct Function;
   std::unique_ptr<Function> function_;
 };

@@ -70,41 +70,37 @@ void TsCallbackSlot::Set(v8::Local<v8::Value> function) {
   function_->handle.Reset(GetApplicationIsolate(), function);
 }
 
-void TsCallbackSlot::Call(std::initializer_list<TsScriptArgument> arguments) const {
+template <typename Result, typename Use>
+Result TsCallbackSlot::ResultOf(std::initializer_list<TsScriptArgument> arguments, Result otherwise,
+                                const Use& use) const {
   v8::Isolate* isolate = GetApplicationIsolate();
-  if (!IsSet() || isolate == nullptr) return;
+  if (!IsSet() || isolate == nullptr) return otherwise;
   const TsEngineEntry entry(isolate);
-  static_cast<void>(CallInEngine(entry, function_->handle, arguments).IsEmpty());
+  v8::Local<v8::Value> result;
+  return CallInEngine(entry, function_->handle, arguments).ToLocal(&result) ? use(result) : otherwise;
+}
+
+void TsCallbackSlot::Call(std::initializer_list<TsScriptArgument> arguments) const {
+  ResultOf(arguments, false, [](v8::Local<v8::Value>) { return true; });
 }
 
 NSString* TsCallbackSlot::CallForString(std::initializer_list<TsScriptArgument> arguments) const {
-  v8::Isolate* isolate = GetApplicationIsolate();
-  if (!IsSet() || isolate == nullptr) return nil;
-  const TsEngineEntry entry(isolate);
-  v8::Local<v8::Value> result;
-  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return nil;
-  return convertToNSString(result);
+  return ResultOf<NSString*>(arguments, nil, convertToNSString);
 }
 
 NSString* TsCallbackSlot::CallForText(std::initializer_list<TsScriptArgument> arguments) const {
-  v8::Isolate* isolate = GetApplicationIsolate();
-  if (!IsSet() || isolate == nullptr) return nil;
-  const TsEngineEntry entry(isolate);
-  v8::Local<v8::Value> result;
-  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return nil;
-  return result->IsString() ? convertToNSString(result) : nil;
+  return ResultOf<NSString*>(
+      arguments, nil, [](v8::Local<v8::Value> result) { return result->IsString() ? convertToNSString(result) : nil; });
 }
 
 std::variant<bool, std::int32_t> TsCallbackSlot::CallForBoolean(
     std::initializer_list<TsScriptArgument> arguments) const {
-  v8::Isolate* isolate = GetApplicationIsolate();
-  if (!IsSet() || isolate == nullptr) return 0;
-  const TsEngineEntry entry(isolate);
-  v8::Local<v8::Value> result;
-  if (!CallInEngine(entry, function_->handle, arguments).ToLocal(&result)) return 0;
-  if (result->IsBoolean()) return result->IsTrue();
-  // Other values could run script of their own to become a number.
-  return result->IsInt32() ? result.As<v8::Int32>()->Value() : 0;
+  using Answer = std::variant<bool, std::int32_t>;
+  return ResultOf<Answer>(arguments, 0, [](v8::Local<v8::Value> result) -> Answer {
+    if (result->IsBoolean()) return result->IsTrue();
+    // Other values could run script of their own to become a number.
+    return result->IsInt32() ? result.As<v8::Int32>()->Value() : 0;
+  });
 }
 
 TsCallbackSlot& TsCallback(TsSlot slot) {

@@ -24,7 +24,7 @@ v8::MaybeLocal<v8::Value> TsEngineEntry::Call(v8::Local<v8::Value> function, int
                                               v8::Local<v8::Value> arguments[]) const {
   const v8::Local<v8::Value> receiver = v8::Null(isolate_);
   if (function->IsFunction()) return function.As<v8::Function>()->Call(context_, receiver, count, arguments);
-  // Not a function: the engine says so, in its own words and to whoever handles its exceptions.
+  // Not a function: let the engine throw its own error.
   v8::Local<v8::Object> object;
   if (!function->ToObject(context_).ToLocal(&object)) return {};
   return object->CallAsFunction(context_, receiver, count, arguments);

@@ -14,7 +14,6 @@
 
 #include "Base/TsNumberText.h"
 #include "Base/TsString.h"
-#include "Utilities/TsJSONSurrogates.h"
 #include "Utilities/TsJSONWriter.h"
 
 namespace {
@@ -112,12 +111,41 @@ std::string Description(rapidjson::ParseErrorCode code, const Builder& builder) 
   return std::string("The text is not valid JSON: ") + rapidjson::GetParseError_En(code);
 }
 
+constexpr std::size_t kEscapeLength = 6;  // \uXXXX
+
+// The UTF-16 unit of the \u escape that `text` begins with, or -1 when it begins with none.
+int EscapedUnit(std::string_view text) {
+  if (text.size() < kEscapeLength || text[0] != '\\' || text[1] != 'u') return -1;
+  int unit = 0;
+  const auto [end, error] = std::from_chars(text.data() + 2, text.data() + kEscapeLength, unit, 16);
+  return error == std::errc() && end == text.data() + kEscapeLength ? unit : -1;
+}
+
+bool IsHighSurrogate(int unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+bool IsLowSurrogate(int unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+// Turns escaped lone surrogates, which JSON allows and UTF-8 cannot hold, into escaped U+FFFD of the same length.
+void ReplaceLoneEscapedSurrogates(std::string& json) {
+  const std::string_view text = json;
+  std::size_t place = text.find('\\');
+  while (place < text.size()) {
+    const int unit = EscapedUnit(text.substr(place));
+    std::size_t length = unit < 0 ? 2 : kEscapeLength;
+    if (IsHighSurrogate(unit) && IsLowSurrogate(EscapedUnit(text.substr(place + kEscapeLength)))) {
+      length = 2 * kEscapeLength;
+    } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
+      json.replace(place, kEscapeLength, "\\ufffd");
+    }
+    place = text.find('\\', place + length);
+  }
+}
+
 }  // namespace
 
 Result<Ref<NSObject>> TsReadJSON(NSString* json) {
   if (json == nil) return Fail(kTsJSONError, "There is no text to read JSON from");
   std::string text = TsStdString(json);
-  TsReplaceLoneEscapedSurrogates(text);
+  ReplaceLoneEscapedSurrogates(text);
   Builder builder;
   rapidjson::InsituStringStream stream(text.data());
   const auto result = rapidjson::Reader().Parse<kParseFlags>(stream, builder);

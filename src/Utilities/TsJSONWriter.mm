@@ -1,41 +1,15 @@
 #include "Utilities/TsJSONWriter.h"
 
 #import <Foundation/Foundation.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
-#include <algorithm>
 #include <cmath>
-#include <string_view>
-#include <utility>
 
 #include "Base/TsNumberText.h"
 #include "Base/TsString.h"
 
 namespace {
-
-// The letter of a two-character escape, or 0.
-char ShortEscape(char character) {
-  switch (character) {
-    case '"':
-    case '\\':
-      return character;
-    case '\b':
-      return 'b';
-    case '\f':
-      return 'f';
-    case '\n':
-      return 'n';
-    case '\r':
-      return 'r';
-    case '\t':
-      return 't';
-    default:
-      return 0;
-  }
-}
-
-bool NeedsEscape(char character) {
-  return static_cast<unsigned char>(character) < 0x20 || character == '"' || character == '\\';
-}
 
 bool IsBoolean(id object) {
   static const Class boolean = object_getClass([NSNumber numberWithBool:YES]);
@@ -46,8 +20,8 @@ bool IsBoolean(id object) {
 class Writer {
  public:
   [[nodiscard]] Result<std::string> Write(id container) {
-    if (Value(container, 1)) return std::move(json_);
-    return tl::unexpected(failure_);
+    if (!Value(container, 1)) return tl::unexpected(failure_);
+    return std::string(text_.GetString(), text_.GetSize());
   }
 
  private:
@@ -58,9 +32,9 @@ class Writer {
 
   bool Value(id value, std::size_t level) {
     if ([value isKindOfClass:[NSString class]]) return String(value);
-    if (IsBoolean(value)) return Put([value boolValue] ? "true" : "false");
+    if (IsBoolean(value)) return json_.Bool([value boolValue]);
     if ([value isKindOfClass:[NSNumber class]]) return Number(value);
-    if (value == [NSNull null]) return Put("null");
+    if (value == [NSNull null]) return json_.Null();
     const bool isArray = [value isKindOfClass:[NSArray class]];
     if (!isArray && ![value isKindOfClass:[NSDictionary class]]) {
       return Refuse([NSString stringWithFormat:@"JSON has no form for objects of the class %@", [value class]]);
@@ -70,26 +44,20 @@ class Writer {
   }
 
   bool Array(NSArray* array, std::size_t level) {
-    json_ += '[';
-    bool isFirst = true;
+    json_.StartArray();
     for (id element in array) {
-      if (!std::exchange(isFirst, false)) json_ += ',';
       if (!Value(element, level + 1)) return false;
     }
-    return Put("]");
+    return json_.EndArray();
   }
 
   bool Dictionary(NSDictionary* dictionary, std::size_t level) {
-    json_ += '{';
-    bool isFirst = true;
+    json_.StartObject();
     for (id key in dictionary) {
       if (![key isKindOfClass:[NSString class]]) return Refuse(@"it has a key that is not a string");
-      if (!std::exchange(isFirst, false)) json_ += ',';
-      String(key);
-      json_ += ':';
-      if (!Value([dictionary objectForKey:key], level + 1)) return false;
+      if (!String(key) || !Value([dictionary objectForKey:key], level + 1)) return false;
     }
-    return Put("}");
+    return json_.EndObject();
   }
 
   bool Number(NSNumber* number) {
@@ -99,49 +67,25 @@ class Writer {
         return Double([number doubleValue]);
       case 'Q':
       case 'L':
-        return Put(std::to_string([number unsignedLongLongValue]));
+        return json_.Uint64([number unsignedLongLongValue]);
       default:
-        return Put(std::to_string([number longLongValue]));
+        return json_.Int64([number longLongValue]);
     }
   }
 
   bool Double(double value) {
     if (!std::isfinite(value)) return Refuse(@"it contains a number that is infinite or not a number");
-    return Put(TsNumberText(value));
+    const std::string text = TsNumberText(value);
+    return json_.RawValue(text.data(), text.size(), rapidjson::kNumberType);
   }
 
   bool String(NSString* string) {
-    json_ += '"';
     const std::string text = TsStdString(string);
-    std::string_view rest = text;
-    while (!rest.empty()) {
-      const auto escaped = std::find_if(rest.begin(), rest.end(), NeedsEscape);
-      const auto length = static_cast<std::size_t>(escaped - rest.begin());
-      json_ += rest.substr(0, length);
-      rest.remove_prefix(length);
-      if (rest.empty()) break;
-      Escape(rest.front());
-      rest.remove_prefix(1);
-    }
-    return Put("\"");
+    return json_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
   }
 
-  void Escape(char character) {
-    constexpr std::string_view kHexDigits = "0123456789abcdef";
-    json_ += '\\';
-    if (const char letter = ShortEscape(character)) {
-      json_ += letter;
-    } else {
-      json_ += {'u', '0', '0', kHexDigits[static_cast<unsigned char>(character) >> 4], kHexDigits[character & 0xF]};
-    }
-  }
-
-  bool Put(std::string_view text) {
-    json_ += text;
-    return true;
-  }
-
-  std::string json_;
+  rapidjson::StringBuffer text_;
+  rapidjson::Writer<rapidjson::StringBuffer> json_{text_};
   Failure failure_;
 };
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Platform/MainQueue.h"
 
@@ -31,10 +32,14 @@
 
 @end
 
+void TsPost(NSString* name, id object, NSDictionary* userInfo) {
+  [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
+}
+
 void TsObserveOnMainQueue(NSString* name, std::function<void(NSNotification*)> handler) {
   // The notification centre does not retain its observers.
-  static std::vector<Ref<TsNotificationObserver>> observers;
+  static Forever<std::vector<Ref<TsNotificationObserver>>> observers;
   const auto& observer =
-      observers.emplace_back(Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]));
+      observers->emplace_back(Adopt([[TsNotificationObserver alloc] initWithHandler:std::move(handler)]));
   [[NSNotificationCenter defaultCenter] addObserver:observer.get() selector:@selector(receive:) name:name object:nil];
 }

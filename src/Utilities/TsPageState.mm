@@ -1,5 +1,6 @@
 #include "Utilities/TsPageState.h"
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Utilities/TsCallbackSlot.h"
 
@@ -12,8 +13,8 @@ struct PageState {
 };
 
 PageState& Page() {
-  static PageState page;
-  return page;
+  static Forever<PageState> page;
+  return *page;
 }
 
 // The caller may go on using the text after the page has changed.

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Completions may outlive the engine, wherever they are kept; what they call must not.
+// Completions may outlive the engine; the slots that they call must not.
 class PendingCallbacks {
  public:
   static PendingCallbacks& Shared() {

@@ -1,12 +1,12 @@
 #pragma once
 
 #import <AppKit/NSView.h>
+#import <AppKit/NSWindow.h>
 
 #include "Base/Ref.h"
 
 @class NSColor;
 @class NSNotification;
-@class NSWindow;
 
 // Main thread only.
 
@@ -22,6 +22,14 @@ void TsListenForWindowNotifications();
 // Hides the window's content for a number of milliseconds, and focuses the content afterwards. Keeps the window alive
 // until then.
 void TsHideWindowContent(NSWindow* window, int milliseconds);
+
+@interface NSWindow (TsResize)
+
+// Resizes the window's content and keeps the window's top edge in place. Visible windows are animated and hidden ones
+// are not, whatever `animate` says.
+- (void)ts_resizeContent:(NSSize)size animate:(BOOL)animate;
+
+@end
 
 // Reports notifications of browser windows to script, and posts changes of their backing again after five seconds, when
 // windows have settled on their new screen.

@@ -7,6 +7,7 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsProperty.h"
 #include "Extensions/TsHostClasses.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
@@ -99,17 +100,22 @@ Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
 
 @implementation TsOverlayView
 
-- (NSColor*)backgroundColor {
-  return _backgroundColor;
-}
-
-- (void)setBackgroundColor:(NSColor*)color {
-  _backgroundColor = Retain(color);
-}
+TS_RETAINED(NSColor, backgroundColor, BackgroundColor)
 
 - (void)drawRect:(NSRect)dirty {
   [_backgroundColor set];
   NSRectFill([self frame]);
+}
+
+@end
+
+@implementation NSWindow (TsResize)
+
+// From the content's corner rather than the frame's: elsewhere than on macOS a frame has borders at its sides.
+- (void)ts_resizeContent:(NSSize)size animate:(BOOL)animate {
+  const NSRect content = [self contentRectForFrameRect:[self frame]];
+  const NSRect resized = NSMakeRect(NSMinX(content), NSMaxY(content) - size.height, size.width, size.height);
+  [self setFrame:[self frameRectForContentRect:resized] display:YES animate:[self isVisible]];
 }
 
 @end

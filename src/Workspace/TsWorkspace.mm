@@ -15,8 +15,6 @@ namespace {
 // A handler that stands for the system itself.
 NSString* const kSystemLibrary = @"com.apple.system-library";
 
-NSNumber* Truth(bool value) { return [NSNumber numberWithBool:value]; }
-
 NSArray* Texts(const std::vector<std::string>& texts) {
   NSMutableArray* array = [NSMutableArray arrayWithCapacity:texts.size()];
   for (const std::string& text : texts) [array addObject:TsNSString(text)];
@@ -103,8 +101,8 @@ NSArray* TsAppsFromBundleIds(NSArray* identifiers, NSString* standard, NSInteger
       @"path" : TsNSString(application->path),
       @"name" : TsNSString(application->name),
       @"bundle-id" : identifier,
-      @"default?" : Truth([identifier isEqualToString:standard]),
-      @"our-entry?" : Truth(IsOurs(identifier)),
+      @"default?" : @(bool([identifier isEqualToString:standard])),
+      @"our-entry?" : @(IsOurs(identifier)),
       @"image-path" : ImageOf(identifier, imageSize, directory),
     }];
   }

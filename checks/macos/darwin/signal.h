@@ -1,6 +1,6 @@
 #pragma once
 
-// Darwin's context of a signal, in the place of musl's, and its name for what is known of one.
+// Darwin's signal context in place of musl's, and Darwin's name of the signal information.
 #define ucontext_t musl_ucontext_t
 #define siginfo_t __siginfo
 #include_next <signal.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-// What libc++ asks of Darwin's locales and musl has under other names, or not at all.
+// Functions of Darwin's locales that libc++ calls, and musl lacks or has under other names.
 #include <locale.h>
 #include <stdarg.h>
 #include <stdio.h>

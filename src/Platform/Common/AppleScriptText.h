@@ -5,7 +5,7 @@
 
 namespace tessaro::platform {
 
-// A text as AppleScript writes it, in quotes: whatever it contains, it does not end before its end.
+// The text as a string literal of AppleScript, with quotes and backslashes escaped.
 [[nodiscard]] std::string AppleScriptText(std::string_view text);
 
 // Opens the Finder's information window of a file; gives up after two seconds.

@@ -55,7 +55,7 @@ BackgroundQueue::BackgroundQueue() : body_(std::make_shared<Body>()) {}
 BackgroundQueue::~BackgroundQueue() = default;
 
 void BackgroundQueue::Close() {
-  // Outside the lock: what a task owns may post when it is destroyed.
+  // Outside the lock: destroying a task may post another.
   WithAutoreleasePool([this] { body_->TakeAll().clear(); });
 }
 

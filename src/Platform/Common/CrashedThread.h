@@ -16,10 +16,10 @@ namespace tessaro::platform {
 // `name` ends with a NUL; it stays empty where the thread has none.
 void ReadThreadName(std::span<char> name) noexcept;
 
-// Sends a signal that has been sent to the calling thread once more, to whoever handles it now.
+// Sends the signal to the calling thread again, for the handler that is installed now.
 void SendAgain(int signal, siginfo_t& information) noexcept;
 
-// To be called before a crash: what WriteMemoryMap() can't find out then.
+// To be called before a crash: prepares what WriteMemoryMap() can't find out in a signal handler.
 void PrepareMemoryMap() noexcept;
 
 // Writes which files' code is where: lines of "START-END PERMISSIONS OFFSET DEVICE INODE PATH".

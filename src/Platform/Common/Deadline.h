@@ -10,8 +10,8 @@
 
 namespace tessaro::platform {
 
-// What `work` returns on a queue, or nothing when that takes longer than `limit`: `work` then goes on without a
-// listener, and must own everything that it uses.
+// Runs `work` on a queue and waits for its result, for at most `limit`. After that the result is nothing, while `work`
+// goes on, and must own everything that it uses.
 template <typename Value, typename Queue>
 [[nodiscard]] std::optional<Value> WithDeadline(Queue& queue, std::chrono::milliseconds limit,
                                                 std::function<Value()> work) {

@@ -7,7 +7,7 @@
 
 namespace tessaro::platform {
 
-// A system whose alerts get their buttons from categories that are registered beforehand: one for each set of buttons.
+// A set of buttons, on systems where alerts get their buttons from categories registered beforehand.
 struct NotificationCategory {
   enum class Kind { Plain, Button, Reply };
 

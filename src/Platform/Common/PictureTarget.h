@@ -26,12 +26,12 @@ struct PictureSize {
   friend bool operator==(const PictureSize&, const PictureSize&) = default;
 };
 
-// Where a copy of `source`, whose format has the name `sourceFormat`, goes: see ImageCopy::target. A format that can't
-// be written becomes a PNG, or a JPEG where the picture is a photo's.
+// The path and the format for a copy of `source`, an image in the format `sourceFormat`: see ImageCopy::target. A
+// format that can't be written becomes a PNG, or a JPEG for a photo.
 [[nodiscard]] PictureTarget PictureTargetOf(const std::filesystem::path& source, const std::filesystem::path& target,
                                             std::string_view sourceFormat, bool isPhoto);
 
-// The largest size of the same shape within the limits, and not larger than `size`. A limit of 0 or less is none.
+// The largest size of the same shape within the limits, and not larger than `size`. 0 or less sets no limit.
 [[nodiscard]] PictureSize SizeWithin(PictureSize size, int maxWidth, int maxHeight);
 
 }  // namespace tessaro::platform

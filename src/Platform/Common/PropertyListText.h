@@ -9,12 +9,12 @@ namespace tessaro::platform {
 
 // GNUstep writes some characters of XML property lists as an escape of its own, \UXXXX, and reads it in any text.
 
-// `text` in such a form that reading it gives `text`: what looks like an escape, but is none, is escaped. Lone
-// surrogates and U+FFFE, which can't be kept, become U+FFFD. Nothing when it is that already.
+// `text` with everything escaped that a reader would take for an escape. Lone surrogates and U+FFFE, which can't be
+// kept, become U+FFFD. Nothing when `text` needs no change.
 [[nodiscard]] std::optional<std::u16string> EscapedForPropertyList(std::u16string_view text);
 
-// The escapes of surrogates in a written property list, which reading would not put together again, as the characters
-// they stand for.
+// The written property list with the escapes of surrogate pairs, which a reader would not join, replaced by their
+// characters.
 [[nodiscard]] std::string WithSurrogatesJoined(std::string_view xml);
 
 }  // namespace tessaro::platform

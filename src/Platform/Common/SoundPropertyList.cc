@@ -59,7 +59,7 @@ class Walk {
     return value;
   }
 
-  // Of the table of offsets, or of a container's members.
+  // An entry in the table of offsets, or in a container.
   [[nodiscard]] std::optional<std::size_t> Element(std::size_t start, std::size_t index, std::size_t size) const {
     if (start > list_.size() || index > list_.size()) return std::nullopt;
     return Integer(start + index * size, size);
@@ -110,7 +110,7 @@ class Walk {
     if (!Holds(content, 1) || Byte(content) >> 4 != static_cast<int>(Kind::Integer)) return std::nullopt;
     const std::size_t size = std::size_t{1} << (Byte(content) & 0xFU);
     const auto count = Integer(content + 1, size);
-    // More than there are bytes can't be, and would not let itself be counted with.
+    // There can't be more elements than bytes, and a larger number could overflow.
     if (!count || *count > list_.size()) return std::nullopt;
     return Extent{content + 1 + size, *count};
   }

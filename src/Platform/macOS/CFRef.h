@@ -28,7 +28,7 @@ class CFRef {
   [[nodiscard]] T get() const { return object_; }
   explicit operator bool() const { return object_ != nullptr; }
 
-  // Where a function stores a new reference. Only for an owner that is empty.
+  // The place for a function to store a new reference in. Only for an empty owner.
   [[nodiscard]] T* Receive() { return &object_; }
 
  private:

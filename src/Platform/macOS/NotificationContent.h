@@ -13,7 +13,7 @@ namespace tessaro::platform {
 [[nodiscard]] UserNotification AlertOf(UNNotificationContent* content);
 [[nodiscard]] UNNotificationCategory* CategoryObject(const NotificationCategory& category);
 
-// Of the buttons.
+// Identifiers of the buttons.
 inline NSString* const kButtonAction = @"button";
 inline NSString* const kReplyAction = @"reply";
 

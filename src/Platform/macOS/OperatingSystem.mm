@@ -5,8 +5,8 @@
 
 #include <cerrno>
 
-// NSProcessInfo and sysctlbyname(); any thread, no consent. Programs built with an older SDK than macOS 11's are told
-// 10.16 for 11.
+// NSProcessInfo and sysctlbyname(); any thread, no consent. macOS 11 reports 10.16 to
+// programs built with an older SDK.
 namespace tessaro::platform {
 
 std::string Version() {

@@ -28,7 +28,7 @@ class PictureSource {
   // A frame no larger than `size`, in sRGB; with alpha, or on white. Nothing when it can't be decoded.
   [[nodiscard]] CFRef<CGImageRef> Frame(std::size_t index, PictureSize size, bool hasAlpha) const;
 
-  // What an animation has to keep of a frame.
+  // The properties of a frame that a copied animation keeps.
   [[nodiscard]] CFRef<CFDictionaryRef> FrameProperties(std::size_t index) const;
   [[nodiscard]] CFRef<CFDictionaryRef> Properties() const;
 

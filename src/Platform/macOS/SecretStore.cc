@@ -33,7 +33,7 @@ class Dictionary {
     return Put(key, NewCFString(text).get());
   }
 
-  // Where a text was no text that a keychain can have.
+  // Whether the keychain can hold all texts of the query.
   [[nodiscard]] bool IsValid() const { return isValid_; }
   [[nodiscard]] CFDictionaryRef get() const { return dictionary_.get(); }
 

@@ -91,7 +91,7 @@ class SystemNotifications final : public UserNotifications {
     [center_ removeDeliveredNotificationsWithIdentifiers:IdentifiersOf(key)];
   }
 
-  // Those of the host stay.
+  // The host's alerts stay.
   void WithdrawDelivered() noexcept override {
     [center_ getDeliveredNotificationsWithCompletionHandler:^(NSArray* notifications) {
       for (UNNotification* each in notifications) {

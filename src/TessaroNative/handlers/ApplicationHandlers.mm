@@ -9,8 +9,7 @@
 #include "Files/TsFileDialog.h"
 #include "Files/TsFileWriter.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
-#include "TessaroNative/handlers/WindowArgument.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 
@@ -29,24 +28,21 @@ std::optional<std::string_view> BytesOf(v8::Local<v8::Value> value) {
 
 }  // namespace
 
-void modifierKeys(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void modifierKeys(const ScriptArguments& args) {
   NSDictionary* keys = TsModifierKeys();
-  if (keys == nil) return args.GetReturnValue().SetNull();
-  ReturnString(args, TsConvertToJSONString(keys));
+  ReturnStringOrNull(args, keys != nil ? TsConvertToJSONString(keys) : nil);
 }
 
-void TsIsAppHidden(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  args.GetReturnValue().Set(static_cast<bool>([NSApp isHidden]));
-}
+void TsIsAppHidden(const ScriptArguments& args) { args.GetReturnValue().Set(static_cast<bool>([NSApp isHidden])); }
 
-void showFileDialog(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void showFileDialog(const ScriptArguments& args) {
   auto callback = std::make_shared<TsCallbackSlot>();
   callback->Set(args[2]);
   TsShowFileDialog(ToWindow(args[0]), convertToNSString(args[1]),
                    [callback](NSArray* paths) { callback->Call({paths != nil ? TsConvertToJSONString(paths) : nil}); });
 }
 
-void TsWriteFile(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void TsWriteFile(const ScriptArguments& args) {
   const auto bytes = BytesOf(args[1]);
   if (!bytes) return ReturnString(args, @"Only a Buffer, another typed array or an ArrayBuffer can be written");
   const auto mode = args[2]->IsTrue() ? TsWriteMode::Append : TsWriteMode::Replace;

@@ -2,10 +2,10 @@
 #include "Contacts/TsAddressBookWindowController.h"
 #include "Contacts/TsRecipient.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 
-void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void recipientsForGroupName(const ScriptArguments& args) {
   args.GetReturnValue().SetNull();
   NSArray* recipients = TsRecipientsForGroupName(convertToNSString(args[0]));
   if (recipients == nil) return;
@@ -14,15 +14,10 @@ void recipientsForGroupName(const v8::FunctionCallbackInfo<v8::Value>& args) {
   ReturnString(args, json);
 }
 
-void pickEmailAddresses(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void pickEmailAddresses(const ScriptArguments& args) {
   id view = ToObjcObject(args[0]);
   if (view == nil) return TsLogError(@"Need a view with a window to add a toolbar: %@", view);
-  NSString* text = convertToNSString(args[1]);
-  NSError* error = nil;
-  NSDictionary* translations = As<NSDictionary>(TsConvertFromJSONString(text, &error));
-  if (translations == nil) {
-    id reason = error != nil ? error : static_cast<id>(@"it is no object");
-    return TsLogError(@"Couldn't parse translations JSON %@ because of %@", text, reason);
-  }
+  NSDictionary* translations = FromJSON<NSDictionary>(args[1], @"translations JSON");
+  if (translations == nil) return;
   [[TsAddressBookWindowController sharedInstanceWithTranslations:translations] openForWindow:view];
 }

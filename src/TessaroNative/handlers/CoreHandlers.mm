@@ -4,10 +4,9 @@
 #include "Extensions/NSProcessInfo+TsSystem.h"
 #include "TessaroNative/StartUp.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsPageState.h"
-#include "Utilities/TsScriptValues.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ NSString* const kFScriptFramework = @"~/Library/Frameworks/FScript.framework";
 + (void)insertInMainMenu;
 @end
 
-void loadFScript(const v8::FunctionCallbackInfo<v8::Value>&) {
+void loadFScript(const ScriptArguments&) {
   NSString* path = [kFScriptFramework stringByExpandingTildeInPath];
   if (![[NSFileManager defaultManager] fileExistsAtPath:path]) {
     TsLogInfo(@"Couldn't find FScript at path %@", path);
@@ -28,22 +27,18 @@ void loadFScript(const v8::FunctionCallbackInfo<v8::Value>&) {
   if ([[NSBundle bundleWithPath:path] load]) [NSClassFromString(@"FScriptMenuItem") insertInMainMenu];
 }
 
-void setCurrentURL(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setCurrentURL(const ScriptArguments& args) {
   v8::Isolate* isolate = args.GetIsolate();
   SetCurrentURL(TsCopyString(isolate, args[0]), TsCopyString(isolate, args[1]), TsCopyString(isolate, args[2]));
   args.GetReturnValue().SetNull();
 }
 
-void getBundlePath(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  ReturnString(args, [[NSBundle mainBundle] bundlePath]);
-}
+void getBundlePath(const ScriptArguments& args) { ReturnString(args, [[NSBundle mainBundle] bundlePath]); }
 
-void getPreferredLanguages(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getPreferredLanguages(const ScriptArguments& args) {
   ReturnString(args, TsConvertToJSONString([NSLocale preferredLanguages]));
 }
 
-void isDarkMode(const v8::FunctionCallbackInfo<v8::Value>& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
+void isDarkMode(const ScriptArguments& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
 
-void macOSVersion(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  ReturnString(args, [[NSProcessInfo processInfo] ts_osVersion]);
-}
+void macOSVersion(const ScriptArguments& args) { ReturnString(args, [[NSProcessInfo processInfo] ts_osVersion]); }

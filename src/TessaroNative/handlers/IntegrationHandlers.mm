@@ -8,7 +8,7 @@
 #import "Integrations/TsTiming.h"
 #include "Platform/SerialQueue.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 
@@ -72,27 +72,27 @@ NSArray* AskTimingCallback() {
 
 }  // namespace
 
-void installedClipperApps(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void installedClipperApps(const ScriptArguments& args) {
   NSString* json = TsConvertToJSONString(TsInstalledClippers());
   if (json == nil) TsLogWarning(@"Couldn't convert to JSON");
   ReturnString(args, json);
 }
 
-void clipPage(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void clipPage(const ScriptArguments& args) {
   TsClipPage(convertToNSString(args[0]), PageOf(args.GetIsolate(), args[1].As<v8::Object>()));
 }
 
-void importIntoApplication(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void importIntoApplication(const ScriptArguments& args) {
   TsImportIntoApplication(convertToNSString(args[0]), convertToNSString(args[1]));
 }
 
-void printPath(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void printPath(const ScriptArguments& args) {
   static Forever<platform::SerialQueue> printing;
   printing->Post(
       [path = TsCopyString(args.GetIsolate(), args[0])] { [TsPreview printFile:[NSURL fileURLWithPath:path]]; });
 }
 
-void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void registerAppleEventForTimingApp(const ScriptArguments& args) {
   TsCallbackSlot& callback = TsCallback(TsSlot::TimeTracker);
   if (callback.IsSet()) {
     TsLogWarning(@"Cannot register app event listener twice");
@@ -102,4 +102,4 @@ void registerAppleEventForTimingApp(const v8::FunctionCallbackInfo<v8::Value>& a
   [TsTiming start:AskTimingCallback];
 }
 
-void uninstallPDFServices(const v8::FunctionCallbackInfo<v8::Value>&) { [[TsPDFServices sharedInstance] uninstall]; }
+void uninstallPDFServices(const ScriptArguments&) { [[TsPDFServices sharedInstance] uninstall]; }

@@ -1,15 +1,15 @@
 #include "Base/TsLog.h"
 #import "Keychain/TsKeyChain.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 
-void getPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getPasswordForAccount(const ScriptArguments& args) {
   NSDictionary* result = [[TsKeychain sharedInstance] passwordForAccount:convertToNSString(args[0])];
   ReturnString(args, TsConvertToJSONString(result));
 }
 
-void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setPasswordForAccount(const ScriptArguments& args) {
   NSString* password = convertToNSString(args[0]);
   NSString* account = convertToNSString(args[1]);
   if (password == nil || account == nil) {
@@ -20,13 +20,13 @@ void setPasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
   ReturnString(args, TsConvertToJSONString(result));
 }
 
-void removePasswordForAccount(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void removePasswordForAccount(const ScriptArguments& args) {
   NSString* account = convertToNSString(args[0]);
   [[TsKeychain sharedInstance] removePasswordForAccount:account];
   TsLogInfo(@"Removed keychain entry for account %@", account);
 }
 
-void removeAllPasswords(const v8::FunctionCallbackInfo<v8::Value>&) {
+void removeAllPasswords(const ScriptArguments&) {
   [[TsKeychain sharedInstance] removeAllPasswords];
   TsLogInfo(@"Removed all keychain entries for app");
 }

@@ -2,18 +2,17 @@
 #include "Base/TsLog.h"
 #import "Migration/TsMigration.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 
-void hasPreviousVersion(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void hasPreviousVersion(const ScriptArguments& args) {
   const auto migration = Adopt([[TsMigration alloc] init]);
   args.GetReturnValue().Set([migration hasPreviousVersion] && [migration hasAccounts]);
 }
 
-void getMigrationInfo(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getMigrationInfo(const ScriptArguments& args) {
   const auto migration = Adopt([[TsMigration alloc] init]);
   NSString* json = TsConvertToJSONString([migration reportOf:convertToNSString(args[0])]);
   if (json == nil) TsLogWarning(@"Couldn't convert to JSON");
-  args.GetReturnValue().SetNull();
-  ReturnString(args, json);
+  ReturnStringOrNull(args, json);
 }

@@ -56,7 +56,7 @@ void ReadOptions(v8::Local<v8::Context> context, v8::Local<v8::Object> options, 
 
 }  // namespace
 
-void TsCreateRequest(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void TsCreateRequest(const ScriptArguments& args) {
   const auto context = args.GetIsolate()->GetCurrentContext();
   platform::HTTPRequest request;
   request.url = ToStdString(args.GetIsolate(), args[0]);

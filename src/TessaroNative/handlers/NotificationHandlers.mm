@@ -4,7 +4,7 @@
 #import "Notifications/TsSound.h"
 #import "Notifications/TsUserNotification.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ void LogSystemSound(NSString* name) {
 
 }  // namespace
 
-void deliverUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void deliverUserNotification(const ScriptArguments& args) {
   v8::Isolate* isolate = args.GetIsolate();
   NSString* soundName = convertToNSString(args[4]);
   if (soundName != nil) LogSystemSound(soundName);
@@ -31,15 +31,13 @@ void deliverUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args) {
                                               deliverAt:convertToNSString(args[9])];
 }
 
-void removeUserNotifications(const v8::FunctionCallbackInfo<v8::Value>&) {
-  [[TsUserNotification sharedInstance] removeNotifications];
-}
+void removeUserNotifications(const ScriptArguments&) { [[TsUserNotification sharedInstance] removeNotifications]; }
 
-void removeUserNotification(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void removeUserNotification(const ScriptArguments& args) {
   [[TsUserNotification sharedInstance] removeNotification:convertToNSString(args[0])];
 }
 
-void getSoundNames(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getSoundNames(const ScriptArguments& args) {
   v8::Isolate* isolate = args.GetIsolate();
   std::vector<v8::Local<v8::Value>> names;
   for (TsSound* sound in [TsSound sounds]) {
@@ -49,7 +47,7 @@ void getSoundNames(const v8::FunctionCallbackInfo<v8::Value>& args) {
   args.GetReturnValue().Set(v8::Array::New(isolate, names.data(), names.size()));
 }
 
-void playSoundWithName(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void playSoundWithName(const ScriptArguments& args) {
   NSString* name = convertToNSString(args[0]);
   for (TsSound* sound in [TsSound sounds]) {
     if (![[sound name] isEqual:name] || ![sound isPlayable]) continue;

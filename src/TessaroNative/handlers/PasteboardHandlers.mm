@@ -2,40 +2,37 @@
 #include "Pasteboard/TsPasteboard.h"
 #include "Platform/Cocoa.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 
-void saveGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void saveGeneralPasteboard(const ScriptArguments& args) {
   args.GetReturnValue().Set(TsSavePasteboard([NSPasteboard generalPasteboard]));
 }
 
-void restoreGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void restoreGeneralPasteboard(const ScriptArguments& args) {
   args.GetReturnValue().Set(TsRestorePasteboard([NSPasteboard generalPasteboard]));
 }
 
-void writeFileContentsToGeneralPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void writeFileContentsToGeneralPasteboard(const ScriptArguments& args) {
   args.GetReturnValue().Set(TsWriteFileContents([NSPasteboard generalPasteboard], convertToNSString(args[0])));
 }
 
-void getValueOfPasteboardType(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getValueOfPasteboardType(const ScriptArguments& args) {
   NSString* json =
       TsConvertToJSONString(TsStringsOfPasteboardType([NSPasteboard generalPasteboard], convertToNSString(args[0])));
-  if (json != nil) return ReturnString(args, json);
-  TsLogWarning(@"getValueOfPasteboardType: Couldn't create JSON From pasteboard");
-  args.GetReturnValue().SetNull();
+  if (json == nil) TsLogWarning(@"getValueOfPasteboardType: Couldn't create JSON From pasteboard");
+  ReturnStringOrNull(args, json);
 }
 
-void doesPasteboardContainImage(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void doesPasteboardContainImage(const ScriptArguments& args) {
   args.GetReturnValue().Set([NSImage canInitWithPasteboard:[NSPasteboard generalPasteboard]] ? 1 : 0);
 }
 
-void getFindTextFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  NSString* string = TsGetFindStringFromPasteboard();
-  if (string != nil) return ReturnString(args, string);
-  args.GetReturnValue().SetNull();
+void getFindTextFromPasteboard(const ScriptArguments& args) {
+  ReturnStringOrNull(args, TsGetFindStringFromPasteboard());
 }
 
 // Bound to the script name "setFindStringToPasteboard".
-void getFindStringFromPasteboard(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getFindStringFromPasteboard(const ScriptArguments& args) {
   TsSetFindStringToPasteboard(convertToNSString(args[0]));
 }

@@ -1,7 +1,7 @@
 #include "Services/TsServicesProvider.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "Utilities/TsScriptValues.h"
+#include "TessaroNative/handlers/Values.h"
 
-void HandlePerformService(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void HandlePerformService(const ScriptArguments& args) {
   TsPerformService(convertToNSString(args[0]), convertToNSString(args[1]));
 }

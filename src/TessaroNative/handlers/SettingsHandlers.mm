@@ -3,13 +3,13 @@
 #include "Settings/TsTextReplacements.h"
 #include "Settings/TsUserDefaults.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
 
 namespace {
 
 struct ReturnDefault {
-  const v8::FunctionCallbackInfo<v8::Value>& args;
+  const ScriptArguments& args;
 
   void operator()(TsNoDefault) const { args.GetReturnValue().SetNull(); }
   void operator()(bool value) const { args.GetReturnValue().Set(value); }
@@ -19,11 +19,11 @@ struct ReturnDefault {
 
 }  // namespace
 
-void getUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getUserDefault(const ScriptArguments& args) {
   std::visit(ReturnDefault{args}, TsUserDefault(convertToNSString(args[0])));
 }
 
-void setUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setUserDefault(const ScriptArguments& args) {
   NSString* key = convertToNSString(args[0]);
   const v8::Local<v8::Value> value = args[1];
   if (value->IsBoolean()) return TsSetUserDefault(key, value->IsTrue());
@@ -33,24 +33,21 @@ void setUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args) {
   TsLogError(@"Unknown type - cannot set value for key %@", key);
 }
 
-void removeUserDefault(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  TsSetUserDefault(convertToNSString(args[0]), TsNoDefault());
-}
+void removeUserDefault(const ScriptArguments& args) { TsSetUserDefault(convertToNSString(args[0]), TsNoDefault()); }
 
-void synchronizeUserDefaults(const v8::FunctionCallbackInfo<v8::Value>&) { TsSynchronizeUserDefaults(); }
+void synchronizeUserDefaults(const ScriptArguments&) { TsSynchronizeUserDefaults(); }
 
-void getStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args) { args.GetReturnValue().Set(TsStartsAtLogin()); }
+void getStartAtLogin(const ScriptArguments& args) { args.GetReturnValue().Set(TsStartsAtLogin()); }
 
-void setStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setStartAtLogin(const ScriptArguments& args) {
   TsSetStartsAtLogin(args[0]->IsTrue());
   args.GetReturnValue().Set(TsStartsAtLogin());
 }
 
-void migrateStartAtLogin(const v8::FunctionCallbackInfo<v8::Value>&) { TsRemovePreviousVersionsLoginItem(); }
+void migrateStartAtLogin(const ScriptArguments&) { TsRemovePreviousVersionsLoginItem(); }
 
-void getTextReplacements(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void getTextReplacements(const ScriptArguments& args) {
   NSString* json = TsConvertToJSONString(TsTextReplacements());
-  if (json != nil) return ReturnString(args, json);
-  TsLogWarning(@"Couldn't convert to JSON");
-  args.GetReturnValue().SetNull();
+  if (json == nil) TsLogWarning(@"Couldn't convert to JSON");
+  ReturnStringOrNull(args, json);
 }

@@ -1,8 +1,8 @@
 #import "StatusItem/TsStatusItemController.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "Utilities/TsScriptValues.h"
+#include "TessaroNative/handlers/Values.h"
 
-void setStatusItemTitle(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setStatusItemTitle(const ScriptArguments& args) {
   TsStatusItemController* controller = [TsStatusItemController sharedInstance];
   [controller setHasErrors:args[1]->IsTrue()];
   [controller setTitle:args[0]->IsString() ? convertToNSString(args[0]) : nil];

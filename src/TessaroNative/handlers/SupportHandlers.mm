@@ -1,35 +1,25 @@
 #import <AppKit/AppKit.h>
 
-#include "Base/TsLog.h"
 #import "Support/TsSupportWindow.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "Utilities/TsJSON.h"
-#include "Utilities/TsScriptValues.h"
+#include "TessaroNative/handlers/Values.h"
 
 namespace {
 
-// nil, with an error in the log, for what is no array.
-NSArray* Paths(NSString* text) {
-  NSError* error = nil;
-  id paths = TsConvertFromJSONString(text, &error);
-  if ([paths isKindOfClass:[NSArray class]]) return paths;
-  TsLogError(@"Couldn't parse attachments %@ because of %@", text, error);
-  return nil;
-}
+NSArray* Paths(v8::Local<v8::Value> value) { return FromJSON<NSArray>(value, @"attachments"); }
 
 }  // namespace
 
-void openSupportAndFeedbackWindow(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  NSString* attachments = convertToNSString(args[4]);
+void openSupportAndFeedbackWindow(const ScriptArguments& args) {
   [[TsSupportWindow sharedInstance] openWith:{.name = convertToNSString(args[0]),
                                               .email = convertToNSString(args[1]),
                                               .subject = convertToNSString(args[2]),
                                               .message = convertToNSString(args[3]),
-                                              .attachments = attachments != nil ? Paths(attachments) : nil}];
+                                              .attachments = args[4]->IsNull() ? nil : Paths(args[4])}];
 }
 
-void attachFilesToSupportAndFeedbackWindow(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  NSArray* paths = Paths(convertToNSString(args[0]));
+void attachFilesToSupportAndFeedbackWindow(const ScriptArguments& args) {
+  NSArray* paths = Paths(args[0]);
   if (paths == nil) return;
   TsSupportWindow* window = [TsSupportWindow sharedInstance];
   if ([[window window] isVisible]) return [window attachFiles:paths];

@@ -2,28 +2,27 @@
 
 #include "Application/TsApplicationUpdate.h"
 #include "Base/TsLog.h"
-#include "Crashes/TsRelease.h"
 #include "Crashes/TsSentryLogger.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "TessaroNative/handlers/Handlers.h"
-#include "TessaroNative/handlers/ReturnValues.h"
+#include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
 
-// The engine's own header for it is not among those that Node.js installs.
+// Node.js does not install the header that declares this.
 namespace v8 {
 V8_EXPORT bool TryHandleWebAssemblyTrapPosix(int signal, siginfo_t* information, void* context);
 }
 
 namespace {
 
-// WebAssembly lets the processor find accesses beyond its memory: such faults are no crashes.
+// WebAssembly checks its bounds by memory faults: those are no crashes.
 bool IsTrapOfEngine(int signal, void* information, void* context) {
   return v8::TryHandleWebAssemblyTrapPosix(signal, static_cast<siginfo_t*>(information), context);
 }
 
 }  // namespace
 
-void checkForUpdates(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void checkForUpdates(const ScriptArguments& args) {
   TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
   if (args[0]->IsTrue()) {
     [update checkForUpdatesInBackground:args[1]->IsTrue()];
@@ -32,21 +31,21 @@ void checkForUpdates(const v8::FunctionCallbackInfo<v8::Value>& args) {
   }
 }
 
-void setAppcastParameterCallback(const v8::FunctionCallbackInfo<v8::Value>& args) {
+void setAppcastParameterCallback(const ScriptArguments& args) {
   TsCallback(TsSlot::AppcastParameter).Set(args[0]);
   [[TsApplicationUpdate sharedInstance] setParameterCallback:TsFeedParametersFromScript];
 }
 
-void fetchAppcast(const v8::FunctionCallbackInfo<v8::Value>&) { [[TsApplicationUpdate sharedInstance] fetchAppcast]; }
+void fetchAppcast(const ScriptArguments&) { [[TsApplicationUpdate sharedInstance] fetchAppcast]; }
 
-void getBuildNumber(const v8::FunctionCallbackInfo<v8::Value>& args) {
-  if (NSString* number = [NSApplication ts_bundleVersion]) return ReturnString(args, number);
-  TsLogWarning(@"Couldn't get build number");
-  args.GetReturnValue().SetNull();
+void getBuildNumber(const ScriptArguments& args) {
+  NSString* number = [NSApplication ts_bundleVersion];
+  if (number == nil) TsLogWarning(@"Couldn't get build number");
+  ReturnStringOrNull(args, number);
 }
 
-void getReleaseString(const v8::FunctionCallbackInfo<v8::Value>& args) { ReturnString(args, TsGetRelease()); }
+void getReleaseString(const ScriptArguments& args) { ReturnString(args, TsGetRelease()); }
 
-void setupCrashReporter(const v8::FunctionCallbackInfo<v8::Value>&) { TsSetUpCrashReporter(IsTrapOfEngine); }
+void setupCrashReporter(const ScriptArguments&) { TsSetUpCrashReporter(IsTrapOfEngine); }
 
-void testCrash(const v8::FunctionCallbackInfo<v8::Value>&) { TsTestCrash(); }
+void testCrash(const ScriptArguments&) { TsTestCrash(); }

@@ -64,12 +64,13 @@ __attribute__((objc_root_class))
 @end
 @protocol NSDiscardableContent
 @end
-@class NSMethodSignature;
+@class NSMethodSignature, NSSet;
 
 @interface NSObject (KeyValueCoding)
 - (id)valueForKey:(NSString*)key;
 - (void)setValue:(id)value forKey:(NSString*)key;
 - (id)valueForKeyPath:(NSString*)keyPath;
++ (NSSet*)keyPathsForValuesAffectingValueForKey:(NSString*)key;
 - (id)valueForUndefinedKey:(NSString*)key;
 - (void)willChangeValueForKey:(NSString*)key;
 - (void)didChangeValueForKey:(NSString*)key;
