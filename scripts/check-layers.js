@@ -6,8 +6,8 @@ const { execFileSync } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-// The rooms that each room may include, besides itself. Every room includes Base. A subsystem includes what lies below all of them
-// (`lower`), and another subsystem only where this list gives the reason.
+// The rooms that each room may include, besides itself. Every room includes Base. A subsystem includes what lies below
+// all of them (`lower`), and another subsystem only where this list gives the reason.
 const lower = ['Utilities', 'Extensions', 'Platform'];
 const subsystems = {
   AppleScript: ['StatusItem'], // a new message counts as work that the status item shows
