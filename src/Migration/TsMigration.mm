@@ -84,7 +84,7 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
 
 - (BOOL)hasAccounts {
   const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
-  return [[accounts all] count] > 0;
+  return [[accounts fetch:"Account" forQuery:@"TsAccounts#all"] count] > 0;
 }
 
 - (NSArray*)accountsAsDictionaries {
