@@ -128,7 +128,6 @@ test('a flood of requests leaves the event loop its turns', async (t) => {
     `scenario(async () => {
        contents.accounts = Array.from({ length: 20 }, (_, id) => account(id, { count: 50, messages: 50 }));
        showItem(20);
-       await eventually(inTray, 'the item');
        const ask = (method) => new Promise((resolve) => probe().bus.callMenu(method, 0, resolve));
        await ask('AboutToShow');
        const turns = [Date.now()];
@@ -147,7 +146,6 @@ test('a row that a request names many times is shown and clicked once', async (t
     `scenario(async () => {
        contents.accounts = [account(1, { count: 1 })];
        showItem();
-       await eventually(inTray, 'the item');
        const [{ id }] = (await layout()).rows;
        asked.length = 0;
        await call('AboutToShowGroup', 'ai', 200, ...Array(200).fill(0));
