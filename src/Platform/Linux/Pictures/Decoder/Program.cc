@@ -115,7 +115,7 @@ void WarmUp() {
   g_object_unref(black);
 }
 
-// A whole job on an image of our own, in the process that will have one: its threads are running then, and the pages
+// Runs a whole job on an image of our own in the process that will get one: its threads are running then, and the pages
 // that a job writes to are copied from the parent.
 void Rehearse() {
   const int threads = vips_concurrency_get();
@@ -142,7 +142,7 @@ bool IsJobWaiting() {
   return poll(&next, 1, 0) > 0;
 }
 
-// In a process of its own: waits for a job, says so, and performs it.
+// In a process of its own: waits for a job, reports that through the pipe `taken`, and performs the job.
 void TakeJob(FileDescriptor taken) {
   if (!IsJobWaiting()) Rehearse();
   Received received;
