@@ -12,7 +12,7 @@ const { digits, record, summaries, takeTurns } = require('./support');
 
 const { native, probes } = day;
 const rounds = 5;
-// Of the last step, to 10 times the size.
+// The limit for the last step, to 10 times the size.
 const linear = 12;
 
 const reading = (count) => {

@@ -1,6 +1,6 @@
 'use strict';
 
-// What loading the module costs: time of require and Init, and memory, in fresh processes. GNUstep alone is what is
+// The cost of loading the module: time of require and Init, and memory, in fresh processes. GNUstep alone is what is
 // below it: nothing that is written against Cocoa can cost less.
 
 const { spawnSync } = require('child_process');

@@ -1,6 +1,6 @@
 'use strict';
 
-// What a mail program asks of the module, again and again: the parts of the growth and the day benchmarks.
+// The calls that a mail program makes again and again: the parts of the growth and the day benchmarks.
 
 const fs = require('fs');
 const os = require('os');

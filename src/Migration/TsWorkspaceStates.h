@@ -47,7 +47,7 @@
 // No other one is active then.
 - (void)setActiveWorkspaceState:(TsWorkspaceState*)state;
 
-// Of several matches the one in the active workspace, or else in the most recently updated one; nil if missing.
+// With several matches, the one in the active workspace, or else in the most recently updated one; nil if missing.
 - (TsGoogleAppState*)findFirstGoogleAppStateByAppIdentifier:(TsGoogleAppIdentifier*)identifier;
 
 - (void)deleteGoogleAppState:(TsGoogleAppState*)state;

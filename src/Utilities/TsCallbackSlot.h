@@ -56,7 +56,7 @@ class TsCallbackSlot {
       std::initializer_list<TsScriptArgument> arguments) const;
 
  private:
-  // What `use` makes of the function's result; `otherwise` when the slot is empty or the function threw.
+  // Passes the function's result to `use`; gives `otherwise` when the slot is empty or the function threw.
   template <typename Result, typename Use>
   Result ResultOf(std::initializer_list<TsScriptArgument> arguments, Result otherwise, const Use& use) const;
 

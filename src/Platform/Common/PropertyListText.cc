@@ -45,7 +45,7 @@ std::optional<std::u16string> EscapedForPropertyList(std::u16string_view text) {
     } else if (IsHighSurrogate(c) || IsLowSurrogate(c) || c == kSwappedMark) {
       escaped += u'\uFFFD';
     } else if (text.substr(i).starts_with(u"\\U")) {
-      // What follows need not be digits: the reader takes some other characters for them.
+      // The reader accepts some other characters as digits too.
       escaped += u"\\U005C";
     } else {
       escaped += c;

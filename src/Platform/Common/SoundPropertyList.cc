@@ -140,7 +140,7 @@ class Walk {
 
 // ---- Texts
 
-// Takes everything to the end of `mark` off. False when there is none.
+// Removes everything up to the end of `mark`. False without such a mark.
 bool Skip(std::string_view& text, std::string_view mark) {
   const auto place = text.find(mark);
   text.remove_prefix(place == text.npos ? text.size() : place + mark.size());
