@@ -74,10 +74,13 @@ async function startRequests() {
   const server = await startWebServer({ small: 1024 });
   if (server === undefined) throw new Error('there is no nginx');
   cleaning.push(server.stop);
+  // The engine may collect a request that nobody holds.
+  const running = new Set();
   const one = () =>
     new Promise((resolve, reject) => {
       const request = native.createRequest(`${server.plain}/small`);
-      request.on('end', resolve);
+      running.add(request);
+      request.on('end', () => resolve(running.delete(request)));
       request.on('error', reject);
       request.start();
     });
