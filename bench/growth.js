@@ -56,10 +56,11 @@ function previousAccounts(count) {
 }
 
 function recipients(count) {
+  probes.bus.prepareMessage(count);
   return () =>
     new Promise((resolve) => {
       native.setComposeOutgoingMessageCallbackFunction(resolve);
-      probes.bus.composeMessage(count);
+      probes.bus.composeMessage();
     });
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/Lifetime.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Probe.h"
 
@@ -77,14 +78,21 @@ class Portal {
 };
 
 void setPortalScheme(ProbeArguments args) {
-  static Portal portal(*platform::SessionBus::Shared().Connection());
-  portal.Set(static_cast<std::uint32_t>(Number(args[0])));
+  static Forever<Portal> portal(*platform::SessionBus::Shared().Connection());
+  portal->Set(static_cast<std::uint32_t>(Number(args[0])));
+}
+
+// Not destroyed: at exit() the bus is gone.
+template <int>
+std::unique_ptr<sdbus::IProxy>& KeptProxy() {
+  static Forever<std::unique_ptr<sdbus::IProxy>> proxy;
+  return *proxy;
 }
 
 // Asks the status item's menu as a tray does, over the bus: callMenu(method, row, function). The function is called
 // when the answer has come, which is not read.
 void callMenu(ProbeArguments args) {
-  static std::unique_ptr<sdbus::IProxy> menu;
+  auto& menu = KeptProxy<0>();
   auto* bus = platform::SessionBus::Shared().Connection();
   if (!menu) menu = sdbus::createProxy(*bus, bus->getUniqueName(), "/StatusNotifierItem/Menu");
   const std::string method = StdText(args[0]);
@@ -105,7 +113,7 @@ constexpr char kApplication[] = "org.tessaro.TessaroHost";
 constexpr char kApplicationPath[] = "/org/tessaro/TessaroHost";
 
 void ComposeAt(const sdbus::ObjectPath& path) {
-  static std::unique_ptr<sdbus::IProxy> message;
+  auto& message = KeptProxy<1>();
   message = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, path);
   message->callMethodAsync("Compose")
       .onInterface("org.tessaro.OutgoingMessage")
@@ -114,15 +122,16 @@ void ComposeAt(const sdbus::ObjectPath& path) {
 }
 
 sdbus::IProxy& Application() {
-  static const auto application =
-      sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
+  auto& application = KeptProxy<2>();
+  if (!application) {
+    application = sdbus::createProxy(*platform::SessionBus::Shared().Connection(), kApplication, kApplicationPath);
+  }
   return *application;
 }
 
-// Not destroyed: at exit() the bus is gone.
 sdbus::MethodCall& PreparedMessage() {
-  static auto& message = *new sdbus::MethodCall();
-  return message;
+  static Forever<sdbus::MethodCall> message;
+  return *message;
 }
 
 // Composes a message as a script does, over the bus: prepareMessage(count), the number of recipients, and then
