@@ -9,7 +9,7 @@ const { test } = require('node:test');
 
 const { Applications } = require('./support/applications');
 const { startAudioServer, tone } = require('./support/audio');
-const { evaluate, temporaryDirectory } = require('./support/child');
+const { temporaryDirectory } = require('./support/child');
 const { atEnd } = require('./support/cleanup');
 const { scenarios } = require('./support/scenario');
 
@@ -42,7 +42,10 @@ test('the queries read the flag word', async (t) => {
   const bits = [1, 2, 4, 8, 16, 32, 0x10000, 0x20000];
   const words = [0, 2, 2 | 4, 2 | 1, 2 | 1 | 4, 4, 4 | 8, 8, 4 | 32, 4 | 16, 16, bits.reduce((a, b) => a | b)];
   const answers = await plain(t, ({ reachability }, all) => all.map(reachability.query), [...words, null]);
-  const yes = (answer) => Object.keys(answer).filter((name) => answer[name] === true && name !== 'reachableOnWWAN');
+  const yes = (answer) =>
+    Object.keys(answer)
+      .filter((name) => answer[name] === true && name !== 'reachableOnWWAN')
+      .sort();
   const reachable = ['isReachable', 'isConnected', 'isReachableViaWiFi'];
   const required = ['isConnectionRequired', 'connectionRequired'];
   const expected = [
@@ -67,7 +70,7 @@ test('the queries read the flag word', async (t) => {
   ];
   assert.deepStrictEqual(
     answers.map((answer) => [yes(answer), answer.status, answer.string, answer.description]),
-    expected.map(([names, status, string, flags]) => [names, status, string, `<TsReachability: (${flags})>`]),
+    expected.map(([names, status, string, flags]) => [names.sort(), status, string, `<TsReachability: (${flags})>`]),
   );
   assert.ok(answers.every((answer) => answer.reachableOnWWAN === true));
 });
@@ -169,7 +172,7 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
     const file = path.join(folder, name);
     fs.mkdirSync(path.dirname(file), { recursive: true });
     fs.writeFileSync(file, contents);
-    return JSON.stringify(file);
+    return file;
   };
   const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
   const drawing = write(
@@ -183,35 +186,31 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
   audio.pause();
   const silentBus = net.createServer(() => {}).listen(path.join(folder, 'bus'));
   atEnd(t, () => silentBus.close());
-  const answers = await evaluate(
+  const answers = await inOwnNetwork.with({
+    within: [...ownNetwork, '--mount', 'sh', '-c', `mount --bind "${names}" /etc/resolv.conf && exec "$@"`, '-'],
+    env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: `unix:path=${folder}/bus` },
+    home: folder,
+  })(
     t,
-    `${network}
-     const { module: m, reachability: { watch } } = probe();
-     const folder = ${JSON.stringify(folder)};
-     // The name server takes every question and answers none.
-     ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
-     const answers = {};
-     m.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
-     for (let i = 0; i < 4; ++i) m.generatePreview(${drawing}, 2000 + i, folder, () => {});
-     watch('slow.example');
-     m.playSoundWithName('quiet');
-     m.clipPage('todoist', { title: 'x' });
-     m.printPath(${letter});
-     const start = Date.now();
-     answers.opened = m.openFile(${letter}, '', true);
-     answers.isOpenedSoon = Date.now() - start < 5000;
-     m.generatePreview(${letter}, 64, folder, (path) => (answers.preview = path !== null));
-     const end = Date.now() + 15000;
-     const wait = setInterval(() => {
-       if (Object.keys(answers).length < 4 && Date.now() < end) return;
-       console.log(JSON.stringify(answers));
-       process.exit(0);
-     }, 10);`,
-    {
-      within: [...ownNetwork, '--mount', 'sh', '-c', `mount --bind ${names} /etc/resolv.conf && exec "$@"`, '-'],
-      env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: `unix:path=${folder}/bus` },
-      home: folder,
+    async ({ eventually, home, ip, native, reachability }, hostile, text) => {
+      // The name server takes every question and answers none.
+      ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
+      const answers = {};
+      native.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
+      for (let i = 0; i < 4; ++i) native.generatePreview(hostile, 2000 + i, home, () => {});
+      reachability.watch('slow.example');
+      native.playSoundWithName('quiet');
+      native.clipPage('todoist', { title: 'x' });
+      native.printPath(text);
+      const start = Date.now();
+      answers.opened = native.openFile(text, '', true);
+      answers.isOpenedSoon = Date.now() - start < 5000;
+      native.generatePreview(text, 64, home, (file) => (answers.preview = file !== null));
+      await eventually(() => Object.keys(answers).length >= 4, 'the answers', 15000).catch(() => {});
+      return answers;
     },
+    drawing,
+    letter,
   );
   assert.deepStrictEqual(answers, { opened: 0, isOpenedSoon: true, reachable: true, preview: true });
 });
