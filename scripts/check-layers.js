@@ -41,8 +41,9 @@ const subsystems = {
 
 // A platform room includes the contracts, Common, and its system's Base; others only as listed.
 const platformRooms = {
-  'Platform/Linux/AppKit': ['Platform/Linux/Clipboard', 'Platform/Linux/Keyboard'],
+  'Platform/Linux/AppKit': ['Platform/Linux/Clipboard', 'Platform/Linux/Keyboard', 'Platform/Linux/Theme'],
   'Platform/Linux/Clipboard': ['Platform/Linux/AppKit'],
+  'Platform/Linux/Theme': ['Platform/Linux/AppKit', 'Platform/Linux/Desktop'],
   'Platform/Linux/Tray': ['Platform/Linux/AppKit'],
 };
 

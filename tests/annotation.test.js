@@ -92,7 +92,7 @@ test('the copy has the annotations in their places, without those that were undo
       const geometry = () => run('xdotool', 'getwindowgeometry', '--shell', editor.id);
       await atRest(geometry);
       const width = Number((await geometry()).match(/WIDTH=(\d+)/)[1]);
-      const bar = 52;
+      const bar = 60;
       await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
       editor.press('Box');
       editor.drag([300, 40], [600, 160]);
@@ -102,7 +102,7 @@ test('the copy has the annotations in their places, without those that were undo
       editor.press('Box');
       editor.drag([300, 200], [600, 380]);
       editor.press('Undo');
-      await clickUntil(editor.id, [width - 49, 26], () => editor.answers.length > 0, 'the end, after a click on Save');
+      await clickUntil(editor.id, [width - 51, 30], () => editor.answers.length > 0, 'the end, after a click on Save');
       return { answers: editor.answers, posted: postedAs('TsImageAnnotated') };
     },
     file,

@@ -41,8 +41,8 @@ const translations = {
 };
 
 // In the window, from its upper left: the first two addresses, and the button that accepts.
-const firstAddress = [342, 52];
-const secondAddress = [342, 68];
+const firstAddress = [342, 56];
+const secondAddress = [342, 78];
 const accept = [450, 467];
 
 async function pick(stage) {

@@ -10,9 +10,9 @@ exports.title = 'Annotating an image';
 exports.needs = ['display', 'module'];
 
 // In the window, from its upper left: a button's middle by its place in the row, and below the row the image.
-const button = (place) => [14 + 35 + place * 78, 26];
+const button = (place) => [16 + 35 + place * 78, 30];
 const tools = { arrow: 0, box: 1, text: 2, blur: 3, undo: 4 };
-const imageTop = 52;
+const imageTop = 60;
 
 class Editor {
   constructor(stage, id) {
@@ -73,7 +73,7 @@ async function annotate(stage, file) {
   await editor.tool('undo');
   const picture = await stage.screenshot();
   const width = Number((await stage.run('xdotool', 'getwindowgeometry', '--shell', id)).match(/WIDTH=(\d+)/)[1]);
-  await editor.press([width - 14 - 35, 26]);
+  await editor.press([width - 16 - 35, 30]);
   const copy = await Promise.race([saved, stage.until(() => false)]);
   return copy
     ? ok('Annotation', `arrow, box, blur, text, undo: ${path.basename(copy)}; ${picture ?? 'no picture'}`)

@@ -12,8 +12,8 @@ exports.needs = ['display', 'module'];
 const title = 'Screen Recording';
 
 // In the panel, from its upper left.
-const area = [14 + 124 + 58, 70];
-const stop = [14 + 58, 70];
+const area = [16 + 124 + 58, 66];
+const stop = [16 + 58, 66];
 
 const move = (x, y) => ['mousemove', x, y, 'sleep', 0.2].map(String);
 

@@ -11,7 +11,7 @@ exports.needs = ['display', 'module'];
 
 const name = 'TsSupportAndFeedbackMessageNotification';
 // From its upper left.
-const send = [490, 475];
+const send = [489, 470];
 
 exports.run = async (stage) => {
   if ((await stage.run('xdotool', 'version')) === undefined)

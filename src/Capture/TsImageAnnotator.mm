@@ -153,22 +153,26 @@ static void Save(NSData* image, NSString* original, const TsCompletion& completi
   TsRows rows(view);
   TsRow row = rows.FromTop();
   [self addToolsTo:row];
-  const auto undo = [self newButton:@"Undo" action:@selector(undo:)];
-  [undo setKeyEquivalent:@"z"];
+  const auto undo = [self newButton:@"Undo" action:@selector(undo:) key:@"z"];
   [undo setKeyEquivalentModifierMask:NSCommandKeyMask];
   row.AddLeft(undo);
   _undoButton = undo;
-  const auto save = [self newButton:@"Save" action:@selector(save:)];
-  const auto cancel = [self newButton:@"Cancel" action:@selector(cancel:)];
+  const auto save = [self newButton:@"Save" action:@selector(save:) key:@"\r"];
+  const auto cancel = [self newButton:@"Cancel" action:@selector(cancel:) key:@"\e"];
   row.AddRight(save);
   row.AddRight(cancel);
+  [_window recalculateKeyViewLoop];
+  [_window setInitialFirstResponder:canvas];
   [self showState];
 }
 
 - (void)addToolsTo:(TsRow&)row {
   NSMutableArray* buttons = [NSMutableArray array];
   for (std::size_t i = 0; i < kTools.size(); ++i) {
-    const auto button = [self newButton:kTools[i].name action:@selector(chooseTool:)];
+    // Command-1 and so on.
+    NSString* key = [NSString stringWithFormat:@"%lu", static_cast<unsigned long>(i + 1)];
+    const auto button = [self newButton:kTools[i].name action:@selector(chooseTool:) key:key];
+    [button setKeyEquivalentModifierMask:NSCommandKeyMask];
     [button setButtonType:NSPushOnPushOffButton];
     [button setTag:static_cast<NSInteger>(i)];
     row.AddLeft(button);
@@ -177,11 +181,8 @@ static void Save(NSData* image, NSString* original, const TsCompletion& completi
   _toolButtons = Retain<NSArray>(buttons);
 }
 
-- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action {
-  auto button = TsNewButton(NSLocalizedString(title, nil), self, action);
-  // The keyboard belongs to the image.
-  [button setRefusesFirstResponder:YES];
-  return button;
+- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action key:(NSString*)key {
+  return TsNewButton(NSLocalizedString(title, nil), self, action, key);
 }
 
 - (void)showState {

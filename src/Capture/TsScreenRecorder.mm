@@ -94,13 +94,12 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   TsRows rows([_panel contentView]);
   TsRow row = rows.FromBottom();
   for (const auto& button : buttons) {
-    [button setRefusesFirstResponder:YES];
     row.AddLeft(button);
   }
 }
 
-- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action {
-  return TsNewButton(NSLocalizedString(title, nil), self, action, @"", kButtonWidth);
+- (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action key:(NSString*)key {
+  return TsNewButton(NSLocalizedString(title, nil), self, action, key, kButtonWidth);
 }
 
 - (BOOL)isBusy {
@@ -120,8 +119,9 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
   [self openPanel];
   [_label setStringValue:NSLocalizedString(@"What do you want to record?", nil)];
   [self addButtons:{
-    [self newButton:@"Whole Screen" action:@selector(recordScreen:)],
-        [self newButton:@"Area…" action:@selector(recordArea:)], [self newButton:@"Cancel" action:@selector(cancel:)]
+    [self newButton:@"Whole Screen" action:@selector(recordScreen:) key:@"\r"],
+        [self newButton:@"Area…" action:@selector(recordArea:) key:@""],
+        [self newButton:@"Cancel" action:@selector(cancel:) key:@"\e"]
   }];
   [_panel center];
   [_panel makeKeyAndOrderFront:nil];
@@ -174,7 +174,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
                                                  userInfo:nil
                                                   repeats:YES]);
   [self openPanel];
-  const auto stop = [self newButton:@"Stop" action:@selector(stop:)];
+  const auto stop = [self newButton:@"Stop" action:@selector(stop:) key:@"\r"];
   [self addButtons:{stop}];
   _stopButton = stop;
   [self showTime:nil];

@@ -55,6 +55,7 @@ NSDictionary* RecordsByAddress(NSArray* records) {
   [window setTitle:[self translation:@"window-title"]];
   [self addPeoplePickerTo:[window contentView]];
   [self addButtonsTo:[window contentView]];
+  [window setFrameAutosaveName:@"TsAddressBookWindow"];
   return self;
 }
 

@@ -30,8 +30,10 @@ struct TsSupportMessage {
   NSTextField* _subject;
   NSTextView* _message;
   NSTableView* _attachmentList;
+  NSButton* _attach;
   NSButton* _remove;
   NSButton* _attachLog;
+  NSButton* _cancel;
   NSButton* _send;
   Ref<NSMutableArray> _attachments;
 }

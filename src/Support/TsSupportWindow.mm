@@ -1,5 +1,6 @@
 #import "Support/TsSupportWindow.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,8 @@ namespace {
 NSString* const kMessageNotification = @"TsSupportAndFeedbackMessageNotification";
 
 constexpr NSSize kWindowSize = {540, 500};
-constexpr CGFloat kLabelWidth = 90;
 constexpr CGFloat kAttachmentsHeight = 84;
+constexpr CGFloat kListRowHeight = 22;
 constexpr CGFloat kScrollerWidth = 24;
 constexpr CGFloat kNoLimit = 1e7;
 
@@ -31,8 +32,17 @@ bool IsBlank(NSString* text) {
   return [[text stringByTrimmingCharactersInSet:blanks] length] == 0;
 }
 
+// As wide as the widest of them.
+CGFloat LabelWidth() {
+  CGFloat width = 0;
+  for (NSString* text in @[ @"Name:", @"E-mail:", @"Subject:", @"Message:", @"Attachments:" ]) {
+    width = std::max(width, NSWidth([TsNewLabel(NSLocalizedString(text, nil)) frame]));
+  }
+  return width;
+}
+
 void AddLabel(TsRow& row, NSString* text) {
-  const auto label = TsNewLabel(text, kLabelWidth);
+  const auto label = TsNewLabel(text, LabelWidth());
   row.AddLeft(label);
 }
 
@@ -53,6 +63,7 @@ Ref<NSTableView> NewAttachmentList(id source, NSSize size) {
   [list setHeaderView:nil];
   [list setCornerView:nil];
   [list setAllowsMultipleSelection:YES];
+  [list setRowHeight:kListRowHeight];
   [list setDataSource:source];
   [list setDelegate:source];
   return list;
@@ -99,6 +110,7 @@ bool IsAttachable(NSString* path) {
   [window setTitle:NSLocalizedString(@"Support and Feedback", nil)];
   [window setMinSize:[window frame].size];
   [self addViewsTo:[window contentView]];
+  [window setFrameAutosaveName:@"TsSupportWindow"];
   [window setDelegate:static_cast<id>(self)];
   [_message setDelegate:static_cast<id>(self)];
   return self;
@@ -113,28 +125,37 @@ bool IsAttachable(NSString* path) {
   [self addAttachmentButtonsTo:rows.FromBottom()];
   [self addAttachmentListTo:rows.FromBottom(kAttachmentsHeight)];
   [self addMessageTo:rows.Rest()];
-  [_name setNextKeyView:_email];
-  [_email setNextKeyView:_subject];
-  [_subject setNextKeyView:_message];
+  [self connectKeyViews:@[
+    _name, _email, _subject, _message, _attachmentList, _attach, _remove, _attachLog, _cancel, _send
+  ]];
+}
+
+- (void)connectKeyViews:(NSArray*)views {
+  for (NSUInteger i = 0; i < [views count]; ++i) {
+    [[views objectAtIndex:i] setNextKeyView:[views objectAtIndex:(i + 1) % [views count]]];
+  }
+  [[self window] setInitialFirstResponder:_subject];
 }
 
 - (void)addButtonsTo:(TsRow)row {
-  const auto send = TsNewButton(NSLocalizedString(@"Send", nil), self, @selector(send:));
+  const auto send = TsNewButton(NSLocalizedString(@"Send", nil), self, @selector(send:), @"\r");
   const auto cancel = TsNewButton(NSLocalizedString(@"Cancel", nil), self, @selector(cancel:), @"\e");
   const auto attachLog = TsNewCheckbox(NSLocalizedString(@"Attach the log file", nil));
   row.AddRight(send);
   row.AddRight(cancel);
   row.AddLeft(attachLog);
   _send = send;
+  _cancel = cancel;
   _attachLog = attachLog;
 }
 
 - (void)addAttachmentButtonsTo:(TsRow)row {
   const auto attach = TsNewButton(NSLocalizedString(@"Attach Files...", nil), self, @selector(chooseAttachments:));
   const auto remove = TsNewButton(NSLocalizedString(@"Remove", nil), self, @selector(removeAttachments:));
-  row.Indent(kLabelWidth);
+  row.Indent(LabelWidth());
   row.AddLeft(attach);
   row.AddLeft(remove);
+  _attach = attach;
   _remove = remove;
 }
 
@@ -190,6 +211,14 @@ bool IsAttachable(NSString* path) {
 
 - (void)textDidChange:(NSNotification*)notification {
   [self updateButtons];
+}
+
+// Tab would be a character of the text otherwise, and the keyboard could not leave it.
+- (BOOL)textView:(NSTextView*)view doCommandBySelector:(SEL)command {
+  const bool isBackwards = sel_isEqual(command, @selector(insertBacktab:));
+  if (!isBackwards && !sel_isEqual(command, @selector(insertTab:))) return NO;
+  isBackwards ? [[self window] selectKeyViewPrecedingView:view] : [[self window] selectKeyViewFollowingView:view];
+  return YES;
 }
 
 - (IBAction)chooseAttachments:(id)sender {

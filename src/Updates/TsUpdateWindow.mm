@@ -123,18 +123,22 @@ class WindowInterface final : public UpdaterInterface {
 }
 
 - (instancetype)init {
+  // Escape closes a panel.
   const auto window =
-      Adopt([[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, kWindowSize.width, kWindowSize.height)
-                                        styleMask:NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask
-                                          backing:NSBackingStoreBuffered
-                                            defer:YES]);
+      Adopt([[NSPanel alloc] initWithContentRect:NSMakeRect(0, 0, kWindowSize.width, kWindowSize.height)
+                                       styleMask:NSTitledWindowMask | NSClosableWindowMask | NSResizableWindowMask
+                                         backing:NSBackingStoreBuffered
+                                           defer:YES]);
   self = [super initWithWindow:window];
   if (self == nil) return nil;
   _interface = std::make_unique<WindowInterface>(self);
   [window setReleasedWhenClosed:NO];
+  [window setHidesOnDeactivate:NO];
+  [window setBecomesKeyOnlyIfNeeded:NO];
   [window setTitle:NSLocalizedString(@"Software Update", nil)];
   [window setMinSize:[window frame].size];
   [window center];
+  [window setFrameAutosaveName:@"TsUpdateWindow"];
   [[NSNotificationCenter defaultCenter] addObserver:self
                                            selector:@selector(windowWillClose:)
                                                name:NSWindowWillCloseNotification
@@ -219,6 +223,7 @@ class WindowInterface final : public UpdaterInterface {
   static_cast<void>(Retain([[self window] contentView]).Autoreleased());
   [[self window] makeFirstResponder:nil];
   [[self window] setContentView:content];
+  [[self window] recalculateKeyViewLoop];
 }
 
 // ---- Actions

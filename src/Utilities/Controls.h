@@ -6,9 +6,9 @@
 
 // The controls of the module's windows, and their layout in rows. Main thread only.
 
-inline constexpr CGFloat kTsMargin = 14;
+inline constexpr CGFloat kTsMargin = 16;
 inline constexpr CGFloat kTsGap = 8;
-inline constexpr CGFloat kTsRowHeight = 24;
+inline constexpr CGFloat kTsRowHeight = 28;
 
 // A text that the user can't change. Without a width it is as wide as its text.
 [[nodiscard]] Ref<NSTextField> TsNewLabel(NSString* text, CGFloat width = 0);

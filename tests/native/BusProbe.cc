@@ -52,12 +52,14 @@ void listen(ProbeArguments args) {
 
 void stopListening(ProbeArguments) { Listening().reset(); }
 
-// A settings portal that knows the colour scheme: no real one runs without a desktop.
+// A settings portal: no real one runs without a desktop, and Debian's knows no accent colour.
 class Portal {
  public:
+  using Settings = std::map<std::string, std::map<std::string, sdbus::Variant>>;
+
   explicit Portal(sdbus::IConnection& bus) : object_(sdbus::createObject(bus, kPortalPath)) {
-    object_->registerMethod("Read").onInterface(kSettings).implementedAs(
-        [this](const std::string&, const std::string&) { return sdbus::Variant(sdbus::Variant(scheme_)); });
+    object_->registerMethod("ReadAll").onInterface(kSettings).implementedAs(
+        [this](const std::vector<std::string>&) { return settings_; });
     object_->registerSignal("SettingChanged")
         .onInterface(kSettings)
         .withParameters<std::string, std::string, sdbus::Variant>();
@@ -65,21 +67,31 @@ class Portal {
     bus.requestName(kPortal);
   }
 
-  void Set(std::uint32_t scheme) {
-    scheme_ = scheme;
+  void Set(const char* key, const sdbus::Variant& value) {
+    settings_[kAppearance][key] = value;
     object_->emitSignal("SettingChanged")
         .onInterface(kSettings)
-        .withArguments(std::string(kAppearance), std::string("color-scheme"), sdbus::Variant(scheme));
+        .withArguments(std::string(kAppearance), std::string(key), value);
   }
 
  private:
-  std::uint32_t scheme_ = 0;
+  Settings settings_;
   std::unique_ptr<sdbus::IObject> object_;
 };
 
-void setPortalScheme(ProbeArguments args) {
+Portal& SharedPortal() {
   static Forever<Portal> portal(*platform::SessionBus::Shared().Connection());
-  portal->Set(static_cast<std::uint32_t>(Number(args[0])));
+  return *portal;
+}
+
+void setPortalScheme(ProbeArguments args) {
+  SharedPortal().Set("color-scheme", sdbus::Variant(static_cast<std::uint32_t>(Number(args[0]))));
+}
+
+// setPortalAccent(red, green, blue)
+void setPortalAccent(ProbeArguments args) {
+  using Components = sdbus::Struct<double, double, double>;
+  SharedPortal().Set("accent-color", sdbus::Variant(Components(Number(args[0]), Number(args[1]), Number(args[2]))));
 }
 
 // Not destroyed: at exit() the bus is gone.
@@ -165,6 +177,7 @@ void AttachBusProbe(v8::Local<v8::Object> exports) {
   PROBE(listen);
   PROBE(stopListening);
   PROBE(setPortalScheme);
+  PROBE(setPortalAccent);
   PROBE(callMenu);
   PROBE(prepareMessage);
   PROBE(composeMessage);

@@ -1,6 +1,9 @@
 #import <AppKit/AppKit.h>
+#import <GNUstepGUI/GSTheme.h>
 
 #include "Base/Ref.h"
+#include "Base/TsString.h"
+#include "Platform/Linux/Desktop/XSettings.h"
 #include "Probe.h"
 
 namespace {
@@ -65,6 +68,14 @@ NSString* TitleOf(NSWindow* window) {
   return [window title];
 }
 
+// The title of the button, or the class of the view, that has the keyboard; for an edited field, the field's class.
+NSString* FocusOf(NSWindow* window) {
+  id view = [window firstResponder];
+  if (NSButton* button = As<NSButton>(view)) return [button title];
+  if ([As<NSTextView>(view) isFieldEditor]) view = [As<NSTextView>(view) delegate];
+  return NSStringFromClass([view class]);
+}
+
 // The visible windows that have a title, with their views.
 id windows() {
   NSMutableArray* shown = [NSMutableArray array];
@@ -75,10 +86,41 @@ id windows() {
     [shown addObject:@{
       @"title" : TitleOf(window),
       @"isKey" : Truth([window isKeyWindow]),
+      @"focus" : FocusOf(window),
+      @"size" : @[ @([[window contentView] bounds].size.width), @([[window contentView] bounds].size.height) ],
       @"views" : views,
     }];
   }
   return shown;
+}
+
+NSString* HexOf(NSColor* colour) {
+  NSColor* rgb = [colour colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
+  const auto byte = [](CGFloat component) { return static_cast<unsigned>(component * 255 + 0.5); };
+  return [NSString stringWithFormat:@"%02x%02x%02x", byte([rgb redComponent]), byte([rgb greenComponent]),
+                                    byte([rgb blueComponent])];
+}
+
+// The colours, the font and the scale that windows have now.
+id look() {
+  NSFont* font = [NSFont systemFontOfSize:0];
+  return @{
+    @"background" : HexOf([NSColor windowBackgroundColor]),
+    @"accent" : HexOf([NSColor selectedControlColor]),
+    @"font" : [NSString stringWithFormat:@"%@ %.0f", [font familyName], [font pointSize]],
+    @"scale" : @([[NSScreen mainScreen] userSpaceScaleFactor]),
+    @"theme" : NSStringFromClass([[GSTheme theme] class]),
+  };
+}
+
+// The texts among the settings of an XSETTINGS property.
+id parseSessionSettings(std::string_view property) {
+  NSMutableDictionary* texts = [NSMutableDictionary dictionary];
+  for (const auto& [name, value] : tessaro::platform::XSettings::Parse(property)) {
+    const auto* text = std::get_if<std::string>(&value);
+    if (text != nullptr) [texts setObject:TsNSString(*text) forKey:TsNSString(name)];
+  }
+  return texts;
 }
 
 // As its close button would.
@@ -114,5 +156,7 @@ bool pressButton(NSString* title, NSString* buttonTitle) {
 void AttachDialogProbe(v8::Local<v8::Object> exports) {
   PROBE(windows);
   PROBE(closeWindow);
+  PROBE(look);
+  PROBE(parseSessionSettings);
   PROBE(pressButton);
 }

@@ -42,8 +42,14 @@ class Person {
     return run('xdotool', args.flat(2).map(String), { env: this.environment }).then(({ stdout }) => stdout);
   }
 
-  type = (text) => this.xdotool('type', '--delay', 40, text);
-  key = (...keys) => this.xdotool('key', '--delay', 60, ...keys);
+  /** Mouse and keyboard: under a Wayland compositor they are at the compositor's display. */
+  hands(...args) {
+    const env = { ...this.environment, DISPLAY: this.environment.SEAT_DISPLAY ?? this.environment.DISPLAY };
+    return run('xdotool', args.flat(2).map(String), { env }).then(({ stdout }) => stdout);
+  }
+
+  type = (text) => this.hands('type', '--delay', 40, text);
+  key = (...keys) => this.hands('key', '--delay', 60, ...keys);
 
   /** The application goes on: its timers run. */
   async goesOn() {
@@ -75,7 +81,7 @@ class Person {
       return rows.find((row) => row.texts.includes(text));
     }, `the row “${text}”`);
 
-  click = ([x, y]) => this.xdotool('mousemove', Math.round(x), Math.round(y), press);
+  click = ([x, y]) => this.hands('mousemove', Math.round(x), Math.round(y), press);
 
   /** Does something until it has been noticed: GNUstep misses clicks on new windows. */
   until = (isDone, act, description) =>

@@ -12,11 +12,11 @@ const { eventually } = require('./pace');
 const run = promisify(execFile);
 
 /** Starts a session. `env` is the environment of everything in it; `end()` ends it. */
-async function startDisplaySession() {
+async function startDisplaySession({ wayland = false } = {}) {
   const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
   const session = spawn(
     path.join(root, 'scripts', 'display-session'),
-    ['--own-display', process.execPath, '-e', script],
+    [wayland ? '--wayland' : '--own-display', process.execPath, '-e', script],
     { stdio: ['pipe', 'pipe', 'inherit'] },
   );
   let output = '';

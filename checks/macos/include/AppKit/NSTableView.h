@@ -23,6 +23,7 @@
 @property(assign) id<NSTableViewDataSource> dataSource;
 @property(assign) id<NSTableViewDelegate> delegate;
 @property(strong) NSTableHeaderView* headerView;
+@property CGFloat rowHeight;
 @property(strong) NSView* cornerView;
 @property BOOL allowsMultipleSelection;
 @property BOOL allowsEmptySelection;

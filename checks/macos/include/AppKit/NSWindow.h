@@ -105,6 +105,11 @@ enum : NSWindowCollectionBehavior { NSWindowCollectionBehaviorCanJoinAllSpaces =
 - (void)setContentSize:(NSSize)size;
 - (NSTimeInterval)animationResizeTime:(NSRect)frame;
 - (BOOL)makeFirstResponder:(NSResponder*)responder;
+@property(assign) NSView* initialFirstResponder;
+- (void)recalculateKeyViewLoop;
+- (void)selectKeyViewFollowingView:(NSView*)view;
+- (void)selectKeyViewPrecedingView:(NSView*)view;
+- (BOOL)setFrameAutosaveName:(NSString*)name;
 - (void)makeKeyAndOrderFront:(id)sender;
 - (void)makeKeyWindow;
 - (void)orderFront:(id)sender;

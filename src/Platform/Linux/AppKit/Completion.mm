@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include "Platform/AppKit.h"
+#include "Platform/Linux/Theme/DesktopTheme.h"
 
 namespace tessaro::platform {
 
@@ -18,6 +19,8 @@ void MeasureAgain(NSMenu* menu) {
 
 bool Complete() {
   CompleteApplication();
+  CompleteButtons();
+  CompleteFonts();
   CompleteMenus();
   CompleteMenuItems();
   CompleteMenuViews();
@@ -25,6 +28,7 @@ bool Complete() {
   CompleteToolbarItems();
   CompleteWindows();
   CompleteDrags();
+  FollowDesktopLook();
   MeasureAgain([NSApp mainMenu]);
   return true;
 }

@@ -1,12 +1,10 @@
 #import <AppKit/AppKit.h>
-#import <GNUstepGUI/GSTheme.h>
 
 #include "Base/Ref.h"
 #include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
-#include "Platform/SystemAppearance.h"
 
-// GNUstep shows toolbar items without their views and without the selection, and knows no dark desktop.
+// GNUstep shows toolbar items without their views and without the selection, and their labels black.
 
 @interface NSView (TsToolbarBackView)
 - (NSToolbarItem*)toolbarItem;
@@ -23,8 +21,7 @@ ReplacedMethod<void (*)(NSToolbarItem*, SEL, NSImage*)> setImage;
 ReplacedMethod<void (*)(NSView*, SEL)> layout;
 ReplacedMethod<void (*)(NSView*, SEL, NSRect)> drawBackView;
 ReplacedMethod<void (*)(NSButton*, SEL, NSRect)> drawButton;
-ReplacedMethod<NSColor* (*)(id, SEL)> backgroundColor;
-ReplacedMethod<NSColor* (*)(id, SEL)> textColor;
+ReplacedMethod<NSColor* (*)(NSButtonCell*, SEL)> textColor;
 
 // ---- Views
 
@@ -57,29 +54,27 @@ void LayOutWithView(NSView* backView, SEL selector) {
 // GNUstep doesn't show which item is selected.
 void DrawSelection(NSButton* button, SEL selector, NSRect dirty) {
   if ([button state] == NSOnState) {
-    [[NSColor colorWithCalibratedWhite:IsDarkMode() ? 1 : 0 alpha:0.2] set];
+    // A named colour has no alpha.
+    NSColor* text = [[NSColor controlTextColor] colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
+    [[text colorWithAlphaComponent:0.2] set];
     [[NSBezierPath bezierPathWithRoundedRect:NSInsetRect([button bounds], 2, 2) xRadius:4 yRadius:4] fill];
   }
   drawButton(button, selector, dirty);
 }
 
-// ---- The dark look
+// ---- Labels
 
-NSColor* Background(id theme, SEL selector) {
-  if (!IsDarkMode()) return backgroundColor(theme, selector);
-  return [NSColor colorWithCalibratedWhite:0.16 alpha:1];
+NSColor* ColourOf(bool isEnabled) {
+  return isEnabled ? [NSColor controlTextColor] : [NSColor disabledControlTextColor];
 }
 
-NSColor* DarkLabelColor() { return [NSColor colorWithCalibratedWhite:0.9 alpha:1]; }
+NSColor* LabelColor(NSButtonCell* cell, SEL) { return ColourOf([cell isEnabled]); }
 
-NSColor* LabelColor(id cell, SEL selector) { return IsDarkMode() ? DarkLabelColor() : textColor(cell, selector); }
-
-void DrawLabel(NSView* view, SEL selector, NSRect dirty) {
-  if (!IsDarkMode()) return drawBackView(view, selector, dirty);
+void DrawLabel(NSView* view, SEL, NSRect) {
   NSToolbarItem* item = [view toolbarItem];
   if ([[item toolbar] displayMode] == NSToolbarDisplayModeIconOnly) return;
   NSDictionary* attributes = @{
-    NSForegroundColorAttributeName : DarkLabelColor(),
+    NSForegroundColorAttributeName : ColourOf([item isEnabled]),
     NSFontAttributeName : [NSFont systemFontOfSize:11],
   };
   const CGFloat width = [[item label] sizeWithAttributes:attributes].width;
@@ -93,7 +88,6 @@ void CompleteToolbarItems() {
   setImage.With([NSToolbarItem class], "setImage:", SetItemImage);
   layout.With(backView, "layout", LayOutWithView);
   drawBackView.With(backView, "drawRect:", DrawLabel);
-  backgroundColor.With([GSTheme class], "toolbarBackgroundColor", Background);
   textColor.With(NSClassFromString(@"GSToolbarButtonCell"), "textColor", LabelColor);
   drawButton.With(NSClassFromString(@"GSToolbarButton"), "drawRect:", DrawSelection);
 }

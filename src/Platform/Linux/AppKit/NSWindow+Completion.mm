@@ -57,6 +57,7 @@ namespace {
 constexpr CGFloat kSmallest = 1;
 
 ReplacedMethod<void (*)(NSWindow*, SEL, NSRect, BOOL, BOOL)> setFrame;
+ReplacedMethod<void (*)(NSPanel*, SEL, NSEvent*)> keyDown;
 
 NSSize LargestSize() {
   NSRect all = NSZeroRect;
@@ -76,8 +77,17 @@ void SetFrameWithinScreens(NSWindow* window, SEL selector, NSRect frame, BOOL di
   setFrame(window, selector, frame, display, animate);
 }
 
+// GNUstep closes the panel without asking its delegate.
+void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
+  const bool isEscape = [[event charactersIgnoringModifiers] isEqual:@"\e"];
+  isEscape && ([panel styleMask] & NSClosableWindowMask) ? [panel performClose:nil] : keyDown(panel, selector, event);
+}
+
 }  // namespace
 
-void CompleteWindows() { setFrame.With([NSWindow class], "setFrame:display:animate:", SetFrameWithinScreens); }
+void CompleteWindows() {
+  setFrame.With([NSWindow class], "setFrame:display:animate:", SetFrameWithinScreens);
+  keyDown.With([NSPanel class], "keyDown:", CloseWithEscape);
+}
 
 }  // namespace tessaro::platform

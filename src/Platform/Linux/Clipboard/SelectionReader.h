@@ -6,7 +6,7 @@
 #include <string>
 
 #include "Base/Result.h"
-#include "Platform/Linux/Clipboard/XConnection.h"
+#include "Platform/Linux/Base/XConnection.h"
 
 namespace tessaro::platform {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Clipboard/XConnection.h"
+#include "Platform/Linux/Base/XConnection.h"
 
 namespace tessaro::platform {
 

@@ -9,9 +9,9 @@
 
 #include "Base/Result.h"
 #include "Platform/Common/FileDescriptor.h"
+#include "Platform/Linux/Base/XConnection.h"
 #include "Platform/Linux/Clipboard/SelectionReader.h"
 #include "Platform/Linux/Clipboard/SelectionServer.h"
-#include "Platform/Linux/Clipboard/XConnection.h"
 
 namespace tessaro::platform {
 

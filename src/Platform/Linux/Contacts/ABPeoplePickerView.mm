@@ -14,6 +14,7 @@ NSString* const kNameColumn = @"Name";
 NSString* const kValueColumn = @"Value";
 NSString* const kContactsApplication = @"AddressManager";
 constexpr CGFloat kGroupsPart = 0.35;
+constexpr CGFloat kRowHeight = 22;
 
 Ref<NSTableView> NewTable(NSArray* columns, id owner) {
   auto table = Adopt([[NSTableView alloc] initWithFrame:NSZeroRect]);
@@ -21,10 +22,12 @@ Ref<NSTableView> NewTable(NSArray* columns, id owner) {
     auto column = Adopt([[NSTableColumn alloc] initWithIdentifier:identifier]);
     [column setEditable:NO];
     [[column headerCell] setStringValue:identifier];
+    [[column headerCell] setAlignment:NSLeftTextAlignment];
     [table addTableColumn:column];
   }
   [table setAutoresizesAllColumnsToFit:YES];
   [table setAllowsEmptySelection:YES];
+  [table setRowHeight:kRowHeight];
   [table setDataSource:owner];
   [table setDelegate:owner];
   [table setTarget:owner];

@@ -1,6 +1,8 @@
 #import <AppKit/AppKit.h>
 
-#include "Platform/Linux/Desktop/AppearanceChanges.h"
+#include <utility>
+
+#include "Platform/Linux/Desktop/DesktopLook.h"
 #include "Platform/SystemAppearance.h"
 
 namespace tessaro::platform {
@@ -21,6 +23,12 @@ void Announce() {
 
 }  // namespace
 
-void AnnounceAppearanceChanges() { ListenForAppearanceChanges(Announce); }
+void AnnounceAppearanceChanges() {
+  static bool isListening = false;
+  if (std::exchange(isListening, true)) return;
+  ListenForLookChanges([wasDark = CurrentLook().isDark](const DesktopLook& look) mutable {
+    if (std::exchange(wasDark, look.isDark) != look.isDark) Announce();
+  });
+}
 
 }  // namespace tessaro::platform

@@ -2,117 +2,91 @@
 
 #include <algorithm>
 #include <cctype>
-#include <chrono>
 #include <cstdlib>
-#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "Base/Lifetime.h"
-#include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/BusService.h"
-#include "Platform/Linux/Desktop/AppearanceChanges.h"
+#include "Platform/Linux/Desktop/DesktopLook.h"
+#include "Platform/Linux/Desktop/PortalSettings.h"
+#include "Platform/Linux/Desktop/XSettings.h"
 
 namespace tessaro::platform {
 
 namespace {
 
-constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
-constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
-constexpr char kSettings[] = "org.freedesktop.portal.Settings";
-constexpr char kNamespace[] = "org.freedesktop.appearance";
-constexpr char kKey[] = "color-scheme";
-constexpr std::uint32_t kPreferDark = 1;
-constexpr std::chrono::milliseconds kDeadline{300};
-constexpr std::chrono::seconds kStartDeadline{20};
+constexpr double kUnscaledDPI = 96;
+constexpr double kSmallestScale = 0.5;
+constexpr double kLargestScale = 4;
 
-bool IsThemeDark() {
-  const char* variable = std::getenv("GTK_THEME");
-  std::string theme = variable != nullptr ? variable : "";
+bool IsNameDark(std::string theme) {
   std::transform(theme.begin(), theme.end(), theme.begin(), [](unsigned char c) { return std::tolower(c); });
   return theme.ends_with(":dark") || theme.ends_with("-dark");
 }
 
-// Read() wraps the value in two variants, SettingChanged in one.
-std::optional<bool> IsDark(const sdbus::Variant& value) {
-  if (value.containsValueOfType<sdbus::Variant>()) return IsDark(value.get<sdbus::Variant>());
-  if (!value.containsValueOfType<std::uint32_t>()) return std::nullopt;
-  return value.get<std::uint32_t>() == kPreferDark;
-}
-
-// The setting of the desktop's portal, kept up to date by its signals.
-class Appearance final : private BusService {
+// The look as the settings portal, the X session's settings daemon and the environment have it.
+class Appearance {
  public:
   static Appearance& Shared() {
     static Forever<Appearance> appearance;
     return *appearance;
   }
 
-  [[nodiscard]] bool IsDarkNow() {
-    JoinBus();
-    return portal_ ? *portal_ : IsThemeDark();
+  [[nodiscard]] bool IsDark() const {
+    using Scheme = PortalSettings::Values::Scheme;
+    const auto scheme = portal_.values().scheme;
+    if (scheme == Scheme::Dark || scheme == Scheme::Light) return scheme == Scheme::Dark;
+    const char* variable = scheme ? nullptr : std::getenv("GTK_THEME");
+    return IsNameDark(variable != nullptr ? variable : session_.Text("Net/ThemeName"));
   }
 
-  void Listen(void (*listener)()) {
-    listener_ = listener;
-    JoinBus();
+  [[nodiscard]] DesktopLook Look() const {
+    DesktopLook look;
+    look.isDark = IsDark();
+    look.accent = portal_.values().accent.value_or(look.accent);
+    look.font = session_.Text("Gtk/FontName");
+    if (look.font.empty()) look.font = portal_.values().font;
+    look.scale = Scale();
+    return look;
+  }
+
+  void Listen(std::function<void(const DesktopLook&)> listener) {
+    listeners_.push_back(std::move(listener));
+    last_ = Look();
   }
 
  private:
-  void Appear(sdbus::IConnection& bus) override {
-    settings_ = sdbus::createProxy(bus, kPortal, kPortalPath);
-    settings_->uponSignal("SettingChanged")
-        .onInterface(kSettings)
-        .call([this](const std::string& space, const std::string& key, const sdbus::Variant& value) {
-          if (space == kNamespace && key == kKey) Learn(IsDark(value));
-        });
-    settings_->finishRegistration();
-    owner_ = WatchOwner(bus, kPortal, [this](bool hasOwner) { hasOwner ? ReadLater() : Learn(std::nullopt); });
-    // A call would start the portal and wait for it.
-    if (HasOwner(kPortal)) TryOnBus([this] { ReadNow(); });
+  // Desktops express both the scale of the display and that of texts as a resolution.
+  [[nodiscard]] double Scale() const {
+    constexpr double kFraction = 1024;
+    double dpi = session_.Number("Xft/DPI") / kFraction;
+    if (dpi <= 0) dpi = session_.ResourceDPI();
+    return dpi > 0 ? std::clamp(dpi / kUnscaledDPI, kSmallestScale, kLargestScale) : 0;
   }
 
-  void Disappear() noexcept override {
-    owner_.reset();
-    settings_.reset();
-    portal_.reset();
+  void Changed() {
+    if (listeners_.empty()) return;
+    const DesktopLook look = Look();
+    if (look == std::exchange(last_, look)) return;
+    for (const auto& listener : listeners_) listener(look);
   }
 
-  void ReadNow() {
-    sdbus::Variant value;
-    settings_->callMethod("Read")
-        .onInterface(kSettings)
-        .withTimeout(kDeadline)
-        .withArguments(std::string(kNamespace), std::string(kKey))
-        .storeResultsTo(value);
-    portal_ = IsDark(value);
-  }
-
-  void ReadLater() {
-    settings_->callMethodAsync("Read")
-        .onInterface(kSettings)
-        .withTimeout(kStartDeadline)
-        .withArguments(std::string(kNamespace), std::string(kKey))
-        .uponReplyInvoke([this](const sdbus::Error* error, const sdbus::Variant& value) {
-          if (error == nullptr) Learn(IsDark(value));
-        });
-  }
-
-  void Learn(std::optional<bool> answer) {
-    const bool wasDark = IsDarkNow();
-    portal_ = answer;
-    if (listener_ != nullptr && IsDarkNow() != wasDark) listener_();
-  }
-
-  void (*listener_)() = nullptr;
-  std::optional<bool> portal_;
-  sdbus::Slot owner_;
-  std::unique_ptr<sdbus::IProxy> settings_;
+  // The members call back while they are made.
+  std::vector<std::function<void(const DesktopLook&)>> listeners_;
+  DesktopLook last_;
+  PortalSettings portal_{[this] { Changed(); }};
+  XSettings session_{[this] { Changed(); }};
 };
 
 }  // namespace
 
-bool IsDarkMode() { return Appearance::Shared().IsDarkNow(); }
+bool IsDarkMode() { return Appearance::Shared().IsDark(); }
 
-void ListenForAppearanceChanges(void (*listener)()) { Appearance::Shared().Listen(listener); }
+DesktopLook CurrentLook() { return Appearance::Shared().Look(); }
+
+void ListenForLookChanges(std::function<void(const DesktopLook&)> listener) {
+  Appearance::Shared().Listen(std::move(listener));
+}
 
 }  // namespace tessaro::platform

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <list>
 #include <memory>
@@ -17,6 +15,7 @@
 #include "Base/Lifetime.h"
 #include "Base/UvHandle.h"
 #include "Platform/KeyboardLayout.h"
+#include "Platform/Linux/Base/WaylandSession.h"
 #include "Platform/Linux/Keyboard/ModifierMasks.h"
 #include "Platform/MainQueue.h"
 
@@ -29,12 +28,6 @@ namespace {
 constexpr KeyCode kFirstKey = 8;
 constexpr unsigned kKeys = 256;
 constexpr std::uint64_t kReleaseInterval = 20;  // ms
-
-// The X server of a Wayland session receives keys only while one of its own windows has the keyboard focus.
-bool IsWaylandSession() {
-  const char* type = std::getenv("XDG_SESSION_TYPE");
-  return std::getenv("WAYLAND_DISPLAY") != nullptr || (type != nullptr && std::strcmp(type, "wayland") == 0);
-}
 
 // Several key codes may have the same virtual key code.
 std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
@@ -129,6 +122,7 @@ void KeyGrabs::Close() noexcept {
 
 bool KeyGrabs::Open() noexcept {
   if (display_) return true;
+  // The X server of a Wayland session receives keys only while one of its own windows has the keyboard focus.
   if (isClosed_ || IsWaylandSession()) return false;
   display_.reset(XOpenDisplay(nullptr));
   if (!display_) return false;

@@ -1,6 +1,7 @@
 #import "Platform/Linux/Pictures/TsPreviewPanel.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <utility>
@@ -17,15 +18,16 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-constexpr CGFloat kBarHeight = 44;
+constexpr CGFloat kBarHeight = 48;
 constexpr CGFloat kMargin = 10;
-constexpr CGFloat kButtonHeight = 24;
+constexpr CGFloat kButtonHeight = 28;
 constexpr CGFloat kArrowWidth = 40;
 constexpr CGFloat kOpenWidth = 80;
 constexpr CGFloat kShareOfWindow = 0.8;
 constexpr NSSize kLeastSize = {360, 280};
 constexpr int kIconSize = 128;
 constexpr unichar kEscape = 27;
+NSString* const kFrameName = @"TsPreviewPanel";
 
 Ref<NSButton> NewButton(NSRect frame, NSString* title, id target, SEL action) {
   auto button = Adopt([[NSButton alloc] initWithFrame:frame]);
@@ -38,9 +40,12 @@ Ref<NSButton> NewButton(NSRect frame, NSString* title, id target, SEL action) {
   return button;
 }
 
-NSRect FrameOver(NSRect window) {
-  const NSSize size = NSMakeSize(std::max(kLeastSize.width, window.size.width * kShareOfWindow),
-                                 std::max(kLeastSize.height, window.size.height * kShareOfWindow));
+NSSize SizeOver(NSRect window) {
+  return NSMakeSize(std::max(kLeastSize.width, window.size.width * kShareOfWindow),
+                    std::max(kLeastSize.height, window.size.height * kShareOfWindow));
+}
+
+NSRect FrameOver(NSRect window, NSSize size) {
   return NSMakeRect(NSMidX(window) - size.width / 2, NSMidY(window) - size.height / 2, size.width, size.height);
 }
 
@@ -113,6 +118,7 @@ void ShowPreviews(NSWindow* window, const std::vector<std::string>& paths, std::
                              width:kOpenWidth
                             action:@selector(openFile:)];
   [open setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
+  [open setKeyEquivalent:@"\r"];
   [self addLabelFrom:2 * kMargin + 2 * kArrowWidth to:NSMinX([open frame]) - kMargin];
 }
 
@@ -124,6 +130,8 @@ void ShowPreviews(NSWindow* window, const std::vector<std::string>& paths, std::
   [label setBezeled:NO];
   [label setBordered:NO];
   [label setDrawsBackground:NO];
+  const CGFloat height = [[label cell] cellSize].height;
+  [label setFrame:NSMakeRect(left, kMargin + std::floor((kButtonHeight - height) / 2), right - left, height)];
   [[self contentView] addSubview:label];
   _label = label;
 }
@@ -147,7 +155,9 @@ void ShowPreviews(NSWindow* window, const std::vector<std::string>& paths, std::
                                            selector:@selector(windowWillClose:)
                                                name:NSWindowWillCloseNotification
                                              object:window];
-  [self setFrame:FrameOver([window frame]) display:NO];
+  const bool isRemembered = [self setFrameUsingName:kFrameName];
+  _openedSize = isRemembered ? [self frame].size : SizeOver([window frame]);
+  [self setFrame:FrameOver([window frame], _openedSize) display:NO];
   [self showFile];
   [self makeKeyAndOrderFront:nil];
 }
@@ -159,6 +169,8 @@ void ShowPreviews(NSWindow* window, const std::vector<std::string>& paths, std::
 - (void)close {
   [super close];
   if (!_closed) return;
+  // Only a size that the user has chosen.
+  if (!NSEqualSizes([self frame].size, _openedSize)) [self saveFrameUsingName:kFrameName];
   [[NSNotificationCenter defaultCenter] removeObserver:self name:NSWindowWillCloseNotification object:nil];
   [_imageView setImage:nil];
   ++_turn;

@@ -3,11 +3,10 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <cstdlib>
-#include <string_view>
 #include <utility>
 
 #include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/WaylandSession.h"
 #include "Platform/Linux/Base/XDisplay.h"
 #include "Platform/Linux/Recording/Recorder.h"
 #include "Platform/MainQueue.h"
@@ -28,10 +27,7 @@ struct XImageDeleter {
 
 Result<void> ScreenAccess() {
   if (XDisplay() == nullptr) return Fail("there is no X display");
-  const char* session = std::getenv("XDG_SESSION_TYPE");
-  if (session != nullptr && std::string_view(session) == "wayland") {
-    return Fail("screen capture is not available under Wayland");
-  }
+  if (IsWaylandSession()) return Fail("screen capture is not available under Wayland");
   const GTextPtr program(g_find_program_in_path(kRecorderProgram));
   if (!program) return Fail(std::string(kRecorderProgram) + " is not installed");
   return {};

@@ -1,4 +1,4 @@
-#include "Platform/Linux/Clipboard/XConnection.h"
+#include "Platform/Linux/Base/XConnection.h"
 
 namespace tessaro::platform {
 

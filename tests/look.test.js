@@ -1,0 +1,268 @@
+'use strict';
+
+// The look of the module's windows follows the desktop, and every window works by keyboard alone.
+
+const assert = require('assert');
+const { execFileSync, spawn } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { root } = require('./support/addon');
+const { eventually, evaluate, startScript, temporaryDirectory } = require('./support/child');
+const { startPerson } = require('./support/dialogs');
+const { useSession } = require('./support/session');
+
+const session = useSession();
+
+const background = { light: 'fafafa', dark: '2b2b2b' };
+const accent = '3584e4';
+
+const lookOf = (person) => person.tell('JSON.parse(dialogs.look())');
+
+/** Waits until the look has these values. */
+const becomes = (person, expected) =>
+  eventually(async () => {
+    const look = await lookOf(person);
+    return Object.keys(expected).every((key) => look[key] === expected[key]);
+  }, JSON.stringify(expected)).catch(async (error) => {
+    throw new Error(`${error.message}; it is ${JSON.stringify(await lookOf(person))}`);
+  });
+
+/** The settings daemon of an X session. Gives a function that has it publish other settings. */
+function startSettingsDaemon(t, settings) {
+  const file = path.join(temporaryDirectory(t), 'settings');
+  const write = (text) => fs.writeFileSync(file, `${text}\n`);
+  write(settings);
+  const daemon = spawn('xsettingsd', ['-c', file], { env: { ...process.env, ...session.env }, stdio: 'ignore' });
+  t.after(() => daemon.kill());
+  return {
+    publish(text) {
+      write(text);
+      daemon.kill('SIGHUP');
+    },
+    end: () => daemon.kill(),
+  };
+}
+
+test('font, scale and darkness follow the settings of the X session', async (t) => {
+  const person = await startPerson(t, session);
+  const { font, scale } = await lookOf(person);
+  assert.deepStrictEqual(await lookOf(person), {
+    background: background.light,
+    accent,
+    font,
+    scale,
+    theme: 'TsDesktopTheme',
+  });
+  const daemon = startSettingsDaemon(t, 'Gtk/FontName "DejaVu Serif Book 12"\nXft/DPI 196608');
+  await becomes(person, { font: 'DejaVu Serif 16', scale: 2, background: background.light });
+  daemon.publish('Gtk/FontName "No Such Family 9"\nXft/DPI 98304\nNet/ThemeName "Adwaita-dark"');
+  await becomes(person, { font, scale: 1, background: background.dark });
+  daemon.end();
+  await becomes(person, { font, scale, background: background.light });
+});
+
+test('the settings portal decides on darkness, and names the accent colour', async (t) => {
+  startSettingsDaemon(t, 'Net/ThemeName "Adwaita-dark"');
+  const person = await startPerson(t, session);
+  await becomes(person, { background: background.dark });
+  // Debian 12's portal knows no accent colour.
+  const portal = startScript(
+    t,
+    `const { bus } = probe();
+     process.stdin.setEncoding('utf8').on('data', (line) => eval('bus.' + line)).on('end', () => process.exit(0));`,
+    { env: session.env },
+  );
+  const say = (line) => portal.process.stdin.write(`${line}\n`);
+  say('setPortalScheme(2)');
+  await becomes(person, { background: background.light, accent });
+  say('setPortalAccent(1, 0.2, 0)');
+  await becomes(person, { accent: 'ff3300' });
+  say('setPortalAccent(-1, -1, -1)');
+  await becomes(person, { accent });
+  // No preference.
+  say('setPortalScheme(0)');
+  await becomes(person, { background: background.dark });
+  portal.process.stdin.end();
+  await portal.ended;
+});
+
+test('the real settings portal is followed', async (t) => {
+  const person = await startPerson(t, session);
+  const env = { ...process.env, ...session.env };
+  const set = (key, value) => execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], { env });
+  execFileSync(
+    'busctl',
+    [
+      '--user',
+      'call',
+      'org.freedesktop.DBus',
+      '/',
+      'org.freedesktop.DBus',
+      'StartServiceByName',
+      'su',
+      'org.freedesktop.portal.Desktop',
+      '0',
+    ],
+    { env },
+  );
+  set('color-scheme', 'prefer-dark');
+  set('font-name', 'DejaVu Sans Mono 9');
+  await becomes(person, { background: background.dark, font: 'DejaVu Sans Mono 12' });
+  set('color-scheme', 'default');
+  await becomes(person, { background: background.light });
+});
+
+test('damaged session settings end where the damage is', async (t) => {
+  const settings = { 'Net/ThemeName': 'Adwaita-dark', 'Gtk/FontName': 'Sans 10' };
+  const word = (value) => {
+    const bytes = Buffer.alloc(4);
+    bytes.writeUInt32LE(value);
+    return bytes;
+  };
+  const padded = (text) => Buffer.from(text.padEnd(Math.ceil(text.length / 4) * 4, '\0'));
+  const entries = Object.entries(settings).map(([name, value]) =>
+    Buffer.concat([Buffer.from([1, 0, name.length, 0]), padded(name), word(0), word(value.length), padded(value)]),
+  );
+  const property = Buffer.concat([word(0), word(0), word(2), ...entries]).toString('latin1');
+  const tooMany = `${property.slice(0, 8)}\xff\xff\xff\xff${property.slice(12)}`;
+  const [whole, endless, halves] = await evaluate(
+    t,
+    `const { dialogs } = probe();
+     const property = ${JSON.stringify(property)};
+     const parse = (text) => JSON.parse(dialogs.parseSessionSettings(text));
+     const halves = Array.from(property, (_, length) => Object.keys(parse(property.slice(0, length))).length);
+     console.log(JSON.stringify([parse(property), parse(${JSON.stringify(tooMany)}), halves]));`,
+  );
+  assert.deepStrictEqual([whole, endless], [settings, settings]);
+  assert.ok(halves.every((count) => count <= 2));
+});
+
+test('a theme that the user has chosen is left alone', async (t) => {
+  const home = temporaryDirectory(t);
+  const options = { home };
+  const before = await startPerson(
+    t,
+    session,
+    "host.setDefault('GSTheme', 'Chosen'); m.synchronizeUserDefaults();",
+    options,
+  );
+  before.child.process.kill();
+  await before.child.ended;
+  const person = await startPerson(t, session, '', options);
+  assert.strictEqual((await lookOf(person)).theme, 'GSTheme');
+});
+
+// ---- The keyboard
+
+const contacts = JSON.stringify({
+  'window-title': 'Recipients',
+  'accept-button-label': 'Add',
+  'cancel-button-label': 'Cancel',
+  'edit-in-contacts-button-label': 'Edit',
+});
+
+const picture = path.join(root, 'docs', 'images', 'tour.png');
+
+// How each window is opened, what Tab reaches in it, and what Return reports. Escape cancels, but in the picker, whose
+// Cancel button has another key.
+const windows = [
+  {
+    title: 'Support and Feedback',
+    open: "m.openSupportAndFeedbackWindow('Ann', 'a@example.org', null, 'It crashes', null)",
+    stops: ['NSTextField', 'NSTextView', 'NSTableView', 'Attach Files...', 'Attach the log file', 'Cancel', 'Send'],
+    accepted: 'TsSupportAndFeedbackMessageNotification',
+  },
+  {
+    title: 'Recipients',
+    open: `m.pickEmailAddresses(window, ${JSON.stringify(contacts)})`,
+    stops: ['NSTableView', 'Add', 'Cancel', 'Edit'],
+    cancel: 'Cancel',
+    accepted: 'TsContactEmailAddressesPicked',
+  },
+  {
+    title: path.basename(picture),
+    open: `m.annotateImage(${JSON.stringify(picture)}, () => {})`,
+    stops: ['TsAnnotationView', 'Arrow', 'Box', 'Text', 'Blur', 'Cancel', 'Save'],
+    cancelled: 'TsImageAnnotated',
+  },
+  { title: 'Software Update', open: 'm.checkForUpdates(false, false)', stops: ['OK'], accepted: '' },
+  {
+    title: 'Screen Recording',
+    open: "m.takeScreenRecording(require('os').tmpdir(), () => {})",
+    stops: ['Whole Screen', 'Area…', 'Cancel'],
+    cancelled: 'TsScreenRecorded',
+  },
+];
+
+const listening = "host.on('notification', ({ name }) => name.startsWith('Ts') && report(name));";
+
+for (const { title, open, stops, cancel = 'Escape', accepted, cancelled } of windows) {
+  test(`“${title}” works by keyboard alone`, async (t) => {
+    const person = await startPerson(t, session, listening);
+    const show = async () => {
+      await person.tell(`${open}; null`);
+      await person.window(title);
+    };
+    const press = (key) =>
+      person.until(
+        async () => !(await person.windows()).some((window) => window.title === title),
+        () => person.key(key),
+        `the end by ${key}`,
+      );
+    const focusOn = async (button) => {
+      while ((await person.window(title)).focus !== button) await person.key('Tab');
+    };
+    await show();
+    const seen = new Set();
+    for (let i = 0; i < 2 * stops.length + 4; ++i) {
+      seen.add((await person.window(title)).focus);
+      await person.key('Tab');
+    }
+    assert.deepStrictEqual(
+      stops.filter((stop) => !seen.has(stop)),
+      [],
+      [...seen].join(),
+    );
+    if (cancel !== 'Escape') await focusOn(cancel);
+    await press(cancel === 'Escape' ? 'Escape' : 'space');
+    assert.deepStrictEqual(
+      person.reports.filter((name) => name === accepted),
+      [],
+    );
+    if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
+    if (accepted === undefined) return;
+    await show();
+    await press('Return');
+    if (accepted) await eventually(() => person.reports.includes(accepted), accepted);
+  });
+}
+
+// ---- Sizes
+
+test('windows have the size again that the user has given them', async (t) => {
+  const home = temporaryDirectory(t);
+  const sizes = [];
+  for (const isFirst of [true, false]) {
+    const person = await startPerson(t, session, '', { home });
+    for (const { title, open } of windows.filter(({ cancelled }) => cancelled === undefined)) {
+      const isThere = () => true;
+      await person.tell(`${open}; null`);
+      const { size } = await person.window(title, isThere);
+      if (isFirst) {
+        const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
+        const id = (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
+        await person.xdotool('windowsize', id, Math.round(size[0]) + 60, Math.round(size[1]) + 40);
+        await person.window(title, (window) => window.size[0] > size[0] && window.size[1] > size[1]);
+      }
+      sizes.push([title, (await person.window(title, isThere)).size]);
+      await person.tell(`dialogs.closeWindow(${JSON.stringify(title)}); null`);
+    }
+    await person.tell('m.synchronizeUserDefaults()');
+    person.child.process.kill();
+    await person.child.ended;
+  }
+  const half = sizes.length / 2;
+  assert.deepStrictEqual(sizes.slice(half), sizes.slice(0, half));
+});

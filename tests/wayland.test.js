@@ -1,0 +1,113 @@
+'use strict';
+
+// The module in a Wayland session: a real compositor, its X server for the windows, and its seat for keys and clicks.
+// docs/linux.md says for each function what to expect.
+
+const assert = require('assert');
+const { execFile, execFileSync } = require('child_process');
+const fs = require('fs');
+const path = require('path');
+const { test } = require('node:test');
+
+const { open, root } = require('./support/addon');
+const { eventually, temporaryDirectory } = require('./support/child');
+const { startPerson } = require('./support/dialogs');
+const { useSession } = require('./support/session');
+
+const session = useSession({ wayland: true });
+
+const page = fs.readFileSync(path.join(root, 'docs', 'linux.md'), 'utf8');
+const rows = [...page.matchAll(/^\| ([^|]*`[^|]*) \| ([^|]*) \|$/gm)].map(([, names, what]) => ({
+  names: [...names.matchAll(/`(\w+)`/g)].map(([, name]) => name),
+  what: what.trim(),
+}));
+
+test('the table has each function once', () => {
+  const names = rows.flatMap((row) => row.names);
+  assert.deepStrictEqual([...names].sort(), Object.keys(open('TessaroNative')).sort());
+});
+
+/** The sentence, in quotation marks, of a function's row. */
+const sentenceOf = (name) => rows.find(({ names }) => names.includes(name)).what.match(/“(.*)”/)[1];
+
+test('windows take keys and clicks through Xwayland', async (t) => {
+  const person = await startPerson(
+    t,
+    session,
+    "host.on('notification', ({ name, userInfo }) => report([name, userInfo]));",
+  );
+  const title = 'Support and Feedback';
+  await person.tell("m.openSupportAndFeedbackWindow('Ann', 'a@example.org', 'Hello', null, null); null");
+  await person.window(title);
+  await person.type('Under Wayland');
+  // Its place on the display is the compositor's; the larger window is behind it.
+  await person.until(
+    async () => (await person.windows()).some((window) => window.title === 'Mail' && window.isKey),
+    () => person.click([640, 300]),
+    'a click on the other window',
+  );
+  await person.tell('m.openSupportAndFeedbackWindow(null, null, null, null, null); null');
+  await person.window(title);
+  while ((await person.window(title)).focus !== 'Send') await person.key('Tab');
+  await person.key('space');
+  const sent = () => person.reports.find(([name]) => name === 'TsSupportAndFeedbackMessageNotification');
+  assert.strictEqual((await eventually(sent, 'the message'))[1].message, 'Under Wayland');
+});
+
+test('the general pasteboard is shared with other applications', async (t) => {
+  const person = await startPerson(t, session);
+  const picture = path.join(root, 'docs', 'images', 'tour.png');
+  assert.strictEqual(await person.tell(`m.writeFileContentsToGeneralPasteboard(${JSON.stringify(picture)})`), true);
+  const env = { ...process.env, ...session.env };
+  const paste = ['-selection', 'clipboard', '-o', '-t', 'image/png'];
+  const pasted = await new Promise((resolve) =>
+    execFile('xclip', paste, { env, encoding: 'buffer', maxBuffer: 1 << 26 }, (error, bytes) => resolve(bytes)),
+  );
+  assert.deepStrictEqual(pasted, fs.readFileSync(picture));
+});
+
+test('the file dialog is the desktop portal’s', async (t) => {
+  const person = await startPerson(t, session);
+  await person.tell(`m.showFileDialog(window, JSON.stringify({ title: 'Files' }), report); null`);
+  await person.until(
+    () => person.reports.length > 0,
+    () => person.key('Escape'),
+    'the end of the dialog',
+  );
+  assert.deepStrictEqual(person.reports, [null]);
+  const log = await person.tell('log()');
+  assert.deepStrictEqual(
+    log.filter((text) => text.includes('file dialog')),
+    [],
+  );
+});
+
+test('what needs the whole display is refused with its sentence', async (t) => {
+  const person = await startPerson(
+    t,
+    session,
+    `host.on('notification', ({ name, userInfo }) => name === 'TsKeyboardShortcutMonitorUpdated' && report(userInfo.error ?? null));`,
+  );
+  await person.tell(
+    `m.takeScreenRecording(${JSON.stringify(temporaryDirectory(t))}, (film) => report(['film', film])); null`,
+  );
+  await eventually(() => person.reports.some((report) => Array.isArray(report)), 'the refusal');
+  const log = await person.tell('log()');
+  assert.ok(log.includes(sentenceOf('takeScreenRecording')), log.join('\n'));
+  await person.tell("m.startMonitoringKeyboardShortcuts('key'); null");
+  await person.until(
+    () => person.reports.includes(sentenceOf('startMonitoringKeyboardShortcuts')),
+    () => person.key('F6'),
+    'the refusal of a shortcut',
+  );
+});
+
+test('Debian 12’s portal offers neither global shortcuts nor screen casts here', async () => {
+  const env = { ...process.env, ...session.env };
+  const service = ['org.freedesktop.portal.Desktop', '/org/freedesktop/portal/desktop'];
+  const busctl = (...args) =>
+    execFileSync('busctl', [`--address=${session.env.DBUS_SESSION_BUS_ADDRESS}`, ...args], { env, encoding: 'utf8' });
+  const interfaces = busctl('introspect', ...service);
+  assert.match(interfaces, /org\.freedesktop\.portal\.FileChooser/);
+  assert.doesNotMatch(interfaces, /org\.freedesktop\.portal\.(GlobalShortcuts|ScreenCast)/);
+});
