@@ -233,6 +233,8 @@ for (const { title, open, stops, cancel = 'Escape', accepted, cancelled } of win
     );
     if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
     if (accepted === undefined) return;
+    // The window below gets the keyboard in its own time.
+    await person.window('Mail');
     await show();
     await press('Return');
     if (accepted) await eventually(() => person.reports.includes(accepted), accepted);

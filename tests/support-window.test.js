@@ -125,12 +125,16 @@ test('files are chosen in a dialog, and the log is attached only if ticked', asy
   fs.writeFileSync(file, 'x');
   const person = await start(t);
   await open(person, 'A', 'a@x', null, 'Text', null);
-  await openChooser(person);
-  await person.key('ctrl+a');
-  await person.type(file);
+  const isOpen = await openChooser(person);
+  // The dialog misses keys while it is new.
   await person.until(
     async () => (await contents(person)).at(-1).length === 1,
-    () => person.key('Return'),
+    async () => {
+      if (!(await isOpen())) return;
+      await person.key('ctrl+a');
+      await person.type(file);
+      await person.key('Return');
+    },
     'the file is attached',
   );
   await person.pressButton(title, 'Attach the log file');
