@@ -5,12 +5,14 @@
 const assert = require('assert');
 const { execFileSync, spawn } = require('child_process');
 const fs = require('fs');
+const os = require('os');
 const path = require('path');
 const { test } = require('node:test');
 
 const { root } = require('./support/addon');
-const { eventually, evaluate, startScript, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
 const { startPerson } = require('./support/dialogs');
+const { scenarios } = require('./support/scenario');
 const { useSession } = require('./support/session');
 
 const session = useSession();
@@ -18,7 +20,7 @@ const session = useSession();
 const background = { light: 'fafafa', dark: '2b2b2b' };
 const accent = '3584e4';
 
-const lookOf = (person) => person.tell('JSON.parse(dialogs.look())');
+const lookOf = (person) => person.tell(({ dialogs }) => dialogs.look());
 
 /** Waits until the look has these values. */
 const becomes = (person, expected) =>
@@ -46,7 +48,7 @@ function startSettingsDaemon(t, settings) {
 }
 
 test('font, scale and darkness follow the settings of the X session', async (t) => {
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   const { font, scale } = await lookOf(person);
   assert.deepStrictEqual(await lookOf(person), {
     background: background.light,
@@ -65,31 +67,26 @@ test('font, scale and darkness follow the settings of the X session', async (t) 
 
 test('the settings portal decides on darkness, and names the accent colour', async (t) => {
   startSettingsDaemon(t, 'Net/ThemeName "Adwaita-dark"');
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   await becomes(person, { background: background.dark });
   // Debian 12's portal knows no accent colour.
-  const portal = startScript(
-    t,
-    `const { bus } = probe();
-     process.stdin.setEncoding('utf8').on('data', (line) => eval('bus.' + line)).on('end', () => process.exit(0));`,
-    { env: session.env },
-  );
-  const say = (line) => portal.process.stdin.write(`${line}\n`);
-  say('setPortalScheme(2)');
+  const portal = await scenarios().with({ env: session.env }).resident(t);
+  const say = (name, ...values) => portal.tell((fixture, each, all) => fixture.bus[each](...all), name, values);
+  await say('setPortalScheme', 2);
   await becomes(person, { background: background.light, accent });
-  say('setPortalAccent(1, 0.2, 0)');
+  await say('setPortalAccent', 1, 0.2, 0);
   await becomes(person, { accent: 'ff3300' });
-  say('setPortalAccent(-1, -1, -1)');
+  await say('setPortalAccent', -1, -1, -1);
   await becomes(person, { accent });
   // No preference.
-  say('setPortalScheme(0)');
+  await say('setPortalScheme', 0);
   await becomes(person, { background: background.dark });
-  portal.process.stdin.end();
-  await portal.ended;
+  await portal.kill();
+  await becomes(person, { background: background.dark });
 });
 
 test('the real settings portal is followed', async (t) => {
-  const person = await startPerson(t, session);
+  const person = await startPerson(t);
   const env = { ...process.env, ...session.env };
   const set = (key, value) => execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], { env });
   execFileSync(
@@ -127,16 +124,19 @@ test('damaged session settings end where the damage is', async (t) => {
   );
   const property = Buffer.concat([word(0), word(0), word(2), ...entries]).toString('latin1');
   const tooMany = `${property.slice(0, 8)}\xff\xff\xff\xff${property.slice(12)}`;
-  const [whole, endless, halves] = await evaluate(
-    t,
-    `const { dialogs } = probe();
-     const property = ${JSON.stringify(property)};
-     const parse = (text) => JSON.parse(dialogs.parseSessionSettings(text));
-     const halves = Array.from(property, (_, length) => Object.keys(parse(property.slice(0, length))).length);
-     console.log(JSON.stringify([parse(property), parse(${JSON.stringify(tooMany)}), halves]));`,
-  );
+  const parse = (texts) =>
+    scenarios()(
+      t,
+      ({ dialogs }, all) => all.map((text) => dialogs.parseSessionSettings(Buffer.from(text, 'latin1'))),
+      texts,
+    );
+  const [whole, endless, ...halves] = await parse([
+    property,
+    tooMany,
+    ...Array.from(property, (_, length) => property.slice(0, length)),
+  ]);
   assert.deepStrictEqual([whole, endless], [settings, settings]);
-  assert.ok(halves.every((count) => count <= 2));
+  assert.ok(halves.every((each) => Object.keys(each).length <= 2));
 });
 
 test('a theme that the user has chosen is left alone', async (t) => {
@@ -148,9 +148,8 @@ test('a theme that the user has chosen is left alone', async (t) => {
     "host.setDefault('GSTheme', 'Chosen'); m.synchronizeUserDefaults();",
     options,
   );
-  before.child.process.kill();
-  await before.child.ended;
-  const person = await startPerson(t, session, '', options);
+  await before.resident.kill();
+  const person = await startPerson(t, options);
   assert.strictEqual((await lookOf(person)).theme, 'GSTheme');
 });
 
@@ -170,39 +169,43 @@ const picture = path.join(root, 'docs', 'images', 'tour.png');
 const windows = [
   {
     title: 'Support and Feedback',
-    open: "m.openSupportAndFeedbackWindow('Ann', 'a@example.org', null, 'It crashes', null)",
+    open: ({ native }) => native.openSupportAndFeedbackWindow('Ann', 'a@example.org', null, 'It crashes', null),
     stops: ['NSTextField', 'NSTextView', 'NSTableView', 'Attach Files...', 'Attach the log file', 'Cancel', 'Send'],
     accepted: 'TsSupportAndFeedbackMessageNotification',
   },
   {
     title: 'Recipients',
-    open: `m.pickEmailAddresses(window, ${JSON.stringify(contacts)})`,
+    open: ({ native, window }, texts) => native.pickEmailAddresses(window, texts),
+    argument: contacts,
     stops: ['NSTableView', 'Add', 'Cancel', 'Edit'],
     cancel: 'Cancel',
     accepted: 'TsContactEmailAddressesPicked',
   },
   {
     title: path.basename(picture),
-    open: `m.annotateImage(${JSON.stringify(picture)}, () => {})`,
+    open: ({ native }, file) => native.annotateImage(file, () => {}),
+    argument: picture,
     stops: ['TsAnnotationView', 'Arrow', 'Box', 'Text', 'Blur', 'Cancel', 'Save'],
     cancelled: 'TsImageAnnotated',
   },
-  { title: 'Software Update', open: 'm.checkForUpdates(false, false)', stops: ['OK'], accepted: '' },
+  { title: 'Software Update', open: ({ native }) => native.checkForUpdates(false, false), stops: ['OK'], accepted: '' },
   {
     title: 'Screen Recording',
-    open: "m.takeScreenRecording(require('os').tmpdir(), () => {})",
+    open: ({ native }, folder) => native.takeScreenRecording(folder, () => {}),
+    argument: os.tmpdir(),
     stops: ['Whole Screen', 'Area…', 'Cancel'],
     cancelled: 'TsScreenRecorded',
   },
 ];
 
-const listening = "host.on('notification', ({ name }) => name.startsWith('Ts') && report(name));";
-
-for (const { title, open, stops, cancel = 'Escape', accepted, cancelled } of windows) {
+for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelled } of windows) {
   test(`“${title}” works by keyboard alone`, async (t) => {
-    const person = await startPerson(t, session, listening);
+    const person = await startPerson(t);
+    await person.tell(({ host, report }) => {
+      host.on('notification', ({ name }) => name.startsWith('Ts') && report(name));
+    });
     const show = async () => {
-      await person.tell(`${open}; null`);
+      await person.tell(open, argument);
       await person.window(title);
     };
     const press = (key) =>
@@ -247,10 +250,10 @@ test('windows have the size again that the user has given them', async (t) => {
   const home = temporaryDirectory(t);
   const sizes = [];
   for (const isFirst of [true, false]) {
-    const person = await startPerson(t, session, '', { home });
-    for (const { title, open } of windows.filter(({ cancelled }) => cancelled === undefined)) {
+    const person = await startPerson(t, { home });
+    for (const { title, open, argument } of windows.filter(({ cancelled }) => cancelled === undefined)) {
       const isThere = () => true;
-      await person.tell(`${open}; null`);
+      await person.tell(open, argument);
       const { size } = await person.window(title, isThere);
       if (isFirst) {
         const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
@@ -259,11 +262,10 @@ test('windows have the size again that the user has given them', async (t) => {
         await person.window(title, (window) => window.size[0] > size[0] && window.size[1] > size[1]);
       }
       sizes.push([title, (await person.window(title, isThere)).size]);
-      await person.tell(`dialogs.closeWindow(${JSON.stringify(title)}); null`);
+      await person.closeWindow(title);
     }
-    await person.tell('m.synchronizeUserDefaults()');
-    person.child.process.kill();
-    await person.child.ended;
+    await person.tell(({ native }) => native.synchronizeUserDefaults());
+    await person.resident.kill();
   }
   const half = sizes.length / 2;
   assert.deepStrictEqual(sizes.slice(half), sizes.slice(0, half));
