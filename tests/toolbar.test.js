@@ -402,6 +402,7 @@ test('malformed items are skipped or reduced to their valid parts', async (t) =>
       ],
       [['odd'], ['odd']],
     ],
+    ['a number for a truth value', [{ identifier: 'one', label: 'One', 'default?': 1 }], [['one'], []]],
     ['an identifier and a type', [{ identifier: 'both', type: 'space', ...shown }], [['both', space], [space]]],
     ['the same identifier twice', [twice, twice], [Array(2).fill('twice'), Array(2).fill('twice')]],
   ];
