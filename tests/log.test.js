@@ -100,7 +100,7 @@ test('an error is in the file when the call returns, and a full disk ends nothin
   const [logs, full] = [temporaryDirectory(t), temporaryDirectory(t)];
   const { text, code } = await evaluate(
     t,
-    `const { addFileLogger, log, flushLog } = probe();
+    `const { addFileLogger, logText: log, flushLog } = probe();
      const fs = require('fs');
      addFileLogger(${JSON.stringify(logs)});
      log(${error}, 'the disk is fine');

@@ -602,7 +602,7 @@ test('an active workspace is made when there is none; what cannot be saved is un
   );
   assert.deepStrictEqual([result.made, result.undone, result.none], [[true, 2, true], 2, [[], null, null, null]]);
   assert.strictEqual(result.failure.length, 1);
-  assert.match(result.failure[0], /^error Is a directory\\n\(/);
+  assert.match(result.failure[0], /^error Is a directory\n\(/);
   assert.deepStrictEqual(
     result.log,
     [
