@@ -142,12 +142,11 @@ test('damaged session settings end where the damage is', async (t) => {
 test('a theme that the user has chosen is left alone', async (t) => {
   const home = temporaryDirectory(t);
   const options = { home };
-  const before = await startPerson(
-    t,
-    session,
-    "host.setDefault('GSTheme', 'Chosen'); m.synchronizeUserDefaults();",
-    options,
-  );
+  const before = await startPerson(t, options);
+  await before.tell(({ host, native }) => {
+    host.setDefault('GSTheme', 'Chosen');
+    native.synchronizeUserDefaults();
+  });
   await before.resident.kill();
   const person = await startPerson(t, options);
   assert.strictEqual((await lookOf(person)).theme, 'GSTheme');

@@ -6,8 +6,9 @@ const { ok, notOffered, failed } = require('./rows');
 exports.title = 'The desktop’s look';
 exports.needs = ['display', 'module'];
 
+// The picker's window keeps the texts of its first opening, in an earlier scene.
 const picker = JSON.stringify({
-  'window-title': 'Recipients',
+  'window-title': 'Pick Recipients',
   'accept-button-label': 'Add',
   'cancel-button-label': 'Cancel',
   'edit-in-contacts-button-label': 'Edit in Contacts…',
@@ -20,7 +21,7 @@ const support = {
   at: [40, 30],
 };
 const contacts = {
-  title: 'Recipients',
+  title: 'Pick Recipients',
   open: ({ module, window }) => module.pickEmailAddresses(window, picker),
   at: [640, 30],
 };
@@ -35,9 +36,9 @@ const pictures = [
 
 async function show(stage, { title, open, at }) {
   open(stage);
-  const id = await stage.until(async () =>
-    (await stage.run('xdotool', 'search', '--onlyvisible', '--name', `^${title}$`))?.trim().split('\n').at(-1),
-  );
+  const find = async () =>
+    (await stage.run('xdotool', 'search', '--onlyvisible', '--name', `^${title}$`))?.trim().split('\n').at(-1);
+  const id = await stage.until(find, 15000);
   if (!id) return false;
   await stage.run('xdotool', 'windowactivate', '--sync', id, 'windowmove', id, ...at.map(String), 'sleep', '0.5');
   return true;
