@@ -68,18 +68,21 @@ test('accelerators', async (t) => {
     ['Shift+ä', 'ä', shift],
     ['Shift', 'Shift', shift],
   ];
-  const rows = cases.map(([accelerator, ...expected]) => [accelerator, [1, 1, ...expected]]);
-  await inSession.table(
+  const results = await inSession(
     t,
-    rows,
-    ({ begin, byId, menus }, accelerator, items) => {
+    ({ begin, byId, menus }, accelerators, items) => {
       begin(items);
-      const answers = [byId(2, { accelerator: 'Cmd+Opt+q' }), byId(2, { accelerator })];
-      const { key, modifiers } = menus.mainMenu()[1].items[0];
-      return [...answers, key, modifiers];
+      return accelerators.map((accelerator) => {
+        const answers = [byId(2, { accelerator: 'Cmd+Opt+q' }), byId(2, { accelerator })];
+        const { key, modifiers } = menus.mainMenu()[1].items[0];
+        return [...answers, key, modifiers];
+      });
     },
+    cases.map(([accelerator]) => accelerator),
     menu,
   );
+  results.forEach((result, i) => assert.deepStrictEqual([cases[i][0], ...result.slice(2)], cases[i]));
+  assert.ok(results.every(([first, second]) => first === 1 && second === 1));
 });
 
 test('titles reach the submenu, hidden items keep their place, and unknown attributes are logged and skipped', async (t) => {
