@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Base/Lifetime.h"
+#include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Linux/Desktop/DesktopLook.h"
 #include "Platform/Linux/Desktop/PortalSettings.h"
 #include "Platform/Linux/Desktop/XSettings.h"
@@ -69,7 +70,10 @@ class Appearance {
     if (listeners_.empty()) return;
     const DesktopLook look = Look();
     if (look == std::exchange(last_, look)) return;
-    for (const auto& listener : listeners_) listener(look);
+    // A change of the X session's settings comes from the event loop, which has no pool.
+    WithAutoreleasePool([&] {
+      for (const auto& listener : listeners_) listener(look);
+    });
   }
 
   // The members call back while they are made.

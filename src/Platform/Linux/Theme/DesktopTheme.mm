@@ -61,11 +61,7 @@ void FollowDesktopLook() {
   auto theme = Adopt([[TsDesktopTheme alloc] initWithLook:CurrentLook()]);
   [GSTheme setTheme:theme];
   SetFontIn([NSApp mainMenu]);
-  ListenForLookChanges([theme](const DesktopLook& look) {
-    @autoreleasepool {
-      Take(theme, look);
-    }
-  });
+  ListenForLookChanges([theme](const DesktopLook& look) { Take(theme, look); });
 }
 
 }  // namespace tessaro::platform
