@@ -202,9 +202,10 @@ bool IsPropertyList(NSString* type) {
   return NSGeneralPboard;
 }
 
-- (ClipboardOffer*)offer {
+// Ask once in a method: another program may take the clipboard at any time.
+- (std::shared_ptr<ClipboardOffer>)offer {
   if (_offer && !_offer->IsCurrent()) _offer = nullptr;
-  return _offer.get();
+  return _offer;
 }
 
 - (int)declareTypes:(NSArray*)types owner:(id)provider {
@@ -213,7 +214,8 @@ bool IsPropertyList(NSString* type) {
 }
 
 - (BOOL)setData:(NSData*)data forType:(NSString*)type {
-  return [self offer] != nullptr && [self offer]->Set(type, data);
+  const auto offer = [self offer];
+  return offer != nullptr && offer->Set(type, data);
 }
 
 - (BOOL)setString:(NSString*)string forType:(NSString*)type {
@@ -222,7 +224,7 @@ bool IsPropertyList(NSString* type) {
 }
 
 - (NSArray*)types {
-  if ([self offer] != nullptr) return [self offer]->types();
+  if (const auto offer = [self offer]) return offer->types();
   const auto types = ForeignTypes(kClipboard, kLimits);
   if (!types) RaiseNoAnswer(types.error());
   return Retain(types->get()).Autoreleased();
@@ -237,7 +239,7 @@ bool IsPropertyList(NSString* type) {
 }
 
 - (NSData*)dataForType:(NSString*)type {
-  if ([self offer] != nullptr) return [self offer]->Get(type);
+  if (const auto offer = [self offer]) return offer->Get(type);
   const auto data = ForeignData(kClipboard, type, kLimits);
   if (!data) RaiseNoAnswer(data.error());
   return Retain(data->get()).Autoreleased();

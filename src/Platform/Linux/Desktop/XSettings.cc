@@ -35,7 +35,7 @@ class PropertyReader {
 
   // Texts are padded to whole words.
   std::string Text(std::size_t size) {
-    const std::string text(Bytes(size));
+    std::string text(Bytes(size));
     Skip((4 - size % 4) % 4);
     return text;
   }
@@ -72,10 +72,10 @@ XSettings::Values XSettings::Parse(std::string_view property) {
   for (std::uint32_t i = 0; i < count && !reader.IsAtEnd(); ++i) {
     const auto type = reader.Next<std::uint8_t>();
     reader.Skip(1);
-    std::string name = reader.Text(reader.Next<std::uint16_t>());
+    const std::string name = reader.Text(reader.Next<std::uint16_t>());
     reader.Skip(4);
-    if (type == kInteger) values[std::move(name)] = reader.Next<std::int32_t>();
-    if (type == kText) values[std::move(name)] = reader.Text(reader.Next<std::uint32_t>());
+    if (type == kInteger) values[name] = reader.Next<std::int32_t>();
+    if (type == kText) values[name] = reader.Text(reader.Next<std::uint32_t>());
     if (type == kColour) reader.Skip(kColourSize);
     if (type > kColour) break;
   }
