@@ -42,6 +42,7 @@ enum : NSStringCompareOptions { NSCaseInsensitiveSearch = 1, NSLiteralSearch = 2
 @property(readonly) NSStringEncoding fastestEncoding;
 - (NSUInteger)lengthOfBytesUsingEncoding:(NSStringEncoding)encoding;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
+- (BOOL)getCString:(char*)buffer maxLength:(NSUInteger)maxBufferCount encoding:(NSStringEncoding)encoding;
 - (BOOL)getBytes:(void*)buffer
          maxLength:(NSUInteger)length
         usedLength:(NSUInteger*)used
