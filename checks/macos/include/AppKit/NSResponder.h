@@ -18,4 +18,6 @@
 - (void)interpretKeyEvents:(NSArray*)events;
 - (BOOL)performKeyEquivalent:(NSEvent*)event;
 - (void)cancelOperation:(id)sender;
+- (void)insertTab:(id)sender;
+- (void)insertBacktab:(id)sender;
 @end
