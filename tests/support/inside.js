@@ -15,7 +15,7 @@ const { probe } = require('./addon');
 const { eventually } = require('./pace');
 
 const execute = promisify(execFile);
-const print = (value) => process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
+const print = (value) => void process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
 
 const pieces = {
   ...{ assert, events, fs, path, spawn, print, eventually },
