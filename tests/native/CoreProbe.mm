@@ -97,7 +97,16 @@ void pageState(ProbeArguments args) {
                                  [&](NSString* text) { return TextOrNull(isolate, text); }));
 }
 
-id currentMessageText() { return OrNull(GetCurrentMessageText()); }
+void currentMessageText(ProbeArguments args) {
+  // Newer engines drop what a callback has thrown when a value is made for script.
+  v8::TryCatch thrown(args.GetIsolate());
+  id text = OrNull(GetCurrentMessageText());
+  if (thrown.HasCaught()) {
+    thrown.ReThrow();
+    return;
+  }
+  ReturnObject(args, text);
+}
 
 void callDragAndDrop() {
   TsCallback(TsSlot::DragAndDrop).Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});
