@@ -74,7 +74,7 @@ async function startRequests() {
   const server = await startWebServer({ small: 1024 });
   if (server === undefined) throw new Error('there is no nginx');
   cleaning.push(server.stop);
-  // The engine may collect a request that nobody holds.
+  // The engine may collect a request without references.
   const running = new Set();
   const one = () =>
     new Promise((resolve, reject) => {

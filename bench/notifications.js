@@ -22,7 +22,7 @@ const untilDelivered = async (count) => {
   }
 };
 
-// It starts a process for each alert, which ends when the server has answered.
+// The peer starts a process for each alert, which ends when the server has answered.
 const notify = () =>
   new Promise((resolve, reject) => notifier.notify(text, (error) => (error ? reject(error) : resolve())));
 

@@ -7,7 +7,7 @@
 
 #include "Base/TsUnicode.h"
 #include "Doors.h"
-// Its texts are its own.
+// The parser of kept alerts is private to the body.
 #include "Platform/Linux/Alerts/DesktopNotifications.cc"
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 

@@ -6,7 +6,7 @@
 #include "Platform/Linux/Alerts/AlertFiles.h"
 #include "Platform/Linux/Base/KeyFiles.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
-// Its entries are its own.
+// The parser of login items is private to the body.
 #include "Platform/Linux/Desktop/LoginItems.cc"
 #include "Platform/ZipArchive.h"
 

@@ -298,7 +298,7 @@ test('menus report when they open and close, and may change then', async (t) => 
     });
     host.on('command', ({ title }) => told.push(title));
     await eventually(() => host.windowInfo(window).isVisible && host.windowInfo(window).isKey, 'the keyboard');
-    // Opened and closed before anybody asks.
+    // The menu opens and closes before the questions.
     const unasked = hands(to(120, 10), click, moment, to(120, 400), click);
     await eventually(() => unasked.exitCode !== null, 'the hands');
     told.push('asked');

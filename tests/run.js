@@ -33,7 +33,7 @@ const totals = { pass: 0, fail: 0, skipped: 0 };
 /** Everything a test may write to lies below `home`. */
 function environmentFor(home) {
   const temporary = path.join(home, 'tmp');
-  // GNUstep asks for TEMP and TMP, everybody else for TMPDIR.
+  // GNUstep reads TEMP and TMP, other programs read TMPDIR.
   const folders = {
     HOME: home,
     TMPDIR: temporary,
@@ -64,7 +64,7 @@ function killAll(home) {
     try {
       process.kill(Number(pid), 'SIGKILL');
     } catch {
-      // It has ended meanwhile.
+      // The process has ended since.
     }
   }
 }
@@ -99,7 +99,7 @@ function run(file) {
   return new Promise((resolve) =>
     child.on('exit', async (code, signal) => {
       clearTimeout(timer);
-      // What is left of the file's processes would keep the output open.
+      // Left-over processes of the file would keep the output open.
       endFile(home);
       await closed;
       resolve({ output, code, signal });

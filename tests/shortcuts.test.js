@@ -14,7 +14,7 @@ const withoutDisplay = scenarios({
   host: true,
   uses: ['keys'],
   fixture({ eventually, host, key, native, openKeyWindow, shortcuts }) {
-    // What the module has told, in order.
+    // The module's calls, in order.
     const statuses = [];
     const actions = [];
     host.on('notification', ({ name, userInfo }) => {

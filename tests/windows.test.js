@@ -159,7 +159,7 @@ for (const isVisible of [true, false]) {
         if (!shown) windows.orderOut('First');
         const before = state();
         native.resizeWindowContent(handle, 480, 220);
-        // It is animated, and the window manager has the last word.
+        // Resizing is animated, and the window manager decides the size.
         if (shown) await atRest(() => (state().content[3] === 220 ? state() : Math.random()));
         return { before, after: state() };
       },
@@ -191,7 +191,7 @@ test('handles that are not of a living window are refused', async (t) => {
       const closed = await open({ title: 'First' });
       host.closeWindow(closed);
       await eventually(() => !native.hasKeyWindow(), 'the end of the window');
-      // What a host that lets go of its windows leaves behind: the memory may be anything by now.
+      // A handle of a window that the host has released: the memory may hold anything.
       for (let i = 0; i < 200; ++i) host.closeWindow(host.createWindow({ title: 'Filler' }));
       for (let i = 0; i < 20; ++i) await nextTurn();
       const bytes = [

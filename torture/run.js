@@ -33,8 +33,8 @@ function makeContext() {
   };
 }
 
-// What a process runs. `act(i)` happens while a call may fail, and gives what the module has reported; `check(i, told)`
-// happens when none does any more, and throws when something is lost.
+// The script of a process. `act(i)` runs while a call may fail, and gives the module's reports; `check(i, told)` runs
+// when no call fails any more, and throws when something is lost.
 const loop = ({ source, kinds, mostOf = {}, leastOf = {} }, begin) => `
   const fs = require('fs');
   const { eventually } = require('./tests/support/child');

@@ -137,7 +137,7 @@ const alerts = {
         const check = async (i, told) => {
           const { scheduled } = JSON.parse(n.alerts());
           if (!scheduled.includes(name(i))) throw new Error('the alert is not scheduled');
-          // It says so when an alert is not kept beyond the end of the process.
+          // The module logs a warning when an alert is not kept beyond the end of the process.
           if (!told.some((text) => text.includes(name(i)) && !text.includes('now '))) fs.appendFileSync(${quoted(kept)}, name(i) + '\\n');
           await eventually(() => {
             show('again ' + name(i), null);
@@ -303,7 +303,7 @@ const crashRecord = {
           child.stdout.on('data', (text) => (output += text));
           child.on('close', (code, signal) => resolve({ output, code, signal }));
         });
-                // What counts are the calls of the process that crashes.
+                // Only the calls of the process that crashes count.
         fs.openSync = (file) => armLater(...file.split('/').slice(2));
         fs.readlinkSync = () => fs.readFileSync(counts, 'utf8');
         let tried;

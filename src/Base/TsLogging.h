@@ -47,7 +47,7 @@ class TsLogFacility {
  public:
   static TsLogFacility& Shared();
 
-  // It hears of what is logged from now on.
+  // The logger receives what is logged from now on.
   void AddLogger(std::shared_ptr<TsLogger> logger) noexcept;
   void RemoveLogger(const std::shared_ptr<TsLogger>& logger) noexcept;
 

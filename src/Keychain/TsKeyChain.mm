@@ -163,7 +163,7 @@ NSDictionary* Written(const Result<void>& result, NSString* account, NSString* p
 
 - (BOOL)removeAllPasswords {
   const std::string service = TsStdString(_service);
-  // Repeat for items that are added meanwhile.
+  // Repeat for items that are added while others are removed.
   for (;;) {
     const auto items = _store->Find(service, std::nullopt);
     if (!items) return YES;

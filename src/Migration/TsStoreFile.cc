@@ -142,7 +142,7 @@ Result<std::string> ReadFile(const std::filesystem::path& file) {
   if (!stream.read(bytes.data(), static_cast<std::streamsize>(size)) && !stream.eof()) {
     return Fail(kReadUnknown, "The file can't be read.");
   }
-  // The file may have become shorter meanwhile.
+  // Another process may have shortened the file.
   bytes.resize(static_cast<std::size_t>(stream.gcount()));
   return bytes;
 }

@@ -67,7 +67,7 @@ id specifiers() {
   return @[ Truth(whenSet), Truth(whenInserted), Truth(whenRemoved) ];
 }
 
-// What an attachment makes of a path.
+// The attachment's values for a path.
 id path(NSString* text) {
   const auto attachment = Adopt([[TsASOutgoingMessageAttachment alloc] init]);
   [attachment setPath:text];

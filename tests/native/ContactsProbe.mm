@@ -110,7 +110,7 @@ bool make(NSDictionary* description) {
   return [book save] != NO;
 }
 
-// [[name, address]], or nobody.
+// [[name, address]]; empty without recipients.
 id recipient(NSString* address, NSDictionary* description) {
   static_cast<void>(tessaro::platform::SharedAddressBook());
   TsRecipient* found = [TsRecipient recipient:address person:NewPerson(description)];
@@ -170,7 +170,7 @@ void AddTables(NSView* view, NSMutableArray* tables) {
   for (NSView* subview in [view subviews]) AddTables(subview, tables);
 }
 
-// What the picker's window shows, and where.
+// The views of the picker's window and their frames.
 id picker() {
   NSWindow* window = [Picker() window];
   NSMutableArray* views = [NSMutableArray array];

@@ -43,7 +43,7 @@ TsProbeProvider* Provider() {
   return provider->get();
 }
 
-// A picture and HTML that are provided only when somebody wants them, and how often that was.
+// A picture and HTML that are provided on request, and the number of requests.
 void offerLazily() { [General() declareTypes:@[ @"public.png", @"public.html" ] owner:Provider()]; }
 int timesProvided() { return [Provider() times]; }
 
@@ -92,7 +92,7 @@ bool largeValueSurvives(std::uint32_t length) {
   return isSaved && isRestored && [[General() dataForType:@"org.tessaro.large"] isEqualToData:data];
 }
 
-// What is on the pasteboard for addresses and their titles.
+// Writes addresses and their titles, and returns the pasteboard's contents.
 id putURLs(NSArray* urls, NSArray* titles) {
   [General() ts_declareURLPasteboardWithAdditionalTypes:@[ @"org.tessaro.more" ] owner:nil];
   [General() ts_setURLs:urls withTitles:titles];

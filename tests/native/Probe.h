@@ -39,7 +39,7 @@ using ProbeArguments = const v8::FunctionCallbackInfo<v8::Value>&;
 
 [[nodiscard]] inline id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
-// What JSON can hold, on its way between script and a probe. Nil is undefined.
+// Values of JSON, between script and a probe. Nil is undefined.
 void ReturnObject(ProbeArguments args, id value);
 [[nodiscard]] id ObjectFromScript(v8::Local<v8::Value> value);
 

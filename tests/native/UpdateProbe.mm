@@ -114,7 +114,7 @@ int fuzz(std::string_view feedBefore, int count, std::uint32_t seed) {
   return updates;
 }
 
-// The answer that nobody on this system asks for.
+// The Linux updater never asks this question of its delegate.
 bool promptsForPermission() {
   TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
   return [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()] != NO;

@@ -44,7 +44,7 @@ const pieces = {
   },
 };
 
-// What is looked for elsewhere: the host, the module, and what tests reach behind the module.
+// Members that are loaded on demand: the host, the module and its probes.
 const elsewhere = {
   host: () => require('../../host'),
   native: () => probe().module,

@@ -13,8 +13,8 @@
 
 namespace tessaro::platform {
 
-// What org.freedesktop.portal.Settings says about the desktop's look. A value is missing while there is no portal, and
-// where the portal does not know it. Main thread only.
+// The desktop's look from org.freedesktop.portal.Settings. Values that the portal lacks are missing, all of them while
+// there is no portal. Main thread only.
 class PortalSettings final : private BusService {
  public:
   struct Values {

@@ -66,7 +66,7 @@ void DrawMark(NSRect box, bool isOn) {
 }
 
 void DrawField(NSRect frame, NSView* view) {
-  // What lies behind the round corners.
+  // The round corners show the colour behind the view.
   [[[view window] backgroundColor] set];
   if ([view isOpaque]) NSRectFill(frame);
   FillRounded(NSInsetRect(frame, 0.5, 0.5), kCorner, [NSColor textBackgroundColor]);

@@ -17,7 +17,7 @@ constexpr CGFloat kHeaderMargin = 4;
 constexpr CGFloat kSmallestFont = 8;
 constexpr CGFloat kLargestFont = 48;
 
-// What the user sees, on a light and on a dark desktop, and the names that it has in GNUstep, without "Color".
+// A colour on a light and on a dark desktop, and its names in GNUstep, without "Color".
 struct Shade {
   std::uint32_t light;
   std::uint32_t dark;
