@@ -97,16 +97,7 @@ void pageState(ProbeArguments args) {
                                  [&](NSString* text) { return TextOrNull(isolate, text); }));
 }
 
-void currentMessageText(ProbeArguments args) {
-  // Newer engines drop what a callback has thrown when a value is made for script.
-  v8::TryCatch thrown(args.GetIsolate());
-  id text = OrNull(GetCurrentMessageText());
-  if (thrown.HasCaught()) {
-    thrown.ReThrow();
-    return;
-  }
-  ReturnObject(args, text);
-}
+id currentMessageText() { return OrNull(GetCurrentMessageText()); }
 
 void callDragAndDrop() {
   TsCallback(TsSlot::DragAndDrop).Call({@"drop", TsObjectHandle{[NSBundle mainBundle]}, @"[]"});

@@ -102,7 +102,14 @@ struct Probed<Result (*)(Parameters...)> {
     if constexpr (std::is_void_v<Result>) {
       probe(FromScript<Parameters>(args[index])...);
     } else {
-      ReturnValue(args, probe(FromScript<Parameters>(args[index])...));
+      v8::TryCatch thrown(args.GetIsolate());
+      const Result result = probe(FromScript<Parameters>(args[index])...);
+      // Newer engines drop what a callback has thrown when a value is made for script.
+      if (thrown.HasCaught()) {
+        thrown.ReThrow();
+        return;
+      }
+      ReturnValue(args, result);
     }
   }
 };
