@@ -3,11 +3,13 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 #include "Platform/Linux/AppKit/SideTable.h"
 #import "Platform/Linux/AppKit/TsTitlebarAccessories.h"
+#include "Platform/Linux/Base/XDisplay.h"
 
 NSString* const NSWindowDidChangeBackingPropertiesNotification = @"NSWindowDidChangeBackingPropertiesNotification";
 
@@ -56,6 +58,8 @@ namespace {
 
 constexpr CGFloat kSmallest = 1;
 
+using Borders = void (*)(id, SEL, float*, float*, float*, float*, unsigned, unsigned long);
+ReplacedMethod<Borders> bordersOf;
 ReplacedMethod<void (*)(NSWindow*, SEL, NSRect, BOOL, BOOL)> setFrame;
 ReplacedMethod<void (*)(NSPanel*, SEL, NSEvent*)> keyDown;
 
@@ -77,6 +81,18 @@ void SetFrameWithinScreens(NSWindow* window, SEL selector, NSRect frame, BOOL di
   setFrame(window, selector, frame, display, animate);
 }
 
+// Window managers take the borders off a closed window and say that it has none, but the next opening gives them back.
+// Without borders the window would be as large as its frame. The X window's origin is the frame's until then.
+void BordersOf(id server, SEL selector, float* left, float* right, float* top, float* bottom, unsigned style,
+               unsigned long window) {
+  bordersOf(server, selector, left, right, top, bottom, style, window);
+  const bool hasBorders = *left + *right + *top + *bottom > 0;
+  if (hasBorders || window == 0 || (style & NSTitledWindowMask) == 0 || IsMapped(window)) return;
+  bordersOf(server, selector, left, right, top, bottom, style, 0);
+  *right += std::exchange(*left, 0);
+  *bottom += std::exchange(*top, 0);
+}
+
 // GNUstep closes the panel without asking its delegate.
 void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
   const bool isEscape = [[event charactersIgnoringModifiers] isEqual:@"\e"];
@@ -86,6 +102,7 @@ void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
 }  // namespace
 
 void CompleteWindows() {
+  bordersOf.With(NSClassFromString(@"XGServer"), "styleoffsets::::::", BordersOf);
   setFrame.With([NSWindow class], "setFrame:display:animate:", SetFrameWithinScreens);
   keyDown.With([NSPanel class], "keyDown:", CloseWithEscape);
 }

@@ -8,4 +8,7 @@ namespace tessaro::platform {
 // up to date. nullptr if missing.
 [[nodiscard]] _XDisplay* XDisplay() noexcept;
 
+// Whether the X window is on the display, or under others there. Main thread only.
+[[nodiscard]] bool IsMapped(unsigned long window) noexcept;
+
 }  // namespace tessaro::platform

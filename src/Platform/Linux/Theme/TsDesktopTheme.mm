@@ -16,6 +16,8 @@ constexpr GSThemeMargins kButtonMargins = {12, 12, 6, 6};
 constexpr CGFloat kHeaderMargin = 4;
 constexpr CGFloat kSmallestFont = 8;
 constexpr CGFloat kLargestFont = 48;
+// For the back end's text: neither glyphs nor their advances are fitted to the pixels of scale 1.
+constexpr int kFractionalAdvances = 0x11;
 
 // A colour on a light and on a dark desktop, and its names in GNUstep, without "Color".
 struct Shade {
@@ -94,6 +96,7 @@ Ref<NSDictionary> NewDefaults(const DesktopLook& look) {
     @"GSMenuSeparatorHeight" : @9,
   }];
   if (look.scale > 0) [defaults setObject:@(look.scale) forKey:@"GSScaleFactor"];
+  if (look.scale > 1) [defaults setObject:@(kFractionalAdvances) forKey:@"GSFontHinting"];
   if (NSFont* font = FontOf(TsNSString(look.font))) {
     NSFont* bold = [[NSFontManager sharedFontManager] convertFont:font toHaveTrait:NSBoldFontMask];
     [defaults setObject:[font fontName] forKey:@"NSFont"];
