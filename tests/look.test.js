@@ -8,6 +8,7 @@ const fs = require('fs');
 const os = require('os');
 const path = require('path');
 const { test } = require('node:test');
+const sharp = require('sharp');
 
 const { root } = require('./support/addon');
 const { eventually, temporaryDirectory } = require('./support/child');
@@ -152,6 +153,35 @@ test('a theme that the user has chosen is left alone', async (t) => {
   assert.strictEqual((await lookOf(person)).theme, 'GSTheme');
 });
 
+/** Where strokes begin in a row of the display's pixels. */
+async function darkColumns(t, [x, y, width, height]) {
+  const file = path.join(temporaryDirectory(t), 'row.png');
+  const area = `${width}x${height}+${Math.round(x)}+${Math.round(y)}`;
+  execFileSync('import', ['-window', 'root', '-crop', area, file], { env: { ...process.env, ...session.env } });
+  const pixels = [...(await sharp(file).greyscale().raw().toBuffer())];
+  return pixels.flatMap((shade, column) => (shade < 160 && !(pixels[column - 1] < 160) ? [column] : []));
+}
+
+test('scaled text is spaced evenly', async (t) => {
+  startSettingsDaemon(t, 'Xft/DPI 196608');
+  const person = await startPerson(t);
+  await becomes(person, { scale: 2 });
+  // Longer than the runs that are drawn at a time.
+  await person.tell(
+    ({ native }, text) => native.openSupportAndFeedbackWindow('', text, '', null, null),
+    'l'.repeat(40),
+  );
+  const title = 'Support and Feedback';
+  await person.window(title);
+  const { centre, size } = await person.view(title, ({ text }) => text?.startsWith('ll'));
+  const strokes = await eventually(async () => {
+    const columns = await darkColumns(t, [centre[0] - size[0] + 8, centre[1], 2 * size[0] - 16, 1]);
+    return columns.length === 40 && columns;
+  }, 'the text');
+  const gaps = strokes.slice(1).map((column, index) => column - strokes[index]);
+  assert.ok(Math.max(...gaps) - Math.min(...gaps) <= 1, gaps.join());
+});
+
 // ---- The keyboard
 
 const contacts = JSON.stringify({
@@ -245,6 +275,27 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
 
 // ---- Sizes
 
+/** The X window of a title. */
+const shown = async (person, title) => {
+  const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
+  return (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
+};
+
+test('a window that is opened again is as large as before', async (t) => {
+  const person = await startPerson(t);
+  for (const { title, open, argument } of windows.filter(({ cancelled }) => cancelled === undefined)) {
+    const sizes = [];
+    for (let i = 0; i < 2; ++i) {
+      await person.tell(open, argument);
+      await person.window(title);
+      sizes.push((await person.xdotool('getwindowgeometry', await shown(person, title))).match(/\d+x\d+/)[0]);
+      await person.closeWindow(title);
+      await person.window('Mail');
+    }
+    assert.strictEqual(sizes[1], sizes[0], title);
+  }
+});
+
 test('windows have the size again that the user has given them', async (t) => {
   const home = temporaryDirectory(t);
   const sizes = [];
@@ -255,8 +306,7 @@ test('windows have the size again that the user has given them', async (t) => {
       await person.tell(open, argument);
       const { size } = await person.window(title, isThere);
       if (isFirst) {
-        const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
-        const id = (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
+        const id = await shown(person, title);
         await person.xdotool('windowsize', id, Math.round(size[0]) + 60, Math.round(size[1]) + 40);
         await person.window(title, (window) => window.size[0] > size[0] && window.size[1] > size[1]);
       }

@@ -80,6 +80,13 @@ test('the file dialog is the desktop portal’s', async (t) => {
     (await person.windows()).map((window) => window.title),
     ['Mail'],
   );
+  // Escape cancels, and no panel takes the dialog's place.
+  await person.until(
+    () => person.reports.length > 0,
+    () => person.key('Escape'),
+    'the answer of the file dialog',
+  );
+  assert.strictEqual(await person.report(0), null);
   assert.ok(!JSON.stringify(await person.log()).includes('file dialog'));
 });
 

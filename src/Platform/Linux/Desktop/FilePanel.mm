@@ -31,6 +31,7 @@ using namespace tessaro::platform;
   Ref<NSSavePanel> _panel;
   NSModalSession _modalSession;
   BOOL _isAccepted;
+  BOOL _hasLostKeyboard;
 }
 
 - (instancetype)initWithWindow:(NSWindow*)window request:(FileRequest)request answer:(FileAnswer)answer;
@@ -109,19 +110,19 @@ std::vector<std::string> PathsOf(NSSavePanel* panel) {
 
 - (void)open {
   [Sessions() addObject:self];
-  [self observe:@selector(windowWillClose:) of:_window];
+  [self observe:NSWindowWillCloseNotification of:_window with:@selector(windowWillClose:)];
+  [self observe:NSWindowDidResignKeyNotification of:_window with:@selector(windowDidResignKey:)];
   _portal = std::make_unique<FilePortal>(PortalHandleOf(_window), _request, [self](const auto& paths) {
     if (paths) return [self endWith:*paths];
+    // GTK's dialog ends so with Escape. Only a dialog that never appeared needs a replacement.
+    if (paths.error().code == kEndedOtherwise && _hasLostKeyboard) return [self endWith:{}];
     TsLogInfo(@"No file dialog of the desktop's: %s", paths.error().message.c_str());
     [self openPanel];
   });
 }
 
-- (void)observe:(SEL)windowWillClose of:(NSWindow*)window {
-  [[NSNotificationCenter defaultCenter] addObserver:self
-                                           selector:windowWillClose
-                                               name:NSWindowWillCloseNotification
-                                             object:window];
+- (void)observe:(NSString*)name of:(NSWindow*)window with:(SEL)handler {
+  [[NSNotificationCenter defaultCenter] addObserver:self selector:handler name:name object:window];
 }
 
 - (void)openPanel {
@@ -134,7 +135,7 @@ std::vector<std::string> PathsOf(NSSavePanel* panel) {
   [_panel setMessage:TsNSString(_request.message)];
   [_panel setShowsHiddenFiles:_request.showsHidden];
   [_panel setDelegate:static_cast<id>(self)];
-  [self observe:@selector(panelWillClose:) of:_panel];
+  [self observe:NSWindowWillCloseNotification of:_panel with:@selector(panelWillClose:)];
   NSString* folder = _request.folder.empty() ? nil : TsNSString(_request.folder);
   [_panel _setupForDirectory:folder file:TsNSString(SuggestedName(_request))];
   // The panel's buttons end a modal session.
@@ -148,6 +149,10 @@ std::vector<std::string> PathsOf(NSSavePanel* panel) {
         [Sessions() removeObject:session];
         answer(paths);
       });
+}
+
+- (void)windowDidResignKey:(NSNotification*)notification {
+  _hasLostKeyboard = YES;
 }
 
 - (void)windowWillClose:(NSNotification*)notification {

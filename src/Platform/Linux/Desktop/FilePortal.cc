@@ -183,7 +183,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
 
   void Respond(std::uint32_t code, const Options& results) {
     if (code == kCancelled) return End(std::vector<std::string>());
-    if (code != kChosen) return End(Fail("the portal could not show the dialog"));
+    if (code != kChosen) return End(Fail(static_cast<int>(code), "the portal could not show the dialog"));
     // The response may have values of other types.
     std::vector<std::string> paths;
     const auto read = TryOnBus([&] { paths = PathsIn(results); });

@@ -11,10 +11,14 @@ namespace tessaro::platform {
 
 struct FileRequest;
 
+// A code of the portal's.
+inline constexpr int kEndedOtherwise = 2;
+
 // One file dialog of the desktop's, shown by its portal. Main thread only; nothing throws.
 class FilePortal {
  public:
-  // The paths that the user chose, none when the user cancelled. Fails when the portal shows no dialog or goes away.
+  // The paths that the user chose, none when the user cancelled. Fails when the portal shows no dialog or goes away;
+  // with the code kEndedOtherwise also when the user closes the dialog without its buttons.
   using Ended = std::function<void(const Result<std::vector<std::string>>& paths)>;
 
   // Requests a dialog over the window whose portal handle is `parent`. `ended` is called once, on a later turn of the
