@@ -111,6 +111,8 @@ const frame = (type, flags, stream, payload) => {
 };
 const [dataType, headersType, resetType, settingsType] = [0, 1, 3, 4];
 const ok = frame(headersType, 4, 1, Buffer.from([0x88]));
+// 0x0f 0x0d: the header "content-length" of the static table.
+const okOf = (length) => frame(headersType, 4, 1, Buffer.from([0x88, 0x0f, 0x0d, 1, 0x30 + length]));
 const body = frame(dataType, 0, 1, Buffer.from('abc'));
 const reset = (code) => frame(resetType, 0, 1, Buffer.from([0, 0, 0, code]));
 
@@ -121,6 +123,9 @@ test('an HTTP/2 body that the server does not end is an error', { skip: withoutI
     ['ended', [ok, body, frame(dataType, 1, 1, Buffer.alloc(0))], ['end', 'abc']],
     ['ended, then reset', [ok, body, frame(dataType, 1, 1, Buffer.from('d')), reset(0)], ['end', 'abcd']],
     ['reset without an error', [ok, body, reset(0)], ['error', -1005]],
+    ['as long as its length, then reset', [okOf(3), body, reset(0)], ['end', 'abc']],
+    ['empty as its length, then reset', [okOf(0), reset(0)], ['end', '']],
+    ['shorter than its length, then reset', [okOf(4), body, reset(0)], ['error', -1005]],
     ['reset with an error', [ok, body, reset(2)], ['error', -1005]],
     ['data of no stream', [ok, body, frame(dataType, 0, 0, Buffer.from('x'))], ['error', -1005]],
     ['a frame of the wrong size', [ok, body, frame(resetType, 0, 1, Buffer.alloc(3))], ['error', -1005]],
@@ -144,7 +149,8 @@ test('an HTTP/2 body that the server does not end is an error', { skip: withoutI
           for (let at = 24; at + 9 <= received.length; at += 9 + received.readUIntBE(at, 3)) {
             if (received[at + 3] !== headersType) continue;
             socket.off('data', answer).resume();
-            for (const each of frames) socket.write(each);
+            // One packet: libcurl reads it in one go.
+            socket.write(Buffer.concat(frames));
             return;
           }
         });

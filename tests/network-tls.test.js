@@ -99,7 +99,7 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
   const server = http2.createSecureServer({ ...own, ...generous }, (question, response) => {
     sessions.add(question.stream.session);
     const size = Number(question.url.slice(1)) * 1000;
-    // Without a length Node.js sometimes resets a stream instead of ending it.
+    // Node.js sometimes resets a stream instead of ending it: only its length shows that a body is whole.
     response.setHeader('content-length', size);
     response.end(Buffer.alloc(size, question.url));
   });
@@ -109,15 +109,13 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
     // Only after the first answer is it known how many the server takes at once.
     `const ask = (i) => request(${JSON.stringify(url)} + '/' + i);
      ask(0).then(() => Promise.all(Array.from({ length: 300 }, (_, i) => ask(i)))).then((all) => {
-       const good = all.filter((events, i) => {
-         const [name, , body] = events.at(-1);
-         return name === 'end' && body === Buffer.alloc(i * 1000, '/' + i).toString();
-       });
-       console.log(JSON.stringify(good.length));
+       const isRight = ([name, , body], i) => name === 'end' && body === Buffer.alloc(i * 1000, '/' + i).toString();
+       const last = all.map((events) => events.at(-1));
+       console.log(JSON.stringify(last.filter((event, i) => !isRight(event, i)).map((event) => String(event).slice(0, 500))));
      });`,
     { env: { SSL_CERT_FILE: own.file } },
   );
-  assert.strictEqual(result, 300);
+  assert.deepStrictEqual(result, []);
   assert.strictEqual(sessions.size, 1);
 });
 
@@ -126,7 +124,8 @@ test('a stream that is reset does not disturb the others on its connection', asy
   const server = http2.createSecureServer({ ...own, ...generous });
   server.on('stream', (stream, headers) => {
     stream.on('error', () => {});
-    stream.respond({ ':status': 200 });
+    // Node.js may end the stream before it resets it: the length shows that the body is not whole.
+    stream.respond({ ':status': 200, ...(headers[':path'] === '/broken' && { 'content-length': 6e6 }) });
     if (headers[':path'] !== '/broken') return stream.end(Buffer.alloc(40e6, headers[':path']));
     stream.write(Buffer.alloc(5e6));
     return setTimeout(() => stream.close(http2.constants.NGHTTP2_INTERNAL_ERROR), 50);
@@ -194,10 +193,7 @@ test('TLS, HTTP/2 and decompression are not those of Node.js', { skip: withoutIs
     new Set(bindings.filter(([from, , symbol]) => /^libcurl\.so/.test(from) && symbol === name).map(([, to]) => to));
   assert.deepStrictEqual([...targets('SSL_new')], ['libssl.so.3']);
   assert.deepStrictEqual([...targets('nghttp2_session_mem_recv')], ['libnghttp2.so.14']);
-  assert.deepStrictEqual(
-    [...targets('nghttp2_session_callbacks_set_on_stream_close_callback')],
-    ['TessaroTransfers.so'],
-  );
+  assert.deepStrictEqual([...targets('nghttp2_session_callbacks_set_on_frame_recv_callback')], ['TessaroTransfers.so']);
   // Node.js also has what every program has, like the C library's streams.
   const libraries = /^(TessaroTransfers\.so|lib(curl|ssl|crypto|nghttp2|zstd)\.so)/;
   const foreign = bindings.filter(

@@ -1,37 +1,41 @@
-// Makes libcurl report HTTP/2 streams that end too early.
+// Corrects how libcurl 7.88 takes the end of HTTP/2 streams.
 //
-// libcurl 7.88 takes two things for the regular end of a body: a stream that the server resets without naming an error,
-// and a connection that nghttp2 gives up because the server violates the protocol. It installs its callbacks through
-// the function below; this shared object comes before nghttp2 in libcurl's symbol lookup, so its definition is called.
+// A stream that the server resets without naming an error is regular where the body has its whole length: Node.js and
+// others reset streams when they need no more of the request. libcurl drops the part of the response that it has not
+// read by then, and takes a body without a length for whole. It also takes a connection that nghttp2 gives up, because
+// the server violates the protocol, for the regular end of a body.
+//
+// libcurl installs its callbacks through the function below; this shared object comes before nghttp2 in libcurl's
+// symbol lookup, so its definition is called.
 
+#include <curl/curl.h>
 #include <dlfcn.h>
 #include <nghttp2/nghttp2.h>
 
-#include <cstdint>
+#include "Platform/Linux/Network/Transfers/Transfer.h"
 
 namespace {
 
-struct Stream {
-  nghttp2_session* session;
-  std::int32_t number;
+using tessaro::platform::Transfer;
 
-  bool operator==(const Stream&) const = default;
-};
+nghttp2_on_frame_recv_callback onFrameReceived = nullptr;
 
-nghttp2_on_stream_close_callback onStreamClose = nullptr;
-// The stream that the current frame resets although its body has not ended.
-Stream cutShort{};
-
+// Before nghttp2 counts the stream as ended.
 int BeginFrame(nghttp2_session* session, const nghttp2_frame_hd* header, void*) {
   const bool isReset = header->type == NGHTTP2_RST_STREAM;
-  const bool isOpen = isReset && nghttp2_session_get_stream_remote_close(session, header->stream_id) == 0;
-  cutShort = isOpen ? Stream{session, header->stream_id} : Stream{};
+  if (!isReset || nghttp2_session_get_stream_remote_close(session, header->stream_id) != 0) return 0;
+  // libcurl's data of a stream is the easy handle.
+  CURL* const easy = nghttp2_session_get_stream_user_data(session, header->stream_id);
+  Transfer* transfer = nullptr;
+  if (easy) curl_easy_getinfo(easy, CURLINFO_PRIVATE, &transfer);
+  if (transfer) transfer->NoteReset();
   return 0;
 }
 
-int CloseStream(nghttp2_session* session, std::int32_t number, std::uint32_t errorCode, void* user) {
-  const bool isCutShort = cutShort == Stream{session, number} && errorCode == NGHTTP2_NO_ERROR;
-  return onStreamClose(session, number, isCutShort ? NGHTTP2_INTERNAL_ERROR : errorCode, user);
+// Without the frame, libcurl reads all that it has of the stream, and then sees that the stream is closed.
+int ReceivedFrame(nghttp2_session* session, const nghttp2_frame* frame, void* user) {
+  const bool isReset = frame->hd.type == NGHTTP2_RST_STREAM && frame->rst_stream.error_code == NGHTTP2_NO_ERROR;
+  return isReset ? 0 : onFrameReceived(session, frame, user);
 }
 
 int SentFrame(nghttp2_session*, const nghttp2_frame* frame, void*) {
@@ -41,12 +45,12 @@ int SentFrame(nghttp2_session*, const nghttp2_frame* frame, void*) {
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) void nghttp2_session_callbacks_set_on_stream_close_callback(
-    nghttp2_session_callbacks* callbacks, nghttp2_on_stream_close_callback callback) {
-  static const auto set = reinterpret_cast<decltype(&nghttp2_session_callbacks_set_on_stream_close_callback)>(
-      dlsym(RTLD_NEXT, "nghttp2_session_callbacks_set_on_stream_close_callback"));
-  onStreamClose = callback;
-  set(callbacks, CloseStream);
+extern "C" __attribute__((visibility("default"))) void nghttp2_session_callbacks_set_on_frame_recv_callback(
+    nghttp2_session_callbacks* callbacks, nghttp2_on_frame_recv_callback callback) {
+  static const auto set = reinterpret_cast<decltype(&nghttp2_session_callbacks_set_on_frame_recv_callback)>(
+      dlsym(RTLD_NEXT, "nghttp2_session_callbacks_set_on_frame_recv_callback"));
+  onFrameReceived = callback;
+  set(callbacks, ReceivedFrame);
   nghttp2_session_callbacks_set_on_begin_frame_callback(callbacks, BeginFrame);
   nghttp2_session_callbacks_set_on_frame_send_callback(callbacks, SentFrame);
 }

@@ -321,13 +321,27 @@ void Transfer::End(CURLcode code) {
 CURLcode Transfer::ResultFor(CURLcode code) const {
   const bool isSent = deadline != 0;
   if (!isSent) return code;
-  long redirects = 0;
-  curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_COUNT, &redirects);
-  const bool isOtherProtocol = code == CURLE_UNSUPPORTED_PROTOCOL && redirects == 0;
+  const bool isOtherProtocol = code == CURLE_UNSUPPORTED_PROTOCOL && RedirectCount() == 0;
   const bool isHeaderTooLong = code == CURLE_OUT_OF_MEMORY;
   if (isOtherProtocol || isHeaderTooLong) return CURLE_WEIRD_SERVER_REPLY;
-  const bool endsInHeaders = code == CURLE_OK && !isAnswered_;
-  return endsInHeaders ? CURLE_GOT_NOTHING : code;
+  if (code != CURLE_OK) return code;
+  if (!isAnswered_) return CURLE_GOT_NOTHING;
+  return IsCutShort() ? CURLE_PARTIAL_FILE : CURLE_OK;
+}
+
+void Transfer::NoteReset() { resetAfter_ = RedirectCount(); }
+
+// libcurl has compared the body with its length, if the server has named one.
+bool Transfer::IsCutShort() const {
+  curl_off_t length = -1;
+  curl_easy_getinfo(easy_.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  return length < 0 && resetAfter_ == RedirectCount();
+}
+
+long Transfer::RedirectCount() const {
+  long count = 0;
+  curl_easy_getinfo(easy_.get(), CURLINFO_REDIRECT_COUNT, &count);
+  return count;
 }
 
 }  // namespace tessaro::platform

@@ -32,6 +32,9 @@ class Transfer final : public HTTPTransfer {
   // When the transfer times out unless something arrives before.
   [[nodiscard]] std::uint64_t TimesOutAt() const { return lastActivity_ + timeout_; }
 
+  // The server has reset the stream of the current response before it ended the body.
+  void NoteReset();
+
   // Nothing more comes from libcurl, because of `code`.
   void End(CURLcode code);
 
@@ -63,6 +66,8 @@ class Transfer final : public HTTPTransfer {
   void DeliverResult();
   void ContinueReading();
   [[nodiscard]] CURLcode ResultFor(CURLcode code) const;
+  [[nodiscard]] bool IsCutShort() const;
+  [[nodiscard]] long RedirectCount() const;
 
   struct Response {
     int statusCode;
@@ -97,7 +102,8 @@ class Transfer final : public HTTPTransfer {
   std::optional<Response> pendingResponse_;
   std::size_t pendingLength_ = 0;
   std::optional<CURLcode> pendingResult_;
-  bool* isDestroyed_ = nullptr;  // while Deliver() runs
+  std::optional<long> resetAfter_;  // so many redirects
+  bool* isDestroyed_ = nullptr;     // while Deliver() runs
 };
 
 }  // namespace tessaro::platform
