@@ -1,3 +1,4 @@
+#import <AppKit/AppKit.h>
 #import <objc/runtime.h>
 
 #include <chrono>
@@ -8,8 +9,8 @@
 #import "Keychain/TsKeyChain.h"
 #include "Probe.h"
 
-// Messages to the module's objects: sendMessage(target, selector, …arguments). A target is the name of a class, or what
-// another message gave.
+// Messages to objects: sendMessage(target, selector, …arguments). A target is the name of a class, or what another
+// message gave. Rectangles, points and sizes are lists of their numbers.
 
 namespace {
 
@@ -61,6 +62,20 @@ Local<Value> HandleToScript(NSObject* object) {
   return handle;
 }
 
+Local<Value> NumbersToScript(const std::vector<double>& numbers) {
+  const auto array = v8::Array::New(v8::Isolate::GetCurrent());
+  for (std::uint32_t i = 0; i < numbers.size(); ++i) {
+    array->Set(Context(), i, v8::Number::New(v8::Isolate::GetCurrent(), numbers[i])).Check();
+  }
+  return array;
+}
+
+std::vector<double> NumbersFromScript(Local<Value> value) {
+  std::vector<double> numbers;
+  for (NSNumber* number in static_cast<NSArray*>(ObjectFromScript(value))) numbers.push_back([number doubleValue]);
+  return numbers;
+}
+
 // Dates as seconds since 2001, data as Base64.
 Local<Value> ToScript(id object) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
@@ -85,6 +100,7 @@ id FromScript(Local<Value> value) {
   if (value->IsNumber()) return [NSNumber numberWithDouble:value.As<v8::Number>()->Value()];
   if (!value->IsObject()) return convertToNSString(value);
   const auto handle = value.As<v8::Object>()->Get(Context(), ScriptText("handle")).ToLocalChecked();
+  if (!handle->IsNumber()) return ObjectFromScript(value);
   return Known()[handle.As<v8::Uint32>()->Value()];
 }
 
@@ -97,9 +113,15 @@ void SetArgument(NSInvocation* invocation, int index, const char* type, Local<Va
   switch (*type) {
     case '@':
       return SetArgument(invocation, index, FromScript(value));
+    case '{':
+      return [invocation setArgument:NumbersFromScript(value).data() atIndex:index];
+    case ':':
+      return SetArgument(invocation, index, NSSelectorFromString(convertToNSString(value)));
     case 'c':
     case 'C':
       return SetArgument(invocation, index, static_cast<BOOL>(value->IsTrue()));
+    case 'S':
+      return SetArgument(invocation, index, static_cast<std::uint16_t>(Number(value)));
     case 'd':
       return SetArgument(invocation, index, Number(value));
     case 'q':
@@ -127,9 +149,19 @@ Local<Value> ResultToScript(NSInvocation* invocation) {
   switch (*[[invocation methodSignature] methodReturnType]) {
     case '@':
       return ToScript(ResultOf<id>(invocation));
+    case '{': {
+      std::vector<double> numbers([[invocation methodSignature] methodReturnLength] / sizeof(double));
+      [invocation getReturnValue:numbers.data()];
+      return NumbersToScript(numbers);
+    }
+    case ':':
+      return ToScript(NSStringFromSelector(ResultOf<SEL>(invocation)));
+    case 'B':
     case 'c':
     case 'C':
       return v8::Boolean::New(isolate, ResultOf<BOOL>(invocation) != NO);
+    case 'd':
+      return v8::Number::New(isolate, ResultOf<double>(invocation));
     case 'q':
     case 'Q':
     case 'l':
@@ -172,6 +204,33 @@ void sendMessage(ProbeArguments args) {
   }
 }
 
+NSString* NameOf(NSColor* color) {
+  if ([color alphaComponent] == 0) return @"clear";
+  const auto byte = [](CGFloat component) { return static_cast<int>(component * 255 + 0.5); };
+  return [NSString stringWithFormat:@"%02X%02X%02X", byte([color redComponent]), byte([color greenComponent]),
+                                    byte([color blueComponent])];
+}
+
+// The colours of a picture's or a view's pixels, in hexadecimal or "clear", with the number of the pixels.
+void colorsOf(ProbeArguments args) {
+  id drawn = Target(args[0]);
+  NSView* view = As<NSView>(drawn);
+  const NSRect bounds = {NSZeroPoint, view != nil ? [view bounds].size : [drawn size]};
+  const auto canvas = Adopt([[NSImage alloc] initWithSize:bounds.size]);
+  [canvas lockFocus];
+  [view drawRect:bounds];
+  if (view == nil) [drawn drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
+  const auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:bounds]);
+  [canvas unlockFocus];
+  NSCountedSet* colors = [NSCountedSet set];
+  for (NSInteger i = 0; i < [pixels pixelsHigh] * [pixels pixelsWide]; ++i) {
+    [colors addObject:NameOf([pixels colorAtX:i % [pixels pixelsWide] y:i / [pixels pixelsWide]])];
+  }
+  NSMutableDictionary* counts = [NSMutableDictionary dictionary];
+  for (NSString* name in colors) [counts setObject:@([colors countForObject:name]) forKey:name];
+  ReturnObject(args, counts);
+}
+
 id NoPassword(id, SEL, NSString*) { return nil; }
 
 // From now on the keychain takes no time, and has nothing.
@@ -192,6 +251,7 @@ double timeParse(std::string file) {
 
 void AttachMessagesProbe(Local<v8::Object> exports) {
   PROBE(sendMessage);
+  PROBE(colorsOf);
   PROBE(silenceKeychain);
   PROBE(timeParse);
 }

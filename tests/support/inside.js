@@ -12,19 +12,23 @@ const { promisify } = require('util');
 const v8 = require('v8');
 
 const { probe } = require('./addon');
-const { eventually } = require('./pace');
+const { eventually, hasPassed } = require('./pace');
 
 const execute = promisify(execFile);
 const print = (value) => void process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
 
 const pieces = {
-  ...{ assert, events, fs, path, spawn, print, eventually },
+  ...{ assert, events, fs, path, spawn, print, eventually, hasPassed },
+  equal: assert.deepStrictEqual,
   env: process.env,
   home: process.env.HOME,
   report: (value) => print({ report: value ?? null }),
   nextTurn: () => new Promise(setImmediate),
   /** Runs a program, and gives what it prints. */
   run: (command, ...args) => execute(command, args.flat().map(String)).then(({ stdout }) => stdout),
+  /** The value of an object's key path, as `get(menu, 'itemArray.title')`. Gives null where there is none. */
+  get: (target, keyPath) => probe().sendMessage(target, 'valueForKeyPath:', keyPath) ?? null,
+  getAll: (target, ...keyPaths) => keyPaths.map((keyPath) => pieces.get(target, keyPath)),
   /** The texts logged since captureLog(), of one level or of all. */
   log: (flag) => {
     const { flushLog, capturedLog } = probe();
@@ -54,6 +58,7 @@ const elsewhere = {
 const parts = {
   keys: () => require('./keys').pressing,
   windows: () => require('./windows').windowing,
+  accounts: () => () => require('./accountMenu'),
 };
 
 function makeFixture({ host, uses }, more) {
@@ -95,6 +100,9 @@ function run(data, more, scenario) {
   });
 }
 
+/** A scenario without a value: the print shows that it has come to its end. */
+const check = (data, more, scenario) => run(data, more, async (...all) => void (await scenario(...all)));
+
 function each(data, more, scenario) {
   const { settings, args } = read(data);
   start(async () => {
@@ -123,4 +131,4 @@ function stay(data, more) {
   });
 }
 
-module.exports = { run, each, stay };
+module.exports = { run, check, each, stay };

@@ -14,7 +14,7 @@ function pressing({ eventually, host, run }) {
   const key = (...names) => run('xdotool', 'key', ...names);
   const typed = (window) => host.windowInfo(window).typedText;
   return {
-    key,
+    ...{ shift, control, option, command, keyCodes, key },
     /** Opens a window that has the keyboard. */
     async openKeyWindow() {
       host.setKeepAlive(true);

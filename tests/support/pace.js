@@ -43,4 +43,4 @@ async function eventually(condition, description, milliseconds = 20000) {
   }
 }
 
-module.exports = { paced, eventually };
+module.exports = { paced, hasPassed, eventually };

@@ -5,6 +5,7 @@
 
 const assert = require('assert');
 const fs = require('fs');
+const { test } = require('node:test');
 const path = require('path');
 const v8 = require('v8');
 
@@ -96,6 +97,9 @@ function scenarios({ display = false, host = display, uses = [], fixture, env, .
   };
   return Object.assign(run, {
     session,
+    /** Declares a test: a scenario that makes its own assertions, all the way to its end. */
+    test: (title, scenario, ...args) =>
+      test(title, (t) => evaluate(t, program('check', inside, [fixture, scenario], args), outside())),
     /** The same in another environment. */
     with: (other) => scenarios(more(other)),
     /** Runs the process to its end, however it ends: code, signal, stdout, stderr. */

@@ -8,8 +8,9 @@ const { paced } = require('./pace');
 const moment = ['sleep', paced(100) / 1000];
 const press = [...moment, 'mousedown', 1, ...moment, 'mouseup', 1, ...moment];
 
-function windowing({ eventually, host, run }) {
+function windowing({ eventually, get, host, run, sendMessage }) {
   host.setKeepAlive(true);
+  const application = sendMessage('NSApplication', 'sharedApplication');
   const attempt = (...command) => run(...command).catch(() => undefined);
   const geometry = async (systemWindow) => {
     const text = await run('xwininfo', '-id', systemWindow);
@@ -39,7 +40,9 @@ function windowing({ eventually, host, run }) {
     return (found ?? '').trim().split('\n').at(-1);
   };
   return {
+    application,
     attempt,
+    windowNamed: (title) => get(application, 'windows').find((window) => get(window, 'title') === title) ?? null,
     atRest,
     settled,
     search,
