@@ -50,7 +50,7 @@ async function openMenu() {
 
 /** Starts a server that draws nothing. */
 async function startAlerts() {
-  notifications.record();
+  notifications.record('TsNotification');
   const test = { after: (step) => cleaning.push(step) };
   await startNotificationServer(test, { address: process.env.DBUS_SESSION_BUS_ADDRESS });
 }

@@ -77,7 +77,7 @@ async function withServer(start, work) {
 }
 
 async function main() {
-  notifications.record();
+  notifications.record('TsNotification');
   await withServer((test) => startDesktopServer(test, process.env, 'dunst'), latency);
   const bus = { address: process.env.DBUS_SESSION_BUS_ADDRESS };
   await withServer((test) => startNotificationServer(test, bus), thousand);

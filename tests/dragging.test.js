@@ -2,16 +2,13 @@
 
 // Files dragged over the page and dropped on it, by another process and by script; the drag of a title.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
 const { scenarios } = require('./support/scenario');
 
 const inWindows = scenarios({
   display: true,
   uses: ['windows'],
   fixture: ({ host, native, open }) => ({
-    /** Opens a window whose drags script hears of. */
+    /** Opens a window, and notes the drags that are reported to script. */
     async openListening() {
       const events = [];
       const note = (name, handle, paths) => events.push([name, handle.toString('hex'), JSON.parse(paths)]);
@@ -22,124 +19,93 @@ const inWindows = scenarios({
   }),
 });
 
-test('files that another program drags reach script, and then the page', async (t) => {
-  const { events, name, outcomes, dropped, stale } = await inWindows(
-    t,
-    async ({ eventually, host, openListening, settled }) => {
-      const { events, handle, dropped } = await openListening();
-      await settled(handle);
-      const { frame } = host.windowInfo(handle);
-      const drag = (paths) => host.dragFiles(frame.x + 200, 800 - frame.y - 100, paths);
-      const outcomes = [await drag(['/tmp/ä b%ü', '/etc/hosts'])];
-      await eventually(() => dropped().length > 0, 'the drop');
-      outcomes.push(await host.dragFiles(1, 1, ['/x']));
-      // Nothing of the earlier drag is left when the next one brings no file of this machine.
-      const heard = events.splice(0);
-      await drag([]);
-      return { events: heard, name: handle.toString('hex'), outcomes, dropped: dropped(), stale: events };
-    },
-  );
-  assert.deepStrictEqual(outcomes, ['accepted', 'no target']);
+inWindows.test('files that another program drags reach script, and then the page', async (fixture) => {
+  const { equal, eventually, host, openListening, settled } = fixture;
+  const { events, handle, dropped } = await openListening();
+  await settled(handle);
+  const { frame } = host.windowInfo(handle);
+  const drag = (paths) => host.dragFiles(frame.x + 200, 800 - frame.y - 100, paths);
   const files = ['/tmp/ä b%ü', '/etc/hosts'];
-  assert.deepStrictEqual(dropped, files);
-  assert.strictEqual(events[0][0], 'dragging-entered');
-  assert.strictEqual(events.at(-1)[0], 'perform-drag-operation');
-  for (const event of events) assert.deepStrictEqual(event.slice(1), [name, files]);
-  assert.deepStrictEqual(stale, []);
+  equal(await drag(files), 'accepted');
+  await eventually(() => dropped().length > 0, 'the drop');
+  equal(dropped(), files);
+  equal([events[0][0], events.at(-1)[0]], ['dragging-entered', 'perform-drag-operation']);
+  for (const event of events) equal(event.slice(1), [handle.toString('hex'), files]);
+  equal(await host.dragFiles(1, 1, ['/x']), 'no target');
+  // Nothing of the earlier drag is left when the next one brings no file of this machine.
+  events.length = 0;
+  await drag([]);
+  equal(events, []);
 });
 
-test('script learns of each phase before the page does, and of files only', async (t) => {
-  const { files, text, phases } = await inWindows(t, async ({ native, open, windows }) => {
-    const phases = [];
-    native.setDragAndDropCallbackFunction((name) => phases.push([name, windows.pageDrags()]));
-    await open({ title: 'First' });
-    const files = windows.dragOverPage('First', ['/a']);
-    const count = phases.length;
-    const text = windows.dragOverPage('First');
-    return { files, text, phases: [...phases, phases.length - count, windows.pageDrags()] };
-  });
-  assert.deepStrictEqual(files, [1, 1, true]);
-  assert.deepStrictEqual(text, [1, 1, false]);
+inWindows.test('each phase is reported to script before the page learns of it, and for files only', async (fixture) => {
+  const { equal, native, open, windows } = fixture;
+  const phases = [];
+  native.setDragAndDropCallbackFunction((name) => phases.push([name, windows.pageDrags().length]));
+  await open({ title: 'First' });
+  const reported = ['dragging-entered', 'dragging-updated', 'dragging-exited', 'perform-drag-operation'];
+  equal(windows.dragOverPage('First', ['/a']), [1, 1, true]);
+  equal(windows.dragOverPage('First'), [1, 1, false]);
+  equal(phases, reported.map((name, calls) => [name, calls])); // prettier-ignore
   const calls = ['draggingEntered_:', 'draggingUpdated_:', 'draggingExited_:', 'performDragOperation_:'];
-  const names = ['dragging-entered', 'dragging-updated', 'dragging-exited', 'perform-drag-operation'];
-  assert.deepStrictEqual(phases, [...names.map((name, i) => [name, calls.slice(0, i)]), 0, [...calls, ...calls]]);
+  equal(windows.pageDrags(), [...calls, ...calls]);
 });
 
-test('files that script drops reach the page, and are not reported to script', async (t) => {
-  const { answers, dropped, events, infos } = await inWindows(t, async ({ captureLog, log, native, openListening }) => {
-    const { events, handle, dropped } = await openListening();
-    const many = Array.from({ length: 1000 }, (_, i) => `/tmp/file ${i}`);
-    captureLog();
-    const answers = [
-      native.dropFiles(handle, '{"x":10,"y":20}', '["/no/such file"]'),
-      native.dropFiles(handle, '{"x":-1,"y":5000}', JSON.stringify(many)),
-      native.dropFiles(handle, '{}', '[]'),
-    ];
-    return { answers, dropped: dropped(), events, infos: log(4) };
-  });
-  assert.deepStrictEqual(answers, [true, true, false]);
-  assert.deepStrictEqual([dropped.length, dropped[0], dropped[1000]], [1001, '/no/such file', '/tmp/file 999']);
-  assert.deepStrictEqual(events, []);
-  assert.match(
-    infos.find((line) => line.startsWith('Unable')),
-    /^Unable to drop files as \{.*\} is not in \{.*300\}/,
-  );
-});
-
-test('dropFiles refuses malformed points and paths', async (t) => {
-  const point = '{"x":1,"y":1}';
-  const calls = [
-    ...[['no JSON', '[]'], ['[1]', '["/a"]'], ['"x"', '["/a"]']],
-    ...['no JSON', '{}', '[1]', '[null]'].map((paths) => [point, paths]),
-    ['{"x":"left","y":null}', '["/a"]'],
+inWindows.test('files that script drops reach the page, and are not reported to script', async (fixture) => {
+  const { assert, captureLog, equal, log, native, openListening } = fixture;
+  const { events, handle, dropped } = await openListening();
+  captureLog();
+  const point = '{"x":10,"y":20}';
+  const many = Array.from({ length: 1000 }, (_, i) => `/tmp/file ${i}`);
+  const table = [
+    [point, '["/no/such file"]', true],
+    ['{"x":-1,"y":5000}', JSON.stringify(many), true],
+    ['{"x":"left","y":null}', '["/a"]', true],
+    ['{}', '[]', false],
+    ...[['no JSON', '[]', false], ['[1]', '["/a"]', false], ['"x"', '["/a"]', false]],
+    ...['no JSON', '{}', '[1]', '[null]'].map((paths) => [point, paths, false]),
   ]; // prettier-ignore
-  const { answers, errors, dropped } = await inWindows(
-    t,
-    async ({ captureLog, log, native, openListening }, all) => {
-      const { handle, dropped } = await openListening();
-      captureLog();
-      return { answers: all.map((args) => native.dropFiles(handle, ...args)), errors: log(1), dropped: dropped() };
-    },
-    calls,
-  );
-  assert.deepStrictEqual(answers, [...Array(7).fill(false), true]);
-  assert.match(errors[0], /^Couldn't parse point no JSON because of /);
-  assert.match(errors[3], /^Couldn't parse paths parameter no JSON because of /);
-  assert.deepStrictEqual(dropped, ['/a']);
+  for (const [place, paths, answer] of table) equal(native.dropFiles(handle, place, paths), answer);
+  equal(dropped(), ['/no/such file', ...many, '/a']);
+  equal(events, []);
+  const outside = log(4).find((line) => line.startsWith('Unable'));
+  assert.match(outside, /^Unable to drop files as \{.*\} is not in \{.*300\}/);
+  assert.match(log(1)[0], /^Couldn't parse point no JSON because of /);
+  assert.match(log(1)[3], /^Couldn't parse paths parameter no JSON because of /);
 });
 
-test('the dragging information of a programmatic drop', async (t) => {
-  const info = await inWindows(t, async ({ windows }) => windows.draggingInfo());
-  assert.deepStrictEqual(info, {
-    window: null,
-    mask: 1,
-    location: info.location,
-    imageLocation: info.location,
-    image: null,
-    pasteboard: info.pasteboard,
-    isItsOwnSource: true,
-    sequence: 0,
-    promised: [],
-    formation: 0,
-    animates: false,
-    valid: 0,
-  });
-  assert.match(info.location, /^\{ ?x ?= ?3; y ?= ?4 ?\}$|^\{3, 4\}$/);
+inWindows.test('the dragging information of a programmatic drop', async ({ equal, sendMessage: send }) => {
+  const info = send(send('TsDraggingInfo', 'alloc'), 'initWithLocation:', [3, 4]);
+  send(info, 'setDraggingFormation:', 5);
+  send(info, 'setAnimatesToDestination:', true);
+  send(info, 'setNumberOfValidItemsForDrop:', 7);
+  send(info, 'resetSpringLoading');
+  send(info, 'slideDraggedImageTo:', [1, 2]);
+  const expected = {
+    ...{ draggingDestinationWindow: null, draggedImage: null, draggingSource: info, draggingSequenceNumber: 0 },
+    ...{ draggingLocation: [3, 4], draggedImageLocation: [3, 4], draggingSourceOperationMask: 1 },
+    ...{ draggingFormation: 0, animatesToDestination: false, numberOfValidItemsForDrop: 0 },
+  };
+  for (const [name, value] of Object.entries(expected)) equal(send(info, name), value, name);
+  equal(send(info, 'namesOfPromisedFilesDroppedAtDestination:', null), []);
 });
 
-test('the drag of a title carries the page’s address and title, with Option held its address on the web', async (t) => {
-  const drags = await inWindows(t, async ({ native, open, windows }) => {
-    await open({ title: 'First' });
-    const drag = (modifiers = 0) => windows.dragTitle('First', modifiers);
-    const drags = [drag()];
-    native.setCurrentURL('tessaro://message/1', 'https://mail.example.org/1', 'Hello');
-    drags.push(drag(), drag(0x80000));
-    native.setCurrentURL(null, 'https://mail.example.org/1', 'Hello');
-    drags.push(drag());
-    native.setCurrentURL('tessaro://message/1', null, null);
-    return [...drags, drag()];
-  });
-  const none = { begins: false, text: null, titles: null };
-  const page = (url) => ({ begins: true, text: url, titles: [[url], ['Hello']] });
-  assert.deepStrictEqual(drags, [none, page('tessaro://message/1'), page('https://mail.example.org/1'), none, none]);
+inWindows.test('the drag of a title carries the page’s address, with Option its web address', async (fixture) => {
+  const { equal, native, open, windows } = fixture;
+  await open({ title: 'First' });
+  const [url, webUrl, title] = ['tessaro://message/1', 'https://mail.example.org/1', 'Hello'];
+  const optionKey = 0x80000;
+  const drag = (modifiers = 0) => windows.dragTitle('First', modifiers);
+  equal(drag(), null);
+  native.setCurrentURL(url, webUrl, title);
+  equal(drag(), [url, [[url], [title]]]);
+  equal(drag(optionKey), [webUrl, [[webUrl], [title]]]);
+  for (const incomplete of [
+    [null, webUrl, title],
+    [url, null, null],
+  ]) {
+    // prettier-ignore
+    native.setCurrentURL(...incomplete);
+    equal(drag(), null);
+  }
 });

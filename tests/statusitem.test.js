@@ -2,124 +2,101 @@
 
 // The account menu as it is built, and the status item as it follows accounts, defaults and script.
 
-const assert = require('assert');
 const { test } = require('node:test');
 
-const { translations, account } = require('./support/accountMenu');
 const { scenarios } = require('./support/scenario');
 
 const inSession = scenarios({
   display: true,
-  fixture({ host, native, statusItem }) {
+  uses: ['accounts'],
+  fixture({ get, getAll, host, native, sendMessage: send, translations }) {
+    const controller = send('TsStatusItemController', 'sharedInstance');
+    const application = send('NSApplication', 'sharedApplication');
     const answer = (text) => native.setStatusItemMenuNeedsUpdateCallbackFunction(() => text);
+    const fill = (type, hasMessages) => {
+      const menu = send('NSMenu', 'new');
+      send(controller, 'menuNeedsUpdate:type:includeMessage:', menu, type, hasMessages);
+      return menu;
+    };
+    const titles = (menu) => {
+      const isSeparator = get(menu, 'itemArray.isSeparatorItem');
+      return get(menu, 'itemArray.title').map((title, i) => (isSeparator[i] ? '-' : title));
+    };
+    const byte = (component) => Math.round(component * 255).toString(16).padStart(2, '0'); // prettier-ignore
+    const hex = (color) => getAll(color, 'redComponent', 'greenComponent', 'blueComponent').map(byte).join('');
     return {
-      answer,
+      ...{ answer, controller, fill, hex, titles },
+      commands: ['Get New Mail', 'Do Not Disturb', 'New Message'],
       describe: (menu) => answer(JSON.stringify(menu)),
-      full: () => statusItem.fill('status-item', true),
-      compact: () => statusItem.fill('dock', false),
+      describeAccounts: (accounts, more) =>
+        answer(JSON.stringify({ translations: { ...translations, ...more }, accounts })),
+      full: () => fill('status-item', true),
+      compact: () => fill('dock', false),
+      dockMenu: () => send(get(application, 'delegate'), 'applicationDockMenu:', application),
+      actionOf: (item) => send(item, 'action'),
+      /** A badge's row: colour, count, whether the account is in error. */
+      badge: (item) => [hex(get(item, 'color')), ...getAll(item, 'count', 'isInError')],
+      isEnabled: (item) => send(controller, 'validateMenuItem:', item),
+      performOnDelegate: (action) => send(get(application, 'delegate'), action),
       accounts: (count) => host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': count }),
+      hasItem: () => get(controller, 'statusItem') !== null,
     };
   },
 });
 
-/** The items of a menu that script describes, in both forms. */
-const both = ({ describe, full, compact }, menu) => {
-  describe(menu);
-  return [full(), compact()];
-};
-
-const titles = (items) => items.map((item) => (item.separator ? '-' : item.title));
-const commands = ['Get New Mail', 'Do Not Disturb', 'New Message'];
-
-test('the full form has the commands, then each account with its messages', async (t) => {
-  const mails = [
-    account(7, { count: 2, messages: 2, color: 'C0392B' }),
-    account('b', { signIn: true, messages: 1, count: 4 }),
+inSession.test('the full form has the commands, then each account with its messages', (fixture) => {
+  const { account, actionOf, badge, commands, controller, describeAccounts, equal, full } = fixture;
+  const { get, getAll, isEnabled, sendMessage, titles } = fixture;
+  const second = account('b', { signIn: true, messages: 1, count: 4 });
+  describeAccounts([account(7, { count: 2, messages: 2, color: 'C0392B' }), second]);
+  const menu = full();
+  const messages = ['Sender 7-0 - Subject 7-0', 'Sender 7-1 - Subject 7-1'];
+  equal(titles(menu), [...commands, '-', 'Account 7', ...messages, '-', 'Account b', 'Sign In…']);
+  const expected = [
+    ['NSMenuItem', 'checkForNewMessages:', null, null, null],
+    ['NSMenuItem', 'toggleDoNotDisturb:', null, null, null],
+    ['NSMenuItem', 'composeNewMessage:', null, null, null],
+    ['TsAccountStatusMenuItem', 'showTabViewItem:', 7, null, null],
+    ['TsStatusItemMessageMenuItem', 'openMessage:', 'message-7-0', 'Snippet 7-0', 10],
+    ['TsStatusItemMessageMenuItem', 'openMessage:', 'message-7-1', 'Snippet 7-1', 10],
+    ['TsAccountStatusMenuItem', 'showTabViewItem:', 'b', null, null],
+    ['TsStatusItemSmallMenuItem', 'loginOAuth:', 'b', null, 10],
   ];
-  const [items] = await inSession(t, both, { translations, accounts: mails });
-  assert.deepStrictEqual(titles(items), [
-    ...commands,
-    '-',
-    'Account 7',
-    'Sender 7-0 - Subject 7-0',
-    'Sender 7-1 - Subject 7-1',
-    '-',
-    'Account b',
-    'Sign In…',
-  ]);
-  const rows = items.filter((item) => !item.separator);
-  assert.ok(rows.every(({ key, isControllers, isEnabled, isOn }) => key === '' && isControllers && isEnabled && !isOn));
-  assert.deepStrictEqual(
-    rows.map((row) => [row.class, row.action, row.represented, row.toolTip, row.fontSize]),
-    [
-      ['NSMenuItem', 'checkForNewMessages:', null, null, 0],
-      ['NSMenuItem', 'toggleDoNotDisturb:', null, null, 0],
-      ['NSMenuItem', 'composeNewMessage:', null, null, 0],
-      ['TsAccountStatusMenuItem', 'showTabViewItem:', 7, null, 0],
-      ['TsStatusItemMessageMenuItem', 'openMessage:', 'message-7-0', 'Snippet 7-0', 10],
-      ['TsStatusItemMessageMenuItem', 'openMessage:', 'message-7-1', 'Snippet 7-1', 10],
-      ['TsAccountStatusMenuItem', 'showTabViewItem:', 'b', null, 0],
-      ['TsStatusItemSmallMenuItem', 'loginOAuth:', 'b', null, 10],
-    ],
-  );
-  const badges = rows.filter(({ color }) => color).map(({ color, count, isInError }) => [color, count, isInError]);
-  assert.deepStrictEqual(badges, [
-    ['C0392B', 2, false],
-    ['2980B9', 4, true],
-  ]);
+  const rows = get(menu, 'itemArray').filter((item) => !get(item, 'isSeparatorItem'));
+  for (const [i, row] of rows.entries()) {
+    equal([...getAll(row, 'target', 'keyEquivalent', 'state'), isEnabled(row)], [controller, '', 0, true]);
+    const font = sendMessage(get(row, 'attributedTitle'), 'attribute:atIndex:effectiveRange:', 'NSFont', 0, null);
+    const [kind, represented, toolTip] = getAll(row, 'className', 'representedObject', 'toolTip');
+    equal([kind, actionOf(row), represented, toolTip, get(font, 'pointSize')], expected[i]);
+  }
+  equal([badge(rows[3]), badge(rows[6])], [['c0392b', 2, 0], ['2980b9', 4, 1]]); // prettier-ignore
 });
 
-test('the compact form has one row an account, and the Dock shows it', async (t) => {
+inSession.test('the compact form has one row an account, and the Dock shows it', (fixture) => {
+  const { account, actionOf, badge, commands, compact, dockMenu, equal, get, native, titles, translations } = fixture;
   const accounts = [account(1, { count: 3, messages: 3 }), account(2), account(3, { signIn: true, count: 5 })];
-  const { items, dock, asked } = await inSession(
-    t,
-    ({ compact, native, statusItem }, text) => {
-      const asked = [];
-      native.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => asked.push(args) && text);
-      return { items: compact(), dock: statusItem.dockMenu(), asked };
-    },
-    JSON.stringify({ translations, accounts }),
-  );
-  const rows = ['Open Account 1 (3)', 'Open Account 2', 'Sign in to Account 3'];
-  assert.deepStrictEqual(titles(items), [...commands, '-', ...rows]);
-  assert.deepStrictEqual(
-    items.slice(4).map(({ action, represented, count, isInError }) => [action, represented, count, isInError]),
-    [
-      ['showTabViewItem:', 1, 3, false],
-      ['showTabViewItem:', 2, 0, false],
-      ['loginOAuth:', 3, 0, true],
-    ],
-  );
-  assert.deepStrictEqual(dock, items);
-  assert.deepStrictEqual(asked, [
-    ['dock', false],
-    ['dock', false],
-  ]);
+  const text = JSON.stringify({ translations, accounts });
+  const asked = [];
+  native.setStatusItemMenuNeedsUpdateCallbackFunction((...args) => asked.push(args) && text);
+  const menu = compact();
+  equal(titles(menu), [...commands, '-', 'Open Account 1 (3)', 'Open Account 2', 'Sign in to Account 3']);
+  const rows = get(menu, 'itemArray').slice(4);
+  const described = rows.map((row) => [actionOf(row), get(row, 'representedObject'), ...badge(row).slice(1)]);
+  equal(described, [['showTabViewItem:', 1, 3, 0], ['showTabViewItem:', 2, 0, 0], ['loginOAuth:', 3, 0, 1]]); // prettier-ignore
+  equal(titles(dockMenu()), titles(menu));
+  equal(asked, Array(2).fill(['dock', false]));
 });
 
-test('do-not-disturb hides messages and counts, and disables the getting of mail', async (t) => {
-  const menu = { translations, accounts: [account(1, { count: 3, messages: 3 }), account(2, { signIn: true })] };
-  const [whole, short] = await inSession(
-    t,
-    ({ compact, describe, full, host }, contents) => {
-      describe(contents);
-      host.setDefault('DoNotDisturb', true);
-      return [full(), compact()];
-    },
-    menu,
-  );
-  assert.deepStrictEqual(titles(whole), [...commands, '-', 'Account 1', '-', 'Account 2', 'Sign In…']);
-  assert.deepStrictEqual(titles(short).slice(4), ['Open Account 1', 'Sign in to Account 2']);
-  assert.strictEqual(short[4].count, 3);
-  for (const items of [whole, short]) {
-    assert.deepStrictEqual(
-      items.slice(0, 3).map(({ isEnabled, isOn }) => [isEnabled, isOn]),
-      [
-        [false, false],
-        [true, true],
-        [true, false],
-      ],
-    );
+inSession.test('do-not-disturb hides messages and counts, and disables the getting of mail', (fixture) => {
+  const { account, badge, commands, compact, describeAccounts, equal, full, get, host, isEnabled, titles } = fixture;
+  describeAccounts([account(1, { count: 3, messages: 3 }), account(2, { signIn: true })]);
+  host.setDefault('DoNotDisturb', true);
+  equal(titles(full()), [...commands, '-', 'Account 1', '-', 'Account 2', 'Sign In…']);
+  equal(titles(compact()), [...commands, '-', 'Open Account 1', 'Sign in to Account 2']);
+  equal(badge(get(compact(), 'itemArray')[4])[1], 3);
+  for (const menu of [full(), compact()]) {
+    equal(get(menu, 'itemArray').slice(0, 3).map(isEnabled), [false, true, true]);
+    equal(get(menu, 'itemArray.state').slice(0, 3), [0, 1, 0]);
   }
 });
 
@@ -133,264 +110,204 @@ test('a message’s title is cut after 60 characters, and not within one', (t) =
     // A character without end is cut.
     [`${fifty}${'\u0301'.repeat(70)}`, `F - ${'x'.repeat(54)}...`],
   ];
-  return inSession.table(t, rows, ({ describe, full }, subject) => {
+  return inSession.table(t, rows, ({ describe, full, titles }, subject) => {
     describe({ accounts: [{ 'unread-messages': [{ 'from-line': 'F', subject }] }] });
-    return full().at(-1).title;
+    return titles(full()).at(-1);
   });
 });
 
-// What script says instead of a proper menu, and the rows below the commands that come of it in both forms.
-const oddMenus = {
-  'no accounts': [{ translations, accounts: [] }, [], []],
-  'accounts that are no list': [{ accounts: { 0: 'x' } }, [], []],
-  'accounts that are none': [{ accounts: [null, 1, 'x', [], true] }, [], []],
-  'an account without anything': [{ accounts: [{}] }, ['-', ''], ['']],
-  'an account of nulls': [
-    { accounts: [{ id: null, label: null, 'unread-counter-value': null, 'hex-color': null, 'unread-messages': null }] },
-    ['-', ''],
-    [''],
-  ],
-  'values of other types': [
-    {
-      accounts: [
-        {
-          id: {},
-          label: 5,
-          'unread-counter-value': 'x',
-          'hex-color': 3,
-          'requires-oauth?': 'yes',
-          'unread-messages': 'x',
-        },
-      ],
-    },
-    ['-', ''],
-    [''],
-  ],
-  'messages without anything': [
-    { accounts: [{ label: 'A', 'unread-messages': [{}, null, 'x', { subject: 's' }] }] },
-    ['-', 'A', '(null) - (null)', '(null) - s'],
-    [''],
-  ],
-  'formats that ask for too much': [
-    { accounts: [{ label: 'A' }], translations: { 'open-format': '%@ %s %n' } },
-    ['-', 'A'],
-    ['%@ %s %n'],
-  ],
-};
-
-test('odd menus of script’s making', async (t) => {
-  for (const [what, [menu, ...expected]] of Object.entries(oddMenus)) {
-    const [full, compact] = await inSession(t, both, menu);
-    assert.deepStrictEqual([titles(full.slice(3)), titles(compact.slice(4))], expected, what);
-  }
-});
-
-test('no callback and answers that are no menus give the commands alone, without titles', async (t) => {
-  const { menus, errors } = await inSession(
-    t,
-    ({ answer, captureLog, compact, full, log }, texts) => {
-      captureLog();
-      const menus = [full(), compact(), ...texts.map((text) => answer(text) ?? full())];
-      return { menus, errors: log(1) };
-    },
-    ['not JSON', '', '[1]', '"x"', null, undefined, 5],
-  );
-  assert.deepStrictEqual(
-    menus.map(titles),
-    menus.map((_, index) => (index === 1 ? ['', '', '', '-'] : ['', '', ''])),
-  );
-  assert.strictEqual(errors.length, 7);
-  assert.match(errors[0], /^Couldn't update status item menu with not JSON because of ./);
-  assert.match(errors[4], /^Couldn't update status item menu with \(null\) because of ./);
-});
-
-test('a callback that throws: the exception reaches script, the menu has the commands', async (t) => {
-  const result = await inSession(t, ({ full, native, thrownBy }) => {
-    native.setStatusItemMenuNeedsUpdateCallbackFunction(() => {
-      throw new Error('mine');
-    });
-    const caught = thrownBy(full);
-    native.setStatusItemMenuNeedsUpdateCallbackFunction(() => '{}');
-    return [caught, full().length];
-  });
-  assert.deepStrictEqual(result, ['mine', 3]);
-});
-
-test('titles of commands are looked up in the main bundle, and shown as they are where it has none', async (t) => {
-  const ownWords = { ...translations, 'compose-new-message': 'Unknown to the bundle' };
-  const inGerman = inSession.with({ env: { LANGUAGE: 'de', LANG: 'de_DE.UTF-8' } });
-  const [german] = await inGerman(t, both, { translations: ownWords });
-  assert.deepStrictEqual(titles(german), ['Neue E-Mails abrufen', 'Nicht stören', 'Unknown to the bundle']);
-});
-
-test('a badge shows counts from 1 to 99, an exclamation mark for an error, and else the colour alone', async (t) => {
-  const table = [
-    [0, false, null],
-    [1, false, '1'],
-    [99, false, '99'],
-    [100, false, null],
-    [-1, false, null],
-    [0, true, '!'],
-    [100, true, '!'],
+test('odd menus of script’s making', (t) => {
+  const nulls = { id: null, label: null, 'unread-counter-value': null, 'hex-color': null, 'unread-messages': null };
+  const others = { id: {}, label: 5, 'unread-counter-value': 'x', 'hex-color': 3, 'requires-oauth?': 'yes', 'unread-messages': 'x' }; // prettier-ignore
+  // Each with the rows after the commands in both forms.
+  const rows = [
+    [{ accounts: [] }, [[], []]],
+    [{ accounts: { 0: 'x' } }, [[], []]],
+    [{ accounts: [null, 1, 'x', [], true] }, [[], []]],
+    ...[{}, nulls, others].map((account) => [{ accounts: [account] }, [['-', ''], ['']]]),
+    [
+      { accounts: [{ label: 'A', 'unread-messages': [{}, null, 'x', { subject: 's' }] }] },
+      [['-', 'A', '(null) - (null)', '(null) - s'], ['']],
+    ],
   ];
-  const badges = await inSession(
-    t,
-    ({ statusItem }, rows) => rows.map((row) => statusItem.badge('00FF00', ...row)),
-    table,
-  );
-  badges.forEach(([{ width, height, colors }, isOfText], i) => {
-    assert.deepStrictEqual([width, height, isOfText], [16, 16, true], `${table[i]}`);
-    assert.ok(colors['00FF00'] > 120 && colors.clear > 20, JSON.stringify(colors));
-    assert.strictEqual(Object.keys(colors).length === 2, table[i][2] === null, `${table[i]}`);
+  return inSession.table(t, rows, ({ compact, describe, full, titles }, menu) => {
+    describe(menu);
+    return [titles(full()).slice(3), titles(compact()).slice(4)];
   });
-});
-
-test('colours are six hexadecimal digits, and black where they are none', (t) => {
-  const rows = ['4F8CF8 4F8CF8', 'ff0000 FF0000', ' 000000', 'none 000000', '12 000012', '#00FF00 000000'];
-  return inSession.table(
-    t,
-    rows.map((row) => row.split(' ')),
-    ({ statusItem }, text) => statusItem.hexColor(text),
-  );
 });
 
 test('formats from outside are filled in, or left alone when they ask for other arguments', (t) => {
-  const cases = [
-    ['%@', 'x', 'x'],
-    ['100 %% %@', 'x', '100 % x'],
-    ['none', 'x', 'none'],
-    ['%@ (%ld)', 'x', 5, 'x (5)'],
-    ['%2$d × %1$@', 'x', -5, '-5 × x'],
-    ['%@ %3u', 'x', 5, 'x   5'],
-    ['%ld', 'x', 5, '%ld'],
-    ['%@ %@', 'x', '%@ %@'],
-    ['%@ %s', 'x', 5, '%@ %s'],
-    ['%@ %*d', 'x', 5, '%@ %*d'],
-    ['%3$@', 'x', 5, '%3$@'],
-    ['%', 'x', '%'],
-    ['%n', 'x', '%n'],
+  const rows = [
+    ['%@', 0, 'x'],
+    ['100 %% %@', 0, '100 % x'],
+    ['none', 0, 'none'],
+    ['%@ (%ld)', 5, 'x (5)'],
+    ['%2$d × %1$@', 5, '5 × x'],
+    ['%@ %3u', 5, 'x   5'],
+    ...['%ld', '%@ %s', '%@ %*d', '%3$@'].map((format) => [format, 5, format]),
+    ...['%@ %@', '%', '%n', '%@ %s %n'].map((format) => [format, 0, format]),
   ];
-  return inSession.table(
-    t,
-    cases.map((row) => (row.length === 3 ? [row[0], row[1], undefined, row[2]] : row)),
-    ({ statusItem }, ...args) => statusItem.format(...args),
-  );
+  return inSession.table(t, rows, ({ compact, describe, titles }, format, count) => {
+    const translations = { 'open-format': format, 'open-with-counter-format': format };
+    describe({ translations, accounts: [{ label: 'x', 'unread-counter-value': count }] });
+    return titles(compact()).at(-1);
+  });
 });
 
-test('the item is there while there are accounts and the defaults allow it', async (t) => {
-  const shown = await inSession(t, ({ accounts, host, native, statusItem }) => {
-    const steps = [
-      () => {},
-      () => native.setStatusItemTitle('3', false),
-      () => accounts(0),
-      () => accounts(1),
-      () => accounts(2),
-      () => {
-        // The controller compares with what the defaults said when they changed last.
-        host.setDefault('Other', true);
-        host.setDefault('DisplayStatusItem', false);
-      },
-      () => accounts(3),
-      () => host.setDefault('DisplayStatusItem', true),
-      () => host.setDefault('DisplayStatusItem', null),
-      () => accounts(-1),
-      () => accounts(1) ?? accounts('x'),
-      () => host.postNotification('TsNumberOfAccountsChanged', null, null),
-    ];
-    return steps.map((step) => [step(), statusItem.hasItem()][1]);
+inSession.test('without a menu from script there are the commands alone, without titles', async (fixture) => {
+  const { answer, assert, captureLog, compact, equal, full, log, native, thrownBy, titles } = fixture;
+  captureLog();
+  const commands = ['', '', ''];
+  equal([titles(full()), titles(compact())], [commands, [...commands, '-']]);
+  for (const text of ['not JSON', '', '[1]', '"x"', null, undefined, 5]) {
+    answer(text);
+    equal(titles(full()), commands);
+  }
+  equal(log(1).length, 7);
+  assert.match(log(1)[0], /^Couldn't update status item menu with not JSON because of ./);
+  assert.match(log(1)[4], /^Couldn't update status item menu with \(null\) because of ./);
+  native.setStatusItemMenuNeedsUpdateCallbackFunction(() => {
+    throw new Error('mine');
   });
-  assert.deepStrictEqual(shown, [false, false, false, true, true, false, false, true, true, false, false, false]);
+  equal(thrownBy(full), 'mine');
 });
 
-test('icon, title and width follow what script says', async (t) => {
-  const { states, width } = await inSession(t, ({ accounts, host, native, statusItem }) => {
-    accounts(1);
-    const steps = {
-      'at first': () => {},
-      unread: () => native.setStatusItemTitle('3', false),
-      read: () => native.setStatusItemTitle('', false),
-      error: () => native.setStatusItemTitle(null, true),
-      'error and unread': () => native.setStatusItemTitle('3', true),
-      'do not disturb': () => host.setDefault('DoNotDisturb', true),
-      disturb: () => host.setDefault('DoNotDisturb', false),
-      nothing: () => native.setStatusItemTitle(null, null),
-    };
-    const states = Object.entries(steps).map(([name, step]) => [name, [step(), statusItem.state()][1]]);
-    return { states: Object.fromEntries(states), width: statusItem.titleWidth('3') };
-  });
-  const main = (colors) =>
-    Object.entries(colors)
-      .filter(([name]) => name !== 'clear')
-      .sort((a, b) => b[1] - a[1])[0][0];
-  const seen = Object.fromEntries(
-    Object.entries(states).map(([name, { title, length, image }]) => [
-      name,
-      [title, length, main(image.colors), image.isTemplate],
-    ]),
-  );
-  assert.deepStrictEqual(seen, {
-    'at first': [null, 29, '000000', true],
-    unread: ['3', width + 29, '4F8CF8', false],
-    read: ['', seen.read[1], '000000', true],
-    error: [null, 35, '000000', true],
-    'error and unread': ['3', width + 35, '000000', true],
-    'do not disturb': ['', 26, 'AAAAAA', false],
-    disturb: ['3', width + 35, '000000', true],
-    nothing: [null, 29, '000000', true],
-  });
-  assert.notDeepStrictEqual(states.error.image.colors, states['at first'].image.colors);
+const inGerman = inSession.with({ env: { LANGUAGE: 'de', LANG: 'de_DE.UTF-8' } });
+
+inGerman.test('titles of commands are looked up in the main bundle', ({ describeAccounts, equal, full, titles }) => {
+  describeAccounts([], { 'compose-new-message': 'Unknown to the bundle' });
+  equal(titles(full()), ['Neue E-Mails abrufen', 'Nicht stören', 'Unknown to the bundle']);
 });
 
-test('the menu’s actions reach the host as notifications', async (t) => {
-  const received = await inSession(t, ({ host, statusItem }) => {
-    const received = [];
-    host.on('notification', ({ name, userInfo }) => received.push([name, userInfo]));
-    const rows = [
-      'checkForNewMessages:',
-      'toggleDoNotDisturb:',
-      'composeNewMessage:',
-      'showTabViewItem:',
-      'loginOAuth:',
-    ];
-    for (const action of [...rows, 'openMessage:']) statusItem.perform(action, 'id 1');
-    for (const action of ['showTabViewItem:', 'openMessage:']) statusItem.perform(action, null);
-    for (const action of rows.slice(0, 3)) statusItem.performOnDelegate(`ts_${action}`);
-    return received;
-  });
-  assert.deepStrictEqual(received, [
-    ['TsGetNewMessagesNotification', null],
-    ['TsToggleDoNotDisturbNotification', null],
-    ['TsComposeNewMessageNotification', null],
-    ['TsActivateTabForAccountNotification', { 'account-db-id': 'id 1' }],
-    ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 'id 1' }],
-    ['TsOpenMessageWithUniqueNotificationId', { 'unique-id': 'id 1' }],
-    ['TsActivateTabForAccountNotification', {}],
-    ['TsOpenMessageWithUniqueNotificationId', {}],
-    ['TsGetNewMessagesNotification', null],
-    ['TsToggleDoNotDisturbNotification', null],
-    ['TsComposeNewMessageNotification', null],
-  ]);
+inSession.test('a badge shows counts from 1 to 99, “!” for an error, or the colour alone', async (fixture) => {
+  const { assert, colorsOf, equal, get, sendMessage } = fixture;
+  const green = sendMessage('NSColor', 'ts_colorWithHexColorString:', '00FF00');
+  const badge = (count, isInError) => {
+    const item = sendMessage('TsAccountStatusMenuItem', 'alloc');
+    sendMessage(item, 'initWithTitle:color:action:keyEquivalent:', 'Account', green, 'showTabViewItem:', '');
+    sendMessage(item, 'setCount:', count);
+    sendMessage(item, 'setIsInError:', isInError);
+    return get(item, 'image');
+  };
+  const bare = badge(0, false);
+  const error = badge(0, true);
+  // Badges that look the same are one picture.
+  equal([badge(100, false), badge(-1, false), badge(100, true)], [bare, bare, error]);
+  const [one, two, most] = [1, 2, 99].map((count) => badge(count, false));
+  equal(new Set([bare, error, one, two, most].map(({ handle }) => handle)).size, 5);
+  for (const image of [bare, error, one, most]) {
+    const colors = colorsOf(image);
+    equal(sendMessage(image, 'size'), [16, 16]);
+    assert.ok(colors['00FF00'] > 120 && colors.clear > 20, JSON.stringify(colors));
+    equal(Object.keys(colors).length === 2, image === bare);
+  }
 });
 
-test('200 accounts with 500 messages each are a menu like any other', async (t) => {
-  const accounts = Array.from({ length: 200 }, (_, id) => account(id, { count: 500, messages: 500 }));
-  const result = await inSession(
-    t,
-    ({ describe, full }, menu) => {
-      describe(menu);
-      const items = full();
-      return [items.length, items.at(-1).represented];
-    },
-    { translations, accounts },
-  );
-  assert.deepStrictEqual(result, [3 + 200 * (2 + 500), 'message-199-499']);
+test('colours are six hexadecimal digits, and black where they are none', (t) => {
+  const rows = ['4F8CF8 4f8cf8', 'ff0000 ff0000', ' 000000', 'none 000000', '12 000012', '#00FF00 000000'];
+  const pairs = rows.map((row) => row.split(' '));
+  const colorOf = ({ hex, sendMessage }, text) => hex(sendMessage('NSColor', 'ts_colorWithHexColorString:', text));
+  return inSession.table(t, pairs, colorOf);
 });
 
-test('without a window server there is no item, and the log says so', async (t) => {
-  const [lines, shown] = await scenarios()(t, ({ captureLog, log, postNotification, statusItem }) => {
-    captureLog();
-    postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': 1 });
-    return [log(), statusItem.hasItem()];
-  });
-  assert.deepStrictEqual([[...new Set(lines)], shown], [['The status item needs a window server'], false]);
+inSession.test('the item is there while there are accounts and the defaults allow it', async (fixture) => {
+  const { accounts, equal, hasItem, host, native } = fixture;
+  const steps = [
+    [() => {}, false],
+    [() => native.setStatusItemTitle('3', false), false],
+    [() => accounts(0), false],
+    [() => accounts(1), true],
+    [() => accounts(2), true],
+    // The controller compares with the defaults at their last change.
+    [() => host.setDefault('Other', true), true],
+    [() => host.setDefault('DisplayStatusItem', false), false],
+    [() => accounts(3), false],
+    [() => host.setDefault('DisplayStatusItem', true), true],
+    [() => host.setDefault('DisplayStatusItem', null), true],
+    [() => accounts(-1), false],
+    [() => accounts(1), true],
+    [() => accounts('x'), false],
+    [() => accounts(1), true],
+    [() => host.postNotification('TsNumberOfAccountsChanged', null, null), false],
+  ];
+  for (const [step, isShown] of steps) {
+    step();
+    equal(hasItem(), isShown, `${step}`);
+  }
+});
+
+inSession.test('icon, title and width follow script', async (fixture) => {
+  const { accounts, assert, colorsOf, controller, equal, get, getAll, host, native, statusItem } = fixture;
+  accounts(1);
+  const width = statusItem.titleWidth('3');
+  const image = () => get(controller, 'statusItem.image');
+  const atFirst = colorsOf(image());
+  const [black, blue, grey] = ['000000', '4F8CF8', 'AAAAAA'];
+  const steps = [
+    [() => {}, [null, 29, 1, black]],
+    [() => native.setStatusItemTitle('3', false), ['3', width + 29, 0, blue]],
+    [() => native.setStatusItemTitle(null, true), [null, 35, 1, black]],
+    [() => native.setStatusItemTitle('3', true), ['3', width + 35, 1, black]],
+    [() => host.setDefault('DoNotDisturb', true), ['', 26, 0, grey]],
+    [() => host.setDefault('DoNotDisturb', false), ['3', width + 35, 1, black]],
+    [() => native.setStatusItemTitle(null, null), [null, 29, 1, black]],
+  ];
+  for (const [step, expected] of steps) {
+    step();
+    const { clear, ...colors } = colorsOf(image());
+    const [[main]] = Object.entries(colors).sort((a, b) => b[1] - a[1]);
+    equal([...getAll(get(controller, 'statusItem'), 'title', 'length', 'image.isTemplate'), main], expected, `${step}`);
+  }
+  native.setStatusItemTitle(null, true);
+  assert.notDeepStrictEqual(colorsOf(image()), atFirst);
+  native.setStatusItemTitle('', false);
+  equal(getAll(get(controller, 'statusItem'), 'title', 'image.isTemplate'), ['', 1]);
+});
+
+inSession.test('the menu’s actions reach the host as notifications', async (fixture) => {
+  const { controller, equal, host, performOnDelegate, sendMessage } = fixture;
+  const received = [];
+  host.on('notification', ({ name, userInfo }) => received.push([name, userInfo]));
+  const choose = (action, represented) => {
+    const item = sendMessage('NSMenuItem', 'new');
+    sendMessage(item, 'setRepresentedObject:', represented);
+    sendMessage(controller, action, item);
+  };
+  const commands = [
+    ['checkForNewMessages:', 'TsGetNewMessagesNotification'],
+    ['toggleDoNotDisturb:', 'TsToggleDoNotDisturbNotification'],
+    ['composeNewMessage:', 'TsComposeNewMessageNotification'],
+  ];
+  for (const [action, name] of commands) {
+    choose(action, 'id 1');
+    performOnDelegate(`ts_${action}`);
+    equal(received.splice(0), Array(2).fill([name, null]));
+  }
+  const rows = [
+    ['showTabViewItem:', 'TsActivateTabForAccountNotification', 'account-db-id'],
+    ['loginOAuth:', 'TsOpenOAuthWindowForAccountNotification', 'account-db-id'],
+    ['openMessage:', 'TsOpenMessageWithUniqueNotificationId', 'unique-id'],
+  ];
+  for (const [action, name, key] of rows) {
+    choose(action, 'id 1');
+    choose(action, null);
+    equal(received.splice(0), [[name, { [key]: 'id 1' }], [name, {}]]); // prettier-ignore
+  }
+});
+
+inSession.test('200 accounts with 500 messages each are a menu like any other', (fixture) => {
+  const { account, describeAccounts, equal, full, get, sendMessage } = fixture;
+  describeAccounts(Array.from({ length: 200 }, (_, id) => account(id, { count: 500, messages: 500 })));
+  const menu = full();
+  const count = 3 + 200 * (2 + 500);
+  equal(get(menu, 'numberOfItems'), count);
+  equal(get(sendMessage(menu, 'itemAtIndex:', count - 1), 'representedObject'), 'message-199-499');
+});
+
+scenarios().test('without a window server there is no item, and the log says so', async (fixture) => {
+  const { captureLog, equal, get, log, postNotification, sendMessage } = fixture;
+  captureLog();
+  postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': 1 });
+  equal([...new Set(log())], ['The status item needs a window server']);
+  equal(get(sendMessage('TsStatusItemController', 'sharedInstance'), 'statusItem'), null);
 });

@@ -120,7 +120,9 @@ const alerts = {
       env,
       home,
       source: `
-        const { module: m, notifications: n, captureLog, flushLog, capturedLog } = probe();
+        const { module: m, sendMessage: send, captureLog, flushLog, capturedLog } = probe();
+        const center = send('TsUserNotificationCenter', 'defaultUserNotificationCenter');
+        const listed = (kind) => send(center, 'valueForKeyPath:', kind + 'Notifications.identifier');
         captureLog();
         m.setNotificationCallbackFunction(() => {});
         const later = String(Math.floor(Date.now() / 1000) + 100000);
@@ -135,19 +137,18 @@ const alerts = {
           return refusals().slice(before);
         };
         const check = async (i, told) => {
-          const { scheduled } = JSON.parse(n.alerts());
-          if (!scheduled.includes(name(i))) throw new Error('the alert is not scheduled');
+          if (!listed('scheduled').includes(name(i))) throw new Error('the alert is not scheduled');
           // The module logs a warning when an alert is not kept beyond the end of the process.
           if (!told.some((text) => text.includes(name(i)) && !text.includes('now '))) fs.appendFileSync(${quoted(kept)}, name(i) + '\\n');
           await eventually(() => {
             show('again ' + name(i), null);
-            return JSON.parse(n.alerts()).delivered.length > 0;
+            return listed('delivered').length > 0;
           }, 'alerts are shown again');
           m.removeUserNotification('again ' + name(i));
         };`,
       async atEnd() {
         const client = await startClient(t, { env, home });
-        const { scheduled } = JSON.parse(await client.run('n.alerts()'));
+        const { scheduled } = await client.alerts();
         const lost = fs
           .readFileSync(kept, 'utf8')
           .trim()
@@ -328,13 +329,13 @@ const pasteboard = {
       env: { DISPLAY: session.env.DISPLAY, DBUS_SESSION_BUS_ADDRESS: session.env.DBUS_SESSION_BUS_ADDRESS },
       source: `
         const { execFile, spawn } = require('child_process');
-        const { module: m, menus } = probe();
+        const { module: m, pasteboard } = probe();
         const env = { ...process.env };
         delete env.LD_PRELOAD;
         const read = () => new Promise((resolve) =>
           execFile('xclip', ['-selection', 'clipboard', '-o', '-t', 'UTF8_STRING'], { env, timeout: 2000 }, (error, text) => resolve(error ? null : text)));
         const value = () => { const json = m.getValueOfPasteboardType('NSStringPboardType'); return json && JSON.parse(json)[0]; };
-        const put = (text) => menus.putOnPasteboard(JSON.stringify({ text }));
+        const put = (text) => pasteboard.put({ text });
         const putForeign = async (text) => {
           const child = spawn('xclip', ['-selection', 'clipboard', '-i', '-quiet', '-t', 'UTF8_STRING'], { env, stdio: ['pipe', 'ignore', 'ignore'] });
           child.stdin.end(text);

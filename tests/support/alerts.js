@@ -5,16 +5,31 @@
 const { scenarios } = require('./scenario');
 
 const clients = scenarios({
-  fixture({ captureLog, log, native, notifications }) {
-    const told = [];
+  fixture({ captureLog, get, log, native, notifications, sendMessage }) {
+    const ends = [];
     captureLog();
-    notifications.record();
-    native.setNotificationCallbackFunction((...args) => told.push(args));
+    notifications.record('TsNotification');
+    native.setNotificationCallbackFunction((...args) => ends.push(args));
+    const center = sendMessage('TsUserNotificationCenter', 'defaultUserNotificationCenter');
+    const shared = sendMessage('TsUserNotification', 'sharedInstance');
+    const texts = ['identifier', 'title', 'subtitle', 'informativeText', 'soundName'];
+    const controls = ['hasActionButton', 'actionButtonTitle', 'hasReplyButton', 'responsePlaceholder'];
+    const millenniumInUnixTime = 978307200;
     return {
-      told,
+      ...{ center, ends, shared },
       warnings: () => log(2),
       infoLines: () => log(4),
       debugLines: () => log(8),
+      alerts: () => ({
+        delivered: get(center, 'deliveredNotifications.identifier'),
+        scheduled: get(center, 'scheduledNotifications.identifier'),
+      }),
+      /** The properties of an alert, by their names. */
+      describe: (identifier) => {
+        const alert = sendMessage(shared, 'findUserNotificationWithIdentifier:', identifier);
+        const properties = Object.fromEntries([...texts, ...controls].map((key) => [key, get(alert, key)]));
+        return { ...properties, deliveryDate: get(alert, 'deliveryDate') + millenniumInUnixTime };
+      },
       /** Delivers an alert; what is left out is null. */
       deliver: (identifier, alert = {}) => {
         const { title = identifier, subtitle, text, sound, reply, placeholder, action, actionTitle, at } = alert;
@@ -32,21 +47,21 @@ async function startClient(test, options = {}) {
     deliver: (...alert) => client.tell(({ deliver }, ...args) => deliver(...args), ...alert),
     remove: (...identifiers) =>
       client.tell(({ native }, all) => all.forEach((id) => native.removeUserNotification(id)), identifiers),
+    removeAll: () => client.tell(({ native }) => native.removeUserNotifications()),
     play: (name) => client.tell(({ native }, sound) => native.playSoundWithName(sound), name),
-    alerts: () => client.tell(({ notifications }) => notifications.alerts()),
+    alerts: () => client.tell(({ alerts }) => alerts()),
     recorded: () => client.tell(({ notifications }) => notifications.takeRecorded()),
-    describe: (identifier) => client.tell(({ notifications }, id) => notifications.describe(id), identifier),
+    describe: (identifier) => client.tell(({ describe }, id) => describe(id), identifier),
     warnings: () => client.tell(({ warnings }) => warnings()),
-    told: () => client.tell(({ told }) => told),
     /** Waits until the alert is on screen. */
     isDelivered: () =>
       client.until(({ notifications }) =>
         notifications.takeRecorded().some(([name]) => name === 'TsNotificationDidDeliver'),
       ),
-    /** Waits until the callback has been told of as many ends, and gives them. */
-    async ends(count) {
-      await client.until(({ told }, least) => told.length >= least, count);
-      return client.tell(({ told }) => told);
+    /** Waits until as many ends have been reported to the callback, by default none, and gives them. */
+    async ends(count = 0) {
+      await client.until(({ ends }, least) => ends.length >= least, count);
+      return client.tell(({ ends }) => ends);
     },
     /** Waits for a warning, and gives the first one. */
     async warned() {
