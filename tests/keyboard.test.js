@@ -6,102 +6,94 @@
 const assert = require('assert');
 const { test } = require('node:test');
 
-const { shift, control, option, command, keyCodes: key, pressing } = require('./support/keys');
+const { shift, control, option, command, keyCodes: key } = require('./support/keys');
 const { scenarios } = require('./support/scenario');
 
-const [keyDown, keyUp, flagsChanged, mouseDown] = [10, 11, 12, 1];
+const [keyUp, flagsChanged, mouseDown] = [11, 12, 1];
 
 const inSession = scenarios({
   display: true,
   uses: ['keys'],
-  fixture({ host }) {
+  fixture({ host, keyCodes, native }) {
     const happened = [];
-    const told = {
+    const texts = {
       TsDispatchNotificationName: ({ action }) => action,
       TsAppMenuWillOpen: ({ menu }) => `will open ${menu}`,
     };
-    host.on('notification', ({ name, userInfo }) => happened.push(told[name]?.(userInfo) ?? name));
+    host.on('notification', ({ name, userInfo }) => happened.push(texts[name]?.(userInfo) ?? name));
     host.on('command', ({ commandId }) => happened.push(commandId));
     host.on('page-key', ({ isUsed }) => happened.push(isUsed ? 'page uses' : 'page'));
-    /** What happens while something is done, in order. */
-    const during = async (act) => {
-      happened.length = 0;
-      const result = await act();
-      return result === undefined ? [...happened] : [result, ...happened];
+    return {
+      /** An event, a key press by default, as the menus' probe takes it. */
+      event: (modifiers, { type = 10, keyCode = keyCodes.n, ignoring = 'n', ...more } = {}) => {
+        return { type, modifiers, keyCode, ignoring, characters: ignoring, x: 5, ...more };
+      },
+      /** The result of what is done, and all that happens meanwhile, in order. */
+      async during(act) {
+        happened.length = 0;
+        const result = await act();
+        return result === undefined ? [...happened] : [result, ...happened];
+      },
+      /** The reports of the modifier keys, each as eight digits. */
+      modifierReports() {
+        const reports = [];
+        native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
+        return reports;
+      },
     };
-    return { happened, during };
   },
 });
 
 // ---- Predicates
 
-const event = (modifiers, { type = keyDown, keyCode = key.n, ignoring = 'n' } = {}) => ({
-  type,
-  modifiers,
-  keyCode,
-  ignoring,
-  characters: ignoring,
-  x: 5,
-});
-
-test('key combinations', async (t) => {
-  const names = ['Command', 'CommandOption', 'CommandControl', 'CommandShift'];
+inSession.test('key combinations', async (fixture) => {
+  const { command, control, equal, event, menus, option, shift } = fixture;
   const holds = {
     Command: (flags) => flags === command || flags === (command | shift),
     CommandOption: (flags) => (flags & ~shift) === (command | option),
     CommandControl: (flags) => (flags & ~shift) === (command | control),
     CommandShift: (flags) => flags === (command | shift),
   };
-  const bits = [shift, control, option, command];
-  const combinations = Array.from({ length: 16 }, (_, i) =>
-    bits.reduce((sum, bit, n) => sum | (i & (1 << n) && bit), 0),
-  );
-  const results = await inSession(
-    t,
-    ({ menus }, events) => events.map(menus.predicates),
-    combinations.map((flags) => event(flags)),
-  );
-  combinations.forEach((flags, i) => {
-    const expected = { other: false };
-    for (const name of names) {
-      expected[`Is${name}KeyPressed`] = holds[name](flags);
-      expected[`Is${name}AndKeyCodeKey`] = holds[name](flags);
+  for (let i = 0; i < 16; ++i) {
+    const flags = [shift, control, option, command].reduce((sum, bit, n) => sum | (i & (1 << n) && bit), 0);
+    const expected = { other: false, TsIsSpecialEvent: false };
+    for (const [name, holdsFor] of Object.entries(holds)) {
+      expected[`Is${name}KeyPressed`] = holdsFor(flags);
+      expected[`Is${name}AndKeyCodeKey`] = holdsFor(flags);
     }
     expected.IsCommandAndStringKey = holds.Command(flags);
     expected.IsCommandShiftAndStringKey = holds.CommandShift(flags);
     expected.IsEventForKeyEquivalent = (flags & (command | control)) !== 0;
-    expected.TsIsSpecialEvent = false;
-    assert.deepStrictEqual(results[i], expected, flags.toString(16));
-  });
+    equal(menus.predicates(event(flags)), expected, flags.toString(16));
+  }
 });
 
 test('special events', async (t) => {
-  const everyKey = Object.values(key);
+  const arrows = [key.left, key.right, key.down, key.up];
   const special = {
-    [command]: [key.comma, key.left, key.right, key.down, key.up],
-    [command | shift]: [key.comma, key.left, key.right, key.down, key.up, key.d],
-    [command | option]: [key.down, key.up, key.left, key.right],
-    [command | option | shift]: [key.down, key.up, key.left, key.right],
+    [command]: [key.comma, ...arrows],
+    [command | shift]: [key.comma, ...arrows, key.d],
+    [command | option]: arrows,
+    [command | option | shift]: arrows,
     [command | control]: [key.space, key.left, key.right],
     [command | control | shift]: [key.space, key.left, key.right],
-    [command | control | option]: [],
-    [option]: [],
-    [0]: [],
+    ...{ [command | control | option]: [], [option]: [], [0]: [] },
   };
   const rows = Object.keys(special).flatMap((flags) =>
-    everyKey.map((keyCode) => [event(Number(flags), { keyCode, ignoring: 'x' }), special[flags].includes(keyCode)]),
+    Object.values(key).map((keyCode) => [Number(flags), { keyCode, ignoring: 'x' }, special[flags].includes(keyCode)]),
   );
   rows.push(
     // By its character, wherever it is on the layout in use, but with Shift only.
-    [event(command | shift, { keyCode: key.n, ignoring: 'D' }), true],
-    [event(command | shift, { keyCode: key.n, ignoring: 'd' }), false],
-    [event(command, { keyCode: key.d, ignoring: 'd' }), false],
-    [event(command | shift | control, { keyCode: key.d, ignoring: 'D' }), false],
-    [event(command, { keyCode: key.comma, type: keyUp }), false],
-    [event(command, { keyCode: key.comma, type: flagsChanged }), false],
-    [event(command, { type: mouseDown }), false],
+    [command | shift, { ignoring: 'D' }, true],
+    [command | shift, { ignoring: 'd' }, false],
+    [command, { keyCode: key.d, ignoring: 'd' }, false],
+    [command | shift | control, { keyCode: key.d, ignoring: 'D' }, false],
+    [command, { keyCode: key.comma, type: keyUp }, false],
+    [command, { keyCode: key.comma, type: flagsChanged }, false],
+    [command, { type: mouseDown }, false],
   );
-  await inSession.table(t, rows, ({ menus }, each) => menus.predicates(each).TsIsSpecialEvent);
+  const isSpecial = ({ event, menus }, ...each) => menus.predicates(event(...each)).TsIsSpecialEvent;
+  await inSession.table(t, rows, isSpecial);
 });
 
 test('virtual key codes follow the place of the key', (t) => {
@@ -112,162 +104,93 @@ test('virtual key codes follow the place of the key', (t) => {
   return inSession.table(t, rows, ({ menus }, code) => menus.virtualKeyCode(code));
 });
 
-// ---- The patch
-
-test('the methods of application and menus are replaced under their aliases, not those of superclasses', async (t) => {
-  const result = await inSession(t, ({ menus }) => [menus.patch(), menus.replaceInherited()]);
-  assert.deepStrictEqual(result, [
-    {
-      'tsOrigSendEvent:': 'V@:@',
-      'tsHandleKeyboardEvent:': '@@:@',
-      tsPasteIfPossible: 'B@:',
-      'tsOrigPerformKeyEquivalent:': 'V@:@',
-      superclass: false,
-      handledEventIsTheSame: true,
-    },
-    // Base, heir, heir's alias, what was given back; twice; and for a method that is not there.
-    [1, 2, 1, true, 1, 3, 1, true, true],
-  ]);
+inSession.test('methods are replaced under their aliases, not those of superclasses', ({ equal, menus }) => {
+  const encodings = { 'tsOrigSendEvent:': 'V@:@', 'tsHandleKeyboardEvent:': '@@:@', tsPasteIfPossible: 'B@:', 'tsOrigPerformKeyEquivalent:': 'V@:@' }; // prettier-ignore
+  equal(menus.patch(), { ...encodings, superclass: false, handledEventIsTheSame: true });
 });
 
 // ---- Keys that are pressed
 
-test('special keys reach the menu before the page', async (t) => {
-  const first = (id) => ['will open TessaroHost', id];
-  const cases = [
-    ['ctrl+comma', first(101)],
-    ['ctrl+Left', first(405)],
-    ['ctrl+Right', first(406)],
-    ['ctrl+Down', first(408)],
-    ['ctrl+Up', first(407)],
-    ['ctrl+alt+Down', first(505)],
-    ['ctrl+alt+Up', first(504)],
-    ['ctrl+super+space', first(307)],
-    ['ctrl+shift+d', first(205)],
-    ['ctrl+super+Left', ['window/set-previous-tab-active']],
-    ['ctrl+super+Right', ['window/set-next-tab-active']],
-    ['ctrl+alt+Left', ['window/set-previous-tab-active']],
-    ['ctrl+alt+Right', ['window/set-next-tab-active']],
+inSession.test('special keys reach the menu before the page', async ({ during, equal, openKeyWindow, press }) => {
+  const menu = 'will open TessaroHost';
+  const [previous, next] = ['window/set-previous-tab-active', 'window/set-next-tab-active'];
+  const table = [
+    ...[['ctrl+comma', menu, 101], ['ctrl+Left', menu, 405], ['ctrl+Right', menu, 406], ['ctrl+Down', menu, 408]],
+    ...[['ctrl+Up', menu, 407], ['ctrl+alt+Down', menu, 505], ['ctrl+alt+Up', menu, 504]],
+    ...[['ctrl+super+space', menu, 307], ['ctrl+shift+d', menu, 205]],
+    ...[['ctrl+super+Left', previous], ['ctrl+super+Right', next], ['ctrl+alt+Left', previous], ['ctrl+alt+Right', next]],
     // Special, but nothing of the menu: the page gets it after all.
-    ['ctrl+shift+Left', ['will open TessaroHost', 'page uses']],
+    ['ctrl+shift+Left', menu, 'page uses'],
     // Not special: the page first, and what it has no use for comes back to the menu.
-    ['ctrl+n', ['page', 'will open TessaroHost', 200]],
-    ['ctrl+shift+s', ['page', 'will open TessaroHost', 203]],
-    ['ctrl+shift+bracketleft', ['page', 'window/set-previous-tab-active']],
-    ['ctrl+shift+bracketright', ['page', 'window/set-next-tab-active']],
-    ['ctrl+alt+bracketleft', ['page', 'window/set-previous-tab-active']],
-    ['ctrl+alt+bracketright', ['page', 'window/set-next-tab-active']],
-    ['ctrl+shift+alt+bracketleft', ['page', 'window/set-previous-tab-active']],
-    ['ctrl+y', ['page', 'will open TessaroHost']],
-    ['super+y', ['page', 'will open TessaroHost']],
-    ['y', []],
-  ];
-  const results = await inSession(
-    t,
-    async ({ during, openKeyWindow, press }, keys) => {
-      const window = await openKeyWindow();
-      const results = [];
-      for (const each of keys) results.push([each, await during(() => press(window, each))]);
-      return results;
-    },
-    cases.map(([name]) => name),
-  );
-  assert.deepStrictEqual(results, cases);
+    ...[['ctrl+n', 'page', menu, 200], ['ctrl+shift+s', 'page', menu, 203]],
+    ...[['ctrl+shift+bracketleft', 'page', previous], ['ctrl+shift+bracketright', 'page', next]],
+    ...[['ctrl+alt+bracketleft', 'page', previous], ['ctrl+alt+bracketright', 'page', next]],
+    ...[['ctrl+shift+alt+bracketleft', 'page', previous], ['ctrl+y', 'page', menu], ['super+y', 'page', menu], ['y']],
+  ]; // prettier-ignore
+  const window = await openKeyWindow();
+  for (const [keys, ...expected] of table) equal([keys, ...(await during(() => press(window, keys)))], [keys, ...expected]); // prettier-ignore
 });
 
-test('a returned shortcut is handled with the key code and modifiers of its key press', async (t) => {
-  const result = await inSession(t, async ({ host, native, openKeyWindow, press }) => {
-    const window = await openKeyWindow();
-    const events = [];
-    const note = ({ event }) => event && events.push([event, JSON.parse(native.modifierKeys())]);
-    host.on('notification', ({ userInfo }) => note(userInfo));
-    await press(window, 'ctrl+n');
-    await press(window, 'ctrl+Left');
-    return events;
-  });
-  const keys = {
-    'mouse?': false,
-    'keyboard?': true,
-    'function-modifier?': false,
-    'control-modifier?': false,
-    'option-modifier?': false,
-    'command-modifier?': true,
-    'shift-modifier?': false,
-  };
+inSession.test('a returned shortcut is handled with the key code and modifiers of its key press', async (fixture) => {
+  const { equal, host, native, openKeyWindow, press } = fixture;
+  const window = await openKeyWindow();
+  const events = [];
+  const note = ({ event }) => event && events.push([event, JSON.parse(native.modifierKeys())]);
+  host.on('notification', ({ userInfo }) => note(userInfo));
+  await press(window, 'ctrl+n');
+  await press(window, 'ctrl+Left');
+  const off = Object.fromEntries(['mouse', 'function-modifier', 'control-modifier', 'option-modifier', 'shift-modifier'].map((name) => [`${name}?`, false])); // prettier-ignore
+  const keys = { ...off, 'keyboard?': true, 'command-modifier?': true };
   const arrow = { ...keys, 'function-modifier?': true };
-  assert.deepStrictEqual(
-    result.map(([description]) => description),
-    [
-      { ...keys, 'key-code': 45, chars: 'n' },
-      { ...arrow, 'key-code': 123, chars: '\uf702' },
-    ],
-  );
-  assert.deepStrictEqual(result[1][1], arrow);
+  equal(events[0][0], { ...keys, 'key-code': 45, chars: 'n' });
+  equal(events[1], [{ ...arrow, 'key-code': 123, chars: '\uf702' }, arrow]);
 });
 
-test('every change of the modifier keys is reported, Caps Lock with the state it has then', async (t) => {
-  const result = await inSession(t, async ({ native, openKeyWindow, press }) => {
-    const window = await openKeyWindow();
-    const reports = [];
-    native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
-    await press(window, 'ctrl+shift+alt+super+F5');
-    await press(window, 'Caps_Lock');
-    await press(window, 'Caps_Lock');
-    return reports;
-  });
+inSession.test('every change of the modifier keys is reported', async (fixture) => {
+  const { equal, modifierReports, openKeyWindow, press } = fixture;
+  const window = await openKeyWindow();
+  const reports = modifierReports();
+  await press(window, 'ctrl+shift+alt+super+F5');
   // Function, Control, Option, Command, Shift, Caps Lock, Help, numeric pad.
-  const held = ['00010000', '00011000', '00111000', '01111000', '01110000', '01100000', '01000000', '00000000'];
-  const capsLock = ['00000100', '00000100', '00000100', '00000000'];
-  assert.deepStrictEqual(result, [...held, ...capsLock]);
+  const held = '00010000 00011000 00111000 01111000 01110000 01100000 01000000 00000000';
+  equal(reports.splice(0).join(' '), held);
+  await press(window, 'Caps_Lock');
+  await press(window, 'Caps_Lock');
+  equal(reports.join(' '), '00000100 00000100 00000100 00000000');
 });
 
-test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (t) => {
-  const cases = [
+inSession.test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (fixture) => {
+  const { during, equal, key, menus, native, openKeyWindow, press, run } = fixture;
+  // Each with layouts, and keys that choose the item there or don't.
+  const table = [
     // Lower or upper case: Shift is what the accelerator says.
-    { accelerator: 'Cmd+Shift+u', us: { 'ctrl+shift+u': true, 'ctrl+u': false } },
-    { accelerator: 'Cmd+U', us: { 'ctrl+shift+u': true, 'ctrl+u': false } },
-    { accelerator: 'Cmd+u', us: { 'ctrl+shift+u': false, 'ctrl+u': true } },
-    { accelerator: 'Cmd+Shift+7', us: { 'ctrl+shift+7': true, 'ctrl+7': false }, de: { 'ctrl+shift+16': true } },
-    { accelerator: 'Cmd+&', us: { 'ctrl+shift+7': true }, de: { 'ctrl+shift+16': false } },
-    { accelerator: 'Cmd+/', us: { 'ctrl+slash': true }, de: { 'ctrl+shift+16': true } },
-    { accelerator: 'Cmd+Shift+F5', us: { 'ctrl+F5': false } },
-    // Letters are where the layout has them: the key right of T.
-    { accelerator: 'Cmd+z', us: { 'ctrl+29': false }, de: { 'ctrl+29': true } },
-    // Letters of other scripts: by the user's Latin layout, or the American one.
-    { accelerator: 'Cmd+u', ru: { 'ctrl+30': true, 'ctrl+29': false }, gr: { 'ctrl+30': true } },
-    { accelerator: 'Cmd+z', 'ru,de': { 'ctrl+29': true } },
-    { accelerator: 'Cmd+Shift+u', ru: { 'ctrl+shift+30': true, 'ctrl+30': false } },
-  ];
-  const results = await inSession(
-    t,
-    async ({ during, key, menus, native, openKeyWindow, press, run }, table) => {
-      const window = await openKeyWindow();
-      const isChosen = async (name) => (await during(() => press(window, name))).includes(1);
-      const results = [];
-      for (const { accelerator, ...layouts } of table) {
-        menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'It', commandId: 1 }] }]);
-        native.updateMainMenuMenuItem('[0,0]', JSON.stringify({ accelerator }));
-        const result = { accelerator };
-        for (const [layout, keys] of Object.entries(layouts)) {
-          await run('setxkbmap', layout);
-          result[layout] = {};
-          for (const name of Object.keys(keys)) result[layout][name] = await isChosen(name);
-        }
-        await run('setxkbmap', 'us');
-        results.push(result);
-      }
-      native.updateMainMenuMenuItem('[0,0]', '{"accelerator":"Cmd+u"}');
-      await key('Caps_Lock');
-      results.push(await isChosen('ctrl+u'));
-      await key('Caps_Lock');
-      return results;
-    },
-    cases,
-  );
-  assert.deepStrictEqual(results, [...cases, true]);
+    ['Cmd+Shift+u', { us: { 'ctrl+shift+u': true, 'ctrl+u': false }, ru: { 'ctrl+shift+30': true, 'ctrl+30': false } }],
+    ['Cmd+U', { us: { 'ctrl+shift+u': true, 'ctrl+u': false } }],
+    ['Cmd+Shift+7', { us: { 'ctrl+shift+7': true, 'ctrl+7': false }, de: { 'ctrl+shift+16': true } }],
+    ['Cmd+&', { us: { 'ctrl+shift+7': true }, de: { 'ctrl+shift+16': false } }],
+    ['Cmd+/', { us: { 'ctrl+slash': true }, de: { 'ctrl+shift+16': true } }],
+    ['Cmd+Shift+F5', { us: { 'ctrl+F5': false } }],
+    // Letters are where the layout has them: the key right of T. Letters of other scripts: by the user's Latin layout.
+    ['Cmd+z', { us: { 'ctrl+29': false }, de: { 'ctrl+29': true }, 'ru,de': { 'ctrl+29': true } }],
+    ['Cmd+u', { ru: { 'ctrl+30': true, 'ctrl+29': false }, gr: { 'ctrl+30': true }, us: { 'ctrl+shift+u': false, 'ctrl+u': true } }],
+  ]; // prettier-ignore
+  const window = await openKeyWindow();
+  const isChosen = async (name) => (await during(() => press(window, name))).includes(1);
+  for (const [accelerator, layouts] of table) {
+    menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'It', commandId: 1 }] }]);
+    native.updateMainMenuMenuItem('[0,0]', JSON.stringify({ accelerator }));
+    for (const [layout, keys] of Object.entries(layouts)) {
+      await run('setxkbmap', layout);
+      for (const [name, isItem] of Object.entries(keys)) equal(await isChosen(name), isItem, `${accelerator} ${layout} ${name}`); // prettier-ignore
+    }
+  }
+  await key('Caps_Lock');
+  equal(await isChosen('ctrl+u'), true);
+  await key('Caps_Lock');
 });
 
-test('menus show the user’s own keys for Command and Option', async (t) => {
+inSession.test('menus show the user’s own keys for Command and Option', async (fixture) => {
+  const { command, control, during, equal, menus, openKeyWindow, option, press, sendMessage, shift } = fixture;
   const items = [
     { title: 'New', key: 'n', modifiers: command, commandId: 1 },
     { title: 'Shifted', key: 'N', modifiers: command | option },
@@ -276,201 +199,164 @@ test('menus show the user’s own keys for Command and Option', async (t) => {
     { title: 'Enter', key: '\r', modifiers: option },
     { title: 'None' },
   ];
-  const result = await inSession(
-    t,
-    async ({ during, menus, openKeyWindow, press, sendMessage }, all) => {
-      menus.setMainMenu([{ title: 'TessaroHost', items: all }]);
-      const texts = [menus.shortcutTexts()];
-      const defaults = sendMessage('NSUserDefaults', 'standardUserDefaults');
-      sendMessage(defaults, 'setObject:forKey:', 'Super_L', 'GSFirstCommandKey');
-      sendMessage(defaults, 'setObject:forKey:', 'Control_L', 'GSFirstControlKey');
-      texts.push(menus.shortcutTexts());
-      const window = await openKeyWindow();
-      const [commandPressed] = (await during(() => press(window, 'super+n'))).slice(-1);
-      return [texts, commandPressed, (await during(() => press(window, 'ctrl+n'))).includes(1)];
-    },
-    items,
-  );
-  assert.deepStrictEqual(result, [
-    [
-      ['Ctrl+N', 'Ctrl+Alt+Shift+N', 'Super+Ctrl+Shift+←', 'F5', 'Alt+Enter', ''],
-      ['Super+N', 'Super+Alt+Shift+N', 'Ctrl+Super+Shift+←', 'F5', 'Alt+Enter', ''],
-    ],
-    1,
-    false,
-  ]);
+  menus.setMainMenu([{ title: 'TessaroHost', items }]);
+  equal(menus.shortcutTexts().join(), 'Ctrl+N,Ctrl+Alt+Shift+N,Super+Ctrl+Shift+←,F5,Alt+Enter,');
+  const defaults = sendMessage('NSUserDefaults', 'standardUserDefaults');
+  sendMessage(defaults, 'setObject:forKey:', 'Super_L', 'GSFirstCommandKey');
+  sendMessage(defaults, 'setObject:forKey:', 'Control_L', 'GSFirstControlKey');
+  equal(menus.shortcutTexts().join(), 'Super+N,Super+Alt+Shift+N,Ctrl+Super+Shift+←,F5,Alt+Enter,');
+  const window = await openKeyWindow();
+  equal((await during(() => press(window, 'super+n'))).at(-1), 1);
+  equal((await during(() => press(window, 'ctrl+n'))).includes(1), false);
 });
 
-test('dead keys, the third level and input methods type as before, and keys without characters do no harm', async (t) => {
-  const result = await inSession(t, async ({ host, openKeyWindow, press, run }) => {
-    const window = await openKeyWindow();
-    await run('setxkbmap', 'de');
-    const third = ['ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift'];
-    await press(window, 'dead_circumflex', 'a', ...third);
-    await run('setxkbmap', 'us');
-    return host.windowInfo(window).typedText;
-  });
-  assert.match(result, /â.*@ß/);
+inSession.test('dead keys, the third level and input methods type as before', async (fixture) => {
+  const { assert, host, openKeyWindow, press, run } = fixture;
+  const window = await openKeyWindow();
+  await run('setxkbmap', 'de');
+  const third = ['ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift'];
+  await press(window, 'dead_circumflex', 'a', ...third);
+  await run('setxkbmap', 'us');
+  assert.match(host.windowInfo(window).typedText, /â.*@ß/);
 });
 
-// ---- Events that nobody presses
+inSession.test('modifiers that change in the background are reported on return', async (fixture) => {
+  const { equal, eventually, host, modifierReports, openKeyWindow, run, spawn } = fixture;
+  const window = await openKeyWindow();
+  const reports = modifierReports();
+  const isKey = () => host.windowInfo(window).isKey;
+  const away = async (...keys) => {
+    const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
+    await eventually(() => !isKey(), 'the background');
+    await run('xdotool', ...keys);
+    reports.length = 0;
+    await run('xdotool', 'windowactivate', host.windowInfo(window).systemWindow);
+    await eventually(() => isKey() && reports.length > 0, 'the foreground');
+    other.kill();
+    return reports.at(-1);
+  };
+  const up = ['keyup', 'shift', 'keyup', 'alt'];
+  try {
+    equal(await away('keydown', 'shift', 'keydown', 'alt'), '00101000');
+    equal(await away(...up), '00000000');
+  } finally {
+    await run('xdotool', ...up);
+  }
+});
 
-test('synthetic events repeat the remembered key press, or are refused', async (t) => {
-  const down = event(command, { keyCode: key.n, ignoring: 'n' });
+inSession.test('the application is hidden from its command until it shows a window', async (fixture) => {
+  const { equal, eventually, host, key, native, openKeyWindow } = fixture;
+  const window = await openKeyWindow();
+  equal(native.isAppHidden(), false);
+  await key('ctrl+h');
+  await eventually(() => native.isAppHidden(), 'hiding');
+  await eventually(() => !host.windowInfo(window).isKey, 'a window without the keyboard');
+  await openKeyWindow();
+  await eventually(() => !native.isAppHidden(), 'a window');
+});
+
+// ---- Made-up events
+
+inSession.test('synthetic events repeat the remembered key press, or are refused', async (fixture) => {
+  const { command, during, equal, event, menus } = fixture;
+  menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'Nothing' }] }]);
+  const down = event(command);
   const madeUp = { ...down, keyCode: 0, modifiers: 0, isSynthetic: true };
-  const searched = [false, 'will open TessaroHost'];
-  // Whether a key press is remembered first, what comes then, and what comes of that.
-  const rows = [
-    [false, madeUp, [false]],
-    [true, madeUp, searched],
-    [false, madeUp, [false]],
-    [true, { ...madeUp, characters: 'm' }, [false]],
-    [false, madeUp, [false]],
-    [true, { ...madeUp, isSynthetic: false }, [false]],
-    [true, { ...madeUp, type: keyUp, characters: 'x' }, [false]],
-    [true, { ...madeUp, type: mouseDown }, [false], event(0, { ignoring: 'q' })],
+  const [refused, searched] = [[false], [false, 'will open TessaroHost']];
+  // The key presses before an event, and the outcome.
+  const table = [
+    [[], madeUp, refused],
+    [[down], madeUp, searched],
+    [[], madeUp, refused],
+    [[down], { ...madeUp, characters: 'm' }, refused],
+    [[], madeUp, refused],
+    [[down], { ...madeUp, isSynthetic: false }, refused],
+    [[down], { ...madeUp, type: 11, characters: 'x' }, refused],
+    [[down, event(0, { ignoring: 'q' })], { ...madeUp, type: 1 }, refused],
   ];
-  const results = await inSession(
-    t,
-    async ({ during, menus }, table, press) => {
-      menus.setMainMenu([{ title: 'TessaroHost', items: [{ title: 'Nothing' }] }]);
-      const results = [];
-      for (const [isRemembered, next, , between] of table) {
-        if (isRemembered) menus.sendEvent(press);
-        if (between) menus.sendEvent(between);
-        results.push(await during(() => menus.performKeyEquivalent(next)));
-      }
-      return results;
-    },
-    rows,
-    down,
-  );
-  results.forEach((result, i) => assert.deepStrictEqual(result, rows[i][2], `${i}`));
+  for (const [presses, next, expected] of table) {
+    presses.forEach(menus.sendEvent);
+    equal(await during(() => menus.performKeyEquivalent(next)), expected);
+  }
 });
 
 test('tab switching consumes and reports the right events', async (t) => {
   const [previous, next] = ['window/set-previous-tab-active', 'window/set-next-tab-active'];
-  const bracket = (modifiers, ignoring, type) => event(modifiers, { ignoring, type, keyCode: key.leftBracket });
-  const arrow = (modifiers, keyCode, type) => event(modifiers, { keyCode, type, ignoring: 'x' });
-  const cases = [
-    [bracket(command | shift, '{'), true, previous],
-    [bracket(command | shift, '}'), true, next],
-    [bracket(command | shift, '{', keyUp), true],
-    [bracket(command | option, '['), true, previous],
-    [bracket(command | option, ']'), true, next],
-    [bracket(command | option | shift, '['), true, previous],
-    [bracket(command | option | control, ']'), true, next],
-    [bracket(command | shift, '['), false],
-    [bracket(command | option, '{'), false],
-    [bracket(command, '['), false],
-    [bracket(shift, '{'), false],
-    [bracket(command | shift, '{', flagsChanged), false],
-    [arrow(command | control, key.left), true, previous],
-    [arrow(command | control, key.right, keyUp), true, next],
-    [arrow(command | option | shift, key.right), true, next],
-    [arrow(command | control | option, key.left), false],
-    [arrow(command, key.left), false],
-    [arrow(command, key.left, mouseDown), false],
+  const bracket = (modifiers, ignoring, type) => [modifiers, { ignoring, type, keyCode: key.leftBracket }];
+  const arrow = (modifiers, keyCode, type) => [modifiers, { keyCode, type, ignoring: 'x' }];
+  const rows = [
+    [...bracket(command | shift, '{'), [true, previous]],
+    [...bracket(command | shift, '}'), [true, next]],
+    [...bracket(command | shift, '{', keyUp), [true]],
+    [...bracket(command | option, '['), [true, previous]],
+    [...bracket(command | option, ']'), [true, next]],
+    [...bracket(command | option | shift, '['), [true, previous]],
+    [...bracket(command | option | control, ']'), [true, next]],
+    [...bracket(command | shift, '['), [false]],
+    [...bracket(command | option, '{'), [false]],
+    [...bracket(command, '['), [false]],
+    [...bracket(shift, '{'), [false]],
+    [...bracket(command | shift, '{', flagsChanged), [false]],
+    [...arrow(command | control, key.left), [true, previous]],
+    [...arrow(command | control, key.right, keyUp), [true, next]],
+    [...arrow(command | option | shift, key.right), [true, next]],
+    [...arrow(command | control | option, key.left), [false]],
+    [...arrow(command, key.left), [false]],
+    [...arrow(command, key.left, mouseDown), [false]],
   ];
-  const rows = cases.map(([each, ...expected]) => [each, expected]);
-  await inSession.table(t, rows, ({ during, menus }, each) => during(() => menus.processKey(each)));
+  await inSession.table(t, rows, ({ during, event, menus }, ...each) => during(() => menus.processKey(event(...each))));
 });
 
 test('every event after the bracket check is written to the system log', async (t) => {
-  const { stderr } = await inSession.ends(t, ({ menus }, events) => events.forEach(menus.processKey), [
-    event(command | option),
-    event(command),
-    event(command | shift, { ignoring: '{' }),
-  ]);
-  const lines = stderr.match(/>>> command\+option: .*/g);
-  assert.strictEqual(lines.length, 2);
-  assert.match(lines[0], /^>>> command\+option: 1 45 NSEvent: /);
-  assert.match(lines[1], /^>>> command\+option: 0 45 NSEvent: /);
+  const { stderr } = await inSession.ends(t, ({ command, event, menus, option, shift }) => {
+    [event(command | option), event(command), event(command | shift, { ignoring: '{' })].forEach(menus.processKey);
+  });
+  const [first, second, ...others] = stderr.match(/>>> command\+option: .*/g);
+  assert.match(first, /^>>> command\+option: 1 45 NSEvent: /);
+  assert.match(second, /^>>> command\+option: 0 45 NSEvent: /);
+  assert.deepStrictEqual(others, []);
 });
 
-test('of two items with one shortcut a later menu’s wins over the application menu’s', async (t) => {
+inSession.test('of two items with one shortcut a later menu’s wins over the application menu’s', async (fixture) => {
+  const { command, during, equal, event, menus, native } = fixture;
   const menu = (title, commandId) => ({ title, items: [{ title, key: 'j', modifiers: command, commandId }] });
-  const results = await inSession(
-    t,
-    async ({ during, menus, native }, menu, press) => {
-      menus.setMainMenu(menu);
-      const steps = [
-        [],
-        ['[1]', '{"visible":false}'],
-        ['[2,0]', '{"visible":false}'],
-        ['[0,0]', '{"accelerator":null}'],
-      ];
-      const results = [];
-      for (const step of steps) {
-        if (step.length > 0) native.updateMainMenuMenuItem(...step);
-        results.push((await during(() => menus.performKeyEquivalent(press))).pop());
-      }
-      return results;
-    },
-    [menu('TessaroHost', 1), menu('Second', 2), menu('Third', 3)],
-    event(command, { ignoring: 'j' }),
-  );
-  assert.deepStrictEqual(results, [2, 3, 1, 'will open TessaroHost']);
+  menus.setMainMenu([menu('TessaroHost', 1), menu('Second', 2), menu('Third', 3)]);
+  const chosen = async () => (await during(() => menus.performKeyEquivalent(event(command, { ignoring: 'j' })))).pop();
+  equal(await chosen(), 2);
+  const table = [
+    ['[1]', '{"visible":false}', 3],
+    ['[2,0]', '{"visible":false}', 1],
+    ['[0,0]', '{"accelerator":null}', 'will open TessaroHost'],
+  ];
+  for (const [path, attributes, expected] of table) {
+    native.updateMainMenuMenuItem(path, attributes);
+    equal(await chosen(), expected);
+  }
 });
 
-test('modifier reports leave out synthetic events and include mouse events', async (t) => {
-  const changed = event(command, { type: flagsChanged });
-  const results = await inSession(
-    t,
-    ({ menus, native }, unheard, ...events) => {
-      menus.processModifiers(unheard);
-      const reports = [];
-      native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values));
-      events.forEach(menus.processModifiers);
-      return reports;
-    },
-    changed,
-    { ...changed, isSynthetic: true },
-    event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }),
-    event(shift, { type: mouseDown }),
-  );
-  assert.deepStrictEqual(results, [
-    [true, true, true, true, true, false, true, true],
-    [false, false, false, false, true, false, false, false],
-  ]);
+inSession.test('modifier reports leave out synthetic events and include mouse events', (fixture) => {
+  const { command, equal, event, menus, modifierReports, shift } = fixture;
+  const [flagsChanged, mouseDown] = [12, 1];
+  menus.processModifiers(event(command, { type: flagsChanged }));
+  const reports = modifierReports();
+  menus.processModifiers(event(command, { type: flagsChanged, isSynthetic: true }));
+  menus.processModifiers(event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }));
+  menus.processModifiers(event(shift, { type: mouseDown }));
+  equal(reports, ['11111011', '00001000']);
 });
 
-test('events are described for menus; without an event the description is empty', async (t) => {
-  const results = await inSession(
-    t,
-    ({ menus, native }, events) => [
-      ...events.map(menus.menuEventDescription),
-      native.modifierKeys(),
-      native.isAppHidden(),
-    ],
-    [null, event(control | shift, { ignoring: 'N' }), event(command, { type: mouseDown })],
-  );
-  const none = { 'function-modifier?': false, 'option-modifier?': false };
-  assert.deepStrictEqual(results, [
-    {},
-    {
-      ...none,
-      'mouse?': false,
-      'keyboard?': true,
-      'control-modifier?': true,
-      'command-modifier?': false,
-      'shift-modifier?': true,
-      'key-code': 45,
-      chars: 'N',
-    },
-    {
-      ...none,
-      'mouse?': true,
-      'keyboard?': false,
-      'control-modifier?': false,
-      'command-modifier?': true,
-      'shift-modifier?': false,
-      'key-code': 0,
-      chars: '',
-    },
-    null,
-    false,
-  ]);
+inSession.test('events are described for menus; without an event the description is empty', (fixture) => {
+  const { command, control, equal, event, menus, native, shift } = fixture;
+  const described = (isKey, isControl, isCommand, isShift, keyCode, chars) => ({
+    ...{ 'mouse?': !isKey, 'keyboard?': isKey, 'function-modifier?': false, 'option-modifier?': false },
+    ...{ 'control-modifier?': isControl, 'command-modifier?': isCommand, 'shift-modifier?': isShift },
+    ...{ 'key-code': keyCode, chars },
+  });
+  equal(menus.menuEventDescription(null), {});
+  const key = event(control | shift, { ignoring: 'N' });
+  equal(menus.menuEventDescription(key), described(true, true, false, true, 45, 'N'));
+  equal(menus.menuEventDescription(event(command, { type: 1 })), described(false, false, true, false, 0, ''));
+  equal(native.modifierKeys(), null);
 });
 
 test('pasting asks for files', async (t) => {
@@ -479,48 +365,9 @@ test('pasting asks for files', async (t) => {
     [{ files: ['/etc/hosts', '/etc/pass wd'] }, [[true, false, true], 'TsPasteFilesIntoCurrentWebContents']],
     [{ files: [] }, [[false, false, false]]],
   ];
-  await inSession.table(t, rows, ({ during, menus, pasteboard }, content) => {
+  await inSession.table(t, rows, ({ during, menus, pasteboard, sendMessage }, content) => {
     pasteboard.put(content);
-    return during(menus.pasteIfPossible);
+    const paste = () => sendMessage(sendMessage('NSApplication', 'sharedApplication'), 'tsPasteIfPossible');
+    return during(() => [paste(), menus.hasFiles('NSStringPboardType'), menus.hasFiles('public.file-url')]);
   });
-});
-
-test('modifiers pressed or released in the background are reported when the application becomes active', async (t) => {
-  const result = await inSession(t, async ({ eventually, host, native, openKeyWindow, run, spawn }) => {
-    const window = await openKeyWindow();
-    const reports = [];
-    native.setKeyboardModifierKeysCallbackFunction((...values) => reports.push(values.map(Number).join('')));
-    const isKey = () => host.windowInfo(window).isKey;
-    const away = async (...keys) => {
-      const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
-      await eventually(() => !isKey(), 'the background');
-      await run('xdotool', ...keys);
-      reports.length = 0;
-      await run('xdotool', 'windowactivate', host.windowInfo(window).systemWindow);
-      await eventually(() => isKey() && reports.length > 0, 'the foreground');
-      other.kill();
-      return reports.at(-1);
-    };
-    const up = ['keyup', 'shift', 'keyup', 'alt'];
-    try {
-      return [await away('keydown', 'shift', 'keydown', 'alt'), await away(...up)];
-    } finally {
-      await run('xdotool', ...up);
-    }
-  });
-  assert.deepStrictEqual(result, ['00101000', '00000000']);
-});
-
-test('the application is hidden from its command until it shows a window', async (t) => {
-  const result = await inSession(t, async ({ eventually, host, key, native, openKeyWindow }) => {
-    const window = await openKeyWindow();
-    const before = native.isAppHidden();
-    await key('ctrl+h');
-    await eventually(() => native.isAppHidden(), 'hiding');
-    await eventually(() => !host.windowInfo(window).isKey, 'a window without the keyboard');
-    await openKeyWindow();
-    await eventually(() => !native.isAppHidden(), 'a window');
-    return before;
-  });
-  assert.strictEqual(result, false);
 });

@@ -82,21 +82,6 @@ bool SetAttribute(NSMenuItem* item, NSString* name, id value) {
   return false;
 }
 
-// ---- Items by command identifier
-
-// `visited` ends the walk where menus contain each other.
-void AddCommandIds(NSMutableDictionary* map, NSArray* items, NSHashTable* visited) {
-  for (NSMenuItem* item in items) {
-    id commandId = [As<NSDictionary>([item representedObject]) objectForKey:kCommandId];
-    if (commandId != nil) [map setObject:item forKey:commandId];
-
-    NSMenu* submenu = [item submenu];
-    if ([submenu numberOfItems] == 0 || [visited containsObject:submenu]) continue;
-    [visited addObject:submenu];
-    AddCommandIds(map, [submenu itemArray], visited);
-  }
-}
-
 // ---- Items by path
 
 // Numbers that are no index give one beyond all items.
@@ -214,7 +199,11 @@ void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes) {
 }
 
 void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items) {
-  AddCommandIds(map, items, [NSHashTable hashTableWithOptions:NSPointerFunctionsObjectPointerPersonality]);
+  for (NSMenuItem* item in items) {
+    id commandId = [As<NSDictionary>([item representedObject]) objectForKey:kCommandId];
+    if (commandId != nil) [map setObject:item forKey:commandId];
+    TsBuildCommandIdDictionary(map, [[item submenu] itemArray]);
+  }
 }
 
 NSMutableDictionary* TsGetMenuItemMap() {

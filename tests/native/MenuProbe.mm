@@ -3,7 +3,6 @@
 #include "Application/AtomApplication.h"
 #include "Application/KeyCombinations.h"
 #include "Base/Ref.h"
-#include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
 #include "Platform/Cocoa.h"
@@ -11,48 +10,8 @@
 #include "Platform/Linux/Keyboard/ShortcutText.h"
 #include "Probe.h"
 
-// A class and one that only inherits from it.
-@interface TsProbeBase : NSObject
-- (int)answer;
-@end
-
-@implementation TsProbeBase
-- (int)answer {
-  return 1;
-}
-@end
-
-@interface TsProbeHeir : TsProbeBase
-@end
-
-@implementation TsProbeHeir
-@end
-
-// An item that says it leads to a menu.
-@interface TsProbeItemInto : NSMenuItem {
-  NSMenu* _destination;
-}
-- (instancetype)initWithMenu:(NSMenu*)menu;
-@end
-
-@implementation TsProbeItemInto
-
-- (instancetype)initWithMenu:(NSMenu*)menu {
-  self = [super initWithTitle:@"Back" action:nullptr keyEquivalent:@""];
-  if (self) _destination = menu;
-  return self;
-}
-
-- (NSMenu*)submenu {
-  return _destination;
-}
-
-@end
-
 @interface NSObject (TsProbe)
-- (int)ts_previousAnswer;
 - (NSEvent*)tsHandleKeyboardEvent:(NSEvent*)event;
-- (bool)tsPasteIfPossible;
 @end
 
 namespace {
@@ -104,28 +63,6 @@ id shortcutTexts() {
 }
 
 id mainMenu() { return Describe([NSApp mainMenu]); }
-
-id delegateClasses() {
-  id shared = [[NSApp mainMenu] delegate];
-  NSMutableArray* names = [NSMutableArray arrayWithObject:shared == nil ? @"none" : NSStringFromClass([shared class])];
-  for (NSMenuItem* item in [[NSApp mainMenu] itemArray]) {
-    id delegate = [[item submenu] delegate];
-    [names addObject:delegate == nil ? @"none" : delegate == shared ? @"shared" : @"other"];
-  }
-  return names;
-}
-
-// Two menus that contain each other. GNUstep never returns from making such a pair, so one is only said to be there.
-id identifiersOfCyclicMenus() {
-  auto first = MakeMenu(@"First", @[ @{@"title" : @"One", @"commandId" : @(1)} ]);
-  auto second = MakeMenu(@"Second", @[ @{@"title" : @"Two", @"commandId" : @(2)} ]);
-  auto back = Adopt([[TsProbeItemInto alloc] initWithMenu:first]);
-  [second addItem:back];
-  [[first itemAtIndex:0] setSubmenu:second];
-  NSMutableDictionary* map = [NSMutableDictionary dictionary];
-  TsBuildCommandIdDictionary(map, [first itemArray]);
-  return [[map allKeys] sortedArrayUsingSelector:@selector(compare:)];
-}
 
 // ---- Keys
 
@@ -217,38 +154,9 @@ id patch() {
   };
 }
 
-int AnswerTwo(id, SEL) { return 2; }
-int AnswerThree(id, SEL) { return 3; }
-
-id replaceInherited() {
-  const SEL alias = @selector(ts_previousAnswer);
-  const auto replace = [alias](IMP implementation) {
-    return TsReplaceMethod([TsProbeHeir class], @selector(answer), alias, implementation);
-  };
-  auto base = Adopt([[TsProbeBase alloc] init]);
-  auto heir = Adopt([[TsProbeHeir alloc] init]);
-  const IMP inherited = class_getMethodImplementation([TsProbeBase class], @selector(answer));
-  const IMP first = replace(reinterpret_cast<IMP>(AnswerTwo));
-  NSMutableArray* answers = [NSMutableArray
-      arrayWithArray:@[ @([base answer]), @([heir answer]), @([heir ts_previousAnswer]), Truth(first == inherited) ]];
-  const IMP second = replace(reinterpret_cast<IMP>(AnswerThree));
-  [answers addObjectsFromArray:@[
-    @([base answer]), @([heir answer]), @([heir ts_previousAnswer]), Truth(second == reinterpret_cast<IMP>(AnswerTwo))
-  ]];
-  const IMP missing =
-      TsReplaceMethod([TsProbeHeir class], @selector(thereIsNone), alias, reinterpret_cast<IMP>(AnswerTwo));
-  [answers addObject:Truth(missing == nullptr)];
-  return answers;
-}
-
 // ---- Pasting
 
-id pasteIfPossible() {
-  return @[
-    Truth([NSApp tsPasteIfPossible]), Truth(hasFilesInPasteboard(NSStringPboardType)),
-    Truth(hasFilesInPasteboard(@"public.file-url"))
-  ];
-}
+bool hasFiles(NSString* type) { return hasFilesInPasteboard(type); }
 
 // ---- Costs
 
@@ -268,8 +176,6 @@ void AttachMenuProbe(v8::Local<v8::Object> exports) {
   PROBE(setMainMenu);
   PROBE(mainMenu);
   PROBE(shortcutTexts);
-  PROBE(delegateClasses);
-  PROBE(identifiersOfCyclicMenus);
   PROBE(predicates);
   PROBE(sendEvent);
   PROBE(performKeyEquivalent);
@@ -278,8 +184,7 @@ void AttachMenuProbe(v8::Local<v8::Object> exports) {
   PROBE(menuEventDescription);
   PROBE(virtualKeyCode);
   PROBE(patch);
-  PROBE(replaceInherited);
-  PROBE(pasteIfPossible);
+  PROBE(hasFiles);
   PROBE(measureSendEvent);
   PROBE(measurePreviousSendEvent);
 }

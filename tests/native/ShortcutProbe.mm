@@ -1,9 +1,7 @@
 #include "Base/Ref.h"
 #include "Platform/Cocoa.h"
-#include "Platform/HotKeys.h"
 #include "Probe.h"
 #import "Shortcuts/MASShortcut.h"
-#import "Shortcuts/TsGlobalShortcut.h"
 #import "Shortcuts/TsShortcutValidator.h"
 
 namespace {
@@ -35,18 +33,12 @@ id Unarchived(NSData* data) {
 
 // ---- Probes
 
-bool valid(NSArray* description) {
-  return [[TsShortcutValidator sharedValidator] isShortcutValid:ShortcutOf(description)] != NO;
-}
-
 id whyTaken(id description) {
   NSString* explanation = nil;
   const BOOL isTaken = [[TsShortcutValidator sharedValidator] isShortcutAlreadyTakenBySystem:ShortcutOf(description)
                                                                                  explanation:&explanation];
   return isTaken ? explanation : nil;
 }
-
-id describe(id description) { return [ShortcutOf(description) description]; }
 
 // As it is stored, as a binary property list, and as one in XML.
 id archives(id description) {
@@ -83,23 +75,12 @@ int unarchiveDamaged(NSString* text) {
   return shortcuts;
 }
 
-// What the transformer gives for a dictionary, and for that again.
-id transform(id dictionary) {
-  [TsGlobalShortcut sharedInstance];
-  NSValueTransformer* transformer = [NSValueTransformer valueTransformerForName:@"MASDictionaryTransformer"];
-  id shortcut = [transformer transformedValue:dictionary];
-  return @[ OrNull([shortcut description]), OrNull([transformer reverseTransformedValue:shortcut]) ];
-}
-
 }  // namespace
 
 void AttachShortcutProbe(v8::Local<v8::Object> exports) {
-  PROBE(valid);
   PROBE(whyTaken);
-  PROBE(describe);
   PROBE(archives);
   PROBE(archivesOfOthers);
   PROBE(unarchive);
   PROBE(unarchiveDamaged);
-  PROBE(transform);
 }
