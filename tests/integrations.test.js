@@ -7,11 +7,14 @@ const path = require('path');
 const { test } = require('node:test');
 const { promisify } = require('util');
 
-const { evaluate, eventually, runScript, startScript, temporaryDirectory } = require('./support/child');
 const { Applications } = require('./support/applications');
-const { useSession } = require('./support/session');
+const { eventually, startScript, temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
-const session = useSession();
+const inSession = scenarios({ display: true, host: false, fixture: ({ captureLog }) => captureLog() ?? {} });
+const { session } = inSession;
+const run = (command, args) =>
+  promisify(execFile)(command, args, { env: { ...process.env, ...session.env } }).then(({ stdout }) => stdout);
 
 const page = {
   url: 'tessaro://mail/1?a=b&c="d"',
@@ -22,102 +25,85 @@ const page = {
 };
 const text = 'Grüße & more';
 
-/** A process that runs `source`, with `m` as the module, until the test ends. */
-const act = (t, applications, source) =>
-  startScript(
-    t,
-    `const { module: m } = probe();
-     setInterval(() => {}, 1000);
-     const page = ${JSON.stringify(page)};
-     ${source}`,
-    { env: { ...session.env, ...applications.env, TESSARO_NATIVE_LOG: 'stderr' }, home: applications.home },
-  );
+/** A process among these applications: `call(name, …)` calls a function of the module's there. */
+async function startAmong(t, applications) {
+  const resident = await inSession.with({ env: applications.env, home: applications.home }).resident(t);
+  const call = (...args) => resident.tell(({ native }, name, ...values) => native[name](...values), ...args);
+  return { call, tell: (...scenario) => resident.tell(...scenario), log: () => resident.tell(({ log }) => log()) };
+}
+
+// ---- Clipping
 
 test('installedClipperApps names the installed applications in a fixed order', async (t) => {
   const applications = new Applications(t);
-  const options = { env: applications.env, home: applications.home };
-  const ask = () => evaluate(t, `console.log(probe().module.installedClipperApps());`, options);
-  assert.deepStrictEqual(await ask(), ['clipboard']);
-  for (const id of ['com.culturedcode.ThingsMac', 'com.todoist.mac.Todoist', 'com.omnigroup.OmniFocus2']) {
-    applications.add(id);
+  const { call } = await startAmong(t, applications);
+  const steps = [
+    [[], 'clipboard'],
+    [
+      ['com.culturedcode.ThingsMac', 'com.todoist.mac.Todoist', 'com.omnigroup.OmniFocus2'],
+      'omnifocus todoist things clipboard',
+    ],
+    [
+      ['com.evernote.Evernote', 'com.devon-technologies.thinkpro2', 'com.apperdeck.mac.Receipts'],
+      'evernote devonthink omnifocus receipts todoist things clipboard',
+    ],
+  ];
+  for (const [installed, names] of steps) {
+    for (const identifier of installed) applications.add(identifier);
+    await eventually(async () => JSON.parse(await call('installedClipperApps')).join(' ') === names, names);
   }
-  assert.deepStrictEqual(await ask(), ['omnifocus', 'todoist', 'things', 'clipboard']);
-  for (const id of ['com.evernote.Evernote', 'com.devon-technologies.thinkpro2', 'com.apperdeck.mac.Receipts']) {
-    applications.add(id);
-  }
-  const all = ['evernote', 'devonthink', 'omnifocus', 'receipts', 'todoist', 'things', 'clipboard'];
-  assert.deepStrictEqual(await ask(), all);
 });
 
 test('task managers get their URL as one argument, escaped, without "(null)" for missing texts', async (t) => {
-  const links = [page.url, page['web-url']];
+  const [link, web] = [page.url, page['web-url']];
+  const comment = `${text}\n\n${link}\n${web}`;
+  const content = `${page.title} [Web](${web}) | [Tessaro](${link})`;
+  const entry = { 'show-quick-entry': 'true' };
+  const identifiers = {
+    omnifocus: 'com.omnigroup.OmniFocus3',
+    todoist: 'com.todoist.mac.Todoist',
+    things: 'com.culturedcode.ThingsMac',
+  };
   const table = [
-    [
-      'omnifocus',
-      'com.omnigroup.OmniFocus3',
-      'omnifocus:///add',
-      { name: page.title, note: `${links.join('\n')}\n\n${text}` },
-    ],
-    [
-      'todoist',
-      'com.todoist.mac.Todoist',
-      'todoist://addtask',
-      {
-        content: `${page.title} [Web](${links[1]}) | [Tessaro](${links[0]})`,
-        comment: `${text}\n\n${links.join('\n')}`,
-      },
-    ],
-    [
-      'things',
-      'com.culturedcode.ThingsMac',
-      'things:///add',
-      { title: page.title, notes: `${text}\n\n${links.join('\n')}`, 'show-quick-entry': 'true' },
-    ],
-    ['omnifocus', 'com.omnigroup.OmniFocus3', 'omnifocus:///add', { name: '', note: '\n\n\n' }, {}],
-    ['things', 'com.culturedcode.ThingsMac', 'things:///add', { title: '', notes: '\n\n\n', 'show-quick-entry': 'true' }, {}],
-  ]; // prettier-ignore
-  for (const [name, identifier, address, parameters, clipped = page] of table) {
-    const applications = new Applications(t);
-    applications.add(identifier, { types: [`x-scheme-handler/${name}`] });
-    act(t, applications, `m.clipPage(${JSON.stringify(name)}, ${JSON.stringify(clipped)});`);
-    const words = await applications.wordsOf(identifier);
+    ['omnifocus', page, 'omnifocus:///add', { name: page.title, note: `${link}\n${web}\n\n${text}` }],
+    ['todoist', page, 'todoist://addtask', { content, comment }],
+    ['things', page, 'things:///add', { title: page.title, notes: comment, ...entry }],
+    ['omnifocus', {}, 'omnifocus:///add', { name: '', note: '\n\n\n' }],
+    ['things', {}, 'things:///add', { title: '', notes: '\n\n\n', ...entry }],
+  ];
+  const applications = new Applications(t);
+  for (const [name, id] of Object.entries(identifiers)) applications.add(id, { types: [`x-scheme-handler/${name}`] });
+  const { call } = await startAmong(t, applications);
+  for (const [name, clipped, address, parameters] of table) {
+    await call('clipPage', name, clipped);
+    const words = await applications.wordsOf(identifiers[name]);
     assert.strictEqual(words.length, 1);
     assert.match(words[0], /^[\w:/?&=%.~-]+$/);
     const [before, query] = words[0].split('?');
-    assert.strictEqual(before, address);
     const values = query.split('&').map((pair) => pair.split('=').map(decodeURIComponent));
-    assert.deepStrictEqual(Object.fromEntries(values), parameters);
+    assert.deepStrictEqual([before, Object.fromEntries(values)], [address, parameters]);
   }
 });
 
 test('clipping to the clipboard copies a Markdown document', async (t) => {
-  const applications = new Applications(t);
-  act(
-    t,
-    applications,
-    `m.clipPage('clipboard', { ...page, title: 'T', account: 'A', html: '  x\\n ', url: 'U', 'web-url': 'W' });`,
-  );
-  const read = () =>
-    promisify(execFile)('xclip', ['-selection', 'clipboard', '-o'], { env: { ...process.env, ...session.env } }).then(
-      ({ stdout }) => stdout,
-      () => null,
-    );
+  const { call } = await startAmong(t, new Applications(t));
+  await call('clipPage', 'clipboard', { title: 'T', account: 'A', html: '  x\n ', url: 'U', 'web-url': 'W' });
+  const read = () => run('xclip', ['-selection', 'clipboard', '-o']).catch(() => null);
   await eventually(async () => (await read()) === '# T [A]\n\nx\n\n- <U>\n- <W>', 'the document is on the clipboard');
 });
 
 test('unknown targets and odd pages are logged', async (t) => {
-  const applications = new Applications(t);
-  const child = act(
-    t,
-    applications,
-    `m.clipPage('Evernote', page);
-     m.clipPage('clipboard', { get title() { throw new Error('no'); }, html: 5, attachments: [null, {}, Symbol.iterator] });
-     m.importIntoApplication('org.example.None', '/x');
-     m.printPath('/no/such/file');
-     m.clipPage('evernote', {});
-     m.clipPage('devonthink', []);
-     m.clipPage('receipts', () => {});`,
-  );
+  const { log, tell } = await startAmong(t, new Applications(t));
+  await tell(({ native }, page) => {
+    const thrower = { get title() { throw new Error('no'); }, html: 5, attachments: [null, {}, Symbol.iterator] }; // prettier-ignore
+    native.clipPage('Evernote', page);
+    native.clipPage('clipboard', thrower);
+    native.importIntoApplication('org.example.None', '/x');
+    native.printPath('/no/such/file');
+    native.clipPage('evernote', {});
+    native.clipPage('devonthink', []);
+    native.clipPage('receipts', () => {});
+  }, page);
   const expected = [
     'Unknown application Evernote',
     "Don't know how to handle bundleId org.example.None for /x",
@@ -125,9 +111,11 @@ test('unknown targets and odd pages are logged', async (t) => {
     "Couldn't create Evernote note because of missing AppleScript support",
     "This version of Evernote doesn't support AppleScript. Please use Evernote 7.x",
   ];
-  await eventually(() => expected.every((line) => child.output.stderr.includes(line)), 'the log has all of it').catch(
-    (error) => assert.fail(`${error.message}\n${child.output.stderr}`),
-  );
+  const missing = async () => {
+    const lines = await log();
+    return expected.filter((sentence) => !lines.some((line) => line.includes(sentence)));
+  };
+  await eventually(async () => (await missing()).length === 0, expected.join('; '));
 });
 
 // ---- Applications that are scripted
@@ -136,13 +124,8 @@ test('unknown targets and odd pages are logged', async (t) => {
 async function startStandIn(t, applications, identifier) {
   const record = path.join(applications.home, 'messages.json');
   applications.add(identifier);
-  const child = startScript(
-    t,
-    `const ok = probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`,
-    {
-      env: { ...session.env, ...applications.env },
-    },
-  );
+  const source = `probe().integrations.serve(${JSON.stringify(identifier)}, ${JSON.stringify(record)});`;
+  const child = startScript(t, source, { env: { ...session.env, ...applications.env } });
   const messages = () => (fs.existsSync(record) ? JSON.parse(fs.readFileSync(record, 'utf8')) : []);
   messages.hang = () => child.process.kill('SIGSTOP');
   const names = path.join(session.env.TMPDIR, 'NSMessagePort', 'names', Buffer.from(identifier).toString('base64'));
@@ -150,44 +133,41 @@ async function startStandIn(t, applications, identifier) {
   return messages;
 }
 
-const zip = (folder, archive) =>
+/** Writes archives: a Python program with `make(name, entries)`. */
+const writeArchives = (folder, source) =>
   execFileSync('python3', [
     '-c',
-    'import sys, zipfile, os\nz = zipfile.ZipFile(sys.argv[2], "w", zipfile.ZIP_DEFLATED)\n' +
-      'for n in sorted(os.listdir(sys.argv[1])): z.write(os.path.join(sys.argv[1], n), n)',
+    `import os, sys, zipfile
+os.chdir(sys.argv[1])
+def make(name, entries):
+    with zipfile.ZipFile(name, 'w', zipfile.ZIP_DEFLATED) as z:
+        for entry, data in entries: z.writestr(entry, data)
+${source}`,
     folder,
-    archive,
   ]);
 
 test('a note in Evernote gets the page and its attachments, with archives unpacked', async (t) => {
   const applications = new Applications(t);
   const messages = await startStandIn(t, applications, 'com.evernote.Evernote');
   const folder = temporaryDirectory(t);
-  const inside = path.join(folder, 'inside');
-  fs.mkdirSync(inside);
-  fs.writeFileSync(path.join(inside, 'one.txt'), '1');
-  zip(inside, path.join(folder, 'files.ZIP'));
-  const attachments = JSON.stringify([path.join(folder, 'a b.pdf'), path.join(folder, 'files.ZIP')]);
-  act(t, applications, `m.clipPage('evernote', { url: 'u', html: '<p>x</p>', attachments: ${attachments} });`);
+  writeArchives(folder, "make('files.ZIP', [('one.txt', '1')])");
+  const attachments = [path.join(folder, 'a b.pdf'), path.join(folder, 'files.ZIP')];
+  const { call } = await startAmong(t, applications);
+  await call('clipPage', 'evernote', { url: 'u', html: '<p>x</p>', attachments });
   await eventually(() => messages().at(-1)?.[0] === 'open', 'the note is opened');
   const [create, source, html, plain, unpacked, open] = messages();
-  assert.deepStrictEqual(
-    [create, source, html, plain, open],
-    [
-      ['create', ['', 'Tessaro', null]],
-      ['sourceURL', ['u']],
-      ['append', ['<p>x</p>', null]],
-      ['append', [null, path.join(folder, 'a b.pdf')]],
-      ['open', []],
-    ],
-  );
+  assert.deepStrictEqual(create, ['create', ['', 'Tessaro', null]]);
+  assert.deepStrictEqual(source, ['sourceURL', ['u']]);
+  assert.deepStrictEqual([html, plain], [['append', ['<p>x</p>', null]], ['append', [null, attachments[0]]]]); // prettier-ignore
   assert.match(unpacked[1][1], /\/files\.ZIP.*\/one\.txt$/);
   assert.strictEqual(fs.existsSync(unpacked[1][1]), false);
+  assert.deepStrictEqual(open, ['open', []]);
 });
 
 test('DEVONthink imports the mail, or the page when there is no mail', async (t) => {
   const applications = new Applications(t);
   const messages = await startStandIn(t, applications, 'com.devon-technologies.think3');
+  const { call } = await startAmong(t, applications);
   const record = (file) => [
     ['import', [file, page.title, 0x616c6c20]],
     ['URL', [page.url]],
@@ -195,9 +175,9 @@ test('DEVONthink imports the mail, or the page when there is no mail', async (t)
     ['aliases', [page['web-url']]],
     ['open', []],
   ];
-  act(t, applications, `m.clipPage('devonthink', { ...page, 'eml-path': '/a.eml', 'html-path': '/a.html' });`);
+  await call('clipPage', 'devonthink', { ...page, 'eml-path': '/a.eml', 'html-path': '/a.html' });
   await eventually(() => messages().length >= 5, 'the first record is opened');
-  act(t, applications, `m.clipPage('devonthink', { ...page, 'html-path': '/a.html' });`);
+  await call('clipPage', 'devonthink', { ...page, 'html-path': '/a.html' });
   await eventually(() => messages().length >= 10, 'the second record is opened');
   assert.deepStrictEqual(messages(), [...record('/a.eml'), ...record('/a.html')]);
 });
@@ -207,48 +187,44 @@ test('an application that hangs delays neither script nor other applications', a
   const messages = await startStandIn(t, applications, 'com.evernote.Evernote');
   applications.add('com.todoist.mac.Todoist', { types: ['x-scheme-handler/todoist'] });
   messages.hang();
-  const child = act(
-    t,
-    applications,
-    `const start = Date.now();
-     for (let i = 0; i < 4; ++i) m.clipPage('evernote', page);
-     m.importIntoApplication('com.evernote.Evernote', '/etc/hostname');
-     console.log(Date.now() - start < 2000);
-     m.clipPage('todoist', page);`,
-  );
-  await child.printed('true\n');
+  const { call, tell } = await startAmong(t, applications);
+  const elapsed = await tell(({ native }, page) => {
+    const start = Date.now();
+    for (let i = 0; i < 4; ++i) native.clipPage('evernote', page);
+    native.importIntoApplication('com.evernote.Evernote', '/etc/hostname');
+    return Date.now() - start;
+  }, page);
+  assert.ok(elapsed < 2000, `${elapsed} ms`);
+  await call('clipPage', 'todoist', page);
   assert.strictEqual((await applications.wordsOf('com.todoist.mac.Todoist')).length, 1);
 });
 
 test('Photos and Receipts get files; archives are unpacked beside themselves', async (t) => {
   const applications = new Applications(t);
   const folder = temporaryDirectory(t);
-  const inside = path.join(folder, 'inside');
-  fs.mkdirSync(inside);
-  for (const name of ['a.JPG', 'b.tiff', 'c.txt', 'd.png']) fs.writeFileSync(path.join(inside, name), name);
-  zip(inside, path.join(folder, 'photos.zip'));
-  for (const id of ['com.apple.Photos', 'com.apperdeck.mac.Receipts']) applications.add(id, { argument: '%f' });
+  writeArchives(folder, "make('photos.zip', [(name, name) for name in ('a.JPG', 'b.tiff', 'c.txt', 'd.png')])");
+  const [photos, receipts] = ['com.apple.Photos', 'com.apperdeck.mac.Receipts'];
+  for (const id of [photos, receipts]) applications.add(id, { argument: '%f' });
   const file = (name) => path.join(folder, name);
   fs.writeFileSync(file('mail.eml'), '');
   fs.writeFileSync(file('x.png'), '\x89PNG\r\n\x1a\n', 'latin1');
-  const importing = (id, name) =>
-    act(t, applications, `m.importIntoApplication('${id}', ${JSON.stringify(file(name))});`);
-  importing('com.apple.Photos', 'photos.zip');
-  assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('photos')]);
+  const { call } = await startAmong(t, applications);
+  const imports = async (id, name, opened = name) => {
+    await call('importIntoApplication', id, file(name));
+    assert.deepStrictEqual(await applications.wordsOf(id), [file(opened)]);
+  };
+  await imports(photos, 'photos.zip', 'photos');
   assert.deepStrictEqual(fs.readdirSync(file('photos')).sort(), ['a.JPG', 'b.tiff']);
   // Imported again, the archive brings back what is missing and keeps what the user has changed.
   fs.writeFileSync(file('photos/a.JPG'), 'changed');
   fs.rmSync(file('photos/b.tiff'));
-  importing('com.apple.Photos', 'photos.zip');
-  assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('photos')]);
+  await imports(photos, 'photos.zip', 'photos');
   const contents = ['a.JPG', 'b.tiff'].map((name) => fs.readFileSync(file(`photos/${name}`), 'utf8'));
   assert.deepStrictEqual(contents, ['changed', 'b.tiff']);
-  importing('com.apple.Photos', 'x.png');
-  assert.deepStrictEqual(await applications.wordsOf('com.apple.Photos'), [file('x.png')]);
-  importing('com.apperdeck.mac.Receipts', 'mail.eml');
-  assert.deepStrictEqual(await applications.wordsOf('com.apperdeck.mac.Receipts'), [file('mail.eml')]);
-  act(t, applications, `m.clipPage('receipts', { 'eml-path': ${JSON.stringify(file('mail.eml'))} });`);
-  assert.deepStrictEqual(await applications.wordsOf('com.apperdeck.mac.Receipts'), [file('mail.eml')]);
+  await imports(photos, 'x.png');
+  await imports(receipts, 'mail.eml');
+  await call('clipPage', 'receipts', { 'eml-path': file('mail.eml') });
+  assert.deepStrictEqual(await applications.wordsOf(receipts), [file('mail.eml')]);
 });
 
 test('printing opens a viewer, and never prints without a dialog', async (t) => {
@@ -258,21 +234,20 @@ test('printing opens a viewer, and never prints without a dialog', async (t) => 
   for (const name of ['lp', 'lpr']) applications.addProgram(name);
   applications.add('org.example.Viewer', { types: ['application/pdf'], argument: '%f' });
   applications.mimeApps('[Default Applications]\napplication/pdf=org.example.Viewer.desktop\n');
-  const print = () => act(t, applications, `m.printPath(${JSON.stringify(file)});`);
-  print();
-  assert.deepStrictEqual(await applications.wordsOf('org.example.Viewer'), [file]);
-  applications.addProgram('evince-previewer');
-  print();
-  assert.deepStrictEqual(await applications.wordsOf('evince-previewer'), [file]);
-  assert.deepStrictEqual(
-    ['lp', 'lpr'].filter((name) => fs.existsSync(applications.recordOf(name))),
-    [],
-  );
+  const { call } = await startAmong(t, applications);
+  for (const viewer of ['org.example.Viewer', 'evince-previewer']) {
+    if (viewer === 'evince-previewer') applications.addProgram(viewer);
+    await call('printPath', file);
+    assert.deepStrictEqual(await applications.wordsOf(viewer), [file]);
+  }
+  for (const name of ['lp', 'lpr']) assert.ok(!fs.existsSync(applications.recordOf(name)), name);
 });
 
 // ---- HTML and archives
 
-test('HTML is converted to plain text', async (t) => {
+const withoutDisplay = scenarios();
+
+withoutDisplay.test('HTML is converted to plain text', ({ equal, integrations }) => {
   const table = [
     ['', ''],
     ['plain', 'plain'],
@@ -286,47 +261,28 @@ test('HTML is converted to plain text', async (t) => {
     ['<script>x</script><style>y</style><title>z</title>t', 't'],
     ['&lt;b&gt; &amp; &#128512; &euro;', '<b> & 😀 €'],
     ['<b>un<i>closed', 'unclosed'],
-    ['\u0000<<>&;<!-- x', null],
+    [`${'<div>'.repeat(200000)}x`, 'x'],
   ];
-  const seen = await evaluate(
-    t,
-    `const { integrations } = probe();
-     const texts = ${JSON.stringify(table.map(([html]) => html))}.map(integrations.textFromHTML);
-     const deep = integrations.textFromHTML('<div>'.repeat(200000) + 'x');
-     const large = integrations.textFromHTML('<p>line</p>'.repeat(1000000)).length;
-     console.log(JSON.stringify([texts, deep, large]));`,
-  );
-  table.forEach(([html, expected], i) => expected === null || assert.strictEqual(seen[0][i], expected, html));
-  assert.deepStrictEqual(seen.slice(1), ['x', 6000000 - 2]);
+  for (const [html, plain] of table) equal(integrations.textFromHTML(html), plain);
+  integrations.textFromHTML('\u0000<<>&;<!-- x');
+  equal(integrations.textFromHTML('<p>line</p>'.repeat(1000000)).length, 6000000 - 2);
 });
 
 test('hostile archives write nothing outside of their folder, and end at a limit', async (t) => {
   const folder = temporaryDirectory(t);
-  const archives = path.join(folder, 'archives');
-  fs.mkdirSync(archives);
-  execFileSync('python3', [
-    '-c',
-    `import zipfile, sys
-def make(name, entries):
-    z = zipfile.ZipFile(sys.argv[1] + '/' + name, 'w', zipfile.ZIP_DEFLATED)
-    for n, d in entries: z.writestr(n, d)
-    z.close()
-link = zipfile.ZipInfo('link'); link.external_attr = 0o120777 << 16; link.create_system = 3
+  writeArchives(
+    folder,
+    `link = zipfile.ZipInfo('link'); link.external_attr = 0o120777 << 16; link.create_system = 3
 make('up.zip', [('../up.txt', 'x'), ('a/../../up2.txt', 'x'), ('/tmp/ts-absolute.txt', 'x'), ('in.txt', 'y')])
 make('link.zip', [(link, '/tmp'), ('link/ts-through.txt', 'x')])
 make('many.zip', [(str(i), '') for i in range(10050)])
 make('bomb.zip', [(str(i), b'\\0' * (200 << 20)) for i in range(6)])
-open(sys.argv[1] + '/damaged.zip', 'wb').write(open(sys.argv[1] + '/up.zip', 'rb').read()[:60])`,
-    archives,
-  ]);
-  const names = ['up', 'link', 'many', 'bomb', 'damaged', 'missing'];
-  const results = await evaluate(
-    t,
-    `const { integrations } = probe();
-     console.log(JSON.stringify(${JSON.stringify(names)}.map((name) =>
-       integrations.unpackZip(${JSON.stringify(archives)} + '/' + name + '.zip', ${JSON.stringify(folder)} + '/out/' + name))));`,
+open('damaged.zip', 'wb').write(open('up.zip', 'rb').read()[:60])`,
   );
-  assert.deepStrictEqual(results, [true, true, false, false, false, false]);
+  const rows = ['up', 'link', 'many', 'bomb', 'damaged', 'missing'].map((name, i) => [name, i < 2]);
+  const unpack = ({ integrations }, name, within) =>
+    integrations.unpackZip(`${within}/${name}.zip`, `${within}/out/${name}`);
+  await withoutDisplay.table(t, rows, unpack, folder);
   assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out', 'up')), ['in.txt']);
   assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out')).sort(), ['bomb', 'link', 'many', 'up']);
   for (const file of ['/tmp/ts-absolute.txt', '/tmp/ts-through.txt']) assert.ok(!fs.existsSync(file));
@@ -334,7 +290,7 @@ open(sys.argv[1] + '/damaged.zip', 'wb').write(open(sys.argv[1] + '/up.zip', 'rb
 
 // ---- The PDF entry and Timing
 
-const withHost = `const host = require(${JSON.stringify(path.join(__dirname, '..', 'host'))}); host.start();`;
+const withHost = scenarios({ display: true, fixture: ({ captureLog }) => captureLog() ?? {} });
 
 test('the PDF entry is an alias of this application, removed with its empty folder', async (t) => {
   const home = temporaryDirectory(t);
@@ -347,39 +303,32 @@ test('the PDF entry is an alias of this application, removed with its empty fold
   fs.symlinkSync(bundle, path.join(services, 'renamed'));
   fs.symlinkSync('/no/such/place', entry);
   fs.writeFileSync(path.join(services, 'foreign'), '');
-  const run = (source) =>
-    runScript(t, `${withHost} const { module: m } = probe(); ${source}`, { home, env: session.env });
-  await run('process.exit();');
+  const inHome = withHost.with({ home });
+  const uninstall = async ({ native }) => native.uninstallPDFServices();
+  await inHome(t, async () => {});
   assert.deepStrictEqual(fs.readdirSync(services).sort(), ['Mail PDF with Tessaro', 'foreign']);
   assert.strictEqual(fs.realpathSync(entry), fs.realpathSync(bundle));
-  await run('m.uninstallPDFServices(); process.exit();');
+  await inHome(t, uninstall);
   assert.deepStrictEqual(fs.readdirSync(services), ['foreign']);
   fs.rmSync(path.join(services, 'foreign'));
-  await run('m.uninstallPDFServices(); process.exit();');
+  await inHome(t, uninstall);
   assert.strictEqual(fs.existsSync(services), false);
 });
 
 test('Timing gets the callback’s list, or an empty one', async (t) => {
-  const child = startScript(
-    t,
-    `${withHost} const { module: m } = probe();
-     setInterval(() => {}, 1000);
-     const answers = ['["Inbox – ann","tessaro://1"]', 'no JSON', undefined, '{}'];
-     m.registerAppleEventForTimingApp(() => answers.shift());
-     m.registerAppleEventForTimingApp(() => '["second"]');
-     console.log('ready');`,
-    { env: { ...session.env, TESSARO_NATIVE_LOG: 'stderr' } },
-  );
-  await child.printed('ready\n');
-  const ask = async () => {
-    const question = ['--session', '--print-reply=literal', '--dest=org.tessaro.TessaroHost', '/org/tessaro/Timing'];
-    const { stdout } = await promisify(execFile)('dbus-send', [...question, 'org.tessaro.Timing.List'], {
-      env: { ...process.env, ...session.env },
-    });
-    return stdout.replace(/\s+/g, ' ').trim();
-  };
-  assert.match(await ask(), /^array \[ Inbox – ann tessaro:\/\/1 \]$/);
-  for (let i = 0; i < 3; ++i) assert.match(await ask(), /^array \[ \]$/);
-  assert.match(child.output.stderr, /Cannot register app event listener twice/);
-  assert.match(child.output.stderr, /Couldn't get valid result from sCallback/);
+  const application = await withHost.resident(t);
+  await application.tell(({ host, native }) => {
+    host.setKeepAlive(true);
+    const answers = ['["Inbox – ann","tessaro://1"]', 'no JSON', undefined, '{}'];
+    native.registerAppleEventForTimingApp(() => answers.shift());
+    native.registerAppleEventForTimingApp(() => '["second"]');
+  });
+  const question = ['--session', '--print-reply=literal', '--dest=org.tessaro.TessaroHost', '/org/tessaro/Timing'];
+  const ask = async () =>
+    (await run('dbus-send', [...question, 'org.tessaro.Timing.List'])).replace(/\s+/g, ' ').trim();
+  assert.strictEqual(await ask(), 'array [ Inbox – ann tessaro://1 ]');
+  for (let i = 0; i < 3; ++i) assert.strictEqual(await ask(), 'array [ ]');
+  const lines = (await application.tell(({ log }) => log())).join('\n');
+  assert.match(lines, /Cannot register app event listener twice/);
+  assert.match(lines, /Couldn't get valid result from sCallback/);
 });

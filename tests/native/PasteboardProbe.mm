@@ -1,18 +1,11 @@
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
-#import "Extensions/NSPasteboard+TsURL.h"
-#include "Pasteboard/TsPasteboard.h"
 #include "Platform/Cocoa.h"
 #include "Probe.h"
 
 namespace {
 
 NSPasteboard* General() { return [NSPasteboard generalPasteboard]; }
-
-NSString* TextFor(NSString* type) {
-  NSData* data = [General() dataForType:type];
-  return data == nil ? nil : Adopt([[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding]).Autoreleased();
-}
 
 }  // namespace
 
@@ -80,29 +73,6 @@ id data() {
   return all;
 }
 
-bool largeValueSurvives(std::uint32_t length) {
-  auto data = Adopt([[NSMutableData alloc] initWithLength:length]);
-  auto* bytes = static_cast<unsigned char*>([data mutableBytes]);
-  for (NSUInteger i = 0; i < length; ++i) bytes[i] = static_cast<unsigned char>(i * 31 >> 3);
-  [General() declareTypes:@[ @"org.tessaro.large" ] owner:nil];
-  [General() setData:data forType:@"org.tessaro.large"];
-  const bool isSaved = TsSavePasteboard(General());
-  [General() clearContents];
-  const bool isRestored = TsRestorePasteboard(General());
-  return isSaved && isRestored && [[General() dataForType:@"org.tessaro.large"] isEqualToData:data];
-}
-
-// Writes addresses and their titles, and returns the pasteboard's contents.
-id putURLs(NSArray* urls, NSArray* titles) {
-  [General() ts_declareURLPasteboardWithAdditionalTypes:@[ @"org.tessaro.more" ] owner:nil];
-  [General() ts_setURLs:urls withTitles:titles];
-  return @[
-    OrNull([General() propertyListForType:@"WebURLsWithTitlesPboardType"]),
-    OrNull([General() stringForType:NSStringPboardType]), OrNull(TextFor(@"CorePasteboardFlavorType 0x75726C20")),
-    OrNull(TextFor(@"CorePasteboardFlavorType 0x75726C6E")), Truth([NSURL URLFromPasteboard:General()] != nil)
-  ];
-}
-
 }  // namespace
 
 void AttachPasteboardProbe(v8::Local<v8::Object> exports) {
@@ -111,6 +81,4 @@ void AttachPasteboardProbe(v8::Local<v8::Object> exports) {
   PROBE(data);
   PROBE(offerLazily);
   PROBE(timesProvided);
-  PROBE(largeValueSurvives);
-  PROBE(putURLs);
 }
