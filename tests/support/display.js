@@ -7,7 +7,7 @@ const path = require('path');
 const { promisify } = require('util');
 
 const { root } = require('./addon');
-const { eventually } = require('./pace');
+const { eventually, paced } = require('./pace');
 
 const run = promisify(execFile);
 
@@ -17,7 +17,7 @@ async function startDisplaySession({ wayland = false } = {}) {
   const session = spawn(
     path.join(root, 'scripts', 'display-session'),
     [wayland ? '--wayland' : '--own-display', process.execPath, '-e', script],
-    { stdio: ['pipe', 'pipe', 'inherit'] },
+    { env: { ...process.env, TESSARO_SESSION_DEADLINE: Math.ceil(paced(20)) }, stdio: ['pipe', 'pipe', 'inherit'] },
   );
   let output = '';
   session.stdout.setEncoding('utf8').on('data', (text) => (output += text));

@@ -1,5 +1,4 @@
-// Somebody else's application: a note (-Text "…"), all of it selected, and a Services menu. It knows nothing of the
-// module.
+// Another application, which knows nothing of the module: a note (-Text "…"), all of it selected, and a Services menu.
 
 #import <AppKit/AppKit.h>
 
