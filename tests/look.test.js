@@ -21,6 +21,8 @@ const session = useSession();
 const background = { light: 'fafafa', dark: '2b2b2b' };
 const accent = '3584e4';
 
+const inSession = () => ({ env: { ...process.env, ...session.env }, timeout: 20000 });
+
 const lookOf = (person) => person.tell(({ dialogs }) => dialogs.look());
 
 /** Waits until the look has these values. */
@@ -37,7 +39,7 @@ function startSettingsDaemon(t, settings) {
   const file = path.join(temporaryDirectory(t), 'settings');
   const write = (text) => fs.writeFileSync(file, `${text}\n`);
   write(settings);
-  const daemon = spawn('xsettingsd', ['-c', file], { env: { ...process.env, ...session.env }, stdio: 'ignore' });
+  const daemon = spawn('xsettingsd', ['-c', file], { ...inSession(), timeout: undefined, stdio: 'ignore' });
   t.after(() => daemon.kill());
   return {
     publish(text) {
@@ -88,8 +90,8 @@ test('the settings portal decides on darkness, and names the accent colour', asy
 
 test('the real settings portal is followed', async (t) => {
   const person = await startPerson(t);
-  const env = { ...process.env, ...session.env };
-  const set = (key, value) => execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], { env });
+  const set = (key, value) =>
+    execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], inSession());
   execFileSync(
     'busctl',
     [
@@ -103,7 +105,7 @@ test('the real settings portal is followed', async (t) => {
       'org.freedesktop.portal.Desktop',
       '0',
     ],
-    { env },
+    inSession(),
   );
   set('color-scheme', 'prefer-dark');
   set('font-name', 'DejaVu Sans Mono 9');
@@ -157,10 +159,31 @@ test('a theme that the user has chosen is left alone', async (t) => {
 async function darkColumns(t, [x, y, width, height]) {
   const file = path.join(temporaryDirectory(t), 'row.png');
   const area = `${width}x${height}+${Math.round(x)}+${Math.round(y)}`;
-  execFileSync('import', ['-window', 'root', '-crop', area, file], { env: { ...process.env, ...session.env } });
+  execFileSync('import', ['-window', 'root', '-crop', area, file], inSession());
   const pixels = [...(await sharp(file).greyscale().raw().toBuffer())];
   return pixels.flatMap((shade, column) => (shade < 160 && !(pixels[column - 1] < 160) ? [column] : []));
 }
+
+/** The X window of a title. */
+async function shown(person, title) {
+  const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
+  return (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
+}
+
+test('an alert has the desktop’s colours', async (t) => {
+  startSettingsDaemon(t, 'Net/ThemeName "Adwaita-dark"');
+  const person = await startPerson(t);
+  await becomes(person, { background: background.dark });
+  await person.tell(({ dialogs }) => dialogs.showAlert());
+  const id = await shown(person, 'Alert');
+  const coloursOf = () =>
+    execFileSync('import', ['-window', id, '-depth', '8', '-format', '%c', 'histogram:info:'], inSession());
+  await eventually(() => {
+    const counts = [...String(coloursOf()).matchAll(/(\d+):.*#(\w{6})/g)].map(([, count, hex]) => [hex, Number(count)]);
+    const share = (hex) => (new Map(counts).get(hex.toUpperCase()) ?? 0) / counts.reduce((sum, [, n]) => sum + n, 0);
+    return share(background.dark) > 0.6 && share(accent) > 0.02;
+  }, 'a dark alert with a default button');
+});
 
 test('scaled text is spaced evenly', async (t) => {
   startSettingsDaemon(t, 'Xft/DPI 196608');
@@ -216,6 +239,13 @@ const windows = [
     argument: picture,
     stops: ['TsAnnotationView', 'Arrow', 'Box', 'Text', 'Blur', 'Cancel', 'Save'],
     cancelled: 'TsImageAnnotated',
+  },
+  {
+    title: 'LICENSE',
+    open: ({ native, window }, files) => native.quickLook(window, files, 0, () => {}),
+    argument: JSON.stringify(['LICENSE', 'README.md'].map((name) => path.join(root, name))),
+    // Arrows turn the pages, and Return opens: Tab has nothing to reach.
+    stops: [],
   },
   { title: 'Software Update', open: ({ native }) => native.checkForUpdates(false, false), stops: ['OK'], accepted: '' },
   {
@@ -274,12 +304,6 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
 }
 
 // ---- Sizes
-
-/** The X window of a title. */
-const shown = async (person, title) => {
-  const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
-  return (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
-};
 
 test('a window that is opened again is as large as before', async (t) => {
   const person = await startPerson(t);

@@ -6,6 +6,10 @@
 #include "Platform/Linux/Desktop/XSettings.h"
 #include "Probe.h"
 
+@interface NSAlert (TsSetup)
+- (void)_setupPanel;
+@end
+
 namespace {
 
 // On the display, from its upper left.
@@ -151,6 +155,18 @@ bool pressButton(NSString* title, NSString* buttonTitle) {
   return false;
 }
 
+// An alert with two buttons, without its modal loop, which would stop script.
+void showAlert() {
+  static Ref<NSAlert> alert;
+  alert = Adopt([[NSAlert alloc] init]);
+  [alert setMessageText:@"This version doesn't support scripts"];
+  [alert setInformativeText:@"Please use another version."];
+  [alert addButtonWithTitle:@"Continue"];
+  [alert addButtonWithTitle:@"Cancel"];
+  [alert _setupPanel];
+  [[alert window] makeKeyAndOrderFront:nil];
+}
+
 }  // namespace
 
 void AttachDialogProbe(v8::Local<v8::Object> exports) {
@@ -159,4 +175,5 @@ void AttachDialogProbe(v8::Local<v8::Object> exports) {
   PROBE(look);
   PROBE(parseSessionSettings);
   PROBE(pressButton);
+  PROBE(showAlert);
 }

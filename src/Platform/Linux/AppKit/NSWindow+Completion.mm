@@ -60,6 +60,7 @@ constexpr CGFloat kSmallest = 1;
 
 using Borders = void (*)(id, SEL, float*, float*, float*, float*, unsigned, unsigned long);
 ReplacedMethod<Borders> bordersOf;
+ReplacedMethod<NSRect (*)(id, SEL, NSRect, NSUInteger)> contentRectForFrameRect;
 ReplacedMethod<void (*)(NSWindow*, SEL, NSRect, BOOL, BOOL)> setFrame;
 ReplacedMethod<void (*)(NSPanel*, SEL, NSEvent*)> keyDown;
 
@@ -93,6 +94,15 @@ void BordersOf(id server, SEL selector, float* left, float* right, float* top, f
   *bottom += std::exchange(*top, 0);
 }
 
+// In a window's own coordinates, which begin at zero, GNUstep takes the borders' pixels for points.
+NSRect ContentRectForFrameRect(id decorations, SEL selector, NSRect frame, NSUInteger style) {
+  NSRect content = contentRectForFrameRect(decorations, selector, frame, style);
+  if (!NSEqualPoints(frame.origin, NSZeroPoint)) return content;
+  const CGFloat scale = [[NSScreen mainScreen] userSpaceScaleFactor];
+  content.origin = NSMakePoint(NSMinX(content) / scale, NSMinY(content) / scale);
+  return content;
+}
+
 // GNUstep closes the panel without asking its delegate.
 void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
   const bool isEscape = [[event charactersIgnoringModifiers] isEqual:@"\e"];
@@ -103,6 +113,8 @@ void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
 
 void CompleteWindows() {
   bordersOf.With(NSClassFromString(@"XGServer"), "styleoffsets::::::", BordersOf);
+  contentRectForFrameRect.With(object_getClass(NSClassFromString(@"GSWindowDecorationView")),
+                               "contentRectForFrameRect:styleMask:", ContentRectForFrameRect);
   setFrame.With([NSWindow class], "setFrame:display:animate:", SetFrameWithinScreens);
   keyDown.With([NSPanel class], "keyDown:", CloseWithEscape);
 }

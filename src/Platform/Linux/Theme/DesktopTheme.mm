@@ -30,12 +30,6 @@ void SetFontIn(NSView* view, NSFont* before, NSFont* now) {
   for (NSView* each in [view subviews]) SetFontIn(each, before, now);
 }
 
-// GNUstep learns of another scale only with another size.
-void SetScaleOf(NSWindow* window) {
-  if (([window styleMask] & NSTitledWindowMask) == 0) return;
-  [window setContentSize:[[window contentView] bounds].size];
-}
-
 CGFloat Scale() { return [[NSScreen mainScreen] userSpaceScaleFactor]; }
 
 void Take(TsDesktopTheme* theme, const DesktopLook& look) {
@@ -46,7 +40,10 @@ void Take(TsDesktopTheme* theme, const DesktopLook& look) {
   [theme setLook:look];
   [theme activate];
   NSFont* now = [NSFont systemFontOfSize:0];
-  for (NSWindow* window in Scale() != scaleBefore ? [NSApp windows] : @[]) SetScaleOf(window);
+  for (NSWindow* window in Scale() != scaleBefore ? [NSApp windows] : @[]) {
+    // GNUstep learns of another scale only with another size.
+    if ([window styleMask] & NSTitledWindowMask) [window setContentSize:[[window contentView] bounds].size];
+  }
   if ([before isEqual:now]) return;
   SetFontIn([NSApp mainMenu]);
   for (NSWindow* window in [NSApp windows]) SetFontIn([window contentView], before, now);

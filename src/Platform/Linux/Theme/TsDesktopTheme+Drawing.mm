@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 #import "Platform/Linux/Theme/TsDesktopTheme.h"
@@ -48,6 +49,10 @@ void StrokeRounded(NSRect rect, CGFloat radius, CGFloat width, NSColor* colour) 
   [path stroke];
 }
 
+void DrawFocus(NSRect frame) {
+  StrokeRounded(NSInsetRect(frame, 1, 1), kCorner, kFocusWidth, [NSColor keyboardFocusIndicatorColor]);
+}
+
 bool IsDefaultButton(NSCell* cell) {
   NSButtonCell* button = As<NSButtonCell>(cell);
   return [button isBordered] && [[button keyEquivalent] isEqual:@"\r"] && [button isEnabled];
@@ -75,14 +80,6 @@ void DrawField(NSRect frame, NSView* view) {
                 isEdited ? [NSColor keyboardFocusIndicatorColor] : [NSColor gridColor]);
 }
 
-NSRect DrawFlat(NSRect frame, NSColor* colour) {
-  [colour set];
-  NSRectFill(frame);
-  [[NSColor gridColor] set];
-  NSFrameRect(frame);
-  return NSInsetRect(frame, 1, 1);
-}
-
 // ---- What draws or measures without asking the theme
 
 ReplacedMethod<NSColor* (*)(NSButtonCell*, SEL)> textColor;
@@ -98,9 +95,11 @@ NSColor* TextColor(NSButtonCell* cell, SEL selector) {
   return isOnAccent ? [NSColor alternateSelectedControlTextColor] : textColor(cell, selector);
 }
 
-// A check box is a button with a picture.
+// A check box is a button with a picture. An alert's default button and a scroller's knob have one too many.
 void DrawImage(NSButtonCell* cell, SEL selector, NSImage* image, NSRect frame, NSView* view) {
-  if (!IsThemed() || ![[image name] hasPrefix:@"GSSwitch"]) return drawImage(cell, selector, image, frame, view);
+  NSString* name = IsThemed() ? [image name] : nil;
+  if ([name isEqual:@"common_ret"] || [name hasPrefix:@"common_Dimple"]) return;
+  if (![name hasPrefix:@"GSSwitch"]) return drawImage(cell, selector, image, frame, view);
   const NSSize size = NSMakeSize([image size].width - 2, [image size].height - 2);
   DrawMark(NSMakeRect(NSMidX(frame) - size.width / 2, NSMidY(frame) - size.height / 2, size.width, size.height),
            [cell state] == NSOnState);
@@ -153,17 +152,12 @@ NSRect TitleRect(NSTextFieldCell* cell, SEL selector, NSRect bounds) {
   const bool isPressed = state == GSThemeSelectedState || state == GSThemeSelectedFirstResponderState;
   if (isPressed) colour = [colour blendedColorWithFraction:kPressed ofColor:[NSColor textColor]];
   FillRounded(face, kCorner, colour);
-  if (state == GSThemeFirstResponderState) [self drawFocusFrame:NSInsetRect(face, -1, -1) view:view];
+  if (state == GSThemeFirstResponderState) DrawFocus(NSInsetRect(face, -1, -1));
 }
 
-- (NSCell*)cellForScrollerKnob:(BOOL)isHorizontal {
-  NSCell* cell = [super cellForScrollerKnob:isHorizontal];
-  [cell setImage:nil];
-  return cell;
-}
-
+// A button with a face has the frame around that.
 - (void)drawFocusFrame:(NSRect)frame view:(NSView*)view {
-  StrokeRounded(NSInsetRect(frame, 1, 1), kCorner, kFocusWidth, [NSColor keyboardFocusIndicatorColor]);
+  if (![As<NSButton>(view) isBordered]) DrawFocus(frame);
 }
 
 // ---- Borders
@@ -180,15 +174,15 @@ NSRect TitleRect(NSTextFieldCell* cell, SEL selector, NSRect bounds) {
 }
 
 - (NSRect)drawButton:(NSRect)border withClip:(NSRect)clip {
-  return DrawFlat(border, [NSColor controlColor]);
-}
-
-- (NSRect)drawGrayBezel:(NSRect)border withClip:(NSRect)clip {
-  return DrawFlat(border, [NSColor controlBackgroundColor]);
+  [[NSColor controlColor] set];
+  NSRectFill(border);
+  [[NSColor gridColor] set];
+  NSFrameRect(border);
+  return NSInsetRect(border, 1, 1);
 }
 
 - (NSRect)drawGroove:(NSRect)border withClip:(NSRect)clip {
-  return DrawFlat(border, [NSColor windowBackgroundColor]);
+  return [self drawButton:border withClip:clip];
 }
 
 // ---- Tables
@@ -206,10 +200,6 @@ NSRect TitleRect(NSTextFieldCell* cell, SEL selector, NSRect bounds) {
 - (void)drawTableCornerView:(NSView*)view withClip:(NSRect)clip {
   [[NSColor headerColor] set];
   NSRectFill(clip);
-}
-
-- (NSColor*)tableHeaderTextColorForState:(GSThemeControlState)state {
-  return [NSColor headerTextColor];
 }
 
 - (void)drawTableViewGridInClipRect:(NSRect)rect inView:(NSView*)view {
@@ -239,8 +229,7 @@ NSRect TitleRect(NSTextFieldCell* cell, SEL selector, NSRect bounds) {
   if ([progress isIndeterminate]) {
     constexpr int kSteps = 40;
     const CGFloat width = NSWidth(track) / 4;
-    const int step = count % kSteps;
-    const CGFloat way = step < kSteps / 2 ? step : kSteps - step;
+    const CGFloat way = std::abs(count % kSteps - kSteps / 2);
     track.origin.x += (NSWidth(track) - width) * way * 2 / kSteps;
     track.size.width = width;
   } else {

@@ -12,12 +12,10 @@ using tessaro::platform::DesktopLook;
 namespace {
 
 constexpr NSSize kBezel = {3, 3};
-constexpr GSThemeMargins kButtonMargins = {12, 12, 6, 6};
+constexpr GSThemeMargins kButtonMargins = {9, 9, 6, 6};
 constexpr CGFloat kHeaderMargin = 4;
 constexpr CGFloat kSmallestFont = 8;
 constexpr CGFloat kLargestFont = 48;
-// For the back end's text: neither glyphs nor their advances are fitted to the pixels of scale 1.
-constexpr int kFractionalAdvances = 0x11;
 
 // A colour on a light and on a dark desktop, and its names in GNUstep, without "Color".
 struct Shade {
@@ -96,7 +94,8 @@ Ref<NSDictionary> NewDefaults(const DesktopLook& look) {
     @"GSMenuSeparatorHeight" : @9,
   }];
   if (look.scale > 0) [defaults setObject:@(look.scale) forKey:@"GSScaleFactor"];
-  if (look.scale > 1) [defaults setObject:@(kFractionalAdvances) forKey:@"GSFontHinting"];
+  // Neither glyphs nor their advances fit the pixels of scale 1.
+  if (look.scale > 1) [defaults setObject:@0x11 forKey:@"GSFontHinting"];
   if (NSFont* font = FontOf(TsNSString(look.font))) {
     NSFont* bold = [[NSFontManager sharedFontManager] convertFont:font toHaveTrait:NSBoldFontMask];
     [defaults setObject:[font fontName] forKey:@"NSFont"];
