@@ -11,15 +11,28 @@ const readline = require('readline');
 const { promisify } = require('util');
 const v8 = require('v8');
 
-const { probe } = require('./addon');
+const { probe, root } = require('./addon');
 const { eventually, hasPassed } = require('./pace');
 
 const execute = promisify(execFile);
 const print = (value) => void process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
 
+/** The texts logged since captureLog(), of one level or of all. */
+const log = (flag) => {
+  const { flushLog, capturedLog } = probe();
+  flushLog();
+  return capturedLog()
+    .filter((line) => flag === undefined || line.flag === flag)
+    .map(({ text }) => text);
+};
+
+let linesRead = 0;
+
 const pieces = {
-  ...{ assert, events, fs, path, spawn, print, eventually, hasPassed },
+  ...{ assert, events, fs, path, spawn, print, eventually, hasPassed, log },
   equal: assert.deepStrictEqual,
+  /** A script of the project. */
+  load: (name) => require(path.join(root, name)),
   env: process.env,
   home: process.env.HOME,
   report: (value) => print({ report: value ?? null }),
@@ -29,14 +42,8 @@ const pieces = {
   /** The value of an object's key path, as `get(menu, 'itemArray.title')`. Gives null where there is none. */
   get: (target, keyPath) => probe().sendMessage(target, 'valueForKeyPath:', keyPath) ?? null,
   getAll: (target, ...keyPaths) => keyPaths.map((keyPath) => pieces.get(target, keyPath)),
-  /** The texts logged since captureLog(), of one level or of all. */
-  log: (flag) => {
-    const { flushLog, capturedLog } = probe();
-    flushLog();
-    return capturedLog()
-      .filter((line) => flag === undefined || line.flag === flag)
-      .map(({ text }) => text);
-  },
+  /** The texts logged since the last call. */
+  news: () => log().slice(linesRead, (linesRead = log().length)),
   /** The message of what a function throws. */
   thrownBy: (act) => {
     try {

@@ -27,7 +27,7 @@ const program = (entry, settings, functions, args) => (home) => {
   return [file];
 };
 
-/** A running process that does what it is told. */
+/** A running process that runs scenarios one after the other. */
 class Resident {
   #asked = 0;
 
@@ -62,7 +62,7 @@ class Resident {
   /** Waits until a scenario's value is true. */
   until = (scenario, ...args) => eventually(() => this.tell(scenario, ...args), String(scenario));
 
-  /** What the process has reported so far. */
+  /** The reports of the process so far. */
   get reports() {
     return this.#lines('report').map(({ report }) => report);
   }
