@@ -21,16 +21,16 @@ const ms = { unit: 'ms', scale: 1e6 };
 
 host.start();
 host.setKeepAlive(true);
-const { module: native, bus, contacts } = probe();
+const { module: native, bench, contacts } = probe();
 
 const since = (start) => Number(process.hrtime.bigint() - start);
 
 async function compose(recipients) {
   const composed = new Promise((resolve) => native.setComposeOutgoingMessageCallbackFunction(resolve));
   // The sender's work is not the module's.
-  bus.prepareMessage(recipients);
+  bench.prepareMessage(recipients);
   const start = process.hrtime.bigint();
-  bus.composeMessage();
+  bench.composeMessage();
   const text = await composed;
   const time = since(start);
   if (JSON.parse(text).to.length !== recipients) throw new Error(`composed ${text}`);

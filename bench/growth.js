@@ -56,11 +56,11 @@ function previousAccounts(count) {
 }
 
 function recipients(count) {
-  probes.bus.prepareMessage(count);
+  probes.bench.prepareMessage(count);
   return () =>
     new Promise((resolve) => {
       native.setComposeOutgoingMessageCallbackFunction(resolve);
-      probes.bus.composeMessage();
+      probes.bench.composeMessage();
     });
 }
 

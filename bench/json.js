@@ -5,7 +5,7 @@
 const { probe } = require('../tests/support/addon');
 const { measure, report, summary } = require('./support');
 
-const { values } = probe();
+const { bench, values } = probe();
 
 function menuDocument(extra) {
   const accounts = Array.from({ length: 5 }, (_, account) => ({
@@ -44,7 +44,7 @@ for (const [name, extra] of [
         { 'JSON.parse': () => JSON.parse(text), 'module: door, from a script string': () => values.reads(text) },
         { rounds, calls: 3 },
       ),
-      'module: door alone': summary(values.timeRead(text, rounds)),
+      'module: door alone': summary(bench.timeRead(text, rounds)),
     },
     ms,
   );
@@ -52,7 +52,7 @@ for (const [name, extra] of [
     `Writing ${size}`,
     {
       ...measure({ 'JSON.stringify': () => JSON.stringify(object) }, { rounds, calls: 3 }),
-      'module: door alone': summary(values.timeWrite(text, rounds)),
+      'module: door alone': summary(bench.timeWrite(text, rounds)),
     },
     ms,
   );

@@ -33,14 +33,14 @@ function makeFeed() {
   return Buffer.from(feed(...Array.from({ length: items }, (_, i) => version(i))));
 }
 
-function choices({ updates }) {
+function choices({ bench }) {
   const bytes = makeFeed();
   const text = bytes.toString();
   const parser = new XMLParser({ ignoreAttributes: false });
-  if (updates.decideOnly(bytes, '2.0', '12', 'stable') !== items - 1) throw new Error('another update was chosen');
+  if (bench.decideOnly(bytes, '2.0', '12', 'stable') !== items - 1) throw new Error('another update was chosen');
   const results = measure(
     {
-      'module: the choice': () => updates.decideOnly(bytes, '2.0', '12', 'stable'),
+      'module: the choice': () => bench.decideOnly(bytes, '2.0', '12', 'stable'),
       'fast-xml-parser, the parse alone': () => parser.parse(text),
     },
     { calls: 5 },

@@ -1,7 +1,7 @@
 'use strict';
 
-// Only the sanitized build can tell what is leaked. Node.js, GNUstep and the Objective-C run time leave much behind
-// that they made once; what our work leaves behind grows with the work.
+// Only the sanitized build detects leaks. Node.js, GNUstep and the Objective-C run time leave many objects behind that
+// they made once; leaks of ours grow with the work.
 
 const assert = require('assert');
 const { test } = require('node:test');
@@ -45,13 +45,13 @@ async function leakedAllocations(t, script, rounds) {
 }
 
 if (process.env.TESSARO_SANITIZER_RUNTIME) {
-  test('the leak detector sees what is lost', async (t) => {
+  test('the leak detector sees lost objects', async (t) => {
     const few = await leakedAllocations(t, 'p.leak();', 1);
     assert.strictEqual((await leakedAllocations(t, 'p.leak();', 101)) - few, 100);
   });
   for (const [name, script] of Object.entries(work)) {
     test(`nothing is lost: ${name}`, async (t) => {
-      // The first round makes what is made once.
+      // The first round makes the objects that are made once.
       assert.strictEqual(await leakedAllocations(t, script, 200), await leakedAllocations(t, script, 2));
     });
   }

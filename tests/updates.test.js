@@ -19,25 +19,11 @@ const plain = scenarios();
 // ---- The choice
 
 test('versions are compared by their numbers and words', (t) => {
-  const ascending = [
-    ['1.0', '1.1'],
-    ['1.9', '1.10'],
-    ['0.0.1', '0.1'],
-    ['1.0', '1.0.0'],
-    ['1.0b', '1.0b2'],
-    ['1.0b9', '1.0b10'],
-    ['1.0a1', '1.0b1'],
-    ['1.0b1', '1.0'],
-    ['1.0-rc.2', '1.0'],
-    ['1.0 beta', '1.0.1'],
-    ['0.9', '1.0a1'],
-    ['1.0b1 (1234)', '1.0 (1234)'],
-    ['1.0 (1234)', '1.0 (1235)'],
-    ['99999999999999999999999998', '99999999999999999999999999'],
-    ['999', '1'.repeat(5000)],
-    ['', '0'],
-    ['beta', ''],
-  ];
+  const pairs =
+    '1.0 < 1.1; 1.9 < 1.10; 0.0.1 < 0.1; 1.0 < 1.0.0; 1.0b < 1.0b2; 1.0b9 < 1.0b10; 1.0a1 < 1.0b1; 1.0b1 < 1.0; ' +
+    '1.0-rc.2 < 1.0; 1.0 beta < 1.0.1; 0.9 < 1.0a1; 1.0b1 (1234) < 1.0 (1234); 1.0 (1234) < 1.0 (1235);  < 0; beta < ; ' +
+    `99999999999999999999999998 < 99999999999999999999999999; 999 < ${'1'.repeat(5000)}`;
+  const ascending = pairs.split('; ').map((pair) => pair.split(' < '));
   const equal = ['1.0,1.0', '1.0,01.00', '1-0, 1..0.', ',.-'].map((pair) => [...pair.split(','), 0]);
   const rows = [...ascending.map((pair) => [...pair, -1]), ...ascending.map(([a, b]) => [b, a, 1]), ...equal];
   return plain.table(t, rows, ({ updates }, one, other) => updates.compareVersions(one, other));
@@ -71,30 +57,20 @@ test('an item is an update if it is newer, suits the system and the channel, and
     ['suitable', { ...good, version: undefined, inside: '<sparkle:version> 3 </sparkle:version>' }],
     ['suitable', { ...good, os: 'linux' }],
     ['suitable', { ...good, url: 'http://localhost/file' }],
-    ['suitable', needs('minimumSystemVersion', '12')],
-    ['suitable', needs('minimumSystemVersion', '')],
-    ['suitable', needs('maximumSystemVersion', '12')],
-    ['suitable', needs('channel', 'test')],
-    ['suitable', needs('channel', 'stable')],
-    ['no version', { ...good, version: undefined }],
-    ['no version', { ...good, version: ' ' }],
-    ['not newer', { ...good, version: '2.0' }],
-    ['not newer', { ...good, version: '2.0b1' }],
-    ['not newer', { ...good, version: '1.9.9' }],
+    ['suitable', needs('minimumSystemVersion', '12'), needs('minimumSystemVersion', '')],
+    ['suitable', needs('maximumSystemVersion', '12'), needs('channel', 'test'), needs('channel', 'stable')],
+    ['no version', { ...good, version: undefined }, { ...good, version: ' ' }],
+    ['not newer', ...['2.0', '2.0b1', '1.9.9'].map((version) => ({ ...good, version }))],
     ['skipped', { ...good, version: '3.7' }],
     ['other system', { ...good, os: 'windows' }],
     ['system too old', needs('minimumSystemVersion', '12.1')],
     ['system too new', needs('maximumSystemVersion', '11.9')],
     ['other channel', needs('channel', 'nightly')],
-    ['no file', { ...good, url: undefined }],
-    ['no file', { ...good, url: 'http://example.org/file' }],
-    ['no file', { ...good, url: 'file:///bin/sh' }],
-    ['not signed', { ...good, signature: undefined }],
-    ['not signed', { ...good, signature: '' }],
-    ['not signed', { ...good, signature: signed.slice(0, -4) }],
-    ['not signed', { ...good, signature: `${signed}AAAA` }],
+    ['no file', ...[undefined, 'http://example.org/file', 'file:///bin/sh'].map((url) => ({ ...good, url }))],
+    ['not signed', { ...good, signature: undefined }, { ...good, signature: '' }],
+    ['not signed', { ...good, signature: signed.slice(0, -4) }, { ...good, signature: `${signed}AAAA` }],
     ['not signed', { ...good, signature: 'ä'.repeat(88) }],
-  ];
+  ].flatMap(([judgement, ...items]) => items.map((properties) => [judgement, properties]));
   const [{ judgements }] = await decideAll(t, [feed(...table.map(([, properties]) => item(properties)))]);
   judgements.forEach((judgement, i) => assert.strictEqual(judgement, table[i][0], `row ${i}`));
 });
@@ -162,37 +138,16 @@ test('malformed feeds fail with a reason, and hostile feeds are harmless', async
   });
 });
 
-test('a corrupted feed never offers an older or unsigned update', async (t) => {
-  const seed = Math.floor(Math.random() * 2 ** 32);
-  t.diagnostic(`seed ${seed}`);
-  const original = feed(
-    item({
-      version: '3',
-      url: somewhere,
-      signature: signed,
-      inside: '<description><![CDATA[<b>New</b>]]></description>',
-    }),
-    item({ version: '1.9', url: 'http://example.org', signature: signed, os: 'linux' }),
-    item({ version: '2.5', url: somewhere, inside: '<sparkle:minimumSystemVersion>12</sparkle:minimumSystemVersion>' }),
-  );
-  const fuzz = ({ updates }, ...args) => updates.fuzz(Buffer.from(args[0]), 30000, args[1]);
-  const updates = await plain(t, fuzz, original, seed);
-  assert.ok(updates > 1000 && updates < 29000, `${updates} of 30000`);
-});
-
 // ---- Applications
 
 const inApplications = scenarios({
   host: true,
-  fixture({ captureLog, eventually, host, log }) {
+  fixture({ captureLog, eventually, host, news, sendMessage }) {
     host.setKeepAlive(true);
     captureLog();
     const posted = [];
     host.on('notification', ({ name, userInfo }) => posted.push([name, userInfo]));
     const appcasts = () => posted.filter(([name]) => name === 'TsReceivedAppcastNotification').length;
-    let told = 0;
-    /** The log since the last call. */
-    const news = () => log().slice(told, (told = log().length));
     const upTo = async (pattern) => {
       const lines = [];
       const isThere = () => lines.push(...news()) && lines.some((line) => pattern.test(line));
@@ -207,7 +162,8 @@ const inApplications = scenarios({
       await act();
       await eventually(() => appcasts() > before, 'the feed');
     };
-    return { posted, appcasts, news, upTo, fetched };
+    const tellUpdater = (message) => sendMessage(sendMessage('TsApplicationUpdate', 'sharedInstance'), message);
+    return { posted, appcasts, upTo, fetched, tellUpdater };
   },
 });
 const onDisplay = inApplications.with({ display: true });
@@ -229,7 +185,7 @@ async function serveFeed(t, ...items) {
   return { url, questions };
 }
 
-const parametersOf = (question) => [...new URL(question, 'http://a').searchParams];
+const parametersOf = (question) => new URL(question, 'http://a').searchParams;
 const update = (more) => item({ version: '3', url: somewhere, signature: signed, ...more });
 
 test('the build number and the release are those of the bundle', async (t) => {
@@ -241,30 +197,20 @@ test('the build number and the release are those of the bundle', async (t) => {
 
 test("each feed request has the script's parameters, then the four built-in ones", async (t) => {
   const { url, questions } = await serveFeed(t);
-  const builtIn = [
-    ['osVersion', '12'],
-    ['appVersion', '2.0'],
-    ['shortVersionString', '2.0.1 Ä'],
-    ['selectedLanguage', 'en'],
-  ];
+  const builtIn = 'osVersion=12&appVersion=2.0&shortVersionString=2.0.1+%C3%84&selectedLanguage=';
   const entry = (key, value) => ({ key, value, displayKey: 'Shown', displayValue: value });
-  const pair = JSON.stringify([entry('a b', 'c&d=ü'), entry('e', '')]);
   const noText = "Couldn't get parameters from callback because result wasn't a string";
-  const noArray = /^Couldn't get parameters from callback because of /;
+  const noArray = "Couldn't get parameters from callback because of ";
   const table = [
-    [pair, [...new URLSearchParams('a+b=c%26d%3Dü&e=')]],
-    ['[]', []],
-    [7, [], noText],
-    [['[]'], [], noText],
-    [undefined, [], noText],
-    ['[{', [], noArray],
-    ['{"key": "a"}', [], noArray],
-    ['', [], noArray],
-    ['[1, null, "a", [], {"value": "b"}, {"key": 1}, {"key": "c", "value": 2}]', [['c', '']]],
+    [JSON.stringify([entry('a b', 'c&d=ü'), entry('e', '')]), 'a+b=c%26d%3D%C3%BC&e=&'],
+    ['[]', ''],
+    ...[7, ['[]'], undefined].map((answer) => [answer, '', noText]),
+    ...['[{', '{"key": "a"}', ''].map((answer) => [answer, '', noArray]),
+    ['[1, null, "a", [], {"value": "b"}, {"key": 1}, {"key": "c", "value": 2}]', 'c=&'],
   ];
   const logs = await application(t, { feed: `${url}/feed?fixed=1#part`, shortVersion: '2.0.1 Ä' })(
     t,
-    async ({ fetched, native, news }, answers) => {
+    async ({ assert, equal, fetched, native, news, updates }, answers) => {
       await fetched(() => native.fetchAppcast());
       const logs = [];
       news();
@@ -273,47 +219,35 @@ test("each feed request has the script's parameters, then the four built-in ones
         await fetched(() => native.fetchAppcast());
         logs.push(news());
       }
+      updates.forgetLanguages();
+      native.setAppcastParameterCallback(() => {
+        throw new Error('no parameters');
+      });
+      await fetched(() => assert.throws(() => native.checkForUpdates(false, false), /^Error: no parameters$/));
+      equal(updates.promptsForPermission(), false);
       return logs;
     },
     table.map(([answer]) => answer),
   );
-  assert.deepStrictEqual(parametersOf(questions[0]), [['fixed', '1'], ...builtIn]);
-  table.forEach(([callback, expected, warning], i) => {
-    assert.deepStrictEqual(parametersOf(questions[i + 1]), [['fixed', '1'], ...expected, ...builtIn], callback);
+  const parameters = questions.map((question) => String(parametersOf(question)));
+  // After an exception, which reaches the caller, the request goes on; a user may have no language.
+  assert.strictEqual(parameters.pop(), `fixed=1&${builtIn}None`);
+  const expected = ['', ...table.map(([, added]) => added)].map((added) => `fixed=1&${added}${builtIn}en`);
+  assert.deepStrictEqual(parameters, expected);
+  table.forEach(([callback, , warning], i) => {
     const [check, ...warnings] = logs[i];
     assert.strictEqual(check, 'Check for updates. (buildType=stable, sendingProfile=NO)');
     assert.strictEqual(warnings.length, warning === undefined ? 0 : 1, callback);
-    if (warning instanceof RegExp) assert.match(warnings[0], warning);
-    else assert.strictEqual(warnings[0], warning);
+    assert.ok(
+      warnings.every((line) => line.startsWith(warning)),
+      warnings[0],
+    );
   });
-});
-
-test('an exception of the parameter callback reaches the caller, and the request goes on', async (t) => {
-  const { url, questions } = await serveFeed(t);
-  const result = await application(t, { feed: url })(t, async ({ fetched, native, thrownBy, updates }) => {
-    native.setAppcastParameterCallback(() => {
-      throw new Error('no parameters');
-    });
-    let thrown;
-    await fetched(() => (thrown = thrownBy(() => native.checkForUpdates(false, false))));
-    return [thrown, updates.promptsForPermission()];
-  });
-  assert.deepStrictEqual(result, ['no parameters', false]);
-  assert.strictEqual(parametersOf(questions[0]).length, 4);
-});
-
-test('the language is "None" when the user has none', async (t) => {
-  const { url, questions } = await serveFeed(t);
-  await application(t, { feed: url })(t, async ({ fetched, native, updates }) => {
-    updates.forgetLanguages();
-    await fetched(() => native.fetchAppcast());
-  });
-  assert.deepStrictEqual(parametersOf(questions[0]).at(-1), ['selectedLanguage', 'None']);
 });
 
 test('the system profile is announced once a week, if the user wants it', async (t) => {
   const { url } = await serveFeed(t);
-  const result = await application(t, { feed: url })(t, async ({ fetched, native, updates }) => {
+  const result = await application(t, { feed: url })(t, async ({ fetched, native, tellUpdater, updates }) => {
     const asked = [];
     native.setAppcastParameterCallback((sending) => {
       asked.push(sending);
@@ -329,7 +263,7 @@ test('the system profile is announced once a week, if the user wants it', async 
     await check();
     updates.setDateDefault(key, now - 8 * 86400);
     await check();
-    updates.resetLastProfileSubmissionDate();
+    tellUpdater('resetLastProfileSubmissionDate');
     const forgotten = updates.dateDefault(key);
     await check();
     return [asked, sent > -5 && sent < 600, forgotten];
@@ -361,37 +295,24 @@ test('an item of the feed has its children, whole texts, and the language and fi
   ]);
 });
 
-test('control characters of a feed are escaped in the log', async (t) => {
-  const { url } = await serveFeed(t, update({ version: '3&#10;2026/01/01 [error] forged&#27;[2J' }));
-  const lines = await application(t, { feed: url })(t, async ({ native, upTo }) => {
-    native.fetchAppcast();
-    return upTo(/Did find/);
-  });
-  assert.strictEqual(lines.at(-1), 'Did find update 3\\n2026/01/01 [error] forged\\x1b[2J.');
-});
-
-test('a feed that cannot be fetched or read is logged, and does not affect the next check', async (t) => {
+test('a feed that cannot be fetched or read is logged, escaped, and does not affect the next check', async (t) => {
   const good = feed(update());
+  const forged = update({ version: '3&#10;2026 [error] forged&#27;[2J' });
   const moved = (location) => (answer) => answer.writeHead(302, { location }).end();
   const answers = [
-    [/can't be fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
+    [/fetched: the server answers 404/, (answer) => answer.writeHead(404).end(good)],
     [
-      /can't be fetched: .*Code=-1005/,
-      (answer) => answer.writeHead(200, { 'content-length': 9999 }).write('<rss>', () => answer.destroy()),
+      /fetched: .*Code=-1005/,
+      (answer) => answer.writeHead(200, { 'content-length': 9 }).write('<', () => answer.destroy()),
     ],
-    [/can't be fetched: it is longer than 4194304 bytes/, (answer) => answer.end(' '.repeat(5 * 1024 * 1024))],
-    [
-      /can't be fetched: it is redirected to http:\/\/example.org\/feed, which is not secure/,
-      moved('http://example.org/feed'),
-    ],
-    [/can't be fetched: it is redirected to file:/, moved('file:///etc/passwd')],
-    [/can't be fetched: too many redirects/, (answer, question) => moved(`${question.url}&again`)(answer)],
-    [/can't be fetched: the server answers 302/, (answer) => answer.writeHead(302).end(good)],
+    [/fetched: it is longer than 4194304 bytes/, (answer) => answer.end(' '.repeat(5 * 1024 * 1024))],
+    [/fetched: it is redirected to http:\/\/a\.example\/, which is not secure/, moved('http://a.example/')],
+    [/fetched: it is redirected to file:/, moved('file:///etc/passwd')],
+    [/fetched: too many redirects/, (answer, question) => moved(`${question.url}&again`)(answer)],
+    [/fetched: the server answers 302/, (answer) => answer.writeHead(302).end(good)],
     [/can't be read: no XML/, (answer) => answer.end('<html>')],
-    [
-      /^Did find update 3\.$/,
-      (answer, question) => (question.url === '/moved' ? answer.end(good) : moved('/moved')(answer)),
-    ],
+    [/^Did find update 3\\n2026 \[error\] forged\\x1b\[2J\.$/, (answer) => answer.end(feed(forged))],
+    [/^Did find update 3\.$/, (answer, { url }) => (url === '/moved' ? answer.end(good) : moved('/moved')(answer))],
   ];
   let step = -1;
   const url = await serve(t, (question, answer) => {
@@ -408,12 +329,9 @@ test('a feed that cannot be fetched or read is logged, and does not affect the n
   };
   const patterns = answers.map(([pattern]) => pattern);
   await application(t, { feed: `${url}/feed` })(t, fetchEach, patterns);
-  for (const [address, shown] of [
-    [undefined, ''],
-    ['http://example.org/feed', 'http://example.org/feed'],
-  ]) {
+  for (const address of [undefined, 'http://example.org/feed']) {
     const line = await application(t, { feed: address })(t, fetchEach, [/not secure/]);
-    assert.strictEqual(line, `The feed's address is missing or not secure: ${shown}`);
+    assert.strictEqual(line, `The feed's address is missing or not secure: ${address ?? ''}`);
   }
 });
 
@@ -622,30 +540,33 @@ test('a check replaces one that waits for its feed, unless it does less, and the
   const waiting = [];
   let isAnswering = false;
   const url = await serve(t, (question, answer) => {
-    waiting.push([parametersOf(question.url)[0][1], answer]);
+    waiting.push([parametersOf(question.url).get('kind'), answer]);
     if (isAnswering) answer.end(feed());
   });
   const child = await application(t, { feed: url }).resident(t);
-  await child.tell(({ native }) => {
+  const isDryRun = await child.tell(({ native, tellUpdater }) => {
     let kind;
     native.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
-    const check = {
+    const checks = {
       information: () => native.fetchAppcast(),
       background: () => native.checkForUpdates(true, false),
       user: () => native.checkForUpdates(false, false),
     };
-    for (kind of ['background', 'information', 'user', 'background', 'user']) check[kind]();
+    const check = (each) => {
+      kind = each;
+      checks[kind]();
+      return tellUpdater('dryRun');
+    };
+    return ['background', 'information', 'user', 'background', 'user'].map(check).includes(true);
   });
+  assert.strictEqual(isDryRun, false);
   // Connections of checks that were given up may never have been asked for anything.
   await eventually(() => waiting.some(([kind]) => kind === 'user'), 'the request');
   isAnswering = true;
   for (const [, answer] of waiting) answer.end(feed());
   await child.until(({ appcasts }) => appcasts() === 1);
   const log = (await child.tell(({ news }) => news())).filter((line) => /^A check/.test(line));
-  assert.deepStrictEqual(
-    log.map((line) => line.split(' ')[5]),
-    ['left', 'replaced', 'left', 'replaced'],
-  );
+  assert.strictEqual(log.map((line) => line.split(' ')[5]).join(), 'left,replaced,left,replaced');
   assert.ok(!waiting.some(([kind]) => kind === 'information'));
 });
 
@@ -663,18 +584,6 @@ test('a check neither keeps the process alive nor prevents its exit', async (t) 
     );
     assert.deepStrictEqual([code, signal], [0, null], stderr);
   }
-});
-
-test('fetching the feed beside another check does not make that check a dry run', async (t) => {
-  const url = await serve(t, () => {});
-  const dry = await application(t, { feed: url })(t, async ({ native, updates }) => {
-    native.checkForUpdates(true, false);
-    native.fetchAppcast();
-    const beside = updates.isDryRun();
-    native.checkForUpdates(true, false);
-    return [beside, updates.isDryRun()];
-  });
-  assert.deepStrictEqual(dry, [false, false]);
 });
 
 // ---- On a display
@@ -695,7 +604,7 @@ test('holding Option checks the test channel once', async (t) => {
       return [...first, ...news()];
     },
   );
-  const kinds = questions.map((question) => new URL(question, 'http://a').searchParams.get('buildType'));
+  const kinds = questions.map((question) => parametersOf(question).get('buildType'));
   assert.deepStrictEqual(kinds, ['test', null]);
   assert.deepStrictEqual(lines, [
     'Check for updates. (buildType=test, sendingProfile=NO)',
@@ -709,12 +618,14 @@ test('results activate the application unless only the feed was fetched', async 
   const { url } = await serveFeed(t, update());
   const result = await onDisplay.with(bundleOf(t, { feed: url }))(
     t,
-    async ({ appcasts, eventually, fetched, host, native, spawn, upTo }) => {
+    async ({ appcasts, eventually, fetched, host, native, run, spawn, upTo }) => {
       const window = host.createWindow({ title: 'Updates' });
       const isInFront = () => host.windowInfo(window).isKey;
       await eventually(isInFront, 'the window');
       const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
-      await eventually(() => !isInFront(), 'the other window');
+      // The window manager gives a new window the focus unless it takes the user for busy in the old one.
+      const activate = () => run('xdotool', 'search', '--name', '^Other$', 'windowactivate').catch(() => {});
+      await eventually(async () => !isInFront() || activate().then(() => false), 'the other window');
       await fetched(() => native.fetchAppcast());
       await upTo(/Did find/);
       const afterFeed = isInFront();

@@ -1,6 +1,5 @@
 #import <Foundation/Foundation.h>
 
-#include <array>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -19,17 +18,11 @@
 
 namespace {
 
-void Set(v8::Local<v8::Object> object, const char* key, v8::Local<v8::Value> value) {
-  object->Set(v8::Isolate::GetCurrent()->GetCurrentContext(), ScriptText(key), value).Check();
-}
-
+// The elements as Foundation's objects.
 template <typename Range, typename Convert>
-v8::Local<v8::Array> List(v8::Isolate* isolate, const Range& range, Convert convert) {
-  const auto list = v8::Array::New(isolate);
-  std::uint32_t index = 0;
-  for (const auto& element : range) {
-    list->Set(isolate->GetCurrentContext(), index++, convert(element)).Check();
-  }
+id List(const Range& range, Convert convert) {
+  NSMutableArray* list = [NSMutableArray array];
+  for (const auto& element : range) [list addObject:convert(element)];
   return list;
 }
 
@@ -91,11 +84,7 @@ void copyData(ProbeArguments args) {
 
 // ---- Page state and callback slots
 
-void pageState(ProbeArguments args) {
-  v8::Isolate* isolate = args.GetIsolate();
-  args.GetReturnValue().Set(List(isolate, std::array{GetCurrentURL(), GetCurrentWebURL(), GetCurrentTitle()},
-                                 [&](NSString* text) { return TextOrNull(isolate, text); }));
-}
+id pageState() { return @[ OrNull(GetCurrentURL()), OrNull(GetCurrentWebURL()), OrNull(GetCurrentTitle()) ]; }
 
 id currentMessageText() { return OrNull(GetCurrentMessageText()); }
 
@@ -124,33 +113,27 @@ void postNotificationFromThread(NSString* name, NSString* object) {
 
 // ---- Start-up and function table
 
-void startUpSteps(ProbeArguments args) {
-  args.GetReturnValue().Set(
-      List(args.GetIsolate(), StartUpSequence(), [&](const StartUpStep& step) { return ScriptText(step.name); }));
+id startUpSteps() {
+  return List(StartUpSequence(), [](const StartUpStep& step) { return TsNSString(step.name); });
 }
 
-void startUpStepsRun(ProbeArguments args) {
-  args.GetReturnValue().Set(
-      List(args.GetIsolate(), StartUpStepsRun(), [&](const char* name) { return ScriptText(name); }));
-}
+id startUpStepsRun() { return List(StartUpStepsRun(), TsNSString); }
 
-void functionTable(ProbeArguments args) {
-  v8::Isolate* isolate = args.GetIsolate();
-  args.GetReturnValue().Set(List(isolate, FunctionTable(), [&](const ScriptFunction& function) {
-    const auto row = v8::Object::New(isolate);
-    Set(row, "name", ScriptText(function.name));
-    Set(row, "handlerName", ScriptText(function.handlerName));
-    Set(row, "line", v8::Integer::New(isolate, function.line));
-    Set(row, "needsWindowServer", v8::Boolean::New(isolate, function.needs == Needs::WindowServer));
-    Set(row, "conditions",
-        List(isolate, function.contract, [&](const Condition& condition) { return ScriptText(condition.Text()); }));
-    return row;
-  }));
+id functionTable() {
+  return List(FunctionTable(), [](const ScriptFunction& function) {
+    const id conditions = List(function.contract, [](const Condition& each) { return TsNSString(each.Text()); });
+    return @{
+      @"name" : TsNSString(function.name),
+      @"handlerName" : TsNSString(function.handlerName),
+      @"line" : @(function.line),
+      @"conditions" : conditions
+    };
+  });
 }
 
 void raiseException(ProbeArguments) { [NSException raise:@"TsProbeException" format:@"raised by a test"]; }
 
-// What the leak detector has to find.
+// A leak for the leak detector.
 void leak() { [[[NSObject alloc] init] retain]; }
 
 int translationState(int value, int error) { return TsTranslationState(value, error); }
@@ -202,20 +185,20 @@ void captureLog() {
 
 void stopCapturingLog() { TsLogFacility::Shared().RemoveLogger(Capturing()); }
 
-void capturedLog(ProbeArguments args) {
-  v8::Isolate* isolate = args.GetIsolate();
-  args.GetReturnValue().Set(List(isolate, Capturing()->Captures(), [&](const CapturingLogger::Captured& captured) {
-    const auto entry = v8::Object::New(isolate);
-    Set(entry, "text", ScriptText(captured.text));
-    Set(entry, "flag", v8::Integer::New(isolate, static_cast<int>(captured.message.flag)));
-    Set(entry, "level", v8::Integer::New(isolate, static_cast<int>(captured.message.level)));
-    Set(entry, "context", v8::Integer::New(isolate, captured.message.context));
-    Set(entry, "file", ScriptText(captured.message.file));
-    Set(entry, "function", ScriptText(captured.message.function));
-    Set(entry, "line", v8::Integer::New(isolate, captured.message.line));
-    Set(entry, "onCallersThread", v8::Boolean::New(isolate, captured.onCallersThread));
-    return entry;
-  }));
+id capturedLog() {
+  return List(Capturing()->Captures(), [](const CapturingLogger::Captured& captured) {
+    const TsLogMessage& message = captured.message;
+    return @{
+      @"text" : TsNSString(captured.text),
+      @"flag" : @(static_cast<int>(message.flag)),
+      @"level" : @(static_cast<int>(message.level)),
+      @"context" : @(message.context),
+      @"file" : TsNSString(message.file),
+      @"function" : TsNSString(message.function),
+      @"line" : @(message.line),
+      @"onCallersThread" : Truth(captured.onCallersThread)
+    };
+  });
 }
 
 // `days` from now.
@@ -249,7 +232,6 @@ constexpr ScriptFunction kRows[] = {
     {"raiseEmptyText", "raiseException", raiseException, Nothing::EmptyText, Needs::Foundation, {}},
     {"raiseEmptyArray", "raiseException", raiseException, Nothing::EmptyArray, Needs::Foundation, {}},
     {"windowOnly", "windowOnly", nothingToDo, Nothing::Null, Needs::WindowServer, {}},
-    {"violate", "violate", nothingToDo, Nothing::Null, Needs::Bridge, {Exactly(1), Arg(0).IsStringOrNull()}},
 };
 
 template <std::size_t row>
@@ -293,12 +275,8 @@ void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
 
 void AttachCoreProbe(v8::Local<v8::Object> exports) {
   AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  const auto violated = v8::Object::New(isolate);
-  const auto failing = v8::Object::New(isolate);
-  AttachFunctions(violated, failing, std::make_index_sequence<kFunctions>());
-  Set(exports, "violated", violated);
-  Set(exports, "failing", failing);
+  AttachFunctions(AddProbeObject(exports, "violated"), AddProbeObject(exports, "failing"),
+                  std::make_index_sequence<kFunctions>());
   PROBE(echoForeign);
   PROBE(utf8);
   PROBE(fromUtf8);

@@ -6,7 +6,7 @@
 #include "Platform/Common/PictureTarget.h"
 #include "Probe.h"
 
-// What the macOS bodies compute in plain C++.
+// Plain C++ of the macOS bodies.
 
 namespace platform = tessaro::platform;
 

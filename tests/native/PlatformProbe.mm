@@ -13,52 +13,36 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-using Function = std::shared_ptr<v8::Global<v8::Function>>;
+using std::chrono::milliseconds;
 
-Function Keep(v8::Local<v8::Value> function) {
-  return std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), function.As<v8::Function>());
+const char* ThreadName() { return platform::MainQueue::IsMainThread() ? "main" : "other"; }
+
+void post(ScriptCallback callback) {
+  platform::MainQueue::Shared().Post([callback] { callback(ThreadName()); });
 }
 
-void CallFromLoop(const Function& function, std::string_view argument) {
-  v8::Isolate* isolate = v8::Isolate::GetCurrent();
-  const v8::HandleScope handles(isolate);
-  const auto local = function->Get(isolate);
-  const auto context = local->GetCreationContext().ToLocalChecked();
-  const v8::Context::Scope entered(context);
-  v8::Local<v8::Value> argv[] = {ScriptText(argument)};
-  static_cast<void>(node::MakeCallback(isolate, context->Global(), local, 1, argv, {0, 0}));
+void postDelayed(int delay, ScriptCallback callback) {
+  platform::MainQueue::Shared().PostDelayed(milliseconds(delay), [callback] { callback(""); });
 }
 
-void post(ProbeArguments args) {
-  platform::MainQueue::Shared().Post(
-      [function = Keep(args[0])] { CallFromLoop(function, platform::MainQueue::IsMainThread() ? "main" : "other"); });
-}
-
-void postDelayed(ProbeArguments args) {
-  platform::MainQueue::Shared().PostDelayed(std::chrono::milliseconds(static_cast<int>(Number(args[0]))),
-                                            [function = Keep(args[1])] { CallFromLoop(function, ""); });
-}
-
-// `count` posts from each of four threads; the function gets "thread:number" of each.
-void postFromThreads(ProbeArguments args) {
-  const Function function = Keep(args[1]);
+// `count` posts from each of four threads; the callback gets "thread:number" of each. No thread may be the last one
+// that holds the callback.
+void postFromThreads(int count, ScriptCallback callback) {
   for (int thread = 0; thread < 4; ++thread) {
-    std::thread([thread, function, count = static_cast<int>(Number(args[0]))] {
+    std::thread([=]() mutable {
       for (int i = 0; i < count; ++i) {
-        platform::MainQueue::Shared().Post(
-            [=] { CallFromLoop(function, std::to_string(thread) + ":" + std::to_string(i)); });
+        platform::MainQueue::Shared().Post([=] { callback(std::to_string(thread) + ":" + std::to_string(i)); });
       }
+      platform::MainQueue::Shared().Post([callback = std::move(callback)] {});
     }).detach();
   }
 }
 
-void background(ProbeArguments args) {
-  platform::BackgroundQueue::Shared().Post(
-      [function = Keep(args[1]), pause = std::chrono::milliseconds(static_cast<int>(Number(args[0])))] {
-        std::this_thread::sleep_for(pause);
-        const bool isMain = platform::MainQueue::IsMainThread();
-        platform::MainQueue::Shared().Post([=] { CallFromLoop(function, isMain ? "main" : "other"); });
-      });
+void background(int pause, ScriptCallback callback) {
+  platform::BackgroundQueue::Shared().Post([=]() mutable {
+    std::this_thread::sleep_for(milliseconds(pause));
+    platform::MainQueue::Shared().Post([callback = std::move(callback), thread = ThreadName()] { callback(thread); });
+  });
 }
 
 // Waits for the end of the process with a task that posts when it is destroyed.
@@ -83,8 +67,6 @@ int kernelVariable(std::string name) {
 
 std::string logDirectory(std::string application) { return platform::LogDirectory(application).string(); }
 
-id preferredLanguages() { return [[NSLocale preferredLanguages] componentsJoinedByString:@","]; }
-
 }  // namespace
 
 void AttachPlatformProbe(v8::Local<v8::Object> exports) {
@@ -96,5 +78,4 @@ void AttachPlatformProbe(v8::Local<v8::Object> exports) {
   PROBE(raiseOnMainQueue);
   PROBE(kernelVariable);
   PROBE(logDirectory);
-  PROBE(preferredLanguages);
 }

@@ -3,6 +3,7 @@
 #include <node.h>
 #include <node_buffer.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -30,6 +31,18 @@ using ProbeArguments = const v8::FunctionCallbackInfo<v8::Value>&;
   return value->NumberValue(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
 }
 
+// A function of script's, which the event loop calls with a text.
+class ScriptCallback {
+ public:
+  explicit ScriptCallback(v8::Local<v8::Value> function)
+      : function_(std::make_shared<v8::Global<v8::Function>>(v8::Isolate::GetCurrent(), function.As<v8::Function>())) {}
+
+  void operator()(std::string_view text) const;
+
+ private:
+  std::shared_ptr<v8::Global<v8::Function>> function_;
+};
+
 #ifdef __OBJC__
 #import <Foundation/Foundation.h>
 
@@ -55,6 +68,8 @@ template <typename T>
     return {node::Buffer::Data(value), node::Buffer::Length(value)};
   } else if constexpr (std::is_same_v<T, NSString*>) {
     return convertToNSString(value);
+  } else if constexpr (std::is_same_v<T, ScriptCallback>) {
+    return ScriptCallback(value);
   } else {
     return static_cast<T>(ObjectFromScript(value));
   }
@@ -117,6 +132,7 @@ struct Probed<Result (*)(Parameters...)> {
 // Attaches a probe under its own name. Elsewhere only functions of ProbeArguments can be attached.
 #define PROBE(function) NODE_SET_METHOD(exports, #function, Probed<decltype(&function)>::Enter<function>)
 
+void AttachBenchProbe(v8::Local<v8::Object> exports);
 void AttachCaptureProbe(v8::Local<v8::Object> exports);
 void AttachCompositionProbe(v8::Local<v8::Object> exports);
 void AttachContactsProbe(v8::Local<v8::Object> exports);
@@ -141,4 +157,5 @@ void AttachWindowProbe(v8::Local<v8::Object> exports);
 #endif
 
 void AttachBusProbe(v8::Local<v8::Object> exports);
+void AttachComposeProbe(v8::Local<v8::Object> exports);
 void AttachNotificationServerProbe(v8::Local<v8::Object> exports);

@@ -12,6 +12,9 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   };
   AttachCoreProbe(probe);
   AttachMessagesProbe(probe);
+  const auto bench = AddProbeObject(probe, "bench");
+  AttachBenchProbe(bench);
+  AttachComposeProbe(bench);
   attach("platform", AttachPlatformProbe);
   attach("bus", AttachBusProbe);
   attach("keychain", AttachKeychainProbe);
@@ -34,6 +37,16 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
 }
 
 }  // namespace
+
+void ScriptCallback::operator()(std::string_view text) const {
+  v8::Isolate* isolate = v8::Isolate::GetCurrent();
+  const v8::HandleScope handles(isolate);
+  const auto function = function_->Get(isolate);
+  const auto context = function->GetCreationContext().ToLocalChecked();
+  const v8::Context::Scope entered(context);
+  v8::Local<v8::Value> argument = ScriptText(text);
+  static_cast<void>(node::MakeCallback(isolate, context->Global(), function, 1, &argument, {0, 0}));
+}
 
 // JSON needs a container around it.
 void ReturnObject(ProbeArguments args, id value) {

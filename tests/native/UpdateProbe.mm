@@ -64,67 +64,13 @@ id decide(std::string_view feed, std::string current, std::string system, std::s
   return answer;
 }
 
-// The number of the update's item, or -1.
-int decideOnly(std::string_view feed, std::string current, std::string system, std::string channel) {
-  const auto decision = platform::DecideUpdate(feed, Settings(current, system, channel));
-  return decision && decision->update ? static_cast<int>(*decision->update) : -1;
-}
-
-// fuzz(buffer, count, seed): decides on mutations of the feed; how many of them had an update, or a negative number
-// when one was offered that must not be.
-int fuzz(std::string_view feedBefore, int count, std::uint32_t seed) {
-  const std::string original(feedBefore);
-  std::uint64_t state = seed | 1;
-  const auto random = [&state](std::size_t below) {
-    state ^= state << 13;
-    state ^= state >> 7;
-    state ^= state << 17;
-    return static_cast<std::size_t>(state % below);
-  };
-  constexpr std::string_view kPieces[] = {"<item>", "</item>", "\"",        "]]>",  "<![CDATA[",  "&",
-                                          "<",      ">",       "sparkle:",  "0",    "<!--",       "-->",
-                                          "\0",     "&#0;",    "<!DOCTYPE", "\xff", "9999999999", "<?"};
-  int updates = 0;
-  for (int i = 0; i < count; ++i) {
-    std::string feed = original;
-    for (std::size_t change = random(6) + 1; change > 0 && !feed.empty(); --change) {
-      const std::size_t at = random(feed.size());
-      switch (random(4)) {
-        case 0:
-          feed[at] = static_cast<char>(random(256));
-          break;
-        case 1:
-          feed.erase(at, random(64));
-          break;
-        case 2:
-          feed.insert(at, kPieces[random(std::size(kPieces))]);
-          break;
-        default:
-          feed.insert(at, original.substr(random(original.size()), random(256)));
-      }
-    }
-    const auto decision = platform::DecideUpdate(feed, {"2.0", "12", "stable", {"linux", {"de"}}, ""});
-    if (!decision && decision.error().message.empty()) return -1;
-    if (!decision || !decision->update) continue;
-    const auto& version = decision->items.at(*decision->update).version;
-    if (platform::CompareVersions(version, "2.0") <= 0) return -2;
-    if (!platform::IsTrustworthyAddress(decision->file.url)) return -3;
-    ++updates;
-  }
-  return updates;
-}
-
 // The Linux updater never asks this question of its delegate.
 bool promptsForPermission() {
   TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
   return [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()] != NO;
 }
 
-bool isDryRun() { return [[TsApplicationUpdate sharedInstance] dryRun] != NO; }
-
-void resetLastProfileSubmissionDate() { [[TsApplicationUpdate sharedInstance] resetLastProfileSubmissionDate]; }
-
-// Nobody has no language at all, but an environment may bring it about.
+// An environment without any language.
 void forgetLanguages() {
   const Method languages = class_getClassMethod([NSLocale class], @selector(preferredLanguages));
   method_setImplementation(languages, reinterpret_cast<IMP>(+[](id, SEL) -> id { return [NSArray array]; }));
@@ -190,7 +136,7 @@ void crashEverywhere() {
   for (;;) pause();
 }
 
-// Whoever handled crashes before: tells of its turn by the process's code.
+// Handlers from before the module's: the process's code shows that they were called.
 void handleCrashes() {
   struct sigaction action {};
   action.sa_flags = SA_SIGINFO;
@@ -223,11 +169,7 @@ void AttachUpdateProbe(v8::Local<v8::Object> exports) {
   PROBE(compareVersions);
   PROBE(isTrustworthyAddress);
   PROBE(decide);
-  PROBE(decideOnly);
-  PROBE(fuzz);
   PROBE(promptsForPermission);
-  PROBE(isDryRun);
-  PROBE(resetLastProfileSubmissionDate);
   PROBE(forgetLanguages);
   PROBE(setDateDefault);
   PROBE(dateDefault);

@@ -1,7 +1,5 @@
 #import <Foundation/Foundation.h>
 
-#include <chrono>
-
 #include "Probe.h"
 #include "Utilities/TsJSON.h"
 
@@ -63,34 +61,6 @@ id mutate(NSString* text) {
   return TsConvertToJSONString(root);
 }
 
-// Nanoseconds of each of `rounds` passages through a door, without the script boundary.
-template <typename Door>
-void TimeDoor(ProbeArguments args, Door door) {
-  v8::Isolate* isolate = args.GetIsolate();
-  const auto context = isolate->GetCurrentContext();
-  const std::uint32_t rounds = args[1]->Uint32Value(context).FromMaybe(1);
-  const auto samples = v8::Array::New(isolate);
-  for (std::uint32_t round = 0; round < rounds; ++round) {
-    const auto start = std::chrono::steady_clock::now();
-    @autoreleasepool {
-      static_cast<void>(door());
-    }
-    const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
-    samples->Set(context, round, v8::Number::New(isolate, elapsed.count())).Check();
-  }
-  args.GetReturnValue().Set(samples);
-}
-
-void timeRead(ProbeArguments args) {
-  NSString* text = convertToNSString(args[0]);
-  TimeDoor(args, [&] { return TsConvertFromJSONString(text, nullptr); });
-}
-
-void timeWrite(ProbeArguments args) {
-  id object = TsConvertFromJSONString(convertToNSString(args[0]), nullptr);
-  TimeDoor(args, [&] { return TsConvertToJSONString(object); });
-}
-
 // From a script's text to containers.
 bool reads(NSString* text) { return TsConvertFromJSONString(text, nullptr) != nil; }
 
@@ -102,7 +72,5 @@ void AttachValuesProbe(v8::Local<v8::Object> exports) {
   PROBE(writeUnfit);
   PROBE(writeNumbers);
   PROBE(mutate);
-  PROBE(timeRead);
-  PROBE(timeWrite);
   PROBE(reads);
 }
