@@ -9,7 +9,7 @@ const escaped = (text) => text.replace(/[&<>]/g, (c) => ({ '&': '&amp;', '<': '&
 
 const referenceDate = Date.UTC(2001, 0, 1);
 
-/** The type of an attribute and its text, after the kind of value. */
+/** The type of an attribute and its text, by the kind of value. */
 function encoded(value) {
   if (typeof value === 'boolean') return ['bool', value ? '1' : '0'];
   if (typeof value === 'number') return [Number.isInteger(value) ? 'int32' : 'double', String(value)];
@@ -36,8 +36,6 @@ const metadata = `
 		Gl79yicU/qMmmjW+02T6r/N/3wY/MXt1/ETG6BgiQvk=
 		</data>
                     </dict>
-                    <key>NSStoreModelVersionHashesVersion</key>
-                    <integer>3</integer>
                 </dict>
             </plist>
         `;
@@ -128,7 +126,6 @@ function workspacesStore(workspaces, style) {
       store.relate(state, 'workspaceState', 'WorkspaceState', id);
       return state;
     });
-    // The order of an ordered relationship is nobody's but its own.
     store.relate(id, 'appStates', 'GoogleAppState', ids);
   }
   return store;
@@ -136,6 +133,7 @@ function workspacesStore(workspaces, style) {
 
 /** Many accounts of all kinds of values, for reports of any size. */
 function manyAccounts(count, bookmarksEach) {
+  const plugins = ['Rapportive', 'ClearbitConnect', 'Boomerang', 'Streak', 'AwayFind', 'RightInbox'];
   return Array.from({ length: count }, (_account, i) => ({
     order: i,
     username: `person-${i}@example.org`,
@@ -149,18 +147,10 @@ function manyAccounts(count, bookmarksEach) {
     autoBCC: `archive-${i}@example.org, boss@example.org`,
     notificationSound: 'Glass',
     notificationUseGrowl: true,
-    loadRapportivePlugin: false,
-    loadClearbitConnectPlugin: true,
-    loadBoomerangPlugin: false,
-    loadStreakPlugin: i % 5 === 0,
-    loadAwayFindPlugin: true,
-    loadRightInboxPlugin: false,
+    ...Object.fromEntries(plugins.map((name, k) => [`load${name}Plugin`, (i + k) % 5 === 0])),
     isGmailChatBlocked: true,
-    isGooglePlusBlocked: false,
     isGoogleDriveBlocked: i % 7 === 0,
-    isGoogleCalendarAlertsBlocked: false,
     useSignatures: true,
-    signatureAboveQuotedText: false,
     bookmarks: Array.from({ length: bookmarksEach }, (_bookmark, k) => ({
       order: (k + 1) * 10,
       title: `Bookmark ${k} of person ${i} – überall`,
@@ -169,34 +159,16 @@ function manyAccounts(count, bookmarksEach) {
   }));
 }
 
-/** What the report says of an account as it is given to `accountsStore`. */
+/** The report's entry for an account that is given to `accountsStore`. */
 function reported(account, password = null) {
   const orNull = (name) => account[name] ?? null;
-  const same = [
-    'order',
-    'username',
-    'nickname',
-    'detectUnreadCountType',
-    'defaultInboxType',
-    'customInboxLabelName',
-    'unreadMessagesLocation',
-    'autoBCC',
-    'notificationSound',
-    'loadRapportivePlugin',
-    'loadClearbitConnectPlugin',
-    'loadBoomerangPlugin',
-    'loadStreakPlugin',
-    'loadRightInboxPlugin',
-  ];
-  const blocked = [
-    'isGmailChatBlocked',
-    'isGooglePlusBlocked',
-    'isGoogleDriveBlocked',
-    'isGoogleCalendarAlertsBlocked',
-  ];
+  const same =
+    'order username nickname detectUnreadCountType defaultInboxType customInboxLabelName unreadMessagesLocation autoBCC ' +
+    'notificationSound loadRapportivePlugin loadClearbitConnectPlugin loadBoomerangPlugin loadStreakPlugin loadRightInboxPlugin';
+  const blocked = 'isGmailChatBlocked isGooglePlusBlocked isGoogleDriveBlocked isGoogleCalendarAlertsBlocked';
   return {
-    ...Object.fromEntries(same.map((name) => [name, orNull(name)])),
-    ...Object.fromEntries(blocked.map((name) => [`${name}AsBOOL`, account[name] ?? false])),
+    ...Object.fromEntries(same.split(' ').map((name) => [name, orNull(name)])),
+    ...Object.fromEntries(blocked.split(' ').map((name) => [`${name}AsBOOL`, account[name] ?? false])),
     password,
     isNotificationEnabled: orNull('autoAuthenticate'),
     isNotifyNewMessages: orNull('notificationUseGrowl'),
@@ -207,31 +179,22 @@ function reported(account, password = null) {
   };
 }
 
-/** A report with the bookmarks in their order: it promises none. */
-function inOrder(report) {
-  for (const account of report.accounts || []) account.bookmarks.sort((a, b) => a.order - b.order);
-  return report;
-}
-
-/** Where the previous version kept its files, for a user with the home `home`. */
+/** The files of the previous version, for a user with the home `home`. */
 function previousVersion(home) {
   const folder = path.join(home, 'GNUstep', 'Library', 'ApplicationSupport', 'Tessaro 3');
-  const preferences = path.join(home, 'Library', 'Preferences', 'com.tessaro.Tessaro3.plist');
-  const write = (file, contents) => {
-    fs.mkdirSync(path.dirname(file), { recursive: true });
-    fs.writeFileSync(file, contents);
-  };
   const files = {
     accounts: path.join(folder, 'Accounts.xml'),
     workspaces: path.join(folder, 'WorkspaceStates.xml'),
-    preferences,
+    preferences: path.join(home, 'Library', 'Preferences', 'com.tessaro.Tessaro3.plist'),
   };
-  return {
-    ...files,
-    folder,
-    /** Writes the named files: { accounts: text, workspaces: text, preferences: bytes }. */
-    write: (contents) => Object.entries(contents).forEach(([name, content]) => write(files[name], content)),
+  /** Writes the named files: { accounts: text, workspaces: text, preferences: bytes }. */
+  const write = (contents) => {
+    for (const [name, content] of Object.entries(contents)) {
+      fs.mkdirSync(path.dirname(files[name]), { recursive: true });
+      fs.writeFileSync(files[name], content);
+    }
   };
+  return { ...files, folder, write };
 }
 
-module.exports = { Store, accountsStore, workspacesStore, manyAccounts, reported, inOrder, previousVersion };
+module.exports = { Store, accountsStore, workspacesStore, manyAccounts, reported, previousVersion };
