@@ -1,102 +1,110 @@
 'use strict';
 
+// The contracts of the script functions. `node tests/contract.test.js --update` rewrites contracts.json.
+
 const assert = require('assert');
+const fs = require('fs');
+const path = require('path');
 const { test } = require('node:test');
 
 const { probe, root } = require('./support/addon');
-const { evaluate, runScript } = require('./support/child');
-const fs = require('fs');
-const path = require('path');
+const { scenarios } = require('./support/scenario');
 
-// Source text that makes an argument of a type, and one that is of no type that any condition allows beside it.
-const valid = { String: '"text"', Object: '({})', Int32: '1', Boolean: 'true', Function: '(() => {})', Null: 'null' };
-const wrong = { String: '1', Object: '"text"', Int32: '1.5', Boolean: '0', Function: '({})' };
+// Arguments by the names of their types, and by "!" and the name some that no condition allows beside that type.
+const calling = scenarios({
+  fixture: () => ({
+    argument: (type) =>
+      ({
+        ...{ String: 'text', Object: {}, Int32: 1, Boolean: true, Function: () => {}, Null: null },
+        ...{ '!String': 1, '!Object': 'text', '!Int32': 1.5, '!Boolean': 0, '!Function': {} },
+      })[type],
+  }),
+});
 
 const table = () => probe().functionTable();
+const namesOf = (rows) => rows.map(({ name }) => name);
 
-/** What a row's conditions say: the counts allowed, the least one, and the types of arguments by their index. */
+/** The conditions of a row: the counts that they allow, and the types of arguments by their index. */
 function contractOf({ conditions }) {
-  const contract = { counts: [], types: {} };
-  for (const condition of conditions) {
-    for (const [, sign, count] of condition.matchAll(/args\.Length\(\) (==|>=) (\d+)/g)) {
-      contract.counts.push(Number(count));
-      contract.isLeast = sign === '>=';
-    }
-    const types = [...condition.matchAll(/args\[(\d+)\]->Is(\w+)\(\)/g)];
-    if (types.length > 0) contract.types[types[0][1]] = types.map(([, , type]) => type);
+  const counts = conditions.flatMap((text) =>
+    [...text.matchAll(/args\.Length\(\) [=>]= (\d+)/g)].map(([, n]) => Number(n)),
+  );
+  const types = {};
+  for (const text of conditions) {
+    const [first] = text.matchAll(/args\[(\d+)\]->Is(\w+)\(\)/g);
+    if (first) types[first[1]] = first[2];
   }
-  return contract;
+  return { counts, types };
 }
 
-/** The arguments of a call that keeps the contract. */
+/** The types of the arguments of a call that keeps the contract. */
 function validArguments({ counts, types }) {
   const length = Math.max(...counts, ...Object.keys(types).map((index) => Number(index) + 1), 0);
-  return Array.from({ length }, (_, index) => valid[types[index]?.[0]] ?? 'undefined');
+  return Array.from({ length }, (_, index) => types[index] ?? 'Undefined');
 }
 
-/** One call for each condition of a row that violates it and none before it. */
+/** One call for each condition of a row, which violates that and none before it. */
 function violations(row) {
   const contract = contractOf(row);
   const args = validArguments(contract);
-  const few = contract.counts[0] === 0 ? ['1'] : args.slice(0, contract.counts[0] - 1);
+  const few = contract.counts[0] === 0 ? ['Int32'] : args.slice(0, contract.counts[0] - 1);
   return row.conditions.map((condition) => {
     const [, index] = condition.match(/args\[(\d+)\]/) ?? [];
-    const broken =
-      index === undefined ? few : args.map((each, i) => (i === Number(index) ? wrong[contract.types[index][0]] : each));
-    return { row, condition, args: broken };
+    const wrong = args.map((type, i) => (i === Number(index) ? `!${type}` : type));
+    return { row, condition, call: [row.name, index === undefined ? few : wrong] };
   });
 }
 
-test('exports are exactly the 112 functions of the table, in its order', () => {
+test('the module exports the functions of the table in its order, and the typings name them', () => {
   const { module } = probe();
-  const names = Object.keys(module).filter((name) => module[name].name === name);
-  assert.strictEqual(names.length, 112);
-  assert.deepStrictEqual(names, table().map(({ name }) => name)); // prettier-ignore
-});
-
-test('the typings name every function', () => {
-  const typings = fs.readFileSync(path.join(root, 'index.d.ts'), 'utf8');
-  const names = [...typings.matchAll(/^export function (\w+)/gm)].map((match) => match[1]);
+  const names = namesOf(table());
   assert.deepStrictEqual(
-    names.sort(),
-    table()
-      .map(({ name }) => name)
-      .sort(),
+    Object.keys(module).filter((name) => module[name].name === name),
+    names,
   );
+  const typings = fs.readFileSync(path.join(root, 'index.d.ts'), 'utf8');
+  const typed = [...typings.matchAll(/^export function (\w+)/gm)].map(([, name]) => name);
+  assert.deepStrictEqual(typed.sort(), [...names].sort());
 });
 
-test('a function whose work fails answers "nothing"', async (t) => {
-  const calls = table().map((row) => `failing.${row.name}(${validArguments(contractOf(row)).join(', ')}) ?? null`);
-  const answers = await evaluate(
-    t,
-    `const { failing } = probe(); console.log(JSON.stringify([${calls.join(',\n')}]));`,
-  );
-  answers.forEach((answer, i) => assert.ok([null, false, 0, ''].includes(answer) || answer.length === 0, calls[i]));
+test('every function keeps its conditions and its result of a failure', async (t) => {
+  const rows = table();
+  const calls = rows.map((row) => [row.name, validArguments(contractOf(row))]);
+  const fail = ({ argument, failing }, all) =>
+    all.map(([name, args]) => String(JSON.stringify(failing[name](...args.map(argument)))));
+  const results = await calling(t, fail, calls);
+  const contracts = rows.map(({ name, conditions }, i) => [name, `${conditions.join('; ')} -> ${results[i]}`]);
+  const file = path.join(__dirname, 'contracts.json');
+  const text = `${JSON.stringify(Object.fromEntries(contracts), null, 2)}\n`;
+  if (process.argv.includes('--update')) fs.writeFileSync(file, text);
+  assert.strictEqual(text, fs.readFileSync(file, 'utf8'));
 });
 
 test('each violated condition is found, and the first one is named', async (t) => {
-  const queue = table().flatMap(violations);
-  assert.ok(queue.length > 130, `${queue.length} conditions`);
-  const calls = queue.map(({ row, args }) => `violated.${row.name}(${args.join(', ')})`);
-  const found = await evaluate(t, `const { violated } = probe(); console.log(JSON.stringify([${calls.join(',\n')}]))`);
-  assert.deepStrictEqual(
-    found,
-    queue.map(({ condition }) => condition),
-  );
+  const rows = table()
+    .flatMap(violations)
+    .map(({ condition, call }) => [...call, condition]);
+  assert.ok(rows.length > 130, `${rows.length} conditions`);
+  await calling.table(t, rows, ({ argument, violated }, name, args) => violated[name](...args.map(argument)));
 });
 
 test('a violated condition of each kind ends the process with its place and text', async (t) => {
-  const kinds = new Map(table().flatMap(violations).map((each) => [each.condition.replace(/\d+/g, 'N'), each])); // prettier-ignore
+  const kinds = new Map(
+    table()
+      .flatMap(violations)
+      .map((each) => [each.condition.replace(/\d+/g, 'N'), each]),
+  );
   assert.ok(kinds.size >= 8, `${kinds.size} kinds of conditions`);
-  const runs = [...kinds.values()].map(async ({ row, condition, args }) => {
-    const call = `${row.name}(${args.join(', ')})`;
-    const { code, signal, stderr, stdout } = await runScript(
-      t,
-      `const { module } = probe();
-       try { module.${call}; } catch { console.log('thrown'); }
-       console.log('alive');`,
-    );
-    assert.deepStrictEqual({ code, signal, stdout }, { code: null, signal: 'SIGABRT', stdout: '' }, call);
+  const violate = ({ argument, native, print }, name, args) => {
+    try {
+      native[name](...args.map(argument));
+    } finally {
+      print('alive');
+    }
+  };
+  const runs = [...kinds.values()].map(async ({ row, condition, call }) => {
+    const { code, signal, stderr, stdout } = await calling.ends(t, violate, ...call);
+    assert.deepStrictEqual({ code, signal, stdout }, { code: null, signal: 'SIGABRT', stdout: '' }, row.name);
     const place = `src/TessaroNative/FunctionTable.cc:${row.line}: ${row.handlerName}`;
     assert.strictEqual(stderr.split('\n')[0], `TessaroNative: ${place}: Assertion \`${condition}' failed.`);
   });
@@ -104,15 +112,16 @@ test('a violated condition of each kind ends the process with its place and text
 });
 
 test('conditions that hold for several counts or types accept each of them', async (t) => {
-  await evaluate(
-    t,
-    `const { module: m } = probe();
-     m.setPasswordForAccount('p', 'a'); m.setPasswordForAccount(1, null, {});
-     m.createRequest('http://localhost/'); m.createRequest('http://localhost/', {}, 3);
-     m.getMigrationInfo(null); m.getMigrationInfo(undefined); m.getMigrationInfo('x');
-     m.setStatusItemTitle(null, null); m.setStatusItemTitle('', false);
-     m.deliverUserNotification('id', null, undefined, '', 'x', 1, null, 2, undefined, {});
-     m.hasSheets([]); m.hasSheets(() => {}); m.validateToolbarItems(-1); m.validateToolbarItems(2147483647);
-     console.log('true');`,
-  );
+  await calling(t, ({ native: m }) => {
+    m.setPasswordForAccount('p', 'a');
+    m.setPasswordForAccount(1, null, {});
+    m.createRequest('http://localhost/');
+    m.createRequest('http://localhost/', {}, 3);
+    for (const selection of [null, undefined, 'x']) m.getMigrationInfo(selection);
+    m.setStatusItemTitle(null, null);
+    m.setStatusItemTitle('', false);
+    m.deliverUserNotification('id', null, undefined, '', 'x', 1, null, 2, undefined, {});
+    for (const handle of [[], () => {}]) m.hasSheets(handle);
+    for (const number of [-1, 2147483647]) m.validateToolbarItems(number);
+  });
 });
