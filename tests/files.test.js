@@ -1,105 +1,84 @@
 'use strict';
 
-// Writing files from script: what ends up on the disk, and what is told when it can't.
+// Writing files from script: the contents of the disk afterwards, and the reason when they can't be written.
 
 const assert = require('assert');
+const { execFileSync } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, temporaryDirectory } = require('./support/child');
+const { temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
-const prelude = `
-  const fs = require('fs');
-  const { module: m } = probe();
-  const print = (value) => console.log(JSON.stringify(value ?? null));
-`;
+const plain = scenarios();
+// Root without the right to bypass permissions is an ordinary user.
+const isRoot = process.getuid() === 0;
+const unprivileged = isRoot ? { within: ['setpriv', '--bounding-set=-dac_override,-dac_read_search'] } : {};
 
-const write = (t, folder, source, options) =>
-  evaluate(t, `${prelude} const folder = ${JSON.stringify(folder)}; ${source}`, options);
-
-// A root who has lost the right to pass over permissions is like anybody else.
-const likeAnybody =
-  process.getuid() === 0 ? { within: ['setpriv', '--bounding-set=-dac_override,-dac_read_search'] } : {};
+/** Writes files, [path, text or number of zero bytes, append] each, in one process; gives the results. */
+const write = (t, files, options = {}) =>
+  plain.with(options)(
+    t,
+    ({ native }, all) => {
+      process.umask(0o027);
+      const bytes = (data) => (typeof data === 'number' ? Buffer.alloc(data) : Buffer.from(data));
+      return all.map(([file, data, append = false]) => native.writeFile(file, bytes(data), append) ?? null);
+    },
+    files,
+  );
 
 const temporaries = (folder) => fs.readdirSync(folder).filter((name) => name.startsWith('.new-'));
 
 test('Buffers, typed arrays and ArrayBuffers are written, other values refused', async (t) => {
   const folder = temporaryDirectory(t);
-  const cases = [
-    ['Buffer.from("Zoë\\0!")', 'Zoë\0!'],
-    ['Buffer.alloc(0)', ''],
-    ['new Uint8Array([65, 66])', 'AB'],
-    ['new Uint8Array(new Uint8Array([1, 2, 65, 66, 3]).buffer, 2, 2)', 'AB'],
-    ['new Uint16Array([0x4241])', 'AB'],
-    ['new DataView(new Uint8Array([67, 65, 66]).buffer, 1)', 'AB'],
-    ['new Uint8Array([65, 66]).buffer', 'AB'],
-    ['new Uint8Array(new SharedArrayBuffer(2)).fill(65)', 'AA'],
-  ];
-  const file = path.join(folder, 'file');
-  for (const [data, contents] of cases) {
-    const result = await write(t, folder, `print(m.writeFile(folder + '/file', ${data}, false));`);
-    assert.deepStrictEqual([result, fs.readFileSync(file, 'utf8')], [null, contents], data);
-  }
-  const refused = await write(
+  const [written, refused] = await plain(
     t,
-    folder,
-    `print([{}, [65], new Date(), () => 1, new String('AB'), new Map()].map((data) => m.writeFile(folder + '/other', data, false)));`,
+    ({ fs, native }, file) => {
+      const bytes = new Uint8Array([65, 66]);
+      const part = new Uint8Array(new Uint8Array([1, 2, 65, 66, 3]).buffer, 2, 2);
+      const view = new DataView(new Uint8Array([67, 65, 66]).buffer, 1);
+      const shared = new Uint8Array(new SharedArrayBuffer(2)).fill(65);
+      const views = [Buffer.from('Zoë\0!'), Buffer.alloc(0), bytes, part, view, new Uint16Array([0x4241]), shared];
+      const contents = (data) => native.writeFile(file, data, false) ?? fs.readFileSync(file, 'utf8');
+      const others = [{}, [65], new Date(), () => 1, new String('AB'), new Map()];
+      const refusal = (data) => native.writeFile(`${file}-other`, data, false);
+      return [[...views, bytes.buffer].map(contents), others.map(refusal)];
+    },
+    path.join(folder, 'file'),
   );
-  assert.ok(refused.every((text) => /Only a Buffer/.test(text)));
+  assert.deepStrictEqual(written, ['Zoë\0!', '', 'AB', 'AB', 'AB', 'AB', 'AA', 'AB']);
+  for (const reason of refused) assert.match(reason, /Only a Buffer/);
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
 });
 
-test('replacing keeps the permissions, and writes through links', async (t) => {
+test('replacing keeps the permissions, appending adds to the end, and both write through links', async (t) => {
   const folder = temporaryDirectory(t);
   const at = (name) => path.join(folder, name);
   fs.writeFileSync(at('private'), 'old and longer', { mode: 0o640 });
   fs.mkdirSync(at('elsewhere'));
-  fs.symlinkSync('private', at('link'));
-  fs.symlinkSync('elsewhere/new', at('dangling'));
-  fs.symlinkSync('loop', at('loop'));
-  const results = await write(
-    t,
-    folder,
-    `process.umask(0o027);
-     print(['private', 'link', 'dangling', 'fresh', 'loop', 'elsewhere/../up'].map((name) => m.writeFile(folder + '/' + name, Buffer.from(name), false) ?? null));`,
-  );
-  assert.deepStrictEqual(results.slice(0, 4), [null, null, null, null]);
-  assert.match(results[4], /Too many levels/);
-  assert.strictEqual(results[5], null);
+  const links = { link: 'private', dangling: 'elsewhere/new', loop: 'loop', logLink: 'log' };
+  for (const [name, target] of Object.entries(links)) fs.symlinkSync(target, at(name));
+  const replacing = ['private', 'link', 'dangling', 'fresh', 'elsewhere/../up', 'loop'];
+  const appending = ['log', 'logLink', 'log'];
+  const results = await write(t, [
+    ...appending.map((name, i) => [at(name), String(i), true]),
+    ...replacing.map((name) => [`${folder}/${name}`, name]),
+  ]);
+  assert.match(results.pop(), /Too many levels/);
+  assert.deepStrictEqual(results, Array(8).fill(null));
   assert.ok(fs.lstatSync(at('link')).isSymbolicLink() && fs.lstatSync(at('dangling')).isSymbolicLink());
-  assert.strictEqual(fs.readFileSync(at('private'), 'utf8'), 'link');
-  assert.strictEqual(fs.readFileSync(at('elsewhere/new'), 'utf8'), 'dangling');
-  assert.strictEqual(fs.readFileSync(at('up'), 'utf8'), 'elsewhere/../up');
-  assert.strictEqual(fs.statSync(at('private')).mode & 0o777, 0o640);
-  assert.strictEqual(fs.statSync(at('fresh')).mode & 0o777, 0o640);
+  const contents = ['private', 'elsewhere/new', 'up', 'log'].map((name) => fs.readFileSync(at(name), 'utf8'));
+  assert.deepStrictEqual(contents, ['link', 'dangling', 'elsewhere/../up', '012']);
+  for (const name of ['private', 'fresh']) assert.strictEqual(fs.statSync(at(name)).mode & 0o777, 0o640, name);
   assert.deepStrictEqual(temporaries(folder), []);
-});
-
-test('appending adds to the end, or creates the file', async (t) => {
-  const folder = temporaryDirectory(t);
-  fs.symlinkSync('log', path.join(folder, 'link'));
-  const results = await write(
-    t,
-    folder,
-    `print(['log', 'link', 'log'].map((name, i) => m.writeFile(folder + '/' + name, Buffer.from(String(i)), true) ?? null));`,
-  );
-  assert.deepStrictEqual(results, [null, null, null]);
-  assert.strictEqual(fs.readFileSync(path.join(folder, 'log'), 'utf8'), '012');
 });
 
 test('names of the longest length and in any language are written', async (t) => {
   const folder = temporaryDirectory(t);
   const names = ['x'.repeat(255), 'é'.repeat(127), '日本 "$(touch pwned)";\n.txt', '-rf', ' '];
-  const results = await write(
-    t,
-    folder,
-    `print(${JSON.stringify(names)}.map((name) => m.writeFile(folder + '/' + name, Buffer.from('x'), false) ?? null));`,
-  );
-  assert.deepStrictEqual(
-    results,
-    names.map(() => null),
-  );
+  const files = names.map((name) => [path.join(folder, name), 'x']);
+  assert.deepStrictEqual(await write(t, files), Array(5).fill(null));
   assert.deepStrictEqual(new Set(fs.readdirSync(folder)), new Set(names));
 });
 
@@ -111,55 +90,38 @@ test('a failed write returns its reason and changes nothing', async (t) => {
   fs.writeFileSync(at('closed/file'), 'old', { mode: 0o644 });
   fs.writeFileSync(at('protected'), 'old', { mode: 0o444 });
   fs.writeFileSync(at('plain'), 'old');
-  require('child_process').execFileSync('mkfifo', [at('pipe')]);
-  const cases = [
-    ['""', /No such file/],
-    ['folder + "/missing/file"', /No such file/],
-    ['folder + "/plain/file"', /Not a directory/],
-    ['folder + "/folder"', /Is a directory/],
-    ['folder + "/closed/new"', /Permission denied/],
-    ['folder + "/protected"', /Permission denied/],
-    ['folder + "/plain\\0.txt"', /Invalid argument/],
-    ['folder + "/" + "x".repeat(256)', /File name too long/],
+  execFileSync('mkfifo', [at('pipe')]);
+  const table = [
+    ['', /No such file/],
+    [at('missing/file'), /No such file/],
+    [at('plain/file'), /Not a directory/],
+    [at('folder'), /Is a directory/],
+    [at('closed/new'), /Permission denied/],
+    [at('protected'), /Permission denied/],
+    [at('plain\0.txt'), /Invalid argument/],
+    [at('x'.repeat(256)), /File name too long/],
     // A write would wait for a reader, or be swallowed.
-    ['folder + "/pipe"', /not supported/],
-    ['"/dev/full"', /not supported/],
-    ['"/dev/null"', /not supported/],
-  ];
-  for (const append of [false, true]) {
-    const texts = await write(
-      t,
-      folder,
-      `print([${cases.map(([file]) => file).join()}].map((file) => m.writeFile(file, Buffer.from('new'), ${append}) ?? null));`,
-      likeAnybody,
-    );
-    cases.forEach(([file, reason], i) => assert.match(String(texts[i]), reason, `${file}, append ${append}`));
-  }
-  // Its folder may not be written, but it may.
-  const results = await write(
-    t,
-    folder,
-    `print([true, false].map((append) => m.writeFile(folder + '/closed/file', Buffer.from('+'), append) ?? null));`,
-    likeAnybody,
-  );
-  assert.strictEqual(results[0], null);
-  assert.match(results[1], /Permission denied/);
-  assert.strictEqual(fs.readFileSync(at('closed/file'), 'utf8'), 'old+');
-  for (const name of ['protected', 'plain']) assert.strictEqual(fs.readFileSync(at(name), 'utf8'), 'old');
-  assert.deepStrictEqual(temporaries(folder), []);
+    [at('pipe'), /not supported/],
+    ['/dev/full', /not supported/],
+    ['/dev/null', /not supported/],
+  ].flatMap(([file, reason]) => [false, true].map((append) => [file, 'new', append, reason]));
+  // In a folder without write permission a file can be appended to, but not replaced.
+  table.push([at('closed/file'), '+', true, /^null$/], [at('closed/file'), '+', false, /Permission denied/]);
+  const files = table.map((row) => row.slice(0, 3));
+  const results = await write(t, files, unprivileged);
+  table.forEach(([file, , append, reason], i) => assert.match(`${results[i]}`, reason, `${file}, append ${append}`));
+  const contents = ['closed/file', 'protected', 'plain'].map((name) => fs.readFileSync(at(name), 'utf8'));
+  assert.deepStrictEqual([...contents, ...temporaries(folder)], ['old+', 'old', 'old']);
   assert.ok(fs.statSync('/dev/full').isCharacterDevice());
 });
 
-test('on a full disk the old contents stay, and no temporary file is left', async (t) => {
+test('at a limit of file sizes the old contents stay, and no temporary file is left', async (t) => {
   const folder = temporaryDirectory(t);
   fs.writeFileSync(path.join(folder, 'file'), 'old');
-  // No file may grow beyond this, which to a program looks much like a full disk.
-  const results = await write(
-    t,
-    folder,
-    `print([['file', false], ['file', true], ['new', false], ['added', true]].map(([name, append]) => m.writeFile(folder + '/' + name, Buffer.alloc(1 << 20), append) ?? null));`,
-    { within: ['prlimit', '--fsize=300000'] },
+  const files = ['file', 'new'].flatMap((name) =>
+    [false, true].map((append) => [`${folder}/${name}`, 1 << 20, append]),
   );
+  const results = await write(t, files, { within: ['prlimit', '--fsize=300000'] });
   for (const text of results) assert.match(String(text), /File too large/);
   assert.strictEqual(fs.readFileSync(path.join(folder, 'file'), 'utf8'), 'old');
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
@@ -169,45 +131,37 @@ test('a full disk is reported as such', async (t) => {
   const folder = temporaryDirectory(t);
   const mount = `mount -t tmpfs -o size=128k none ${folder} && exec "$@"`;
   const within = ['unshare', '--map-root-user', '--mount', 'sh', '-c', mount, 'sh'];
-  const { execFileSync } = require('child_process');
   try {
     execFileSync(within[0], [...within.slice(1), 'true'], { stdio: 'ignore' });
   } catch {
     return t.skip('no file system of its own may be mounted here');
   }
-  const [full, fits, names] = await write(
-    t,
-    folder,
-    `const big = m.writeFile(folder + '/big', Buffer.alloc(1 << 20), false);
-     const small = m.writeFile(folder + '/small', Buffer.alloc(1 << 10), false);
-     print([big, small ?? null, fs.readdirSync(folder)]);`,
-    { within },
-  );
+  const fill = ({ fs, native }, at) => {
+    const write = (name, size) => native.writeFile(`${at}/${name}`, Buffer.alloc(size), false) ?? null;
+    return [write('big', 1 << 20), write('small', 1 << 10), fs.readdirSync(at)];
+  };
+  const [full, ...rest] = await plain.with({ within })(t, fill, folder);
   assert.match(full, /No space left on device/);
-  assert.deepStrictEqual([fits, names], [null, ['small']]);
+  assert.deepStrictEqual(rest, [null, ['small']]);
 });
 
 test('64 MiB are written, and a reader sees the old file or the new one', async (t) => {
-  const folder = temporaryDirectory(t);
-  const file = path.join(folder, 'big');
+  const file = path.join(temporaryDirectory(t), 'big');
   fs.writeFileSync(file, 'old');
-  const seen = new Set();
+  const sizes = new Set();
   let isWriting = true;
   const watching = (async () => {
     while (isWriting) {
-      seen.add(fs.statSync(file).size);
+      sizes.add(fs.statSync(file).size);
       await new Promise(setImmediate);
     }
   })();
-  const [result, isSame] = await write(
-    t,
-    folder,
-    `const data = Buffer.alloc(64 << 20, 'mail');
-     const result = m.writeFile(folder + '/big', data, false);
-     print([result ?? null, fs.readFileSync(folder + '/big').equals(data)]);`,
-  );
+  const write = ({ fs, native }, name) => {
+    const data = Buffer.alloc(64 << 20, 'mail');
+    return [native.writeFile(name, data, false) ?? null, fs.readFileSync(name).equals(data)];
+  };
+  assert.deepStrictEqual(await plain(t, write, file), [null, true]);
   isWriting = false;
   await watching;
-  assert.deepStrictEqual([result, isSame], [null, true]);
-  for (const size of seen) assert.ok(size === 3 || size === 64 << 20, `${size} bytes were seen`);
+  for (const size of sizes) assert.ok(size === 3 || size === 64 << 20, `${size} bytes were seen`);
 });

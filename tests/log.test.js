@@ -5,41 +5,51 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, runScript, temporaryDirectory } = require('./support/child');
+const { temporaryDirectory } = require('./support/child');
+const { scenarios } = require('./support/scenario');
 
-const [error, warning, info, debug] = [1, 2, 4, 8];
+const logging = scenarios({
+  fixture: ({ fs, logText }) => ({
+    ...{ error: 1, warning: 2, info: 4, debug: 8, write: logText },
+    /** The texts of the module's files in a folder. */
+    files: (folder) =>
+      fs
+        .readdirSync(folder)
+        .filter((name) => name.startsWith('TessaroNative'))
+        .map((name) => fs.readFileSync(`${folder}/${name}`, 'utf8')),
+  }),
+});
 
-test('messages carry level, flag, context and place, keep their order, and keep no control characters but the format’s own line feeds', async (t) => {
-  const { captured, before } = await evaluate(
+test('messages carry level, flag, context and place, keep their order, and no control characters but the format’s own line feeds', async (t) => {
+  const { captured, before } = await logging(
     t,
-    `const { captureLog, capturedLog, stopCapturingLog, logText: log, logFormat, flushLog } = probe();
-     captureLog();
-     for (const flag of [${debug}, ${info}, ${warning}]) log(flag, 'flag ' + flag);
-     logFormat('Grüße\\u0000\\n\\u009b\\u2028 😀');
-     log(${error}, 'an error is written before the call returns');
-     const before = capturedLog().length;
-     log(${info}, '€'.repeat(1 << 20));
-     log(${info}, 'last');
-     flushLog();
-     stopCapturingLog();
-     log(${error}, 'after the logger was removed');
-     console.log(JSON.stringify({ captured: capturedLog(), before }));`,
+    ({ captureLog, capturedLog, debug, error, flushLog, info, logFormat, stopCapturingLog, warning, write }) => {
+      captureLog();
+      for (const flag of [debug, info, warning]) write(flag, `flag ${flag}`);
+      logFormat('Grüße\u0000\n\u009b\u2028 😀');
+      write(error, 'an error is written before the call returns');
+      const before = capturedLog().length;
+      write(info, '€'.repeat(1 << 20));
+      write(info, 'last');
+      flushLog();
+      stopCapturingLog();
+      write(error, 'after the logger was removed');
+      return { captured: capturedLog(), before };
+    },
   );
   assert.strictEqual(before, 5);
   assert.deepStrictEqual(
-    captured.map((message) => [message.flag, message.text]),
+    captured.map(({ flag, text }) => `${flag} ${text}`),
     [
-      [debug, 'flag 8'],
-      [info, 'flag 4'],
-      [warning, 'flag 2'],
-      [warning, 'Grüße\\x00\\n\\xc2\\x9b\\xe2\\x80\\xa8 😀\nand 42'],
-      [error, 'an error is written before the call returns'],
-      [info, `${'€'.repeat(Math.floor((64 << 10) / 3))}…`],
-      [info, 'last'],
+      ...[8, 4, 2].map((flag) => `${flag} flag ${flag}`),
+      '2 Grüße\\x00\\n\\xc2\\x9b\\xe2\\x80\\xa8 😀\nand 42',
+      '1 an error is written before the call returns',
+      `4 ${'€'.repeat(Math.floor((64 << 10) / 3))}…`,
+      '4 last',
     ],
   );
-  for (const message of captured) {
-    assert.deepStrictEqual([message.level, message.context, message.onCallersThread], [31, 0, false]);
+  for (const { level, context, onCallersThread } of captured) {
+    assert.deepStrictEqual([level, context, onCallersThread], [31, 0, false]);
   }
   const formatted = captured[3];
   assert.strictEqual(formatted.file, 'tests/native/CoreProbe.mm');
@@ -49,89 +59,68 @@ test('messages carry level, flag, context and place, keep their order, and keep 
 
 test('the file rolls over after a day, and one file is kept', async (t) => {
   const logs = temporaryDirectory(t);
-  const stale = path.join(logs, 'TessaroNative_2020-01-01.log');
-  const foreign = path.join(logs, 'other.log');
-  fs.writeFileSync(stale, 'old');
-  fs.writeFileSync(foreign, 'not ours');
-  const days = await evaluate(
+  const [stale, foreign] = ['TessaroNative_2020-01-01.log', 'other.log'].map((name) => path.join(logs, name));
+  for (const file of [stale, foreign]) fs.writeFileSync(file, 'old');
+  const days = await logging(
     t,
-    `const { addFileLogger, logText: log, flushLog } = probe();
-     const fs = require('fs');
-     const logs = ${JSON.stringify(logs)};
-     // What is still on its way was logged before there was this file.
-     flushLog();
-     const days = [addFileLogger(logs)];
-     for (const day of [0, 1, 2]) {
-       log(${info}, 'day ' + day, day);
-       flushLog();
-       days.push(fs.readdirSync(logs).filter((name) => name.startsWith('TessaroNative')).map((name) => fs.readFileSync(logs + '/' + name, 'utf8')));
-     }
-     console.log(JSON.stringify(days));`,
+    ({ addFileLogger, equal, files, flushLog, info, write }, folder) => {
+      // Earlier messages do not belong into this file.
+      flushLog();
+      equal(addFileLogger(folder), true);
+      return [0, 1, 2].map((day) => {
+        write(info, `day ${day}`, day);
+        flushLog();
+        return files(folder);
+      });
+    },
+    logs,
   );
-  assert.strictEqual(days[0], true);
-  [0, 1, 2].forEach((day) => {
-    assert.strictEqual(days[day + 1].length, 1, `one file on day ${day}`);
-    assert.match(
-      days[day + 1][0],
-      new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`),
-    );
+  days.forEach(([text, ...others], day) => {
+    assert.match(text, new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`));
+    assert.deepStrictEqual(others, []);
   });
-  assert.ok(fs.existsSync(foreign));
-  assert.ok(!fs.existsSync(stale));
+  assert.deepStrictEqual([fs.existsSync(foreign), fs.existsSync(stale)], [true, false]);
 });
 
 test('with an unwritable folder logging goes on without a file', async (t) => {
-  const directory = temporaryDirectory(t);
-  const blocked = path.join(directory, 'file');
+  const blocked = path.join(temporaryDirectory(t), 'file');
   fs.writeFileSync(blocked, '');
-  const result = await runScript(
-    t,
-    `const { addFileLogger, logText: log } = probe();
-     console.log(addFileLogger(${JSON.stringify(path.join(blocked, 'logs'))}));
-     log(${error}, 'still heard');`,
-    { env: { TESSARO_NATIVE_LOG: 'stderr', XDG_STATE_HOME: blocked } },
-  );
-  assert.deepStrictEqual([result.code, result.stdout], [0, 'false\n']);
-  assert.match(result.stderr, /\[warning\] There is no log file, because none can be written in \S+file\/node\/logs /);
-  assert.match(result.stderr, /\[error\] still heard \(tests\/log\.test\.js:1 void log\(\)\)\n$/);
+  const run = logging.with({ env: { TESSARO_NATIVE_LOG: 'stderr', XDG_STATE_HOME: blocked } });
+  const work = ({ addFileLogger, equal, error, write }, folder) => {
+    equal(addFileLogger(folder), false);
+    write(error, 'still heard');
+  };
+  const { code, stderr } = await run.ends(t, work, path.join(blocked, 'logs'));
+  assert.strictEqual(code, 0);
+  assert.match(stderr, /\[warning\] There is no log file, because none can be written in \S+file\/node\/logs /);
+  assert.match(stderr, /\[error\] still heard \(tests\/log\.test\.js:1 void log\(\)\)\n$/);
 });
 
 test('an error is in the file when the call returns, and a full disk ends nothing', async (t) => {
-  const [logs, full] = [temporaryDirectory(t), temporaryDirectory(t)];
-  const { text, code } = await evaluate(
-    t,
-    `const { addFileLogger, logText: log, flushLog } = probe();
-     const fs = require('fs');
-     addFileLogger(${JSON.stringify(logs)});
-     log(${error}, 'the disk is fine');
-     const [name] = fs.readdirSync(${JSON.stringify(logs)});
-     const text = fs.readFileSync(${JSON.stringify(logs)} + '/' + name, 'utf8');
-     fs.symlinkSync('/dev/full', ${JSON.stringify(full)} + '/' + name);
-     const code = addFileLogger(${JSON.stringify(full)});
-     log(${error}, 'the disk is full');
-     flushLog();
-     console.log(JSON.stringify({ text, code }));`,
-  );
-  assert.match(text, /the disk is fine/);
-  assert.strictEqual(code, true);
+  const work = ({ addFileLogger, assert, equal, error, files, flushLog, fs, write }, logs, full) => {
+    addFileLogger(logs);
+    write(error, 'the disk is fine');
+    assert.match(files(logs)[0], /the disk is fine/);
+    fs.symlinkSync('/dev/full', `${full}/${fs.readdirSync(logs)[0]}`);
+    equal(addFileLogger(full), true);
+    write(error, 'the disk is full');
+    flushLog();
+  };
+  await logging(t, work, temporaryDirectory(t), temporaryDirectory(t));
 });
 
 test('everything logged before the process ends is in the file', async (t) => {
-  for (const end of ['', 'process.exit(0);', 'module.getPasswordForAccount();']) {
+  const work = ({ addFileLogger, info, native, write }, folder, end) => {
+    addFileLogger(folder);
+    for (let i = 0; i < 20000; ++i) write(info, `message ${i}`);
+    if (end === 'exit') process.exit(0);
+    if (end === 'abort') native.getPasswordForAccount();
+  };
+  for (const end of ['by itself', 'exit', 'abort']) {
     const logs = temporaryDirectory(t);
-    await runScript(
-      t,
-      `const { module, addFileLogger, logText: log } = probe();
-       addFileLogger(${JSON.stringify(logs)});
-       for (let i = 0; i < 20000; ++i) log(${info}, 'message ' + i);
-       ${end}`,
-    );
+    await logging.ends(t, work, logs, end);
     const [file] = fs.readdirSync(logs);
-    const lines = fs.readFileSync(path.join(logs, file), 'utf8').trim().split('\n');
-    assert.strictEqual(lines.filter((line) => /message \d+ /.test(line)).length, 20000, end);
-    assert.match(
-      lines.findLast((line) => line.includes('message ')),
-      /message 19999 /,
-    );
+    const messages = fs.readFileSync(path.join(logs, file), 'utf8').match(/message \d+ /g);
+    assert.deepStrictEqual([messages.length, messages.at(-1)], [20000, 'message 19999 '], end);
   }
 });

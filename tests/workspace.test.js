@@ -5,17 +5,13 @@ const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
 
-const { evaluate, runScript, temporaryDirectory } = require('./support/child');
+const { temporaryDirectory } = require('./support/child');
 const { Applications } = require('./support/applications');
+const { scenarios } = require('./support/scenario');
 
-const call = (t, applications, source) =>
-  evaluate(
-    t,
-    `const { module: m } = probe();
-     const entries = (text) => JSON.parse(text);
-     (async () => console.log(JSON.stringify(await (async () => { ${source} })())))();`,
-    { env: applications.env, home: applications.home },
-  );
+const plain = scenarios();
+/** Scenarios in the home and environment of these applications. */
+const among = ({ env, home }) => plain.with({ env, home });
 
 /** Width and height of a PNG file. */
 function pngSize(file) {
@@ -24,28 +20,42 @@ function pngSize(file) {
   return [bytes.readUInt32BE(16), bytes.readUInt32BE(20)];
 }
 
-const svg = '<svg xmlns="http://www.w3.org/2000/svg" width="20" height="10"><rect width="20" height="10"/></svg>';
+/** Writes a picture for `Icon=`, and gives that line. */
+function iconLine({ home }) {
+  const file = path.join(home, 'icon.svg');
+  fs.writeFileSync(
+    file,
+    '<svg xmlns="http://www.w3.org/2000/svg" width="20" height="10"><rect width="20" height="10"/></svg>',
+  );
+  return `Icon=${file}`;
+}
+
+const mailTypes = ['x-scheme-handler/mailto'];
 
 test('entries for an extension, the default first, with icons', async (t) => {
   const applications = new Applications(t);
-  const icon = path.join(applications.home, 'icon.svg');
-  fs.writeFileSync(icon, svg);
-  const lines = [`Icon=${icon}`, 'Name[de]=Betrachter'];
-  applications.add('org.example.A', { name: 'Viewer A', types: ['application/pdf'], lines });
-  const second = applications.add('org.example.B', { name: 'Viewer B', types: ['application/pdf'] });
-  applications.add('org.example.Missing', { types: ['application/pdf'], lines: ['TryExec=/none'] });
-  applications.add('org.example.Hidden', { types: ['application/pdf'], lines: ['Hidden=true'] });
+  const types = ['application/pdf'];
+  const lines = [iconLine(applications), 'Name[de]=Betrachter'];
+  applications.add('org.example.A', { name: 'Viewer A', types, lines });
+  applications.add('org.example.B', { name: 'Viewer B', types });
+  applications.add('org.example.Missing', { types, lines: ['TryExec=/none'] });
+  applications.add('org.example.Hidden', { types, lines: ['Hidden=true'] });
   fs.writeFileSync(path.join(applications.folder, 'broken.desktop'), 'MimeType=application/pdf;\n\0[');
   applications.mimeApps('[Default Applications]\napplication/pdf=org.example.B.desktop;\n');
   const icons = path.join(applications.home, 'made', 'icons');
-  const seen = await call(
-    t,
-    applications,
-    `const first = entries(m.applicationsForFileExtension('.PDF', 48, ${JSON.stringify(icons)}));
-     const ours = (list) => list.filter((entry) => entry['bundle-id'].startsWith('org.example'));
-     return [ours(first), ours(entries(m.applicationsForFileExtension('pdf', 48, null))),
-       ['no-such-extension', '', '..', 'a/b', null, '\\0'].map((x) => m.applicationsForFileExtension(x, 16, ''))];`,
-  );
+  const list = ({ native }, folder) => {
+    const entries = (extension, at) =>
+      JSON.parse(native.applicationsForFileExtension(extension, 48, at)).filter((entry) =>
+        entry['bundle-id'].startsWith('org.example'),
+      );
+    const none = ['no-such-extension', '', '..', 'a/b', null, '\0'];
+    return [
+      entries('.PDF', folder),
+      entries('pdf', null),
+      none.map((each) => native.applicationsForFileExtension(each, 16, '')),
+    ];
+  };
+  const [withIcons, withoutIcons, none] = await among(applications)(t, list, icons);
   const entry = (letter, imagePath) => ({
     path: path.join(applications.folder, `org.example.${letter}.desktop`),
     name: `Viewer ${letter}`,
@@ -55,81 +65,69 @@ test('entries for an extension, the default first, with icons', async (t) => {
     'image-path': imagePath,
   });
   const file = (letter) => path.join(icons, `org.example.${letter}.png`);
-  assert.deepStrictEqual(seen[0], [entry('B', file('B')), entry('A', file('A'))]);
-  assert.deepStrictEqual(seen[1], [entry('B', ''), entry('A', '')]);
-  assert.deepStrictEqual(seen[2], ['[]', '[]', '[]', '[]', '[]', '[]']);
-  assert.strictEqual(second, seen[0][0].path);
+  assert.deepStrictEqual(withIcons, ['B', 'A'].map((letter) => entry(letter, file(letter)))); // prettier-ignore
+  assert.deepStrictEqual(withoutIcons, ['B', 'A'].map((letter) => entry(letter, ''))); // prettier-ignore
+  assert.deepStrictEqual(none, Array(6).fill('[]'));
   assert.deepStrictEqual(pngSize(file('A')), [48, 48]);
 });
 
 test('an existing icon is reused by the lists, and replaced by iconForApplication', async (t) => {
   const applications = new Applications(t);
-  const icon = path.join(applications.home, 'icon.svg');
-  fs.writeFileSync(icon, svg);
-  applications.add('org.example.A', { types: ['x-scheme-handler/example'], lines: [`Icon=${icon}`] });
-  const folder = JSON.stringify(applications.home);
-  const seen = await call(
-    t,
-    applications,
-    `m.applicationsForScheme('example', 16, ${folder});
-     m.applicationsForScheme('EXAMPLE', 64, ${folder});
-     const kept = require('fs').readFileSync(${folder} + '/org.example.A.png').readUInt32BE(16);
-     return [kept, m.iconForApplication('org.example.A', 64, ${folder}), m.iconForFileExtension('pdf', 32, ${folder} + '/new'),
-       m.iconForApplication('org.example.None', 64, ${folder}), m.iconForApplication('org.example.A', 0, ${folder}),
-       m.iconForApplication('org.example.A', 2147483647, ${folder}), m.iconForFileExtension('../../x', 16, ${folder} + '/new')];`,
-  );
+  applications.add('org.example.A', { types: ['x-scheme-handler/example'], lines: [iconLine(applications)] });
   const made = path.join(applications.home, 'org.example.A.png');
-  const inside = path.join(applications.home, 'new', '..-..-x.png');
-  assert.deepStrictEqual(seen, [16, made, path.join(applications.home, 'new', 'pdf.png'), null, null, null, inside]);
+  const [kept, ...icons] = await among(applications)(
+    t,
+    ({ fs, native: m }, folder, icon) => {
+      m.applicationsForScheme('example', 16, folder);
+      m.applicationsForScheme('EXAMPLE', 64, folder);
+      const kept = fs.readFileSync(icon).readUInt32BE(16);
+      const others = [
+        ['None', 64],
+        ['A', 0],
+        ['A', 2147483647],
+        ['A', 64],
+      ];
+      const icons = others.map(([name, size]) => m.iconForApplication(`org.example.${name}`, size, folder));
+      return [
+        kept,
+        ...icons,
+        ...['pdf', '../../x'].map((extension) => m.iconForFileExtension(extension, 32, `${folder}/new`)),
+      ];
+    },
+    applications.home,
+    made,
+  );
+  const inNew = ['pdf.png', '..-..-x.png'].map((name) => path.join(applications.home, 'new', name));
+  assert.deepStrictEqual([kept, ...icons], [16, null, null, null, made, ...inNew]);
   assert.deepStrictEqual(pngSize(made), [64, 64]);
 });
 
-test('setting the handler of a scheme changes nothing else', async (t) => {
+test('setting the handler of a scheme changes nothing else, and no list that can’t be parsed', async (t) => {
   const applications = new Applications(t);
-  applications.add('org.example.Mail', { types: ['x-scheme-handler/mailto'] });
-  applications.add('org.example.Other', { types: ['x-scheme-handler/mailto'] });
-  const before =
-    '# kept\n\n[Added Associations]\ntext/plain=a.desktop;\n\n[Default Applications]\nx-scheme-handler/mailto=org.example.Other.desktop;\nx-scheme-handler/http=b.desktop\n\n[Else]\nkey=value\n';
-  applications.mimeApps(before);
-  const seen = await call(
-    t,
-    applications,
-    `return [m.defaultApplicationForScheme('mailto'), m.setDefaultApplicationForScheme('mailto', 'org.example.Mail'),
-       m.defaultApplicationForScheme('mailto'), m.defaultApplicationForScheme('MAILTO'),
-       entries(m.applicationsForScheme('mailto', 16, '')).map((entry) => [entry['bundle-id'], entry['default?']]),
-       m.setDefaultApplicationForScheme('mailto', 'org.example.None'), m.setDefaultApplicationForScheme('a\\n[b]', 'org.example.Mail'),
-       m.setDefaultApplicationForScheme('', 'org.example.Mail'), m.defaultApplicationForScheme('no-such-scheme') ?? null];`,
-  );
-  assert.deepStrictEqual(seen, [
-    'org.example.Other',
-    1,
-    'org.example.Mail',
-    'org.example.Mail',
-    [
-      ['org.example.Mail', true],
-      ['org.example.Other', false],
-    ],
-    0,
-    0,
-    0,
-    null,
-  ]);
-  const after = before.replace('mailto=', 'mailto=org.example.Mail.desktop;');
-  assert.strictEqual(applications.mimeApps(), after);
-});
+  for (const name of ['Mail', 'Other']) applications.add(`org.example.${name}`, { types: mailTypes });
+  const others =
+    '# kept\n\n[Added Associations]\ntext/plain=a.desktop;\n\n[Default Applications]\nx-scheme-handler/http=b.desktop\n';
+  const list = (mail) => `${others}x-scheme-handler/mailto=${mail}\n\n[Else]\nkey=value\n`;
+  applications.mimeApps(list('org.example.Other.desktop;'));
+  await among(applications)(t, ({ equal, native: m }) => {
+    const entries = () =>
+      JSON.parse(m.applicationsForScheme('mailto', 16, '')).map(
+        (entry) => `${entry['bundle-id']} ${entry['default?']}`,
+      );
+    const set = (scheme, application) => m.setDefaultApplicationForScheme(scheme, `org.example.${application}`);
+    equal(m.defaultApplicationForScheme('mailto'), 'org.example.Other');
+    equal(set('mailto', 'Mail'), 1);
+    for (const scheme of ['mailto', 'MAILTO']) equal(m.defaultApplicationForScheme(scheme), 'org.example.Mail');
+    equal(entries(), ['org.example.Mail true', 'org.example.Other false']);
+    equal([set('mailto', 'None'), set('a\n[b]', 'Mail'), set('', 'Mail')], [0, 0, 0]);
+    equal(m.defaultApplicationForScheme('no-such-scheme') ?? null, null);
+  });
+  assert.strictEqual(applications.mimeApps(), list('org.example.Mail.desktop;org.example.Other.desktop;'));
 
-test('a list of defaults that can’t be parsed is not overwritten', async (t) => {
-  const applications = new Applications(t);
-  applications.add('org.example.Mail', { types: ['x-scheme-handler/mailto'] });
   applications.mimeApps('no key file\n');
-  assert.deepStrictEqual(
-    await call(
-      t,
-      applications,
-      `return [m.setDefaultApplicationForScheme('mailto', 'org.example.Mail'), m.defaultApplicationForScheme('mailto')];`,
-    ),
-    [0, 'org.example.Mail'],
-  );
+  await among(applications)(t, ({ equal, native: m }) => {
+    equal(m.setDefaultApplicationForScheme('mailto', 'org.example.Mail'), 0);
+  });
   assert.strictEqual(applications.mimeApps(), 'no key file\n');
 });
 
@@ -137,13 +135,13 @@ test('applicationName, isApplicationInstalled and bundleId', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { name: 'A plain name', lines: ['Name[de]=Ein Name', 'NoDisplay=true'] });
   applications.env.LANGUAGE = 'de';
-  const seen = await call(
-    t,
-    applications,
-    `const ids = ['org.example.A', 'org.example.None', '', '../applications/org.example.A', 'a\\0b'];
-     return [ids.map((id) => m.applicationName(id)), ids.map((id) => m.isApplicationInstalled(id)), m.bundleId()];`,
-  );
-  assert.deepStrictEqual(seen, [['A plain name', null, null, null, null], [true, false, false, false, false], null]);
+  await among(applications)(t, ({ equal, native: m }) => {
+    equal([m.applicationName('org.example.A'), m.isApplicationInstalled('org.example.A')], ['A plain name', true]);
+    for (const id of ['org.example.None', '', '../applications/org.example.A', 'a\0b']) {
+      equal([m.applicationName(id) ?? null, m.isApplicationInstalled(id)], [null, false]);
+    }
+    equal(m.bundleId() ?? null, null);
+  });
 });
 
 test('files with hostile names are opened without a shell', async (t) => {
@@ -151,13 +149,13 @@ test('files with hostile names are opened without a shell', async (t) => {
   const desktopFile = applications.add('org.example.A', { types: ['text/plain'], argument: '%f' });
   applications.mimeApps('[Default Applications]\ntext/plain=org.example.A.desktop\n');
   const folder = temporaryDirectory(t);
-  const names = ['plain.txt', '-rf.txt', 'a "b" \'c\' $(touch x) `d` %f;&.txt', 'new\nline.txt', 'ü😀.txt'];
-  for (const name of names) {
+  const open = ({ native }, ...args) => native.openFile(...args, true);
+  const child = await among(applications).resident(t);
+  for (const name of ['plain.txt', '-rf.txt', 'a "b" \'c\' $(touch x) `d` %f;&.txt', 'new\nline.txt', 'ü😀.txt']) {
     const file = path.join(folder, name);
     fs.writeFileSync(file, '');
     for (const by of [desktopFile, 'org.example.A', '']) {
-      const opening = `return m.openFile(${JSON.stringify(file)}, ${JSON.stringify(by)}, true);`;
-      assert.strictEqual(await call(t, applications, opening), 1);
+      assert.strictEqual(await child.tell(open, file, by), 1);
       assert.deepStrictEqual(await applications.wordsOf('org.example.A'), [file]);
     }
   }
@@ -169,32 +167,24 @@ test('files with hostile names are opened without a shell', async (t) => {
     [`${folder}/plain.txt\0`, desktopFile],
     [null, null],
   ];
-  const results = await call(
-    t,
-    applications,
-    `return ${JSON.stringify(refused)}.map((args) => m.openFile(...args, false));`,
-  );
-  assert.deepStrictEqual(results, [0, 0, 0, 0, 0, 0]);
+  for (const args of refused) assert.strictEqual(await child.tell(open, ...args), 0, String(args));
 });
 
 test('without an image folder or a file manager the results are empty or false', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { types: ['x-scheme-handler/example'] });
-  const folder = JSON.stringify(path.join(applications.folder, 'org.example.A.desktop', 'icons'));
-  const result = await runScript(
+  const folder = path.join(applications.folder, 'org.example.A.desktop', 'icons');
+  const lines = await among(applications)(
     t,
-    `const { module: m } = probe();
-     const [entry] = JSON.parse(m.applicationsForScheme('example', 16, ${folder}));
-     console.log(JSON.stringify([entry['bundle-id'], m.iconForApplication('org.example.A', 16, ${folder}) ?? null,
-       m.iconForFileExtension('pdf', 16, ${folder}) ?? null, m.openInfoForFile('/etc/passwd'), m.openInfoForFile('')]));`,
-    { env: { ...applications.env, TESSARO_NATIVE_LOG: 'stderr' }, home: applications.home },
+    ({ captureLog, equal, log, native: m }, at) => {
+      captureLog();
+      equal(JSON.parse(m.applicationsForScheme('example', 16, at))[0]['bundle-id'], 'org.example.A');
+      equal(m.iconForApplication('org.example.A', 16, at) ?? m.iconForFileExtension('pdf', 16, at) ?? null, null);
+      for (const file of ['/etc/passwd', '']) equal(m.openInfoForFile(file), false);
+      return log().join('\n');
+    },
+    folder,
   );
-  assert.deepStrictEqual(JSON.parse(result.stdout), ['org.example.A', null, null, false, false]);
-  for (const line of [
-    "Couldn't create directory at path",
-    "Couldn't create target dir for target dir",
-    "Couldn't write icon file",
-  ]) {
-    assert.ok(result.stderr.includes(line), line);
-  }
+  const failures = ['create directory at path', 'create target dir for target dir', 'write icon file'];
+  for (const failure of failures) assert.ok(lines.includes(`Couldn't ${failure}`), lines);
 });
