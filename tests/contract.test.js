@@ -111,17 +111,15 @@ test('a violated condition of each kind ends the process with its place and text
   await Promise.all(runs);
 });
 
-test('conditions that hold for several counts or types accept each of them', async (t) => {
-  await calling(t, ({ native: m }) => {
-    m.setPasswordForAccount('p', 'a');
-    m.setPasswordForAccount(1, null, {});
-    m.createRequest('http://localhost/');
-    m.createRequest('http://localhost/', {}, 3);
-    for (const selection of [null, undefined, 'x']) m.getMigrationInfo(selection);
-    m.setStatusItemTitle(null, null);
-    m.setStatusItemTitle('', false);
-    m.deliverUserNotification('id', null, undefined, '', 'x', 1, null, 2, undefined, {});
-    for (const handle of [[], () => {}]) m.hasSheets(handle);
-    for (const number of [-1, 2147483647]) m.validateToolbarItems(number);
-  });
+calling.test('conditions that hold for several counts or types accept each of them', ({ native: m }) => {
+  m.setPasswordForAccount('p', 'a');
+  m.setPasswordForAccount(1, null, {});
+  m.createRequest('http://localhost/');
+  m.createRequest('http://localhost/', {}, 3);
+  for (const selection of [null, undefined, 'x']) m.getMigrationInfo(selection);
+  m.setStatusItemTitle(null, null);
+  m.setStatusItemTitle('', false);
+  m.deliverUserNotification('id', null, undefined, '', 'x', 1, null, 2, undefined, {});
+  for (const handle of [[], () => {}]) m.hasSheets(handle);
+  for (const number of [-1, 2147483647]) m.validateToolbarItems(number);
 });

@@ -43,13 +43,11 @@ test('a launcher shows the menu, follows its changes and chooses rows', async (t
   assert.deepStrictEqual(asked, Array(2).fill(['dock', false]));
 });
 
-test('every request builds a menu of its own', async (t) => {
-  await inSession(t, ({ contents, equal, host }) => {
-    const titles = () => host.dockMenu().map(({ title }) => title);
-    equal(titles().at(-1), 'Open Account 1 (3)');
-    contents.accounts = [];
-    equal(titles().length, 4);
-    equal(host.hasMethod('HostApplicationDelegate', 'applicationDockMenu:'), true);
-    host.setKeepAlive(false);
-  });
+inSession.test('every request builds a menu of its own', ({ contents, equal, host }) => {
+  const titles = () => host.dockMenu().map(({ title }) => title);
+  equal(titles().at(-1), 'Open Account 1 (3)');
+  contents.accounts = [];
+  equal(titles().length, 4);
+  equal(host.hasMethod('HostApplicationDelegate', 'applicationDockMenu:'), true);
+  host.setKeepAlive(false);
 });

@@ -60,8 +60,9 @@ const processesOf = (directory) =>
 
 // ---- The application
 
-test('a window has the focus, and Objective-C exceptions become errors of script', async (t) => {
-  await inSession(t, async ({ assert, display, equal, host, openWindow }) => {
+inSession.test(
+  'a window has the focus, and Objective-C exceptions become errors of script',
+  async ({ assert, display, equal, host, openWindow }) => {
     equal(display, { display: true });
     const window = await openWindow();
     const { isVisible, isKey, isMain, isPageFocused, title, content } = host.windowInfo(window);
@@ -74,8 +75,8 @@ test('a window has the focus, and Objective-C exceptions become errors of script
     const refusal = { code: 'NSInvalidArgumentException', message: 'There is no such window' };
     assert.throws(() => host.windowInfo(window), refusal);
     assert.throws(() => host.probe('raise'), { code: 'NSGenericException', message: 'raised by a probe' });
-  });
-});
+  },
+);
 
 test('only the module’s notifications reach script, with object and user information', async (t) => {
   const userInfo = { text: 'ü🌍\0', number: 1.5, list: [true, null, { deep: -1 }] };

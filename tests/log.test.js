@@ -97,7 +97,7 @@ test('with an unwritable folder logging goes on without a file', async (t) => {
 });
 
 test('an error is in the file when the call returns, and a full disk ends nothing', async (t) => {
-  const work = ({ addFileLogger, assert, equal, error, files, flushLog, fs, write }, logs, full) => {
+  const work = async ({ addFileLogger, assert, equal, error, files, flushLog, fs, write }, logs, full) => {
     addFileLogger(logs);
     write(error, 'the disk is fine');
     assert.match(files(logs)[0], /the disk is fine/);

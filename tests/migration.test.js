@@ -498,7 +498,7 @@ test('accounts are found, changed and saved', async (t) => {
     { ...bob, order: 3, nickname: 'Bob', colorData: Buffer.alloc(0) },
   ]).text();
   const run = inHome(t, { accounts }, { DBUS_SESSION_BUS_ADDRESS: keyring.address });
-  const work = ({ equal, keychain, open, send }, file, annsBookmarks) => {
+  const work = async ({ equal, keychain, open, send }, file, annsBookmarks) => {
     const accounts = open('TsAccounts', file);
     const find = (...message) => send(accounts, ...message);
     const [bob, ann, other] = find('all');
@@ -602,7 +602,7 @@ test('identifiers of applications', async (t) => {
     if (identifier.raised) return `${identifier.raised} ${identifier.reason}`;
     return ['type', 'accountIdentifier', 'description'].map((name) => send(identifier, name)).join(' ');
   });
-  await migrating(t, ({ equal, send }) => {
+  await migrating(t, async ({ equal, send }) => {
     const all = send('TsGoogleAppIdentifier', 'allWithAccountIdentifier:', 'a');
     const apps = ['Gmail', 'GoogleInbox', 'Calendar', 'Contacts'];
     all.forEach((each, i) => {

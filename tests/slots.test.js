@@ -21,22 +21,21 @@ test('the page state keeps three texts and forgets missing ones', (t) => {
   });
 });
 
-test('the message text is the result of the current-state callback', async (t) => {
-  await plain(t, ({ currentMessageText, equal, native }) => {
-    equal(currentMessageText(), null);
-    const texts = ['text', 42, undefined, null, ''].map((answer) => {
-      native.setCurrentStateCallbackFunction(function (...args) {
-        equal([this, args], [null, ['current-message-text']]);
-        return answer;
-      });
-      return currentMessageText();
+plain.test('the message text is the result of the current-state callback', ({ currentMessageText, equal, native }) => {
+  equal(currentMessageText(), null);
+  const texts = ['text', 42, undefined, null, ''].map((answer) => {
+    native.setCurrentStateCallbackFunction(function (...args) {
+      equal([this, args], [null, ['current-message-text']]);
+      return answer;
     });
-    equal(texts, ['text', '42', null, null, '']);
+    return currentMessageText();
   });
+  equal(texts, ['text', '42', null, null, '']);
 });
 
-test('a slot keeps only the last function and releases the earlier one', async (t) => {
-  await collecting(t, async ({ callReachability, equal, native, nextTurn }) => {
+collecting.test(
+  'a slot keeps only the last function and releases the earlier one',
+  async ({ callReachability, equal, native, nextTurn }) => {
     const seen = [];
     let first = (value) => seen.push(`first ${value}`);
     const weak = new WeakRef(first);
@@ -49,11 +48,12 @@ test('a slot keeps only the last function and releases the earlier one', async (
     gc();
     await nextTurn();
     equal([seen, weak.deref()], [['first true', 'second false'], undefined]);
-  });
-});
+  },
+);
 
-test('a callback may replace itself, call the module and be called again at the same time', async (t) => {
-  await collecting(t, ({ callReachability, currentMessageText, equal, native }) => {
+collecting.test(
+  'a callback may replace itself, call the module and be called again at the same time',
+  ({ callReachability, currentMessageText, equal, native }) => {
     const seen = [];
     native.setCurrentStateCallbackFunction(() => 'inner');
     native.setNetworkReachabilityCallbackFunction((value) => {
@@ -64,8 +64,8 @@ test('a callback may replace itself, call the module and be called again at the 
     });
     callReachability(true);
     equal(seen, ['now true inner', 'later false']);
-  });
-});
+  },
+);
 
 test('an exception of a callback reaches the calling script, or is an uncaught exception in the event loop', async (t) => {
   const callLater = (
@@ -89,8 +89,9 @@ test('an exception of a callback reaches the calling script, or is an uncaught e
   assert.match(unhandled.stderr, /Error: mine/);
 });
 
-test('promises and ticks of a callback called from the event loop have settled when it returns', async (t) => {
-  await plain(t, async ({ callReachabilityLater, equal, eventually, native, platform }) => {
+plain.test(
+  'promises and ticks of a callback called from the event loop have settled when it returns',
+  async ({ callReachabilityLater, equal, eventually, native, platform }) => {
     const seen = [];
     native.setNetworkReachabilityCallbackFunction(() => {
       seen.push('call');
@@ -102,8 +103,8 @@ test('promises and ticks of a callback called from the event loop have settled w
     platform.post(() => seen.push('end of the turn'));
     await eventually(() => seen.includes('end of the turn'), 'the turn');
     equal(seen, ['call', 'tick', 'promise', 'end of the turn']);
-  });
-});
+  },
+);
 
 test('values that are no functions are kept, and fail inside the engine when they are called', async (t) => {
   const rows = ['text', 1, {}, null, undefined].map((value) => [value, 'TypeError']);
@@ -128,33 +129,32 @@ test('values that are no functions are kept, and fail inside the engine when the
   assert.deepStrictEqual([later.code, later.stdout], [0, '"TypeError"\n']);
 });
 
-test('arguments arrive in order: texts, handles, truth values', async (t) => {
-  await plain(t, ({ callDragAndDrop, describeHandle, equal, native }) => {
+plain.test(
+  'arguments arrive in order: texts, handles, truth values',
+  ({ callDragAndDrop, describeHandle, equal, native }) => {
     let seen;
     native.setDragAndDropCallbackFunction((...args) => (seen = args));
     callDragAndDrop();
     equal([seen[0], describeHandle(seen[1]), seen[2], seen.length], ['drop', 'main bundle', '[]', 3]);
-  });
-});
+  },
+);
 
-test('composed messages and searches of other applications reach their callbacks', async (t) => {
-  await plain(t, async (fixture) => {
-    const { captureLog, equal, eventually, log, native, postNotification, postNotificationFromThread } = fixture;
-    const [compose, search] = ['TsComposeOutgoingMessageNotification', 'TsServiceProviderSearchNotification'];
-    captureLog();
-    postNotification(compose, null, { message: {}, options: {} });
-    postNotification(search, 'unheard');
-    const seen = [];
-    native.setComposeOutgoingMessageCallbackFunction((...args) => seen.push(args));
-    native.setSearchServiceCallbackFunction((...args) => seen.push(args));
-    postNotification(compose, null, { message: { subject: 'Grüße 😀' }, options: { 'directly-send?': true } });
-    for (const userInfo of [{ message: {} }, null]) postNotification(compose, null, userInfo);
-    for (const text of ['text to find', null]) postNotification(search, text);
-    const expected = [['{"subject":"Grüße 😀"}', '{"directly-send?":true}'], ['text to find'], [null]];
-    equal(seen, expected);
-    postNotificationFromThread(search, 'from a thread');
-    await eventually(() => seen.length > 3, 'the search');
-    equal(seen, [...expected, ['from a thread']]);
-    equal(log(2), Array(2).fill('Could get message or options'));
-  });
+plain.test('composed messages and searches of other applications reach their callbacks', async (fixture) => {
+  const { captureLog, equal, eventually, log, native, postNotification, postNotificationFromThread } = fixture;
+  const [compose, search] = ['TsComposeOutgoingMessageNotification', 'TsServiceProviderSearchNotification'];
+  captureLog();
+  postNotification(compose, null, { message: {}, options: {} });
+  postNotification(search, 'unheard');
+  const seen = [];
+  native.setComposeOutgoingMessageCallbackFunction((...args) => seen.push(args));
+  native.setSearchServiceCallbackFunction((...args) => seen.push(args));
+  postNotification(compose, null, { message: { subject: 'Grüße 😀' }, options: { 'directly-send?': true } });
+  for (const userInfo of [{ message: {} }, null]) postNotification(compose, null, userInfo);
+  for (const text of ['text to find', null]) postNotification(search, text);
+  const expected = [['{"subject":"Grüße 😀"}', '{"directly-send?":true}'], ['text to find'], [null]];
+  equal(seen, expected);
+  postNotificationFromThread(search, 'from a thread');
+  await eventually(() => seen.length > 3, 'the search');
+  equal(seen, [...expected, ['from a thread']]);
+  equal(log(2), Array(2).fill('Could get message or options'));
 });

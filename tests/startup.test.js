@@ -50,48 +50,46 @@ test('a clean load through the package writes its log, and nothing to standard e
   );
 });
 
-test('the GPU is disabled unless the process is known to run natively', async (t) => {
-  await plain(t, ({ equal, disableGPUUnlessNative, translationState }) => {
+plain.test(
+  'the GPU is disabled unless the process is known to run natively',
+  ({ equal, disableGPUUnlessNative, translationState }) => {
     const { ENOENT, EPERM } = require('os').constants.errno;
     const states = [[1, 0], [0, 0], [0, ENOENT], [0, EPERM]].map(([value, error]) => translationState(value, error)); // prettier-ignore
     equal(states, [1, 0, 0, -1]);
     equal([0, 1, -1].map(disableGPUUnlessNative), [false, true, true]);
-  });
+  },
+);
+
+plain.test('core questions have answers without a display or a bus', ({ assert, equal, native: m, path }) => {
+  equal([m.loadFScript(), m.isDarkMode(), path.isAbsolute(m.getBundlePath())], [undefined, false, true]);
+  assert.match(m.macOSVersion(), /^\d/);
 });
 
-test('core questions have answers without a display or a bus', async (t) => {
-  await plain(t, ({ assert, equal, native: m, path }) => {
-    equal([m.loadFScript(), m.isDarkMode(), path.isAbsolute(m.getBundlePath())], [undefined, false, true]);
-    assert.match(m.macOSVersion(), /^\d/);
-  });
+plain.test('an Objective-C exception ends at the boundary, is logged, and answers "nothing"', (fixture) => {
+  const { captureLog, equal, log } = fixture;
+  captureLog();
+  const kinds = ['Undefined', 'Null', 'False', 'Zero', 'EmptyText', 'EmptyArray'];
+  equal(
+    kinds.map((kind) => fixture[`raise${kind}`]()),
+    [undefined, null, false, 0, '', []],
+  );
+  equal(
+    log(1),
+    kinds.map((kind) => `raise${kind} failed with TsProbeException: raised by a test`),
+  );
 });
 
-test('an Objective-C exception ends at the boundary, is logged, and answers "nothing"', async (t) => {
-  await plain(t, (fixture) => {
-    const { captureLog, equal, log } = fixture;
-    captureLog();
-    const kinds = ['Undefined', 'Null', 'False', 'Zero', 'EmptyText', 'EmptyArray'];
-    equal(
-      kinds.map((kind) => fixture[`raise${kind}`]()),
-      [undefined, null, false, 0, '', []],
-    );
-    equal(
-      log(1),
-      kinds.map((kind) => `raise${kind} failed with TsProbeException: raised by a test`),
-    );
-  });
-});
-
-test('without a window server, functions that need one say so and answer "nothing"', async (t) => {
-  await plain(t, ({ captureLog, equal, log, native, windowOnly }) => {
+plain.test(
+  'without a window server, functions that need one say so and answer "nothing"',
+  ({ captureLog, equal, log, native, windowOnly }) => {
     captureLog();
     equal([windowOnly(), native.hasMainWindow()], [null, false]);
     equal(
       log(),
       ['windowOnly', 'hasMainWindow'].map((name) => `${name} needs a window server, and there is none`),
     );
-  });
-});
+  },
+);
 
 test('a worker is refused with an error, before and after the main thread has loaded the module', async (t) => {
   const message = 'TessaroNative works on the main thread only, not in a worker';

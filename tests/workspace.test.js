@@ -109,7 +109,7 @@ test('setting the handler of a scheme changes nothing else, and no list that can
     '# kept\n\n[Added Associations]\ntext/plain=a.desktop;\n\n[Default Applications]\nx-scheme-handler/http=b.desktop\n';
   const list = (mail) => `${others}x-scheme-handler/mailto=${mail}\n\n[Else]\nkey=value\n`;
   applications.mimeApps(list('org.example.Other.desktop;'));
-  await among(applications)(t, ({ equal, native: m }) => {
+  await among(applications)(t, async ({ equal, native: m }) => {
     const entries = () =>
       JSON.parse(m.applicationsForScheme('mailto', 16, '')).map(
         (entry) => `${entry['bundle-id']} ${entry['default?']}`,
@@ -125,7 +125,7 @@ test('setting the handler of a scheme changes nothing else, and no list that can
   assert.strictEqual(applications.mimeApps(), list('org.example.Mail.desktop;org.example.Other.desktop;'));
 
   applications.mimeApps('no key file\n');
-  await among(applications)(t, ({ equal, native: m }) => {
+  await among(applications)(t, async ({ equal, native: m }) => {
     equal(m.setDefaultApplicationForScheme('mailto', 'org.example.Mail'), 0);
   });
   assert.strictEqual(applications.mimeApps(), 'no key file\n');
@@ -135,7 +135,7 @@ test('applicationName, isApplicationInstalled and bundleId', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { name: 'A plain name', lines: ['Name[de]=Ein Name', 'NoDisplay=true'] });
   applications.env.LANGUAGE = 'de';
-  await among(applications)(t, ({ equal, native: m }) => {
+  await among(applications)(t, async ({ equal, native: m }) => {
     equal([m.applicationName('org.example.A'), m.isApplicationInstalled('org.example.A')], ['A plain name', true]);
     for (const id of ['org.example.None', '', '../applications/org.example.A', 'a\0b']) {
       equal([m.applicationName(id) ?? null, m.isApplicationInstalled(id)], [null, false]);

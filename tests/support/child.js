@@ -84,11 +84,11 @@ async function runScript(test, source, options = {}) {
   return { code, signal, stdout: child.output.stdout, stderr, home: child.home };
 }
 
-/** Runs `source`, and gives its output, JSON or nothing. Fails when the process does not end well. */
+/** Runs `source`, and gives its output, which is JSON. Fails when the process does not end well. */
 async function evaluate(test, source, options) {
   const result = await runScript(test, source, options);
   if (result.code !== 0) throw new Error(`ended with ${result.code ?? result.signal}: ${result.stderr}`);
-  return result.stdout === '' ? undefined : JSON.parse(result.stdout);
+  return JSON.parse(result.stdout);
 }
 
 module.exports = { node, temporaryDirectory, startScript, runScript, evaluate, eventually };
