@@ -226,7 +226,7 @@ test('images follow the appearance while windows are open', async (t) => {
   const look = () =>
     app.tell(({ addTab, get, item, toolbar }) => [
       ...[get(item('inbox'), 'image.name'), get(item('archive'), 'view.image.name')],
-      ...[get(toolbar(8), 'items.image.name')[0], get(addTab(), 'isDarkMode')],
+      ...[get(get(toolbar(8), 'items')[0], 'image.name'), get(addTab(), 'isDarkMode')],
     ]);
   const looks = { light: ['TB_Archive', 0], dark: ['TB_Archive--wdark', 1] };
   for (const [name, scheme] of [['light'], ['dark', 1], ['light', 2]]) {
