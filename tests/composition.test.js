@@ -29,39 +29,37 @@ const { session } = inProcess;
 const applications = inProcess.with({
   fixture({ host, native, report }) {
     host.setKeepAlive(true);
-    const listen = () =>
-      native.setComposeOutgoingMessageCallbackFunction((...texts) =>
-        report([Date.now(), ...texts.map((text) => JSON.parse(text))]),
-      );
-    return { listen };
+    const compose = (...texts) => report([Date.now(), ...texts.map((text) => JSON.parse(text))]);
+    return { listen: () => native.setComposeOutgoingMessageCallbackFunction(compose) };
   },
 });
 
 /** Another process, which talks to the application over the bus. */
-async function startApplication(t, { env = session.env, isListening = true } = {}) {
+async function startApplication(t, env = session.env) {
   const child = await applications.with({ env }).resident(t);
-  const listen = () => child.tell(({ listen: begin }) => begin());
-  if (isListening) await listen();
   const busctl = async (...args) => {
     const environment = { ...process.env, ...env };
     const { stdout } = await run('busctl', ['--user', ...args.map(String)], { env: environment, maxBuffer: 1 << 26 });
     return stdout.trim();
   };
-  const interfaceOf = (object) => (object === applicationPath ? application : message);
-  const on =
-    (verb) =>
-    (object, member, ...args) =>
-      busctl(verb, name, object, interfaceOf(object), member, ...args);
-  const [call, get, set] = ['call', 'get-property', 'set-property'].map(on);
+  const use = (verb, object, ...args) =>
+    busctl(verb, name, object, object === applicationPath ? application : message, ...args);
+  const call = (...args) => use('call', ...args);
+  let seen = 0;
   return Object.assign(child, {
-    ...{ busctl, listen, call, get, set },
-    make: (count = 0, ...properties) => call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', count, ...properties),
-    composed: (count) =>
-      eventually(
-        () => child.reports.length >= count && child.reports.map(([, ...texts]) => texts),
-        `${count} messages are composed`,
-      ),
-    composedAt: () => child.reports.map(([time]) => time),
+    ...{ busctl, call },
+    get: (...args) => use('get-property', ...args),
+    set: (...args) => use('set-property', ...args),
+    /** Makes a message, and gives its path. */
+    async make(count = 0, ...properties) {
+      const made = await call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', count, ...properties);
+      return made.match(/^o "(.*)"$/)[1];
+    },
+    /** Waits for the next messages that are composed: [time, message, options] each. */
+    async composed(count) {
+      await eventually(() => child.reports.length >= seen + count, `${count} messages are composed`);
+      return child.reports.slice(seen, (seen += count));
+    },
   });
 }
 
@@ -72,313 +70,287 @@ const noOptions = {
   'image-file-type': null,
   'image-size': null,
 };
+const recipient = (email, name = null) => ({ name, email });
 const empty = { to: [], cc: [], bcc: [], 'attachment-paths': [] };
 
-/** What the failed call of busctl says. */
+/** The error of a call that fails. */
 const refusal = (promise) =>
   promise.then(
     () => assert.fail('it was accepted'),
     (error) => error.stderr.trim(),
   );
 
-test('another process makes a message, reads and sets its properties, and composes it', async (t) => {
+test('another process scripts the application', async (t) => {
   const app = await startApplication(t);
-  assert.strictEqual(await app.make(), `o "${messagePath(0)}"`);
-  assert.strictEqual(await app.get(messagePath(0), 'OptimizeAttachments'), 'b true');
-  await app.call(messagePath(0), 'Compose');
 
-  assert.strictEqual(
-    await app.make(2, 'Subject', 's', 'Grüße 🌍', 'DirectlySend', 'b', 'true'),
-    `o "${messagePath(1)}"`,
-  );
-  const properties = {
-    Sender: 'ann@example.org',
-    Content: 'a\nb',
-    ImageAttachMethod: 'inline',
-    ImageFileType: 'jpeg',
-    ImageSize: 'small',
-  };
-  for (const [property, value] of Object.entries(properties)) await app.set(messagePath(1), property, 's', value);
-  await app.set(messagePath(1), 'OptimizeAttachments', 'b', 'true');
-  await app.call(messagePath(1), 'AddToRecipient', 'ss', 'bob@example.org', 'Bob');
-  await app.call(messagePath(1), 'AddToRecipient', 'ss', 'carla@example.org', '');
-  await app.set(messagePath(1), 'CcRecipients', 'aa{sv}', 1, 2, 'address', 's', 'dan@example.org', 'name', 'av', 0);
-  await app.call(messagePath(1), 'AddBccRecipient', 'ss', 'eve@example.org', 'Eve');
-  await app.call(messagePath(1), 'AddMailAttachment', 's', '/nowhere/at all.pdf');
-  await app.call(messagePath(1), 'AddMailAttachment', 's', '~/b.pdf');
-  await app.call(messagePath(1), 'Compose');
+  await t.test('a message composed before script has set its callback is dropped', async () => {
+    const early = await app.make();
+    await app.call(early, 'Compose');
+    await app.tell(({ listen }) => listen());
+    await app.set(early, 'Subject', 's', 'second');
+    await app.call(early, 'Compose');
+    const [[, text, options]] = await app.composed(1);
+    assert.deepStrictEqual([early, text, options], [messagePath(0), { ...empty, subject: 'second' }, noOptions]);
+    assert.strictEqual(await app.get(early, 'OptimizeAttachments'), 'b true');
+  });
 
-  const [first, second] = await app.composed(2);
-  assert.deepStrictEqual(first, [empty, noOptions]);
-  assert.deepStrictEqual(second, [
-    {
+  await t.test('a message is made, completed and composed', async () => {
+    const made = await app.make(2, 'Subject', 's', 'Grüße 🌍', 'DirectlySend', 'b', 'true');
+    assert.strictEqual(made, messagePath(1));
+    const images = { ImageAttachMethod: 'inline', ImageFileType: 'jpeg', ImageSize: 'small' };
+    const properties = { Sender: 'ann@example.org', Content: 'a\nb', ...images };
+    for (const [property, value] of Object.entries(properties)) await app.set(made, property, 's', value);
+    await app.set(made, 'OptimizeAttachments', 'b', 'true');
+    await app.call(made, 'AddToRecipient', 'ss', 'bob@example.org', 'Bob');
+    await app.call(made, 'AddToRecipient', 'ss', 'carla@example.org', '');
+    await app.set(made, 'CcRecipients', 'aa{sv}', 1, 2, 'address', 's', 'dan@example.org', 'name', 'av', 0);
+    await app.call(made, 'AddBccRecipient', 'ss', 'eve@example.org', 'Eve');
+    await app.call(made, 'AddMailAttachment', 's', '/nowhere/at all.pdf');
+    await app.call(made, 'AddMailAttachment', 's', '~/b.pdf');
+    await app.call(made, 'Compose');
+    const [[, text, options]] = await app.composed(1);
+    assert.deepStrictEqual(text, {
       sender: properties.Sender,
       subject: 'Grüße 🌍',
       body: 'a\nb\n',
-      to: [
-        { name: 'Bob', email: 'bob@example.org' },
-        { name: '', email: 'carla@example.org' },
-      ],
-      cc: [{ name: null, email: 'dan@example.org' }],
-      bcc: [{ name: 'Eve', email: 'eve@example.org' }],
+      to: [recipient('bob@example.org', 'Bob'), recipient('carla@example.org', '')],
+      cc: [recipient('dan@example.org')],
+      bcc: [recipient('eve@example.org', 'Eve')],
       'attachment-paths': ['/nowhere/at all.pdf', path.join(app.home, 'b.pdf')],
-    },
-    {
+    });
+    assert.deepStrictEqual(options, {
       'optimize-attachments?': true,
       'directly-send?': true,
       'image-attach-method': 'inline',
       'image-file-type': 'jpeg',
       'image-size': 'small',
-    },
-  ]);
-
-  await app.set(messagePath(1), 'MessageSignature', 'a{sv}', 2, 'name', 's', 'Work', 'content', 's', 'Ann');
-  assert.strictEqual(await app.get(messagePath(1), 'MessageSignature'), 'a{sv} 2 "content" s "Ann" "name" s "Work"');
-  assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 1), `o "${messagePath(1)}"`);
-  assert.strictEqual(await app.get(messagePath(1), 'Id'), 'x 1');
-  assert.strictEqual(
-    await app.get(messagePath(1), 'CcRecipients'),
-    'aa{sv} 1 1 "address" s "dan@example.org"',
-    'a missing value is left out',
-  );
-  assert.strictEqual(
-    await app.get(applicationPath, 'OutgoingMessages'),
-    `ao 2 "${messagePath(0)}" "${messagePath(1)}"`,
-  );
-});
-
-test('a message that becomes visible is composed a second later, as it is then, each time', async (t) => {
-  const app = await startApplication(t);
-  await app.make();
-  const start = Date.now();
-  await app.call(messagePath(0), 'SetVisible', 'b', 'false');
-  await app.call(messagePath(0), 'SetVisible', 'b', 'true');
-  await app.set(messagePath(0), 'Visible', 'b', 'true');
-  assert.strictEqual(await app.get(messagePath(0), 'Visible'), 'b false', 'nothing is stored');
-  await app.set(messagePath(0), 'Subject', 's', 'late');
-  const composed = await app.composed(2);
-  assert.deepStrictEqual(
-    composed.map(([{ subject }]) => subject),
-    ['late', 'late'],
-  );
-  assert.ok(app.composedAt()[0] - start >= 1000, 'not before a second has passed');
-});
-
-test('what comes before script has set its callback is dropped', async (t) => {
-  const app = await startApplication(t, { isListening: false });
-  await app.make();
-  await app.call(messagePath(0), 'Compose');
-  await app.listen();
-  await app.set(messagePath(0), 'Subject', 's', 'second');
-  await app.call(messagePath(0), 'Compose');
-  assert.deepStrictEqual(await app.composed(1), [[{ ...empty, subject: 'second' }, noOptions]]);
-});
-
-test('the current page and do-not-disturb are read, and do-not-disturb is switched', async (t) => {
-  const app = await startApplication(t);
-  await app.tell(({ host, native }) => {
-    native.setCurrentURL('tessaro://inbox', 'https://mail.example.org', 'Inbox “ä”');
-    native.setCurrentStateCallbackFunction((question) => `${question}!`);
-    host.on('notification', ({ name }) => {
-      if (name !== 'TsToggleDoNotDisturbNotification') return;
-      process.env.TOGGLES = Number(process.env.TOGGLES ?? 0) + 1;
-      host.setDefault('DoNotDisturb', true);
     });
+
+    await app.set(made, 'MessageSignature', 'a{sv}', 2, 'name', 's', 'Work', 'content', 's', 'Ann');
+    assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 1), `o "${made}"`);
+    const values = {
+      Id: 'x 1',
+      MessageSignature: 'a{sv} 2 "content" s "Ann" "name" s "Work"',
+      CcRecipients: 'aa{sv} 1 1 "address" s "dan@example.org"',
+    };
+    for (const [property, value] of Object.entries(values)) assert.strictEqual(await app.get(made, property), value);
+    const all = await app.get(applicationPath, 'OutgoingMessages');
+    assert.strictEqual(all, `ao 2 "${messagePath(0)}" "${made}"`);
   });
-  const properties = ['CurrentURL', 'CurrentTitle', 'CurrentMessageText'];
-  const titles = await app.busctl('--json=short', 'get-property', name, applicationPath, application, ...properties);
-  assert.deepStrictEqual(
-    titles.split('\n').map((line) => JSON.parse(line).data),
-    ['tessaro://inbox', 'Inbox “ä”', 'current-message-text!'],
-  );
-  const toggles = () => app.tell(({ env }) => Number(env.TOGGLES ?? 0));
-  await app.set(applicationPath, 'DoNotDisturb', 'b', 'false');
-  assert.strictEqual(await toggles(), 0, 'setting the current value toggles nothing');
-  await app.set(applicationPath, 'DoNotDisturb', 'b', 'true');
-  await eventually(async () => (await toggles()) === 1, 'it is toggled');
-  await app.set(applicationPath, 'DoNotDisturb', 'b', 'true');
-  assert.strictEqual(await app.get(applicationPath, 'DoNotDisturb'), 'b true');
-  assert.strictEqual(await toggles(), 1);
-  assert.match(await refusal(app.set(applicationPath, 'CurrentURL', 's', 'x')), /not writable|read-only/i);
-});
 
-test('bad requests get an error, and leave no message behind', async (t) => {
-  const app = await startApplication(t);
-  const cases = [
-    [() => app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 77), /There is no message 77/],
-    [() => app.call(messagePath(5), 'Compose'), /Unknown object/],
-    [
-      () => app.call(applicationPath, 'OutgoingMessageWithUniqueID', 's', 'one'),
-      /Invalid argument|InvalidArgs|Unexpected/i,
-    ],
-    [() => app.make(1, 'Subject', 'i', 3), /of the type i/],
-    [() => app.make(1, 'Subject', 'b', 'true'), /Subject is of the type s/],
-    [() => app.make(1, 'Nothing', 's', 'x'), /no property Nothing/],
-    [() => app.make(1, 'Id', 'x', 9), /can only be read/],
-    [() => app.make(1, 'DirectlySend', 'av', 0), /DirectlySend is of the type b/],
-    [() => app.make(1, 'ToRecipients', 'av', 1, 's', 'x'), /missing value/],
-    [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'), /no property objectSpecifier/],
-    [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'name', 'b', 'true'), /name is of the type s/],
-    [() => app.make(1, 'MessageSignature', 'a{sv}', 1, 'content', 'x', 5), /content is of the type s/],
-  ];
-  for (const [request, reason] of cases) assert.match(await refusal(request()), reason);
-  assert.strictEqual(await app.get(applicationPath, 'OutgoingMessages'), 'ao 0');
+  await t.test('a message that becomes visible is composed a second later, as it is then, each time', async () => {
+    const made = await app.make();
+    const start = Date.now();
+    await app.call(made, 'SetVisible', 'b', 'false');
+    await app.call(made, 'SetVisible', 'b', 'true');
+    await app.set(made, 'Visible', 'b', 'true');
+    assert.strictEqual(await app.get(made, 'Visible'), 'b false', 'nothing is stored');
+    await app.set(made, 'Subject', 's', 'late');
+    const composed = await app.composed(2);
+    assert.deepStrictEqual([composed[0][1].subject, composed[1][1].subject], ['late', 'late']);
+    assert.ok(composed[0][0] - start >= 1000, 'not before a second has passed');
+  });
 
-  await app.make();
-  const known = [
-    [() => app.set(messagePath(0), 'Subject', 'i', 3), /expected 's'/],
-    [
-      () => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'),
-      /no property objectSpecifier/,
-    ],
-    [() => app.set(messagePath(0), 'ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0), /address is of the type s/],
-    [() => app.set(messagePath(0), 'MailAttachments', 'aa{sv}', 1, 1, 'path', 'x', 1), /path is of the type s/],
-    [() => app.call(messagePath(0), 'AddToRecipient', 's', 'x'), /Invalid argument|InvalidArgs|Unexpected/i],
-  ];
-  for (const [request, reason] of known) assert.match(await refusal(request()), reason);
-  await app.call(messagePath(0), 'Compose');
-  assert.deepStrictEqual(await app.composed(1), [[empty, noOptions]]);
-});
+  await t.test('the current page and do-not-disturb are read, and do-not-disturb is switched', async () => {
+    await app.tell(({ env, host, native }) => {
+      native.setCurrentURL('tessaro://inbox', 'https://mail.example.org', 'Inbox “ä”');
+      native.setCurrentStateCallbackFunction((question) => `${question}!`);
+      env.TOGGLES = 0;
+      host.on('notification', ({ name }) => {
+        if (name !== 'TsToggleDoNotDisturbNotification') return;
+        ++env.TOGGLES;
+        host.setDefault('DoNotDisturb', true);
+      });
+    });
+    const properties = ['CurrentURL', 'CurrentTitle', 'CurrentMessageText'];
+    const titles = await app.busctl('--json=short', 'get-property', name, applicationPath, application, ...properties);
+    const texts = titles.split('\n').map((line) => JSON.parse(line).data);
+    assert.deepStrictEqual(texts, ['tessaro://inbox', 'Inbox “ä”', 'current-message-text!']);
+    const toggles = () => app.tell(({ env }) => Number(env.TOGGLES));
+    const doNotDisturb = (value) => app.set(applicationPath, 'DoNotDisturb', 'b', value);
+    await doNotDisturb('false');
+    assert.strictEqual(await toggles(), 0, 'setting the current value toggles nothing');
+    await doNotDisturb('true');
+    await eventually(async () => (await toggles()) === 1, 'it is toggled');
+    await doNotDisturb('true');
+    assert.strictEqual(await app.get(applicationPath, 'DoNotDisturb'), 'b true');
+    assert.strictEqual(await toggles(), 1);
+    assert.match(await refusal(app.set(applicationPath, 'CurrentURL', 's', 'x')), /not writable|read-only/i);
+  });
 
-test('ten thousand recipients are set at once, and more are added', async (t) => {
-  const app = await startApplication(t);
-  const count = 10000;
-  const addresses = Array.from({ length: count }, (_, index) => `person${index}@example.org`);
-  await app.make();
-  const elements = addresses.flatMap((address) => [1, 'address', 's', address]);
-  await app.set(messagePath(0), 'ToRecipients', 'aa{sv}', count, ...elements);
-  for (const address of ['a@example.org', 'b@example.org']) {
-    await app.call(messagePath(0), 'AddToRecipient', 'ss', address, '');
-  }
-  await app.call(messagePath(0), 'Compose');
-  const [[{ to }]] = await app.composed(1);
-  assert.deepStrictEqual(
-    to.map(({ email }) => email),
-    [...addresses, 'a@example.org', 'b@example.org'],
-  );
-  assert.ok((await app.get(messagePath(0), 'ToRecipients')).startsWith(`aa{sv} ${count + 2} `));
-});
+  await t.test('bad requests get an error, and change nothing', async () => {
+    const before = await app.get(applicationPath, 'OutgoingMessages');
+    const made = await app.make();
+    const find = (...id) => app.call(applicationPath, 'OutgoingMessageWithUniqueID', ...id);
+    const set = (...property) => app.set(made, ...property);
+    const badCall = /Invalid argument|InvalidArgs|Unexpected/i;
+    const cases = [
+      [() => find('x', 77), /There is no message 77/],
+      [() => find('s', 'one'), badCall],
+      [() => app.call(messagePath(77), 'Compose'), /Unknown object/],
+      [() => app.make(1, 'Subject', 'i', 3), /of the type i/],
+      [() => app.make(1, 'Subject', 'b', 'true'), /Subject is of the type s/],
+      [() => app.make(1, 'Nothing', 's', 'x'), /no property Nothing/],
+      [() => app.make(1, 'Id', 'x', 9), /can only be read/],
+      [() => app.make(1, 'DirectlySend', 'av', 0), /DirectlySend is of the type b/],
+      [() => app.make(1, 'ToRecipients', 'av', 1, 's', 'x'), /missing value/],
+      [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'), /no property objectSpecifier/],
+      [() => app.make(1, 'ToRecipients', 'aa{sv}', 1, 1, 'name', 'b', 'true'), /name is of the type s/],
+      [() => app.make(1, 'MessageSignature', 'a{sv}', 1, 'content', 'x', 5), /content is of the type s/],
+      [() => set('Subject', 'i', 3), /expected 's'/],
+      [() => set('ToRecipients', 'aa{sv}', 1, 1, 'objectSpecifier', 's', 'x'), /no property objectSpecifier/],
+      [() => set('ToRecipients', 'aa{sv}', 1, 1, 'address', 'aa{sv}', 0), /address is of the type s/],
+      [() => set('MailAttachments', 'aa{sv}', 1, 1, 'path', 'x', 1), /path is of the type s/],
+      [() => app.call(made, 'AddToRecipient', 's', 'x'), badCall],
+    ];
+    for (const [ask, reason] of cases) assert.match(await refusal(ask()), reason);
+    const after = await app.get(applicationPath, 'OutgoingMessages');
+    assert.strictEqual(after.split('"').length, before.split('"').length + 2, 'one more message');
+    await app.call(made, 'Compose');
+    assert.deepStrictEqual((await app.composed(1))[0].slice(1), [empty, noOptions]);
+  });
 
-test('links are composed, and bad ones refused', async (t) => {
-  const app = await startApplication(t);
-  const open = (link) => app.call(applicationPath, 'OpenLink', 's', link);
-  const recipient = (email) => ({ name: null, email });
-  const good = [
-    ['mailto:ann@example.org', { to: [recipient('ann@example.org')] }],
-    [
-      'MAILTO:ann@example.org,b%2Cc@example.org?To=d@example.org&cc=e@example.org,f@example.org&BCC=g@example.org',
-      {
-        to: ['ann@example.org', 'b,c@example.org', 'd@example.org'].map(recipient),
-        cc: ['e@example.org', 'f@example.org'].map(recipient),
-        bcc: [recipient('g@example.org')],
-      },
-    ],
-    [
-      'mailto:?subject=Gr%C3%BC%C3%9Fe%20%F0%9F%8C%8D%20a+b%26c&body=one%0D%0Atwo&attach=/etc/passwd&from=eve',
-      { subject: 'Grüße 🌍 a+b&c', body: 'one\r\ntwo\n' },
-    ],
-    ['mailto:', {}],
-    ['mailto:,,a@example.org?&&subject=#top', { to: [recipient('a@example.org')] }],
-  ];
-  for (const [link] of good) await open(link);
-  const composed = await app.composed(good.length);
-  assert.deepStrictEqual(
-    composed.map(([text]) => text),
-    good.map(([, text]) => ({ ...empty, ...text })),
-  );
+  await t.test('ten thousand recipients are set at once, and more are added', async () => {
+    const addresses = Array.from({ length: 10000 }, (_, index) => `person${index}@example.org`);
+    const elements = addresses.flatMap((address) => [1, 'address', 's', address]);
+    const made = await app.make();
+    await app.set(made, 'ToRecipients', 'aa{sv}', addresses.length, ...elements);
+    await app.call(made, 'AddToRecipient', 'ss', 'a@example.org', '');
+    await app.call(made, 'Compose');
+    const [[, { to }]] = await app.composed(1);
+    const all = to.map(({ email }) => email);
+    assert.deepStrictEqual(all, [...addresses, 'a@example.org']);
+    assert.ok((await app.get(made, 'ToRecipients')).startsWith(`aa{sv} ${all.length} `));
+  });
 
-  const bad = [
-    ['http://example.org', /no mailto link/],
-    ['', /no mailto link/],
-    ['mailto:a%4', /percent sign/],
-    ['mailto:a%zz@example.org', /percent sign/],
-    ['mailto:%FF@example.org', /UTF-8/],
-    ['mailto:a@example.org?subject=x%0D%0ABcc:%20eve@example.org', /control characters/],
-    ['mailto:a@example.org%00', /control characters/],
-    ['mailto:a@example.org?body=%00', /control characters/],
-    ['mailto:a@example.org?subject', /without a value/],
-  ];
-  for (const [link, reason] of bad) assert.match(await refusal(open(link)), reason, link);
-  assert.strictEqual(app.reports.length, good.length);
-});
+  await t.test('mailto links are composed, and bad ones refused', async () => {
+    const open = (link) => app.call(applicationPath, 'OpenLink', 's', link);
+    const many = 'To=d@example.org&cc=e@example.org,f@example.org&BCC=g@example.org';
+    const texts = 'subject=Gr%C3%BC%C3%9Fe%20%F0%9F%8C%8D%20a+b%26c&body=one%0D%0Atwo&attach=/etc/passwd&from=eve';
+    const all = (...addresses) => addresses.map((address) => recipient(address));
+    const good = [
+      ['mailto:ann@example.org', { to: all('ann@example.org') }],
+      [
+        `MAILTO:ann@example.org,b%2Cc@example.org?${many}`,
+        {
+          to: all('ann@example.org', 'b,c@example.org', 'd@example.org'),
+          cc: all('e@example.org', 'f@example.org'),
+          bcc: all('g@example.org'),
+        },
+      ],
+      [`mailto:?${texts}`, { subject: 'Grüße 🌍 a+b&c', body: 'one\r\ntwo\n' }],
+      ['mailto:', {}],
+      ['mailto:,,a@example.org?&&subject=#top', { to: all('a@example.org') }],
+    ];
+    for (const [link] of good) await open(link);
+    const composed = await app.composed(good.length);
+    composed.forEach(([, text], i) => assert.deepStrictEqual(text, { ...empty, ...good[i][1] }, good[i][0]));
 
-test('the desktop hands links to the application', async (t) => {
-  const app = await startApplication(t);
-  const data = temporaryDirectory(t);
-  fs.mkdirSync(path.join(data, 'applications'));
-  fs.copyFileSync(
-    path.join(root, 'host', 'TessaroHost.desktop'),
-    path.join(data, 'applications', 'org.tessaro.TessaroHost.desktop'),
-  );
-  await run(
-    'gio',
-    ['launch', path.join(data, 'applications', 'org.tessaro.TessaroHost.desktop'), 'mailto:ann@example.org?subject=Hi'],
-    {
-      env: { ...process.env, ...session.env },
-    },
-  );
-  const [[text]] = await app.composed(1);
-  assert.deepStrictEqual([text.subject, text.to[0].email], ['Hi', 'ann@example.org']);
+    const count = app.reports.length;
+    const bad = {
+      'http://example.org': /no mailto link/,
+      '': /no mailto link/,
+      'mailto:a%4': /percent sign/,
+      'mailto:a%zz@example.org': /percent sign/,
+      'mailto:%FF@example.org': /UTF-8/,
+      'mailto:a@example.org?subject=x%0D%0ABcc:%20eve@example.org': /control characters/,
+      'mailto:a@example.org%00': /control characters/,
+      'mailto:a@example.org?body=%00': /control characters/,
+      'mailto:a@example.org?subject': /without a value/,
+    };
+    for (const [link, reason] of Object.entries(bad)) assert.match(await refusal(open(link)), reason, link);
+    assert.strictEqual(app.reports.length, count);
+  });
+
+  await t.test('the desktop hands links to the application', async () => {
+    const file = path.join(temporaryDirectory(t), 'org.tessaro.TessaroHost.desktop');
+    fs.copyFileSync(path.join(root, 'host', 'TessaroHost.desktop'), file);
+    const env = { ...process.env, ...session.env };
+    await run('gio', ['launch', file, 'mailto:ann@example.org?subject=Hi'], { env });
+    const [[, { subject, to }]] = await app.composed(1);
+    assert.deepStrictEqual([subject, to], ['Hi', [recipient('ann@example.org')]]);
+  });
 });
 
 test('the object comes back with the bus, and is missing without one', async (t) => {
   const directory = temporaryDirectory(t);
   const bus = await startBus(t, directory);
-  const env = { ...session.env, DBUS_SESSION_BUS_ADDRESS: bus.address };
-  const app = await startApplication(t, { env });
+  const app = await startApplication(t, { ...session.env, DBUS_SESSION_BUS_ADDRESS: bus.address });
   await app.make();
   await bus.stop();
   await startBus(t, directory);
   const again = await eventually(() => app.make().catch(() => false), 'the application is back');
-  assert.strictEqual(again, `o "${messagePath(1)}"`);
+  assert.strictEqual(again, messagePath(1));
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 0), `o "${messagePath(0)}"`);
 });
 
-test('without a display and without a bus nothing is offered, and nothing breaks', async (t) => {
-  const result = await scenarios({ host: true })(t, ({ composition, native }) => [
+test('without a display and a bus there are no groups and no messages', async (t) => {
+  const result = await scenarios({ host: true })(t, ({ native, sendMessage: send }) => [
     native.recipientsForGroupName('x'),
-    composition.messageCount(),
+    send('TsASOutgoingMessage', 'outgoingMessages').length,
   ]);
   assert.deepStrictEqual(result, [null, 0]);
 });
 
-test('in the process, a message begins empty and takes rich text', async (t) => {
-  const { defaults, composed } = await inProcess(t, ({ composition, native }) => {
-    const defaults = composition.defaults();
+// ---- In the process itself, as Cocoa's scripting does
+
+const objects = inProcess.with({
+  fixture: ({ sendMessage: send }) => ({
+    send,
+    make: (kind = '') => send(send(`TsASOutgoingMessage${kind}`, 'alloc'), 'init'),
+  }),
+});
+
+test('a message begins empty and takes rich text', async (t) => {
+  const [defaults, elements, composed] = await objects(t, ({ make, native, send }) => {
+    const keys = [
+      ...['id', 'sender', 'subject', 'content', 'directlySend', 'optimizeAttachments', 'didSetOptimizeAttachments'],
+      ...['toRecipients', 'ccRecipients', 'bccRecipients', 'mailAttachments'],
+      ...['imageAttachMethod', 'imageFileType', 'imageSize', 'messageSignature.name'],
+    ];
+    const message = make();
+    const defaults = keys.map((key) => send(message, 'valueForKeyPath:', key));
+    const elements = [['Recipient', 'name'], ['Recipient', 'address'], ['Attachment', 'path']]; // prettier-ignore
     const composed = [];
     native.setComposeOutgoingMessageCallbackFunction((text) => composed.push(JSON.parse(text).body));
-    const texts = ['a\nb', 'a\r\nb\n', 'a\rb', 'a\u2029b', '', '\n\n', 'ä😀'];
-    texts.forEach(composition.composeAttributed);
-    return { defaults, composed };
+    for (const text of ['a\nb', 'a\r\nb\n', 'a\rb', 'a\u2029b', '', '\n\n', 'ä😀']) {
+      send(message, 'setContent:', send(send('NSAttributedString', 'alloc'), 'initWithString:', text));
+      send(message, 'handleComposeScriptCommand:', null);
+    }
+    return [defaults, elements.map(([kind, key]) => send(make(kind), key)), composed];
   });
-  assert.deepStrictEqual(defaults, {
-    id: 0,
-    sender: '',
-    subject: '',
-    content: '',
-    directlySend: 0,
-    optimizeAttachments: 1,
-    didSetOptimizeAttachments: 0,
-    toRecipients: [],
-    ccRecipients: [],
-    bccRecipients: [],
-    mailAttachments: [],
-    imageAttachMethod: null,
-    imageFileType: null,
-    imageSize: null,
-    elements: ['', '', ''],
-    'messageSignature.name': null,
-  });
+  const noElements = [[], [], [], []];
+  assert.deepStrictEqual(defaults, [0, '', '', '', 0, 1, 0, ...noElements, null, null, null, null]);
+  assert.deepStrictEqual(elements, ['', '', '']);
   assert.deepStrictEqual(composed, ['a\nb\n', 'a\r\nb\n', 'a\r\nb\n', 'a\u2029\nb\n', null, '\n\n', 'ä😀\n']);
 });
 
-test('elements know where they are', async (t) => {
-  const [specified, replaced] = await inProcess(t, ({ composition }) => [
-    composition.specifiers(),
-    composition.replaceMessages(),
-  ]);
-  assert.deepStrictEqual(specified, [true, true, true]);
-  assert.ok(replaced);
+test('the specifiers of a message and of its elements lead to them', async (t) => {
+  const [specified, isReplaced] = await objects(t, ({ make, send }) => {
+    const application = send('NSApplication', 'sharedApplication');
+    const elements = { toRecipients: 3, ccRecipients: 2, bccRecipients: 1, mailAttachments: 2 };
+    const message = make();
+    const found = (object) => send(send(object, 'objectSpecifier'), 'objectsByEvaluatingSpecifier').handle;
+    const isSpecified = (key) =>
+      send(message, key).every(
+        (each) => send(send(each, 'objectSpecifier'), 'key') === key && found(each) === each.handle,
+      );
+    const areSpecified = () => found(message) === message.handle && Object.keys(elements).every(isSpecified);
+    send(application, 'setOutgoingMessages:', [message]);
+    for (const [key, count] of Object.entries(elements)) {
+      const all = Array.from({ length: count }, () => make(key === 'mailAttachments' ? 'Attachment' : 'Recipient'));
+      send(message, `set${key[0].toUpperCase()}${key.slice(1)}:`, all);
+    }
+    const specified = [areSpecified()];
+    send(message, 'insertObject:inToRecipientsAtIndex:', make('Recipient'), 1);
+    specified.push(areSpecified(), send(message, 'toRecipients').length);
+    send(message, 'removeObjectFromToRecipientsAtIndex:', 0);
+    specified.push(areSpecified(), send(message, 'toRecipients').length);
+    send(application, 'setOutgoingMessages:', []);
+    return [specified, send(application, 'outgoingMessages').length === 0];
+  });
+  assert.deepStrictEqual(specified, [true, true, 4, true, 3]);
+  assert.ok(isReplaced);
 });
 
 test('paths of attachments are normalised', (t) => {
@@ -400,5 +372,9 @@ test('paths of attachments are normalised', (t) => {
     '~': home,
     '~/x:y': `${home}/x:y`,
   });
-  return scenarios({ home }).table(t, rows, ({ composition }, text) => composition.path(text));
+  return objects.with({ display: false, host: false, home }).table(t, rows, ({ make, send }, text) => {
+    const attachment = make('Attachment');
+    send(attachment, 'setPath:', text);
+    return send(attachment, 'path');
+  });
 });

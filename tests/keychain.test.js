@@ -29,8 +29,8 @@ const plain = scenarios();
 const at = (bus) => plain.with({ env: environmentOf(bus) });
 
 /**
- * What each call, [function, …arguments], gives, with the messages it logs: "level text". Functions with an answer of
- * their own are the module's, which gives JSON, and those of the probe.
+ * Makes each call, [function, …arguments], and gives its result and the messages it logs: "level text". Functions that
+ * the probe lacks are the module's, whose result is JSON.
  */
 const callEach = ({ captureLog, capturedLog, flushLog, keychain, native }, calls) => {
   const levels = { 1: 'error', 2: 'warning', 4: 'info' };
@@ -46,15 +46,17 @@ const callEach = ({ captureLog, capturedLog, flushLog, keychain, native }, calls
   });
 };
 
-/** Expects what each call of a table, [call, result, …messages], gives. */
+/** A table's rows are [call, result, …messages]. */
 async function expectCalls(t, run, table) {
-  const results = await run(t, callEach, table.map(([call]) => call)); // prettier-ignore
+  const calls = table.map(([call]) => call);
+  const results = await run(t, callEach, calls);
   results.forEach((result, i) => assert.deepStrictEqual([table[i][0], ...result], table[i]));
 }
 
 test('script stores, reads, changes and removes passwords', async (t) => {
   const keyring = await keyringOf(t);
-  const notDeleted = 'error Could not find keychain item in order to delete it.';
+  const removed = 'info Removed keychain entry for account ann';
+  const notDeleted = `error Could not find keychain item in order to delete it. (account=true, error=${status.notFound})`;
   const [get, set, remove] = ['getPassword', 'setPassword', 'removePassword'];
   const ok = { 'ok?': true };
   const notSet = 'error Not setting password as either password or account parameters are nil';
@@ -68,19 +70,10 @@ test('script stores, reads, changes and removes passwords', async (t) => {
     [[set, null, 'ann'], null, notSet],
     [[set, undefined, 'ann'], null, notSet],
     [[set, 'secret', null], null, notSet],
-    [
-      [remove, 'ann'],
-      null,
-      "info Removed keychain entry 'ann' (Tessaro 3).",
-      'info Removed keychain entry for account ann',
-    ],
-    [[remove, 'ann'], null, 'info Removed keychain entry for account ann'],
+    [[remove, 'ann'], null, "info Removed keychain entry 'ann' (Tessaro 3).", removed],
+    [[remove, 'ann'], null, removed],
     [['set', 'true', null], ok, 'info Deleted password from keychain. (account=true)'],
-    [
-      ['set', 'true', null],
-      { error: status.notFound, 'ok?': false },
-      `${notDeleted} (account=true, error=${status.notFound})`,
-    ],
+    [['set', 'true', null], { error: status.notFound, 'ok?': false }, notDeleted],
     [['erase', 'true'], false],
   ]);
 });
@@ -114,37 +107,28 @@ test('passwords are shared with other programs byte for byte, in both directions
   assert.deepStrictEqual(await child.tell(readEach, Object.keys(expected)), Object.values(expected));
 });
 
-test('malformed items and accounts are failures', async (t) => {
+test('malformed items are failures; of two items of one account, one is read, written and removed', async (t) => {
   const keyring = await keyringOf(t);
-  const bytes = Buffer.from([0xff, 0xfe, 0x00, 0x41]);
-  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'bytes'], bytes);
-  const results = await at(keyring)(t, callEach, [
+  const store = (secret, account, ...more) =>
+    keyring.secretTool(['store', '--label=x', 'service', service, 'account', account, ...more], secret);
+  await store(Buffer.from([0xff, 0xfe, 0x00, 0x41]), 'bytes');
+  await store('second', 'ann', 'kind', 'other');
+  await store('first', 'ann', 'kind', 'first');
+  const [read, written, ...results] = await at(keyring)(t, callEach, [
+    ['getPassword', 'ann'],
+    ['setPassword', 'written', 'ann'],
+    ['accounts'],
+    ...Array(3).fill(['erase', 'ann']),
     ['getPassword', 'bytes'],
     ['getPassword', 'a\0b'],
     ['setPassword', 'x', 'a\0b'],
   ]);
+  assert.ok(['first', 'second'].includes(read[0].password));
+  assert.match(written[1], /^info Modified/);
+  const failure = (error) => ({ 'ok?': false, error });
   assert.deepStrictEqual(
     results.map(([result]) => result),
-    [{ 'ok?': false, error: status.decode }, { 'ok?': false, error: status.parameter }, { 'ok?': true }],
-  );
-});
-
-test('of two items of one account, one is read, written and removed', async (t) => {
-  const keyring = await keyringOf(t);
-  const [one, two] = [
-    ['store', '--label=x', 'service', service, 'account', 'ann'],
-    ['kind', 'other'],
-  ];
-  await keyring.secretTool([...one, ...two], 'second');
-  await keyring.secretTool([...one, 'kind', 'first'], 'first');
-  const removals = Array(3).fill(['erase', 'ann']);
-  const calls = [['getPassword', 'ann'], ['setPassword', 'written', 'ann'], ['accounts'], ...removals];
-  const results = await at(keyring)(t, callEach, calls);
-  assert.ok(['first', 'second'].includes(results[0][0].password));
-  assert.match(results[1][1], /^info Modified/);
-  assert.deepStrictEqual(
-    results.slice(2).map(([result]) => result),
-    [['ann'], true, true, false],
+    [['ann', 'bytes'], true, true, false, failure(status.decode), failure(status.parameter), { 'ok?': true }],
   );
 });
 
@@ -163,83 +147,58 @@ test('a thousand accounts are listed and removed; other services keep theirs', a
   assert.deepStrictEqual([isWhole, left, others], [true, [], ['kept in Kolvar', 'kept in Tessaro']]);
 });
 
-// Every operation where the store can't be used, with what it logs.
-const refused = (code, isKnown) => [
-  [
-    ['getPassword', 'ann'],
-    { 'ok?': false, error: code },
-    `warning Could not read password from keychain. (account=ann, error=${code})`,
-  ],
-  [['erase', 'ann'], false],
-  [['removeAll'], !isKnown],
-  [
-    ['set', 'ann', null],
-    isKnown ? { 'ok?': true } : { 'ok?': false, error: code },
-    isKnown
-      ? `warning Could not delete keychain item. (account=ann, error=${code})`
-      : `error Could not find keychain item in order to delete it. (account=ann, error=${code})`,
-  ],
-];
+// Every operation of a store that is unavailable or locked, with its log lines.
+async function expectRefusal(t, code, env, more, isKnown = false) {
+  const failed = { 'ok?': false, error: code };
+  const because = `(account=ann, error=${code})`;
+  const notFound = `error Could not find keychain item in order to delete it. ${because}`;
+  const notDeleted = `warning Could not delete keychain item. ${because}`;
+  await expectCalls(t, plain.with({ env }), [
+    [['getPassword', 'ann'], failed, `warning Could not read password from keychain. ${because}`],
+    [['erase', 'ann'], false],
+    [['removeAll'], !isKnown],
+    [['set', 'ann', null], isKnown ? { 'ok?': true } : failed, isKnown ? notDeleted : notFound],
+    ...more,
+  ]);
+}
 
-const expectRefusal = (t, code, env, more, isKnown = false) =>
-  expectCalls(t, plain.with({ env }), [...refused(code, isKnown), ...more]);
+const listing = 'warning Error while querying all accounts in Keychain.';
+const noReply = `${listing} (error=The secret service is unavailable or did not reply in time.)`;
+const notFound = `warning Could not find keychain item. (account=ann, error=${status.unavailable})`;
 
-const unavailable = [
-  [
-    ['setPassword', 'x', 'ann'],
-    { 'ok?': true },
-    `warning Could not find keychain item. (account=ann, error=${status.unavailable})`,
-  ],
-  [
-    ['accounts'],
-    null,
-    'warning Error while querying all accounts in Keychain. (error=The secret service is unavailable or did not reply in time.)',
-  ],
-];
-
-test('without a bus every operation reports that the keychain is unavailable', (t) =>
-  expectRefusal(t, status.unavailable, {}, unavailable));
-
-test('with a dead bus address every operation reports that the keychain is unavailable', (t) =>
-  expectRefusal(t, status.unavailable, { DBUS_SESSION_BUS_ADDRESS: 'unix:path=/nonexistent/bus' }, unavailable));
-
-test('without a secret service every operation reports that the keychain is unavailable', async (t) => {
-  const bus = await startBus(t, temporaryDirectory(t));
-  await expectRefusal(t, status.unavailable, environmentOf(bus), unavailable);
+test('without bus or secret service every operation reports that the keychain is unavailable', async (t) => {
+  const empty = environmentOf(await startBus(t, temporaryDirectory(t)));
+  const dead = { DBUS_SESSION_BUS_ADDRESS: 'unix:path=/nonexistent/bus' };
+  const more = [[['setPassword', 'x', 'ann'], { 'ok?': true }, notFound], [['accounts'], null, noReply]]; // prettier-ignore
+  for (const env of [{}, dead, empty]) await expectRefusal(t, status.unavailable, env, more);
 });
 
-// Locked again after use, a keyring still knows its accounts; never unlocked in this login, it does not.
-const lockedKeyrings = {
-  'locked again': { lock: (keyring) => keyring.lock(), accounts: [['ann']] },
-  'never unlocked': {
-    async lock(keyring, t, directory) {
-      await keyring.kill();
-      await startKeyring(t, directory, keyring.bus, false);
-    },
-    accounts: [
-      null,
-      'warning Error while querying all accounts in Keychain. (error=The keyring is locked and was not unlocked in time.)',
-    ],
-  },
-};
-
-for (const [state, { lock, accounts }] of Object.entries(lockedKeyrings)) {
-  test(`a locked keyring is never taken for an empty one: ${state}`, async (t) => {
-    const directory = temporaryDirectory(t);
-    const keyring = await startKeyring(t, directory);
-    await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
-    await lock(keyring, t, directory);
-    const failed = { 'ok?': false, error: status.locked };
-    const warning = (text) => `warning Could not ${text}, error=${status.locked})`;
-    const more = [
-      [['getPassword', 'nobody'], failed, warning('read password from keychain. (account=nobody')],
-      [['setPassword', '12345', 'ann'], failed, warning('modify keychain item. (account=ann, passwordLength=5')],
-      [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
-      [['accounts'], ...accounts],
-    ];
-    await expectRefusal(t, status.locked, environmentOf(keyring), more, true);
-  });
-}
+test('a locked keyring is never taken for an empty one', async (t) => {
+  const directory = temporaryDirectory(t);
+  const keyring = await startKeyring(t, directory);
+  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
+  const failed = { 'ok?': false, error: status.locked };
+  const warning = (text) => `warning Could not ${text}, error=${status.locked})`;
+  const expectLocked = (accounts) =>
+    expectRefusal(
+      t,
+      status.locked,
+      environmentOf(keyring),
+      [
+        [['getPassword', 'nobody'], failed, warning('read password from keychain. (account=nobody')],
+        [['setPassword', '12345', 'ann'], failed, warning('modify keychain item. (account=ann, passwordLength=5')],
+        [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
+        [['accounts'], ...accounts],
+      ],
+      true,
+    );
+  await keyring.lock();
+  await expectLocked([['ann']]);
+  await keyring.kill();
+  await startKeyring(t, directory, keyring.bus, false);
+  // Unlike a keyring that was locked again, one that was never unlocked doesn't know its accounts.
+  await expectLocked([null, `${listing} (error=The keyring is locked and was not unlocked in time.)`]);
+});
 
 test('reply timeouts of a hanging service halve, and the first reply resets them', async (t) => {
   const keyring = await keyringOf(t);
@@ -310,25 +269,24 @@ test('the bundle name selects the service', async (t) => {
   fs.copyFileSync(fs.realpathSync(process.execPath), executable);
   const serviceOf = (bundleName) => {
     fs.writeFileSync(path.join(application, 'Resources', 'Info-gnustep.plist'), `{ CFBundleName = "${bundleName}"; }`);
-    return plain.with({ executable })(t, ({ keychain }) => keychain.serviceName());
+    return plain.with({ executable })(t, ({ sendMessage: send }) =>
+      send(send('TsKeychain', 'sharedInstance'), 'service'),
+    );
   };
-  for (const [bundleName, expected] of [
-    ['Kolvar', 'Kolvar'],
-    ['kolvar', 'Tessaro 3'],
-    ['Tessaro', 'Tessaro 3'],
-  ]) {
+  const services = { Kolvar: 'Kolvar', kolvar: service, Tessaro: service };
+  for (const [bundleName, expected] of Object.entries(services))
     assert.strictEqual(await serviceOf(bundleName), expected, bundleName);
-  }
 });
 
 test('the transient store keeps passwords in memory only', async (t) => {
-  const result = await plain(t, ({ keychain: { setTransient, getTransient, countTransient } }) => {
+  const result = await plain(t, ({ keychain: { countTransient, setTransient }, sendMessage: send }) => {
+    const get = (account) => send(send('TsTransientKeychain', 'sharedInstance'), 'passwordForAccount:', account);
     setTransient('ann', 'secret');
     setTransient('bob', '');
-    const before = ['ann', 'bob', 'nobody'].map((account) => getTransient(account) ?? null);
+    const before = ['ann', 'bob', 'nobody'].map(get);
     setTransient('ann', null);
     setTransient('nobody', null);
-    return [before, getTransient('ann') ?? null, countTransient()];
+    return [before, get('ann'), countTransient()];
   });
   assert.deepStrictEqual(result, [['secret', '', null], null, 1]);
 });

@@ -1,11 +1,9 @@
 'use strict';
 
-// Hostile servers and scripts: bodies that expand or end early, HTTP/2 protocol errors, requests that would reach into
-// the next one.
+// Hostile servers and scripts: bodies that expand or end early, HTTP/2 protocol errors, injected requests.
 
 const assert = require('assert');
 const fs = require('fs');
-const net = require('net');
 const tls = require('tls');
 const { test } = require('node:test');
 const zlib = require('zlib');
@@ -49,21 +47,17 @@ test('compressed bodies arrive decompressed, and are errors when they are incomp
     const [coding, body] = table[Number(question.url.slice(1))];
     answer.setHeader('content-encoding', coding).end(body);
   });
-  const answers = await request(
-    t,
-    table.map((_row, i) => [`${url}/${i}`]),
-  );
+  const calls = table.map((_row, i) => [`${url}/${i}`]);
+  const answers = await request(t, calls);
   answers.forEach((events, i) => assert.deepStrictEqual(outcome(events), table[i][2], `${i}: ${table[i][0]}`));
 });
 
 test('a body that expands too much is an error, and neither stalls the loop nor fills the memory', async (t) => {
   const million = zlib.gzipSync(Buffer.alloc(1e6));
+  const quick = { params: { [zlib.constants.BROTLI_PARAM_QUALITY]: 1 } };
   const bodies = {
     '/gzip': ['gzip', Buffer.concat(Array(1000).fill(million))],
-    '/br': [
-      'br',
-      zlib.brotliCompressSync(Buffer.alloc(200e6), { params: { [zlib.constants.BROTLI_PARAM_QUALITY]: 1 } }),
-    ],
+    '/br': ['br', zlib.brotliCompressSync(Buffer.alloc(200e6), quick)],
     '/nested': ['gzip, gzip', zlib.gzipSync(zlib.gzipSync(Buffer.alloc(100e6)))],
     '/large': ['gzip', zlib.gzipSync(Buffer.alloc(60e6))],
   };
@@ -127,13 +121,9 @@ test('an HTTP/2 body that the server does not end is an error', { skip: withoutI
     ['empty as its length, then reset', [okOf(0), reset(0)], ['end', '']],
     ['shorter than its length, then reset', [okOf(4), body, reset(0)], ['error', -1005]],
     ['reset with an error', [ok, body, reset(2)], ['error', -1005]],
-    ['data of no stream', [ok, body, frame(dataType, 0, 0, Buffer.from('x'))], ['error', -1005]],
+    ['a data frame of no stream', [ok, body, frame(dataType, 0, 0, Buffer.from('x'))], ['error', -1005]],
     ['a frame of the wrong size', [ok, body, frame(resetType, 0, 1, Buffer.alloc(3))], ['error', -1005]],
-    [
-      'broken headers',
-      [ok, body, frame(headersType, 4, 1, Buffer.from([0xff, 0xff, 0xff, 0xff, 0xff, 0xff]))],
-      ['error', -1005],
-    ],
+    ['broken headers', [ok, body, frame(headersType, 4, 1, Buffer.alloc(6, 0xff))], ['error', -1005]],
     ['headers between', [frame(headersType, 0, 1, Buffer.from([0x88])), body], ['error', -1005]],
   ];
   const own = certificate(t, ...forThisHost);
@@ -161,9 +151,7 @@ test('an HTTP/2 body that the server does not end is an error', { skip: withoutI
   }
 });
 
-// ---- One request and the next
-
-test('no header of a request can reach into the next request', async (t) => {
+test('no header of a request can inject another request', async (t) => {
   const questions = [];
   const url = await serve(t, (question, answer) => {
     questions.push(`${question.method} ${question.url}`);
@@ -173,15 +161,11 @@ test('no header of a request can reach into the next request', async (t) => {
     ['0', '50', 'chunked', 'identity'].map((value) => ({ [name]: value })),
   );
   const requests = headers.flatMap((each) => ['GET', 'POST', 'DELETE'].map((method) => [method, each]));
-  const answers = await request(
-    t,
-    requests.map(([method, each], i) => [`${url}/${i}`, { method, headers: each, timeout: 5 }]),
-  );
+  const calls = requests.map(([method, each], i) => [`${url}/${i}`, { method, headers: each, timeout: 5 }]);
+  const answers = await request(t, calls);
   answers.forEach((events, i) => assert.deepStrictEqual(outcome(events), ['end', 'ok'], JSON.stringify(requests[i])));
-  assert.deepStrictEqual(
-    questions,
-    requests.map(([method], i) => `${method} /${i}`),
-  );
+  const expected = requests.map(([method], i) => `${method} /${i}`);
+  assert.deepStrictEqual(questions, expected);
 });
 
 test('redirects follow RFC 9110 for every method and status', async (t) => {
@@ -202,50 +186,13 @@ test('redirects follow RFC 9110 for every method and status', async (t) => {
     return answer.writeHead(Number(question.url.slice(1)), { location: '/target' }).end();
   });
   const table = methods.flatMap((method) => statuses.map((status) => [method, status]));
-  await request(
-    t,
-    table.map(([method, status]) => [`${url}/${status}`, { method }]),
+  const calls = table.map(([method, status]) => [`${url}/${status}`, { method }]);
+  await request(t, calls);
+  const all = table.flatMap((row) => expected(...row));
+  assert.deepStrictEqual(questions, all);
+  const unfollowed = statuses.map((status) => [`${url}/${status}`, { followRedirects: false }]);
+  const responses = (await request(t, unfollowed)).map(
+    (events) => events.filter(([name]) => name === 'response').length,
   );
-  assert.deepStrictEqual(
-    questions,
-    table.flatMap(([method, status]) => expected(method, status)),
-  );
-  const refused = await request(
-    t,
-    statuses.map((status) => [`${url}/${status}`, { followRedirects: false }]),
-  );
-  assert.deepStrictEqual(
-    refused.map((events) => events.filter(([name]) => name === 'response').length),
-    [1, 2, 2, 2, 1, 1, 2, 2],
-  );
-});
-
-test('the sentence of an error fits its cause', async (t) => {
-  const table = {
-    headerTooLong: [(s) => s.end(`HTTP/1.1 200 OK\r\nX: ${'x'.repeat(300000)}\r\n\r\n`), 'bad response'],
-    truncated: [
-      (s) =>
-        s.end(`HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 9\r\n\r\n`.concat('\x1f\x8b'), 'latin1'),
-      'connection was lost',
-    ],
-    malformed: [
-      (s) => s.end('HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 3\r\n\r\nabc'),
-      'cannot decode',
-    ],
-  };
-  const url = await listen(
-    t,
-    net.createServer((s) => s.once('data', (bytes) => table[bytes.toString().match(/\/(\w+)/)[1]][0](s))),
-  );
-  const names = Object.keys(table);
-  const answers = await request(
-    t,
-    names.map((name) => [`${url}/${name}`]),
-  );
-  answers.forEach((events, i) => {
-    const [name, sentence] = events.at(-1);
-    assert.strictEqual(name, 'error', names[i]);
-    assert.match(sentence, new RegExp(table[names[i]][1]), names[i]);
-    assert.doesNotMatch(sentence, /memory/, names[i]);
-  });
+  assert.deepStrictEqual(responses, [1, 2, 2, 2, 1, 1, 2, 2]);
 });

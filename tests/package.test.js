@@ -1,6 +1,6 @@
 'use strict';
 
-// The npm package, as somebody gets it.
+// The npm package in an empty project.
 
 const assert = require('assert');
 const { execFileSync, spawnSync } = require('child_process');

@@ -4,13 +4,12 @@
 
 const assert = require('assert');
 const fs = require('fs');
-const http = require('http');
 const path = require('path');
 const { test } = require('node:test');
 const sharp = require('sharp');
 
-const { startScript, temporaryDirectory } = require('./support/child');
-const { atEnd } = require('./support/cleanup');
+const { temporaryDirectory } = require('./support/child');
+const { serve } = require('./support/requests');
 const { scenarios } = require('./support/scenario');
 
 const plain = scenarios();
@@ -42,7 +41,7 @@ trailer<</Root 1 0 R>>
 const svg = (contents, size = 'width="200" height="100"') =>
   `<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" ${size}>${contents}</svg>`;
 
-/** What each file's preview turned out to be: [path or null, …], the callback's count of calls, and the warnings. */
+/** Makes a preview for each [file, size, folder]: the calls of the callbacks, and the number of warnings. */
 const preview = (t, calls) =>
   plain(
     t,
@@ -98,10 +97,9 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
     const facts = await sharp(picture).metadata();
     assert.deepStrictEqual([facts.format, facts.width, facts.height], ['png', width, height], file);
   }
-  // The pages are not blank.
   for (const index of [4, 5, 6, 7]) {
     const { channels } = await sharp(answers[index][0][2]).stats();
-    assert.ok(channels[0].min < 128 && channels[0].max === 255, table[index][0]);
+    assert.ok(channels[0].min < 128 && channels[0].max === 255, `${table[index][0]} is a blank page`);
   }
   const { dominant } = await sharp(answers[2][0][2]).stats();
   assert.ok(dominant.g > 200 && dominant.r < 50, 'the first page is shown');
@@ -126,47 +124,29 @@ test('files of one name have separate previews; a preview replaces an earlier on
 test('a drawing loads no other file and no URL', async (t) => {
   const folder = temporaryDirectory(t);
   let requests = 0;
-  const server = http.createServer((request, response) => {
-    ++requests;
-    response.end();
-  });
-  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
-  atEnd(t, () => server.close());
-  const secret = path.join(folder, 'secret.png');
-  await sharp({ create: { width: 50, height: 50, channels: 3, background: '#f00' } })
-    .png()
-    .toFile(secret);
-  fs.writeFileSync(path.join(folder, 'style.css'), 'rect { fill: red }');
-  fs.writeFileSync(path.join(folder, 'secret.txt'), 'secret');
-  const url = `http://127.0.0.1:${server.address().port}/a.png`;
-  const images = ['secret.png', secret, `file://${secret}`, url]
-    .map((link) => `<image xlink:href="${link}" width="200" height="100"/>`)
-    .join('');
-  const more = `<style>@import url("style.css"); @import url("${url}");</style><use xlink:href="${url}#x"/>
-    <rect width="10" height="10" fill="blue"/><text y="50">&outside;</text>`;
-  const drawing = path.join(folder, 'a.svg');
-  fs.writeFileSync(drawing, svg(images + more));
-  const entity = path.join(folder, 'b.svg');
-  fs.writeFileSync(
-    entity,
-    `<!DOCTYPE svg [<!ENTITY outside SYSTEM "secret.txt">]>${svg('<rect width="10" height="10" fill="blue"/><text y="50">&outside;</text>')}`,
-  );
-  fs.writeFileSync(drawing, svg(images + more.replace('&outside;', '')));
-  const { answers } = await preview(
-    t,
-    [drawing, entity].map((file) => [file, 200, path.join(folder, 'p')]),
-  );
-  const picture = answers[0][0][2];
-  const { channels } = await sharp(picture).stats();
-  assert.strictEqual(channels[0].max, 0, 'nothing is red');
-  assert.strictEqual(channels[2].max, 255, 'but something is drawn');
+  const server = await serve(t, (_question, answer) => answer.end(++requests));
+  const at = (name) => path.join(folder, name);
+  const red = { create: { width: 50, height: 50, channels: 3, background: '#f00' } };
+  await sharp(red).png().toFile(at('secret.png'));
+  fs.writeFileSync(at('style.css'), 'rect { fill: red }');
+  fs.writeFileSync(at('secret.txt'), 'secret');
+  const url = `${server}/a.png`;
+  const links = ['secret.png', at('secret.png'), `file://${at('secret.png')}`, url];
+  const images = links.map((link) => `<image xlink:href="${link}" width="200" height="100"/>`).join('');
+  const style = `<style>@import url("style.css"); @import url("${url}");</style><use xlink:href="${url}#x"/>`;
+  const blue = '<rect width="10" height="10" fill="blue"/>';
+  const entity = '<!DOCTYPE svg [<!ENTITY outside SYSTEM "secret.txt">]>';
+  fs.writeFileSync(at('a.svg'), svg(images + style + blue));
+  fs.writeFileSync(at('b.svg'), `${entity}${svg(`${blue}<text y="50">&outside;</text>`)}`);
+  const calls = ['a.svg', 'b.svg'].map((name) => [at(name), 200, at('p')]);
+  const [drawing, other] = (await preview(t, calls)).answers.map(([[, , picture]]) => picture);
+  const { channels } = await sharp(drawing).stats();
+  assert.deepStrictEqual([channels[0].max, channels[2].max], [0, 255], 'blue is drawn, red is not');
   // A drawing with an external entity is refused, or shown without it.
-  const other = answers[1][0][2];
-  if (other !== null)
-    assert.strictEqual(
-      (await sharp(other).extract({ left: 20, top: 20, width: 150, height: 60 }).stats()).channels[3].max,
-      0,
-    );
+  if (other !== null) {
+    const place = { left: 20, top: 20, width: 150, height: 60 };
+    assert.strictEqual((await sharp(other).extract(place).stats()).channels[3].max, 0);
+  }
   assert.strictEqual(requests, 0);
 });
 
@@ -189,71 +169,54 @@ test('without a preview the callback receives null', async (t) => {
     ['', 64, at('p')],
   ];
   const { answers } = await preview(t, calls);
-  assert.deepStrictEqual(
-    answers,
-    calls.map(() => [[false, true, null]]),
-  );
+  assert.deepStrictEqual(answers, Array(calls.length).fill([[false, true, null]]));
   assert.deepStrictEqual(fs.existsSync(at('p')) ? fs.readdirSync(at('p')) : [], []);
-});
-
-test('slow previews delay neither other previews nor background tasks', async (t) => {
-  const folder = temporaryDirectory(t);
-  const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
-  const contents = `<filter id="f">${noise.join('')}</filter><rect width="2000" height="2000" filter="url(#f)"/>`;
-  const drawing = path.join(folder, 'hostile.svg');
-  const letter = path.join(folder, 'letter.txt');
-  fs.writeFileSync(drawing, svg(contents, 'width="2000" height="2000"'));
-  fs.writeFileSync(letter, 'Dear Ann');
-  const child = startScript(
-    t,
-    `const { module: m, platform } = probe();
-     setInterval(() => {}, 1000);
-     const preview = (file, size, done) => m.generatePreview(file, size, ${JSON.stringify(folder)}, done);
-     for (let i = 0; i < 4; ++i) preview(${JSON.stringify(drawing)}, 2000 + i, () => console.log('hostile'));
-     platform.background(1, () => {
-       console.log('task');
-       preview(${JSON.stringify(letter)}, 64, (path) => {
-         console.log('letter', path !== null);
-         process.exit(0);
-       });
-     });`,
-  );
-  const { code } = await child.ended;
-  assert.deepStrictEqual([code, child.output.stdout], [0, 'task\nletter true\n']);
 });
 
 test('previews don’t block script, and may be unfinished when the process ends', async (t) => {
   const folder = temporaryDirectory(t);
   const file = path.join(folder, 'noise.png');
-  await sharp(require('crypto').randomBytes(2000 * 2000 * 3), { raw: { width: 2000, height: 2000, channels: 3 } })
-    .png()
+  const noise = require('crypto').randomBytes(2000 * 2000 * 3);
+  await sharp(noise, { raw: { width: 2000, height: 2000, channels: 3 } })
+    .png({ compressionLevel: 0 })
     .toFile(file);
-  const child = startScript(
+  const { code, stdout } = await plain.ends(
     t,
-    `const { module: m } = probe();
-     const start = Date.now();
-     for (let i = 0; i < 8; ++i) m.generatePreview(${JSON.stringify(file)}, 500 + i, ${JSON.stringify(folder)}, () => {});
-     console.log(Date.now() - start < 2000);
-     process.exit(0);`,
+    ({ native, print }, image, target) => {
+      const start = Date.now();
+      for (let i = 0; i < 8; ++i) native.generatePreview(image, 500 + i, target, () => {});
+      print(Date.now() - start < 2000);
+      process.exit(0);
+    },
+    file,
+    folder,
   );
-  const { code } = await child.ended;
-  assert.deepStrictEqual([code, child.output.stdout], [0, 'true\n']);
+  assert.deepStrictEqual([code, stdout], [0, 'true\n']);
 });
 
 // ---- The panel
 
-test('keys and buttons change the file in the panel, and the callback runs once after it is closed', async (t) => {
+test('the panel shows the preview; keys and buttons change the file; the callback runs once at its end', async (t) => {
   const folder = temporaryDirectory(t);
   const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
-  const contents = ['a text', svg('<rect width="200" height="100" fill="#f00"/>'), '\0\x01'];
+  const contents = ['a text', svg('<rect width="200" height="100" fill="#fe0102"/>'), '\0\x01'];
   files.forEach((file, index) => fs.writeFileSync(file, contents[index]));
   const closed = await inWindows(
     t,
-    async ({ clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown }, paths) => {
+    async (
+      { attempt, clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown },
+      paths,
+      screen,
+    ) => {
       const closed = [];
       native.quickLook(await open({ title: 'First' }), JSON.stringify(paths), 0, (...args) => closed.push(args));
       const panel = await shown('one.txt');
       await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
+      const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
+      await eventually(async () => {
+        await attempt('import', '-window', panel, screen);
+        return (await attempt('convert', screen, middle))?.startsWith('FE0102');
+      }, 'the picture');
       const press = async (x, name) => {
         const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
         await clickUntil(panel, [x, height - 22], () => search(name), name);
@@ -268,30 +231,9 @@ test('keys and buttons change the file in the panel, and the callback runs once 
       return closed;
     },
     files,
+    path.join(folder, 'screen.png'),
   );
   assert.deepStrictEqual(closed, [[files[0]]]);
-});
-
-test('the panel shows the preview of the file', async (t) => {
-  const folder = temporaryDirectory(t);
-  const file = path.join(folder, 'red.svg');
-  const picture = path.join(folder, 'screen.png');
-  fs.writeFileSync(file, svg('<rect width="200" height="100" fill="#fe0102"/>'));
-  const isShown = await inWindows(
-    t,
-    async ({ attempt, eventually, native, open, shown }, file, screen) => {
-      native.quickLook(await open({ title: 'First' }), JSON.stringify([file]), 0, () => {});
-      const panel = await shown('red.svg');
-      const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
-      return eventually(async () => {
-        await attempt('import', '-window', panel, screen);
-        return (await attempt('convert', screen, middle))?.startsWith('FE0102');
-      }, 'the picture');
-    },
-    file,
-    picture,
-  );
-  assert.strictEqual(isShown, true);
 });
 
 test('a second request or the end of its window closes the panel; without window or files it never opens', async (t) => {
@@ -326,13 +268,4 @@ test('a second request or the end of its window closes the panel; without window
     ['again', files[0]],
     ...['no window', 'no buffer', '[]', '{}', 'no JSON', '[1, null]'].map((name) => [name, null]),
   ]);
-});
-
-test('without a display the callback receives null', async (t) => {
-  const answer = await plain(t, async ({ eventually, native }) => {
-    let answer;
-    native.quickLook(Buffer.alloc(8), '["/etc/hostname"]', 0, (...args) => (answer = args));
-    return eventually(() => answer, 'the answer');
-  });
-  assert.deepStrictEqual(answer, [null]);
 });

@@ -1,18 +1,16 @@
 'use strict';
 
-// What the Services menus of other GNUstep applications offer, used from a second process, and services of others.
+// The services that the module offers to other GNUstep applications, used from a second process, and theirs.
 
 const assert = require('assert');
-const { execFile, execFileSync, spawn } = require('child_process');
+const { execFileSync } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
-const { promisify } = require('util');
 
 const { redirectGNUstep } = require('../host/gnustepHome');
-const { root, buildDirectory } = require('./support/addon');
+const { root } = require('./support/addon');
 const { eventually, node, temporaryDirectory } = require('./support/child');
-const { endWith } = require('./support/cleanup');
 const { scenarios } = require('./support/scenario');
 
 const provider = scenarios({ display: true, host: { argv0: 'TessaroHost' } });
@@ -71,54 +69,8 @@ test('another process searches, mails a selection, files, and to an address', as
   ]);
 });
 
-/** Another application with a note whose text is selected, and hands to use its Services menu with. */
-async function startNotes(t, home, text) {
-  const env = redirectGNUstep(home, { ...process.env, ...session.env, HOME: home });
-  const notes = spawn(path.join(buildDirectory, 'TessaroNotes'), ['-Text', text], { env, stdio: 'ignore' });
-  endWith(t, notes);
-  const xdotool = (...args) =>
-    promisify(execFile)('xdotool', args.flat().map(String), { env }).then(
-      ({ stdout }) => stdout.trim(),
-      () => '',
-    );
-  const id = await eventually(() => xdotool('search', '--onlyvisible', '--name', '^Notes$'), 'the note');
-  const countWindows = async () => (await xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
-  // In the window, from its upper left: the menu bar, then the menus beside each other, of which each opens on the
-  // way. GNUstep follows the mouse from where it has been, so it must arrive twice.
-  const move = (x, y) => ['mousemove', '--window', id, x - 4, y, 'sleep', 0.2, 'mousemove', '--window', id, x, y];
-  const press = ['sleep', 0.2, 'mousedown', 1, 'sleep', 0.2, 'mouseup', 1, 'sleep', 0.3];
-  return {
-    async choose(row) {
-      const before = await countWindows();
-      await xdotool(move(60, 10), press);
-      await eventually(async () => (await countWindows()) > before, 'the menu is open', 3000);
-      await xdotool(move(38, 30), 'sleep', 0.6, move(110, 30), 'sleep', 0.6, move(200, 30), 'sleep', 0.3);
-      await xdotool(move(230, 30 + 20 * row), press);
-    },
-  };
-}
-
-test('the items of another application’s Services menu are clicked', async (t) => {
-  const home = homeWithHost(t);
-  const child = await startProvider(t, home);
-  const notes = await startNotes(t, home, 'bob@example.org');
-  const cases = [
-    ['Mail Selection', ['compose', { ...empty, body: 'bob@example.org\n' }]],
-    ['Mail To', ['compose', { ...empty, to: [{ name: null, email: 'bob@example.org' }] }]],
-    ['Search Selection', ['search', 'bob@example.org']],
-  ];
-  for (const [row, [title, expected]] of cases.entries()) {
-    const before = child.reports.length;
-    for (let attempt = 0; attempt < 6 && child.reports.length === before; ++attempt) {
-      await notes.choose(row).catch(() => {});
-      await eventually(() => child.reports.length > before, title, 10000).catch(() => {});
-    }
-    assert.deepStrictEqual(child.reports.slice(before), [expected], title);
-  }
-});
-
-test('what is missing on the pasteboard is said by the error, and nothing happens', async (t) => {
-  const { errors, composed, searched, served } = await provider(t, async ({ composition, native }) => {
+test('a service without its data on the pasteboard gives an error, and does nothing', async (t) => {
+  const { errors, composed, searched, served } = await provider(t, ({ composition, native, sendMessage: send }) => {
     let [composed, searched] = [0, 0];
     native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
     native.setSearchServiceCallbackFunction(() => ++searched);
@@ -129,9 +81,10 @@ test('what is missing on the pasteboard is said by the error, and nothing happen
       errors.push(serve(method, text, null)[0], serve(method, files, ['/x'])[0]);
     }
     errors.push(serve('mailDocument', text, null)[0], serve('mailDocument', text, '/x')[0]);
-    const before = composition.messageCount();
+    const count = () => send('TsASOutgoingMessage', 'outgoingMessages').length;
+    const before = count();
     const served = ['mailSelection', 'searchSelection', 'mailTo'].map((method) => serve(method, text, 'x'));
-    served.push(serve('mailDocument', files, ['/x']), before, composition.messageCount());
+    served.push(serve('mailDocument', files, ['/x']), before, count());
     return { errors, composed, searched, served };
   });
   assert.deepStrictEqual(errors, [
@@ -157,25 +110,23 @@ function addApplication(home, name, message, program) {
   if (program !== undefined) fs.writeFileSync(path.join(bundle, name), program, { mode: 0o755 });
 }
 
-test('services that nobody offers, or that fail, are told by the log only', async (t) => {
+test('services that are not offered, or that fail, are logged', async (t) => {
   const home = temporaryDirectory(t);
   addApplication(home, 'Absent', 'mailTo');
   publish(home);
-  const log = await user.with({ home })(t, async ({ captureLog, capturedLog, flushLog, native }) => {
+  const warnings = await user.with({ home })(t, ({ captureLog, log, native }) => {
     captureLog();
     native.performService('', 'x');
     native.performService('Absent/Use', '');
     native.performService('Nobody/Nothing', 'x');
     native.performService('Absent/Use', 'x');
-    flushLog();
-    return capturedLog().map(({ flag, text }) => [flag, text.replace(/launch path .*/, '…')]);
+    return log(2).map((text) => text.replace(/launch path .*/, '…'));
   });
-  const warning = 2;
-  assert.deepStrictEqual(log, [
-    [warning, 'No Parameter found'],
-    [warning, 'No Parameter found'],
-    [warning, 'The service Nobody/Nothing failed: no application offers it'],
-    [warning, 'The service Absent/Use failed: NSTask - …'],
+  assert.deepStrictEqual(warnings, [
+    'No Parameter found',
+    'No Parameter found',
+    'The service Nobody/Nothing failed: no application offers it',
+    'The service Absent/Use failed: NSTask - …',
   ]);
 });
 

@@ -6,6 +6,7 @@ const assert = require('assert');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
+const { fileURLToPath } = require('url');
 
 const { Applications } = require('./support/applications');
 const { eventually, temporaryDirectory } = require('./support/child');
@@ -23,7 +24,7 @@ const share = (person, paths, rectangle = place) =>
 
 const isStarted = (applications, name) => fs.existsSync(applications.recordOf(name));
 
-// Menus have no names, but they are windows like others.
+// Menus are windows without a name.
 const countWindows = async (person) =>
   (await person.xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
 
@@ -54,94 +55,81 @@ function install(t) {
   applications.add('org.example.Both', { name: 'Both', types: ['text/plain', 'image/png'], argument: '%U' });
   // Takes no files, whatever types it lists.
   applications.add('org.example.Nothing', { name: 'Nothing', types: ['text/plain', 'image/png'], argument: '' });
-  applications.mimeApps(
-    '[Default Applications]\nx-scheme-handler/mailto=org.example.Mail.desktop\ntext/plain=org.example.Editor.desktop\nimage/png=org.example.Both.desktop\n',
-  );
+  const defaults = { 'x-scheme-handler/mailto': 'Mail', 'text/plain': 'Editor', 'image/png': 'Both' };
+  const lines = Object.entries(defaults).map(([type, name]) => `${type}=org.example.${name}.desktop\n`);
+  applications.mimeApps(`[Default Applications]\n${lines.join('')}`);
   return applications;
 }
 
-const hostile = `-a,b'c "$(touch pwned)" & é?#%20.txt`;
-
-test('mail programs, Bluetooth and applications get the files, without a shell', async (t) => {
+test('the menu of sharing targets', async (t) => {
   const applications = install(t);
   const folder = temporaryDirectory(t);
-  const files = [hostile, 'b.txt'].map((name) => path.join(folder, name));
-  for (const file of files) fs.writeFileSync(file, 'x');
+  const hostile = `-a,b'c "$(touch pwned)" & é?#%20.txt`;
+  const [text, other, picture] = [hostile, 'b.txt', 'b.png'].map((name) => path.join(folder, name));
+  const files = [text, other];
+  for (const file of [...files, picture]) fs.writeFileSync(file, 'x');
   const person = await startPerson(t, { env: applications.env });
-  const chosen = async (number, name, paths = files) => {
-    await choose(person, paths, number, () => isStarted(applications, name));
-    return applications.wordsOf(name);
-  };
 
-  const [link, ...more] = await chosen(0, 'org.example.Mail');
-  assert.deepStrictEqual(more, []);
-  const url = new URL(link);
-  assert.deepStrictEqual([url.protocol, url.searchParams.getAll('attach')], ['mailto:', files]);
+  await t.test('mail programs, Bluetooth and applications get the files, without a shell', async () => {
+    const chosen = async (number, name) => {
+      await choose(person, files, number, () => isStarted(applications, name));
+      return applications.wordsOf(name);
+    };
+    const [link, ...more] = await chosen(0, 'org.example.Mail');
+    const url = new URL(link);
+    assert.deepStrictEqual([url.protocol, url.searchParams.getAll('attach'), more], ['mailto:', files, []]);
 
-  const words = await chosen(1, 'org.mozilla.Thunderbird');
-  assert.deepStrictEqual(words.slice(0, 2), ['--new', '-compose']);
-  const [, list] = words[2].match(/^attachment='([^']*)'$/);
-  assert.deepStrictEqual(
-    list.split(',').map((uri) => require('url').fileURLToPath(uri)),
-    files,
-  );
+    const words = await chosen(1, 'org.mozilla.Thunderbird');
+    const [, list] = words[2].match(/^attachment='([^']*)'$/);
+    const attached = list.split(',').map((uri) => fileURLToPath(uri));
+    assert.deepStrictEqual([words.slice(0, 2), attached], [['--new', '-compose'], files]);
 
-  assert.deepStrictEqual(await chosen(2, 'bluetooth-sendto'), files);
-  // Below the separator.
-  assert.deepStrictEqual(await chosen(4, 'org.example.Editor'), files);
-  assert.deepStrictEqual(await chosen(5, 'org.example.Both'), files);
-  assert.ok(!fs.existsSync('pwned') && !fs.existsSync(path.join(folder, 'pwned')));
-});
-
-test('only targets that take every file are offered', async (t) => {
-  const applications = install(t);
-  const folder = temporaryDirectory(t);
-  const files = ['a.txt', 'b.png'].map((name) => path.join(folder, name));
-  for (const file of files) fs.writeFileSync(file, 'x');
-  const person = await startPerson(t, { env: applications.env });
-  await choose(person, [files[0], path.join(folder, 'missing'), 7, files[1]], 4, () =>
-    isStarted(applications, 'org.example.Both'),
-  );
-  assert.ok(!isStarted(applications, 'org.example.Editor'));
-  const log = await person.log();
-  assert.ok(log.some((text) => /There is no file .*missing to share/.test(text)));
-  assert.ok(log.some((text) => /There is no file 7 to share/.test(text)));
-});
-
-test('a click elsewhere closes the menu without starting anything', async (t) => {
-  const applications = install(t);
-  const file = path.join(temporaryDirectory(t), 'a.txt');
-  fs.writeFileSync(file, 'x');
-  const person = await startPerson(t, { env: applications.env });
-  const [content] = (await person.window('Mail', () => true)).views;
-  for (const rectangle of [place, { x: 1e9, y: -1e9 }, { x: 'left' }, {}]) {
-    const before = await countWindows(person);
-    await share(person, [file], rectangle);
-    await eventually(async () => (await countWindows(person)) > before, 'the menu is open');
-    await person.click(content.centre);
-    await person.goesOn();
-  }
-  assert.deepStrictEqual(
-    fs.readdirSync(applications.home).filter((name) => name.endsWith('.words')),
-    [],
-  );
-});
-
-test('requests that can’t be shared are logged', async (t) => {
-  const person = await startPerson(t);
-  await person.tell(({ native, window }) => {
-    native.shareFiles(Buffer.alloc(8), '[]', '{}');
-    native.shareFiles(window, '{"a', '{}');
-    native.shareFiles(window, '["/x"]', '[]');
-    native.shareFiles(window, '["/no/such/file"]', '{}');
+    assert.deepStrictEqual(await chosen(2, 'bluetooth-sendto'), files);
+    // Below the separator.
+    assert.deepStrictEqual(await chosen(4, 'org.example.Editor'), files);
+    assert.deepStrictEqual(await chosen(5, 'org.example.Both'), files);
+    assert.ok(!fs.existsSync('pwned') && !fs.existsSync(path.join(folder, 'pwned')));
   });
-  const log = (await person.log()).filter((text) => /share|parse/.test(text));
-  const expected = [
-    /^Need a window to share files from$/,
-    /^Couldn't parse paths {"a because of /,
-    /^Couldn't parse rectangle \[\] because of /,
-    /^There is no file \/no\/such\/file to share$/,
-    /^There are no files to share$/,
-  ];
-  expected.forEach((pattern, i) => assert.match(log[i], pattern));
+
+  await t.test('only targets that take every file are offered', async () => {
+    const paths = [text, path.join(folder, 'missing'), 7, picture];
+    await choose(person, paths, 4, () => isStarted(applications, 'org.example.Both'));
+    assert.deepStrictEqual(await applications.wordsOf('org.example.Both'), [text, picture]);
+    const log = await person.log();
+    for (const name of [path.join(folder, 'missing'), '7']) {
+      assert.ok(log.includes(`There is no file ${name} to share`), log.join('\n'));
+    }
+  });
+
+  await t.test('a click elsewhere closes the menu without starting a program', async () => {
+    const [content] = (await person.window('Mail', () => true)).views;
+    for (const rectangle of [place, { x: 1e9, y: -1e9 }, { x: 'left' }, {}]) {
+      const before = await countWindows(person);
+      await share(person, files, rectangle);
+      await eventually(async () => (await countWindows(person)) > before, 'the menu is open');
+      await person.click(content.centre);
+      await person.goesOn();
+    }
+    const started = fs.readdirSync(applications.home).filter((name) => name.endsWith('.words'));
+    assert.deepStrictEqual(started, []);
+  });
+
+  await t.test('invalid requests are logged', async () => {
+    const before = (await person.log()).length;
+    await person.tell(({ native, window }) => {
+      native.shareFiles(Buffer.alloc(8), '[]', '{}');
+      native.shareFiles(window, '{"a', '{}');
+      native.shareFiles(window, '["/x"]', '[]');
+      native.shareFiles(window, '["/no/such/file"]', '{}');
+    });
+    const log = (await person.log()).slice(before).filter((line) => /share|parse/.test(line));
+    const expected = [
+      /^Need a window to share files from$/,
+      /^Couldn't parse paths {"a because of /,
+      /^Couldn't parse rectangle \[\] because of /,
+      /^There is no file \/no\/such\/file to share$/,
+      /^There are no files to share$/,
+    ];
+    expected.forEach((pattern, i) => assert.match(log[i], pattern));
+  });
 });

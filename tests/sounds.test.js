@@ -8,7 +8,7 @@ const { test } = require('node:test');
 const { startClient } = require('./support/alerts');
 const { startAudioServer, tone } = require('./support/audio');
 const { startBus } = require('./support/bus');
-const { evaluate, eventually, temporaryDirectory } = require('./support/child');
+const { eventually, temporaryDirectory } = require('./support/child');
 const { startNotificationServer } = require('./support/notificationServer');
 const { scenarios } = require('./support/scenario');
 
@@ -24,8 +24,9 @@ function homeWithSounds(t, files) {
 const quiet = tone({ amplitude: 1000, seconds: 20 });
 const loud = tone({ amplitude: 16000, seconds: 20 });
 
-const soundNames = (t, options, source = 'm.getSoundNames()') =>
-  evaluate(t, `const { module: m } = probe(); console.log(JSON.stringify(${source}));`, options);
+const plain = scenarios();
+
+const soundNames = (t, options) => plain.with(options)(t, ({ native }) => native.getSoundNames());
 
 test('every playable sound is listed once, sorted case-sensitively', async (t) => {
   const home = homeWithSounds(t, {
@@ -46,7 +47,7 @@ test('every playable sound is listed once, sorted case-sensitively', async (t) =
   fs.symlinkSync(path.join(folder, 'nowhere.wav'), path.join(folder, 'link.wav'));
   fs.mkdirSync(path.join(folder, 'folder.wav'));
   const names = await soundNames(t, { home });
-  // Foundation compares characters that are composed as if they were not.
+  // Foundation compares decomposed characters.
   const own = ['Äther', 'Basso', 'Upper', 'Zoo', 'twice', 'two.dots', 'zebra'];
   assert.deepStrictEqual(
     names.filter((name) => own.includes(name)),
@@ -55,18 +56,24 @@ test('every playable sound is listed once, sorted case-sensitively', async (t) =
   assert.deepStrictEqual(names, [...new Set(names)]);
   const ascii = names.filter((name) => name !== 'Äther');
   assert.deepStrictEqual(ascii, [...ascii].sort());
-  for (const name of ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail'])
-    assert.ok(!names.includes(name), name);
-  // The theme of a desktop, and what comes with GNUstep.
-  for (const name of ['bell', 'message-new-instant', 'Ping', 'Tink']) assert.ok(names.includes(name), name);
+  const unplayable = ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail'];
+  const ofDesktopAndGNUstep = ['bell', 'message-new-instant', 'Ping', 'Tink'];
+  assert.deepStrictEqual(
+    [...unplayable, ...ofDesktopAndGNUstep].filter((name) => names.includes(name)),
+    ofDesktopAndGNUstep,
+  );
 });
 
-test('the list is made once in a process', async (t) => {
-  const home = homeWithSounds(t, {});
-  const late = path.join(home, 'Library', 'Sounds', 'late.wav');
-  const source = `[m.getSoundNames().push('x'), require('fs').writeFileSync(${JSON.stringify(late)}, Buffer.from('${quiet.subarray(0, 60).toString('hex')}', 'hex')),
-    m.getSoundNames().includes('late'), m.getSoundNames().includes('x')]`;
-  assert.deepStrictEqual((await soundNames(t, { home }, source)).slice(2), [false, false]);
+test('the list is made once in a process, and a sound whose file was deleted since is not played', async (t) => {
+  const home = homeWithSounds(t, { 'gone.wav': quiet });
+  const list = await plain.with({ home })(t, ({ fs, home: folder, native }) => {
+    const names = native.getSoundNames();
+    names.push('script’s own');
+    fs.renameSync(`${folder}/Library/Sounds/gone.wav`, `${folder}/Library/Sounds/late.wav`);
+    const listed = ['gone', 'late', 'script’s own'].filter((name) => native.getSoundNames().includes(name));
+    return [listed, native.playSoundWithName('gone')];
+  });
+  assert.deepStrictEqual(list, [['gone'], false]);
   assert.ok((await soundNames(t, { home })).includes('late'));
 });
 
@@ -77,10 +84,8 @@ test('sounds of the chosen desktop theme and of the themes it inherits from are 
   for (const [theme, inherits] of Object.entries(themes)) {
     const folder = path.join(data, 'sounds', theme, 'stereo');
     fs.mkdirSync(folder, { recursive: true });
-    fs.writeFileSync(
-      path.join(folder, '..', 'index.theme'),
-      `[Sound Theme]\nName=x\nDirectories=stereo\n${inherits}\n`,
-    );
+    const index = `[Sound Theme]\nName=x\nDirectories=stereo\n${inherits}\n`;
+    fs.writeFileSync(path.join(folder, '..', 'index.theme'), index);
     fs.writeFileSync(path.join(folder, `of-${theme}.wav`), quiet);
   }
   const config = path.join(home, 'config', 'gtk-3.0');
@@ -93,7 +98,7 @@ test('sounds of the chosen desktop theme and of the themes it inherits from are 
 
 test('sounds of the same name are equal', async (t) => {
   const pairs = [['/a/Ping.wav', 'b/Ping.oga'], ['Ping', 'ping'], ['Ping', null], [null, null]]; // prettier-ignore
-  const results = await scenarios()(
+  const results = await plain(
     t,
     ({ sendMessage: send }, all) =>
       all.map((pair) => {
@@ -119,30 +124,21 @@ test('a preview is audible, and the next one cuts it off', async (t) => {
   await eventually(() => audio.peak() > 12000, 'the loud sound is heard');
   await client.play('quiet');
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'only the quiet sound is heard');
-  assert.deepStrictEqual(
-    await client.tell(({ native }) =>
-      ['none', undefined, null, 3, '', 'loud\0', '../loud', {}].map(native.playSoundWithName),
-    ),
-    Array(8).fill(false),
+  const isPlayed = await client.tell(({ native }) =>
+    ['none', undefined, null, 3, '', 'loud\0', '../loud', {}].some(native.playSoundWithName),
   );
+  assert.strictEqual(isPlayed, false);
   assert.ok(audio.peak(200) > 500);
-  for (let i = 0; i < 5; ++i)
+  for (let i = 0; i < 5; ++i) {
     await client.tell(({ native }) => {
       for (let k = 0; k < 20; ++k) native.playSoundWithName(k % 2 ? 'quiet' : 'loud');
     });
+  }
   await eventually(() => audio.peak(200) > 500 && audio.peak(200) < 2000, 'the last of many is heard');
-  // The audio server may be gone.
   await audio.kill();
   await client.play('loud');
   await client.until(({ warnings }) => warnings().some((text) => text.startsWith("Couldn't play a sound: ")));
   assert.strictEqual(client.output.stderr, '');
-});
-
-test('a sound whose file was deleted is not played', async (t) => {
-  const home = homeWithSounds(t, { 'gone.wav': quiet });
-  const file = path.join(home, 'Library', 'Sounds', 'gone.wav');
-  const source = `[m.getSoundNames().includes('gone'), require('fs').rmSync(${JSON.stringify(file)}), m.playSoundWithName('gone')]`;
-  assert.deepStrictEqual(await soundNames(t, { home }, source), [true, null, false]);
 });
 
 test('alert sounds are played by the module if the notification server plays none', async (t) => {
@@ -153,8 +149,8 @@ test('alert sounds are played by the module if the notification server plays non
   const server = await startNotificationServer(t, bus, ['actions']);
   await client.deliver('silent');
   await server.shown('silent');
-  await client.deliver('nobody knows it', { sound: 'none' });
-  await server.shown('nobody knows it');
+  await client.deliver('of an unknown sound', { sound: 'none' });
+  await server.shown('of an unknown sound');
   assert.strictEqual(audio.peak(), 0);
   await client.deliver('heard', { sound: 'loud' });
   await eventually(() => audio.peak() > 12000, 'the alert is heard');
@@ -166,19 +162,13 @@ test('alert sounds are played by the module if the notification server plays non
 
 test('without an audio device playing fails with a log line only', async (t) => {
   const home = homeWithSounds(t, { 'quiet.wav': quiet });
-  const drivers = {
-    pulse: { PULSE_SERVER: 'unix:/nowhere' },
-    alsa: { CANBERRA_DRIVER: 'alsa' },
-    unknown: { CANBERRA_DRIVER: 'x' },
-  };
-  for (const [name, env] of Object.entries(drivers)) {
+  for (const env of [{ PULSE_SERVER: 'unix:/nowhere' }, { CANBERRA_DRIVER: 'alsa' }, { CANBERRA_DRIVER: 'x' }]) {
     const client = await startClient(t, { home, env });
     assert.strictEqual(await client.play('quiet'), true);
-    const warning = await client.warned();
-    assert.match(warning, /^Couldn't play a sound: ./);
+    assert.match(await client.warned(), /^Couldn't play a sound: ./);
     await client.tell(() => process.exit(0)).catch(() => {});
     const { code, stderr } = await client.ended;
-    assert.deepStrictEqual([name, code, stderr], [name, 0, '']);
+    assert.deepStrictEqual([code, stderr], [0, ''], JSON.stringify(env));
   }
 });
 

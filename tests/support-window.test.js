@@ -9,6 +9,7 @@ const { test } = require('node:test');
 
 const { eventually, temporaryDirectory } = require('./support/child');
 const { startPerson } = require('./support/dialogs');
+
 const title = 'Support and Feedback';
 const notification = 'TsSupportAndFeedbackMessageNotification';
 
@@ -37,79 +38,6 @@ async function contents(person) {
 
 const isEnabled = async (person, button) => (await person.button(title, button)).isEnabled;
 
-test('a sent message reaches the host with its texts and attachments', async (t) => {
-  const folder = temporaryDirectory(t);
-  const files = ['a "1".txt', 'zoë.png', 'c'].map((name) => path.join(folder, name));
-  for (const file of files) fs.writeFileSync(file, 'x');
-  const person = await start(t);
-  await open(
-    person,
-    'Zoë Lee',
-    'zoe@example.org',
-    null,
-    null,
-    JSON.stringify([files[0], folder, files[0], '/none', 7]),
-  );
-  assert.deepStrictEqual(await contents(person), ['Zoë Lee', 'zoe@example.org', '', '', ['a "1".txt']]);
-  assert.strictEqual(await isEnabled(person, 'Send'), false);
-
-  // The first empty field has the keyboard.
-  await person.type('It crashes');
-  await person.key('Tab');
-  await person.type('When I click.');
-  await person.key('Return');
-  await person.type('Twice.');
-  await eventually(() => isEnabled(person, 'Send'), 'Send can be clicked');
-  await attach(person, JSON.stringify(files));
-  assert.deepStrictEqual(
-    (await contents(person)).at(-1),
-    files.map((file) => path.basename(file)),
-  );
-
-  await person.until(
-    () => isEnabled(person, 'Remove'),
-    async () => person.click((await person.row(title, 'zoë.png')).centre),
-    'an attachment is selected',
-  );
-  await person.pressButton(title, 'Remove');
-  assert.strictEqual((await contents(person)).at(-1).length, 2);
-  await person.clickButton(title, 'Send', () => person.reports.length > 0);
-  const { log, attachments, ...texts } = await person.report(0);
-  assert.deepStrictEqual(texts, {
-    name: 'Zoë Lee',
-    email: 'zoe@example.org',
-    subject: 'It crashes',
-    message: 'When I click.\nTwice.',
-  });
-  assert.deepStrictEqual(JSON.parse(attachments), [files[0], files[2]]);
-  assert.match(fs.readFileSync(log, 'utf8'), /There is no file \/none to attach/);
-  await person.isGone(title);
-  assert.strictEqual(person.reports.length, 1);
-});
-
-test('opening the window again keeps its contents; cancelling clears them', async (t) => {
-  const file = path.join(temporaryDirectory(t), 'a.txt');
-  fs.writeFileSync(file, 'x');
-  const person = await start(t);
-  await open(person, 'A', 'a@x', 'First', 'Text', null);
-  await open(person, 'B', 'b@x', 'Second', 'Other', JSON.stringify([file]));
-  assert.deepStrictEqual(await contents(person), ['A', 'a@x', 'First', 'Text', ['a.txt']]);
-  assert.strictEqual((await person.windows()).filter((window) => window.title === title).length, 1);
-  await person.pressButton(title, 'Cancel');
-  await person.isGone(title);
-
-  await open(person, 'B', 'b@x', 'Second', null, null);
-  assert.deepStrictEqual(await contents(person), ['B', 'b@x', 'Second', '', []]);
-  await person.closeWindow(title);
-  await person.isGone(title);
-
-  // Attaching opens it too.
-  await attach(person, JSON.stringify([file]));
-  await person.window(title);
-  assert.deepStrictEqual(await contents(person), ['', '', '', '', ['a.txt']]);
-  assert.deepStrictEqual(person.reports, []);
-});
-
 const chooser = 'Attach Files';
 
 async function openChooser(person) {
@@ -120,38 +48,104 @@ async function openChooser(person) {
   return isOpen;
 }
 
-test('files are chosen in a dialog, and the log is attached only if ticked', async (t) => {
-  const file = path.join(temporaryDirectory(t), 'picture.png');
-  fs.writeFileSync(file, 'x');
+test('the support window', async (t) => {
   const person = await start(t);
-  await open(person, 'A', 'a@x', null, 'Text', null);
-  const isOpen = await openChooser(person);
-  // The dialog misses keys while it is new.
-  await person.until(
-    async () => (await contents(person)).at(-1).length === 1,
-    async () => {
-      if (!(await isOpen())) return;
-      await person.key('ctrl+a');
-      await person.type(file);
-      await person.key('Return');
-    },
-    'the file is attached',
-  );
-  await person.pressButton(title, 'Attach the log file');
-  await person.pressButton(title, 'Send');
-  const { log, attachments } = await person.report(0);
-  assert.strictEqual(log, undefined);
-  assert.deepStrictEqual(JSON.parse(attachments), [file]);
-});
 
-test('closing the window closes its dialog, and malformed lists of files are logged', async (t) => {
-  const person = await start(t);
-  await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
-  const isOpen = await openChooser(person);
-  await person.closeWindow(title);
-  await eventually(async () => !(await isOpen()), 'the dialog is gone');
-  assert.strictEqual(await attach(person, '[1'), null);
-  const log = await person.log();
-  assert.strictEqual(log.filter((text) => /^Couldn't parse attachments /.test(text)).length, 2);
-  await person.isGone(title);
+  await t.test('a sent message reaches the host with its texts and attachments', async () => {
+    const folder = temporaryDirectory(t);
+    const names = ['a "1".txt', 'zoë.png', 'c'];
+    const files = names.map((name) => path.join(folder, name));
+    for (const file of files) fs.writeFileSync(file, 'x');
+    const attached = JSON.stringify([files[0], folder, files[0], '/none', 7]);
+    await open(person, 'Zoë Lee', 'zoe@example.org', null, null, attached);
+    assert.deepStrictEqual(await contents(person), ['Zoë Lee', 'zoe@example.org', '', '', ['a "1".txt']]);
+    assert.strictEqual(await isEnabled(person, 'Send'), false);
+
+    // The first empty field has the keyboard.
+    await person.type('It crashes');
+    await person.key('Tab');
+    await person.type('When I click.');
+    await person.key('Return');
+    await person.type('Twice.');
+    await eventually(() => isEnabled(person, 'Send'), 'Send can be clicked');
+    await attach(person, JSON.stringify(files));
+    assert.deepStrictEqual((await contents(person)).at(-1), names);
+
+    await person.until(
+      () => isEnabled(person, 'Remove'),
+      async () => person.click((await person.row(title, 'zoë.png')).centre),
+      'an attachment is selected',
+    );
+    await person.pressButton(title, 'Remove');
+    assert.strictEqual((await contents(person)).at(-1).length, 2);
+    await person.clickButton(title, 'Send', () => person.reports.length > 0);
+    const { log, attachments, ...texts } = await person.report(0);
+    assert.deepStrictEqual(texts, {
+      name: 'Zoë Lee',
+      email: 'zoe@example.org',
+      subject: 'It crashes',
+      message: 'When I click.\nTwice.',
+    });
+    assert.deepStrictEqual(JSON.parse(attachments), [files[0], files[2]]);
+    assert.match(fs.readFileSync(log, 'utf8'), /There is no file \/none to attach/);
+    await person.isGone(title);
+    assert.strictEqual(person.reports.length, 1);
+  });
+
+  await t.test('opening the window again keeps its contents; cancelling clears them', async () => {
+    const file = path.join(temporaryDirectory(t), 'a.txt');
+    fs.writeFileSync(file, 'x');
+    await open(person, 'A', 'a@x', 'First', 'Text', null);
+    await open(person, 'B', 'b@x', 'Second', 'Other', JSON.stringify([file]));
+    assert.deepStrictEqual(await contents(person), ['A', 'a@x', 'First', 'Text', ['a.txt']]);
+    assert.strictEqual((await person.windows()).filter((window) => window.title === title).length, 1);
+    await person.pressButton(title, 'Cancel');
+    await person.isGone(title);
+
+    await open(person, 'B', 'b@x', 'Second', null, null);
+    assert.deepStrictEqual(await contents(person), ['B', 'b@x', 'Second', '', []]);
+    await person.closeWindow(title);
+    await person.isGone(title);
+
+    // Attaching opens it too.
+    await attach(person, JSON.stringify([file]));
+    await person.window(title);
+    assert.deepStrictEqual(await contents(person), ['', '', '', '', ['a.txt']]);
+    assert.strictEqual(person.reports.length, 1);
+    await person.pressButton(title, 'Cancel');
+    await person.isGone(title);
+  });
+
+  await t.test(
+    'files are chosen in a dialog, which closes with its window; malformed lists of files are logged',
+    async () => {
+      const file = path.join(temporaryDirectory(t), 'picture.png');
+      fs.writeFileSync(file, 'x');
+      await open(person, 'A', 'a@x', null, 'Text', null);
+      const isOpen = await openChooser(person);
+      const choose = async () => {
+        if (!(await isOpen())) return;
+        await person.key('ctrl+a');
+        await person.type(file);
+        await person.key('Return');
+      };
+      // The dialog misses keys while it is new.
+      await person.until(async () => (await contents(person)).at(-1).length === 1, choose, 'the file is attached');
+      await person.pressButton(title, 'Attach the log file');
+      await person.pressButton(title, 'Send');
+      const { log, attachments } = await person.report(1);
+      assert.strictEqual(log, undefined);
+      assert.deepStrictEqual(JSON.parse(attachments), [file]);
+      await person.isGone(title);
+
+      await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
+      const isOpenAgain = await openChooser(person);
+      await person.closeWindow(title);
+      await eventually(async () => !(await isOpenAgain()), 'the dialog is gone');
+      assert.strictEqual(await attach(person, '[1'), null);
+      const lines = (await person.log()).filter((text) => /^Couldn't parse attachments /.test(text));
+      assert.strictEqual(lines.length, 2);
+      await person.isGone(title);
+    },
+  );
 });

@@ -33,7 +33,7 @@ function makeContext() {
   };
 }
 
-// The script of a process. `act(i)` runs while a call may fail, and gives the module's reports; `check(i, told)` runs
+// The script of a process. `act(i)` runs while a call may fail, and gives the module's reports; `check(i, result)` runs
 // when no call fails any more, and throws when something is lost.
 const loop = ({ source, kinds, mostOf = {}, leastOf = {} }, begin) => `
   const fs = require('fs');
@@ -47,11 +47,11 @@ const loop = ({ source, kinds, mostOf = {}, leastOf = {} }, begin) => `
       ++round;
       say({ began: [kind, number] });
       arm(kind, number);
-      let told;
-      try { told = await act(round); } catch (error) { told = { error: String(error) }; }
+      let result;
+      try { result = await act(round); } catch (error) { result = { error: String(error) }; }
       const [calls, failures] = fs.readlinkSync('/torture/count').split(' ').map(Number);
       arm('none', 0);
-      await check(round, told);
+      await check(round, result);
       say({ ended: [kind, number], calls, failures });
       return failures > 0;
     };

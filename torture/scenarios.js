@@ -40,15 +40,15 @@ const keychain = {
           const isKept = written['ok?'] && warnings() === before;
           return [isKept, JSON.parse(m.getPasswordForAccount('ann'))];
         };
-        const check = async (i, told) => {
+        const check = async (i, result) => {
           const wanted = 'secret ' + i;
-          const isKept = told[0] === true;
+          const isKept = result[0] === true;
           const now = await eventually(() => {
             const answer = JSON.parse(m.getPasswordForAccount('ann'));
             return answer['ok?'] && answer;
           }, 'the keychain answers again');
-          if (now.password !== wanted && (isKept || now.password !== kept)) throw new Error('the password is lost: ' + JSON.stringify([told, now]));
-          if (told[1]?.['ok?'] && ![wanted, kept].includes(told[1].password)) throw new Error('another password: ' + JSON.stringify(told));
+          if (now.password !== wanted && (isKept || now.password !== kept)) throw new Error('the password is lost: ' + JSON.stringify([result, now]));
+          if (result[1]?.['ok?'] && ![wanted, kept].includes(result[1].password)) throw new Error('another password: ' + JSON.stringify(result));
           kept = now.password;
         };`,
     };
@@ -72,10 +72,10 @@ const settings = {
           m.setStartAtLogin(false);
           return m.setStartAtLogin(true);
         };
-        const check = async (i, told) => {
+        const check = async (i, result) => {
           if (!String(m.getUserDefault('key')).includes('value ' + i)) throw new Error('the default is ' + m.getUserDefault('key'));
           // When the state can't be read, it is reported as off.
-          if (told && !m.getStartAtLogin()) throw new Error('it no longer starts at login');
+          if (result && !m.getStartAtLogin()) throw new Error('it no longer starts at login');
           m.setStartAtLogin(true);
           if (!m.getStartAtLogin()) throw new Error('it can no longer start at login');
         };`,
@@ -94,11 +94,11 @@ const fileWriting = {
         const read = (file) => fs.existsSync(file) ? fs.readFileSync(file, 'utf8') : '';
         let before = ['', ''];
         const act = async (i) => [m.writeFile(one, Buffer.from('text ' + i), false), m.writeFile(all, Buffer.from(i + '\\n'), true)];
-        const check = async (i, told) => {
+        const check = async (i, result) => {
           const now = [read(one), read(all)];
           ['text ' + i, before[1] + i + '\\n'].forEach((wanted, place) => {
-            const isKept = told[place] === undefined;
-            if (now[place] !== wanted && (isKept || now[place] !== before[place])) throw new Error('lost: ' + JSON.stringify([told, now]));
+            const isKept = result[place] === undefined;
+            if (now[place] !== wanted && (isKept || now[place] !== before[place])) throw new Error('lost: ' + JSON.stringify([result, now]));
           });
           const rest = fs.readdirSync(${quoted(folder)}).filter((name) => name.startsWith('.new-'));
           if (rest.length > 0) throw new Error('left behind: ' + rest);
@@ -136,10 +136,10 @@ const alerts = {
           await new Promise((resolve) => setTimeout(resolve, 30));
           return refusals().slice(before);
         };
-        const check = async (i, told) => {
+        const check = async (i, result) => {
           if (!listed('scheduled').includes(name(i))) throw new Error('the alert is not scheduled');
           // The module logs a warning when an alert is not kept beyond the end of the process.
-          if (!told.some((text) => text.includes(name(i)) && !text.includes('now '))) fs.appendFileSync(${quoted(kept)}, name(i) + '\\n');
+          if (!result.some((text) => text.includes(name(i)) && !text.includes('now '))) fs.appendFileSync(${quoted(kept)}, name(i) + '\\n');
           await eventually(() => {
             show('again ' + name(i), null);
             return listed('delivered').length > 0;
@@ -224,7 +224,7 @@ const storeSave = {
     fs.writeFileSync(file, accountsStore([{ username: 'ann@example.org' }]).text());
     return {
       source: `
-        const { module: m, migration: { send } } = probe();
+        const { module: m, sendMessage: send } = probe();
         const open = () => send(send('TsAccounts', 'alloc'), 'initWithPath:', ${quoted(file)});
         const bookmarks = () => send(send(open(), 'all')[0], 'bookmarksOrdered').map((each) => send(each, 'title'));
         let before = [];
@@ -304,13 +304,13 @@ const crashRecord = {
           child.stdout.on('data', (text) => (output += text));
           child.on('close', (code, signal) => resolve({ output, code, signal }));
         });
-                // Only the calls of the process that crashes count.
+        // Only the calls of the process that crashes count.
         fs.openSync = (file) => armLater(...file.split('/').slice(2));
         fs.readlinkSync = () => fs.readFileSync(counts, 'utf8');
         let tried;
         const act = async () => run(${quoted(crash)}, { FAILING: (tried = failing) });
         const check = async (i, { signal, code }) => {
-                    if (signal !== 'SIGSEGV') throw new Error('the process ended with ' + (signal ?? code));
+          if (signal !== 'SIGSEGV') throw new Error('the process ended with ' + (signal ?? code));
           const { output, signal: other } = await run(${quoted(report)}, { FAILING: 'none 0', LD_PRELOAD: '' });
           const reports = Number(output);
           if (other !== null || reports > 1 || (tried.startsWith('none') && reports !== 1)) throw new Error(reports + ' reports, ' + other);

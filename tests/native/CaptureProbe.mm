@@ -10,27 +10,18 @@ NSWindow* WindowNamed(NSString* title) {
   return nil;
 }
 
-template <typename Condition>
-NSView* FindView(NSView* view, const Condition& condition) {
-  if (condition(view)) return view;
+TsAnnotationView* CanvasIn(NSView* view) {
+  if (TsAnnotationView* canvas = As<TsAnnotationView>(view)) return canvas;
   for (NSView* subview in [view subviews]) {
-    if (NSView* found = FindView(subview, condition)) return found;
+    if (TsAnnotationView* canvas = CanvasIn(subview)) return canvas;
   }
   return nil;
 }
 
-NSButton* ButtonOf(NSString* window, NSString* title) {
-  NSView* button = FindView([WindowNamed(window) contentView],
-                            [title](NSView* view) { return [[As<NSButton>(view) title] isEqual:title]; });
-  return static_cast<NSButton*>(button);
-}
-
-bool isEnabled(NSString* window, NSString* button) { return [ButtonOf(window, button) isEnabled] != NO; }
-
 // On the editor's canvas, between points that an image in its own size has from the upper left.
 void drag(NSString* title, double fromX, double fromY, double toX, double toY) {
   NSWindow* window = WindowNamed(title);
-  NSView* canvas = FindView([window contentView], [](NSView* view) { return As<TsAnnotationView>(view) != nil; });
+  NSView* canvas = CanvasIn([window contentView]);
   const auto send = [window, canvas](NSEventType type, SEL handler, double x, double y) {
     const NSPoint point = [canvas convertPoint:NSMakePoint(x, NSHeight([canvas bounds]) - y) toView:nil];
     NSEvent* event = [NSEvent mouseEventWithType:type
@@ -55,7 +46,6 @@ void insert(NSString* window, NSString* text) { [[WindowNamed(window) fieldEdito
 }  // namespace
 
 void AttachCaptureProbe(v8::Local<v8::Object> exports) {
-  PROBE(isEnabled);
   PROBE(drag);
   PROBE(insert);
 }

@@ -46,7 +46,10 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
     @"centre" : CentreOnDisplay(view, [view bounds]),
     @"size" : @[ @([view bounds].size.width), @([view bounds].size.height) ],
   }];
-  if ([view isKindOfClass:[NSButton class]]) [description setObject:[(NSButton*)view title] forKey:@"title"];
+  if ([view isKindOfClass:[NSButton class]]) {
+    [description setObject:[(NSButton*)view title] forKey:@"title"];
+    [description setObject:[(NSButton*)view keyEquivalent] forKey:@"key"];
+  }
   if ([view isKindOfClass:[NSPopUpButton class]]) {
     [description setObject:[(NSPopUpButton*)view itemTitles] forKey:@"items"];
   }

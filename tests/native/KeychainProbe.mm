@@ -28,8 +28,6 @@ void setDeadlines(int reply, int prompt) {
   Deadlines() = {std::chrono::milliseconds(reply), std::chrono::milliseconds(prompt)};
 }
 
-id serviceName() { return [[TsKeychain sharedInstance] service]; }
-
 id get(NSString* service, NSString* account) { return [Keychain(service) passwordForAccount:account]; }
 
 id set(NSString* service, NSString* account, NSString* password) {
@@ -48,21 +46,17 @@ void setTransient(NSString* account, NSString* password) {
   [[TsTransientKeychain sharedInstance] setPassword:password forAccount:account];
 }
 
-id getTransient(NSString* account) { return [[TsTransientKeychain sharedInstance] passwordForAccount:account]; }
-
 int countTransient() { return static_cast<int>([[[TsTransientKeychain sharedInstance] passwordsByAccount] count]); }
 
 }  // namespace
 
 void AttachKeychainProbe(v8::Local<v8::Object> exports) {
   PROBE(setDeadlines);
-  PROBE(serviceName);
   PROBE(get);
   PROBE(set);
   PROBE(erase);
   PROBE(removeAll);
   PROBE(accounts);
   PROBE(setTransient);
-  PROBE(getTransient);
   PROBE(countTransient);
 }

@@ -52,7 +52,7 @@ class ScriptCallback {
 
 [[nodiscard]] inline id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
-// Values of JSON, between script and a probe. Nil is undefined.
+// Values of JSON, between script and a probe. Nil is undefined; other objects have a handle in script.
 void ReturnObject(ProbeArguments args, id value);
 [[nodiscard]] id ObjectFromScript(v8::Local<v8::Value> value);
 

@@ -1,3 +1,8 @@
+#import <objc/runtime.h>
+
+#include <vector>
+
+#include "Base/Ref.h"
 #include "Probe.h"
 #include "TessaroNative/StartUp.h"
 #include "Utilities/TsJSON.h"
@@ -36,6 +41,57 @@ void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::L
   attach("capture", AttachCaptureProbe);
 }
 
+// Objects that script has seen, each once, by their handles.
+std::vector<Ref<NSObject>>& Known() {
+  static std::vector<Ref<NSObject>> known;
+  return known;
+}
+
+std::size_t HandleOf(NSObject* object) {
+  auto& known = Known();
+  for (std::size_t i = 0; i < known.size(); ++i) {
+    if (known[i].get() == object) return i;
+  }
+  known.push_back(Retain(object));
+  return known.size() - 1;
+}
+
+id Described(id object);
+
+NSArray* DescribedAll(id objects) {
+  NSMutableArray* all = [NSMutableArray array];
+  for (id each in objects) [all addObject:Described(each)];
+  return all;
+}
+
+// As JSON: dates as seconds since 2001, data as Base64, other objects by their handles.
+id Described(id object) {
+  if (object == nil) return [NSNull null];
+  for (Class known in @[ [NSString class], [NSNumber class], [NSNull class] ]) {
+    if ([object isKindOfClass:known]) return object;
+  }
+  if (NSDate* date = As<NSDate>(object)) return @([date timeIntervalSinceReferenceDate]);
+  if (NSData* data = As<NSData>(object)) return [data base64EncodedStringWithOptions:0];
+  if (NSDictionary* dictionary = As<NSDictionary>(object)) {
+    return [NSDictionary dictionaryWithObjects:DescribedAll([dictionary allValues]) forKeys:[dictionary allKeys]];
+  }
+  for (Class collection in @[ [NSArray class], [NSSet class], [NSOrderedSet class] ]) {
+    if ([object isKindOfClass:collection]) return DescribedAll(object);
+  }
+  return @{@"handle" : @(HandleOf(object)), @"class" : @(object_getClassName(object))};
+}
+
+id ObjectOf(id value) {
+  if (NSNumber* handle = [As<NSDictionary>(value) objectForKey:@"handle"])
+    return Known()[[handle unsignedIntegerValue]];
+  if (NSArray* values = As<NSArray>(value)) {
+    NSMutableArray* objects = [NSMutableArray array];
+    for (id each in values) [objects addObject:ObjectOf(each)];
+    return objects;
+  }
+  return value;
+}
+
 }  // namespace
 
 void ScriptCallback::operator()(std::string_view text) const {
@@ -51,7 +107,8 @@ void ScriptCallback::operator()(std::string_view text) const {
 // JSON needs a container around it.
 void ReturnObject(ProbeArguments args, id value) {
   v8::Local<v8::String> text;
-  if (value == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(@[ value ])).ToLocal(&text)) return;
+  if (value == nil || !ToScriptString(args.GetIsolate(), TsConvertToJSONString(@[ Described(value) ])).ToLocal(&text))
+    return;
   const auto context = args.GetIsolate()->GetCurrentContext();
   const auto box = v8::JSON::Parse(context, text).ToLocalChecked().As<v8::Array>();
   args.GetReturnValue().Set(box->Get(context, 0).ToLocalChecked());
@@ -62,7 +119,7 @@ id ObjectFromScript(v8::Local<v8::Value> value) {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();
   const auto box = v8::Array::New(isolate, &value, 1);
   const auto text = v8::JSON::Stringify(isolate->GetCurrentContext(), box).ToLocalChecked();
-  return [TsConvertFromJSONString(convertToNSString(text), nullptr) objectAtIndex:0];
+  return ObjectOf([TsConvertFromJSONString(convertToNSString(text), nullptr) objectAtIndex:0]);
 }
 
 v8::Local<v8::Object> AddProbeObject(v8::Local<v8::Object> parent, const char* name) {

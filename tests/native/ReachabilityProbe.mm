@@ -36,30 +36,8 @@ TsReachability* MonitorOf(id target) {
   return Adopt([[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(flags)]).Autoreleased();
 }
 
-// Every query of a target's monitor; nil where there can be no monitor.
-id query(id target) {
-  TsReachability* monitor = MonitorOf(target);
-  if (monitor == nil) return [NSNull null];
-  NSMutableDictionary* answers = [NSMutableDictionary dictionary];
-  for (NSString* name in @[
-         @"isReachable", @"isConnected", @"isReachableViaWWAN", @"isReachableViaWiFi", @"isConnectionRequired",
-         @"connectionRequired", @"isConnectionOnDemand", @"isInterventionRequired", @"reachableOnWWAN"
-       ]) {
-    using Query = BOOL (*)(id, SEL);
-    const SEL selector = NSSelectorFromString(name);
-    const auto answer = reinterpret_cast<Query>([monitor methodForSelector:selector])(monitor, selector);
-    [answers setObject:Truth(answer != NO) forKey:name];
-  }
-  [answers addEntriesFromDictionary:@{
-    @"startNotifier" : Truth([monitor startNotifier] && [monitor startNotifier]),
-    @"status" : @(static_cast<int>([monitor currentReachabilityStatus])),
-    @"flags" : @([monitor reachabilityFlags]),
-    @"string" : [monitor currentReachabilityString],
-    @"description" : [monitor description],
-  }];
-  [monitor stopNotifier];
-  return answers;
-}
+// Nil where there can be no monitor.
+id monitor(id target) { return MonitorOf(target); }
 
 struct Seen {
   std::string text;
@@ -77,8 +55,7 @@ Seen& WhatIsSeen() {
   return seen;
 }
 
-// Starts a monitor that nobody but itself keeps. seen() tells which of its blocks have been called; a "!" follows what
-// came on the main thread.
+// Starts a monitor that only itself keeps. seen() gives the calls of its blocks; "!" marks those on the main thread.
 bool watch(NSString* target) {
   TsReachability* monitor = MonitorOf(target);
   [monitor setReachableBlock:[](TsReachability*) { WhatIsSeen().Add("reachable"); }];
@@ -98,7 +75,7 @@ std::string seen() {
 }  // namespace
 
 void AttachReachabilityProbe(v8::Local<v8::Object> exports) {
-  PROBE(query);
+  PROBE(monitor);
   PROBE(watch);
   PROBE(seen);
 }

@@ -1,6 +1,6 @@
 'use strict';
 
-// Where the built add-ons are, and how tests load them.
+// Loads the built add-ons.
 
 const path = require('path');
 

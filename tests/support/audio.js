@@ -1,6 +1,6 @@
 'use strict';
 
-// An audio server of the test's own, without a sound card: what is played can be recorded, and is not heard.
+// An audio server of the test's own, without a sound card, and a recording of its output.
 
 const { spawn } = require('child_process');
 const fs = require('fs');
@@ -34,32 +34,24 @@ async function startAudioServer(test, directory) {
   };
   await eventually(() => fs.existsSync(socket), 'the audio server listens');
 
-  const recorder = spawn(
-    'parec',
-    ['--device=nowhere.monitor', '--format=s16le', '--rate=8000', '--channels=1', '--latency-msec=20'],
-    {
-      env: environment,
-      stdio: ['ignore', 'pipe', 'ignore'],
-    },
-  );
+  const format = ['--format=s16le', '--rate=8000', '--channels=1', '--latency-msec=20'];
+  const stdio = ['ignore', 'pipe', 'ignore'];
+  const recorder = spawn('parec', ['--device=nowhere.monitor', ...format], { env: environment, stdio });
   endWith(test, recorder);
-  let recorded = [];
+  const recorded = [];
   recorder.stdout.on('data', (bytes) => recorded.push(bytes));
   await eventually(() => recorded.length > 0, 'the recording runs');
   return {
     env,
     kill,
     pause: () => server.kill('SIGSTOP'),
-    /** Forgets what was recorded so far. */
-    rewind: () => (recorded = []),
     /** The loudest sample of the recording's end, or of all of it. */
     peak(milliseconds = Infinity) {
       const bytes = Buffer.concat(recorded);
-      const samples = Math.min(milliseconds * 8, Math.floor(bytes.length / sampleBytes));
+      const samples = Math.floor(bytes.length / sampleBytes);
       let most = 0;
-      for (let i = 1; i <= samples; ++i) {
-        const at = (Math.floor(bytes.length / sampleBytes) - i) * sampleBytes;
-        most = Math.max(most, Math.abs(bytes.readInt16LE(at)));
+      for (let i = Math.max(0, samples - milliseconds * 8); i < samples; ++i) {
+        most = Math.max(most, Math.abs(bytes.readInt16LE(i * sampleBytes)));
       }
       return most;
     },

@@ -40,42 +40,32 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
   );
   daemon.stdin.end('keyring');
   const ended = endWith(test, daemon);
-  const kill = async (signal = 'SIGKILL') => {
-    daemon.kill(signal);
-    await ended;
-  };
+  const send = (...call) => dbusSend(environment, ...call);
+  const service = (method, ...args) =>
+    send('/org/freedesktop/secrets', `org.freedesktop.Secret.Service.${method}`, ...args);
   const isLocked = async () => {
     const question = ['string:org.freedesktop.Secret.Collection', 'string:Locked'];
-    const answer = dbusSend(environment, collection, 'org.freedesktop.DBus.Properties.Get', ...question);
+    const answer = send(collection, 'org.freedesktop.DBus.Properties.Get', ...question);
     return (await answer.catch(() => '')).match(/boolean (\w+)/)?.[1];
   };
   await eventually(async () => (await isLocked()) === String(!isUnlocked), 'the keyring is there');
   return {
     address: ownBus.address,
     bus: ownBus,
-    kill,
+    async kill() {
+      daemon.kill('SIGKILL');
+      await ended;
+    },
     pause: () => daemon.kill('SIGSTOP'),
     resume: () => daemon.kill('SIGCONT'),
-    lock: () =>
-      dbusSend(
-        environment,
-        '/org/freedesktop/secrets',
-        'org.freedesktop.Secret.Service.Lock',
-        `array:objpath:${collection}`,
-      ),
-    // Items are kept in memory only from now on, which is a hundred times quicker.
-    useMemory: () =>
-      dbusSend(
-        environment,
-        '/org/freedesktop/secrets',
-        'org.freedesktop.Secret.Service.SetAlias',
-        'string:default',
-        'objpath:/org/freedesktop/secrets/collection/session',
-      ),
-    /** Another program at the same keyring: what `secret-tool` prints. */
+    lock: () => service('Lock', `array:objpath:${collection}`),
+    /** Keeps items in memory only from now on, which is a hundred times quicker. */
+    useMemory: () => service('SetAlias', 'string:default', 'objpath:/org/freedesktop/secrets/collection/session'),
+    /** Runs `secret-tool` at the keyring, and gives its output. */
     async secretTool(args, input = '') {
       const child = run('secret-tool', args, { env: environment, encoding: 'buffer' });
-      child.child.stdin.end(input);
+      // A lookup reads no input, and may have ended.
+      child.child.stdin.on('error', () => {}).end(input);
       return (await child.catch((error) => error)).stdout;
     },
   };

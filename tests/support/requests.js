@@ -28,7 +28,7 @@ async function listen(test, server, scheme = 'http') {
 /** An HTTP server that answers with `handler`. */
 const serve = (test, handler) => listen(test, http.createServer(handler));
 
-// What the requesting process runs: `request()` gives every event of a request, in order.
+// Source for the requesting process: `request()` gives every event of a request, in order.
 const client = `
 const { module: m } = probe();
 function request(url, options, prepare = () => {}) {
@@ -69,7 +69,7 @@ function request(test, requests, options) {
   );
 }
 
-/** The texts of the "data" events that a body gives when it arrives in one piece, and the rest of a plain answer. */
+/** The events of a response whose body arrives in one piece. */
 const whole = (status, body) => [
   ['started'],
   ['response', true, status],
@@ -77,13 +77,13 @@ const whole = (status, body) => [
   ['end', true, body],
 ];
 
+/** The number in the description of an error. */
+const codeOf = (description) => Number(description.match(/^Error Domain=NSURLErrorDomain Code=(-\d+) "/)?.[1]);
+
 /** The last event: ["end", body], or ["error", number]. */
 const outcome = (events) => {
-  const [name, ...values] = events.at(-1);
-  return [
-    name,
-    name === 'end' ? values[1] : Number(values[0].match(/^Error Domain=NSURLErrorDomain Code=(-\d+) "/)?.[1]),
-  ];
+  const [name, first, body] = events.at(-1);
+  return [name, name === 'end' ? body : codeOf(first)];
 };
 
-module.exports = { client, listen, serve, request, evaluateRequests, outcome, whole };
+module.exports = { client, listen, serve, request, evaluateRequests, codeOf, outcome, whole };
