@@ -284,13 +284,13 @@ test('the object comes back with the bus, and is missing without one', async (t)
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 0), `o "${messagePath(0)}"`);
 });
 
-test('without a display and a bus there are no groups and no messages', async (t) => {
-  const result = await scenarios({ host: true })(t, ({ native, sendMessage: send }) => [
-    native.recipientsForGroupName('x'),
-    send('TsASOutgoingMessage', 'outgoingMessages').length,
-  ]);
-  assert.deepStrictEqual(result, [null, 0]);
-});
+scenarios({ host: true }).test(
+  'without a display and a bus there are no groups and no messages',
+  ({ equal, native, sendMessage: send }) => {
+    equal(native.recipientsForGroupName('x'), null);
+    equal(send('TsASOutgoingMessage', 'outgoingMessages'), []);
+  },
+);
 
 // ---- In the process itself, as Cocoa's scripting does
 
@@ -301,56 +301,60 @@ const objects = inProcess.with({
   }),
 });
 
-test('a message begins empty and takes rich text', async (t) => {
-  const [defaults, elements, composed] = await objects(t, ({ make, native, send }) => {
-    const keys = [
-      ...['id', 'sender', 'subject', 'content', 'directlySend', 'optimizeAttachments', 'didSetOptimizeAttachments'],
-      ...['toRecipients', 'ccRecipients', 'bccRecipients', 'mailAttachments'],
-      ...['imageAttachMethod', 'imageFileType', 'imageSize', 'messageSignature.name'],
-    ];
-    const message = make();
-    const defaults = keys.map((key) => send(message, 'valueForKeyPath:', key));
-    const elements = [['Recipient', 'name'], ['Recipient', 'address'], ['Attachment', 'path']]; // prettier-ignore
-    const composed = [];
-    native.setComposeOutgoingMessageCallbackFunction((text) => composed.push(JSON.parse(text).body));
-    for (const text of ['a\nb', 'a\r\nb\n', 'a\rb', 'a\u2029b', '', '\n\n', 'ä😀']) {
-      send(message, 'setContent:', send(send('NSAttributedString', 'alloc'), 'initWithString:', text));
-      send(message, 'handleComposeScriptCommand:', null);
-    }
-    return [defaults, elements.map(([kind, key]) => send(make(kind), key)), composed];
-  });
-  const noElements = [[], [], [], []];
-  assert.deepStrictEqual(defaults, [0, '', '', '', 0, 1, 0, ...noElements, null, null, null, null]);
-  assert.deepStrictEqual(elements, ['', '', '']);
-  assert.deepStrictEqual(composed, ['a\nb\n', 'a\r\nb\n', 'a\r\nb\n', 'a\u2029\nb\n', null, '\n\n', 'ä😀\n']);
+objects.test('a message begins empty and takes rich text', ({ equal, getAll, make, native, send }) => {
+  const message = make();
+  equal(getAll(message, 'id', 'sender', 'subject', 'content'), [0, '', '', '']);
+  equal(getAll(message, 'directlySend', 'optimizeAttachments', 'didSetOptimizeAttachments'), [0, 1, 0]);
+  equal(getAll(message, 'toRecipients', 'ccRecipients', 'bccRecipients', 'mailAttachments'), [[], [], [], []]);
+  equal(getAll(message, 'imageAttachMethod', 'imageFileType', 'imageSize'), [null, null, null]);
+  equal(getAll(message, 'messageSignature.name'), [null]);
+  equal([...getAll(make('Recipient'), 'name', 'address'), ...getAll(make('Attachment'), 'path')], ['', '', '']);
+  const texts = {
+    'a\nb': 'a\nb\n',
+    'a\r\nb\n': 'a\r\nb\n',
+    'a\rb': 'a\r\nb\n',
+    'a\u2029b': 'a\u2029\nb\n',
+    '': undefined,
+    '\n\n': '\n\n',
+    'ä😀': 'ä😀\n',
+  };
+  const composed = [];
+  native.setComposeOutgoingMessageCallbackFunction((json) => composed.push(JSON.parse(json).body));
+  for (const text of Object.keys(texts)) {
+    send(message, 'setContent:', send(send('NSAttributedString', 'alloc'), 'initWithString:', text));
+    send(message, 'handleComposeScriptCommand:', null);
+  }
+  equal(composed, Object.values(texts));
 });
 
-test('the specifiers of a message and of its elements lead to them', async (t) => {
-  const [specified, isReplaced] = await objects(t, ({ make, send }) => {
-    const application = send('NSApplication', 'sharedApplication');
-    const elements = { toRecipients: 3, ccRecipients: 2, bccRecipients: 1, mailAttachments: 2 };
-    const message = make();
-    const found = (object) => send(send(object, 'objectSpecifier'), 'objectsByEvaluatingSpecifier').handle;
-    const isSpecified = (key) =>
-      send(message, key).every(
-        (each) => send(send(each, 'objectSpecifier'), 'key') === key && found(each) === each.handle,
-      );
-    const areSpecified = () => found(message) === message.handle && Object.keys(elements).every(isSpecified);
-    send(application, 'setOutgoingMessages:', [message]);
-    for (const [key, count] of Object.entries(elements)) {
-      const all = Array.from({ length: count }, () => make(key === 'mailAttachments' ? 'Attachment' : 'Recipient'));
-      send(message, `set${key[0].toUpperCase()}${key.slice(1)}:`, all);
+objects.test('the specifiers of a message and of its elements lead to them', ({ equal, get, make, send }) => {
+  const application = send('NSApplication', 'sharedApplication');
+  const elements = { ToRecipients: 3, CcRecipients: 2, BccRecipients: 1, MailAttachments: 2 };
+  const keyOf = (name) => name[0].toLowerCase() + name.slice(1);
+  const message = make();
+  const isFound = (object) => equal(get(object, 'objectSpecifier.objectsByEvaluatingSpecifier'), object);
+  const expectSpecified = (count) => {
+    isFound(message);
+    for (const key of Object.keys(elements).map(keyOf)) {
+      for (const each of get(message, key)) {
+        isFound(each);
+        equal(get(each, 'objectSpecifier.key'), key);
+      }
     }
-    const specified = [areSpecified()];
-    send(message, 'insertObject:inToRecipientsAtIndex:', make('Recipient'), 1);
-    specified.push(areSpecified(), send(message, 'toRecipients').length);
-    send(message, 'removeObjectFromToRecipientsAtIndex:', 0);
-    specified.push(areSpecified(), send(message, 'toRecipients').length);
-    send(application, 'setOutgoingMessages:', []);
-    return [specified, send(application, 'outgoingMessages').length === 0];
-  });
-  assert.deepStrictEqual(specified, [true, true, 4, true, 3]);
-  assert.ok(isReplaced);
+    equal(get(message, 'toRecipients').length, count);
+  };
+  send(application, 'setOutgoingMessages:', [message]);
+  for (const [name, count] of Object.entries(elements)) {
+    const made = Array.from({ length: count }, () => make(name.match(/Recipient|Attachment/)[0]));
+    send(message, `set${name}:`, made);
+  }
+  expectSpecified(3);
+  send(message, 'insertObject:inToRecipientsAtIndex:', make('Recipient'), 1);
+  expectSpecified(4);
+  send(message, 'removeObjectFromToRecipientsAtIndex:', 0);
+  expectSpecified(3);
+  send(application, 'setOutgoingMessages:', []);
+  equal(send(application, 'outgoingMessages'), []);
 });
 
 test('paths of attachments are normalised', (t) => {

@@ -272,28 +272,26 @@ test('foreign files and forged records in the directory are harmless', async (t)
   assert.ok(!fs.existsSync(path.join(directory, 'rubbish.crash')));
 });
 
-test('without a writable directory the failure is logged, and breadcrumbs are posted', async (t) => {
-  const home = temporaryDirectory(t);
-  fs.mkdirSync(path.join(home, 'state', 'TessaroHost'), { recursive: true });
-  fs.writeFileSync(path.join(home, 'state', 'TessaroHost', 'crashes'), '');
-  const [log, levels] = await inHome(home)(t, async ({ breadcrumbs, captureLog, capturedLog, native, settle }) => {
+application.test(
+  'without a writable directory the failure is logged, and breadcrumbs are posted',
+  async ({ assert, breadcrumbs, captureLog, capturedLog, equal, fs, home, native, settle }) => {
+    fs.mkdirSync(`${home}/state/TessaroHost`, { recursive: true });
+    fs.writeFileSync(`${home}/state/TessaroHost/crashes`, '');
     captureLog();
     native.setupCrashReporter();
     await settle();
-    return [capturedLog().map(({ flag, text }) => `${flag} ${text}`), breadcrumbs.map(({ level }) => level)];
-  });
-  assert.match(log[0], /^1 Unable to start crash handler! no record can be made in .*crashes: Not a directory$/);
-  assert.deepStrictEqual(log.slice(1), ['4 Crash handler installed.']);
-  assert.deepStrictEqual(levels, ['error', 'info']);
-});
+    const [failure, ...others] = capturedLog().map(({ flag, text }) => `${flag} ${text}`);
+    assert.match(failure, /^1 Unable to start crash handler! no record can be made in .*crashes: Not a directory$/);
+    equal(others, ['4 Crash handler installed.']);
+    const levels = breadcrumbs.map(({ level }) => level);
+    equal(levels, ['error', 'info']);
+  },
+);
 
-test('testCrash() only warns before the reporter is set up', async (t) => {
-  const warnings = await plain(t, ({ captureLog, log, native }) => {
-    captureLog();
-    native.testCrash();
-    return log(2);
-  });
-  assert.deepStrictEqual(warnings, ['The crash reporter is not set up']);
+plain.test('testCrash() only warns before the reporter is set up', ({ captureLog, equal, log, native }) => {
+  captureLog();
+  native.testCrash();
+  equal(log(2), ['The crash reporter is not set up']);
 });
 
 test('a project address needs two keys, a host and a project', async (t) => {
@@ -311,33 +309,29 @@ test('a project address needs two keys, a host and a project', async (t) => {
   await plain.table(t, rows, ({ updates }, address) => updates.whyNoProject(address));
 });
 
-test('log messages become breadcrumbs in order, with their place and thread', async (t) => {
-  const [early, posted] = await application(
-    t,
-    async ({ breadcrumbs, eventually, logText, native, settle, updates }) => {
-      logText(4, 'before');
-      native.setupCrashReporter();
-      native.setupCrashReporter();
-      for (const [flag, text] of Object.entries({ 1: 'error', 2: 'Grüße 😀', 4: '', 8: 'debug' }))
-        logText(Number(flag), text);
-      updates.logFromThread('worker', 'from elsewhere');
-      const early = breadcrumbs.length;
-      await eventually(() => breadcrumbs.length >= 6, 'the breadcrumbs');
-      await settle();
-      return [early, breadcrumbs.map(({ level, message }) => `${level} ${message}`)];
-    },
-  );
-  const expected = [
-    /^info TsSentryLogger\.mm:\d+ \[main\] Crash handler installed\.$/,
-    /^error log\.test\.js:1 \[main\] error$/,
-    /^warning log\.test\.js:1 \[main\] Grüße 😀$/,
-    /^info log\.test\.js:1 \[main\] $/,
-    /^debug log\.test\.js:1 \[main\] debug$/,
-    /^warning UpdateProbe\.mm:\d+ \[worker\] from elsewhere$/,
-  ];
-  assert.deepStrictEqual([early, posted.length], [0, expected.length]);
-  expected.forEach((pattern, i) => assert.match(posted[i], pattern));
-});
+application.test(
+  'log messages become breadcrumbs in order, with their place and thread',
+  async ({ assert, breadcrumbs, equal, eventually, logText, native, settle, updates }) => {
+    logText(4, 'before');
+    native.setupCrashReporter();
+    native.setupCrashReporter();
+    [[1, 'error'], [2, 'Grüße 😀'], [4, ''], [8, 'debug']].forEach((line) => logText(...line)); // prettier-ignore
+    updates.logFromThread('worker', 'from elsewhere');
+    equal(breadcrumbs, []);
+    const expected = [
+      /^info TsSentryLogger\.mm:\d+ \[main\] Crash handler installed\.$/,
+      /^error log\.test\.js:1 \[main\] error$/,
+      /^warning log\.test\.js:1 \[main\] Grüße 😀$/,
+      /^info log\.test\.js:1 \[main\] $/,
+      /^debug log\.test\.js:1 \[main\] debug$/,
+      /^warning UpdateProbe\.mm:\d+ \[worker\] from elsewhere$/,
+    ];
+    await eventually(() => breadcrumbs.length >= expected.length, 'the breadcrumbs');
+    await settle();
+    equal(breadcrumbs.length, expected.length);
+    breadcrumbs.forEach(({ level, message }, i) => assert.match(`${level} ${message}`, expected[i]));
+  },
+);
 
 test('many breadcrumbs do not pile up, and none is posted after the end', async (t) => {
   const { stdout } = await application.ends(

@@ -236,36 +236,28 @@ test('the panel shows the preview; keys and buttons change the file; the callbac
   assert.deepStrictEqual(closed, [[files[0]]]);
 });
 
-test('a second request or the end of its window closes the panel; without window or files it never opens', async (t) => {
-  const folder = temporaryDirectory(t);
-  const files = ['one.txt', 'two.txt'].map((name) => path.join(folder, name));
-  for (const file of files) fs.writeFileSync(file, 'a text');
-  const ends = await inWindows(
-    t,
-    async ({ eventually, host, native, open, shown }, files) => {
-      const ends = [];
-      const look = (name, window, paths, index) =>
-        native.quickLook(window, paths, index, (path) => ends.push([name, path]));
-      const both = JSON.stringify(files);
-      const window = await open({ title: 'First' });
-      look('first', window, both, 1);
-      await shown('two.txt');
-      look('again', window, both, 99);
-      await shown('one.txt');
-      host.closeWindow(window);
-      await eventually(() => ends.length === 2, 'both ends');
-      look('no window', window, both, 0);
-      look('no buffer', {}, both, 0);
-      const other = await open({ title: 'Second' });
-      for (const paths of ['[]', '{}', 'no JSON', '[1, null]']) look(paths, other, paths, 0);
-      await eventually(() => ends.length === 8, 'all ends');
-      return ends;
-    },
-    files,
-  );
-  assert.deepStrictEqual(ends, [
-    ['first', files[1]],
-    ['again', files[0]],
-    ...['no window', 'no buffer', '[]', '{}', 'no JSON', '[1, null]'].map((name) => [name, null]),
-  ]);
-});
+inWindows.test(
+  'a second request or the end of its window closes the panel; without window or files it never opens',
+  async ({ equal, eventually, fs, home, host, native, open, shown }) => {
+    const files = ['one.txt', 'two.txt'].map((name) => `${home}/${name}`);
+    for (const file of files) fs.writeFileSync(file, 'a text');
+    const ends = [];
+    const look = (name, window, paths, index) =>
+      native.quickLook(window, paths, index, (path) => ends.push([name, path]));
+    const both = JSON.stringify(files);
+    const window = await open({ title: 'First' });
+    look('first', window, both, 1);
+    await shown('two.txt');
+    look('again', window, both, 99);
+    await shown('one.txt');
+    host.closeWindow(window);
+    await eventually(() => ends.length === 2, 'both ends');
+    equal(ends.splice(0).flat(), ['first', files[1], 'again', files[0]]);
+    const other = await open({ title: 'Second' });
+    const never = [[window, both], [{}, both], ...['[]', '{}', 'no JSON', '[1, null]'].map((paths) => [other, paths])];
+    never.forEach(([at, paths], i) => look(i, at, paths, 0));
+    await eventually(() => ends.length === never.length, 'all ends');
+    const unopened = never.map((_, i) => [i, null]);
+    equal(ends, unopened);
+  },
+);

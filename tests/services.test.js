@@ -69,34 +69,32 @@ test('another process searches, mails a selection, files, and to an address', as
   ]);
 });
 
-test('a service without its data on the pasteboard gives an error, and does nothing', async (t) => {
-  const { errors, composed, searched, served } = await provider(t, ({ composition, native, sendMessage: send }) => {
+provider.test(
+  'a service without its data on the pasteboard gives an error, and does nothing',
+  ({ composition: { serve }, equal, native, sendMessage: send }) => {
     let [composed, searched] = [0, 0];
     native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
     native.setSearchServiceCallbackFunction(() => ++searched);
-    const { serve } = composition;
-    const [text, files] = ['NSStringPboardType', 'NSFilenamesPboardType'];
-    const errors = [];
-    for (const method of ['searchSelection', 'mailSelection', 'mailTo']) {
-      errors.push(serve(method, text, null)[0], serve(method, files, ['/x'])[0]);
-    }
-    errors.push(serve('mailDocument', text, null)[0], serve('mailDocument', text, '/x')[0]);
     const count = () => send('TsASOutgoingMessage', 'outgoingMessages').length;
-    const before = count();
-    const served = ['mailSelection', 'searchSelection', 'mailTo'].map((method) => serve(method, text, 'x'));
-    served.push(serve('mailDocument', files, ['/x']), before, count());
-    return { errors, composed, searched, served };
-  });
-  assert.deepStrictEqual(errors, [
-    ...Array(2).fill('Error: No search string has been selected.'),
-    ...Array(2).fill('Error: No text has been selected.'),
-    ...Array(2).fill('Error: No email address has been selected.'),
-    ...Array(2).fill("Error: Pasteboard doesn't contain one or more files names."),
-  ]);
-  const answered = [null, '', ['NSStringPboardType']];
-  assert.deepStrictEqual(served, [answered, answered, answered, [null, null, ['NSFilenamesPboardType']], 0, 3]);
-  assert.deepStrictEqual([composed, searched], [3, 1]);
-});
+    const [text, files] = ['NSStringPboardType', 'NSFilenamesPboardType'];
+    const missing = {
+      searchSelection: 'No search string has been selected.',
+      mailSelection: 'No text has been selected.',
+      mailTo: 'No email address has been selected.',
+      mailDocument: "Pasteboard doesn't contain one or more files names.",
+    };
+    for (const [method, reason] of Object.entries(missing)) {
+      const wrong = method === 'mailDocument' ? [text, '/x'] : [files, ['/x']];
+      for (const given of [[text, null], wrong]) equal(serve(method, ...given)[0], `Error: ${reason}`);
+    }
+    equal([composed, searched, count()], [0, 0, 0]);
+    for (const method of ['mailSelection', 'searchSelection', 'mailTo']) {
+      equal(serve(method, text, 'x'), [null, '', [text]]);
+    }
+    equal(serve('mailDocument', files, ['/x']), [null, null, [files]]);
+    equal([composed, searched, count()], [3, 1, 3]);
+  },
+);
 
 /** An application in `home` that offers one service, whose program is `program`; without one it can't be started. */
 function addApplication(home, name, message, program) {
