@@ -253,11 +253,12 @@ inWindows.test(
     host.closeWindow(window);
     await eventually(() => ends.length === 2, 'both ends');
     equal(ends.splice(0).flat(), ['first', files[1], 'again', files[0]]);
+    look(0, window, both, 0);
+    look(1, {}, both, 0);
     const other = await open({ title: 'Second' });
-    const never = [[window, both], [{}, both], ...['[]', '{}', 'no JSON', '[1, null]'].map((paths) => [other, paths])];
-    never.forEach(([at, paths], i) => look(i, at, paths, 0));
-    await eventually(() => ends.length === never.length, 'all ends');
-    const unopened = never.map((_, i) => [i, null]);
+    ['[]', '{}', 'no JSON', '[1, null]'].forEach((paths, i) => look(2 + i, other, paths, 0));
+    await eventually(() => ends.length === 6, 'all ends');
+    const unopened = Array.from({ length: 6 }, (_, i) => [i, null]);
     equal(ends, unopened);
   },
 );
