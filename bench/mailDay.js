@@ -18,6 +18,7 @@ const host = require('../host');
 const { account, translations } = require('../tests/support/accountMenu');
 const { probe } = require('../tests/support/addon');
 const { startNotificationServer } = require('../tests/support/notificationServer');
+const { toolbarOf } = require('./support');
 const { startWebServer } = require('./webServer');
 
 const { display } = host.start();
@@ -93,14 +94,7 @@ async function startRequests() {
   };
 }
 
-const item = (_, i) => ({
-  identifier: `item-${i}`,
-  label: `${i}`,
-  'image-name': 'TB_Inbox',
-  'button?': true,
-  'default?': true,
-});
-const toolbar = JSON.stringify({ identifier: 'day', items: Array.from({ length: 5 }, item), options: {} });
+const toolbar = toolbarOf(5);
 
 /** Opens a window with a toolbar, and closes it. */
 async function showWindow() {

@@ -19,7 +19,7 @@ const key = 'F5';
 const virtualKeyCode = 96;
 const command = 0x100000;
 
-// It obeys line by line.
+// xdotool runs each line that it reads.
 const hands = spawn('xdotool', ['-'], { stdio: ['pipe', 'ignore', 'inherit'] });
 const order = (text) => hands.stdin.write(`${text}\n`);
 

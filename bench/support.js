@@ -100,4 +100,19 @@ function record(entry) {
     fs.appendFileSync(process.env.TESSARO_BENCH_RECORD, `${JSON.stringify(entry)}\n`);
 }
 
-module.exports = { digits, measure, rangeOf, ratio, record, report, reportLatency, summaries, summary, takeTurns };
+/** The definition of a toolbar with `count` buttons. */
+function toolbarOf(count) {
+  const items = Array.from({ length: count }, (_, i) => ({
+    identifier: `item-${i}`,
+    label: `${i}`,
+    'image-name': 'TB_Inbox',
+    'button?': true,
+    'default?': true,
+  }));
+  return JSON.stringify({ identifier: `of ${count}`, items, options: {} });
+}
+
+module.exports = {
+  ...{ digits, measure, rangeOf, ratio, record, report, reportLatency },
+  ...{ summaries, summary, takeTurns, toolbarOf },
+};

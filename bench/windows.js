@@ -4,21 +4,11 @@
 
 const host = require('../host');
 const { probe } = require('../tests/support/addon');
-const { measure, report } = require('./support');
+const { measure, report, toolbarOf } = require('./support');
 
 const { display } = host.start();
 const { module: native } = probe();
 const ms = { unit: 'ms', scale: 1e6 };
-
-const item = (_, i) => ({
-  identifier: `item-${i}`,
-  label: `${i}`,
-  'image-name': 'TB_Inbox',
-  'button?': true,
-  'default?': true,
-});
-const definition = (count) =>
-  JSON.stringify({ identifier: `of ${count}`, items: Array.from({ length: count }, item), options: {} });
 
 async function main() {
   if (!display) return console.log('No display, so no windows.');
@@ -31,7 +21,7 @@ async function main() {
   const window = host.createWindow({ title: 'Benchmark', width: 1200 });
   while (!host.windowInfo(window).isKey) await new Promise((resolve) => setTimeout(resolve, 10));
 
-  const [small, large] = [definition(5), definition(50)];
+  const [small, large] = [toolbarOf(5), toolbarOf(50)];
   const make = (text) => {
     const handle = host.createWindow({ title: 'Toolbar' });
     if (text !== undefined) native.addToolbarToWindow(handle, 2, text);

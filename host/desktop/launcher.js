@@ -40,7 +40,7 @@ class Launcher {
     const env = { ...environment, XDG_CONFIG_HOME: directory, GSETTINGS_BACKEND: 'memory', NO_AT_BRIDGE: '1' };
     this.#child = spawn('plank', [], { env, stdio: 'ignore', detached: true });
     this.#ended = new Promise((resolve) => this.#child.on('exit', resolve));
-    // It must not keep the caller alive.
+    // The dock must not keep the calling process alive.
     this.#child.unref();
   }
 

@@ -83,7 +83,7 @@ class Panel {
       ['xfce4-panel', ['--disable-wm-check']],
     ].map(([program, args]) => spawn(program, args, { env, stdio: 'ignore', detached: true }));
     this.#ended = this.#children.map((child) => new Promise((resolve) => child.on('exit', resolve)));
-    // It must not keep the caller alive.
+    // The panel must not keep the calling process alive.
     for (const child of this.#children) child.unref();
   }
 

@@ -54,7 +54,7 @@ async function record(stage, witness) {
   return ok('Recording', `“${held.shortcut}” was held, “${typed.shortcut}” is stored; ${picture}`);
 }
 
-// Another application's window has the keyboard meanwhile.
+// Presses the shortcut while another application's window has the keyboard.
 async function fire(stage, witness) {
   stage.module.bindGlobalShortcutWithDefaultsKey(key);
   const other = spawn('xev', ['-name', 'Another application'], { stdio: 'ignore' });
