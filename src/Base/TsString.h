@@ -2,6 +2,7 @@
 
 #import <Foundation/NSString.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,9 @@
 
 // The text's UTF-16 units as they are; empty for nil.
 [[nodiscard]] std::u16string TsCharacters(NSString* string);
+
+// The bytes of a string that Foundation keeps in Latin-1, as it does with most; none of any other string.
+[[nodiscard]] std::optional<std::string> TsLatin1(NSString* string);
 
 // A string of UTF-8 text from outside, whatever its bytes: malformed sequences become U+FFFD.
 [[nodiscard]] Ref<NSString> TsNewString(std::string_view utf8);

@@ -16,17 +16,16 @@ bool IsASCII(std::string_view text) {
   return bits < 0x80;
 }
 
-// The bytes of a string that Foundation keeps in Latin-1; empty for others.
-std::string Latin1Bytes(NSString* string) {
-  if ([string fastestEncoding] != NSISOLatin1StringEncoding) return {};
+}  // namespace
+
+std::optional<std::string> TsLatin1(NSString* string) {
+  if ([string fastestEncoding] != NSISOLatin1StringEncoding) return std::nullopt;
   const NSUInteger length = [string length];
   std::string bytes(length + 1, '\0');
-  if (![string getCString:bytes.data() maxLength:bytes.size() encoding:NSISOLatin1StringEncoding]) return {};
+  if (![string getCString:bytes.data() maxLength:bytes.size() encoding:NSISOLatin1StringEncoding]) return std::nullopt;
   bytes.resize(length);
   return bytes;
 }
-
-}  // namespace
 
 std::u16string TsCharacters(NSString* string) {
   std::u16string characters([string length], u'\0');
@@ -35,8 +34,7 @@ std::u16string TsCharacters(NSString* string) {
 }
 
 std::string TsStdString(NSString* string) {
-  std::string bytes = Latin1Bytes(string);
-  if (!bytes.empty() && IsASCII(bytes)) return bytes;
+  if (auto bytes = TsLatin1(string); bytes && IsASCII(*bytes)) return *std::move(bytes);
   return Utf16ToUtf8(TsCharacters(string));
 }
 

@@ -49,13 +49,6 @@ Ref<NSString> CopyText(v8::Isolate* isolate, v8::Local<v8::String> text) {
   return text->IsOneByte() ? CopyLatin1(isolate, text, length) : CopyUtf16(isolate, text, length);
 }
 
-// The characters, with a NUL behind them, of a string that Foundation keeps in Latin-1, as it does with most.
-bool ReadLatin1(NSString* string, std::string& characters) {
-  if ([string fastestEncoding] != NSISOLatin1StringEncoding) return false;
-  characters.resize([string length] + 1);
-  return [string getCString:characters.data() maxLength:characters.size() encoding:NSISOLatin1StringEncoding];
-}
-
 bool FitsLatin1(const std::u16string& characters) {
   return std::all_of(characters.begin(), characters.end(), [](char16_t unit) { return unit <= 0xFF; });
 }
@@ -96,9 +89,9 @@ const char* ToCString(const v8::String::Utf8Value& value) { return *value != nul
 v8::MaybeLocal<v8::String> ToScriptString(v8::Isolate* isolate, NSString* string) {
   if (string == nil) return {};
   if ([string length] > static_cast<NSUInteger>(v8::String::kMaxLength)) return {};
-  if (std::string narrow; ReadLatin1(string, narrow)) {
-    return v8::String::NewFromOneByte(isolate, reinterpret_cast<const std::uint8_t*>(narrow.data()),
-                                      v8::NewStringType::kNormal, static_cast<int>(narrow.size()) - 1);
+  if (const auto narrow = TsLatin1(string)) {
+    return v8::String::NewFromOneByte(isolate, reinterpret_cast<const std::uint8_t*>(narrow->data()),
+                                      v8::NewStringType::kNormal, static_cast<int>(narrow->size()));
   }
   std::u16string characters = TsCharacters(string);
   return FromCharacters(isolate, characters);
