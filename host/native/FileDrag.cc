@@ -6,10 +6,11 @@
 
 #include <array>
 #include <chrono>
-#include <memory>
 #include <optional>
 #include <string_view>
 #include <thread>
+
+#include "Base/Owned.h"
 
 namespace {
 
@@ -19,10 +20,6 @@ constexpr auto kDeadline = std::chrono::seconds(5);
 constexpr long kProtocolVersion = 5;
 constexpr int kMoves = 20;
 constexpr auto kMoveInterval = std::chrono::milliseconds(25);
-
-struct DisplayCloser {
-  void operator()(Display* display) const { XCloseDisplay(display); }
-};
 
 std::string FileURI(const std::string& path) {
   static constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
@@ -166,7 +163,7 @@ class DragSource {
 }  // namespace
 
 DragOutcome DragFiles(int x, int y, const std::vector<std::string>& paths) {
-  const std::unique_ptr<Display, DisplayCloser> display(XOpenDisplay(nullptr));
+  const Owned<Display, XCloseDisplay> display(XOpenDisplay(nullptr));
   if (!display) return DragOutcome::kNoDisplay;
   return DragSource(display.get(), URIList(paths)).Drop(x, y);
 }

@@ -3,13 +3,9 @@
 #include <X11/Xlib.h>
 #include <uv.h>
 
-#include <memory>
+#include "Base/Owned.h"
 
 namespace {
-
-struct DisplayCloser {
-  void operator()(Display* display) const { XCloseDisplay(display); }
-};
 
 XEvent KeyEvent(Display* display, int type, Window window, unsigned keycode) {
   XEvent event{};
@@ -31,7 +27,7 @@ void Send(Display* display, int type, Window window, unsigned keycode) {
 }  // namespace
 
 std::uint64_t SendSyntheticKey(unsigned long window, unsigned keycode, std::span<const unsigned> held) {
-  const std::unique_ptr<Display, DisplayCloser> display(XOpenDisplay(nullptr));
+  const Owned<Display, XCloseDisplay> display(XOpenDisplay(nullptr));
   if (!display) return 0;
   for (const unsigned modifier : held) Send(display.get(), KeyPress, window, modifier);
   const std::uint64_t sent = uv_hrtime();

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <optional>
 
+#include "Base/TextPieces.h"
 #include "Base/TsUnicode.h"
 
 namespace {
@@ -15,17 +16,6 @@ std::string LowerCase(std::string_view text) {
   std::string lower(text);
   std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
   return lower;
-}
-
-// Calls `take` for each piece between separators, until it returns false.
-template <typename Take>
-bool ForEachPiece(std::string_view text, char separator, const Take& take) {
-  for (;;) {
-    const std::size_t end = text.find(separator);
-    if (!take(text.substr(0, end))) return false;
-    if (end == std::string_view::npos) return true;
-    text.remove_prefix(end + 1);
-  }
 }
 
 // Nothing when a percent sign stands without two hexadecimal digits.
@@ -57,7 +47,7 @@ bool IsBodyControl(unsigned char character) {
 class Parser {
  public:
   Result<MailtoLink> Parse(std::string_view link) {
-    if (LowerCase(link.substr(0, kScheme.size())) != kScheme) return Fail("It is no mailto link");
+    if (!StartsWith(link, kScheme)) return Fail("It is no mailto link");
     link.remove_prefix(kScheme.size());
     link = link.substr(0, link.find('#'));
     const std::size_t question = link.find('?');
@@ -85,22 +75,24 @@ class Parser {
 
   // A comma that is escaped belongs to an address.
   bool Addresses(std::string_view list, std::vector<std::string>& addresses) {
-    return ForEachPiece(list, ',', [&](std::string_view piece) {
+    for (const std::string_view piece : Split(list, ',')) {
       std::string address;
       if (!Text(piece, IsControl, address)) return false;
       if (!address.empty()) addresses.push_back(std::move(address));
-      return true;
-    });
+    }
+    return true;
   }
 
   bool Headers(std::string_view headers) {
-    return ForEachPiece(headers, '&', [this](std::string_view header) {
-      if (header.empty()) return true;
+    for (const std::string_view header : Split(headers, '&')) {
+      if (header.empty()) continue;
       const std::size_t equals = header.find('=');
       if (equals == std::string_view::npos) return Refuse("It has a header without a value");
       std::string name;
-      return Text(header.substr(0, equals), IsControl, name) && Header(LowerCase(name), header.substr(equals + 1));
-    });
+      if (!Text(header.substr(0, equals), IsControl, name)) return false;
+      if (!Header(LowerCase(name), header.substr(equals + 1))) return false;
+    }
+    return true;
   }
 
   bool Header(const std::string& name, std::string_view value) {

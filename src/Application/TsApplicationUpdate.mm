@@ -1,6 +1,5 @@
 #include "Application/TsApplicationUpdate.h"
 
-#include <string_view>
 #include <utility>
 
 #include "Base/Lifetime.h"

@@ -2,7 +2,6 @@
 
 #import <Foundation/NSObject.h>
 
-#include <type_traits>
 #include <utility>
 
 // Owner of one reference to an Objective-C object: retains on copy, releases at the end of its life.

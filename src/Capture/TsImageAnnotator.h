@@ -2,8 +2,6 @@
 
 #import "Platform/Cocoa.h"
 
-#include <string>
-
 #include "Base/Ref.h"
 #include "Utilities/TsPendingCallback.h"
 

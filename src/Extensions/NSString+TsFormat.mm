@@ -1,7 +1,5 @@
 #import "Extensions/NSString+TsFormat.h"
 
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include "Base/TsLog.h"

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string_view>
 
+#include "Base/TextPieces.h"
 #include "Base/TsString.h"
 
 namespace {
@@ -47,11 +48,6 @@ bool Has(std::string_view bytes, const Signature& signature) {
 
 }  // namespace
 
-static BOOL IsUnreserved(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
-         c == '_' || c == '~';
-}
-
 @implementation NSString (TsPath)
 
 - (BOOL)ts_isZipPath {
@@ -76,17 +72,7 @@ static BOOL IsUnreserved(char c) {
 }
 
 - (NSString*)ts_escapeForURL {
-  static const char kDigits[] = "0123456789ABCDEF";
-  std::string escaped;
-  for (const char c : TsStdString(self)) {
-    if (IsUnreserved(c)) {
-      escaped += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      escaped.append({'%', kDigits[byte >> 4], kDigits[byte & 15]});
-    }
-  }
-  return TsNSString(escaped);
+  return TsNSString(PercentEncoded(TsStdString(self)));
 }
 
 @end

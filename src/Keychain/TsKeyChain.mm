@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"

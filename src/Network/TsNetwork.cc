@@ -1,6 +1,5 @@
 #include "Network/TsNetwork.h"
 
-#include <string>
 #include <utility>
 
 namespace platform = tessaro::platform;

@@ -3,7 +3,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "Network/TsBody.h"

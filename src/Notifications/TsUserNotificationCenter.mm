@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"

@@ -7,6 +7,8 @@
 #include <pugixml.hpp>
 #include <utility>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -14,17 +16,10 @@ namespace {
 constexpr std::string_view kVocabulary = "http://www.andymatuschak.org/xml-namespaces/sparkle";
 constexpr std::string_view kDeclaration = "xmlns:";
 constexpr std::string_view kUsualPrefix = "sparkle:";
-constexpr std::string_view kSpace = " \t\r\n";
 // Real feeds have some hundred.
 constexpr std::size_t kMostItems = 10000;
 constexpr std::size_t kMostProperties = 100;
 constexpr int kDeepest = 4;
-
-std::string_view Trimmed(std::string_view text) {
-  const auto first = text.find_first_not_of(kSpace);
-  return first == std::string_view::npos ? text.substr(0, 0)
-                                         : text.substr(first, text.find_last_not_of(kSpace) - first + 1);
-}
 
 // The feed's prefix for the vocabulary, with its colon.
 std::string PrefixIn(pugi::xml_node root, pugi::xml_node channel) {

@@ -12,6 +12,7 @@
 #include <string>
 #include <system_error>
 
+#include "Base/TextPieces.h"
 #include "Platform/Common/FileDescriptor.h"
 
 namespace tessaro::platform {
@@ -37,7 +38,7 @@ mode_t ModeOf(NewFile access) { return access == NewFile::AsUsual ? 0666 : 0600;
 Result<fs::path> TargetOf(const fs::path& file) {
   if (file.empty()) return FailWith(std::errc::no_such_file_or_directory);
   // The system would cut the path at the NUL.
-  if (file.native().find('\0') != std::string::npos) return FailWith(std::errc::invalid_argument);
+  if (HasNul(file.native())) return FailWith(std::errc::invalid_argument);
   std::error_code error;
   fs::path target = fs::weakly_canonical(file, error);
   // Only dangling links are left.

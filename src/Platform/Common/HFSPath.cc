@@ -3,19 +3,11 @@
 #include <algorithm>
 #include <vector>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
-
-std::vector<std::string_view> Split(std::string_view path) {
-  std::vector<std::string_view> parts;
-  for (std::size_t start = 0;;) {
-    const std::size_t colon = path.find(':', start);
-    parts.push_back(path.substr(start, colon - start));
-    if (colon == std::string_view::npos) return parts;
-    start = colon + 1;
-  }
-}
 
 // ':' is legal in POSIX names and '/' in HFS names: swap them.
 std::string PosixName(std::string_view name) {
@@ -29,7 +21,7 @@ std::string PosixName(std::string_view name) {
 std::optional<std::string> PosixPathOfHFSPath(std::string_view path) {
   // POSIX names may contain colons: a path from the root, or without a volume, is a POSIX path.
   if (path.empty() || path.front() == '/' || path.front() == ':') return std::nullopt;
-  const auto parts = Split(path);
+  const auto parts = Split(path, ':');
   // Every volume is taken for the boot volume: there is one file tree.
   std::vector<std::string> names;
   for (auto part = parts.begin() + 1; part != parts.end(); ++part) {

@@ -8,6 +8,8 @@
 #include <memory>
 #include <utility>
 
+#include "Base/Owned.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -141,7 +143,7 @@ htmlSAXHandler Handler() {
   return handler;
 }
 
-using Parser = std::unique_ptr<htmlParserCtxt, decltype([](htmlParserCtxt* parser) { htmlFreeParserCtxt(parser); })>;
+using Parser = Owned<htmlParserCtxt, htmlFreeParserCtxt>;
 
 }  // namespace
 

@@ -4,6 +4,8 @@
 #include <array>
 #include <cctype>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -11,12 +13,6 @@ namespace {
 constexpr std::string_view kSecure = "https://";
 constexpr std::string_view kPlain = "http://";
 constexpr std::array<std::string_view, 3> kThisMachine = {"127.0.0.1", "localhost", "[::1]"};
-
-bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
-  return text.size() >= lowerCasePrefix.size() &&
-         std::equal(lowerCasePrefix.begin(), lowerCasePrefix.end(), text.begin(),
-                    [](char expected, unsigned char c) { return expected == std::tolower(c); });
-}
 
 // Nothing may follow the host's name but a port or a path: a name could go on, or be that of a user at another host.
 bool IsOnThisMachine(std::string_view authority) {
@@ -27,18 +23,6 @@ bool IsOnThisMachine(std::string_view authority) {
     const auto isDigit = [](unsigned char c) { return std::isdigit(c) != 0; };
     return rest.empty() || (rest.front() == ':' && std::all_of(rest.begin() + 1, rest.end(), isDigit));
   });
-}
-
-void AppendEncoded(std::string& url, std::string_view text) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  constexpr std::string_view kPlainCharacters = "-._~";
-  for (const unsigned char c : text) {
-    if (c < 0x80 && (std::isalnum(c) != 0 || kPlainCharacters.find(static_cast<char>(c)) != std::string_view::npos)) {
-      url += static_cast<char>(c);
-    } else {
-      url.append({'%', kDigits[c >> 4], kDigits[c & 15]});
-    }
-  }
 }
 
 }  // namespace
@@ -53,9 +37,7 @@ std::string WithParameters(std::string_view url, const std::vector<FeedParameter
   char separator = result.find('?') == std::string::npos ? '?' : '&';
   for (const FeedParameter& parameter : parameters) {
     result += separator;
-    AppendEncoded(result, parameter.key);
-    result += '=';
-    AppendEncoded(result, parameter.value);
+    result += PercentEncoded(parameter.key) + '=' + PercentEncoded(parameter.value);
     separator = '&';
   }
   return result;

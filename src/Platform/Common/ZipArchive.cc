@@ -13,6 +13,8 @@
 #include <string>
 #include <system_error>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -113,7 +115,7 @@ std::optional<Entry> NextEntry(std::string_view& directory) {
 // Empty for a name that leads out of the folder.
 fs::path PathBelow(const fs::path& folder, const std::string& name) {
   const fs::path path = name;
-  if (path.empty() || path.is_absolute() || name.find('\0') != std::string::npos) return {};
+  if (path.empty() || path.is_absolute() || HasNul(name)) return {};
   const bool leadsUp = std::any_of(path.begin(), path.end(), [](const fs::path& part) { return part == ".."; });
   return leadsUp ? fs::path() : folder / path;
 }

@@ -1,5 +1,6 @@
 #include "Platform/Linux/Base/FileURI.h"
 
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
 namespace tessaro::platform {
@@ -14,7 +15,7 @@ std::string PathOfFileURI(const std::string& uri) noexcept {
 }
 
 std::string FileURIOf(const std::string& path) noexcept {
-  if (path.empty() || path.find('\0') != std::string::npos) return {};
+  if (path.empty() || HasNul(path)) return {};
   const GTextPtr uri(g_filename_to_uri(AbsolutePath(path).c_str(), nullptr, nullptr));
   return uri != nullptr ? uri.get() : "";
 }

@@ -10,7 +10,7 @@
 // Key files: desktop entries, lists of default applications, themes. Any thread; nothing throws.
 namespace tessaro::platform {
 
-using GKeyFilePtr = std::unique_ptr<GKeyFile, GLibDeleter<g_key_file_unref>>;
+using GKeyFilePtr = Owned<GKeyFile, g_key_file_unref>;
 
 // The keys of a file with their comments and translations. nullptr for anything but a key file of at most 1 MiB:
 // reading blocks script, and opening a pipe would wait for its other end.

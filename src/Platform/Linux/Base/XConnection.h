@@ -4,23 +4,16 @@
 
 #include <cstdlib>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 
-namespace tessaro::platform {
+#include "Base/Owned.h"
 
-struct XcbMemory {
-  void operator()(void* memory) const { std::free(memory); }
-};
+namespace tessaro::platform {
 
 // Owner of a reply or an event of the X server.
 template <typename T>
-using XcbOwner = std::unique_ptr<T, XcbMemory>;
-
-struct XConnectionCloser {
-  void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
+using XcbOwner = Owned<T, std::free>;
 
 // The event as one of a type; nullptr for an event of another type.
 template <typename Event>
@@ -44,7 +37,7 @@ class XConnection {
   [[nodiscard]] xcb_window_t OwnerOf(xcb_atom_t selection);
 
  private:
-  std::unique_ptr<xcb_connection_t, XConnectionCloser> connection_;
+  Owned<xcb_connection_t, xcb_disconnect> connection_;
   xcb_window_t window_ = XCB_NONE;
   std::map<std::string, xcb_atom_t, std::less<>> atoms_;
 };

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Keyring/SecretService.h"
 
 namespace tessaro::platform {
@@ -17,9 +18,6 @@ constexpr char kNoPrompt[] = "/";
 
 using Session = SecretServiceSession;
 using Reply = Session::Reply;
-
-// The bus takes no text with a NUL character.
-bool IsBusText(std::string_view text) { return text.find('\0') == std::string_view::npos; }
 
 GVariant* Attributes(std::string_view service, std::optional<std::string_view> account) {
   GVariantBuilder attributes;
@@ -84,95 +82,82 @@ std::optional<std::string> AccountOf(const Reply& reply) {
 struct SecretStore::Body {
   explicit Body(Deadlines deadlines) : replyTimeout(deadlines.reply), userTimeout(deadlines.user) {}
 
-  Result<Items> Search(std::string_view service, std::optional<std::string_view> account);
-  bool IsDefaultCollectionLocked();
-  Result<void> Unlock(const std::vector<std::string>& paths);
-  Result<void> CreateDefaultCollection();
+  Result<Items> Search(std::string_view service, std::optional<std::string_view> account) {
+    // The bus takes no text with a NUL character.
+    if (HasNul(service) || HasNul(account.value_or(""))) return FailWith(SecretFailure::kParameter);
+    const Reply reply = Call([&](Session& open) {
+      return open.Call(kServicePath, kService, "SearchItems", g_variant_new("(@a{ss})", Attributes(service, account)),
+                       "(aoao)");
+    });
+    if (!reply) return tl::unexpected(reply.error());
+    Items items = ItemsOf(reply->get());
+    if (items.empty()) return FailWith(SecretFailure::kItemNotFound);
+    return items;
+  }
+
+  bool IsDefaultCollectionLocked() {
+    const GVariantPtr isLocked = PropertyOf(Call([](Session& open) {
+      return open.Call(kDefaultCollection, "org.freedesktop.DBus.Properties", "Get",
+                       g_variant_new("(ss)", kCollection, "Locked"), "(v)");
+    }));
+    return isLocked && g_variant_is_of_type(isLocked.get(), G_VARIANT_TYPE_BOOLEAN) &&
+           g_variant_get_boolean(isLocked.get());
+  }
+
+  Result<void> Unlock(const std::vector<std::string>& paths) {
+    const Reply reply = Call([&](Session& open) {
+      return open.Call(kServicePath, kService, "Unlock", g_variant_new("(@ao)", PathList(paths)), "(aoo)");
+    });
+    return PromptIfAsked(reply, 1);
+  }
+
+  Result<void> CreateDefaultCollection() {
+    const Reply reply = Call([](Session& open) {
+      GVariant* properties = Properties(kCollection, "Default keyring", nullptr);
+      return open.Call(kServicePath, kService, "CreateCollection", g_variant_new("(@a{sv}s)", properties, "default"),
+                       "(oo)");
+    });
+    return PromptIfAsked(reply, 1);
+  }
+
   // `position` is where the reply has the path of the prompt.
-  Result<void> PromptIfAsked(const Reply& reply, gsize position);
-  bool IsConnected();
+  Result<void> PromptIfAsked(const Reply& reply, gsize position) {
+    if (!reply) return tl::unexpected(reply.error());
+    const GVariantPtr prompt(g_variant_get_child_value(reply->get(), position));
+    const char* path = g_variant_get_string(prompt.get(), nullptr);
+    if (std::string_view(path) == kNoPrompt) return {};
+    return session->Prompt(path, userTimeout);
+  }
+
+  bool IsConnected() {
+    if (!session) session = Session::Open(replyTimeout);
+    return session != nullptr;
+  }
 
   // Calls again when the bus or the service has been restarted since the last call.
   template <typename Operation>
-  Reply Call(const Operation& operation);
+  Reply Call(const Operation& operation) {
+    Reply reply = FailWith(SecretFailure::kNotAvailable);
+    for (int attempt = 0; attempt < 2 && IsConnected(); ++attempt) {
+      reply = operation(*session);
+      if (!session->IsStale()) break;
+      session.reset();
+    }
+    return reply;
+  }
 
   // Unlocks `path` when it turns out to be locked.
   template <typename Operation>
-  Reply CallUnlocked(const std::string& path, const Operation& operation);
+  Reply CallUnlocked(const std::string& path, const Operation& operation) {
+    Reply reply = Call(operation);
+    if (reply || reply.error().code != SecretFailure::kInteractionNotAllowed) return reply;
+    return Unlock({path}).and_then([&] { return Call(operation); });
+  }
 
   ReplyTimeout replyTimeout;
   std::chrono::milliseconds userTimeout;
   std::unique_ptr<Session> session;
 };
-
-bool SecretStore::Body::IsConnected() {
-  if (!session) session = Session::Open(replyTimeout);
-  return session != nullptr;
-}
-
-template <typename Operation>
-Reply SecretStore::Body::Call(const Operation& operation) {
-  Reply reply = FailWith(SecretFailure::kNotAvailable);
-  for (int attempt = 0; attempt < 2 && IsConnected(); ++attempt) {
-    reply = operation(*session);
-    if (!session->IsStale()) break;
-    session.reset();
-  }
-  return reply;
-}
-
-template <typename Operation>
-Reply SecretStore::Body::CallUnlocked(const std::string& path, const Operation& operation) {
-  Reply reply = Call(operation);
-  if (reply || reply.error().code != SecretFailure::kInteractionNotAllowed) return reply;
-  return Unlock({path}).and_then([&] { return Call(operation); });
-}
-
-Result<SecretStore::Items> SecretStore::Body::Search(std::string_view service,
-                                                     std::optional<std::string_view> account) {
-  if (!IsBusText(service) || (account && !IsBusText(*account))) return FailWith(SecretFailure::kParameter);
-  const Reply reply = Call([&](Session& open) {
-    return open.Call(kServicePath, kService, "SearchItems", g_variant_new("(@a{ss})", Attributes(service, account)),
-                     "(aoao)");
-  });
-  if (!reply) return tl::unexpected(reply.error());
-  Items items = ItemsOf(reply->get());
-  if (items.empty()) return FailWith(SecretFailure::kItemNotFound);
-  return items;
-}
-
-bool SecretStore::Body::IsDefaultCollectionLocked() {
-  const GVariantPtr isLocked = PropertyOf(Call([](Session& open) {
-    return open.Call(kDefaultCollection, "org.freedesktop.DBus.Properties", "Get",
-                     g_variant_new("(ss)", kCollection, "Locked"), "(v)");
-  }));
-  return isLocked && g_variant_is_of_type(isLocked.get(), G_VARIANT_TYPE_BOOLEAN) &&
-         g_variant_get_boolean(isLocked.get());
-}
-
-Result<void> SecretStore::Body::Unlock(const std::vector<std::string>& paths) {
-  const Reply reply = Call([&](Session& open) {
-    return open.Call(kServicePath, kService, "Unlock", g_variant_new("(@ao)", PathList(paths)), "(aoo)");
-  });
-  return PromptIfAsked(reply, 1);
-}
-
-Result<void> SecretStore::Body::CreateDefaultCollection() {
-  const Reply reply = Call([](Session& open) {
-    GVariant* properties = Properties(kCollection, "Default keyring", nullptr);
-    return open.Call(kServicePath, kService, "CreateCollection", g_variant_new("(@a{sv}s)", properties, "default"),
-                     "(oo)");
-  });
-  return PromptIfAsked(reply, 1);
-}
-
-Result<void> SecretStore::Body::PromptIfAsked(const Reply& reply, gsize position) {
-  if (!reply) return tl::unexpected(reply.error());
-  const GVariantPtr prompt(g_variant_get_child_value(reply->get(), position));
-  const char* path = g_variant_get_string(prompt.get(), nullptr);
-  if (std::string_view(path) == kNoPrompt) return {};
-  return session->Prompt(path, userTimeout);
-}
 
 SecretStore::SecretStore(Deadlines deadlines) : body_(std::make_unique<Body>(deadlines)) {}
 
@@ -233,7 +218,7 @@ Result<SecretStore::AccountNames> SecretStore::Accounts(std::span<const SecretIt
 }
 
 Result<void> SecretStore::Add(std::string_view service, std::string_view account, const Secret& secret) noexcept {
-  if (!IsBusText(service) || !IsBusText(account)) return FailWith(SecretFailure::kParameter);
+  if (HasNul(service) || HasNul(account)) return FailWith(SecretFailure::kParameter);
   const auto create = [&](Session& open) {
     const GVariantPtr encoded = open.Encode(secret);
     // A keychain labels an item that has no label of its own with the name of its service.

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "Base/Owned.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -117,10 +119,8 @@ class BrotliDecoder final : public BodyDecoder {
   [[nodiscard]] bool IsComplete() const override { return BrotliDecoderIsFinished(state_.get()) == BROTLI_TRUE; }
 
  private:
-  struct Destroy {
-    void operator()(BrotliDecoderState* state) const { BrotliDecoderDestroyInstance(state); }
-  };
-  std::unique_ptr<BrotliDecoderState, Destroy> state_{BrotliDecoderCreateInstance(nullptr, nullptr, nullptr)};
+  Owned<BrotliDecoderState, BrotliDecoderDestroyInstance> state_{
+      BrotliDecoderCreateInstance(nullptr, nullptr, nullptr)};
 };
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <array>
 #include <cctype>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -23,8 +25,8 @@ bool Contains(const List& list, const Value& value) {
 }  // namespace
 
 bool IsToken(std::string_view text) {
-  return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) {
-    return std::isalnum(c) != 0 || kTokenCharacters.find(static_cast<char>(c)) != std::string_view::npos;
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return IsLetterOrDigit(c) || kTokenCharacters.find(c) != std::string_view::npos;
   });
 }
 
@@ -43,29 +45,12 @@ bool AnnouncesBody(std::string_view method) { return Contains(kMethodsWithBody, 
 bool IsRedirect(long statusCode) { return Contains(kRedirects, statusCode); }
 
 std::string EncodedURL(const std::string& url) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   const auto authority = url.find("//") + 2;
   std::string encoded = url.substr(0, url.find_first_of("/?#", authority));
-  for (const unsigned char c : url.substr(encoded.size())) {
-    if (c < 0x80) {
-      encoded += static_cast<char>(c);
-    } else {
-      encoded.append({'%', kDigits[c >> 4], kDigits[c & 15]});
-    }
+  for (const char c : url.substr(encoded.size())) {
+    encoded += static_cast<unsigned char>(c) < 0x80 ? std::string(1, c) : PercentEscape(c);
   }
   return encoded;
-}
-
-bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
-  return text.size() >= lowerCasePrefix.size() &&
-         strncasecmp(text.data(), lowerCasePrefix.data(), lowerCasePrefix.size()) == 0;
-}
-
-std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kSpace = " \t\r\n";
-  const auto first = text.find_first_not_of(kSpace);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kSpace) - first + 1);
 }
 
 }  // namespace tessaro::platform

@@ -25,7 +25,4 @@ namespace tessaro::platform {
 // The URL with the bytes beyond ASCII percent-encoded, except in the host's name, which has an encoding of its own.
 [[nodiscard]] std::string EncodedURL(const std::string& url);
 
-[[nodiscard]] bool StartsWith(std::string_view text, std::string_view lowerCasePrefix);
-[[nodiscard]] std::string_view Trimmed(std::string_view text);
-
 }  // namespace tessaro::platform

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Network/Transfers/Failure.h"
 #include "Platform/Linux/Network/Transfers/RequestSyntax.h"
 #include "Platform/Linux/Network/Transfers/TransferEngine.h"
@@ -41,12 +42,10 @@ std::string_view ValueOf(std::string_view headerLine) { return Trimmed(headerLin
 
 // The codings of a header's list that change the body: libcurl itself undoes "chunked".
 void AppendCodings(std::string_view list, std::vector<std::string>& codings) {
-  while (!list.empty()) {
-    const auto length = std::min(list.find(','), list.size());
-    std::string coding(Trimmed(list.substr(0, length)));
+  for (const std::string_view piece : Split(list, ',')) {
+    std::string coding(Trimmed(piece));
     std::transform(coding.begin(), coding.end(), coding.begin(), [](unsigned char c) { return std::tolower(c); });
     if (!coding.empty() && coding != "identity" && coding != "chunked") codings.push_back(std::move(coding));
-    list.remove_prefix(std::min(length + 1, list.size()));
   }
 }
 
@@ -82,7 +81,7 @@ Transfer::~Transfer() {
 CURLcode Transfer::Prepare(const HTTPRequest& request) {
   const bool isSecure = StartsWith(url_, "https://");
   if (!isSecure && !StartsWith(url_, "http://")) return CURLE_UNSUPPORTED_PROTOCOL;
-  if (url_.find('\0') != std::string::npos) return CURLE_URL_MALFORMAT;
+  if (HasNul(url_)) return CURLE_URL_MALFORMAT;
   if (!IsToken(method_)) return Refuse("The method can't be sent: " + method_);
   for (const auto& [name, value] : request.headers) {
     if (!IsToken(name) || !IsHeaderValue(value)) return Refuse("The header can't be sent: " + name);

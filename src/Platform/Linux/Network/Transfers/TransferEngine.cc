@@ -1,6 +1,5 @@
 #include "Platform/Linux/Network/Transfers/TransferEngine.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <string>
 
