@@ -1,10 +1,11 @@
 #include "Platform/Linux/Base/BaseDirectories.h"
 
-#include <algorithm>
+#include <dlfcn.h>
+
 #include <cstdlib>
-#include <string>
 #include <string_view>
 
+#include "Base/TextPieces.h"
 #include "Platform/StandardDirectories.h"
 
 namespace tessaro::platform {
@@ -20,12 +21,9 @@ fs::path PathIn(const char* variable, const fs::path& belowHome) {
 
 std::vector<fs::path> PathsIn(const char* variable, std::string_view otherwise) {
   const char* value = std::getenv(variable);
-  std::string_view list = value != nullptr && *value != '\0' ? value : otherwise;
   std::vector<fs::path> directories;
-  while (!list.empty()) {
-    const auto end = std::min(list.find(':'), list.size());
-    if (const fs::path path = list.substr(0, end); path.is_absolute()) directories.push_back(path);
-    list.remove_prefix(std::min(end + 1, list.size()));
+  for (const fs::path path : Split(value != nullptr && *value != '\0' ? value : otherwise, ':')) {
+    if (path.is_absolute()) directories.push_back(path);
   }
   return directories;
 }
@@ -47,5 +45,11 @@ fs::path DataHome() { return PathIn("XDG_DATA_HOME", ".local/share"); }
 std::vector<fs::path> ConfigDirectories() { return PathsIn("XDG_CONFIG_DIRS", "/etc/xdg"); }
 
 std::vector<fs::path> DataDirectories() { return PathsIn("XDG_DATA_DIRS", "/usr/local/share:/usr/share"); }
+
+fs::path OwnDirectory() noexcept {
+  Dl_info module{};
+  dladdr(reinterpret_cast<void*>(&OwnDirectory), &module);
+  return fs::path(module.dli_fname).parent_path();
+}
 
 }  // namespace tessaro::platform

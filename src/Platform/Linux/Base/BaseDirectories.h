@@ -18,4 +18,7 @@ namespace tessaro::platform {
 // The absolute path in an environment variable; empty if missing.
 [[nodiscard]] std::filesystem::path AbsolutePathIn(const char* variable);
 
+// The folder that the module was loaded from; its programs lie beside it.
+[[nodiscard]] std::filesystem::path OwnDirectory() noexcept;
+
 }  // namespace tessaro::platform

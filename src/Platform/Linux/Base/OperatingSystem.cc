@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <fstream>
 #include <optional>
-#include <system_error>
 
 namespace tessaro::platform {
 

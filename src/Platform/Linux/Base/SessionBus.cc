@@ -29,16 +29,6 @@ int UvEvents(short events) {
 
 }  // namespace
 
-SessionBus::Subscription& SessionBus::Subscription::operator=(Subscription&& other) noexcept {
-  std::swap(bus_, other.bus_);
-  std::swap(place_, other.place_);
-  return *this;
-}
-
-SessionBus::Subscription::~Subscription() {
-  if (bus_ != nullptr) bus_->listeners_.erase(place_);
-}
-
 SessionBus& SessionBus::Shared() {
   static Forever<SessionBus> bus;
   return *bus;
@@ -57,7 +47,7 @@ SessionBus::Subscription SessionBus::Listen(Listener listener) noexcept {
   } else {
     ScheduleReconnection();
   }
-  return {this, place};
+  return {&*place, [this, place](void*) { listeners_.erase(place); }};
 }
 
 void SessionBus::Close() noexcept {

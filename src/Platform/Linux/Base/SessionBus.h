@@ -29,21 +29,8 @@ class SessionBus {
     Handler disconnected;  // let go of them now
   };
 
-  // Ends the listening when it is destroyed.
-  class Subscription {
-   public:
-    Subscription() = default;
-    Subscription(Subscription&& other) noexcept : bus_(std::exchange(other.bus_, nullptr)), place_(other.place_) {}
-    Subscription& operator=(Subscription&& other) noexcept;
-    ~Subscription();
-
-   private:
-    friend class SessionBus;
-    Subscription(SessionBus* bus, std::list<Listener>::iterator place) : bus_(bus), place_(place) {}
-
-    SessionBus* bus_ = nullptr;
-    std::list<Listener>::iterator place_;
-  };
+  // Ends the listening when the last copy is destroyed.
+  using Subscription = std::shared_ptr<void>;
 
   static SessionBus& Shared();
 

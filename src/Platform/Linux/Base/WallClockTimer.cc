@@ -6,11 +6,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <utility>
-
-#include "Platform/Common/AutoreleaseScope.h"
 
 #include "Base/TsLog.h"
+#include "Platform/Common/AutoreleaseScope.h"
 
 namespace tessaro::platform {
 
@@ -30,25 +28,14 @@ itimerspec At(WallClockTimer::Seconds due) {
 
 }  // namespace
 
-WallClockTimer::WallClockTimer(std::function<void()> handler) : handler_(std::move(handler)) {}
-
-WallClockTimer::~WallClockTimer() { Stop(); }
-
 void WallClockTimer::Set(std::optional<Seconds> due) noexcept {
-  if (due) {
-    Start(*due);
-  } else {
-    Stop();
-  }
-}
-
-void WallClockTimer::Start(Seconds due) noexcept {
-  if (descriptor_ < 0) descriptor_ = timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC);
-  if (descriptor_ < 0) return;
-  const itimerspec moment = At(due);
-  timerfd_settime(descriptor_, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &moment, nullptr);
-  if (poll_) return;
-  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, descriptor_);
+  if (!due) return Stop();
+  if (!descriptor_) descriptor_ = FileDescriptor(timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC));
+  const itimerspec moment = At(*due);
+  const bool isSet =
+      timerfd_settime(descriptor_.get(), TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &moment, nullptr) == 0;
+  if (!isSet || poll_) return;
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, descriptor_.get());
   if (!poll_) {
     TsLogTextError("The event loop does not watch the clock: scheduled alerts will be late");
     return Stop();
@@ -59,13 +46,13 @@ void WallClockTimer::Start(Seconds due) noexcept {
 void WallClockTimer::Stop() noexcept {
   // libuv lets go of the descriptor at once, and of the handle later.
   poll_.reset();
-  if (descriptor_ >= 0) close(std::exchange(descriptor_, -1));
+  descriptor_ = {};
 }
 
 void WallClockTimer::Fire() noexcept {
-  // Reading tells how often it fired, or fails because the clock was set: both are reasons to look at the time.
+  // Reading clears the timer. It fails after the clock was set, which is a reason to check the time, too.
   std::uint64_t times = 0;
-  static_cast<void>(!read(descriptor_, &times, sizeof(times)));
+  static_cast<void>(!read(descriptor_.get(), &times, sizeof(times)));
   WithAutoreleasePool(handler_);
 }
 

@@ -22,43 +22,6 @@ namespace {
 
 constexpr char kClipboard[] = "CLIPBOARD";
 
-// This process's clipboard contents. Main thread only: other programs read a copy, and wait for the main thread only
-// for targets that the copy lacks.
-class ClipboardOffer {
- public:
-  // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
-  // `owner`, which may be nil, provides the data of a type at the first request for them.
-  [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner);
-
-  // Whether no other program has taken the clipboard since.
-  [[nodiscard]] bool IsCurrent() const;
-
-  [[nodiscard]] NSArray* types() const { return types_; }
-
-  // False for a type that has not been declared.
-  [[nodiscard]] bool Set(NSString* type, NSData* data);
-
-  // Requests data that are not set from the owner; nil when the owner has none either.
-  [[nodiscard]] NSData* Get(NSString* type);
-
-  ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner);
-
- private:
-  class Copies;
-
-  // Requests all types of the target from the owner.
-  void Provide(const std::string& target);
-  void AskOwner(NSString* type);
-  void Lose();
-
-  Ref<NSPasteboard> pasteboard_;
-  Ref<NSArray> types_;
-  Ref<NSObject> owner_;
-  Ref<NSMutableDictionary> values_;  // data by type
-  std::shared_ptr<Copies> copies_;
-  bool isCurrent_ = true;
-};
-
 std::vector<std::string> TargetsOf(NSArray* types) {
   std::vector<std::string> targets;
   for (NSString* type in types) {
@@ -70,7 +33,7 @@ std::vector<std::string> TargetsOf(NSArray* types) {
 }
 
 // The data for other programs, by target; shared with the selections' thread.
-class ClipboardOffer::Copies {
+class TargetCopies {
  public:
   void Set(const std::string& target, std::string bytes) {
     const std::lock_guard lock(mutex_);
@@ -89,72 +52,93 @@ class ClipboardOffer::Copies {
   std::map<std::string, SelectionOffer::Bytes> bytes_;
 };
 
-ClipboardOffer::ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner)
-    : pasteboard_(Retain(pasteboard)),
-      types_(Adopt([[NSArray alloc] initWithArray:types copyItems:YES])),
-      owner_(Retain(static_cast<NSObject*>(owner))),
-      values_(Adopt([[NSMutableDictionary alloc] init])),
-      copies_(std::make_shared<Copies>()) {}
-
-std::shared_ptr<ClipboardOffer> ClipboardOffer::Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
-  auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
-  if (!Selections::Shared().IsAvailable()) return offer;
-  // Other threads get weak references: the offer's Cocoa objects must be released on the main thread.
-  const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
-    MainQueue::Shared().Post([weak, task = std::move(task)] {
-      if (const auto current = weak.lock()) task(*current);
-    });
-  };
-  const auto provide = [copies = offer->copies_, onMainThread](const std::string& target,
-                                                               const SelectionOffer::Reply& reply) {
-    if (auto bytes = copies->Get(target)) return reply(std::move(bytes));
-    onMainThread([copies, target, reply](ClipboardOffer& current) {
-      current.Provide(target);
-      reply(copies->Get(target));
-    });
-  };
-  const auto lost = [onMainThread] { onMainThread(&ClipboardOffer::Lose); };
-  if (!Selections::Shared().Take(kClipboard, {TargetsOf(types), provide, lost})) return nullptr;
-  return offer;
-}
-
-bool ClipboardOffer::IsCurrent() const {
-  return isCurrent_ && (!Selections::Shared().IsAvailable() || Selections::Shared().Owns(kClipboard));
-}
-
-bool ClipboardOffer::Set(NSString* type, NSData* data) {
-  if (![types_ containsObject:type]) return false;
-  TargetContents targets;
-  if (data != nil) AddTargets(type, data, targets);
-  auto value = Adopt(data != nil ? static_cast<NSData*>([data copy]) : [[NSData alloc] init]);
-  [values_ setObject:value forKey:type];
-  for (auto& [target, bytes] : targets) copies_->Set(target, std::move(bytes));
-  return true;
-}
-
-NSData* ClipboardOffer::Get(NSString* type) {
-  if ([values_ objectForKey:type] == nil && [types_ containsObject:type]) AskOwner(type);
-  return [values_ objectForKey:type];
-}
-
-void ClipboardOffer::AskOwner(NSString* type) {
-  if ([owner_ respondsToSelector:@selector(pasteboard:provideDataForType:)]) {
-    [owner_ pasteboard:pasteboard_ provideDataForType:type];
+// This process's clipboard contents. Main thread only: other programs read a copy, and wait for the main thread only
+// for targets that the copy lacks.
+class ClipboardOffer {
+ public:
+  // Takes the clipboard; null when the X server refuses. Without a display the offer is of use to this process alone.
+  // `owner`, which may be nil, provides the data of a type at the first request for them.
+  [[nodiscard]] static std::shared_ptr<ClipboardOffer> Take(NSPasteboard* pasteboard, NSArray* types, id owner) {
+    auto offer = std::make_shared<ClipboardOffer>(pasteboard, types, owner);
+    if (!Selections::Shared().IsAvailable()) return offer;
+    // Other threads get weak references: the offer's Cocoa objects must be released on the main thread.
+    const auto onMainThread = [weak = std::weak_ptr(offer)](std::function<void(ClipboardOffer&)> task) {
+      MainQueue::Shared().Post([weak, task = std::move(task)] {
+        if (const auto current = weak.lock()) task(*current);
+      });
+    };
+    const auto provide = [copies = offer->copies_, onMainThread](const std::string& target,
+                                                                 const SelectionOffer::Reply& reply) {
+      if (auto bytes = copies->Get(target)) return reply(std::move(bytes));
+      onMainThread([copies, target, reply](ClipboardOffer& current) {
+        current.Provide(target);
+        reply(copies->Get(target));
+      });
+    };
+    const auto lost = [onMainThread] { onMainThread(&ClipboardOffer::Lose); };
+    if (!Selections::Shared().Take(kClipboard, {TargetsOf(types), provide, lost})) return nullptr;
+    return offer;
   }
-}
 
-void ClipboardOffer::Provide(const std::string& target) {
-  for (NSString* type in types_.get()) {
-    const std::vector<std::string> targets = TargetsOfType(type);
-    const bool isOfType = std::find(targets.begin(), targets.end(), target) != targets.end();
-    if (isOfType && [values_ objectForKey:type] == nil) AskOwner(type);
+  // Whether no other program has taken the clipboard since.
+  [[nodiscard]] bool IsCurrent() const {
+    return isCurrent_ && (!Selections::Shared().IsAvailable() || Selections::Shared().Owns(kClipboard));
   }
-}
 
-void ClipboardOffer::Lose() {
-  if (!std::exchange(isCurrent_, false)) return;
-  if ([owner_ respondsToSelector:@selector(pasteboardChangedOwner:)]) [owner_ pasteboardChangedOwner:pasteboard_];
-}
+  [[nodiscard]] NSArray* types() const { return types_; }
+
+  // False for a type that has not been declared.
+  [[nodiscard]] bool Set(NSString* type, NSData* data) {
+    if (![types_ containsObject:type]) return false;
+    TargetContents targets;
+    if (data != nil) AddTargets(type, data, targets);
+    auto value = Adopt(data != nil ? static_cast<NSData*>([data copy]) : [[NSData alloc] init]);
+    [values_ setObject:value forKey:type];
+    for (auto& [target, bytes] : targets) copies_->Set(target, std::move(bytes));
+    return true;
+  }
+
+  // Requests data that are not set from the owner; nil when the owner has none either.
+  [[nodiscard]] NSData* Get(NSString* type) {
+    if ([values_ objectForKey:type] == nil && [types_ containsObject:type]) AskOwner(type);
+    return [values_ objectForKey:type];
+  }
+
+  ClipboardOffer(NSPasteboard* pasteboard, NSArray* types, id owner)
+      : pasteboard_(Retain(pasteboard)),
+        types_(Adopt([[NSArray alloc] initWithArray:types copyItems:YES])),
+        owner_(Retain(static_cast<NSObject*>(owner))),
+        values_(Adopt([[NSMutableDictionary alloc] init])),
+        copies_(std::make_shared<TargetCopies>()) {}
+
+ private:
+  // Requests all types of the target from the owner.
+  void Provide(const std::string& target) {
+    for (NSString* type in types_.get()) {
+      const std::vector<std::string> targets = TargetsOfType(type);
+      const bool isOfType = std::find(targets.begin(), targets.end(), target) != targets.end();
+      if (isOfType && [values_ objectForKey:type] == nil) AskOwner(type);
+    }
+  }
+
+  void AskOwner(NSString* type) {
+    if ([owner_ respondsToSelector:@selector(pasteboard:provideDataForType:)]) {
+      [owner_ pasteboard:pasteboard_ provideDataForType:type];
+    }
+  }
+
+  void Lose() {
+    if (!std::exchange(isCurrent_, false)) return;
+    if ([owner_ respondsToSelector:@selector(pasteboardChangedOwner:)]) [owner_ pasteboardChangedOwner:pasteboard_];
+  }
+
+  Ref<NSPasteboard> pasteboard_;
+  Ref<NSArray> types_;
+  Ref<NSObject> owner_;
+  Ref<NSMutableDictionary> values_;  // data by type
+  std::shared_ptr<TargetCopies> copies_;
+  bool isCurrent_ = true;
+};
 
 // ---- The pasteboard
 
@@ -264,9 +248,6 @@ bool IsPropertyList(NSString* type) {
 }
 
 @end
-
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
 
 @interface NSPasteboard (GeneralPasteboard)
 @end

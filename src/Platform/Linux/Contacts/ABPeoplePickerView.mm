@@ -1,7 +1,5 @@
 #include "Platform/Linux/Contacts/ABPeoplePickerView.h"
 
-#include <algorithm>
-
 #include "Platform/AddressBook.h"
 
 #include "Base/TsLog.h"

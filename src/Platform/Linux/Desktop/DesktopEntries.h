@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Base/Result.h"
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
 // Installed applications as their desktop entries describe them, and starting programs. Any thread; nothing throws.
@@ -31,7 +32,5 @@ inline constexpr std::string_view kDesktopExtension = ".desktop";
 
 // Starts a program with its arguments, without a shell.
 [[nodiscard]] Result<void> Spawn(const std::vector<std::string>& words);
-
-[[nodiscard]] inline bool HasNul(std::string_view text) { return text.find('\0') != std::string_view::npos; }
 
 }  // namespace tessaro::platform

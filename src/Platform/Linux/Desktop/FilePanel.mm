@@ -27,7 +27,7 @@ using namespace tessaro::platform;
   Ref<NSWindow> _window;
   FileRequest _request;
   FileAnswer _answer;
-  std::unique_ptr<FilePortal> _portal;
+  std::shared_ptr<void> _portal;
   Ref<NSSavePanel> _panel;
   NSModalSession _modalSession;
   BOOL _isAccepted;
@@ -112,7 +112,7 @@ std::vector<std::string> PathsOf(NSSavePanel* panel) {
   [Sessions() addObject:self];
   [self observe:NSWindowWillCloseNotification of:_window with:@selector(windowWillClose:)];
   [self observe:NSWindowDidResignKeyNotification of:_window with:@selector(windowDidResignKey:)];
-  _portal = std::make_unique<FilePortal>(PortalHandleOf(_window), _request, [self](const auto& paths) {
+  _portal = AskPortal(PortalHandleOf(_window), _request, [self](const auto& paths) {
     if (paths) return [self endWith:*paths];
     // GTK's dialog ends so with Escape. Only a dialog that never appeared needs a replacement.
     if (paths.error().code == kEndedOtherwise && _hasLostKeyboard) return [self endWith:{}];

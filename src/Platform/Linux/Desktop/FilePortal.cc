@@ -140,10 +140,13 @@ Options PortalOptions(const FileRequest& request, const std::string& token) {
   return options;
 }
 
-}  // namespace
-
-struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
-  explicit Dialog(Ended callback) : ended(std::move(callback)) {}
+struct Dialog : std::enable_shared_from_this<Dialog> {
+  explicit Dialog(PortalAnswer callback) : answer(std::move(callback)) {}
+  Dialog(const Dialog&) = delete;
+  Dialog& operator=(const Dialog&) = delete;
+  ~Dialog() {
+    if (!isEnded) Close();
+  }
 
   void Ask(const std::string& parent, const FileRequest& fileRequest) noexcept {
     auto* bus = SessionBus::Shared().Connection();
@@ -191,13 +194,13 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
     End(std::move(paths));
   }
 
-  // Calls `ended` on a later turn: the caller may be one of the bus objects that the owner destroys.
+  // Calls `answer` on a later turn: the caller may be one of the bus objects that the owner destroys.
   void End(Result<std::vector<std::string>> paths) {
     if (isEnded) return;
     isEnded = true;
     if (!paths) Close();
     MainQueue::Shared().Post([weak = weak_from_this(), paths = std::move(paths)] {
-      if (const auto dialog = weak.lock()) dialog->ended(paths);
+      if (const auto dialog = weak.lock()) dialog->answer(paths);
     });
   }
 
@@ -213,7 +216,7 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
     if (!closed) TsLogTextWarning("Couldn't close a file dialog: " + closed.error().message);
   }
 
-  Ended ended;
+  PortalAnswer answer;
   std::unique_ptr<sdbus::IProxy> request;
   std::unique_ptr<sdbus::IProxy> portal;
   sdbus::Slot owner;
@@ -221,13 +224,12 @@ struct FilePortal::Dialog : std::enable_shared_from_this<FilePortal::Dialog> {
   bool isEnded = false;
 };
 
-FilePortal::FilePortal(const std::string& parent, const FileRequest& request, Ended ended) noexcept
-    : dialog_(std::make_shared<Dialog>(std::move(ended))) {
-  dialog_->Ask(parent, request);
-}
+}  // namespace
 
-FilePortal::~FilePortal() {
-  if (!dialog_->isEnded) dialog_->Close();
+std::shared_ptr<void> AskPortal(const std::string& parent, const FileRequest& request, PortalAnswer answer) noexcept {
+  auto dialog = std::make_shared<Dialog>(std::move(answer));
+  dialog->Ask(parent, request);
+  return dialog;
 }
 
 std::string SuggestedName(const FileRequest& request) {

@@ -4,12 +4,11 @@
 #include <filesystem>
 #include <limits>
 #include <system_error>
-#include <utility>
 
 #include "Base/Lifetime.h"
 #include "Platform/Applications.h"
 #include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Themes.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 #include "Platform/StandardDirectories.h"
 
@@ -30,9 +29,9 @@ struct SizedFolder {
   int most = 0;
 };
 
-struct Theme {
+struct IconTheme {
+  std::string name;
   std::vector<SizedFolder> folders;
-  std::vector<std::string> parents;
 };
 
 std::vector<fs::path> Bases() {
@@ -60,52 +59,22 @@ SizedFolder FolderOf(const GKeyFilePtr& keys, const std::string& name) {
   return {name, size - threshold, size + threshold};
 }
 
-Theme ReadTheme(const std::string& name) {
-  Theme theme;
-  for (const fs::path& base : Bases()) {
-    const GKeyFilePtr keys = ReadKeyFile(base / name / "index.theme");
-    if (!keys) continue;
-    g_key_file_set_list_separator(keys.get(), ',');
-    for (const std::string& folder : ListIn(keys.get(), kThemeGroup, "Directories")) {
-      theme.folders.push_back(FolderOf(keys, folder));
-    }
-    theme.parents = ListIn(keys.get(), kThemeGroup, "Inherits");
-    break;
-  }
-  return theme;
-}
-
-// The theme in GTK's settings file: reading the desktop's own setting needs a connection to its daemon.
-std::string ChosenTheme() {
-  const GKeyFilePtr keys = ReadKeyFile(ConfigHome() / "gtk-3.0" / "settings.ini");
-  return keys ? TextIn(keys.get(), "Settings", "gtk-icon-theme-name") : "";
-}
-
-using NamedThemes = std::vector<std::pair<std::string, Theme>>;
-
-void AddTheme(NamedThemes& themes, const std::string& name) {
-  const auto isKnown = [&](const auto& each) { return each.first == name; };
-  if (name.empty() || name.find('/') != std::string::npos || std::any_of(themes.begin(), themes.end(), isKnown)) return;
-  themes.emplace_back(name, ReadTheme(name));
-}
-
-NamedThemes ReadThemes() {
-  NamedThemes themes;
-  AddTheme(themes, ChosenTheme());
-  for (std::size_t i = 0; i < themes.size(); ++i) {
-    const auto parents = themes[i].second.parents;
-    for (const std::string& parent : parents) {
-      if (parent != "hicolor") AddTheme(themes, parent);
+std::vector<IconTheme> ReadIconThemes() {
+  std::vector<IconTheme> themes;
+  for (const Theme& theme : ReadThemes({"gtk-icon-theme-name", kThemeGroup, Bases(), {"Adwaita", "hicolor"}})) {
+    IconTheme& icons = themes.emplace_back(IconTheme{theme.name, {}});
+    if (theme.parts.empty()) continue;
+    const GKeyFilePtr& index = theme.parts.front().index;
+    for (const std::string& folder : ListIn(index.get(), kThemeGroup, "Directories")) {
+      icons.folders.push_back(FolderOf(index, folder));
     }
   }
-  AddTheme(themes, "Adwaita");
-  AddTheme(themes, "hicolor");
   return themes;
 }
 
 // The themes to search, in order. Read once: they rarely change and have hundreds of folders.
-const NamedThemes& Themes() {
-  static Forever<NamedThemes> themes(ReadThemes());
+const std::vector<IconTheme>& IconThemes() {
+  static Forever<std::vector<IconTheme>> themes(ReadIconThemes());
   return *themes;
 }
 
@@ -122,16 +91,16 @@ fs::path FileIn(const fs::path& folder, const std::string& name) {
   return {};
 }
 
-fs::path FileOf(const std::string& themeName, const Theme& theme, const std::string& name, int size) {
+fs::path FileOf(const IconTheme& theme, const std::string& name, int size) {
   fs::path best;
   int least = std::numeric_limits<int>::max();
   for (const fs::path& base : Bases()) {
     std::error_code error;
-    if (!fs::is_directory(base / themeName, error)) continue;
+    if (!fs::is_directory(base / theme.name, error)) continue;
     for (const SizedFolder& folder : theme.folders) {
       const int misfit = Misfit(folder, size);
       if (misfit >= least) continue;
-      fs::path file = FileIn(base / themeName / folder.name, name);
+      fs::path file = FileIn(base / theme.name / folder.name, name);
       if (file.empty()) continue;
       best = std::move(file);
       least = misfit;
@@ -143,8 +112,8 @@ fs::path FileOf(const std::string& themeName, const Theme& theme, const std::str
 // The file of the user's icon theme that suits `size` best. Empty when no theme has an icon of that name.
 fs::path ThemedIcon(const std::string& name, int size) {
   if (name.empty() || name.find('/') != std::string::npos) return {};
-  for (const auto& [themeName, theme] : Themes()) {
-    if (fs::path file = FileOf(themeName, theme, name, size); !file.empty()) return file;
+  for (const IconTheme& theme : IconThemes()) {
+    if (fs::path file = FileOf(theme, name, size); !file.empty()) return file;
   }
   for (const fs::path& directory : DataDirectories()) {
     if (fs::path file = FileIn(directory / "pixmaps", name); !file.empty()) return file;

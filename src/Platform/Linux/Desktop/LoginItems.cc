@@ -42,23 +42,60 @@ std::string ExecOf(std::string_view executable) {
 // A desktop entry of the XDG autostart folders. Writing keeps the keys and comments that this class doesn't know.
 class AutostartEntry {
  public:
-  static AutostartEntry ForApplication(std::string_view name, std::string_view executable);
+  static AutostartEntry ForApplication(std::string_view name, std::string_view executable) {
+    GKeyFilePtr keys(g_key_file_new());
+    const auto set = [&](const char* key, const std::string& value) {
+      g_key_file_set_string(keys.get(), kGroup, key, value.c_str());
+    };
+    set("Type", "Application");
+    set("Name", std::string(name));
+    set("Exec", ExecOf(executable));
+    set(kSwitch, "true");
+    return AutostartEntry(std::move(keys));
+  }
 
   // Nothing for a file that is no desktop entry.
-  static std::optional<AutostartEntry> Read(const std::filesystem::path& file);
+  static std::optional<AutostartEntry> Read(const fs::path& file) {
+    GKeyFilePtr keys = ReadKeyFile(file);
+    if (!keys || !g_key_file_has_group(keys.get(), kGroup)) return std::nullopt;
+    return AutostartEntry(std::move(keys));
+  }
 
   [[nodiscard]] Result<void> Write(const std::filesystem::path& file) const { return WriteKeyFile(file, keys_.get()); }
 
-  [[nodiscard]] std::string DisplayName() const;
+  [[nodiscard]] std::string DisplayName() const {
+    const GTextPtr name(g_key_file_get_locale_string(keys_.get(), kGroup, "Name", nullptr, nullptr));
+    return name != nullptr ? name.get() : "";
+  }
 
   // The resolved path of the program; empty if missing.
-  [[nodiscard]] std::filesystem::path Program() const;
+  [[nodiscard]] std::filesystem::path Program() const {
+    char** words = nullptr;
+    if (!g_shell_parse_argv(TextIn(keys_.get(), kGroup, "Exec").c_str(), nullptr, &words, nullptr)) return {};
+    const GStringListPtr owned(words);
+    std::string program = words[0];
+    for (auto at = program.find("%%"); at != std::string::npos; at = program.find("%%", at + 1)) program.erase(at, 1);
+    std::error_code error;
+    const fs::path path = program.starts_with('/') ? fs::path(program) : InSearchPath(program);
+    const fs::path resolved = path.empty() ? path : fs::canonical(path, error);
+    return error ? fs::path() : resolved;
+  }
 
   // Whether a session of this desktop starts it.
-  [[nodiscard]] bool IsSwitchedOn() const;
+  [[nodiscard]] bool IsSwitchedOn() const {
+    if (g_key_file_get_boolean(keys_.get(), kGroup, "Hidden", nullptr)) return false;
+    if (Has(kSwitch) && !g_key_file_get_boolean(keys_.get(), kGroup, kSwitch, nullptr)) return false;
+    const std::string wanted = TextIn(keys_.get(), kGroup, "TryExec");
+    if (!wanted.empty() && InSearchPath(wanted).empty()) return false;
+    return Has("OnlyShowIn") ? NamesThisDesktop("OnlyShowIn") : !NamesThisDesktop("NotShowIn");
+  }
 
-  void SwitchOn();
-  void Hide();
+  void SwitchOn() {
+    g_key_file_remove_key(keys_.get(), kGroup, "Hidden", nullptr);
+    g_key_file_set_boolean(keys_.get(), kGroup, kSwitch, TRUE);
+  }
+
+  void Hide() { g_key_file_set_boolean(keys_.get(), kGroup, "Hidden", TRUE); }
 
  private:
   explicit AutostartEntry(GKeyFilePtr keys) : keys_(std::move(keys)) {}
@@ -66,66 +103,14 @@ class AutostartEntry {
   [[nodiscard]] bool Has(const char* key) const {
     return g_key_file_has_key(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr);
   }
-  [[nodiscard]] bool NamesThisDesktop(const char* key) const;
+  [[nodiscard]] bool NamesThisDesktop(const char* key) const {
+    const auto named = ListIn(keys_.get(), kGroup, key);
+    const auto desktops = CurrentDesktops();
+    return std::find_first_of(named.begin(), named.end(), desktops.begin(), desktops.end()) != named.end();
+  }
 
   GKeyFilePtr keys_;
 };
-
-AutostartEntry AutostartEntry::ForApplication(std::string_view name, std::string_view executable) {
-  GKeyFilePtr keys(g_key_file_new());
-  const auto set = [&](const char* key, const std::string& value) {
-    g_key_file_set_string(keys.get(), kGroup, key, value.c_str());
-  };
-  set("Type", "Application");
-  set("Name", std::string(name));
-  set("Exec", ExecOf(executable));
-  set(kSwitch, "true");
-  return AutostartEntry(std::move(keys));
-}
-
-std::optional<AutostartEntry> AutostartEntry::Read(const fs::path& file) {
-  GKeyFilePtr keys = ReadKeyFile(file);
-  if (!keys || !g_key_file_has_group(keys.get(), kGroup)) return std::nullopt;
-  return AutostartEntry(std::move(keys));
-}
-
-std::string AutostartEntry::DisplayName() const {
-  const GTextPtr name(g_key_file_get_locale_string(keys_.get(), kGroup, "Name", nullptr, nullptr));
-  return name != nullptr ? name.get() : "";
-}
-
-fs::path AutostartEntry::Program() const {
-  char** words = nullptr;
-  if (!g_shell_parse_argv(TextIn(keys_.get(), kGroup, "Exec").c_str(), nullptr, &words, nullptr)) return {};
-  const GStringListPtr owned(words);
-  std::string program = words[0];
-  for (auto at = program.find("%%"); at != std::string::npos; at = program.find("%%", at + 1)) program.erase(at, 1);
-  std::error_code error;
-  const fs::path path = program.starts_with('/') ? fs::path(program) : InSearchPath(program);
-  const fs::path resolved = path.empty() ? path : fs::canonical(path, error);
-  return error ? fs::path() : resolved;
-}
-
-bool AutostartEntry::NamesThisDesktop(const char* key) const {
-  const auto named = ListIn(keys_.get(), kGroup, key);
-  const auto desktops = CurrentDesktops();
-  return std::find_first_of(named.begin(), named.end(), desktops.begin(), desktops.end()) != named.end();
-}
-
-bool AutostartEntry::IsSwitchedOn() const {
-  if (g_key_file_get_boolean(keys_.get(), kGroup, "Hidden", nullptr)) return false;
-  if (Has(kSwitch) && !g_key_file_get_boolean(keys_.get(), kGroup, kSwitch, nullptr)) return false;
-  const std::string wanted = TextIn(keys_.get(), kGroup, "TryExec");
-  if (!wanted.empty() && InSearchPath(wanted).empty()) return false;
-  return Has("OnlyShowIn") ? NamesThisDesktop("OnlyShowIn") : !NamesThisDesktop("NotShowIn");
-}
-
-void AutostartEntry::SwitchOn() {
-  g_key_file_remove_key(keys_.get(), kGroup, "Hidden", nullptr);
-  g_key_file_set_boolean(keys_.get(), kGroup, kSwitch, TRUE);
-}
-
-void AutostartEntry::Hide() { g_key_file_set_boolean(keys_.get(), kGroup, "Hidden", TRUE); }
 
 // ---- Folders
 

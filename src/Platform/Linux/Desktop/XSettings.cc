@@ -1,8 +1,6 @@
 #include "Platform/Linux/Desktop/XSettings.h"
 
 #include <cstdlib>
-#include <cstring>
-#include <optional>
 #include <utility>
 
 namespace tessaro::platform {

@@ -15,16 +15,6 @@ constexpr std::uint32_t kGroups =
 
 }  // namespace
 
-NetworkChanges::Subscription& NetworkChanges::Subscription::operator=(Subscription&& other) noexcept {
-  std::swap(changes_, other.changes_);
-  std::swap(place_, other.place_);
-  return *this;
-}
-
-NetworkChanges::Subscription::~Subscription() {
-  if (changes_ != nullptr) changes_->listeners_.erase(place_);
-}
-
 NetworkChanges& NetworkChanges::Shared() {
   static Forever<NetworkChanges> changes;
   return *changes;
@@ -32,7 +22,8 @@ NetworkChanges& NetworkChanges::Shared() {
 
 NetworkChanges::Subscription NetworkChanges::Listen(Listener listener) noexcept {
   if (!socket_ && !Open()) return {};
-  return {this, listeners_.insert(listeners_.end(), std::move(listener))};
+  const auto place = listeners_.insert(listeners_.end(), std::move(listener));
+  return {&*place, [this, place](void*) { listeners_.erase(place); }};
 }
 
 void NetworkChanges::Close() noexcept {

@@ -17,24 +17,8 @@ class NetworkChanges {
  public:
   using Listener = std::function<void()>;
 
-  // Unsubscribes when it is destroyed.
-  class Subscription {
-   public:
-    Subscription() = default;
-    Subscription(Subscription&& other) noexcept
-        : changes_(std::exchange(other.changes_, nullptr)), place_(other.place_) {}
-    Subscription& operator=(Subscription&& other) noexcept;
-    ~Subscription();
-
-    explicit operator bool() const { return changes_ != nullptr; }
-
-   private:
-    friend class NetworkChanges;
-    Subscription(NetworkChanges* changes, std::list<Listener>::iterator place) : changes_(changes), place_(place) {}
-
-    NetworkChanges* changes_ = nullptr;
-    std::list<Listener>::iterator place_;
-  };
+  // Unsubscribes when the last copy is destroyed.
+  using Subscription = std::shared_ptr<void>;
 
   static NetworkChanges& Shared();
 

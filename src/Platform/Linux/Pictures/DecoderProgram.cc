@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "Platform/Linux/Base/OwnDirectory.h"
+#include "Platform/Linux/Base/BaseDirectories.h"
 
 extern char** environ;
 

@@ -145,75 +145,6 @@ void AddProperty(sdbus::IObject& busObject, const char* interface, scripted::Obj
   }
 }
 
-class ScriptingService final : private BusService {
- public:
-  explicit ScriptingService(LinkHandler openLink)
-      : openLink_(std::move(openLink)), name_(BusName()), path_(PathOf(name_)) {
-    JoinBus();
-  }
-
-  [[nodiscard]] std::string Name() const { return application_ ? name_ : std::string(); }
-
- private:
-  // Raises sdbus::Error when another process of the application has the name: scripts talk to that one.
-  void Appear(sdbus::IConnection& bus) override;
-  void Disappear() noexcept override;
-
-  void RegisterApplication();
-  [[nodiscard]] std::unique_ptr<sdbus::IObject> NewMessageObject(std::int64_t id) const;
-  // Puts the message on the bus when its path is asked for.
-  [[nodiscard]] sdbus::ObjectPath MessagePath(std::int64_t id);
-  [[nodiscard]] sdbus::ObjectPath Make(const wire::NamedValues& properties);
-  [[nodiscard]] sdbus::ObjectPath LookUp(std::int64_t id);
-
-  LinkHandler openLink_;
-  std::string name_;
-  std::string path_;
-  std::unique_ptr<sdbus::IObject> application_;
-  std::map<std::int64_t, std::unique_ptr<sdbus::IObject>> messages_;
-};
-
-void ScriptingService::Appear(sdbus::IConnection& bus) {
-  application_ = sdbus::createObject(bus, path_);
-  RegisterApplication();
-  TakeName(bus, name_);
-}
-
-void ScriptingService::Disappear() noexcept {
-  messages_.clear();
-  application_.reset();
-}
-
-void ScriptingService::RegisterApplication() {
-  for (const Property& property : kApplicationProperties) {
-    AddProperty(*application_, kApplication, std::nullopt, property);
-  }
-  application_->registerProperty("OutgoingMessages")
-      .onInterface(kApplication)
-      .withGetter([this] {
-        std::vector<sdbus::ObjectPath> paths;
-        for (const std::int64_t id : scripted::MessageIds()) paths.push_back(MessagePath(id));
-        return paths;
-      })
-      .withUpdateBehavior(sdbus::Flags::EMITS_NO_SIGNAL);
-  application_->registerMethod(kApplication, "MakeOutgoingMessage", "a{sv}", {"properties"}, "o", {"message"},
-                               [this](sdbus::MethodCall call) {
-                                 auto reply = call.createReply();
-                                 reply << Make(wire::ReadDictionary(call));
-                                 reply.send();
-                               });
-  application_->registerMethod("OutgoingMessageWithUniqueID")
-      .onInterface(kApplication)
-      .withInputParamNames("id")
-      .withOutputParamNames("message")
-      .implementedAs([this](std::int64_t id) { return LookUp(id); });
-  application_->registerMethod("OpenLink")
-      .onInterface(kApplication)
-      .withInputParamNames("link")
-      .implementedAs([this](const std::string& link) { ThrowIfFailed(openLink_(link), kBadLink); });
-  application_->finishRegistration();
-}
-
 void AddMethods(sdbus::IObject& object, std::int64_t id) {
   for (const auto& [method, key] :
        {std::pair("AddToRecipient", "toRecipients"), std::pair("AddCcRecipient", "ccRecipients"),
@@ -239,33 +170,93 @@ void AddMethods(sdbus::IObject& object, std::int64_t id) {
       [id] { ThrowIfFailed(scripted::ComposeMessage(id)); });
 }
 
-std::unique_ptr<sdbus::IObject> ScriptingService::NewMessageObject(std::int64_t id) const {
-  auto object = sdbus::createObject(*SessionBus::Shared().Connection(), path_ + kMessages + std::to_string(id));
-  for (const Property& property : kMessageProperties) AddProperty(*object, kMessage, id, property);
-  AddMethods(*object, id);
-  object->finishRegistration();
-  return object;
-}
+class ScriptingService final : private BusService {
+ public:
+  explicit ScriptingService(LinkHandler openLink)
+      : openLink_(std::move(openLink)), name_(BusName()), path_(PathOf(name_)) {
+    JoinBus();
+  }
 
-sdbus::ObjectPath ScriptingService::MessagePath(std::int64_t id) {
-  auto& object = messages_[id];
-  if (!object) object = NewMessageObject(id);
-  return object->getObjectPath();
-}
+  [[nodiscard]] std::string Name() const { return application_ ? name_ : std::string(); }
 
-sdbus::ObjectPath ScriptingService::Make(const wire::NamedValues& properties) {
-  // Check everything before making the message: messages are never removed.
-  for (const auto& [name, value] : properties) Check(MessageProperty(name), value);
-  const auto id = scripted::MakeMessage();
-  if (!id) throw sdbus::Error(kFailed, "There is no application to make messages for");
-  for (const auto& [name, value] : properties) ThrowIfFailed(scripted::Set(id, MessageProperty(name).key, value));
-  return MessagePath(*id);
-}
+ private:
+  // Raises sdbus::Error when another process of the application has the name: scripts talk to that one.
+  void Appear(sdbus::IConnection& bus) override {
+    application_ = sdbus::createObject(bus, path_);
+    RegisterApplication();
+    TakeName(bus, name_);
+  }
 
-sdbus::ObjectPath ScriptingService::LookUp(std::int64_t id) {
-  if (!scripted::HasMessage(id)) throw sdbus::Error(kNoSuchMessage, "There is no message " + std::to_string(id));
-  return MessagePath(id);
-}
+  void Disappear() noexcept override {
+    messages_.clear();
+    application_.reset();
+  }
+
+  void RegisterApplication() {
+    for (const Property& property : kApplicationProperties) {
+      AddProperty(*application_, kApplication, std::nullopt, property);
+    }
+    application_->registerProperty("OutgoingMessages")
+        .onInterface(kApplication)
+        .withGetter([this] {
+          std::vector<sdbus::ObjectPath> paths;
+          for (const std::int64_t id : scripted::MessageIds()) paths.push_back(MessagePath(id));
+          return paths;
+        })
+        .withUpdateBehavior(sdbus::Flags::EMITS_NO_SIGNAL);
+    application_->registerMethod(kApplication, "MakeOutgoingMessage", "a{sv}", {"properties"}, "o", {"message"},
+                                 [this](sdbus::MethodCall call) {
+                                   auto reply = call.createReply();
+                                   reply << Make(wire::ReadDictionary(call));
+                                   reply.send();
+                                 });
+    application_->registerMethod("OutgoingMessageWithUniqueID")
+        .onInterface(kApplication)
+        .withInputParamNames("id")
+        .withOutputParamNames("message")
+        .implementedAs([this](std::int64_t id) { return LookUp(id); });
+    application_->registerMethod("OpenLink")
+        .onInterface(kApplication)
+        .withInputParamNames("link")
+        .implementedAs([this](const std::string& link) { ThrowIfFailed(openLink_(link), kBadLink); });
+    application_->finishRegistration();
+  }
+
+  [[nodiscard]] std::unique_ptr<sdbus::IObject> NewMessageObject(std::int64_t id) const {
+    auto object = sdbus::createObject(*SessionBus::Shared().Connection(), path_ + kMessages + std::to_string(id));
+    for (const Property& property : kMessageProperties) AddProperty(*object, kMessage, id, property);
+    AddMethods(*object, id);
+    object->finishRegistration();
+    return object;
+  }
+
+  // Puts the message on the bus when its path is asked for.
+  [[nodiscard]] sdbus::ObjectPath MessagePath(std::int64_t id) {
+    auto& object = messages_[id];
+    if (!object) object = NewMessageObject(id);
+    return object->getObjectPath();
+  }
+
+  [[nodiscard]] sdbus::ObjectPath Make(const wire::NamedValues& properties) {
+    // Check everything before making the message: messages are never removed.
+    for (const auto& [name, value] : properties) Check(MessageProperty(name), value);
+    const auto id = scripted::MakeMessage();
+    if (!id) throw sdbus::Error(kFailed, "There is no application to make messages for");
+    for (const auto& [name, value] : properties) ThrowIfFailed(scripted::Set(id, MessageProperty(name).key, value));
+    return MessagePath(*id);
+  }
+
+  [[nodiscard]] sdbus::ObjectPath LookUp(std::int64_t id) {
+    if (!scripted::HasMessage(id)) throw sdbus::Error(kNoSuchMessage, "There is no message " + std::to_string(id));
+    return MessagePath(id);
+  }
+
+  LinkHandler openLink_;
+  std::string name_;
+  std::string path_;
+  std::unique_ptr<sdbus::IObject> application_;
+  std::map<std::int64_t, std::unique_ptr<sdbus::IObject>> messages_;
+};
 
 std::unique_ptr<ScriptingService>& TheService() {
   static Forever<std::unique_ptr<ScriptingService>> service;

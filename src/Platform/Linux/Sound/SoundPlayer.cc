@@ -11,6 +11,7 @@ extern "C" {
 #include <alsa/asoundlib.h>
 }
 
+#include "Base/Owned.h"
 #include "Platform/SerialQueue.h"
 
 namespace tessaro::platform {
@@ -19,15 +20,8 @@ namespace {
 
 constexpr std::uint32_t kSound = 1;
 
-struct ContextDeleter {
-  void operator()(ca_context* context) const { ca_context_destroy(context); }
-};
-using Context = std::unique_ptr<ca_context, ContextDeleter>;
-
-struct PropertiesDeleter {
-  void operator()(ca_proplist* properties) const { ca_proplist_destroy(properties); }
-};
-using Properties = std::unique_ptr<ca_proplist, PropertiesDeleter>;
+using Context = Owned<ca_context, ca_context_destroy>;
+using Properties = Owned<ca_proplist, ca_proplist_destroy>;
 
 // By default ALSA prints errors to the terminal.
 void IgnoreAlsaError(const char*, int, const char*, int, const char*, va_list) {}
@@ -67,8 +61,8 @@ int Start(const Context& context, const std::string& file, const SoundPlayer::Fa
 
 }  // namespace
 
-// The audio system may be slow or hang: one task at a time talks to it. Of the requests that come meanwhile only the
-// last is played.
+// The audio system may be slow or hang: one task at a time talks to it, and plays only the last of the requests that
+// came before.
 struct SoundPlayer::Body {
   struct Request {
     std::string file;  // empty: silence

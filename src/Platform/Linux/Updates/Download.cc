@@ -1,6 +1,5 @@
 #include "Platform/Linux/Updates/Download.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "Platform/Common/UpdateAddress.h"

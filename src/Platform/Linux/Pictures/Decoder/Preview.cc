@@ -1,4 +1,3 @@
-#include <array>
 #include <string>
 
 #include "Platform/Linux/Pictures/Decoder/ImageWriting.h"

@@ -1,10 +1,13 @@
+#import <Foundation/Foundation.h>
+
 #include <array>
 #include <fstream>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "Platform/Linux/Sound/SoundFolders.h"
-#include "Platform/Linux/Sound/SoundTheme.h"
+#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/Themes.h"
 #include "Platform/SoundPlayer.h"
 #include "Platform/StandardDirectories.h"
 
@@ -27,9 +30,29 @@ bool IsSound(const fs::path& file) {
   return bytes.starts_with("OggS") || (bytes.starts_with("RIFF") && bytes.ends_with("WAVE"));
 }
 
+// The folders of the desktop's sound theme and of the themes that it inherits from, in search order.
+std::vector<fs::path> SoundThemeFolders() {
+  constexpr char kGroup[] = "Sound Theme";
+  std::vector<fs::path> bases = {DataHome() / "sounds"};
+  for (const fs::path& data : DataDirectories()) bases.push_back(data / "sounds");
+  std::vector<fs::path> folders;
+  for (const Theme& theme : ReadThemes({"gtk-sound-theme-name", kGroup, std::move(bases), {"freedesktop"}})) {
+    for (const Theme::Part& part : theme.parts) {
+      for (const std::string& each : ListIn(part.index.get(), kGroup, "Directories")) {
+        folders.push_back(part.folder / each);
+      }
+    }
+  }
+  return folders;
+}
+
 std::vector<fs::path> SearchedFolders() {
   std::vector<fs::path> folders;
-  if (const std::string resources = BundleResourceFolder(); !resources.empty()) folders.emplace_back(resources);
+  @autoreleasepool {
+    if (NSString* resources = [[NSBundle mainBundle] resourcePath]) {
+      folders.emplace_back([resources fileSystemRepresentation]);
+    }
+  }
   folders.push_back(HomeDirectory() / "Library" / "Sounds");
   for (const char* folder : {"/Library/Sounds", "/Network/Library/Sounds", "/System/Library/Sounds"}) {
     folders.emplace_back(folder);
@@ -52,7 +75,13 @@ std::string SoundFileNamed(std::string_view name) noexcept {
 }
 
 std::vector<std::string> SystemSoundFolders() noexcept {
-  std::vector<std::string> folders = GNUstepSoundFolders();
+  std::vector<std::string> folders;
+  @autoreleasepool {
+    // GNUstep's, the user's first.
+    for (NSString* library in NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSAllDomainsMask, YES)) {
+      folders.emplace_back([[library stringByAppendingPathComponent:@"Sounds"] fileSystemRepresentation]);
+    }
+  }
   for (const fs::path& folder : SoundThemeFolders()) folders.push_back(folder);
   return folders;
 }

@@ -4,7 +4,6 @@
 
 #include "Base/TsLog.h"
 
-// Foundation's pools and exceptions; any thread. Foundation knows every thread by itself.
 namespace tessaro::platform {
 
 void WithAutoreleasePool(const std::function<void()>& work) noexcept {
@@ -16,8 +15,5 @@ void WithAutoreleasePool(const std::function<void()>& work) noexcept {
     }
   }
 }
-
-CocoaThread::CocoaThread() = default;
-CocoaThread::~CocoaThread() = default;
 
 }  // namespace tessaro::platform

@@ -1,0 +1,10 @@
+#import <Foundation/Foundation.h>
+
+#include "Platform/Common/AutoreleaseScope.h"
+
+namespace tessaro::platform {
+
+CocoaThread::CocoaThread() { GSRegisterCurrentThread(); }
+CocoaThread::~CocoaThread() { GSUnregisterCurrentThread(); }
+
+}  // namespace tessaro::platform
