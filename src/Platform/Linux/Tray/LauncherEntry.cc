@@ -19,38 +19,27 @@ constexpr char kLauncher[] = "com.canonical.Unity";
 }  // namespace
 
 LauncherEntry::LauncherEntry(const std::string& desktopId, MenuService::Source menu)
-    : uri_("application://" + desktopId + ".desktop"),
-      menuSource_(std::move(menu)),
-      subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { Disappear(); }})) {}
-
-void LauncherEntry::RefreshMenu() noexcept {
-  if (!menu_) return;
-  try {
-    menu_->Refresh();
-  } catch (const sdbus::Error&) {
-    // The bus has just gone; the menu is read again when it is back.
-  }
+    : uri_("application://" + desktopId + ".desktop"), menuSource_(std::move(menu)) {
+  JoinBus();
 }
 
-bool LauncherEntry::IsLauncherRunning() noexcept { return HasOwner(kLauncher); }
+void LauncherEntry::RefreshMenu() noexcept {
+  // When the bus has just gone, the menu is read again as soon as it is back.
+  if (menu_) static_cast<void>(TryOnBus([this] { menu_->Refresh(); }));
+}
 
-void LauncherEntry::Appear() noexcept {
-  auto& bus = *SessionBus::Shared().Connection();
-  try {
-    menu_ = std::make_unique<MenuService>(bus, kMenuPath, menuSource_);
-    object_ = sdbus::createObject(bus, kPath);
-    object_->registerSignal("Update").onInterface(kInterface).withParameters<std::string, Properties>();
-    object_->registerMethod("Query").onInterface(kInterface).implementedAs([this] {
-      return std::tuple(uri_, CurrentProperties());
-    });
-    object_->finishRegistration();
-    launcherOwner_ = WatchOwner(bus, kLauncher, [this](bool isThere) {
-      if (isThere) Announce();
-    });
-    Announce();
-  } catch (const sdbus::Error&) {
-    Disappear();
-  }
+void LauncherEntry::Appear(sdbus::IConnection& bus) {
+  menu_ = std::make_unique<MenuService>(bus, kMenuPath, menuSource_);
+  object_ = sdbus::createObject(bus, kPath);
+  object_->registerSignal("Update").onInterface(kInterface).withParameters<std::string, Properties>();
+  object_->registerMethod("Query").onInterface(kInterface).implementedAs([this] {
+    return std::tuple(uri_, CurrentProperties());
+  });
+  object_->finishRegistration();
+  launcherOwner_ = WatchOwner(bus, kLauncher, [this](bool isThere) {
+    if (isThere) Announce();
+  });
+  Announce();
 }
 
 void LauncherEntry::Disappear() noexcept {
@@ -59,7 +48,7 @@ void LauncherEntry::Disappear() noexcept {
   menu_.reset();
 }
 
-LauncherEntry::Properties LauncherEntry::CurrentProperties() const {
+LauncherEntry::Properties LauncherEntry::CurrentProperties() {
   return {{"quicklist", sdbus::Variant(std::string(kMenuPath))}};
 }
 
@@ -67,6 +56,6 @@ void LauncherEntry::Announce() {
   object_->emitSignal("Update").onInterface(kInterface).withArguments(uri_, CurrentProperties());
 }
 
-bool IsDockAvailable() { return LauncherEntry::IsLauncherRunning(); }
+bool IsDockAvailable() { return HasOwner(kLauncher); }
 
 }  // namespace tessaro::platform

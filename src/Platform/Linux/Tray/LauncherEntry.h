@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {
@@ -15,24 +15,21 @@ namespace tessaro::platform {
 // Dock, Plank and others understand). Launchers that start later receive the menu then.
 //
 // Main thread only; nothing throws.
-class LauncherEntry {
+class LauncherEntry final : private BusService {
  public:
   // `desktopId` names the application's desktop entry, without ".desktop".
   LauncherEntry(const std::string& desktopId, MenuService::Source menu);
-  LauncherEntry(const LauncherEntry&) = delete;
-  LauncherEntry& operator=(const LauncherEntry&) = delete;
+  ~LauncherEntry() { LeaveBus(); }
 
   // The menu has changed.
   void RefreshMenu() noexcept;
 
-  [[nodiscard]] static bool IsLauncherRunning() noexcept;
-
  private:
   using Properties = std::map<std::string, sdbus::Variant>;
 
-  void Appear() noexcept;
-  void Disappear() noexcept;
-  [[nodiscard]] Properties CurrentProperties() const;
+  void Appear(sdbus::IConnection& bus) override;
+  void Disappear() noexcept override;
+  [[nodiscard]] static Properties CurrentProperties();
   void Announce();
 
   std::string uri_;
@@ -40,7 +37,6 @@ class LauncherEntry {
   std::unique_ptr<sdbus::IObject> object_;
   std::unique_ptr<MenuService> menu_;
   sdbus::Slot launcherOwner_;
-  SessionBus::Subscription subscription_;
 };
 
 }  // namespace tessaro::platform

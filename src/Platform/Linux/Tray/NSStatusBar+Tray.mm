@@ -151,9 +151,6 @@ struct TrayEntry {
 
 @end
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @interface NSStatusBar (Tray)
 @end
 

@@ -30,21 +30,14 @@ std::string NextBusName() {
 }  // namespace
 
 StatusNotifierItem::StatusNotifierItem(std::string applicationName, MenuService::Source menu)
-    : applicationName_(std::move(applicationName)),
-      busName_(NextBusName()),
-      menuSource_(std::move(menu)),
-      subscription_(SessionBus::Shared().Listen({[this] { Appear(); }, [this] { Disappear(); }})) {}
+    : applicationName_(std::move(applicationName)), busName_(NextBusName()), menuSource_(std::move(menu)) {
+  JoinBus();
+}
 
 StatusNotifierItem::~StatusNotifierItem() {
-  subscription_ = {};
-  if (!object_) return;
-  try {
-    // Trays drop an item when its name disappears.
-    SessionBus::Shared().Connection()->releaseName(busName_);
-  } catch (const sdbus::Error&) {
-    // Without a connection there is no name either.
-  }
-  Disappear();
+  // Trays drop an item when its name disappears.
+  if (object_) static_cast<void>(TryOnBus([this] { SessionBus::Shared().Connection()->releaseName(busName_); }));
+  LeaveBus();
 }
 
 void StatusNotifierItem::SetIcon(Icon icon) {
@@ -58,11 +51,8 @@ void StatusNotifierItem::SetLabel(std::string label) {
   label_ = std::move(label);
   Emit("NewToolTip");
   if (!object_) return;
-  try {
-    object_->emitSignal("XAyatanaNewLabel").onInterface(kInterface).withArguments(label_, label_);
-  } catch (const sdbus::Error&) {
-    // The bus has just gone; the item is read again when it is back.
-  }
+  static_cast<void>(TryOnBus(
+      [this] { object_->emitSignal("XAyatanaNewLabel").onInterface(kInterface).withArguments(label_, label_); }));
 }
 
 void StatusNotifierItem::SetToolTip(std::string toolTip) {
@@ -71,25 +61,18 @@ void StatusNotifierItem::SetToolTip(std::string toolTip) {
   Emit("NewToolTip");
 }
 
-bool StatusNotifierItem::IsTrayRunning() noexcept { return HasOwner(kWatcher); }
-
-void StatusNotifierItem::Appear() noexcept {
-  auto& bus = *SessionBus::Shared().Connection();
-  try {
-    menu_ = std::make_unique<MenuService>(bus, kMenuPath, menuSource_);
-    object_ = sdbus::createObject(bus, kPath);
-    RegisterProperties();
-    RegisterSignals();
-    object_->finishRegistration();
-    bus.requestName(busName_);
-    watcher_ = sdbus::createProxy(bus, kWatcher, kWatcherPath);
-    watcherOwner_ = WatchOwner(bus, kWatcher, [this](bool isThere) {
-      if (isThere) AnnounceToWatcher();
-    });
-    AnnounceToWatcher();
-  } catch (const sdbus::Error&) {
-    Disappear();
-  }
+void StatusNotifierItem::Appear(sdbus::IConnection& bus) {
+  menu_ = std::make_unique<MenuService>(bus, kMenuPath, menuSource_);
+  object_ = sdbus::createObject(bus, kPath);
+  RegisterProperties();
+  RegisterSignals();
+  object_->finishRegistration();
+  bus.requestName(busName_);
+  watcher_ = sdbus::createProxy(bus, kWatcher, kWatcherPath);
+  watcherOwner_ = WatchOwner(bus, kWatcher, [this](bool isThere) {
+    if (isThere) AnnounceToWatcher();
+  });
+  AnnounceToWatcher();
 }
 
 void StatusNotifierItem::Disappear() noexcept {
@@ -147,14 +130,10 @@ void StatusNotifierItem::AnnounceToWatcher() {
 }
 
 void StatusNotifierItem::Emit(const char* signal) noexcept {
-  if (!object_) return;
-  try {
-    object_->emitSignal(signal).onInterface(kInterface);
-  } catch (const sdbus::Error&) {
-    // The bus has just gone; the item is read again when it is back.
-  }
+  // When the bus has just gone, the item is read again as soon as it is back.
+  if (object_) static_cast<void>(TryOnBus([&] { object_->emitSignal(signal).onInterface(kInterface); }));
 }
 
-bool IsStatusBarAvailable() { return StatusNotifierItem::IsTrayRunning(); }
+bool IsStatusBarAvailable() { return HasOwner(kWatcher); }
 
 }  // namespace tessaro::platform

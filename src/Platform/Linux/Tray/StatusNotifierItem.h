@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {
@@ -16,7 +16,7 @@ namespace tessaro::platform {
 // whenever the tray or the bus has come back.
 //
 // Main thread only; nothing throws.
-class StatusNotifierItem {
+class StatusNotifierItem final : private BusService {
  public:
   struct Icon {
     std::int32_t width = 0;
@@ -29,20 +29,15 @@ class StatusNotifierItem {
   // `applicationName` is the item's name in the tray and its settings.
   StatusNotifierItem(std::string applicationName, MenuService::Source menu);
   ~StatusNotifierItem();
-  StatusNotifierItem(const StatusNotifierItem&) = delete;
-  StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
   void SetIcon(Icon icon);
   // A text beside the icon, where the tray has room for one; elsewhere it is part of the tool tip.
   void SetLabel(std::string label);
   void SetToolTip(std::string toolTip);
 
-  // Whether there is a tray.
-  [[nodiscard]] static bool IsTrayRunning() noexcept;
-
  private:
-  void Appear() noexcept;
-  void Disappear() noexcept;
+  void Appear(sdbus::IConnection& bus) override;
+  void Disappear() noexcept override;
   void RegisterProperties();
   void RegisterSignals();
   void AnnounceToWatcher();
@@ -59,7 +54,6 @@ class StatusNotifierItem {
   std::unique_ptr<MenuService> menu_;
   std::unique_ptr<sdbus::IProxy> watcher_;
   sdbus::Slot watcherOwner_;
-  SessionBus::Subscription subscription_;
 };
 
 }  // namespace tessaro::platform
