@@ -112,9 +112,7 @@ void Receive(std::int64_t id, FuzzedDataProvider& input) {
   message.seal();
   message.rewind(true);
   if (!isConstruction) return Set(id, property, wire::Read(message, property.type));
-  wire::Dictionary properties;
-  message >> properties;
-  for (const auto& [name, value] : properties) static_cast<void>(wire::Read(value));
+  static_cast<void>(wire::ReadDictionary(message));
 }
 
 }  // namespace

@@ -3,9 +3,6 @@
 #include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @interface NSApplication (Completion)
 @end
 

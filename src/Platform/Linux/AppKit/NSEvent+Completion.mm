@@ -58,9 +58,6 @@ void WatchEvents() {
 
 }  // namespace
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @implementation NSEvent (Completion)
 
 // GNUstep's own always returns 0.

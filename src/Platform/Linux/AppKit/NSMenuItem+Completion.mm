@@ -19,9 +19,6 @@ using ItemProperties = tessaro::platform::SideTable<NSMenuItem, Properties>;
 
 }  // namespace
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @implementation NSMenuItem (Completion)
 
 - (BOOL)isHidden {

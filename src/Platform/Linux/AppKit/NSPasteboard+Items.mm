@@ -5,8 +5,6 @@
 #include "Base/Ref.h"
 #include "Platform/Linux/AppKit/SideTable.h"
 
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 static NSString* const kFileURLType = @"public.file-url";
 
 // GNUstep returns a proxy of the pasteboard server's list, which can't be enumerated.

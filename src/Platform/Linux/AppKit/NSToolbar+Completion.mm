@@ -26,9 +26,6 @@ using ExtensionMarks = tessaro::platform::SideTable<NSToolbar, bool>;
 
 }  // namespace
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @implementation NSToolbar (Completion)
 
 - (BOOL)allowsExtensionItems {

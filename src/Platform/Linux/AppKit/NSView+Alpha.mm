@@ -2,9 +2,6 @@
 
 // GNUstep keeps a view's alpha value, but draws the view opaque. Hide views that are entirely transparent.
 
-// The run time takes a category's method before the class's own.
-#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
-
 @interface NSView (Alpha)
 @end
 
