@@ -102,7 +102,7 @@ std::optional<KeptAlert> Parsed(UserNotifications::Key key, const std::string& c
   }
   const GVariantPtr id = FieldOf(fields.get(), kServerId, G_VARIANT_TYPE_UINT32);
   auto server = TextOf(fields.get(), kServer);
-  if (id && server) kept.shown = {std::move(*server), g_variant_get_uint32(id.get())};
+  if (id && server && !kept.due) kept.shown = {std::move(*server), g_variant_get_uint32(id.get())};
   return kept.due || kept.shown ? std::optional(std::move(kept)) : std::nullopt;
 }
 

@@ -1,13 +1,21 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
-#include "Platform/Linux/Alerts/DesktopNotifications.h"
 #include "Platform/UserNotifications.h"
 
 namespace tessaro::platform {
+
+// An alert on the screen of one notification server.
+struct ServerAlert {
+  std::string server;  // its OwnerIdentity()
+  std::uint32_t id = 0;
+};
 
 // An alert that is scheduled or on screen.
 struct KeptAlert {

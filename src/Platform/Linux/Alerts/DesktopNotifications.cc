@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Platform/Linux/Base/BusNames.h"
+#include "Platform/SoundPlayer.h"
 
 namespace tessaro::platform {
 
@@ -76,49 +77,17 @@ std::string DisplayableMarkup(std::string_view text) {
 
 std::string SentenceOf(const sdbus::Error& error) { return error.getName() + ": " + error.getMessage(); }
 
+std::string OrElse(const std::optional<std::string>& text, const std::string& other) {
+  return text && !text->empty() ? *text : other;
+}
+
+std::string BodyOf(const UserNotification& alert) {
+  const std::string first = alert.subtitle.value_or("");
+  const std::string second = alert.text.value_or("");
+  return first.empty() || second.empty() ? first + second : first + "\n" + second;
+}
+
 }  // namespace
-
-DesktopNotifications::DesktopNotifications(std::string applicationName, Listener listener)
-    : applicationName_(std::move(applicationName)), listener_(std::move(listener)) {}
-
-DesktopNotifications::~DesktopNotifications() {
-  alerts_.clear();
-  LeaveBus();
-}
-
-void DesktopNotifications::Show(const Key& key, AlertContents contents) noexcept {
-  Alert& alert = alerts_[key];
-  alert.contents = std::move(contents);
-  alert.isNew = true;
-  alert.wasReshown = false;
-  if (alert.state == State::Sent) {
-    alert.isChanged = true;
-    return;
-  }
-  alert.state = State::Waiting;
-  JoinBus();
-  SendWaiting();
-}
-
-void DesktopNotifications::Follow(const Key& key, AlertContents contents, ServerAlert shown) noexcept {
-  alerts_[key] = {.contents = std::move(contents),
-                  .state = State::OnScreen,
-                  .id = shown.id,
-                  .server = std::move(shown.server),
-                  .isNew = false};
-  JoinBus();
-  CheckFollowed();
-}
-
-void DesktopNotifications::Withdraw(const Key& key) noexcept {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) return;
-  const std::uint32_t id = found->second.id;
-  // The id of a sent alert arrives with the reply.
-  if (id != 0 && found->second.state != State::Sent) Close(id);
-  keysById_.erase(id);
-  alerts_.erase(found);
-}
 
 void DesktopNotifications::Appear(sdbus::IConnection& bus) {
   signals_ = bus.addMatch(
@@ -126,126 +95,98 @@ void DesktopNotifications::Appear(sdbus::IConnection& bus) {
       [this](sdbus::Message& message) { Received(message); });
   owner_ = WatchOwner(bus, kService, [this](bool isRunning) { ServerChanged(isRunning); });
   server_ = sdbus::createProxy(bus, kService, kPath);
-  serverIdentity_ = OwnerIdentity(bus, kService);
-  CheckFollowed();
-  if (!serverIdentity_.empty() && !AlertsIn(State::Waiting).empty()) AskCapabilities();
-  listener_.serverChanged();
+  identity_ = OwnerIdentity(bus, kService);
+  listener_.ServerAppeared();
 }
 
 void DesktopNotifications::Disappear() noexcept {
-  // No pending call gets its reply now.
-  for (auto& [key, alert] : alerts_) {
-    if (alert.state == State::Sent) alert.state = State::OnScreen;
-  }
-  LoseServer();
-  isAsking_ = false;
   signals_.reset();
   owner_.reset();
   server_.reset();
+  isAsking_ = false;
+  capabilities_.reset();
+  identity_.clear();
+  listener_.BusLost();
 }
 
-// Without a bus, alerts of earlier processes count as on screen.
-void DesktopNotifications::CheckFollowed() {
-  if (!server_) return;
-  for (const Key& key : AlertsIn(State::OnScreen)) {
-    const auto found = alerts_.find(key);
-    if (found == alerts_.end() || found->second.server.empty()) continue;
-    if (std::exchange(found->second.server, {}) == serverIdentity_) {
-      keysById_[found->second.id] = key;
-    } else {
-      alerts_.erase(found);
-      listener_.gone(key);
-    }
+void DesktopNotifications::ServerChanged(bool isRunning) {
+  capabilities_.reset();
+  identity_.clear();
+  listener_.ServerLost();
+  if (!isRunning) return;
+  if (auto* bus = SessionBus::Shared().Connection(); bus != nullptr) identity_ = OwnerIdentity(*bus, kService);
+  listener_.ServerAppeared();
+}
+
+bool DesktopNotifications::IsReady() noexcept {
+  if (!server_) {
+    listener_.ServerReady(Fail(SessionBus::Shared().LastError()));
+    return false;
   }
+  if (!capabilities_ && !std::exchange(isAsking_, true)) AskCapabilities();
+  return capabilities_.has_value();
 }
 
 void DesktopNotifications::AskCapabilities() {
-  if (std::exchange(isAsking_, true)) return;
   const auto asked = TryOnBus([this] {
     server_->callMethodAsync("GetCapabilities")
         .onInterface(kInterface)
         .withTimeout(kDeadline)
         .uponReplyInvoke([this](const sdbus::Error* error, const std::vector<std::string>& capabilities) {
           isAsking_ = false;
-          if (error != nullptr) return FailWaiting(SentenceOf(*error));
+          if (error != nullptr) return listener_.ServerReady(Fail(SentenceOf(*error)));
           capabilities_.emplace(capabilities.begin(), capabilities.end());
-          SendWaiting();
+          listener_.ServerReady({});
         });
   });
   if (asked) return;
   isAsking_ = false;
-  FailWaiting(asked.error().message);
+  listener_.ServerReady(asked);
 }
 
-void DesktopNotifications::SendWaiting() {
-  if (!server_) return FailWaiting(SessionBus::Shared().LastError());
-  if (!capabilities_) return AskCapabilities();
-  // A failure calls the listener, which may show or withdraw other alerts.
-  for (const Key& key : AlertsIn(State::Waiting)) {
-    const auto found = alerts_.find(key);
-    if (found != alerts_.end() && found->second.state == State::Waiting) Send(key, found->second);
-  }
-}
-
-void DesktopNotifications::Send(const Key& key, Alert& alert) {
-  const AlertContents& contents = alert.contents;
-  const bool readsMarkup = Has("body-markup");
-  const auto sent = TryOnBus([&] {
+Result<void> DesktopNotifications::Show(Id id, const UserNotification& alert,
+                                        std::function<void(const Result<Id>&)> reply) noexcept {
+  const std::string body = BodyOf(alert);
+  return TryOnBus([&] {
     server_->callMethodAsync("Notify")
         .onInterface(kInterface)
         .withTimeout(kDeadline)
-        .withArguments(applicationName_, alert.id, std::string(), DisplayableText(contents.title),
-                       readsMarkup ? DisplayableMarkup(contents.text) : DisplayableText(contents.text),
-                       ActionsFor(contents), HintsFor(contents), kServersOwnExpiry)
-        .uponReplyInvoke([this, key](const sdbus::Error* error, std::uint32_t id) { Answered(key, error, id); });
+        .withArguments(application_.name, id, std::string(), DisplayableText(OrElse(alert.title, application_.name)),
+                       Has("body-markup") ? DisplayableMarkup(body) : DisplayableText(body), ActionsFor(alert),
+                       HintsFor(alert), kServersOwnExpiry)
+        .uponReplyInvoke([reply = std::move(reply)](const sdbus::Error* error, Id shown) {
+          reply(error != nullptr ? Result<Id>(Fail(SentenceOf(*error))) : shown);
+        });
   });
-  if (!sent) return Fail(key, sent.error().message);
-  alert.state = State::Sent;
-  alert.isChanged = false;
 }
 
-std::vector<std::string> DesktopNotifications::ActionsFor(const AlertContents& contents) const {
+std::vector<std::string> DesktopNotifications::ActionsFor(const UserNotification& alert) const {
   if (!Has("actions")) return {};
   // On desktops where a click only closes the alert, as in Xfce, the default action is a button and needs a title.
-  std::vector<std::string> actions = {kDefaultAction, contents.defaultTitle};
-  if (contents.reply) {
-    actions.insert(actions.end(), {Has("inline-reply") ? kInlineReplyAction : kButtonAction, contents.reply->title});
-  } else if (contents.actionTitle) {
-    actions.insert(actions.end(), {kButtonAction, *contents.actionTitle});
+  std::vector<std::string> actions = {kDefaultAction, application_.showTitle};
+  if (alert.hasReplyField) {
+    actions.insert(actions.end(), {Has("inline-reply") ? kInlineReplyAction : kButtonAction, application_.replyTitle});
+  } else if (alert.hasActionButton) {
+    actions.insert(actions.end(), {kButtonAction, OrElse(alert.actionButtonTitle, application_.showTitle)});
   }
   return actions;
 }
 
-std::map<std::string, sdbus::Variant> DesktopNotifications::HintsFor(const AlertContents& contents) const {
+std::map<std::string, sdbus::Variant> DesktopNotifications::HintsFor(const UserNotification& alert) const {
   std::map<std::string, sdbus::Variant> hints;
-  if (Has("sound") && !contents.soundFile.empty()) {
-    hints.emplace("sound-file", contents.soundFile);
+  const std::string sound = alert.soundName && Has("sound") ? SoundFileNamed(*alert.soundName) : "";
+  if (!sound.empty()) {
+    hints.emplace("sound-file", sound);
   } else {
     hints.emplace("suppress-sound", true);
   }
-  if (contents.reply && Has("inline-reply")) {
-    hints.emplace("x-kde-reply-placeholder-text", DisplayableText(contents.reply->placeholder));
+  if (alert.hasReplyField && Has("inline-reply")) {
+    hints.emplace("x-kde-reply-placeholder-text", DisplayableText(alert.replyPlaceholder.value_or("")));
   }
   return hints;
 }
 
-void DesktopNotifications::Answered(const Key& key, const sdbus::Error* error, std::uint32_t id) {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) {
-    if (error == nullptr) Close(id);
-    return;
-  }
-  if (error != nullptr) return Fail(key, SentenceOf(*error));
-  Alert& alert = found->second;
-  keysById_.erase(alert.id);
-  keysById_[id] = key;
-  alert.id = id;
-  alert.state = State::OnScreen;
-  if (alert.isChanged) return Send(key, alert);
-  listener_.shown(key, {serverIdentity_, id}, std::exchange(alert.isNew, false));
-}
-
-void DesktopNotifications::Close(std::uint32_t id) noexcept {
+void DesktopNotifications::Close(Id id) noexcept {
   if (!server_) return;
   // After a failure the alert is gone with its server.
   TryOnBus(
@@ -254,87 +195,29 @@ void DesktopNotifications::Close(std::uint32_t id) noexcept {
 
 void DesktopNotifications::Received(sdbus::Message& message) {
   const std::string signal = message.getMemberName();
-  std::uint32_t id = 0;
+  const bool isClosed = signal == "NotificationClosed";
+  Id id = 0;
   std::uint32_t reason = 0;
   std::string text;
   const auto read = TryOnBus([&] {
     message >> id;
-    if (signal == "NotificationClosed") {
+    if (isClosed) {
       message >> reason;
     } else {
       message >> text;
     }
   });
-  const auto found = keysById_.find(id);
-  if (!read || found == keysById_.end()) return;
-  const Key key = found->second;
-  if (signal == "NotificationReplied") {
-    Activated(key, UserNotificationActivation::Replied, text);
+  if (!read) return;
+  if (isClosed) {
+    listener_.AlertClosed(id, reason == kDismissedByUser);
+  } else if (signal == "NotificationReplied") {
+    listener_.AlertActivated(id, UserNotificationActivation::Replied, text);
   } else if (signal == "ActionInvoked") {
-    Activated(key, text == kDefaultAction ? UserNotificationActivation::ContentsClicked
-                                          : UserNotificationActivation::ActionButtonClicked);
-  } else if (signal == "NotificationClosed") {
-    Closed(key, reason);
+    const bool isDefault = text == kDefaultAction;
+    listener_.AlertActivated(
+        id, isDefault ? UserNotificationActivation::ContentsClicked : UserNotificationActivation::ActionButtonClicked,
+        {});
   }
-}
-
-void DesktopNotifications::Closed(const Key& key, std::uint32_t reason) {
-  // A close signal while our replacement is in flight belongs to the old alert.
-  if (alerts_.at(key).state != State::OnScreen) return;
-  Withdraw(key);
-  (reason == kDismissedByUser ? listener_.dismissed : listener_.gone)(key);
-}
-
-void DesktopNotifications::Activated(const Key& key, UserNotificationActivation activation, const std::string& reply) {
-  // Some servers leave an alert on screen when it has been clicked.
-  Withdraw(key);
-  listener_.activated(key, activation, reply);
-}
-
-void DesktopNotifications::ServerChanged(bool isRunning) {
-  LoseServer();
-  if (!isRunning) return;
-  if (auto* bus = SessionBus::Shared().Connection(); bus != nullptr) serverIdentity_ = OwnerIdentity(*bus, kService);
-  if (!alerts_.empty()) AskCapabilities();
-  listener_.serverChanged();
-}
-
-void DesktopNotifications::LoseServer() {
-  capabilities_.reset();
-  keysById_.clear();
-  serverIdentity_.clear();
-  for (const Key& key : AlertsIn(State::OnScreen)) {
-    const auto found = alerts_.find(key);
-    if (found == alerts_.end() || !found->second.server.empty()) continue;
-    Alert& alert = found->second;
-    alert.id = 0;
-    alert.state = State::Waiting;
-    // Show an alert again only once: it may be what crashed the server.
-    if (!std::exchange(alert.wasReshown, true)) continue;
-    alerts_.erase(found);
-    listener_.gone(key);
-  }
-}
-
-void DesktopNotifications::FailWaiting(const std::string& reason) {
-  for (const Key& key : AlertsIn(State::Waiting)) Fail(key, reason);
-}
-
-void DesktopNotifications::Fail(const Key& key, const std::string& reason) {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) return;
-  const bool isNew = found->second.isNew;
-  Withdraw(key);
-  if (isNew) return listener_.failed(key, reason);
-  listener_.gone(key);
-}
-
-std::vector<DesktopNotifications::Key> DesktopNotifications::AlertsIn(State state) const {
-  std::vector<Key> keys;
-  for (const auto& [key, alert] : alerts_) {
-    if (alert.state == state) keys.push_back(key);
-  }
-  return keys;
 }
 
 }  // namespace tessaro::platform

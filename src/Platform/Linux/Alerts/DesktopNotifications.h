@@ -11,104 +11,73 @@
 #include <string>
 #include <vector>
 
+#include "Base/Result.h"
 #include "Platform/Linux/Base/BusService.h"
 #include "Platform/UserNotifications.h"
 
 namespace tessaro::platform {
 
-// The texts of an alert: any UTF-8. The server gets as much as it can display.
-struct AlertContents {
-  struct Reply {
-    std::string title;
-    std::string placeholder;
-  };
-
-  std::string title;
-  std::string text;
-  std::string soundFile;     // empty: silent
-  std::string defaultTitle;  // of a click on the alert
-  std::optional<std::string> actionTitle;
-  std::optional<Reply> reply;  // takes the place of the action
-};
-
-// An alert on the screen of one notification server.
-struct ServerAlert {
-  std::string server;  // its OwnerIdentity()
-  std::uint32_t id = 0;
-};
-
-// The client of the desktop's notification server (org.freedesktop.Notifications).
-//
-// An alert ends once: by the user, by the server, or by Withdraw(), which calls no listener. A restarted server gets
-// the alerts again that its predecessor had on screen. Main thread only; nothing throws. No call waits for the server;
-// the first may wait for the bus.
+// The client of the desktop's notification server (org.freedesktop.Notifications), which numbers the alerts on its
+// screen. Main thread only; nothing throws. No call waits for the server; the first may wait for the bus.
 class DesktopNotifications final : private BusService {
  public:
-  using Key = UserNotifications::Key;
+  using Id = std::uint32_t;
 
-  struct Listener {
-    // The server has the alert, under an id that may change. `isNew`: for the first time.
-    std::function<void(const Key&, const ServerAlert&, bool isNew)> shown;
-    std::function<void(const Key&, UserNotificationActivation, const std::string& reply)> activated;
-    std::function<void(const Key&)> dismissed;                          // by the user
-    std::function<void(const Key&)> gone;                               // expired, or lost with its server
-    std::function<void(const Key&, const std::string& reason)> failed;  // never shown
-    std::function<void()> serverChanged;                                // retry failed alerts now
+  // Calls come on the main thread, possibly before the causing call returns.
+  class Listener {
+   public:
+    // A server may be there now: with the bus, or in place of another server.
+    virtual void ServerAppeared() = 0;
+    // The server is gone with its alerts. Calls in flight still get their replies.
+    virtual void ServerLost() = 0;
+    // The bus is gone with the server. Calls in flight get no reply.
+    virtual void BusLost() = 0;
+    // The server is ready after IsReady() was false, or it failed.
+    virtual void ServerReady(const Result<void>& result) = 0;
+
+    virtual void AlertActivated(Id id, UserNotificationActivation activation, const std::string& reply) = 0;
+    virtual void AlertClosed(Id id, bool byUser) = 0;
+
+   protected:
+    ~Listener() = default;
   };
 
-  DesktopNotifications(std::string applicationName, Listener listener);
-  ~DesktopNotifications();
+  // The listener must outlive this.
+  DesktopNotifications(UserNotifications::Application application, Listener& listener)
+      : application_(std::move(application)), listener_(listener) {}
+  ~DesktopNotifications() { LeaveBus(); }
 
-  // Replaces the contents of an existing alert. Without a bus, calls the listener's `failed` before returning.
-  void Show(const Key& key, AlertContents contents) noexcept;
+  void Connect() noexcept { JoinBus(); }
+  [[nodiscard]] bool IsConnected() const noexcept { return server_ != nullptr; }
 
-  // Adopts an alert that an earlier process has shown. Unless the same server runs, the alert is gone.
-  void Follow(const Key& key, AlertContents contents, ServerAlert shown) noexcept;
+  // The running server's OwnerIdentity(); empty while none runs.
+  [[nodiscard]] const std::string& Identity() const noexcept { return identity_; }
 
-  void Withdraw(const Key& key) noexcept;
+  // Whether Show() can be called. Otherwise starts the server and calls ServerReady(); without a bus at once.
+  [[nodiscard]] bool IsReady() noexcept;
+
+  // Shows an alert in place of the alert `id`, if that is not 0. `reply` gets the new id unless the call fails.
+  [[nodiscard]] Result<void> Show(Id id, const UserNotification& alert,
+                                  std::function<void(const Result<Id>&)> reply) noexcept;
+
+  void Close(Id id) noexcept;
 
   [[nodiscard]] bool PlaysSounds() const { return capabilities_ && Has("sound"); }
 
  private:
-  enum class State { Waiting, Sent, OnScreen };
-
-  struct Alert {
-    AlertContents contents;
-    State state = State::Waiting;
-    std::uint32_t id = 0;     // the server's; 0 while it has none
-    std::string server;       // of an earlier process, until the server is known
-    bool isNew = true;        // `shown` is still to be called
-    bool isChanged = false;   // since it was sent
-    bool wasReshown = false;  // by a second server, after the first had gone
-  };
-
   void Appear(sdbus::IConnection& bus) override;
   void Disappear() noexcept override;
-
-  void CheckFollowed();
   void AskCapabilities();
-  void SendWaiting();
-  void Send(const Key& key, Alert& alert);
-  void Answered(const Key& key, const sdbus::Error* error, std::uint32_t id);
-  void Close(std::uint32_t id) noexcept;
   void Received(sdbus::Message& message);
-  void Closed(const Key& key, std::uint32_t reason);
-  void Activated(const Key& key, UserNotificationActivation activation, const std::string& reply = {});
   void ServerChanged(bool isRunning);
-  void LoseServer();
-  void FailWaiting(const std::string& reason);
-  void Fail(const Key& key, const std::string& reason);
 
-  [[nodiscard]] std::vector<Key> AlertsIn(State state) const;
   [[nodiscard]] bool Has(const char* capability) const { return capabilities_->contains(capability); }
-  [[nodiscard]] std::vector<std::string> ActionsFor(const AlertContents& contents) const;
-  [[nodiscard]] std::map<std::string, sdbus::Variant> HintsFor(const AlertContents& contents) const;
+  [[nodiscard]] std::vector<std::string> ActionsFor(const UserNotification& alert) const;
+  [[nodiscard]] std::map<std::string, sdbus::Variant> HintsFor(const UserNotification& alert) const;
 
-  const std::string applicationName_;
-  const Listener listener_;
-  std::map<Key, Alert> alerts_;
-  std::map<std::uint32_t, Key> keysById_;
-  std::string serverIdentity_;                         // empty while there is no server
+  const UserNotifications::Application application_;
+  Listener& listener_;
+  std::string identity_;
   std::optional<std::set<std::string>> capabilities_;  // nothing until the server has answered
   bool isAsking_ = false;
   std::unique_ptr<sdbus::IProxy> server_;

@@ -18,218 +18,287 @@ namespace {
 
 UserNotifications::Moment Now() { return std::chrono::system_clock::now().time_since_epoch(); }
 
-std::string Joined(const std::optional<std::string>& subtitle, const std::optional<std::string>& text) {
-  const std::string first = subtitle.value_or("");
-  const std::string second = text.value_or("");
-  return first.empty() || second.empty() ? first + second : first + "\n" + second;
-}
+enum class State {
+  Scheduled,  // until it is due
+  Failed,     // due, until the server changes
+  Waiting,    // for the server
+  Sent,       // until the server replies
+  OnScreen,
+  Restored,  // on screen as long as the server of the earlier process runs
+};
 
-std::string OrElse(const std::optional<std::string>& text, const std::string& other) {
-  return text && !text->empty() ? *text : other;
-}
+// `kept.due` stays until the server has the alert.
+struct Alert {
+  KeptAlert kept;
+  State state = State::Scheduled;
+  bool isNew = true;        // not delivered yet
+  bool isChanged = false;   // since it was sent
+  bool wasReshown = false;  // by a second server, after the first had gone
+
+  // The server's; 0 without one.
+  [[nodiscard]] DesktopNotifications::Id Id() const { return kept.shown ? kept.shown->id : 0; }
+};
 
 // Delivers through the desktop's notification server. The server has no schedule and does not remember an alert's
-// application, so both are kept in files.
-class ServedNotifications final : public UserNotifications {
+// application, so both are kept in files. A restarted server gets the alerts again that its predecessor had on screen.
+class ServedNotifications final : public UserNotifications, private DesktopNotifications::Listener {
  public:
   static constexpr EndStage kEnd = EndStage::Services;
 
-  void Start(Application application, Listener listener) noexcept override;
-  void Deliver(const Key& key, const UserNotification& alert) noexcept override;
-  void Schedule(const Key& key, const UserNotification& alert, Moment due) noexcept override;
-  void Withdraw(const Key& key) noexcept override;
-  void WithdrawDelivered() noexcept override;
-  void Close() noexcept;
+  void Start(Application application, UserNotifications::Listener listener) noexcept override {
+    listener_ = std::move(listener);
+    files_.emplace(LogDirectory(application.processName).parent_path() / "alerts");
+    DesktopNotifications::Listener& receiver = *this;
+    server_.emplace(std::move(application), receiver);
+    Restore();
+  }
+
+  void Deliver(const Key& key, const UserNotification& notification) noexcept override {
+    KeptAlert& kept = alerts_[key].kept;
+    kept.key = key;
+    kept.alert = notification;
+    if (std::exchange(kept.due, std::nullopt)) SetTimer();
+    Show(key);
+  }
+
+  void Schedule(const Key& key, const UserNotification& notification, Moment due) noexcept override {
+    Withdraw(key);
+    Alert& alert = alerts_[key];
+    alert.kept = {key, notification, due, std::nullopt};
+    const bool isKept = files_->Keep(alert.kept);
+    SetTimer();
+    if (!isKept) listener_.notKept(key, "it can't be kept beyond the end of this process");
+  }
+
+  void Withdraw(const Key& key) noexcept override {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end()) return;
+    const Alert alert = std::move(found->second);
+    alerts_.erase(found);
+    files_->Remove(key);
+    const bool isOnServer = keysById_.erase(alert.Id()) > 0;
+    // The id of a sent alert arrives with the reply.
+    if (isOnServer && alert.state != State::Sent) server_->Close(alert.Id());
+    if (alert.kept.due) SetTimer();
+  }
+
+  void WithdrawDelivered() noexcept override {
+    std::vector<Key> delivered;
+    for (const auto& [key, alert] : alerts_) {
+      if (!alert.kept.due) delivered.push_back(key);
+    }
+    for (const Key& key : delivered) Withdraw(key);
+  }
+
+  void Close() noexcept {
+    timer_.Set(std::nullopt);
+    alerts_.clear();
+    server_.reset();
+  }
 
  private:
-  enum class Progress { Scheduled, Sending, Failed };
+  void Restore() {
+    for (KeptAlert& kept : files_->All()) {
+      const Key key = kept.key;
+      const State state = kept.due ? State::Scheduled : State::Restored;
+      alerts_[key] = {.kept = kept, .state = state, .isNew = state == State::Scheduled};
+      listener_.restored(key, kept.alert, kept.due);
+    }
+    if (!AlertsIn(State::Restored).empty()) server_->Connect();
+    CheckRestored();
+    SetTimer();
+  }
 
-  struct Entry {
-    KeptAlert kept;
-    Progress progress = Progress::Scheduled;
-  };
+  // Without a bus, alerts of earlier processes count as on screen.
+  void CheckRestored() {
+    if (!server_->IsConnected()) return;
+    for (const Key& key : AlertsIn(State::Restored)) {
+      const auto found = alerts_.find(key);
+      if (found == alerts_.end()) continue;
+      Alert& alert = found->second;
+      if (alert.kept.shown->server == server_->Identity()) {
+        alert.state = State::OnScreen;
+        keysById_[alert.Id()] = key;
+      } else {
+        Lose(key);
+      }
+    }
+  }
 
-  void Restore();
-  void Show(const Key& key);
-  void DeliverDue();
-  void RetryDue();
-  void SetTimer();
-  void Shown(const Key& key, const ServerAlert& shown, bool isNew);
-  void Failed(const Key& key, const std::string& reason);
-  void Forget(const Key& key);
-  [[nodiscard]] DesktopNotifications::Listener ServerListener();
-  [[nodiscard]] AlertContents ContentsOf(const UserNotification& alert) const;
+  void Show(const Key& key) {
+    if (!listener_.shouldPresent(key)) {
+      Withdraw(key);
+      return listener_.delivered(key);
+    }
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end() || !server_) return;
+    Alert& alert = found->second;
+    alert.isNew = true;
+    alert.wasReshown = false;
+    if (alert.state == State::Sent) {
+      alert.isChanged = true;
+      return;
+    }
+    alert.state = State::Waiting;
+    server_->Connect();
+    SendWaiting();
+  }
 
-  Application application_;
-  Listener listener_;
-  std::map<Key, Entry> alerts_;
+  void SendWaiting() {
+    if (AlertsIn(State::Waiting).empty() || !server_->IsReady()) return;
+    // A failure calls the listener, which may show or withdraw other alerts.
+    for (const Key& key : AlertsIn(State::Waiting)) {
+      const auto found = alerts_.find(key);
+      if (found != alerts_.end() && found->second.state == State::Waiting) Send(key, found->second);
+    }
+  }
+
+  void Send(const Key& key, Alert& alert) {
+    const auto sent = server_->Show(alert.Id(), alert.kept.alert,
+                                    [this, key](const Result<DesktopNotifications::Id>& id) { Answered(key, id); });
+    if (!sent) return Fail(key, sent.error().message);
+    alert.state = State::Sent;
+    alert.isChanged = false;
+  }
+
+  void Answered(const Key& key, const Result<DesktopNotifications::Id>& id) {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end()) {
+      if (id) server_->Close(*id);
+      return;
+    }
+    if (!id) return Fail(key, id.error().message);
+    Alert& alert = found->second;
+    keysById_.erase(alert.Id());
+    keysById_[*id] = key;
+    alert.kept.shown = {server_->Identity(), *id};
+    alert.state = alert.isChanged ? State::Waiting : State::OnScreen;
+    if (alert.isChanged) return SendWaiting();
+    alert.kept.due.reset();
+    // Without the file a later process does not know the alert, which is harmless.
+    static_cast<void>(files_->Keep(alert.kept));
+    if (std::exchange(alert.isNew, false)) Delivered(key, alert.kept.alert);
+  }
+
+  void Delivered(const Key& key, const UserNotification& notification) {
+    if (notification.soundName && !server_->PlaysSounds()) {
+      SoundPlayer::Shared().Play(SoundFileNamed(*notification.soundName), nullptr);
+    }
+    listener_.delivered(key);
+  }
+
+  void Fail(const Key& key, const std::string& reason) {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end()) return;
+    const bool isNew = found->second.isNew;
+    if (found->second.kept.due) {
+      found->second.state = State::Failed;
+    } else {
+      Withdraw(key);
+    }
+    if (isNew) return listener_.failed(key, reason);
+    listener_.gone(key);
+  }
+
+  void DeliverDue() {
+    std::vector<std::pair<Moment, Key>> due;
+    for (const auto& [key, alert] : alerts_) {
+      if (alert.state == State::Scheduled && *alert.kept.due <= Now()) due.emplace_back(*alert.kept.due, key);
+    }
+    std::sort(due.begin(), due.end());
+    for (const auto& [moment, key] : due) {
+      const auto found = alerts_.find(key);
+      if (found != alerts_.end() && found->second.state == State::Scheduled) Show(key);
+    }
+    SetTimer();
+  }
+
+  void SetTimer() {
+    std::optional<Moment> next;
+    for (const auto& [key, alert] : alerts_) {
+      if (alert.state != State::Scheduled || !alert.kept.due) continue;
+      if (!next || *alert.kept.due < *next) next = alert.kept.due;
+    }
+    timer_.Set(server_ ? next : std::nullopt);
+  }
+
+  // ---- Of the server
+
+  void ServerAppeared() override {
+    CheckRestored();
+    if (!server_->Identity().empty()) SendWaiting();
+    for (auto& [key, alert] : alerts_) {
+      if (alert.state == State::Failed) alert.state = State::Scheduled;
+    }
+    SetTimer();
+  }
+
+  void ServerLost() override {
+    keysById_.clear();
+    for (auto& [key, alert] : alerts_) {
+      if (alert.state != State::Restored) alert.kept.shown.reset();
+    }
+    for (const Key& key : AlertsIn(State::OnScreen)) {
+      const auto found = alerts_.find(key);
+      if (found == alerts_.end()) continue;
+      Alert& alert = found->second;
+      alert.state = State::Waiting;
+      // Show an alert again only once: it may be what crashed the server.
+      if (std::exchange(alert.wasReshown, true)) Lose(key);
+    }
+  }
+
+  void BusLost() override {
+    for (auto& [key, alert] : alerts_) {
+      if (alert.state == State::Sent) alert.state = State::OnScreen;
+    }
+    ServerLost();
+  }
+
+  void Lose(const Key& key) {
+    Withdraw(key);
+    listener_.gone(key);
+  }
+
+  void ServerReady(const Result<void>& result) override {
+    if (result) return SendWaiting();
+    for (const Key& key : AlertsIn(State::Waiting)) Fail(key, result.error().message);
+  }
+
+  void AlertActivated(DesktopNotifications::Id id, UserNotificationActivation activation,
+                      const std::string& reply) override {
+    const auto found = keysById_.find(id);
+    if (found == keysById_.end()) return;
+    const Key key = found->second;
+    // Some servers leave an alert on screen when it has been clicked.
+    Withdraw(key);
+    listener_.activated(key, activation, reply);
+  }
+
+  void AlertClosed(DesktopNotifications::Id id, bool byUser) override {
+    const auto found = keysById_.find(id);
+    // A close signal while our replacement is in flight belongs to the old alert.
+    if (found == keysById_.end() || alerts_.at(found->second).state != State::OnScreen) return;
+    const Key key = found->second;
+    Withdraw(key);
+    (byUser ? listener_.dismissed : listener_.gone)(key);
+  }
+
+  [[nodiscard]] std::vector<Key> AlertsIn(State state) const {
+    std::vector<Key> keys;
+    for (const auto& [key, alert] : alerts_) {
+      if (alert.state == state) keys.push_back(key);
+    }
+    return keys;
+  }
+
+  UserNotifications::Listener listener_;
+  std::map<Key, Alert> alerts_;
+  std::map<DesktopNotifications::Id, Key> keysById_;  // of alerts on the screen of the running server
   std::optional<AlertFiles> files_;
   WallClockTimer timer_{[this] { DeliverDue(); }};
   std::optional<DesktopNotifications> server_;
 };
-
-void ServedNotifications::Start(Application application, Listener listener) noexcept {
-  application_ = std::move(application);
-  listener_ = std::move(listener);
-  files_.emplace(LogDirectory(application_.processName).parent_path() / "alerts");
-  server_.emplace(application_.name, ServerListener());
-  Restore();
-}
-
-DesktopNotifications::Listener ServedNotifications::ServerListener() {
-  return {
-      .shown = [this](const Key& key, const ServerAlert& shown, bool isNew) { Shown(key, shown, isNew); },
-      .activated =
-          [this](const Key& key, UserNotificationActivation activation, const std::string& reply) {
-            Forget(key);
-            listener_.activated(key, activation, reply);
-          },
-      .dismissed =
-          [this](const Key& key) {
-            Forget(key);
-            listener_.dismissed(key);
-          },
-      .gone =
-          [this](const Key& key) {
-            Forget(key);
-            listener_.gone(key);
-          },
-      .failed = [this](const Key& key, const std::string& reason) { Failed(key, reason); },
-      .serverChanged = [this] { RetryDue(); },
-  };
-}
-
-void ServedNotifications::Restore() {
-  for (KeptAlert& kept : files_->All()) {
-    const Key key = kept.key;
-    alerts_[key].kept = kept;
-    listener_.restored(key, kept.alert, kept.due);
-    if (kept.shown) server_->Follow(key, ContentsOf(kept.alert), *kept.shown);
-  }
-  SetTimer();
-}
-
-void ServedNotifications::Deliver(const Key& key, const UserNotification& alert) noexcept {
-  KeptAlert& kept = alerts_[key].kept;
-  kept.key = key;
-  kept.alert = alert;
-  if (std::exchange(kept.due, std::nullopt)) SetTimer();
-  Show(key);
-}
-
-void ServedNotifications::Schedule(const Key& key, const UserNotification& alert, Moment due) noexcept {
-  Withdraw(key);
-  KeptAlert kept{key, alert, due, std::nullopt};
-  const bool isKept = files_->Keep(kept);
-  alerts_[key].kept = std::move(kept);
-  SetTimer();
-  if (!isKept) listener_.notKept(key, "it can't be kept beyond the end of this process");
-}
-
-void ServedNotifications::Withdraw(const Key& key) noexcept {
-  if (server_) server_->Withdraw(key);
-  Forget(key);
-}
-
-void ServedNotifications::WithdrawDelivered() noexcept {
-  std::vector<Key> delivered;
-  for (const auto& [key, entry] : alerts_) {
-    if (!entry.kept.due) delivered.push_back(key);
-  }
-  for (const Key& key : delivered) Withdraw(key);
-}
-
-void ServedNotifications::Close() noexcept {
-  timer_.Set(std::nullopt);
-  server_.reset();
-}
-
-void ServedNotifications::Show(const Key& key) {
-  if (listener_.shouldPresent(key)) {
-    const auto found = alerts_.find(key);
-    if (found != alerts_.end() && server_) server_->Show(key, ContentsOf(found->second.kept.alert));
-  } else {
-    Forget(key);
-    listener_.delivered(key);
-  }
-}
-
-AlertContents ServedNotifications::ContentsOf(const UserNotification& alert) const {
-  AlertContents contents;
-  contents.title = OrElse(alert.title, application_.name);
-  contents.text = Joined(alert.subtitle, alert.text);
-  if (alert.soundName) contents.soundFile = SoundFileNamed(*alert.soundName);
-  contents.defaultTitle = application_.showTitle;
-  if (alert.hasActionButton) contents.actionTitle = OrElse(alert.actionButtonTitle, application_.showTitle);
-  if (alert.hasReplyField) contents.reply = {application_.replyTitle, alert.replyPlaceholder.value_or("")};
-  return contents;
-}
-
-// An alert stays scheduled until the server has it.
-void ServedNotifications::DeliverDue() {
-  std::vector<std::pair<Moment, Key>> due;
-  for (auto& [key, entry] : alerts_) {
-    if (!entry.kept.due || *entry.kept.due > Now() || entry.progress != Progress::Scheduled) continue;
-    entry.progress = Progress::Sending;
-    due.emplace_back(*entry.kept.due, key);
-  }
-  std::sort(due.begin(), due.end());
-  for (const auto& [moment, key] : due) {
-    if (alerts_.contains(key)) Show(key);
-  }
-  SetTimer();
-}
-
-void ServedNotifications::RetryDue() {
-  for (auto& [key, entry] : alerts_) {
-    if (entry.progress == Progress::Failed) entry.progress = Progress::Scheduled;
-  }
-  SetTimer();
-}
-
-void ServedNotifications::SetTimer() {
-  std::optional<Moment> next;
-  for (const auto& [key, entry] : alerts_) {
-    if (!entry.kept.due || entry.progress != Progress::Scheduled) continue;
-    if (!next || *entry.kept.due < *next) next = entry.kept.due;
-  }
-  timer_.Set(next);
-}
-
-void ServedNotifications::Shown(const Key& key, const ServerAlert& shown, bool isNew) {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) return;
-  KeptAlert& kept = found->second.kept;
-  kept.due.reset();
-  kept.shown = shown;
-  // Without the file a later process does not know the alert, which is harmless.
-  static_cast<void>(files_->Keep(kept));
-  if (!isNew) return;
-  if (kept.alert.soundName && !server_->PlaysSounds()) {
-    SoundPlayer::Shared().Play(SoundFileNamed(*kept.alert.soundName), nullptr);
-  }
-  listener_.delivered(key);
-}
-
-void ServedNotifications::Failed(const Key& key, const std::string& reason) {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) return;
-  if (found->second.kept.due) {
-    found->second.progress = Progress::Failed;
-  } else {
-    Forget(key);
-  }
-  listener_.failed(key, reason);
-}
-
-void ServedNotifications::Forget(const Key& key) {
-  const auto found = alerts_.find(key);
-  if (found == alerts_.end()) return;
-  const KeptAlert kept = std::move(found->second.kept);
-  alerts_.erase(found);
-  files_->Remove(kept.key);
-  if (kept.due) SetTimer();
-}
 
 }  // namespace
 
