@@ -39,9 +39,9 @@ using FileAnswer = std::function<void(const std::vector<std::string>& paths)>;
 
 #ifdef __OBJC__
 
-// Shows the dialog over `window` and returns at once: the application goes on meanwhile. `answer` is called exactly
-// once, on a later turn of the main queue. Nothing is chosen also when the window is closed, and when the window has
-// such a dialog already. The user confirms overwriting. Main thread only, with a window server.
+// Shows the dialog over `window` and returns at once. `answer` is called exactly once, on a later turn of the main
+// queue. Nothing is chosen also when the window is closed, and when the window has such a dialog already. The user
+// confirms overwriting. Main thread only, with a window server.
 void AskForFiles(NSWindow* window, FileRequest request, FileAnswer answer);
 
 #endif

@@ -9,7 +9,7 @@ namespace tessaro::platform {
 // own that lives while there are tasks: a task that hangs delays only the tasks behind it.
 //
 // Post() may be called on any thread. Each task runs with an autorelease pool and must not throw C++ exceptions. Tasks
-// run even when the queue is destroyed meanwhile, unless the process ends before.
+// run even when the queue is destroyed before them, unless the process ends.
 class SerialQueue {
  public:
   using Task = std::function<void()>;

@@ -187,7 +187,7 @@ class CrashHandler {
     LeaveToOthers(crash.signal, information);
   }
 
-  // The first thread that crashes is recorded; others that crash meanwhile wait until the record is complete.
+  // The first thread that crashes is recorded; others that crash wait until the record is complete.
   void Record(const Crash& crash) {
     if (isRecording_.exchange(true)) {
       for (unsigned i = 0; i < kLongestUnwinding * 20 && !isRecorded_; ++i) nanosleep(&kMoment, nullptr);

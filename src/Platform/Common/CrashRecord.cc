@@ -139,7 +139,7 @@ std::string ReadAll(int file) {
 // The text of a record whose process has ended. Removes the file.
 std::optional<std::string> Take(const fs::path& path) {
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-  // Its process, or another process that takes it, holds the lock.
+  // The lock belongs to the crashed process while it lives, or to another process that takes the record.
   if (!file || flock(file.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
   struct stat status;
   const bool isTaken = fstat(file.get(), &status) == 0 && status.st_nlink == 0;

@@ -14,7 +14,7 @@
 //   name node          the thread's
 //   maps               followed by the mappings of the memory, as in Linux's /proc/self/maps, to the end
 //
-// Its name is the event's identifier.
+// The file's name is the event's identifier.
 namespace tessaro::platform {
 
 // The record of this process.

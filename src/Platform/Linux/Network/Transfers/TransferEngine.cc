@@ -154,7 +154,7 @@ void TransferEngine::Perform(curl_socket_t socket, int events) {
   }
 }
 
-// Transfers that are queued meanwhile wait for the next turn, so that everything else on the loop has one.
+// Transfers that a delivery queues wait for the next turn of the loop, so that its other handles have theirs.
 void TransferEngine::DeliverAll() {
   for (std::size_t left = queue_.size(); left > 0 && !queue_.empty(); --left) {
     Transfer& transfer = *queue_.front();
