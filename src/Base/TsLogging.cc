@@ -26,31 +26,25 @@ constexpr char kLinePattern[] = "%Y/%m/%d %H:%M:%S:%e [%^%l%$] %v (%g:%# %!)";
 constexpr char kLogFileName[] = "TessaroNative.log";
 constexpr char kLogFileStem[] = "TessaroNative_";
 
+constexpr std::pair<TsLogFlag, spdlog::level::level_enum> kLevels[] = {
+    {TsLogFlag::Error, spdlog::level::err},
+    {TsLogFlag::Warning, spdlog::level::warn},
+    {TsLogFlag::Info, spdlog::level::info},
+    {TsLogFlag::Debug, spdlog::level::debug},
+};
+
 spdlog::level::level_enum SpdlogLevel(TsLogFlag flag) {
-  switch (flag) {
-    case TsLogFlag::Error:
-      return spdlog::level::err;
-    case TsLogFlag::Warning:
-      return spdlog::level::warn;
-    case TsLogFlag::Info:
-      return spdlog::level::info;
-    case TsLogFlag::Debug:
-      return spdlog::level::debug;
+  for (const auto& [known, level] : kLevels) {
+    if (known == flag) return level;
   }
   return spdlog::level::info;
 }
 
 TsLogFlag Flag(spdlog::level::level_enum level) {
-  switch (level) {
-    case spdlog::level::err:
-      return TsLogFlag::Error;
-    case spdlog::level::warn:
-      return TsLogFlag::Warning;
-    case spdlog::level::debug:
-      return TsLogFlag::Debug;
-    default:
-      return TsLogFlag::Info;
+  for (const auto& [flag, known] : kLevels) {
+    if (known == level) return flag;
   }
+  return TsLogFlag::Info;
 }
 
 bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }

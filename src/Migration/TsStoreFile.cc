@@ -6,7 +6,6 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Migration/TsStoreText.h"
 #include "Platform/FileWriting.h"
 
 namespace {
@@ -33,6 +32,65 @@ constexpr char kAttribute[] = "attribute";
 constexpr char kRelationship[] = "relationship";
 constexpr char kReferences[] = "idrefs";
 
+// ---- Texts
+//
+// For characters with a meaning in XML, or none that XML allows, the platform's framework writes "\u" and the two bytes
+// of the UTF-16 unit, lowest first: "\u3c00" is "<".
+
+constexpr std::size_t kEscapeLength = 6;
+
+bool IsEscaped(unsigned character) {
+  return character < 0x20 || std::string_view("<>&\"'\\").find(static_cast<char>(character)) != std::string_view::npos;
+}
+
+// The character whose escape `text` begins with.
+std::optional<char> EscapedCharacter(std::string_view text) {
+  if (text.size() < kEscapeLength || !text.starts_with("\\u") || text.substr(4, 2) != "00") return std::nullopt;
+  std::uint8_t character = 0;
+  const auto [end, error] = std::from_chars(text.data() + 2, text.data() + 4, character, 16);
+  if (error != std::errc() || end != text.data() + 4 || !IsEscaped(character)) return std::nullopt;
+  return static_cast<char>(character);
+}
+
+void AppendEscaped(std::string& text, char character) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  text += {'\\', 'u', kDigits[character >> 4 & 15], kDigits[character & 15], '0', '0'};
+}
+
+bool CantStandInXml(char character) {
+  return character >= 0 && character < 0x20 && character != '\t' && character != '\n';
+}
+
+std::string TextFromStore(std::string_view stored) {
+  std::string text;
+  while (!stored.empty()) {
+    const std::size_t plain = std::min(stored.find('\\'), stored.size());
+    text += stored.substr(0, plain);
+    stored.remove_prefix(plain);
+    if (stored.empty()) break;
+    const auto character = EscapedCharacter(stored);
+    text += character.value_or(stored.front());
+    stored.remove_prefix(character ? kEscapeLength : 1);
+  }
+  return text;
+}
+
+// XML's own escapes are the writer's business.
+std::string TextForStore(std::string_view text) {
+  std::string stored;
+  stored.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (CantStandInXml(text[i]) || EscapedCharacter(text.substr(i))) {
+      AppendEscaped(stored, text[i]);
+    } else {
+      stored += text[i];
+    }
+  }
+  return stored;
+}
+
+// ---- Elements
+
 std::string EntityNameInFile(std::string name) {
   for (char& c : name) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
   return name;
@@ -44,22 +102,8 @@ std::string PropertyNameInFile(std::string name) {
 }
 
 const char* StoredType(TsAttributeType type) {
-  switch (type) {
-    case TsAttributeType::Int16:
-      return "int16";
-    case TsAttributeType::Int32:
-      return "int32";
-    case TsAttributeType::Int64:
-      return "int64";
-    case TsAttributeType::Boolean:
-      return "bool";
-    case TsAttributeType::Text:
-      return "string";
-    case TsAttributeType::Date:
-      return "date";
-    case TsAttributeType::Data:
-      return "binary";
-  }
+  constexpr const char* kTypes[] = {"int16", "int32", "int64", "bool", "string", "date", "binary"};
+  return kTypes[static_cast<std::size_t>(type)];
 }
 
 std::vector<std::string> References(pugi::xml_node relationship) {
@@ -111,7 +155,7 @@ std::string TextIn(pugi::xml_node attribute) {
   for (const pugi::xml_node piece : attribute.children()) {
     if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata) stored += piece.value();
   }
-  return TsTextFromStore(stored);
+  return TextFromStore(stored);
 }
 
 bool IsDeep(pugi::xml_document& document) {
@@ -244,7 +288,7 @@ void TsStoreFile::SetValue(const std::string& id, const TsAttribute& attribute,
     SetXmlAttribute(property, "type", StoredType(attribute.type));
   }
   property.remove_children();
-  property.append_child(pugi::node_pcdata).set_value(TsTextForStore(*text).c_str());
+  property.append_child(pugi::node_pcdata).set_value(TextForStore(*text).c_str());
 }
 
 std::vector<std::string> TsStoreFile::Related(const std::string& id,

@@ -1,12 +1,36 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
 
-#include "Network/TsBody.h"
+#include "Base/Owned.h"
 #include "Platform/HTTPTransfer.h"
+
+// The body of a response: a piece of memory that grows with what arrives.
+class TsBody {
+ public:
+  using Bytes = Owned<char, std::free>;
+
+  // False, and nothing appended, when there is not enough memory.
+  [[nodiscard]] bool Append(std::span<const char> piece) noexcept;
+
+  [[nodiscard]] std::size_t size() const { return size_; }
+  [[nodiscard]] std::span<const char> First(std::size_t count) const { return {bytes_.get(), count}; }
+
+  // Hands the memory over, shrunk to the body's size; nullptr for an empty body.
+  [[nodiscard]] Bytes Release() noexcept;
+
+ private:
+  [[nodiscard]] bool Resize(std::size_t capacity) noexcept;
+
+  Bytes bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
 
 // Receives the events of a request, on the main thread, from the event loop. Each call may start the request again or
 // destroy it.

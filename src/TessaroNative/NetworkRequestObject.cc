@@ -34,7 +34,7 @@ v8::Local<v8::Value> Text(v8::Isolate* isolate, std::string_view text) {
 }
 
 v8::Local<v8::ArrayBuffer> MoveToScript(v8::Isolate* isolate, TsBody::Bytes bytes, std::size_t size) {
-  const auto free = [](void* moved, std::size_t, void*) { TsBody::Free()(static_cast<char*>(moved)); };
+  const auto free = [](void* moved, std::size_t, void*) { std::free(moved); };
   return v8::ArrayBuffer::New(isolate, v8::ArrayBuffer::NewBackingStore(bytes.release(), size, free, nullptr));
 }
 

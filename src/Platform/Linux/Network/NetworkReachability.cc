@@ -6,16 +6,21 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <functional>
+#include <list>
+#include <memory>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/Owned.h"
 #include "Base/TextPieces.h"
+#include "Base/UvHandle.h"
 #include "Platform/Common/Deadline.h"
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Network/NetworkChanges.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
@@ -23,6 +28,8 @@ namespace tessaro::platform {
 namespace {
 
 constexpr std::chrono::seconds kLookUpDeadline{2};
+constexpr std::uint32_t kGroups =
+    RTMGRP_LINK | RTMGRP_IPV4_ROUTE | RTMGRP_IPV6_ROUTE | RTMGRP_IPV4_IFADDR | RTMGRP_IPV6_IFADDR;
 
 // ---- Routes
 
@@ -109,6 +116,71 @@ std::optional<ReachabilityFlags> FlagsOfRouteTo(const IPAddress& address) noexce
       return std::nullopt;
   }
 }
+
+// ---- Changes
+
+// Reports changes of links, addresses and routes, from the event loop. Main thread only.
+//
+// A report doesn't say what has changed: the kernel drops messages when there are many, and removes routes without a
+// message when their link goes down. Listeners read the state themselves.
+class NetworkChanges {
+ public:
+  using Listener = std::function<void()>;
+  // Unsubscribes when the last copy is destroyed.
+  using Subscription = std::shared_ptr<void>;
+  static constexpr EndStage kEnd = EndStage::Services;
+
+  static NetworkChanges& Shared() {
+    static Forever<NetworkChanges> changes;
+    return *changes;
+  }
+
+  // An empty subscription when the kernel sends no messages here.
+  [[nodiscard]] Subscription Listen(Listener listener) noexcept {
+    if (!socket_ && !Open()) return {};
+    const auto place = listeners_.insert(listeners_.end(), std::move(listener));
+    return {&*place, [this, place](void*) { listeners_.erase(place); }};
+  }
+
+  // Leaves the event loop for good.
+  void Close() noexcept {
+    isClosed_ = true;
+    poll_.reset();
+    socket_ = {};
+  }
+
+ private:
+  [[nodiscard]] bool Open() noexcept {
+    if (isClosed_) return false;
+    FileDescriptor socket(::socket(AF_NETLINK, SOCK_RAW | SOCK_CLOEXEC | SOCK_NONBLOCK, NETLINK_ROUTE));
+    sockaddr_nl address{};
+    address.nl_family = AF_NETLINK;
+    address.nl_groups = kGroups;
+    if (!socket || bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) return false;
+    socket_ = std::move(socket);
+    poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, socket_.get());
+    if (!poll_) return false;
+    uv_poll_start(poll_.get(), UV_READABLE,
+                  [](uv_poll_t* handle, int, int) { OwnerOf<NetworkChanges>(handle).Receive(); });
+    return true;
+  }
+
+  void Receive() noexcept {
+    std::array<char, 1> beginning;
+    bool isChanged = false;
+    // ENOBUFS, once, stands for dropped messages.
+    while (recv(socket_.get(), beginning.data(), beginning.size(), MSG_TRUNC) >= 0 || errno == ENOBUFS) {
+      isChanged = true;
+    }
+    if (!isChanged) return;
+    for (const Listener& listener : listeners_) listener();
+  }
+
+  bool isClosed_ = false;
+  FileDescriptor socket_;
+  UvHandle<uv_poll_t> poll_;
+  std::list<Listener> listeners_;
+};
 
 // ---- Targets
 
