@@ -45,21 +45,22 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
   return Adopt([[self alloc] initWithType:type accountIdentifier:account]).Autoreleased();
 }
 
-+ (TsGoogleAppIdentifier*)gmailIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
-  return [self identifierWithType:Gmail accountIdentifier:accountIdentifier];
-}
+// The factory, the conversion and the question of one type.
+#define TYPE(type, Type)                                                                          \
+  +(TsGoogleAppIdentifier*)type##IdentifierWithAccountIdentifier : (NSString*)accountIdentifier { \
+    return [self identifierWithType:Type accountIdentifier:accountIdentifier];                    \
+  }                                                                                               \
+  -(TsGoogleAppIdentifier*)to##Type##Identifier {                                                 \
+    return [TsGoogleAppIdentifier identifierWithType:Type accountIdentifier:_accountIdentifier];  \
+  }                                                                                               \
+  -(BOOL)is##Type {                                                                               \
+    return _type == Type;                                                                         \
+  }
 
-+ (TsGoogleAppIdentifier*)googleInboxIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
-  return [self identifierWithType:GoogleInbox accountIdentifier:accountIdentifier];
-}
-
-+ (TsGoogleAppIdentifier*)calendarIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
-  return [self identifierWithType:Calendar accountIdentifier:accountIdentifier];
-}
-
-+ (TsGoogleAppIdentifier*)contactsIdentifierWithAccountIdentifier:(NSString*)accountIdentifier {
-  return [self identifierWithType:Contacts accountIdentifier:accountIdentifier];
-}
+TYPE(gmail, Gmail)
+TYPE(googleInbox, GoogleInbox)
+TYPE(calendar, Calendar)
+TYPE(contacts, Contacts)
 
 + (NSArray*)allWithAccountIdentifier:(NSString*)accountIdentifier {
   NSMutableArray* all = [NSMutableArray arrayWithCapacity:std::size(kTypes)];
@@ -96,38 +97,6 @@ bool IsTextOf(const TypeDescription& type, NSString* text) {
 
 - (NSImage*)defaultIcon {
   return [NSImage imageNamed:kTypes[_type].icon];
-}
-
-- (BOOL)isGmail {
-  return _type == Gmail;
-}
-
-- (BOOL)isGoogleInbox {
-  return _type == GoogleInbox;
-}
-
-- (BOOL)isCalendar {
-  return _type == Calendar;
-}
-
-- (BOOL)isContacts {
-  return _type == Contacts;
-}
-
-- (TsGoogleAppIdentifier*)toGmailIdentifier {
-  return [TsGoogleAppIdentifier gmailIdentifierWithAccountIdentifier:_accountIdentifier];
-}
-
-- (TsGoogleAppIdentifier*)toGoogleInboxIdentifier {
-  return [TsGoogleAppIdentifier googleInboxIdentifierWithAccountIdentifier:_accountIdentifier];
-}
-
-- (TsGoogleAppIdentifier*)toCalendarIdentifier {
-  return [TsGoogleAppIdentifier calendarIdentifierWithAccountIdentifier:_accountIdentifier];
-}
-
-- (TsGoogleAppIdentifier*)toContactsIdentifier {
-  return [TsGoogleAppIdentifier contactsIdentifierWithAccountIdentifier:_accountIdentifier];
 }
 
 - (NSString*)description {
