@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+#include "Base/TsUnicode.h"
+
 namespace {
 
 // Their memory is taken at once, about 400 bytes each.
@@ -45,15 +47,6 @@ TsLogFlag Flag(spdlog::level::level_enum level) {
     if (known == level) return flag;
   }
   return TsLogFlag::Info;
-}
-
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
-
-std::size_t KeptLength(std::string_view text) {
-  if (text.size() <= kLongestText) return text.size();
-  std::size_t length = kLongestText;
-  while (length > 0 && IsContinuation(text[length])) --length;
-  return length;
 }
 
 // How many bytes of UTF-8 at the beginning of a text are a control character or a line separator.
@@ -130,7 +123,7 @@ class ProgressSink final : public spdlog::sinks::sink {
 
 std::string TsEscapedForLog(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  const std::string_view kept = text.substr(0, KeptLength(text));
+  const std::string_view kept = Utf8Prefix(text, kLongestText);
   const bool isCut = kept.size() < text.size();
   std::string escaped;
   for (text = kept; !text.empty();) {

@@ -111,6 +111,12 @@ std::u16string Utf8ToUtf16(std::string_view utf8) {
   return characters;
 }
 
+std::string_view Utf8Prefix(std::string_view utf8, std::size_t most) noexcept {
+  if (utf8.size() <= most) return utf8;
+  while (most > 0 && IsContinuation(static_cast<unsigned char>(utf8[most]))) --most;
+  return utf8.substr(0, most);
+}
+
 void ReplaceLoneSurrogates(std::u16string& characters) noexcept {
   for (std::size_t index = 0; index < characters.size(); ++index) {
     if (!IsSurrogate(characters[index])) continue;

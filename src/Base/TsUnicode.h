@@ -10,6 +10,9 @@
 [[nodiscard]] std::string Utf16ToUtf8(std::u16string_view characters);
 [[nodiscard]] std::u16string Utf8ToUtf16(std::string_view utf8);
 
+// The beginning of the text that has at most `most` bytes and ends with a whole character.
+[[nodiscard]] std::string_view Utf8Prefix(std::string_view utf8, std::size_t most) noexcept;
+
 // Writes to `out`, which has room for 3 bytes a unit, and returns the number of bytes written.
 std::size_t Utf16ToUtf8(std::u16string_view characters, char* out) noexcept;
 

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "Base/TsUnicode.h"
 #include "Platform/Linux/Base/BusNames.h"
 #include "Platform/SoundPlayer.h"
 
@@ -32,8 +33,6 @@ constexpr std::chrono::seconds kDeadline{20};
 constexpr std::size_t kMostBytes = 4000;
 constexpr char kEllipsis[] = "…";
 
-bool IsContinuation(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
-
 // The bus refuses NUL; the other control characters are not allowed in markup.
 bool IsControl(char byte) {
   const auto code = static_cast<unsigned char>(byte);
@@ -41,10 +40,8 @@ bool IsControl(char byte) {
 }
 
 std::string Shortened(std::string_view text) {
-  if (text.size() <= kMostBytes) return std::string(text);
-  std::size_t end = kMostBytes;
-  while (end > 0 && IsContinuation(text[end])) --end;
-  return std::string(text.substr(0, end)) + kEllipsis;
+  const std::string_view kept = Utf8Prefix(text, kMostBytes);
+  return std::string(kept) + (kept.size() < text.size() ? kEllipsis : "");
 }
 
 // UTF-8 that notification servers accept.
