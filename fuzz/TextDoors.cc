@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "AppleScript/MailtoLink.h"
+#include "Base/TextPieces.h"
 #include "Base/TsUnicode.h"
 #include "Doors.h"
 #include "Platform/Common/CrashRecord.h"
@@ -96,7 +97,7 @@ void Request(std::string_view bytes) {
   if (platform::IsHeaderValue(bytes)) Expect(bytes.find_first_of("\r\n") == bytes.npos, "a value is one line");
   Expect(!platform::IsFramingHeader(name) || name.size() >= 14, "framing headers are known by their whole name");
   static_cast<void>(platform::AnnouncesBody(name));
-  static_cast<void>(platform::Trimmed(bytes));
+  static_cast<void>(Trimmed(bytes));
   const std::string url = platform::EncodedURL(std::string(bytes));
   Expect(platform::EncodedURL(url) == url, "an encoded URL stays as it is");
   static_cast<void>(platform::PosixPathOfHFSPath(value));
