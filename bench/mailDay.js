@@ -19,7 +19,7 @@ const { account, translations } = require('../tests/support/accountMenu');
 const { probe } = require('../tests/support/addon');
 const { startNotificationServer } = require('../tests/support/notificationServer');
 const { toolbarOf } = require('./support');
-const { startWebServer } = require('./webServer');
+const { requesterOf, startWebServer } = require('./webServer');
 
 const { display } = host.start();
 host.setKeepAlive(true);
@@ -75,20 +75,11 @@ async function startRequests() {
   const server = await startWebServer({ small: 1024 });
   if (server === undefined) throw new Error('there is no nginx');
   cleaning.push(server.stop);
-  // The engine may collect a request without references.
-  const running = new Set();
-  const one = () =>
-    new Promise((resolve, reject) => {
-      const request = native.createRequest(`${server.plain}/small`);
-      running.add(request);
-      request.on('end', () => resolve(running.delete(request)));
-      request.on('error', reject);
-      request.start();
-    });
+  const request = requesterOf(native);
   return async (count) => {
     let left = count;
     const work = async () => {
-      while (left-- > 0) await one();
+      while (left-- > 0) await request(`${server.plain}/small`);
     };
     await Promise.all(Array.from({ length: 50 }, work));
   };

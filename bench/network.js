@@ -12,7 +12,7 @@ const https = require('https');
 const undici = require('undici');
 
 const { report, summary, takeTurns } = require('./support');
-const { startWebServer } = require('./webServer');
+const { requesterOf, startWebServer } = require('./webServer');
 
 const atOnce = 50;
 const small = 1024;
@@ -21,21 +21,6 @@ const rounds = { requests: 5, streams: 3 };
 
 // A peer is a function `get(url, chunk, keeps)` that makes a request; `chunk` gets each piece of the body, which the peer
 // keeps only if `keeps`.
-
-function ofModule(tessaro) {
-  // The engine collects requests without a reference.
-  const running = new Set();
-  setInterval(() => running.clear(), 100000).unref();
-  return (url, chunk) =>
-    new Promise((resolve, reject) => {
-      const request = tessaro.createRequest(url);
-      if (chunk) request.on('data', chunk);
-      request.on('end', ({ buffer }) => resolve(buffer));
-      request.on('error', reject);
-      request.start();
-      running.add(request);
-    });
-}
 
 function collect(stream, chunk, keeps = !chunk) {
   return new Promise((resolve, reject) => {
@@ -90,7 +75,7 @@ function peers(certificate) {
   const pool = (options) => new undici.Agent({ connections: atOnce, connect: { ca }, ...options });
   const [oneByOne, overHttp2] = [pool(), pool({ allowH2: true })];
   const sessions = new Map();
-  const module = ofModule(require('..'));
+  const module = requesterOf(require('..'));
   const node = ofNode(ca);
   return {
     plain: {
@@ -230,6 +215,8 @@ async function main() {
 }
 
 async function streamAndExit(kind, name, url, mode, certificate) {
+  // A request of the module doesn't keep the process alive.
+  setInterval(() => {}, 1000);
   const { [kind]: contestants } = peers(certificate);
   console.log(JSON.stringify(await stream(contestants[name], url, mode)));
   process.exit(0);

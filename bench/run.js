@@ -36,11 +36,13 @@ const benchmarks = [
 function run(name, isQuiet, record) {
   if (isQuiet) console.error(name);
   const script = path.join(__dirname, `${name}.js`);
-  const { status } = spawnSync(process.execPath, ['--expose-gc', script], {
-    stdio: ['inherit', isQuiet ? 'ignore' : 'inherit', isQuiet ? 'ignore' : 'inherit'],
+  const output = isQuiet ? 'pipe' : 'inherit';
+  const { status, signal, stderr } = spawnSync(process.execPath, ['--expose-gc', script], {
+    stdio: ['inherit', output, output],
+    maxBuffer: Infinity,
     env: { ...process.env, TESSARO_BENCH_RECORD: record },
   });
-  if (status !== 0) console.error(`bench ${name} ended with ${status}`);
+  if (status !== 0) console.error(`${stderr ?? ''}bench ${name} ended with ${status ?? signal}`);
   return status === 0;
 }
 
@@ -55,7 +57,7 @@ function main() {
   const failed = chosen.filter((name) => !run(name, isQuiet, record));
   const entries = fs.readFileSync(record, 'utf8').split('\n').filter(Boolean).map(JSON.parse);
   fs.rmSync(folder, { recursive: true });
-  summarise(entries, isQuiet && named.length === 0);
+  summarise(entries, { failed, writes: isQuiet && named.length === 0 });
   process.exitCode = failed.length === 0 ? 0 : 1;
 }
 

@@ -135,7 +135,7 @@ function strippedSize() {
   return (size / 1e6).toFixed(2);
 }
 
-function page(entries) {
+function page(entries, failed) {
   const [{ model }] = os.cpus();
   return `# Performance
 
@@ -146,6 +146,7 @@ ratio is from the 5th to the 95th percentile of the rounds. Rates are compared a
 - Versions: ${versions()}
 - Day: ${new Date().toISOString().slice(0, 10)}
 - Size of the stripped binary: ${strippedSize()} MB
+- Benchmarks that failed: ${failed.join(', ') || 'none'}
 
 ${markdown(header, rowsOf(entries))}
 
@@ -160,14 +161,14 @@ ${markdown(growthHeader, growthRows(entries))}
 `;
 }
 
-/** Prints the tables of what has been measured; with `writes`, into docs/performance.md as well. */
-function summarise(entries, writes) {
+/** Prints the tables of what has been measured; with `writes`, writes docs/performance.md as well. */
+function summarise(entries, { failed, writes }) {
   const [rows, growth] = [rowsOf(entries), growthRows(entries)];
   if (rows.length > 0) console.log(`\n${printed(header, rows)}`);
   if (growth.length > 0) console.log(`\n${printed(growthHeader, growth)}`);
   if (!writes) return;
   const file = path.join(root, 'docs', 'performance.md');
-  fs.writeFileSync(file, page(entries));
+  fs.writeFileSync(file, page(entries, failed));
   execFileSync('npx', ['prettier', '--write', file], { cwd: root, stdio: 'ignore' });
 }
 

@@ -49,13 +49,13 @@ function choices({ bench }) {
 }
 
 /** Nanoseconds of a log call, and processor nanoseconds of the message in all, once everything has been told. */
-async function logMessages({ log, flushLog }) {
+async function logMessages({ logText, flushLog }) {
   const calls = [];
   const all = [];
   for (let round = -2; round < rounds; ++round) {
     const cpu = process.cpuUsage();
     const start = process.hrtime.bigint();
-    for (let i = 0; i < messages; ++i) log(8, 'Something of the usual length has happened to account 17');
+    for (let i = 0; i < messages; ++i) logText(8, 'Something of the usual length has happened to account 17');
     const called = Number(process.hrtime.bigint() - start);
     flushLog();
     for (let i = 0; i < 10; ++i) await new Promise(setImmediate);

@@ -1,6 +1,6 @@
 'use strict';
 
-// A web server in a process of its own, with the same files over HTTP/1.1 and over TLS with HTTP/2.
+// A web server in a process of its own, with the same files over HTTP/1.1 and over TLS with HTTP/2, and requests to it.
 
 const { execFileSync, spawn } = require('child_process');
 const fs = require('fs');
@@ -91,4 +91,25 @@ async function startWebServer(sizes) {
   return { plain: `http://127.0.0.1:${plain}`, secure: `https://127.0.0.1:${secure}`, certificate, stop };
 }
 
-module.exports = { startWebServer };
+/**
+ * @param {object} native The module.
+ * @returns {(url: string, chunk?: Function) => Promise<ArrayBuffer>} Makes a request; `chunk` gets each piece of the body.
+ */
+function requesterOf(native) {
+  // The engine may collect a request without references.
+  const running = new Set();
+  return (url, chunk) =>
+    new Promise((resolve, reject) => {
+      const request = native.createRequest(url);
+      running.add(request);
+      if (chunk) request.on('data', chunk);
+      request.on('end', ({ buffer }) => {
+        running.delete(request);
+        resolve(buffer);
+      });
+      request.on('error', reject);
+      request.start();
+    });
+}
+
+module.exports = { requesterOf, startWebServer };

@@ -100,11 +100,11 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 - (NSDictionary*)dictionaryWithValues {
   NSDictionary* values = [self values];
   if (values == nil) return nil;
-  NSMutableDictionary* exported = [NSMutableDictionary dictionary];
+  NSMutableDictionary* exported = [NSMutableDictionary dictionaryWithDictionary:values];
   for (const TsAttribute& attribute : _entity->attributes) {
-    [exported setObject:[NSNull null] forKey:TsNSString(attribute.name)];
+    NSString* name = TsNSString(attribute.name);
+    if ([values objectForKey:name] == nil) [exported setObject:[NSNull null] forKey:name];
   }
-  [exported addEntriesFromDictionary:values];
   return exported;
 }
 
@@ -135,6 +135,12 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 }
 
 @end
+
+NSArray* TsExported(NSArray* objects) {
+  NSMutableArray* exported = [NSMutableArray arrayWithCapacity:[objects count]];
+  for (TsManagedObject* object in objects) [exported addObject:[object dictionaryWithValues]];
+  return exported;
+}
 
 @implementation TsManagedObjectContext
 

@@ -90,7 +90,7 @@ NSDictionary* ExportedWorkspace(TsWorkspaceState* state) {
 - (NSArray*)accountsAsDictionaries {
   if (![self hasPreviousVersion]) return [NSArray array];
   const auto accounts = Adopt([[TsAccounts alloc] initWithPath:[self accountsPath]]);
-  return [[accounts all] valueForKey:@"dictionaryWithValues"];
+  return TsExported([accounts all]);
 }
 
 - (NSArray*)workspaces {
