@@ -21,7 +21,7 @@ const ms = { unit: 'ms', scale: 1e6 };
 
 host.start();
 host.setKeepAlive(true);
-const { module: native, bench, contacts } = probe();
+const { module: native, bench } = probe();
 
 const since = (start) => Number(process.hrtime.bigint() - start);
 
@@ -58,7 +58,7 @@ function splitInScript(text) {
 function measureText(count) {
   const text = Array.from({ length: count }, (_, i) => `Person ${i} <person${i}@example.org>`).join(', ');
   const samples = Array.from({ length: rounds }, () => ({
-    native: contacts.timeText(text),
+    native: bench.timeText(text),
     script: splitInScript(text),
   }));
   const of = (peer, step) => summary(samples.map((sample) => sample[peer][step]));
@@ -95,7 +95,7 @@ function makeContacts(count) {
 function measureGroup(count) {
   makeContacts(count);
   const samples = Array.from({ length: 5 }, () => {
-    const [time, found] = contacts.timeGroup(`${count} people`);
+    const [time, found] = bench.timeGroup(`${count} people`);
     if (found !== count) throw new Error(`${found} of ${count} people`);
     return time;
   });

@@ -29,7 +29,7 @@ async function main(home) {
   const accounts = manyAccounts(1000, 10);
   const files = previousVersion(home);
   files.write({ accounts: accountsStore(accounts).text() });
-  const { module: native, silenceKeychain, timeParse } = probe();
+  const { module: native, bench } = probe();
 
   const countOf = (report) => JSON.parse(report).accounts.length;
   if (countOf(native.getMigrationInfo('accounts')) !== accounts.length) throw new Error('another report came back');
@@ -42,13 +42,13 @@ async function main(home) {
     },
     5,
   );
-  silenceKeychain();
+  bench.silenceKeychain();
   const parser = new XMLParser({ ignoreAttributes: false });
   const size = `${(fs.statSync(files.accounts).size / 1e6).toFixed(1)} MB`;
   reportLatency(
     `Report of 1,000 accounts with 10 bookmarks each, ${size}, without a keyring`,
     await turns({
-      'bare parse': () => timeParse(files.accounts),
+      'bare parse': () => bench.timeParse(files.accounts),
       'module: report': () => milliseconds(() => native.getMigrationInfo('accounts')),
       hasPreviousVersion: () => milliseconds(() => native.hasPreviousVersion()),
       'fast-xml-parser, parse alone': () => milliseconds(() => parser.parse(fs.readFileSync(files.accounts, 'utf8'))),

@@ -1,7 +1,12 @@
 #import <Foundation/Foundation.h>
+#import <objc/runtime.h>
+#include <uv.h>
 
 #include <chrono>
+#include <pugixml.hpp>
 
+#include "Contacts/TsRecipient.h"
+#import "Keychain/TsKeyChain.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Probe.h"
 #include "Utilities/TsJSON.h"
@@ -42,10 +47,47 @@ id timeWrite(NSString* text, int rounds) {
   return TimeDoor(rounds, [&] { return TsConvertToJSONString(object); });
 }
 
+// Nanoseconds of reading a text, and of writing it again; how many recipients it has, and its length then.
+id timeText(NSString* text) {
+  const std::uint64_t start = uv_hrtime();
+  NSArray* recipients = [TsRecipient fromString:text];
+  const std::uint64_t parsed = uv_hrtime();
+  NSString* written = [TsRecipient toString:recipients];
+  const std::uint64_t end = uv_hrtime();
+  return @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ];
+}
+
+// Nanoseconds of a group's expansion, and how many recipients it has.
+id timeGroup(NSString* name) {
+  const std::uint64_t start = uv_hrtime();
+  NSArray* recipients = TsRecipientsForGroupName(name);
+  return @[ @(double(uv_hrtime() - start)), @([recipients count]) ];
+}
+
+id NoPassword(id, SEL, NSString*) { return nil; }
+
+// From now on the keychain takes no time, and has nothing.
+void silenceKeychain() {
+  const Method method = class_getInstanceMethod([TsKeychain class], @selector(passwordForAccount:));
+  method_setImplementation(method, reinterpret_cast<IMP>(NoPassword));
+}
+
+// The milliseconds that parsing a file takes, from the disk to the document; a negative number when it is no XML.
+double timeParse(std::string file) {
+  const auto start = std::chrono::steady_clock::now();
+  pugi::xml_document document;
+  if (!document.load_file(file.c_str())) return -1;
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
 }  // namespace
 
 void AttachBenchProbe(v8::Local<v8::Object> exports) {
   PROBE(decideOnly);
   PROBE(timeRead);
   PROBE(timeWrite);
+  PROBE(timeText);
+  PROBE(timeGroup);
+  PROBE(silenceKeychain);
+  PROBE(timeParse);
 }

@@ -1,5 +1,3 @@
-#include <uv.h>
-
 #import <Addresses/ADLocalAddressBook.h>
 
 #include "Contacts/TsRecipient.h"
@@ -7,18 +5,6 @@
 #include "Probe.h"
 
 namespace {
-
-// Nanoseconds of reading a text, and of writing it again; how many recipients it has, and its length then.
-id timeText(NSString* text) {
-  const std::uint64_t start = uv_hrtime();
-  NSArray* recipients = [TsRecipient fromString:text];
-  const std::uint64_t parsed = uv_hrtime();
-  NSString* written = [TsRecipient toString:recipients];
-  const std::uint64_t end = uv_hrtime();
-  return @[ @(double(parsed - start)), @(double(end - parsed)), @([recipients count]), @([written length]) ];
-}
-
-// ---- Address book
 
 NSString* Location() {
   NSArray* libraries = NSSearchPathForDirectoriesInDomains(NSLibraryDirectory, NSUserDomainMask, YES);
@@ -84,18 +70,9 @@ id recipient(NSString* address, NSDictionary* description) {
   return found != nil ? @[ [found name], [found address] ] : nil;
 }
 
-// Nanoseconds of a group's expansion, and how many recipients it has.
-id timeGroup(NSString* name) {
-  const std::uint64_t start = uv_hrtime();
-  NSArray* recipients = TsRecipientsForGroupName(name);
-  return @[ @(double(uv_hrtime() - start)), @([recipients count]) ];
-}
-
 }  // namespace
 
 void AttachContactsProbe(v8::Local<v8::Object> exports) {
-  PROBE(timeText);
   PROBE(make);
   PROBE(recipient);
-  PROBE(timeGroup);
 }

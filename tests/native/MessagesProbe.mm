@@ -1,13 +1,9 @@
 #import <AppKit/AppKit.h>
-#import <objc/runtime.h>
 
-#include <chrono>
-#include <pugixml.hpp>
 #include <string_view>
 #include <vector>
 
 #include "Base/Ref.h"
-#import "Keychain/TsKeyChain.h"
 #include "Probe.h"
 
 // Messages to objects: sendMessage(target, selector, …arguments). A target is the name of a class, or an object that a
@@ -115,27 +111,9 @@ id colorsOf(id drawn) {
   return counts;
 }
 
-id NoPassword(id, SEL, NSString*) { return nil; }
-
-// From now on the keychain takes no time, and has nothing.
-void silenceKeychain() {
-  const Method method = class_getInstanceMethod([TsKeychain class], @selector(passwordForAccount:));
-  method_setImplementation(method, reinterpret_cast<IMP>(NoPassword));
-}
-
-// The milliseconds that parsing a file takes, from the disk to the document; a negative number when it is no XML.
-double timeParse(std::string file) {
-  const auto start = std::chrono::steady_clock::now();
-  pugi::xml_document document;
-  if (!document.load_file(file.c_str())) return -1;
-  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
 }  // namespace
 
 void AttachMessagesProbe(v8::Local<v8::Object> exports) {
   PROBE(sendMessage);
   PROBE(colorsOf);
-  PROBE(silenceKeychain);
-  PROBE(timeParse);
 }
