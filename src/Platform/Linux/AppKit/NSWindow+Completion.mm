@@ -60,6 +60,8 @@ constexpr CGFloat kSmallest = 1;
 
 using Borders = void (*)(id, SEL, float*, float*, float*, float*, unsigned, unsigned long);
 ReplacedMethod<Borders> bordersOf;
+ReplacedMethod<void (*)(id, SEL, int, NSGraphicsContext*)> makeCanvas;
+bool isMakingCanvas = false;
 ReplacedMethod<NSRect (*)(id, SEL, NSRect, NSUInteger)> contentRectForFrameRect;
 ReplacedMethod<void (*)(NSWindow*, SEL, NSRect, BOOL, BOOL)> setFrame;
 ReplacedMethod<void (*)(NSPanel*, SEL, NSEvent*)> keyDown;
@@ -82,6 +84,13 @@ void SetFrameWithinScreens(NSWindow* window, SEL selector, NSRect frame, BOOL di
   setFrame(window, selector, frame, display, animate);
 }
 
+// The window's pixels, which drawing begins with, stay when it is opened again.
+void MakeCanvas(id server, SEL selector, int window, NSGraphicsContext* context) {
+  isMakingCanvas = true;
+  makeCanvas(server, selector, window, context);
+  isMakingCanvas = false;
+}
+
 // Window managers take the borders off a closed window and say that it has none, but the next opening gives them back.
 // Without borders the window would be as large as its frame. The X window's origin is the frame's until then.
 void BordersOf(id server, SEL selector, float* left, float* right, float* top, float* bottom, unsigned style,
@@ -90,6 +99,7 @@ void BordersOf(id server, SEL selector, float* left, float* right, float* top, f
   const bool hasBorders = *left + *right + *top + *bottom > 0;
   if (hasBorders || window == 0 || (style & NSTitledWindowMask) == 0 || IsMapped(window)) return;
   bordersOf(server, selector, left, right, top, bottom, style, 0);
+  if (isMakingCanvas) return;
   *right += std::exchange(*left, 0);
   *bottom += std::exchange(*top, 0);
 }
@@ -112,7 +122,9 @@ void CloseWithEscape(NSPanel* panel, SEL selector, NSEvent* event) {
 }  // namespace
 
 void CompleteWindows() {
-  bordersOf.With(NSClassFromString(@"XGServer"), "styleoffsets::::::", BordersOf);
+  Class server = NSClassFromString(@"XGServer");
+  bordersOf.With(server, "styleoffsets::::::", BordersOf);
+  makeCanvas.With(server, "setWindowdevice:forContext:", MakeCanvas);
   contentRectForFrameRect.With(object_getClass(NSClassFromString(@"GSWindowDecorationView")),
                                "contentRectForFrameRect:styleMask:", ContentRectForFrameRect);
   setFrame.With([NSWindow class], "setFrame:display:animate:", SetFrameWithinScreens);
