@@ -7,6 +7,7 @@ const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 const { test } = require('node:test');
+const sharp = require('sharp');
 
 const { root } = require('./support/addon');
 const { eventually, node, runScript, temporaryDirectory } = require('./support/child');
@@ -24,6 +25,14 @@ test('the tour passes', async (t) => {
   assert.strictEqual(child.exitCode, 0, output);
   assert.match(output, /^Window +ok/m);
   assert.ok(fs.statSync(path.join(screenshots, '01-window.png')).size > 1000);
+  const looks = fs.readdirSync(screenshots).filter((name) => name.startsWith('80-look-'));
+  assert.strictEqual(looks.length, 18);
+  for (const name of looks) {
+    const background = name.includes('-dark-') ? 0x2b : 0xfa;
+    const pixels = await sharp(path.join(screenshots, name)).greyscale().raw().toBuffer();
+    const share = pixels.filter((shade) => shade === background).length / pixels.length;
+    assert.ok(share > 0.05, `${name}: ${share} of the window's colour`);
+  }
 });
 
 test('the tour without a display reports that and ends with code 1', async (t) => {

@@ -40,10 +40,19 @@ const translations = {
   'edit-in-contacts-button-label': 'Edit in Contacts…',
 };
 
-// In the window, from its upper left: the first two addresses, and the button that accepts.
+// In the window's content, from its upper left: the first two addresses, and the button that accepts.
 const firstAddress = [342, 56];
 const secondAddress = [342, 78];
-const accept = [450, 467];
+const accept = [455, 467];
+const contentHeight = 500;
+
+/** How far the menu, which the window has while it is the main one, moves the content. */
+async function menuHeight(stage, id) {
+  const height = async () =>
+    Number((await stage.run('xdotool', 'getwindowgeometry', '--shell', id))?.match(/HEIGHT=(\d+)/)?.[1]);
+  await stage.until(async () => (await height()) > contentHeight, 1000);
+  return (await height()) - contentHeight;
+}
 
 async function pick(stage) {
   const { host, module } = stage;
@@ -52,11 +61,26 @@ async function pick(stage) {
     (await stage.run('xdotool', 'search', '--onlyvisible', '--name', translations['window-title']))?.trim(),
   );
   if (!id) return failed('Contact picker', 'it does not appear');
-  const click = ([x, y]) =>
-    ['mousemove', '--window', id, x, y, 'sleep', 0.2, 'mousedown', 1, 'sleep', 0.1, 'mouseup', 1, 'sleep', 0.2].map(
-      String,
-    );
   await stage.run('xdotool', 'windowactivate', '--sync', id);
+  const menu = await menuHeight(stage, id);
+  const click = ([x, y]) =>
+    [
+      'mousemove',
+      '--window',
+      id,
+      x,
+      y + menu,
+      'sleep',
+      0.2,
+      'mousedown',
+      1,
+      'sleep',
+      0.1,
+      'mouseup',
+      1,
+      'sleep',
+      0.2,
+    ].map(String);
   await stage.run('xdotool', ...click(firstAddress), 'keydown', 'Shift_L', ...click(secondAddress), 'keyup', 'Shift_L');
   const picture = await stage.screenshot();
   const picked = once(host, 'notification', { signal: AbortSignal.timeout(5000) });
