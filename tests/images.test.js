@@ -71,72 +71,52 @@ test('a web image is recognised by its contents, not by its name', async (t) => 
   execFileSync('mkfifo', [path.join(folder, 'pipe.png')]);
   const rows = [folder, '', 'a\0b.png', ...['missing.png', 'pipe.png'].map((name) => path.join(folder, name))];
   rows.push(...Object.entries(others).map(([name, contents]) => write(name, contents)));
-  const images = ['png', 'jpg', 'gif', 'webp', 'avif'].map(async (kind) => [
-    write(`${kind}.txt`, await makers[kind](8, 8)),
-    1,
-  ]);
-  const table = [...(await Promise.all(images)), ...rows.map((file) => [file, 0])];
+  const table = rows.map((file) => [file, 0]);
+  for (const kind of ['png', 'jpg', 'gif', 'webp', 'avif']) {
+    table.push([write(`${kind}.txt`, await makers[kind](8, 8)), 1]);
+  }
   await plain.table(t, table, ({ native }, file) => native.isWebImagePath(file));
 });
 
-test('a copy fits, keeps its shape and its format, and is never enlarged', async (t) => {
+test('a copy fits, keeps its shape, is never enlarged, and has its name and format from the target', async (t) => {
   const folder = temporaryDirectory(t);
-  const target = path.join(folder, 'copies');
-  fs.mkdirSync(target);
-  const table = [
-    ['a.png', 100, 100, [100, 50]],
-    ['a.jpg', 1000, 50, [100, 50]],
-    ['a.gif', 0, 50, [100, 50]],
-    ['a.webp', 100, -1, [100, 50]],
-    ['a.tiff', 100, 100, [100, 50]],
-    ['b.png', 1000, 1000, [400, 200]],
-    ['c.png', 0, 0, [400, 200]],
-  ];
-  for (const [name] of table) await makeImage(folder, name);
-  const calls = table.map(([name, width, height]) => [path.join(folder, name), target, width, height]);
-  const written = await scale(t, calls);
-  for (const [index, [name, , , [width, height]]] of table.entries()) {
-    assert.strictEqual(written[index], path.join(target, name));
-    const facts = await sharp(written[index]).metadata();
-    const format = path.extname(name).slice(1).replace('jpg', 'jpeg');
-    assert.deepStrictEqual([facts.format, facts.width, facts.height], [format, width, height], name);
-  }
-  const { data } = await sharp(written[0]).raw().toBuffer({ resolveWithObject: true });
-  assert.strictEqual(data[(10 * 100 + 50) * 4 + 3], 0, 'clear stays clear');
-  await assertPixel(written[0], 50, 40, [0, 0, 255, 255]);
-  // A copy that fits is byte-identical.
-  assert.deepStrictEqual(fs.readFileSync(written[5]), fs.readFileSync(path.join(folder, 'b.png')));
-});
-
-test('the target determines name and format of the copy', async (t) => {
-  const folder = temporaryDirectory(t);
-  const png = await makeImage(folder, 'a.png');
-  const avif = await makeImage(folder, 'b.avif');
   const at = (name) => path.join(folder, name);
+  for (const kind of Object.keys(makers)) await makeImage(folder, `a.${kind}`);
+  const original = fs.readFileSync(at('a.png'));
   fs.mkdirSync(at('copies'));
   fs.writeFileSync(at('old.png'), 'what was there');
   fs.chmodSync(at('old.png'), 0o640);
-  fs.copyFileSync(png, at('photo [1].%s.JPG'));
+  fs.copyFileSync(at('a.png'), at('photo [1].%s.JPG'));
   const table = [
-    [png, 'copies', 'copies/a.png', 'png'],
-    [png, 'copies', 'copies/a 2.png', 'png'],
-    [png, 'x.jpeg', 'x.jpeg', 'jpeg'],
-    [png, 'y', 'y', 'png'],
-    [png, 'old.png', 'old.png', 'png'],
-    [at('photo [1].%s.JPG'), 'copies', 'copies/photo [1].%s.png', 'png'],
-    [avif, 'copies', 'copies/b.jpg', 'jpeg'],
-    [png, 'a.png', 'a.png', 'png'],
+    ['a.png', 'copies', 100, 100, 'copies/a.png', 'png 100x50'],
+    ['a.png', 'copies', 100, 100, 'copies/a 2.png', 'png 100x50'],
+    ['a.jpg', 'copies', 1000, 50, 'copies/a.jpg', 'jpeg 100x50'],
+    ['a.avif', 'copies', 100, 100, 'copies/a 2.jpg', 'jpeg 100x50'],
+    ['a.gif', 'copies', 0, 50, 'copies/a.gif', 'gif 100x50'],
+    ['a.webp', 'copies', 100, -1, 'copies/a.webp', 'webp 100x50'],
+    ['a.tiff', 'copies', 100, 100, 'copies/a.tiff', 'tiff 100x50'],
+    ['photo [1].%s.JPG', 'copies', 100, 100, 'copies/photo [1].%s.png', 'png 100x50'],
+    ['a.png', 'large.png', 1000, 1000, 'large.png', 'png 400x200'],
+    ['a.png', 'same.png', 0, 0, 'same.png', 'png 400x200'],
+    ['a.png', 'x.jpeg', 100, 100, 'x.jpeg', 'jpeg 100x50'],
+    ['a.png', 'y', 100, 100, 'y', 'png 100x50'],
+    ['a.png', 'old.png', 100, 100, 'old.png', 'png 100x50'],
+    ['a.png', 'a.png', 100, 100, 'a.png', 'png 100x50'],
   ];
-  const written = await scale(
-    t,
-    table.map(([source, target]) => [source, at(target), 100, 100]),
-  );
-  for (const [index, [, target, name, format]] of table.entries()) {
+  const calls = table.map(([source, target, ...size]) => [at(source), at(target), ...size.slice(0, 2)]);
+  const written = await scale(t, calls);
+  for (const [index, [, , , , name, facts]] of table.entries()) {
     assert.strictEqual(written[index], at(name));
-    assert.strictEqual((await sharp(written[index]).metadata()).format, format, target);
+    const { format, width, height } = await sharp(at(name)).metadata();
+    assert.strictEqual(`${format} ${width}x${height}`, facts, name);
   }
+  const clear = await sharp(at('copies/a.png')).extractChannel('alpha').raw().toBuffer();
+  assert.strictEqual(clear[10 * 100 + 50], 0, 'clear stays clear');
+  await assertPixel(at('copies/a.png'), 50, 40, [0, 0, 255, 255]);
   // JPEG has no alpha: clear becomes white.
-  await assertPixel(written[2], 50, 10, [255, 255, 255]);
+  await assertPixel(at('x.jpeg'), 50, 10, [255, 255, 255]);
+  // A copy that fits is byte-identical.
+  assert.deepStrictEqual(fs.readFileSync(at('large.png')), original);
   assert.strictEqual(fs.statSync(at('old.png')).mode & 0o777, 0o640);
 });
 

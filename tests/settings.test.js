@@ -167,7 +167,7 @@ test("another program's entry and the previous version's second item are left al
   const previous = foreign.replace('Name=Mail', 'Name=Tessaro 3');
   const user = { 'a.desktop': previous.replace('3', '33'), 'b.desktop': previous, 'c.desktop': previous };
   const migrated = await withAutostart(t, { user }, ({ native: m }) => [m.migrateStartAtLogin(), m.getStartAtLogin()]);
-  assert.deepStrictEqual([migrated.result, migrated.names], [[null, false], ['a.desktop', 'c.desktop']]); // prettier-ignore
+  assert.deepStrictEqual([...migrated.result, ...migrated.names], [null, false, 'a.desktop', 'c.desktop']);
 });
 
 test('dangling links, pipes and a folder that cannot be written are harmless', async (t) => {

@@ -43,62 +43,47 @@ test('entries for an extension, the default first, with icons', async (t) => {
   fs.writeFileSync(path.join(applications.folder, 'broken.desktop'), 'MimeType=application/pdf;\n\0[');
   applications.mimeApps('[Default Applications]\napplication/pdf=org.example.B.desktop;\n');
   const icons = path.join(applications.home, 'made', 'icons');
-  const list = ({ native }, folder) => {
-    const entries = (extension, at) =>
-      JSON.parse(native.applicationsForFileExtension(extension, 48, at)).filter((entry) =>
-        entry['bundle-id'].startsWith('org.example'),
-      );
-    const none = ['no-such-extension', '', '..', 'a/b', null, '\0'];
-    return [
-      entries('.PDF', folder),
-      entries('pdf', null),
-      none.map((each) => native.applicationsForFileExtension(each, 16, '')),
-    ];
-  };
-  const [withIcons, withoutIcons, none] = await among(applications)(t, list, icons);
-  const entry = (letter, imagePath) => ({
+  const entry = (letter, more) => ({
     path: path.join(applications.folder, `org.example.${letter}.desktop`),
     name: `Viewer ${letter}`,
     'bundle-id': `org.example.${letter}`,
     'default?': letter === 'B',
     'our-entry?': false,
-    'image-path': imagePath,
+    'image-path': '',
+    ...more,
   });
-  const file = (letter) => path.join(icons, `org.example.${letter}.png`);
-  assert.deepStrictEqual(withIcons, ['B', 'A'].map((letter) => entry(letter, file(letter)))); // prettier-ignore
-  assert.deepStrictEqual(withoutIcons, ['B', 'A'].map((letter) => entry(letter, ''))); // prettier-ignore
-  assert.deepStrictEqual(none, Array(6).fill('[]'));
-  assert.deepStrictEqual(pngSize(file('A')), [48, 48]);
+  const entries = ['B', 'A'].map((letter) => entry(letter));
+  const withIcons = ['B', 'A'].map((letter) => entry(letter, { 'image-path': `${icons}/org.example.${letter}.png` }));
+  const list = async ({ equal, native }, folder, expected) => {
+    const all = JSON.parse(native.applicationsForFileExtension('.PDF', 48, folder));
+    equal(
+      all.filter((each) => each['bundle-id'].startsWith('org.example')),
+      expected,
+    );
+    for (const extension of ['no-such-extension', '', '..', 'a/b', null, '\0']) {
+      equal(native.applicationsForFileExtension(extension, 16, ''), '[]');
+    }
+  };
+  await among(applications)(t, list, icons, withIcons);
+  await among(applications)(t, list, null, entries);
+  assert.deepStrictEqual(pngSize(withIcons[1]['image-path']), [48, 48]);
 });
 
 test('an existing icon is reused by the lists, and replaced by iconForApplication', async (t) => {
   const applications = new Applications(t);
   applications.add('org.example.A', { types: ['x-scheme-handler/example'], lines: [iconLine(applications)] });
   const made = path.join(applications.home, 'org.example.A.png');
-  const [kept, ...icons] = await among(applications)(
-    t,
-    ({ fs, native: m }, folder, icon) => {
-      m.applicationsForScheme('example', 16, folder);
-      m.applicationsForScheme('EXAMPLE', 64, folder);
-      const kept = fs.readFileSync(icon).readUInt32BE(16);
-      const others = [
-        ['None', 64],
-        ['A', 0],
-        ['A', 2147483647],
-        ['A', 64],
-      ];
-      const icons = others.map(([name, size]) => m.iconForApplication(`org.example.${name}`, size, folder));
-      return [
-        kept,
-        ...icons,
-        ...['pdf', '../../x'].map((extension) => m.iconForFileExtension(extension, 32, `${folder}/new`)),
-      ];
-    },
-    applications.home,
-    made,
-  );
-  const inNew = ['pdf.png', '..-..-x.png'].map((name) => path.join(applications.home, 'new', name));
-  assert.deepStrictEqual([kept, ...icons], [16, null, null, null, made, ...inNew]);
+  const work = async ({ equal, fs, native: m }, folder, icon) => {
+    m.applicationsForScheme('example', 16, folder);
+    m.applicationsForScheme('EXAMPLE', 64, folder);
+    equal(fs.readFileSync(icon).readUInt32BE(16), 16);
+    equal(m.iconForApplication('org.example.None', 64, folder) ?? null, null);
+    for (const size of [0, 2147483647]) equal(m.iconForApplication('org.example.A', size, folder) ?? null, null);
+    equal(m.iconForApplication('org.example.A', 64, folder), icon);
+    equal(m.iconForFileExtension('pdf', 32, `${folder}/new`), `${folder}/new/pdf.png`);
+    equal(m.iconForFileExtension('../../x', 16, `${folder}/new`), `${folder}/new/..-..-x.png`);
+  };
+  await among(applications)(t, work, applications.home, made);
   assert.deepStrictEqual(pngSize(made), [64, 64]);
 });
 
