@@ -10,7 +10,7 @@ include(Linking)
 
 if(TESSARO_SANITIZE OR TESSARO_FUZZ)
   set(sanitizers -fsanitize=address,undefined -fno-sanitize=vptr,function -fno-sanitize-recover=undefined
-    -fno-omit-frame-pointer)
+    -fno-omit-frame-pointer -fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/cmake/SanitizerExceptions.txt)
   # An add-on can't bring a run time of its own.
   if(TESSARO_SANITIZE)
     list(APPEND sanitizers -shared-libsan)
