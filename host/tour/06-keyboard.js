@@ -29,10 +29,9 @@ async function type(stage) {
 }
 
 async function pressShortcut(stage) {
-  const chosen = once(stage.host, 'command', { signal: AbortSignal.timeout(5000) });
-  await stage.run('xdotool', 'key', 'ctrl+n');
+  const chosen = once(stage.host, 'command', { signal: AbortSignal.timeout(20000) });
   try {
-    const [{ commandId, title }] = await chosen;
+    const [[{ commandId, title }]] = await Promise.all([chosen, stage.run('xdotool', 'key', 'ctrl+n')]);
     return ok('Menu shortcut', `Control-N chose “${title}” (command ${commandId})`);
   } catch {
     return failed('Menu shortcut', 'Control-N chose nothing');

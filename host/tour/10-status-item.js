@@ -79,9 +79,9 @@ async function openMenu(stage, panel) {
 
 /** Chooses a row by a click, and returns the host's notification. */
 async function choose(stage, panel, row) {
-  const chosen = once(stage.host, 'notification', { signal: AbortSignal.timeout(5000) });
-  await panel.clickRow(row);
-  return (await chosen)[0];
+  const chosen = once(stage.host, 'notification', { signal: AbortSignal.timeout(20000) });
+  const [[notification]] = await Promise.all([chosen, panel.clickRow(row)]);
+  return notification;
 }
 
 async function useMenu(stage, panel) {

@@ -83,9 +83,8 @@ async function pick(stage) {
     ].map(String);
   await stage.run('xdotool', ...click(firstAddress), 'keydown', 'Shift_L', ...click(secondAddress), 'keyup', 'Shift_L');
   const picture = await stage.screenshot();
-  const picked = once(host, 'notification', { signal: AbortSignal.timeout(5000) });
-  await stage.run('xdotool', ...click(accept));
-  const [{ userInfo }] = await picked;
+  const picked = once(host, 'notification', { signal: AbortSignal.timeout(20000) });
+  const [[{ userInfo }]] = await Promise.all([picked, stage.run('xdotool', ...click(accept))]);
   const addresses = JSON.parse(userInfo.addresses);
   const result = addresses.length === 2 ? ok : failed;
   return result('Contact picker', `two clicks and Add: ${addresses.join(', ')}; ${picture ?? 'no picture'}`);
