@@ -26,7 +26,7 @@ class Look {
     fs.writeFileSync(this.file, `Net/ThemeName "${theme}"\nXft/DPI ${scale * 96 * 1024}\n`);
     if (this.daemon) this.daemon.kill('SIGHUP');
     else this.daemon = spawn('xsettingsd', ['-c', this.file], { stdio: 'ignore' });
-    const isSet = await this.stage.until(() => this.stage.module.isDarkMode() === isDark);
+    const isSet = await this.stage.until(() => this.stage.module.isDarkMode() === isDark, 20000);
     // The scale comes with the same message.
     await new Promise((resolve) => setTimeout(resolve, 300));
     return isSet;
