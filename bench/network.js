@@ -117,12 +117,12 @@ async function run(get, url, count, parallel) {
   return { elapsed: elapsed / count, processor: (user + system) / count };
 }
 
-async function alternate(all, count, work) {
+async function alternate(all, count, work, warm = 1) {
   const sample = (get) => {
     globalThis.gc?.();
     return work(get);
   };
-  const samples = await takeTurns(all, { rounds: count, sample });
+  const samples = await takeTurns(all, { rounds: count, warm, sample });
   return (figure) =>
     Object.fromEntries(Object.entries(samples).map(([name, values]) => [name, summary(values.map(figure))]));
 }
@@ -182,7 +182,8 @@ async function streams(title, kind, names, url, certificate) {
     const all = Object.fromEntries(
       names.map((name) => [name, () => streamInNewProcess('stream', kind, name, url, mode, certificate)]),
     );
-    const rates = await alternate(all, rounds.streams, (get) => get());
+    // Each process is new: nothing is warm in it.
+    const rates = await alternate(all, rounds.streams, (get) => get(), 0);
     report(
       `${title}, ${description}: rate`,
       rates((sample) => sample.rate),
