@@ -93,7 +93,7 @@ async function watchPortal(t) {
 
 const bytes = (text) => [...Buffer.from(`${text}\0`)];
 
-test('the portal gets what the options say', async (t) => {
+test('the dialog’s options become those of the portal’s request', async (t) => {
   const folder = makeFiles(t);
   const person = await startPerson(t);
   const requests = await watchPortal(t);

@@ -28,7 +28,7 @@ const inSession = scenarios({
       event: (modifiers, { type = 10, keyCode = keyCodes.n, ignoring = 'n', ...more } = {}) => {
         return { type, modifiers, keyCode, ignoring, characters: ignoring, x: 5, ...more };
       },
-      /** The result of what is done, and all that happens meanwhile, in order. */
+      /** An action's result, followed by all that happens during the action, in order. */
       async during(act) {
         happened.length = 0;
         const result = await act();
@@ -46,7 +46,7 @@ const inSession = scenarios({
 
 // ---- Predicates
 
-inSession.test('key combinations', async (fixture) => {
+inSession.test('the predicates of key combinations hold for exactly their modifiers', async (fixture) => {
   const { command, control, equal, event, menus, option, shift } = fixture;
   const holds = {
     Command: (flags) => flags === command || flags === (command | shift),
@@ -68,7 +68,7 @@ inSession.test('key combinations', async (fixture) => {
   }
 });
 
-test('special events', async (t) => {
+test('special events are certain key presses, and nothing else', async (t) => {
   const arrows = [key.left, key.right, key.down, key.up];
   const special = {
     [command]: [key.comma, ...arrows],
@@ -121,7 +121,7 @@ inSession.test('special keys reach the menu before the page', async ({ during, e
     ...[['ctrl+super+Left', previous], ['ctrl+super+Right', next], ['ctrl+alt+Left', previous], ['ctrl+alt+Right', next]],
     // Special, but nothing of the menu: the page gets it after all.
     ['ctrl+shift+Left', menu, 'page uses'],
-    // Not special: the page first, and what it has no use for comes back to the menu.
+    // Not special: the page first; a key that it does not use comes back to the menu.
     ...[['ctrl+n', 'page', menu, 200], ['ctrl+shift+s', 'page', menu, 203]],
     ...[['ctrl+shift+bracketleft', 'page', previous], ['ctrl+shift+bracketright', 'page', next]],
     ...[['ctrl+alt+bracketleft', 'page', previous], ['ctrl+alt+bracketright', 'page', next]],
@@ -359,7 +359,7 @@ inSession.test('events are described for menus; without an event the description
   equal(native.modifierKeys(), null);
 });
 
-test('pasting asks for files', async (t) => {
+test('pasting is taken over only when the clipboard holds files', async (t) => {
   const rows = [
     [{ text: 'words' }, [[false, true, false]]],
     [{ files: ['/etc/hosts', '/etc/pass wd'] }, [[true, false, true], 'TsPasteFilesIntoCurrentWebContents']],

@@ -43,7 +43,7 @@ const inSession = scenarios({
   },
 });
 
-inSession.test('accelerators', ({ begin, byId, equal, menus }) => {
+inSession.test('an accelerator sets an item’s key and modifiers', ({ begin, byId, equal, menus }) => {
   const [shift, control, option, command] = [0x20000, 0x40000, 0x80000, 0x100000];
   const table = [
     ['Cmd+Shift+N', 'N', command | shift],
@@ -80,7 +80,7 @@ inSession.test('titles reach the submenu, hidden items stay, other attributes ar
   ); // prettier-ignore
 });
 
-test('paths', async (t) => {
+test('a path of indices and titles leads to an item', async (t) => {
   const noItem = 'No menuItems item found';
   const outOfRange = 'Index out of range 18446744073709551615 for items';
   const noSubmenu = "isn't valid as it points to a menuItems item without submenu";

@@ -26,6 +26,7 @@ const withoutDisplay = scenarios({
       sendMessage('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', keyCode, modifiers);
     return {
       ...{ actions, archive, make, statuses },
+      archiveOf: (value) => sendMessage('NSKeyedArchiver', 'archivedDataWithRootObject:', value),
       status: (shortcut, more) => ({
         ...{ shortcut, error: '', 'existing?': false, 'valid?': true, 'monitoring?': true },
         ...more,
@@ -61,7 +62,7 @@ const inSession = withoutDisplay.with({ display: true });
 
 // ---- Values
 
-test('names of shortcuts', async (t) => {
+test('shortcuts are named by their modifiers’ symbols and their key', async (t) => {
   const names = [
     [46, command | shift, '⇧⌘M'],
     [46, command | shift | option | control, '⌃⌥⇧⌘M'],
@@ -93,7 +94,7 @@ inSession.test('names follow the layout, or the user’s first Latin layout', as
   }
 });
 
-test('which shortcuts are valid', (t) => {
+test('a shortcut is valid unless its keys type something', (t) => {
   const [m, space, escape, left, f5, keypad5] = [46, 49, 53, 123, 96, 87];
   const invalid = [[m, 0], [m, shift], [m, option], [m, option | shift], [space, 0], [space, shift], [left, 0], [keypad5, option], [0xffff, command]]; // prettier-ignore
   const valid = [[m, command], [m, control], [m, command | option], [space, option], [escape, option], [f5, 0], [f5, shift]]; // prettier-ignore
@@ -103,8 +104,9 @@ test('which shortcuts are valid', (t) => {
   return inSession.table(t, rows, isValid);
 });
 
-inSession.test('archives are read back in each form, and others are refused', ({ assert, equal, shortcuts }) => {
-  // Of Apple's binary form: the values, where each begins, and what is known of both; the first value is the list.
+inSession.test('archives are read back in each form, and others are refused', (fixture) => {
+  const { archiveOf, assert, equal, shortcuts } = fixture;
+  // A binary property list: the values, their offsets and the trailer; the first value is the root.
   const binary = (...values) => {
     const number = (value) => [0, 0, 0, 0, 0, 0, 0, value];
     const starts = values.map((_, i) => 8 + values.slice(0, i).flat().length);
@@ -117,7 +119,7 @@ inSession.test('archives are read back in each form, and others are refused', ({
     `<?xml version="1.0"?>${'<array>'.repeat(2000)}`,
     '{"$objects"=("$null"); "$top"={root={"CF$UID"=7;};};}',
     ...['('.repeat(15000), '\0\x01\x02\x03'.repeat(50), 'bplist00', `bplist00${'\xff'.repeat(40)}`],
-    // An array that contains itself, arrays a dozen deep with more ways than can be gone, a text and data beyond the end.
+    // An array that contains itself, arrays whose paths multiply, a text and data that end beyond the list.
     binary([0xa1, 0]),
     binary(...Array.from({ length: 12 }, (_, i) => [0xaf, 0x10, 20, ...Array(20).fill(i + 1)]), [0x08]),
     binary([0x5f, 0x13, 0x7f, 0, 0, 0, 0, 0, 0, 0]),
@@ -125,12 +127,12 @@ inSession.test('archives are read back in each form, and others are refused', ({
   ].map((text) => Buffer.from(text, 'latin1').toString('base64'));
   const archives = shortcuts.archives([46, 0x100000]);
   equal(archives.map(shortcuts.unarchive), Array(3).fill('⌘M'));
-  for (const text of [...shortcuts.archivesOfOthers(), ...broken]) equal(shortcuts.unarchive(text), undefined);
-  // One with a wrong number is a shortcut still; that the others are not, and that nothing has happened, is the point.
+  for (const text of [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), ...broken]) equal(shortcuts.unarchive(text), undefined);
+  // An archive with another key code is still a shortcut; the others are refused without a crash.
   assert.ok(shortcuts.unarchiveDamaged(archives[0]) > 0);
 });
 
-test('shortcuts as dictionaries', (t) => {
+test('the transformer converts shortcuts to dictionaries and back', (t) => {
   const whole = { keyCode: 46, modifierFlags: command };
   const rows = [{ keyCode: 46 }, { keyCode: 'a', modifierFlags: [] }, [1]].map((value) => [value, [null, null]]);
   rows.push([whole, ['⌘M', whole]]);
@@ -289,7 +291,7 @@ inSession.test('bindings survive changes of the layout and of modifier keys', as
   const changes = { de: useMap, ru: useMap, 'us,ru': useMap, 'another bit for Super': moveSuper, us: useMap };
   for (const [name, change] of Object.entries(changes)) {
     await change(name);
-    // The grabs are renewed when the server tells of the keyboard, and there is no other sign of that.
+    // The grabs are renewed at an event of the server's, and there is no other sign of that.
     await eventually(async () => {
       actions.length = 0;
       // The key right of the left Shift key, whatever is on it.
@@ -328,7 +330,7 @@ test('a shortcut of another process is refused and logged, and works there only'
   });
   await eventually(async () => (await other.tell(({ actions }) => actions)).length === 1, 'their shortcut');
 
-  // It is free when the other process has ended.
+  // The shortcut is free when the other process has ended.
   await other.kill();
   await inSession(t, async ({ bind, command, equal, hear, shift, shortcuts }) => {
     bind('ours', 46, command | shift);
@@ -338,10 +340,10 @@ test('a shortcut of another process is refused and logged, and works there only'
 });
 
 inSession.test('malformed archives in the user defaults are logged and ignored', (fixture) => {
-  const { archive, assert, bind, captureLog, command, equal, host, log, shortcuts, storedName } = fixture;
+  const { archive, archiveOf, assert, bind, captureLog, command, equal, host, log, storedName } = fixture;
   captureLog();
   const sound = archive(46, command);
-  const wrongClass = Buffer.from(shortcuts.archivesOfOthers()[1], 'base64');
+  const wrongClass = Buffer.from(archiveOf([1]), 'base64');
   const truncated = sound.subarray(0, 100);
   const values = { truncated, text: 'a text', number: 7, list: [sound], empty: Buffer.alloc(0), wrongClass };
   for (const [name, value] of Object.entries(values)) {

@@ -107,7 +107,7 @@ test('a message’s title is cut after 60 characters, and not within one', (t) =
     ...[59, 60].map((length) => [whole(length), `F - ${whole(length)}`]),
     ...[61, 500].map((length) => [whole(length), `F - ${whole(60)}...`]),
     ...['😀😀', 'e\u0301 and more'].map((end) => [fifty + end, `F - ${fifty}...`]),
-    // A character without end is cut.
+    // A grapheme of any length is cut.
     [`${fifty}${'\u0301'.repeat(70)}`, `F - ${'x'.repeat(54)}...`],
   ];
   return inSession.table(t, rows, ({ describe, full, titles }, subject) => {
@@ -116,7 +116,7 @@ test('a message’s title is cut after 60 characters, and not within one', (t) =
   });
 });
 
-test('odd menus of script’s making', (t) => {
+test('malformed menus from script lose only their malformed parts', (t) => {
   const nulls = { id: null, label: null, 'unread-counter-value': null, 'hex-color': null, 'unread-messages': null };
   const others = { id: {}, label: 5, 'unread-counter-value': 'x', 'hex-color': 3, 'requires-oauth?': 'yes', 'unread-messages': 'x' }; // prettier-ignore
   // Each with the rows after the commands in both forms.

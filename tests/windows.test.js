@@ -97,7 +97,7 @@ inWindows.test('main and key windows are reported and can be closed, with their 
   const handle = await open({ title: 'Second' });
   const panel = openPanel();
   for (const sheet of [null, panel, null]) {
-    // What GNUstep does when it shows a sheet, without waiting for the sheet's end.
+    // As GNUstep shows a sheet, without waiting for the sheet's end.
     sendMessage(windowNamed('Second'), 'setAttachedSheet:', sheet);
     equal(native.hasSheets(handle), sheet !== null);
   }

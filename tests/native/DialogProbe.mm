@@ -19,9 +19,11 @@ NSArray* CentreOnDisplay(NSView* view, NSRect rect) {
   return @[ @(centre.x), @([[[view window] screen] frame].size.height - centre.y) ];
 }
 
+NSArray* SizeOf(NSView* view) { return @[ @([view bounds].size.width), @([view bounds].size.height) ]; }
+
 NSString* TextOf(id value) {
   if (value == nil) return @"";
-  return [value isKindOfClass:[NSString class]] ? value : NSStringFromClass([value class]);
+  return As<NSString>(value) != nil ? value : NSStringFromClass([value class]);
 }
 
 NSArray* DescribeRows(NSTableView* table) {
@@ -44,28 +46,20 @@ void Describe(NSView* view, NSMutableArray* descriptions) {
   NSMutableDictionary* description = [NSMutableDictionary dictionaryWithDictionary:@{
     @"class" : NSStringFromClass([view class]),
     @"centre" : CentreOnDisplay(view, [view bounds]),
-    @"size" : @[ @([view bounds].size.width), @([view bounds].size.height) ],
+    @"size" : SizeOf(view),
   }];
-  if ([view isKindOfClass:[NSButton class]]) {
-    [description setObject:[(NSButton*)view title] forKey:@"title"];
-    [description setObject:[(NSButton*)view keyEquivalent] forKey:@"key"];
+  if (NSButton* button = As<NSButton>(view)) {
+    [description setObject:[button title] forKey:@"title"];
+    [description setObject:[button keyEquivalent] forKey:@"key"];
   }
-  if ([view isKindOfClass:[NSPopUpButton class]]) {
-    [description setObject:[(NSPopUpButton*)view itemTitles] forKey:@"items"];
-  }
-  if ([view isKindOfClass:[NSControl class]]) {
-    [description setObject:Truth([(NSControl*)view isEnabled]) forKey:@"isEnabled"];
-  }
-  if ([view isKindOfClass:[NSTextField class]]) {
-    [description setObject:[(NSTextField*)view stringValue] forKey:@"text"];
-  }
-  if ([view isKindOfClass:[NSTextView class]]) [description setObject:[(NSTextView*)view string] forKey:@"text"];
-  if ([view isKindOfClass:[NSTableView class]]) {
-    [description setObject:DescribeRows((NSTableView*)view) forKey:@"rows"];
-  }
+  if (NSPopUpButton* menu = As<NSPopUpButton>(view)) [description setObject:[menu itemTitles] forKey:@"items"];
+  if (NSControl* control = As<NSControl>(view)) [description setObject:Truth([control isEnabled]) forKey:@"isEnabled"];
+  if (NSTextField* field = As<NSTextField>(view)) [description setObject:[field stringValue] forKey:@"text"];
+  if (NSTextView* text = As<NSTextView>(view)) [description setObject:[text string] forKey:@"text"];
+  if (NSTableView* table = As<NSTableView>(view)) [description setObject:DescribeRows(table) forKey:@"rows"];
   [descriptions addObject:description];
-  // What edits a field, while it is being edited.
-  if ([view isKindOfClass:[NSTextField class]]) return;
+  // While a field is edited it has an editor within.
+  if (As<NSTextField>(view) != nil) return;
   for (NSView* subview in [view subviews]) Describe(subview, descriptions);
 }
 
@@ -94,7 +88,7 @@ id windows() {
       @"title" : TitleOf(window),
       @"isKey" : Truth([window isKeyWindow]),
       @"focus" : FocusOf(window),
-      @"size" : @[ @([[window contentView] bounds].size.width), @([[window contentView] bounds].size.height) ],
+      @"size" : SizeOf([window contentView]),
       @"views" : views,
     }];
   }

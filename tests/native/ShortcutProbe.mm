@@ -49,13 +49,6 @@ id archives(id description) {
   ];
 }
 
-id archivesOfOthers() {
-  return @[
-    Base64(Archive(@"text", NSPropertyListXMLFormat_v1_0)), Base64(Archive(@[ @1 ], NSPropertyListXMLFormat_v1_0)),
-    Base64(Archive([NSDate date], NSPropertyListBinaryFormat_v1_0))
-  ];
-}
-
 id unarchive(NSString* text) { return [Unarchived(FromBase64(text)) description]; }
 
 // How many of the archives with one byte wrong, or cut short, still give a shortcut.
@@ -80,7 +73,6 @@ int unarchiveDamaged(NSString* text) {
 void AttachShortcutProbe(v8::Local<v8::Object> exports) {
   PROBE(whyTaken);
   PROBE(archives);
-  PROBE(archivesOfOthers);
   PROBE(unarchive);
   PROBE(unarchiveDamaged);
 }

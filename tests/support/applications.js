@@ -52,7 +52,7 @@ class Applications {
 
   recordOf = (name) => path.join(this.home, `${name}.words`);
 
-  /** What it was started with, once it has been. */
+  /** Waits for the start of an application, and gives its arguments. */
   async wordsOf(name) {
     const record = this.recordOf(name);
     await eventually(() => fs.existsSync(record), `${name} is started`);

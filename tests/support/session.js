@@ -6,7 +6,7 @@ const { before, after } = require('node:test');
 
 const { startDisplaySession } = require('./display');
 
-/** What a child needs to be on the session's display; its home stays its own. */
+/** The environment that puts a child on the session's display; its home stays its own. */
 const belonging = ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'TMPDIR', 'TMP', 'TEMP', 'TESSARO_SESSION'];
 const belongingToWayland = ['WAYLAND_DISPLAY', 'XDG_SESSION_TYPE', 'SEAT_DISPLAY'];
 
