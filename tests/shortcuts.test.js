@@ -127,7 +127,8 @@ inSession.test('archives are read back in each form, and others are refused', (f
   ].map((text) => Buffer.from(text, 'latin1').toString('base64'));
   const archives = shortcuts.archives([46, 0x100000]);
   equal(archives.map(shortcuts.unarchive), Array(3).fill('⌘M'));
-  for (const text of [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), ...broken]) equal(shortcuts.unarchive(text), undefined);
+  for (const text of [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), ...broken])
+    equal(shortcuts.unarchive(text), undefined);
   // An archive with another key code is still a shortcut; the others are refused without a crash.
   assert.ok(shortcuts.unarchiveDamaged(archives[0]) > 0);
 });
