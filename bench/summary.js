@@ -167,9 +167,7 @@ function summarise(entries, { failed, writes }) {
   if (rows.length > 0) console.log(`\n${printed(header, rows)}`);
   if (growth.length > 0) console.log(`\n${printed(growthHeader, growth)}`);
   if (!writes) return;
-  const file = path.join(root, 'docs', 'performance.md');
-  fs.writeFileSync(file, page(entries, failed));
-  execFileSync('npx', ['prettier', '--write', file], { cwd: root, stdio: 'ignore' });
+  fs.writeFileSync(path.join(root, 'docs', 'performance.md'), page(entries, failed));
 }
 
 module.exports = { summarise };
