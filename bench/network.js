@@ -161,7 +161,7 @@ async function stream(get, url, mode) {
   const cpu = process.cpuUsage();
   const start = process.hrtime.bigint();
   const chunk = mode === 'whole' ? undefined : (piece) => (received += piece.byteLength);
-  const body = await get(url, chunk, mode === 'kept');
+  const body = await get(url, chunk, mode !== 'pieces');
   const seconds = Number(process.hrtime.bigint() - start) / 1e9;
   const { user, system } = process.cpuUsage(cpu);
   if ((mode === 'pieces' ? received : body.byteLength) !== large) throw new Error(`${received} bytes`);
