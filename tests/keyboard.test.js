@@ -104,9 +104,29 @@ test('virtual key codes follow the place of the key', (t) => {
   return inSession.table(t, rows, ({ menus }, code) => menus.virtualKeyCode(code));
 });
 
-inSession.test('methods are replaced under their aliases, not those of superclasses', ({ equal, menus }) => {
-  const encodings = { 'tsOrigSendEvent:': 'V@:@', 'tsHandleKeyboardEvent:': '@@:@', tsPasteIfPossible: 'B@:', 'tsOrigPerformKeyEquivalent:': 'V@:@' }; // prettier-ignore
-  equal(menus.patch(), { ...encodings, superclass: false, handledEventIsTheSame: true });
+inSession.test('the methods of the application and of menus are replaced under their aliases', (fixture) => {
+  const { equal, menus, sendMessage } = fixture;
+  const application = sendMessage('NSApplication', 'sharedApplication');
+  const table = [
+    [application.class, 'tsOrigSendEvent:', 'V@:@'],
+    [application.class, 'tsHandleKeyboardEvent:', '@@:@'],
+    [application.class, 'tsPasteIfPossible', 'B@:'],
+    ['NSMenu', 'tsOrigPerformKeyEquivalent:', 'V@:@'],
+  ];
+  for (const [owner, selector, encoding] of table) equal(menus.encoding(owner, selector), encoding, selector);
+  // The host's hook returns the event.
+  equal(sendMessage(application, 'tsHandleKeyboardEvent:', 'event'), 'event');
+});
+
+inSession.test('an inherited method is replaced in the heir alone', ({ equal, menus, sendMessage }) => {
+  const [heir, base] = ['NSSecureTextField', 'NSTextField'].map((name) => sendMessage(name, 'new'));
+  const [inherited, own] = [heir, base].map((control) => sendMessage(control, 'tag'));
+  for (let times = 0; times < 2; ++times) {
+    equal(menus.replaceMethod('NSSecureTextField', 'tag', 'ts_previousTag'), true);
+    const tags = [sendMessage(heir, 'tag'), sendMessage(heir, 'ts_previousTag'), sendMessage(base, 'tag')];
+    equal(tags, [7, inherited, own]);
+  }
+  equal(menus.replaceMethod('NSSecureTextField', 'noSuchMethod', 'ts_previous'), false);
 });
 
 // ---- Keys that are pressed
