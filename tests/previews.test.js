@@ -105,6 +105,27 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
   assert.ok(dominant.g > 200 && dominant.r < 50, 'the first page is shown');
 });
 
+test('previews of one image are the same, one after the other', async (t) => {
+  const folder = temporaryDirectory(t);
+  const image = path.join(__dirname, '..', 'docs', 'images', 'tour.png');
+  const pictures = await plain(
+    t,
+    async ({ native }, file, target) => {
+      const pictures = [];
+      for (let i = 0; i < 12; ++i) {
+        const picture = await new Promise((resolve) => native.generatePreview(file, 640, target, resolve));
+        const bytes = picture && require('fs').readFileSync(picture);
+        pictures.push(bytes && require('crypto').createHash('sha256').update(bytes).digest('hex'));
+      }
+      return pictures;
+    },
+    image,
+    folder,
+  );
+  assert.ok(pictures[0]);
+  assert.deepStrictEqual(new Set(pictures).size, 1);
+});
+
 test('files of one name have separate previews; a preview replaces an earlier one of its file', async (t) => {
   const folder = temporaryDirectory(t);
   const target = path.join(folder, 'previews');

@@ -25,6 +25,9 @@
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
 
+// After vips.h, which the header needs.
+#include <vips/vector.h>
+
 namespace tessaro::platform {
 
 namespace {
@@ -98,6 +101,8 @@ void PrepareDecoder() {
   // Each process has one job: nothing would be found in the cache.
   vips_cache_set_max(0);
   vips_concurrency_set(std::min(vips_concurrency_get(), kMostThreads));
+  // Vector code is compiled into pages that forked processes share: each would overwrite the others'.
+  vips_vector_set_enabled(FALSE);
 }
 
 // Initialises what every job uses, once for all of them: the classes of vips, and its tables for resizing. Builds a

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <vips/vector.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -68,10 +67,7 @@ Result<void> SourceFile::ReadHeader() {
   hasAlpha_ = vips_image_hasalpha(image.get());
   hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
   const std::int64_t pixels = std::int64_t{width_} * height_ * frames_;
-  if (pixels < kPixelsWorthThreads) {
-    vips_concurrency_set(1);
-    vips_vector_set_enabled(FALSE);
-  }
+  if (pixels < kPixelsWorthThreads) vips_concurrency_set(1);
   // A vector image is drawn in the size that is asked for; a huge one of its own is a sign of an attack.
   const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing : pixels <= kMostPixels;
   if (!isReasonable) return Fail("too many pixels");
