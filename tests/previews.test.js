@@ -110,10 +110,12 @@ test('previews of one image are the same, one after the other', async (t) => {
   const image = path.join(__dirname, '..', 'docs', 'images', 'tour.png');
   const pictures = await plain(
     t,
-    async ({ native }, file, target) => {
+    async ({ eventually, native }, file, target) => {
       const pictures = [];
       for (let i = 0; i < 12; ++i) {
-        const picture = await new Promise((resolve) => native.generatePreview(file, 640, target, resolve));
+        let answer;
+        native.generatePreview(file, 640, target, (...args) => (answer = args));
+        const [picture] = await eventually(() => answer, 'the preview');
         const bytes = picture && require('fs').readFileSync(picture);
         pictures.push(bytes && require('crypto').createHash('sha256').update(bytes).digest('hex'));
       }
