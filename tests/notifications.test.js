@@ -346,7 +346,7 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   await eventually(() => Date.now() / 1000 > due, 'the due time');
   const second = await startClient(t, options);
   assert.strictEqual((await server.shown('due')).body, 'x');
-  await second.isDelivered();
+  await eventually(async () => (await second.alerts()).delivered.length === 1, 'the delivery');
   assert.deepStrictEqual(await second.describe('nul\0é'), properties);
   await second.remove('nul\0é');
   await second.kill();
