@@ -248,7 +248,7 @@ UserNotifications& UserNotifications::Shared() {
                        withCompletionHandler:completionHandler];
   NSString* action = [response actionIdentifier];
   if (key.empty()) {
-    // Nobody's.
+    // The host's, which has no delegate for it.
   } else if ([action isEqualToString:UNNotificationDismissActionIdentifier]) {
     _owner->Dismiss(key);
   } else if ([action isEqualToString:tessaro::platform::kReplyAction]) {
