@@ -78,6 +78,10 @@ test('waiting tasks do not keep the process alive, and may post when they are de
 
 // ---- The system
 
+plain.test('a connection that has been accepted already does not stop the application', ({ platform }) =>
+  platform.receiveNoConnection(),
+);
+
 test('a kernel variable is read by its name; other files are not', (t) => {
   const { ENOENT, EINVAL } = os.constants.errno;
   const rows = [

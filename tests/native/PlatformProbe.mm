@@ -3,6 +3,7 @@
 #include <memory>
 #include <thread>
 
+#include "Base/Ref.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
@@ -65,6 +66,16 @@ int kernelVariable(std::string name) {
   return static_cast<int>(variable.error == 0 ? variable.value : -variable.error);
 }
 
+// The event of a connection that is not there any more.
+void receiveNoConnection() {
+  id port = Adopt([[NSMessagePort alloc] init]).Autoreleased();
+  NSInteger descriptors[16];
+  NSInteger count = 16;
+  [port getFds:descriptors count:&count];
+  if (count == 0) [NSException raise:@"TsProbe" format:@"the port does not listen"];
+  [port receivedEvent:nullptr type:ET_RPORT extra:reinterpret_cast<void*>(descriptors[0]) forMode:NSDefaultRunLoopMode];
+}
+
 std::string logDirectory(std::string application) { return platform::LogDirectory(application).string(); }
 
 }  // namespace
@@ -77,5 +88,6 @@ void AttachPlatformProbe(v8::Local<v8::Object> exports) {
   PROBE(postFromDestructor);
   PROBE(raiseOnMainQueue);
   PROBE(kernelVariable);
+  PROBE(receiveNoConnection);
   PROBE(logDirectory);
 }
