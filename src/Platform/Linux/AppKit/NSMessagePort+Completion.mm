@@ -29,8 +29,9 @@ void ReceiveEvent(id self, SEL selector, void* data, RunLoopEventType type, void
 
 @implementation NSMessagePort (Completion)
 
+// Without a message to the class, which would initialise it before there is an autorelease pool.
 + (void)load {
-  gnustepReceive.With([NSMessagePort class], "receivedEvent:type:extra:forMode:", ReceiveEvent);
+  gnustepReceive.With(self, "receivedEvent:type:extra:forMode:", ReceiveEvent);
 }
 
 @end
