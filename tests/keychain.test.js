@@ -92,10 +92,10 @@ test('passwords are shared with other programs byte for byte, in both directions
     ['a'.repeat(2000)]: 'long account',
   };
   const child = await at(keyring).resident(t);
-  await child.tell(
-    ({ native }, all) => all.forEach((pair) => native.setPasswordForAccount(...pair.reverse())),
-    [...Object.entries(secrets)],
-  );
+  const calls = Object.entries(secrets).map(([account, secret]) => ['setPassword', secret, account]);
+  for (const [result, ...messages] of await child.tell(callEach, calls)) {
+    assert.deepStrictEqual(result, { 'ok?': true }, messages.join());
+  }
   for (const [account, secret] of Object.entries(secrets)) {
     const seen = await keyring.secretTool(['lookup', 'service', service, 'account', account]);
     assert.strictEqual(seen.toString(), secret, account);

@@ -55,9 +55,12 @@ class Launcher {
     await this.#ended;
   }
 
-  /** Opens the menu of the icon, which is in the middle of the Dock. */
+  /** Clicks to open the menu of the icon, which is in the middle of the Dock. */
   async openMenu() {
-    const [{ X, Y, WIDTH, HEIGHT }] = await this.#places();
+    // Plank may hide its window for a moment while it changes.
+    const [place] = await this.#places();
+    if (place === undefined) return;
+    const { X, Y, WIDTH, HEIGHT } = place;
     await this.#xdotool('mousemove', X + (WIDTH >> 1), Y + HEIGHT - 30, 'sleep', '0.3', 'click', 3);
   }
 

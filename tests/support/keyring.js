@@ -14,6 +14,8 @@ const { eventually } = require('./pace');
 const run = promisify(execFile);
 
 const collection = '/org/freedesktop/secrets/collection/login';
+// Of the same collection, a little later.
+const defaultCollection = '/org/freedesktop/secrets/aliases/default';
 
 function dbusSend(environment, object, method, ...args) {
   const call = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', object, method, ...args];
@@ -45,7 +47,7 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
     send('/org/freedesktop/secrets', `org.freedesktop.Secret.Service.${method}`, ...args);
   const isLocked = async () => {
     const question = ['string:org.freedesktop.Secret.Collection', 'string:Locked'];
-    const answer = send(collection, 'org.freedesktop.DBus.Properties.Get', ...question);
+    const answer = send(defaultCollection, 'org.freedesktop.DBus.Properties.Get', ...question);
     return (await answer.catch(() => '')).match(/boolean (\w+)/)?.[1];
   };
   await eventually(async () => (await isLocked()) === String(!isUnlocked), 'the keyring is there');
@@ -66,7 +68,10 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
       const child = run('secret-tool', args, { env: environment, encoding: 'buffer' });
       // A lookup reads no input, and may have ended.
       child.child.stdin.on('error', () => {}).end(input);
-      return (await child.catch((error) => error)).stdout;
+      // Without an item secret-tool fails, and says nothing.
+      const { stdout, stderr } = await child.catch((error) => error);
+      if (stderr.length > 0) throw new Error(`secret-tool ${args}: ${stderr}`);
+      return stdout;
     },
   };
 }
