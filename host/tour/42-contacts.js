@@ -63,24 +63,7 @@ async function pick(stage) {
   if (!id) return failed('Contact picker', 'it does not appear');
   await stage.run('xdotool', 'windowactivate', '--sync', id);
   const menu = await menuHeight(stage, id);
-  const click = ([x, y]) =>
-    [
-      'mousemove',
-      '--window',
-      id,
-      x,
-      y + menu,
-      'sleep',
-      0.2,
-      'mousedown',
-      1,
-      'sleep',
-      0.1,
-      'mouseup',
-      1,
-      'sleep',
-      0.2,
-    ].map(String);
+  const click = ([x, y]) => stage.clickIn(id, [x, y + menu]);
   await stage.run('xdotool', ...click(firstAddress), 'keydown', 'Shift_L', ...click(secondAddress), 'keyup', 'Shift_L');
   const picture = await stage.screenshot();
   const picked = once(host, 'notification', { signal: AbortSignal.timeout(20000) });

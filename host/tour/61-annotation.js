@@ -22,24 +22,7 @@ class Editor {
 
   do = (...words) => this.stage.run('xdotool', ...words.map(String));
 
-  press = ([x, y]) =>
-    this.do(
-      'mousemove',
-      '--window',
-      this.id,
-      x,
-      y,
-      'sleep',
-      0.2,
-      'mousedown',
-      1,
-      'sleep',
-      0.1,
-      'mouseup',
-      1,
-      'sleep',
-      0.2,
-    );
+  press = (place) => this.do(...this.stage.clickIn(this.id, place));
 
   tool = (name) => this.press(button(tools[name]));
 

@@ -46,8 +46,8 @@
 
 @end
 
-// What -dictionaryWithValues gives for each of the objects, all of which have values. Key-value coding would take as
-// long to find the method as the method takes.
+// The -dictionaryWithValues of each object; all must have values. -valueForKey: would take as long to find the method
+// as the method takes.
 [[nodiscard]] NSArray* TsExported(NSArray* objects);
 
 // The objects of one store, each of them once. One thread. `error` may be null.

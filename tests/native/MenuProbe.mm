@@ -132,12 +132,12 @@ int virtualKeyCode(unsigned short systemKeyCode) { return tessaro::platform::Vir
 
 // ---- The patch
 
-NSInteger AnswerSeven(id, SEL) { return 7; }
+NSInteger ReturnSeven(id, SEL) { return 7; }
 
-// Replaces a method by one that answers 7. False when there is none.
+// Replaces a method of a class by one that returns 7. Returns false if the class has no such method.
 bool replaceMethod(NSString* className, NSString* selector, NSString* alias) {
   return TsReplaceMethod(NSClassFromString(className), NSSelectorFromString(selector), NSSelectorFromString(alias),
-                         reinterpret_cast<IMP>(AnswerSeven)) != nullptr;
+                         reinterpret_cast<IMP>(ReturnSeven)) != nullptr;
 }
 
 id encoding(NSString* className, NSString* selector) {

@@ -14,7 +14,7 @@ const { eventually } = require('./pace');
 const run = promisify(execFile);
 
 const collection = '/org/freedesktop/secrets/collection/login';
-// Of the same collection, a little later.
+// The daemon makes this alias of the login collection after the collection itself.
 const defaultCollection = '/org/freedesktop/secrets/aliases/default';
 
 function dbusSend(environment, object, method, ...args) {
