@@ -27,7 +27,7 @@ unsigned carbonModifiers(id held) {
 
 id pictureTarget(id copy) {
   const auto target = platform::PictureTargetOf(Text(copy, @"source"), Text(copy, @"target"), Text(copy, @"format"),
-                                                [[copy objectForKey:@"photo"] boolValue]);
+                                                [[copy objectForKey:@"photo"] boolValue], platform::WebP::ReadOnly);
   return @[ TsNSString(target.path.native()), TsNSString(target.format->name) ];
 }
 

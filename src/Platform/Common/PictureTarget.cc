@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
+#include <string>
 #include <system_error>
 
 namespace tessaro::platform {
@@ -11,26 +13,40 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The first entry of a format has its usual extension.
+// The first entry of a format has its usual extension. WebP is last.
 constexpr std::array kFormats = {
-    PictureFormat{".jpg", "jpeg"},        PictureFormat{".jpeg", "jpeg"},
-    PictureFormat{".png", "png", true},   PictureFormat{".gif", "gif", true, true},
-    PictureFormat{".tiff", "tiff", true}, PictureFormat{".tif", "tiff", true},
+    PictureFormat{".jpg", "jpeg"},
+    PictureFormat{".jpeg", "jpeg"},
+    PictureFormat{".png", "png", true},
+    PictureFormat{".gif", "gif", true, true},
+    PictureFormat{".tiff", "tiff", true},
+    PictureFormat{".tif", "tiff", true},
+    PictureFormat{".webp", "webp", true, true},
 };
 
-const PictureFormat* FormatOfExtension(const fs::path& path) {
-  std::string extension = path.extension().native();
-  for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  const auto* found = std::find_if(kFormats.begin(), kFormats.end(),
-                                   [&extension](const PictureFormat& each) { return each.extension == extension; });
-  return found != kFormats.end() ? found : nullptr;
-}
+class Formats {
+ public:
+  explicit Formats(WebP webP) : all_(kFormats.begin(), webP == WebP::Written ? kFormats.end() : kFormats.end() - 1) {}
 
-const PictureFormat* FormatNamed(std::string_view name) {
-  const auto* found =
-      std::find_if(kFormats.begin(), kFormats.end(), [name](const PictureFormat& each) { return each.name == name; });
-  return found != kFormats.end() ? found : nullptr;
-}
+  [[nodiscard]] const PictureFormat* OfExtension(const fs::path& path) const {
+    std::string extension = path.extension().native();
+    for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return First([&extension](const PictureFormat& each) { return each.extension == extension; });
+  }
+
+  [[nodiscard]] const PictureFormat* Named(std::string_view name) const {
+    return First([name](const PictureFormat& each) { return each.name == name; });
+  }
+
+ private:
+  template <typename Condition>
+  [[nodiscard]] const PictureFormat* First(Condition condition) const {
+    const auto found = std::find_if(all_.begin(), all_.end(), condition);
+    return found != all_.end() ? &*found : nullptr;
+  }
+
+  std::span<const PictureFormat> all_;
+};
 
 fs::path UniquePath(const fs::path& wanted) {
   fs::path path = wanted;
@@ -44,16 +60,17 @@ fs::path UniquePath(const fs::path& wanted) {
 }  // namespace
 
 PictureTarget PictureTargetOf(const fs::path& source, const fs::path& target, std::string_view sourceFormat,
-                              bool isPhoto) {
-  const PictureFormat* kept = FormatNamed(sourceFormat);
-  if (kept == nullptr) kept = FormatNamed(isPhoto ? "jpeg" : "png");
+                              bool isPhoto, WebP webP) {
+  const Formats formats(webP);
+  const PictureFormat* kept = formats.Named(sourceFormat);
+  if (kept == nullptr) kept = formats.Named(isPhoto ? "jpeg" : "png");
   std::error_code error;
   if (!fs::is_directory(target, error)) {
-    const PictureFormat* wanted = FormatOfExtension(target);
+    const PictureFormat* wanted = formats.OfExtension(target);
     return {target, wanted != nullptr ? wanted : kept};
   }
   fs::path name = source.filename();
-  const PictureFormat* named = FormatOfExtension(name);
+  const PictureFormat* named = formats.OfExtension(name);
   if (named == nullptr || named->name != kept->name) name.replace_extension(kept->extension);
   return {UniquePath(target / name), kept};
 }

@@ -29,7 +29,8 @@ Result<std::string> CopyUnchanged(const std::string& source, const std::string& 
 Result<std::string> MakeCopy(const ImageCopy& copy) {
   const PictureSource source(copy.source);
   if (!source.failure().empty()) return Fail(source.failure());
-  const PictureTarget target = PictureTargetOf(copy.source, copy.target, source.format(), source.isPhoto());
+  const PictureTarget target =
+      PictureTargetOf(copy.source, copy.target, source.format(), source.isPhoto(), WebP::ReadOnly);
   const PictureSize size = SizeWithin(source.size(), copy.maxWidth, copy.maxHeight);
   if (size == source.size() && target.format->name == source.format()) return CopyUnchanged(copy.source, target.path);
   return WritePicture(target.path, *target.format, source, size, target.format->hasFrames ? source.frames() : 1);

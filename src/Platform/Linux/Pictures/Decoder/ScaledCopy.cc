@@ -1,10 +1,11 @@
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
+#include "Platform/Common/PictureTarget.h"
 #include "Platform/Linux/Pictures/Decoder/ImageWriting.h"
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/SourceFile.h"
@@ -15,73 +16,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct FileFormat {
-  const char* extension;
-  const char* format;
-  const char* saver;  // with options for mail
-  bool hasAlpha;
-  bool hasFrames;
-};
-
-constexpr char kSaveJPEG[] = ".jpg[Q=85,strip]";
-constexpr char kSaveTIFF[] = ".tif[compression=deflate,strip]";
-
-// The first entry of a format has its usual extension.
-constexpr std::array kFormats = {
-    FileFormat{".jpg", "jpeg", kSaveJPEG, false, false},          FileFormat{".jpeg", "jpeg", kSaveJPEG, false, false},
-    FileFormat{".png", "png", ".png[strip]", true, false},        FileFormat{".gif", "gif", ".gif[strip]", true, true},
-    FileFormat{".webp", "webp", ".webp[Q=85,strip]", true, true}, FileFormat{".tiff", "tiff", kSaveTIFF, true, false},
-    FileFormat{".tif", "tiff", kSaveTIFF, true, false},
-};
-
-const FileFormat* FormatOfExtension(const fs::path& path) {
-  const GTextPtr extension(g_ascii_strdown(path.extension().c_str(), -1));
-  for (const FileFormat& each : kFormats) {
-    if (each.extension == std::string_view(extension.get())) return &each;
-  }
-  return nullptr;
+PictureTarget TargetOf(const PictureJob& job, const SourceFile& source) {
+  const bool isPhoto = source.format() == "heif" && !source.hasAlpha();
+  return PictureTargetOf(job.source, job.target, source.format(), isPhoto, WebP::Written);
 }
 
-const FileFormat& FormatNamed(std::string_view name) {
-  for (const FileFormat& each : kFormats) {
-    if (each.format == name) return each;
-  }
-  return FormatNamed("png");
-}
-
-const FileFormat& FormatFor(const SourceFile& source) {
-  // A camera's picture would be far too large as a PNG.
-  if (source.format() == "heif" && !source.hasAlpha()) return FormatNamed("jpeg");
-  return FormatNamed(source.format());
-}
-
-fs::path UniquePath(const fs::path& wanted) {
-  fs::path path = wanted;
-  std::error_code error;
-  for (int number = 2; fs::exists(fs::symlink_status(path, error)); ++number) {
-    path = wanted;
-    path.replace_filename(wanted.stem().native() + " " + std::to_string(number) + wanted.extension().native());
-  }
-  return path;
-}
-
-struct Target {
-  fs::path path;
-  const FileFormat* format;
-};
-
-Target TargetOf(const PictureJob& job, const SourceFile& source) {
-  const FileFormat& kept = FormatFor(source);
-  std::error_code error;
-  if (!fs::is_directory(job.target, error)) {
-    const FileFormat* named = FormatOfExtension(job.target);
-    return {job.target, named != nullptr ? named : &kept};
-  }
-  fs::path name = fs::path(job.source).filename();
-  if (FormatOfExtension(name) == nullptr || FormatOfExtension(name)->saver != kept.saver) {
-    name.replace_extension(kept.extension);
-  }
-  return {UniquePath(job.target / name), &kept};
+// The extension with vips' options for mail.
+std::string SaverOf(const PictureFormat& format) {
+  const bool isLossy = format.name == "jpeg" || format.name == "webp";
+  const char* options = isLossy ? "[Q=85,strip]" : format.name == "tiff" ? "[compression=deflate,strip]" : "[strip]";
+  return std::string(format.extension) + options;
 }
 
 bool Fits(const PictureJob& job, const SourceFile& source) {
@@ -127,13 +71,13 @@ Result<std::string> MakeScaledCopy(const PictureJob& job) {
   auto source = SourceFile::Open(job.source);
   if (!source) return tl::unexpected(source.error());
   if (const auto header = source->ReadHeader(); !header) return tl::unexpected(header.error());
-  const Target target = TargetOf(job, *source);
-  const bool isKept = source->format() == target.format->format;
+  const PictureTarget target = TargetOf(job, *source);
+  const bool isKept = source->format() == target.format->name;
   if (isKept && Fits(job, *source)) return Copied(*source, target.path);
   const bool allFrames = source->frames() > 1 && target.format->hasFrames && !source->isVector();
   VipsImagePtr image = Shrunk(job, *source, allFrames);
   if (!target.format->hasAlpha) image = OnWhite(std::move(image));
-  return SaveImage(image, target.format->saver, target.path);
+  return SaveImage(image, SaverOf(*target.format).c_str(), target.path);
 }
 
 }  // namespace tessaro::platform
