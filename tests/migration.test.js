@@ -388,7 +388,9 @@ function objectsIn(file) {
 
 test('workspaces are changed, saved and rolled back', async (t) => {
   const future = '    <object type="FUTURE" id="z500"><attribute name="x" type="string"> </attribute></object>\n';
-  const run = inHome(t, { workspaces: workspacesStore(workspaces).text(future) });
+  // The object that is deleted below: the second one of its name must not take its place.
+  const twice = '    <object type="WORKSPACESTATE" id="z108"></object>\n';
+  const run = inHome(t, { workspaces: workspacesStore(workspaces).text(future + twice) });
   const { workspaces: file } = run;
   fs.chmodSync(file, 0o640);
   const before = objectsIn(file);

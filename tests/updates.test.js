@@ -32,7 +32,7 @@ test('versions are compared by their numbers and words', (t) => {
 test('addresses are trusted over TLS and on this machine', (t) => {
   const trusted = 'https://a HTTPS://a.example/b?c http://127.0.0.1 http://localhost:80/x Http://[::1]:1/';
   const others =
-    'https:// http://a.example/ ftp://127.0.0.1/ file:///etc/passwd //127.0.0.1 http://127.0.0.1.example.org/ ' +
+    'https:// https://?a https:///b http://a.example/ ftp://127.0.0.1/ file:///etc/passwd //127.0.0.1 http://127.0.0.1.example.org/ ' +
     'http://localhost@a.example/ http://localhost:1@a.example http://[::1].a';
   const rows = [
     ...trusted.split(' ').map((url) => [url, true]),

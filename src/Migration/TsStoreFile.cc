@@ -233,14 +233,17 @@ Result<void> TsStoreFile::Read() {
   return {};
 }
 
-// The first of several objects with the same identifier counts.
+// Of several objects with the same identifier the first stays: the next one must not take its place when it is deleted.
 void TsStoreFile::FindObjects() {
   objects_.clear();
-  for (const pugi::xml_node object : document_->child("database").children("object")) {
+  pugi::xml_node database = document_->child("database");
+  for (pugi::xml_node object = database.child("object"), next; object; object = next) {
+    next = object.next_sibling("object");
     const std::string id = object.attribute("id").value();
     // Objects of unknown entities have identifiers too.
     highestNumber_ = std::max(highestNumber_, NumberOf(id));
-    if (!id.empty() && TsEntityNamed(object.attribute("type").value()) != nullptr) objects_.emplace(id, object);
+    if (id.empty() || TsEntityNamed(object.attribute("type").value()) == nullptr) continue;
+    if (!objects_.emplace(id, object).second) database.remove_child(object);
   }
 }
 
@@ -253,7 +256,7 @@ std::vector<std::string> TsStoreFile::Objects(const TsEntity& entity) const noex
   std::vector<std::string> ids;
   for (const pugi::xml_node object : document_->child("database").children("object")) {
     const std::string id = object.attribute("id").value();
-    if (ObjectNamed(id) == object && TsIsSameName(object.attribute("type").value(), entity.name)) ids.push_back(id);
+    if (Contains(id) && TsIsSameName(object.attribute("type").value(), entity.name)) ids.push_back(id);
   }
   return ids;
 }

@@ -30,7 +30,8 @@ bool Read(std::string_view digits, Integer& value) {
 Ref<NSObject> NewNumber(std::string_view text) {
   std::int64_t integer = 0;
   std::uint64_t large = 0;
-  if (text.find_first_of(".eE") == text.npos) {
+  // The integer 0 has no sign.
+  if (text != "-0" && text.find_first_of(".eE") == text.npos) {
     if (Read(text, integer)) return Adopt([[NSNumber alloc] initWithLongLong:integer]);
     if (Read(text, large)) return Adopt([[NSNumber alloc] initWithUnsignedLongLong:large]);
   }

@@ -14,9 +14,15 @@ constexpr std::string_view kSecure = "https://";
 constexpr std::string_view kPlain = "http://";
 constexpr std::array<std::string_view, 3> kThisMachine = {"127.0.0.1", "localhost", "[::1]"};
 
-// Nothing may follow the host's name but a port or a path: a name could go on, or be that of a user at another host.
+// What stands between the scheme and the path; empty for another scheme.
+std::string_view AuthorityOf(std::string_view url, std::string_view scheme) {
+  if (!StartsWith(url, scheme)) return {};
+  url.remove_prefix(scheme.size());
+  return url.substr(0, url.find_first_of("/?#"));
+}
+
+// Nothing may follow the host's name but a port: a name could go on, or be that of a user at another host.
 bool IsOnThisMachine(std::string_view authority) {
-  authority = authority.substr(0, authority.find_first_of("/?#"));
   return std::any_of(kThisMachine.begin(), kThisMachine.end(), [&](std::string_view host) {
     if (!StartsWith(authority, host)) return false;
     const std::string_view rest = authority.substr(host.size());
@@ -28,8 +34,7 @@ bool IsOnThisMachine(std::string_view authority) {
 }  // namespace
 
 bool IsTrustworthyAddress(std::string_view url) noexcept {
-  if (StartsWith(url, kSecure)) return url.size() > kSecure.size();
-  return StartsWith(url, kPlain) && IsOnThisMachine(url.substr(kPlain.size()));
+  return !AuthorityOf(url, kSecure).empty() || IsOnThisMachine(AuthorityOf(url, kPlain));
 }
 
 std::string WithParameters(std::string_view url, const std::vector<FeedParameter>& parameters) {

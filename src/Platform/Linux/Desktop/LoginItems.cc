@@ -65,7 +65,7 @@ class AutostartEntry {
 
   [[nodiscard]] std::string DisplayName() const {
     const GTextPtr name(g_key_file_get_locale_string(keys_.get(), kGroup, "Name", nullptr, nullptr));
-    return name != nullptr ? name.get() : "";
+    return name != nullptr ? g_strchomp(name.get()) : "";
   }
 
   // The resolved path of the program; empty if missing.
