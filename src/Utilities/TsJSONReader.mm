@@ -40,71 +40,82 @@ Ref<NSObject> NewNumber(std::string_view text) {
   return Adopt([[NSNumber alloc] initWithDouble:*value]);
 }
 
-// Makes Cocoa objects of what the parser reports.
+// Makes Cocoa objects of what the parser reports. A container is made at its end, when its size is known.
 class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
  public:
-  [[nodiscard]] const Ref<NSObject>& root() const { return root_; }
-  [[nodiscard]] bool IsTooDeep() const { return open_.size() > kTsMostJSONLevels; }
+  [[nodiscard]] bool HasBegun() const { return hasBegun_; }
+  [[nodiscard]] bool IsTooDeep() const { return levels_ > kTsMostJSONLevels; }
+  // After a complete document.
+  [[nodiscard]] const Ref<NSObject>& root() const { return values_.front(); }
 
-  bool Null() { return Add([NSNull null]); }
-  bool Bool(bool value) { return Add([NSNumber numberWithBool:value]); }
+  bool Null() { return Add(Retain<NSObject>([NSNull null])); }
+  bool Bool(bool value) { return Add(Retain<NSObject>([NSNumber numberWithBool:value])); }
   bool RawNumber(const char* text, rapidjson::SizeType length, bool) { return Add(NewNumber({text, length})); }
   bool String(const char* text, rapidjson::SizeType length, bool) {
-    const auto string = TsNewString(std::string_view(text, length));
-    return Add(string);
+    return Add(TsNewString(std::string_view(text, length)));
   }
 
   bool Key(const char* text, rapidjson::SizeType length, bool) {
-    const auto [place, isNew] = keys_.try_emplace(std::string_view(text, length));
+    const auto [place, isNew] = knownKeys_.try_emplace(std::string_view(text, length));
     if (isNew) place->second = TsNewString(place->first);
-    open_.back().key = place->second;
+    keys_.push_back(place->second);
     return true;
   }
 
-  bool StartArray() { return Open({Adopt([[NSMutableArray alloc] init]), nullptr, nil}); }
-  bool StartObject() { return Open({nullptr, Adopt([[NSMutableDictionary alloc] init]), nil}); }
-  bool EndArray(rapidjson::SizeType) { return Close(); }
-  bool EndObject(rapidjson::SizeType) { return Close(); }
+  bool StartArray() { return Open(); }
+  bool StartObject() { return Open(); }
+
+  bool EndArray(rapidjson::SizeType count) {
+    return Close(count, Adopt([[NSMutableArray alloc] initWithObjects:Last(count) count:count]));
+  }
+
+  bool EndObject(rapidjson::SizeType count) {
+    const std::size_t firstKey = keys_.size() - count;
+    const auto object = Adopt([[NSMutableDictionary alloc] initWithObjects:Last(count)
+                                                                   forKeys:keys_.data() + firstKey
+                                                                     count:count]);
+    keys_.resize(firstKey);
+    return Close(count, object);
+  }
 
  private:
-  struct Container {
-    Ref<NSMutableArray> array;
-    Ref<NSMutableDictionary> dictionary;
-    NSString* key;  // of the value that comes next
-  };
-
-  bool Add(NSObject* value) {
-    if (value == nil || open_.empty()) return false;
-    const Container& container = open_.back();
-    if (container.array) [container.array addObject:value];
-    if (container.dictionary) [container.dictionary setObject:value forKey:container.key];
+  bool Add(Ref<NSObject> value) {
+    if (!value || levels_ == 0) return false;
+    values_.push_back(std::move(value));
     return true;
   }
 
-  bool Open(Container container) {
-    NSObject* made = container.array ? static_cast<NSObject*>(container.array) : container.dictionary;
-    if (open_.empty()) {
-      root_ = Retain(made);
-    } else {
-      static_cast<void>(Add(made));
-    }
-    open_.push_back(std::move(container));
+  bool Open() {
+    hasBegun_ = true;
+    ++levels_;
     return !IsTooDeep();
   }
 
-  bool Close() {
-    open_.pop_back();
+  // Good until the next call.
+  [[nodiscard]] const id* Last(std::size_t count) {
+    last_.assign(values_.end() - static_cast<std::ptrdiff_t>(count), values_.end());
+    return last_.data();
+  }
+
+  bool Close(std::size_t count, Ref<NSObject> container) {
+    values_.resize(values_.size() - count);
+    values_.push_back(std::move(container));
+    --levels_;
     return true;
   }
 
-  Ref<NSObject> root_;
-  std::vector<Container> open_;
+  // The values, and the keys of the objects among them, that belong to containers still open.
+  std::vector<Ref<NSObject>> values_;
+  std::vector<id> keys_;
+  std::vector<id> last_;
+  std::size_t levels_ = 0;
+  bool hasBegun_ = false;
   // The same few keys come again and again. Their texts are in the parsed document.
-  std::unordered_map<std::string_view, Ref<NSString>> keys_;
+  std::unordered_map<std::string_view, Ref<NSString>> knownKeys_;
 };
 
 std::string Description(rapidjson::ParseErrorCode code, const Builder& builder) {
-  if (!builder.root() && code == rapidjson::kParseErrorTermination) {
+  if (!builder.HasBegun() && code == rapidjson::kParseErrorTermination) {
     return "The JSON text does not begin with an array or a dictionary";
   }
   if (builder.IsTooDeep()) return "The JSON text is nested too deeply";

@@ -141,19 +141,18 @@ class ServedNotifications final : public UserNotifications, private DesktopNotif
     }
     alert.state = State::Waiting;
     server_->Connect();
-    SendWaiting();
+    Send(key);
   }
 
   void SendWaiting() {
-    if (AlertsIn(State::Waiting).empty() || !server_->IsReady()) return;
-    // A failure calls the listener, which may show or withdraw other alerts.
-    for (const Key& key : AlertsIn(State::Waiting)) {
-      const auto found = alerts_.find(key);
-      if (found != alerts_.end() && found->second.state == State::Waiting) Send(key, found->second);
-    }
+    for (const Key& key : AlertsIn(State::Waiting)) Send(key);
   }
 
-  void Send(const Key& key, Alert& alert) {
+  // A failure calls the listener, which may show or withdraw other alerts.
+  void Send(const Key& key) {
+    const auto found = alerts_.find(key);
+    if (found == alerts_.end() || found->second.state != State::Waiting || !server_->IsReady()) return;
+    Alert& alert = found->second;
     const auto sent = server_->Show(alert.Id(), alert.kept.alert,
                                     [this, key](const Result<DesktopNotifications::Id>& id) { Answered(key, id); });
     if (!sent) return Fail(key, sent.error().message);
@@ -173,7 +172,7 @@ class ServedNotifications final : public UserNotifications, private DesktopNotif
     keysById_[*id] = key;
     alert.kept.shown = {server_->Identity(), *id};
     alert.state = alert.isChanged ? State::Waiting : State::OnScreen;
-    if (alert.isChanged) return SendWaiting();
+    if (alert.isChanged) return Send(key);
     alert.kept.due.reset();
     // Without the file a later process does not know the alert, which is harmless.
     static_cast<void>(files_->Keep(alert.kept));

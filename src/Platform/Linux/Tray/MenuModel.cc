@@ -1,5 +1,6 @@
 #include "Platform/Linux/Tray/MenuService.h"
 
+#include <algorithm>
 #include <limits>
 #include <string_view>
 
@@ -40,7 +41,6 @@ MenuModel::Changes MenuModel::Replace(std::vector<MenuEntry> rows) {
   Number(rows, root_.children);
   std::swap(root_.children, rows);
   index_.clear();
-  Index(root_);
 
   Changes changes;
   changes.layout = revision_ == 0 || !HaveSameLayout(rows, root_.children);
@@ -52,13 +52,24 @@ MenuModel::Changes MenuModel::Replace(std::vector<MenuEntry> rows) {
   return changes;
 }
 
-const MenuEntry* MenuModel::Find(std::int32_t id) const {
+const MenuEntry* MenuModel::Find(std::int32_t id) {
+  if (id == root_.id) return &root_;
+  if (index_.empty()) Index(root_);
   const auto found = index_.find(id);
   return found == index_.end() ? nullptr : found->second;
 }
 
 // Rows of one identity, as separators, keep their ids in their order.
 void MenuModel::Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before) {
+  std::size_t same = 0;  // rows at the front that have not moved, mostly all
+  for (; same < std::min(rows.size(), before.size()) && rows[same].identity == before[same].identity; ++same) {
+    rows[same].id = before[same].id;
+    Number(rows[same].children, before[same].children);
+  }
+  NumberMoved(std::span(rows).subspan(same), std::span(before).subspan(same));
+}
+
+void MenuModel::NumberMoved(std::span<MenuEntry> rows, std::span<const MenuEntry> before) {
   if (rows.empty()) return;
   constexpr std::size_t kNone = std::numeric_limits<std::size_t>::max();
   // For each identity the first row that has no successor yet, and for each row the next one of its identity.

@@ -223,7 +223,7 @@ void MenuService::Event(std::int32_t id, const std::string& event) {
   if (!entry->isSeparator && entry->isEnabled) source_.choose(*entry);
 }
 
-MenuService::Ids MenuService::UnknownOf(const Ids& ids) const {
+MenuService::Ids MenuService::UnknownOf(const Ids& ids) {
   Ids unknown;
   std::copy_if(ids.begin(), ids.end(), std::back_inserter(unknown),
                [this](auto id) { return model_.Find(id) == nullptr; });

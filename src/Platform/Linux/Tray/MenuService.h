@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -41,7 +42,7 @@ class MenuModel {
   Changes Replace(std::vector<MenuEntry> rows);
 
   // nullptr for an unknown id.
-  [[nodiscard]] const MenuEntry* Find(std::int32_t id) const;
+  [[nodiscard]] const MenuEntry* Find(std::int32_t id);
 
   [[nodiscard]] const MenuEntry& root() const { return root_; }
   // Grows with each change of the layout. 0 is a menu that has never been filled.
@@ -49,11 +50,13 @@ class MenuModel {
 
  private:
   void Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before);
+  void NumberMoved(std::span<MenuEntry> rows, std::span<const MenuEntry> before);
   void Index(const MenuEntry& entry);
 
   MenuEntry root_;
   std::uint32_t revision_ = 0;
   std::int32_t lastId_ = 0;
+  // Empty until a row is looked for: most builds of a menu are only shown.
   std::unordered_map<std::int32_t, const MenuEntry*> index_;
 };
 
@@ -87,7 +90,7 @@ class MenuService {
   void GetProperty(sdbus::MethodCall& call, sdbus::MethodReply& reply);
   bool AboutToShow(std::int32_t id);
   void Event(std::int32_t id, const std::string& event);
-  [[nodiscard]] Ids UnknownOf(const Ids& ids) const;
+  [[nodiscard]] Ids UnknownOf(const Ids& ids);
   [[nodiscard]] const MenuEntry& Entry(std::int32_t id);
   // Whether the layout has changed.
   bool Rebuild();
