@@ -20,7 +20,7 @@ const families = [
   { library: 'clang', names: /^___(isPlatformVersionAtLeast|u(div|mod)ti3)$/ },
   { library: 'libsodium', names: /^_(sodium|crypto_sign|crypto_hash)_/ },
   { library: 'libxml2', names: /^_(xml|html)[A-Z]/ },
-  { library: 'zlib', names: /^_(inflate|crc32)/ },
+  { library: 'minizip', names: /^_unz/ },
   // musl's way of saying what Darwin says otherwise; the image is never shipped.
   {
     library: 'stand-ins',

@@ -26,6 +26,7 @@ const libraries = [
   'rapidjson',
   'sodium',
   'sodium.h',
+  'minizip',
   'zlib.h',
   'zconf.h',
 ];

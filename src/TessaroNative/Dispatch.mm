@@ -2,11 +2,25 @@
 
 #import <Foundation/Foundation.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
 #include "Base/TsLog.h"
+#include "Base/TsLogging.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"
 
 namespace {
+
+// Ends the process: the caller in script has broken the function's contract, and nothing that this process does from
+// here on could be trusted.
+[[noreturn]] void AbortOnViolation(const char* file, int line, const char* function, const Condition& condition) {
+  TsLogFacility::Shared().Flush();
+  std::fprintf(stderr, "TessaroNative: %s:%d: %s: Assertion `%s' failed.\n", file, line, function, condition.text);
+  std::fflush(stderr);
+  std::abort();
+}
 
 void Answer(const ScriptArguments& args, Nothing nothing) {
   v8::Isolate* isolate = args.GetIsolate();
@@ -47,8 +61,14 @@ void Perform(const ScriptFunction& function, const ScriptArguments& args) {
 
 }  // namespace
 
+const Condition* Violated(const Contract& contract, const ScriptArguments& args) {
+  const Condition* found =
+      std::find_if(contract.begin(), contract.end(), [&](const Condition& each) { return !each.holds(args); });
+  return found != contract.end() ? found : nullptr;
+}
+
 void Dispatch(const char* tableFile, const ScriptFunction& function, const ScriptArguments& args) {
-  if (const Condition* violated = function.contract.Violated(args)) {
+  if (const Condition* violated = Violated(function.contract, args)) {
     AbortOnViolation(tableFile, function.line, function.handlerName, *violated);
   }
   if (function.handler == nullptr) return FillSlots(function, args);

@@ -3,10 +3,10 @@
 #include <node.h>
 
 #include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <span>
 
-#include "TessaroNative/ArgumentContract.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "Utilities/TsSlot.h"
 
@@ -20,23 +20,42 @@ enum class Needs {
   WindowServer,  // that, and a running window server
 };
 
-// The slots that a function fills with its arguments, in their order.
-class Slots {
- public:
-  static constexpr std::size_t kMost = 3;
+// A condition that the arguments of a call must keep, and its source text.
+struct Condition {
+  bool (*holds)(const ScriptArguments& args);
+  const char* text;
+};
 
-  constexpr Slots() = default;
-  constexpr Slots(std::initializer_list<TsSlot> slots) {
-    for (const TsSlot slot : slots) slots_[count_++] = slot;
+#define CONDITION(test)                                               \
+  Condition {                                                         \
+    [](const ScriptArguments& args) -> bool { return (test); }, #test \
   }
 
-  [[nodiscard]] constexpr const TsSlot* begin() const { return slots_.data(); }
-  [[nodiscard]] constexpr const TsSlot* end() const { return slots_.data() + count_; }
+// A short list that can be written into a row.
+template <typename Item, std::size_t most>
+class RowList {
+ public:
+  constexpr RowList() = default;
+  constexpr RowList(std::initializer_list<Item> items) {
+    for (const Item& item : items) items_[count_++] = item;
+  }
+
+  [[nodiscard]] constexpr const Item* begin() const { return items_.data(); }
+  [[nodiscard]] constexpr const Item* end() const { return items_.data() + count_; }
 
  private:
-  std::array<TsSlot, kMost> slots_{};
+  std::array<Item, most> items_{};
   std::size_t count_ = 0;
 };
+
+// The slots that a function fills with its arguments, in their order.
+using Slots = RowList<TsSlot, 3>;
+
+// The conditions of a function, in the order in which they are tested.
+using Contract = RowList<Condition, 8>;
+
+// The first condition that `args` violates; nullptr when all hold.
+[[nodiscard]] const Condition* Violated(const Contract& contract, const ScriptArguments& args);
 
 // A row: everything about a script function except its work.
 struct ScriptFunction {

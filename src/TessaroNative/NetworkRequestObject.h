@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "Network/TsNetwork.h"
-#include "TessaroNative/ArgumentContract.h"
+#include "TessaroNative/handlers/Handlers.h"
 #include "Utilities/TsEventEmitter.h"
 
 // A request as script sees it: an object with the methods "on" and "start", which hands the request's events to the

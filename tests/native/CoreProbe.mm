@@ -121,7 +121,7 @@ id startUpStepsRun() { return List(StartUpStepsRun(), TsNSString); }
 
 id functionTable() {
   return List(FunctionTable(), [](const ScriptFunction& function) {
-    const id conditions = List(function.contract, [](const Condition& each) { return TsNSString(each.Text()); });
+    const id conditions = List(function.contract, [](const Condition& each) { return TsNSString(each.text); });
     return @{
       @"name" : TsNSString(function.name),
       @"handlerName" : TsNSString(function.handlerName),
@@ -221,10 +221,10 @@ bool addFileLogger(std::string folder) { return TsLogFacility::Shared().AddDaily
 // ---- Rows like those of the module's own table
 
 constexpr ScriptFunction kRows[] = {
-    {"echo", "echo", echo, Nothing::Undefined, Needs::Bridge, {Exactly(1)}},
+    {"echo", "echo", echo, Nothing::Undefined, Needs::Bridge, {CONDITION(args.Length() == 1)}},
     {"echoAutoreleased", "echoAutoreleased", echoAutoreleased, Nothing::Undefined, Needs::Foundation, {}},
-    {"get", "get", nothingToDo, Nothing::False, Needs::Bridge, {Exactly(0)}},
-    {"getWithPool", "getWithPool", nothingToDo, Nothing::False, Needs::Foundation, {Exactly(0)}},
+    {"get", "get", nothingToDo, Nothing::False, Needs::Bridge, {CONDITION(args.Length() == 0)}},
+    {"getWithPool", "getWithPool", nothingToDo, Nothing::False, Needs::Foundation, {CONDITION(args.Length() == 0)}},
     {"raiseUndefined", "raiseException", raiseException, Nothing::Undefined, Needs::Foundation, {}},
     {"raiseNull", "raiseException", raiseException, Nothing::Null, Needs::Foundation, {}},
     {"raiseFalse", "raiseException", raiseException, Nothing::False, Needs::Foundation, {}},
@@ -244,9 +244,9 @@ void Enter(ProbeArguments args) {
 // The text of the first condition that the arguments violate, or null.
 template <std::size_t row>
 void Violated(ProbeArguments args) {
-  const Condition* violated = FunctionTable()[row].contract.Violated(args);
+  const Condition* violated = ::Violated(FunctionTable()[row].contract, args);
   if (violated == nullptr) return args.GetReturnValue().SetNull();
-  args.GetReturnValue().Set(ScriptText(violated->Text()));
+  args.GetReturnValue().Set(ScriptText(violated->text));
 }
 
 // The row with a handler that fails.

@@ -9,7 +9,7 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Platform/Common/AppleScriptText.h"
+#include "Platform/macOS/AppleScriptText.h"
 #include "Platform/macOS/CFRef.h"
 #include "Platform/macOS/Guarded.h"
 #include "Platform/macOS/SharedFileList.h"

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Common/CarbonModifiers.h"
 #include "Platform/MainQueue.h"
 #include "Platform/macOS/CFRef.h"
+#include "Platform/macOS/CarbonModifiers.h"
 
 // Carbon's hot keys; presses arrive in the application's event loop, and need no consent. `Taken` means a shortcut of
 // the system that is switched on, or an exclusive registration: what another application has otherwise can't be seen,

@@ -3,7 +3,7 @@
 #import <UserNotifications/UserNotifications.h>
 
 #include "Base/Ref.h"
-#include "Platform/Common/NotificationCategory.h"
+#include "Platform/macOS/NotificationCategory.h"
 
 // An alert as the system's notification centre has it, and back.
 namespace tessaro::platform {

@@ -8,9 +8,9 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Common/AutoreleaseScope.h"
-#include "Platform/Common/NotificationCategory.h"
 #include "Platform/MainQueue.h"
 #include "Platform/macOS/Guarded.h"
+#include "Platform/macOS/NotificationCategory.h"
 #include "Platform/macOS/NotificationContent.h"
 
 // UNUserNotificationCenter, for a process in a signed bundle with an identifier. The user is asked for permission at

@@ -1,9 +1,12 @@
 #pragma once
 
-#include "TessaroNative/ArgumentContract.h"
+#include <v8.h>
 
 // The script-callable functions, one source file per subsystem. Each converts its arguments, calls the object that
 // owns the work, and converts the result; the function table has tested the arguments before.
+
+// A call from script: its arguments, and the place for its result.
+using ScriptArguments = v8::FunctionCallbackInfo<v8::Value>;
 
 using ScriptHandler = void(const ScriptArguments& args);
 

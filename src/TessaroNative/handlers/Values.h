@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "TessaroNative/ArgumentContract.h"
+#include "TessaroNative/handlers/Handlers.h"
 #include "Utilities/TsScriptValues.h"
 
 @class NSWindow;

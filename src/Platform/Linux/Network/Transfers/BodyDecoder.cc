@@ -16,20 +16,46 @@ constexpr int kGzipWindow = 16 + MAX_WBITS;
 constexpr int kZlibWindow = MAX_WBITS;
 constexpr int kRawWindow = -MAX_WBITS;
 
-class Inflater : public BodyDecoder {
+// "gzip": members follow each other. Anything else behind a member, mostly padding, is ignored as browsers do.
+//
+// "deflate": the zlib format, or, from servers that took the name literally, the bare deflate format. The first byte
+// tells: the low bits of a zlib header are 8, which no compressor writes as the beginning of a bare block.
+class ZlibDecoder final : public BodyDecoder {
  public:
-  ~Inflater() override { inflateEnd(&stream_); }
-  Inflater(const Inflater&) = delete;
-  Inflater& operator=(const Inflater&) = delete;
+  explicit ZlibDecoder(bool isGzip) : isGzip_(isGzip) {}
+  ~ZlibDecoder() override { inflateEnd(&stream_); }
+  ZlibDecoder(const ZlibDecoder&) = delete;
+  ZlibDecoder& operator=(const ZlibDecoder&) = delete;
 
-  [[nodiscard]] bool IsComplete() const override { return isComplete_; }
+  [[nodiscard]] std::optional<std::size_t> Decode(std::span<const char>& input, std::span<char> room) override {
+    if (!isBegun_ && input.empty()) return 0;
+    if (!isBegun_ && !Begin(input.front())) return std::nullopt;
+    if (isMemberOver_ && !input.empty()) BeginNextMember(input.front());
+    if (!isPastEnd_) {
+      const auto length = Inflate(input, room);
+      if (length || !MayBePadding()) return length;
+    }
+    isPastEnd_ = true;
+    input = {};
+    return 0;
+  }
 
- protected:
-  Inflater() = default;
+  [[nodiscard]] bool IsComplete() const override { return isPastEnd_ || isMemberOver_ || MayBePadding(); }
 
-  [[nodiscard]] bool Begin(int window) { return inflateInit2(&stream_, window) == Z_OK; }
-  void BeginAgain() { inflateReset(&stream_); }
-  [[nodiscard]] bool HasOutput() const { return stream_.total_out > 0; }
+ private:
+  [[nodiscard]] bool Begin(char first) {
+    const int bare = (first & 0x0f) == Z_DEFLATED ? kZlibWindow : kRawWindow;
+    isBegun_ = inflateInit2(&stream_, isGzip_ ? kGzipWindow : bare) == Z_OK;
+    return isBegun_;
+  }
+
+  void BeginNextMember(char first) {
+    isPastEnd_ = isPastEnd_ || !isGzip_ || first != kGzipMagic;
+    if (isPastEnd_) return;
+    inflateReset(&stream_);
+    isMemberOver_ = false;
+    isLaterMember_ = true;
+  }
 
   [[nodiscard]] std::optional<std::size_t> Inflate(std::span<const char>& input, std::span<char> room) {
     stream_.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(input.data()));
@@ -38,65 +64,19 @@ class Inflater : public BodyDecoder {
     stream_.avail_out = static_cast<uInt>(room.size());
     const int result = inflate(&stream_, Z_NO_FLUSH);
     if (result != Z_OK && result != Z_BUF_ERROR && result != Z_STREAM_END) return std::nullopt;
-    isComplete_ = result == Z_STREAM_END;
+    isMemberOver_ = result == Z_STREAM_END;
     input = input.last(stream_.avail_in);
     return room.size() - stream_.avail_out;
   }
 
- private:
+  [[nodiscard]] bool MayBePadding() const { return isLaterMember_ && stream_.total_out == 0; }
+
+  const bool isGzip_;
   z_stream stream_{};
-  bool isComplete_ = false;
-};
-
-// Members follow each other. Anything else behind a member, mostly padding, is ignored as browsers do.
-class GzipDecoder final : public Inflater {
- public:
-  [[nodiscard]] std::optional<std::size_t> Decode(std::span<const char>& input, std::span<char> room) override {
-    if (!isBegun_ && !Begin(kGzipWindow)) return std::nullopt;
-    isBegun_ = true;
-    if (Inflater::IsComplete() && !input.empty() && !isPastEnd_) {
-      isPastEnd_ = input.front() != kGzipMagic;
-      isInLaterMember_ = true;
-      BeginAgain();
-    }
-    if (isPastEnd_) return Ignore(input);
-    const auto length = Inflate(input, room);
-    return !length && isInLaterMember_ && !HasOutput() ? Ignore(input) : length;
-  }
-
-  [[nodiscard]] bool IsComplete() const override {
-    return isPastEnd_ || Inflater::IsComplete() || (isInLaterMember_ && !HasOutput());
-  }
-
- private:
-  std::size_t Ignore(std::span<const char>& input) {
-    isPastEnd_ = true;
-    input = {};
-    return 0;
-  }
-
   bool isBegun_ = false;
-  bool isInLaterMember_ = false;
+  bool isMemberOver_ = false;
+  bool isLaterMember_ = false;
   bool isPastEnd_ = false;
-};
-
-// The zlib format, or, from servers that took the name literally, the bare deflate format. The first byte tells: the
-// low bits of a zlib header are 8, which no compressor writes as the beginning of a bare block.
-class DeflateDecoder final : public Inflater {
- public:
-  [[nodiscard]] std::optional<std::size_t> Decode(std::span<const char>& input, std::span<char> room) override {
-    if (!isBegun_ && !input.empty()) {
-      const bool isZlib = (input.front() & 0x0f) == Z_DEFLATED;
-      if (!Begin(isZlib ? kZlibWindow : kRawWindow)) return std::nullopt;
-      isBegun_ = true;
-    }
-    if (!IsComplete()) return Inflate(input, room);
-    input = {};
-    return 0;
-  }
-
- private:
-  bool isBegun_ = false;
 };
 
 class BrotliDecoder final : public BodyDecoder {
@@ -126,8 +106,8 @@ class BrotliDecoder final : public BodyDecoder {
 }  // namespace
 
 std::unique_ptr<BodyDecoder> MakeBodyDecoder(std::string_view coding) {
-  if (coding == "gzip" || coding == "x-gzip") return std::make_unique<GzipDecoder>();
-  if (coding == "deflate") return std::make_unique<DeflateDecoder>();
+  if (coding == "gzip" || coding == "x-gzip") return std::make_unique<ZlibDecoder>(true);
+  if (coding == "deflate") return std::make_unique<ZlibDecoder>(false);
   if (coding == "br") return std::make_unique<BrotliDecoder>();
   return nullptr;
 }

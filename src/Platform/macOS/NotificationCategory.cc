@@ -1,4 +1,4 @@
-#include "Platform/Common/NotificationCategory.h"
+#include "Platform/macOS/NotificationCategory.h"
 
 namespace tessaro::platform {
 

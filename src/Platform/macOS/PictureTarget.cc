@@ -1,4 +1,4 @@
-#include "Platform/Common/PictureTarget.h"
+#include "Platform/macOS/PictureTarget.h"
 
 #include <algorithm>
 #include <array>

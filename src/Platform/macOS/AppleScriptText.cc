@@ -1,4 +1,4 @@
-#include "Platform/Common/AppleScriptText.h"
+#include "Platform/macOS/AppleScriptText.h"
 
 namespace tessaro::platform {
 
