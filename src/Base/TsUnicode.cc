@@ -10,23 +10,11 @@ constexpr bool IsSurrogate(char16_t unit) { return (unit & 0xF800) == 0xD800; }
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 char* PutUtf8(char32_t character, char* out) {
-  const auto put = [&out](char32_t byte) { *out++ = static_cast<char>(byte); };
-  const auto continuation = [&](int shift) { put(0x80 | ((character >> shift) & 0x3F)); };
-  if (character < 0x80) {
-    put(character);
-  } else if (character < 0x800) {
-    put(0xC0 | (character >> 6));
-    continuation(0);
-  } else if (character < 0x10000) {
-    put(0xE0 | (character >> 12));
-    continuation(6);
-    continuation(0);
-  } else {
-    put(0xF0 | (character >> 18));
-    continuation(12);
-    continuation(6);
-    continuation(0);
-  }
+  constexpr unsigned char kLeads[] = {0, 0xC0, 0xE0, 0xF0};
+  const int continuations = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+  int shift = 6 * continuations;
+  *out++ = static_cast<char>(kLeads[continuations] | character >> shift);
+  while ((shift -= 6) >= 0) *out++ = static_cast<char>(0x80 | (character >> shift & 0x3F));
   return out;
 }
 
@@ -118,14 +106,8 @@ std::string_view Utf8Prefix(std::string_view utf8, std::size_t most) noexcept {
 }
 
 void ReplaceLoneSurrogates(std::u16string& characters) noexcept {
-  for (std::size_t index = 0; index < characters.size(); ++index) {
-    if (!IsSurrogate(characters[index])) continue;
-    const bool isPair =
-        IsHighSurrogate(characters[index]) && index + 1 < characters.size() && IsLowSurrogate(characters[index + 1]);
-    if (isPair) {
-      ++index;
-    } else {
-      characters[index] = kReplacement;
-    }
+  for (std::size_t index = 0; index < characters.size();) {
+    const std::size_t start = index;
+    if (TakeUtf16(characters, index) == kReplacement) characters[start] = kReplacement;
   }
 }

@@ -63,4 +63,8 @@ struct Application {
 // thread only.
 [[nodiscard]] Result<void> ShowFileInformation(const std::string& path) noexcept;
 
+// Offers to move this application into the applications folder, on systems where the user installs by dragging. Main
+// thread only.
+void OfferMoveToApplicationsFolder();
+
 }  // namespace tessaro::platform

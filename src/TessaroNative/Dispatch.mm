@@ -3,24 +3,14 @@
 #import <Foundation/Foundation.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <string>
 
+#include "Base/TsAssert.h"
 #include "Base/TsLog.h"
-#include "Base/TsLogging.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"
 
 namespace {
-
-// Ends the process: the caller in script has broken the function's contract, and nothing that this process does from
-// here on could be trusted.
-[[noreturn]] void AbortOnViolation(const char* file, int line, const char* function, const Condition& condition) {
-  TsLogFacility::Shared().Flush();
-  std::fprintf(stderr, "TessaroNative: %s:%d: %s: Assertion `%s' failed.\n", file, line, function, condition.text);
-  std::fflush(stderr);
-  std::abort();
-}
 
 void Answer(const ScriptArguments& args, Nothing nothing) {
   v8::Isolate* isolate = args.GetIsolate();
@@ -69,7 +59,8 @@ const Condition* Violated(const Contract& contract, const ScriptArguments& args)
 
 void Dispatch(const char* tableFile, const ScriptFunction& function, const ScriptArguments& args) {
   if (const Condition* violated = Violated(function.contract, args)) {
-    AbortOnViolation(tableFile, function.line, function.handlerName, *violated);
+    const std::string text = std::string("Assertion `") + violated->text + "' failed.";
+    TsAbort(tableFile, function.line, function.handlerName, text.c_str());
   }
   if (function.handler == nullptr) return FillSlots(function, args);
   // An autorelease pool costs more than all the rest of a small call.

@@ -14,7 +14,7 @@
 #include "Extensions/NSProcessInfo+TsSystem.h"
 #include "Integrations/TsPDFServices.h"
 #include "Notifications/TsUserNotification.h"
-#include "Platform/ApplicationsFolder.h"
+#include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"

@@ -1,4 +1,4 @@
-#include "Platform/Common/CrashHandler.h"
+#include "Platform/Common/CrashRecord.h"
 
 #include <execinfo.h>
 #include <sys/mman.h>

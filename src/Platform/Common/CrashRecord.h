@@ -36,6 +36,11 @@ class CrashRecord {
   FileDescriptor file_;
 };
 
+// Handles the signals of crashes from now on: writes the crash to `record`, an empty file, and passes the signal on to
+// the handler that was installed before. Once in a process; the calling thread gets a signal stack. False, with errno,
+// when the handlers can't be installed.
+[[nodiscard]] bool HandleCrashes(int record, CrashReporter::FaultClaim claim) noexcept;
+
 // The events of processes that have ended, the earliest first. Their records are removed before this returns, so that a
 // crash is reported once even if reporting it crashes.
 [[nodiscard]] std::vector<CrashEvent> TakeCrashEvents(const std::filesystem::path& directory) noexcept;

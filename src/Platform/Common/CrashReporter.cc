@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "Base/Lifetime.h"
-#include "Platform/Common/CrashHandler.h"
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/MainQueue.h"
 

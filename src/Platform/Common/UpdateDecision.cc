@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "Platform/Common/Appcast.h"
-#include "Platform/Common/UpdateAddress.h"
 #include "Platform/Common/VersionOrder.h"
 
 namespace tessaro::platform {

@@ -9,7 +9,7 @@
 
 #include "Base/Result.h"
 #include "Platform/Common/Appcast.h"
-#include "Platform/Common/UpdateSignature.h"
+#include "Platform/Common/UpdateSource.h"
 #include "Platform/Updater.h"
 
 namespace tessaro::platform {

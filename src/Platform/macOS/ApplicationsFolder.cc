@@ -1,8 +1,7 @@
-#include "Platform/ApplicationsFolder.h"
-
 #include <dlfcn.h>
 
 #include "Base/TsLog.h"
+#include "Platform/Applications.h"
 
 // The host's LetsMove framework, found by name, as development hosts don't have one. It shows an alert, and restarts
 // the application from its new place. Main thread only; the copy may ask for an administrator's password.

@@ -5,13 +5,16 @@
 #include <string_view>
 
 #include "Application/AtomApplication.h"
+#include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Files/TsFileDialog.h"
-#include "Files/TsFileWriter.h"
+#include "Platform/FileWriting.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
+
+namespace platform = tessaro::platform;
 
 namespace {
 
@@ -45,7 +48,11 @@ void showFileDialog(const ScriptArguments& args) {
 void TsWriteFile(const ScriptArguments& args) {
   const auto bytes = BytesOf(args[1]);
   if (!bytes) return ReturnString(args, @"Only a Buffer, another typed array or an ArrayBuffer can be written");
-  const auto mode = args[2]->IsTrue() ? TsWriteMode::Append : TsWriteMode::Replace;
-  const auto written = TsWriteBytes(convertToNSString(args[0]), *bytes, mode);
-  if (!written) ReturnString(args, TsNSString(written.error().message));
+  const auto write = args[2]->IsTrue() ? platform::AppendToFile : platform::ReplaceFile;
+  const std::string path = TsStdString(convertToNSString(args[0]));
+  const auto written = write(path, *bytes, platform::NewFile::AsUsual);
+  if (written) return;
+  NSString* failure = TsNSString(path + ": " + written.error().message);
+  TsLogError(@"Couldn't write %@", failure);
+  ReturnString(args, failure);
 }

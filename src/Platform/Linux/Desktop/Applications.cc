@@ -227,4 +227,7 @@ Result<void> ShowFileInformation(const std::string& path) noexcept {
   });
 }
 
+// Packages decide where programs live on Linux: there is no folder to move to.
+void OfferMoveToApplicationsFolder() {}
+
 }  // namespace tessaro::platform

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Common/UpdateAddress.h"
+#include "Platform/Common/UpdateSource.h"
 
 namespace tessaro::platform {
 

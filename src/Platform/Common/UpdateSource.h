@@ -4,9 +4,20 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "Platform/Updater.h"
+
+// Where updates come from, and who has signed them.
 namespace tessaro::platform {
+
+// Whether feeds and files may come from this address: over TLS, or from this very machine.
+[[nodiscard]] bool IsTrustworthyAddress(std::string_view url) noexcept;
+
+// The address with the parameters appended to its query, in order.
+[[nodiscard]] std::string WithParameters(std::string_view url, const std::vector<FeedParameter>& parameters);
 
 // Ed25519. Both are written in base64, with white space anywhere.
 using UpdateKey = std::array<std::uint8_t, 32>;
