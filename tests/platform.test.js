@@ -1,7 +1,6 @@
 'use strict';
 
 const assert = require('assert');
-const fs = require('fs');
 const net = require('net');
 const os = require('os');
 const path = require('path');
@@ -81,16 +80,6 @@ test('waiting tasks do not keep the process alive, and may post when they are de
 plain.test('a connection that has been accepted already does not stop the application', ({ platform }) =>
   platform.receiveNoConnection(),
 );
-
-test('a kernel variable is read by its name; other files are not', (t) => {
-  const { ENOENT, EINVAL } = os.constants.errno;
-  const rows = [
-    ['kernel.ngroups_max', Number(fs.readFileSync('/proc/sys/kernel/ngroups_max', 'utf8'))],
-    ['sysctl.proc_translated', -ENOENT],
-    ...['kernel.ostype', '../../etc/passwd', 'kernel/ngroups_max', ''].map((name) => [name, -EINVAL]),
-  ];
-  return plain.table(t, rows, ({ platform }, name) => platform.kernelVariable(name));
-});
 
 test('the log folder is below XDG_STATE_HOME', (t) => {
   const passwdHome = os.userInfo().homedir;

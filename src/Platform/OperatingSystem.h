@@ -16,7 +16,7 @@ struct KernelVariable {
   int error = 0;  // an errno value; 0 when `value` was read, ENOENT when the kernel has no such variable
 };
 
-// Reads an integer kernel variable by its dotted name.
+// Reads an integer variable of the kernel of macOS by its dotted name; no other kernel has one.
 [[nodiscard]] KernelVariable ReadKernelVariable(std::string_view name);
 
 }  // namespace tessaro::platform

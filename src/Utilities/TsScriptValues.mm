@@ -2,14 +2,12 @@
 
 #include <node_buffer.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "Base/TsString.h"
 #include "Base/TsUnicode.h"
@@ -49,22 +47,6 @@ Ref<NSString> CopyText(v8::Isolate* isolate, v8::Local<v8::String> text) {
   return text->IsOneByte() ? CopyLatin1(isolate, text, length) : CopyUtf16(isolate, text, length);
 }
 
-bool FitsLatin1(const std::u16string& characters) {
-  return std::all_of(characters.begin(), characters.end(), [](char16_t unit) { return unit <= 0xFF; });
-}
-
-// Narrow strings take half the memory in the engine and are faster there.
-v8::MaybeLocal<v8::String> FromCharacters(v8::Isolate* isolate, std::u16string& characters) {
-  const int length = static_cast<int>(characters.size());
-  if (!FitsLatin1(characters)) {
-    ReplaceLoneSurrogates(characters);
-    return v8::String::NewFromTwoByte(isolate, reinterpret_cast<const std::uint16_t*>(characters.data()),
-                                      v8::NewStringType::kNormal, length);
-  }
-  const std::vector<std::uint8_t> narrow(characters.begin(), characters.end());
-  return v8::String::NewFromOneByte(isolate, narrow.data(), v8::NewStringType::kNormal, length);
-}
-
 }  // namespace
 
 Ref<NSString> TsCopyString(v8::Isolate* isolate, v8::Local<v8::Value> value) {
@@ -94,7 +76,9 @@ v8::MaybeLocal<v8::String> ToScriptString(v8::Isolate* isolate, NSString* string
                                       v8::NewStringType::kNormal, static_cast<int>(narrow->size()));
   }
   std::u16string characters = TsCharacters(string);
-  return FromCharacters(isolate, characters);
+  ReplaceLoneSurrogates(characters);
+  return v8::String::NewFromTwoByte(isolate, reinterpret_cast<const std::uint16_t*>(characters.data()),
+                                    v8::NewStringType::kNormal, static_cast<int>(characters.size()));
 }
 
 id ToObjcObject(v8::Local<v8::Value> value) {

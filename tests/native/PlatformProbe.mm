@@ -6,7 +6,6 @@
 #include "Base/Ref.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
-#include "Platform/OperatingSystem.h"
 #include "Platform/StandardDirectories.h"
 #include "Probe.h"
 
@@ -61,11 +60,6 @@ void raiseOnMainQueue() {
   platform::MainQueue::Shared().Post([] { [NSException raise:@"TsProbe" format:@"raised by a test"]; });
 }
 
-int kernelVariable(std::string name) {
-  const auto variable = platform::ReadKernelVariable(name);
-  return static_cast<int>(variable.error == 0 ? variable.value : -variable.error);
-}
-
 // The event of a connection that is not there any more.
 void receiveNoConnection() {
   id port = Adopt([[NSMessagePort alloc] init]).Autoreleased();
@@ -87,7 +81,6 @@ void AttachPlatformProbe(v8::Local<v8::Object> exports) {
   PROBE(background);
   PROBE(postFromDestructor);
   PROBE(raiseOnMainQueue);
-  PROBE(kernelVariable);
   PROBE(receiveNoConnection);
   PROBE(logDirectory);
 }
