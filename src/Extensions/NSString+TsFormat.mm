@@ -7,66 +7,31 @@
 
 namespace {
 
-constexpr char kText = '@';
 constexpr char kNumber = 'd';
 
-// Reads the directives of a format one by one.
-class FormatReader {
- public:
-  explicit FormatReader(std::string_view format) : rest_(format) {}
-
-  // Whether every directive asks for the argument that `kinds` has in its place.
-  [[nodiscard]] bool Fits(std::string_view kinds) {
-    while (SkipTo('%')) {
-      if (Skip('%')) continue;
-      const std::size_t place = Place();
-      SkipAnyOf("-+ 0123456789.'");
-      SkipAnyOf("hlqzjt");
-      if (place >= kinds.size() || Kind() != kinds[place]) return false;
+// Whether every directive of the format asks for the argument that `kinds` has in its place. "1$" names an argument;
+// without it the directive takes the next one.
+bool AsksFor(std::string_view kinds, std::string_view format) {
+  std::size_t next = 0;
+  for (auto sign = format.find('%'); sign != format.npos; sign = format.find('%')) {
+    format.remove_prefix(sign + 1);
+    if (format.starts_with('%')) {
+      format.remove_prefix(1);
+      continue;
     }
-    return true;
+    const bool isNumbered = format.size() > 1 && format[1] == '$' && format[0] >= '1' && format[0] <= '9';
+    const std::size_t place = isNumbered ? static_cast<std::size_t>(format[0] - '1') : next++;
+    const auto length = format.find_first_not_of("-+ 0123456789.'", isNumbered ? 2 : 0);
+    const auto kind = format.find_first_not_of("hlqzjt", length);
+    if (kind == format.npos || place >= kinds.size()) return false;
+    const bool isNumber = std::string_view("diuDUxXo").find(format[kind]) != format.npos;
+    if ((isNumber ? kNumber : format[kind]) != kinds[place]) return false;
   }
-
- private:
-  bool SkipTo(char character) {
-    const auto found = rest_.find(character);
-    rest_.remove_prefix(found == rest_.npos ? rest_.size() : found + 1);
-    return found != rest_.npos;
-  }
-
-  bool Skip(char character) {
-    if (!rest_.starts_with(character)) return false;
-    rest_.remove_prefix(1);
-    return true;
-  }
-
-  void SkipAnyOf(std::string_view characters) {
-    const auto end = rest_.find_first_not_of(characters);
-    rest_.remove_prefix(end == rest_.npos ? rest_.size() : end);
-  }
-
-  // "1$" names an argument; without it the directive takes the next one.
-  std::size_t Place() {
-    if (rest_.size() < 2 || rest_[1] != '$' || rest_[0] < '1' || rest_[0] > '9') return next_++;
-    const std::size_t place = static_cast<std::size_t>(rest_[0] - '1');
-    rest_.remove_prefix(2);
-    return place;
-  }
-
-  char Kind() {
-    if (Skip(kText)) return kText;
-    for (const char integer : {'d', 'i', 'u', 'D', 'U', 'x', 'X', 'o'}) {
-      if (Skip(integer)) return kNumber;
-    }
-    return '\0';
-  }
-
-  std::string_view rest_;
-  std::size_t next_ = 0;
-};
+  return true;
+}
 
 bool Fits(NSString* format, std::string_view arguments) {
-  if (FormatReader(TsStdString(format)).Fits(arguments)) return true;
+  if (AsksFor(arguments, TsStdString(format))) return true;
   TsLogWarning(@"The format \"%@\" does not match its arguments", format);
   return false;
 }
