@@ -120,11 +120,10 @@ Result<void> UnpackZip(const fs::path& archive, const fs::path& folder,
   std::error_code error;
   if (!fs::is_regular_file(archive, error)) return Fail("not a zip archive");
   const Owned<void, unzClose> file(unzOpen64(archive.c_str()));
-  unz_global_info64 all{};
-  if (!file || unzGetGlobalInfo64(file.get(), &all) != UNZ_OK) return Fail("not a zip archive");
+  if (!file) return Fail("not a zip archive, or an empty one");
   fs::create_directories(folder, error);
   if (error) return Fail(folder.native() + ": " + error.message());
-  return all.number_entry > 0 ? UnpackEntries(file.get(), folder, patterns) : Result<void>();
+  return UnpackEntries(file.get(), folder, patterns);
 }
 
 }  // namespace tessaro::platform
