@@ -2,15 +2,9 @@
 
 // The editor that draws on images, with a real mouse, and films of the screen.
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
 const sharp = require('sharp');
-
-const { eventually, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { eventually, scenarios, temporaryDirectory } = require('./support');
 
 const inWindows = scenarios({
   display: true,
@@ -89,54 +83,46 @@ test('the copy has the annotations in their places, without those that were undo
   const folder = temporaryDirectory(t);
   const file = await stripes(folder);
   const before = fs.readFileSync(file);
-  const { answers, posted, undo } = await inWindows(
-    t,
-    async ({ Editor, atRest, clickUntil, eventually, pause, postedAs, run }, image) => {
-      const editor = await Editor.open(image);
-      await run('xdotool', 'windowactivate', '--sync', editor.id);
-      const geometry = () => run('xdotool', 'getwindowgeometry', '--shell', editor.id);
-      await atRest(geometry);
-      const width = Number((await geometry()).match(/WIDTH=(\d+)/)[1]);
-      const undo = [editor.canUndo];
-      editor.press('Box');
-      editor.drag([220, 220], [280, 330]);
-      undo.push(editor.canUndo);
-      await eventually(async () => {
-        await run('xdotool', 'windowactivate', '--sync', editor.id, 'key', 'ctrl+z', pause);
-        return !editor.canUndo;
-      }, 'undo by key');
-      editor.press('Arrow');
-      const bar = 60;
-      await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
-      editor.press('Box');
-      editor.drag([300, 40], [600, 160]);
-      editor.press('Blur');
-      editor.drag([320, 60], [580, 140]);
-      editor.write([40, 60], 'WWWW');
-      editor.press('Box');
-      editor.drag([300, 200], [600, 380]);
-      editor.press('Undo');
-      // A click draws nothing.
-      editor.drag([300, 300], [300, 300]);
-      await clickUntil(editor.id, [width - 51, 30], () => editor.answers.length > 0, 'the end, after a click on Save');
-      return { answers: editor.answers, posted: postedAs('TsImageAnnotated'), undo };
-    },
-    file,
-  );
+  const scenario = async ({ Editor, atRest, clickUntil, eventually, pause, postedAs, run }, image) => {
+    const editor = await Editor.open(image);
+    await run('xdotool', 'windowactivate', '--sync', editor.id);
+    const geometry = () => run('xdotool', 'getwindowgeometry', '--shell', editor.id);
+    await atRest(geometry);
+    const width = Number((await geometry()).match(/WIDTH=(\d+)/)[1]);
+    const undo = [editor.canUndo];
+    editor.press('Box');
+    editor.drag([220, 220], [280, 330]);
+    undo.push(editor.canUndo);
+    await eventually(async () => {
+      await run('xdotool', 'windowactivate', '--sync', editor.id, 'key', 'ctrl+z', pause);
+      return !editor.canUndo;
+    }, 'undo by key');
+    editor.press('Arrow');
+    const bar = 60;
+    await editor.dragByMouse([40, bar + 350], [200, bar + 350]);
+    editor.press('Box');
+    editor.drag([300, 40], [600, 160]);
+    editor.press('Blur');
+    editor.drag([320, 60], [580, 140]);
+    editor.write([40, 60], 'WWWW');
+    editor.press('Box');
+    editor.drag([300, 200], [600, 380]);
+    editor.press('Undo');
+    // A click draws nothing.
+    editor.drag([300, 300], [300, 300]);
+    await clickUntil(editor.id, [width - 51, 30], () => editor.answers.length > 0, 'the end, after a click on Save');
+    return { answers: editor.answers, posted: postedAs('TsImageAnnotated'), undo };
+  };
+  const { answers, posted, undo } = await inWindows(t, scenario, file);
   const copy = path.join(folder, 'stripes annotated.png');
   assert.deepStrictEqual([answers, posted], [[[copy]], [{ original: file, path: copy }]]);
   assert.deepStrictEqual(undo, [false, true]);
   assert.deepStrictEqual(fs.readFileSync(file), before);
   const { info, at, hasInk } = await reader(copy);
   assert.deepStrictEqual([info.width, info.height], imageSize);
-  const inked = {
-    'the shaft': [60, 350],
-    'the head': [190, 350],
-    'the upper side': [450, 40],
-    'the left side': [300, 100],
-    'the right side': [600, 100],
-    'the plate of the text': [44, 60],
-  };
+  const arrow = { 'the shaft': [60, 350], 'the head': [190, 350] };
+  const box = { 'the upper side': [450, 40], 'the left side': [300, 100], 'the right side': [600, 100] };
+  const inked = { ...arrow, ...box, 'the plate of the text': [44, 60] };
   for (const [part, place] of Object.entries(inked)) assert.ok(hasInk(...place), `${part}: ${at(...place)}`);
   const untouched = { 'the undone box': [450, 200], 'its left side': [300, 300], 'the box undone by key': [220, 270] };
   for (const [part, place] of Object.entries(untouched)) assert.ok(!hasInk(...place), `${part}: ${at(...place)}`);
@@ -154,22 +140,19 @@ test('the copy has the format of the image and a new name; cancelling and closin
     .jpeg()
     .toFile(jpeg);
   fs.writeFileSync(path.join(folder, 'photo annotated.jpg'), 'another file');
-  const answers = await inWindows(
-    t,
-    async ({ Editor, dialogs }, image) => {
-      const answers = [];
-      for (const end of ['Save', 'Cancel', 'close']) {
-        const editor = await Editor.open(image);
-        editor.press('Box');
-        editor.drag([100, 100], [200, 300]);
-        if (end === 'close') dialogs.closeWindow(editor.title);
-        else editor.press(end);
-        answers.push(...(await editor.ended()));
-      }
-      return answers;
-    },
-    jpeg,
-  );
+  const scenario = async ({ Editor, dialogs }, image) => {
+    const answers = [];
+    for (const end of ['Save', 'Cancel', 'close']) {
+      const editor = await Editor.open(image);
+      editor.press('Box');
+      editor.drag([100, 100], [200, 300]);
+      if (end === 'close') dialogs.closeWindow(editor.title);
+      else editor.press(end);
+      answers.push(...(await editor.ended()));
+    }
+    return answers;
+  };
+  const answers = await inWindows(t, scenario, jpeg);
   const copy = path.join(folder, 'photo annotated 2.jpg');
   assert.deepStrictEqual(answers, [[copy], [null], [null]]);
   const { format, width, height } = await sharp(copy).metadata();
@@ -177,23 +160,21 @@ test('the copy has the format of the image and a new name; cancelling and closin
   assert.strictEqual(fs.readdirSync(folder).length, 3);
 });
 
-inWindows.test(
-  'a file that is no image can’t be edited, and an unwritable copy is reported',
-  async ({ Editor, ends, equal, eventually, fs, home, native, run }) => {
-    const [text, folder] = [`${home}/a.png`, `${home}/images`];
-    fs.writeFileSync(text, 'no image');
-    fs.mkdirSync(folder);
-    await run('convert', '-size', '300x200', 'xc:red', `${folder}/b.png`);
-    const answers = [];
-    for (const each of [text, '/nowhere/a.png', '']) native.annotateImage(each, (...args) => answers.push(args));
-    native.annotateImage('/nowhere/a.png', null);
-    await eventually(() => answers.length === 3 && ends.length === 4, 'all ends');
-    const editor = await Editor.open(`${folder}/b.png`);
-    fs.rmSync(folder, { recursive: true });
-    editor.press('Save');
-    equal([...answers, ...(await editor.ended())], Array(4).fill([null]));
-  },
-);
+inWindows.test('a file that is no image can’t be edited, and an unwritable copy is reported', async (fixture) => {
+  const { Editor, ends, equal, eventually, fs, home, native, run } = fixture;
+  const [text, folder] = [`${home}/a.png`, `${home}/images`];
+  fs.writeFileSync(text, 'no image');
+  fs.mkdirSync(folder);
+  await run('convert', '-size', '300x200', 'xc:red', `${folder}/b.png`);
+  const answers = [];
+  for (const each of [text, '/nowhere/a.png', '']) native.annotateImage(each, (...args) => answers.push(args));
+  native.annotateImage('/nowhere/a.png', null);
+  await eventually(() => answers.length === 3 && ends.length === 4, 'all ends');
+  const editor = await Editor.open(`${folder}/b.png`);
+  fs.rmSync(folder, { recursive: true });
+  editor.press('Save');
+  equal([...answers, ...(await editor.ended())], Array(4).fill([null]));
+});
 
 // ---- Films
 
@@ -204,34 +185,31 @@ const facts = (file) =>
 
 test('the screen, or an area of it, is recorded until the user stops', async (t) => {
   const folder = path.join(temporaryDirectory(t), 'films');
-  const { films, second, posted } = await inWindows(
-    t,
-    async (fixture, target) => {
-      const { clickUntil, eventually, films, isRecording, native, pause, postedAs } = fixture;
-      const { pressPanel, record, recordABit, run, shown } = fixture;
-      record(target);
-      const second = [];
-      native.takeScreenRecording(target, (...args) => second.push(args));
-      await pressPanel('Whole Screen');
-      await eventually(() => isRecording(target), 'the recording');
-      await recordABit();
-      const panel = await shown('Screen Recording');
-      await clickUntil(panel, [72, 70], () => films.length === 1, 'the end of the first film, after a click on Stop');
-      record(target);
-      await pressPanel('Area…');
-      const moves = [[200, 100], [401, 281]].map((point) => ['mousemove', ...point, pause]); // prettier-ignore
-      // A picture of the screen covers it a moment later.
-      await eventually(async () => {
-        await run('xdotool', 'mousemove', 100, 80, pause, 'mousedown', 1, pause, moves.flat(2), 'mouseup', 1);
-        return eventually(() => isRecording(target), 'the recording of the area', 1000).catch(() => false);
-      }, 'the recording of the area');
-      await recordABit();
-      await pressPanel('Stop');
-      await eventually(() => films.length === 2, 'the second film');
-      return { films, second, posted: postedAs('TsScreenRecorded').map((each) => each.path ?? null) };
-    },
-    folder,
-  );
+  const scenario = async (fixture, target) => {
+    const { clickUntil, eventually, films, isRecording, native, pause, postedAs } = fixture;
+    const { pressPanel, record, recordABit, run, shown } = fixture;
+    record(target);
+    const second = [];
+    native.takeScreenRecording(target, (...args) => second.push(args));
+    await pressPanel('Whole Screen');
+    await eventually(() => isRecording(target), 'the recording');
+    await recordABit();
+    const panel = await shown('Screen Recording');
+    await clickUntil(panel, [72, 70], () => films.length === 1, 'the end of the first film, after a click on Stop');
+    record(target);
+    await pressPanel('Area…');
+    const moves = [[200, 100], [401, 281]].map((point) => ['mousemove', ...point, pause]); // prettier-ignore
+    // A picture of the screen covers it a moment later.
+    await eventually(async () => {
+      await run('xdotool', 'mousemove', 100, 80, pause, 'mousedown', 1, pause, moves.flat(2), 'mouseup', 1);
+      return eventually(() => isRecording(target), 'the recording of the area', 1000).catch(() => false);
+    }, 'the recording of the area');
+    await recordABit();
+    await pressPanel('Stop');
+    await eventually(() => films.length === 2, 'the second film');
+    return { films, second, posted: postedAs('TsScreenRecorded').map((each) => each.path ?? null) };
+  };
+  const { films, second, posted } = await inWindows(t, scenario, folder);
   const [[screen], [area]] = films;
   assert.match(path.basename(screen), /^Screen Recording \d{4}-\d\d-\d\d at \d\d\.\d\d\.\d\d\.mp4$/);
   assert.deepStrictEqual([facts(screen), facts(area)], ['h264,1280,800', 'h264,300,200']);
@@ -240,46 +218,41 @@ test('the screen, or an area of it, is recorded until the user stops', async (t)
   assert.strictEqual(fs.readdirSync(folder).length, 2);
 });
 
-inWindows.test(
-  'no film is made when the user cancels, or the screen can’t be recorded',
-  async ({ captureLog, env, equal, eventually, films, fs, home, log, pressPanel, record }) => {
-    const folder = `${home}/films`;
-    captureLog();
-    record(folder);
-    await pressPanel('Cancel');
-    await eventually(() => films.length === 1, 'the end');
-    fs.writeFileSync(`${home}/file`, '');
-    record(`${home}/file`);
-    const { PATH } = env;
-    env.PATH = '/nowhere';
-    record(folder);
-    env.PATH = PATH;
-    await eventually(() => films.length === 3, 'the refusals');
-    env.XDG_SESSION_TYPE = 'wayland';
-    record(folder);
-    await eventually(() => films.length === 4, 'all ends');
-    equal(films, [[null], [null], [null], [null]]);
-    const warnings = log(2).filter((text) => text.startsWith("Couldn't record"));
-    equal(warnings, [
-      "Couldn't record the screen: there is no folder for it",
-      "Couldn't record the screen: ffmpeg is not installed",
-      "Couldn't record the screen: screen capture is not available under Wayland",
-    ]);
-    equal(fs.existsSync(folder) ? fs.readdirSync(folder) : [], []);
-  },
-);
+inWindows.test('no film is made when the user cancels, or the screen can’t be recorded', async (fixture) => {
+  const { captureLog, env, equal, eventually, films, fs, home, log, pressPanel, record } = fixture;
+  const folder = `${home}/films`;
+  captureLog();
+  record(folder);
+  await pressPanel('Cancel');
+  await eventually(() => films.length === 1, 'the end');
+  fs.writeFileSync(`${home}/file`, '');
+  record(`${home}/file`);
+  const { PATH } = env;
+  env.PATH = '/nowhere';
+  record(folder);
+  env.PATH = PATH;
+  await eventually(() => films.length === 3, 'the refusals');
+  env.XDG_SESSION_TYPE = 'wayland';
+  record(folder);
+  await eventually(() => films.length === 4, 'all ends');
+  equal(films, [[null], [null], [null], [null]]);
+  const warnings = log(2).filter((text) => text.startsWith("Couldn't record"));
+  equal(warnings, [
+    "Couldn't record the screen: there is no folder for it",
+    "Couldn't record the screen: ffmpeg is not installed",
+    "Couldn't record the screen: screen capture is not available under Wayland",
+  ]);
+  equal(fs.existsSync(folder) ? fs.readdirSync(folder) : [], []);
+});
 
 test('the recorder program ends with the process that started it', async (t) => {
-  const recorder = await inWindows(
-    t,
-    async ({ eventually, isRecording, pressPanel, record, run }, target) => {
-      record(target);
-      await pressPanel('Whole Screen');
-      await eventually(() => isRecording(target), 'the recording');
-      return (await run('pgrep', '-P', process.pid, 'ffmpeg')).trim();
-    },
-    temporaryDirectory(t),
-  );
+  const scenario = async ({ eventually, isRecording, pressPanel, record, run }, target) => {
+    record(target);
+    await pressPanel('Whole Screen');
+    await eventually(() => isRecording(target), 'the recording');
+    return (await run('pgrep', '-P', process.pid, 'ffmpeg')).trim();
+  };
+  const recorder = await inWindows(t, scenario, temporaryDirectory(t));
   assert.match(recorder, /^\d+$/);
   const hasEnded = () => {
     try {
@@ -294,18 +267,15 @@ test('the recorder program ends with the process that started it', async (t) => 
 test('without a display the callbacks receive null', async (t) => {
   const file = await stripes(temporaryDirectory(t));
   const run = scenarios();
-  const answers = await run(
-    t,
-    async ({ eventually, native, path }, image) => {
-      const answers = [];
-      const answered = (...args) => answers.push(args);
-      native.annotateImage(image, answered);
-      native.takeScreenRecording(path.dirname(image), answered);
-      native.quickLook(Buffer.alloc(8), JSON.stringify([image]), 0, answered);
-      await eventually(() => answers.length === 3, 'the answers');
-      return answers;
-    },
-    file,
-  );
+  const scenario = async ({ eventually, native, path }, image) => {
+    const answers = [];
+    const answered = (...args) => answers.push(args);
+    native.annotateImage(image, answered);
+    native.takeScreenRecording(path.dirname(image), answered);
+    native.quickLook(Buffer.alloc(8), JSON.stringify([image]), 0, answered);
+    await eventually(() => answers.length === 3, 'the answers');
+    return answers;
+  };
+  const answers = await run(t, scenario, file);
   assert.deepStrictEqual(answers, [[null], [null], [null]]);
 });

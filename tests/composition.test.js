@@ -3,17 +3,8 @@
 // Messages that other applications compose: over D-Bus, by mailto links and, in the process itself, as Cocoa's
 // scripting would.
 
-const assert = require('assert');
-const { execFile } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-const { promisify } = require('util');
-
-const { root } = require('./support/addon');
-const { startBus } = require('./support/bus');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFile, fs, path, promisify, test } = require('./support/node');
+const { eventually, root, scenarios, startBus, temporaryDirectory } = require('./support');
 
 const run = promisify(execFile);
 
@@ -63,22 +54,13 @@ async function startApplication(t, env = session.env) {
   });
 }
 
-const noOptions = {
-  'optimize-attachments?': null,
-  'directly-send?': false,
-  'image-attach-method': null,
-  'image-file-type': null,
-  'image-size': null,
-};
+const noImages = { 'image-attach-method': null, 'image-file-type': null, 'image-size': null };
+const noOptions = { 'optimize-attachments?': null, 'directly-send?': false, ...noImages };
 const recipient = (email, name = null) => ({ name, email });
 const empty = { to: [], cc: [], bcc: [], 'attachment-paths': [] };
 
 /** The error of a call that fails. */
-const refusal = (promise) =>
-  promise.then(
-    () => assert.fail('it was accepted'),
-    (error) => error.stderr.trim(),
-  );
+const refusal = (promise) => promise.then(() => assert.fail('it was accepted'), (error) => error.stderr.trim()); // prettier-ignore
 
 test('another process scripts the application', async (t) => {
   const app = await startApplication(t);
@@ -118,13 +100,8 @@ test('another process scripts the application', async (t) => {
       bcc: [recipient('eve@example.org', 'Eve')],
       'attachment-paths': ['/nowhere/at all.pdf', path.join(app.home, 'b.pdf')],
     });
-    assert.deepStrictEqual(options, {
-      'optimize-attachments?': true,
-      'directly-send?': true,
-      'image-attach-method': 'inline',
-      'image-file-type': 'jpeg',
-      'image-size': 'small',
-    });
+    const sent = { 'image-attach-method': 'inline', 'image-file-type': 'jpeg', 'image-size': 'small' };
+    assert.deepStrictEqual(options, { 'optimize-attachments?': true, 'directly-send?': true, ...sent });
 
     await app.set(made, 'MessageSignature', 'a{sv}', 2, 'name', 's', 'Work', 'content', 's', 'Ann');
     assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 1), `o "${made}"`);
@@ -228,16 +205,11 @@ test('another process scripts the application', async (t) => {
     const many = 'To=d@example.org&cc=e@example.org,f@example.org&BCC=g@example.org';
     const texts = 'subject=Gr%C3%BC%C3%9Fe%20%F0%9F%8C%8D%20a+b%26c&body=one%0D%0Atwo&attach=/etc/passwd&from=eve';
     const all = (...addresses) => addresses.map((address) => recipient(address));
+    const to = all('ann@example.org', 'b,c@example.org', 'd@example.org');
+    const cc = all('e@example.org', 'f@example.org');
     const good = [
       ['mailto:ann@example.org', { to: all('ann@example.org') }],
-      [
-        `MAILTO:ann@example.org,b%2Cc@example.org?${many}`,
-        {
-          to: all('ann@example.org', 'b,c@example.org', 'd@example.org'),
-          cc: all('e@example.org', 'f@example.org'),
-          bcc: all('g@example.org'),
-        },
-      ],
+      [`MAILTO:ann@example.org,b%2Cc@example.org?${many}`, { to, cc, bcc: all('g@example.org') }],
       [`mailto:?${texts}`, { subject: 'Grüße 🌍 a+b&c', body: 'one\r\ntwo\n' }],
       ['mailto:', {}],
       ['mailto:,,a@example.org?&&subject=#top', { to: all('a@example.org') }],
@@ -284,13 +256,11 @@ test('the object comes back with the bus, and is missing without one', async (t)
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 0), `o "${messagePath(0)}"`);
 });
 
-scenarios({ host: true }).test(
-  'without a display and a bus there are no groups and no messages',
-  ({ equal, native, sendMessage: send }) => {
-    equal(native.recipientsForGroupName('x'), null);
-    equal(send('TsASOutgoingMessage', 'outgoingMessages'), []);
-  },
-);
+scenarios({ host: true }).test('without a display and a bus there are no groups and no messages', (fixture) => {
+  const { equal, native, sendMessage: send } = fixture;
+  equal(native.recipientsForGroupName('x'), null);
+  equal(send('TsASOutgoingMessage', 'outgoingMessages'), []);
+});
 
 // ---- In the process itself, as Cocoa's scripting does
 
@@ -309,15 +279,8 @@ objects.test('a message begins empty and takes rich text', ({ equal, getAll, mak
   equal(getAll(message, 'imageAttachMethod', 'imageFileType', 'imageSize'), [null, null, null]);
   equal(getAll(message, 'messageSignature.name'), [null]);
   equal([...getAll(make('Recipient'), 'name', 'address'), ...getAll(make('Attachment'), 'path')], ['', '', '']);
-  const texts = {
-    'a\nb': 'a\nb\n',
-    'a\r\nb\n': 'a\r\nb\n',
-    'a\rb': 'a\r\nb\n',
-    'a\u2029b': 'a\u2029\nb\n',
-    '': undefined,
-    '\n\n': '\n\n',
-    'ä😀': 'ä😀\n',
-  };
+  const ends = { 'a\nb': 'a\nb\n', 'a\r\nb\n': 'a\r\nb\n', 'a\rb': 'a\r\nb\n', 'a\u2029b': 'a\u2029\nb\n' };
+  const texts = { ...ends, '': undefined, '\n\n': '\n\n', 'ä😀': 'ä😀\n' };
   const composed = [];
   native.setComposeOutgoingMessageCallbackFunction((json) => composed.push(JSON.parse(json).body));
   for (const text of Object.keys(texts)) {

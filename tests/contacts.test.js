@@ -2,13 +2,9 @@
 
 // Recipients as text, groups of the address book, and the picker with real clicks.
 
-const assert = require('assert');
-const fs = require('fs');
-const { test } = require('node:test');
-
-const { eventually, temporaryDirectory } = require('./support/child');
+const { assert, fs, test } = require('./support/node');
+const { eventually, scenarios, temporaryDirectory } = require('./support');
 const { startPerson } = require('./support/dialogs');
-const { scenarios } = require('./support/scenario');
 
 const plain = scenarios();
 const inSession = scenarios({ display: true });
@@ -89,10 +85,8 @@ const book = {
 test('a group is its members, then those of its subgroups, even if it is in itself', async (t) => {
   const depth = 300;
   const first = book.groups.length;
-  const nested = Array.from({ length: depth }, (_, level) => ({
-    name: `Level ${level}`,
-    subgroups: [first + level + 1],
-  }));
+  const level = (_, i) => ({ name: `Level ${i}`, subgroups: [first + i + 1] });
+  const nested = Array.from({ length: depth }, level);
   nested[depth - 1] = { name: 'deepest', members: [5] };
   const ann = { name: 'Ann Lee', email: 'ann@x' };
   const acme = { name: 'ACME', email: 'info@acme' };
@@ -105,15 +99,11 @@ test('a group is its members, then those of its subgroups, even if it is in itse
     '': null,
     Nobody: null,
   };
-  const groups = await plain(
-    t,
-    ({ contacts, native }, all, names) => {
-      contacts.make(all);
-      return names.map((name) => JSON.parse(native.recipientsForGroupName(name)));
-    },
-    { ...book, groups: [...book.groups, ...nested] },
-    Object.keys(expected),
-  );
+  const scenario = ({ contacts, native }, all, names) => {
+    contacts.make(all);
+    return names.map((name) => JSON.parse(native.recipientsForGroupName(name)));
+  };
+  const groups = await plain(t, scenario, { ...book, groups: [...book.groups, ...nested] }, Object.keys(expected));
   assert.deepStrictEqual(groups, Object.values(expected));
 });
 
@@ -282,26 +272,24 @@ test('the picker', async (t) => {
   });
 });
 
-inSession.test(
-  'bad arguments and missing translations are logged',
-  ({ assert, captureLog, dialogs, equal, host, log, native }) => {
-    const window = host.createWindow();
-    captureLog();
-    native.pickEmailAddresses({}, '{}');
-    native.pickEmailAddresses(Buffer.alloc(0), '{}');
-    const partly = ['{"window-title":null,"accept-button-label":"Add"}', '{"window-title":"Too late"}'];
-    for (const texts of ['[]', '{ "window-title', ...partly]) native.pickEmailAddresses(window, texts);
-    const expected = [
-      /^Need a view with a window to add a toolbar: \(null\)$/,
-      /^Need a view with a window to add a toolbar: \(null\)$/,
-      /^Couldn't parse translations JSON \[\] because of it is no object$/,
-      /^Couldn't parse translations JSON { "window-title because of /,
-      /^No translation for window-title in /,
-      /for cancel-button-label/,
-      /for edit-in-contacts-button-label/,
-    ];
-    equal(log().length, expected.length);
-    log().forEach((text, i) => assert.match(text, expected[i]));
-    assert.ok(dialogs.windows().some(({ title: shown }) => shown === 'window-title'));
-  },
-);
+inSession.test('bad arguments and missing translations are logged', (fixture) => {
+  const { assert, captureLog, dialogs, equal, host, log, native } = fixture;
+  const window = host.createWindow();
+  captureLog();
+  native.pickEmailAddresses({}, '{}');
+  native.pickEmailAddresses(Buffer.alloc(0), '{}');
+  const partly = ['{"window-title":null,"accept-button-label":"Add"}', '{"window-title":"Too late"}'];
+  for (const texts of ['[]', '{ "window-title', ...partly]) native.pickEmailAddresses(window, texts);
+  const expected = [
+    /^Need a view with a window to add a toolbar: \(null\)$/,
+    /^Need a view with a window to add a toolbar: \(null\)$/,
+    /^Couldn't parse translations JSON \[\] because of it is no object$/,
+    /^Couldn't parse translations JSON { "window-title because of /,
+    /^No translation for window-title in /,
+    /for cancel-button-label/,
+    /for edit-in-contacts-button-label/,
+  ];
+  equal(log().length, expected.length);
+  log().forEach((text, i) => assert.match(text, expected[i]));
+  assert.ok(dialogs.windows().some(({ title: shown }) => shown === 'window-title'));
+});

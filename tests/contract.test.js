@@ -2,13 +2,8 @@
 
 // The contracts of the script functions. `node tests/contract.test.js --update` rewrites contracts.json.
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { probe, root } = require('./support/addon');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { probe, root, scenarios } = require('./support');
 
 // Arguments by the names of their types, and by "!" and the name some that no condition allows beside that type.
 const calling = scenarios({

@@ -1,9 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { scenarios } = require('./support/scenario');
+const { assert, test } = require('./support/node');
+const { scenarios } = require('./support');
 
 const plain = scenarios();
 

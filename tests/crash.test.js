@@ -1,13 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const os = require('os');
-const path = require('path');
-const { test } = require('node:test');
-
-const { eventually, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, os, path, test } = require('./support/node');
+const { eventually, scenarios, temporaryDirectory } = require('./support');
 
 const number = os.constants.signals;
 
@@ -31,11 +25,8 @@ const application = scenarios({
 });
 
 // Sanitizers have signal handlers of their own, which run after the record is written.
-const ordinaryEnd = {
-  ASAN_OPTIONS: [process.env.ASAN_OPTIONS, ...['segv', 'sigbus', 'sigill', 'sigfpe'].map((name) => `handle_${name}=0`)]
-    .filter(Boolean)
-    .join(':'),
-};
+const unhandled = ['segv', 'sigbus', 'sigill', 'sigfpe'].map((name) => `handle_${name}=0`);
+const ordinaryEnd = { ASAN_OPTIONS: [process.env.ASAN_OPTIONS ?? '', ...unhandled].join(':') };
 
 // They also keep freed memory for a while.
 const mostMemory = process.env.TESSARO_NODE ? 600e6 : 100e6;
@@ -161,23 +152,20 @@ test("the engine's own faults and those of forked processes are not recorded", a
   const home = temporaryDirectory(t);
   // (module (memory 1) (func (export "load") (param i32) (result i32) (i32.load (local.get 0))))
   const wasm = '0061736d0100000001060160017f017f030201000503010001070801046c6f616400000a0901070020002802000b';
-  const results = await inHome(home)(
-    t,
-    async ({ native, updates }, bytes) => {
-      native.setupCrashReporter();
-      const { load } = new WebAssembly.Instance(new WebAssembly.Module(Buffer.from(bytes, 'hex'))).exports;
-      const overflow = () => overflow() + 1;
-      const errors = [load, load, overflow].map((act) => {
-        try {
-          return act(-4);
-        } catch ({ name }) {
-          return name;
-        }
-      });
-      return [...errors, updates.crashInFork()];
-    },
-    wasm,
-  );
+  const scenario = async ({ native, updates }, bytes) => {
+    native.setupCrashReporter();
+    const { load } = new WebAssembly.Instance(new WebAssembly.Module(Buffer.from(bytes, 'hex'))).exports;
+    const overflow = () => overflow() + 1;
+    const errors = [load, load, overflow].map((act) => {
+      try {
+        return act(-4);
+      } catch ({ name }) {
+        return name;
+      }
+    });
+    return [...errors, updates.crashInFork()];
+  };
+  const results = await inHome(home)(t, scenario, wasm);
   assert.deepStrictEqual(results, ['RuntimeError', 'RuntimeError', 'RangeError', 11]);
   assert.deepStrictEqual(records(home), []);
 });
@@ -243,9 +231,8 @@ test('malformed records give no event, or one of what can be read', async (t) =>
       time: event.timestamp,
       code: exceptionOf(event).mechanism.meta.signal.code,
     };
-  table.forEach(([text, expected], i) =>
-    assert.deepStrictEqual(brief(answers[i]), expected && { ...empty, ...expected }, text.slice(0, 40)),
-  );
+  for (const [i, [text, expected]] of table.entries())
+    assert.deepStrictEqual(brief(answers[i]), expected && { ...empty, ...expected }, text.slice(0, 40));
   const last = answers.at(-1);
   assert.deepStrictEqual(exceptionOf(last).mechanism.data, { address: '0xffffffffffffffff', process: 7 });
   const frames = exceptionOf(last).stacktrace.frames.map((frame) => frame.instruction_addr);
@@ -272,21 +259,19 @@ test('foreign files and forged records in the directory are harmless', async (t)
   assert.ok(!fs.existsSync(path.join(directory, 'rubbish.crash')));
 });
 
-application.test(
-  'without a writable directory the failure is logged, and breadcrumbs are posted',
-  async ({ assert, breadcrumbs, captureLog, capturedLog, equal, fs, home, native, settle }) => {
-    fs.mkdirSync(`${home}/state/TessaroHost`, { recursive: true });
-    fs.writeFileSync(`${home}/state/TessaroHost/crashes`, '');
-    captureLog();
-    native.setupCrashReporter();
-    await settle();
-    const [failure, ...others] = capturedLog().map(({ flag, text }) => `${flag} ${text}`);
-    assert.match(failure, /^1 Unable to start crash handler! no record can be made in .*crashes: Not a directory$/);
-    equal(others, ['4 Crash handler installed.']);
-    const levels = breadcrumbs.map(({ level }) => level);
-    equal(levels, ['error', 'info']);
-  },
-);
+application.test('without a writable directory the failure is logged, and breadcrumbs are posted', async (fixture) => {
+  const { assert, breadcrumbs, captureLog, capturedLog, equal, fs, home, native, settle } = fixture;
+  fs.mkdirSync(`${home}/state/TessaroHost`, { recursive: true });
+  fs.writeFileSync(`${home}/state/TessaroHost/crashes`, '');
+  captureLog();
+  native.setupCrashReporter();
+  await settle();
+  const [failure, ...others] = capturedLog().map(({ flag, text }) => `${flag} ${text}`);
+  assert.match(failure, /^1 Unable to start crash handler! no record can be made in .*crashes: Not a directory$/);
+  equal(others, ['4 Crash handler installed.']);
+  const levels = breadcrumbs.map(({ level }) => level);
+  equal(levels, ['error', 'info']);
+});
 
 plain.test('testCrash() only warns before the reporter is set up', ({ captureLog, equal, log, native }) => {
   captureLog();
@@ -309,50 +294,46 @@ test('a project address needs two keys, a host and a project', async (t) => {
   await plain.table(t, rows, ({ updates }, address) => updates.whyNoProject(address));
 });
 
-application.test(
-  'log messages become breadcrumbs in order, with their place and thread',
-  async ({ assert, breadcrumbs, equal, eventually, logText, native, settle, updates }) => {
-    logText(4, 'before');
-    native.setupCrashReporter();
-    native.setupCrashReporter();
-    [[1, 'error'], [2, 'Grüße 😀'], [4, ''], [8, 'debug']].forEach((line) => logText(...line)); // prettier-ignore
-    updates.logFromThread('worker', 'from elsewhere');
-    equal(breadcrumbs, []);
-    const expected = [
-      /^info TsSentryLogger\.mm:\d+ \[main\] Crash handler installed\.$/,
-      /^error log\.test\.js:1 \[main\] error$/,
-      /^warning log\.test\.js:1 \[main\] Grüße 😀$/,
-      /^info log\.test\.js:1 \[main\] $/,
-      /^debug log\.test\.js:1 \[main\] debug$/,
-      /^warning UpdateProbe\.mm:\d+ \[worker\] from elsewhere$/,
-    ];
-    await eventually(() => breadcrumbs.length >= expected.length, 'the breadcrumbs');
-    await settle();
-    equal(breadcrumbs.length, expected.length);
-    breadcrumbs.forEach(({ level, message }, i) => assert.match(`${level} ${message}`, expected[i]));
-  },
-);
+application.test('log messages become breadcrumbs in order, with their place and thread', async (fixture) => {
+  const { assert, breadcrumbs, equal, eventually, logText, native, settle, updates } = fixture;
+  logText(4, 'before');
+  native.setupCrashReporter();
+  native.setupCrashReporter();
+  [[1, 'error'], [2, 'Grüße 😀'], [4, ''], [8, 'debug']].forEach((line) => logText(...line)); // prettier-ignore
+  updates.logFromThread('worker', 'from elsewhere');
+  equal(breadcrumbs, []);
+  const expected = [
+    /^info TsSentryLogger\.mm:\d+ \[main\] Crash handler installed\.$/,
+    /^error log\.test\.js:1 \[main\] error$/,
+    /^warning log\.test\.js:1 \[main\] Grüße 😀$/,
+    /^info log\.test\.js:1 \[main\] $/,
+    /^debug log\.test\.js:1 \[main\] debug$/,
+    /^warning UpdateProbe\.mm:\d+ \[worker\] from elsewhere$/,
+  ];
+  await eventually(() => breadcrumbs.length >= expected.length, 'the breadcrumbs');
+  await settle();
+  equal(breadcrumbs.length, expected.length);
+  breadcrumbs.forEach(({ level, message }, i) => assert.match(`${level} ${message}`, expected[i]));
+});
 
 test('many breadcrumbs do not pile up, and none is posted after the end', async (t) => {
-  const { stdout } = await application.ends(
-    t,
-    async ({ breadcrumbs, eventually, host, logText, native, nextTurn, print }) => {
-      native.setupCrashReporter();
-      const before = process.memoryUsage().rss;
-      let last = '';
-      host.on('notification', ({ userInfo }) => (last = userInfo.message));
-      for (let round = 0; round < 200; ++round) {
-        for (let i = 0; i < 250; ++i) logText(8, `message ${round} ${i}`);
-        await nextTurn();
-        breadcrumbs.length = 0;
-      }
-      await eventually(() => last.endsWith('message 199 249'), 'the last one');
-      const grown = process.memoryUsage().rss - before;
-      for (let i = 0; i < 100; ++i) logText(8, 'too late');
-      process.on('exit', () => print(grown));
-      process.exit();
-    },
-  );
+  const scenario = async ({ breadcrumbs, eventually, host, logText, native, nextTurn, print }) => {
+    native.setupCrashReporter();
+    const before = process.memoryUsage().rss;
+    let last = '';
+    host.on('notification', ({ userInfo }) => (last = userInfo.message));
+    for (let round = 0; round < 200; ++round) {
+      for (let i = 0; i < 250; ++i) logText(8, `message ${round} ${i}`);
+      await nextTurn();
+      breadcrumbs.length = 0;
+    }
+    await eventually(() => last.endsWith('message 199 249'), 'the last one');
+    const grown = process.memoryUsage().rss - before;
+    for (let i = 0; i < 100; ++i) logText(8, 'too late');
+    process.on('exit', () => print(grown));
+    process.exit();
+  };
+  const { stdout } = await application.ends(t, scenario);
   const grown = Number(stdout.trim());
   assert.ok(grown > 0 && grown < mostMemory, `${grown} bytes`);
 });

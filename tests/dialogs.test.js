@@ -2,19 +2,9 @@
 
 // File dialogs: the desktop's, shown by the real portal, and GNUstep's where there is none. With real clicks and keys.
 
-const assert = require('assert');
-const { execFile, spawn } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-const { promisify } = require('util');
-
-const { startBus } = require('./support/bus');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { endWith } = require('./support/cleanup');
+const { assert, execFile, fs, path, promisify, spawn, test } = require('./support/node');
+const { endWith, eventually, scenarios, startBus, temporaryDirectory, useSession } = require('./support');
 const { startPerson } = require('./support/dialogs');
-const { scenarios } = require('./support/scenario');
-const { useSession } = require('./support/session');
 
 const session = useSession();
 const run = promisify(execFile);
@@ -36,11 +26,8 @@ const ask = (person, options) =>
 
 /** The X window of the desktop's dialog, once it is there; undefined for `isThere` false, once it is gone. */
 async function dialog(person, isThere = true, name = title) {
-  const find = () =>
-    person.xdotool('search', '--onlyvisible', '--name', `^${name}$`).then(
-      (text) => text.trim(),
-      () => '',
-    );
+  const find = async () =>
+    (await person.xdotool('search', '--onlyvisible', '--name', `^${name}$`).catch(() => '')).trim();
   let id;
   await eventually(async () => ((id = await find()) !== '') === isThere, `${isThere ? '' : 'no '}dialog “${name}”`);
   return id;
@@ -79,16 +66,14 @@ async function watchPortal(t) {
     stream.setEncoding('utf8').on('data', (text) => (output += text));
   }
   await eventually(() => output.includes('Monitoring'), 'the monitor listens');
-  return () =>
-    output
-      .split('\n')
-      .filter((line) => line.includes('"interface":"org.freedesktop.portal.FileChooser"'))
-      .map((line) => JSON.parse(line))
-      .map(({ member, payload }) => {
-        const [parent, shownTitle, options] = payload.data;
-        const values = Object.entries(options).map(([key, { data }]) => [key, data]);
-        return { member, parent, title: shownTitle, ...Object.fromEntries(values) };
-      });
+  const read = (line) => {
+    const { member, payload } = JSON.parse(line);
+    const [parent, shownTitle, options] = payload.data;
+    const values = Object.entries(options).map(([key, { data }]) => [key, data]);
+    return { member, parent, title: shownTitle, ...Object.fromEntries(values) };
+  };
+  const isRequest = (line) => line.includes('"interface":"org.freedesktop.portal.FileChooser"');
+  return () => output.split('\n').filter(isRequest).map(read);
 }
 
 const bytes = (text) => [...Buffer.from(`${text}\0`)];

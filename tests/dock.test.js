@@ -2,11 +2,8 @@
 
 // The Dock menu in a real launcher.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const inSession = scenarios({
   display: true,

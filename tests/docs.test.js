@@ -2,13 +2,8 @@
 
 // The examples that the documentation promises to run: those that load the module themselves.
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { root } = require('./support/addon');
-const { runScript } = require('./support/child');
+const { assert, fs, path, test } = require('./support/node');
+const { root, runScript } = require('./support');
 
 const pages = fs.readdirSync(path.join(root, 'docs', 'api')).map((name) => path.join('docs', 'api', name));
 

@@ -2,7 +2,7 @@
 
 // Files dragged over the page and dropped on it, by another process and by script; the drag of a title.
 
-const { scenarios } = require('./support/scenario');
+const { scenarios } = require('./support');
 
 const inWindows = scenarios({
   display: true,
@@ -72,22 +72,6 @@ inWindows.test('files that script drops reach the page, and are not reported to 
   assert.match(outside, /^Unable to drop files as \{.*\} is not in \{.*300\}/);
   assert.match(log(1)[0], /^Couldn't parse point no JSON because of /);
   assert.match(log(1)[3], /^Couldn't parse paths parameter no JSON because of /);
-});
-
-inWindows.test('the dragging information of a programmatic drop', async ({ equal, sendMessage: send }) => {
-  const info = send(send('TsDraggingInfo', 'alloc'), 'initWithLocation:', [3, 4]);
-  send(info, 'setDraggingFormation:', 5);
-  send(info, 'setAnimatesToDestination:', true);
-  send(info, 'setNumberOfValidItemsForDrop:', 7);
-  send(info, 'resetSpringLoading');
-  send(info, 'slideDraggedImageTo:', [1, 2]);
-  const expected = {
-    ...{ draggingDestinationWindow: null, draggedImage: null, draggingSource: info, draggingSequenceNumber: 0 },
-    ...{ draggingLocation: [3, 4], draggedImageLocation: [3, 4], draggingSourceOperationMask: 1 },
-    ...{ draggingFormation: 0, animatesToDestination: false, numberOfValidItemsForDrop: 0 },
-  };
-  for (const [name, value] of Object.entries(expected)) equal(send(info, name), value, name);
-  equal(send(info, 'namesOfPromisedFilesDroppedAtDestination:', null), []);
 });
 
 inWindows.test('the drag of a title carries the page’s address, with Option its web address', async (fixture) => {

@@ -2,14 +2,8 @@
 
 // Writing files from script: the contents of the disk afterwards, and the reason when they can't be written.
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 // Root without the right to bypass permissions is an ordinary user.
@@ -32,21 +26,18 @@ const temporaries = (folder) => fs.readdirSync(folder).filter((name) => name.sta
 
 test('Buffers, typed arrays and ArrayBuffers are written, other values refused', async (t) => {
   const folder = temporaryDirectory(t);
-  const [written, refused] = await plain(
-    t,
-    ({ fs, native }, file) => {
-      const bytes = new Uint8Array([65, 66]);
-      const part = new Uint8Array(new Uint8Array([1, 2, 65, 66, 3]).buffer, 2, 2);
-      const view = new DataView(new Uint8Array([67, 65, 66]).buffer, 1);
-      const shared = new Uint8Array(new SharedArrayBuffer(2)).fill(65);
-      const views = [Buffer.from('Zoë\0!'), Buffer.alloc(0), bytes, part, view, new Uint16Array([0x4241]), shared];
-      const contents = (data) => native.writeFile(file, data, false) ?? fs.readFileSync(file, 'utf8');
-      const others = [{}, [65], new Date(), () => 1, new String('AB'), new Map()];
-      const refusal = (data) => native.writeFile(`${file}-other`, data, false);
-      return [[...views, bytes.buffer].map(contents), others.map(refusal)];
-    },
-    path.join(folder, 'file'),
-  );
+  const scenario = ({ fs, native }, file) => {
+    const bytes = new Uint8Array([65, 66]);
+    const part = new Uint8Array(new Uint8Array([1, 2, 65, 66, 3]).buffer, 2, 2);
+    const view = new DataView(new Uint8Array([67, 65, 66]).buffer, 1);
+    const shared = new Uint8Array(new SharedArrayBuffer(2)).fill(65);
+    const views = [Buffer.from('Zoë\0!'), Buffer.alloc(0), bytes, part, view, new Uint16Array([0x4241]), shared];
+    const contents = (data) => native.writeFile(file, data, false) ?? fs.readFileSync(file, 'utf8');
+    const others = [{}, [65], new Date(), () => 1, new String('AB'), new Map()];
+    const refusal = (data) => native.writeFile(`${file}-other`, data, false);
+    return [[...views, bytes.buffer].map(contents), others.map(refusal)];
+  };
+  const [written, refused] = await plain(t, scenario, path.join(folder, 'file'));
   assert.deepStrictEqual(written, ['Zoë\0!', '', 'AB', 'AB', 'AB', 'AB', 'AA', 'AB']);
   for (const reason of refused) assert.match(reason, /Only a Buffer/);
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);
@@ -118,9 +109,8 @@ test('a failed write returns its reason and changes nothing', async (t) => {
 test('at a limit of file sizes the old contents stay, and no temporary file is left', async (t) => {
   const folder = temporaryDirectory(t);
   fs.writeFileSync(path.join(folder, 'file'), 'old');
-  const files = ['file', 'new'].flatMap((name) =>
-    [false, true].map((append) => [`${folder}/${name}`, 1 << 20, append]),
-  );
+  const both = (name) => [false, true].map((append) => [`${folder}/${name}`, 1 << 20, append]);
+  const files = ['file', 'new'].flatMap(both);
   const results = await write(t, files, { within: ['prlimit', '--fsize=300000'] });
   for (const text of results) assert.match(String(text), /File too large/);
   assert.strictEqual(fs.readFileSync(path.join(folder, 'file'), 'utf8'), 'old');

@@ -2,16 +2,10 @@
 
 // Recognising images, scaled copies, and images from the pasteboard.
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
 const { randomBytes } = require('crypto');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
 const sharp = require('sharp');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 
@@ -180,13 +174,8 @@ test('a file that can’t be read, decoded or written gives null and a warning, 
   fs.writeFileSync(at('empty.png'), '');
   execFileSync('mkfifo', [at('pipe.png')]);
   const sources = ['bomb.gif', 'cut.png', 'text.png', 'empty.png', 'pipe.png', 'missing.png', '.'].map(at);
-  const targets = [
-    at('none/x.png'),
-    '',
-    '/proc/self/status/x.png',
-    `${at('x')}${'y'.repeat(300)}`,
-    '/'.padEnd(20000, 'z'),
-  ];
+  const tooLong = [`${at('x')}${'y'.repeat(300)}`, '/'.padEnd(20000, 'z')];
+  const targets = [at('none/x.png'), '', '/proc/self/status/x.png', ...tooLong];
   const failing = [...sources, '', `${png}\0`].map((source) => [source, at('x.png')]);
   const calls = [...failing, ...targets.map((target) => [png, target]), [png, at('x.png')]];
   const before = fs.readdirSync(folder);
@@ -233,11 +222,9 @@ test('an image that takes too long to decode is given up within two seconds, wit
   // Filters that keep a processor busy for half a minute, in 4 kB.
   const turbulence = (n) => `<feTurbulence baseFrequency="0.0${n + 10}" numOctaves="9" seed="${n}"/>`;
   const filter = `<filter id="f">${Array.from({ length: 50 }, (_, n) => turbulence(n)).join('')}</filter>`;
-  const [svg, rect] = [
-    '<svg xmlns="http://www.w3.org/2000/svg"',
-    '<rect width="2000" height="2000" filter="url(#f)"/>',
-  ];
-  fs.writeFileSync(path.join(folder, 'hostile.svg'), `${svg} width="2000" height="2000">${filter}${rect}</svg>`);
+  const size = 'width="2000" height="2000"';
+  const svg = `<svg xmlns="http://www.w3.org/2000/svg" ${size}>${filter}<rect ${size} filter="url(#f)"/></svg>`;
+  fs.writeFileSync(path.join(folder, 'hostile.svg'), svg);
   const work = ({ captureLog, log, native }, at) => {
     captureLog();
     const start = Date.now();

@@ -1,15 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const { execFile, execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-const { promisify } = require('util');
-
-const { Applications } = require('./support/applications');
-const { eventually, startScript, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support/node');
+const { Applications, eventually, scenarios, startScript, temporaryDirectory } = require('./support');
 
 const inSession = scenarios({ display: true, host: false, fixture: ({ captureLog }) => captureLog() ?? {} });
 const { session } = inSession;
@@ -37,16 +29,12 @@ async function startAmong(t, applications) {
 test('installedClipperApps names the installed applications in a fixed order', async (t) => {
   const applications = new Applications(t);
   const { call } = await startAmong(t, applications);
+  const first = ['com.culturedcode.ThingsMac', 'com.todoist.mac.Todoist', 'com.omnigroup.OmniFocus2'];
+  const second = ['com.evernote.Evernote', 'com.devon-technologies.thinkpro2', 'com.apperdeck.mac.Receipts'];
   const steps = [
     [[], 'clipboard'],
-    [
-      ['com.culturedcode.ThingsMac', 'com.todoist.mac.Todoist', 'com.omnigroup.OmniFocus2'],
-      'omnifocus todoist things clipboard',
-    ],
-    [
-      ['com.evernote.Evernote', 'com.devon-technologies.thinkpro2', 'com.apperdeck.mac.Receipts'],
-      'evernote devonthink omnifocus receipts todoist things clipboard',
-    ],
+    [first, 'omnifocus todoist things clipboard'],
+    [second, 'evernote devonthink omnifocus receipts todoist things clipboard'],
   ];
   for (const [installed, names] of steps) {
     for (const identifier of installed) applications.add(identifier);
@@ -59,11 +47,8 @@ test('task managers get their URL as one argument, escaped, without "(null)" for
   const comment = `${text}\n\n${link}\n${web}`;
   const content = `${page.title} [Web](${web}) | [Tessaro](${link})`;
   const entry = { 'show-quick-entry': 'true' };
-  const identifiers = {
-    omnifocus: 'com.omnigroup.OmniFocus3',
-    todoist: 'com.todoist.mac.Todoist',
-    things: 'com.culturedcode.ThingsMac',
-  };
+  const [omnifocus, todoist, things] = ['com.omnigroup.OmniFocus3', 'com.todoist.mac.Todoist', 'com.culturedcode.ThingsMac']; // prettier-ignore
+  const identifiers = { omnifocus, todoist, things };
   const table = [
     ['omnifocus', page, 'omnifocus:///add', { name: page.title, note: `${link}\n${web}\n\n${text}` }],
     ['todoist', page, 'todoist://addtask', { content, comment }],

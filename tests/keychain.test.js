@@ -1,16 +1,8 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
 const net = require('net');
-const path = require('path');
-const { test } = require('node:test');
-
-const { startBus } = require('./support/bus');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { atEnd } = require('./support/cleanup');
-const { startKeyring } = require('./support/keyring');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { atEnd, eventually, scenarios, startBus, startKeyring, temporaryDirectory } = require('./support');
 
 const status = {
   cancelled: -128,
@@ -180,19 +172,13 @@ test('a locked keyring is never taken for an empty one', async (t) => {
   await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
   const failed = { 'ok?': false, error: status.locked };
   const warning = (text) => `warning Could not ${text}, error=${status.locked})`;
+  const calls = [
+    [['getPassword', 'nobody'], failed, warning('read password from keychain. (account=nobody')],
+    [['setPassword', '12345', 'ann'], failed, warning('modify keychain item. (account=ann, passwordLength=5')],
+    [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
+  ];
   const expectLocked = (accounts) =>
-    expectRefusal(
-      t,
-      status.locked,
-      environmentOf(keyring),
-      [
-        [['getPassword', 'nobody'], failed, warning('read password from keychain. (account=nobody')],
-        [['setPassword', '12345', 'ann'], failed, warning('modify keychain item. (account=ann, passwordLength=5')],
-        [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
-        [['accounts'], ...accounts],
-      ],
-      true,
-    );
+    expectRefusal(t, status.locked, environmentOf(keyring), [...calls, [['accounts'], ...accounts]], true);
   await keyring.lock();
   await expectLocked([['ann']]);
   await keyring.kill();
@@ -222,15 +208,12 @@ test('a bus that accepts the connection and never replies counts as unavailable'
   const socket = path.join(temporaryDirectory(t), 'bus');
   const server = net.createServer(() => {}).listen(socket);
   atEnd(t, () => server.close());
-  const result = await plain(
-    t,
-    async ({ env, keychain }, address) => {
-      keychain.setDeadlines(200, 200);
-      env.DBUS_SESSION_BUS_ADDRESS = address;
-      return keychain.get('Tessaro 3', 'ann');
-    },
-    `unix:path=${socket}`,
-  );
+  const scenario = async ({ env, keychain }, address) => {
+    keychain.setDeadlines(200, 200);
+    env.DBUS_SESSION_BUS_ADDRESS = address;
+    return keychain.get('Tessaro 3', 'ann');
+  };
+  const result = await plain(t, scenario, `unix:path=${socket}`);
   assert.deepStrictEqual(result, { 'ok?': false, error: status.unavailable });
 });
 
@@ -300,10 +283,8 @@ test('no password gets into the log or onto the terminal', async (t) => {
     native.removePasswordForAccount('ann');
   });
   const logs = path.join(home, 'state', 'node', 'logs');
-  const log = fs
-    .readdirSync(logs)
-    .map((name) => fs.readFileSync(path.join(logs, name), 'utf8'))
-    .join('');
+  const read = (name) => fs.readFileSync(path.join(logs, name), 'utf8');
+  const log = fs.readdirSync(logs).map(read).join('');
   assert.deepStrictEqual([code, stderr, log.includes('hush')], [0, '', false]);
   assert.match(log, /Removed keychain entry 'ann'/);
 });

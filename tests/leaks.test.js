@@ -3,10 +3,8 @@
 // Only the sanitized build detects leaks. Node.js, GNUstep and the Objective-C run time leave many objects behind that
 // they made once; leaks of ours grow with the work.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { runScript } = require('./support/child');
+const { assert, test } = require('./support/node');
+const { runScript } = require('./support');
 
 const work = {
   'values and JSON': `

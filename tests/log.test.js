@@ -1,12 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const logging = scenarios({
   fixture: ({ fs, logText }) => ({
@@ -61,20 +56,17 @@ test('the file rolls over after a day, and one file is kept', async (t) => {
   const logs = temporaryDirectory(t);
   const [stale, foreign] = ['TessaroNative_2020-01-01.log', 'other.log'].map((name) => path.join(logs, name));
   for (const file of [stale, foreign]) fs.writeFileSync(file, 'old');
-  const days = await logging(
-    t,
-    ({ addFileLogger, equal, files, flushLog, info, write }, folder) => {
-      // Earlier messages do not belong into this file.
+  const scenario = ({ addFileLogger, equal, files, flushLog, info, write }, folder) => {
+    // Earlier messages do not belong into this file.
+    flushLog();
+    equal(addFileLogger(folder), true);
+    return [0, 1, 2].map((day) => {
+      write(info, `day ${day}`, day);
       flushLog();
-      equal(addFileLogger(folder), true);
-      return [0, 1, 2].map((day) => {
-        write(info, `day ${day}`, day);
-        flushLog();
-        return files(folder);
-      });
-    },
-    logs,
-  );
+      return files(folder);
+    });
+  };
+  const days = await logging(t, scenario, logs);
   days.forEach(([text, ...others], day) => {
     assert.match(text, new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`));
     assert.deepStrictEqual(others, []);

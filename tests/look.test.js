@@ -2,19 +2,10 @@
 
 // The look of the module's windows follows the desktop, and every window works by keyboard alone.
 
-const assert = require('assert');
-const { execFileSync, spawn } = require('child_process');
-const fs = require('fs');
-const os = require('os');
-const path = require('path');
-const { test } = require('node:test');
 const sharp = require('sharp');
-
-const { root } = require('./support/addon');
-const { eventually, temporaryDirectory } = require('./support/child');
+const { assert, execFileSync, fs, os, path, spawn, test } = require('./support/node');
+const { eventually, root, scenarios, temporaryDirectory, useSession } = require('./support');
 const { startPerson } = require('./support/dialogs');
-const { scenarios } = require('./support/scenario');
-const { useSession } = require('./support/session');
 
 const session = useSession();
 
@@ -53,13 +44,8 @@ function startSettingsDaemon(t, settings) {
 test('font, scale and darkness follow the settings of the X session', async (t) => {
   const person = await startPerson(t);
   const { font, scale } = await lookOf(person);
-  assert.deepStrictEqual(await lookOf(person), {
-    background: background.light,
-    accent,
-    font,
-    scale,
-    theme: 'TsDesktopTheme',
-  });
+  const atFirst = { background: background.light, accent, font, scale, theme: 'TsDesktopTheme' };
+  assert.deepStrictEqual(await lookOf(person), atFirst);
   const daemon = startSettingsDaemon(t, 'Gtk/FontName "DejaVu Serif Book 12"\nXft/DPI 196608');
   await becomes(person, { font: 'DejaVu Serif 16', scale: 2, background: background.light });
   daemon.publish('Gtk/FontName "No Such Family 9"\nXft/DPI 98304\nNet/ThemeName "Adwaita-dark"');
@@ -92,21 +78,9 @@ test('the real settings portal is followed', async (t) => {
   const person = await startPerson(t);
   const set = (key, value) =>
     execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], inSession());
-  execFileSync(
-    'busctl',
-    [
-      '--user',
-      'call',
-      'org.freedesktop.DBus',
-      '/',
-      'org.freedesktop.DBus',
-      'StartServiceByName',
-      'su',
-      'org.freedesktop.portal.Desktop',
-      '0',
-    ],
-    inSession(),
-  );
+  const start =
+    'call org.freedesktop.DBus / org.freedesktop.DBus StartServiceByName su org.freedesktop.portal.Desktop 0';
+  execFileSync('busctl', ['--user', ...start.split(' ')], inSession());
   set('color-scheme', 'prefer-dark');
   set('font-name', 'DejaVu Sans Mono 9');
   await becomes(person, { background: background.dark, font: 'DejaVu Sans Mono 12' });
@@ -127,17 +101,9 @@ test('damaged session settings end where the damage is', async (t) => {
   );
   const property = Buffer.concat([word(0), word(0), word(2), ...entries]).toString('latin1');
   const tooMany = `${property.slice(0, 8)}\xff\xff\xff\xff${property.slice(12)}`;
-  const parse = (texts) =>
-    scenarios()(
-      t,
-      ({ dialogs }, all) => all.map((text) => dialogs.parseSessionSettings(Buffer.from(text, 'latin1'))),
-      texts,
-    );
-  const [whole, endless, ...halves] = await parse([
-    property,
-    tooMany,
-    ...Array.from(property, (_, length) => property.slice(0, length)),
-  ]);
+  const parse = ({ dialogs }, all) => all.map((text) => dialogs.parseSessionSettings(Buffer.from(text, 'latin1')));
+  const starts = Array.from(property, (_, length) => property.slice(0, length));
+  const [whole, endless, ...halves] = await scenarios()(t, parse, [property, tooMany, ...starts]);
   assert.deepStrictEqual([whole, endless], [settings, settings]);
   assert.ok(halves.every((each) => Object.keys(each).length <= 2));
 });
@@ -190,10 +156,7 @@ test('scaled text is spaced evenly', async (t) => {
   const person = await startPerson(t);
   await becomes(person, { scale: 2 });
   // Longer than the runs that are drawn at a time.
-  await person.tell(
-    ({ native }, text) => native.openSupportAndFeedbackWindow('', text, '', null, null),
-    'l'.repeat(40),
-  );
+  await person.tell(({ native }) => native.openSupportAndFeedbackWindow('', 'l'.repeat(40), '', null, null));
   const title = 'Support and Feedback';
   await person.window(title);
   const { centre, size } = await person.view(title, ({ text }) => text?.startsWith('ll'));
@@ -282,17 +245,11 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
       seen.add((await person.window(title)).focus);
       await person.key('Tab');
     }
-    assert.deepStrictEqual(
-      stops.filter((stop) => !seen.has(stop)),
-      [],
-      [...seen].join(),
-    );
+    const missed = stops.filter((stop) => !seen.has(stop));
+    assert.deepStrictEqual(missed, [], [...seen].join());
     if (cancel !== 'Escape') await focusOn(cancel);
     await press(cancel === 'Escape' ? 'Escape' : 'space');
-    assert.deepStrictEqual(
-      person.reports.filter((name) => name === accepted),
-      [],
-    );
+    assert.ok(!person.reports.includes(accepted));
     if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
     if (accepted === undefined) return;
     // The window below gets the keyboard in its own time.
@@ -310,14 +267,11 @@ test('a window that is opened again, in another look, is as large as before and 
   const person = await startPerson(t);
   const edges = async (id) => {
     const size = (await person.xdotool('getwindowgeometry', id)).match(/\d+x\d+/)[0];
+    const pixel = ['-crop', '1x1+3+3', '-depth', '8', 'rgb:-'];
     const corners = ['NorthEast', 'SouthEast'].map((gravity) =>
-      execFileSync(
-        'import',
-        ['-window', id, '-gravity', gravity, '-crop', '1x1+3+3', '-depth', '8', 'rgb:-'],
-        inSession(),
-      ),
+      execFileSync('import', ['-window', id, '-gravity', gravity, ...pixel], inSession()).toString('hex'),
     );
-    return [size, ...corners.map((pixel) => pixel.toString('hex'))];
+    return [size, ...corners];
   };
   const opened = windows.filter(({ cancelled }) => cancelled === undefined);
   const sizes = [];

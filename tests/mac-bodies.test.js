@@ -1,22 +1,14 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 
 test('a path stays inside its quotes in the script for the Finder', async (t) => {
   const paths = { '/tmp/a.txt': '"/tmp/a.txt"', '/tmp/"\\nquit "': '"/tmp/\\"\\\\nquit \\""', 'a\\': '"a\\\\"' };
-  const scripts = await plain(
-    t,
-    ({ macBodies }, all) => all.map(macBodies.informationWindowScript),
-    Object.keys(paths),
-  );
+  const write = ({ macBodies }, all) => all.map(macBodies.informationWindowScript);
+  const scripts = await plain(t, write, Object.keys(paths));
   Object.values(paths).forEach((quoted, i) => assert.ok(scripts[i].includes(`POSIX file ${quoted}\n`), scripts[i]));
 });
 

@@ -2,13 +2,8 @@
 
 // Changes of the main menu's items, and the reports that its menus open and close.
 
-const { execFileSync } = require('child_process');
-const assert = require('assert');
-const path = require('path');
-const { test } = require('node:test');
-
-const { buildDirectory } = require('./support/addon');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, path, test } = require('./support/node');
+const { buildDirectory, scenarios } = require('./support');
 
 const inSession = scenarios({
   display: true,

@@ -1,18 +1,12 @@
 'use strict';
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
 const http = require('http');
 const http2 = require('http2');
 const https = require('https');
 const net = require('net');
-const path = require('path');
-const { test } = require('node:test');
-
-const { certificate, forThisHost } = require('./support/certificates');
-const { evaluate, temporaryDirectory } = require('./support/child');
-const { client, evaluateRequests, listen, request, whole } = require('./support/requests');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { certificate, client, evaluate, evaluateRequests, forThisHost, listen, request } = require('./support');
+const { temporaryDirectory, whole } = require('./support');
 
 // "openssl req" makes no certificate that has expired; "openssl ca" takes dates.
 function expiredCertificate(test) {

@@ -1,9 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { evaluateRequests, request, serve, whole } = require('./support/requests');
+const { assert, test } = require('./support/node');
+const { evaluateRequests, request, serve, whole } = require('./support');
 
 test('later chunks repeat the first bytes of the body; only the end has it all', async (t) => {
   const url = await serve(t, (_question, answer) => {

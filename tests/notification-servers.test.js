@@ -2,14 +2,8 @@
 
 // Alerts on the screens of common notification servers, clicked with the real mouse.
 
-const assert = require('assert');
-const { execFile } = require('child_process');
-const { test, before, after } = require('node:test');
-const { promisify } = require('util');
-
-const { startClient } = require('./support/alerts');
-const { startDisplaySession } = require('./support/display');
-const { startDesktopServer } = require('./support/notificationServer');
+const { after, assert, before, execFile, promisify, test } = require('./support/node');
+const { startClient, startDesktopServer, startDisplaySession } = require('./support');
 
 const run = promisify(execFile);
 
@@ -56,13 +50,8 @@ for (const { command, gestures } of servers) {
     await startDesktopServer(t, session.env, command);
     const { DISPLAY, DBUS_SESSION_BUS_ADDRESS } = session.env;
     const client = await startClient(t, { env: { DISPLAY, DBUS_SESSION_BUS_ADDRESS } });
-    const alert = {
-      title: 'Ann Example',
-      subtitle: 'Lunch & more',
-      text: 'Today at 1 <ok>?',
-      action: true,
-      actionTitle: 'Archive',
-    };
+    const texts = { title: 'Ann Example', subtitle: 'Lunch & more', text: 'Today at 1 <ok>?' };
+    const alert = { ...texts, action: true, actionTitle: 'Archive' };
     for (const [index, [name, gesture, type]] of gestures.entries()) {
       await client.deliver(name, alert);
       await client.isDelivered();

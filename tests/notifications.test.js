@@ -1,15 +1,8 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { startClient } = require('./support/alerts');
-const { startBus } = require('./support/bus');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { everything, startNotificationServer } = require('./support/notificationServer');
-const { hasPassed } = require('./support/pace');
+const { assert, fs, path, test } = require('./support/node');
+const { eventually, everything, hasPassed, startBus, startClient, startNotificationServer } = require('./support');
+const { temporaryDirectory } = require('./support');
 
 const none = { delivered: [], scheduled: [] };
 
@@ -179,21 +172,19 @@ test('every activation type is reported and posted; alerts without an identifier
   const client = await startClient(t);
   await client.tell(({ sendMessage: send, shared }) => {
     // As the centre tells its delegate.
-    const alert = (identifier, type, response) => {
-      const made = send('TsAlert', 'new');
-      send(made, 'setIdentifier:', identifier);
-      send(made, 'setActivationType:response:', type, response);
-      return made;
+    const tell = (event, identifier, type = 0, response = null, ...args) => {
+      const alert = send('TsAlert', 'new');
+      send(alert, 'setIdentifier:', identifier);
+      send(alert, 'setActivationType:response:', type, response);
+      send(shared, `userNotificationCenter:${event}:`, null, ...args, alert);
     };
-    const tell = (event, ...args) => send(shared, `userNotificationCenter:${event}:`, null, ...args);
-    for (const type of [0, 1, 2, 3, 4, 5])
-      tell('didActivateNotification', alert('id', type, type === 3 ? 'text' : null));
+    for (const type of [0, 1, 2, 3, 4, 5]) tell('didActivateNotification', 'id', type, type === 3 ? 'text' : null);
     for (const identifier of ['id', null]) {
-      tell('responseChanged:forNotification', identifier && 'so far', alert(identifier, 0, 'so far'));
-      tell('didDismissAlert', alert(identifier, 0, null));
-      tell('didDeliverNotification', alert(identifier, 0, null));
+      tell('responseChanged:forNotification', identifier, 0, 'so far', identifier && 'so far');
+      tell('didDismissAlert', identifier);
+      tell('didDeliverNotification', identifier);
     }
-    tell('didActivateNotification', alert(null, 1, 'x'));
+    tell('didActivateNotification', null, 1, 'x');
   });
   assert.deepStrictEqual(await client.ends(), [
     ...types.map((type) => ['id', type, type === 'replied' ? 'text' : '']),
@@ -320,8 +311,7 @@ test('past and malformed delivery times become ten seconds from now', async (t) 
 test('scheduled alerts survive a restart unchanged', async (t) => {
   const { env, server } = await session(t);
   const home = temporaryDirectory(t);
-  const options = { home, env };
-  const first = await startClient(t, options);
+  const first = await startClient(t, { home, env });
   const far = secondsFromNow(1000);
   const alert = { title: 'T\0ü😀', subtitle: 'a\nb', text: '<&>', sound: 'Basso', reply: true, placeholder: 'P' };
   await first.deliver('nul\0é', { ...alert, at: far });
@@ -344,13 +334,13 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   fs.mkdirSync(path.join(folder, 'f.alert'));
 
   await eventually(() => Date.now() / 1000 > due, 'the due time');
-  const second = await startClient(t, options);
+  const second = await startClient(t, { home, env });
   assert.strictEqual((await server.shown('due')).body, 'x');
   await eventually(async () => (await second.alerts()).delivered.length === 1, 'the delivery');
   assert.deepStrictEqual(await second.describe('nul\0é'), properties);
   await second.remove('nul\0é');
   await second.kill();
-  const third = await startClient(t, options);
+  const third = await startClient(t, { home, env });
   assert.deepStrictEqual(await third.alerts(), { delivered: ['due'], scheduled: [] });
   assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['due']); // prettier-ignore
 });
@@ -379,10 +369,8 @@ test('alerts on screen outlive the process: they can be withdrawn, and their cli
   const first = await startClient(t, options);
   for (const id of ['withdrawn', 'clicked', 'replaced', 'lost']) await first.deliver(id, { text: 'x' });
   const isShown = (line) => line.startsWith('didDeliverNotification: ');
-  await eventually(
-    async () => (await first.tell(({ infoLines }) => infoLines())).filter(isShown).length === 4,
-    'all four',
-  );
+  const shown = async () => (await first.tell(({ infoLines }) => infoLines())).filter(isShown);
+  await eventually(async () => (await shown()).length === 4, 'all four');
   // The order in which they are shown is not that of the calls.
   const idOf = (title) => server.calls('Notify').find(({ summary }) => summary === title).id;
   await first.kill();

@@ -2,14 +2,8 @@
 
 // The npm package in an empty project.
 
-const assert = require('assert');
-const { execFileSync, spawnSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { buildDirectory, root } = require('./support/addon');
-const { temporaryDirectory } = require('./support/child');
+const { assert, execFileSync, fs, path, spawnSync, test } = require('./support/node');
+const { buildDirectory, root, temporaryDirectory } = require('./support');
 
 const skip = process.env.TESSARO_NODE !== undefined;
 const name = `${process.platform}-${process.arch}-${process.versions.modules}`;
@@ -47,10 +41,9 @@ function install(t) {
   fs.mkdirSync(project);
   fs.writeFileSync(path.join(project, 'package.json'), '{ "private": true }');
   run('npm', 'install', '--prefix', project, '--offline', '--no-audit', '--no-fund', path.join(packed, tarball));
-  assert.deepStrictEqual(
-    fs.readdirSync(path.join(packed, 'debug', name)).sort(),
-    ['TessaroNative.node', 'TessaroPictures', 'TessaroRecorder', 'TessaroTransfers.so'].map((file) => `${file}.debug`),
-  );
+  const binaries = ['TessaroNative.node', 'TessaroPictures', 'TessaroRecorder', 'TessaroTransfers.so'];
+  const symbols = fs.readdirSync(path.join(packed, 'debug', name)).sort();
+  assert.deepStrictEqual(symbols, binaries.map((file) => `${file}.debug`)); // prettier-ignore
   return project;
 }
 
@@ -60,10 +53,8 @@ test('the package installs into an empty project and works there', { skip }, (t)
   const environment = { ...process.env, HOME: project, DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: '' };
   delete environment.TESSARO_BUILD_DIR;
   const result = spawnSync(process.execPath, ['-e', tenCalls], { cwd: project, env: environment, encoding: 'utf8' });
-  assert.deepStrictEqual(
-    [result.stdout, result.stderr],
-    ['["value",null,"string",true,false,null,0,false,false,true]\n', ''],
-  );
+  const printed = '["value",null,"string",true,false,null,0,false,false,true]\n';
+  assert.deepStrictEqual([result.stdout, result.stderr], [printed, '']);
 
   // The packed sources are all that a build reads.
   execFileSync('cmake', ['--preset', 'release', '-B', path.join(project, 'build')], { cwd: installed, stdio: 'pipe' });
@@ -79,8 +70,6 @@ test('the package installs into an empty project and works there', { skip }, (t)
     encoding: 'utf8',
   });
   assert.strictEqual(status, 1);
-  assert.match(
-    stderr,
-    /^TessaroNative has no binary for \S+, and building it needs more packages: apt-get install .+\n$/,
-  );
+  const reason = /^TessaroNative has no binary for \S+, and building it needs more packages: apt-get install .+\n$/;
+  assert.match(stderr, reason);
 });

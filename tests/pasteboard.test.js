@@ -1,14 +1,8 @@
 'use strict';
 
-const { execFileSync } = require('child_process');
 const crypto = require('crypto');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-const assert = require('assert');
-
-const { temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { scenarios, temporaryDirectory } = require('./support');
 
 const inSession = scenarios({
   display: true,
@@ -72,19 +66,16 @@ inSession.test('a snapshot of the application’s own contents restores every ty
 test('64 MiB come back whole, and go to other programs in pieces', async (t) => {
   const file = path.join(temporaryDirectory(t), 'large.png');
   fs.writeFileSync(file, crypto.randomBytes(64 << 20));
-  await inSession(
-    t,
-    async ({ assert, equal, fs, native, pasteboard, read }, image) => {
-      equal([native.writeFileContentsToGeneralPasteboard(image), native.doesPasteboardContainImage()], [true, 1]);
-      equal(native.saveGeneralPasteboard(), true);
-      pasteboard.put({ text: 'between' });
-      equal([native.restoreGeneralPasteboard(), pasteboard.types()], [true, ['public.png']]);
-      native.setFindStringToPasteboard('still there');
-      equal(native.getFindStringFromPasteboard(), 'still there');
-      assert.ok((await read('image/png')).equals(fs.readFileSync(image)));
-    },
-    file,
-  );
+  const scenario = async ({ assert, equal, fs, native, pasteboard, read }, image) => {
+    equal([native.writeFileContentsToGeneralPasteboard(image), native.doesPasteboardContainImage()], [true, 1]);
+    equal(native.saveGeneralPasteboard(), true);
+    pasteboard.put({ text: 'between' });
+    equal([native.restoreGeneralPasteboard(), pasteboard.types()], [true, ['public.png']]);
+    native.setFindStringToPasteboard('still there');
+    equal(native.getFindStringFromPasteboard(), 'still there');
+    assert.ok((await read('image/png')).equals(fs.readFileSync(image)));
+  };
+  await inSession(t, scenario, file);
 });
 
 inSession.test('contents of other programs are saved and restored byte by byte', async (fixture) => {
@@ -147,26 +138,23 @@ inSession.test('data with a provider are provided on the first request, once', a
 test('image files are copied by their extensions, and others are refused', async (t) => {
   const folder = temporaryDirectory(t);
   execFileSync('mkfifo', [path.join(folder, 'pipe.png')]);
-  await inSession(
-    t,
-    ({ equal, fs, native, pasteboard, path }, folder) => {
-      const content = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0, 255, 10]);
-      const write = (name) => native.writeFileContentsToGeneralPasteboard(path.join(folder, name));
-      const types = { 'a.png': 'public.png', 'a.JPEG': 'public.jpg', 'a.jpg': 'public.jpg', 'a.GIF': 'public.gif' };
-      for (const name of [...Object.keys(types), 'a.tiff']) fs.writeFileSync(path.join(folder, name), content);
-      for (const [name, type] of Object.entries(types)) {
-        equal([write(name), native.doesPasteboardContainImage()], [true, 1]);
-        equal(pasteboard.data(), [[type, content.toString('base64')]]);
-      }
-      const before = pasteboard.data();
-      for (const name of ['a.tiff', 'missing', '']) equal([write(name), pasteboard.data()], [false, before]);
-      for (const name of ['pipe.png', 'missing.gif']) equal(write(name), false);
-      pasteboard.put({ text: 'x' });
-      equal(native.doesPasteboardContainImage(), 0);
-      return true;
-    },
-    folder,
-  );
+  const scenario = ({ equal, fs, native, pasteboard, path }, folder) => {
+    const content = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0, 255, 10]);
+    const write = (name) => native.writeFileContentsToGeneralPasteboard(path.join(folder, name));
+    const types = { 'a.png': 'public.png', 'a.JPEG': 'public.jpg', 'a.jpg': 'public.jpg', 'a.GIF': 'public.gif' };
+    for (const name of [...Object.keys(types), 'a.tiff']) fs.writeFileSync(path.join(folder, name), content);
+    for (const [name, type] of Object.entries(types)) {
+      equal([write(name), native.doesPasteboardContainImage()], [true, 1]);
+      equal(pasteboard.data(), [[type, content.toString('base64')]]);
+    }
+    const before = pasteboard.data();
+    for (const name of ['a.tiff', 'missing', '']) equal([write(name), pasteboard.data()], [false, before]);
+    for (const name of ['pipe.png', 'missing.gif']) equal(write(name), false);
+    pasteboard.put({ text: 'x' });
+    equal(native.doesPasteboardContainImage(), 0);
+    return true;
+  };
+  await inSession(t, scenario, folder);
 });
 
 test('the find string is shared by all applications', async (t) => {

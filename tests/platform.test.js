@@ -1,43 +1,34 @@
 'use strict';
 
-const assert = require('assert');
 const net = require('net');
-const os = require('os');
-const path = require('path');
-const { test } = require('node:test');
-
-const { startBus } = require('./support/bus');
-const { temporaryDirectory } = require('./support/child');
-const { atEnd } = require('./support/cleanup');
-const { scenarios } = require('./support/scenario');
+const { assert, os, path, test } = require('./support/node');
+const { atEnd, scenarios, startBus, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 const onBus = (address) => plain.with({ env: { DBUS_SESSION_BUS_ADDRESS: address } });
 
 // ---- Queues
 
-plain.test(
-  'the main queue runs tasks in order, on later turns, and never starves the event loop',
-  async ({ assert, equal, platform }) => {
-    const seen = [];
-    const note = (name) => (where) => seen.push(`${name} ${where}`.trim());
-    platform.postDelayed(30, note('delayed 30'));
-    platform.postDelayed(10, note('delayed 10'));
-    platform.post(note('first'));
-    platform.post(note('second'));
-    seen.push('posted');
-    const counts = { posts: 0, immediates: 0 };
-    let isDone = false;
-    const postAgain = () => isDone || (++counts.posts && platform.post(postAgain));
-    const countImmediate = () => isDone || (++counts.immediates && setImmediate(countImmediate));
-    postAgain();
-    countImmediate();
-    await new Promise((resolve) => platform.postDelayed(100, resolve));
-    isDone = true;
-    equal(seen, ['posted', 'first main', 'second main', 'delayed 10', 'delayed 30']);
-    assert.ok(counts.posts <= counts.immediates * 3 + 10, `${counts.posts} posts, ${counts.immediates} immediates`);
-  },
-);
+plain.test('the main queue runs tasks in order, on later turns, and never starves the event loop', async (fixture) => {
+  const { assert, equal, platform } = fixture;
+  const seen = [];
+  const note = (name) => (where) => seen.push(`${name} ${where}`.trim());
+  platform.postDelayed(30, note('delayed 30'));
+  platform.postDelayed(10, note('delayed 10'));
+  platform.post(note('first'));
+  platform.post(note('second'));
+  seen.push('posted');
+  const counts = { posts: 0, immediates: 0 };
+  let isDone = false;
+  const postAgain = () => isDone || (++counts.posts && platform.post(postAgain));
+  const countImmediate = () => isDone || (++counts.immediates && setImmediate(countImmediate));
+  postAgain();
+  countImmediate();
+  await new Promise((resolve) => platform.postDelayed(100, resolve));
+  isDone = true;
+  equal(seen, ['posted', 'first main', 'second main', 'delayed 10', 'delayed 30']);
+  assert.ok(counts.posts <= counts.immediates * 3 + 10, `${counts.posts} posts, ${counts.immediates} immediates`);
+});
 
 plain.test(
   'tasks from four threads all run in the order of each thread, beside a task that raises',

@@ -2,15 +2,9 @@
 
 // Previews of files, and the panel that shows them.
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
 const sharp = require('sharp');
-
-const { temporaryDirectory } = require('./support/child');
-const { serve } = require('./support/requests');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { scenarios, serve, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 const inWindows = scenarios({
@@ -85,10 +79,8 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
     [write('long.txt', 'x'.repeat(1 << 20)), 64, [48, 64]],
     [write('-v [1].txt', 'a name like an option'), 64, [48, 64]],
   ];
-  const { answers, warnings } = await preview(
-    t,
-    table.map(([file, size]) => [file, size, target]),
-  );
+  const calls = table.map(([file, size]) => [file, size, target]);
+  const { answers, warnings } = await preview(t, calls);
   assert.strictEqual(warnings, 0);
   for (const [index, [file, , [width, height]]] of table.entries()) {
     assert.strictEqual(answers[index].length, 1, file);
@@ -108,22 +100,18 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
 test('previews of one image are the same, one after the other', async (t) => {
   const folder = temporaryDirectory(t);
   const image = path.join(__dirname, '..', 'docs', 'images', 'tour.png');
-  const pictures = await plain(
-    t,
-    async ({ eventually, native }, file, target) => {
-      const pictures = [];
-      for (let i = 0; i < 12; ++i) {
-        let answer;
-        native.generatePreview(file, 640, target, (...args) => (answer = args));
-        const [picture] = await eventually(() => answer, 'the preview');
-        const bytes = picture && require('fs').readFileSync(picture);
-        pictures.push(bytes && require('crypto').createHash('sha256').update(bytes).digest('hex'));
-      }
-      return pictures;
-    },
-    image,
-    folder,
-  );
+  const scenario = async ({ eventually, native }, file, target) => {
+    const pictures = [];
+    for (let i = 0; i < 12; ++i) {
+      let answer;
+      native.generatePreview(file, 640, target, (...args) => (answer = args));
+      const [picture] = await eventually(() => answer, 'the preview');
+      const bytes = picture && require('fs').readFileSync(picture);
+      pictures.push(bytes && require('crypto').createHash('sha256').update(bytes).digest('hex'));
+    }
+    return pictures;
+  };
+  const pictures = await plain(t, scenario, image, folder);
   assert.ok(pictures[0]);
   assert.deepStrictEqual(new Set(pictures).size, 1);
 });
@@ -203,17 +191,13 @@ test('previews don’t block script, and may be unfinished when the process ends
   await sharp(noise, { raw: { width: 2000, height: 2000, channels: 3 } })
     .png({ compressionLevel: 0 })
     .toFile(file);
-  const { code, stdout } = await plain.ends(
-    t,
-    ({ native, print }, image, target) => {
-      const start = Date.now();
-      for (let i = 0; i < 8; ++i) native.generatePreview(image, 500 + i, target, () => {});
-      print(Date.now() - start < 2000);
-      process.exit(0);
-    },
-    file,
-    folder,
-  );
+  const scenario = ({ native, print }, image, target) => {
+    const start = Date.now();
+    for (let i = 0; i < 8; ++i) native.generatePreview(image, 500 + i, target, () => {});
+    print(Date.now() - start < 2000);
+    process.exit(0);
+  };
+  const { code, stdout } = await plain.ends(t, scenario, file, folder);
   assert.deepStrictEqual([code, stdout], [0, 'true\n']);
 });
 
@@ -224,38 +208,31 @@ test('the panel shows the preview; keys and buttons change the file; the callbac
   const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
   const contents = ['a text', svg('<rect width="200" height="100" fill="#fe0102"/>'), '\0\x01'];
   files.forEach((file, index) => fs.writeFileSync(file, contents[index]));
-  const closed = await inWindows(
-    t,
-    async (
-      { attempt, clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown },
-      paths,
-      screen,
-    ) => {
-      const closed = [];
-      native.quickLook(await open({ title: 'First' }), JSON.stringify(paths), 0, (...args) => closed.push(args));
-      const panel = await shown('one.txt');
-      await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
-      const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
-      await eventually(async () => {
-        await attempt('import', '-window', panel, screen);
-        return (await attempt('convert', screen, middle))?.startsWith('FE0102');
-      }, 'the picture');
-      const press = async (x, name) => {
-        const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
-        await clickUntil(panel, [x, height - 22], () => search(name), name);
-      };
-      await press(70, 'three.bin');
-      await run('xdotool', 'key', 'Right');
-      await press(30, 'two.svg');
-      await keyUntil(panel, 'Left', () => search('one.txt'), 'the first');
-      await keyUntil(panel, 'Escape', async () => !(await search('one.txt')), 'its end');
-      await eventually(() => closed.length > 0, 'the callback');
-      for (let i = 0; i < 50; ++i) await nextTurn();
-      return closed;
-    },
-    files,
-    path.join(folder, 'screen.png'),
-  );
+  const scenario = async (fixture, paths, screen) => {
+    const { attempt, clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown } = fixture;
+    const closed = [];
+    native.quickLook(await open({ title: 'First' }), JSON.stringify(paths), 0, (...args) => closed.push(args));
+    const panel = await shown('one.txt');
+    await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
+    const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
+    await eventually(async () => {
+      await attempt('import', '-window', panel, screen);
+      return (await attempt('convert', screen, middle))?.startsWith('FE0102');
+    }, 'the picture');
+    const press = async (x, name) => {
+      const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
+      await clickUntil(panel, [x, height - 22], () => search(name), name);
+    };
+    await press(70, 'three.bin');
+    await run('xdotool', 'key', 'Right');
+    await press(30, 'two.svg');
+    await keyUntil(panel, 'Left', () => search('one.txt'), 'the first');
+    await keyUntil(panel, 'Escape', async () => !(await search('one.txt')), 'its end');
+    await eventually(() => closed.length > 0, 'the callback');
+    for (let i = 0; i < 50; ++i) await nextTurn();
+    return closed;
+  };
+  const closed = await inWindows(t, scenario, files, path.join(folder, 'screen.png'));
   assert.deepStrictEqual(closed, [[files[0]]]);
 });
 

@@ -1,17 +1,8 @@
 'use strict';
 
-const assert = require('assert');
-const { spawnSync } = require('child_process');
-const fs = require('fs');
 const net = require('net');
-const path = require('path');
-const { test } = require('node:test');
-
-const { Applications } = require('./support/applications');
-const { startAudioServer, tone } = require('./support/audio');
-const { temporaryDirectory } = require('./support/child');
-const { atEnd } = require('./support/cleanup');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, spawnSync, test } = require('./support/node');
+const { Applications, atEnd, scenarios, startAudioServer, temporaryDirectory, tone } = require('./support');
 
 // A network namespace for the test, without a default route until the test adds one.
 const ownNetwork = ['unshare', '--map-root-user', '--net'];
@@ -62,17 +53,12 @@ test('the queries read the flag word', async (t) => {
     const string = status === 2 ? 'WiFi' : 'No Connection';
     return [word, [status, string, `<TsReachability: (${flags})>`, true, ...names.sort()]];
   });
-  await plain.table(
-    t,
-    table,
-    ({ reachability, sendMessage: send }, word, all) => {
-      const monitor = reachability.monitor(word);
-      const values = ['currentReachabilityStatus', 'currentReachabilityString', 'description', 'reachableOnWWAN'];
-      const yes = all.filter((name) => send(monitor, name)).sort();
-      return [...values.map((name) => send(monitor, name)), ...yes];
-    },
-    queries,
-  );
+  const ask = ({ reachability, sendMessage: send }, word, all) => {
+    const monitor = reachability.monitor(word);
+    const values = ['currentReachabilityStatus', 'currentReachabilityString', 'description', 'reachableOnWWAN'];
+    return [...values.map((name) => send(monitor, name)), ...all.filter((name) => send(monitor, name)).sort()];
+  };
+  await plain.table(t, table, ask, queries);
 });
 
 test('targets are addresses, names and the internet', { skip: noNetwork }, async (t) => {
@@ -118,10 +104,8 @@ test('script receives every change of the default route, with the current state'
     return [before, seen];
   });
   assert.strictEqual(before, false);
-  assert.deepStrictEqual(
-    seen,
-    [true, false, true, false, true, false, true].map((state) => [true, state, state]),
-  );
+  const states = Array.from({ length: 7 }, (_, i) => i % 2 === 0);
+  assert.deepStrictEqual(seen, states.map((state) => [true, state, state])); // prettier-ignore
 });
 
 test('a monitor calls its blocks on its queue, and posts on the main queue', { skip: noNetwork }, async (t) => {
@@ -169,18 +153,14 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
   for (const [id, type] of [['com.todoist.mac.Todoist', 'x-scheme-handler/todoist'], ['org.example.Viewer', 'text/plain']])
     applications.add(id, { types: [type] }); // prettier-ignore
   const folder = temporaryDirectory(t);
-  const write = (name, contents) => {
-    const file = path.join(folder, name);
-    fs.mkdirSync(path.dirname(file), { recursive: true });
-    fs.writeFileSync(file, contents);
-    return file;
-  };
+  const write = (name, contents) => fs.writeFileSync(path.join(folder, name), contents) ?? path.join(folder, name);
   const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
   const [svg, size] = ['<svg xmlns="http://www.w3.org/2000/svg"', 'width="2000" height="2000"'];
   const filtered = `<filter id="f">${noise.join('')}</filter><rect ${size} filter="url(#f)"/>`;
   const drawing = write('hostile.svg', `${svg} ${size}>${filtered}</svg>`);
   const letter = write('letter.txt', 'Dear Ann');
   const names = write('resolv.conf', 'nameserver 10.9.0.254\n');
+  fs.mkdirSync(path.join(folder, 'Library', 'Sounds'), { recursive: true });
   write('Library/Sounds/quiet.wav', tone({ amplitude: 1000, seconds: 1 }));
   const audio = await startAudioServer(t, temporaryDirectory(t));
   audio.pause();

@@ -2,16 +2,9 @@
 
 // The services that the module offers to other GNUstep applications, used from a second process, and theirs.
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { eventually, node, root, scenarios, temporaryDirectory } = require('./support');
 const { redirectGNUstep } = require('../host/gnustepHome');
-const { root } = require('./support/addon');
-const { eventually, node, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
 
 const provider = scenarios({ display: true, host: { argv0: 'TessaroHost' } });
 const user = provider.with({ host: { argv0: 'OtherApplication' } });
@@ -49,16 +42,13 @@ test('another process searches, mails a selection, files, and to an address', as
   const home = homeWithHost(t);
   const child = await startProvider(t, home);
   const files = ['/nowhere/a b.pdf', '/etc/hosts'];
-  const failure = await user.with({ home })(
-    t,
-    async ({ composition, native }, paths) => {
-      native.performService('TessaroHost/Search Selection', 'quarterly “report”');
-      native.performService('TessaroHost/Mail Selection', 'one\ntwo');
-      native.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
-      return composition.performWithFiles('TessaroHost/Mail Document', paths);
-    },
-    files,
-  );
+  const scenario = async ({ composition, native }, paths) => {
+    native.performService('TessaroHost/Search Selection', 'quarterly “report”');
+    native.performService('TessaroHost/Mail Selection', 'one\ntwo');
+    native.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
+    return composition.performWithFiles('TessaroHost/Mail Document', paths);
+  };
+  const failure = await user.with({ home })(t, scenario, files);
   assert.strictEqual(failure, '');
   await child.report(3);
   assert.deepStrictEqual(child.reports, [
@@ -69,32 +59,35 @@ test('another process searches, mails a selection, files, and to an address', as
   ]);
 });
 
-provider.test(
-  'a service without its data on the pasteboard gives an error, and does nothing',
-  ({ composition: { serve }, equal, native, sendMessage: send }) => {
-    let [composed, searched] = [0, 0];
-    native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
-    native.setSearchServiceCallbackFunction(() => ++searched);
-    const count = () => send('TsASOutgoingMessage', 'outgoingMessages').length;
-    const [text, files] = ['NSStringPboardType', 'NSFilenamesPboardType'];
-    const missing = {
-      searchSelection: 'No search string has been selected.',
-      mailSelection: 'No text has been selected.',
-      mailTo: 'No email address has been selected.',
-      mailDocument: "Pasteboard doesn't contain one or more files names.",
-    };
-    for (const [method, reason] of Object.entries(missing)) {
-      const wrong = method === 'mailDocument' ? [text, '/x'] : [files, ['/x']];
-      for (const given of [[text, null], wrong]) equal(serve(method, ...given)[0], `Error: ${reason}`);
-    }
-    equal([composed, searched, count()], [0, 0, 0]);
-    for (const method of ['mailSelection', 'searchSelection', 'mailTo']) {
-      equal(serve(method, text, 'x'), [null, '', [text]]);
-    }
-    equal(serve('mailDocument', files, ['/x']), [null, null, [files]]);
-    equal([composed, searched, count()], [3, 1, 3]);
-  },
-);
+provider.test('a service without its data on the pasteboard gives an error, and does nothing', (fixture) => {
+  const {
+    composition: { serve },
+    equal,
+    native,
+    sendMessage: send,
+  } = fixture;
+  let [composed, searched] = [0, 0];
+  native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
+  native.setSearchServiceCallbackFunction(() => ++searched);
+  const count = () => send('TsASOutgoingMessage', 'outgoingMessages').length;
+  const [text, files] = ['NSStringPboardType', 'NSFilenamesPboardType'];
+  const missing = {
+    searchSelection: 'No search string has been selected.',
+    mailSelection: 'No text has been selected.',
+    mailTo: 'No email address has been selected.',
+    mailDocument: "Pasteboard doesn't contain one or more files names.",
+  };
+  for (const [method, reason] of Object.entries(missing)) {
+    const wrong = method === 'mailDocument' ? [text, '/x'] : [files, ['/x']];
+    for (const given of [[text, null], wrong]) equal(serve(method, ...given)[0], `Error: ${reason}`);
+  }
+  equal([composed, searched, count()], [0, 0, 0]);
+  for (const method of ['mailSelection', 'searchSelection', 'mailTo']) {
+    equal(serve(method, text, 'x'), [null, '', [text]]);
+  }
+  equal(serve('mailDocument', files, ['/x']), [null, null, [files]]);
+  equal([composed, searched, count()], [3, 1, 3]);
+});
 
 /** An application in `home` that offers one service, whose program is `program`; without one it can't be started. */
 function addApplication(home, name, message, program) {

@@ -1,13 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { eventually, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { eventually, scenarios, temporaryDirectory } = require('./support');
 
 /** Scenarios in a home that several processes share. */
 function inHome(t, home = temporaryDirectory(t)) {
@@ -28,15 +22,8 @@ function writeFile(file, contents) {
 test('synchronised values survive a crash, and read back with their types', async (t) => {
   const run = inHome(t);
   const numbers = [true, false, 2, -1, 2147483647, -2147483648];
-  const texts = [
-    '',
-    '  spaces ',
-    'Grüße <&> "x" \'y\'',
-    '😀 \u{10ffff}',
-    'a\r\nb\tc',
-    'nul\0\u0001\u001f',
-    'x'.repeat(1e5),
-  ];
+  const long = 'x'.repeat(1e5);
+  const texts = ['', '  spaces ', 'Grüße <&> "x" \'y\'', '😀 \u{10ffff}', 'a\r\nb\tc', 'nul\0\u0001\u001f', long];
   const table = [
     [0, false],
     [1, true],

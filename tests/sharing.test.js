@@ -2,14 +2,9 @@
 
 // The menu of sharing targets, with real clicks: every target is a program that records its arguments.
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
 const { fileURLToPath } = require('url');
-
-const { Applications } = require('./support/applications');
-const { eventually, temporaryDirectory } = require('./support/child');
+const { assert, fs, path, test } = require('./support/node');
+const { Applications, eventually, temporaryDirectory } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const place = { x: 100, y: 60, width: 40, height: 20 };

@@ -1,14 +1,10 @@
 'use strict';
 
-// Global shortcuts: recorded with keys that are really pressed, heard while other windows have the keyboard, and refused
-// with a reason.
+// Global shortcuts: recorded with real keys, active while other windows have the keyboard, and refused with a reason.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { eventually } = require('./support/child');
+const { assert, test } = require('./support/node');
+const { eventually, scenarios } = require('./support');
 const { shift, control, option, command } = require('./support/keys');
-const { scenarios } = require('./support/scenario');
 
 const withoutDisplay = scenarios({
   host: true,
@@ -21,16 +17,13 @@ const withoutDisplay = scenarios({
       if (name === 'TsKeyboardShortcutMonitorUpdated') statuses.push(userInfo);
       if (name === 'TsGlobalShortcutAction') actions.push(userInfo['defaults-key']);
     });
-    const archive = (keyCode, modifiers) => Buffer.from(shortcuts.archives([keyCode, modifiers])[0], 'base64');
-    const make = (keyCode, modifiers) =>
-      sendMessage('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', keyCode, modifiers);
+    const archive = (...shortcut) => Buffer.from(shortcuts.archives(shortcut)[0], 'base64');
+    const make = (...shortcut) => sendMessage('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', ...shortcut);
     return {
       ...{ actions, archive, make, statuses },
       archiveOf: (value) => sendMessage('NSKeyedArchiver', 'archivedDataWithRootObject:', value),
-      status: (shortcut, more) => ({
-        ...{ shortcut, error: '', 'existing?': false, 'valid?': true, 'monitoring?': true },
-        ...more,
-      }),
+      status: (shortcut, more) =>
+        Object.assign({ shortcut, error: '', 'existing?': false, 'valid?': true, 'monitoring?': true }, more),
       nameOf: (...shortcut) => get(make(...shortcut), 'description'),
       storedName: (name) => native.globalShortcutDescriptionForDefaultsKey(name),
       bind(name, ...shortcut) {
@@ -170,9 +163,8 @@ inSession.test('a recording shows modifiers, refuses invalid shortcuts and accep
 });
 
 inSession.test('Escape, Delete, Forward Delete and a stop restore the earlier shortcut', async (fixture) => {
-  const { archive, command, equal, eventually, host, key, native, openWindow, shift, start, status, statuses, stop } =
-    fixture;
-  const { storedName } = fixture;
+  const { archive, command, equal, eventually, host, key, native, openWindow } = fixture;
+  const { shift, start, status, statuses, stop, storedName } = fixture;
   await openWindow();
   const existing = { 'existing?': true };
   const ended = { ...existing, 'monitoring?': false };

@@ -1,9 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { scenarios } = require('./support/scenario');
+const { assert, test } = require('./support/node');
+const { scenarios } = require('./support');
 
 const plain = scenarios();
 const collecting = plain.with({ nodeOptions: ['--expose-gc'] });
@@ -33,45 +31,39 @@ plain.test('the message text is the result of the current-state callback', ({ cu
   equal(texts, ['text', '42', null, null, '']);
 });
 
-collecting.test(
-  'a slot keeps only the last function and releases the earlier one',
-  async ({ callReachability, equal, native, nextTurn }) => {
-    const seen = [];
-    let first = (value) => seen.push(`first ${value}`);
-    const weak = new WeakRef(first);
-    native.setNetworkReachabilityCallbackFunction(first);
-    first = null;
-    callReachability(true);
-    native.setNetworkReachabilityCallbackFunction((value) => seen.push(`second ${value}`));
-    callReachability(false);
-    await nextTurn();
-    gc();
-    await nextTurn();
-    equal([seen, weak.deref()], [['first true', 'second false'], undefined]);
-  },
-);
+collecting.test('a slot keeps only the last function and releases the earlier one', async (fixture) => {
+  const { callReachability, equal, native, nextTurn } = fixture;
+  const seen = [];
+  let first = (value) => seen.push(`first ${value}`);
+  const weak = new WeakRef(first);
+  native.setNetworkReachabilityCallbackFunction(first);
+  first = null;
+  callReachability(true);
+  native.setNetworkReachabilityCallbackFunction((value) => seen.push(`second ${value}`));
+  callReachability(false);
+  await nextTurn();
+  gc();
+  await nextTurn();
+  equal([seen, weak.deref()], [['first true', 'second false'], undefined]);
+});
 
-collecting.test(
-  'a callback may replace itself, call the module and be called again at the same time',
-  ({ callReachability, currentMessageText, equal, native }) => {
-    const seen = [];
-    native.setCurrentStateCallbackFunction(() => 'inner');
-    native.setNetworkReachabilityCallbackFunction((value) => {
-      native.setNetworkReachabilityCallbackFunction((later) => seen.push(`later ${later}`));
-      gc();
-      seen.push(`now ${value} ${currentMessageText()}`);
-      callReachability(!value);
-    });
-    callReachability(true);
-    equal(seen, ['now true inner', 'later false']);
-  },
-);
+collecting.test('a callback may replace itself, call the module and be called again at the same time', (fixture) => {
+  const { callReachability, currentMessageText, equal, native } = fixture;
+  const seen = [];
+  native.setCurrentStateCallbackFunction(() => 'inner');
+  native.setNetworkReachabilityCallbackFunction((value) => {
+    native.setNetworkReachabilityCallbackFunction((later) => seen.push(`later ${later}`));
+    gc();
+    seen.push(`now ${value} ${currentMessageText()}`);
+    callReachability(!value);
+  });
+  callReachability(true);
+  equal(seen, ['now true inner', 'later false']);
+});
 
 test('an exception of a callback reaches the calling script, or is an uncaught exception in the event loop', async (t) => {
-  const callLater = (
-    { assert, callReachability, callReachabilityLater, currentMessageText, native, print },
-    isHandled,
-  ) => {
+  const callLater = (fixture, isHandled) => {
+    const { assert, callReachability, callReachabilityLater, currentMessageText, native, print } = fixture;
     const fail = () => {
       throw new Error('mine');
     };
@@ -129,15 +121,13 @@ test('values that are no functions are kept, and fail inside the engine when the
   assert.deepStrictEqual([later.code, later.stdout], [0, '"TypeError"\n']);
 });
 
-plain.test(
-  'arguments arrive in order: texts, handles, truth values',
-  ({ callDragAndDrop, describeHandle, equal, native }) => {
-    let seen;
-    native.setDragAndDropCallbackFunction((...args) => (seen = args));
-    callDragAndDrop();
-    equal([seen[0], describeHandle(seen[1]), seen[2], seen.length], ['drop', 'main bundle', '[]', 3]);
-  },
-);
+plain.test('arguments arrive in order: texts, handles, truth values', (fixture) => {
+  const { callDragAndDrop, describeHandle, equal, native } = fixture;
+  let seen;
+  native.setDragAndDropCallbackFunction((...args) => (seen = args));
+  callDragAndDrop();
+  equal([seen[0], describeHandle(seen[1]), seen[2], seen.length], ['drop', 'main bundle', '[]', 3]);
+});
 
 plain.test('composed messages and searches of other applications reach their callbacks', async (fixture) => {
   const { captureLog, equal, eventually, log, native, postNotification, postNotificationFromThread } = fixture;

@@ -1,16 +1,8 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { startClient } = require('./support/alerts');
-const { startAudioServer, tone } = require('./support/audio');
-const { startBus } = require('./support/bus');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { startNotificationServer } = require('./support/notificationServer');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { eventually, scenarios, startAudioServer, startBus, startClient } = require('./support');
+const { startNotificationServer, temporaryDirectory, tone } = require('./support');
 
 /** A home with these files in its sound folder. */
 function homeWithSounds(t, files) {
@@ -49,19 +41,13 @@ test('every playable sound is listed once, sorted case-sensitively', async (t) =
   const names = await soundNames(t, { home });
   // Foundation compares decomposed characters.
   const own = ['Äther', 'Basso', 'Upper', 'Zoo', 'twice', 'two.dots', 'zebra'];
-  assert.deepStrictEqual(
-    names.filter((name) => own.includes(name)),
-    own,
-  );
-  assert.deepStrictEqual(names, [...new Set(names)]);
+  const listed = (all) => names.filter((name) => all.includes(name));
+  assert.deepStrictEqual(listed(own), own);
   const ascii = names.filter((name) => name !== 'Äther');
-  assert.deepStrictEqual(ascii, [...ascii].sort());
+  assert.deepStrictEqual(ascii, [...new Set(ascii)].sort());
   const unplayable = ['text', 'empty', 'sound', '.wav', '', 'link', 'folder', 'New Mail'];
   const ofDesktopAndGNUstep = ['bell', 'message-new-instant', 'Ping', 'Tink'];
-  assert.deepStrictEqual(
-    [...unplayable, ...ofDesktopAndGNUstep].filter((name) => names.includes(name)),
-    ofDesktopAndGNUstep,
-  );
+  assert.deepStrictEqual(listed([...unplayable, ...ofDesktopAndGNUstep]).sort(), [...ofDesktopAndGNUstep].sort());
 });
 
 test('the list is made once in a process, and a sound whose file was deleted since is not played', async (t) => {
@@ -97,15 +83,14 @@ test('sounds of the chosen desktop theme and of the themes it inherits from are 
 });
 
 plain.test('sounds of the same name are equal', ({ equal, sendMessage: send }) => {
-  const [ping, same, other] = ['/a/Ping.wav', 'b/Ping.oga', 'ping'].map((path) =>
-    send('TsSound', 'soundWithPath:', path),
-  );
+  const sound = (path) => send('TsSound', 'soundWithPath:', path);
+  const [ping, same, other] = ['/a/Ping.wav', 'b/Ping.oga', 'ping'].map(sound);
   const areEqual = (one, another) => [send(one, 'isEqual:', another), send(one, 'hash') === send(another, 'hash')];
   equal(areEqual(ping, same), [true, true]);
   equal(areEqual(ping, other), [false, false]);
   equal(send(ping, 'isEqual:', null), false);
   equal(send(ping, 'description'), 'Ping');
-  equal(send('TsSound', 'soundWithPath:', null), null);
+  equal(sound(null), null);
 });
 
 test('a preview is audible, and the next one cuts it off', async (t) => {
@@ -147,9 +132,7 @@ test('alert sounds are played by the module if the notification server plays non
   assert.strictEqual(audio.peak(), 0);
   await client.deliver('heard', { sound: 'loud' });
   await eventually(() => audio.peak() > 12000, 'the alert is heard');
-  const lines = await client.tell(({ debugLines }) =>
-    debugLines().filter((line) => line.startsWith('sound with name')),
-  );
+  const lines = (await client.tell(({ debugLines }) => debugLines())).filter((line) => line.startsWith('sound with'));
   assert.deepStrictEqual(lines, ["sound with name 'none' '(null)' (null)", "sound with name 'loud' 'loud' loud"]);
 });
 

@@ -1,13 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { root } = require('./support/addon');
-const { runScript } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { root, runScript, scenarios } = require('./support');
 
 const plain = scenarios();
 
@@ -29,36 +23,25 @@ test('a clean load through the package writes its log, and nothing to standard e
   const result = await runScript(t, `const m = require(${JSON.stringify(root)}); console.log(typeof m.loadFScript);`);
   assert.deepStrictEqual([result.code, result.stdout, result.stderr], [0, 'function\n', '']);
   const folder = path.join(result.home, 'state', 'node', 'logs');
-  const text = fs
-    .readdirSync(folder)
-    .map((name) => fs.readFileSync(path.join(folder, name), 'utf8'))
-    .join('');
-  const lines = text
-    .trim()
-    .split('\n')
-    .map((line) => line.replace(/^\S+ \S+ \[(\w+)\] (.*) \(src\/\S+:\d+ .*\)$/, '$1 $2'));
-  assert.deepStrictEqual(
-    lines.map((line) => line.replace(/Dark Mode: \d \S+ \(0\)/, 'Dark Mode')),
-    [
-      'info Native Module logging initialized!',
-      "error Cannot patch as I didn't find application class",
-      'info Process is running natively, keeping DisableGPU unchanged',
-      ...Array(2).fill("error Cannot patch as I didn't find application class"),
-      'debug Dark Mode',
-      'info *** Tessaro Native Module Started ***',
-    ],
-  );
+  const [log] = fs.readdirSync(folder).map((name) => fs.readFileSync(path.join(folder, name), 'utf8'));
+  const lines = log.trim().split('\n').map((line) => line.replace(/^\S+ \S+ \[(\w+)\] (.*) \(src\/\S+:\d+ .*\)$/, '$1 $2')); // prettier-ignore
+  const texts = lines.map((line) => line.replace(/Dark Mode: \d \S+ \(0\)/, 'Dark Mode'));
+  const unpatched = "error Cannot patch as I didn't find application class";
+  const expected = [
+    ...['info Native Module logging initialized!', unpatched],
+    ...['info Process is running natively, keeping DisableGPU unchanged', unpatched, unpatched],
+    ...['debug Dark Mode', 'info *** Tessaro Native Module Started ***'],
+  ];
+  assert.deepStrictEqual(texts, expected);
 });
 
-plain.test(
-  'the GPU is disabled unless the process is known to run natively',
-  ({ equal, disableGPUUnlessNative, translationState }) => {
-    const { ENOENT, EPERM } = require('os').constants.errno;
-    const states = [[1, 0], [0, 0], [0, ENOENT], [0, EPERM]].map(([value, error]) => translationState(value, error)); // prettier-ignore
-    equal(states, [1, 0, 0, -1]);
-    equal([0, 1, -1].map(disableGPUUnlessNative), [false, true, true]);
-  },
-);
+plain.test('the GPU is disabled unless the process is known to run natively', (fixture) => {
+  const { equal, disableGPUUnlessNative, translationState } = fixture;
+  const { ENOENT, EPERM } = require('os').constants.errno;
+  const states = [[1, 0], [0, 0], [0, ENOENT], [0, EPERM]].map(([value, error]) => translationState(value, error)); // prettier-ignore
+  equal(states, [1, 0, 0, -1]);
+  equal([0, 1, -1].map(disableGPUUnlessNative), [false, true, true]);
+});
 
 plain.test('core questions have answers without a display or a bus', ({ assert, equal, native: m, path }) => {
   equal([m.loadFScript(), m.isDarkMode(), path.isAbsolute(m.getBundlePath())], [undefined, false, true]);
@@ -79,17 +62,15 @@ plain.test('an Objective-C exception ends at the boundary, is logged, and answer
   );
 });
 
-plain.test(
-  'without a window server, functions that need one say so and answer "nothing"',
-  ({ captureLog, equal, log, native, windowOnly }) => {
-    captureLog();
-    equal([windowOnly(), native.hasMainWindow()], [null, false]);
-    equal(
-      log(),
-      ['windowOnly', 'hasMainWindow'].map((name) => `${name} needs a window server, and there is none`),
-    );
-  },
-);
+plain.test('without a window server, functions that need one say so and answer "nothing"', (fixture) => {
+  const { captureLog, equal, log, native, windowOnly } = fixture;
+  captureLog();
+  equal([windowOnly(), native.hasMainWindow()], [null, false]);
+  equal(
+    log(),
+    ['windowOnly', 'hasMainWindow'].map((name) => `${name} needs a window server, and there is none`),
+  );
+});
 
 test('a worker is refused with an error, before and after the main thread has loaded the module', async (t) => {
   const message = 'TessaroNative works on the main thread only, not in a worker';
@@ -141,26 +122,4 @@ test('the process ends well: by itself, by exit during a callback, and with exce
     const { code, signal, stderr } = await plain.ends(t, end, expected);
     assert.deepStrictEqual([code, signal, stderr], [expected, null, '']);
   }
-});
-
-test('10 000 callbacks set and called leave no memory behind', async (t) => {
-  // AddressSanitizer would keep what was freed.
-  const env = { ASAN_OPTIONS: 'detect_leaks=0:quarantine_size_mb=1' };
-  const run = plain.with({ nodeOptions: ['--expose-gc'], env });
-  const growth = await run(t, ({ callReachability, echoAutoreleased, native }) => {
-    const work = (rounds) => {
-      for (let i = 0; i < rounds * 10000; ++i) {
-        native.setNetworkReachabilityCallbackFunction(() => i);
-        callReachability(true);
-        native.setCurrentURL(`https://example.org/${i}`, 'x'.repeat(1000), 'title 你好');
-        echoAutoreleased('y'.repeat(1000));
-        if (i % 10000 === 9999) gc();
-      }
-      return process.memoryUsage.rss();
-    };
-    const before = work(2);
-    return (work(3) - before) / 1048576;
-  });
-  // Three rounds move 60 MB of text: a leak of any of it would show.
-  assert.ok(growth < 15, `${growth} MB`);
 });

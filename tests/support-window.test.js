@@ -2,12 +2,8 @@
 
 // The support and feedback window, with real clicks and keys.
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { eventually, temporaryDirectory } = require('./support/child');
+const { assert, fs, path, test } = require('./support/node');
+const { eventually, temporaryDirectory } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const title = 'Support and Feedback';
@@ -80,12 +76,8 @@ test('the support window', async (t) => {
     assert.strictEqual((await contents(person)).at(-1).length, 2);
     await person.clickButton(title, 'Send', () => person.reports.length > 0);
     const { log, attachments, ...texts } = await person.report(0);
-    assert.deepStrictEqual(texts, {
-      name: 'Zoë Lee',
-      email: 'zoe@example.org',
-      subject: 'It crashes',
-      message: 'When I click.\nTwice.',
-    });
+    const message = 'When I click.\nTwice.';
+    assert.deepStrictEqual(texts, { name: 'Zoë Lee', email: 'zoe@example.org', subject: 'It crashes', message });
     assert.deepStrictEqual(JSON.parse(attachments), [files[0], files[2]]);
     assert.match(fs.readFileSync(log, 'utf8'), /There is no file \/none to attach/);
     await person.isGone(title);

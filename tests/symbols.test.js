@@ -3,13 +3,8 @@
 // The engine comes first where the dynamic linker looks for a symbol. A library of ours that imports something which
 // the engine exports gets the engine's copy, in the engine's version.
 
-const assert = require('assert');
-const { execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { buildDirectory } = require('./support/addon');
+const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { buildDirectory } = require('./support');
 
 // The engine's own interfaces, and the C and C++ run times, of which a process has one.
 const wanted = [
@@ -62,10 +57,8 @@ test('the library for transfers brings what it takes from other libraries', () =
   const before = new Set(libraries(addon));
   const brought = libraries(transfers).filter((file) => !before.has(file));
   const own = [transfers, ...brought];
-  const left = own.flatMap((user) =>
-    foreign(user).filter((name) => !own.some((file) => symbols(file, 'defined').has(name))),
-  );
-  assert.deepStrictEqual(left, []);
+  const isOwn = (name) => own.some((file) => symbols(file, 'defined').has(name));
+  assert.deepStrictEqual(own.flatMap(foreign).filter((name) => !isOwn(name)), []); // prettier-ignore
 });
 
 test('a shared library gets all that it imports of another from the engine, or nothing', () => {

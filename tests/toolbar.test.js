@@ -2,11 +2,8 @@
 
 // Toolbars: their definitions, the questions and reports to script, and real clicks.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
-const { eventually, temporaryDirectory } = require('./support/child');
-const { scenarios } = require('./support/scenario');
+const { assert, test } = require('./support/node');
+const { eventually, scenarios, temporaryDirectory } = require('./support');
 
 const inWindows = scenarios({
   display: true,
@@ -14,14 +11,12 @@ const inWindows = scenarios({
   fixture({ get, native, open, sendMessage: send }) {
     const image = 'SB_Default_Template';
     const shown = { 'default?': true };
+    const texts = { 'palette-label': 'Archive messages', tooltip: 'Archive them' };
     const definition = {
       identifier: 'main',
       items: [
         { identifier: 'inbox', label: 'Inbox', 'image-name': image, 'selectable?': true, ...shown },
-        {
-          ...{ identifier: 'archive', label: 'Archive', 'palette-label': 'Archive messages', tooltip: 'Archive them' },
-          ...{ 'image-name': image, 'button?': true, ...shown },
-        },
+        { identifier: 'archive', label: 'Archive', 'image-name': image, 'button?': true, ...texts, ...shown },
         { type: 'flexible-space', ...shown },
         { type: 'separator', ...shown },
         { identifier: 'plain', label: 'Plain', 'selectable?': true, 'selected?': true, ...shown },
@@ -148,7 +143,7 @@ inWindows.test('the add-tab button adds its space once, and removes it again', a
   const { addTab, equal, identifiers, insert, native, openWithToolbar, sendMessage } = fixture;
   await openWithToolbar();
   const [space, flexible] = ['NSToolbarSpaceItem', 'NSToolbarFlexibleSpaceItem'];
-  const append = (name) => insert(name, identifiers().length);
+  const [spare, more] = ['spare', flexible].map((name) => () => insert(name, identifiers().length));
   const show = () => native.showAddTabButton(7);
   const hide = () => native.hideAddTabButton(7);
   const table = [
@@ -156,15 +151,13 @@ inWindows.test('the add-tab button adds its space once, and removes it again', a
     [[show, show], [space]],
     [[hide], []],
     [
-      [show, () => append('spare')],
+      [show, spare, hide],
       [space, 'spare'],
     ],
-    [[hide], [space, 'spare']],
     [
-      [() => append(flexible), show],
+      [more, show, hide],
       [space, 'spare', flexible],
     ],
-    [[hide], [space, 'spare', flexible]],
   ];
   for (const [changes, added] of table) {
     for (const change of changes) change();
@@ -314,11 +307,7 @@ test('malformed items are skipped or reduced to their valid parts', async (t) =>
 });
 
 test('an incomplete definition ends the process', async (t) => {
-  const sentences = {
-    identifier: 'need an identifier',
-    items: 'need toolbar items.',
-    options: 'need a dictionary of options.',
-  };
+  const sentences = { identifier: 'need an identifier', items: 'need toolbar items.', options: 'need a dictionary of options.' }; // prettier-ignore
   for (const [missing, sentence] of Object.entries(sentences)) {
     const addWithout = ({ add, definition, host }, key) =>
       add(host.createWindow(), 1, { ...definition, [key]: undefined });

@@ -2,16 +2,9 @@
 
 // The reference host's tour through a mail session.
 
-const assert = require('assert');
-const { spawn } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
 const sharp = require('sharp');
-
-const { root } = require('./support/addon');
-const { eventually, node, runScript, temporaryDirectory } = require('./support/child');
-const { endWith } = require('./support/cleanup');
+const { assert, fs, path, spawn, test } = require('./support/node');
+const { endWith, eventually, node, root, runScript, temporaryDirectory } = require('./support');
 
 test('the tour passes', async (t) => {
   const screenshots = temporaryDirectory(t);

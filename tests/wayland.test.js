@@ -3,18 +3,11 @@
 // The module in a Wayland session: a real compositor, its X server for the windows, and its seat for keys and clicks.
 // docs/linux.md says for each function what to expect.
 
-const assert = require('assert');
-const { execFile, execFileSync } = require('child_process');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
+const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support/node');
+const { eventually, open, root, temporaryDirectory, useSession } = require('./support');
 
-const { open, root } = require('./support/addon');
-const { eventually, temporaryDirectory } = require('./support/child');
-const { useSession } = require('./support/session');
-
+// Before the people, who would take an X session.
 const session = useSession({ wayland: true });
-
 const { startPerson } = require('./support/dialogs');
 
 const page = fs.readFileSync(path.join(root, 'docs', 'linux.md'), 'utf8');
@@ -38,11 +31,12 @@ const sentenceOf = (name) => rows.find(({ names }) => names.includes(name)).what
 async function clickHost(person) {
   const places = [100, 400, 700, 1000].flatMap((x) => [150, 600].map((y) => [x, y]));
   const hasKeyboard = async () => (await person.windows()).some((window) => window.title === 'Mail' && window.isKey);
-  const clickNext = () => {
+  const click = async () => {
     places.push(places.shift());
-    return person.click(places.at(-1));
+    await person.click(places.at(-1));
+    return eventually(hasKeyboard, 'the keyboard', 700).catch(() => false);
   };
-  await person.until(hasKeyboard, clickNext, 'a click on the window of the host');
+  await eventually(click, 'a click on the window of the host', 60000);
 }
 
 test('windows take keys and clicks through Xwayland', async (t) => {
@@ -63,19 +57,6 @@ test('windows take keys and clicks through Xwayland', async (t) => {
   assert.strictEqual(await person.report(0), 'Under Wayland');
 });
 
-test('the general pasteboard is shared with other applications', async (t) => {
-  const person = await startPerson(t);
-  const picture = path.join(root, 'docs', 'images', 'tour.png');
-  const write = ({ native }, file) => native.writeFileContentsToGeneralPasteboard(file);
-  assert.strictEqual(await person.tell(write, picture), true);
-  const env = { ...process.env, ...session.env };
-  const paste = ['-selection', 'clipboard', '-o', '-t', 'image/png'];
-  const pasted = await new Promise((resolve) =>
-    execFile('xclip', paste, { env, encoding: 'buffer', maxBuffer: 1 << 26 }, (error, bytes) => resolve(bytes)),
-  );
-  assert.deepStrictEqual(pasted, fs.readFileSync(picture));
-});
-
 test('the file dialog is the desktop portal’s', async (t) => {
   const person = await startPerson(t);
   // The compositor does not give every new window the keyboard.
@@ -85,10 +66,7 @@ test('the file dialog is the desktop portal’s', async (t) => {
   );
   // The portal's dialog is a Wayland application's: it takes the keyboard from the window, and no panel appears here.
   await person.window('Mail', ({ isKey }) => !isKey);
-  assert.deepStrictEqual(
-    (await person.windows()).map((window) => window.title),
-    ['Mail'],
-  );
+  assert.deepStrictEqual((await person.windows()).map((window) => window.title), ['Mail']); // prettier-ignore
   // Escape cancels, and no panel takes the dialog's place.
   await person.until(
     () => person.reports.length > 0,
@@ -99,8 +77,15 @@ test('the file dialog is the desktop portal’s', async (t) => {
   assert.ok(!JSON.stringify(await person.log()).includes('file dialog'));
 });
 
-test('what needs the whole display is refused with its sentence', async (t) => {
+test('the pasteboard is shared with other applications; what needs the whole display is refused', async (t) => {
   const person = await startPerson(t);
+  const picture = path.join(root, 'docs', 'images', 'tour.png');
+  const write = ({ native }, file) => native.writeFileContentsToGeneralPasteboard(file);
+  assert.strictEqual(await person.tell(write, picture), true);
+  const options = { env: { ...process.env, ...session.env }, encoding: 'buffer', maxBuffer: 1 << 26 };
+  const paste = ['-selection', 'clipboard', '-o', '-t', 'image/png'];
+  const { stdout: pasted } = await promisify(execFile)('xclip', paste, options);
+  assert.deepStrictEqual(pasted, fs.readFileSync(picture));
   await person.tell(({ host, report }) => {
     host.on('notification', ({ name, userInfo }) => {
       if (name === 'TsKeyboardShortcutMonitorUpdated') report(userInfo.error ?? null);

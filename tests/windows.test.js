@@ -2,7 +2,7 @@
 
 // Windows as script sees them: their events, the questions about them, their content.
 
-const { scenarios } = require('./support/scenario');
+const { scenarios } = require('./support');
 
 const inWindows = scenarios({
   display: true,
@@ -23,8 +23,8 @@ const inWindows = scenarios({
 });
 
 inWindows.test('changes of main and key browser windows, and of no others, reach script', async (fixture) => {
-  const { assert, captureLog, equal, eventually, host, log, native, open, openPanel, sendMessage, windowNamed } =
-    fixture;
+  const { assert, captureLog, equal, eventually, host, log, native } = fixture;
+  const { open, openPanel, sendMessage, windowNamed } = fixture;
   const events = [];
   native.setWindowNotificationCallbackFunction((name, handle) => events.push([name, handle.toString('hex')]));
   const opened = [await open({ title: 'First' }), await open({ title: 'Second' })];
@@ -129,7 +129,6 @@ inWindows.test('content is resized below its top edge, also after impossible siz
     [true, 480, 220],
     [false, 400, 200],
   ]) {
-    // prettier-ignore
     if (!isVisible) sendMessage(windowNamed('First'), 'orderOut:', null);
     const before = corner(frame());
     native.resizeWindowContent(handle, ...size);
@@ -155,14 +154,8 @@ inWindows.test('handles that are not of a living window are refused', async (fix
   // A handle of a window that the host has released: the memory may hold anything.
   for (let i = 0; i < 200; ++i) host.closeWindow(host.createWindow({ title: 'Filler' }));
   for (let i = 0; i < 20; ++i) await nextTurn();
-  const bytes = [
-    [],
-    Array(7).fill(1),
-    Array(9).fill(1),
-    Array(8).fill(0),
-    Array(8).fill(0xff),
-    [1, 0, 0, 0, 0, 0, 0, 0],
-  ];
+  const eight = [Array(8).fill(0), Array(8).fill(0xff), [1, 0, 0, 0, 0, 0, 0, 0]];
+  const bytes = [[], Array(7).fill(1), Array(9).fill(1), ...eight];
   const others = [{}, [], new Float64Array([1.5]), new Date(), () => {}];
   captureLog();
   for (const handle of [closed, ...others, ...bytes.map((each) => Buffer.from(each))]) {

@@ -1,13 +1,7 @@
 'use strict';
 
-const assert = require('assert');
-const fs = require('fs');
-const path = require('path');
-const { test } = require('node:test');
-
-const { temporaryDirectory } = require('./support/child');
-const { Applications } = require('./support/applications');
-const { scenarios } = require('./support/scenario');
+const { assert, fs, path, test } = require('./support/node');
+const { Applications, scenarios, temporaryDirectory } = require('./support');
 
 const plain = scenarios();
 /** Scenarios in the home and environment of these applications. */
@@ -23,10 +17,8 @@ function pngSize(file) {
 /** Writes a picture for `Icon=`, and gives that line. */
 function iconLine({ home }) {
   const file = path.join(home, 'icon.svg');
-  fs.writeFileSync(
-    file,
-    '<svg xmlns="http://www.w3.org/2000/svg" width="20" height="10"><rect width="20" height="10"/></svg>',
-  );
+  const size = 'width="20" height="10"';
+  fs.writeFileSync(file, `<svg xmlns="http://www.w3.org/2000/svg" ${size}><rect ${size}/></svg>`);
   return `Icon=${file}`;
 }
 
@@ -56,10 +48,7 @@ test('entries for an extension, the default first, with icons', async (t) => {
   const withIcons = ['B', 'A'].map((letter) => entry(letter, { 'image-path': `${icons}/org.example.${letter}.png` }));
   const list = async ({ equal, native }, folder, expected) => {
     const all = JSON.parse(native.applicationsForFileExtension('.PDF', 48, folder));
-    equal(
-      all.filter((each) => each['bundle-id'].startsWith('org.example')),
-      expected,
-    );
+    equal(all.filter((each) => each['bundle-id'].startsWith('org.example')), expected); // prettier-ignore
     for (const extension of ['no-such-extension', '', '..', 'a/b', null, '\0']) {
       equal(native.applicationsForFileExtension(extension, 16, ''), '[]');
     }
@@ -95,10 +84,8 @@ test('setting the handler of a scheme changes nothing else, and no list that can
   const list = (mail) => `${others}x-scheme-handler/mailto=${mail}\n\n[Else]\nkey=value\n`;
   applications.mimeApps(list('org.example.Other.desktop;'));
   await among(applications)(t, async ({ equal, native: m }) => {
-    const entries = () =>
-      JSON.parse(m.applicationsForScheme('mailto', 16, '')).map(
-        (entry) => `${entry['bundle-id']} ${entry['default?']}`,
-      );
+    const describe = (entry) => `${entry['bundle-id']} ${entry['default?']}`;
+    const entries = () => JSON.parse(m.applicationsForScheme('mailto', 16, '')).map(describe);
     const set = (scheme, application) => m.setDefaultApplicationForScheme(scheme, `org.example.${application}`);
     equal(m.defaultApplicationForScheme('mailto'), 'org.example.Other');
     equal(set('mailto', 'Mail'), 1);
@@ -159,17 +146,14 @@ test('without an image folder or a file manager the results are empty or false',
   const applications = new Applications(t);
   applications.add('org.example.A', { types: ['x-scheme-handler/example'] });
   const folder = path.join(applications.folder, 'org.example.A.desktop', 'icons');
-  const lines = await among(applications)(
-    t,
-    ({ captureLog, equal, log, native: m }, at) => {
-      captureLog();
-      equal(JSON.parse(m.applicationsForScheme('example', 16, at))[0]['bundle-id'], 'org.example.A');
-      equal(m.iconForApplication('org.example.A', 16, at) ?? m.iconForFileExtension('pdf', 16, at) ?? null, null);
-      for (const file of ['/etc/passwd', '']) equal(m.openInfoForFile(file), false);
-      return log().join('\n');
-    },
-    folder,
-  );
+  const scenario = ({ captureLog, equal, log, native: m }, at) => {
+    captureLog();
+    equal(JSON.parse(m.applicationsForScheme('example', 16, at))[0]['bundle-id'], 'org.example.A');
+    equal(m.iconForApplication('org.example.A', 16, at) ?? m.iconForFileExtension('pdf', 16, at) ?? null, null);
+    for (const file of ['/etc/passwd', '']) equal(m.openInfoForFile(file), false);
+    return log().join('\n');
+  };
+  const lines = await among(applications)(t, scenario, folder);
   const failures = ['create directory at path', 'create target dir for target dir', 'write icon file'];
   for (const failure of failures) assert.ok(lines.includes(`Couldn't ${failure}`), lines);
 });

@@ -18,15 +18,10 @@ async function startAudioServer(test, directory) {
   const environment = { ...process.env, ...env, HOME: directory, XDG_RUNTIME_DIR: directory };
   delete environment.DISPLAY;
   fs.rmSync(socket, { force: true });
-  const modules = [
-    'module-null-sink sink_name=nowhere',
-    `module-native-protocol-unix auth-anonymous=1 socket=${socket}`,
-  ];
-  const server = spawn(
-    'pulseaudio',
-    ['-n', '--daemonize=no', '--exit-idle-time=-1', '--use-pid-file=no', ...modules.flatMap((name) => ['-L', name])],
-    { env: environment, stdio: 'ignore' },
-  );
+  const modules = ['null-sink sink_name=nowhere', `native-protocol-unix auth-anonymous=1 socket=${socket}`];
+  const args = ['-n', '--daemonize=no', '--exit-idle-time=-1', '--use-pid-file=no'];
+  for (const module of modules) args.push('-L', `module-${module}`);
+  const server = spawn('pulseaudio', args, { env: environment, stdio: 'ignore' });
   const ended = endWith(test, server);
   const kill = async () => {
     server.kill('SIGKILL');
@@ -64,20 +59,11 @@ function tone({ amplitude, seconds, rate = 8000, frequency = 440 }) {
   for (let i = 0; i * sampleBytes < samples.length; ++i) {
     samples.writeInt16LE(Math.round(amplitude * Math.sin((2 * Math.PI * frequency * i) / rate)), i * sampleBytes);
   }
-  const header = Buffer.alloc(44);
-  header.write('RIFF');
-  header.writeUInt32LE(36 + samples.length, 4);
-  header.write('WAVEfmt ', 8);
-  header.writeUInt32LE(16, 16);
-  header.writeUInt16LE(1, 20);
-  header.writeUInt16LE(1, 22);
-  header.writeUInt32LE(rate, 24);
-  header.writeUInt32LE(rate * sampleBytes, 28);
-  header.writeUInt16LE(sampleBytes, 32);
-  header.writeUInt16LE(8 * sampleBytes, 34);
-  header.write('data', 36);
-  header.writeUInt32LE(samples.length, 40);
-  return Buffer.concat([header, samples]);
+  const words = (...values) => Buffer.from(Uint32Array.from(values).buffer);
+  const halves = (...values) => Buffer.from(Uint16Array.from(values).buffer);
+  const format = [words(16), halves(1, 1), words(rate, rate * sampleBytes), halves(sampleBytes, 8 * sampleBytes)];
+  const parts = ['RIFF', words(36 + samples.length), 'WAVEfmt ', ...format, 'data', words(samples.length), samples];
+  return Buffer.concat(parts.map((part) => Buffer.from(part)));
 }
 
 module.exports = { startAudioServer, tone };

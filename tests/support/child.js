@@ -29,13 +29,9 @@ function environmentFor(home, extra) {
 }
 
 /**
- * Starts a process and goes on.
- * @param {object} test The running test's context; the process ends with it.
- * @param {string | (home: string) => string[]} source Script, for which `probe()` loads the test add-on; or what gives
- *   the arguments of Node.js.
- * @param {{env?: object, cwd?: string, nodeOptions?: string[], within?: string[], executable?: string, home?: string}}
- *   [options] `within` is a command that runs the process as its arguments say; `executable` stands in for Node.js
- *   itself; `home` is by default one of the process's own.
+ * Starts a process that ends with the test. `source` is script, for which `probe()` loads the test add-on, or a function
+ * that gives Node.js's arguments. Options: `env`, `cwd`, `nodeOptions`; `within`, a command before the process's own;
+ * `executable` instead of Node.js; `home`, by default a new one.
  */
 function startScript(test, source, options = {}) {
   const home = options.home || temporaryDirectory(test);
@@ -66,15 +62,7 @@ function startScript(test, source, options = {}) {
   return { process: child, home, output, ended, printed };
 }
 
-/**
- * Runs a process to its end.
- * @param {object} test
- * @param {string | (home: string) => string[]} source
- * @param {{env?: object, deadline?: number, cwd?: string, nodeOptions?: string[], within?: string[], input?: string,
- *   executable?: string, home?: string}} [options] Deadline in
- *   milliseconds; `input` is what the script reads from standard input.
- * @returns {Promise<{code: number|null, signal: string|null, stdout: string, stderr: string, home: string}>}
- */
+/** Runs a process to its end. More options: `deadline` in milliseconds; `input` for standard input. */
 async function runScript(test, source, options = {}) {
   const child = startScript(test, source, options);
   child.process.stdin.end(options.input || '');

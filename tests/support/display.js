@@ -25,22 +25,14 @@ async function startDisplaySession({ wayland = false } = {}) {
   await eventually(() => output.endsWith('\n') || hasEnded(), 'the session', 60000);
   if (hasEnded()) throw new Error(`the display session ended with ${session.exitCode ?? session.signalCode}`);
   const env = JSON.parse(output);
-  const xdotool = (...args) =>
-    run('xdotool', args, { env }).then(
-      ({ stdout }) => stdout,
-      () => '',
-    );
+  const xdotool = async (...args) => (await run('xdotool', args, { env }).catch(() => ({ stdout: '' }))).stdout;
 
   async function geometryOf(name) {
     const window = (await xdotool('search', '--onlyvisible', '--name', name)).trim().split('\n').at(-1);
     if (window === '') return undefined;
     const text = await xdotool('getwindowgeometry', '--shell', window);
-    return Object.fromEntries(
-      text
-        .trim()
-        .split('\n')
-        .map((line) => line.toLowerCase().split('=')),
-    );
+    const lines = text.toLowerCase().trim().split('\n');
+    return Object.fromEntries(lines.map((line) => line.split('=')));
   }
 
   return {

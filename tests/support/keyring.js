@@ -23,11 +23,8 @@ function dbusSend(environment, object, method, ...args) {
 }
 
 /**
- * Starts a keyring, unlocked and empty. It ends with the test.
- * @param {object} test
- * @param {string} directory Where it keeps its file; a keyring started there again has the same items.
- * @param {{address: string, stop(): Promise<void>}} [bus] By default one is started.
- * @param {boolean} [isUnlocked] Otherwise an existing keyring stays as it is after login without its password.
+ * Starts a keyring, which ends with the test. In `directory` it keeps its file: a keyring started there again has the
+ * same items. Without `isUnlocked` an existing keyring stays as it is after login without its password.
  */
 async function startKeyring(test, directory, bus, isUnlocked = true) {
   const ownBus = bus || (await startBus(test, directory));

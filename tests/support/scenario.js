@@ -81,10 +81,10 @@ class Resident {
 }
 
 /**
- * Gives a function that runs a scenario, and gives its value: `run(t, scenario, ...args)`.
- * @param {object} [settings] As in startScript(), and: `display`, whether the process is in a desktop session; `host`,
- *   whether the reference host is started (with this object's options, if it is one); `uses`, further parts of the
- *   fixture, which inside.js names; `fixture`, a function that makes more members of the fixture from it.
+ * Gives a function that runs a scenario, and gives its value: `run(t, scenario, ...args)`. Settings as in startScript(),
+ * and: `display`, whether the process is in a desktop session; `host`, whether the reference host is started (with this
+ * object's options, if it is one); `uses`, further parts of the fixture, which inside.js names; `fixture`, a function
+ * that makes more members of the fixture from it.
  */
 function scenarios({ display = false, host = display, uses = [], fixture, env, ...options } = {}) {
   const session = display ? useSession() : { env: {} };

@@ -70,9 +70,8 @@ class Store {
     }
     for (const { name, destination, ids, isToMany } of relationships) {
       const references = ids.length > 0 ? ` idrefs="${ids.join(' ')}"` : '';
-      lines.push(
-        `        <relationship name="${this.style.property(name)}" type="${isToMany ? '0/0' : '1/1'}" destination="${this.style.entity(destination)}"${references}></relationship>`,
-      );
+      const kind = `type="${isToMany ? '0/0' : '1/1'}" destination="${this.style.entity(destination)}"`;
+      lines.push(`        <relationship name="${this.style.property(name)}" ${kind}${references}></relationship>`);
     }
     return `${lines.join('\n')}\n    </object>\n`;
   }
