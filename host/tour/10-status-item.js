@@ -128,10 +128,15 @@ const titlesOf = (host) => {
   return titles.slice(titles.indexOf('–') + 1).join(', ');
 };
 
-async function useDock(stage) {
+function startDock() {
   const reason = isOwnSession() ? Launcher.whyNot() : 'on your desktop it is where your launcher shows it';
-  if (reason !== undefined) return notOffered('Dock menu', `${reason}; it has: ${titlesOf(stage.host)}`);
-  const launcher = new Launcher(path.join(process.env.TESSARO_SESSION, 'launcher'));
+  return reason === undefined
+    ? { launcher: new Launcher(path.join(process.env.TESSARO_SESSION, 'launcher')) }
+    : { reason };
+}
+
+async function useDock(stage, { launcher, reason }) {
+  if (launcher === undefined) return notOffered('Dock menu', `${reason}; it has: ${titlesOf(stage.host)}`);
   await stage.until(() => launcher.isRunning());
   const opened = await stage.until(async () => {
     await launcher.openMenu();
@@ -148,7 +153,9 @@ exports.run = async (stage) => {
   host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': accounts.length });
   module.setStatusItemTitle('122', false);
 
+  // Starts while the tray is in use.
+  const dock = startDock();
   const { panel, reason } = await provideTray(stage);
   const rows = reason === undefined ? await useTray(stage, panel) : [notOffered('Status item', reason)];
-  return [...rows, await useDock(stage)];
+  return [...rows, await useDock(stage, dock)];
 };

@@ -27,18 +27,19 @@ exports.run = async (stage) => {
   const received = [];
   stage.module.setComposeOutgoingMessageCallbackFunction((text) => received.push(JSON.parse(text)));
   stage.module.setSearchServiceCallbackFunction((text) => received.push(text));
-  const use = (service, text) =>
-    stage.run(process.execPath, path.join(__dirname, 'otherApplication.js'), `TessaroHost/${service}`, text);
-
-  await use('Mail Selection', 'Dear Bob,\nlunch at one?');
-  await use('Mail To', 'carla@example.org');
-  await use('Search Selection', 'quarterly report');
+  const uses = {
+    'Mail Selection': 'Dear Bob,\nlunch at one?',
+    'Mail To': 'carla@example.org',
+    'Search Selection': 'quarterly report',
+  };
+  const words = Object.entries(uses).flatMap(([service, text]) => [`TessaroHost/${service}`, text]);
+  await stage.run(process.execPath, path.join(__dirname, 'otherApplication.js'), ...words);
   if (!(await stage.until(() => received.length === 3))) {
     return failed('Services', `of three only ${received.length} reached script`);
   }
-  const [{ body }, { to }, words] = received;
+  const [{ body }, { to }, searched] = received;
   return ok(
     'Services',
-    `another application mails ${JSON.stringify(body)}, writes to ${to[0].email} and searches for “${words}”`,
+    `another application mails ${JSON.stringify(body)}, writes to ${to[0].email} and searches for “${searched}”`,
   );
 };

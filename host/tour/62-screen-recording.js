@@ -41,8 +41,8 @@ async function chooseArea(stage) {
 
 async function record(stage, folder) {
   const recorded = new Promise((resolve) => stage.module.takeScreenRecording(folder, resolve));
-  const isEnded = Promise.race([recorded, stage.until(() => false, 1000)]);
-  if ((await isEnded) === null) return notOffered(title, 'the log says why');
+  // A refusal comes at once, the panel otherwise.
+  if ((await Promise.race([recorded, panel(stage)])) === null) return notOffered(title, 'the log says why');
   const picture = await chooseArea(stage);
   const recording = await stage.until(() => fs.readdirSync(folder).length > 0);
   if (!recording) return failed(title, 'it does not begin');

@@ -31,7 +31,7 @@ class Stage {
   /** Runs a program while the application goes on. Returns its output; undefined when it is missing or fails. */
   async run(program, ...args) {
     try {
-      return (await execute(program, args, { timeout: 10000 })).stdout;
+      return (await execute(program, args, { timeout: 30000 })).stdout;
     } catch {
       return undefined;
     }

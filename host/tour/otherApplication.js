@@ -1,12 +1,13 @@
 'use strict';
 
-// Another GNUstep application: uses a service and ends.
+// Another GNUstep application: uses services, one after the other, and ends.
 //
-//   node host/tour/otherApplication.js SERVICE TEXT
+//   node host/tour/otherApplication.js SERVICE TEXT [SERVICE TEXT]…
 
 const host = require('..');
 
-const [service, text] = process.argv.slice(2);
 host.start({ argv0: 'OtherApplication' });
-require('../..').performService(service, text);
+const native = require('../..');
+const words = process.argv.slice(2);
+for (let i = 0; i < words.length; i += 2) native.performService(words[i], words[i + 1]);
 process.exit();
