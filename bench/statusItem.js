@@ -15,7 +15,7 @@ const ms = { unit: 'ms', scale: 1e6 };
 
 host.start();
 host.setKeepAlive(true);
-const { module: native, statusItem, bus } = probe();
+const { module: native, bench, bus } = probe();
 
 const since = (start) => Number(process.hrtime.bigint() - start);
 
@@ -51,7 +51,7 @@ async function measureMenu(accounts, messages) {
   native.setStatusItemMenuNeedsUpdateCallbackFunction(() => JSON.stringify(contents));
   host.postNotification('TsNumberOfAccountsChanged', null, { 'num-accounts': accounts });
 
-  const steps = await repeat(() => statusItem.timeRebuild());
+  const steps = await repeat(() => bench.timeRebuild());
   const step = (index) => summary(steps.map((times) => times[index]));
   const rebuild = await repeat(() => call('AboutToShow', 0));
   const layout = await repeat(() => call('GetLayout', 0));

@@ -3,11 +3,9 @@
 // Which keys reach the menu, the page and script, and in which order: with keys that are really pressed, as far as
 // there are any.
 
-const assert = require('assert');
-const { test } = require('node:test');
-
+const { assert, test } = require('./support/node');
+const { scenarios } = require('./support');
 const { shift, control, option, command, keyCodes: key } = require('./support/keys');
-const { scenarios } = require('./support/scenario');
 
 const [keyUp, flagsChanged, mouseDown] = [11, 12, 1];
 
@@ -46,28 +44,6 @@ const inSession = scenarios({
 
 // ---- Predicates
 
-inSession.test('the predicates of key combinations hold for exactly their modifiers', async (fixture) => {
-  const { command, control, equal, event, menus, option, shift } = fixture;
-  const holds = {
-    Command: (flags) => flags === command || flags === (command | shift),
-    CommandOption: (flags) => (flags & ~shift) === (command | option),
-    CommandControl: (flags) => (flags & ~shift) === (command | control),
-    CommandShift: (flags) => flags === (command | shift),
-  };
-  for (let i = 0; i < 16; ++i) {
-    const flags = [shift, control, option, command].reduce((sum, bit, n) => sum | (i & (1 << n) && bit), 0);
-    const expected = { other: false, TsIsSpecialEvent: false };
-    for (const [name, holdsFor] of Object.entries(holds)) {
-      expected[`Is${name}KeyPressed`] = holdsFor(flags);
-      expected[`Is${name}AndKeyCodeKey`] = holdsFor(flags);
-    }
-    expected.IsCommandAndStringKey = holds.Command(flags);
-    expected.IsCommandShiftAndStringKey = holds.CommandShift(flags);
-    expected.IsEventForKeyEquivalent = (flags & (command | control)) !== 0;
-    equal(menus.predicates(event(flags)), expected, flags.toString(16));
-  }
-});
-
 test('special events are certain key presses, and nothing else', async (t) => {
   const arrows = [key.left, key.right, key.down, key.up];
   const special = {
@@ -92,7 +68,7 @@ test('special events are certain key presses, and nothing else', async (t) => {
     [command, { keyCode: key.comma, type: flagsChanged }, false],
     [command, { type: mouseDown }, false],
   );
-  const isSpecial = ({ event, menus }, ...each) => menus.predicates(event(...each)).TsIsSpecialEvent;
+  const isSpecial = ({ event, menus }, ...each) => menus.isSpecial(event(...each));
   await inSession.table(t, rows, isSpecial);
 });
 
@@ -102,20 +78,6 @@ test('virtual key codes follow the place of the key', (t) => {
     '21 24,90 82,104 76,66 57,37 59,133 55,0 65535,255 65535,65535 65535';
   const rows = codes.split(',').map((pair) => pair.split(' ').map(Number));
   return inSession.table(t, rows, ({ menus }, code) => menus.virtualKeyCode(code));
-});
-
-inSession.test('the methods of the application and of menus are replaced under their aliases', (fixture) => {
-  const { equal, menus, sendMessage } = fixture;
-  const application = sendMessage('NSApplication', 'sharedApplication');
-  const table = [
-    [application.class, 'tsOrigSendEvent:', 'V@:@'],
-    [application.class, 'tsHandleKeyboardEvent:', '@@:@'],
-    [application.class, 'tsPasteIfPossible', 'B@:'],
-    ['NSMenu', 'tsOrigPerformKeyEquivalent:', 'V@:@'],
-  ];
-  for (const [owner, selector, encoding] of table) equal(menus.encoding(owner, selector), encoding, selector);
-  // The host's hook returns the event.
-  equal(sendMessage(application, 'tsHandleKeyboardEvent:', 'event'), 'event');
 });
 
 inSession.test('an inherited method is replaced in the heir alone', ({ equal, menus, sendMessage }) => {

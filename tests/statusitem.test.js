@@ -2,9 +2,8 @@
 
 // The account menu as it is built, and the status item as it follows accounts, defaults and script.
 
-const { test } = require('node:test');
-
-const { scenarios } = require('./support/scenario');
+const { test } = require('./support/node');
+const { scenarios } = require('./support');
 
 const inSession = scenarios({
   display: true,
@@ -119,16 +118,14 @@ test('a message’s title is cut after 60 characters, and not within one', (t) =
 test('malformed menus from script lose only their malformed parts', (t) => {
   const nulls = { id: null, label: null, 'unread-counter-value': null, 'hex-color': null, 'unread-messages': null };
   const others = { id: {}, label: 5, 'unread-counter-value': 'x', 'hex-color': 3, 'requires-oauth?': 'yes', 'unread-messages': 'x' }; // prettier-ignore
+  const messages = [{}, null, 'x', { subject: 's' }];
   // Each with the rows after the commands in both forms.
   const rows = [
     [{ accounts: [] }, [[], []]],
     [{ accounts: { 0: 'x' } }, [[], []]],
     [{ accounts: [null, 1, 'x', [], true] }, [[], []]],
     ...[{}, nulls, others].map((account) => [{ accounts: [account] }, [['-', ''], ['']]]),
-    [
-      { accounts: [{ label: 'A', 'unread-messages': [{}, null, 'x', { subject: 's' }] }] },
-      [['-', 'A', '(null) - (null)', '(null) - s'], ['']],
-    ],
+    [{ accounts: [{ label: 'A', 'unread-messages': messages }] }, [['-', 'A', '(null) - (null)', '(null) - s'], ['']]],
   ];
   return inSession.table(t, rows, ({ compact, describe, full, titles }, menu) => {
     describe(menu);
@@ -237,9 +234,9 @@ inSession.test('the item is there while there are accounts and the defaults allo
 });
 
 inSession.test('icon, title and width follow script', async (fixture) => {
-  const { accounts, assert, colorsOf, controller, equal, get, getAll, host, native, statusItem } = fixture;
+  const { accounts, assert, colorsOf, controller, equal, get, getAll, host, menus, native } = fixture;
   accounts(1);
-  const width = statusItem.titleWidth('3');
+  const width = menus.titleWidth('3');
   const image = () => get(controller, 'statusItem.image');
   const atFirst = colorsOf(image());
   const [black, blue, grey] = ['000000', '4F8CF8', 'AAAAAA'];

@@ -70,9 +70,6 @@ void composeMessage(ProbeArguments) {
   Application().callMethod(PreparedMessage(), compose, kDeadline);
 }
 
-}  // namespace
+PROBES("bench", prepareMessage, composeMessage);
 
-void AttachComposeProbe(v8::Local<v8::Object> exports) {
-  PROBE(prepareMessage);
-  PROBE(composeMessage);
-}
+}  // namespace

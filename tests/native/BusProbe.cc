@@ -101,12 +101,6 @@ void callMenu(ProbeArguments args) {
   menu->callMethod(call, answered, kDeadline);
 }
 
-}  // namespace
+PROBES("bus", uniqueName, listen, setPortalScheme, setPortalAccent, callMenu);
 
-void AttachBusProbe(v8::Local<v8::Object> exports) {
-  PROBE(uniqueName);
-  PROBE(listen);
-  PROBE(setPortalScheme);
-  PROBE(setPortalAccent);
-  PROBE(callMenu);
-}
+}  // namespace

@@ -43,9 +43,6 @@ void drag(NSString* title, double fromX, double fromY, double toX, double toY) {
 // Into the field that has the keyboard.
 void insert(NSString* window, NSString* text) { [[WindowNamed(window) fieldEditor:NO forObject:nil] insertText:text]; }
 
-}  // namespace
+PROBES("capture", drag, insert);
 
-void AttachCaptureProbe(v8::Local<v8::Object> exports) {
-  PROBE(drag);
-  PROBE(insert);
-}
+}  // namespace

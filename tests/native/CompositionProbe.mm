@@ -36,9 +36,6 @@ std::string performWithFiles(std::string service, NSArray* paths) {
   return performed ? "" : performed.error().message;
 }
 
-}  // namespace
+PROBES("composition", serve, performWithFiles);
 
-void AttachCompositionProbe(v8::Local<v8::Object> exports) {
-  PROBE(serve);
-  PROBE(performWithFiles);
-}
+}  // namespace

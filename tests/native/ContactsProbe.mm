@@ -70,9 +70,6 @@ id recipient(NSString* address, NSDictionary* description) {
   return found != nil ? @[ [found name], [found address] ] : nil;
 }
 
-}  // namespace
+PROBES("contacts", make, recipient);
 
-void AttachContactsProbe(v8::Local<v8::Object> exports) {
-  PROBE(make);
-  PROBE(recipient);
-}
+}  // namespace

@@ -271,37 +271,17 @@ void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
   (NODE_SET_METHOD(exports, kRows[rows].name, Enter<rows>), ...);
 }
 
-}  // namespace
-
-void AttachCoreProbe(v8::Local<v8::Object> exports) {
+void AttachTables(v8::Local<v8::Object> exports) {
   AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
   AttachFunctions(AddProbeObject(exports, "violated"), AddProbeObject(exports, "failing"),
                   std::make_index_sequence<kFunctions>());
-  PROBE(echoForeign);
-  PROBE(utf8);
-  PROBE(fromUtf8);
-  PROBE(handleOfBundle);
-  PROBE(describeHandle);
-  PROBE(copyData);
-  PROBE(pageState);
-  PROBE(currentMessageText);
-  PROBE(callDragAndDrop);
-  PROBE(callDragAndDropLater);
-  PROBE(callReachability);
-  PROBE(callReachabilityLater);
-  PROBE(postNotification);
-  PROBE(postNotificationFromThread);
-  PROBE(startUpSteps);
-  PROBE(startUpStepsRun);
-  PROBE(functionTable);
-  PROBE(leak);
-  PROBE(translationState);
-  PROBE(disableGPUUnlessNative);
-  PROBE(captureLog);
-  PROBE(stopCapturingLog);
-  PROBE(capturedLog);
-  PROBE(logText);
-  PROBE(logFormat);
-  PROBE(flushLog);
-  PROBE(addFileLogger);
 }
+
+const ProbeGroup kTables("", "", {}, AttachTables);
+
+PROBES("", echoForeign, utf8, fromUtf8, handleOfBundle, describeHandle, copyData, pageState, currentMessageText,
+       callDragAndDrop, callDragAndDropLater, callReachability, callReachabilityLater, postNotification,
+       postNotificationFromThread, startUpSteps, startUpStepsRun, functionTable, leak, translationState,
+       disableGPUUnlessNative, captureLog, stopCapturingLog, capturedLog, logText, logFormat, flushLog, addFileLogger);
+
+}  // namespace

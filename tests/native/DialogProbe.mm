@@ -164,13 +164,6 @@ void showAlert() {
   [[alert window] makeKeyAndOrderFront:nil];
 }
 
-}  // namespace
+PROBES("dialogs", windows, closeWindow, look, parseSessionSettings, pressButton, showAlert);
 
-void AttachDialogProbe(v8::Local<v8::Object> exports) {
-  PROBE(windows);
-  PROBE(closeWindow);
-  PROBE(look);
-  PROBE(parseSessionSettings);
-  PROBE(pressButton);
-  PROBE(showAlert);
-}
+}  // namespace

@@ -102,10 +102,6 @@ bool unpackZip(std::string archive, std::string folder) {
   return tessaro::platform::UnpackZip(archive, folder, {}).has_value();
 }
 
-}  // namespace
+PROBES("integrations", serve, textFromHTML, unpackZip);
 
-void AttachIntegrationProbe(v8::Local<v8::Object> exports) {
-  PROBE(serve);
-  PROBE(textFromHTML);
-  PROBE(unpackZip);
-}
+}  // namespace

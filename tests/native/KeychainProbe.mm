@@ -48,15 +48,6 @@ void setTransient(NSString* account, NSString* password) {
 
 int countTransient() { return static_cast<int>([[[TsTransientKeychain sharedInstance] passwordsByAccount] count]); }
 
-}  // namespace
+PROBES("keychain", setDeadlines, get, set, erase, removeAll, accounts, setTransient, countTransient);
 
-void AttachKeychainProbe(v8::Local<v8::Object> exports) {
-  PROBE(setDeadlines);
-  PROBE(get);
-  PROBE(set);
-  PROBE(erase);
-  PROBE(removeAll);
-  PROBE(accounts);
-  PROBE(setTransient);
-  PROBE(countTransient);
-}
+}  // namespace

@@ -36,11 +36,6 @@ id sizeWithin(int width, int height, int mostWidth, int mostHeight) {
   return @[ @(size.width), @(size.height) ];
 }
 
-}  // namespace
+PROBES("macBodies", informationWindowScript, carbonModifiers, pictureTarget, sizeWithin);
 
-void AttachMacBodiesProbe(v8::Local<v8::Object> exports) {
-  PROBE(informationWindowScript);
-  PROBE(carbonModifiers);
-  PROBE(pictureTarget);
-  PROBE(sizeWithin);
-}
+}  // namespace

@@ -90,29 +90,7 @@ NSEvent* EventOf(NSDictionary* description) {
                            keyCode:static_cast<unsigned short>(number(@"keyCode"))];
 }
 
-id predicates(NSDictionary* description) {
-  NSEvent* event = EventOf(description);
-  NSString* characters = [description objectForKey:@"ignoring"];
-  const unsigned short key = [event ts_virtualKeyCode];
-  const auto otherKey = static_cast<unsigned short>(key + 1);
-#define ANSWER(predicate, ...) @ #predicate : Truth(predicate(event, ##__VA_ARGS__))
-  return @{
-    ANSWER(IsCommandKeyPressed),
-    ANSWER(IsCommandOptionKeyPressed),
-    ANSWER(IsCommandControlKeyPressed),
-    ANSWER(IsCommandShiftKeyPressed),
-    ANSWER(IsCommandAndStringKey, characters),
-    ANSWER(IsCommandShiftAndStringKey, characters),
-    ANSWER(IsCommandAndKeyCodeKey, key),
-    ANSWER(IsCommandOptionAndKeyCodeKey, key),
-    ANSWER(IsCommandControlAndKeyCodeKey, key),
-    ANSWER(IsCommandShiftAndKeyCodeKey, key),
-    @"other" : Truth(IsCommandAndStringKey(event, @"other") || IsCommandAndKeyCodeKey(event, otherKey)),
-    ANSWER(IsEventForKeyEquivalent),
-    ANSWER(TsIsSpecialEvent),
-  };
-#undef ANSWER
-}
+bool isSpecial(NSDictionary* description) { return TsIsSpecialEvent(EventOf(description)); }
 
 void sendEvent(NSDictionary* description) { [NSApp sendEvent:EventOf(description)]; }
 
@@ -140,14 +118,13 @@ bool replaceMethod(NSString* className, NSString* selector, NSString* alias) {
                          reinterpret_cast<IMP>(ReturnSeven)) != nullptr;
 }
 
-id encoding(NSString* className, NSString* selector) {
-  const Method method = class_getInstanceMethod(NSClassFromString(className), NSSelectorFromString(selector));
-  return method == nullptr ? nil : [NSString stringWithUTF8String:method_getTypeEncoding(method)];
-}
-
 // ---- Pasting
 
 bool hasFiles(NSString* type) { return hasFilesInPasteboard(type); }
+
+double titleWidth(NSString* title) {
+  return [title sizeWithAttributes:@{NSFontAttributeName : [NSFont menuBarFontOfSize:0]}].width;
+}
 
 // ---- Costs
 
@@ -161,22 +138,8 @@ void measurePreviousSendEvent(NSDictionary* description, int count) {
   for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
 }
 
-}  // namespace
+PROBES("menus", titleWidth, setMainMenu, mainMenu, shortcutTexts, isSpecial, sendEvent, performKeyEquivalent,
+       processKey, processModifiers, menuEventDescription, virtualKeyCode, replaceMethod, hasFiles, measureSendEvent,
+       measurePreviousSendEvent);
 
-void AttachMenuProbe(v8::Local<v8::Object> exports) {
-  PROBE(setMainMenu);
-  PROBE(mainMenu);
-  PROBE(shortcutTexts);
-  PROBE(predicates);
-  PROBE(sendEvent);
-  PROBE(performKeyEquivalent);
-  PROBE(processKey);
-  PROBE(processModifiers);
-  PROBE(menuEventDescription);
-  PROBE(virtualKeyCode);
-  PROBE(encoding);
-  PROBE(replaceMethod);
-  PROBE(hasFiles);
-  PROBE(measureSendEvent);
-  PROBE(measurePreviousSendEvent);
-}
+}  // namespace

@@ -111,9 +111,6 @@ id colorsOf(id drawn) {
   return counts;
 }
 
-}  // namespace
+PROBES("", sendMessage, colorsOf);
 
-void AttachMessagesProbe(v8::Local<v8::Object> exports) {
-  PROBE(sendMessage);
-  PROBE(colorsOf);
-}
+}  // namespace

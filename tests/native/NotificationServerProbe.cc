@@ -172,16 +172,6 @@ void close(ProbeArguments args) {
 // A signal with malformed arguments.
 void babble(ProbeArguments args) { TheServer()->Emit("ActionInvoked", StdText(args[0])); }
 
-}  // namespace
+PROBES("notificationServer", serve, takeCalls, withhold, answer, refuse, invoke, reply, close, babble);
 
-void AttachNotificationServerProbe(v8::Local<v8::Object> exports) {
-  PROBE(serve);
-  PROBE(takeCalls);
-  PROBE(withhold);
-  PROBE(answer);
-  PROBE(refuse);
-  PROBE(invoke);
-  PROBE(reply);
-  PROBE(close);
-  PROBE(babble);
-}
+}  // namespace

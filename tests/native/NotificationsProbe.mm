@@ -48,9 +48,6 @@ id takeRecorded() {
   return posted;
 }
 
-}  // namespace
+PROBES("notifications", record, takeRecorded);
 
-void AttachNotificationsProbe(v8::Local<v8::Object> exports) {
-  PROBE(record);
-  PROBE(takeRecorded);
-}
+}  // namespace

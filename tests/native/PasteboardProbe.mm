@@ -73,12 +73,6 @@ id data() {
   return all;
 }
 
-}  // namespace
+PROBES("pasteboard", put, types, data, offerLazily, timesProvided);
 
-void AttachPasteboardProbe(v8::Local<v8::Object> exports) {
-  PROBE(put);
-  PROBE(types);
-  PROBE(data);
-  PROBE(offerLazily);
-  PROBE(timesProvided);
-}
+}  // namespace

@@ -72,15 +72,7 @@ void receiveNoConnection() {
 
 std::string logDirectory(std::string application) { return platform::LogDirectory(application).string(); }
 
-}  // namespace
+PROBES("platform", post, postDelayed, postFromThreads, background, postFromDestructor, raiseOnMainQueue,
+       receiveNoConnection, logDirectory);
 
-void AttachPlatformProbe(v8::Local<v8::Object> exports) {
-  PROBE(post);
-  PROBE(postDelayed);
-  PROBE(postFromThreads);
-  PROBE(background);
-  PROBE(postFromDestructor);
-  PROBE(raiseOnMainQueue);
-  PROBE(receiveNoConnection);
-  PROBE(logDirectory);
-}
+}  // namespace

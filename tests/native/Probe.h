@@ -8,6 +8,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 // The test add-on: the module itself, and on `exports.probe` what tests need to reach behind its script surface.
 
@@ -30,6 +31,24 @@ using ProbeArguments = const v8::FunctionCallbackInfo<v8::Value>&;
 [[nodiscard]] inline double Number(v8::Local<v8::Value> value) {
   return value->NumberValue(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0);
 }
+
+// The probes of a file: functions of the object `object` in `exports.probe`, or of `exports.probe` itself where that
+// has no name. `names` are those of the functions, with commas between them.
+class ProbeGroup {
+ public:
+  using Attach = void (*)(v8::Local<v8::Object>);
+
+  ProbeGroup(const char* object, std::string_view names, std::vector<v8::FunctionCallback> functions,
+             Attach attachMore = nullptr);
+
+  static void AttachAll(v8::Local<v8::Object> probe);
+
+ private:
+  const char* object_;
+  std::string_view names_;
+  std::vector<v8::FunctionCallback> functions_;
+  Attach attachMore_;
+};
 
 // A function of script's, which the event loop calls with a text.
 class ScriptCallback {
@@ -129,33 +148,13 @@ struct Probed<Result (*)(Parameters...)> {
   }
 };
 
-// Attaches a probe under its own name. Elsewhere only functions of ProbeArguments can be attached.
-#define PROBE(function) NODE_SET_METHOD(exports, #function, Probed<decltype(&function)>::Enter<function>)
+template <auto... functions>
+[[nodiscard]] std::vector<v8::FunctionCallback> Entries() {
+  return {Probed<decltype(functions)>::template Enter<functions>...};
+}
 
-void AttachBenchProbe(v8::Local<v8::Object> exports);
-void AttachCaptureProbe(v8::Local<v8::Object> exports);
-void AttachCompositionProbe(v8::Local<v8::Object> exports);
-void AttachContactsProbe(v8::Local<v8::Object> exports);
-void AttachCoreProbe(v8::Local<v8::Object> exports);
-void AttachDialogProbe(v8::Local<v8::Object> exports);
-void AttachIntegrationProbe(v8::Local<v8::Object> exports);
-void AttachKeychainProbe(v8::Local<v8::Object> exports);
-void AttachMacBodiesProbe(v8::Local<v8::Object> exports);
-void AttachMenuProbe(v8::Local<v8::Object> exports);
-void AttachMessagesProbe(v8::Local<v8::Object> exports);
-void AttachNotificationsProbe(v8::Local<v8::Object> exports);
-void AttachPasteboardProbe(v8::Local<v8::Object> exports);
-void AttachPlatformProbe(v8::Local<v8::Object> exports);
-void AttachReachabilityProbe(v8::Local<v8::Object> exports);
-void AttachShortcutProbe(v8::Local<v8::Object> exports);
-void AttachStatusItemProbe(v8::Local<v8::Object> exports);
-void AttachUpdateProbe(v8::Local<v8::Object> exports);
-void AttachValuesProbe(v8::Local<v8::Object> exports);
-void AttachWindowProbe(v8::Local<v8::Object> exports);
+#define PROBES(object, ...) const ProbeGroup kProbes(object, #__VA_ARGS__, Entries<__VA_ARGS__>())
 #else
-#define PROBE(function) NODE_SET_METHOD(exports, #function, function)
+// In plain C++ only functions of ProbeArguments are probes.
+#define PROBES(object, ...) const ProbeGroup kProbes(object, #__VA_ARGS__, {__VA_ARGS__})
 #endif
-
-void AttachBusProbe(v8::Local<v8::Object> exports);
-void AttachComposeProbe(v8::Local<v8::Object> exports);
-void AttachNotificationServerProbe(v8::Local<v8::Object> exports);

@@ -1,5 +1,7 @@
 #import <objc/runtime.h>
 
+#include <map>
+#include <sstream>
 #include <vector>
 
 #include "Base/Ref.h"
@@ -11,34 +13,13 @@ namespace {
 
 void InitProbe(v8::Local<v8::Object> exports, v8::Local<v8::Value> module, v8::Local<v8::Context>, void*) {
   Init(exports, module);
-  const auto probe = AddProbeObject(exports, "probe");
-  const auto attach = [probe](const char* name, void (*attachTo)(v8::Local<v8::Object>)) {
-    attachTo(AddProbeObject(probe, name));
-  };
-  AttachCoreProbe(probe);
-  AttachMessagesProbe(probe);
-  const auto bench = AddProbeObject(probe, "bench");
-  AttachBenchProbe(bench);
-  AttachComposeProbe(bench);
-  attach("platform", AttachPlatformProbe);
-  attach("bus", AttachBusProbe);
-  attach("keychain", AttachKeychainProbe);
-  attach("statusItem", AttachStatusItemProbe);
-  attach("reachability", AttachReachabilityProbe);
-  attach("notifications", AttachNotificationsProbe);
-  attach("notificationServer", AttachNotificationServerProbe);
-  attach("values", AttachValuesProbe);
-  attach("integrations", AttachIntegrationProbe);
-  attach("menus", AttachMenuProbe);
-  attach("pasteboard", AttachPasteboardProbe);
-  attach("windows", AttachWindowProbe);
-  attach("composition", AttachCompositionProbe);
-  attach("contacts", AttachContactsProbe);
-  attach("updates", AttachUpdateProbe);
-  attach("shortcuts", AttachShortcutProbe);
-  attach("macBodies", AttachMacBodiesProbe);
-  attach("dialogs", AttachDialogProbe);
-  attach("capture", AttachCaptureProbe);
+  ProbeGroup::AttachAll(AddProbeObject(exports, "probe"));
+}
+
+// Made while the add-on is loaded, in any order.
+std::vector<const ProbeGroup*>& Groups() {
+  static std::vector<const ProbeGroup*> groups;
+  return groups;
 }
 
 // Objects that script has seen, each once, by their handles.
@@ -93,6 +74,27 @@ id ObjectOf(id value) {
 }
 
 }  // namespace
+
+ProbeGroup::ProbeGroup(const char* object, std::string_view names, std::vector<v8::FunctionCallback> functions,
+                       Attach attachMore)
+    : object_(object), names_(names), functions_(std::move(functions)), attachMore_(attachMore) {
+  Groups().push_back(this);
+}
+
+void ProbeGroup::AttachAll(v8::Local<v8::Object> probe) {
+  std::map<std::string_view, v8::Local<v8::Object>> objects{{"", probe}};
+  for (const ProbeGroup* group : Groups()) {
+    auto& object = objects[group->object_];
+    if (object.IsEmpty()) object = AddProbeObject(probe, group->object_);
+    std::istringstream names{std::string(group->names_)};
+    for (const auto function : group->functions_) {
+      std::string name;
+      std::getline(names >> std::ws, name, ',');
+      NODE_SET_METHOD(object, name.c_str(), function);
+    }
+    if (group->attachMore_ != nullptr) group->attachMore_(object);
+  }
+}
 
 void ScriptCallback::operator()(std::string_view text) const {
   v8::Isolate* isolate = v8::Isolate::GetCurrent();

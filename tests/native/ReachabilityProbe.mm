@@ -72,10 +72,6 @@ std::string seen() {
   return WhatIsSeen().text;
 }
 
-}  // namespace
+PROBES("reachability", monitor, watch, seen);
 
-void AttachReachabilityProbe(v8::Local<v8::Object> exports) {
-  PROBE(monitor);
-  PROBE(watch);
-  PROBE(seen);
-}
+}  // namespace

@@ -68,11 +68,6 @@ int unarchiveDamaged(NSString* text) {
   return shortcuts;
 }
 
-}  // namespace
+PROBES("shortcuts", whyTaken, archives, unarchive, unarchiveDamaged);
 
-void AttachShortcutProbe(v8::Local<v8::Object> exports) {
-  PROBE(whyTaken);
-  PROBE(archives);
-  PROBE(unarchive);
-  PROBE(unarchiveDamaged);
-}
+}  // namespace

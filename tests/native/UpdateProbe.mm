@@ -10,7 +10,6 @@
 #include <string>
 #include <thread>
 
-#include "Application/TsApplicationUpdate.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Crashes/TsSentryLogger.h"
@@ -62,12 +61,6 @@ id decide(std::string_view feed, std::string current, std::string system, std::s
     if (decision->file.length) [answer setObject:@(*decision->file.length) forKey:@"length"];
   }
   return answer;
-}
-
-// The Linux updater never asks this question of its delegate.
-bool promptsForPermission() {
-  TsApplicationUpdate* update = [TsApplicationUpdate sharedInstance];
-  return [update updaterShouldPromptForPermissionToCheckForUpdates:platform::Updater::Shared()] != NO;
 }
 
 // An environment without any language.
@@ -163,21 +156,7 @@ void logFromThread(std::string name, std::string text) {
   }).join();
 }
 
-}  // namespace
+PROBES("updates", compareVersions, isTrustworthyAddress, decide, forgetLanguages, setDateDefault, dateDefault,
+       readCrashRecord, whyNoProject, crash, crashEverywhere, handleCrashes, crashInFork, logFromThread);
 
-void AttachUpdateProbe(v8::Local<v8::Object> exports) {
-  PROBE(compareVersions);
-  PROBE(isTrustworthyAddress);
-  PROBE(decide);
-  PROBE(promptsForPermission);
-  PROBE(forgetLanguages);
-  PROBE(setDateDefault);
-  PROBE(dateDefault);
-  PROBE(readCrashRecord);
-  PROBE(whyNoProject);
-  PROBE(crash);
-  PROBE(crashEverywhere);
-  PROBE(handleCrashes);
-  PROBE(crashInFork);
-  PROBE(logFromThread);
-}
+}  // namespace

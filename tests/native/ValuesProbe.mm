@@ -64,13 +64,6 @@ id mutate(NSString* text) {
 // From a script's text to containers.
 bool reads(NSString* text) { return TsConvertFromJSONString(text, nullptr) != nil; }
 
-}  // namespace
+PROBES("values", roundTrip, readError, writeUnfit, writeNumbers, mutate, reads);
 
-void AttachValuesProbe(v8::Local<v8::Object> exports) {
-  PROBE(roundTrip);
-  PROBE(readError);
-  PROBE(writeUnfit);
-  PROBE(writeNumbers);
-  PROBE(mutate);
-  PROBE(reads);
-}
+}  // namespace

@@ -106,10 +106,6 @@ id dragTitle(NSString* title, unsigned modifiers) {
   ];
 }
 
-}  // namespace
+PROBES("windows", dragOverPage, pageDrags, dragTitle);
 
-void AttachWindowProbe(v8::Local<v8::Object> exports) {
-  PROBE(dragOverPage);
-  PROBE(pageDrags);
-  PROBE(dragTitle);
-}
+}  // namespace
