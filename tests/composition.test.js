@@ -116,14 +116,19 @@ test('another process scripts the application', async (t) => {
   });
 
   await t.test('a message that becomes visible is composed a second later, as it is then, each time', async () => {
-    const made = await app.make();
-    const start = Date.now();
-    await app.call(made, 'SetVisible', 'b', 'false');
-    await app.call(made, 'SetVisible', 'b', 'true');
-    await app.set(made, 'Visible', 'b', 'true');
-    assert.strictEqual(await app.get(made, 'Visible'), 'b false', 'nothing is stored');
-    await app.set(made, 'Subject', 's', 'late');
-    const composed = await app.composed(2);
+    let [attempts, composed, start, took] = [0];
+    // On a busy machine the calls themselves may take more than a second.
+    do {
+      const made = await app.make();
+      await app.call(made, 'SetVisible', 'b', 'false');
+      start = Date.now();
+      await app.call(made, 'SetVisible', 'b', 'true');
+      await app.set(made, 'Visible', 'b', 'true');
+      await app.set(made, 'Subject', 's', 'late');
+      took = Date.now() - start;
+      assert.strictEqual(await app.get(made, 'Visible'), 'b false', 'nothing is stored');
+      composed = await app.composed(2);
+    } while (took >= 1000 && ++attempts < 10);
     assert.deepStrictEqual([composed[0][1].subject, composed[1][1].subject], ['late', 'late']);
     assert.ok(composed[0][0] - start >= 1000, 'not before a second has passed');
   });

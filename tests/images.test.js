@@ -66,9 +66,8 @@ test('a web image is recognised by its contents, not by its name', async (t) => 
   const rows = [folder, '', 'a\0b.png', ...['missing.png', 'pipe.png'].map((name) => path.join(folder, name))];
   rows.push(...Object.entries(others).map(([name, contents]) => write(name, contents)));
   const table = rows.map((file) => [file, 0]);
-  for (const kind of ['png', 'jpg', 'gif', 'webp', 'avif']) {
+  for (const kind of ['png', 'jpg', 'gif', 'webp', 'avif'])
     table.push([write(`${kind}.txt`, await makers[kind](8, 8)), 1]);
-  }
   await plain.table(t, table, ({ native }, file) => native.isWebImagePath(file));
 });
 

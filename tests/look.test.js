@@ -227,6 +227,8 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
       host.on('notification', ({ name }) => name.startsWith('Ts') && report(name));
     });
     const show = async () => {
+      // The window below gets the keyboard in its own time, and would take it back later.
+      await person.window('Mail');
       await person.tell(open, argument);
       await person.window(title);
     };
@@ -252,8 +254,6 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
     assert.ok(!person.reports.includes(accepted));
     if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
     if (accepted === undefined) return;
-    // The window below gets the keyboard in its own time.
-    await person.window('Mail');
     await show();
     await press('Return');
     if (accepted) await eventually(() => person.reports.includes(accepted), accepted);

@@ -70,12 +70,11 @@ const responses = {
 };
 
 test('every malformed or unfinished response ends with exactly one end or error', async (t) => {
-  const server = net.createServer((socket) =>
-    socket.once('data', (bytes) => {
-      const [deed] = responses[bytes.toString().match(/ \/([^/ ]*)/)[1]];
-      return typeof deed === 'string' ? socket.end(deed, 'latin1') : deed(socket);
-    }),
-  );
+  const answer = (socket, bytes) => {
+    const [deed] = responses[bytes.toString().match(/ \/([^/ ]*)/)[1]];
+    return typeof deed === 'string' ? socket.end(deed, 'latin1') : deed(socket);
+  };
+  const server = net.createServer((socket) => socket.once('data', (bytes) => answer(socket, bytes)));
   const url = await listen(t, server);
   const names = Object.keys(responses);
   const calls = names.map((name) => [`${url}/${name}`, { timeout: 0.4 }]);

@@ -121,7 +121,7 @@ test('malformed feeds fail with a reason, and hostile feeds are harmless', async
 
 const inApplications = scenarios({
   host: true,
-  fixture({ captureLog, eventually, host, news, sendMessage }) {
+  fixture({ assert, captureLog, eventually, host, news, sendMessage }) {
     host.setKeepAlive(true);
     captureLog();
     const posted = [];
@@ -130,9 +130,9 @@ const inApplications = scenarios({
     const upTo = async (pattern) => {
       const lines = [];
       const isThere = () => lines.push(...news()) && lines.some((line) => pattern.test(line));
-      await eventually(isThere, `${pattern}`).catch((error) => {
-        throw new Error(`${error.message}: ${JSON.stringify(lines)}`);
-      });
+      await eventually(isThere, `${pattern}`).catch(({ message }) =>
+        assert.fail(`${message}: ${JSON.stringify(lines)}`),
+      );
       return lines;
     };
     /** Does something, and waits for the feed. */
@@ -504,14 +504,10 @@ test('a check replaces one that waits for its feed, unless it does less, and the
   const isDryRun = await child.tell(({ native, tellUpdater }) => {
     let kind;
     native.setAppcastParameterCallback(() => JSON.stringify([{ key: 'kind', value: kind }]));
-    const checks = {
-      information: () => native.fetchAppcast(),
-      background: () => native.checkForUpdates(true, false),
-      user: () => native.checkForUpdates(false, false),
-    };
     const check = (each) => {
       kind = each;
-      checks[kind]();
+      if (kind === 'information') native.fetchAppcast();
+      else native.checkForUpdates(kind === 'background', false);
       return tellUpdater('dryRun');
     };
     return ['background', 'information', 'user', 'background', 'user'].map(check).includes(true);
