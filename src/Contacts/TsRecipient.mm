@@ -49,14 +49,13 @@ NSString* PrimaryAddress(ABPerson* person) {
   return primary < [addresses count] ? [addresses valueAtIndex:primary] : nil;
 }
 
-bool IsLastNameFirst(NSInteger flags) {
-  const NSInteger ordering = flags & kABNameOrderingMask;
-  return (ordering != 0 ? ordering : [platform::SharedAddressBook() defaultNameOrdering]) == kABLastNameFirst;
-}
+// The ordering of persons that have none of their own.
+NSInteger DefaultOrdering() { return [platform::SharedAddressBook() defaultNameOrdering]; }
 
-NSString* FullName(ABPerson* person, NSInteger flags) {
+NSString* FullName(ABPerson* person, NSInteger flags, NSInteger defaultOrdering) {
   NSString* lastName = [person valueForProperty:kABLastNameProperty];
-  const bool isLastNameFirst = IsLastNameFirst(flags);
+  const NSInteger ordering = flags & kABNameOrderingMask;
+  const bool isLastNameFirst = (ordering != 0 ? ordering : defaultOrdering) == kABLastNameFirst;
   NSString* const parts[] = {
       [person valueForProperty:kABTitleProperty],
       isLastNameFirst ? lastName : nil,
@@ -72,11 +71,17 @@ NSString* FullName(ABPerson* person, NSInteger flags) {
   return [present componentsJoinedByString:@" "];
 }
 
+NSString* ShownName(ABPerson* person, NSInteger defaultOrdering) {
+  const NSInteger flags = [[person valueForProperty:kABPersonFlags] integerValue];
+  const bool isCompany = (flags & kABShowAsMask) != kABShowAsPerson;
+  return isCompany ? [person valueForProperty:kABOrganizationProperty] : FullName(person, flags, defaultOrdering);
+}
+
 void AddMembers(NSMutableArray* recipients, ABGroup* group) {
+  const NSInteger ordering = DefaultOrdering();  // reads the user defaults
   for (ABPerson* person in [group members]) {
     NSString* address = PrimaryAddress(person);
-    if ([address length] == 0) continue;
-    if (TsRecipient* recipient = [TsRecipient recipient:address person:person]) [recipients addObject:recipient];
+    if ([address length] > 0) [recipients addObject:[TsRecipient recipient:address name:ShownName(person, ordering)]];
   }
 }
 
@@ -135,11 +140,7 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 }
 
 + (instancetype)recipient:(NSString*)address person:(ABPerson*)person {
-  if (!HasAddress(person, address)) return nil;
-  const NSInteger flags = [[person valueForProperty:kABPersonFlags] integerValue];
-  const bool isCompany = (flags & kABShowAsMask) != kABShowAsPerson;
-  return [self recipient:address
-                    name:isCompany ? [person valueForProperty:kABOrganizationProperty] : FullName(person, flags)];
+  return HasAddress(person, address) ? [self recipient:address name:ShownName(person, DefaultOrdering())] : nil;
 }
 
 + (NSArray*)recipientsFromGroup:(ABGroup*)group {
