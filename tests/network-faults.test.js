@@ -324,18 +324,24 @@ test('busy script pauses the server, and memory stays at the size of the body', 
     `${client}
      const made = m.createRequest(${JSON.stringify(url)});
      const alive = setInterval(() => {}, 1000);
-     let received = 0, largest = 0, busy = true;
+     let received = 0, largest = 0, inTurn = 0, mostInTurn = 0, busyAt = 0;
+     const endTurn = () => {
+       mostInTurn = Math.max(mostInTurn, inTurn);
+       inTurn = 0;
+     };
      made.on('data', (data) => {
        received += data.byteLength;
        largest = Math.max(largest, data.byteLength);
-       if (!busy) return;
-       busy = false;
-       console.log('busy');
-       for (const end = Date.now() + 1000; Date.now() < end;);
+       if (inTurn === 0) setImmediate(endTurn);
+       inTurn += data.byteLength;
+       if (received < busyAt) return;
+       if (busyAt === 0) console.log('busy');
+       for (const end = Date.now() + (busyAt === 0 ? 1000 : 200); Date.now() < end;);
+       busyAt = received + 30e6;
      });
      made.on('end', ({ buffer }) => {
        const peak = Number(require('fs').readFileSync('/proc/self/status', 'utf8').match(/VmHWM:\\s+(\\d+)/)[1]) * 1024;
-       console.log(JSON.stringify({ received, length: buffer.byteLength, largest, peak }));
+       console.log(JSON.stringify({ received, length: buffer.byteLength, largest, mostInTurn, peak }));
        clearInterval(alive);
      });
      made.start();`,
@@ -345,10 +351,11 @@ test('busy script pauses the server, and memory stays at the size of the body', 
   const sentToBusy = sent();
   const { code, stderr } = await child.ended;
   assert.strictEqual(code, 0, stderr);
-  const { received, length, largest, peak } = JSON.parse(child.output.stdout.split('\n')[1]);
+  const { received, length, largest, mostInTurn, peak } = JSON.parse(child.output.stdout.split('\n')[1]);
   assert.deepStrictEqual([received, length], [size, size]);
   assert.ok(sentToBusy < 40e6, `${sentToBusy} bytes were sent to a busy process`);
   assert.ok(largest <= 1.1e6, `a chunk of ${largest} bytes`);
+  assert.ok(mostInTurn <= 2.2e6, `${mostInTurn} bytes in one turn of the event loop`);
   // The sanitizers keep freed memory for a while.
   if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(peak < size + 200e6, `${peak} bytes at most, for ${size}`);
 });

@@ -51,6 +51,7 @@ void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
 TransferEngine::TransferEngine()
     : watches_([this](curl_socket_t socket, int events) { Act(socket, events); }),
       timer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)),
+      soon_(MakeUvHandle<uv_idle_t>(this, uv_idle_init)),
       timeoutTimer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   multi_.reset(curl_multi_init());
@@ -88,6 +89,7 @@ void TransferEngine::ShutDown() noexcept {
   multi_.reset();
   watches_.Clear();
   timer_.reset();
+  soon_.reset();
   timeoutTimer_.reset();
 }
 
@@ -117,18 +119,27 @@ void TransferEngine::Withdraw(Transfer& transfer) {
 }
 
 void TransferEngine::SetTimer(long milliseconds) {
-  if (!timer_) return;
+  if (!timer_ || !soon_) return;
   if (!queue_.empty()) milliseconds = 0;
   isDue_ = isActing_ && milliseconds == 0;
   if (isDue_) return;
-  if (milliseconds < 0) {
-    uv_timer_stop(timer_.get());
-    return;
-  }
+  uv_timer_stop(timer_.get());
+  uv_idle_stop(soon_.get());
+  if (milliseconds < 0) return;
+  if (milliseconds == 0) return ActSoon();
   uv_update_time(uv_default_loop());
   uv_timer_start(
       timer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).Act(CURL_SOCKET_TIMEOUT, 0); },
       static_cast<std::uint64_t>(milliseconds), 0);
+}
+
+// Not with a timer: libuv 1.46 runs one without a delay in the turn of the timer that starts it, so that a fast server
+// would hold the loop.
+void TransferEngine::ActSoon() {
+  uv_idle_start(soon_.get(), [](uv_idle_t* handle) {
+    uv_idle_stop(handle);
+    OwnerOf<TransferEngine>(handle).Act(CURL_SOCKET_TIMEOUT, 0);
+  });
 }
 
 void TransferEngine::Act(curl_socket_t socket, int events) {

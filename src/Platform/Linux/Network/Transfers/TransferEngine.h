@@ -40,6 +40,7 @@ class TransferEngine final : public TransferLibrary {
 
   void Configure();
   void SetTimer(long milliseconds);
+  void ActSoon();
   void Act(curl_socket_t socket, int events);
   void Perform(curl_socket_t socket, int events);
   void DeliverAll();
@@ -49,6 +50,7 @@ class TransferEngine final : public TransferLibrary {
   CurlShare share_;
   SocketWatches watches_;
   UvHandle<uv_timer_t> timer_;
+  UvHandle<uv_idle_t> soon_;  // in the next turn
   UvHandle<uv_timer_t> timeoutTimer_;
   std::deque<Transfer*> queue_;
   std::set<Deadline> deadlines_;
