@@ -44,6 +44,9 @@ plain.test('recipients are written as items of a header', ({ equal, sendMessage:
   const recipients = items.map(([name, address]) => send('TsRecipient', 'recipient:name:', address, name));
   const texts = items.map(([, , text]) => text);
   recipients.forEach((recipient, i) => equal(send(recipient, 'stringForEmail'), texts[i]));
+  // Only this script owns them.
+  const count = (object) => send(object, 'retainCount');
+  equal(recipients.map(count), Array(items.length).fill(count(send('NSMutableArray', 'array'))));
   equal(send('TsRecipient', 'toString:', recipients), texts.join(', '));
   equal(send('TsRecipient', 'toString:', []), '');
 });

@@ -262,14 +262,17 @@ make('up.zip', [('../up.txt', 'x'), ('a/../../up2.txt', 'x'), ('/tmp/ts-absolute
 make('link.zip', [(link, '/tmp'), ('link/ts-through.txt', 'x')])
 make('many.zip', [(str(i), '') for i in range(10050)])
 make('bomb.zip', [(str(i), b'\\0' * (200 << 20)) for i in range(6)])
-open('damaged.zip', 'wb').write(open('up.zip', 'rb').read()[:60])`,
+open('damaged.zip', 'wb').write(open('up.zip', 'rb').read()[:60])
+make('whole.zip', [(zipfile.ZipInfo('in.txt'), 'content')])
+open('changed.zip', 'wb').write(open('whole.zip', 'rb').read().replace(b'content', b'changed'))`,
   );
-  const rows = ['up', 'link', 'many', 'bomb', 'damaged', 'missing'].map((name, i) => [name, i < 2]);
+  const rows = ['up', 'link', 'many', 'bomb', 'changed', 'damaged', 'missing'].map((name, i) => [name, i < 2]);
   const unpack = ({ integrations }, name, within) =>
     integrations.unpackZip(`${within}/${name}.zip`, `${within}/out/${name}`);
   await withoutDisplay.table(t, rows, unpack, folder);
   assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out', 'up')), ['in.txt']);
-  assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out')).sort(), ['bomb', 'link', 'many', 'up']);
+  assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out')).sort(), ['bomb', 'changed', 'link', 'many', 'up']);
+  assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out', 'changed')), []);
   for (const file of ['/tmp/ts-absolute.txt', '/tmp/ts-through.txt']) assert.ok(!fs.existsSync(file));
 });
 

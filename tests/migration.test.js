@@ -165,6 +165,11 @@ test('preferences are read in either format, or not at all', async (t) => {
     ['garbage', Buffer.from('bplist\xff\0', 'latin1'), {}],
     ['no dictionary', '<plist version="1.0"><array><true/></array></plist>', {}],
     ['a binary text beyond the end', Buffer.from(binaryPreferences).fill(0xec, 19, 20), {}],
+    [
+      'a text of 40 UTF-16 units beyond the end',
+      Buffer.from(binaryPreferences).fill(0x6f, 82, 83).fill(40, 84, 85),
+      {},
+    ],
     ['deep XML', xml.replace('<true/>', '<array>'.repeat(1e5) + '</array>'.repeat(1e5)), {}],
     ['deep text', `{HideTabBar = ${'('.repeat(1e5)}${')'.repeat(1e5)};}`, {}],
     ['a date, which JSON cannot hold', plist({ ShowStatusBar: '<date>2015-01-01T00:00:00Z</date>' }), null],
@@ -176,9 +181,12 @@ test('preferences are read in either format, or not at all', async (t) => {
   await run.table(t, rows, read, run.preferences);
   const [value, warnings] = await run(t, ({ log, native }) => [native.getMigrationInfo('prefs'), log(2)]);
   assert.deepStrictEqual([value, ...warnings], [null, "Couldn't convert to JSON"]);
+  const expectNone = async () => assert.deepStrictEqual(await run(t, ({ report }) => report('prefs').prefs), {});
+  fs.writeFileSync(run.preferences, xml.replace('</plist>', `${' '.repeat(16 << 20)}</plist>`));
+  await expectNone();
   fs.rmSync(run.preferences);
   execFileSync('mkfifo', [run.preferences]);
-  assert.deepStrictEqual(await run(t, ({ report }) => report('prefs').prefs), {});
+  await expectNone();
 });
 
 test('a tab of an unknown application spoils the report, and not the process', async (t) => {

@@ -55,6 +55,7 @@ inSession.test('a snapshot of the application’s own contents restores every ty
   for (const [content, names, files] of table) {
     pasteboard.put(content);
     const before = pasteboard.data();
+    if (content.types) equal(before, Object.entries(content.types));
     equal(native.saveGeneralPasteboard(), true);
     pasteboard.put({ text: 'between' });
     equal(native.restoreGeneralPasteboard(), true);

@@ -609,7 +609,9 @@ test('the update window offers an update, shows its installation and its failure
   await check((url) => [offered(url, { inside })], available);
   assert.deepStrictEqual(await texts(), [available, 'New & better']);
   await press('Later');
-  await check((url) => [offered(url, { inside })], 'Version 3 is available');
+  const long = '<description>'.concat('New and better. '.repeat(5000), '</description>');
+  await check((url) => [offered(url, { inside: long })], 'Version 3 is available');
+  assert.deepStrictEqual((await texts()).map((text) => text.length), [available.length, 20000]); // prettier-ignore
   await press('Skip This Version');
   await isClosed();
   await child.tell(({ news }) => news());
