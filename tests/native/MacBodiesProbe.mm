@@ -1,9 +1,9 @@
 #import <Foundation/Foundation.h>
 
 #include "Base/TsString.h"
+#include "Platform/Common/PictureTarget.h"
 #include "Platform/macOS/AppleScriptText.h"
 #include "Platform/macOS/CarbonModifiers.h"
-#include "Platform/macOS/PictureTarget.h"
 #include "Probe.h"
 
 // Plain C++ of the macOS bodies.

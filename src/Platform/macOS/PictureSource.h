@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "Base/Result.h"
+#include "Platform/Common/PictureTarget.h"
 #include "Platform/macOS/CFRef.h"
-#include "Platform/macOS/PictureTarget.h"
 
 namespace tessaro::platform {
 

@@ -1,4 +1,4 @@
-#include "Platform/macOS/PictureTarget.h"
+#include "Platform/Common/PictureTarget.h"
 
 #include <algorithm>
 #include <array>
