@@ -227,8 +227,6 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
       host.on('notification', ({ name }) => name.startsWith('Ts') && report(name));
     });
     const show = async () => {
-      // The window below gets the keyboard in its own time, and would take it back later.
-      await person.window('Mail');
       await person.tell(open, argument);
       await person.window(title);
     };
@@ -254,6 +252,12 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
     assert.ok(!person.reports.includes(accepted));
     if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
     if (accepted === undefined) return;
+    // The window below would take the keyboard later; sometimes the window manager leaves it to the user to go there.
+    await person.until(
+      async () => (await person.windows()).some((window) => window.title === 'Mail' && window.isKey),
+      async () => person.xdotool('windowactivate', await shown(person, 'Mail')),
+      'the window below has the keyboard',
+    );
     await show();
     await press('Return');
     if (accepted) await eventually(() => person.reports.includes(accepted), accepted);
