@@ -140,6 +140,55 @@ test('a copy is turned upright, converted to sRGB, and has no metadata', async (
   await assertPixel(same, 16, 16, [17, 80, 200], 1);
 });
 
+test('a reduced PNG or JPEG has the pixels of a Lanczos reduction, with any number of channels', async (t) => {
+  const folder = temporaryDirectory(t);
+  const at = (name) => path.join(folder, name);
+  // A gradient in each channel. Clear pixels have colours that must not show.
+  const gradient = (width, height, channels) => {
+    const pixels = Buffer.alloc(width * height * channels, 255);
+    for (let i = 0; i < pixels.length; ++i) {
+      const [x, y, channel] = [Math.floor(i / channels) % width, Math.floor(i / channels / width), i % channels];
+      const isAlpha = channels % 2 === 0 && channel === channels - 1;
+      pixels[i] = isAlpha
+        ? Math.max(0, Math.min(255, x - width / 2))
+        : 127 + 120 * Math.sin((x * (channel + 1) + y) / 60);
+    }
+    return sharp(pixels, { raw: { width, height, channels } });
+  };
+  const table = [
+    [gradient(641, 399, 3), 'a.png', 200],
+    [gradient(641, 399, 4), 'b.png', 200],
+    [gradient(641, 399, 1).toColourspace('b-w'), 'c.png', 200],
+    [gradient(641, 399, 2).toColourspace('b-w'), 'd.png', 99],
+    // Large enough for threads; shrunk by its decoder at first.
+    [gradient(1999, 1501, 3), 'e.jpg', 650],
+    [gradient(1100, 900, 3), 'f.png', 300],
+    // One line, and a large factor.
+    [gradient(900, 1, 3), 'g.png', 31],
+    [gradient(3000, 40, 3), 'h.png', 50],
+  ];
+  for (const [image, name] of table) await image.toFile(at(name));
+  await scale(
+    t,
+    table.map(([, name, size]) => [at(name), at(`${name}.png`), size, size]),
+  );
+  for (const [, name, size] of table) {
+    const actual = await sharp(at(`${name}.png`))
+      .raw()
+      .toBuffer({ resolveWithObject: true });
+    const wanted = await sharp(at(name)).resize(size, size, { fit: 'inside' }).raw().toBuffer();
+    assert.strictEqual(actual.data.length, wanted.length, name);
+    // Few levels of colour are left in a pixel that is rather clear.
+    const { channels } = actual.info;
+    const isShown = (i) => channels % 2 === 1 || wanted[i - (i % channels) + channels - 1] > 127;
+    const worst = wanted.reduce(
+      (most, value, i) => (isShown(i) ? Math.max(most, Math.abs(value - actual.data[i])) : most),
+      0,
+    );
+    assert.ok(worst <= 6, `${name}: off by ${worst}`);
+  }
+});
+
 test('animations keep their frames', async (t) => {
   const at = (name) => path.join(folder, name);
   const folder = temporaryDirectory(t);

@@ -98,7 +98,7 @@ VipsImagePtr DrawnText(const std::string& text, int size) {
 
 // ---- Images and documents
 
-VipsImagePtr DrawnImage(const SourceFile& file, int size) {
+VipsImagePtr DrawnImage(SourceFile& file, int size) {
   return file.Decode({size, size, file.isVector() ? VIPS_SIZE_BOTH : VIPS_SIZE_DOWN});
 }
 
@@ -107,7 +107,7 @@ VipsImagePtr DrawnImage(const SourceFile& file, int size) {
 Result<std::string> MakePreview(const PictureJob& job) {
   auto file = SourceFile::Open(job.source);
   if (!file) return tl::unexpected(file.error());
-  const auto header = file->ReadHeader();
+  const auto header = file->ReadHeader(SourceFile::Missing::StaysBlank);
   if (header) return SaveImage(DrawnImage(*file, job.maxWidth), kPreviewFormat, job.target);
   // A broken image is not shown as text.
   if (!file->format().empty()) return tl::unexpected(header.error());

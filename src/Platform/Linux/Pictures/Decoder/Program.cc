@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <malloc.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -18,12 +19,14 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
 #include "Platform/Linux/Pictures/Decoder/Picture.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
+#include "Platform/Linux/Pictures/Decoder/SourceFile.h"
 
 // After vips.h, which the header needs.
 #include <vips/vector.h>
@@ -32,10 +35,11 @@ namespace tessaro::platform {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 [[maybe_unused]] constexpr rlim_t kJobMemory = rlim_t{2} << 30;
 constexpr int kMostThreads = 4;
 constexpr int kPreviewNiceness = 5;
-constexpr int kRehearsedSize = 64;
 constexpr int kSocket = STDIN_FILENO;
 
 void Limit(__rlimit_resource what, rlim_t most) {
@@ -101,43 +105,36 @@ void PrepareDecoder() {
   // Each process has one job: nothing would be found in the cache.
   vips_cache_set_max(0);
   vips_concurrency_set(std::min(vips_concurrency_get(), kMostThreads));
-  // Vector code is compiled into pages that forked processes share: each would overwrite the others'.
+  // Compiled into pages that forked processes share: only the process of a large picture may enable it.
   vips_vector_set_enabled(FALSE);
 }
 
-// Initialises what every job uses, once for all of them: the classes of vips, and its tables for resizing. Builds a
-// pipeline without running it, because threads would not survive the fork.
-void WarmUp() {
-  constexpr std::array<char, 16> kNoImage{};
-  vips_foreign_find_load_buffer(kNoImage.data(), kNoImage.size());
-  vips_foreign_find_save_target(".png");
-  vips_error_clear();
-  VipsImage* black = nullptr;
-  VipsImage* small = nullptr;
-  if (vips_black(&black, kRehearsedSize, kRehearsedSize, "bands", 3, nullptr) != 0) return;
-  vips_thumbnail_image(black, &small, kRehearsedSize / 2, nullptr);
-  g_clear_object(&small);
-  g_object_unref(black);
+// An image of our own for rehearsals: a PNG of 2 × 2 black pixels.
+constexpr std::string_view kRehearsed =
+    "\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\2\0\0\0\2\b\2\0\0\0\xfd\xd4\x9as"
+    "\0\0\0\vIDATx\xda\x63`@\6\0\0\x0e\0\1\x3a\x35\4\x56\0\0\0\0IEND\xae\x42`\x82"sv;
+
+VipsImagePtr DecodeRehearsed() {
+  FileDescriptor file(memfd_create("rehearsed", MFD_CLOEXEC));
+  if (write(file.get(), kRehearsed.data(), kRehearsed.size()) < 0) return nullptr;
+  SourceFile source(std::move(file));
+  return source.ReadHeader(SourceFile::Missing::Fails) ? source.Decode({1, 1}) : nullptr;
 }
 
-// Runs a whole job on an image of our own in the process that will get one: its threads are running then, and the pages
-// that a job writes to are copied from the parent.
-void Rehearse() {
+enum class Rehearsal : std::uint8_t { Decoding, WholeJob };
+
+// Runs a job, or its first half, on an image of our own. Decoding initialises the classes of vips and its decoder for
+// all processes that are forked then. Writing starts threads, which would not survive that.
+void Rehearse(Rehearsal rehearsal) {
   const int threads = vips_concurrency_get();
-  vips_concurrency_set(1);
-  void* png = nullptr;
-  std::size_t size = 0;
-  VipsImage* image = nullptr;
-  if (vips_black(&image, kRehearsedSize, kRehearsedSize, "bands", 3, nullptr) == 0) {
-    vips_pngsave_buffer(image, &png, &size, nullptr);
-    g_clear_object(&image);
+  const VipsImagePtr image = DecodeRehearsed();
+  vips_foreign_find_save_target(".png");
+  if (image && rehearsal == Rehearsal::WholeJob) {
+    void* png = nullptr;
+    std::size_t size = 0;
+    vips_pngsave_buffer(image.get(), &png, &size, nullptr);
+    g_free(png);
   }
-  if (png != nullptr && vips_thumbnail_buffer(png, size, &image, kRehearsedSize / 2, nullptr) == 0) {
-    g_free(std::exchange(png, nullptr));
-    vips_pngsave_buffer(image, &png, &size, nullptr);
-  }
-  g_clear_object(&image);
-  g_free(png);
   vips_error_clear();
   vips_concurrency_set(threads);
 }
@@ -149,7 +146,8 @@ bool IsJobWaiting() {
 
 // In a process of its own: waits for a job, reports that through the pipe `taken`, and performs the job.
 void TakeJob(FileDescriptor taken) {
-  if (!IsJobWaiting()) Rehearse();
+  // Its threads are running then, and the pages that a job writes to are copied from the parent.
+  if (!IsJobWaiting()) Rehearse(Rehearsal::WholeJob);
   Received received;
   while (!received.isEnd && !(received.job && received.reply)) received = Receive();
   if (received.isEnd) return;
@@ -167,7 +165,7 @@ int Serve() {
   for (bool isWarm = false;;) {
     // The first job doesn't wait for it.
     if (!isWarm && !IsJobWaiting()) {
-      WarmUp();
+      Rehearse(Rehearsal::Decoding);
       isWarm = true;
     }
     std::array<int, 2> ends{};

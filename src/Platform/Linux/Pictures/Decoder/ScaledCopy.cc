@@ -35,10 +35,9 @@ bool Fits(const PictureJob& job, const SourceFile& source) {
   return (job.maxWidth <= 0 || width <= job.maxWidth) && (job.maxHeight <= 0 || height <= job.maxHeight);
 }
 
-VipsImagePtr Shrunk(const PictureJob& job, const SourceFile& source, bool allFrames) {
+VipsImagePtr Shrunk(const PictureJob& job, SourceFile& source, bool allFrames) {
   return source.Decode({.maxWidth = job.maxWidth > 0 ? job.maxWidth : VIPS_MAX_COORD,
                         .maxHeight = job.maxHeight > 0 ? job.maxHeight : VIPS_MAX_COORD,
-                        .mustBeWhole = true,
                         .allFrames = allFrames});
 }
 
@@ -70,7 +69,8 @@ Result<std::string> Copied(const SourceFile& source, const fs::path& target) {
 Result<std::string> MakeScaledCopy(const PictureJob& job) {
   auto source = SourceFile::Open(job.source);
   if (!source) return tl::unexpected(source.error());
-  if (const auto header = source->ReadHeader(); !header) return tl::unexpected(header.error());
+  const auto header = source->ReadHeader(SourceFile::Missing::Fails);
+  if (!header) return tl::unexpected(header.error());
   const PictureTarget target = TargetOf(job, *source);
   const bool isKept = source->format() == target.format->name;
   if (isKept && Fits(job, *source)) return Copied(*source, target.path);

@@ -12,6 +12,9 @@
 
 #include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
 
+// After vips.h, which the header needs.
+#include <vips/vector.h>
+
 namespace tessaro::platform {
 
 namespace {
@@ -51,23 +54,25 @@ Result<SourceFile> SourceFile::Open(const std::string& path) {
   return SourceFile(std::move(file));
 }
 
-Result<void> SourceFile::ReadHeader() {
+Result<void> SourceFile::ReadHeader(Missing missing) {
+  missing_ = missing;
   LoadDecoderFor(file_.get());
   source_.reset(vips_source_new_from_descriptor(file_.get()));
   const char* loader = source_ ? vips_foreign_find_load_source(source_.get()) : nullptr;
   if (loader != nullptr) format_ = FormatOf(loader);
-  const VipsImagePtr image(
-      loader == nullptr ? nullptr
-                        : vips_image_new_from_source(source_.get(), "", "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
-  if (!image) return Fail(VipsFailure());
-  width_ = vips_image_get_width(image.get());
-  height_ = vips_image_get_height(image.get());
-  frames_ = std::max(1, vips_image_get_n_pages(image.get()));
-  orientation_ = vips_image_get_orientation(image.get());
-  hasAlpha_ = vips_image_hasalpha(image.get());
-  hasProfile_ = vips_image_get_typeof(image.get(), VIPS_META_ICC_NAME) != 0;
+  if (loader != nullptr) image_ = Load(1);
+  if (!image_) return Fail(VipsFailure());
+  width_ = vips_image_get_width(image_.get());
+  height_ = vips_image_get_height(image_.get());
+  frames_ = std::max(1, vips_image_get_n_pages(image_.get()));
+  orientation_ = vips_image_get_orientation(image_.get());
+  hasAlpha_ = vips_image_hasalpha(image_.get());
+  hasProfile_ = vips_image_get_typeof(image_.get(), VIPS_META_ICC_NAME) != 0;
   const std::int64_t pixels = std::int64_t{width_} * height_ * frames_;
-  if (pixels < kPixelsWorthThreads) vips_concurrency_set(1);
+  const bool isSmall = pixels < kPixelsWorthThreads;
+  if (isSmall) vips_concurrency_set(1);
+  // Only in the process of a job: pages with compiled code are shared with the processes that are forked later.
+  vips_vector_set_enabled(isSmall ? FALSE : TRUE);
   // A vector image is drawn in the size that is asked for; a huge one of its own is a sign of an attack.
   const bool isReasonable = isVector() ? std::max(width_, height_) <= kLargestDrawing : pixels <= kMostPixels;
   if (!isReasonable) return Fail("too many pixels");
@@ -78,34 +83,48 @@ SourceFile::Size SourceFile::ShownSize() const {
   return orientation_ >= 5 ? Size{height_, width_} : Size{width_, height_};
 }
 
+// Without an embedded profile the colours are sRGB already; a conversion would shift them.
+const char* SourceFile::ExportProfile() const { return hasProfile_ ? "srgb" : nullptr; }
+
 double SourceFile::FactorFor(const Fit& fit) const {
   const Size shown = ShownSize();
   return std::max(static_cast<double>(shown.width) / fit.maxWidth, static_cast<double>(shown.height) / fit.maxHeight);
 }
 
-VipsImagePtr SourceFile::Decode(const Fit& fit) const {
-  // Without an embedded profile the colours are sRGB already; a conversion would shift them.
-  const char* profile = hasProfile_ ? "srgb" : nullptr;
+VipsImagePtr SourceFile::Load(int shrink) const {
+  std::string options = missing_ == Missing::Fails && isReadByLines() ? "fail_on=truncated" : "fail_on=none";
+  if (shrink > 1) options += ",shrink=" + std::to_string(shrink);
+  return VipsImagePtr(
+      vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
+}
+
+VipsImagePtr SourceFile::Decode(const Fit& fit) {
+  const double factor = FactorFor(fit);
+  if (isReadByLines() && factor > 1) return DecodeLines(factor);
+  image_.reset();
   // The operation's own argument "fail_on" does not reach the loader.
   const std::string options =
-      std::string(fit.mustBeWhole ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
+      std::string(missing_ == Missing::Fails ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
-  const double factor = FactorFor(fit);
-  if (format_ != "jpeg" || factor < 2) {
-    vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
-                          "export_profile", profile, "option_string", options.c_str(), nullptr);
-    return VipsImagePtr(image);
-  }
-  // libjpeg shrinks while decoding; the operation on its own would ask for twice as many pixels in each direction.
-  const int shrink = factor >= 8 ? 8 : factor >= 4 ? 4 : 2;
-  const VipsImagePtr loaded(vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL,
-                                                       "shrink", shrink, nullptr));
-  if (!loaded) return nullptr;
-  const auto shrunk = [factor](int length) { return std::max(1, static_cast<int>(std::lround(length / factor))); };
-  const Size shown = ShownSize();
-  vips_thumbnail_image(loaded.get(), &image, shrunk(shown.width), "height", shrunk(shown.height), "size",
-                       VIPS_SIZE_FORCE, "export_profile", profile, nullptr);
+  vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
+                        "export_profile", ExportProfile(), "option_string", options.c_str(), nullptr);
   return VipsImagePtr(image);
+}
+
+VipsImagePtr SourceFile::DecodeLines(double factor) {
+  // libjpeg shrinks while decoding, to the power of two above the size.
+  const int shrink = format_ != "jpeg" || factor < 2 ? 1 : factor >= 8 ? 8 : factor >= 4 ? 4 : 2;
+  if (shrink > 1) image_ = Load(shrink);
+  const VipsImagePtr image = std::move(image_);
+  if (!image) return nullptr;
+  const auto reduced = [factor](int length) { return std::max(1, static_cast<int>(std::lround(length / factor))); };
+  const int width = reduced(width_);
+  const int height = reduced(height_);
+  const bool isTurned = orientation_ >= 5;
+  VipsImage* finished = nullptr;
+  vips_thumbnail_image(image.get(), &finished, isTurned ? height : width, "height", isTurned ? width : height, "size",
+                       VIPS_SIZE_FORCE, "export_profile", ExportProfile(), nullptr);
+  return VipsImagePtr(finished);
 }
 
 }  // namespace tessaro::platform

@@ -2,6 +2,7 @@
 
 #include <vips/vips.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 
@@ -23,21 +24,24 @@ class SourceFile {
   // Opens regular files only: reading a pipe may never end.
   [[nodiscard]] static Result<SourceFile> Open(const std::string& path);
 
+  explicit SourceFile(FileDescriptor file) : file_(std::move(file)) {}
+
   [[nodiscard]] int descriptor() const { return file_.get(); }
 
+  // An image that is cut off either fails to be decoded, or is decoded as far as it goes.
+  enum class Missing : std::uint8_t { Fails, StaysBlank };
   // Fails when the file is no image, with an empty format(), and when the image is broken or has too many pixels.
-  [[nodiscard]] Result<void> ReadHeader();
+  [[nodiscard]] Result<void> ReadHeader(Missing missing);
 
   // The image, turned as its orientation says, in sRGB, and made to fit into so many pixels.
   struct Fit {
     int maxWidth = VIPS_MAX_COORD;
     int maxHeight = VIPS_MAX_COORD;
     VipsSize size = VIPS_SIZE_DOWN;
-    bool mustBeWhole = false;
     bool allFrames = false;
   };
-  // Empty when decoding fails: see VipsFailure().
-  [[nodiscard]] VipsImagePtr Decode(const Fit& fit) const;
+  // Once, after the header. Empty when decoding fails: see VipsFailure().
+  [[nodiscard]] VipsImagePtr Decode(const Fit& fit);
 
   // Size of the first frame, before it is turned.
   [[nodiscard]] int width() const { return width_; }
@@ -52,8 +56,6 @@ class SourceFile {
   [[nodiscard]] bool isVector() const { return format_ == "svg" || format_ == "pdf"; }
 
  private:
-  explicit SourceFile(FileDescriptor file) : file_(std::move(file)) {}
-
   struct Size {
     int width;
     int height;
@@ -62,9 +64,17 @@ class SourceFile {
   [[nodiscard]] Size ShownSize() const;
   // How many times the image is larger than the size it has to fit.
   [[nodiscard]] double FactorFor(const Fit& fit) const;
+  // Decoders of other formats make smaller images themselves, or need all of the file at once.
+  [[nodiscard]] bool isReadByLines() const { return format_ == "jpeg" || format_ == "png"; }
+  [[nodiscard]] const char* ExportProfile() const;
+  [[nodiscard]] VipsImagePtr Load(int shrink) const;
+  [[nodiscard]] VipsImagePtr DecodeLines(double factor);
 
   FileDescriptor file_;
   VipsSourcePtr source_;
+  // Its pixels are still in the file.
+  VipsImagePtr image_;
+  Missing missing_ = Missing::Fails;
   std::string format_;
   int width_ = 0;
   int height_ = 0;
