@@ -2,7 +2,10 @@
 
 #include <sdbus-c++/sdbus-c++.h>
 
+#include <chrono>
+
 #include "Base/Result.h"
+#include "Base/UvHandle.h"
 #include "Platform/Linux/Base/SessionBus.h"
 
 namespace tessaro::platform {
@@ -27,15 +30,23 @@ class BusService {
   // Calls Disappear().
   void LeaveBus() noexcept;
 
-  // Makes objects and proxies. An sdbus::Error that this raises is followed by Disappear().
+  // Makes objects and proxies. An sdbus::Error that this raises is followed by Disappear(), and by another attempt when
+  // the bus has missed a deadline.
   virtual void Appear(sdbus::IConnection& bus) = 0;
 
   // Lets go of them. May be called twice.
   virtual void Disappear() noexcept = 0;
 
  private:
+  // Doubles with each attempt: a bus that hangs holds the main thread until its deadline.
+  static constexpr std::chrono::milliseconds kFirstRetry{2000};
+
+  void TryToAppear() noexcept;
+
   bool hasJoined_ = false;
   SessionBus::Subscription subscription_;
+  UvHandle<uv_timer_t> retry_;
+  std::chrono::milliseconds retryDelay_ = kFirstRetry;
 };
 
 // Runs calls that may raise sdbus::Error.
