@@ -26,7 +26,7 @@ const work = {
       const made = m.createRequest(url, { headers: { A: 'b' }, method: 'POST' });
       made.on('error', () => {}); made.start(); made.start();
     }
-    m.isNetworkReachable(); p.reachability.query('internet'); p.reachability.query(2);`,
+    m.isNetworkReachable();`,
   'core questions': `m.getBundlePath(); m.getPreferredLanguages(); m.isDarkMode(); m.macOSVersion(); m.loadFScript();`,
 };
 

@@ -98,7 +98,7 @@ function run(file) {
   // The names of Unix sockets below it are limited to 107 bytes.
   const home = fs.mkdtempSync(path.join(os.tmpdir(), 'ts-'));
   homes.add(home);
-  const child = spawn(process.execPath, ['--test-reporter=tap', path.join(__dirname, file)], {
+  const child = spawn(process.env.TESSARO_NODE || process.execPath, ['--test-reporter=tap', path.join(__dirname, file)], {
     env: environmentFor(home),
     stdio: ['ignore', 'pipe', 'inherit'],
   });

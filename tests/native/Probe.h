@@ -79,7 +79,9 @@ template <typename T>
 [[nodiscard]] T FromScript(v8::Local<v8::Value> value) {
   if constexpr (std::is_same_v<T, bool>) {
     return value->IsTrue();
-  } else if constexpr (std::is_arithmetic_v<T>) {
+  } else if constexpr (std::is_integral_v<T>) {
+    return static_cast<T>(value->IntegerValue(v8::Isolate::GetCurrent()->GetCurrentContext()).FromMaybe(0));
+  } else if constexpr (std::is_floating_point_v<T>) {
     return static_cast<T>(Number(value));
   } else if constexpr (std::is_same_v<T, std::string>) {
     return StdText(value);

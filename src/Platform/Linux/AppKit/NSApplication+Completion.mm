@@ -34,9 +34,12 @@ bool HasWindowOnScreen(NSApplication* application) {
 }
 
 // GNUstep hides an application without a desktop icon by miniaturizing its windows, but does not report the application
-// as hidden. Any window that comes back shows the application again.
+// as hidden, and leaves the keyboard to the window manager, whose change of focus it may miss. Any window that comes
+// back shows the application again.
 void Hide(NSApplication* application, SEL selector, id sender) {
   hide(application, selector, sender);
+  [[application keyWindow] resignKeyWindow];
+  [[application mainWindow] resignMainWindow];
   wasHidden = true;
 }
 

@@ -110,11 +110,12 @@ struct MainQueue::Body {
     const std::lock_guard lock(mutex);
     if (!timer || delayed.empty()) return;
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(delayed.front().due - Clock::now());
-    // The loop's clock has stood still while tasks ran.
+    // The loop's clock has stood still while tasks ran. Without a delay, libuv 1.46 runs a timer in the turn of the one
+    // that starts it.
     uv_update_time(uv_default_loop());
     uv_timer_start(
         timer.get(), [](uv_timer_t* handle) { OwnerOf<Body>(handle).Run(); },
-        static_cast<std::uint64_t>(std::max<std::int64_t>(wait.count(), 0)), 0);
+        static_cast<std::uint64_t>(std::max<std::int64_t>(wait.count(), 1)), 0);
   }
 };
 

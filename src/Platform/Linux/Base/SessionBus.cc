@@ -149,13 +149,14 @@ void SessionBus::Arm() noexcept {
     uv_poll_start(poll_.get(), UvEvents(data.events),
                   [](uv_poll_t* handle, int, int) { OwnerOf<SessionBus>(handle).Process(); });
     const int milliseconds = data.getPollTimeout();
+    // Without a delay, libuv 1.46 runs a timer in the turn of the one that starts it: a flood would hold the loop.
     if (milliseconds < 0) {
       uv_timer_stop(timeout_.get());
       return;
     }
     uv_timer_start(
         timeout_.get(), [](uv_timer_t* handle) { OwnerOf<SessionBus>(handle).Process(); },
-        static_cast<std::uint64_t>(milliseconds), 0);
+        static_cast<std::uint64_t>(std::max(milliseconds, 1)), 0);
   } catch (const sdbus::Error& error) {
     lastError_ = error.getName() + ": " + error.getMessage();
     Disconnect();
