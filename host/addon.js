@@ -11,6 +11,9 @@ const candidates = [
   path.resolve(__dirname, '..', 'build', 'release', name),
 ].filter(Boolean);
 
+// What other processes of the host run: a sanitized build needs a Node.js with the sanitizers' run time.
+const node = process.env.TESSARO_NODE || process.execPath;
+
 /** Loads the host's native part, and GNUstep with it. */
 function loadAddon() {
   const file = candidates.find((candidate) => fs.existsSync(candidate));
@@ -19,4 +22,4 @@ function loadAddon() {
   return require(file);
 }
 
-module.exports = { loadAddon };
+module.exports = { loadAddon, node };

@@ -15,7 +15,7 @@ const { EventEmitter } = require('events');
 const path = require('path');
 const { promisify } = require('util');
 
-const { loadAddon } = require('./addon');
+const { loadAddon, node } = require('./addon');
 
 const execute = promisify(execFile);
 
@@ -117,12 +117,7 @@ class Host extends EventEmitter {
    * @returns {Promise<string>} 'accepted', 'refused', 'no target', 'no answer' or 'no display'.
    */
   async dragFiles(x, y, paths) {
-    const { stdout } = await execute(process.env.TESSARO_NODE || process.execPath, [
-      path.join(__dirname, 'desktop', 'dragFiles.js'),
-      x,
-      y,
-      ...paths,
-    ]);
+    const { stdout } = await execute(node, [path.join(__dirname, 'desktop', 'dragFiles.js'), x, y, ...paths]);
     return stdout.trim();
   }
 

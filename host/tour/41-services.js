@@ -3,6 +3,7 @@
 const fs = require('fs');
 const path = require('path');
 
+const { node } = require('../addon');
 const { ok, notOffered, failed } = require('./rows');
 
 exports.title = 'Services';
@@ -33,7 +34,7 @@ exports.run = async (stage) => {
     'Search Selection': 'quarterly report',
   };
   const words = Object.entries(uses).flatMap(([service, text]) => [`TessaroHost/${service}`, text]);
-  await stage.run(process.execPath, path.join(__dirname, 'otherApplication.js'), ...words);
+  await stage.run(node, path.join(__dirname, 'otherApplication.js'), ...words);
   if (!(await stage.until(() => received.length === 3))) {
     return failed('Services', `of three only ${received.length} reached script`);
   }

@@ -7,6 +7,7 @@ const http = require('http');
 const os = require('os');
 const path = require('path');
 
+const { node } = require('../addon');
 const { feed, item, makeAppImage, makeBundle, makeKeys } = require('../../tests/support/updates');
 const { ok, failed } = require('./rows');
 
@@ -38,7 +39,7 @@ async function runVersion(stage, version, { directory, keys, state }, outcome) {
   for (const name of ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS', 'GNUSTEP_CONFIG_FILE', 'XDG_STATE_HOME']) {
     delete environment[name];
   }
-  const child = spawn(process.execPath, [path.join(__dirname, 'anotherProcess.js'), 'update', bundle], {
+  const child = spawn(node, [path.join(__dirname, 'anotherProcess.js'), 'update', bundle], {
     env: environment,
     stdio: 'pipe',
   });

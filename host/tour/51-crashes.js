@@ -4,6 +4,7 @@ const { spawn } = require('child_process');
 const { once } = require('events');
 const path = require('path');
 
+const { node } = require('../addon');
 const { ok, failed } = require('./rows');
 
 exports.title = 'Crash';
@@ -13,7 +14,7 @@ exports.needs = ['module'];
 async function crash() {
   const environment = { ...process.env };
   for (const name of ['DISPLAY', 'DBUS_SESSION_BUS_ADDRESS']) delete environment[name];
-  const child = spawn(process.execPath, [path.join(__dirname, 'anotherProcess.js'), 'crash'], {
+  const child = spawn(node, [path.join(__dirname, 'anotherProcess.js'), 'crash'], {
     env: environment,
     stdio: 'ignore',
   });
