@@ -98,10 +98,14 @@ function run(file) {
   // The names of Unix sockets below it are limited to 107 bytes.
   const home = fs.mkdtempSync(path.join(os.tmpdir(), 'ts-'));
   homes.add(home);
-  const child = spawn(process.env.TESSARO_NODE || process.execPath, ['--test-reporter=tap', path.join(__dirname, file)], {
-    env: environmentFor(home),
-    stdio: ['ignore', 'pipe', 'inherit'],
-  });
+  const child = spawn(
+    process.env.TESSARO_NODE || process.execPath,
+    ['--test-reporter=tap', path.join(__dirname, file)],
+    {
+      env: environmentFor(home),
+      stdio: ['ignore', 'pipe', 'inherit'],
+    },
+  );
   let output = '';
   child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
   const closed = new Promise((resolve) => child.stdout.on('close', resolve));
