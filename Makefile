@@ -37,7 +37,7 @@ else
 endif
 
 bench: build
-	@scripts/display-session --own-display node bench/run.js $(ARGS)
+	@node bench/run.js $(ARGS)
 
 sanitize: bootstrap
 	@scripts/build sanitize

@@ -1,7 +1,8 @@
 'use strict';
 
-// Runs benchmarks, each in a process of its own, and ends with a table of what matters: `make bench ARGS=calls` runs
-// the named ones. With --summary the table is all that is printed; of all benchmarks it goes into docs/performance.md.
+// Runs benchmarks, each in a process and a display session of its own, and ends with a table of what matters: `make bench
+// ARGS=calls` runs the named ones. With --summary the table is all that is printed; of all benchmarks it goes into
+// docs/performance.md.
 
 const { spawnSync } = require('child_process');
 const fs = require('fs');
@@ -37,7 +38,8 @@ function run(name, isQuiet, record) {
   if (isQuiet) console.error(name);
   const script = path.join(__dirname, `${name}.js`);
   const output = isQuiet ? 'pipe' : 'inherit';
-  const { status, signal, stderr } = spawnSync(process.execPath, ['--expose-gc', script], {
+  const command = ['--own-display', process.execPath, '--expose-gc', script];
+  const { status, signal, stderr } = spawnSync(path.join(__dirname, '..', 'scripts', 'display-session'), command, {
     stdio: ['inherit', output, output],
     maxBuffer: Infinity,
     env: { ...process.env, TESSARO_BENCH_RECORD: record },
