@@ -11,7 +11,7 @@ const candidates = [
   path.resolve(__dirname, '..', 'build', 'release', name),
 ].filter(Boolean);
 
-// What other processes of the host run: a sanitized build needs a Node.js with the sanitizers' run time.
+// The Node.js program for the host's other processes: a sanitized build needs the one with the sanitizers' run time.
 const node = process.env.TESSARO_NODE || process.execPath;
 
 /** Loads the host's native part, and GNUstep with it. */

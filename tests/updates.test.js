@@ -332,7 +332,7 @@ test('only a signed AppImage of the version that the feed lists is installed', a
   const notSigned = /^Update 3 is not installed: its file doesn't match the feed's signature$/;
   const whole = { signature, length: file.length };
   const moved = (status, location) => (answer) => answer.writeHead(status, { location }).end('x'.repeat(file.length));
-  // What the server answers with, the item's properties beside its file's signature, and the log line.
+  // The server's answer, the attributes of the feed's item, and the log line.
   const table = [
     [forged, { signature }, notSigned],
     [file, { signature: makeKeys().sign(file) }, notSigned],

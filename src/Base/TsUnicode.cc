@@ -4,8 +4,6 @@ namespace {
 
 constexpr char16_t kReplacement = 0xFFFD;
 
-constexpr bool IsHighSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xD800; }
-constexpr bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
 constexpr bool IsSurrogate(char16_t unit) { return (unit & 0xF800) == 0xD800; }
 constexpr bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 

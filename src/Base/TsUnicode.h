@@ -16,4 +16,8 @@
 // Writes to `out`, which has room for 3 bytes a unit, and returns the number of bytes written.
 std::size_t Utf16ToUtf8(std::u16string_view characters, char* out) noexcept;
 
+// The first and the second unit of a surrogate pair.
+[[nodiscard]] constexpr bool IsHighSurrogate(int unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }
+[[nodiscard]] constexpr bool IsLowSurrogate(int unit) noexcept { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
 void ReplaceLoneSurrogates(std::u16string& characters) noexcept;

@@ -233,7 +233,7 @@ Result<void> TsStoreFile::Read() {
   return {};
 }
 
-// Of several objects with the same identifier the first stays: the next one must not take its place when it is deleted.
+// Removes objects that repeat an earlier identifier: deleting the first object must not bring a later one back.
 void TsStoreFile::FindObjects() {
   objects_.clear();
   pugi::xml_node database = document_->child("database");

@@ -14,6 +14,7 @@
 
 #include "Base/TsNumberText.h"
 #include "Base/TsString.h"
+#include "Base/TsUnicode.h"
 #include "Utilities/TsJSONWriter.h"
 
 namespace {
@@ -132,9 +133,6 @@ int EscapedUnit(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data() + 2, text.data() + kEscapeLength, unit, 16);
   return error == std::errc() && end == text.data() + kEscapeLength ? unit : -1;
 }
-
-bool IsHighSurrogate(int unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool IsLowSurrogate(int unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 // Turns escaped lone surrogates, which JSON allows and UTF-8 cannot hold, into escaped U+FFFD of the same length.
 void ReplaceLoneEscapedSurrogates(std::string& json) {

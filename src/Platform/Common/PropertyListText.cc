@@ -14,9 +14,6 @@ constexpr char16_t kSwappedMark = 0xFFFE;
 
 bool IsHex(char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
-bool IsHighSurrogate(char16_t c) { return c >= 0xD800 && c < 0xDC00; }
-bool IsLowSurrogate(char16_t c) { return c >= 0xDC00 && c < 0xE000; }
-
 bool StartsWithEscape(std::string_view text) {
   return text.size() >= kEscapeLength && text[0] == '\\' && text[1] == 'U' &&
          std::all_of(text.begin() + 2, text.begin() + kEscapeLength, IsHex);

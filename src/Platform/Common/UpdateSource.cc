@@ -19,7 +19,7 @@ constexpr std::string_view kSecure = "https://";
 constexpr std::string_view kPlain = "http://";
 constexpr std::array<std::string_view, 3> kThisMachine = {"127.0.0.1", "localhost", "[::1]"};
 
-// What stands between the scheme and the path; empty for another scheme.
+// The authority component (host and port) of a URL; empty for another scheme.
 std::string_view AuthorityOf(std::string_view url, std::string_view scheme) {
   if (!StartsWith(url, scheme)) return {};
   url.remove_prefix(scheme.size());

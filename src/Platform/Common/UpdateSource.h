@@ -10,7 +10,7 @@
 
 #include "Platform/Updater.h"
 
-// Where updates come from, and who has signed them.
+// Checks the address and the signature of updates.
 namespace tessaro::platform {
 
 // Whether feeds and files may come from this address: over TLS, or from this very machine.

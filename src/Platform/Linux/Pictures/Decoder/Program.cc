@@ -146,7 +146,7 @@ bool IsJobWaiting() {
 
 // In a process of its own: waits for a job, reports that through the pipe `taken`, and performs the job.
 void TakeJob(FileDescriptor taken) {
-  // Its threads are running then, and the pages that a job writes to are copied from the parent.
+  // Starts the threads of vips and copies the parent's pages before the job comes.
   if (!IsJobWaiting()) Rehearse(Rehearsal::WholeJob);
   Received received;
   while (!received.isEnd && !(received.job && received.reply)) received = Receive();

@@ -72,7 +72,7 @@ class SourceFile {
 
   FileDescriptor file_;
   VipsSourcePtr source_;
-  // Its pixels are still in the file.
+  // The image that the header was read from; pixels are not decoded yet.
   VipsImagePtr image_;
   Missing missing_ = Missing::Fails;
   std::string format_;
