@@ -5,7 +5,6 @@
 const fs = require('fs');
 
 const { abi, candidates } = require('./lib/binary');
-const { missingPackages } = require('./lib/packages');
 
 function load() {
   const files = candidates();
@@ -16,6 +15,8 @@ function load() {
   try {
     return require(file);
   } catch (error) {
+    // Not before: it loads child_process, which takes 10 ms and 2 MB.
+    const { missingPackages } = require('./lib/packages');
     const missing = missingPackages('running');
     if (missing.length > 0)
       error.message += `\nTessaroNative needs more packages: apt-get install ${missing.join(' ')}`;
