@@ -41,6 +41,7 @@ using namespace std::string_view_literals;
 constexpr int kMostThreads = 4;
 constexpr int kPreviewNiceness = 5;
 constexpr int kSocket = STDIN_FILENO;
+constexpr int kSmallJobMilliseconds = 50;
 
 void Limit(__rlimit_resource what, rlim_t most) {
   const rlimit limit{most, most};
@@ -144,17 +145,24 @@ bool IsJobWaiting() {
   return poll(&next, 1, 0) > 0;
 }
 
-// In a process of its own: waits for a job, reports that through the pipe `taken`, and performs the job.
-void TakeJob(FileDescriptor taken) {
+// In a process of its own: waits for a job, reports that through the pipe `taken`, and performs the job. The pipe
+// closes at the job's end.
+void TakeJob(const FileDescriptor& taken) {
   // Starts the threads of vips and copies the parent's pages before the job comes.
   if (!IsJobWaiting()) Rehearse(Rehearsal::WholeJob);
   Received received;
   while (!received.isEnd && !(received.job && received.reply)) received = Receive();
   if (received.isEnd) return;
   static_cast<void>(write(taken.get(), "", 1));
-  taken = FileDescriptor();
   close(kSocket);
   Perform(*received.job, received.reply.get());
+}
+
+// Until a small job has ended or another one waits. The preparation of the next process would take a processor from the
+// job, which takes no longer than that.
+void LeaveProcessorsTo(const FileDescriptor& job) {
+  std::array<pollfd, 2> events = {{{kSocket, POLLIN, 0}, {job.get(), 0, 0}}};
+  static_cast<void>(poll(events.data(), events.size(), kSmallJobMilliseconds));
 }
 
 // Forks a process ahead of each job, so that none has to wait for its process.
@@ -174,7 +182,7 @@ int Serve() {
     FileDescriptor taken(ends[1]);
     const pid_t process = fork();
     if (process == 0) {
-      TakeJob(std::move(taken));
+      TakeJob(taken);
       // Without the libraries' exit handlers, which would only take time.
       _exit(0);
     }
@@ -182,6 +190,7 @@ int Serve() {
     char byte = 0;
     // A process that ends without a job has seen the end of the socket.
     if (process < 0 || TEMP_FAILURE_RETRY(read(hasTaken.get(), &byte, 1)) != 1) return 0;
+    LeaveProcessorsTo(hasTaken);
   }
 }
 
