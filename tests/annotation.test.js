@@ -9,7 +9,20 @@ const { eventually, scenarios, temporaryDirectory } = require('./support');
 const inWindows = scenarios({
   display: true,
   uses: ['windows'],
-  fixture({ capture, dialogs, eventually, fs, host, native, path, run, shown }) {
+  fixture({
+    application,
+    dialogs,
+    eventually,
+    fs,
+    get,
+    host,
+    mouseEvent,
+    native,
+    path,
+    run,
+    sendMessage: send,
+    shown,
+  }) {
     const pause = ['sleep', 0.15];
     const ends = [];
     host.on('notification', (notification) => ends.push(notification));
@@ -34,12 +47,30 @@ const inWindows = scenarios({
         return views.find(({ title }) => title === 'Undo').isEnabled;
       }
 
-      drag = (from, to) => capture.drag(this.title, ...from, ...to);
+      get window() {
+        const isShown = (window) => get(window, 'title') === this.title && send(window, 'isVisible');
+        return get(application, 'windows').find(isShown);
+      }
+
+      /** On the canvas, between points that an image in its own size has from the upper left. */
+      drag(from, to) {
+        const find = (view) =>
+          view.class === 'TsAnnotationView' ? view : get(view, 'subviews').map(find).find(Boolean);
+        const canvas = find(get(this.window, 'contentView'));
+        const height = send(canvas, 'bounds')[3];
+        const press = (handler, kind, [x, y]) => {
+          const point = send(canvas, 'convertPoint:toView:', [x, height - y], null);
+          send(canvas, handler, mouseEvent(this.window, kind, point));
+        };
+        press('mouseDown:', 1, from);
+        press('mouseDragged:', 6, to);
+        press('mouseUp:', 2, to);
+      }
 
       write(point, text) {
         this.press('Text');
         this.drag(point, point);
-        capture.insert(this.title, text);
+        send(send(this.window, 'fieldEditor:forObject:', false, null), 'insertText:', text);
       }
 
       /** With a real mouse, in the window's coordinates from the upper left. */
@@ -140,13 +171,13 @@ test('the copy has the format of the image and a new name; cancelling and closin
     .jpeg()
     .toFile(jpeg);
   fs.writeFileSync(path.join(folder, 'photo annotated.jpg'), 'another file');
-  const scenario = async ({ Editor, dialogs }, image) => {
+  const scenario = async ({ Editor, sendMessage }, image) => {
     const answers = [];
     for (const end of ['Save', 'Cancel', 'close']) {
       const editor = await Editor.open(image);
       editor.press('Box');
       editor.drag([100, 100], [200, 300]);
-      if (end === 'close') dialogs.closeWindow(editor.title);
+      if (end === 'close') sendMessage(editor.window, 'performClose:', null);
       else editor.press(end);
       answers.push(...(await editor.ended()));
     }
@@ -264,18 +295,16 @@ test('the recorder program ends with the process that started it', async (t) => 
   await eventually(hasEnded, 'the end of the recorder');
 });
 
-test('without a display the callbacks receive null', async (t) => {
-  const file = await stripes(temporaryDirectory(t));
-  const run = scenarios();
-  const scenario = async ({ eventually, native, path }, image) => {
-    const answers = [];
-    const answered = (...args) => answers.push(args);
-    native.annotateImage(image, answered);
-    native.takeScreenRecording(path.dirname(image), answered);
-    native.quickLook(Buffer.alloc(8), JSON.stringify([image]), 0, answered);
-    await eventually(() => answers.length === 3, 'the answers');
-    return answers;
-  };
-  const answers = await run(t, scenario, file);
-  assert.deepStrictEqual(answers, [[null], [null], [null]]);
+scenarios().test('without a display the callbacks receive null', async (fixture) => {
+  const { equal, eventually, home, native, run } = fixture;
+  const image = `${home}/a.png`;
+  await run('convert', '-size', '30x20', 'xc:red', image);
+  const answers = [];
+  const answered = (...args) => answers.push(args);
+  native.annotateImage(image, answered);
+  native.takeScreenRecording(home, answered);
+  native.quickLook(Buffer.alloc(8), JSON.stringify([image]), 0, answered);
+  native.showFileDialog(Buffer.alloc(8), '{}', answered);
+  await eventually(() => answers.length === 4, 'the answers');
+  equal(answers, Array(4).fill([null]));
 });

@@ -38,17 +38,24 @@ inWindows.test('files that another program drags reach script, and then the page
   equal(events, []);
 });
 
-inWindows.test('each phase is reported to script before the page learns of it, and for files only', async (fixture) => {
-  const { equal, native, open, windows } = fixture;
+inWindows.test('each phase is reported to script before the page answers, and for files only', async (fixture) => {
+  const { equal, get, host, native, open, sendMessage: send, windowNamed } = fixture;
+  const handle = await open({ title: 'First' });
+  const dropped = () => host.windowInfo(handle).droppedFiles.length;
   const phases = [];
-  native.setDragAndDropCallbackFunction((name) => phases.push([name, windows.pageDrags().length]));
-  await open({ title: 'First' });
+  native.setDragAndDropCallbackFunction((name) => phases.push([name, dropped()]));
+  const page = get(windowNamed('First'), 'webContentsView');
+  const messages = ['draggingEntered:', 'draggingUpdated:', 'draggingExited:', 'performDragOperation:'];
+  const drag = (type, contents) => {
+    const info = send(send('TsDraggingInfo', 'alloc'), 'initWithLocation:', [1, 1]);
+    send(get(info, 'pasteboard'), 'declareTypes:owner:', [type], null);
+    send(get(info, 'pasteboard'), 'setPropertyList:forType:', contents, type);
+    return messages.map((message) => send(page, message, info) ?? null);
+  };
+  equal([drag('NSStringPboardType', 'text'), phases], [[1, 1, null, false], []]);
+  equal([drag('NSFilenamesPboardType', ['/a']), dropped()], [[1, 1, null, true], 1]);
   const reported = ['dragging-entered', 'dragging-updated', 'dragging-exited', 'perform-drag-operation'];
-  equal(windows.dragOverPage('First', ['/a']), [1, 1, true]);
-  equal(windows.dragOverPage('First'), [1, 1, false]);
-  equal(phases, reported.map((name, calls) => [name, calls])); // prettier-ignore
-  const calls = ['draggingEntered_:', 'draggingUpdated_:', 'draggingExited_:', 'performDragOperation_:'];
-  equal(windows.pageDrags(), [...calls, ...calls]);
+  equal(phases, reported.map((name) => [name, 0])); // prettier-ignore
 });
 
 inWindows.test('files that script drops reach the page, and are not reported to script', async (fixture) => {
@@ -75,21 +82,28 @@ inWindows.test('files that script drops reach the page, and are not reported to 
 });
 
 inWindows.test('the drag of a title carries the page’s address, with Option its web address', async (fixture) => {
-  const { equal, native, open, windows } = fixture;
+  const { application, equal, get, mouseEvent, native, open, sendMessage: send, windowNamed } = fixture;
   await open({ title: 'First' });
   const [url, webUrl, title] = ['tessaro://message/1', 'https://mail.example.org/1', 'Hello'];
   const optionKey = 0x80000;
-  const drag = (modifiers = 0) => windows.dragTitle('First', modifiers);
+  const window = windowNamed('First');
+  const drag = (modifiers = 0) => {
+    const event = mouseEvent(window, 6, [1, 1], modifiers);
+    const pasteboard = send('NSPasteboard', 'pasteboardWithUniqueName');
+    // Makes it the application's current event.
+    send(application, 'postEvent:atStart:', event, true);
+    send(application, 'nextEventMatchingMask:untilDate:inMode:dequeue:', 1 << 6, null, 'NSDefaultRunLoopMode', true);
+    const begin = 'window:shouldDragDocumentWithEvent:from:withPasteboard:';
+    if (!send(get(window, 'delegate'), begin, window, event, [1, 1], pasteboard)) return null;
+    const addresses = send(pasteboard, 'propertyListForType:', 'WebURLsWithTitlesPboardType');
+    return [send(pasteboard, 'stringForType:', 'NSStringPboardType'), addresses];
+  };
   equal(drag(), null);
   native.setCurrentURL(url, webUrl, title);
   equal(drag(), [url, [[url], [title]]]);
   equal(drag(optionKey), [webUrl, [[webUrl], [title]]]);
-  for (const incomplete of [
-    [null, webUrl, title],
-    [url, null, null],
-  ]) {
-    // prettier-ignore
-    native.setCurrentURL(...incomplete);
-    equal(drag(), null);
-  }
+  native.setCurrentURL(null, webUrl, title);
+  equal(drag(), null);
+  native.setCurrentURL(url, null, null);
+  equal(drag(), null);
 });

@@ -1,5 +1,4 @@
 #import <AppKit/AppKit.h>
-#import <GNUstepGUI/GSTheme.h>
 
 #include "Base/Ref.h"
 #include "Base/TsString.h"
@@ -95,25 +94,6 @@ id windows() {
   return shown;
 }
 
-NSString* HexOf(NSColor* colour) {
-  NSColor* rgb = [colour colorUsingColorSpaceName:NSCalibratedRGBColorSpace];
-  const auto byte = [](CGFloat component) { return static_cast<unsigned>(component * 255 + 0.5); };
-  return [NSString stringWithFormat:@"%02x%02x%02x", byte([rgb redComponent]), byte([rgb greenComponent]),
-                                    byte([rgb blueComponent])];
-}
-
-// The colours, the font and the scale that windows have now.
-id look() {
-  NSFont* font = [NSFont systemFontOfSize:0];
-  return @{
-    @"background" : HexOf([NSColor windowBackgroundColor]),
-    @"accent" : HexOf([NSColor selectedControlColor]),
-    @"font" : [NSString stringWithFormat:@"%@ %.0f", [font familyName], [font pointSize]],
-    @"scale" : @([[NSScreen mainScreen] userSpaceScaleFactor]),
-    @"theme" : NSStringFromClass([[GSTheme theme] class]),
-  };
-}
-
 // The texts among the settings of an XSETTINGS property.
 id parseSessionSettings(std::string_view property) {
   NSMutableDictionary* texts = [NSMutableDictionary dictionary];
@@ -164,6 +144,6 @@ void showAlert() {
   [[alert window] makeKeyAndOrderFront:nil];
 }
 
-PROBES("dialogs", windows, closeWindow, look, parseSessionSettings, pressButton, showAlert);
+PROBES("dialogs", windows, closeWindow, parseSessionSettings, pressButton, showAlert);
 
 }  // namespace

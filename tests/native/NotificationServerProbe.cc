@@ -73,10 +73,7 @@ class Server {
  public:
   Server(sdbus::IConnection& bus, std::vector<std::string> capabilities)
       : capabilities_(std::move(capabilities)), object_(sdbus::createObject(bus, kPath)) {
-    object_->registerMethod("GetCapabilities").onInterface(kName).implementedAs([this] {
-      calls.push_back({.method = "GetCapabilities"});
-      return capabilities_;
-    });
+    object_->registerMethod("GetCapabilities").onInterface(kName).implementedAs([this] { return capabilities_; });
     object_->registerMethod("GetServerInformation").onInterface(kName).implementedAs([] {
       return std::make_tuple(std::string("test"), std::string("test"), std::string("1"), std::string("1.2"));
     });

@@ -60,6 +60,12 @@ function windowing({ eventually, get, host, run, sendMessage }) {
         await attempt('xdotool', 'mousemove', '--window', id, Math.round(x), Math.round(y), press);
         return eventually(isDone, description, 1500).catch(() => false);
       }, description),
+    /** An event of a mouse button, which no window has got. Kinds: 1 press, 2 release, 6 drag. */
+    mouseEvent(window, kind, point, modifiers = 0) {
+      const where = 'location:modifierFlags:timestamp:windowNumber:context:eventNumber:clickCount:pressure:';
+      const rest = [modifiers, 0, get(window, 'windowNumber'), null, 0, 1, 0];
+      return sendMessage('NSEvent', `mouseEventWithType:${where}`, kind, point, ...rest);
+    },
     /** The middle of a rectangle in a window's coordinates, counted as X does. */
     async middle(handle, [x, y, width, height]) {
       await settled(handle);
