@@ -5,7 +5,7 @@ const http2 = require('http2');
 const https = require('https');
 const net = require('net');
 const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { certificate, client, evaluate, evaluateRequests, forThisHost, listen, request } = require('./support');
+const { certificate, client, evaluate, forThisHost, listen, outcome, request } = require('./support');
 const { temporaryDirectory, whole } = require('./support');
 
 // "openssl req" makes no certificate that has expired; "openssl ca" takes dates.
@@ -76,63 +76,44 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
     response.end(Buffer.alloc(size, question.url));
   });
   const url = await listen(t, server, 'https');
-  const result = await evaluateRequests(
-    t,
-    // Only after the first answer is it known how many the server takes at once.
-    `const ask = (i) => request(${JSON.stringify(url)} + '/' + i);
-     ask(0).then(() => Promise.all(Array.from({ length: 300 }, (_, i) => ask(i)))).then((all) => {
-       const isRight = ([name, , body], i) => name === 'end' && body === Buffer.alloc(i * 1000, '/' + i).toString();
-       const last = all.map((events) => events.at(-1));
-       console.log(JSON.stringify(last.filter((event, i) => !isRight(event, i)).map((event) => String(event).slice(0, 500))));
-     });`,
-    { env: { SSL_CERT_FILE: own.file } },
-  );
-  assert.deepStrictEqual(result, []);
+  const calls = Array.from({ length: 300 }, (_, i) => [`${url}/${i}`]);
+  // Only after the first answer is it known how many the server takes at once.
+  const answers = await request(t, calls, { env: { SSL_CERT_FILE: own.file }, isTogether: true });
+  answers.forEach((events, i) => {
+    const [name, , body] = events.at(-1);
+    assert.ok(name === 'end' && body === String(Buffer.alloc(i * 1000, `/${i}`)), `${i}: ${name}`);
+  });
   assert.strictEqual(sessions.size, 1);
 });
 
-test('a stream that is reset does not disturb the others on its connection', async (t) => {
+test('a reset stream disturbs no other, and a lost connection ends every request on it', async (t) => {
   const own = certificate(t, ...forThisHost);
   const server = http2.createSecureServer({ ...own, ...generous });
+  let connection;
+  server.on('secureConnection', (socket) => (connection = socket));
   server.on('stream', (stream, headers) => {
+    const path = headers[':path'];
     stream.on('error', () => {});
+    const isWhole = path.startsWith('/whole');
     // Node.js may end the stream before it resets it: the length shows that the body is not whole.
-    stream.respond({ ':status': 200, ...(headers[':path'] === '/broken' && { 'content-length': 6e6 }) });
-    if (headers[':path'] !== '/broken') return stream.end(Buffer.alloc(40e6, headers[':path']));
+    stream.respond({ ':status': 200, ...(!isWhole && { 'content-length': 6e6 }) });
+    if (isWhole) return stream.end(Buffer.alloc(20e6, path));
     stream.write(Buffer.alloc(5e6));
-    return setTimeout(() => stream.close(http2.constants.NGHTTP2_INTERNAL_ERROR), 50);
+    if (path === '/reset') setTimeout(() => stream.close(http2.constants.NGHTTP2_INTERNAL_ERROR), 50);
+    if (path === '/lost') setTimeout(() => connection.destroy(), 50);
   });
   const url = await listen(t, server, 'https');
-  const result = await evaluateRequests(
-    t,
-    `const paths = ['/a', '/broken', '/b', '/c'];
-     Promise.all(paths.map((path) => request(${JSON.stringify(url)} + path))).then((all) =>
-       console.log(JSON.stringify(all.map((events, i) => {
-         const [name, first, body] = events.at(-1);
-         return name === 'end' ? body === Buffer.alloc(40e6, paths[i]).toString() : /Code=-1005 /.test(first);
-       }))));`,
-    { env: { SSL_CERT_FILE: own.file } },
-  );
-  assert.deepStrictEqual(result, [true, true, true, true]);
-});
-
-test('a lost connection ends every request on it with an error', async (t) => {
-  const own = certificate(t, ...forThisHost);
-  const server = http2.createSecureServer(own);
-  server.on('stream', (stream) => {
-    stream.on('error', () => {});
-    stream.respond({ ':status': 200 });
-    stream.write('begun');
-  });
-  server.on('secureConnection', (socket) => setTimeout(() => socket.destroy(), 200));
-  const url = await listen(t, server, 'https');
-  const result = await evaluateRequests(
-    t,
-    `Promise.all(['/a', '/b', '/c'].map((path) => request(${JSON.stringify(url)} + path))).then((all) =>
-       console.log(JSON.stringify(all.map((events) => events.at(-1)[0]))));`,
-    { env: { SSL_CERT_FILE: own.file } },
-  );
-  assert.deepStrictEqual(result, ['error', 'error', 'error']);
+  const options = { env: { SSL_CERT_FILE: own.file }, isTogether: true };
+  for (const others of ['/whole/1', '/begun']) {
+    const paths = ['/whole/0', others === '/begun' ? '/lost' : '/reset', others, others];
+    const calls = paths.map((path) => [url + path]);
+    const answers = await request(t, calls, options);
+    answers.forEach((events, i) => {
+      const [name, result] = outcome(events);
+      const body = String(Buffer.alloc(20e6, paths[i]));
+      assert.ok(paths[i].startsWith('/whole') ? result === body : result === -1005, `${paths[i]}: ${name}`);
+    });
+  }
 });
 
 const withoutIsolation =

@@ -55,15 +55,20 @@ const evaluateRequests = (test, source, options) => evaluate(test, client + sour
 
 /**
  * Makes the requests, [url, options] each, one after the other and gives the events of each. Options may hold numbers
- * that JSON hasn't.
+ * that JSON hasn't. With `isTogether` the first request is made alone, and the others all at once.
  */
-function request(test, requests, options) {
+function request(test, requests, { isTogether = false, ...options } = {}) {
+  const list = util.inspect(requests, { depth: null, maxArrayLength: null, maxStringLength: null });
   return evaluateRequests(
     test,
     `(async () => {
        const all = [];
-       for (const args of ${util.inspect(requests, { depth: null, maxArrayLength: null, maxStringLength: null })}) all.push(await request(...args));
-       console.log(JSON.stringify(all));
+       for (const args of ${list}) {
+         all.push(request(...args));
+         if (${!isTogether} || all.length === 1) await all[0];
+         if (${!isTogether}) await all.at(-1);
+       }
+       console.log(JSON.stringify(await Promise.all(all)));
      })();`,
     options,
   );
