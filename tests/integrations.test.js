@@ -1,7 +1,7 @@
 'use strict';
 
 const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support/node');
-const { Applications, eventually, scenarios, startScript, temporaryDirectory } = require('./support');
+const { Applications, eventually, scenarios, startScript, temporaryDirectory, temporaryFiles } = require('./support');
 
 const inSession = scenarios({ display: true, host: false, fixture: ({ captureLog }) => captureLog() ?? {} });
 const { session } = inSession;
@@ -96,11 +96,11 @@ test('unknown targets and odd pages are logged', async (t) => {
     "Couldn't create Evernote note because of missing AppleScript support",
     "This version of Evernote doesn't support AppleScript. Please use Evernote 7.x",
   ];
-  const missing = async () => {
-    const lines = await log();
-    return expected.filter((sentence) => !lines.some((line) => line.includes(sentence)));
+  const isLogged = async () => {
+    const lines = (await log()).join('\n');
+    return expected.every((sentence) => lines.includes(sentence));
   };
-  await eventually(async () => (await missing()).length === 0, expected.join('; '));
+  await eventually(isLogged, expected.join('; '));
 });
 
 // ---- Applications that are scripted
@@ -186,13 +186,12 @@ test('an application that hangs delays neither script nor other applications', a
 
 test('Photos and Receipts get files; archives are unpacked beside themselves', async (t) => {
   const applications = new Applications(t);
-  const folder = temporaryDirectory(t);
+  const { at: file, folder, write } = temporaryFiles(t);
   writeArchives(folder, "make('photos.zip', [(name, name) for name in ('a.JPG', 'b.tiff', 'c.txt', 'd.png')])");
   const [photos, receipts] = ['com.apple.Photos', 'com.apperdeck.mac.Receipts'];
   for (const id of [photos, receipts]) applications.add(id, { argument: '%f' });
-  const file = (name) => path.join(folder, name);
-  fs.writeFileSync(file('mail.eml'), '');
-  fs.writeFileSync(file('x.png'), '\x89PNG\r\n\x1a\n', 'latin1');
+  write('mail.eml', '');
+  write('x.png', Buffer.from('\x89PNG\r\n\x1a\n', 'latin1'));
   const { call } = await startAmong(t, applications);
   const imports = async (id, name, opened = name) => {
     await call('importIntoApplication', id, file(name));
@@ -214,8 +213,7 @@ test('Photos and Receipts get files; archives are unpacked beside themselves', a
 
 test('printing opens a viewer, and never prints without a dialog', async (t) => {
   const applications = new Applications(t);
-  const file = path.join(temporaryDirectory(t), '-p.pdf');
-  fs.writeFileSync(file, '');
+  const file = temporaryFiles(t).write('-p.pdf', '');
   for (const name of ['lp', 'lpr']) applications.addProgram(name);
   applications.add('org.example.Viewer', { types: ['application/pdf'], argument: '%f' });
   applications.mimeApps('[Default Applications]\napplication/pdf=org.example.Viewer.desktop\n');

@@ -1,8 +1,7 @@
 'use strict';
 
-const crypto = require('crypto');
-const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { scenarios, temporaryDirectory } = require('./support');
+const { assert, test } = require('./support/node');
+const { scenarios } = require('./support');
 
 const inSession = scenarios({
   display: true,
@@ -64,19 +63,20 @@ inSession.test('a snapshot of the application’s own contents restores every ty
   }
 });
 
-test('64 MiB come back whole, and go to other programs in pieces', async (t) => {
-  const file = path.join(temporaryDirectory(t), 'large.png');
-  fs.writeFileSync(file, crypto.randomBytes(64 << 20));
-  const scenario = async ({ assert, equal, fs, native, pasteboard, read }, image) => {
-    equal([native.writeFileContentsToGeneralPasteboard(image), native.doesPasteboardContainImage()], [true, 1]);
-    equal(native.saveGeneralPasteboard(), true);
-    pasteboard.put({ text: 'between' });
-    equal([native.restoreGeneralPasteboard(), pasteboard.types()], [true, ['public.png']]);
-    native.setFindStringToPasteboard('still there');
-    equal(native.getFindStringFromPasteboard(), 'still there');
-    assert.ok((await read('image/png')).equals(fs.readFileSync(image)));
-  };
-  await inSession(t, scenario, file);
+inSession.test('64 MiB come back whole, and go to other programs in pieces', async (fixture) => {
+  const { assert, equal, fs, home, native, pasteboard, read } = fixture;
+  const bytes = require('crypto').randomBytes(64 << 20);
+  fs.writeFileSync(`${home}/large.png`, bytes);
+  equal(
+    [native.writeFileContentsToGeneralPasteboard(`${home}/large.png`), native.doesPasteboardContainImage()],
+    [true, 1],
+  );
+  equal(native.saveGeneralPasteboard(), true);
+  pasteboard.put({ text: 'between' });
+  equal([native.restoreGeneralPasteboard(), pasteboard.types()], [true, ['public.png']]);
+  native.setFindStringToPasteboard('still there');
+  equal(native.getFindStringFromPasteboard(), 'still there');
+  assert.ok((await read('image/png')).equals(bytes));
 });
 
 inSession.test('contents of other programs are saved and restored byte by byte', async (fixture) => {
@@ -108,20 +108,20 @@ inSession.test('contents of other programs are saved and restored byte by byte',
   }
 });
 
-inSession.test('files of this machine that a file manager copies are items', async ({ copy, equal, native }) => {
-  const foreign = '#file:///no\r\nfile://elsewhere/no\r\nhttps://a.example/\r\n';
-  await copy(`file:///tmp/a%20b\r\n${foreign}file://localhost/tmp/%2541\r\n`, 'text/uri-list');
-  const files = JSON.parse(native.getValueOfPasteboardType('public.file-url'));
-  equal(files, ['file:///tmp/a%20b', 'file:///tmp/%2541']);
-});
-
-inSession.test('a list of a million files holds script for two seconds at most', async (fixture) => {
-  const { assert, copy, equal, hasPassed, native } = fixture;
-  await copy('file:///tmp/a\r\n'.repeat(1e6), 'text/uri-list');
-  const start = Date.now();
-  equal(JSON.parse(native.getValueOfPasteboardType('public.file-url')).length, 20000);
-  assert.ok(!hasPassed(start, 2000), `${Date.now() - start} ms`);
-});
+inSession.test(
+  'files of this machine are items, and a million of them hold script for two seconds at most',
+  async (fixture) => {
+    const { assert, copy, equal, hasPassed, native } = fixture;
+    const read = () => JSON.parse(native.getValueOfPasteboardType('public.file-url'));
+    const foreign = '#file:///no\r\nfile://elsewhere/no\r\nhttps://a.example/\r\n';
+    await copy(`file:///tmp/a%20b\r\n${foreign}file://localhost/tmp/%2541\r\n`, 'text/uri-list');
+    equal(read(), ['file:///tmp/a%20b', 'file:///tmp/%2541']);
+    await copy('file:///tmp/a\r\n'.repeat(1e6), 'text/uri-list');
+    const start = Date.now();
+    equal(read().length, 20000);
+    assert.ok(!hasPassed(start, 2000), `${Date.now() - start} ms`);
+  },
+);
 
 inSession.test('data with a provider are provided on the first request, once', async (fixture) => {
   const { assert, equal, native, pasteboard, read } = fixture;
@@ -136,26 +136,22 @@ inSession.test('data with a provider are provided on the first request, once', a
   equal(pasteboard.timesProvided(), 2);
 });
 
-test('image files are copied by their extensions, and others are refused', async (t) => {
-  const folder = temporaryDirectory(t);
-  execFileSync('mkfifo', [path.join(folder, 'pipe.png')]);
-  const scenario = ({ equal, fs, native, pasteboard, path }, folder) => {
-    const content = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0, 255, 10]);
-    const write = (name) => native.writeFileContentsToGeneralPasteboard(path.join(folder, name));
-    const types = { 'a.png': 'public.png', 'a.JPEG': 'public.jpg', 'a.jpg': 'public.jpg', 'a.GIF': 'public.gif' };
-    for (const name of [...Object.keys(types), 'a.tiff']) fs.writeFileSync(path.join(folder, name), content);
-    for (const [name, type] of Object.entries(types)) {
-      equal([write(name), native.doesPasteboardContainImage()], [true, 1]);
-      equal(pasteboard.data(), [[type, content.toString('base64')]]);
-    }
-    const before = pasteboard.data();
-    for (const name of ['a.tiff', 'missing', '']) equal([write(name), pasteboard.data()], [false, before]);
-    for (const name of ['pipe.png', 'missing.gif']) equal(write(name), false);
-    pasteboard.put({ text: 'x' });
-    equal(native.doesPasteboardContainImage(), 0);
-    return true;
-  };
-  await inSession(t, scenario, folder);
+inSession.test('image files are copied by their extensions, and others are refused', async (fixture) => {
+  const { equal, fs, home, native, pasteboard, run } = fixture;
+  await run('mkfifo', `${home}/pipe.png`);
+  const content = Buffer.from([0x89, 0x50, 0x4e, 0x47, 0, 255, 10]);
+  const write = (name) => native.writeFileContentsToGeneralPasteboard(`${home}/${name}`);
+  const types = { 'a.png': 'public.png', 'a.JPEG': 'public.jpg', 'a.jpg': 'public.jpg', 'a.GIF': 'public.gif' };
+  for (const name of [...Object.keys(types), 'a.tiff']) fs.writeFileSync(`${home}/${name}`, content);
+  for (const [name, type] of Object.entries(types)) {
+    equal([write(name), native.doesPasteboardContainImage()], [true, 1]);
+    equal(pasteboard.data(), [[type, content.toString('base64')]]);
+  }
+  const before = pasteboard.data();
+  for (const name of ['a.tiff', 'missing', '']) equal([write(name), pasteboard.data()], [false, before]);
+  for (const name of ['pipe.png', 'missing.gif']) equal(write(name), false);
+  pasteboard.put({ text: 'x' });
+  equal(native.doesPasteboardContainImage(), 0);
 });
 
 test('the find string is shared by all applications', async (t) => {

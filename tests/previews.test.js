@@ -4,7 +4,7 @@
 
 const sharp = require('sharp');
 const { assert, fs, path, test } = require('./support/node');
-const { scenarios, serve, temporaryDirectory } = require('./support');
+const { scenarios, serve, temporaryDirectory, temporaryFiles } = require('./support');
 
 const plain = scenarios();
 const inWindows = scenarios({
@@ -58,15 +58,10 @@ const preview = (t, calls) =>
   );
 
 test('the preview of an image, a PDF or a text is a PNG of the size, delivered once on a later turn', async (t) => {
-  const folder = temporaryDirectory(t);
-  const target = path.join(folder, 'to', 'previews');
-  const write = (name, contents) => {
-    fs.writeFileSync(path.join(folder, name), contents);
-    return path.join(folder, name);
-  };
-  const photo = await sharp({ create: { width: 800, height: 400, channels: 3, background: '#68a' } })
-    .jpeg()
-    .toBuffer();
+  const { at, write } = temporaryFiles(t);
+  const target = at('to/previews');
+  const blue = { create: { width: 800, height: 400, channels: 3, background: '#68a' } };
+  const photo = await sharp(blue).jpeg().toBuffer();
   const table = [
     [write('photo.jpg', photo), 128, [128, 64]],
     [write('small.jpg', await sharp(photo).resize(40).toBuffer()), 128, [40, 20]],
@@ -97,33 +92,21 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
   assert.ok(dominant.g > 200 && dominant.r < 50, 'the first page is shown');
 });
 
-test('previews of one image are the same, one after the other', async (t) => {
-  const folder = temporaryDirectory(t);
+test('previews of one image are the same', async (t) => {
+  const { at } = temporaryFiles(t);
   const image = path.join(__dirname, '..', 'docs', 'images', 'tour.png');
-  const scenario = async ({ eventually, native }, file, target) => {
-    const pictures = [];
-    for (let i = 0; i < 12; ++i) {
-      let answer;
-      native.generatePreview(file, 640, target, (...args) => (answer = args));
-      const [picture] = await eventually(() => answer, 'the preview');
-      const bytes = picture && require('fs').readFileSync(picture);
-      pictures.push(bytes && require('crypto').createHash('sha256').update(bytes).digest('hex'));
-    }
-    return pictures;
-  };
-  const pictures = await plain(t, scenario, image, folder);
-  assert.ok(pictures[0]);
-  assert.deepStrictEqual(new Set(pictures).size, 1);
+  const { answers } = await preview(
+    t,
+    Array.from({ length: 12 }, (_, i) => [image, 640, at(`${i}`)]),
+  );
+  const [first, ...others] = answers.map(([[, , picture]]) => fs.readFileSync(picture));
+  assert.ok(others.every((each) => each.equals(first)));
 });
 
 test('files of one name have separate previews; a preview replaces an earlier one of its file', async (t) => {
-  const folder = temporaryDirectory(t);
-  const target = path.join(folder, 'previews');
-  const files = ['a', 'b'].map((name) => {
-    fs.mkdirSync(path.join(folder, name));
-    fs.writeFileSync(path.join(folder, name, 'x.txt'), name);
-    return path.join(folder, name, 'x.txt');
-  });
+  const { at, write } = temporaryFiles(t);
+  const target = at('previews');
+  const files = ['a', 'b'].map((name) => write(`${name}/x.txt`, name));
   const calls = [files[0], files[1], files[0]].map((file) => [file, 64, target]);
   const { answers } = await preview(t, [...calls, [files[0], 32, target]]);
   const [first, second, again, smaller] = answers.map(([[, , picture]]) => picture);
@@ -133,23 +116,24 @@ test('files of one name have separate previews; a preview replaces an earlier on
 });
 
 test('a drawing loads no other file and no URL', async (t) => {
-  const folder = temporaryDirectory(t);
+  const { at, write } = temporaryFiles(t);
   let requests = 0;
   const server = await serve(t, (_question, answer) => answer.end(++requests));
-  const at = (name) => path.join(folder, name);
   const red = { create: { width: 50, height: 50, channels: 3, background: '#f00' } };
   await sharp(red).png().toFile(at('secret.png'));
-  fs.writeFileSync(at('style.css'), 'rect { fill: red }');
-  fs.writeFileSync(at('secret.txt'), 'secret');
+  write('style.css', 'rect { fill: red }');
+  write('secret.txt', 'secret');
   const url = `${server}/a.png`;
   const links = ['secret.png', at('secret.png'), `file://${at('secret.png')}`, url];
   const images = links.map((link) => `<image xlink:href="${link}" width="200" height="100"/>`).join('');
   const style = `<style>@import url("style.css"); @import url("${url}");</style><use xlink:href="${url}#x"/>`;
   const blue = '<rect width="10" height="10" fill="blue"/>';
   const entity = '<!DOCTYPE svg [<!ENTITY outside SYSTEM "secret.txt">]>';
-  fs.writeFileSync(at('a.svg'), svg(images + style + blue));
-  fs.writeFileSync(at('b.svg'), `${entity}${svg(`${blue}<text y="50">&outside;</text>`)}`);
-  const calls = ['a.svg', 'b.svg'].map((name) => [at(name), 200, at('p')]);
+  const drawings = {
+    'a.svg': svg(images + style + blue),
+    'b.svg': entity + svg(`${blue}<text y="50">&outside;</text>`),
+  };
+  const calls = Object.entries(drawings).map((file) => [write(...file), 200, at('p')]);
   const [drawing, other] = (await preview(t, calls)).answers.map(([[, , picture]]) => picture);
   const { channels } = await sharp(drawing).stats();
   assert.deepStrictEqual([channels[0].max, channels[2].max], [0, 255], 'blue is drawn, red is not');
@@ -162,16 +146,18 @@ test('a drawing loads no other file and no URL', async (t) => {
 });
 
 test('without a preview the callback receives null', async (t) => {
-  const folder = temporaryDirectory(t);
-  const at = (name) => path.join(folder, name);
-  fs.writeFileSync(at('zip'), Buffer.from('PK\x03\x04\0\0\0\0\x08', 'latin1'));
-  fs.writeFileSync(at('empty'), '');
-  fs.writeFileSync(at('broken.pdf'), '%PDF-1.4\nno document');
-  fs.writeFileSync(at('broken.png'), '\x89PNG\r\n\x1a\n', 'latin1');
-  fs.writeFileSync(at('huge.svg'), svg('<rect width="100%" height="100%"/>', 'width="9000000" height="9000000"'));
-  fs.writeFileSync(at('a.txt'), 'a text');
+  const { at, write } = temporaryFiles(t);
+  const files = {
+    zip: Buffer.from('PK\x03\x04\0\0\0\0\x08', 'latin1'),
+    empty: '',
+    'broken.pdf': '%PDF-1.4\nno document',
+    'broken.png': Buffer.from('\x89PNG\r\n\x1a\n', 'latin1'),
+    'huge.svg': svg('<rect width="100%" height="100%"/>', 'width="9000000" height="9000000"'),
+  };
+  write('a.txt', 'a text');
   const calls = [
-    ...['zip', 'empty', 'broken.pdf', 'broken.png', 'huge.svg', 'missing', '.'].map((name) => [at(name), 64, at('p')]),
+    ...Object.entries(files).map((file) => [write(...file), 64, at('p')]),
+    ...['missing', '.'].map((name) => [at(name), 64, at('p')]),
     [at('a.txt'), 0, at('p')],
     [at('a.txt'), -5, at('p')],
     [at('a.txt'), 64, ''],
@@ -182,23 +168,6 @@ test('without a preview the callback receives null', async (t) => {
   const { answers } = await preview(t, calls);
   assert.deepStrictEqual(answers, Array(calls.length).fill([[false, true, null]]));
   assert.deepStrictEqual(fs.existsSync(at('p')) ? fs.readdirSync(at('p')) : [], []);
-});
-
-test('previews don’t block script, and may be unfinished when the process ends', async (t) => {
-  const folder = temporaryDirectory(t);
-  const file = path.join(folder, 'noise.png');
-  const noise = require('crypto').randomBytes(2000 * 2000 * 3);
-  await sharp(noise, { raw: { width: 2000, height: 2000, channels: 3 } })
-    .png({ compressionLevel: 0 })
-    .toFile(file);
-  const scenario = ({ native, print }, image, target) => {
-    const start = Date.now();
-    for (let i = 0; i < 8; ++i) native.generatePreview(image, 500 + i, target, () => {});
-    print(Date.now() - start < 2000);
-    process.exit(0);
-  };
-  const { code, stdout } = await plain.ends(t, scenario, file, folder);
-  assert.deepStrictEqual([code, stdout], [0, 'true\n']);
 });
 
 // ---- The panel

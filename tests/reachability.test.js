@@ -1,8 +1,7 @@
 'use strict';
 
-const net = require('net');
-const { assert, fs, path, spawnSync, test } = require('./support/node');
-const { Applications, atEnd, scenarios, startAudioServer, temporaryDirectory, tone } = require('./support');
+const { assert, spawnSync, test } = require('./support/node');
+const { Applications, scenarios, startAudioServer, startBus, temporaryFiles, tone } = require('./support');
 
 // A network namespace for the test, without a default route until the test adds one.
 const ownNetwork = ['unshare', '--map-root-user', '--net'];
@@ -150,25 +149,21 @@ test('monitoring neither keeps the process alive nor uses processor time while i
 
 test('previews, sounds, names, printing and clipping that hang delay nothing else', { skip: noNetwork }, async (t) => {
   const applications = new Applications(t);
-  for (const [id, type] of [['com.todoist.mac.Todoist', 'x-scheme-handler/todoist'], ['org.example.Viewer', 'text/plain']])
-    applications.add(id, { types: [type] }); // prettier-ignore
-  const folder = temporaryDirectory(t);
-  const write = (name, contents) => fs.writeFileSync(path.join(folder, name), contents) ?? path.join(folder, name);
+  applications.add('com.todoist.mac.Todoist', { types: ['x-scheme-handler/todoist'] });
+  applications.add('org.example.Viewer', { types: ['text/plain'] });
+  const { folder, write } = temporaryFiles(t);
   const noise = Array.from({ length: 50 }, (_, n) => `<feTurbulence baseFrequency="0.05" numOctaves="9" seed="${n}"/>`);
   const [svg, size] = ['<svg xmlns="http://www.w3.org/2000/svg"', 'width="2000" height="2000"'];
   const filtered = `<filter id="f">${noise.join('')}</filter><rect ${size} filter="url(#f)"/>`;
   const drawing = write('hostile.svg', `${svg} ${size}>${filtered}</svg>`);
   const letter = write('letter.txt', 'Dear Ann');
   const names = write('resolv.conf', 'nameserver 10.9.0.254\n');
-  fs.mkdirSync(path.join(folder, 'Library', 'Sounds'), { recursive: true });
   write('Library/Sounds/quiet.wav', tone({ amplitude: 1000, seconds: 1 }));
-  const audio = await startAudioServer(t, temporaryDirectory(t));
-  audio.pause();
-  const silentBus = net.createServer(() => {}).listen(path.join(folder, 'bus'));
-  atEnd(t, () => silentBus.close());
+  const [audio, bus] = [await startAudioServer(t, folder), await startBus(t, folder)];
+  for (const server of [audio, bus]) server.pause();
   const answers = await inOwnNetwork.with({
     within: [...ownNetwork, '--mount', 'sh', '-c', `mount --bind "${names}" /etc/resolv.conf && exec "$@"`, '-'],
-    env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: `unix:path=${folder}/bus` },
+    env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: bus.address },
     home: folder,
   })(
     t,

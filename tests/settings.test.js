@@ -1,21 +1,16 @@
 'use strict';
 
 const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { eventually, scenarios, temporaryDirectory } = require('./support');
+const { eventually, scenarios, temporaryDirectory, temporaryFiles } = require('./support');
 
-/** Scenarios in a home that several processes share. */
-function inHome(t, home = temporaryDirectory(t)) {
-  const [config, system] = [path.join(home, 'config'), path.join(home, 'xdg')];
-  const env = { XDG_CONFIG_HOME: config, XDG_CONFIG_DIRS: system, XDG_CURRENT_DESKTOP: 'Test:XFCE' };
-  return Object.assign(scenarios({ home, env }), { home, autostart: path.join(config, 'autostart'), system });
+/** Scenarios in a home that several processes share, and its files. */
+function inHome(t) {
+  const { folder: home, at, write } = temporaryFiles(t);
+  const env = { XDG_CONFIG_HOME: at('config'), XDG_CONFIG_DIRS: at('xdg'), XDG_CURRENT_DESKTOP: 'Test:XFCE' };
+  return Object.assign(scenarios({ home, env }), { home, at, write, autostart: at('config/autostart') });
 }
 
 const document = (contents) => `<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0">${contents}</plist>`;
-
-function writeFile(file, contents) {
-  fs.mkdirSync(path.dirname(file), { recursive: true });
-  fs.writeFileSync(file, contents);
-}
 
 // ---- User defaults
 
@@ -56,7 +51,7 @@ test('unsupported values are neither set nor read', async (t) => {
     ['data', '<data>AAAA</data>', null],
   ];
   const entries = rows.map(([key, xml]) => `<key>${key}</key>${xml}`);
-  writeFile(path.join(run.home, 'GNUstep', 'Defaults', 'node.plist'), document(`<dict>${entries.join('')}</dict>`));
+  run.write('GNUstep/Defaults/node.plist', document(`<dict>${entries.join('')}</dict>`));
   await run.table(t, rows, ({ native }, key) => native.getUserDefault(key));
   const [unset, errors] = await run(t, ({ captureLog, log, native }) => {
     captureLog();
@@ -78,8 +73,8 @@ const switchOff = ({ native }) => [native.getStartAtLogin(), native.setStartAtLo
 /** Runs a scenario with these autostart files, and gives its result and the files that are there then. */
 async function withAutostart(t, { user = {}, system = {} }, scenario) {
   const run = inHome(t);
-  for (const [name, text] of Object.entries(user)) writeFile(path.join(run.autostart, name), text);
-  for (const [name, text] of Object.entries(system)) writeFile(path.join(run.system, 'autostart', name), text);
+  for (const [name, text] of Object.entries(user)) run.write(`config/autostart/${name}`, text);
+  for (const [name, text] of Object.entries(system)) run.write(`xdg/autostart/${name}`, text);
   const result = await run(t, scenario);
   const names = fs.existsSync(run.autostart) ? fs.readdirSync(run.autostart).sort() : [];
   const read = (name) => [name, fs.readFileSync(path.join(run.autostart, name), 'utf8')];
@@ -159,8 +154,7 @@ test("another program's entry and the previous version's second item are left al
 
 test('dangling links, pipes and a folder that cannot be written are harmless', async (t) => {
   const run = inHome(t);
-  const mine = path.join(run.home, 'dotfiles', 'mail.desktop');
-  writeFile(mine, entry(ours, 'Hidden=true'));
+  const mine = run.write('dotfiles/mail.desktop', entry(ours, 'Hidden=true'));
   fs.mkdirSync(run.autostart, { recursive: true });
   const links = { 'a.desktop': 'b.desktop', 'b.desktop': 'a.desktop', 'mail.desktop': mine };
   for (const [name, target] of Object.entries(links)) fs.symlinkSync(target, path.join(run.autostart, name));
@@ -183,8 +177,7 @@ test('a program path may have any characters', async (t) => {
   const run = inHome(t);
   assert.strictEqual(await run.with({ executable })(t, switchOn), true);
   const started = path.join(run.home, 'started');
-  const script = path.join(run.home, 'started.js');
-  fs.writeFileSync(script, `require('fs').writeFileSync(${JSON.stringify(started)}, process.execPath)`);
+  const script = run.write('started.js', `require('fs').writeFileSync(${JSON.stringify(started)}, process.execPath)`);
   const env = { ...process.env, NODE_OPTIONS: `--require=${script}` };
   execFileSync('gio', ['launch', path.join(run.autostart, 'the mail.desktop')], { env });
   await eventually(() => fs.existsSync(started) && fs.readFileSync(started, 'utf8') === executable, 'the program');
@@ -234,7 +227,7 @@ test('text replacements and substitution switches', async (t) => {
     if (key !== null) native.removeUserDefault(key);
     return JSON.parse(found);
   };
-  const file = path.join(run.home, 'Library', 'Preferences', '.GlobalPreferences.plist');
+  const file = run.at('Library/Preferences/.GlobalPreferences.plist');
   fs.mkdirSync(path.dirname(file), { recursive: true });
   await run.table(t, rows, read, file);
 });

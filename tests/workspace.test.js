@@ -22,8 +22,6 @@ function iconLine({ home }) {
   return `Icon=${file}`;
 }
 
-const mailTypes = ['x-scheme-handler/mailto'];
-
 test('entries for an extension, the default first, with icons', async (t) => {
   const applications = new Applications(t);
   const types = ['application/pdf'];
@@ -78,7 +76,7 @@ test('an existing icon is reused by the lists, and replaced by iconForApplicatio
 
 test('setting the handler of a scheme changes nothing else, and no list that can’t be parsed', async (t) => {
   const applications = new Applications(t);
-  for (const name of ['Mail', 'Other']) applications.add(`org.example.${name}`, { types: mailTypes });
+  for (const name of ['Mail', 'Other']) applications.add(`org.example.${name}`, { types: ['x-scheme-handler/mailto'] });
   const others =
     '# kept\n\n[Added Associations]\ntext/plain=a.desktop;\n\n[Default Applications]\nx-scheme-handler/http=b.desktop\n';
   const list = (mail) => `${others}x-scheme-handler/mailto=${mail}\n\n[Else]\nkey=value\n`;

@@ -56,4 +56,16 @@ function temporaryDirectory(test) {
   return directory;
 }
 
-module.exports = { atEnd, endWith, temporaryDirectory };
+/** Such a directory: its path, `at(name)` for what is in it, and `write(name, contents)`, which gives the path. */
+function temporaryFiles(test) {
+  const folder = temporaryDirectory(test);
+  const at = (name) => path.join(folder, name);
+  const write = (name, contents) => {
+    fs.mkdirSync(path.dirname(at(name)), { recursive: true });
+    fs.writeFileSync(at(name), contents);
+    return at(name);
+  };
+  return { folder, at, write };
+}
+
+module.exports = { atEnd, endWith, temporaryDirectory, temporaryFiles };
