@@ -199,10 +199,15 @@ async function killPortal(person) {
   process.kill(Number(stdout.split(' ')[1]), 'SIGKILL');
 }
 
-test('without a portal, and when it is gone, GNUstep’s panel takes its place', async (t) => {
-  const folder = makeFiles(t);
+/** A process on a bus without a portal, and files to choose from. */
+async function startWithoutPortal(t) {
   const { address } = await startBus(t, temporaryDirectory(t));
-  const person = await startPerson(t, { env: { DBUS_SESSION_BUS_ADDRESS: address } });
+  const env = { DBUS_SESSION_BUS_ADDRESS: address };
+  return { env, folder: makeFiles(t), person: await startPerson(t, { env }) };
+}
+
+test('without a portal, and when it is gone, GNUstep’s panel takes its place', async (t) => {
+  const { folder, person } = await startWithoutPortal(t);
   await ask(person, { folder });
   await person.window('NSOpenPanel');
   await person.goesOn();
@@ -227,12 +232,9 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
 });
 
 test('a portal that never replies gives way to GNUstep’s panel', async (t) => {
-  const folder = makeFiles(t);
-  const { address } = await startBus(t, temporaryDirectory(t));
-  const env = { DBUS_SESSION_BUS_ADDRESS: address };
+  const { env, folder, person } = await startWithoutPortal(t);
   const silent = await scenarios({ env }).resident(t);
   await silent.tell(({ bus }) => bus.setPortalScheme(0));
-  const person = await startPerson(t, { env });
   silent.process.kill('SIGSTOP');
   await ask(person, { folder });
   await person.goesOn();
@@ -254,12 +256,4 @@ test('requests that can’t be shown are answered, and the log says why', async 
   for (const sentence of [/Need a window to choose files for/, /Couldn't parse file dialog options/]) {
     assert.strictEqual(log.filter((text) => sentence.test(text)).length, 2);
   }
-});
-
-scenarios().test('without a display nothing is chosen', async ({ equal, eventually, native }) => {
-  const paths = [];
-  const report = (...all) => paths.push(...all);
-  equal(native.showFileDialog(Buffer.alloc(8), '{}', report), undefined);
-  await eventually(() => paths.length > 0, 'the answer');
-  equal(paths, [null]);
 });

@@ -14,17 +14,7 @@ const fileDeadline = 5 * 60 * 1000;
 // Most files wait for a desktop more than they compute.
 const filesAtOnce = os.cpus().length + 1;
 // Longer than their size lets expect.
-const longest = [
-  'tour',
-  'wayland',
-  'dialogs',
-  'look',
-  'toolbar',
-  'shortcuts',
-  'keyboard',
-  'integrations',
-  'annotation',
-];
+const longest = ['tour', 'wayland', 'dialogs', 'look', 'toolbar', 'keyboard', 'integrations', 'annotation'];
 
 const named = process.argv.slice(2);
 const nameOf = (file) => file.replace('.test.js', '');
@@ -100,7 +90,7 @@ function run(file) {
   homes.add(home);
   const child = spawn(
     process.env.TESSARO_NODE || process.execPath,
-    ['--test-reporter=tap', path.join(__dirname, file)],
+    ['--test-reporter=spec', path.join(__dirname, file)],
     {
       env: environmentFor(home),
       stdio: ['ignore', 'pipe', 'inherit'],
@@ -121,22 +111,7 @@ function run(file) {
   );
 }
 
-const count = (output, what) => Number(output.match(new RegExp(`^# ${what} (\\d+)$`, 'm'))?.[1] ?? 0);
-
-/** The lines of a TAP text that tell of failures, with what follows each of them. */
-function failures(output) {
-  const lines = output.split('\n');
-  const kept = [];
-  let block = null;
-  for (const line of lines) {
-    const failed = line.match(/^(\s*)not ok /);
-    if (failed) block = failed[1];
-    if (block === null) continue;
-    kept.push(line);
-    if (line === `${block}  ...`) block = null;
-  }
-  return kept.join('\n');
-}
+const count = (output, what) => Number(output.match(new RegExp(`^ℹ ${what} (\\d+)$`, 'm'))?.[1] ?? 0);
 
 function countsOf({ output, code }) {
   const counts = {
@@ -149,8 +124,9 @@ function countsOf({ output, code }) {
   return counts;
 }
 
+/** The failed tests, which the runner lists at the end; of a file that has ended early, the end of its output. */
 const whatFailed = ({ output, code, signal }) =>
-  failures(output) || `ended with ${code ?? signal}:\n${output.slice(-4000)}`;
+  output.split('✖ failing tests:')[1] ?? `ended with ${code ?? signal}:\n${output.slice(-4000)}`;
 
 function report(file, result, seconds) {
   const counts = countsOf(result);
@@ -160,8 +136,8 @@ function report(file, result, seconds) {
     `${file.padEnd(22)} ${String(counts.pass).padStart(4)} passed, ${counts.fail} failed${skipped}  (${seconds.toFixed(1)} s)`,
   );
   const { output } = result;
-  const remarks = /^ *# (?!Subtest|tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$|^.* # SKIP.*$/gm;
-  for (const line of output.match(remarks) || []) console.log(`    ${line.trim().replace(/^# /, '')}`);
+  const remarks = /^ *ℹ (?!tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$|^.* # .*$/gm;
+  for (const line of output.split('✖ failing tests:')[0].match(remarks) || []) console.log(`    ${line.trim()}`);
   if (counts.fail > 0) console.log(whatFailed(result));
 }
 

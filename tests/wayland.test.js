@@ -3,7 +3,7 @@
 // The module in a Wayland session: a real compositor, its X server for the windows, and its seat for keys and clicks.
 // docs/linux.md says for each function what to expect.
 
-const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support/node');
+const { assert, execFile, fs, path, promisify, test } = require('./support/node');
 const { eventually, open, root, temporaryDirectory, useSession } = require('./support');
 
 // Before the people, who would take an X session.
@@ -102,14 +102,4 @@ test('the pasteboard is shared with other applications; what needs the whole dis
     () => person.key('F6'),
     'the refusal of a shortcut',
   );
-});
-
-test('Debian 12’s portal offers neither global shortcuts nor screen casts here', async () => {
-  const env = { ...process.env, ...session.env };
-  const service = ['org.freedesktop.portal.Desktop', '/org/freedesktop/portal/desktop'];
-  const busctl = (...args) =>
-    execFileSync('busctl', [`--address=${session.env.DBUS_SESSION_BUS_ADDRESS}`, ...args], { env, encoding: 'utf8' });
-  const interfaces = busctl('introspect', ...service);
-  assert.match(interfaces, /org\.freedesktop\.portal\.FileChooser/);
-  assert.doesNotMatch(interfaces, /org\.freedesktop\.portal\.(GlobalShortcuts|ScreenCast)/);
 });
