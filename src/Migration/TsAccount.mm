@@ -278,7 +278,7 @@ NSString* const kExportedBooleans[] = {@"isGmailChatBlocked", @"isGooglePlusBloc
   [exported setObject:OrNull([self password]) forKey:@"password"];
   [exported setObject:[NSNumber numberWithUnsignedInteger:[self numberOfDownloadItems]]
                forKey:@"numberOfDownloadItems"];
-  [exported setObject:TsExported([self objectsIn:"bookmarks"]) forKey:@"bookmarks"];
+  [exported setObject:[self exportedObjectsIn:"bookmarks"] forKey:@"bookmarks"];
   return exported;
 }
 

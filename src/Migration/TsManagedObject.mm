@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "Base/Lifetime.h"
 #include "Base/TsString.h"
 #include "Migration/TsStoreValue.h"
 
@@ -41,6 +42,34 @@ std::string SetterOf(std::string_view name) {
 const TsRelationship& Named(const TsEntity* entity, std::string_view name) {
   const auto all = entity->relationships;
   return *std::find_if(all.begin(), all.end(), [&](const TsRelationship& each) { return each.name == name; });
+}
+
+// Made once: each object has them.
+NSString* NameOf(const TsAttribute& attribute) {
+  static Forever<std::unordered_map<const TsAttribute*, Ref<NSString>>> names;
+  Ref<NSString>& name = (*names)[&attribute];
+  if (!name) name = TsNewString(attribute.name);
+  return name;
+}
+
+Ref<NSMutableDictionary> NewValues(const TsStoreFile& store, const std::string& identifier, const TsEntity& entity) {
+  auto values = Adopt([[NSMutableDictionary alloc] initWithCapacity:entity.attributes.size()]);
+  for (const auto& [attribute, type, text] : store.Values(identifier, entity)) {
+    const auto value = TsNewStoreValue(attribute->type, type, text);
+    if (value) [values setObject:value forKey:NameOf(*attribute)];
+  }
+  return values;
+}
+
+// An object as it leaves its store.
+Ref<NSMutableDictionary> NewExport(const TsStoreFile& store, const std::string& identifier, const TsEntity& entity) {
+  auto exported = NewValues(store, identifier, entity);
+  if ([exported count] == entity.attributes.size()) return exported;
+  for (const TsAttribute& attribute : entity.attributes) {
+    NSString* name = NameOf(attribute);
+    if ([exported objectForKey:name] == nil) [exported setObject:[NSNull null] forKey:name];
+  }
+  return exported;
 }
 
 id Get(TsManagedObject* self, SEL accessor) { return [[self values] objectForKey:NSStringFromSelector(accessor)]; }
@@ -88,24 +117,13 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 - (NSDictionary*)values {
   const TsStoreFile* store = [self store];
   if (store == nullptr) return nil;
-  if (_values) return _values;
-  _values = Adopt([[NSMutableDictionary alloc] init]);
-  for (const auto& [attribute, type, text] : store->Values(_identifier, *_entity)) {
-    const auto value = TsNewStoreValue(attribute->type, type, text);
-    if (value) [_values setObject:value forKey:TsNSString(attribute->name)];
-  }
+  if (!_values) _values = NewValues(*store, _identifier, *_entity);
   return _values;
 }
 
 - (NSDictionary*)dictionaryWithValues {
-  NSDictionary* values = [self values];
-  if (values == nil) return nil;
-  NSMutableDictionary* exported = [NSMutableDictionary dictionaryWithDictionary:values];
-  for (const TsAttribute& attribute : _entity->attributes) {
-    NSString* name = TsNSString(attribute.name);
-    if ([values objectForKey:name] == nil) [exported setObject:[NSNull null] forKey:name];
-  }
-  return exported;
+  const TsStoreFile* store = [self store];
+  return store != nullptr ? NewExport(*store, _identifier, *_entity).Autoreleased() : nil;
 }
 
 - (NSArray*)objectsIn:(std::string_view)relationship {
@@ -118,6 +136,18 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
     [objects addObject:[_context object:identifier of:destination]];
   }
   return objects;
+}
+
+- (NSArray*)exportedObjectsIn:(std::string_view)relationship {
+  NSMutableArray* exported = [NSMutableArray array];
+  const TsStoreFile* store = [self store];
+  if (store == nullptr) return exported;
+  const TsRelationship& description = Named(_entity, relationship);
+  const TsEntity& destination = *TsEntityNamed(description.destination);
+  for (const std::string& identifier : store->Related(_identifier, description)) {
+    [exported addObject:NewExport(*store, identifier, destination)];
+  }
+  return exported;
 }
 
 - (id)objectIn:(std::string_view)relationship {
@@ -138,7 +168,11 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 
 NSArray* TsExported(NSArray* objects) {
   NSMutableArray* exported = [NSMutableArray arrayWithCapacity:[objects count]];
-  for (TsManagedObject* object in objects) [exported addObject:[object dictionaryWithValues]];
+  for (TsManagedObject* object in objects) {
+    @autoreleasepool {
+      [exported addObject:[object dictionaryWithValues]];
+    }
+  }
   return exported;
 }
 
