@@ -77,11 +77,32 @@ NSString* ShownName(ABPerson* person, NSInteger defaultOrdering) {
   return isCompany ? [person valueForProperty:kABOrganizationProperty] : FullName(person, flags, defaultOrdering);
 }
 
+// The framework makes several objects for each record that it looks at: these two free them at once.
+
+Ref<NSArray> MembersOf(ABGroup* group) {
+  @autoreleasepool {
+    return Retain([group members]);
+  }
+}
+
+// nil if missing.
+Ref<ABGroup> GroupNamed(NSString* name) {
+  @autoreleasepool {
+    for (ABGroup* group in [platform::SharedAddressBook() groups]) {
+      if ([[group valueForProperty:kABGroupNameProperty] isEqual:name]) return Retain(group);
+    }
+    return nullptr;
+  }
+}
+
 void AddMembers(NSMutableArray* recipients, ABGroup* group) {
   const NSInteger ordering = DefaultOrdering();  // reads the user defaults
-  for (ABPerson* person in [group members]) {
-    NSString* address = PrimaryAddress(person);
-    if ([address length] > 0) [recipients addObject:[TsRecipient recipient:address name:ShownName(person, ordering)]];
+  const auto members = MembersOf(group);
+  for (ABPerson* person in members.get()) {
+    @autoreleasepool {
+      NSString* address = PrimaryAddress(person);
+      if ([address length] > 0) [recipients addObject:[TsRecipient recipient:address name:ShownName(person, ordering)]];
+    }
   }
 }
 
@@ -171,13 +192,11 @@ TS_COPIED(NSString, name, Name)
 @end
 
 NSArray* TsRecipientsForGroupName(NSString* groupName) {
-  for (ABGroup* group in [platform::SharedAddressBook() groups]) {
-    if (![[group valueForProperty:kABGroupNameProperty] isEqual:groupName]) continue;
-    NSMutableArray* dictionaries = [NSMutableArray array];
-    for (TsRecipient* recipient in [TsRecipient recipientsFromGroup:group]) {
-      [dictionaries addObject:RecipientDictionary(recipient)];
-    }
-    return dictionaries;
+  const auto group = GroupNamed(groupName);
+  if (!group) return nil;
+  NSMutableArray* dictionaries = [NSMutableArray array];
+  for (TsRecipient* recipient in [TsRecipient recipientsFromGroup:group]) {
+    [dictionaries addObject:RecipientDictionary(recipient)];
   }
-  return nil;
+  return dictionaries;
 }
