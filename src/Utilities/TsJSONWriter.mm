@@ -11,11 +11,6 @@
 
 namespace {
 
-bool IsBoolean(id object) {
-  static const Class boolean = object_getClass([NSNumber numberWithBool:YES]);
-  return object_getClass(object) == boolean;
-}
-
 // Each function returns false once it has set `failure_`.
 class Writer {
  public:
@@ -31,12 +26,12 @@ class Writer {
   }
 
   bool Value(id value, std::size_t level) {
-    if ([value isKindOfClass:[NSString class]]) return String(value);
-    if (IsBoolean(value)) return json_.Bool([value boolValue]);
-    if ([value isKindOfClass:[NSNumber class]]) return Number(value);
-    if (value == [NSNull null]) return json_.Null();
-    const bool isArray = [value isKindOfClass:[NSArray class]];
-    if (!isArray && ![value isKindOfClass:[NSDictionary class]]) {
+    if ([value isKindOfClass:string_]) return String(value);
+    if (object_getClass(value) == boolean_) return json_.Bool([value boolValue]);
+    if ([value isKindOfClass:number_]) return Number(value);
+    if (value == null_) return json_.Null();
+    const bool isArray = [value isKindOfClass:array_];
+    if (!isArray && ![value isKindOfClass:dictionary_]) {
       return Refuse([NSString stringWithFormat:@"JSON has no form for objects of the class %@", [value class]]);
     }
     if (level > kTsMostJSONLevels) return Refuse(@"it is nested too deeply", kTsJSONNestedTooDeeply);
@@ -54,7 +49,7 @@ class Writer {
   bool Dictionary(NSDictionary* dictionary, std::size_t level) {
     json_.StartObject();
     for (id key in dictionary) {
-      if (![key isKindOfClass:[NSString class]]) return Refuse(@"it has a key that is not a string");
+      if (![key isKindOfClass:string_]) return Refuse(@"it has a key that is not a string");
       if (!String(key) || !Value([dictionary objectForKey:key], level + 1)) return false;
     }
     return json_.EndObject();
@@ -83,6 +78,14 @@ class Writer {
     const std::string text = TsStdString(string);
     return json_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
   }
+
+  // Kept, because GCC's run time looks a class up by its name wherever one is named.
+  const Class string_ = [NSString class];
+  const Class number_ = [NSNumber class];
+  const Class boolean_ = object_getClass([NSNumber numberWithBool:YES]);
+  const Class array_ = [NSArray class];
+  const Class dictionary_ = [NSDictionary class];
+  NSNull* const null_ = [NSNull null];
 
   rapidjson::StringBuffer text_;
   rapidjson::Writer<rapidjson::StringBuffer> json_{text_};
