@@ -59,20 +59,3 @@ test('UTF-8 from outside is mended, never refused', async (t) => {
   const rows = cases.map((hex) => [hex, decoder.decode(Buffer.from(hex, 'hex'))]);
   await plain.table(t, rows, ({ fromUtf8 }, hex) => fromUtf8(Buffer.from(hex, 'hex')));
 });
-
-test('object handles are 8 bytes and come back as the same object, and bytes are copied', async (t) => {
-  const result = await plain(t, ({ copyData, describeHandle, handleOfBundle }) => {
-    const handle = handleOfBundle();
-    const others = [Buffer.alloc(8), {}, 'text', 1, null, undefined, []];
-    const bytes = Buffer.from(Array.from({ length: 256 }, (_, index) => index));
-    const copy = copyData(bytes);
-    bytes.fill(0);
-    return {
-      handle: [Buffer.isBuffer(handle), handle.length],
-      described: [handle, Buffer.from(handle), ...others].map(describeHandle),
-      copied: [copy.every((byte, index) => byte === index), copy.length, copyData(Buffer.alloc(0)).length],
-    };
-  });
-  const described = ['main bundle', 'main bundle', ...Array(7).fill('nil')];
-  assert.deepStrictEqual(result, { handle: [true, 8], described, copied: [true, 256, 0] });
-});

@@ -17,7 +17,7 @@ const tenCalls = `
     clearTimeout(keeper);
     console.log(JSON.stringify([
       native.getUserDefault('Key'),
-      native.setCurrentURL('a', 'b', 'c'),
+      /^\\d/.test(native.macOSVersion()),
       typeof native.getBundlePath(),
       Array.isArray(JSON.parse(native.getPreferredLanguages())),
       native.isDarkMode(),
@@ -53,7 +53,7 @@ test('the package installs into an empty project and works there', { skip }, (t)
   const environment = { ...process.env, HOME: project, DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: '' };
   delete environment.TESSARO_BUILD_DIR;
   const result = spawnSync(process.execPath, ['-e', tenCalls], { cwd: project, env: environment, encoding: 'utf8' });
-  const printed = '["value",null,"string",true,false,null,0,false,false,true]\n';
+  const printed = '["value",true,"string",true,false,null,0,false,false,true]\n';
   assert.deepStrictEqual([result.stdout, result.stderr], [printed, '']);
 
   // The packed sources are all that a build reads.

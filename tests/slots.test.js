@@ -112,21 +112,6 @@ test('values that are no functions are kept, and fail inside the engine when the
       return name;
     }
   });
-  const later = await plain.ends(t, ({ callDragAndDropLater, native, print }) => {
-    process.on('uncaughtException', ({ name }) => print(name) ?? process.exit(0));
-    native.setDragAndDropCallbackFunction('text');
-    callDragAndDropLater();
-    setInterval(() => {}, 1000);
-  });
-  assert.deepStrictEqual([later.code, later.stdout], [0, '"TypeError"\n']);
-});
-
-plain.test('arguments arrive in order: texts, handles, truth values', (fixture) => {
-  const { callDragAndDrop, describeHandle, equal, native } = fixture;
-  let seen;
-  native.setDragAndDropCallbackFunction((...args) => (seen = args));
-  callDragAndDrop();
-  equal([seen[0], describeHandle(seen[1]), seen[2], seen.length], ['drop', 'main bundle', '[]', 3]);
 });
 
 plain.test('composed messages and searches of other applications reach their callbacks', async (fixture) => {

@@ -65,23 +65,6 @@ void fromUtf8(ProbeArguments args) {
 
 void nothingToDo(ProbeArguments args) { args.GetReturnValue().Set(true); }
 
-void handleOfBundle(ProbeArguments args) {
-  args.GetReturnValue().Set(ToBuffer(args.GetIsolate(), [NSBundle mainBundle]));
-}
-
-void describeHandle(ProbeArguments args) {
-  const id object = ToObjcObject(args[0]);
-  args.GetReturnValue().Set(object == nil                     ? ScriptText("nil")
-                            : object == [NSBundle mainBundle] ? ScriptText("main bundle")
-                                                              : ScriptText("other"));
-}
-
-void copyData(ProbeArguments args) {
-  const auto data = convertToNSData(args[0]);
-  args.GetReturnValue().Set(
-      node::Buffer::Copy(args.GetIsolate(), static_cast<const char*>([data bytes]), [data length]).ToLocalChecked());
-}
-
 // ---- Page state and callback slots
 
 id pageState() { return @[ OrNull(GetCurrentURL()), OrNull(GetCurrentWebURL()), OrNull(GetCurrentTitle()) ]; }
@@ -98,8 +81,6 @@ void callReachability(bool connected) { TsCallback(TsSlot::Reachability).Call({c
 void callReachabilityLater(bool connected) {
   tessaro::platform::MainQueue::Shared().Post([connected] { callReachability(connected); });
 }
-
-void callDragAndDropLater() { tessaro::platform::MainQueue::Shared().Post(callDragAndDrop); }
 
 void postNotification(NSString* name, NSString* object, NSDictionary* userInfo) {
   [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
@@ -225,13 +206,6 @@ constexpr ScriptFunction kRows[] = {
     {"echoAutoreleased", "echoAutoreleased", echoAutoreleased, Nothing::Undefined, Needs::Foundation, {}},
     {"get", "get", nothingToDo, Nothing::False, Needs::Bridge, {CONDITION(args.Length() == 0)}},
     {"getWithPool", "getWithPool", nothingToDo, Nothing::False, Needs::Foundation, {CONDITION(args.Length() == 0)}},
-    {"raiseUndefined", "raiseException", raiseException, Nothing::Undefined, Needs::Foundation, {}},
-    {"raiseNull", "raiseException", raiseException, Nothing::Null, Needs::Foundation, {}},
-    {"raiseFalse", "raiseException", raiseException, Nothing::False, Needs::Foundation, {}},
-    {"raiseZero", "raiseException", raiseException, Nothing::Zero, Needs::Foundation, {}},
-    {"raiseEmptyText", "raiseException", raiseException, Nothing::EmptyText, Needs::Foundation, {}},
-    {"raiseEmptyArray", "raiseException", raiseException, Nothing::EmptyArray, Needs::Foundation, {}},
-    {"windowOnly", "windowOnly", nothingToDo, Nothing::Null, Needs::WindowServer, {}},
 };
 
 template <std::size_t row>
@@ -240,14 +214,6 @@ void Enter(ProbeArguments args) {
 }
 
 // ---- The module's own rows
-
-// The text of the first condition that the arguments violate, or null.
-template <std::size_t row>
-void Violated(ProbeArguments args) {
-  const Condition* violated = ::Violated(FunctionTable()[row].contract, args);
-  if (violated == nullptr) return args.GetReturnValue().SetNull();
-  args.GetReturnValue().Set(ScriptText(violated->text));
-}
 
 // The row with a handler that fails.
 template <std::size_t row>
@@ -261,8 +227,7 @@ void Failing(ProbeArguments args) {
 constexpr std::size_t kFunctions = 112;
 
 template <std::size_t... rows>
-void AttachFunctions(v8::Local<v8::Object> violated, v8::Local<v8::Object> failing, std::index_sequence<rows...>) {
-  (NODE_SET_METHOD(violated, FunctionTable()[rows].name, Violated<rows>), ...);
+void AttachFunctions(v8::Local<v8::Object> failing, std::index_sequence<rows...>) {
   (NODE_SET_METHOD(failing, FunctionTable()[rows].name, Failing<rows>), ...);
 }
 
@@ -273,15 +238,14 @@ void AttachRows(v8::Local<v8::Object> exports, std::index_sequence<rows...>) {
 
 void AttachTables(v8::Local<v8::Object> exports) {
   AttachRows(exports, std::make_index_sequence<std::size(kRows)>());
-  AttachFunctions(AddProbeObject(exports, "violated"), AddProbeObject(exports, "failing"),
-                  std::make_index_sequence<kFunctions>());
+  AttachFunctions(AddProbeObject(exports, "failing"), std::make_index_sequence<kFunctions>());
 }
 
 const ProbeGroup kTables("", "", {}, AttachTables);
 
-PROBES("", echoForeign, utf8, fromUtf8, handleOfBundle, describeHandle, copyData, pageState, currentMessageText,
-       callDragAndDrop, callDragAndDropLater, callReachability, callReachabilityLater, postNotification,
-       postNotificationFromThread, startUpSteps, startUpStepsRun, functionTable, leak, translationState,
-       disableGPUUnlessNative, captureLog, stopCapturingLog, capturedLog, logText, logFormat, flushLog, addFileLogger);
+PROBES("", echoForeign, utf8, fromUtf8, pageState, currentMessageText, callDragAndDrop, callReachability,
+       callReachabilityLater, postNotification, postNotificationFromThread, startUpSteps, startUpStepsRun,
+       functionTable, leak, translationState, disableGPUUnlessNative, captureLog, stopCapturingLog, capturedLog,
+       logText, logFormat, flushLog, addFileLogger);
 
 }  // namespace
