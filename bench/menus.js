@@ -6,23 +6,22 @@ const { once } = require('events');
 
 const host = require('../host');
 const { probe } = require('../tests/support/addon');
+const { eventsWith } = require('../tests/support/keys');
 const { measure, report, summary } = require('./support');
 
-const [keyDown, mouseDown] = [10, 1];
 const key = { a: 38, right: 114, control: 37, super: 133 };
 const events = 500;
 const presses = 200;
 const us = { unit: 'µs', scale: 1000 };
 
 const { display } = host.start();
-const { module: native, menus } = probe();
+const { module: native, menus, sendMessage } = probe();
+const event = eventsWith(sendMessage);
 
-const keyEvent = (modifiers) => ({ type: keyDown, modifiers, keyCode: key.a, characters: 'a', ignoring: 'a', x: 5 });
-
-function dispatch(title, event) {
+function dispatch(title, sent) {
   const peers = {
-    'the host’s own sendEvent:': () => menus.measurePreviousSendEvent(event, events),
-    'with the routing': () => menus.measureSendEvent(event, events),
+    'the host’s own sendEvent:': () => menus.measurePreviousSendEvent(sent, events),
+    'with the routing': () => menus.measureSendEvent(sent, events),
   };
   report(title, measure(peers, { rounds: 101, calls: 1 }), { scale: events });
 }
@@ -73,8 +72,8 @@ async function main() {
   host.setKeepAlive(true);
   const window = host.createWindow({ title: 'Benchmark' });
   while (!host.windowInfo(window).isKey) await new Promise((resolve) => setTimeout(resolve, 10));
-  dispatch('Dispatching an ordinary key', keyEvent(0));
-  dispatch('Dispatching a click', { type: mouseDown, modifiers: 0, x: 5 });
+  dispatch('Dispatching an ordinary key', event(0, { keyCode: key.a, ignoring: 'a' }));
+  dispatch('Dispatching a click', event(0, { type: 1 }));
   await notifications(window);
   updates();
   host.setKeepAlive(false);

@@ -11,8 +11,7 @@ const { probe } = require('../tests/support/addon');
 const { reportLatency, measure, report } = require('./support');
 
 const { display } = host.start();
-const { module: native, shortcuts } = probe();
-const ask = (name, value) => shortcuts[name](value);
+const { module: native, sendMessage } = probe();
 
 const rounds = 200;
 const key = 'F5';
@@ -24,7 +23,8 @@ const hands = spawn('xdotool', ['-'], { stdio: ['pipe', 'ignore', 'inherit'] });
 const order = (text) => hands.stdin.write(`${text}\n`);
 
 const store = (name, modifiers) => {
-  const [archive] = ask('archives', [virtualKeyCode, modifiers]);
+  const shortcut = sendMessage('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', virtualKeyCode, modifiers);
+  const archive = sendMessage('NSKeyedArchiver', 'archivedDataWithRootObject:', shortcut);
   host.setDefault(name, Buffer.from(archive, 'base64'));
 };
 

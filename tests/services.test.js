@@ -42,11 +42,11 @@ test('another process searches, mails a selection, files, and to an address', as
   const home = homeWithHost(t);
   const child = await startProvider(t, home);
   const files = ['/nowhere/a b.pdf', '/etc/hosts'];
-  const scenario = async ({ composition, native }, paths) => {
+  const scenario = async ({ native, platform }, paths) => {
     native.performService('TessaroHost/Search Selection', 'quarterly “report”');
     native.performService('TessaroHost/Mail Selection', 'one\ntwo');
     native.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
-    return composition.performWithFiles('TessaroHost/Mail Document', paths);
+    return platform.performWithFiles('TessaroHost/Mail Document', paths);
   };
   const failure = await user.with({ home })(t, scenario, files);
   assert.strictEqual(failure, '');
@@ -59,13 +59,22 @@ test('another process searches, mails a selection, files, and to an address', as
   ]);
 });
 
-provider.test('a service without its data on the pasteboard gives an error, and does nothing', (fixture) => {
-  const {
-    composition: { serve },
-    equal,
-    native,
-    sendMessage: send,
-  } = fixture;
+const serving = provider.with({
+  fixture: ({ lastError, sendMessage: send }) => ({
+    /** Works on a pasteboard with a text, a list, or nothing. Gives the error, and the text there is then. */
+    serve(method, type, value) {
+      const pasteboard = send('NSPasteboard', 'pasteboardWithUniqueName');
+      const put = typeof value === 'string' ? 'setString:forType:' : 'setPropertyList:forType:';
+      if (value !== null) send(pasteboard, 'declareTypes:owner:', [type], null);
+      if (value !== null) send(pasteboard, put, value, type);
+      send(send('TsServicesProvider', 'new'), `${method}:userData:error:`, pasteboard, null, null);
+      return [lastError() ?? null, send(pasteboard, 'stringForType:', 'NSStringPboardType')];
+    },
+  }),
+});
+
+serving.test('a service without its data on the pasteboard gives an error, and does nothing', (fixture) => {
+  const { equal, native, sendMessage: send, serve } = fixture;
   let [composed, searched] = [0, 0];
   native.setComposeOutgoingMessageCallbackFunction(() => ++composed);
   native.setSearchServiceCallbackFunction(() => ++searched);
@@ -83,9 +92,9 @@ provider.test('a service without its data on the pasteboard gives an error, and 
   }
   equal([composed, searched, count()], [0, 0, 0]);
   for (const method of ['mailSelection', 'searchSelection', 'mailTo']) {
-    equal(serve(method, text, 'x'), [null, '', [text]]);
+    equal(serve(method, text, 'x'), [null, '']);
   }
-  equal(serve('mailDocument', files, ['/x']), [null, null, [files]]);
+  equal(serve('mailDocument', files, ['/x']), [null, null]);
   equal([composed, searched, count()], [3, 1, 3]);
 });
 

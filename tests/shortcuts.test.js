@@ -9,7 +9,7 @@ const { shift, control, option, command } = require('./support/keys');
 const withoutDisplay = scenarios({
   host: true,
   uses: ['keys'],
-  fixture({ eventually, get, host, key, native, openKeyWindow, sendMessage, shortcuts }) {
+  fixture({ eventually, get, host, key, lastError, native, openKeyWindow, sendMessage: send }) {
     // The module's calls, in order.
     const statuses = [];
     const actions = [];
@@ -17,11 +17,17 @@ const withoutDisplay = scenarios({
       if (name === 'TsKeyboardShortcutMonitorUpdated') statuses.push(userInfo);
       if (name === 'TsGlobalShortcutAction') actions.push(userInfo['defaults-key']);
     });
-    const archive = (...shortcut) => Buffer.from(shortcuts.archives(shortcut)[0], 'base64');
-    const make = (...shortcut) => sendMessage('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', ...shortcut);
+    const make = (...shortcut) => send('MASShortcut', 'shortcutWithKeyCode:modifierFlags:', ...shortcut);
+    const archiveOf = (value) => Buffer.from(send('NSKeyedArchiver', 'archivedDataWithRootObject:', value), 'base64');
+    const archive = (...shortcut) => archiveOf(make(...shortcut));
     return {
-      ...{ actions, archive, make, statuses },
-      archiveOf: (value) => sendMessage('NSKeyedArchiver', 'archivedDataWithRootObject:', value),
+      ...{ actions, archive, archiveOf, make, statuses },
+      /** Another application's or the system's shortcut gives the reason. */
+      whyTaken(...shortcut) {
+        const validator = send('TsShortcutValidator', 'sharedValidator');
+        send(validator, 'isShortcutAlreadyTakenBySystem:explanation:', make(...shortcut), null);
+        return lastError();
+      },
       status: (shortcut, more) =>
         Object.assign({ shortcut, error: '', 'existing?': false, 'valid?': true, 'monitoring?': true }, more),
       nameOf: (...shortcut) => get(make(...shortcut), 'description'),
@@ -97,33 +103,20 @@ test('a shortcut is valid unless its keys type something', (t) => {
   return inSession.table(t, rows, isValid);
 });
 
-inSession.test('archives are read back in each form, and others are refused', (fixture) => {
-  const { archiveOf, assert, equal, shortcuts } = fixture;
-  // A binary property list: the values, their offsets and the trailer; the first value is the root.
-  const binary = (...values) => {
-    const number = (value) => [0, 0, 0, 0, 0, 0, 0, value];
-    const starts = values.map((_, i) => 8 + values.slice(0, i).flat().length);
-    const end = 8 + values.flat().length;
-    const trailer = [0, 0, 0, 0, 0, 0, 1, 1, ...number(values.length), ...number(0), ...number(end)];
-    return String.fromCharCode(...Buffer.from('bplist00'), ...values.flat(), ...starts, ...trailer);
+inSession.test('archives are read back in each form, and those of other objects are refused', (fixture) => {
+  const { archive, archiveOf, equal, get, sendMessage: send } = fixture;
+  const serialization = 'NSPropertyListSerialization';
+  const base64 = archive(46, 0x100000).toString('base64');
+  const list = send(serialization, 'propertyListWithData:options:format:error:', { base64 }, 0, null, null);
+  const inFormat = (format) => send(serialization, 'dataWithPropertyList:format:options:error:', list, format, 0, null);
+  const unarchived = (text) => {
+    const message = ['unarchivedObjectOfClass:fromData:error:', 'MASShortcut', { base64: text }, null];
+    return get(send('NSKeyedUnarchiver', ...message), 'description');
   };
-  const broken = [
-    ...['', 'text', '<?xml version="1.0"?><plist><dict/></plist>'],
-    `<?xml version="1.0"?>${'<array>'.repeat(2000)}`,
-    '{"$objects"=("$null"); "$top"={root={"CF$UID"=7;};};}',
-    ...['('.repeat(15000), '\0\x01\x02\x03'.repeat(50), 'bplist00', `bplist00${'\xff'.repeat(40)}`],
-    // An array that contains itself, arrays whose paths multiply, a text and data that end beyond the list.
-    binary([0xa1, 0]),
-    binary(...Array.from({ length: 12 }, (_, i) => [0xaf, 0x10, 20, ...Array(20).fill(i + 1)]), [0x08]),
-    binary([0x5f, 0x13, 0x7f, 0, 0, 0, 0, 0, 0, 0]),
-    binary([0x4f, 0x12, 0x00, 0xff, 0xff, 0xff]),
-  ].map((text) => Buffer.from(text, 'latin1').toString('base64'));
-  const archives = shortcuts.archives([46, 0x100000]);
-  equal(archives.map(shortcuts.unarchive), Array(3).fill('⌘M'));
-  for (const text of [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), ...broken])
-    equal(shortcuts.unarchive(text), undefined);
-  // An archive with another key code is still a shortcut; the others are refused without a crash.
-  assert.ok(shortcuts.unarchiveDamaged(archives[0]) > 0);
+  const [xml, binary] = [100, 200];
+  equal([base64, inFormat(xml), inFormat(binary)].map(unarchived), Array(3).fill('⌘M'));
+  const others = [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), Buffer.from('text'), Buffer.alloc(0)];
+  equal(others.map((each) => unarchived(each.toString('base64'))), Array(5).fill(null)); // prettier-ignore
 });
 
 test('the transformer converts shortcuts to dictionaries and back', (t) => {
@@ -303,12 +296,12 @@ test('a shortcut of another process is refused and logged, and works there only'
   await other.tell(({ bind, command, host, shift }) => host.setKeepAlive(true) ?? bind('theirs', 46, command | shift));
   await inSession(t, async (fixture) => {
     const { actions, bind, captureLog, command, equal, eventually, host, key, log, openWindow, press } = fixture;
-    const { shift, shortcuts, start, status, statuses, stop } = fixture;
+    const { shift, start, status, statuses, stop, whyTaken } = fixture;
     const why = '⇧⌘M is already used by another application or by the system.';
     captureLog();
     const window = await openWindow();
     bind('ours', 46, command | shift);
-    equal(shortcuts.whyTaken([46, command | shift]), why);
+    equal(whyTaken(46, command | shift), why);
     equal(log().filter((text) => text.includes('ours')), [`The shortcut stored under ours is not active: ${why}`]); // prettier-ignore
     // A key that is sent to the window reaches it whoever has grabbed it.
     start('new');
@@ -325,9 +318,9 @@ test('a shortcut of another process is refused and logged, and works there only'
 
   // The shortcut is free when the other process has ended.
   await other.kill();
-  await inSession(t, async ({ bind, command, equal, hear, shift, shortcuts }) => {
+  await inSession(t, async ({ bind, command, equal, hear, shift, whyTaken }) => {
     bind('ours', 46, command | shift);
-    equal(shortcuts.whyTaken([46, command | shift]), undefined);
+    equal(whyTaken(46, command | shift), undefined);
     equal(await hear(['ctrl+shift+m'], 1), ['ours']);
   });
 });
@@ -336,7 +329,7 @@ inSession.test('malformed archives in the user defaults are logged and ignored',
   const { archive, archiveOf, assert, bind, captureLog, command, equal, host, log, storedName } = fixture;
   captureLog();
   const sound = archive(46, command);
-  const wrongClass = Buffer.from(archiveOf([1]), 'base64');
+  const wrongClass = archiveOf([1]);
   const truncated = sound.subarray(0, 100);
   const values = { truncated, text: 'a text', number: 7, list: [sound], empty: Buffer.alloc(0), wrongClass };
   for (const [name, value] of Object.entries(values)) {
@@ -397,7 +390,7 @@ withoutDisplay.test(title, ({ bind, command, display, equal, shift, start, statu
 
 test('registered keys don’t keep the process alive, and are released at its end', async (t) => {
   for (let round = 0; round < 2; ++round) {
-    const whyTaken = ({ bind, shortcuts }) => bind('key', 96, 0) ?? shortcuts.whyTaken([96, 0]) ?? 'free';
-    assert.strictEqual(await inSession(t, whyTaken), 'free');
+    const state = ({ bind, whyTaken }) => bind('key', 96, 0) ?? whyTaken(96, 0) ?? 'free';
+    assert.strictEqual(await inSession(t, state), 'free');
   }
 });

@@ -142,7 +142,16 @@ const inApplications = scenarios({
       await eventually(() => appcasts() > before, 'the feed');
     };
     const tellUpdater = (...message) => sendMessage(sendMessage('TsApplicationUpdate', 'sharedInstance'), ...message);
-    return { posted, appcasts, upTo, fetched, tellUpdater };
+    // Dates in the user defaults, in seconds since 1970; the probe counts from 2001.
+    const defaults = sendMessage('NSUserDefaults', 'standardUserDefaults');
+    const epoch = Date.UTC(2001) / 1000;
+    const date = (key) => {
+      const seconds = sendMessage(defaults, 'objectForKey:', key);
+      return seconds === null ? null : seconds + epoch;
+    };
+    const setDate = (key, seconds) =>
+      sendMessage(defaults, 'setObject:forKey:', sendMessage('NSDate', 'dateWithTimeIntervalSince1970:', seconds), key);
+    return { posted, appcasts, date, setDate, upTo, fetched, tellUpdater };
   },
 });
 const onDisplay = inApplications.with({ display: true });
@@ -193,7 +202,7 @@ test("each feed request has the script's parameters, then the four built-in ones
   ];
   const logs = await application(t, { feed: `${url}/feed?fixed=1#part`, shortVersion: '2.0.1 Ä' })(
     t,
-    async ({ assert, equal, fetched, native, news, tellUpdater, updates }, answers) => {
+    async ({ assert, equal, fetched, native, news, tellUpdater }, answers) => {
       await fetched(() => native.fetchAppcast());
       const logs = [];
       news();
@@ -202,7 +211,6 @@ test("each feed request has the script's parameters, then the four built-in ones
         await fetched(() => native.fetchAppcast());
         logs.push(news());
       }
-      updates.forgetLanguages();
       native.setAppcastParameterCallback(() => {
         throw new Error('no parameters');
       });
@@ -213,8 +221,8 @@ test("each feed request has the script's parameters, then the four built-in ones
     table.map(([answer]) => answer),
   );
   const parameters = questions.map((question) => String(parametersOf(question)));
-  // After an exception, which reaches the caller, the request goes on; a user may have no language.
-  assert.strictEqual(parameters.pop(), `fixed=1&${builtIn}None`);
+  // After an exception, which reaches the caller, the request goes on.
+  assert.strictEqual(parameters.pop(), `fixed=1&${builtIn}en`);
   const expected = ['', ...table.map(([, added]) => added)].map((added) => `fixed=1&${added}${builtIn}en`);
   assert.deepStrictEqual(parameters, expected);
   table.forEach(([callback, , warning], i) => {
@@ -227,7 +235,7 @@ test("each feed request has the script's parameters, then the four built-in ones
 
 test('the system profile is announced once a week, if the user wants it', async (t) => {
   const { url } = await serveFeed(t);
-  await application(t, { feed: url })(t, async ({ assert, equal, fetched, native, tellUpdater, updates }) => {
+  await application(t, { feed: url })(t, async ({ assert, date, equal, fetched, native, setDate, tellUpdater }) => {
     const asked = [];
     native.setAppcastParameterCallback((sending) => asked.push(sending) && '[]');
     const check = () => fetched(() => native.fetchAppcast());
@@ -236,13 +244,13 @@ test('the system profile is announced once a week, if the user wants it', async 
     await check();
     native.setUserDefault('SUSendProfileInfo', true);
     await check();
-    const sent = updates.dateDefault(key) - now;
+    const sent = date(key) - now;
     assert.ok(sent > -5 && sent < 600, `${sent}`);
     await check();
-    updates.setDateDefault(key, now - 8 * 86400);
+    setDate(key, now - 8 * 86400);
     await check();
     tellUpdater('resetLastProfileSubmissionDate');
-    equal(updates.dateDefault(key) ?? null, null);
+    equal(date(key), null);
     await check();
     equal(asked, [false, true, false, true, true]);
   });
@@ -325,7 +333,7 @@ async function makeImage(t, answerFile) {
   return state;
 }
 
-test('only a signed AppImage of the version that the feed lists is installed', async (t) => {
+test('only a signed AppImage of the version in the feed is installed, and its first launch is reported', async (t) => {
   const file = makeAppImage('3', 'x'.repeat(450000));
   const forged = Buffer.from(file.toString('latin1').replace('xxx', 'yyy'), 'latin1');
   const signature = keys.sign(file);
@@ -364,7 +372,8 @@ test('only a signed AppImage of the version that the feed lists is installed', a
     const own = keys.sign(Buffer.from(typeof content === 'function' ? '' : content));
     return [item({ version: '3', url: `${url}/${step}`, signature: own, ...more })];
   };
-  const unchanged = await inApplications.with(image.in())(
+  const home = temporaryDirectory(t);
+  const unchanged = await inApplications.with(image.in({}, { home }))(
     t,
     async ({ env, eventually, fetched, fs, native, news, upTo }, patterns, length) => {
       const size = () => fs.statSync(env.APPIMAGE).size;
@@ -391,27 +400,17 @@ test('only a signed AppImage of the version that the feed lists is installed', a
   assert.strictEqual(fs.statSync(image.image).mode & 0o777, 0o750);
   const left = fs.readdirSync(path.dirname(image.image));
   assert.deepStrictEqual(left.sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
-});
 
-test('the first launch of an installed version is reported once', async (t) => {
-  const file = makeAppImage('3');
-  const image = await makeImage(t, (_question, answer) => answer.end(file));
-  image.items = (url) => [item({ version: '3', url: `${url}/file`, signature: keys.sign(file) })];
-  const home = temporaryDirectory(t);
-  const inVersion = (version, scenario) => inApplications.with(image.in({ version }, { home }))(t, scenario);
   const relaunches = async ({ native, nextTurn, posted }) => {
     native.setAppcastParameterCallback(() => '[]');
     for (let i = 0; i < 20; ++i) await nextTurn();
     return posted.map(([name]) => name).filter((name) => name.includes('Relaunch'));
   };
-  await inVersion('2.0', async ({ env, eventually, fs, native }) => {
-    native.setUserDefault('SUAutomaticallyUpdate', true);
-    native.checkForUpdates(true, false);
-    await eventually(() => fs.readFileSync(env.APPIMAGE).at(-1) === 0x33, 'the installation');
-  });
-  assert.deepStrictEqual(await inVersion('2.0', relaunches), []);
-  assert.deepStrictEqual(await inVersion('3', relaunches), ['TsApplicationDidRelaunchAfterUpdateNotification']);
-  assert.deepStrictEqual(await inVersion('3', relaunches), []);
+  const launches = [];
+  for (const version of ['2.0', '3', '3']) {
+    launches.push(await inApplications.with(image.in({ version }, { home }))(t, relaunches));
+  }
+  assert.deepStrictEqual(launches, [[], ['TsApplicationDidRelaunchAfterUpdateNotification'], []]);
 });
 
 test('nothing is installed without a key, an AppImage, or the consent of the user', async (t) => {
@@ -460,24 +459,24 @@ test('automatic checks continue in later processes when they are due', async (t)
   const { url, questions } = await serveFeed(t);
   const inProcess = application(t, { feed: url }, { home: temporaryDirectory(t) });
   // Once the process is ready a check that was due has begun; another request shows that none has.
-  const quiet = async ({ native, nextTurn, updates }, last) => {
-    if (last) updates.setDateDefault('SULastCheckTime', last);
+  const quiet = async ({ date, native, nextTurn, setDate }, last) => {
+    if (last) setDate('SULastCheckTime', last);
     native.setAppcastParameterCallback(() => '[]');
     for (let i = 0; i < 100; ++i) await nextTurn();
-    return updates.dateDefault('SULastCheckTime') ?? null;
+    return date('SULastCheckTime');
   };
   const now = Math.floor(Date.now() / 1000);
   assert.strictEqual(await inProcess(t, quiet), null);
-  const checked = await inProcess(t, async ({ fetched, native, updates }) => {
+  const checked = await inProcess(t, async ({ date, fetched, native }) => {
     await fetched(() => native.checkForUpdates(true, true));
-    return updates.dateDefault('SULastCheckTime');
+    return date('SULastCheckTime');
   });
   assert.ok(checked >= now && checked < now + 600, `${checked} ${now}`);
   assert.strictEqual(await inProcess(t, quiet), checked);
   assert.strictEqual(questions.length, 1);
 
-  const due = async ({ fetched, native, updates }, last) => {
-    updates.setDateDefault('SULastCheckTime', last);
+  const due = async ({ fetched, native, setDate }, last) => {
+    setDate('SULastCheckTime', last);
     await fetched(() => native.setAppcastParameterCallback(() => '[]'));
   };
   await inProcess(t, due, now - 43201);

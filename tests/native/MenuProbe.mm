@@ -7,7 +7,6 @@
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
 #include "Platform/Cocoa.h"
-#include "Platform/KeyboardLayout.h"
 #include "Platform/Linux/Keyboard/ShortcutText.h"
 #include "Probe.h"
 
@@ -32,23 +31,6 @@ Ref<NSMenu> MakeMenu(NSString* title, NSArray* items) {
   return menu;
 }
 
-NSArray* Describe(NSMenu* menu) {
-  NSMutableArray* items = [NSMutableArray array];
-  for (NSMenuItem* item in [menu itemArray]) {
-    NSMutableDictionary* description = [NSMutableDictionary dictionary];
-    [description setObject:[item title] forKey:@"title"];
-    [description setObject:[item keyEquivalent] forKey:@"key"];
-    [description setObject:@(static_cast<NSInteger>([item keyEquivalentModifierMask])) forKey:@"modifiers"];
-    [description setObject:Truth([item isHidden]) forKey:@"hidden"];
-    if ([item hasSubmenu]) {
-      [description setObject:[[item submenu] title] forKey:@"submenuTitle"];
-      [description setObject:Describe([item submenu]) forKey:@"items"];
-    }
-    [items addObject:description];
-  }
-  return items;
-}
-
 void setMainMenu(NSArray* items) { [NSApp setMainMenu:MakeMenu(@"TessaroHost", items)]; }
 
 id shortcutTexts() {
@@ -59,54 +41,13 @@ id shortcutTexts() {
   return texts;
 }
 
-id mainMenu() { return Describe([NSApp mainMenu]); }
-
 // ---- Keys
 
-NSEvent* EventOf(NSDictionary* description) {
-  const auto number = [&](NSString* key) { return [[description objectForKey:key] unsignedIntegerValue]; };
-  const NSPoint location = NSMakePoint(static_cast<CGFloat>(number(@"x")), 1);
-  const NSEventType type = static_cast<NSEventType>(number(@"type"));
-  if (type == NSLeftMouseDown) {
-    return [NSEvent mouseEventWithType:type
-                              location:location
-                         modifierFlags:number(@"modifiers")
-                             timestamp:0
-                          windowNumber:0
-                               context:nil
-                           eventNumber:0
-                            clickCount:1
-                              pressure:0];
-  }
-  return [NSEvent keyEventWithType:type
-                          location:[[description objectForKey:@"isSynthetic"] boolValue] ? NSZeroPoint : location
-                     modifierFlags:number(@"modifiers")
-                         timestamp:0
-                      windowNumber:0
-                           context:nil
-                        characters:[description objectForKey:@"characters"]
-       charactersIgnoringModifiers:[description objectForKey:@"ignoring"]
-                         isARepeat:NO
-                           keyCode:static_cast<unsigned short>(number(@"keyCode"))];
-}
+bool processKey(NSEvent* event) { return ProcessKeyboardEvent(event); }
 
-bool isSpecial(NSDictionary* description) { return TsIsSpecialEvent(EventOf(description)); }
+void processModifiers(NSEvent* event) { ProcessKeyboardModifierKeysEvent(event); }
 
-void sendEvent(NSDictionary* description) { [NSApp sendEvent:EventOf(description)]; }
-
-bool performKeyEquivalent(NSDictionary* description) {
-  return [[NSApp mainMenu] performKeyEquivalent:EventOf(description)] != NO;
-}
-
-bool processKey(NSDictionary* description) { return ProcessKeyboardEvent(EventOf(description)); }
-
-void processModifiers(NSDictionary* description) { ProcessKeyboardModifierKeysEvent(EventOf(description)); }
-
-id menuEventDescription(NSDictionary* description) {
-  return TsMenuEventDescription(description == nil ? nil : EventOf(description));
-}
-
-int virtualKeyCode(unsigned short systemKeyCode) { return tessaro::platform::VirtualKeyCode(systemKeyCode); }
+id menuEventDescription(NSEvent* event) { return TsMenuEventDescription(event); }
 
 // ---- The patch
 
@@ -122,24 +63,17 @@ bool replaceMethod(NSString* className, NSString* selector, NSString* alias) {
 
 bool hasFiles(NSString* type) { return hasFilesInPasteboard(type); }
 
-double titleWidth(NSString* title) {
-  return [title sizeWithAttributes:@{NSFontAttributeName : [NSFont menuBarFontOfSize:0]}].width;
-}
-
 // ---- Costs
 
-void measureSendEvent(NSDictionary* description, int count) {
-  NSEvent* event = EventOf(description);
+void measureSendEvent(NSEvent* event, int count) {
   for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
 }
 
-void measurePreviousSendEvent(NSDictionary* description, int count) {
-  NSEvent* event = EventOf(description);
+void measurePreviousSendEvent(NSEvent* event, int count) {
   for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
 }
 
-PROBES("menus", titleWidth, setMainMenu, mainMenu, shortcutTexts, isSpecial, sendEvent, performKeyEquivalent,
-       processKey, processModifiers, menuEventDescription, virtualKeyCode, replaceMethod, hasFiles, measureSendEvent,
-       measurePreviousSendEvent);
+PROBES("menus", setMainMenu, shortcutTexts, processKey, processModifiers, menuEventDescription, replaceMethod, hasFiles,
+       measureSendEvent, measurePreviousSendEvent);
 
 }  // namespace

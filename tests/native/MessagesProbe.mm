@@ -7,7 +7,7 @@
 #include "Probe.h"
 
 // Messages to objects: sendMessage(target, selector, …arguments). A target is the name of a class, or an object that a
-// probe has given. Rectangles, points and sizes are lists of their numbers.
+// probe has given. Rectangles, points and sizes are lists of their numbers, classes their names.
 
 namespace {
 
@@ -27,13 +27,14 @@ void SetNumbers(NSInvocation* invocation, int index, NSArray* values) {
 void SetArgument(NSInvocation* invocation, int index, const char* type, id value) {
   if (IsOneOf(type, "{")) return SetNumbers(invocation, index, value);
   if (IsOneOf(type, ":")) return SetArgument(invocation, index, NSSelectorFromString(value));
+  if (IsOneOf(type, "#")) return SetArgument(invocation, index, NSClassFromString(value));
   if (IsOneOf(type, "S")) return SetArgument(invocation, index, [value unsignedShortValue]);
   if (IsOneOf(type, "@")) return SetArgument(invocation, index, value);
   if (IsOneOf(type, "cC")) return SetArgument(invocation, index, [value boolValue]);
   if (IsOneOf(type, "d")) return SetArgument(invocation, index, [value doubleValue]);
   if (IsOneOf(type, "qQlL")) return SetArgument(invocation, index, [value longLongValue]);
   if (IsOneOf(type, "iI")) return SetArgument(invocation, index, [value intValue]);
-  SetArgument<void*>(invocation, index, nullptr);  // an NSError**
+  SetArgument<void*>(invocation, index, nullptr);
 }
 
 template <typename T>
@@ -65,6 +66,14 @@ id ResultOf(NSInvocation* invocation) {
   return nil;
 }
 
+// The error of the last message: what the message has put where an argument points to.
+Ref<NSObject>& LastError() {
+  static Ref<NSObject> error;
+  return error;
+}
+
+id lastError() { return LastError().get(); }
+
 void sendMessage(ProbeArguments args) {
   id target = ObjectFromScript(args[0]);
   if (args[0]->IsString()) target = NSClassFromString(target);
@@ -74,11 +83,18 @@ void sendMessage(ProbeArguments args) {
   NSInvocation* invocation = [NSInvocation invocationWithMethodSignature:signature];
   [invocation setTarget:target];
   [invocation setSelector:selector];
+  id error = nil;
   for (int i = 2; i < args.Length(); ++i) {
-    SetArgument(invocation, i, [signature getArgumentTypeAtIndex:i], ObjectFromScript(args[i]));
+    const char* type = [signature getArgumentTypeAtIndex:i];
+    if (std::string_view(type).starts_with("^@")) {
+      SetArgument(invocation, i, &error);
+    } else {
+      SetArgument(invocation, i, type, ObjectFromScript(args[i]));
+    }
   }
   @try {
     [invocation invoke];
+    LastError() = Retain(static_cast<NSObject*>(error));
     ReturnObject(args, ResultOf(invocation));
   } @catch (NSException* exception) {
     ReturnObject(args, @{@"raised" : [exception name], @"reason" : [exception reason]});
@@ -111,6 +127,6 @@ id colorsOf(id drawn) {
   return counts;
 }
 
-PROBES("", sendMessage, colorsOf);
+PROBES("", sendMessage, lastError, colorsOf);
 
 }  // namespace

@@ -1,11 +1,13 @@
-#import <Foundation/Foundation.h>
+#import <AppKit/AppKit.h>
 
 #include <memory>
 #include <thread>
 
 #include "Base/Ref.h"
+#include "Base/TsString.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
+#include "Platform/Services.h"
 #include "Platform/StandardDirectories.h"
 #include "Probe.h"
 
@@ -72,7 +74,16 @@ void receiveNoConnection() {
 
 std::string logDirectory(std::string application) { return platform::LogDirectory(application).string(); }
 
+// Uses another application's service, as its Services menu would. Gives the reason of a failure.
+std::string performWithFiles(std::string service, NSArray* paths) {
+  NSPasteboard* pasteboard = [NSPasteboard pasteboardWithUniqueName];
+  [pasteboard declareTypes:@[ NSFilenamesPboardType ] owner:nil];
+  [pasteboard setPropertyList:paths forType:NSFilenamesPboardType];
+  const auto performed = platform::PerformService(service, TsStdString([pasteboard name]));
+  return performed ? "" : performed.error().message;
+}
+
 PROBES("platform", post, postDelayed, postFromThreads, background, postFromDestructor, raiseOnMainQueue,
-       receiveNoConnection, logDirectory);
+       receiveNoConnection, logDirectory, performWithFiles);
 
 }  // namespace

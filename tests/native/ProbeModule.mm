@@ -65,6 +65,8 @@ id Described(id object) {
 id ObjectOf(id value) {
   if (NSNumber* handle = [As<NSDictionary>(value) objectForKey:@"handle"])
     return Known()[[handle unsignedIntegerValue]];
+  if (NSString* data = [As<NSDictionary>(value) objectForKey:@"base64"])
+    return Adopt([[NSData alloc] initWithBase64EncodedString:data options:0]).Autoreleased();
   if (NSArray* values = As<NSArray>(value)) {
     NSMutableArray* objects = [NSMutableArray array];
     for (id each in values) [objects addObject:ObjectOf(each)];

@@ -1,5 +1,4 @@
 #import <Foundation/Foundation.h>
-#import <objc/runtime.h>
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -61,22 +60,6 @@ id decide(std::string_view feed, std::string current, std::string system, std::s
     if (decision->file.length) [answer setObject:@(*decision->file.length) forKey:@"length"];
   }
   return answer;
-}
-
-// An environment without any language.
-void forgetLanguages() {
-  const Method languages = class_getClassMethod([NSLocale class], @selector(preferredLanguages));
-  method_setImplementation(languages, reinterpret_cast<IMP>(+[](id, SEL) -> id { return [NSArray array]; }));
-}
-
-// In seconds since 1970.
-void setDateDefault(NSString* key, double seconds) {
-  [[NSUserDefaults standardUserDefaults] setObject:[NSDate dateWithTimeIntervalSince1970:seconds] forKey:key];
-}
-
-id dateDefault(NSString* key) {
-  NSDate* date = As<NSDate>([[NSUserDefaults standardUserDefaults] objectForKey:key]);
-  return date != nil ? @([date timeIntervalSince1970]) : nil;
 }
 
 // ---- Crashes
@@ -156,7 +139,7 @@ void logFromThread(std::string name, std::string text) {
   }).join();
 }
 
-PROBES("updates", compareVersions, isTrustworthyAddress, decide, forgetLanguages, setDateDefault, dateDefault,
-       readCrashRecord, whyNoProject, crash, crashEverywhere, handleCrashes, crashInFork, logFromThread);
+PROBES("updates", compareVersions, isTrustworthyAddress, decide, readCrashRecord, whyNoProject, crash, crashEverywhere,
+       handleCrashes, crashInFork, logFromThread);
 
 }  // namespace

@@ -10,11 +10,25 @@ const command = 0x100000;
 
 const keyCodes = { d: 40, n: 57, comma: 59, space: 65, up: 111, left: 113, right: 114, down: 116, leftBracket: 34 };
 
-function pressing({ eventually, host, run }) {
+/** Makes an event: of the mouse, or of a key, which is a press unless said otherwise. Synthetic ones have no place. */
+const eventsWith = (send) =>
+  function event(
+    modifiers,
+    { type = 10, keyCode = keyCodes.n, ignoring = 'n', characters = ignoring, isSynthetic } = {},
+  ) {
+    const message = 'location:modifierFlags:timestamp:windowNumber:context:';
+    const start = [type, isSynthetic ? [0, 0] : [5, 1], modifiers, 0, 0, null];
+    if (type === 1)
+      return send('NSEvent', `mouseEventWithType:${message}eventNumber:clickCount:pressure:`, ...start, 0, 1, 0);
+    const keys = 'characters:charactersIgnoringModifiers:isARepeat:keyCode:';
+    return send('NSEvent', `keyEventWithType:${message}${keys}`, ...start, characters, ignoring, false, keyCode);
+  };
+
+function pressing({ eventually, host, run, sendMessage }) {
   const key = (...names) => run('xdotool', 'key', ...names);
   const typed = (window) => host.windowInfo(window).typedText;
   return {
-    ...{ shift, control, option, command, keyCodes, key },
+    ...{ shift, control, option, command, key, event: eventsWith(sendMessage) },
     /** Opens a window that has the keyboard. */
     async openKeyWindow() {
       host.setKeepAlive(true);
@@ -37,4 +51,4 @@ function pressing({ eventually, host, run }) {
   };
 }
 
-module.exports = { shift, control, option, command, keyCodes, pressing };
+module.exports = { shift, control, option, command, keyCodes, eventsWith, pressing };
