@@ -6,7 +6,8 @@ const fs = require('fs');
 const path = require('path');
 const sharp = require('sharp');
 
-const { accountsStore, manyAccounts, previousVersion } = require('../tests/support/stores');
+const { accountsStore, previousVersion } = require('../tests/support/stores');
+const manyAccounts = require('./accounts');
 const day = require('./mailDay');
 const { digits, record, summary, takeTurns } = require('./support');
 

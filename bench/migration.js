@@ -10,7 +10,8 @@ const path = require('path');
 
 const { redirectGNUstep } = require('../host/gnustepHome');
 const { probe } = require('../tests/support/addon');
-const { accountsStore, manyAccounts, previousVersion } = require('../tests/support/stores');
+const { accountsStore, previousVersion } = require('../tests/support/stores');
+const manyAccounts = require('./accounts');
 const { reportLatency, takeTurns } = require('./support');
 
 const rounds = 15;
