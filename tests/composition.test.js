@@ -276,14 +276,8 @@ const objects = inProcess.with({
   }),
 });
 
-objects.test('a message begins empty and takes rich text', ({ equal, getAll, make, native, send }) => {
+objects.test('a message takes rich text, and its body ends with a line end', ({ equal, make, native, send }) => {
   const message = make();
-  equal(getAll(message, 'id', 'sender', 'subject', 'content'), [0, '', '', '']);
-  equal(getAll(message, 'directlySend', 'optimizeAttachments', 'didSetOptimizeAttachments'), [0, 1, 0]);
-  equal(getAll(message, 'toRecipients', 'ccRecipients', 'bccRecipients', 'mailAttachments'), [[], [], [], []]);
-  equal(getAll(message, 'imageAttachMethod', 'imageFileType', 'imageSize'), [null, null, null]);
-  equal(getAll(message, 'messageSignature.name'), [null]);
-  equal([...getAll(make('Recipient'), 'name', 'address'), ...getAll(make('Attachment'), 'path')], ['', '', '']);
   const ends = { 'a\nb': 'a\nb\n', 'a\r\nb\n': 'a\r\nb\n', 'a\rb': 'a\r\nb\n', 'a\u2029b': 'a\u2029\nb\n' };
   const texts = { ...ends, '': undefined, '\n\n': '\n\n', 'ä😀': 'ä😀\n' };
   const composed = [];

@@ -39,12 +39,3 @@ test('a launcher shows the menu, follows its changes and chooses rows', async (t
   assert.deepStrictEqual([name, userInfo], ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 2 }]);
   assert.deepStrictEqual(asked, Array(2).fill(['dock', false]));
 });
-
-inSession.test('every request builds a menu of its own', ({ contents, equal, host }) => {
-  const titles = () => host.dockMenu().map(({ title }) => title);
-  equal(titles().at(-1), 'Open Account 1 (3)');
-  contents.accounts = [];
-  equal(titles().length, 4);
-  equal(host.hasMethod('HostApplicationDelegate', 'applicationDockMenu:'), true);
-  host.setKeepAlive(false);
-});

@@ -108,23 +108,4 @@ test('the menu of sharing targets', async (t) => {
     const started = fs.readdirSync(applications.home).filter((name) => name.endsWith('.words'));
     assert.deepStrictEqual(started, []);
   });
-
-  await t.test('invalid requests are logged', async () => {
-    const before = (await person.log()).length;
-    await person.tell(({ native, window }) => {
-      native.shareFiles(Buffer.alloc(8), '[]', '{}');
-      native.shareFiles(window, '{"a', '{}');
-      native.shareFiles(window, '["/x"]', '[]');
-      native.shareFiles(window, '["/no/such/file"]', '{}');
-    });
-    const log = (await person.log()).slice(before).filter((line) => /share|parse/.test(line));
-    const expected = [
-      /^Need a window to share files from$/,
-      /^Couldn't parse paths {"a because of /,
-      /^Couldn't parse rectangle \[\] because of /,
-      /^There is no file \/no\/such\/file to share$/,
-      /^There are no files to share$/,
-    ];
-    expected.forEach((pattern, i) => assert.match(log[i], pattern));
-  });
 });

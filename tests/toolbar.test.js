@@ -254,35 +254,6 @@ test('a customised toolbar is restored in the next process only if it autosaves'
   }
 });
 
-inWindows.test('the add-tab button is drawn in the colours of its window', async (fixture) => {
-  const { addTab, assert, colorsOf, eventually, host, native, open, openWithToolbar, sendMessage } = fixture;
-  const handle = await openWithToolbar();
-  native.showAddTabButton(7);
-  await eventually(() => host.windowInfo(handle).isMain, 'the main window');
-  const draws = (isHovering, isDark, ...expected) => {
-    sendMessage(addTab(), 'setIsHovering:', isHovering);
-    sendMessage(addTab(), 'setIsDarkMode:', isDark);
-    const colors = Object.keys(colorsOf(addTab()));
-    for (const color of expected) assert.ok(colors.includes(color), `${color} is not of ${colors}`);
-  };
-  draws(true, false, '696869', 'B4B2B4');
-  draws(false, true, '828282', '212121');
-  await open({ title: 'Second' });
-  draws(false, false, 'CECECE', 'E5E4E5');
-});
-
-inWindows.test('malformed definitions are logged and ignored', async (fixture) => {
-  const { assert, captureLog, equal, log, native, open } = fixture;
-  const handle = await open({ title: 'First' });
-  captureLog();
-  for (const text of ['', 'no JSON', '[1]', '"x"', 'null']) native.addToolbarToWindow(handle, 1, text);
-  const errors = log(1);
-  equal(errors.length, 5);
-  assert.match(errors[1], /^error parsing options no JSON \(/);
-  assert.match(errors[2], /^toolbar options must be a NSDictionary \(/);
-  equal(native.isToolbarVisible(1), false);
-});
-
 test('malformed items are skipped or reduced to their valid parts', async (t) => {
   const shown = { 'default?': true };
   const none = [[], []];

@@ -241,37 +241,6 @@ test('the item appears in a tray that starts later, or again, and leaves it', as
   await inSession(t, work, temporaryDirectory(t));
 });
 
-test('rows chosen in the tray post their notifications', async (t) => {
-  const work = async (fixture, directory) => {
-    const { account, asked, contents, eventually, isInTray, layout, native, openPanel, posted, showItem } = fixture;
-    contents.accounts = [account(1, { count: 3, messages: 2 }), account(2, { signIn: true })];
-    showItem();
-    native.setStatusItemTitle('3', false);
-    const panel = openPanel(directory);
-    await eventually(isInTray, 'the item in the tray');
-    await eventually(() => panel.icon(), 'the icon');
-    const rows = await layout();
-    asked.length = 0;
-    for (const index of [0, 5, rows.length - 1]) {
-      const count = posted.length;
-      await panel.clickIcon();
-      await eventually(() => panel.menu(), 'the menu');
-      await panel.clickRow(rows.slice(0, index).map(({ type }) => type === 'separator'));
-      await eventually(() => posted.length > count, `the choice of row ${index}`);
-      await eventually(async () => !(await panel.menu()), 'the menu to close');
-    }
-    await panel.stop();
-    return { posted, asked: asked.length };
-  };
-  const { posted, asked } = await inSession(t, work, temporaryDirectory(t));
-  assert.deepStrictEqual(posted, [
-    ['TsGetNewMessagesNotification', null],
-    ['TsOpenMessageWithUniqueNotificationId', { 'unique-id': 'message-1-0' }],
-    ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 2 }],
-  ]);
-  assert.ok(asked >= 3, `asked ${asked} times`);
-});
-
 test('the item returns with the bus', async (t) => {
   const directory = temporaryDirectory(t);
   const first = await startBus(t, directory);

@@ -161,12 +161,44 @@ inWindows.test('handles that are not of a living window are refused', async (fix
   for (const handle of [closed, ...others, ...bytes.map((each) => Buffer.from(each))]) {
     const answers = [native.hasSheets(handle), native.hideWindowContent(handle, 1)];
     answers.push(native.resizeWindowContent(handle, 1, 1), native.dropFiles(handle, '{"x":1,"y":1}', '[]'));
-    equal([...answers, native.addToolbarToWindow(handle, 1, '{}')], [false, ...Array(4).fill(undefined)]);
+    answers.push(native.addToolbarToWindow(handle, 1, '{}'), native.shareFiles(handle, '[]', '{}'));
+    equal(answers, [false, ...Array(5).fill(undefined)]);
   }
-  equal(log(1).slice(0, 4), [
+  equal(log(1).slice(0, 5), [
     'Need a view with a window to to hide window content: (null)',
     'Need a window to change content size',
     'Need a window to attach files.',
     'Need a view with a window to add a toolbar: (null)',
+    'Need a window to share files from',
   ]);
+});
+
+inWindows.test('malformed texts from script are logged, and have no effect', async (fixture) => {
+  const { assert, captureLog, equal, native, news, open } = fixture;
+  const window = await open({ title: 'First' });
+  captureLog();
+  const table = [
+    ['addToolbarToWindow', [window, 1, 'no JSON'], /^error parsing options no JSON \(/],
+    ['addToolbarToWindow', [window, 1, '[1]'], /^toolbar options must be a NSDictionary \(/],
+    ['updateMainMenuMenuItem', ['[0]', '{'], /^error parsing attributeMap \{ \(/],
+    ['updateMainMenuMenuItem', ['[0]', '[1]'], /^attributemMap must be an NSDictionary \(\(1\)\)$/],
+    ['updateMainMenuMenuItem', ['[0', '{}'], /^error navigationPath \[0 \(/],
+    ['updateMainMenuMenuItem', ['{}', '{'], /^navigationPath must be an NSArray \(\{\}\)$/],
+    ['updateMainMenuMenuItemWithCommandId', [101, ''], /^error parsing attributeMap {2}\(/],
+    ['updateMainMenuMenuItemWithCommandId', [101, '[]'], /^attributemMap must be an NSDictionary \(\(\)\)$/],
+    ['shareFiles', [window, '{"a', '{}'], /^Couldn't parse paths {"a because of /],
+    ['shareFiles', [window, '["/x"]', '[]'], /^Couldn't parse rectangle \[\] because of /],
+    ['shareFiles', [window, '["/none"]', '{}'], /^There is no file \/none to share$/, /^There are no files to share$/],
+    ...[{}, Buffer.alloc(0)].map((handle) => ['pickEmailAddresses', [handle, '{}'], /^Need a view with a window to /]),
+    ['pickEmailAddresses', [window, '[]'], /^Couldn't parse translations JSON \[\] because of it is no object$/],
+    ['pickEmailAddresses', [window, '{ "a'], /^Couldn't parse translations JSON { "a because of /],
+    ['pickEmailAddresses', [window, '{"window-title":null}'], ...Array(4).fill(/^No translation for [a-z-]+ in /)],
+  ];
+  for (const [name, args, ...expected] of table) {
+    equal(native[name](...args), name.startsWith('update') ? 0 : undefined);
+    const lines = news();
+    equal(lines.length, expected.length, lines.join('\n'));
+    expected.forEach((pattern, i) => assert.match(lines[i], pattern));
+  }
+  equal(native.isToolbarVisible(1), false);
 });
