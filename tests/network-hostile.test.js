@@ -62,10 +62,12 @@ test('a body that expands too much is an error, and neither stalls the loop nor 
     t,
     `let last = performance.now(), longest = 0;
      const turns = setInterval(() => { const now = performance.now(); longest = Math.max(longest, now - last); last = now; }, 1);
+     const kept = [];
      const ask = (path) => new Promise((resolve) => {
        const made = m.createRequest(${JSON.stringify(url)} + path);
        made.on('end', ({ buffer }) => resolve(buffer.byteLength));
-       made.on('error', (text) => resolve([Number(text.match(/Code=(-\\d+)/)[1]), text.match(/Underlying.*=(.*)}/)[1], made]));
+       made.on('error', (text) => resolve([Number(text.match(/Code=(-\\d+)/)[1]), text.match(/Underlying.*=(.*)}/)[1]]));
+       kept.push(made);
        made.start();
      });
      (async () => {
@@ -76,12 +78,9 @@ test('a body that expands too much is an error, and neither stalls the loop nor 
        clearInterval(turns);
      })();`,
   );
-  const expands = [-1015, 'The compressed body expands too much', {}];
-  const tooMany = [-1015, 'The body has more than one content coding', {}];
-  assert.deepStrictEqual(
-    all.map((each) => (Array.isArray(each) ? [each[0], each[1], {}] : each)),
-    [expands, expands, tooMany, 60e6],
-  );
+  const expands = [-1015, 'The compressed body expands too much'];
+  const tooMany = [-1015, 'The body has more than one content coding'];
+  assert.deepStrictEqual(all, [expands, expands, tooMany, 60e6]);
   assert.ok(longest < 500, `${longest} ms without a turn`);
   if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(peak < 500, `${peak} MB`);
 });
