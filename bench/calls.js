@@ -8,8 +8,8 @@ const { measure, report } = require('./support');
 const stub = open('CallStub');
 const { get, getWithPool, echo, echoAutoreleased, module: tessaro } = probe();
 
-// Each peer is called from code of its own, or the engine would optimise the first call and not the others. The name
-// sees to that: functions of the same text share what the engine has learnt.
+// Each peer is called from code of its own, or the engine would optimise one call and not the other. Functions of the
+// same text share their code: each has another name.
 let callers = 0;
 const caller = (native, ...args) =>
   new Function(

@@ -48,10 +48,13 @@ void StatusMenuBuilder::Build(StatusMenuForm form, bool doNotDisturb) const {
   for (id value in accounts_) {
     NSDictionary* account = As<NSDictionary>(value);
     if (account == nil) continue;
-    if (form == StatusMenuForm::Compact) {
-      AddCompactAccount(Account(account), doNotDisturb);
-    } else {
-      AddFullAccount(Account(account), doNotDisturb);
+    // The rows of the next account take the memory of what this one leaves behind.
+    @autoreleasepool {
+      if (form == StatusMenuForm::Compact) {
+        AddCompactAccount(Account(account), doNotDisturb);
+      } else {
+        AddFullAccount(Account(account), doNotDisturb);
+      }
     }
   }
 }

@@ -36,9 +36,13 @@ NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
 
 @implementation NSMenu (Completion)
 
-// From the end, so that nothing has to move up.
+// From the end, so that nothing has to move up. GNUstep leaves a notification behind for each item.
 - (void)removeAllItems {
-  for (NSInteger index = [self numberOfItems]; index > 0; --index) [self removeItemAtIndex:index - 1];
+  for (NSInteger index = [self numberOfItems]; index > 0; --index) {
+    @autoreleasepool {
+      [self removeItemAtIndex:index - 1];
+    }
+  }
 }
 
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view {

@@ -43,8 +43,8 @@ std::vector<MenuEntry> MenuFeed::Build() {
   std::vector<MenuEntry> entries;
   WithAutoreleasePool([&] {
     NSMenu* menu = menu_();
+    items_.clear();  // before the menu is filled: new rows take the memory of the old ones
     Fill(menu);
-    items_.clear();
     entries = Read(menu);
   });
   return entries;
@@ -76,6 +76,7 @@ MenuEntry MenuFeed::Read(NSMenuItem* item, NSMenu* menu) {
 }
 
 void MenuFeed::Choose(const MenuEntry& entry) {
+  if (entry.place >= items_.size()) return;  // the menu is being filled
   WithAutoreleasePool([&] {
     // The action may rebuild the menu.
     const Ref<NSMenuItem> item = items_[entry.place];
