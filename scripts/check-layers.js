@@ -34,7 +34,7 @@ const subsystems = {
   Support: [],
   Toolbar: ['Window'], // window handles
   Updates: [],
-  WebView: [],
+  WebView: ['Pasteboard'], // a dragged title is put there as a link
   Window: ['WebView'], // drags into the window are the web view's
   Workspace: [],
 };
@@ -76,8 +76,8 @@ const portable = [
   { header: /^spdlog\//, files: /^src\/Base\/TsLogging\.cc$/ },
   { header: /^tl\/expected\.hpp$/, files: /^src\/Base\/Result\.h$/ },
   { header: /^uv\.h$/, files: /^src\/(Base\/UvHandle\.h|Platform\/\w+\/.*)$/ },
-  { header: /^pthread\.h$/, files: /^src\/(Base\/ThreadName\.cc|Platform\/\w+\/.*)$/ },
-  { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\w+\.(mm|cc)$/ },
+  { header: /^pthread\.h$/, files: /^src\/(Base\/TsLogging\.cc|Platform\/\w+\/.*)$/ },
+  { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\.mm$/ },
   { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Common\/Appcast)\.(h|cc)$/ },
 ];
 
