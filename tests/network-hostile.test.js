@@ -5,7 +5,7 @@
 const tls = require('tls');
 const zlib = require('zlib');
 const { assert, fs, test } = require('./support/node');
-const { certificate, evaluateRequests, forThisHost, listen, outcome, request, serve } = require('./support');
+const { certificate, evaluateRequests, forThisHost, listen, outcome, request, scenarios, serve } = require('./support');
 
 const text = 'A text that is worth compressing. '.repeat(10000);
 const gzip = zlib.gzipSync(text);
@@ -83,6 +83,11 @@ test('a body that expands too much is an error, and neither stalls the loop nor 
   assert.deepStrictEqual(all, [expands, expands, tooMany, 60e6]);
   assert.ok(longest < 500, `${longest} ms without a turn`);
   if (!process.env.TESSARO_SANITIZER_RUNTIME) assert.ok(peak < 500, `${peak} MB`);
+});
+
+test('a body of more than a gibibyte is refused', async (t) => {
+  const taken = await scenarios()(t, ({ takesBody }) => [2 ** 20, 2 ** 30 + 1].map(takesBody));
+  assert.deepStrictEqual(taken, [true, false]);
 });
 
 // ---- HTTP/2

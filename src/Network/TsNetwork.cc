@@ -9,12 +9,15 @@ namespace platform = tessaro::platform;
 namespace {
 
 constexpr std::size_t kInitialCapacity = 1024;
+// A server may never end its body, and engines stop the process for an ArrayBuffer of 4 GiB.
+constexpr std::size_t kMostBytes = 1 << 30;
 
 }  // namespace
 
 bool TsBody::Append(std::span<const char> piece) noexcept {
   // memcpy() must not be given null, even for no bytes.
   if (piece.empty()) return true;
+  if (piece.size() > kMostBytes - size_) return false;
   if (piece.size() > capacity_ - size_) {
     if (!Resize(std::max({kInitialCapacity, capacity_ * 2, size_ + piece.size()}))) return false;
   }

@@ -15,7 +15,7 @@ class TsBody {
  public:
   using Bytes = Owned<char, std::free>;
 
-  // False, and nothing appended, when there is not enough memory.
+  // False, and nothing appended, beyond 1 GiB and when there is not enough memory.
   [[nodiscard]] bool Append(std::span<const char> piece) noexcept;
 
   [[nodiscard]] std::size_t size() const { return size_; }

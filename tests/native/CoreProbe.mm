@@ -7,6 +7,7 @@
 
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
+#include "Network/TsNetwork.h"
 #include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Probe.h"
@@ -243,7 +244,14 @@ void AttachTables(v8::Local<v8::Object> exports) {
 
 const ProbeGroup kTables("", "", {}, AttachTables);
 
-PROBES("", echoForeign, utf8, fromUtf8, pageState, currentMessageText, callDragAndDrop, callReachability,
+// Whether a response's body takes this many bytes at once.
+bool takesBody(double size) {
+  const auto count = static_cast<std::size_t>(size);
+  const TsBody::Bytes zeros(static_cast<char*>(std::calloc(count, 1)));
+  return zeros != nullptr && TsBody().Append({zeros.get(), count});
+}
+
+PROBES("", takesBody, echoForeign, utf8, fromUtf8, pageState, currentMessageText, callDragAndDrop, callReachability,
        callReachabilityLater, postNotification, postNotificationFromThread, startUpSteps, startUpStepsRun,
        functionTable, leak, translationState, disableGPUUnlessNative, captureLog, stopCapturingLog, capturedLog,
        logText, logFormat, flushLog, addFileLogger);

@@ -32,7 +32,7 @@ constexpr Meaning kMeanings[] = {
     {CURLE_TOO_MANY_REDIRECTS, -1007, "too many HTTP redirects"},
     {CURLE_WEIRD_SERVER_REPLY, -1011, "There was a bad response from the server."},
     {CURLE_BAD_CONTENT_ENCODING, -1015, "cannot decode raw data"},
-    {CURLE_WRITE_ERROR, -1, "There is not enough memory for the response."},
+    {CURLE_WRITE_ERROR, -1, "The response is too large."},
     {CURLE_OUT_OF_MEMORY, -1, "There is not enough memory for the request."},
     {CURLE_SSL_CONNECT_ERROR, -1200, "An SSL error has occurred and a secure connection to the server cannot be made."},
     {CURLE_SSL_CACERT_BADFILE, -1200,
