@@ -1,6 +1,7 @@
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Platform/Cocoa.h"
+#include "Platform/Linux/Clipboard/Selections.h"
 #include "Probe.h"
 
 namespace {
@@ -73,6 +74,13 @@ id data() {
   return all;
 }
 
-PROBES("pasteboard", put, types, data, offerLazily, timesProvided);
+// The length of the clipboard's text when it is read with this limit; -1 when reading fails.
+double lengthWithin(double most) {
+  using namespace tessaro::platform;
+  const auto text = Selections::Shared().Read("CLIPBOARD", "UTF8_STRING", {.bytes = static_cast<std::size_t>(most)});
+  return text ? static_cast<double>(text->size()) : -1;
+}
+
+PROBES("pasteboard", put, types, data, offerLazily, timesProvided, lengthWithin);
 
 }  // namespace

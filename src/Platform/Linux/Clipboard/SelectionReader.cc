@@ -10,8 +10,8 @@ namespace {
 // The X server does not report an owner's end to requestors: check for it.
 constexpr auto kOwnerCheckInterval = std::chrono::milliseconds(100);
 
-constexpr std::uint32_t kWholeProperty = 0x1fffffff;  // in words of four bytes
 constexpr unsigned kProperties = 16;
+constexpr char kTooLarge[] = "the value is too large";
 
 }  // namespace
 
@@ -45,9 +45,11 @@ void SelectionReader::End(Position read, Result<std::string> result) {
   done(std::move(result));
 }
 
-SelectionReader::Property SelectionReader::TakeProperty(xcb_atom_t property) {
-  const auto cookie = xcb_get_property(connection_.get(), 1, connection_.window(), property, XCB_GET_PROPERTY_TYPE_ANY,
-                                       0, kWholeProperty);
+// A property beyond the limit is cut just behind it.
+SelectionReader::Property SelectionReader::TakeProperty(const Read& read) {
+  const std::size_t words = (read.limits.bytes - read.bytes.size()) / 4 + 1;
+  const auto cookie = xcb_get_property(connection_.get(), 1, connection_.window(), read.property,
+                                       XCB_GET_PROPERTY_TYPE_ANY, 0, static_cast<std::uint32_t>(words));
   const XcbOwner<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_.get(), cookie, nullptr));
   if (!reply) return {};
   const auto* bytes = static_cast<const char*>(xcb_get_property_value(reply.get()));
@@ -61,13 +63,14 @@ void SelectionReader::HandleAnswer(const xcb_selection_notify_event_t& event) {
   });
   if (read == reads_.end()) return;
   if (event.property == XCB_NONE) return End(read, Fail(kRefused, "the owner refused"));
-  Property taken = TakeProperty(read->property);
+  Property taken = TakeProperty(*read);
   if (taken.type == connection_.Atom("INCR")) {
     read->isInPieces = true;
     read->stepEnd = Clock::now() + read->limits.answer;
     return;
   }
   if (taken.type == XCB_NONE) return End(read, Fail(kRefused, "the owner sent nothing"));
+  if (taken.bytes.size() > read->limits.bytes) return End(read, Fail(kNoAnswer, kTooLarge));
   End(read, std::move(taken.bytes));
 }
 
@@ -76,13 +79,12 @@ void SelectionReader::HandleProperty(const xcb_property_notify_event_t& event) {
   if (event.state != XCB_PROPERTY_NEW_VALUE) return;
   const auto read = std::find_if(reads_.begin(), reads_.end(),
                                  [&event](const Read& each) { return each.isInPieces && each.property == event.atom; });
-  if (read != reads_.end()) AddPiece(read, TakeProperty(event.atom).bytes);
+  if (read != reads_.end()) AddPiece(read, TakeProperty(*read).bytes);
 }
 
 void SelectionReader::AddPiece(Position read, std::string piece) {
   if (piece.empty()) return End(read, std::move(read->bytes));
-  if (read->bytes.size() + piece.size() > read->limits.bytes)
-    return End(read, Fail(kNoAnswer, "the value is too large"));
+  if (read->bytes.size() + piece.size() > read->limits.bytes) return End(read, Fail(kNoAnswer, kTooLarge));
   read->bytes += piece;
   read->stepEnd = Clock::now() + read->limits.answer;
 }

@@ -62,7 +62,7 @@ class SelectionReader {
   };
 
   [[nodiscard]] xcb_atom_t NextProperty();
-  [[nodiscard]] Property TakeProperty(xcb_atom_t property);
+  [[nodiscard]] Property TakeProperty(const Read& read);
   void AddPiece(Position read, std::string piece);
   void End(Position read, Result<std::string> result);
 
