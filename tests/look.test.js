@@ -66,6 +66,8 @@ test('font, scale and darkness follow the settings of the X session', async (t) 
   await becomes(person, { font: 'DejaVu Serif 16', scale: 2, background: background.light });
   daemon.publish('Gtk/FontName "No Such Family 9"\nXft/DPI 98304\nNet/ThemeName "Adwaita-dark"');
   await becomes(person, { font, scale: 1, background: background.dark });
+  daemon.publish(`Gtk/FontName "${'No '.repeat(50000)}9"\nXft/DPI 196608`);
+  await becomes(person, { font, scale: 2, background: background.light });
   daemon.end();
   await becomes(person, { font, scale, background: background.light });
 });

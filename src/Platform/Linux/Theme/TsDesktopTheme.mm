@@ -70,6 +70,9 @@ Ref<NSColorList> NewColours(const DesktopLook& look) {
 NSFont* FontOf(NSString* description) {
   constexpr CGFloat kPixelsPerPoint = 96.0 / 72;
   constexpr int kRegular = 5;
+  // Each word is a search, and every program on the display may publish a description.
+  constexpr NSUInteger kLongest = 200;
+  if ([description length] > kLongest) return nil;
   NSCharacterSet* separators = [NSCharacterSet characterSetWithCharactersInString:@" ,"];
   NSMutableArray* words = [NSMutableArray arrayWithArray:[description componentsSeparatedByString:@" "]];
   const CGFloat size =
