@@ -123,6 +123,12 @@ inSession.test(
   },
 );
 
+inSession.test('a value above the limit is refused, also when it comes in one piece', async (fixture) => {
+  const { copy, equal, pasteboard } = fixture;
+  await copy('x'.repeat(2000));
+  equal([pasteboard.lengthWithin(2000), pasteboard.lengthWithin(1999)], [2000, -1]);
+});
+
 inSession.test('data with a provider are provided on the first request, once', async (fixture) => {
   const { assert, equal, native, pasteboard, read } = fixture;
   const ask = async (target) => `${await read(target)}`;
@@ -149,7 +155,9 @@ inSession.test('image files are copied by their extensions, and others are refus
   }
   const before = pasteboard.data();
   for (const name of ['a.tiff', 'missing', '']) equal([write(name), pasteboard.data()], [false, before]);
-  for (const name of ['pipe.png', 'missing.gif']) equal(write(name), false);
+  fs.writeFileSync(`${home}/huge.png`, '');
+  fs.truncateSync(`${home}/huge.png`, (256 << 20) + 1);
+  for (const name of ['pipe.png', 'missing.gif', 'huge.png']) equal(write(name), false);
   pasteboard.put({ text: 'x' });
   equal(native.doesPasteboardContainImage(), 0);
 });

@@ -1,7 +1,6 @@
 #include "AppleScript/MailtoLink.h"
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <optional>
 
@@ -14,7 +13,7 @@ constexpr std::string_view kScheme = "mailto:";
 
 std::string LowerCase(std::string_view text) {
   std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](unsigned char c) { return std::tolower(c); });
+  std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
   return lower;
 }
 

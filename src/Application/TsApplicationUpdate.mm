@@ -8,7 +8,6 @@
 #include "Base/TsString.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Extensions/NSEvent+TsKeyboard.h"
-#include "Extensions/NSProcessInfo+TsSystem.h"
 #include "Platform/WindowServer.h"
 #include "Updates/TsUpdateWindow.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -172,7 +171,7 @@ TS_COPIED(NSString, buildType, BuildType)
   TsLogInfo(@"Check for updates. (buildType=%@, sendingProfile=%@)", [self buildType], sendingProfile ? @"YES" : @"NO");
   NSMutableArray* parameters = [NSMutableArray array];
   if (_parameterCallback) [parameters addObjectsFromArray:_parameterCallback(sendingProfile)];
-  [parameters addObject:Parameter(@"osVersion", @"macOS Version", [[NSProcessInfo processInfo] ts_osVersion])];
+  [parameters addObject:Parameter(@"osVersion", @"macOS Version", [NSApplication ts_osVersion])];
   [parameters addObject:Parameter(@"appVersion", @"Application Version", [NSApplication ts_bundleVersion])];
   [parameters
       addObject:Parameter(@"shortVersionString", @"Application Version String", [NSApplication ts_shortVersionString])];

@@ -26,9 +26,11 @@
 
 [[nodiscard]] inline bool HasNul(std::string_view text) { return text.find('\0') != text.npos; }
 
+[[nodiscard]] constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
 // In any letter case of `text`.
 [[nodiscard]] inline bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
-  const auto isSame = [](char expected, char c) { return expected == (c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); };
+  const auto isSame = [](char expected, char c) { return expected == ToLower(c); };
   return text.size() >= lowerCasePrefix.size() &&
          std::equal(lowerCasePrefix.begin(), lowerCasePrefix.end(), text.begin(), isSame);
 }

@@ -1,5 +1,6 @@
 #include "Base/TsLogging.h"
 
+#include <pthread.h>
 #include <spdlog/async_logger.h>
 #include <spdlog/details/os.h>
 #include <spdlog/details/thread_pool.h>
@@ -10,6 +11,7 @@
 #include <spdlog/sinks/stdout_color_sinks.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
@@ -34,6 +36,8 @@ constexpr std::pair<TsLogFlag, spdlog::level::level_enum> kLevels[] = {
     {TsLogFlag::Info, spdlog::level::info},
     {TsLogFlag::Debug, spdlog::level::debug},
 };
+
+thread_local bool isMain = false;
 
 spdlog::level::level_enum SpdlogLevel(TsLogFlag flag) {
   for (const auto& [known, level] : kLevels) {
@@ -120,6 +124,15 @@ class ProgressSink final : public spdlog::sinks::sink {
 };
 
 }  // namespace
+
+void NameMainThread() noexcept { isMain = true; }
+
+std::string_view CurrentThreadName() noexcept {
+  if (isMain) return "main";
+  thread_local std::array<char, 64> name{};
+  if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return "";
+  return name.data();
+}
 
 std::string TsEscapedForLog(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";

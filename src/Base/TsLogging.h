@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "Base/Lifetime.h"
-#include "Base/ThreadName.h"
 
 // The flag of a message; a message has exactly one.
 enum class TsLogFlag : std::uint32_t { Error = 1, Warning = 2, Info = 4, Debug = 8 };
@@ -19,6 +18,13 @@ inline constexpr std::uint32_t kTsLogLevelAll = 31;
 // A text with its control characters and line separators escaped, cut after 64 KB: much of what is logged comes from
 // outside, could write lines that look like others, and could fill the disk.
 [[nodiscard]] std::string TsEscapedForLog(std::string_view text);
+
+// The name by which the log calls the calling thread: "main" for the thread that said so, the system's name for every
+// other. Valid until the thread asks again.
+[[nodiscard]] std::string_view CurrentThreadName() noexcept;
+
+// The system names the main thread after the program.
+void NameMainThread() noexcept;
 
 struct TsLogMessage {
   std::string_view text;  // UTF-8, valid only during the call; logged escaped

@@ -12,7 +12,7 @@
 #import "Capture/TsAnnotationView.h"
 #import "Extensions/NSString+TsPath.h"
 #include "Images/TsImageFiles.h"
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 #include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
 #include "Platform/TemporaryFile.h"

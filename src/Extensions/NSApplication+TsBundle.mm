@@ -2,7 +2,8 @@
 
 #import <Foundation/NSBundle.h>
 
-#include "Base/Ref.h"
+#include "Base/TsString.h"
+#include "Platform/OperatingSystem.h"
 
 namespace {
 
@@ -24,6 +25,14 @@ NSString* InformationText(NSString* key) {
 
 + (NSString*)ts_shortVersionString {
   return InformationText(@"CFBundleShortVersionString");
+}
+
++ (NSString*)ts_osVersion {
+  return TsNSString(tessaro::platform::Version());
+}
+
++ (BOOL)ts_isMojaveOrBetter {
+  return tessaro::platform::IsAtLeastMacOS(10, 14);
 }
 
 @end

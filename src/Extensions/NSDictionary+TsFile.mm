@@ -2,28 +2,19 @@
 
 #import <Foundation/Foundation.h>
 
-#include "Base/Ref.h"
+#include "Base/TsString.h"
+#include "Platform/Files.h"
 
-namespace {
-
-constexpr unsigned long long kMostBytes = 16 << 20;
-
-// Reading a pipe or a device might never end.
-bool IsReadable(NSString* path) {
-  NSDictionary* attributes =
-      [[NSFileManager defaultManager] attributesOfItemAtPath:[path stringByResolvingSymlinksInPath] error:nullptr];
-  return [[attributes fileType] isEqualToString:NSFileTypeRegular] && [attributes fileSize] <= kMostBytes;
-}
-
-}  // namespace
+static constexpr std::size_t kMostBytes = 16 << 20;
 
 @implementation NSDictionary (TsFile)
 
 + (NSDictionary*)ts_dictionaryInPropertyListFile:(NSString*)path {
-  NSData* data = IsReadable(path) ? [NSData dataWithContentsOfFile:path] : nil;
-  if (data == nil) return nil;
+  const auto bytes = tessaro::platform::ReadFile(TsStdString(path), kMostBytes);
+  if (!bytes) return nil;
   @try {
-    id contents = [NSPropertyListSerialization propertyListWithData:data
+    id contents = [NSPropertyListSerialization propertyListWithData:[NSData dataWithBytes:bytes->data()
+                                                                                   length:bytes->size()]
                                                             options:NSPropertyListImmutable
                                                              format:nullptr
                                                               error:nullptr];

@@ -4,12 +4,11 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
-#include <fstream>
 #include <string_view>
 
 #include "Base/TextPieces.h"
 #include "Base/TsString.h"
+#include "Platform/Files.h"
 
 namespace {
 
@@ -31,17 +30,6 @@ constexpr std::array kWebImages = {
     Signature{4, "ftypavis"},
 };
 
-// Regular files only: reading a pipe could block for ever.
-std::string BeginningOf(const std::filesystem::path& path) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return {};
-  std::string bytes(kMostSignature, '\0');
-  std::ifstream file(path, std::ios::binary);
-  file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-  bytes.resize(static_cast<std::size_t>(file.gcount()));
-  return bytes;
-}
-
 bool Has(std::string_view bytes, const Signature& signature) {
   return bytes.size() >= signature.offset && bytes.substr(signature.offset).starts_with(signature.bytes);
 }
@@ -55,7 +43,8 @@ bool Has(std::string_view bytes, const Signature& signature) {
 }
 
 - (BOOL)ts_isWebImagePath {
-  const std::string bytes = BeginningOf(TsStdString(self));
+  using namespace tessaro::platform;
+  const std::string bytes = ReadFile(TsStdString(self), kMostSignature, Longer::IsCut).value_or("");
   return std::any_of(kWebImages.begin(), kWebImages.end(),
                      [&bytes](const Signature& each) { return Has(bytes, each); });
 }

@@ -2,7 +2,9 @@
 
 #import <Foundation/Foundation.h>
 
-// The applications that take a task by a URL of their own scheme. Any thread.
+// Other applications, and what the user hands to them.
+
+// Tasks, by a URL of the application's own scheme. Any thread.
 
 @interface TsOmnifocus : NSObject
 + (NSString*)installedBundleId;
@@ -24,6 +26,11 @@
 + (NSString*)installedBundleId;
 + (NSURL*)urlForApplication;
 + (void)importEMLWithPath:(NSString*)path;
+@end
+
+// The document viewer, from which the user prints. Any thread.
+@interface TsPreview : NSObject
++ (void)printFile:(NSURL*)url;
 @end
 
 @interface TsClipboard : NSObject

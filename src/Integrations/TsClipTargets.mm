@@ -6,6 +6,7 @@
 #include "Integrations/TsApplications.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
+#include "Platform/Printing.h"
 
 namespace platform = tessaro::platform;
 
@@ -76,6 +77,15 @@ static void Open(NSString* url, NSString* identifier) {
 
 + (void)importEMLWithPath:(NSString*)path {
   TsOpenWith(path, [[self urlForApplication] path]);
+}
+
+@end
+
+@implementation TsPreview
+
++ (void)printFile:(NSURL*)url {
+  if (platform::PrintFile(TsStdString([url path]))) return;
+  TsLogWarning(@"com.apple.Preview doesn't know how to print.");
 }
 
 @end

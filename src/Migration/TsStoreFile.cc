@@ -6,7 +6,8 @@
 #include <unordered_set>
 #include <utility>
 
-#include "Platform/FileWriting.h"
+#include "Base/TextPieces.h"
+#include "Platform/Files.h"
 
 namespace {
 
@@ -97,7 +98,7 @@ std::string EntityNameInFile(std::string name) {
 }
 
 std::string PropertyNameInFile(std::string name) {
-  for (char& c : name) c = TsToLower(c);
+  for (char& c : name) c = ToLower(c);
   return name;
 }
 

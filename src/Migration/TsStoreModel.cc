@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "Base/TextPieces.h"
+
 namespace {
 
 using enum TsAttributeType;
@@ -61,8 +63,7 @@ constexpr TsEntity kEntities[] = {{"Account", kAccount, kOfAccount},
 }  // namespace
 
 bool TsIsSameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return TsToLower(x) == TsToLower(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return ToLower(x) == ToLower(y); });
 }
 
 const TsEntity* TsEntityNamed(std::string_view name) {

@@ -27,9 +27,6 @@ struct TsEntity {
   std::span<const TsRelationship> relationships;
 };
 
-// For ASCII only, independent of the locale.
-[[nodiscard]] constexpr char TsToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
 // nullptr if missing. Names match in any letter case: the framework stores entities in capitals and properties
 // in small letters.
 [[nodiscard]] const TsEntity* TsEntityNamed(std::string_view name);

@@ -1,11 +1,16 @@
 #include "Pasteboard/TsPasteboard.h"
 
 #include "Base/Lifetime.h"
-#include "Base/Ref.h"
 #include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/Cocoa.h"
+#include "Platform/Files.h"
+
+namespace platform = tessaro::platform;
 
 namespace {
+
+constexpr std::size_t kMostBytes = 256 << 20;
 
 // nil without a snapshot; that of an empty pasteboard is an empty array.
 Ref<NSArray>& TsSavedPasteboard() {
@@ -27,14 +32,26 @@ NSString* TypeOfImageFile(NSString* path) {
   return [types objectForKey:[[path pathExtension] lowercaseString]];
 }
 
-// Reading a pipe or a device could block.
 NSData* ContentsOfFile(NSString* path) {
-  NSString* file = [path stringByResolvingSymlinksInPath];
-  NSDictionary* attributes = [[NSFileManager defaultManager] attributesOfItemAtPath:file error:nullptr];
-  return [[attributes fileType] isEqualToString:NSFileTypeRegular] ? [NSData dataWithContentsOfFile:file] : nil;
+  const auto bytes = platform::ReadFile(TsStdString([path stringByExpandingTildeInPath]), kMostBytes);
+  return bytes ? [NSData dataWithBytes:bytes->data() length:bytes->size()] : nil;
 }
 
 NSPasteboard* FindPasteboard() { return [NSPasteboard pasteboardWithName:NSFindPboard]; }
+
+NSString* const kURLsWithTitlesType = @"WebURLsWithTitlesPboardType";
+// The types 'url ' and 'urln' of the classic Mac OS.
+NSString* const kClassicURLType = @"CorePasteboardFlavorType 0x75726C20";
+NSString* const kClassicTitleType = @"CorePasteboardFlavorType 0x75726C6E";
+
+NSArray* TitlesOrNone(NSArray* titles, NSArray* urls) {
+  if (titles != nil) return titles;
+  NSMutableArray* none = [NSMutableArray array];
+  for (NSUInteger i = 0; i < [urls count]; ++i) [none addObject:@""];
+  return none;
+}
+
+NSString* FirstOf(NSArray* texts) { return [texts count] > 0 ? [texts objectAtIndex:0] : @""; }
 
 }  // namespace
 
@@ -90,3 +107,29 @@ void TsSetFindStringToPasteboard(NSString* string) {
   [pasteboard declareTypes:@[ NSStringPboardType ] owner:nil];
   [pasteboard setString:string forType:NSStringPboardType];
 }
+
+@implementation NSPasteboard (TsURL)
+
+- (void)ts_declareURLPasteboardWithAdditionalTypes:(NSArray*)types owner:(id)provider {
+  NSMutableArray* all = [NSMutableArray arrayWithArray:types != nil ? types : @[]];
+  [all addObjectsFromArray:@[
+    kURLsWithTitlesType, NSURLPboardType, NSStringPboardType, kClassicURLType, kClassicTitleType
+  ]];
+  [self declareTypes:all owner:provider];
+}
+
+- (void)ts_setURL:(NSString*)url withTitle:(NSString*)title {
+  [self ts_setURLs:@[ url ] withTitles:title != nil ? @[ title ] : nil];
+}
+
+- (void)ts_setURLs:(NSArray*)urls withTitles:(NSArray*)titles {
+  NSArray* allTitles = TitlesOrNone(titles, urls);
+  [self setPropertyList:@[ urls, allTitles ] forType:kURLsWithTitlesType];
+  if ([urls count] == 0) return;
+  if ([urls count] == 1) [[NSURL URLWithString:FirstOf(urls)] writeToPasteboard:self];
+  [self setString:[urls componentsJoinedByString:@"\n"] forType:NSStringPboardType];
+  [self setData:[FirstOf(urls) dataUsingEncoding:NSUTF8StringEncoding] forType:kClassicURLType];
+  [self setData:[FirstOf(allTitles) dataUsingEncoding:NSUTF8StringEncoding] forType:kClassicTitleType];
+}
+
+@end

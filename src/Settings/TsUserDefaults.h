@@ -1,6 +1,6 @@
 #pragma once
 
-#import <Foundation/NSString.h>
+#import <Foundation/NSDictionary.h>
 
 #include <cstdint>
 #include <variant>
@@ -20,3 +20,10 @@ void TsSetUserDefault(NSString* key, const TsDefault& value);
 
 // Writes the changes to disk; before that they may be lost with the process.
 void TsSynchronizeUserDefaults();
+
+// The user's text replacements and substitution switches, from the global preferences and the application's own:
+//   "text-replacements"     the items as they are stored; empty when the application has switched them off
+//   "dash-substitution?"    the application's setting, or else the global one
+//   "period-substitution?"  the global setting
+// Settings without a value are left out. Autoreleased.
+[[nodiscard]] NSDictionary* TsTextReplacements();

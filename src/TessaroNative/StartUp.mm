@@ -11,7 +11,7 @@
 #include "Base/TsLogging.h"
 #include "Base/TsString.h"
 #include "Dock/TsDockMenu.h"
-#include "Extensions/NSProcessInfo+TsSystem.h"
+#include "Extensions/NSApplication+TsBundle.h"
 #include "Integrations/TsPDFServices.h"
 #include "Notifications/TsUserNotification.h"
 #include "Platform/Applications.h"
@@ -78,8 +78,8 @@ void TsInstallPDFServices() { [[TsPDFServices sharedInstance] install]; }
 void TsCreateUserNotification() { [TsUserNotification sharedInstance]; }
 
 void TsLogAppearance() {
-  NSProcessInfo* system = [NSProcessInfo processInfo];
-  TsLogDebug(@"Dark Mode: %d %@ (%d)", TsIsDarkMode(), [system ts_osVersion], [system ts_isMojaveOrBetter]);
+  TsLogDebug(@"Dark Mode: %d %@ (%d)", TsIsDarkMode(), [NSApplication ts_osVersion],
+             [NSApplication ts_isMojaveOrBetter]);
 }
 
 #define STEP(function) \

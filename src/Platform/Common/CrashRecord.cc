@@ -9,8 +9,6 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
 #include <string_view>
 #include <utility>
 

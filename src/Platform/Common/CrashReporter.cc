@@ -1,6 +1,5 @@
 #include "Platform/CrashReporter.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <optional>

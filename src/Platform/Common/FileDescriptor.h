@@ -2,7 +2,10 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <utility>
+
+#include "Base/Result.h"
 
 namespace tessaro::platform {
 
@@ -26,5 +29,8 @@ class FileDescriptor {
  private:
   int descriptor_ = -1;
 };
+
+// Opens a regular file for reading: another one may never end.
+[[nodiscard]] Result<FileDescriptor> OpenToRead(const std::filesystem::path& file) noexcept;
 
 }  // namespace tessaro::platform

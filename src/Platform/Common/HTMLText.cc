@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <memory>
 #include <utility>
 
 #include "Base/Owned.h"

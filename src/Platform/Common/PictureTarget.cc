@@ -7,6 +7,8 @@
 #include <string>
 #include <system_error>
 
+#include "Base/TextPieces.h"
+
 namespace tessaro::platform {
 
 namespace {
@@ -30,7 +32,7 @@ class Formats {
 
   [[nodiscard]] const PictureFormat* OfExtension(const fs::path& path) const {
     std::string extension = path.extension().native();
-    for (char& c : extension) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    std::transform(extension.begin(), extension.end(), extension.begin(), ToLower);
     return First([&extension](const PictureFormat& each) { return each.extension == extension; });
   }
 

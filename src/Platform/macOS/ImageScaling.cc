@@ -6,7 +6,7 @@
 
 #include "Platform/BackgroundQueue.h"
 #include "Platform/Common/Deadline.h"
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 #include "Platform/MainQueue.h"
 #include "Platform/macOS/PictureSource.h"
 

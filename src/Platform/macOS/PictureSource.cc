@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 
 namespace tessaro::platform {
 

@@ -8,7 +8,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Files/TsFileDialog.h"
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"

@@ -1,7 +1,7 @@
 #import <Foundation/Foundation.h>
 
 #include "Base/TsLog.h"
-#include "Extensions/NSProcessInfo+TsSystem.h"
+#include "Extensions/NSApplication+TsBundle.h"
 #include "TessaroNative/StartUp.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
@@ -41,4 +41,4 @@ void getPreferredLanguages(const ScriptArguments& args) {
 
 void isDarkMode(const ScriptArguments& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
 
-void macOSVersion(const ScriptArguments& args) { ReturnString(args, [[NSProcessInfo processInfo] ts_osVersion]); }
+void macOSVersion(const ScriptArguments& args) { ReturnString(args, [NSApplication ts_osVersion]); }

@@ -2,9 +2,9 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#import "Integrations/TsClipTargets.h"
 #include "Integrations/TsClippers.h"
 #import "Integrations/TsPDFServices.h"
-#import "Integrations/TsPreview.h"
 #import "Integrations/TsTiming.h"
 #include "Platform/SerialQueue.h"
 #include "TessaroNative/handlers/Handlers.h"

@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "Base/TsString.h"
 #include "TessaroNative/NetworkRequestObject.h"
 #include "TessaroNative/handlers/Handlers.h"
 

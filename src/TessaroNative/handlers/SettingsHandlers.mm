@@ -1,6 +1,5 @@
 #include "Base/TsLog.h"
 #include "Settings/TsLoginItem.h"
-#include "Settings/TsTextReplacements.h"
 #include "Settings/TsUserDefaults.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"

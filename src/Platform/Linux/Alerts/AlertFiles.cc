@@ -5,13 +5,11 @@
 
 #include <array>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <system_error>
 
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
 namespace tessaro::platform {
@@ -21,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExtension[] = ".alert";
+constexpr std::size_t kMostBytes = 16 << 20;
 constexpr char kDue[] = "due";
 constexpr char kServer[] = "server";
 constexpr char kServerId[] = "server-id";
@@ -106,11 +105,6 @@ std::optional<KeptAlert> Parsed(UserNotifications::Key key, const std::string& c
   return kept.due || kept.shown ? std::optional(std::move(kept)) : std::nullopt;
 }
 
-std::string ContentsOf(const fs::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 // Without waiting for the disk: a power failure also ends the alerts on screen.
 bool WriteQuickly(const fs::path& file, std::string_view contents) {
   const FileDescriptor descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
@@ -123,9 +117,10 @@ std::vector<KeptAlert> AlertFiles::All() const noexcept {
   std::vector<KeptAlert> alerts;
   std::error_code error;
   for (fs::directory_iterator each(directory_, error), end; !error && each != end; each.increment(error)) {
-    // Opening a pipe would wait for its other end.
-    if (each->path().extension() != kExtension || !each->is_regular_file(error)) continue;
-    if (auto kept = Parsed(each->path().stem(), ContentsOf(each->path()))) alerts.push_back(std::move(*kept));
+    if (each->path().extension() != kExtension) continue;
+    const auto contents = ReadFile(each->path(), kMostBytes);
+    auto kept = contents ? Parsed(each->path().stem(), *contents) : std::nullopt;
+    if (kept) alerts.push_back(std::move(*kept));
   }
   return alerts;
 }

@@ -11,7 +11,6 @@ void CompleteDrags();
 void CompleteFonts();
 void CompleteMenus();
 void CompleteMenuItems();
-void CompleteMenuViews();
 void CompleteToolbars();
 void CompleteToolbarItems();
 void CompleteWindows();

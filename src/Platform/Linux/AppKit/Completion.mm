@@ -23,7 +23,6 @@ bool Complete() {
   CompleteFonts();
   CompleteMenus();
   CompleteMenuItems();
-  CompleteMenuViews();
   CompleteToolbars();
   CompleteToolbarItems();
   CompleteWindows();

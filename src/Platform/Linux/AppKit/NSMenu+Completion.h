@@ -11,10 +11,3 @@
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view;
 
 @end
-
-namespace tessaro::platform {
-
-// Sends -menuWillOpen: to the delegate of a closed menu.
-void MenuWillOpen(NSMenu* menu);
-
-}  // namespace tessaro::platform

@@ -2,7 +2,7 @@
 
 #include <system_error>
 
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 
 namespace tessaro::platform {
 
@@ -10,16 +10,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uintmax_t kLongestFile = 1 << 20;
+constexpr std::size_t kLongestFile = 1 << 20;
 
 }  // namespace
 
 GKeyFilePtr ReadKeyFile(const fs::path& file) {
-  std::error_code error;
-  if (!fs::is_regular_file(file, error) || fs::file_size(file, error) > kLongestFile || error) return nullptr;
+  const auto text = ReadFile(file, kLongestFile);
+  if (!text) return nullptr;
   constexpr auto kEverything = static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
   GKeyFilePtr keys(g_key_file_new());
-  if (!g_key_file_load_from_file(keys.get(), file.c_str(), kEverything, nullptr)) return nullptr;
+  if (!g_key_file_load_from_data(keys.get(), text->data(), text->size(), kEverything, nullptr)) return nullptr;
   return keys;
 }
 

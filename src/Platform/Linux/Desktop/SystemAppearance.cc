@@ -3,7 +3,6 @@
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "Base/Lifetime.h"
+#include "Base/TextPieces.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Linux/Base/BusNames.h"
 #include "Platform/Linux/Base/BusService.h"
@@ -159,7 +159,7 @@ constexpr double kSmallestScale = 0.5;
 constexpr double kLargestScale = 4;
 
 bool IsNameDark(std::string theme) {
-  std::transform(theme.begin(), theme.end(), theme.begin(), [](unsigned char c) { return std::tolower(c); });
+  std::transform(theme.begin(), theme.end(), theme.begin(), ToLower);
   return theme.ends_with(":dark") || theme.ends_with("-dark");
 }
 

@@ -1,11 +1,11 @@
 #import <Foundation/Foundation.h>
 
 #include <array>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "Platform/Files.h"
 #include "Platform/Linux/Base/BaseDirectories.h"
 #include "Platform/Linux/Base/Themes.h"
 #include "Platform/SoundPlayer.h"
@@ -21,13 +21,10 @@ constexpr std::array kExtensions = {".oga", ".ogg", ".wav", ".OGA", ".OGG", ".WA
 
 // By its contents: whether the player can decode the file.
 bool IsSound(const fs::path& file) {
-  std::error_code error;
-  // Opening a pipe would wait for its other end.
-  if (!fs::is_regular_file(file, error)) return false;
-  std::array<char, 12> start{};
-  std::ifstream(file, std::ios::binary).read(start.data(), start.size());
-  const std::string_view bytes(start.data(), start.size());
-  return bytes.starts_with("OggS") || (bytes.starts_with("RIFF") && bytes.ends_with("WAVE"));
+  constexpr std::size_t kWaveStart = 12;
+  const std::string bytes = ReadFile(file, kWaveStart, Longer::IsCut).value_or("");
+  const bool isWave = bytes.size() == kWaveStart && bytes.starts_with("RIFF") && bytes.ends_with("WAVE");
+  return isWave || bytes.starts_with("OggS");
 }
 
 // The folders of the desktop's sound theme and of the themes that it inherits from, in search order.

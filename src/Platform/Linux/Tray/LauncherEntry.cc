@@ -1,7 +1,6 @@
 #include "Platform/Linux/Tray/LauncherEntry.h"
 
 #include <tuple>
-#include <utility>
 
 #include "Platform/DockMenu.h"
 #include "Platform/Linux/Base/BusNames.h"

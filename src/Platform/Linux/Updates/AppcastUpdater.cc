@@ -16,7 +16,7 @@
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Common/UpdateSource.h"
 #include "Platform/Common/VersionOrder.h"
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/AppImage.h"
 #include "Platform/Linux/Updates/Download.h"

@@ -4,7 +4,6 @@
 #include <uv.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <utility>
 
@@ -44,7 +43,7 @@ std::string_view ValueOf(std::string_view headerLine) { return Trimmed(headerLin
 void AppendCodings(std::string_view list, std::vector<std::string>& codings) {
   for (const std::string_view piece : Split(list, ',')) {
     std::string coding(Trimmed(piece));
-    std::transform(coding.begin(), coding.end(), coding.begin(), [](unsigned char c) { return std::tolower(c); });
+    std::transform(coding.begin(), coding.end(), coding.begin(), ToLower);
     if (!coding.empty() && coding != "identity" && coding != "chunked") codings.push_back(std::move(coding));
   }
 }

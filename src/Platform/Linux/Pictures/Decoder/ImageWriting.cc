@@ -1,6 +1,6 @@
 #include "Platform/Linux/Pictures/Decoder/ImageWriting.h"
 
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 
 namespace tessaro::platform {
 

@@ -1,13 +1,7 @@
 #include "Platform/Linux/Pictures/Decoder/SourceFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
@@ -36,6 +30,8 @@ std::string FormatOf(const char* loader) {
   return format == "nsgif" ? "gif" : format;
 }
 
+std::string FailOn(bool isBroken) { return isBroken ? "fail_on=truncated" : "fail_on=none"; }
+
 }  // namespace
 
 std::string VipsFailure() {
@@ -47,11 +43,7 @@ std::string VipsFailure() {
 }
 
 Result<SourceFile> SourceFile::Open(const std::string& path) {
-  FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  struct stat status {};
-  if (!file || fstat(file.get(), &status) != 0) return Fail(errno, std::strerror(errno));
-  if (!S_ISREG(status.st_mode)) return Fail("not a regular file");
-  return SourceFile(std::move(file));
+  return OpenToRead(path).map([](FileDescriptor file) { return SourceFile(std::move(file)); });
 }
 
 Result<void> SourceFile::ReadHeader(Missing missing) {
@@ -92,7 +84,7 @@ double SourceFile::FactorFor(const Fit& fit) const {
 }
 
 VipsImagePtr SourceFile::Load(int shrink) const {
-  std::string options = missing_ == Missing::Fails && isReadByLines() ? "fail_on=truncated" : "fail_on=none";
+  std::string options = FailOn(missing_ == Missing::Fails && isReadByLines());
   if (shrink > 1) options += ",shrink=" + std::to_string(shrink);
   return VipsImagePtr(
       vips_image_new_from_source(source_.get(), options.c_str(), "access", VIPS_ACCESS_SEQUENTIAL, nullptr));
@@ -103,8 +95,7 @@ VipsImagePtr SourceFile::Decode(const Fit& fit) {
   if (isReadByLines() && factor > 1) return DecodeLines(factor);
   image_.reset();
   // The operation's own argument "fail_on" does not reach the loader.
-  const std::string options =
-      std::string(missing_ == Missing::Fails ? "fail_on=truncated" : "fail_on=none") + (fit.allFrames ? ",n=-1" : "");
+  const std::string options = FailOn(missing_ == Missing::Fails) + (fit.allFrames ? ",n=-1" : "");
   VipsImage* image = nullptr;
   vips_thumbnail_source(source_.get(), &image, fit.maxWidth, "height", fit.maxHeight, "size", fit.size,
                         "export_profile", ExportProfile(), "option_string", options.c_str(), nullptr);

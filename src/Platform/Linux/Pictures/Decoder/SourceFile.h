@@ -21,7 +21,6 @@ using VipsSourcePtr = GObjectPtr<VipsSource>;
 // An image file, and its properties that need no decoding.
 class SourceFile {
  public:
-  // Opens regular files only: reading a pipe may never end.
   [[nodiscard]] static Result<SourceFile> Open(const std::string& path);
 
   explicit SourceFile(FileDescriptor file) : file_(std::move(file)) {}

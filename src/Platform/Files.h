@@ -1,13 +1,22 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 #include "Base/Result.h"
 
-// Files that are written completely or not at all. Only regular files are written, so no call waits for a reader. Any
-// thread; waits for the disk. A failure's code is the system's error number.
+// Regular files, so no call waits for the other end of a pipe. Any thread; waits for the disk. A failure's code is the
+// system's error number.
 namespace tessaro::platform {
+
+enum class Longer { Fails, IsCut };
+
+// The contents, or the first `most` bytes of a longer file.
+[[nodiscard]] Result<std::string> ReadFile(const std::filesystem::path& file, std::size_t most,
+                                           Longer longer = Longer::Fails) noexcept;
+
+// Files are written completely or not at all.
 
 enum class NewFile { ForUserOnly, AsUsual };
 

@@ -1,15 +1,15 @@
-#include "Platform/FileWriting.h"
+#include "Platform/Files.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 #include <system_error>
 
 #include "Base/TextPieces.h"
@@ -138,6 +138,35 @@ Result<void> Replace(const fs::path& file, std::string_view contents, NewFile ac
 }
 
 }  // namespace
+
+Result<FileDescriptor> OpenToRead(const fs::path& file) noexcept {
+  if (HasNul(file.native())) return FailWith(std::errc::invalid_argument);
+  FileDescriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status;
+  if (!opened || fstat(opened.get(), &status) != 0) return FailWithErrno();
+  if (!S_ISREG(status.st_mode)) return Fail(ENOTSUP, "not a regular file");
+  return opened;
+}
+
+Result<std::string> ReadFile(const fs::path& file, std::size_t most, Longer longer) noexcept {
+  const auto opened = OpenToRead(file);
+  if (!opened) return tl::unexpected(opened.error());
+  struct stat status;
+  if (fstat(opened->get(), &status) != 0) return FailWithErrno();
+  const auto size = static_cast<std::size_t>(status.st_size);
+  if (size > most && longer == Longer::Fails) return FailWith(std::errc::file_too_large);
+  std::string bytes(std::min(size, most), '\0');
+  std::size_t length = 0;
+  while (length < bytes.size()) {
+    const ssize_t count = read(opened->get(), bytes.data() + length, bytes.size() - length);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return FailWithErrno();
+    if (count == 0) break;
+    length += static_cast<std::size_t>(count);
+  }
+  bytes.resize(length);
+  return bytes;
+}
 
 Result<void> ReplaceFile(const fs::path& file, std::string_view contents, NewFile access) noexcept {
   return Replace(file, contents, access, Durability::OnDisk);
