@@ -60,7 +60,6 @@ const allowed = {
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
 const bridge = [
-  'TsApplicationIsolate',
   'TsCallbackSlot',
   'TsEngineEntry',
   'TsEngineVersions',

@@ -9,7 +9,6 @@
 #include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
-#include "Platform/AppKit.h"
 #include "Platform/Cocoa.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"

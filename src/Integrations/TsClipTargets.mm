@@ -6,7 +6,6 @@
 #include "Integrations/TsApplications.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
-#include "Platform/Printing.h"
 
 namespace platform = tessaro::platform;
 

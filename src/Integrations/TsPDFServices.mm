@@ -8,7 +8,7 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Platform/Aliases.h"
+#include "Platform/Files.h"
 #include "Platform/StandardDirectories.h"
 
 namespace platform = tessaro::platform;

@@ -63,6 +63,10 @@ struct Application {
 // thread only.
 [[nodiscard]] Result<void> ShowFileInformation(const std::string& path) noexcept;
 
+// Opens a file in a document viewer from which the user prints; nothing is printed without a dialog. Fails when there
+// is no such viewer, or no such file. Any thread.
+[[nodiscard]] Result<void> PrintFile(const std::string& path) noexcept;
+
 // Offers to move this application into the applications folder, on systems where the user installs by dragging. Main
 // thread only.
 void OfferMoveToApplicationsFolder();

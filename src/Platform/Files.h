@@ -33,4 +33,9 @@ enum class NewFile { ForUserOnly, AsUsual };
 [[nodiscard]] Result<void> AppendToFile(const std::filesystem::path& file, std::string_view contents,
                                         NewFile access = NewFile::ForUserOnly) noexcept;
 
+// The file that an alias leads to; empty when `alias` is no alias, or its target is missing.
+[[nodiscard]] std::filesystem::path ResolveAlias(const std::filesystem::path& alias) noexcept;
+
+[[nodiscard]] Result<void> WriteAlias(const std::filesystem::path& alias, const std::filesystem::path& target) noexcept;
+
 }  // namespace tessaro::platform

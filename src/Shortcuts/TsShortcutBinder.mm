@@ -8,7 +8,7 @@
 #include "Base/TsString.h"
 #include "Platform/Cocoa.h"
 #import "Shortcuts/MASShortcut.h"
-#include "Shortcuts/ShortcutHotKey.h"
+#import "Shortcuts/TsShortcutValidator.h"
 #include "Utilities/TsNotificationObserver.h"
 
 using tessaro::platform::HotKeyRegistration;

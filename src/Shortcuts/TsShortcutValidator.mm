@@ -3,10 +3,10 @@
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
 #import "Shortcuts/MASShortcut.h"
-#include "Shortcuts/ShortcutHotKey.h"
 #include "Shortcuts/ShortcutKeys.h"
 
-using tessaro::platform::HotKeyStatusOf;
+using tessaro::platform::HotKey;
+using tessaro::platform::HotKeyStatus;
 
 namespace {
 
@@ -32,6 +32,30 @@ NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
 
 }  // namespace
 
+HotKey ToHotKey(MASShortcut* shortcut) {
+  const auto holds = [flags = [shortcut modifierFlags]](NSUInteger modifier) { return (flags & modifier) != 0; };
+  return {
+      .virtualKeyCode = [shortcut keyCode],
+      .command = holds(kTsCommand),
+      .option = holds(kTsOption),
+      .control = holds(kTsControl),
+      .shift = holds(kTsShift),
+  };
+}
+
+NSString* WhyInactive(MASShortcut* shortcut, HotKeyStatus status) {
+  switch (status) {
+    case HotKeyStatus::Active:
+      return nil;
+    case HotKeyStatus::Taken:
+      return [NSString stringWithFormat:@"%@ is already used by another application or by the system.", shortcut];
+    case HotKeyStatus::NotOnKeyboard:
+      return [NSString stringWithFormat:@"This keyboard has no %@.", shortcut];
+    case HotKeyStatus::Unsupported:
+      return @"This session doesn’t let applications have shortcuts outside their own windows.";
+  }
+}
+
 @implementation TsShortcutValidator
 
 + (instancetype)sharedValidator {
@@ -51,7 +75,7 @@ NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
   NSMenuItem* item = FindItem([NSApp mainMenu], shortcut);
   NSString* reason =
       item != nil ? [NSString stringWithFormat:@"%@ is the shortcut of the menu item “%@”.", shortcut, [item title]]
-                  : WhyInactive(shortcut, HotKeyStatusOf(ToHotKey(shortcut)));
+                  : WhyInactive(shortcut, tessaro::platform::HotKeyStatusOf(ToHotKey(shortcut)));
   if (reason == nil) return NO;
   if (explanation != nullptr) *explanation = reason;
   return YES;

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "Base/Lifetime.h"
-#include "Utilities/TsApplicationIsolate.h"
+#include "Utilities/TsEngineEntry.h"
 
 namespace {
 

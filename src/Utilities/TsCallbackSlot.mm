@@ -6,7 +6,6 @@
 #include <array>
 
 #include "Base/Lifetime.h"
-#include "Utilities/TsApplicationIsolate.h"
 #include "Utilities/TsEngineEntry.h"
 #include "Utilities/TsScriptValues.h"
 

@@ -4,6 +4,16 @@
 
 #include <optional>
 
+// The script engine of the application. Set once, on the main thread, before anything else of the module can ask.
+// From then until the environment ends, every call into script goes to this isolate, on the main thread.
+void TsSetApplicationIsolate(v8::Isolate* isolate);
+
+// nullptr before TsSetApplicationIsolate() and after the environment's end: script can't be reached then.
+[[nodiscard]] v8::Isolate* GetApplicationIsolate();
+
+// The context that was current when the isolate was set. Needs an open handle scope.
+[[nodiscard]] v8::Local<v8::Context> GetApplicationContext();
+
 // Makes the engine ready for a call from native code, for as long as this object lives. A call from the event loop,
 // where no script is running, needs Node's callback scope: it drains the micro-task and next-tick queues and reports
 // what was thrown. A call made while script runs must have none, or the exception would not reach that script.

@@ -1,4 +1,4 @@
-#include "Platform/Aliases.h"
+#include "Platform/Files.h"
 
 #include "Base/TsString.h"
 #include "Platform/macOS/Guarded.h"

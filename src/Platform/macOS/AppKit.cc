@@ -1,4 +1,4 @@
-#include "Platform/AppKit.h"
+#include "Platform/WindowServer.h"
 
 // AppKit is complete here: the functions that complete it on other systems have nothing to do.
 namespace tessaro::platform {

@@ -1,4 +1,4 @@
-#include "Platform/Printing.h"
+#include "Platform/Applications.h"
 
 #import <ScriptingBridge/ScriptingBridge.h>
 

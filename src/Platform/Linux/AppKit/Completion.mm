@@ -2,8 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
-#include "Platform/AppKit.h"
 #include "Platform/Linux/Theme/DesktopTheme.h"
+#include "Platform/WindowServer.h"
 
 namespace tessaro::platform {
 

@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSToolbarView.h>
+#include <X11/Xlib.h>
 
 #include <algorithm>
 #include <utility>
@@ -191,6 +192,12 @@ void MakeCanvas(id server, SEL selector, int window, NSGraphicsContext* context)
   isMakingCanvas = true;
   makeCanvas(server, selector, window, context);
   isMakingCanvas = false;
+}
+
+// Whether the X window is on the display, or under others there.
+bool IsMapped(unsigned long window) {
+  XWindowAttributes attributes;
+  return XGetWindowAttributes(XDisplay(), window, &attributes) != 0 && attributes.map_state != IsUnmapped;
 }
 
 // Window managers take the borders off a closed window and say that it has none, but the next opening gives them back.

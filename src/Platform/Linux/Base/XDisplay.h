@@ -8,9 +8,6 @@ namespace tessaro::platform {
 // up to date. nullptr if missing.
 [[nodiscard]] _XDisplay* XDisplay() noexcept;
 
-// Whether the X window is on the display, or under others there. Main thread only.
-[[nodiscard]] bool IsMapped(unsigned long window) noexcept;
-
 // Whether the display is a Wayland compositor's. Its X server, if any, knows only the windows and keys of X11
 // applications. Any thread.
 [[nodiscard]] bool IsWaylandSession() noexcept;

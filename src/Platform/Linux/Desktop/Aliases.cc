@@ -1,4 +1,4 @@
-#include "Platform/Aliases.h"
+#include "Platform/Files.h"
 
 #include <system_error>
 

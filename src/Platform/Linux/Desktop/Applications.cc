@@ -3,6 +3,7 @@
 #include <sdbus-c++/sdbus-c++.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <filesystem>
 #include <system_error>
@@ -25,6 +26,8 @@ constexpr char kSchemes[] = "x-scheme-handler/";
 constexpr char kFileManager[] = "org.freedesktop.FileManager1";
 constexpr char kFileManagerPath[] = "/org/freedesktop/FileManager1";
 constexpr std::chrono::seconds kFileManagerDeadline{2};
+// These programs open with their print dialog.
+constexpr std::array kPreviewers = {"evince-previewer", "atril-previewer", "xreader-previewer"};
 
 std::string TextOf(GDesktopAppInfo* application, const char* key) {
   const GTextPtr text(g_desktop_app_info_get_string(application, key));
@@ -225,6 +228,17 @@ Result<void> ShowFileInformation(const std::string& path) noexcept {
         .withTimeout(kFileManagerDeadline)
         .withArguments(std::vector<std::string>{FileURIOf(path)}, std::string());
   });
+}
+
+Result<void> PrintFile(const std::string& path) noexcept {
+  std::error_code error;
+  if (HasNul(path) || !fs::is_regular_file(path, error)) return Fail("there is no such file");
+  const std::string absolute = AbsolutePath(path);
+  for (const char* previewer : kPreviewers) {
+    if (Spawn({previewer, absolute})) return {};
+  }
+  // lp and lpr would print without a dialog.
+  return OpenFile(absolute, "");
 }
 
 // Packages decide where programs live on Linux: there is no folder to move to.
