@@ -18,7 +18,7 @@ const linear = 12;
 
 const reading = (count) => {
   const text = JSON.stringify(Array.from({ length: count }, (_, id) => ({ id, from: 'Ann', subject: `Lunch ${id}?` })));
-  return () => probes.values.reads(text);
+  return () => probes.bench.reads(text);
 };
 
 async function pictures(count) {

@@ -5,7 +5,7 @@
 const { probe } = require('../tests/support/addon');
 const { measure, report, summary } = require('./support');
 
-const { bench, values } = probe();
+const { bench } = probe();
 
 function menuDocument(extra) {
   const accounts = Array.from({ length: 5 }, (_, account) => ({
@@ -41,7 +41,7 @@ for (const [name, extra] of [
     `Reading ${size}`,
     {
       ...measure(
-        { 'JSON.parse': () => JSON.parse(text), 'module: door, from a script string': () => values.reads(text) },
+        { 'JSON.parse': () => JSON.parse(text), 'module: door, from a script string': () => bench.reads(text) },
         { rounds, calls: 3 },
       ),
       'module: door alone': summary(bench.timeRead(text, rounds)),

@@ -15,13 +15,13 @@ const presses = 200;
 const us = { unit: 'µs', scale: 1000 };
 
 const { display } = host.start();
-const { module: native, menus, sendMessage } = probe();
+const { module: native, bench, menus, sendMessage } = probe();
 const event = eventsWith(sendMessage);
 
 function dispatch(title, sent) {
   const peers = {
-    'the host’s own sendEvent:': () => menus.measurePreviousSendEvent(sent, events),
-    'with the routing': () => menus.measureSendEvent(sent, events),
+    'the host’s own sendEvent:': () => bench.sendEventWithoutRouting(sent, events),
+    'with the routing': () => bench.sendEvent(sent, events),
   };
   report(title, measure(peers, { rounds: 101, calls: 1 }), { scale: events });
 }

@@ -2,8 +2,8 @@
 
 // Changes of the main menu's items, and the reports that its menus open and close.
 
-const { assert, execFileSync, path, test } = require('./support/node');
-const { buildDirectory, scenarios } = require('./support');
+const { test } = require('./support/node');
+const { scenarios } = require('./support');
 
 const inSession = scenarios({
   display: true,
@@ -135,12 +135,6 @@ inSession.test('a new item at a hidden item’s address is visible', (fixture) =
     equal(mainMenu()[0].items.filter((item) => item.hidden).length, 0);
     for (let i = 0; i < items.length; ++i) byPath([0, i], { visible: false });
   }
-});
-
-test('the notification’s name is exported', () => {
-  const module = path.join(buildDirectory, 'TessaroNative.node');
-  const symbols = execFileSync('nm', ['-D', '--defined-only', module], { encoding: 'utf8' });
-  assert.match(symbols, /\bTsAppMenuWillOpenNotificationName$/m);
 });
 
 inSession.test('all menus of the bar have one delegate; later menus get it with another call', (fixture) => {

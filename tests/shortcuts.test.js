@@ -103,8 +103,8 @@ test('a shortcut is valid unless its keys type something', (t) => {
   return inSession.table(t, rows, isValid);
 });
 
-inSession.test('archives are read back in each form, and those of other objects are refused', (fixture) => {
-  const { archive, archiveOf, equal, get, sendMessage: send } = fixture;
+inSession.test('archives are read back in each form', (fixture) => {
+  const { archive, equal, get, sendMessage: send } = fixture;
   const serialization = 'NSPropertyListSerialization';
   const base64 = archive(46, 0x100000).toString('base64');
   const list = send(serialization, 'propertyListWithData:options:format:error:', { base64 }, 0, null, null);
@@ -115,8 +115,6 @@ inSession.test('archives are read back in each form, and those of other objects 
   };
   const [xml, binary] = [100, 200];
   equal([base64, inFormat(xml), inFormat(binary)].map(unarchived), Array(3).fill('⌘M'));
-  const others = [archiveOf('text'), archiveOf([1]), archiveOf({ keyCode: 46 }), Buffer.from('text'), Buffer.alloc(0)];
-  equal(others.map((each) => unarchived(each.toString('base64'))), Array(5).fill(null)); // prettier-ignore
 });
 
 test('the transformer converts shortcuts to dictionaries and back', (t) => {

@@ -49,6 +49,8 @@ const foreign = (file) =>
 
 test('the module takes only V8, Node.js, libuv and the C++ run time from the engine', () => {
   assert.ok(engine.has('inflate') && symbols(addon, 'undefined').has('uv_close'), 'symbols are read');
+  // Other add-ons observe the notification by this name.
+  assert.ok(symbols(addon, 'defined').has('TsAppMenuWillOpenNotificationName'));
   assert.deepStrictEqual(foreign(addon), []);
 });
 

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <pugixml.hpp>
 
+#include "Application/AtomApplication.h"
 #include "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #include "Platform/Common/UpdateDecision.h"
@@ -100,6 +101,18 @@ double timeParse(std::string file) {
   return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
-PROBES("bench", timeRebuild, decideOnly, timeRead, timeWrite, timeText, timeGroup, silenceKeychain, timeParse);
+// From a script's text to containers.
+bool reads(NSString* text) { return TsConvertFromJSONString(text, nullptr) != nil; }
+
+void sendEvent(NSEvent* event, int count) {
+  for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
+}
+
+void sendEventWithoutRouting(NSEvent* event, int count) {
+  for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
+}
+
+PROBES("bench", timeRebuild, decideOnly, timeRead, timeWrite, timeText, timeGroup, silenceKeychain, timeParse, reads,
+       sendEvent, sendEventWithoutRouting);
 
 }  // namespace

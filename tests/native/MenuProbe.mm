@@ -63,17 +63,7 @@ bool replaceMethod(NSString* className, NSString* selector, NSString* alias) {
 
 bool hasFiles(NSString* type) { return hasFilesInPasteboard(type); }
 
-// ---- Costs
-
-void measureSendEvent(NSEvent* event, int count) {
-  for (int i = 0; i < count; ++i) TsSendEvent(NSApp, @selector(sendEvent:), event);
-}
-
-void measurePreviousSendEvent(NSEvent* event, int count) {
-  for (int i = 0; i < count; ++i) [NSApp performSelector:@selector(tsOrigSendEvent:) withObject:event];
-}
-
-PROBES("menus", setMainMenu, shortcutTexts, processKey, processModifiers, menuEventDescription, replaceMethod, hasFiles,
-       measureSendEvent, measurePreviousSendEvent);
+PROBES("menus", setMainMenu, shortcutTexts, processKey, processModifiers, menuEventDescription, replaceMethod,
+       hasFiles);
 
 }  // namespace
