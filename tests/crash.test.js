@@ -205,7 +205,6 @@ test('a record gives an event of what can be read in it', async (t) => {
   const data = { address: '0xffffffffffffffff', process: 7 };
   const noData = { address: '0x0', process: 0 };
   const rows = [
-    ['', null],
     ['maps\nsignal 11', null],
     ['signal 999', ['signal 999', 0, noData, 0, 0, '', [], []]],
     [`signal 6\n${'frame 0x1\n'.repeat(100000)}`, ['SIGABRT', 0, noData, 0, 0, '', Array(512).fill('0x1'), []]],
@@ -244,12 +243,6 @@ application.test('without a writable directory the failure is logged, and breadc
   equal(others, ['4 Crash handler installed.']);
   const levels = breadcrumbs.map(({ level }) => level);
   equal(levels, ['error', 'info']);
-});
-
-plain.test('testCrash() only warns before the reporter is set up', ({ captureLog, equal, log, native }) => {
-  captureLog();
-  native.testCrash();
-  equal(log(2), ['The crash reporter is not set up']);
 });
 
 test('a project address needs two keys, a host and a project', async (t) => {

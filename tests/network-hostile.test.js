@@ -16,24 +16,19 @@ test('compressed bodies arrive decompressed, and are errors when they are incomp
   const bad = ['error', -1015];
   const table = [
     ['gzip', gzip, good],
-    ['x-gzip', gzip, good],
     ['GZip', gzip, good],
     ['identity, gzip', gzip, good],
     ['gzip', Buffer.concat([gzip, zlib.gzipSync('!')]), ['end', `${text}!`]],
     ['gzip', Buffer.concat([gzip, Buffer.from('garbage')]), good],
     ['gzip', Buffer.concat([gzip, Buffer.from('\x1fgarbage', 'latin1')]), good],
-    ['gzip', Buffer.alloc(0), ['end', '']],
     ['deflate', deflate, good],
     ['deflate', zlib.deflateRawSync(text), good],
     ['deflate', Buffer.concat([deflate, Buffer.from('garbage')]), good],
     ['br', brotli, good],
-    ['br', Buffer.concat([brotli, Buffer.from('garbage')]), good],
     ['gzip', gzip.subarray(0, -1), bad],
-    ['gzip', gzip.subarray(0, 5), bad],
     ['deflate', deflate.subarray(0, -1), bad],
     ['br', brotli.subarray(0, -1), bad],
     ['br', Buffer.alloc(100, 0xff), bad],
-    ['gzip, gzip', zlib.gzipSync(gzip), bad],
     ['unknown', gzip, bad],
   ];
   const url = await serve(t, (question, answer) => {
@@ -111,7 +106,6 @@ const withoutIsolation = process.env.TESSARO_SANITIZER_RUNTIME && 'the sanitizer
 
 test('an HTTP/2 body that the server does not end is an error', { skip: withoutIsolation }, async (t) => {
   const table = [
-    ['ended', [ok, body, frame(dataType, 1, 1, Buffer.alloc(0))], ['end', 'abc']],
     ['ended, then reset', [ok, body, frame(dataType, 1, 1, Buffer.from('d')), reset(0)], ['end', 'abcd']],
     ['reset without an error', [ok, body, reset(0)], ['error', -1005]],
     ['as long as its length, then reset', [okOf(3), body, reset(0)], ['end', 'abc']],

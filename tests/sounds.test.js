@@ -48,19 +48,6 @@ test('every playable sound is listed once, sorted case-sensitively', async (t) =
   assert.deepStrictEqual(listed([...unplayable, ...ofDesktopAndGNUstep]).sort(), [...ofDesktopAndGNUstep].sort());
 });
 
-test('the list is made once in a process, and a sound whose file was deleted since is not played', async (t) => {
-  const home = homeWithSounds(t, { 'gone.wav': quiet });
-  const list = await plain.with({ home })(t, ({ fs, home: folder, native }) => {
-    const names = native.getSoundNames();
-    names.push('script’s own');
-    fs.renameSync(`${folder}/Library/Sounds/gone.wav`, `${folder}/Library/Sounds/late.wav`);
-    const listed = ['gone', 'late', 'script’s own'].filter((name) => native.getSoundNames().includes(name));
-    return [listed, native.playSoundWithName('gone')];
-  });
-  assert.deepStrictEqual(list, [['gone'], false]);
-  assert.ok((await soundNames(t, { home })).includes('late'));
-});
-
 test('sounds of the chosen desktop theme and of the themes it inherits from are listed', async (t) => {
   const { at, folder: home, write } = temporaryFiles(t);
   const themes = { ours: 'Inherits=parent,ours,../x', parent: 'Inherits=missing' };
@@ -72,17 +59,6 @@ test('sounds of the chosen desktop theme and of the themes it inherits from are 
   write('config/gtk-3.0/settings.ini', '[Settings]\ngtk-sound-theme-name=ours\n');
   const names = await soundNames(t, { home, env: { XDG_DATA_HOME: at('data'), XDG_CONFIG_HOME: at('config') } });
   for (const name of ['of-ours', 'of-parent', 'bell']) assert.ok(names.includes(name), name);
-});
-
-plain.test('sounds of the same name are equal', ({ equal, sendMessage: send }) => {
-  const sound = (path) => send('TsSound', 'soundWithPath:', path);
-  const [ping, same, other] = ['/a/Ping.wav', 'b/Ping.oga', 'ping'].map(sound);
-  const areEqual = (one, another) => [send(one, 'isEqual:', another), send(one, 'hash') === send(another, 'hash')];
-  equal(areEqual(ping, same), [true, true]);
-  equal(areEqual(ping, other), [false, false]);
-  equal(send(ping, 'isEqual:', null), false);
-  equal(send(ping, 'description'), 'Ping');
-  equal(sound(null), null);
 });
 
 test('a preview is audible, and the next one cuts it off', async (t) => {
