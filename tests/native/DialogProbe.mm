@@ -5,10 +5,6 @@
 #include "Platform/Linux/Desktop/XSettings.h"
 #include "Probe.h"
 
-@interface NSAlert (TsSetup)
-- (void)_setupPanel;
-@end
-
 namespace {
 
 // On the display, from its upper left.
@@ -132,18 +128,6 @@ bool pressButton(NSString* title, NSString* buttonTitle) {
   return false;
 }
 
-// An alert with two buttons, without its modal loop, which would stop script.
-void showAlert() {
-  static Ref<NSAlert> alert;
-  alert = Adopt([[NSAlert alloc] init]);
-  [alert setMessageText:@"This version doesn't support scripts"];
-  [alert setInformativeText:@"Please use another version."];
-  [alert addButtonWithTitle:@"Continue"];
-  [alert addButtonWithTitle:@"Cancel"];
-  [alert _setupPanel];
-  [[alert window] makeKeyAndOrderFront:nil];
-}
-
-PROBES("dialogs", windows, closeWindow, parseSessionSettings, pressButton, showAlert);
+PROBES("dialogs", windows, closeWindow, parseSessionSettings, pressButton);
 
 }  // namespace

@@ -1,11 +1,9 @@
-#include <mutex>
-#include <string>
+#include <memory>
+#include <optional>
 
 #include "Base/Ref.h"
-#include "Platform/MainQueue.h"
 #include "Probe.h"
 #include "Reachability/TsReachability.h"
-#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -24,8 +22,8 @@ class ChosenTarget final : public platform::NetworkReachability {
   std::optional<platform::ReachabilityFlags> flags_;
 };
 
-// A target's name, or the flags that it has; nil for flags that can't be read.
-TsReachability* MonitorOf(id target) {
+// Of a target's name, or of the flags that it has; nil for flags that can't be read. Nil where there can be no monitor.
+id monitor(id target) {
   if (NSString* name = As<NSString>(target)) {
     if ([name isEqual:@"internet"]) return [TsReachability reachabilityForInternetConnection];
     if ([name isEqual:@"local WiFi"]) return [TsReachability reachabilityForLocalWiFi];
@@ -36,42 +34,6 @@ TsReachability* MonitorOf(id target) {
   return Adopt([[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(flags)]).Autoreleased();
 }
 
-// Nil where there can be no monitor.
-id monitor(id target) { return MonitorOf(target); }
-
-struct Seen {
-  std::string text;
-  std::mutex mutex;
-
-  void Add(const char* what) {
-    const std::lock_guard lock(mutex);
-    text += what;
-    text += platform::MainQueue::IsMainThread() ? "! " : " ";
-  }
-};
-
-Seen& WhatIsSeen() {
-  static Seen seen;
-  return seen;
-}
-
-// Starts a monitor that only itself keeps. seen() gives the calls of its blocks; "!" marks those on the main thread.
-bool watch(NSString* target) {
-  TsReachability* monitor = MonitorOf(target);
-  [monitor setReachableBlock:[](TsReachability*) { WhatIsSeen().Add("reachable"); }];
-  [monitor setUnreachableBlock:[](TsReachability*) { WhatIsSeen().Add("unreachable"); }];
-  [monitor setReachabilityBlock:[](TsReachability*) { WhatIsSeen().Add("changed"); }];
-  TsObserveOnMainQueue(kTsReachabilityChangedNotification, [monitor](NSNotification* notification) {
-    if ([notification object] == monitor) WhatIsSeen().Add("notified");
-  });
-  return [monitor startNotifier] != NO;
-}
-
-std::string seen() {
-  const std::lock_guard lock(WhatIsSeen().mutex);
-  return WhatIsSeen().text;
-}
-
-PROBES("reachability", monitor, watch, seen);
+PROBES("reachability", monitor);
 
 }  // namespace
