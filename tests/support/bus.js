@@ -25,13 +25,17 @@ async function startBus(test, directory) {
   const file = path.join(directory, 'bus.conf');
   fs.rmSync(socket, { force: true });
   fs.writeFileSync(file, configuration(socket));
-  const daemon = spawn('dbus-daemon', ['--nofork', '--nosyslog', `--config-file=${file}`], { stdio: 'ignore' });
+  const options = ['--nofork', '--nosyslog', '--print-address', `--config-file=${file}`];
+  const daemon = spawn('dbus-daemon', options, { stdio: ['ignore', 'pipe', 'ignore'] });
   const ended = endWith(test, daemon);
   const stop = async () => {
     daemon.kill('SIGKILL');
     await ended;
   };
-  await eventually(() => fs.existsSync(socket), 'the bus listens');
+  // The socket is there before the bus listens, the address afterwards.
+  let isListening = false;
+  daemon.stdout.once('data', () => (isListening = true));
+  await eventually(() => isListening, 'the bus listens');
   return { address: `unix:path=${socket}`, stop, pause: () => daemon.kill('SIGSTOP') };
 }
 
