@@ -25,12 +25,14 @@ NSArray* TextsOf(const std::vector<std::string>& texts) {
   return objects;
 }
 
+// Other programs also send hints of other types.
 NSDictionary* Described(const Hints& hints) {
   NSMutableDictionary* objects = [NSMutableDictionary dictionary];
   for (const auto& [key, value] : hints) {
-    const bool isTruth = value.containsValueOfType<bool>();
-    const id object = isTruth ? static_cast<id>(Truth(value.get<bool>())) : TsNSString(value.get<std::string>());
-    [objects setObject:object forKey:TsNSString(key)];
+    id object = nil;
+    if (value.containsValueOfType<bool>()) object = Truth(value.get<bool>());
+    if (value.containsValueOfType<std::string>()) object = TsNSString(value.get<std::string>());
+    if (object != nil) [objects setObject:object forKey:TsNSString(key)];
   }
   return objects;
 }
