@@ -144,7 +144,7 @@ test('removed alerts are closed without a callback', async (t) => {
   server.command('answer');
   await eventually(() => server.calls('CloseNotification').length === 4, 'all are closed');
   assert.deepStrictEqual([await client.ends(), (await client.alerts()).delivered], [[], []]);
-  // Of two alerts with one identifier, the delivered one goes before the scheduled one.
+  // Removing an identifier removes the delivered alert first, then the scheduled one.
   await client.deliver('a', { at: secondsFromNow(1000), title: 'later' });
   await client.deliver('a', { title: 'now' });
   await server.shown('now');

@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::string_view kScheme = "mailto:";
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
-  return lower;
-}
-
 // Nothing when a percent sign stands without two hexadecimal digits.
 std::optional<std::string> WithoutEscapes(std::string_view text) {
   std::string result;

@@ -28,6 +28,12 @@
 
 [[nodiscard]] constexpr char ToLower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+[[nodiscard]] inline std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
+  return lower;
+}
+
 // In any letter case of `text`.
 [[nodiscard]] inline bool StartsWith(std::string_view text, std::string_view lowerCasePrefix) {
   const auto isSame = [](char expected, char c) { return expected == ToLower(c); };

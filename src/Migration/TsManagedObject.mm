@@ -44,7 +44,7 @@ const TsRelationship& Named(const TsEntity* entity, std::string_view name) {
   return *std::find_if(all.begin(), all.end(), [&](const TsRelationship& each) { return each.name == name; });
 }
 
-// Made once: each object has them.
+// Every object of an entity has the same names, so each is made once.
 NSString* NameOf(const TsAttribute& attribute) {
   static Forever<std::unordered_map<const TsAttribute*, Ref<NSString>>> names;
   Ref<NSString>& name = (*names)[&attribute];
@@ -70,6 +70,19 @@ Ref<NSMutableDictionary> NewExport(const TsStoreFile& store, const std::string& 
     if ([exported objectForKey:name] == nil) [exported setObject:[NSNull null] forKey:name];
   }
   return exported;
+}
+
+// `make` gives an object for each related identifier. Empty without a store.
+template <typename Make>
+NSArray* Related(const TsStoreFile* store, const std::string& identifier, const TsRelationship& relationship,
+                 const Make& make) {
+  NSMutableArray* objects = [NSMutableArray array];
+  if (store == nullptr) return objects;
+  const TsEntity& destination = *TsEntityNamed(relationship.destination);
+  for (const std::string& each : store->Related(identifier, relationship)) {
+    [objects addObject:make(*store, each, destination)];
+  }
+  return objects;
 }
 
 id Get(TsManagedObject* self, SEL accessor) { return [[self values] objectForKey:NSStringFromSelector(accessor)]; }
@@ -127,27 +140,14 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 }
 
 - (NSArray*)objectsIn:(std::string_view)relationship {
-  NSMutableArray* objects = [NSMutableArray array];
-  const TsStoreFile* store = [self store];
-  if (store == nullptr) return objects;
-  const TsRelationship& description = Named(_entity, relationship);
-  const TsEntity& destination = *TsEntityNamed(description.destination);
-  for (const std::string& identifier : store->Related(_identifier, description)) {
-    [objects addObject:[_context object:identifier of:destination]];
-  }
-  return objects;
+  const auto object = [self](const TsStoreFile&, const std::string& identifier, const TsEntity& entity) {
+    return [_context object:identifier of:entity];
+  };
+  return Related([self store], _identifier, Named(_entity, relationship), object);
 }
 
 - (NSArray*)exportedObjectsIn:(std::string_view)relationship {
-  NSMutableArray* exported = [NSMutableArray array];
-  const TsStoreFile* store = [self store];
-  if (store == nullptr) return exported;
-  const TsRelationship& description = Named(_entity, relationship);
-  const TsEntity& destination = *TsEntityNamed(description.destination);
-  for (const std::string& identifier : store->Related(_identifier, description)) {
-    [exported addObject:NewExport(*store, identifier, destination)];
-  }
-  return exported;
+  return Related([self store], _identifier, Named(_entity, relationship), NewExport);
 }
 
 - (id)objectIn:(std::string_view)relationship {

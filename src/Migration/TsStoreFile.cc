@@ -97,10 +97,7 @@ std::string EntityNameInFile(std::string name) {
   return name;
 }
 
-std::string PropertyNameInFile(std::string name) {
-  for (char& c : name) c = ToLower(c);
-  return name;
-}
+std::string PropertyNameInFile(std::string_view name) { return LowerCase(name); }
 
 const char* StoredType(TsAttributeType type) {
   constexpr const char* kTypes[] = {"int16", "int32", "int64", "bool", "string", "date", "binary"};

@@ -22,7 +22,8 @@ class ChosenTarget final : public platform::NetworkReachability {
   std::optional<platform::ReachabilityFlags> flags_;
 };
 
-// Of a target's name, or of the flags that it has; nil for flags that can't be read. Nil where there can be no monitor.
+// Makes a monitor for a target's name, or one with fixed flags; nil as the target stands for unreadable flags. Gives
+// nil for a target that can't be monitored.
 id monitor(id target) {
   if (NSString* name = As<NSString>(target)) {
     if ([name isEqual:@"internet"]) return [TsReachability reachabilityForInternetConnection];

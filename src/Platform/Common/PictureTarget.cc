@@ -31,8 +31,7 @@ class Formats {
   explicit Formats(WebP webP) : all_(kFormats.begin(), webP == WebP::Written ? kFormats.end() : kFormats.end() - 1) {}
 
   [[nodiscard]] const PictureFormat* OfExtension(const fs::path& path) const {
-    std::string extension = path.extension().native();
-    std::transform(extension.begin(), extension.end(), extension.begin(), ToLower);
+    const std::string extension = LowerCase(path.extension().native());
     return First([&extension](const PictureFormat& each) { return each.extension == extension; });
   }
 

@@ -158,8 +158,8 @@ constexpr double kUnscaledDPI = 96;
 constexpr double kSmallestScale = 0.5;
 constexpr double kLargestScale = 4;
 
-bool IsNameDark(std::string theme) {
-  std::transform(theme.begin(), theme.end(), theme.begin(), ToLower);
+bool IsNameDark(std::string_view name) {
+  const std::string theme = LowerCase(name);
   return theme.ends_with(":dark") || theme.ends_with("-dark");
 }
 

@@ -42,8 +42,7 @@ std::string_view ValueOf(std::string_view headerLine) { return Trimmed(headerLin
 // The codings of a header's list that change the body: libcurl itself undoes "chunked".
 void AppendCodings(std::string_view list, std::vector<std::string>& codings) {
   for (const std::string_view piece : Split(list, ',')) {
-    std::string coding(Trimmed(piece));
-    std::transform(coding.begin(), coding.end(), coding.begin(), ToLower);
+    std::string coding = LowerCase(Trimmed(piece));
     if (!coding.empty() && coding != "identity" && coding != "chunked") codings.push_back(std::move(coding));
   }
 }

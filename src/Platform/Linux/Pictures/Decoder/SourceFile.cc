@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
 
 // After vips.h, which the header needs.
@@ -25,8 +26,7 @@ std::string FormatOf(const char* loader) {
   constexpr std::string_view kAfter = "Source";
   if (name.starts_with(kBefore)) name.remove_prefix(kBefore.size());
   if (name.ends_with(kAfter)) name.remove_suffix(kAfter.size());
-  std::string format(name);
-  std::transform(format.begin(), format.end(), format.begin(), g_ascii_tolower);
+  std::string format = LowerCase(name);
   return format == "nsgif" ? "gif" : format;
 }
 
