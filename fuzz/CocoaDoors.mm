@@ -122,11 +122,11 @@ void Preferences(std::string_view bytes) {
   ExpectSame(list);
 }
 
-// Texts that settings may hold, through the writer and back. XML has no U+FFFE, and GNUstep drops a byte order mark in
-// front of a text that has characters to escape.
+// Texts that settings may hold, through the writer and back. XML has no U+FFFE, and GNUstep drops a byte order mark at
+// the start of a text and after an escaped character.
 void PropertyList(std::string_view bytes) {
   std::u16string characters = Utf8ToUtf16(bytes);
-  characters.erase(0, characters.find_first_not_of(u'\xFEFF'));
+  std::erase(characters, u'\xFEFF');
   std::replace(characters.begin(), characters.end(), u'\xFFFE', u'\xFFFD');
   const auto text = TsNewString(std::move(characters));
   NSData* written = [NSPropertyListSerialization dataFromPropertyList:@{@"text" : text.get()}

@@ -177,6 +177,7 @@ async function chooseInPanel(person, kind, name) {
   await person.type(name);
   await answer(person, person.reports.length, 'Return');
   await person.isGone(kind);
+  await person.returnToMail();
   return JSON.parse(person.reports.at(-1));
 }
 
@@ -204,6 +205,7 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
   await person.window('NSSavePanel');
   await answer(person, 1, 'Return');
   assert.deepStrictEqual(JSON.parse(person.reports[1]), [path.join(folder, 'x')]);
+  await person.returnToMail();
 
   await ask(person, { folder });
   await person.window('NSOpenPanel');

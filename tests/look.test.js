@@ -144,12 +144,6 @@ async function darkColumns(t, [x, y, width, height]) {
   return pixels.flatMap((shade, column) => (shade < 160 && !(pixels[column - 1] < 160) ? [column] : []));
 }
 
-/** The X window of a title. */
-async function shown(person, title) {
-  const search = () => person.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
-  return (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
-}
-
 test('an alert has the desktop’s colours', async (t) => {
   startSettingsDaemon(t, 'Net/ThemeName "Adwaita-dark"');
   const person = await startPerson(t);
@@ -162,7 +156,7 @@ test('an alert has the desktop’s colours', async (t) => {
     send(alert, '_setupPanel');
     send(send(alert, 'window'), 'makeKeyAndOrderFront:', null);
   });
-  const id = await shown(person, 'Alert');
+  const id = await person.onDisplay('Alert');
   const coloursOf = () =>
     execFileSync('import', ['-window', id, '-depth', '8', '-format', '%c', 'histogram:info:'], inSession());
   await eventually(() => {
@@ -188,18 +182,6 @@ test('scaled text is spaced evenly', async (t) => {
   const gaps = strokes.slice(1).map((column, index) => column - strokes[index]);
   assert.ok(Math.max(...gaps) - Math.min(...gaps) <= 1, gaps.join());
 });
-
-// The window manager moves the keyboard to the window below, sometimes only when the user goes there. A move that is
-// still under way would take the keyboard from the next window.
-async function returnToMail(person) {
-  const mail = await shown(person, 'Mail');
-  await eventually(async () => {
-    const active = await person.xdotool('getactivewindow').catch(() => '');
-    if (active.trim() === mail) return true;
-    await person.xdotool('windowactivate', '--sync', mail);
-    return false;
-  }, 'the window below has the keyboard');
-}
 
 // ---- The keyboard
 
@@ -285,7 +267,7 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
     assert.ok(!person.reports.includes(accepted));
     if (cancelled) await eventually(() => person.reports.includes(cancelled), cancelled);
     if (accepted === undefined) return;
-    await returnToMail(person);
+    await person.returnToMail();
     await show();
     await press('Return');
     if (accepted) await eventually(() => person.reports.includes(accepted), accepted);
@@ -314,14 +296,14 @@ test('a window that is opened again, in another look, is as large as before and 
     for (const [index, { title, open, argument }] of reopened.entries()) {
       await person.tell(open, argument);
       await person.window(title);
-      const id = await shown(person, title);
+      const id = await person.onDisplay(title);
       await eventually(async () => {
         const [size, ...corners] = await edges(id);
         return size === (sizes[index] ??= size) && corners.every((colour) => colour === background[look]);
       }, `${title}, ${look}, with its first size and the background in its corners`);
       await person.closeWindow(title);
       await person.isGone(title);
-      await returnToMail(person);
+      await person.returnToMail();
     }
   }
 });
@@ -336,7 +318,7 @@ test('windows have the size again that the user has given them', async (t) => {
       const { size } = await person.window(title, () => true);
       if (isFirst) {
         const [width, height] = [Math.round(size[0]) + 60, Math.round(size[1]) + 40];
-        await person.xdotool('windowsize', await shown(person, title), width, height);
+        await person.xdotool('windowsize', await person.onDisplay(title), width, height);
         const larger = await person.window(title, (window) => window.size[0] > size[0] && window.size[1] > size[1]);
         given[title] = larger.size;
       }

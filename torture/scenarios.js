@@ -227,7 +227,7 @@ const storeSave = {
         const { module: m, sendMessage: send } = probe();
         const open = () => send(send('TsAccounts', 'alloc'), 'initWithPath:', ${quoted(file)});
         const bookmarks = () => send(send(open(), 'all')[0], 'bookmarksOrdered').map((each) => send(each, 'title'));
-        let before = [];
+        let before = bookmarks();
         const act = async (i) => {
           const accounts = open();
           const [ann] = send(accounts, 'all');
@@ -252,7 +252,8 @@ const logging = {
     const logs = temporaryDirectory(t);
     return {
       source: `
-        const { addFileLogger, log, flushLog } = probe();
+        const { addFileLogger, logText, flushLog } = probe();
+        const log = (flag, text) => logText(flag, text, 0);
         if (!addFileLogger(${quoted(logs)})) throw new Error('there is no log file');
         const act = async (i) => { log(1, 'error ' + i); log(4, 'information ' + i); flushLog(); };
         const check = async (i) => {

@@ -6,9 +6,11 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -29,6 +31,21 @@ constexpr int kNestedTooDeeply = 3841;
 
 // Containers may be nested as deeply as in Foundation's own reader and writer.
 constexpr std::size_t kMostLevels = 512;
+
+// The library's own allocator returns nullptr when memory runs out, and the library writes there.
+struct Allocator {
+  void* Malloc(std::size_t size) { return size == 0 ? nullptr : ::operator new(size); }
+  void* Realloc(void* old, std::size_t oldSize, std::size_t size) {
+    void* grown = Malloc(size);
+    if (old != nullptr && grown != nullptr) std::memcpy(grown, old, std::min(oldSize, size));
+    Free(old);
+    return grown;
+  }
+  static void Free(void* memory) { ::operator delete(memory); }
+};
+
+using UTF8 = rapidjson::UTF8<>;
+using Buffer = rapidjson::GenericStringBuffer<UTF8, Allocator>;
 
 // ---- Reading
 
@@ -55,7 +72,7 @@ Ref<NSObject> NewNumber(std::string_view text) {
 }
 
 // Makes Cocoa objects of what the parser reports.
-class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
+class Builder : public rapidjson::BaseReaderHandler<UTF8, Builder> {
  public:
   [[nodiscard]] const Ref<NSObject>& root() const { return root_; }
   [[nodiscard]] bool IsTooDeep() const { return open_.size() > kMostLevels; }
@@ -158,7 +175,7 @@ Result<Ref<NSObject>> ReadJSON(NSString* json) {
   ReplaceLoneEscapedSurrogates(text);
   Builder builder;
   rapidjson::InsituStringStream stream(text.data());
-  const auto result = rapidjson::Reader().Parse<kParseFlags>(stream, builder);
+  const auto result = rapidjson::GenericReader<UTF8, UTF8, Allocator>().Parse<kParseFlags>(stream, builder);
   if (result.IsError()) return Fail(kError, Description(result.Code(), builder));
   // The parser takes a NUL character for the end of the text.
   if (stream.Tell() != text.size()) {
@@ -245,8 +262,8 @@ class Writer {
   const Class dictionary_ = [NSDictionary class];
   NSNull* const null_ = [NSNull null];
 
-  rapidjson::StringBuffer text_;
-  rapidjson::Writer<rapidjson::StringBuffer> json_{text_};
+  Buffer text_;
+  rapidjson::Writer<Buffer, UTF8, UTF8, Allocator> json_{text_};
   Failure failure_;
 };
 

@@ -66,6 +66,24 @@ class Person {
     );
   }
 
+  /** The X window of a title, once it is shown. */
+  async onDisplay(title) {
+    const search = () => this.xdotool('search', '--onlyvisible', '--name', `^${title}$`).catch(() => '');
+    return (await eventually(search, `the window “${title}” on the display`)).trim().split('\n').at(-1);
+  }
+
+  // The window manager moves the keyboard to the window below, sometimes only when the user goes there. A move that is
+  // still under way would take the keyboard from the next window.
+  async returnToMail() {
+    const mail = await this.onDisplay('Mail');
+    await eventually(async () => {
+      const active = await this.xdotool('getactivewindow').catch(() => '');
+      if (active.trim() === mail) return true;
+      await this.xdotool('windowactivate', '--sync', mail);
+      return false;
+    }, 'the window below has the keyboard');
+  }
+
   isGone = (title) =>
     eventually(async () => !(await this.windows()).some((window) => window.title === title), `the end of “${title}”`);
 
