@@ -177,7 +177,6 @@ async function chooseInPanel(person, kind, name) {
   await person.type(name);
   await answer(person, person.reports.length, 'Return');
   await person.isGone(kind);
-  await person.returnToMail();
   return JSON.parse(person.reports.at(-1));
 }
 
@@ -200,6 +199,7 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
   await person.window('NSOpenPanel');
   await person.goesOn();
   assert.deepStrictEqual(await chooseInPanel(person, 'NSOpenPanel', 'Report.pdf'), [path.join(folder, 'Report.pdf')]);
+  await person.returnToMail();
 
   await ask(person, { type: 'save', folder, name: 'x' });
   await person.window('NSSavePanel');
