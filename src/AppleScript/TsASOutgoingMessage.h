@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
-#import "AppleScript/TsASOutgoingMessageElements.h"
-
-@class NSArray, NSMutableArray, NSScriptCommand;
+#include "Base/Ref.h"
+#include "Base/Result.h"
+#import "Platform/Cocoa.h"
 
 // Posted to compose a message, without an object. User information: two dictionaries, under the "message" key (with
 // "sender", "subject", "body", "to", "cc", "bcc" and "attachment-paths") and the "options" key (keys below).
@@ -19,6 +20,41 @@ extern NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey;
 
 // The value, or NSNull for nil: dictionaries can hold it, and JSON writes it as null.
 [[nodiscard]] id TsSanitizeValue(id value);
+
+// The elements of a scripted message, which gives recipients and attachments their specifiers.
+
+@interface TsASOutgoingMessageRecipient : NSObject {
+  Ref<NSString> _address;
+  Ref<NSString> _name;
+  Ref<NSScriptObjectSpecifier> _objectSpecifier;
+}
+
+@property(nonatomic, copy) NSString* address;
+@property(nonatomic, copy) NSString* name;
+@property(nonatomic, retain) NSScriptObjectSpecifier* objectSpecifier;
+
+@end
+
+@interface TsASOutgoingMessageAttachment : NSObject {
+  Ref<NSString> _path;
+  Ref<NSScriptObjectSpecifier> _objectSpecifier;
+}
+
+// Paths with a leading tilde and classic paths with colons are stored as POSIX paths.
+@property(nonatomic, copy) NSString* path;
+@property(nonatomic, retain) NSScriptObjectSpecifier* objectSpecifier;
+
+@end
+
+@interface TsASOutgoingMessageSignature : NSObject {
+  Ref<NSString> _name;
+  Ref<NSString> _content;
+}
+
+@property(nonatomic, copy) NSString* name;
+@property(nonatomic, copy) NSString* content;
+
+@end
 
 // A message that another application creates and that the user completes in a compose window. Its properties and
 // elements are those of the application's scripting dictionary. Main thread only.
@@ -74,3 +110,7 @@ extern NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey;
 - (id)handleComposeScriptCommand:(NSScriptCommand*)command;
 
 @end
+
+// Composes the message that a mailto link describes, as a script would; fails when the link is refused. Main thread
+// only.
+[[nodiscard]] Result<void> TsComposeMailtoLink(const std::string& link);

@@ -1,12 +1,19 @@
 #import "AppleScript/TsASOutgoingMessage.h"
 
 #include <chrono>
+#include <vector>
 
+#include "AppleScript/MailtoLink.h"
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsProperty.h"
+#include "Base/TsString.h"
+#include "Platform/HFSPath.h"
 #include "Platform/MainQueue.h"
+#include "Platform/StandardDirectories.h"
 #include "Utilities/TsNotificationObserver.h"
+
+namespace platform = tessaro::platform;
 
 NSString* const TsComposeOutgoingMessageNotification = @"TsComposeOutgoingMessageNotification";
 NSString* const TsComposeOutgoingMessageNotificationMessageKey = @"message";
@@ -19,7 +26,6 @@ NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey = @"image-f
 
 namespace {
 
-constexpr NSUInteger kExpectedMessages = 10;
 // The time a script has to complete a message after making it visible.
 constexpr std::chrono::milliseconds kTimeToComplete{1000};
 
@@ -70,14 +76,70 @@ NSArray* Paths(NSArray* attachments) {
   return paths;
 }
 
+NSString* WithHome(NSString* path) {
+  if (![path isEqualToString:@"~"] && ![path hasPrefix:@"~/"]) return [path stringByExpandingTildeInPath];
+  return [TsNSString(platform::HomeDirectory().native()) stringByAppendingString:[path substringFromIndex:1]];
+}
+
+NSString* NormalizedPath(NSString* path) {
+  NSString* expanded = WithHome(path);
+  if ([expanded rangeOfString:@":"].location == NSNotFound) return expanded;
+  const auto posixPath = platform::PosixPathOfHFSPath(TsStdString(expanded));
+  return posixPath ? TsNSString(*posixPath) : expanded;
+}
+
 }  // namespace
 
 id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
 
+@implementation TsASOutgoingMessageRecipient
+
+- (instancetype)init {
+  self = [super init];
+  if (self) {
+    [self setAddress:@""];
+    [self setName:@""];
+  }
+  return self;
+}
+
+TS_COPIED(NSString, address, Address)
+TS_COPIED(NSString, name, Name)
+TS_RETAINED(NSScriptObjectSpecifier, objectSpecifier, ObjectSpecifier)
+
+@end
+
+@implementation TsASOutgoingMessageAttachment
+
+- (instancetype)init {
+  self = [super init];
+  if (self) [self setPath:@""];
+  return self;
+}
+
+- (NSString*)path {
+  return _path;
+}
+
+- (void)setPath:(NSString*)path {
+  _path = Copy(NormalizedPath(path));
+}
+
+TS_RETAINED(NSScriptObjectSpecifier, objectSpecifier, ObjectSpecifier)
+
+@end
+
+@implementation TsASOutgoingMessageSignature
+
+TS_COPIED(NSString, name, Name)
+TS_COPIED(NSString, content, Content)
+
+@end
+
 @implementation TsASOutgoingMessage
 
 + (NSMutableArray*)outgoingMessages {
-  static Forever<Ref<NSMutableArray>> messages(Adopt([[NSMutableArray alloc] initWithCapacity:kExpectedMessages]));
+  static Forever<Ref<NSMutableArray>> messages(NewArray());
   return *messages;
 }
 
@@ -186,8 +248,8 @@ TS_RETAINED(TsASOutgoingMessageSignature, messageSignature, MessageSignature)
 
 - (void)setVisible:(BOOL)visible {
   if (!visible) return;
-  tessaro::platform::MainQueue::Shared().PostDelayed(kTimeToComplete,
-                                                     [kept = Retain(self)] { [kept handleComposeScriptCommand:nil]; });
+  platform::MainQueue::Shared().PostDelayed(kTimeToComplete,
+                                            [kept = Retain(self)] { [kept handleComposeScriptCommand:nil]; });
 }
 
 // ---- Composing
@@ -228,3 +290,41 @@ TS_RETAINED(TsASOutgoingMessageSignature, messageSignature, MessageSignature)
 }
 
 @end
+
+// ---- Links
+
+namespace {
+
+NSMutableArray* Recipients(const std::vector<std::string>& addresses) {
+  NSMutableArray* recipients = [NSMutableArray arrayWithCapacity:addresses.size()];
+  for (const std::string& address : addresses) {
+    auto recipient = Adopt([[TsASOutgoingMessageRecipient alloc] init]);
+    [recipient setAddress:TsNSString(address)];
+    [recipient setName:nil];
+    [recipients addObject:recipient];
+  }
+  return recipients;
+}
+
+void Compose(const MailtoLink& link) {
+  auto message = Adopt([[TsASOutgoingMessage alloc] init]);
+  [message setToRecipients:Recipients(link.to)];
+  [message setCcRecipients:Recipients(link.cc)];
+  [message setBccRecipients:Recipients(link.bcc)];
+  [message setSubject:TsNSString(link.subject)];
+  [message setContent:TsNSString(link.body)];
+  [[TsASOutgoingMessage outgoingMessages] addObject:message];
+  [message handleComposeScriptCommand:nil];
+}
+
+}  // namespace
+
+Result<void> TsComposeMailtoLink(const std::string& link) {
+  const auto parsed = ParseMailtoLink(link);
+  if (!parsed) {
+    TsLogWarning(@"Refused a mailto link: %s", parsed.error().message.c_str());
+    return tl::unexpected(parsed.error());
+  }
+  Compose(*parsed);
+  return {};
+}

@@ -11,8 +11,6 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-constexpr NSUInteger kUsualSounds = 50;
-
 NSArray* SoundFolders() {
   NSMutableArray* folders =
       [NSMutableArray arrayWithObjects:@"/System/Library/Sounds", @"/Network/Library/Sounds", @"/Library/Sounds",
@@ -30,7 +28,7 @@ void AddIfPlayable(NSMutableSet* sounds, TsSound* sound) {
 }
 
 Ref<NSArray> FindSounds() {
-  NSMutableSet* sounds = [NSMutableSet setWithCapacity:kUsualSounds];
+  NSMutableSet* sounds = [NSMutableSet set];
   AddIfPlayable(sounds, [TsSound soundNewMail]);
   for (NSString* folder in SoundFolders()) {
     for (NSString* entry in [[NSFileManager defaultManager] contentsOfDirectoryAtPath:folder error:nullptr]) {

@@ -34,7 +34,6 @@
 - (void)callbackForNotification:(TsAlert*)notification typeString:(NSString*)type;
 
 // Beyond the centre's protocol.
-- (void)userNotificationCenter:(TsUserNotificationCenter*)center didDismissAlert:(TsAlert*)notification;
 - (void)userNotificationCenter:(TsUserNotificationCenter*)center
                responseChanged:(NSAttributedString*)response
                forNotification:(TsAlert*)notification;

@@ -46,9 +46,9 @@ using TsReachabilityBlock = std::function<void(TsReachability* monitor)>;
 - (instancetype)initWithReachabilityRef:(std::shared_ptr<tessaro::platform::NetworkReachability>)ref;
 
 // Called on the monitor's own serial queue. Set them before the notifier starts.
-- (void)setReachableBlock:(TsReachabilityBlock)block;
-- (void)setUnreachableBlock:(TsReachabilityBlock)block;
-- (void)setReachabilityBlock:(TsReachabilityBlock)block;
+@property(nonatomic) TsReachabilityBlock reachableBlock;
+@property(nonatomic) TsReachabilityBlock unreachableBlock;
+@property(nonatomic) TsReachabilityBlock reachabilityBlock;
 
 // YES at first; not used.
 @property(nonatomic, assign) BOOL reachableOnWWAN;

@@ -23,10 +23,6 @@ constexpr platform::IPAddress kLocalWiFi = {platform::IPAddress::Family::V4, {16
 constexpr ReachabilityFlags kOnlyWhenConnected = platform::kConnectionRequired | platform::kTransientConnection;
 constexpr ReachabilityFlags kConnectsByItself = platform::kConnectionOnTraffic | platform::kConnectionOnDemand;
 
-bool IsReachable(ReachabilityFlags flags) {
-  return (flags & platform::kReachable) != 0 && (flags & kOnlyWhenConnected) != kOnlyWhenConnected;
-}
-
 NSString* DescribeFlags(ReachabilityFlags flags) {
   const auto letter = [flags](ReachabilityFlags flag, char set) { return (flags & flag) != 0 ? set : '-'; };
   return [NSString
@@ -45,6 +41,9 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 
 @implementation TsReachability
 
+@synthesize reachableBlock = _reachableBlock;
+@synthesize unreachableBlock = _unreachableBlock;
+@synthesize reachabilityBlock = _reachabilityBlock;
 @synthesize reachableOnWWAN = _reachableOnWWAN;
 
 + (instancetype)reachabilityWithHostname:(NSString*)hostname {
@@ -84,18 +83,6 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 - (void)dealloc {
   [self stopNotifier];
   [super dealloc];
-}
-
-- (void)setReachableBlock:(TsReachabilityBlock)block {
-  _reachableBlock = std::move(block);
-}
-
-- (void)setUnreachableBlock:(TsReachabilityBlock)block {
-  _unreachableBlock = std::move(block);
-}
-
-- (void)setReachabilityBlock:(TsReachabilityBlock)block {
-  _reachabilityBlock = std::move(block);
 }
 
 - (BOOL)startNotifier {
@@ -160,7 +147,7 @@ NSString* DescribeFlags(ReachabilityFlags flags) {
 }
 
 - (BOOL)isReachableWithFlags:(ReachabilityFlags)flags {
-  return IsReachable(flags);
+  return (flags & platform::kReachable) != 0 && (flags & kOnlyWhenConnected) != kOnlyWhenConnected;
 }
 
 - (TsNetworkStatus)currentReachabilityStatus {

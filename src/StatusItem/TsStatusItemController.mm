@@ -2,12 +2,13 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Base/TsProperty.h"
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
 #include "Platform/DockMenu.h"
 #include "Platform/StatusBar.h"
 #include "Platform/WindowServer.h"
-#include "StatusItem/StatusMenuBuilder.h"
+#include "StatusItem/StatusMenu.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 
@@ -74,9 +75,11 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
 
 // ---- Properties
 
-- (BOOL)hasErrors {
-  return _hasErrors;
-}
+@synthesize hasErrors = _hasErrors;
+@synthesize previousDoNotDisturbEnabled = _previousDoNotDisturbEnabled;
+@synthesize previousStatusBarItemEnabled = _previousStatusBarItemEnabled;
+@synthesize menuNeedsUpdateCallback = _menuNeedsUpdateCallback;
+@synthesize numberOfAccounts = _numberOfAccounts;
 
 - (void)setHasErrors:(BOOL)hasErrors {
   if (hasErrors == _hasErrors) return;
@@ -84,29 +87,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
   [self updateStatusItemIcon];
 }
 
-- (BOOL)previousDoNotDisturbEnabled {
-  return _previousDoNotDisturbEnabled;
-}
-
-- (void)setPreviousDoNotDisturbEnabled:(BOOL)enabled {
-  _previousDoNotDisturbEnabled = enabled;
-}
-
-- (BOOL)previousStatusBarItemEnabled {
-  return _previousStatusBarItemEnabled;
-}
-
-- (void)setPreviousStatusBarItemEnabled:(BOOL)enabled {
-  _previousStatusBarItemEnabled = enabled;
-}
-
-- (NSStatusItem*)statusItem {
-  return _statusItem;
-}
-
-- (void)setStatusItem:(NSStatusItem*)statusItem {
-  _statusItem = Retain(statusItem);
-}
+TS_RETAINED(NSStatusItem, statusItem, StatusItem)
 
 - (NSString*)title {
   return _title;
@@ -116,22 +97,6 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
   if (title != nil && [title isEqualToString:_title]) return;
   _title = Retain(title);
   [self updateStatusItemIcon];
-}
-
-- (TsStatusMenuSource)menuNeedsUpdateCallback {
-  return _menuNeedsUpdateCallback;
-}
-
-- (void)setMenuNeedsUpdateCallback:(TsStatusMenuSource)callback {
-  _menuNeedsUpdateCallback = std::move(callback);
-}
-
-- (NSInteger)numberOfAccounts {
-  return _numberOfAccounts;
-}
-
-- (void)setNumberOfAccounts:(NSInteger)numberOfAccounts {
-  _numberOfAccounts = numberOfAccounts;
 }
 
 // ---- Preferences and accounts
@@ -216,7 +181,7 @@ NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
   if (!_menuNeedsUpdateCallback) return;
   NSDictionary* contents = _menuNeedsUpdateCallback(type, includesMessages);
   const auto form = includesMessages ? StatusMenuForm::Full : StatusMenuForm::Compact;
-  StatusMenuBuilder(menu, self, contents).Build(form, [self doNotDisturbEnabled]);
+  BuildStatusMenu(menu, self, contents, form, [self doNotDisturbEnabled]);
 }
 
 - (BOOL)validateMenuItem:(NSMenuItem*)item {

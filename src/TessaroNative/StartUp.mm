@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "AppleScript/TsASOutgoingMessage.h"
-#include "AppleScript/TsMailto.h"
 #include "Application/AtomApplication.h"
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
