@@ -8,7 +8,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Images/TsImageFiles.h"
+#include "Images/TsImages.h"
 #include "Platform/MainQueue.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/Controls.h"

@@ -2,6 +2,8 @@
 
 #import "Platform/Cocoa.h"
 
+#include <string>
+
 #include "Utilities/TsPendingCallback.h"
 
 // Images as files. Main thread only; failures are logged, and the path is nil.
@@ -22,3 +24,9 @@ void TsGeneratePreview(NSString* path, int size, NSString* folder, const TsCompl
 // Shows files one after the other over a window, `paths[index]` first, until they are closed. `closed` is called once,
 // on a later turn of the event loop, with the path that was shown last; with nil when nothing can be shown.
 void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsCompletion& closed);
+
+// Whether there is a folder at the path; a missing one is made. Logs why not.
+[[nodiscard]] bool TsMakeFolder(NSString* folder);
+
+// The image in a file that the platform wrote, one point a pixel, autoreleased; nil when it can't be read.
+[[nodiscard]] NSImage* TsImageOfFile(const std::string& path);

@@ -11,13 +11,10 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Images/TsImageFiles.h"
 #include "Platform/Files.h"
-#include "Platform/ImageScaling.h"
 #include "Platform/MainQueue.h"
+#include "Platform/Pictures.h"
 #include "Platform/PreviewPanel.h"
-#include "Platform/Previews.h"
-#include "Platform/TemporaryFile.h"
 #include "Platform/WindowServer.h"
 
 namespace platform = tessaro::platform;
@@ -142,4 +139,27 @@ void TsQuickLook(NSWindow* window, NSArray* paths, NSInteger index, const TsComp
   const bool isInside = index >= 0 && static_cast<NSUInteger>(index) < [paths count];
   platform::ShowPreviews(window, files, isInside ? static_cast<std::size_t>(index) : 0,
                          [closed](const std::string& last) { closed(TsNSString(last)); });
+}
+
+NSImage* TsImageOfFile(const std::string& path) {
+  NSBitmapImageRep* pixels = [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:TsNSString(path)]];
+  if (pixels == nil) return nil;
+  auto image = Adopt([[NSImage alloc]
+      initWithSize:NSMakeSize(static_cast<CGFloat>([pixels pixelsWide]), static_cast<CGFloat>([pixels pixelsHigh]))]);
+  [pixels setSize:[image size]];
+  [image addRepresentation:pixels];
+  return image.Autoreleased();
+}
+
+bool TsMakeFolder(NSString* folder) {
+  NSError* error = nil;
+  NSFileManager* files = [NSFileManager defaultManager];
+  BOOL isFolder = NO;
+  if ([files fileExistsAtPath:folder isDirectory:&isFolder]) {
+    if (!isFolder) TsLogWarning(@"%@ is not a folder", folder);
+    return isFolder;
+  }
+  if ([files createDirectoryAtPath:folder withIntermediateDirectories:YES attributes:nil error:&error]) return true;
+  TsLogWarning(@"Couldn't create directory at path %@ because of %@", folder, error);
+  return false;
 }

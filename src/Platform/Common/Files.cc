@@ -199,4 +199,17 @@ Result<void> AppendToFile(const fs::path& file, std::string_view contents, NewFi
   return written;
 }
 
+TemporaryFile::TemporaryFile(std::string_view extension) noexcept {
+  std::error_code error;
+  std::string name = fs::temp_directory_path(error) / "tessaro-XXXXXX";
+  name += extension;
+  const FileDescriptor file(mkstemps(name.data(), static_cast<int>(extension.size())));
+  if (file) path_ = std::move(name);
+}
+
+TemporaryFile::~TemporaryFile() {
+  std::error_code error;
+  if (!path_.empty()) fs::remove(path_, error);
+}
+
 }  // namespace tessaro::platform

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <span>
 #include <string>
 #include <system_error>
 
@@ -26,28 +25,12 @@ constexpr std::array kFormats = {
     PictureFormat{".webp", "webp", true, true},
 };
 
-class Formats {
- public:
-  explicit Formats(WebP webP) : all_(kFormats.begin(), webP == WebP::Written ? kFormats.end() : kFormats.end() - 1) {}
-
-  [[nodiscard]] const PictureFormat* OfExtension(const fs::path& path) const {
-    const std::string extension = LowerCase(path.extension().native());
-    return First([&extension](const PictureFormat& each) { return each.extension == extension; });
-  }
-
-  [[nodiscard]] const PictureFormat* Named(std::string_view name) const {
-    return First([name](const PictureFormat& each) { return each.name == name; });
-  }
-
- private:
-  template <typename Condition>
-  [[nodiscard]] const PictureFormat* First(Condition condition) const {
-    const auto found = std::find_if(all_.begin(), all_.end(), condition);
-    return found != all_.end() ? &*found : nullptr;
-  }
-
-  std::span<const PictureFormat> all_;
-};
+template <typename Condition>
+const PictureFormat* FormatWhere(WebP webP, Condition condition) {
+  const auto* end = webP == WebP::Written ? kFormats.end() : kFormats.end() - 1;
+  const auto* found = std::find_if(kFormats.begin(), end, condition);
+  return found != end ? found : nullptr;
+}
 
 fs::path UniquePath(const fs::path& wanted) {
   fs::path path = wanted;
@@ -62,17 +45,23 @@ fs::path UniquePath(const fs::path& wanted) {
 
 PictureTarget PictureTargetOf(const fs::path& source, const fs::path& target, std::string_view sourceFormat,
                               bool isPhoto, WebP webP) {
-  const Formats formats(webP);
-  const PictureFormat* kept = formats.Named(sourceFormat);
-  if (kept == nullptr) kept = formats.Named(isPhoto ? "jpeg" : "png");
+  const auto named = [webP](std::string_view name) {
+    return FormatWhere(webP, [name](const PictureFormat& each) { return each.name == name; });
+  };
+  const auto ofExtension = [webP](const fs::path& path) {
+    const std::string extension = LowerCase(path.extension().native());
+    return FormatWhere(webP, [&extension](const PictureFormat& each) { return each.extension == extension; });
+  };
+  const PictureFormat* kept = named(sourceFormat);
+  if (kept == nullptr) kept = named(isPhoto ? "jpeg" : "png");
   std::error_code error;
   if (!fs::is_directory(target, error)) {
-    const PictureFormat* wanted = formats.OfExtension(target);
+    const PictureFormat* wanted = ofExtension(target);
     return {target, wanted != nullptr ? wanted : kept};
   }
   fs::path name = source.filename();
-  const PictureFormat* named = formats.OfExtension(name);
-  if (named == nullptr || named->name != kept->name) name.replace_extension(kept->extension);
+  const PictureFormat* present = ofExtension(name);
+  if (present == nullptr || present->name != kept->name) name.replace_extension(kept->extension);
   return {UniquePath(target / name), kept};
 }
 

@@ -1,13 +1,13 @@
-#include "Platform/ImageScaling.h"
+#include "Platform/Pictures.h"
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
-#include "Platform/BackgroundQueue.h"
 #include "Platform/Common/Deadline.h"
 #include "Platform/Files.h"
 #include "Platform/MainQueue.h"
+#include "Platform/TaskQueues.h"
 #include "Platform/macOS/PictureSource.h"
 
 // ImageIO on a background thread of this process: the system updates its decoders, and keeps them in no process of

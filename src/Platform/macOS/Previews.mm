@@ -1,4 +1,4 @@
-#include "Platform/Previews.h"
+#include "Platform/Pictures.h"
 
 #import <QuickLookThumbnailing/QuickLookThumbnailing.h>
 
@@ -7,8 +7,8 @@
 
 #include "Base/Ref.h"
 #include "Base/TsString.h"
-#include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
+#include "Platform/TaskQueues.h"
 #include "Platform/macOS/Guarded.h"
 #include "Platform/macOS/PictureSource.h"
 

@@ -18,13 +18,13 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Pictures/Decoder/DecoderModules.h"
-#include "Platform/Linux/Pictures/Decoder/Picture.h"
+#include "Platform/Linux/Pictures/Decoder/Jobs.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
 #include "Platform/Linux/Pictures/Decoder/SourceFile.h"
 
@@ -201,7 +201,8 @@ int Serve() {
 int main(int, char** argv) {
   // The short-lived threads of a job would each reserve and fault in an arena of their own.
   mallopt(M_ARENA_MAX, 1);
-  tessaro::platform::KeepDecoderModulesOut();
+  // vips looks for modules below this folder: see LoadDecoderFor().
+  setenv("VIPSHOME", "/nonexistent", 1);
   if (VIPS_INIT(argv[0]) != 0) return 1;
   tessaro::platform::PrepareDecoder();
   return tessaro::platform::Serve();

@@ -5,7 +5,7 @@
 
 #include "Base/Result.h"
 
-// Copies of images. Main thread only; nothing throws.
+// Copies of images, and previews of files. Main thread only; nothing throws.
 //
 // Images may come from strangers. Whatever decodes them has limits to pixels, memory and time, which end the job with
 // a failure; on a system without protected decoders that means a process of its own.
@@ -33,5 +33,10 @@ struct ImageCopy {
 
 // The same without waiting, for at most ten seconds.
 void ScaleImage(const ImageCopy& copy, PictureWritten written) noexcept;
+
+// Writes a PNG that shows the contents of a file: an image, the first page of a PDF, or the beginning of a text. It is
+// at most `size` pixels wide and high; smaller images keep their size. `target` is a file, which is replaced at once
+// and completely. A preview takes at most ten seconds; slow ones don't hold up others.
+void WritePreview(const std::string& source, int size, const std::string& target, PictureWritten written) noexcept;
 
 }  // namespace tessaro::platform

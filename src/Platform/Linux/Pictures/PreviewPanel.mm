@@ -1,20 +1,52 @@
-#import "Platform/Linux/Pictures/TsPreviewPanel.h"
+#include "Platform/PreviewPanel.h"
+
+#import <AppKit/AppKit.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Applications.h"
+#include "Platform/Files.h"
 #include "Platform/MainQueue.h"
-#include "Platform/Previews.h"
-#include "Platform/TemporaryFile.h"
+#include "Platform/Pictures.h"
 
 namespace platform = tessaro::platform;
+
+// Arrow keys and buttons change the file; Return opens the file in its application; Escape, Space, and the end of the
+// window below close the panel.
+@interface TsPreviewPanel : NSPanel {
+  Ref<NSArray> _paths;
+  NSUInteger _index;
+  platform::PreviewsClosed _closed;
+  // Number of the file that is shown: a preview for an earlier one comes too late.
+  std::uint64_t _turn;
+  NSSize _openedSize;
+  NSImageView* _imageView;
+  NSTextField* _label;
+  NSButton* _previous;
+  NSButton* _next;
+}
+
++ (TsPreviewPanel*)sharedPanel;
+
+- (void)showPaths:(NSArray*)paths
+            index:(NSUInteger)index
+       overWindow:(NSWindow*)window
+           closed:(platform::PreviewsClosed)closed;
+
+- (IBAction)showPrevious:(id)sender;
+- (IBAction)showNext:(id)sender;
+- (IBAction)openFile:(id)sender;
+
+@end
 
 namespace {
 
