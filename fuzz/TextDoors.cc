@@ -12,7 +12,6 @@
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Common/UpdateSource.h"
-#include "Platform/Common/VersionOrder.h"
 #include "Platform/HFSPath.h"
 #include "Platform/HTMLText.h"
 #include "Platform/Linux/Base/FileURI.h"

@@ -77,7 +77,7 @@ const portable = [
   { header: /^uv\.h$/, files: /^src\/(Base\/UvHandle\.h|Platform\/\w+\/.*)$/ },
   { header: /^pthread\.h$/, files: /^src\/(Base\/TsLogging\.cc|Platform\/\w+\/.*)$/ },
   { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\.mm$/ },
-  { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Common\/Appcast)\.(h|cc)$/ },
+  { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Common\/UpdateDecision)\.(h|cc)$/ },
 ];
 
 // C and C++: names without a folder and without ".h", or the few C headers in use.

@@ -17,7 +17,7 @@
 #include "Platform/Cocoa.h"
 #include "Platform/HTMLText.h"
 #include "Platform/MainQueue.h"
-#include "Platform/SerialQueue.h"
+#include "Platform/TaskQueues.h"
 #include "Platform/WindowServer.h"
 #include "Platform/ZipArchive.h"
 

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "Platform/SerialQueue.h"
+#include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {
 

@@ -17,7 +17,4 @@ using LinkHandler = std::function<Result<void>(const std::string& link)>;
 // loop. Does nothing on a system without a way to receive requests.
 void OfferScripting(LinkHandler openLink);
 
-// The name under which other applications find this one; empty if other applications cannot find it.
-[[nodiscard]] std::string ScriptingName();
-
 }  // namespace tessaro::platform

@@ -26,6 +26,10 @@ struct AppcastProperty {
   std::vector<AppcastProperty> parts;
 };
 
+// The first property of that name; nullptr if missing.
+[[nodiscard]] const AppcastProperty* FindProperty(const std::vector<AppcastProperty>& properties,
+                                                  std::string_view name) noexcept;
+
 // A version in the feed. Texts are UTF-8, or what the feed took for it. Of elements that a feed has in several
 // languages or for several systems, an item has the user's and this system's.
 struct AppcastItem {

@@ -34,23 +34,17 @@ struct Page {
   std::vector<Button> buttons;
 };
 
-const platform::AppcastProperty* Find(const std::vector<platform::AppcastProperty>& properties, const char* name) {
-  const auto found =
-      std::find_if(properties.begin(), properties.end(), [name](const auto& each) { return each.name == name; });
-  return found != properties.end() ? &*found : nullptr;
-}
-
 NSString* VersionOf(const platform::AppcastItem& item) {
   constexpr char kShortVersion[] = "sparkle:shortVersionString";
-  const auto* version = Find(item.properties, kShortVersion);
-  const auto* enclosure = Find(item.properties, "enclosure");
-  if (version == nullptr && enclosure != nullptr) version = Find(enclosure->parts, kShortVersion);
+  const auto* version = FindProperty(item.properties, kShortVersion);
+  const auto* enclosure = FindProperty(item.properties, "enclosure");
+  if (version == nullptr && enclosure != nullptr) version = FindProperty(enclosure->parts, kShortVersion);
   return TsNSString(version != nullptr && !version->text.empty() ? version->text : item.version);
 }
 
 NSString* ReleaseNotesOf(const platform::AppcastItem& item) {
-  const auto* description = Find(item.properties, "description");
-  if (description == nullptr) description = Find(item.properties, "sparkle:releaseNotesLink");
+  const auto* description = FindProperty(item.properties, "description");
+  if (description == nullptr) description = FindProperty(item.properties, "sparkle:releaseNotesLink");
   if (description == nullptr) return @"";
   return TsNSString(platform::TextFromHTML(description->text).substr(0, kLongestText));
 }

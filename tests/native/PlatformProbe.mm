@@ -5,10 +5,10 @@
 
 #include "Base/Ref.h"
 #include "Base/TsString.h"
-#include "Platform/BackgroundQueue.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Services.h"
 #include "Platform/StandardDirectories.h"
+#include "Platform/TaskQueues.h"
 #include "Probe.h"
 
 namespace platform = tessaro::platform;

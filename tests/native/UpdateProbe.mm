@@ -15,7 +15,6 @@
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Common/UpdateSource.h"
-#include "Platform/Common/VersionOrder.h"
 #include "Platform/CrashReporter.h"
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"

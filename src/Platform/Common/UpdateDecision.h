@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -8,11 +9,22 @@
 #include <vector>
 
 #include "Base/Result.h"
-#include "Platform/Common/Appcast.h"
 #include "Platform/Common/UpdateSource.h"
 #include "Platform/Updater.h"
 
 namespace tessaro::platform {
+
+// The order of versions as the field has it. Runs of digits and runs of letters are compared one after the other,
+// numbers by their value and words by their letters; a number is newer than a word. Of versions that are equal as far
+// as both go the longer one is newer, unless it goes on with a word: 1.0b2 < 1.0 < 1.0.1 < 1.1.
+[[nodiscard]] std::weak_ordering CompareVersions(std::string_view left, std::string_view right) noexcept;
+
+// Which of several elements with the same name counts: enclosures for this system (as "sparkle:os" names it), texts in
+// the first of these languages. Otherwise the first one that names no system or language.
+struct AppcastPreferences {
+  std::string system;
+  std::vector<std::string> languages;
+};
 
 // The installation that an update has to suit.
 struct UpdateSettings {

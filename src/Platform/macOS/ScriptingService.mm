@@ -3,7 +3,6 @@
 #import <Foundation/Foundation.h>
 
 #include "Base/TsLog.h"
-#include "Base/TsString.h"
 
 // Cocoa scripting serves the application object by itself, on the main thread, where the host's Info.plist has
 // NSAppleScriptEnabled and OSAScriptingDefinition, and its bundle the definition: see docs/macos.md. The user consents
@@ -13,12 +12,6 @@ namespace tessaro::platform {
 void OfferScripting(LinkHandler) {
   if ([[[NSBundle mainBundle] objectForInfoDictionaryKey:@"NSAppleScriptEnabled"] boolValue]) return;
   TsLogInfo(@"The host's Info.plist has no NSAppleScriptEnabled: other applications can't script this one");
-}
-
-std::string ScriptingName() {
-  NSBundle* bundle = [NSBundle mainBundle];
-  if (![[bundle objectForInfoDictionaryKey:@"NSAppleScriptEnabled"] boolValue]) return {};
-  return TsStdString([bundle bundleIdentifier]);
 }
 
 }  // namespace tessaro::platform

@@ -6,7 +6,7 @@
 #include "Integrations/TsClippers.h"
 #import "Integrations/TsPDFServices.h"
 #import "Integrations/TsTiming.h"
-#include "Platform/SerialQueue.h"
+#include "Platform/TaskQueues.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"

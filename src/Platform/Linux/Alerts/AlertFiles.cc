@@ -1,14 +1,9 @@
 #include "Platform/Linux/Alerts/AlertFiles.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <array>
 #include <cmath>
-#include <string_view>
 #include <system_error>
 
-#include "Platform/Common/FileDescriptor.h"
 #include "Platform/Files.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
@@ -105,12 +100,6 @@ std::optional<KeptAlert> Parsed(UserNotifications::Key key, const std::string& c
   return kept.due || kept.shown ? std::optional(std::move(kept)) : std::nullopt;
 }
 
-// Without waiting for the disk: a power failure also ends the alerts on screen.
-bool WriteQuickly(const fs::path& file, std::string_view contents) {
-  const FileDescriptor descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
-  return descriptor && write(descriptor.get(), contents.data(), contents.size()) == std::ssize(contents);
-}
-
 }  // namespace
 
 std::vector<KeptAlert> AlertFiles::All() const noexcept {
@@ -134,8 +123,8 @@ bool AlertFiles::Keep(const KeptAlert& alert) noexcept {
   }
   const std::string contents = Serialised(alert);
   const fs::path file = FileOf(alert.key);
-  // For the user only: the texts are mail.
-  return alert.due ? ReplaceFile(file, contents).has_value() : WriteQuickly(file, contents);
+  // For the user only: the texts are mail. A power failure also ends the alerts on screen.
+  return (alert.due ? ReplaceFile(file, contents) : ReplaceTransientFile(file, contents)).has_value();
 }
 
 void AlertFiles::Remove(const UserNotifications::Key& key) const noexcept {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "Base/Ref.h"
-#include "Platform/Common/SoundPropertyList.h"
+#include "Platform/Common/PropertyLists.h"
 
 namespace {
 

@@ -4,8 +4,7 @@
 #include <string_view>
 
 #include "Base/Ref.h"
-#include "Platform/Common/PropertyListText.h"
-#include "Platform/Common/SoundPropertyList.h"
+#include "Platform/Common/PropertyLists.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 
 namespace platform = tessaro::platform;

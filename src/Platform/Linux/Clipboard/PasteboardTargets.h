@@ -8,7 +8,7 @@
 
 #include "Base/Ref.h"
 #include "Base/Result.h"
-#include "Platform/Linux/Clipboard/SelectionReader.h"
+#include "Platform/Linux/Clipboard/SelectionExchange.h"
 
 namespace tessaro::platform {
 

@@ -6,11 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "Base/Result.h"
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/XConnection.h"
-#include "Platform/Linux/Clipboard/SelectionReader.h"
-#include "Platform/Linux/Clipboard/SelectionServer.h"
+#include "Platform/Linux/Clipboard/SelectionExchange.h"
 
 namespace tessaro::platform {
 

@@ -4,7 +4,7 @@
 
 #include "Base/Lifetime.h"
 #include "Platform/Common/Deadline.h"
-#include "Platform/SerialQueue.h"
+#include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {
 

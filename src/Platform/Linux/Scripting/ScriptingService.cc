@@ -177,8 +177,6 @@ class ScriptingService final : private BusService {
     JoinBus();
   }
 
-  [[nodiscard]] std::string Name() const { return application_ ? name_ : std::string(); }
-
  private:
   // Raises sdbus::Error when another process of the application has the name: scripts talk to that one.
   void Appear(sdbus::IConnection& bus) override {
@@ -268,7 +266,5 @@ std::unique_ptr<ScriptingService>& TheService() {
 void OfferScripting(LinkHandler openLink) {
   if (TheService() == nullptr) TheService() = std::make_unique<ScriptingService>(std::move(openLink));
 }
-
-std::string ScriptingName() { return TheService() != nullptr ? TheService()->Name() : std::string(); }
 
 }  // namespace tessaro::platform

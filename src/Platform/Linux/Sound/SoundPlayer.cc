@@ -12,7 +12,7 @@ extern "C" {
 }
 
 #include "Base/Owned.h"
-#include "Platform/SerialQueue.h"
+#include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {
 

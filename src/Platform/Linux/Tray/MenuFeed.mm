@@ -4,8 +4,9 @@
 
 #include "Base/TsString.h"
 #include "Platform/Common/AutoreleaseScope.h"
+#include "Platform/Drawing.h"
 #include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
-#include "Platform/Linux/Tray/ImageData.h"
+#include "Platform/Linux/AppKit/SideTable.h"
 
 namespace tessaro::platform {
 
@@ -31,6 +32,24 @@ bool IsEnabled(NSMenuItem* item, NSMenu* menu) {
   id validator = [NSApp targetForAction:[item action] to:[item target] from:item];
   if (validator == nil) return false;
   return ![validator respondsToSelector:@selector(validateMenuItem:)] || [validator validateMenuItem:item];
+}
+
+using PNG = std::shared_ptr<const std::vector<std::uint8_t>>;
+
+// nullptr for nil and without a window server to draw the image. Cached, so the image must not change afterwards.
+PNG PNGOf(NSImage* image) {
+  if (image == nil) return nullptr;
+  auto& known = SideTable<NSImage, PNG>::Shared();
+  if (PNG kept = known.Get(image, nullptr)) return kept;
+  const auto pixels = DrawPixels([image size], [image] {
+    [image drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
+  });
+  NSData* data = [pixels representationUsingType:NSPNGFileType properties:@{}];
+  if (data == nil) return nullptr;
+  const auto* bytes = static_cast<const std::uint8_t*>([data bytes]);
+  auto png = std::make_shared<const std::vector<std::uint8_t>>(bytes, bytes + [data length]);
+  known.Set(image, png);
+  return png;
 }
 
 }  // namespace
@@ -70,7 +89,7 @@ MenuEntry MenuFeed::Read(NSMenuItem* item, NSMenu* menu) {
   entry.isEnabled = IsEnabled(item, menu);
   entry.label = TsStdString([item title]);
   entry.toolTip = TsStdString([item toolTip]);
-  entry.icon = PNGData([item image]);
+  entry.icon = PNGOf([item image]);
   if ([item hasSubmenu]) entry.children = Read([item submenu]);
   return entry;
 }

@@ -3,10 +3,87 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
+#include <string_view>
 #include <tuple>
 #include <utility>
 
 namespace tessaro::platform {
+
+// ---- The model
+
+namespace {
+
+bool HaveSameLayout(const std::vector<MenuEntry>& left, const std::vector<MenuEntry>& right) {
+  if (left.size() != right.size()) return false;
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    if (left[i].id != right[i].id || !HaveSameLayout(left[i].children, right[i].children)) return false;
+  }
+  return true;
+}
+
+bool HaveSameIcon(const MenuEntry& left, const MenuEntry& right) {
+  if (left.icon == right.icon) return true;
+  return left.icon && right.icon && *left.icon == *right.icon;
+}
+
+bool LookTheSame(const MenuEntry& left, const MenuEntry& right) {
+  return left.isSeparator == right.isSeparator && left.isChecked == right.isChecked &&
+         left.isEnabled == right.isEnabled && left.label == right.label && left.toolTip == right.toolTip &&
+         HaveSameIcon(left, right);
+}
+
+// Both have the same layout.
+void CollectChanges(std::vector<MenuEntry>& before, const std::vector<MenuEntry>& now, MenuModel::Changes& changes) {
+  for (std::size_t i = 0; i < now.size(); ++i) {
+    CollectChanges(before[i].children, now[i].children, changes);
+    if (!LookTheSame(before[i], now[i])) changes.rows.emplace_back(std::move(before[i]), &now[i]);
+  }
+}
+
+}  // namespace
+
+MenuModel::Changes MenuModel::Replace(std::vector<MenuEntry> rows) {
+  Number(rows, root_.children);
+  std::swap(root_.children, rows);
+  index_.clear();
+
+  Changes changes;
+  changes.layout = revision_ == 0 || !HaveSameLayout(rows, root_.children);
+  if (changes.layout) {
+    ++revision_;
+  } else {
+    CollectChanges(rows, root_.children, changes);
+  }
+  return changes;
+}
+
+const MenuEntry* MenuModel::Find(std::int32_t id) {
+  if (id == root_.id) return &root_;
+  if (index_.empty()) Index(root_);
+  const auto found = index_.find(id);
+  return found == index_.end() ? nullptr : found->second;
+}
+
+void MenuModel::Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before) {
+  // Rows of one identity, as separators, keep their ids in their order: the first is the last here.
+  std::unordered_map<std::string_view, std::vector<const MenuEntry*>> known;
+  for (auto row = before.rbegin(); row != before.rend(); ++row) known[row->identity].push_back(&*row);
+  const MenuEntry none;
+  for (MenuEntry& row : rows) {
+    auto& same = known[row.identity];
+    const MenuEntry& earlier = same.empty() ? none : *same.back();
+    row.id = same.empty() ? ++lastId_ : earlier.id;
+    if (!same.empty()) same.pop_back();
+    Number(row.children, earlier.children);
+  }
+}
+
+void MenuModel::Index(const MenuEntry& entry) {
+  index_.emplace(entry.id, &entry);
+  for (const MenuEntry& child : entry.children) Index(child);
+}
+
+// ---- On the bus
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -50,7 +49,6 @@ class MenuModel {
 
  private:
   void Number(std::vector<MenuEntry>& rows, const std::vector<MenuEntry>& before);
-  void NumberMoved(std::span<MenuEntry> rows, std::span<const MenuEntry> before);
   void Index(const MenuEntry& entry);
 
   MenuEntry root_;

@@ -55,12 +55,6 @@ void StatusNotifierItem::SetLabel(std::string label) {
       [this] { object_->emitSignal("XAyatanaNewLabel").onInterface(kInterface).withArguments(label_, label_); }));
 }
 
-void StatusNotifierItem::SetToolTip(std::string toolTip) {
-  if (toolTip == toolTip_) return;
-  toolTip_ = std::move(toolTip);
-  Emit("NewToolTip");
-}
-
 void StatusNotifierItem::Appear(sdbus::IConnection& bus) {
   menu_ = std::make_unique<MenuService>(bus, kMenuPath, menuSource_);
   object_ = sdbus::createObject(bus, kPath);
@@ -103,7 +97,7 @@ void StatusNotifierItem::RegisterProperties() {
   add("AttentionIconPixmap", noPictures);
   add("AttentionMovieName", text(""));
   add("ToolTip", [this] {
-    return ToolTip{"", Pictures(), label_.empty() ? applicationName_ : applicationName_ + ": " + label_, toolTip_};
+    return ToolTip{"", Pictures(), label_.empty() ? applicationName_ : applicationName_ + ": " + label_, ""};
   });
   add("ItemIsMenu", [] { return true; });
   add("Menu", [] { return sdbus::ObjectPath(kMenuPath); });

@@ -33,7 +33,6 @@ class StatusNotifierItem final : private BusService {
   void SetIcon(Icon icon);
   // A text beside the icon, where the tray has room for one; elsewhere it is part of the tool tip.
   void SetLabel(std::string label);
-  void SetToolTip(std::string toolTip);
 
  private:
   void Appear(sdbus::IConnection& bus) override;
@@ -48,7 +47,6 @@ class StatusNotifierItem final : private BusService {
   MenuService::Source menuSource_;
   Icon icon_;
   std::string label_;
-  std::string toolTip_;
 
   std::unique_ptr<sdbus::IObject> object_;
   std::unique_ptr<MenuService> menu_;

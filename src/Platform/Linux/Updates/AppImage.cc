@@ -11,7 +11,7 @@
 #include <optional>
 
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Common/VersionOrder.h"
+#include "Platform/Common/UpdateDecision.h"
 #include "Platform/Linux/Base/BaseDirectories.h"
 
 namespace tessaro::platform {
@@ -67,6 +67,19 @@ std::string_view FindSection(std::string_view contents, const Elf64_Ehdr& header
   return {};
 }
 
+// The version in the section of an AppImage; empty without the section. Fails for contents that are no AppImage, or one
+// for another processor. The contents may be hostile.
+Result<std::string> VersionInAppImage(std::string_view contents) {
+  const auto header = ReadAt<Elf64_Ehdr>(contents, 0);
+  const bool isProgram = header && std::memcmp(header->e_ident, ELFMAG, SELFMAG) == 0;
+  if (!isProgram || contents.substr(kMagicOffset, kMagic.size()) != kMagic) return Fail("its file is no AppImage");
+  if (header->e_ident[EI_CLASS] != ELFCLASS64 || header->e_machine != kMachine) {
+    return Fail("its file is for another processor");
+  }
+  const std::string_view version = FindSection(contents, *header, kVersionSection);
+  return std::string(version.substr(0, version.find_first_of(std::string_view("\0\r\n", 3))));
+}
+
 std::string VersionInFile(const fs::path& file) {
   const FileDescriptor descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status {};
@@ -88,17 +101,6 @@ fs::path AppImageOf(const fs::path& bundle) noexcept {
   const fs::path image = AbsolutePathIn("APPIMAGE");
   std::error_code error;
   return fs::is_regular_file(image, error) ? image : fs::path();
-}
-
-Result<std::string> VersionInAppImage(std::string_view contents) noexcept {
-  const auto header = ReadAt<Elf64_Ehdr>(contents, 0);
-  const bool isProgram = header && std::memcmp(header->e_ident, ELFMAG, SELFMAG) == 0;
-  if (!isProgram || contents.substr(kMagicOffset, kMagic.size()) != kMagic) return Fail("its file is no AppImage");
-  if (header->e_ident[EI_CLASS] != ELFCLASS64 || header->e_machine != kMachine) {
-    return Fail("its file is for another processor");
-  }
-  const std::string_view version = FindSection(contents, *header, kVersionSection);
-  return std::string(version.substr(0, version.find_first_of(std::string_view("\0\r\n", 3))));
 }
 
 Result<void> CheckNewAppImage(std::string_view contents, std::string_view version, const fs::path& current) noexcept {

@@ -12,10 +12,6 @@ namespace tessaro::platform {
 // manager updates.
 [[nodiscard]] std::filesystem::path AppImageOf(const std::filesystem::path& bundle) noexcept;
 
-// The version in the section ".tessaro.version" of an AppImage; empty without the section. Fails for contents that are
-// no AppImage, or one for another processor. The contents may be hostile.
-[[nodiscard]] Result<std::string> VersionInAppImage(std::string_view contents) noexcept;
-
 // Fails when an AppImage may not replace `current` as `version`. The file's own version must be this one: a feed could
 // list a file under a higher version than it was signed for. Only if `current` has no version, the file needs none.
 [[nodiscard]] Result<void> CheckNewAppImage(std::string_view contents, std::string_view version,

@@ -11,11 +11,9 @@
 #include "Base/Lifetime.h"
 #include "Base/Result.h"
 #include "Base/TsLog.h"
-#include "Platform/BackgroundQueue.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/Common/UpdateSource.h"
-#include "Platform/Common/VersionOrder.h"
 #include "Platform/Files.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/AppImage.h"
@@ -23,6 +21,7 @@
 #include "Platform/Linux/Updates/UpdateDefaults.h"
 #include "Platform/MainQueue.h"
 #include "Platform/OperatingSystem.h"
+#include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {
 

@@ -10,7 +10,6 @@
 #include "Base/TextPieces.h"
 #include "Platform/Linux/Network/Transfers/Failure.h"
 #include "Platform/Linux/Network/Transfers/RequestSyntax.h"
-#include "Platform/Linux/Network/Transfers/TransferEngine.h"
 
 namespace tessaro::platform {
 

@@ -11,11 +11,9 @@
 
 #include "Platform/HTTPTransfer.h"
 #include "Platform/Linux/Network/Transfers/BodyDecoder.h"
-#include "Platform/Linux/Network/Transfers/CurlHandles.h"
+#include "Platform/Linux/Network/Transfers/TransferEngine.h"
 
 namespace tessaro::platform {
-
-class TransferEngine;
 
 // One exchange: the request given to libcurl, and the part of its response that the client has not received yet.
 class Transfer final : public HTTPTransfer {
