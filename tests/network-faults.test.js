@@ -1,9 +1,11 @@
 'use strict';
 
 const net = require('net');
-const { assert, fs, path, test } = require('./support/node');
-const { buildDirectory, client, codeOf, evaluateRequests, eventually, listen, request } = require('./support');
-const { runScript, serve, startScript, temporaryDirectory, whole } = require('./support');
+const { Readable } = require('stream');
+const { assert, buildDirectory, client, codeOf, eventually, fs, listen, path, request, serve } = require('./support');
+const { temporaryDirectory, test, whole } = require('./support');
+
+const collecting = client.with({ nodeOptions: ['--expose-gc'] });
 
 const ok = 'HTTP/1.1 200 OK\r\n';
 const chunked = `${ok}Transfer-Encoding: chunked\r\n\r\n`;
@@ -116,10 +118,7 @@ test('a request that cannot be sent is an error, and nothing is sent', async (t)
 
 test('without libcurl every request is an error that says so', async (t) => {
   const directory = temporaryDirectory(t);
-  fs.copyFileSync(
-    path.join(buildDirectory, 'TessaroNativeProbe.node'),
-    path.join(directory, 'TessaroNativeProbe.node'),
-  );
+  fs.copyFileSync(path.join(buildDirectory, 'TessaroNativeProbe.node'), `${directory}/TessaroNativeProbe.node`);
   const calls = Array(2).fill(['http://127.0.0.1/']);
   for (const events of await request(t, calls, { env: { TESSARO_BUILD_DIR: directory } })) {
     assert.deepStrictEqual(inShort(events), [-1]);
@@ -142,10 +141,8 @@ test('a thousand concurrent requests end, over at most 32 connections', async (t
   const paths = Array.from({ length: 1000 }, (_, i) => `/${i}`);
   const calls = paths.map((path) => [url + path]);
   const answers = await request(t, calls, { isTogether: true });
-  assert.deepStrictEqual(
-    answers,
-    paths.map((path) => whole(200, path)),
-  );
+  const expected = paths.map((path) => whole(200, path));
+  assert.deepStrictEqual(answers, expected);
   assert.ok(connections.size <= 32, `${connections.size} connections`);
 });
 
@@ -156,12 +153,15 @@ test('starting again restarts the request, without further events of the earlier
     answer.write(name);
     setTimeout(() => answer.end(), 50);
   });
-  const events = await evaluateRequests(
-    t,
-    `let starts = 0;
-     request(${JSON.stringify(url)}, {}, (made) => made.on('data', () => { if (++starts === 1) { made.start(); made.start(); } }))
-       .then((all) => setTimeout(() => console.log(JSON.stringify(all)), 200));`,
-  );
+  const scenario = async (fixture, address) => {
+    const again = (made) => [made.start(), made.start()];
+    let starts = 0;
+    const events = await fixture.request(address, {}, (made) => made.on('data', () => ++starts === 1 && again(made)));
+    // For events that come after the end.
+    await new Promise((resolve) => setTimeout(resolve, 200));
+    return events;
+  };
+  const events = await client(t, scenario, url);
   const [name, , body] = events.at(-1);
   assert.match(`${name} ${body}`, /^end answer [23]$/);
   const counts = ['response', 'end'].map((each) => events.filter(([event]) => event === each).length);
@@ -170,16 +170,21 @@ test('starting again restarts the request, without further events of the earlier
 
 test('an exception in a listener is uncaught, and the other listeners run', async (t) => {
   const url = await serve(t, (_question, answer) => answer.end('body'));
-  const result = await evaluateRequests(
-    t,
-    `const seen = [];
-     process.on('uncaughtException', (error) => seen.push(error.message ?? error));
-     request(${JSON.stringify(url)}, {}, (made) => {
-       for (const name of ['response', 'data', 'end']) made.on(name, () => { throw new Error(name); });
-       made.on('response', 'no function');
-       made.on('end', () => Promise.resolve().then(() => seen.push('reaction')));
-     }).then((events) => setTimeout(() => console.log(JSON.stringify([events, seen])), 50));`,
-  );
+  const scenario = async (fixture, address) => {
+    const seen = [];
+    process.on('uncaughtException', (error) => seen.push(error.message ?? error));
+    const fail = (name) => {
+      throw new Error(name);
+    };
+    const events = await fixture.request(address, {}, (made) => {
+      for (const name of ['response', 'data', 'end']) made.on(name, () => fail(name));
+      made.on('response', 'no function');
+      made.on('end', () => Promise.resolve().then(() => seen.push('reaction')));
+    });
+    await fixture.eventually(() => seen.length === 5, 'the exceptions');
+    return [events, seen];
+  };
+  const result = await client(t, scenario, url);
   assert.deepStrictEqual(result, [
     whole(200, 'body'),
     ['response', 'object is not a function', 'data', 'end', 'reaction'],
@@ -192,59 +197,52 @@ test('garbage collection cancels a running request, without an event', async (t)
     question.socket.on('close', () => ++closed);
     answer.write('begun');
   });
-  const child = startScript(
-    t,
-    `${client}
-     let begun = 0;
-     let held = Array.from({ length: 20 }, (_, i) => m.createRequest(${JSON.stringify(url)} + '/' + i));
-     for (const made of held) {
-       made.on('data', () => ++begun);
-       for (const name of ['end', 'error']) made.on(name, () => console.log(name));
-       made.start();
-     }
-     setInterval(() => {
-       if (begun < held.length) return;
-       held = [];
-       gc();
-     }, 10);`,
-    { nodeOptions: ['--expose-gc'] },
-  );
+  const scenario = ({ native, print }, address) => {
+    let begun = 0;
+    let held = Array.from({ length: 20 }, (_, i) => native.createRequest(`${address}/${i}`));
+    for (const made of held) {
+      made.on('data', () => ++begun);
+      for (const name of ['end', 'error']) made.on(name, () => print(name));
+      made.start();
+    }
+    setInterval(() => {
+      if (begun < 20) return;
+      held = [];
+      gc();
+    }, 10);
+  };
+  const child = collecting.start(t, scenario, url);
   await eventually(() => closed === 20, 'the end of all connections');
   assert.deepStrictEqual(child.output, { stdout: '', stderr: '' });
 });
 
 test('garbage collection in any listener leaves the requests that are still referenced intact', async (t) => {
   const url = await serve(t, (question, answer) => answer.end('x'.repeat(Number(question.url.slice(1)))));
-  const lengths = await evaluateRequests(
-    t,
-    `const kept = new Set();
-     const lengths = {};
-     let left = 50;
-     const timer = setInterval(() => {}, 1000);
-     const finish = () => { clearInterval(timer); console.log(JSON.stringify(lengths)); };
-     const again = () => {
-       --left;
-       for (let i = 0; i < 10; ++i) {
-         const made = m.createRequest(${JSON.stringify(url)} + '/' + i * 20000);
-         made.on('response', () => gc());
-         if (i % 2 === 0) {
-           kept.add(made);
-           made.on('end', ({ buffer }) => {
-             kept.delete(made);
-             lengths[buffer.byteLength] = (lengths[buffer.byteLength] ?? 0) + 1;
-             if (left === 0 && kept.size === 0) finish();
-           });
-         }
-         made.start();
-         m.createRequest('http://127.0.0.1:1/').start();
-         m.createRequest('never started').on('end', () => {});
-       }
-       gc();
-       if (left > 0) setTimeout(again, left % 5);
-     };
-     again();`,
-    { nodeOptions: ['--expose-gc'] },
-  );
+  const scenario = async ({ eventually, native }, address) => {
+    const kept = new Set();
+    const lengths = {};
+    for (let round = 0; round < 50; ++round) {
+      for (let i = 0; i < 10; ++i) {
+        const made = native.createRequest(`${address}/${i * 20000}`);
+        made.on('response', () => gc());
+        if (i % 2 === 0) {
+          kept.add(made);
+          made.on('end', ({ buffer }) => {
+            kept.delete(made);
+            lengths[buffer.byteLength] = (lengths[buffer.byteLength] ?? 0) + 1;
+          });
+        }
+        made.start();
+        native.createRequest('http://127.0.0.1:1/').start();
+        native.createRequest('never started').on('end', () => {});
+      }
+      gc();
+      await new Promise((resolve) => setTimeout(resolve, round % 5));
+    }
+    await eventually(() => kept.size === 0, 'the end of every request');
+    return lengths;
+  };
+  const lengths = await collecting(t, scenario, url);
   assert.deepStrictEqual(lengths, { 0: 50, 40000: 50, 80000: 50, 120000: 50, 160000: 50 });
 });
 
@@ -253,22 +251,24 @@ test('a running request does not keep the process alive, and the process exits c
     if (question.url === '/silent') return;
     answer.write('x'.repeat(1e6));
   });
-  const endings = {
-    'nothing left to do': '',
-    'process.exit()': `setTimeout(() => process.exit(0), 100);`,
-    'process.exit() in a listener': `kept[0].on('data', () => process.exit(0)); setInterval(() => {}, 1000);`,
-    'an exception in a listener': `process.on('uncaughtException', () => process.exit(0));
-      kept[0].on('data', () => { throw 1; }); setInterval(() => {}, 1000);`,
+  const scenario = ({ native }, address, ending) => {
+    const kept = ['/', '/silent', '/'].map((path) => native.createRequest(address + path));
+    for (const made of kept) made.on('data', () => {}) ?? made.start();
+    const exit = () => process.exit(0);
+    const raise = () => {
+      throw new Error('raised by a listener');
+    };
+    if (ending === 'process.exit()') setTimeout(exit, 100);
+    if (!ending.endsWith('in a listener')) return;
+    const raises = ending.startsWith('an exception');
+    if (raises) process.on('uncaughtException', exit);
+    kept[0].on('data', raises ? raise : exit);
+    setInterval(() => {}, 1000);
   };
-  for (const [name, ending] of Object.entries(endings)) {
-    const { code, signal, stderr } = await runScript(
-      t,
-      `${client}
-       const kept = ['/', '/silent', '/'].map((path) => m.createRequest(${JSON.stringify(url)} + path));
-       for (const made of kept) { made.on('data', () => {}); made.start(); }
-       ${ending}`,
-    );
-    assert.deepStrictEqual([code, signal, stderr], [0, null, ''], name);
+  const endings = ['by itself', 'process.exit()', 'process.exit() in a listener', 'an exception in a listener'];
+  for (const ending of endings) {
+    const { code, signal, stderr } = await client.ends(t, scenario, url, ending);
+    assert.deepStrictEqual([code, signal, stderr], [0, null, ''], ending);
   }
 });
 
@@ -278,9 +278,8 @@ test('proxies come from the environment', async (t) => {
     asked.push(question.url);
     answer.end('from the proxy');
   });
-  const [through, past] = await request(t, [['http://nowhere.invalid/x'], ['http://other.invalid/']], {
-    env: { http_proxy: proxy, no_proxy: 'other.invalid' },
-  });
+  const env = { http_proxy: proxy, no_proxy: 'other.invalid' };
+  const [through, past] = await request(t, [['http://nowhere.invalid/x'], ['http://other.invalid/']], { env });
   assert.deepStrictEqual(through, whole(200, 'from the proxy'));
   assert.deepStrictEqual(inShort(past), [-1003]);
   assert.deepStrictEqual(asked, ['http://nowhere.invalid/x']);
@@ -296,60 +295,44 @@ test('no cookie is stored or sent', async (t) => {
   assert.deepStrictEqual(cookies, [undefined, undefined, 'own=1']);
 });
 
-/** Answers with a body of `size` bytes; gives a function that gives the number of bytes sent so far. */
-function pour(answer, size) {
-  const piece = Buffer.alloc(1024 * 1024, 7);
-  let sent = 0;
-  const write = () => {
-    while (sent < size) {
-      const next = piece.subarray(0, Math.min(size - sent, piece.length));
-      sent += next.length;
-      if (!answer.write(next)) return answer.once('drain', write);
-    }
-    return answer.end();
-  };
-  answer.setHeader('content-length', size);
-  write();
-  return () => sent;
-}
-
 test('busy script pauses the server, and memory stays at the size of the body', async (t) => {
-  const size = 300 * 1024 * 1024;
-  let sent;
-  const url = await serve(t, (_question, answer) => (sent = pour(answer, size)));
-  const child = startScript(
-    t,
-    `${client}
-     const made = m.createRequest(${JSON.stringify(url)});
-     const alive = setInterval(() => {}, 1000);
-     let received = 0, largest = 0, inTurn = 0, mostInTurn = 0, busyAt = 0;
-     const endTurn = () => {
-       mostInTurn = Math.max(mostInTurn, inTurn);
-       inTurn = 0;
-     };
-     made.on('data', (data) => {
-       received += data.byteLength;
-       largest = Math.max(largest, data.byteLength);
-       if (inTurn === 0) setImmediate(endTurn);
-       inTurn += data.byteLength;
-       if (received < busyAt) return;
-       if (busyAt === 0) console.log('busy');
-       for (const end = Date.now() + (busyAt === 0 ? 1000 : 200); Date.now() < end;);
-       busyAt = received + 30e6;
-     });
-     made.on('end', ({ buffer }) => {
-       const peak = Number(require('fs').readFileSync('/proc/self/status', 'utf8').match(/VmHWM:\\s+(\\d+)/)[1]) * 1024;
-       console.log(JSON.stringify({ received, length: buffer.byteLength, largest, mostInTurn, peak }));
-       clearInterval(alive);
-     });
-     made.start();`,
-  );
+  const [pieces, size] = [Array(300).fill(Buffer.alloc(1 << 20, 7)), 300 << 20];
+  let socket;
+  const url = await serve(t, (_question, answer) => {
+    ({ socket } = answer);
+    answer.setHeader('content-length', size);
+    Readable.from(pieces).pipe(answer);
+  });
+  const scenario = ({ native, peak, print }, address) =>
+    new Promise((resolve) => {
+      const made = native.createRequest(address);
+      // Keeps the request, and the process alive.
+      setInterval(() => made, 1000);
+      let [received, largest, inTurn, mostInTurn, busyAt] = [0, 0, 0, 0, 0];
+      const endTurn = () => {
+        mostInTurn = Math.max(mostInTurn, inTurn);
+        inTurn = 0;
+      };
+      made.on('data', ({ byteLength }) => {
+        received += byteLength;
+        largest = Math.max(largest, byteLength);
+        if (inTurn === 0) setImmediate(endTurn);
+        inTurn += byteLength;
+        if (received < busyAt) return;
+        if (busyAt === 0) print('busy');
+        for (const end = Date.now() + (busyAt === 0 ? 1000 : 200); Date.now() < end; );
+        busyAt = received + 30e6;
+      });
+      made.on('end', ({ buffer }) => resolve([received, buffer.byteLength, largest, mostInTurn, peak()]));
+      made.start();
+    });
+  const child = client.start(t, scenario, url);
   await new Promise((resolve) => child.process.stdout.once('data', resolve));
   await new Promise((resolve) => setTimeout(resolve, 500));
-  const sentToBusy = sent();
+  const sentToBusy = socket.bytesWritten;
   const { code, stderr } = await child.ended;
   assert.strictEqual(code, 0, stderr);
-  const { received, length, largest, mostInTurn, peak } = JSON.parse(child.output.stdout.split('\n')[1]);
+  const [received, length, largest, mostInTurn, peak] = JSON.parse(child.output.stdout.split('\n')[1]);
   assert.deepStrictEqual([received, length], [size, size]);
   assert.ok(sentToBusy < 40e6, `${sentToBusy} bytes were sent to a busy process`);
   assert.ok(largest <= 1.1e6, `a chunk of ${largest} bytes`);

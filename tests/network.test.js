@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, test } = require('./support/node');
-const { evaluateRequests, request, serve, whole } = require('./support');
+const { assert, client, request, serve, test, whole } = require('./support');
 
 test('later chunks repeat the first bytes of the body; only the end has it all', async (t) => {
   const url = await serve(t, (_question, answer) => {
@@ -71,24 +70,28 @@ test('any status is a response; HEAD has no body; an empty body has no data', as
 
 test('"on" needs two arguments and an exact event name, at any time and with any listener', async (t) => {
   const url = await serve(t, (_question, answer) => answer.end('body'));
-  const events = await evaluateRequests(
-    t,
-    `let kept;
-     request(${JSON.stringify(url)}, {}, (made, note) => {
-       kept = made;
-       const twice = function (value) { 'use strict'; note('twice', this === null, arguments.length, value === made); };
-       const wrong = [['Response', note], ['end'], ['end', note, 1], [], ['end ', note], [{ toString() { throw 1; } }, note]];
-       note('unused', wrong.every((args) => made.on(...args) === undefined));
-       for (const name of [{ toString: () => 'response' }, 'response']) made.on(name, twice);
-       made.on('data', () => made.on('data', note));
-       made.on('end', () => made.on('end', () => note('late')));
-       note('foreign', made.on.call({}, 'end', note), made.start.call({}), made.start.length);
-     }).then((events) => {
-       kept.on('end', () => events.push('after the end'));
-       kept.start();
-       setTimeout(() => console.log(JSON.stringify(events)), 100);
-     });`,
-  );
+  const scenario = async (fixture, address) => {
+    let kept;
+    const events = await fixture.request(address, {}, (made, note) => {
+      kept = made;
+      const twice = function (...args) {
+        note('twice', this === null, args.length, args[0] === made);
+      };
+      const throwing = { toString: fixture.assert.fail };
+      const wrong = [['Response', note], ['end'], ['end', note, 1], [], ['end ', note], [throwing, note]];
+      const isUnused = wrong.every((args) => made.on(...args) === undefined);
+      note('unused', isUnused);
+      for (const name of [{ toString: () => 'response' }, 'response']) made.on(name, twice);
+      made.on('data', () => made.on('data', note));
+      made.on('end', () => made.on('end', () => note('late')));
+      note('foreign', made.on.call({}, 'end', note), made.start.call({}), made.start.length);
+    });
+    kept.on('end', () => events.push('after the end'));
+    kept.start();
+    await new Promise((resolve) => setTimeout(resolve, 100));
+    return events;
+  };
+  const events = await client(t, scenario, url);
   const twice = Array(2).fill(['twice', true, 1, true]);
   const [started, response, ...others] = whole(200, 'body');
   const expected = [['unused', true], ['foreign', null, null, 0], started, response, ...twice, ...others]; // prettier-ignore

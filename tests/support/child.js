@@ -30,7 +30,7 @@ function environmentFor(home, extra) {
 
 /**
  * Starts a process that ends with the test. `source` is script, for which `probe()` loads the test add-on, or a function
- * that gives Node.js's arguments. Options: `env`, `cwd`, `nodeOptions`; `within`, a command before the process's own;
+ * that gives Node.js's arguments. Options: `env`, `nodeOptions`; `within`, a command before the process's own;
  * `executable` instead of Node.js; `home`, by default a new one.
  */
 function startScript(test, source, options = {}) {
@@ -41,7 +41,7 @@ function startScript(test, source, options = {}) {
   const script = typeof source === 'function' ? source(home) : ['-e', prelude + source];
   const [program, ...args] = [...(options.within || []), executable, ...nodeOptions, ...script];
   const child = spawn(program, args, {
-    cwd: options.cwd || root,
+    cwd: root,
     env: environmentFor(home, { TESSARO_EXECUTABLE: options.executable, ...options.env }),
     stdio: 'pipe',
   });
@@ -51,10 +51,16 @@ function startScript(test, source, options = {}) {
   }
   // A process that has ended early reads no more.
   child.stdin.on('error', () => {});
-  // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open.
-  const ended = endWith(test, child)
-    .then((end) => new Promise((resolve) => setImmediate(() => resolve(end))))
-    .then(({ code, signal }) => ({ code, signal, stderr: output.stderr }));
+  // 'exit' rather than 'close': daemons that GNUstep starts keep the pipes open. A pipe is read to its end when a whole
+  // turn of the event loop brings nothing.
+  const ended = endWith(test, child).then(async ({ code, signal }) => {
+    const length = () => output.stdout.length + output.stderr.length;
+    for (let read = -1; read < length(); ) {
+      read = length();
+      for (let i = 0; i < 2; ++i) await new Promise(setImmediate);
+    }
+    return { code, signal, stderr: output.stderr };
+  });
   const printed = (text) =>
     eventually(() => output.stdout === text, `printing ${JSON.stringify(text)}`).catch((error) => {
       throw new Error(`${error.message}; so far ${JSON.stringify(output)}`);
@@ -62,10 +68,10 @@ function startScript(test, source, options = {}) {
   return { process: child, home, output, ended, printed };
 }
 
-/** Runs a process to its end. More options: `deadline` in milliseconds; `input` for standard input. */
+/** Runs a process to its end. One more option: `deadline` in milliseconds. */
 async function runScript(test, source, options = {}) {
   const child = startScript(test, source, options);
-  child.process.stdin.end(options.input || '');
+  child.process.stdin.end();
   const timer = setTimeout(() => child.process.kill('SIGKILL'), paced(options.deadline || 60000));
   const { code, signal, stderr } = await child.ended;
   clearTimeout(timer);

@@ -17,6 +17,9 @@ const { eventually, hasPassed } = require('./pace');
 const execute = promisify(execFile);
 const print = (value) => void process.stdout.write(`${JSON.stringify(value ?? null)}\n`);
 
+/** Ends the process when what was printed is written: a pipe takes no more than 200 KB at once. */
+const end = () => void process.stdout.write('', () => process.exit());
+
 /** The texts logged since captureLog(), of one level or of all. */
 const log = (flag) => {
   const { flushLog, capturedLog } = probe();
@@ -65,6 +68,7 @@ const elsewhere = {
 const parts = {
   keys: () => require('./keys').pressing,
   windows: () => require('./windows').windowing,
+  requests: () => require('./requests').requesting,
   accounts: () => () => require('./accountMenu'),
 };
 
@@ -103,23 +107,19 @@ function run(data, more, scenario) {
   start(() => {
     const value = scenario(makeFixture(settings, more), ...args);
     if (!(value instanceof Promise)) return value === undefined || print(value);
-    return value.then(print).then(() => process.exit(), fail);
+    return value.then(print).then(end, fail);
   });
 }
 
 /** A scenario without a value: the print shows that it has come to its end. */
 const check = (data, more, scenario) => run(data, more, async (...all) => void (await scenario(...all)));
 
-function each(data, more, scenario) {
-  const { settings, args } = read(data);
-  start(async () => {
-    const fixture = makeFixture(settings, more);
+const each = (data, more, scenario) =>
+  run(data, more, async (fixture, rows, ...args) => {
     const results = [];
-    for (const row of settings.rows) results.push((await scenario(fixture, ...row, ...args)) ?? null);
-    print(results);
-    process.exit();
+    for (const row of rows) results.push((await scenario(fixture, ...row, ...args)) ?? null);
+    return results;
   });
-}
 
 function stay(data, more) {
   const { settings } = read(data);

@@ -3,10 +3,9 @@
 // Servers for requests, and requests made by a process of their own.
 
 const http = require('http');
-const util = require('util');
 
-const { evaluate } = require('./child');
 const { atEnd } = require('./cleanup');
+const { scenarios } = require('./scenario');
 
 /** Listens on a port of its own; the server and its connections end with the test. Gives the address. */
 async function listen(test, server, scheme = 'http') {
@@ -28,51 +27,48 @@ async function listen(test, server, scheme = 'http') {
 /** An HTTP server that answers with `handler`. */
 const serve = (test, handler) => listen(test, http.createServer(handler));
 
-// Source for the requesting process: `request()` gives every event of a request, in order.
-const client = `
-const { module: m } = probe();
-function request(url, options, prepare = () => {}) {
-  // A running request does not keep the process alive.
-  const alive = setInterval(() => {}, 1000);
-  return new Promise((resolve) => {
-    const made = m.createRequest(url, ...(options === undefined ? [] : [options]));
-    const events = [];
-    const note = (...event) => events.push(event);
-    // JSON has no undefined; a text without it is easier to compare.
-    made.on('response', (r) => note('response', r === made, r.statusCode, ...('location' in r ? [r.location] : [])));
-    made.on('data', (data) => note('data', data instanceof ArrayBuffer && Buffer.from(data).toString()));
-    made.on('end', (r) => { note('end', r === made, Buffer.from(r.buffer).toString()); resolve(events); });
-    made.on('error', (text) => { note('error', text); resolve(events); });
-    prepare(made, note);
-    made.start();
-    note('started');
-  }).finally(() => clearInterval(alive));
-}
-`;
+/** For scenarios: `request()` gives every event of a request, in order; `peak()` the most memory so far, in bytes. */
+const requesting = ({ fs, native }) => ({
+  peak: () => Number(fs.readFileSync('/proc/self/status', 'utf8').match(/VmHWM:\s+(\d+)/)[1]) * 1024,
+  request(url, options, prepare = () => {}) {
+    // A running request does not keep the process alive.
+    const alive = setInterval(() => {}, 1000);
+    return new Promise((resolve) => {
+      const made = native.createRequest(url, ...(options === undefined ? [] : [options]));
+      const events = [];
+      const note = (...event) => events.push(event);
+      // JSON has no undefined; a text without it is easier to compare.
+      made.on('response', (r) => note('response', r === made, r.statusCode, ...('location' in r ? [r.location] : [])));
+      made.on('data', (data) => note('data', data instanceof ArrayBuffer && Buffer.from(data).toString()));
+      made.on('end', (r) => resolve(note('end', r === made, Buffer.from(r.buffer).toString()) && events));
+      made.on('error', (text) => resolve(note('error', text) && events));
+      prepare(made, note);
+      made.start();
+      note('started');
+    }).finally(() => clearInterval(alive));
+  },
+});
 
-/** Runs `source`, which may use `request()` and `m`, and gives what it prints as JSON. */
-const evaluateRequests = (test, source, options) => evaluate(test, client + source, options);
+const client = scenarios({ uses: ['requests'] });
 
 /**
- * Makes the requests, [url, options] each, one after the other and gives the events of each. Options may hold numbers
- * that JSON hasn't. With `isTogether` the first request is made alone, and the others all at once.
+ * Makes the requests, [url, options] each, one after the other and gives the events of each. With `isTogether` the first
+ * request is made alone, and the others all at once.
  */
-function request(test, requests, { isTogether = false, ...options } = {}) {
-  const list = util.inspect(requests, { depth: null, maxArrayLength: null, maxStringLength: null });
-  return evaluateRequests(
+const request = (test, requests, { isTogether = false, ...options } = {}) =>
+  client.with(options)(
     test,
-    `(async () => {
-       const all = [];
-       for (const args of ${list}) {
-         all.push(request(...args));
-         if (${!isTogether} || all.length === 1) await all[0];
-         if (${!isTogether}) await all.at(-1);
-       }
-       console.log(JSON.stringify(await Promise.all(all)));
-     })();`,
-    options,
+    async (fixture, list, together) => {
+      const all = [];
+      for (const args of list) {
+        all.push(fixture.request(...args));
+        await all.at(together ? 0 : -1);
+      }
+      return Promise.all(all);
+    },
+    requests,
+    isTogether,
   );
-}
 
 /** The events of a response whose body arrives in one piece. */
 const whole = (status, body) => [
@@ -91,4 +87,4 @@ const outcome = (events) => {
   return [name, name === 'end' ? body : codeOf(first)];
 };
 
-module.exports = { client, listen, serve, request, evaluateRequests, codeOf, outcome, whole };
+module.exports = { client, requesting, listen, serve, request, codeOf, outcome, whole };

@@ -114,10 +114,11 @@ function scenarios({ display = false, host = display, uses = [], fixture, env, .
     },
     /** Runs the scenario for each row, which ends with the value that is expected of the others. */
     async table(t, rows, scenario, ...args) {
-      const each = program('each', { ...inside, rows: rows.map((row) => row.slice(0, -1)) }, [fixture, scenario], args);
+      const inputs = rows.map((row) => row.slice(0, -1));
+      const each = program('each', inside, [fixture, scenario], [inputs, ...args]);
       const results = await evaluate(t, each, outside());
       rows.forEach((row, i) => {
-        const text = JSON.stringify(row.slice(0, -1))?.slice(0, 200);
+        const text = JSON.stringify(inputs[i])?.slice(0, 200);
         assert.deepStrictEqual(results[i], JSON.parse(JSON.stringify(row.at(-1) ?? null)), text);
       });
     },
