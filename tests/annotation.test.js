@@ -3,26 +3,15 @@
 // The editor that draws on images, with a real mouse, and films of the screen.
 
 const sharp = require('sharp');
-const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { eventually, scenarios, temporaryDirectory } = require('./support');
+const { assert, eventually, execFileSync, fs, path, scenarios } = require('./support');
+const { spawnSync, temporaryDirectory, test } = require('./support');
 
 const inWindows = scenarios({
   display: true,
   uses: ['windows'],
-  fixture({
-    application,
-    dialogs,
-    eventually,
-    fs,
-    get,
-    host,
-    mouseEvent,
-    native,
-    path,
-    run,
-    sendMessage: send,
-    shown,
-  }) {
+  fixture(base) {
+    const { application, dialogs, eventually, fs, get, host, mouseEvent, native, path, run, shown } = base;
+    const { sendMessage: send } = base;
     const pause = ['sleep', 0.15];
     const ends = [];
     host.on('notification', (notification) => ends.push(notification));
@@ -285,14 +274,8 @@ test('the recorder program ends with the process that started it', async (t) => 
   };
   const recorder = await inWindows(t, scenario, temporaryDirectory(t));
   assert.match(recorder, /^\d+$/);
-  const hasEnded = () => {
-    try {
-      return /^State:\s+Z/m.test(fs.readFileSync(`/proc/${recorder}/status`, 'utf8'));
-    } catch {
-      return true;
-    }
-  };
-  await eventually(hasEnded, 'the end of the recorder');
+  const state = () => spawnSync('ps', ['-o', 'stat=', '-p', recorder], { encoding: 'utf8' }).stdout;
+  await eventually(() => /^(Z|$)/.test(state()), 'the end of the recorder');
 });
 
 scenarios().test('without a display the callbacks receive null', async (fixture) => {

@@ -2,8 +2,7 @@
 
 // The examples that the documentation promises to run: those that load the module themselves.
 
-const { assert, fs, path, test } = require('./support/node');
-const { root, runScript } = require('./support');
+const { assert, fs, path, root, runScript, test } = require('./support');
 
 const pages = fs.readdirSync(path.join(root, 'docs', 'api')).map((name) => path.join('docs', 'api', name));
 

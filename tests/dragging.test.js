@@ -19,8 +19,8 @@ const inWindows = scenarios({
   }),
 });
 
-inWindows.test('files that another program drags reach script, and then the page', async (fixture) => {
-  const { equal, eventually, host, openListening, settled } = fixture;
+inWindows.test('files of other programs reach script, then the page; dropped by script, the page', async (fixture) => {
+  const { assert, captureLog, equal, eventually, host, log, native, openListening, settled } = fixture;
   const { events, handle, dropped } = await openListening();
   await settled(handle);
   const { frame } = host.windowInfo(handle);
@@ -35,7 +35,24 @@ inWindows.test('files that another program drags reach script, and then the page
   // Nothing of the earlier drag is left when the next one brings no file of this machine.
   events.length = 0;
   await drag([]);
+  captureLog();
+  const point = '{"x":10,"y":20}';
+  const many = Array.from({ length: 1000 }, (_, i) => `/tmp/file ${i}`);
+  const table = [
+    [point, '["/no/such file"]', true],
+    ['{"x":-1,"y":5000}', JSON.stringify(many), true],
+    ['{"x":"left","y":null}', '["/a"]', true],
+    ['{}', '[]', false],
+    ...[['no JSON', '[]', false], ['[1]', '["/a"]', false], ['"x"', '["/a"]', false]],
+    ...['no JSON', '{}', '[1]', '[null]'].map((paths) => [point, paths, false]),
+  ]; // prettier-ignore
+  for (const [place, paths, answer] of table) equal(native.dropFiles(handle, place, paths), answer);
+  equal(dropped().slice(files.length), ['/no/such file', ...many, '/a']);
   equal(events, []);
+  const outside = log(4).find((line) => line.startsWith('Unable'));
+  assert.match(outside, /^Unable to drop files as \{.*\} is not in \{.*300\}/);
+  assert.match(log(1)[0], /^Couldn't parse point no JSON because of /);
+  assert.match(log(1)[3], /^Couldn't parse paths parameter no JSON because of /);
 });
 
 inWindows.test('each phase is reported to script before the page answers, and for files only', async (fixture) => {
@@ -56,29 +73,6 @@ inWindows.test('each phase is reported to script before the page answers, and fo
   equal([drag('NSFilenamesPboardType', ['/a']), dropped()], [[1, 1, null, true], 1]);
   const reported = ['dragging-entered', 'dragging-updated', 'dragging-exited', 'perform-drag-operation'];
   equal(phases, reported.map((name) => [name, 0])); // prettier-ignore
-});
-
-inWindows.test('files that script drops reach the page, and are not reported to script', async (fixture) => {
-  const { assert, captureLog, equal, log, native, openListening } = fixture;
-  const { events, handle, dropped } = await openListening();
-  captureLog();
-  const point = '{"x":10,"y":20}';
-  const many = Array.from({ length: 1000 }, (_, i) => `/tmp/file ${i}`);
-  const table = [
-    [point, '["/no/such file"]', true],
-    ['{"x":-1,"y":5000}', JSON.stringify(many), true],
-    ['{"x":"left","y":null}', '["/a"]', true],
-    ['{}', '[]', false],
-    ...[['no JSON', '[]', false], ['[1]', '["/a"]', false], ['"x"', '["/a"]', false]],
-    ...['no JSON', '{}', '[1]', '[null]'].map((paths) => [point, paths, false]),
-  ]; // prettier-ignore
-  for (const [place, paths, answer] of table) equal(native.dropFiles(handle, place, paths), answer);
-  equal(dropped(), ['/no/such file', ...many, '/a']);
-  equal(events, []);
-  const outside = log(4).find((line) => line.startsWith('Unable'));
-  assert.match(outside, /^Unable to drop files as \{.*\} is not in \{.*300\}/);
-  assert.match(log(1)[0], /^Couldn't parse point no JSON because of /);
-  assert.match(log(1)[3], /^Couldn't parse paths parameter no JSON because of /);
 });
 
 inWindows.test('the drag of a title carries the page’s address, with Option its web address', async (fixture) => {

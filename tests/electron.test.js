@@ -2,8 +2,7 @@
 
 // The module built against headers of an engine that is not the running one.
 
-const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { buildDirectory, root, temporaryDirectory } = require('./support');
+const { assert, buildDirectory, execFileSync, fs, path, root, temporaryDirectory, test } = require('./support');
 
 const isSanitized = process.env.TESSARO_NODE !== undefined;
 

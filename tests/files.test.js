@@ -2,8 +2,7 @@
 
 // Writing files from script: the contents of the disk afterwards, and the reason when they can't be written.
 
-const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { scenarios, temporaryDirectory, temporaryFiles } = require('./support');
+const { assert, execFileSync, fs, path, scenarios, temporaryDirectory, temporaryFiles, test } = require('./support');
 
 const plain = scenarios();
 // Root without the right to bypass permissions is an ordinary user.
@@ -11,16 +10,14 @@ const isRoot = process.getuid() === 0;
 const unprivileged = isRoot ? { within: ['setpriv', '--bounding-set=-dac_override,-dac_read_search'] } : {};
 
 /** Writes files, [path, text or number of zero bytes, append] each, in one process; gives the results. */
-const write = (t, files, options = {}) =>
-  plain.with(options)(
-    t,
-    ({ native }, all) => {
-      process.umask(0o027);
-      const bytes = (data) => (typeof data === 'number' ? Buffer.alloc(data) : Buffer.from(data));
-      return all.map(([file, data, append = false]) => native.writeFile(file, bytes(data), append) ?? null);
-    },
-    files,
-  );
+const write = (t, files, options = {}) => {
+  const scenario = ({ native }, all) => {
+    process.umask(0o027);
+    const bytes = (data) => (typeof data === 'number' ? Buffer.alloc(data) : Buffer.from(data));
+    return all.map(([file, data, append = false]) => native.writeFile(file, bytes(data), append) ?? null);
+  };
+  return plain.with(options)(t, scenario, files);
+};
 
 const temporaries = (folder) => fs.readdirSync(folder).filter((name) => name.startsWith('.new-'));
 

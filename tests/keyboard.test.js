@@ -3,8 +3,7 @@
 // Which keys reach the menu, the page and script, and in which order: with keys that are really pressed, as far as
 // there are any.
 
-const { assert, test } = require('./support/node');
-const { scenarios } = require('./support');
+const { assert, scenarios, test } = require('./support');
 const { shift, control, option, command, keyCodes: key } = require('./support/keys');
 
 const [keyUp, flagsChanged, mouseDown] = [11, 12, 1];
@@ -54,7 +53,8 @@ inSession.test('an inherited method is replaced in the heir alone', ({ equal, me
 
 // ---- Keys that are pressed
 
-inSession.test('special keys reach the menu before the page', async ({ during, equal, openKeyWindow, press }) => {
+inSession.test('special keys reach the menu first, others after the page with their key press', async (fixture) => {
+  const { during, equal, host, native, openKeyWindow, press } = fixture;
   const menu = 'will open TessaroHost';
   const [previous, next] = ['window/set-previous-tab-active', 'window/set-next-tab-active'];
   const table = [
@@ -73,11 +73,6 @@ inSession.test('special keys reach the menu before the page', async ({ during, e
   ]; // prettier-ignore
   const window = await openKeyWindow();
   for (const [keys, ...expected] of table) equal([keys, ...(await during(() => press(window, keys)))], [keys, ...expected]); // prettier-ignore
-});
-
-inSession.test('a returned shortcut is handled with the key code and modifiers of its key press', async (fixture) => {
-  const { equal, host, native, openKeyWindow, press } = fixture;
-  const window = await openKeyWindow();
   const events = [];
   const note = ({ event }) => event && events.push([event, JSON.parse(native.modifierKeys())]);
   host.on('notification', ({ userInfo }) => note(userInfo));
@@ -90,8 +85,8 @@ inSession.test('a returned shortcut is handled with the key code and modifiers o
   equal(events[1], [{ ...arrow, 'key-code': 123, chars: '\uf702' }, arrow]);
 });
 
-inSession.test('every change of the modifier keys is reported', async (fixture) => {
-  const { equal, eventually, modifierReports, openKeyWindow, press, run } = fixture;
+inSession.test('every change of the modifier keys is reported, those in the background on return', async (fixture) => {
+  const { equal, eventually, host, modifierReports, openKeyWindow, press, run, spawn } = fixture;
   const window = await openKeyWindow();
   const reports = modifierReports();
   await press(window, 'ctrl+shift+alt+super+F5');
@@ -104,10 +99,28 @@ inSession.test('every change of the modifier keys is reported', async (fixture) 
     await eventually(() => reports.length > count, act);
   }
   equal(reports.join(' '), '00000100 00000100 00000100 00000000');
+  const isKey = () => host.windowInfo(window).isKey;
+  const away = async (...keys) => {
+    const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
+    await eventually(() => !isKey(), 'the background');
+    await run('xdotool', ...keys);
+    reports.length = 0;
+    await run('xdotool', 'windowactivate', host.windowInfo(window).systemWindow);
+    await eventually(() => isKey() && reports.length > 0, 'the foreground');
+    other.kill();
+    return reports.at(-1);
+  };
+  const up = ['keyup', 'shift', 'keyup', 'alt'];
+  try {
+    equal(await away('keydown', 'shift', 'keydown', 'alt'), '00101000');
+    equal(await away(...up), '00000000');
+  } finally {
+    await run('xdotool', ...up);
+  }
 });
 
-inSession.test('shortcuts with Shift, with Caps Lock on, and on other layouts', async (fixture) => {
-  const { during, equal, key, menus, native, openKeyWindow, press, run } = fixture;
+inSession.test('shortcuts work with Shift, Caps Lock and other layouts, and dead keys still type', async (fixture) => {
+  const { assert, during, equal, host, key, menus, native, openKeyWindow, press, run } = fixture;
   // Each with layouts, and keys that choose the item there or don't.
   const table = [
     // Lower or upper case: Shift is what the accelerator says.
@@ -134,6 +147,11 @@ inSession.test('shortcuts with Shift, with Caps Lock on, and on other layouts', 
   await key('Caps_Lock');
   equal(await isChosen('ctrl+u'), true);
   await key('Caps_Lock');
+  await run('setxkbmap', 'de');
+  const third = ['ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift'];
+  await press(window, 'dead_circumflex', 'a', ...third);
+  await run('setxkbmap', 'us');
+  assert.match(host.windowInfo(window).typedText, /â.*@ß/);
 });
 
 inSession.test('menus show the user’s own keys for Command and Option', async (fixture) => {
@@ -155,40 +173,6 @@ inSession.test('menus show the user’s own keys for Command and Option', async 
   const window = await openKeyWindow();
   equal((await during(() => press(window, 'super+n'))).at(-1), 1);
   equal((await during(() => press(window, 'ctrl+n'))).includes(1), false);
-});
-
-inSession.test('dead keys, the third level and input methods type as before', async (fixture) => {
-  const { assert, host, openKeyWindow, press, run } = fixture;
-  const window = await openKeyWindow();
-  await run('setxkbmap', 'de');
-  const third = ['ISO_Level3_Shift+q', 'ISO_Level3_Shift', 'ssharp', 'ctrl+ISO_Level3_Shift'];
-  await press(window, 'dead_circumflex', 'a', ...third);
-  await run('setxkbmap', 'us');
-  assert.match(host.windowInfo(window).typedText, /â.*@ß/);
-});
-
-inSession.test('modifiers that change in the background are reported on return', async (fixture) => {
-  const { equal, eventually, host, modifierReports, openKeyWindow, run, spawn } = fixture;
-  const window = await openKeyWindow();
-  const reports = modifierReports();
-  const isKey = () => host.windowInfo(window).isKey;
-  const away = async (...keys) => {
-    const other = spawn('xev', ['-name', 'Other'], { stdio: 'ignore' });
-    await eventually(() => !isKey(), 'the background');
-    await run('xdotool', ...keys);
-    reports.length = 0;
-    await run('xdotool', 'windowactivate', host.windowInfo(window).systemWindow);
-    await eventually(() => isKey() && reports.length > 0, 'the foreground');
-    other.kill();
-    return reports.at(-1);
-  };
-  const up = ['keyup', 'shift', 'keyup', 'alt'];
-  try {
-    equal(await away('keydown', 'shift', 'keydown', 'alt'), '00101000');
-    equal(await away(...up), '00000000');
-  } finally {
-    await run('xdotool', ...up);
-  }
 });
 
 inSession.test('the application is hidden from its command until it shows a window', async (fixture) => {
@@ -248,9 +232,8 @@ test('a released key of tab switching is consumed too, and similar events are no
 
 test('every event after the bracket check is written to the system log', async (t) => {
   const { stderr } = await inSession.ends(t, ({ command, event, menus, option, shift }) => {
-    [event(command | option), event(command), event(command | shift, { ignoring: '{' })].forEach((each) =>
-      menus.processKey(each),
-    );
+    const events = [event(command | option), event(command), event(command | shift, { ignoring: '{' })];
+    for (const each of events) menus.processKey(each);
   });
   const [first, second, ...others] = stderr.match(/>>> command\+option: .*/g);
   assert.match(first, /^>>> command\+option: 1 45 NSEvent: /);
@@ -275,19 +258,8 @@ inSession.test('of two items with one shortcut a later menu’s wins over the ap
   }
 });
 
-inSession.test('modifier reports leave out synthetic events and include mouse events', (fixture) => {
-  const { command, equal, event, menus, modifierReports, shift } = fixture;
-  const [flagsChanged, mouseDown] = [12, 1];
-  menus.processModifiers(event(command, { type: flagsChanged }));
-  const reports = modifierReports();
-  menus.processModifiers(event(command, { type: flagsChanged, isSynthetic: true }));
-  menus.processModifiers(event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }));
-  menus.processModifiers(event(shift, { type: mouseDown }));
-  equal(reports, ['11111011', '00001000']);
-});
-
-inSession.test('events are described for menus; without an event the description is empty', (fixture) => {
-  const { command, control, equal, event, menus, native, shift } = fixture;
+inSession.test('events are described for menus, and reported for their modifiers unless synthetic', (fixture) => {
+  const { command, control, equal, event, menus, modifierReports, native, shift } = fixture;
   const described = (isKey, isControl, isCommand, isShift, keyCode, chars) => ({
     ...{ 'mouse?': !isKey, 'keyboard?': isKey, 'function-modifier?': false, 'option-modifier?': false },
     ...{ 'control-modifier?': isControl, 'command-modifier?': isCommand, 'shift-modifier?': isShift },
@@ -298,6 +270,13 @@ inSession.test('events are described for menus; without an event the description
   equal(menus.menuEventDescription(key), described(true, true, false, true, 45, 'N'));
   equal(menus.menuEventDescription(event(command, { type: 1 })), described(false, false, true, false, 0, ''));
   equal(native.modifierKeys(), null);
+  const [flagsChanged, mouseDown] = [12, 1];
+  menus.processModifiers(event(command, { type: flagsChanged }));
+  const reports = modifierReports();
+  menus.processModifiers(event(command, { type: flagsChanged, isSynthetic: true }));
+  menus.processModifiers(event(0xff0000 & ~0x10000, { type: flagsChanged, keyCode: 50 }));
+  menus.processModifiers(event(shift, { type: mouseDown }));
+  equal(reports, ['11111011', '00001000']);
 });
 
 test('pasting is taken over only when the clipboard holds files', async (t) => {

@@ -3,8 +3,7 @@
 // Only the sanitized build detects leaks. Node.js, GNUstep and the Objective-C run time leave many objects behind that
 // they made once; leaks of ours grow with the work.
 
-const { assert, test } = require('./support/node');
-const { runScript } = require('./support');
+const { assert, runScript, test } = require('./support');
 
 const work = {
   'values and JSON': `

@@ -1,8 +1,7 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
-const { eventually, everything, hasPassed, startBus, startClient, startNotificationServer } = require('./support');
-const { temporaryDirectory } = require('./support');
+const { assert, eventually, everything, fs, hasPassed, paced, path, startBus, startClient } = require('./support');
+const { startNotificationServer, temporaryDirectory, test } = require('./support');
 
 const none = { delivered: [], scheduled: [] };
 
@@ -128,7 +127,7 @@ test('each alert ends once, and only what the user did is reported', async (t) =
   assert.deepStrictEqual([await client.ends(), await client.warnings()], [reported, []]);
 });
 
-test('removed alerts are closed without a callback', async (t) => {
+test('removed alerts are closed without a callback; the callback may deliver and remove alerts, and throw', async (t) => {
   const { client, server } = await session(t);
   for (const id of ['a', 'b', 'c']) await client.deliver(id);
   const { id } = await server.shown('b');
@@ -153,10 +152,6 @@ test('removed alerts are closed without a callback', async (t) => {
     await client.remove('a');
     assert.deepStrictEqual(await client.alerts(), { delivered: [], scheduled });
   }
-});
-
-test('the callback may deliver and remove alerts, and may throw', async (t) => {
-  const { client, server } = await session(t);
   await client.tell(({ deliver, ends, native }) => {
     process.on('uncaughtException', (error) => ends.push(error.message));
     native.setNotificationCallbackFunction((id, type) => {
@@ -266,9 +261,9 @@ test('refusing, hanging and dying servers block neither script nor later alerts'
 
 // ---- Scheduled alerts
 
-test('scheduled alerts are listed, removed, and delivered on time', async (t) => {
+test('scheduled alerts are listed, removed, and delivered on time; wrong times mean in ten seconds', async (t) => {
   const { client, server } = await session(t);
-  const due = Number(secondsFromNow(2));
+  const due = Number(secondsFromNow(paced(2)));
   await client.deliver('soon', { at: `${due} seconds`, text: 'x' });
   await client.deliver('removed', { at: String(due) });
   await client.deliver('never', { at: '9223372036854775807' });
@@ -283,16 +278,12 @@ test('scheduled alerts are listed, removed, and delivered on time', async (t) =>
   assert.deepStrictEqual(await client.ends(1), [['soon', 'contents-clicked', '']]);
   await client.removeAll();
   assert.deepStrictEqual(await client.alerts(), none);
-  const debug = await client.tell(({ debugLines }) => debugLines());
+  const debug = await client.debugLines();
   assert.ok(debug.some((line) => /^Schedule notification soon -> \d{4}-/.test(line)));
   assert.strictEqual(debug.filter((line) => line.startsWith('removing scheduled notification <TsAlert')).length, 2);
   assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['soon']); // prettier-ignore
-});
-
-test('past and malformed delivery times become ten seconds from now', async (t) => {
   const texts = ['0', '-5', 'soon', '', '[object Object]', ' ', '1.5e12', 'NaN', '-9223372036854775809'];
   const inputs = [...texts, {}, false, NaN, Math.floor(Date.now() / 1000)];
-  const client = await startClient(t);
   const remaining = await client.tell(({ describe, native }, all) => {
     const now = Date.now() / 1000;
     return all.map((at, i) => {
@@ -303,16 +294,17 @@ test('past and malformed delivery times become ten seconds from now', async (t) 
   for (const [i, seconds] of remaining.entries()) assert.ok(seconds >= 10 && seconds < 15, `${inputs[i]}: ${seconds}`);
 });
 
-test('scheduled alerts survive a restart unchanged', async (t) => {
-  const { env, server } = await session(t);
-  const home = temporaryDirectory(t);
-  const first = await startClient(t, { home, env });
+test('scheduled alerts survive a restart unchanged, also those that fall due without a server', async (t) => {
+  const bus = await startBus(t, temporaryDirectory(t));
+  const env = { DBUS_SESSION_BUS_ADDRESS: bus.address };
+  const first = await startClient(t, { env });
+  const { home } = first;
   const far = secondsFromNow(1000);
   const alert = { title: 'T\0ü😀', subtitle: 'a\nb', text: '<&>', sound: 'Basso', reply: true, placeholder: 'P' };
   await first.deliver('nul\0é', { ...alert, at: far });
-  const due = Number(secondsFromNow(1));
-  await first.deliver('due', { at: String(due), text: 'x' });
-  await first.deliver('removed', { at: far });
+  for (const id of ['removed', 'due']) await first.deliver(id, { at: secondsFromNow(1), text: 'x' });
+  await first.until(({ warnings }) => warnings().length === 2);
+  assert.deepStrictEqual((await first.alerts()).scheduled.sort(), ['due', 'nul\0é', 'removed']);
   await first.remove('removed');
   const properties = await first.describe('nul\0é');
   assert.strictEqual(Number(far), properties.deliveryDate);
@@ -327,10 +319,12 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   fs.writeFileSync(path.join(folder, 'a.alert'), truncated);
   fs.mkdirSync(path.join(folder, 'b.alert'));
 
-  await eventually(() => Date.now() / 1000 > due, 'the due time');
   const second = await startClient(t, { home, env });
+  await second.until(({ warnings }) => warnings().some((text) => text.includes('identifier due>')));
+  const server = await startNotificationServer(t, bus);
   assert.strictEqual((await server.shown('due')).body, 'x');
-  await eventually(async () => (await second.alerts()).delivered.length === 1, 'the delivery');
+  await second.isDelivered();
+  assert.deepStrictEqual(await second.alerts(), { delivered: ['due'], scheduled: ['nul\0é'] });
   assert.deepStrictEqual(await second.describe('nul\0é'), properties);
   await second.remove('nul\0é');
   await second.kill();
@@ -339,31 +333,12 @@ test('scheduled alerts survive a restart unchanged', async (t) => {
   assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['due']); // prettier-ignore
 });
 
-test('an alert that falls due without a server stays scheduled until there is one', async (t) => {
-  const bus = await startBus(t, temporaryDirectory(t));
-  const options = { home: temporaryDirectory(t), env: { DBUS_SESSION_BUS_ADDRESS: bus.address } };
-  const first = await startClient(t, options);
-  for (const id of ['removed', 'due']) await first.deliver(id, { at: secondsFromNow(1) });
-  await first.until(({ warnings }) => warnings().length === 2);
-  assert.deepStrictEqual((await first.alerts()).scheduled.sort(), ['due', 'removed']);
-  await first.remove('removed');
-  await first.kill();
-  const second = await startClient(t, options);
-  await second.until(({ warnings }) => warnings().length === 1);
-  const server = await startNotificationServer(t, bus);
-  await server.shown('due');
-  await second.isDelivered();
-  assert.deepStrictEqual(await second.alerts(), { delivered: ['due'], scheduled: [] });
-  assert.strictEqual(server.calls('Notify').length, 1);
-});
-
 test('alerts on screen outlive the process: they can be withdrawn, and their clicks are reported', async (t) => {
-  const { bus, env, server } = await session(t);
-  const options = { home: temporaryDirectory(t), env };
-  const first = await startClient(t, options);
+  const { bus, client: first, env, server } = await session(t);
+  const options = { home: first.home, env };
   for (const id of ['withdrawn', 'clicked', 'replaced', 'lost']) await first.deliver(id, { text: 'x' });
   const isShown = (line) => line.startsWith('didDeliverNotification: ');
-  const shown = async () => (await first.tell(({ infoLines }) => infoLines())).filter(isShown);
+  const shown = async () => (await first.infoLines()).filter(isShown);
   await eventually(async () => (await shown()).length === 4, 'all four');
   // The order in which they are shown is not that of the calls.
   const idOf = (title) => server.calls('Notify').find(({ summary }) => summary === title).id;

@@ -8,7 +8,7 @@ const { buildDirectory, root, temporaryDirectory } = require('./support');
 const skip = process.env.TESSARO_NODE !== undefined;
 const name = `${process.platform}-${process.arch}-${process.versions.modules}`;
 
-const tenCalls = `
+const fiveCalls = `
   const native = require('tessaro-native');
   native.setUserDefault('Key', 'value');
   const request = native.createRequest('http://127.0.0.1:1/');
@@ -17,14 +17,9 @@ const tenCalls = `
     clearTimeout(keeper);
     console.log(JSON.stringify([
       native.getUserDefault('Key'),
-      /^\\d/.test(native.macOSVersion()),
-      typeof native.getBundlePath(),
       Array.isArray(JSON.parse(native.getPreferredLanguages())),
-      native.isDarkMode(),
       native.recipientsForGroupName('Choir'),
       native.isWebImagePath('no such file'),
-      native.hasPreviousVersion(),
-      native.isApplicationInstalled('org.example.None'),
       text.includes('Code=-1004'),
     ]));
   });
@@ -52,8 +47,8 @@ test('the package installs into an empty project and works there', { skip }, (t)
   const installed = path.join(project, 'node_modules', 'tessaro-native');
   const environment = { ...process.env, HOME: project, DISPLAY: '', DBUS_SESSION_BUS_ADDRESS: '' };
   delete environment.TESSARO_BUILD_DIR;
-  const result = spawnSync(process.execPath, ['-e', tenCalls], { cwd: project, env: environment, encoding: 'utf8' });
-  const printed = '["value",true,"string",true,false,null,0,false,false,true]\n';
+  const result = spawnSync(process.execPath, ['-e', fiveCalls], { cwd: project, env: environment, encoding: 'utf8' });
+  const printed = '["value",true,null,0,true]\n';
   assert.deepStrictEqual([result.stdout, result.stderr], [printed, '']);
 
   // The packed sources are all that a build reads.

@@ -60,15 +60,16 @@ test('the queries read the flag word', async (t) => {
 });
 
 test('targets are addresses, names and the internet', { skip: noNetwork }, async (t) => {
-  const answers = await inOwnNetwork(t, ({ ip, reachability, sendMessage: send }) => {
-    const flags = (targets) =>
-      targets.map(reachability.monitor).map((monitor) => monitor && send(monitor, 'reachabilityFlags'));
+  const answers = await inOwnNetwork(t, ({ ip, sendMessage: send }) => {
+    const named = (name) => ['reachabilityWithHostName:', name];
+    const monitors = (targets) => targets.map((target) => send('TsReachability', ...target));
+    const flags = (targets) => monitors(targets).map((monitor) => monitor && send(monitor, 'reachabilityFlags'));
     ip('addr add fd00::1/64 dev near nodad');
     const local = ['127.0.0.1', '10.9.0.1', '10.9.0.7', '::1', 'fd00::7', 'localhost'];
-    const far = ['8.8.8.8', 'internet', 'local WiFi'];
-    const before = flags([...local, ...far, 'nowhere.invalid', '']);
+    const far = [named('8.8.8.8'), ['reachabilityForInternetConnection'], ['reachabilityForLocalWiFi']];
+    const before = flags([...local.map(named), ...far, named('nowhere.invalid'), named('')]);
     ip('route add default via 10.9.0.254', 'route add blackhole 198.51.100.0/24');
-    return [before, flags([...far, '198.51.100.1'])];
+    return [before, flags([...far, named('198.51.100.1')])];
   });
   const [local, direct] = [0x30002, 0x20002];
   assert.deepStrictEqual(answers, [
@@ -77,59 +78,48 @@ test('targets are addresses, names and the internet', { skip: noNetwork }, async
   ]);
 });
 
-test(
-  'script receives every change of the default route, and the current state after a burst',
-  { skip: noNetwork },
-  async (t) => {
-    const [before, changes, calls, last] = await inOwnNetwork(t, async ({ eventually, ip, native, nextTurn }) => {
-      const seen = [];
-      const before = native.isNetworkReachable();
-      native.setNetworkReachabilityCallbackFunction(function (...args) {
-        seen.push([this === null || this === globalThis, ...args, native.isNetworkReachable()]);
-      });
-      const steps = [
-        [true, 'route add default via 10.9.0.254'],
-        [false, 'link set near down'],
-        [true, 'link set near up', 'route add default via 10.9.0.254'],
-        [false, 'link set far down'],
-        [true, 'link set far up'],
-        [false, 'route del default'],
-        [false, 'route add unreachable default'],
-        [true, 'route del unreachable default', 'addr add 2001:db8:9::1/64 dev near nodad', '-6 route add default via 2001:db8:9::2'], // prettier-ignore
-        [false, '-6 route del default'],
-      ];
-      for (const [isReachable, ...lines] of steps) {
-        ip(...lines);
-        const isSeen = () => native.isNetworkReachable() === isReachable && seen.at(-1)?.[1] === isReachable;
-        await eventually(isSeen, lines[0]);
-      }
-      const changes = seen.splice(0);
-      const toggles = Array.from({ length: 100 }, (_, i) => `route ${i % 2 ? 'del' : 'add'} default via 10.9.0.254`);
-      const others = Array.from({ length: 2000 }, (_, i) => `route add 10.20.${i >> 8}.${i & 255}/32 dev near`);
-      ip(...toggles, ...others, 'route add default via 10.9.0.254');
-      await eventually(() => seen.at(-1)?.[1] === true, 'the last change');
-      for (let i = 0; i < 50; ++i) await nextTurn();
-      return [before, changes, seen.length, seen.at(-1)];
-    });
-    assert.strictEqual(before, false);
-    const states = Array.from({ length: 8 }, (_, i) => i % 2 === 0);
-    assert.deepStrictEqual([...changes, last], [...states, true].map((state) => [true, state, state])); // prettier-ignore
-    assert.ok(calls >= 1 && calls <= 101, `${calls} calls`);
-  },
-);
-
-test('a started monitor posts each change of its target', { skip: noNetwork }, async (t) => {
-  await inOwnNetwork(t, async ({ equal, eventually, ip, notifications, reachability, sendMessage: send }) => {
-    notifications.record('kTsReachabilityChanged');
-    equal(send(reachability.monitor('internet'), 'startNotifier'), true);
-    // The module's own monitor posts each change as well.
+test('script receives each change of the default route, and the end of a burst', { skip: noNetwork }, async (t) => {
+  const [before, changes, calls, last] = await inOwnNetwork(t, async (fixture) => {
+    const { equal, eventually, ip, native, nextTurn, notifications, sendMessage: send } = fixture;
+    const seen = [];
     let posts = 0;
-    for (const change of ['add', 'del']) {
-      ip(`route ${change} default via 10.9.0.254`);
-      const expected = posts + 2;
-      await eventually(() => (posts += notifications.takeRecorded().length) === expected, change);
+    notifications.record('kTsReachabilityChanged');
+    equal(send(send('TsReachability', 'reachabilityForInternetConnection'), 'startNotifier'), true);
+    const before = native.isNetworkReachable();
+    native.setNetworkReachabilityCallbackFunction(function (...args) {
+      seen.push([this === null || this === globalThis, ...args, native.isNetworkReachable()]);
+    });
+    const steps = [
+      [true, 'route add default via 10.9.0.254'],
+      [false, 'link set near down'],
+      [true, 'link set near up', 'route add default via 10.9.0.254'],
+      [false, 'link set far down'],
+      [true, 'link set far up'],
+      [false, 'route del default'],
+      [false, 'route add unreachable default'],
+      [true, 'route del unreachable default', 'addr add 2001:db8:9::1/64 dev near nodad', '-6 route add default via 2001:db8:9::2'], // prettier-ignore
+      [false, '-6 route del default'],
+    ];
+    for (const [isReachable, ...lines] of steps) {
+      ip(...lines);
+      const isSeen = () => native.isNetworkReachable() === isReachable && seen.at(-1)?.[1] === isReachable;
+      await eventually(isSeen, lines[0]);
+      // The module's own monitor posts a change as well.
+      const isPosted = () => (posts += notifications.takeRecorded().length) === 2;
+      if (seen.length === 1) await eventually(isPosted, 'the posts of both monitors');
     }
+    const changes = seen.splice(0);
+    const toggles = Array.from({ length: 100 }, (_, i) => `route ${i % 2 ? 'del' : 'add'} default via 10.9.0.254`);
+    const others = Array.from({ length: 2000 }, (_, i) => `route add 10.20.${i >> 8}.${i & 255}/32 dev near`);
+    ip(...toggles, ...others, 'route add default via 10.9.0.254');
+    await eventually(() => seen.at(-1)?.[1] === true, 'the last change');
+    for (let i = 0; i < 50; ++i) await nextTurn();
+    return [before, changes, seen.length, seen.at(-1)];
   });
+  assert.strictEqual(before, false);
+  const states = Array.from({ length: 8 }, (_, i) => i % 2 === 0);
+  assert.deepStrictEqual([...changes, last], [...states, true].map((state) => [true, state, state])); // prettier-ignore
+  assert.ok(calls >= 1 && calls <= 101, `${calls} calls`);
 });
 
 test('previews, sounds, names, printing and clipping that hang delay nothing else', { skip: noNetwork }, async (t) => {
@@ -152,13 +142,13 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
     home: folder,
   })(
     t,
-    async ({ eventually, home, ip, native, platform, reachability, sendMessage: send }, hostile, text) => {
+    async ({ eventually, home, ip, native, platform, sendMessage: send }, hostile, text) => {
       // A name server that never replies.
       ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
       const answers = {};
       native.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
       for (let i = 0; i < 4; ++i) native.generatePreview(hostile, 2000 + i, home, () => {});
-      send(reachability.monitor('slow.example'), 'startNotifier');
+      send(send('TsReachability', 'reachabilityWithHostName:', 'slow.example'), 'startNotifier');
       native.playSoundWithName('quiet');
       native.clipPage('todoist', { title: 'x' });
       native.printPath(text);

@@ -47,24 +47,14 @@ function environmentFor(home) {
   return environment;
 }
 
-/** The processes that a file has started, and those that they have started, whoever is their parent now. */
-function processesOf(home) {
-  const isOurs = (pid) => {
-    try {
-      return fs.readFileSync(`/proc/${pid}/environ`, 'latin1').includes(`TESSARO_TEST_HOME=${home}\0`);
-    } catch {
-      return false; // it has just ended, or is another user's
-    }
-  };
-  return fs.readdirSync('/proc').filter((pid) => /^\d+$/.test(pid) && Number(pid) !== process.pid && isOurs(pid));
-}
-
+/** Ends the processes that a file has started, and those that they have started, whoever is their parent now. */
 function killAll(home) {
-  for (const pid of processesOf(home)) {
+  for (const pid of fs.readdirSync('/proc').filter((name) => Number(name) > 0 && Number(name) !== process.pid)) {
     try {
-      process.kill(Number(pid), 'SIGKILL');
+      const environment = fs.readFileSync(`/proc/${pid}/environ`, 'latin1');
+      if (environment.includes(`TESSARO_TEST_HOME=${home}\0`)) process.kill(Number(pid), 'SIGKILL');
     } catch {
-      // The process has ended since.
+      // The process has just ended, or is another user's.
     }
   }
 }
@@ -111,34 +101,20 @@ function run(file) {
   );
 }
 
-const count = (output, what) => Number(output.match(new RegExp(`^ℹ ${what} (\\d+)$`, 'm'))?.[1] ?? 0);
-
-function countsOf({ output, code }) {
-  const counts = {
-    pass: count(output, 'pass'),
-    fail: count(output, 'fail') + count(output, 'cancelled'),
-    skipped: count(output, 'skipped'),
-  };
+function report(file, { output, code, signal }, seconds) {
+  const count = (kind) => Number(output.match(new RegExp(`^ℹ ${kind} (\\d+)$`, 'm'))?.[1] ?? 0);
+  const counts = { pass: count('pass'), fail: count('fail') + count('cancelled'), skipped: count('skipped') };
   // A file that ended otherwise than by its own summary has failed, whatever it printed before.
   if (code !== 0 && counts.fail === 0) counts.fail = 1;
-  return counts;
-}
-
-/** The failed tests, which the runner lists at the end; of a file that has ended early, the end of its output. */
-const whatFailed = ({ output, code, signal }) =>
-  output.split('✖ failing tests:')[1] ?? `ended with ${code ?? signal}:\n${output.slice(-4000)}`;
-
-function report(file, result, seconds) {
-  const counts = countsOf(result);
   for (const [kind, number] of Object.entries(counts)) totals[kind] += number;
   const skipped = counts.skipped > 0 ? `, ${counts.skipped} skipped` : '';
-  console.log(
-    `${file.padEnd(22)} ${String(counts.pass).padStart(4)} passed, ${counts.fail} failed${skipped}  (${seconds.toFixed(1)} s)`,
-  );
-  const { output } = result;
+  const results = `${String(counts.pass).padStart(4)} passed, ${counts.fail} failed${skipped}`;
+  console.log(`${file.padEnd(22)} ${results}  (${seconds.toFixed(1)} s)`);
+  // The runner lists the failed tests at the end.
+  const [before, failures] = output.split('✖ failing tests:');
   const remarks = /^ *ℹ (?!tests|suites|pass|fail|cancelled|skipped|todo|duration_ms).+$|^.* # .*$/gm;
-  for (const line of output.split('✖ failing tests:')[0].match(remarks) || []) console.log(`    ${line.trim()}`);
-  if (counts.fail > 0) console.log(whatFailed(result));
+  for (const line of before.match(remarks) || []) console.log(`    ${line.trim()}`);
+  if (counts.fail > 0) console.log(failures ?? `ended with ${code ?? signal}:\n${output.slice(-4000)}`);
 }
 
 async function main() {

@@ -16,31 +16,20 @@ function publish(home) {
   execFileSync('make_services', [], { env, stdio: 'ignore' });
 }
 
-/** A home in whose applications folder the host is. */
-function homeWithHost(t) {
+const empty = { to: [], cc: [], bcc: [], 'attachment-paths': [] };
+
+test('another process searches, mails a selection, files, and to an address', async (t) => {
   const home = temporaryDirectory(t);
   const applications = path.join(home, 'GNUstep', 'Applications');
   fs.mkdirSync(applications, { recursive: true });
   fs.symlinkSync(path.join(root, 'host', 'TessaroHost.app'), path.join(applications, 'TessaroHost.app'));
   publish(home);
-  return home;
-}
-
-async function startProvider(t, home) {
   const child = await provider.with({ home }).resident(t);
   await child.tell(({ host, native, report }) => {
     host.setKeepAlive(true);
     native.setComposeOutgoingMessageCallbackFunction((text) => report(['compose', JSON.parse(text)]));
     native.setSearchServiceCallbackFunction((text) => report(['search', text]));
   });
-  return child;
-}
-
-const empty = { to: [], cc: [], bcc: [], 'attachment-paths': [] };
-
-test('another process searches, mails a selection, files, and to an address', async (t) => {
-  const home = homeWithHost(t);
-  const child = await startProvider(t, home);
   const files = ['/nowhere/a b.pdf', '/etc/hosts'];
   const scenario = async ({ native, platform }, paths) => {
     native.performService('TessaroHost/Search Selection', 'quarterly “report”');
@@ -110,11 +99,22 @@ function addApplication(home, name, message, program) {
   if (program !== undefined) fs.writeFileSync(path.join(bundle, name), program, { mode: 0o755 });
 }
 
-test('services that are not offered, or that fail, are logged', async (t) => {
+test('an application that is not running is started, and serves then; services that fail are logged', async (t) => {
   const home = temporaryDirectory(t);
+  const output = path.join(home, 'output');
+  const source = `
+    const host = require('${root}/host');
+    host.start({ argv0: 'Asleep' });
+    host.setKeepAlive(true);
+    const m = require('${root}/tests/support/addon').probe().module;
+    m.setSearchServiceCallbackFunction((text) => { require('fs').writeFileSync('${output}', text); process.exit(); });`;
+  fs.writeFileSync(path.join(home, 'asleep.js'), source);
+  const program = `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`;
+  addApplication(home, 'Asleep', 'searchSelection', program);
   addApplication(home, 'Absent', 'mailTo');
   publish(home);
   const warnings = await user.with({ home })(t, ({ captureLog, log, native }) => {
+    native.performService('Asleep/Use', 'wake up');
     captureLog();
     native.performService('', 'x');
     native.performService('Absent/Use', '');
@@ -128,26 +128,6 @@ test('services that are not offered, or that fail, are logged', async (t) => {
     'The service Nobody/Nothing failed: no application offers it',
     'The service Absent/Use failed: NSTask - …',
   ]);
-});
-
-test('an application that is not running is started, and serves then', async (t) => {
-  const home = temporaryDirectory(t);
-  const output = path.join(home, 'output');
-  const source = `
-    const host = require('${root}/host');
-    host.start({ argv0: 'Asleep' });
-    host.setKeepAlive(true);
-    const m = require('${root}/tests/support/addon').probe().module;
-    m.setSearchServiceCallbackFunction((text) => { require('fs').writeFileSync('${output}', text); process.exit(); });`;
-  fs.writeFileSync(path.join(home, 'asleep.js'), source);
-  addApplication(
-    home,
-    'Asleep',
-    'searchSelection',
-    `#!/bin/sh\nexec '${node}' '${home}/asleep.js' >/dev/null 2>&1 </dev/null\n`,
-  );
-  publish(home);
-  await user.with({ home })(t, async ({ native }) => native.performService('Asleep/Use', 'wake up'));
-  await eventually(() => fs.existsSync(output), 'it has been searched');
+  await eventually(() => fs.existsSync(output), 'the search');
   assert.strictEqual(fs.readFileSync(output, 'utf8'), 'wake up');
 });

@@ -3,41 +3,36 @@
 // The menu of sharing targets, with real clicks: every target is a program that records its arguments.
 
 const { fileURLToPath } = require('url');
-const { assert, fs, path, test } = require('./support/node');
-const { Applications, eventually, temporaryDirectory } = require('./support');
+const { Applications, assert, eventually, fs, path, temporaryDirectory, test } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const place = { x: 100, y: 60, width: 40, height: 20 };
 const rowHeight = 20;
 
-const share = (person, paths, rectangle = place) =>
-  person.tell(
-    ({ native, window }, ...texts) => native.shareFiles(window, ...texts),
-    JSON.stringify(paths),
-    JSON.stringify(rectangle),
-  );
-
 const isStarted = (applications, name) => fs.existsSync(applications.recordOf(name));
 
-// Menus are windows without a name.
-const countWindows = async (person) =>
-  (await person.xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
+async function openMenu(person, ...values) {
+  // Menus are windows without a name.
+  const count = async () => (await person.xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
+  const before = await count();
+  const share = ({ native, window }, texts) => native.shareFiles(window, ...texts);
+  await person.tell(
+    share,
+    values.map((value) => JSON.stringify(value)),
+  );
+  await eventually(async () => (await count()) > before, 'the menu is open');
+}
 
 /** Opens the menu and chooses the item of a number. */
 async function choose(person, paths, number, isDone) {
   const [content] = (await person.window('Mail', () => true)).views;
   const [left, top] = content.centre.map((middle, axis) => middle - content.size[axis] / 2);
   const corner = [left + place.x, top + place.y + place.height];
-  await person.until(
-    isDone,
-    async () => {
-      const before = await countWindows(person);
-      await share(person, paths);
-      await eventually(async () => (await countWindows(person)) > before, 'the menu is open');
-      await person.click([corner[0] + 20, corner[1] + rowHeight * (number + 0.5)]);
-    },
-    `item ${number} is chosen`,
-  );
+  const attempt = async () => {
+    await openMenu(person, paths, place);
+    await person.click([corner[0] + 20, corner[1] + rowHeight * (number + 0.5)]);
+  };
+  await person.until(isDone, attempt, `item ${number} is chosen`);
 }
 
 function install(t) {
@@ -99,9 +94,7 @@ test('the menu of sharing targets', async (t) => {
   await t.test('a click elsewhere closes the menu without starting a program', async () => {
     const [content] = (await person.window('Mail', () => true)).views;
     for (const rectangle of [place, { x: 1e9, y: -1e9 }, { x: 'left' }, {}]) {
-      const before = await countWindows(person);
-      await share(person, files, rectangle);
-      await eventually(async () => (await countWindows(person)) > before, 'the menu is open');
+      await openMenu(person, files, rectangle);
       await person.click(content.centre);
       await person.goesOn();
     }

@@ -2,8 +2,7 @@
 
 // The support and feedback window, with real clicks and keys.
 
-const { assert, fs, path, test } = require('./support/node');
-const { eventually, temporaryDirectory } = require('./support');
+const { assert, eventually, fs, path, temporaryDirectory, test } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const title = 'Support and Feedback';
@@ -67,11 +66,8 @@ test('the support window', async (t) => {
     await attach(person, JSON.stringify(files));
     assert.deepStrictEqual((await contents(person)).at(-1), names);
 
-    await person.until(
-      () => isEnabled(person, 'Remove'),
-      async () => person.click((await person.row(title, 'zoë.png')).centre),
-      'an attachment is selected',
-    );
+    const select = async () => person.click((await person.row(title, 'zoë.png')).centre);
+    await person.until(() => isEnabled(person, 'Remove'), select, 'an attachment is selected');
     await person.pressButton(title, 'Remove');
     assert.strictEqual((await contents(person)).at(-1).length, 2);
     await person.clickButton(title, 'Send', () => person.reports.length > 0);
@@ -108,36 +104,33 @@ test('the support window', async (t) => {
     await person.isGone(title);
   });
 
-  await t.test(
-    'files are chosen in a dialog, which closes with its window; malformed lists of files are logged',
-    async () => {
-      const file = path.join(temporaryDirectory(t), 'picture.png');
-      fs.writeFileSync(file, 'x');
-      await open(person, 'A', 'a@x', null, 'Text', null);
-      const isOpen = await openChooser(person);
-      const choose = async () => {
-        if (!(await isOpen())) return;
-        await person.key('ctrl+a');
-        await person.type(file);
-        await person.key('Return');
-      };
-      // The dialog misses keys while it is new.
-      await person.until(async () => (await contents(person)).at(-1).length === 1, choose, 'the file is attached');
-      await person.pressButton(title, 'Attach the log file');
-      await person.pressButton(title, 'Send');
-      const { log, attachments } = await person.report(1);
-      assert.strictEqual(log, undefined);
-      assert.deepStrictEqual(JSON.parse(attachments), [file]);
-      await person.isGone(title);
+  await t.test('files are chosen in a dialog, which closes with its window; malformed lists are logged', async () => {
+    const file = path.join(temporaryDirectory(t), 'picture.png');
+    fs.writeFileSync(file, 'x');
+    await open(person, 'A', 'a@x', null, 'Text', null);
+    const isOpen = await openChooser(person);
+    const choose = async () => {
+      if (!(await isOpen())) return;
+      await person.key('ctrl+a');
+      await person.type(file);
+      await person.key('Return');
+    };
+    // The dialog misses keys while it is new.
+    await person.until(async () => (await contents(person)).at(-1).length === 1, choose, 'the file is attached');
+    await person.pressButton(title, 'Attach the log file');
+    await person.pressButton(title, 'Send');
+    const { log, attachments } = await person.report(1);
+    assert.strictEqual(log, undefined);
+    assert.deepStrictEqual(JSON.parse(attachments), [file]);
+    await person.isGone(title);
 
-      await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
-      const isOpenAgain = await openChooser(person);
-      await person.closeWindow(title);
-      await eventually(async () => !(await isOpenAgain()), 'the dialog is gone');
-      assert.strictEqual(await attach(person, '[1'), null);
-      const lines = (await person.log()).filter((text) => /^Couldn't parse attachments /.test(text));
-      assert.strictEqual(lines.length, 2);
-      await person.isGone(title);
-    },
-  );
+    await open(person, 'A', 'a@x', null, 'Text', '{"no": "list"}');
+    const isOpenAgain = await openChooser(person);
+    await person.closeWindow(title);
+    await eventually(async () => !(await isOpenAgain()), 'the dialog is gone');
+    assert.strictEqual(await attach(person, '[1'), null);
+    const lines = (await person.log()).filter((text) => /^Couldn't parse attachments /.test(text));
+    assert.strictEqual(lines.length, 2);
+    await person.isGone(title);
+  });
 });

@@ -3,8 +3,7 @@
 // The engine comes first where the dynamic linker looks for a symbol. A library of ours that imports something which
 // the engine exports gets the engine's copy, in the engine's version.
 
-const { assert, execFileSync, fs, path, test } = require('./support/node');
-const { buildDirectory } = require('./support');
+const { assert, buildDirectory, execFileSync, fs, path, test } = require('./support');
 
 // The engine's own interfaces, and the C and C++ run times, of which a process has one.
 const wanted = [
@@ -16,33 +15,22 @@ const wanted = [
 
 const run = (...command) => execFileSync(command[0], command.slice(1), { encoding: 'utf8', maxBuffer: 1 << 28 });
 
-const memory = new Map();
-
-/** Reads the dynamic symbols of files; one run of nm for many files is quicker than one for each. */
-function read(...files) {
-  for (const file of files) memory.set(file, { defined: new Set(), undefined: new Set() });
-  for (const [, file, kind, name] of run('nm', '-D', '-A', ...files).matchAll(/^(\S+?):.* (\w) ([^@\s]+)\S*$/gm)) {
-    memory.get(file)[/[Uvw]/.test(kind) ? 'undefined' : 'defined'].add(name);
-  }
-}
-
-/** @returns {Set<string>} The dynamic symbols of a file, of one kind: 'defined' or 'undefined'. */
-function symbols(file, kind) {
-  if (!memory.has(file)) read(file);
-  return memory.get(file)[kind];
-}
-
 const libraries = (file) => [...run('ldd', file).matchAll(/=> (\/\S+)/g)].map((match) => match[1]);
 
-function engineExports() {
-  const shared = libraries(process.execPath).filter((file) => /\/libnode\./.test(file));
-  return new Set([process.execPath, ...shared].flatMap((file) => [...symbols(file, 'defined')]));
-}
-
-const engine = engineExports();
 const addon = path.join(buildDirectory, 'TessaroNative.node');
 const transfers = path.join(buildDirectory, 'TessaroTransfers.so');
-read(...new Set([addon, transfers].flatMap((file) => [file, ...libraries(file)])));
+const engineFiles = [process.execPath, ...libraries(process.execPath).filter((file) => /\/libnode\./.test(file))];
+const allFiles = [...engineFiles, ...[addon, transfers].flatMap((file) => [file, ...libraries(file)])];
+
+/** The dynamic symbols of each file, by whether they are defined there. */
+const memory = new Map(allFiles.map((file) => [file, { defined: new Set(), undefined: new Set() }]));
+// One run of nm for many files is quicker than one for each.
+const lines = run('nm', '-D', '-A', ...memory.keys()).matchAll(/^(\S+?):.* (\w) ([^@\s]+)\S*$/gm);
+for (const [, file, kind, name] of lines) {
+  memory.get(file)[/[Uvw]/.test(kind) ? 'undefined' : 'defined'].add(name);
+}
+const symbols = (file, kind) => memory.get(file)[kind];
+const engine = new Set(engineFiles.flatMap((file) => [...symbols(file, 'defined')]));
 
 const foreign = (file) =>
   [...symbols(file, 'undefined')].filter((name) => engine.has(name) && !wanted.some((known) => known.test(name)));

@@ -2,8 +2,7 @@
 
 // Toolbars: their definitions, the questions and reports to script, and real clicks.
 
-const { assert, test } = require('./support/node');
-const { eventually, scenarios, temporaryDirectory } = require('./support');
+const { assert, eventually, scenarios, temporaryDirectory, test } = require('./support');
 
 const inWindows = scenarios({
   display: true,
@@ -53,8 +52,8 @@ const inWindows = scenarios({
   },
 });
 
-inWindows.test('a definition makes a toolbar', async (fixture) => {
-  const { equal, getAll, identifiers, image, item, list, openWithToolbar, sendMessage, toolbar } = fixture;
+inWindows.test('a definition makes a toolbar; its selection, visibility and images change', async (fixture) => {
+  const { equal, get, getAll, identifiers, image, item, list, native, openWithToolbar, sendMessage, toolbar } = fixture;
   await openWithToolbar();
   const flexible = 'NSToolbarFlexibleSpaceItem';
   const shown = ['inbox', 'archive', flexible, 'NSToolbarSeparatorItem', 'plain'];
@@ -73,9 +72,27 @@ inWindows.test('a definition makes a toolbar', async (fixture) => {
   equal(getAll(item('archive'), ...look), archive);
   equal(sendMessage(item('archive'), 'minSize'), [48, 32]);
   equal(getAll(item('inbox'), 'image.name', 'image.isTemplate', 'className'), [image, 1, 'TsToolbarItem']);
+  for (const name of ['inbox', 'unknown']) {
+    native.selectToolbarItem(7, name);
+    equal(get(toolbar(), 'selectedItemIdentifier'), name);
+  }
+  for (const isVisible of [true, false]) {
+    equal(native.isToolbarVisible(7), isVisible);
+    native.toggleToolbarVisibility(7);
+  }
+  equal(native.isToolbarVisible(7), true);
+  for (const name of ['archive', 'inbox', 'unknown']) native.changeImageOfToolbarItem(7, name, 'SB_InError_Template');
+  equal([get(item('archive'), 'view.image.name'), get(item('inbox'), 'image.name')], ['SB_InError_Template', image]);
+  equal(identifiers().length, 5);
+  const answers = [
+    ...[native.validateToolbarItems(1), native.selectToolbarItem(1, 'x'), native.toggleToolbarVisibility(1)],
+    ...[native.isToolbarVisible(-1), native.customizeToolbar(1), native.changeImageOfToolbarItem(1, 'x', 'y')],
+    ...[native.showAddTabButton(1), native.hideAddTabButton(2147483647)],
+  ];
+  equal(answers, [undefined, undefined, undefined, false, ...Array(4).fill(undefined)]);
 });
 
-inWindows.test('script says which items are enabled; without its callbacks none is', async (fixture) => {
+inWindows.test('script enables items, and gets the actions of items, views and menus', async (fixture) => {
   const { add, assert, calls, captureLog, controller, equal, get, getAll, item, log, native, open } = fixture;
   const { openWithToolbar, sendMessage, thrownBy } = fixture;
   const enabled = () => [get(item('inbox'), 'isEnabled'), ...getAll(item('archive'), 'isEnabled', 'view.isEnabled')];
@@ -91,6 +108,11 @@ inWindows.test('script says which items are enabled; without its callbacks none 
   assert.ok(calls.some((call) => call.join() === 'validation,7,archive'));
   equal(sendMessage(controller(), 'validateMenuItem:', get(item('archive'), 'menuFormRepresentation')), true);
   captureLog();
+  const archive = item('archive');
+  const senders = [archive, ...getAll(archive, 'view', 'menuFormRepresentation'), sendMessage('NSView', 'new')];
+  for (const sender of senders) sendMessage(controller(), 'toolbarAction:', sender);
+  const actions = calls.filter(([kind]) => kind === 'action');
+  equal([actions, log(2)], [Array(3).fill(['action', 7, 'archive']), ['Need item identifier.']]);
   const answerWith = (validate) => native.setToolbarCallbackFunctions(validate, () => {}, () => {}); // prettier-ignore
   answerWith(() => 5);
   native.validateToolbarItems(7);
@@ -100,17 +122,6 @@ inWindows.test('script says which items are enabled; without its callbacks none 
     throw new Error('mine');
   });
   equal(thrownBy(() => native.validateToolbarItems(7)), 'mine'); // prettier-ignore
-});
-
-inWindows.test('actions come from items, views and menus', async (fixture) => {
-  const { calls, captureLog, controller, equal, getAll, item, log, openWithToolbar, sendMessage } = fixture;
-  await openWithToolbar();
-  captureLog();
-  const archive = item('archive');
-  const senders = [archive, ...getAll(archive, 'view', 'menuFormRepresentation'), sendMessage('NSView', 'new')];
-  for (const sender of senders) sendMessage(controller(), 'toolbarAction:', sender);
-  const actions = calls.filter(([kind]) => kind === 'action');
-  equal([actions, log(2)], [Array(3).fill(['action', 7, 'archive']), ['Need item identifier.']]);
 });
 
 inWindows.test('clicks on items and on the add-tab button reach script', async (fixture) => {
@@ -139,72 +150,40 @@ inWindows.test('clicks on items and on the add-tab button reach script', async (
   await clickOn(addTab, 'action', 'plain');
 });
 
-inWindows.test('the add-tab button adds its space once, and removes it again', async (fixture) => {
-  const { addTab, equal, identifiers, insert, native, openWithToolbar, sendMessage } = fixture;
-  await openWithToolbar();
+inWindows.test('the add-tab button has one space, and is hidden while the palette is open', async (fixture) => {
+  const { addTab, controller, equal, eventually, get, getAll, host } = fixture;
+  const { identifiers, insert, native, openWithToolbar, sendMessage, toolbar } = fixture;
+  const handle = await openWithToolbar();
   const [space, flexible] = ['NSToolbarSpaceItem', 'NSToolbarFlexibleSpaceItem'];
   const [spare, more] = ['spare', flexible].map((name) => () => insert(name, identifiers().length));
   const show = () => native.showAddTabButton(7);
   const hide = () => native.hideAddTabButton(7);
   const table = [
-    [[hide], []],
-    [[show, show], [space]],
-    [[hide], []],
-    [
-      [show, spare, hide],
-      [space, 'spare'],
-    ],
-    [
-      [more, show, hide],
-      [space, 'spare', flexible],
-    ],
+    [[hide]],
+    [[show, show], space],
+    [[hide]],
+    [[show, spare, hide], space, 'spare'],
+    [[more, show, hide], space, 'spare', flexible],
   ];
-  for (const [changes, added] of table) {
+  for (const [changes, ...added] of table) {
     for (const change of changes) change();
     equal(identifiers().slice(5), added);
   }
   equal(sendMessage(addTab(), 'acceptsFirstMouse:', null), false);
-});
 
-inWindows.test('the add-tab button is hidden while the palette is open', async (fixture) => {
-  const { controller, equal, eventually, get, getAll, host, native, openWithToolbar, toolbar } = fixture;
-  const handle = await openWithToolbar();
   const isShowing = () => get(controller(), 'isAddTabViewShowing');
   const state = () => [...getAll(toolbar(), 'customizationPaletteIsRunning', 'needToShowAddTabButton'), isShowing()];
-  native.showAddTabButton(7);
+  show();
   native.customizeToolbar(7);
   equal(state(), [1, 1, 0]);
-  native.hideAddTabButton(7);
+  hide();
   equal(state(), [1, 0, 0]);
-  native.showAddTabButton(7);
+  show();
   equal(state(), [1, 1, 0]);
   await eventually(() => native.hasKeyWindow() && !host.windowInfo(handle).isKey, 'the palette');
   native.closeKeyWindow();
   await eventually(isShowing, 'the button');
   equal(state(), [0, 1, 1]);
-});
-
-inWindows.test('selection, visibility and images change; unknown window ids are ignored', async (fixture) => {
-  const { equal, get, identifiers, image, item, native, openWithToolbar, toolbar } = fixture;
-  await openWithToolbar();
-  for (const name of ['inbox', 'unknown']) {
-    native.selectToolbarItem(7, name);
-    equal(get(toolbar(), 'selectedItemIdentifier'), name);
-  }
-  for (const isVisible of [true, false]) {
-    equal(native.isToolbarVisible(7), isVisible);
-    native.toggleToolbarVisibility(7);
-  }
-  equal(native.isToolbarVisible(7), true);
-  for (const name of ['archive', 'inbox', 'unknown']) native.changeImageOfToolbarItem(7, name, 'SB_InError_Template');
-  equal([get(item('archive'), 'view.image.name'), get(item('inbox'), 'image.name')], ['SB_InError_Template', image]);
-  equal(identifiers().length, 5);
-  const answers = [
-    ...[native.validateToolbarItems(1), native.selectToolbarItem(1, 'x'), native.toggleToolbarVisibility(1)],
-    ...[native.isToolbarVisible(-1), native.customizeToolbar(1), native.changeImageOfToolbarItem(1, 'x', 'y')],
-    ...[native.showAddTabButton(1), native.hideAddTabButton(2147483647)],
-  ];
-  equal(answers, [undefined, undefined, undefined, false, ...Array(4).fill(undefined)]);
 });
 
 test('images follow the appearance while windows are open', async (t) => {
@@ -302,26 +281,4 @@ inWindows.test('a window may close during validation, customisation or a click',
   for (let i = 0; i < 50; ++i) await nextTurn();
   add(await open({ title: 'Third' }), 9);
   equal([controller(8), native.isToolbarVisible(9)], [null, true]);
-});
-
-inWindows.test('windows with toolbars leave nothing behind', async (fixture) => {
-  const { add, application, assert, env, equal, get, host, native, nextTurn } = fixture;
-  native.setToolbarCallbackFunctions(() => true, () => {}, () => {}); // prettier-ignore
-  const cycles = async (count) => {
-    for (let i = 0; i < count; ++i) {
-      const handle = host.createWindow({ title: 'Cycle', width: 600, height: 300 });
-      add(handle);
-      native.showAddTabButton(7);
-      await nextTurn();
-      host.closeWindow(handle);
-      await nextTurn();
-    }
-    return [process.memoryUsage().rss / 2 ** 20, get(application, 'windows.@count')];
-  };
-  const [memory, count] = await cycles(50);
-  const [laterMemory, laterCount] = await cycles(100);
-  equal(laterCount, count);
-  const growth = laterMemory - memory;
-  // The pixels of each window alone are 0.7 MB. The address sanitizer holds back what has been freed.
-  if (!env.TESSARO_SANITIZER_RUNTIME) assert.ok(growth < 15, `${growth} MB in 100 windows`);
 });

@@ -61,18 +61,13 @@ test('the file dialog is the desktop portal’s', async (t) => {
   const person = await startPerson(t);
   // The compositor does not give every new window the keyboard.
   await clickHost(person);
-  await person.tell(({ native, window, report }) =>
-    native.showFileDialog(window, JSON.stringify({ title: 'Files' }), report),
-  );
+  await person.tell(({ native, window, report }) => native.showFileDialog(window, '{"title":"Files"}', report));
   // The portal's dialog is a Wayland application's: it takes the keyboard from the window, and no panel appears here.
   await person.window('Mail', ({ isKey }) => !isKey);
   assert.deepStrictEqual((await person.windows()).map((window) => window.title), ['Mail']); // prettier-ignore
   // Escape cancels, and no panel takes the dialog's place.
-  await person.until(
-    () => person.reports.length > 0,
-    () => person.key('Escape'),
-    'the answer of the file dialog',
-  );
+  const isAnswered = () => person.reports.length > 0;
+  await person.until(isAnswered, () => person.key('Escape'), 'the answer of the file dialog');
   assert.strictEqual(await person.report(0), null);
   assert.ok(!JSON.stringify(await person.log()).includes('file dialog'));
 });
@@ -97,9 +92,6 @@ test('the pasteboard is shared with other applications; what needs the whole dis
   const log = JSON.stringify(await person.log());
   assert.ok(log.includes(sentenceOf('takeScreenRecording')), log);
   await person.tell(({ native }) => native.startMonitoringKeyboardShortcuts('key'));
-  await person.until(
-    () => person.reports.includes(sentenceOf('startMonitoringKeyboardShortcuts')),
-    () => person.key('F6'),
-    'the refusal of a shortcut',
-  );
+  const isRefused = () => person.reports.includes(sentenceOf('startMonitoringKeyboardShortcuts'));
+  await person.until(isRefused, () => person.key('F6'), 'the refusal of a shortcut');
 });

@@ -60,29 +60,24 @@ inElectron.test('a host whose classes have the names of current Electron works a
 });
 
 inWindows.test('a backing change of a browser window is posted again once, after five seconds', async (fixture) => {
-  const { assert, equal, eventually, notifications, open, openPanel, sendMessage, windowNamed } = fixture;
+  const { assert, equal, eventually, notifications, open, openPanel, postNotification, windowNamed } = fixture;
   await open({ title: 'First' });
   const name = 'NSWindowDidChangeBackingPropertiesNotification';
-  const post = (window, userInfo) => {
-    const center = sendMessage('NSNotificationCenter', 'defaultCenter');
-    sendMessage(center, 'postNotificationName:object:userInfo:', name, window, userInfo);
-  };
+  const posted = () => notifications.takeRecorded().map(([, , userInfo]) => userInfo);
   const copy = { scale: 1, TsDelayedNotification: true };
   notifications.record(name);
   const start = Date.now();
   // Neither a panel's change nor a copy is posted again: these would come before the next one's.
-  post(openPanel(), null);
-  post(windowNamed('First'), copy);
-  post(windowNamed('First'), { scale: 2 });
-  const posted = [null, copy, { scale: 2 }];
-  equal(notifications.takeRecorded().map(([, , userInfo]) => userInfo), posted); // prettier-ignore
-  const again = await eventually(() => notifications.takeRecorded().map(([, , userInfo]) => userInfo)[0], 'the copy');
-  equal(again, { scale: 2, TsDelayedNotification: true });
+  postNotification(name, openPanel(), null);
+  postNotification(name, windowNamed('First'), copy);
+  postNotification(name, windowNamed('First'), { scale: 2 });
+  equal(posted(), [null, copy, { scale: 2 }]);
+  equal(await eventually(() => posted()[0], 'the copy'), { scale: 2, TsDelayedNotification: true });
   assert.ok(Date.now() - start >= 4990, `${Date.now() - start} ms`);
 });
 
-inWindows.test('main and key windows are reported and can be closed, with their sheets', async (fixture) => {
-  const { equal, eventually, native, open, openPanel, sendMessage, windowNamed } = fixture;
+inWindows.test('main and key windows and their sheets are reported; hidden content reappears', async (fixture) => {
+  const { contentOf, equal, eventually, host, native, open, openPanel, sendMessage, windowNamed } = fixture;
   const look = () => [native.hasMainWindow(), native.hasKeyWindow()];
   equal(look(), [false, false]);
   native.closeMainWindow();
@@ -101,48 +96,40 @@ inWindows.test('main and key windows are reported and can be closed, with their 
     sendMessage(windowNamed('Second'), 'setAttachedSheet:', sheet);
     equal(native.hasSheets(handle), sheet !== null);
   }
-});
-
-inWindows.test('hidden content reappears focused', async (fixture) => {
-  const { contentOf, equal, eventually, host, native, open } = fixture;
-  const handle = await open({ title: 'First' });
-  equal(contentOf('First'), [1, 0, 'WebContentsViewCocoa']);
-  native.hideWindowContent(handle, 0);
-  equal(contentOf('First'), [0, 1, 'AtomNSWindow']);
-  await eventually(() => contentOf('First')[0] === 1, 'the content');
-  equal(contentOf('First'), [1, 0, 'AtomContentView']);
+  const hidden = await open({ title: 'Hidden' });
+  equal(contentOf('Hidden'), [1, 0, 'WebContentsViewCocoa']);
+  native.hideWindowContent(hidden, 0);
+  equal(contentOf('Hidden'), [0, 1, 'AtomNSWindow']);
+  await eventually(() => contentOf('Hidden')[0] === 1, 'the content');
+  equal(contentOf('Hidden'), [1, 0, 'AtomContentView']);
   // The window is closed before its content would come back, and another one's content after that.
-  const other = await open({ title: 'Second' });
-  native.hideWindowContent(handle, 50);
-  host.closeWindow(handle);
+  const other = await open({ title: 'Third' });
+  native.hideWindowContent(hidden, 50);
+  host.closeWindow(hidden);
   native.hideWindowContent(other, 50);
-  await eventually(() => contentOf('Second')[0] === 1, 'the other content');
+  await eventually(() => contentOf('Third')[0] === 1, 'the other content');
 });
 
 inWindows.test('content is resized below its top edge, also after impossible sizes', async (fixture) => {
   const { atRest, equal, eventually, native, open, sendMessage, windowNamed } = fixture;
   const handle = await open({ title: 'First', width: 600, height: 300 });
-  const frame = () => sendMessage(windowNamed('First'), 'frame');
-  const content = () => sendMessage(windowNamed('First'), 'contentRectForFrameRect:', frame());
+  const frame = (title) => sendMessage(windowNamed(title), 'frame');
+  const content = (title) => sendMessage(windowNamed(title), 'contentRectForFrameRect:', frame(title));
   const corner = ([x, y, , height]) => [x, y + height];
-  for (const [isVisible, ...size] of [
-    [true, 480, 220],
-    [false, 400, 200],
-  ]) {
-    if (!isVisible) sendMessage(windowNamed('First'), 'orderOut:', null);
-    const before = corner(frame());
+  const sizes = { visible: [480, 220], hidden: [400, 200] };
+  for (const [state, size] of Object.entries(sizes)) {
+    if (state === 'hidden') sendMessage(windowNamed('First'), 'orderOut:', null);
+    const before = corner(frame('First'));
     native.resizeWindowContent(handle, ...size);
     // Resizing is animated, and the window manager decides the size.
-    if (isVisible) await atRest(() => (content()[3] === size[1] ? frame() : Math.random()));
-    equal([content().slice(2), corner(frame())], [size, before]);
+    if (state === 'visible') await atRest(() => (content('First')[3] === size[1] ? frame('First') : Math.random()));
+    equal([content('First').slice(2), corner(frame('First'))], [size, before]);
   }
   const other = await open({ title: 'Second' });
   const largest = 2147483647;
   for (const size of [[largest, largest], [0, 0], [-largest - 1, 5]]) native.resizeWindowContent(other, ...size); // prettier-ignore
   // The window manager's answers to the earlier ones may still come in.
-  const sized = () =>
-    sendMessage(windowNamed('Second'), 'contentRectForFrameRect:', sendMessage(windowNamed('Second'), 'frame'));
-  const isLast = () => native.resizeWindowContent(other, 400, 200) ?? sized().slice(2).join() === '400,200';
+  const isLast = () => native.resizeWindowContent(other, 400, 200) ?? content('Second').slice(2).join() === '400,200';
   await eventually(isLast, 'the last size');
 });
 

@@ -1,18 +1,11 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
-const { Applications, scenarios, temporaryDirectory } = require('./support');
+const sharp = require('sharp');
+const { Applications, assert, fs, path, scenarios, temporaryDirectory, test } = require('./support');
 
 const plain = scenarios();
 /** Scenarios in the home and environment of these applications. */
 const among = ({ env, home }) => plain.with({ env, home });
-
-/** Width and height of a PNG file. */
-function pngSize(file) {
-  const bytes = fs.readFileSync(file);
-  assert.strictEqual(bytes.toString('latin1', 1, 4), 'PNG');
-  return [bytes.readUInt32BE(16), bytes.readUInt32BE(20)];
-}
 
 /** Writes a picture for `Icon=`, and gives that line. */
 function iconLine({ home }) {
@@ -53,25 +46,35 @@ test('entries for an extension, the default first, with icons', async (t) => {
   };
   await among(applications)(t, list, icons, withIcons);
   await among(applications)(t, list, null, entries);
-  assert.deepStrictEqual(pngSize(withIcons[1]['image-path']), [48, 48]);
+  const { format, width, height } = await sharp(withIcons[1]['image-path']).metadata();
+  assert.deepStrictEqual([format, width, height], ['png', 48, 48]);
 });
 
-test('an existing icon is reused by the lists, and replaced by iconForApplication', async (t) => {
+test('an application has a name and an icon, which the lists reuse and iconForApplication replaces', async (t) => {
   const applications = new Applications(t);
-  applications.add('org.example.A', { types: ['x-scheme-handler/example'], lines: [iconLine(applications)] });
-  const made = path.join(applications.home, 'org.example.A.png');
-  const work = async ({ equal, fs, native: m }, folder, icon) => {
+  const lines = [iconLine(applications), 'Name[de]=Ein Name'];
+  applications.add('org.example.A', { name: 'A plain name', types: ['x-scheme-handler/example'], lines });
+  applications.add('org.example.B', { lines: ['NoDisplay=true'] });
+  applications.env.LANGUAGE = 'de';
+  const work = async ({ equal, fs, native: m }, folder) => {
+    const icon = `${folder}/org.example.A.png`;
     m.applicationsForScheme('example', 16, folder);
     m.applicationsForScheme('EXAMPLE', 64, folder);
     equal(fs.readFileSync(icon).readUInt32BE(16), 16);
     equal(m.iconForApplication('org.example.None', 64, folder) ?? null, null);
     for (const size of [0, 2147483647]) equal(m.iconForApplication('org.example.A', size, folder) ?? null, null);
     equal(m.iconForApplication('org.example.A', 64, folder), icon);
+    equal(fs.readFileSync(icon).readUInt32BE(16), 64);
     equal(m.iconForFileExtension('pdf', 32, `${folder}/new`), `${folder}/new/pdf.png`);
     equal(m.iconForFileExtension('../../x', 16, `${folder}/new`), `${folder}/new/..-..-x.png`);
+    equal(m.applicationName('org.example.A'), 'A plain name');
+    equal(m.isApplicationInstalled('org.example.B'), true);
+    for (const id of ['org.example.None', '', '../applications/org.example.A', 'a\0b']) {
+      equal([m.applicationName(id) ?? null, m.isApplicationInstalled(id)], [null, false]);
+    }
+    equal(m.bundleId() ?? null, null);
   };
-  await among(applications)(t, work, applications.home, made);
-  assert.deepStrictEqual(pngSize(made), [64, 64]);
+  await among(applications)(t, work, applications.home);
 });
 
 test('setting the handler of a scheme changes nothing else, and no list that can’t be parsed', async (t) => {
@@ -99,19 +102,6 @@ test('setting the handler of a scheme changes nothing else, and no list that can
     equal(m.setDefaultApplicationForScheme('mailto', 'org.example.Mail'), 0);
   });
   assert.strictEqual(applications.mimeApps(), 'no key file\n');
-});
-
-test('applicationName, isApplicationInstalled and bundleId', async (t) => {
-  const applications = new Applications(t);
-  applications.add('org.example.A', { name: 'A plain name', lines: ['Name[de]=Ein Name', 'NoDisplay=true'] });
-  applications.env.LANGUAGE = 'de';
-  await among(applications)(t, async ({ equal, native: m }) => {
-    equal([m.applicationName('org.example.A'), m.isApplicationInstalled('org.example.A')], ['A plain name', true]);
-    for (const id of ['org.example.None', '', '../applications/org.example.A', 'a\0b']) {
-      equal([m.applicationName(id) ?? null, m.isApplicationInstalled(id)], [null, false]);
-    }
-    equal(m.bundleId() ?? null, null);
-  });
 });
 
 test('files with hostile names are opened without a shell', async (t) => {

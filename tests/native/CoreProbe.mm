@@ -83,7 +83,7 @@ void callReachabilityLater(bool connected) {
   tessaro::platform::MainQueue::Shared().Post([connected] { callReachability(connected); });
 }
 
-void postNotification(NSString* name, NSString* object, NSDictionary* userInfo) {
+void postNotification(NSString* name, id object, NSDictionary* userInfo) {
   [[NSNotificationCenter defaultCenter] postNotificationName:name object:object userInfo:userInfo];
 }
 

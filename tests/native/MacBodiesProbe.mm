@@ -1,6 +1,5 @@
 #import <Foundation/Foundation.h>
 
-#include "Base/TsString.h"
 #include "Platform/Common/PictureTarget.h"
 #include "Platform/macOS/AppleScriptText.h"
 #include "Platform/macOS/CarbonModifiers.h"
@@ -12,9 +11,7 @@ namespace platform = tessaro::platform;
 
 namespace {
 
-std::string Text(id dictionary, NSString* key) { return TsStdString([dictionary objectForKey:key]); }
-
-id informationWindowScript(NSString* path) { return TsNSString(platform::InformationWindowScript(TsStdString(path))); }
+std::string appleScriptText(std::string text) { return platform::AppleScriptText(text); }
 
 unsigned carbonModifiers(id held) {
   platform::HotKey key;
@@ -25,17 +22,11 @@ unsigned carbonModifiers(id held) {
   return platform::CarbonModifiersOf(key);
 }
 
-id pictureTarget(id copy) {
-  const auto target = platform::PictureTargetOf(Text(copy, @"source"), Text(copy, @"target"), Text(copy, @"format"),
-                                                [[copy objectForKey:@"photo"] boolValue], platform::WebP::ReadOnly);
-  return @[ TsNSString(target.path.native()), TsNSString(target.format->name) ];
-}
-
 id sizeWithin(int width, int height, int mostWidth, int mostHeight) {
   const auto size = platform::SizeWithin({width, height}, mostWidth, mostHeight);
   return @[ @(size.width), @(size.height) ];
 }
 
-PROBES("macBodies", informationWindowScript, carbonModifiers, pictureTarget, sizeWithin);
+PROBES("macBodies", appleScriptText, carbonModifiers, sizeWithin);
 
 }  // namespace

@@ -22,16 +22,10 @@ class ChosenTarget final : public platform::NetworkReachability {
   std::optional<platform::ReachabilityFlags> flags_;
 };
 
-// Makes a monitor for a target's name, or one with fixed flags; nil as the target stands for unreadable flags. Gives
-// nil for a target that can't be monitored.
-id monitor(id target) {
-  if (NSString* name = As<NSString>(target)) {
-    if ([name isEqual:@"internet"]) return [TsReachability reachabilityForInternetConnection];
-    if ([name isEqual:@"local WiFi"]) return [TsReachability reachabilityForLocalWiFi];
-    return [TsReachability reachabilityWithHostName:name];
-  }
+// A monitor with fixed flags; without them, of unreadable ones.
+id monitor(NSNumber* word) {
   std::optional<platform::ReachabilityFlags> flags;
-  if (target != nil) flags = [target unsignedIntValue];
+  if (word != nil) flags = [word unsignedIntValue];
   return Adopt([[TsReachability alloc] initWithReachabilityRef:std::make_shared<ChosenTarget>(flags)]).Autoreleased();
 }
 

@@ -16,10 +16,14 @@ const clients = scenarios({
     const controls = ['hasActionButton', 'actionButtonTitle', 'hasReplyButton', 'responsePlaceholder'];
     const millenniumInUnixTime = 978307200;
     return {
-      ...{ center, ends, shared },
+      ...{ ends, shared },
       warnings: () => log(2),
       infoLines: () => log(4),
       debugLines: () => log(8),
+      recorded: () => notifications.takeRecorded(),
+      remove: (...identifiers) => identifiers.forEach((each) => native.removeUserNotification(each)),
+      removeAll: () => native.removeUserNotifications(),
+      play: (name) => native.playSoundWithName(name),
       alerts: () => ({
         delivered: get(center, 'deliveredNotifications.identifier'),
         scheduled: get(center, 'scheduledNotifications.identifier'),
@@ -40,24 +44,17 @@ const clients = scenarios({
   },
 });
 
+/** Functions of the fixture that tests call from outside. */
+const offered = 'alerts debugLines deliver describe infoLines play recorded remove removeAll warnings'.split(' ');
+
 /** Starts the process. */
 async function startClient(test, options = {}) {
   const client = await clients.with(options).resident(test);
+  const call = (fixture, name, args) => fixture[name](...args);
+  for (const name of offered) client[name] = (...args) => client.tell(call, name, args);
   return Object.assign(client, {
-    deliver: (...alert) => client.tell(({ deliver }, ...args) => deliver(...args), ...alert),
-    remove: (...identifiers) =>
-      client.tell(({ native }, all) => all.forEach((id) => native.removeUserNotification(id)), identifiers),
-    removeAll: () => client.tell(({ native }) => native.removeUserNotifications()),
-    play: (name) => client.tell(({ native }, sound) => native.playSoundWithName(sound), name),
-    alerts: () => client.tell(({ alerts }) => alerts()),
-    recorded: () => client.tell(({ notifications }) => notifications.takeRecorded()),
-    describe: (identifier) => client.tell(({ describe }, id) => describe(id), identifier),
-    warnings: () => client.tell(({ warnings }) => warnings()),
     /** Waits until the alert is on screen. */
-    isDelivered: () =>
-      client.until(({ notifications }) =>
-        notifications.takeRecorded().some(([name]) => name === 'TsNotificationDidDeliver'),
-      ),
+    isDelivered: () => client.until(({ recorded }) => recorded().some(([name]) => name === 'TsNotificationDidDeliver')),
     /** Waits until as many ends have been reported to the callback, by default none, and gives them. */
     async ends(count = 0) {
       await client.until(({ ends }, least) => ends.length >= least, count);
@@ -66,7 +63,7 @@ async function startClient(test, options = {}) {
     /** Waits for a warning, and gives the first one. */
     async warned() {
       await client.until(({ warnings }) => warnings().length > 0);
-      return (await client.tell(({ warnings }) => warnings()))[0];
+      return (await client.warnings())[0];
     },
   });
 }

@@ -31,15 +31,10 @@ class Applications {
   add(identifier, { name = identifier, types = [], argument = '%u', lines = [] } = {}) {
     this.addProgram(identifier);
     const file = path.join(this.folder, `${identifier}.desktop`);
-    const entry = [
-      '[Desktop Entry]',
-      'Type=Application',
-      `Name=${name}`,
-      `Exec=${this.programs}/${identifier} ${argument}`,
-      `MimeType=${types.map((type) => `${type};`).join('')}`,
-      ...lines,
-    ];
-    fs.writeFileSync(file, `${entry.join('\n')}\n`);
+    const command = `${this.programs}/${identifier} ${argument}`;
+    const start = `[Desktop Entry]\nType=Application\nName=${name}\nExec=${command}`;
+    const mimeTypes = types.map((type) => `${type};`).join('');
+    fs.writeFileSync(file, `${[start, `MimeType=${mimeTypes}`, ...lines].join('\n')}\n`);
     execFileSync('update-desktop-database', [this.folder], { stdio: 'ignore' });
     return file;
   }

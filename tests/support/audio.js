@@ -54,15 +54,13 @@ async function startAudioServer(test, directory) {
 }
 
 /** A tone in the bytes of a WAV file. */
-function tone({ amplitude, seconds, rate = 8000, frequency = 440 }) {
-  const samples = Buffer.alloc(Math.floor(seconds * rate) * sampleBytes);
-  for (let i = 0; i * sampleBytes < samples.length; ++i) {
-    samples.writeInt16LE(Math.round(amplitude * Math.sin((2 * Math.PI * frequency * i) / rate)), i * sampleBytes);
-  }
+function tone({ amplitude, seconds }) {
+  const wave = (_, i) => amplitude * Math.sin((2 * Math.PI * 440 * i) / 8000);
+  const samples = Buffer.from(Int16Array.from({ length: seconds * 8000 }, wave).buffer);
   const words = (...values) => Buffer.from(Uint32Array.from(values).buffer);
-  const halves = (...values) => Buffer.from(Uint16Array.from(values).buffer);
-  const format = [words(16), halves(1, 1), words(rate, rate * sampleBytes), halves(sampleBytes, 8 * sampleBytes)];
-  const parts = ['RIFF', words(36 + samples.length), 'WAVEfmt ', ...format, 'data', words(samples.length), samples];
+  // 16 bytes: PCM with one channel, the rates, two bytes and 16 bits for a sample.
+  const format = words(16, 0x00010001, 8000, 16000, 0x00100002);
+  const parts = ['RIFF', words(36 + samples.length), 'WAVEfmt ', format, 'data', words(samples.length), samples];
   return Buffer.concat(parts.map((part) => Buffer.from(part)));
 }
 

@@ -9,15 +9,13 @@ const path = require('path');
 const { endWith } = require('./cleanup');
 const { eventually } = require('./pace');
 
-function configuration(socket) {
-  return `<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+const configuration = (socket) => `<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
     "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
   <busconfig>
     <type>session</type>
     <listen>unix:path=${socket}</listen>
     <policy context="default"><allow send_destination="*" eavesdrop="true"/><allow eavesdrop="true"/><allow own="*"/></policy>
   </busconfig>`;
-}
 
 /** Starts a bus in `directory`; it ends with the test, or with `stop()`. Started again, it has the same address. */
 async function startBus(test, directory) {
