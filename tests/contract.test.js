@@ -1,7 +1,8 @@
 'use strict';
 
-// The contracts of the script functions. `node tests/contract.test.js --update` rewrites contracts.json.
+// The contracts of the script functions.
 
+const ts = require('typescript');
 const { assert, fs, path, test } = require('./support/node');
 const { probe, root, scenarios } = require('./support');
 
@@ -50,37 +51,59 @@ function violations(row) {
   });
 }
 
-test('the module exports the functions of the table in its order, and the typings name them', () => {
+// The checks that a contract has for arguments of a type, and the types of functions that answer a "nothing".
+const checks = {
+  ...{ boolean: 'Boolean', 'boolean | null': 'Boolean Null', number: 'Int32', object: 'Object' },
+  ...{ ClippedPage: 'Object', WindowHandle: 'Object', JSONText: 'String', 'JSONText | null': 'String Null' },
+  ...{ string: 'String', 'string | null': 'String Null', Text: 'String Null Undefined' },
+  'string | null | undefined': 'String Null Undefined',
+};
+const nothings = {
+  ...{ undefined: /^(?!.*(null|Truth))/, null: /null|Request/, false: /boolean/, 0: /Truth/ },
+  ...{ '[]': /\[\]/, '""': /string|JSONText/ },
+};
+
+/** The functions of the typings, by their names. */
+function typings() {
+  const text = fs.readFileSync(path.join(root, 'index.d.ts'), 'utf8');
+  const { statements } = ts.createSourceFile('index.d.ts', text, ts.ScriptTarget.Latest, true);
+  return new Map(statements.filter(ts.isFunctionDeclaration).map((each) => [each.name.text, each]));
+}
+
+test('the module exports the functions of the table in its order, with the contracts of the typings', () => {
   const { module } = probe();
-  const names = namesOf(table());
-  assert.deepStrictEqual(
-    Object.keys(module).filter((name) => module[name].name === name),
-    names,
-  );
-  const typings = fs.readFileSync(path.join(root, 'index.d.ts'), 'utf8');
-  const typed = [...typings.matchAll(/^export function (\w+)/gm)].map(([, name]) => name);
-  assert.deepStrictEqual(typed.sort(), [...names].sort());
+  const exported = Object.keys(module).filter((name) => module[name].name === name);
+  assert.deepStrictEqual(exported, namesOf(table()));
+  const declared = typings();
+  assert.deepStrictEqual([...declared.keys()].sort(), exported.sort());
+  for (const { name, conditions } of table()) {
+    const { parameters } = declared.get(name);
+    const typed = parameters.map(({ questionToken, type }) => {
+      // The toolbars' slots take any value.
+      if (questionToken || name === 'setToolbarCallbackFunctions') return '';
+      return ts.isFunctionTypeNode(type) ? 'Function' : (checks[type.getText()] ?? '');
+    });
+    const ofArgument = (i) => conditions.find((text) => text.startsWith(`args[${i}]`)) ?? '';
+    const checked = typed.map((_, i) => [...ofArgument(i).matchAll(/Is(\w+)/g)].map(([, type]) => type).join(' '));
+    assert.deepStrictEqual(checked, typed, name);
+    const [count] = conditions.filter((text) => text.startsWith('args.Length()'));
+    const required = parameters.filter(({ questionToken }) => !questionToken).length;
+    if (count) assert.strictEqual(Number(count.match(/\d+/)), required, `${name}: ${count}`);
+  }
 });
 
-test('every function keeps its conditions, and logs an exception and answers its "nothing"', async (t) => {
+test('every function logs an exception and answers its "nothing"', async (t) => {
   const rows = table();
   const calls = rows.map((row) => [row.name, validArguments(contractOf(row))]);
   const fail = ({ argument, captureLog, failing, log }, all) => {
     captureLog();
     return [all.map(([name, args]) => String(JSON.stringify(failing[name](...args.map(argument))))), log(1)];
   };
-  const [results, errors] = await calling(t, fail, calls);
+  const [answers, errors] = await calling(t, fail, calls);
   const exception = 'failed with TsProbeException: raised by a test';
   assert.deepStrictEqual(errors, namesOf(rows).map((name) => `${name} ${exception}`)); // prettier-ignore
-  const functions = {};
-  rows.forEach(({ name, conditions }, i) => {
-    const contract = `${conditions.join('; ')} -> ${results[i]}`;
-    functions[contract] = functions[contract] ? `${functions[contract]} ${name}` : name;
-  });
-  const file = path.join(__dirname, 'contracts.json');
-  const text = `${JSON.stringify(functions, null, 2)}\n`;
-  if (process.argv.includes('--update')) fs.writeFileSync(file, text);
-  assert.strictEqual(text, fs.readFileSync(file, 'utf8'));
+  const declared = typings();
+  rows.forEach(({ name }, i) => assert.match(declared.get(name).type.getText(), nothings[answers[i]], name));
 });
 
 test('a violated condition of each kind ends the process with its place and text', async (t) => {
