@@ -47,7 +47,8 @@ function passwords(count) {
   const names = Array.from({ length: count }, (_, i) => `growth-${i}@example.org`);
   for (const name of names) native.setPasswordForAccount('password', name);
   return () => {
-    if (probes.keychain.accounts('Tessaro 3').length < count) throw new Error('passwords are missing');
+    const { length } = probes.sendMessage(probes.sendMessage('TsKeychain', 'sharedInstance'), 'allAccounts');
+    if (length < count) throw new Error('passwords are missing');
   };
 }
 

@@ -6,7 +6,7 @@
 const { Entry, findCredentials } = require('@napi-rs/keyring');
 const keytar = require('keytar');
 
-const { module: native, keychain } = require('../tests/support/addon').probe();
+const { module: native, sendMessage } = require('../tests/support/addon').probe();
 const { report, summaries, takeTurns } = require('./support');
 
 const count = 100;
@@ -19,7 +19,7 @@ const peers = {
     set: (account, text) => native.setPasswordForAccount(text, account),
     get: (account) => JSON.parse(native.getPasswordForAccount(account)).password,
     delete: (account) => native.removePasswordForAccount(account),
-    enumerate: () => keychain.accounts('Tessaro 3').length,
+    enumerate: () => sendMessage(sendMessage('TsKeychain', 'sharedInstance'), 'allAccounts').length,
   },
   keytar: {
     set: (account, text) => keytar.setPassword('bench keytar', account, text),

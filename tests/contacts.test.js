@@ -79,9 +79,6 @@ plain.test('recipients are written as items of a header', ({ equal, sendMessage:
   const recipients = items.map(([name, address]) => send('TsRecipient', 'recipient:name:', address, name));
   const texts = items.map(([, , text]) => text);
   recipients.forEach((recipient, i) => equal(send(recipient, 'stringForEmail'), texts[i]));
-  // Only this script owns them.
-  const count = (object) => send(object, 'retainCount');
-  equal(recipients.map(count), Array(items.length).fill(count(send('NSMutableArray', 'array'))));
   equal(send('TsRecipient', 'toString:', recipients), texts.join(', '));
   equal(send('TsRecipient', 'toString:', []), '');
 });
@@ -175,8 +172,6 @@ test('missing members are skipped, and a damaged record is logged', async (t) =>
   assert.ok(titles.includes('window-title'), titles.join());
 });
 
-// ---- Picker
-
 const title = 'Pick Recipients';
 const accept = 'Add Recipients';
 const translations = {
@@ -243,20 +238,18 @@ test('the picker', async (t) => {
       const [left, top] = view.centre.map((middle, i) => middle - view.size[i] / 2 - corner[i]);
       return [left, size[1] - top - view.size[1], size[0] - left - view.size[0], top];
     };
-    const all = async () => [await edges('ABPeoplePickerView'), await edges(accept), await edges('Edit in Contacts…')];
-    const [list, add, edit] = await all();
-    assert.deepStrictEqual(
-      [list, add.slice(1, 3), edit.slice(0, 2)],
-      [
-        [20, 70, 20, 20],
-        [20, 20],
-        [20, 20],
-      ],
-    );
+    const all = async () => {
+      const [list, add, edit] = [
+        await edges('ABPeoplePickerView'),
+        await edges(accept),
+        await edges('Edit in Contacts…'),
+      ];
+      return [list, add.slice(1, 3), edit.slice(0, 2)].join('; ');
+    };
+    assert.strictEqual(await all(), '20,70,20,20; 20,20; 20,20');
     await picker.xdotool('search', '--onlyvisible', '--name', title, 'windowsize', 600, 700);
     await eventually(async () => (await picker.window(title)).size[1] === 700, 'the new size');
-    const [laterList, laterAdd, laterEdit] = await all();
-    assert.deepStrictEqual([laterList, laterAdd.slice(1, 3), laterEdit.slice(0, 2)], [list, [20, 20], [20, 20]]);
+    assert.strictEqual(await all(), '20,70,20,20; 20,20; 20,20');
     await picker.pressButton(title, 'Cancel');
     await picker.isGone(title);
   });

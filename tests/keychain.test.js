@@ -3,32 +3,29 @@
 const { assert, fs, path, test } = require('./support/node');
 const { eventually, scenarios, startBus, startKeyring, temporaryDirectory, temporaryFiles } = require('./support');
 
-const status = {
-  cancelled: -128,
-  parameter: -50,
-  unavailable: -25291,
-  notFound: -25300,
-  locked: -25308,
-  decode: -26275,
-};
+const status = { parameter: -50, unavailable: -25291, notFound: -25300, locked: -25308, decode: -26275 };
 const service = 'Tessaro 3';
 const environmentOf = ({ address }) => ({ DBUS_SESSION_BUS_ADDRESS: address });
 
 const keyringOf = (t) => startKeyring(t, temporaryDirectory(t));
 
-const plain = scenarios();
+const plain = scenarios({
+  fixture: ({ sendMessage: send }) => ({ send, shared: send('TsKeychain', 'sharedInstance') }),
+});
 const at = (bus) => plain.with({ env: environmentOf(bus) });
 
-/**
- * Makes each call, [function, …arguments], and gives its result and the messages it logs: "level text". Functions that
- * the probe lacks are the module's, whose result is JSON.
- */
-const callEach = ({ captureLog, capturedLog, flushLog, keychain, native }, calls) => {
+/** Stores an item with another program. */
+const store = (keyring, account, secret, of = service, ...more) =>
+  keyring.secretTool(['store', '--label=x', 'service', of, 'account', account, ...more], secret);
+
+/** Makes each call, [selector or function, …arguments], and gives its result and the messages it logs: "level text". */
+const callEach = ({ captureLog, capturedLog, flushLog, native, send, shared }, calls) => {
   const levels = { 1: 'error', 2: 'warning', 4: 'info' };
   captureLog();
   let before = 0;
   return calls.map(([name, ...args]) => {
-    const result = name in keychain ? keychain[name]('Tessaro 3', ...args) : native[`${name}ForAccount`](...args);
+    const call = native[`${name}ForAccount`];
+    const result = call ? call(...args) : send(shared, name, ...args);
     flushLog();
     const log = capturedLog();
     const messages = log.slice(before).map(({ flag, text }) => `${levels[flag]} ${text}`);
@@ -36,6 +33,7 @@ const callEach = ({ captureLog, capturedLog, flushLog, keychain, native }, calls
     return [typeof result === 'string' ? JSON.parse(result) : (result ?? null), ...messages];
   });
 };
+const [write, erase, list] = ['setPassword:forAccount:', 'removePasswordForAccount:', 'allAccounts'];
 
 /** A table's rows are [call, result, …messages]. */
 async function expectCalls(t, run, table) {
@@ -62,9 +60,9 @@ test('script stores, reads, changes and removes passwords', async (t) => {
     [[set, 'secret', null], null, notSet],
     [[remove, 'ann'], null, "info Removed keychain entry 'ann' (Tessaro 3).", removed],
     [[remove, 'ann'], null, removed],
-    [['set', 'true', null], ok, 'info Deleted password from keychain. (account=true)'],
-    [['set', 'true', null], { error: status.notFound, 'ok?': false }, notDeleted],
-    [['erase', 'true'], false],
+    [[write, null, 'true'], ok, 'info Deleted password from keychain. (account=true)'],
+    [[write, null, 'true'], { error: status.notFound, 'ok?': false }, notDeleted],
+    [[erase, 'true'], false],
   ]);
 });
 
@@ -90,8 +88,8 @@ test('passwords are shared with other programs byte for byte, in both directions
     const seen = await keyring.secretTool(['lookup', 'service', service, 'account', account]);
     assert.strictEqual(seen.toString(), secret, account);
   }
-  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'emoji'], 'changed');
-  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'foreign'], 'new');
+  await store(keyring, 'emoji', 'changed');
+  await store(keyring, 'foreign', 'new');
   const expected = { ...secrets, emoji: 'changed', foreign: 'new' };
   const readEach = ({ native }, names) => names.map((name) => JSON.parse(native.getPasswordForAccount(name)).password);
   assert.deepStrictEqual(await child.tell(readEach, Object.keys(expected)), Object.values(expected));
@@ -99,16 +97,13 @@ test('passwords are shared with other programs byte for byte, in both directions
 
 test('malformed items are failures; of two items of one account, one is read, written and removed', async (t) => {
   const keyring = await keyringOf(t);
-  const store = (secret, account, ...more) =>
-    keyring.secretTool(['store', '--label=x', 'service', service, 'account', account, ...more], secret);
-  await store(Buffer.from([0xff, 0xfe, 0x00, 0x41]), 'bytes');
-  await store('second', 'ann', 'kind', 'other');
-  await store('first', 'ann', 'kind', 'first');
+  await store(keyring, 'bytes', Buffer.from([0xff, 0xfe, 0x00, 0x41]));
+  for (const secret of ['second', 'first']) await store(keyring, 'ann', secret, service, 'kind', secret);
   const [read, written, ...results] = await at(keyring)(t, callEach, [
     ['getPassword', 'ann'],
     ['setPassword', 'written', 'ann'],
-    ['accounts'],
-    ...Array(3).fill(['erase', 'ann']),
+    [list],
+    ...Array(3).fill([erase, 'ann']),
     ['getPassword', 'bytes'],
     ['getPassword', 'a\0b'],
     ['setPassword', 'x', 'a\0b'],
@@ -117,7 +112,7 @@ test('malformed items are failures; of two items of one account, one is read, wr
   assert.match(written[1], /^info Modified/);
   const failure = (error) => ({ 'ok?': false, error });
   assert.deepStrictEqual(
-    results.map(([result]) => result),
+    results.map(([result]) => (Array.isArray(result) ? result.sort() : result)),
     [['ann', 'bytes'], true, true, false, failure(status.decode), failure(status.parameter), { 'ok?': true }],
   );
 });
@@ -125,17 +120,19 @@ test('malformed items are failures; of two items of one account, one is read, wr
 test('two hundred accounts are listed and removed; other services keep theirs', async (t) => {
   const keyring = await keyringOf(t);
   await keyring.useMemory();
-  const [isWhole, left, ...others] = await at(keyring)(t, ({ keychain, native }) => {
+  const others = ['Kolvar', 'Tessaro'];
+  for (const other of others) await store(keyring, 'ann', other, other);
+  const counts = await at(keyring)(t, ({ native, send, shared }) => {
     // The keyring takes longer for each account the more there are.
-    const names = Array.from({ length: 200 }, (_, i) => `account-${String(i).padStart(3, '0')}`);
-    for (const name of names) native.setPasswordForAccount(`secret of ${name}`, name);
-    for (const service of ['Kolvar', 'Tessaro']) keychain.set(service, 'ann', `kept in ${service}`);
-    const isWhole = keychain.accounts('Tessaro 3').join() === names.join();
+    for (let i = 0; i < 200; ++i) native.setPasswordForAccount('secret', `account-${i}`);
+    const all = send(shared, 'allAccounts');
     native.removeAllPasswords();
-    const others = ['Kolvar', 'Tessaro'].map((service) => keychain.get(service, 'ann').password);
-    return [isWhole, keychain.accounts('Tessaro 3'), ...others];
+    return [new Set(all).size, send(shared, 'allAccounts').length];
   });
-  assert.deepStrictEqual([isWhole, left, others], [true, [], ['kept in Kolvar', 'kept in Tessaro']]);
+  assert.deepStrictEqual(counts, [200, 0]);
+  for (const other of others) {
+    assert.strictEqual(String(await keyring.secretTool(['lookup', 'service', other, 'account', 'ann'])), other);
+  }
 });
 
 // Every operation of a store that is unavailable or locked, with its log lines.
@@ -146,9 +143,9 @@ async function expectRefusal(t, code, env, more, isKnown = false) {
   const notDeleted = `warning Could not delete keychain item. ${because}`;
   await expectCalls(t, plain.with({ env }), [
     [['getPassword', 'ann'], failed, `warning Could not read password from keychain. ${because}`],
-    [['erase', 'ann'], false],
-    [['removeAll'], !isKnown],
-    [['set', 'ann', null], isKnown ? { 'ok?': true } : failed, isKnown ? notDeleted : notFound],
+    [[erase, 'ann'], false],
+    [['removeAllPasswords'], !isKnown],
+    [[write, null, 'ann'], isKnown ? { 'ok?': true } : failed, isKnown ? notDeleted : notFound],
     ...more,
   ]);
 }
@@ -160,14 +157,14 @@ const notFound = `warning Could not find keychain item. (account=ann, error=${st
 test('without bus or secret service every operation reports that the keychain is unavailable', async (t) => {
   const empty = environmentOf(await startBus(t, temporaryDirectory(t)));
   const dead = { DBUS_SESSION_BUS_ADDRESS: 'unix:path=/nonexistent/bus' };
-  const more = [[['setPassword', 'x', 'ann'], { 'ok?': true }, notFound], [['accounts'], null, noReply]]; // prettier-ignore
+  const more = [[['setPassword', 'x', 'ann'], { 'ok?': true }, notFound], [[list], null, noReply]]; // prettier-ignore
   for (const env of [{}, dead, empty]) await expectRefusal(t, status.unavailable, env, more);
 });
 
 test('a locked keyring is never taken for an empty one', async (t) => {
   const directory = temporaryDirectory(t);
   const keyring = await startKeyring(t, directory);
-  await keyring.secretTool(['store', '--label=x', 'service', service, 'account', 'ann'], 'hidden');
+  await store(keyring, 'ann', 'hidden');
   const failed = { 'ok?': false, error: status.locked };
   const warning = (text) => `warning Could not ${text}, error=${status.locked})`;
   const calls = [
@@ -176,7 +173,7 @@ test('a locked keyring is never taken for an empty one', async (t) => {
     [['setPassword', '12345', 'bob'], failed, warning('add password to keychain. (account=bob, passwordLength=5')],
   ];
   const expectLocked = (accounts) =>
-    expectRefusal(t, status.locked, environmentOf(keyring), [...calls, [['accounts'], ...accounts]], true);
+    expectRefusal(t, status.locked, environmentOf(keyring), [...calls, [[list], ...accounts]], true);
   await keyring.lock();
   await expectLocked([['ann']]);
   await keyring.kill();
@@ -188,10 +185,11 @@ test('a locked keyring is never taken for an empty one', async (t) => {
 test('reply timeouts of a hanging service halve, and the first reply resets them', async (t) => {
   const keyring = await keyringOf(t);
   const child = await at(keyring).resident(t);
-  await child.tell(({ keychain }) => keychain.setDeadlines(1000, 1000) ?? keychain.set('Tessaro 3', 'ann', 'x'));
-  const ask = ({ keychain }, count) => {
+  const ask = ({ keychain, send }, count) => {
     const start = Date.now();
-    const answers = Array.from({ length: count }, () => keychain.get('Tessaro 3', 'ann').error ?? 'answered');
+    const passwords = keychain.withDeadline('Tessaro 3', 1000);
+    const answer = () => send(passwords, 'passwordForAccount:', 'ann').error ?? 'answered';
+    const answers = Array.from({ length: count }, answer);
     return [[...new Set(answers)], Date.now() - start];
   };
   keyring.pause();
@@ -208,14 +206,14 @@ test('the keychain reconnects after its service or the bus was killed', async (t
   const first = await startKeyring(t, directory, bus);
   const child = await at(bus).resident(t);
   const ask = (answer = 'x') => {
-    const asked = child.tell(({ keychain, report }) => {
+    const asked = child.tell(({ native, report }) => {
       report('asking');
-      const { password, error } = keychain.get('Tessaro 3', 'ann');
+      const { password, error } = JSON.parse(native.getPasswordForAccount('ann'));
       return error ?? password;
     });
     return asked.then((given) => assert.strictEqual(given, answer));
   };
-  await child.tell(({ keychain }) => keychain.set('Tessaro 3', 'ann', 'x'));
+  await child.tell(({ native }) => native.setPasswordForAccount('x', 'ann'));
   first.pause();
   const asked = ask(status.unavailable);
   await child.report(0);
@@ -237,24 +235,23 @@ test('the bundle name selects the service', async (t) => {
   const serviceOf = (bundleName) => {
     write('Mail.app/Resources/Info-gnustep.plist', `{ CFBundleName = "${bundleName}"; }`);
     if (!fs.existsSync(executable)) fs.copyFileSync(fs.realpathSync(process.execPath), executable);
-    return plain.with({ executable })(t, ({ sendMessage: send }) =>
-      send(send('TsKeychain', 'sharedInstance'), 'service'),
-    );
+    return plain.with({ executable })(t, ({ send, shared }) => send(shared, 'service'));
   };
   const services = { Kolvar: 'Kolvar', kolvar: service, Tessaro: service };
   for (const [bundleName, expected] of Object.entries(services))
     assert.strictEqual(await serviceOf(bundleName), expected, bundleName);
 });
 
-plain.test('the transient store keeps passwords in memory only', ({ equal, keychain, sendMessage: send }) => {
-  const { countTransient, setTransient: set } = keychain;
-  const get = (account) => send(send('TsTransientKeychain', 'sharedInstance'), 'passwordForAccount:', account);
-  set('ann', 'secret');
-  set('bob', '');
-  equal([get('ann'), get('bob'), get('nobody')], ['secret', '', null]);
-  set('ann', null);
-  set('nobody', null);
-  equal([get('ann'), countTransient()], [null, 1]);
+plain.test('the transient store keeps passwords in memory only', ({ equal, get, send }) => {
+  const transient = send('TsTransientKeychain', 'sharedInstance');
+  const passwords = { ann: 'secret', bob: '' };
+  const changes = [...Object.entries(passwords), ['carl', 'x'], ['carl', null], ['nobody', null]];
+  for (const [account, password] of changes) send(transient, 'setPassword:forAccount:', password, account);
+  equal(get(transient, 'passwordsByAccount'), passwords);
+  equal(
+    ['ann', 'nobody'].map((each) => send(transient, 'passwordForAccount:', each)),
+    ['secret', null],
+  );
 });
 
 test('no password gets into the log or onto the terminal', async (t) => {
@@ -272,28 +269,23 @@ test('no password gets into the log or onto the terminal', async (t) => {
 
 const onDisplay = scenarios({ display: true, host: false });
 
-test('the user is prompted to unlock the keyring: dismissed, then unlocked with real keys', async (t) => {
-  const answers = await onDisplay(t, async ({ native, run, spawn }) => {
-    native.setPasswordForAccount('opened', 'ann');
-    const secrets = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', '/org/freedesktop/secrets'];
-    const login = 'array:objpath:/org/freedesktop/secrets/collection/login';
-    const asked = async (...keys) => {
-      await run('dbus-send', ...secrets, 'org.freedesktop.Secret.Service.Lock', login);
-      // Script blocks until the prompt ends: another process presses the keys, again if the first were too early.
-      const press =
-        'shown() { xdotool search --onlyvisible --class gcr-prompter; }; until shown; do sleep 0.05; done; ' +
-        'while shown; do xdotool key ctrl+a "$@"; sleep 1; done';
-      const user = spawn('sh', ['-c', press, 'sh', ...keys], { stdio: 'ignore' });
-      const answer = JSON.parse(native.getPasswordForAccount('ann'));
-      user.kill();
-      return answer;
-    };
-    const answers = [await asked('Escape'), await asked(...'session', 'Return')];
-    native.removePasswordForAccount('ann');
-    return answers;
-  });
-  assert.deepStrictEqual(answers, [
-    { 'ok?': false, error: status.cancelled },
-    { 'ok?': true, password: 'opened' },
-  ]);
+onDisplay.test('the user is prompted to unlock the keyring', async ({ equal, native, run, spawn }) => {
+  native.setPasswordForAccount('opened', 'ann');
+  const secrets = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', '/org/freedesktop/secrets'];
+  const login = 'array:objpath:/org/freedesktop/secrets/collection/login';
+  const asked = async (...keys) => {
+    await run('dbus-send', ...secrets, 'org.freedesktop.Secret.Service.Lock', login);
+    // Script blocks until the prompt ends: another process presses the keys, again if the first were too early.
+    const press =
+      'shown() { xdotool search --onlyvisible --class gcr-prompter; }; until shown; do sleep 0.05; done; ' +
+      'while shown; do xdotool key ctrl+a "$@"; sleep 1; done';
+    const user = spawn('sh', ['-c', press, 'sh', ...keys], { stdio: 'ignore' });
+    const answer = JSON.parse(native.getPasswordForAccount('ann'));
+    user.kill();
+    return answer;
+  };
+  const cancelled = -128;
+  equal(await asked('Escape'), { 'ok?': false, error: cancelled });
+  equal(await asked(...'session', 'Return'), { 'ok?': true, password: 'opened' });
+  native.removePasswordForAccount('ann');
 });

@@ -24,18 +24,8 @@ const nameStyles = {
   model: { entity: (name) => name, property: (name) => name },
 };
 
-const metadata = `
-            <plist version="1.0">
-                <dict>
-                    <key>NSPersistenceFrameworkVersion</key>
-                    <integer>407</integer>
-                    <key>NSStoreModelVersionHashes</key>
-                    <data>
-		Gl79yicU/qMmmjW+02T6r/N/3wY/MXt1/ETG6BgiQvk=
-		</data>
-                </dict>
-            </plist>
-        `;
+const metadata =
+  '\n<plist version="1.0">\n<dict>\n<key>NSPersistenceFrameworkVersion</key>\n<integer>407</integer>\n</dict>\n</plist>\n';
 
 class Store {
   /** @param {keyof nameStyles} [style] */
@@ -46,9 +36,9 @@ class Store {
   }
 
   /** Adds an object with its attributes, and gives its identifier. Values that are undefined are left out. */
-  add(entity, attributes, relationships = []) {
+  add(entity, attributes) {
     const id = `z${++this.nextNumber}`;
-    this.objects.push({ entity, id, attributes, relationships });
+    this.objects.push({ entity, id, attributes, relationships: [] });
     return id;
   }
 
@@ -90,42 +80,29 @@ ${this.objects.map((object) => this.objectText(object)).join('')}${extra}</datab
   }
 }
 
-/**
- * @param {Array<object>} accounts Attributes as they are stored, and lists: `bookmarks`, `downloadItems`, `signatures`.
- * @param {keyof nameStyles} [style]
- */
-function accountsStore(accounts, style) {
-  const lists = { bookmarks: 'Bookmark', downloadItems: 'DownloadItem', signatures: 'Signature' };
+/** A store of objects of one entity, with the objects in their lists: `lists` has the entities of those. */
+function storeOf(objects, entity, lists, owner, style) {
   const store = new Store(style);
-  for (const account of accounts) {
-    const attributes = Object.fromEntries(Object.entries(account).filter(([name]) => !(name in lists)));
-    const id = store.add('Account', attributes);
-    for (const [list, entity] of Object.entries(lists)) {
-      const ids = (account[list] || []).map((each) => {
-        const item = store.add(entity, each);
-        store.relate(item, 'account', 'Account', id);
-        return item;
-      });
-      store.relate(id, list, entity, ids);
+  for (const object of objects) {
+    const attributes = Object.fromEntries(Object.entries(object).filter(([name]) => !(name in lists)));
+    const id = store.add(entity, attributes);
+    for (const [list, kind] of Object.entries(lists)) {
+      const ids = (object[list] || []).map((each) => store.add(kind, each));
+      for (const each of ids) store.relate(each, owner, entity, id);
+      store.relate(id, list, kind, ids);
     }
   }
   return store;
 }
 
-/** @param {Array<{active?: boolean, lastUpdatedAt?: Date, appStates: Array<object>}>} workspaces */
-function workspacesStore(workspaces, style) {
-  const store = new Store(style);
-  for (const { appStates, ...attributes } of workspaces) {
-    const id = store.add('WorkspaceState', attributes);
-    const ids = appStates.map((each) => {
-      const state = store.add('GoogleAppState', each);
-      store.relate(state, 'workspaceState', 'WorkspaceState', id);
-      return state;
-    });
-    store.relate(id, 'appStates', 'GoogleAppState', ids);
-  }
-  return store;
-}
+const listsOfAccounts = { bookmarks: 'Bookmark', downloadItems: 'DownloadItem', signatures: 'Signature' };
+
+/** @param {keyof nameStyles} [style] */
+const accountsStore = (accounts, style) => storeOf(accounts, 'Account', listsOfAccounts, 'account', style);
+
+/** @param {keyof nameStyles} [style] */
+const workspacesStore = (workspaces, style) =>
+  storeOf(workspaces, 'WorkspaceState', { appStates: 'GoogleAppState' }, 'workspaceState', style);
 
 /** The report's entry for an account that is given to `accountsStore`. */
 function reported(account, password = null) {
@@ -157,10 +134,8 @@ function previousVersion(home) {
   };
   /** Writes the named files: { accounts: text, workspaces: text, preferences: bytes }. */
   const write = (contents) => {
-    for (const [name, content] of Object.entries(contents)) {
-      fs.mkdirSync(path.dirname(files[name]), { recursive: true });
-      fs.writeFileSync(files[name], content);
-    }
+    for (const file of Object.values(files)) fs.mkdirSync(path.dirname(file), { recursive: true });
+    for (const [name, content] of Object.entries(contents)) fs.writeFileSync(files[name], content);
   };
   return { ...files, folder, write };
 }
