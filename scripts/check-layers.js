@@ -22,7 +22,6 @@ const subsystems = {
   Keychain: [],
   Menu: [],
   Migration: ['Contacts', 'Keychain'], // recipients in the report, passwords of the old accounts
-  Network: [],
   Notifications: [],
   Pasteboard: [],
   Reachability: [],

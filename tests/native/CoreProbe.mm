@@ -7,12 +7,12 @@
 
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
-#include "Network/TsNetwork.h"
 #include "Platform/MainQueue.h"
 #include "Platform/TaskQueues.h"
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"
 #include "TessaroNative/StartUp.h"
+#include "TessaroNative/TsNetworkRequest.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsPageState.h"

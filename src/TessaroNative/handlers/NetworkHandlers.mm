@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "TessaroNative/NetworkRequestObject.h"
+#include "TessaroNative/TsNetworkRequest.h"
 #include "TessaroNative/handlers/Handlers.h"
 
 namespace platform = tessaro::platform;
@@ -61,5 +61,5 @@ void TsCreateRequest(const ScriptArguments& args) {
   request.url = ToStdString(args.GetIsolate(), args[0]);
   if (args[1]->IsObject()) ReadOptions(context, args[1].As<v8::Object>(), request);
   v8::Local<v8::Object> object;
-  if (NetworkRequestObject::New(context, std::move(request)).ToLocal(&object)) args.GetReturnValue().Set(object);
+  if (TsNetworkRequest::New(context, std::move(request)).ToLocal(&object)) args.GetReturnValue().Set(object);
 }
