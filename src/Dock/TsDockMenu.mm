@@ -6,8 +6,6 @@
 #include "Platform/DockMenu.h"
 #import "StatusItem/TsStatusItemController.h"
 
-namespace platform = tessaro::platform;
-
 namespace {
 
 constexpr char kActionTypes[] = "V@:@";
@@ -44,8 +42,7 @@ void TsInstallDockMenuPatch() {
                   kActionTypes);
   Replace(delegateClass, @selector(applicationDockMenu:), Implementation(ApplicationDockMenu), kMenuTypes);
 
-  platform::OfferDockMenu();
-  if (!platform::IsDockAvailable()) TsLogInfo(@"The Dock menu waits for a Dock: there is none yet");
+  tessaro::platform::OfferDockMenu();
 }
 
 NSMenu* TsDockMenu(id, id) {

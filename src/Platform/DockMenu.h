@@ -10,7 +10,4 @@ void OfferDockMenu();
 // menu is built again on a later turn of the main loop.
 void DockMenuMayHaveChanged();
 
-// Whether the desktop has a Dock or launcher that shows the menu now. The answer may take some milliseconds.
-[[nodiscard]] bool IsDockAvailable();
-
 }  // namespace tessaro::platform

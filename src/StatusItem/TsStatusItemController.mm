@@ -6,11 +6,11 @@
 #import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSImage+TsTint.h"
 #include "Platform/DockMenu.h"
-#include "Platform/StatusBar.h"
 #include "Platform/WindowServer.h"
 #include "StatusItem/StatusMenu.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsNotificationObserver.h"
 
 namespace platform = tessaro::platform;
 
@@ -33,6 +33,11 @@ NSImage* Tinted(NSImage* image, NSColor* color) {
 
 CGFloat TitleWidth(NSString* title) {
   return [title sizeWithAttributes:@{NSFontAttributeName : [NSFont menuBarFontOfSize:0]}].width;
+}
+
+NSDictionary* InfoOf(id row, NSString* key) {
+  id identifier = [row representedObject];
+  return identifier != nil ? @{key : identifier} : @{};
 }
 
 NSDictionary* AskScriptForMenu(NSString* type, bool includesMessages) {
@@ -154,8 +159,6 @@ TS_RETAINED(NSStatusItem, statusItem, StatusItem)
     TsLogWarning(@"The status item needs a window server");
     return NO;
   }
-  if (!platform::IsStatusBarAvailable())
-    TsLogInfo(@"The desktop shows no status items yet; the status item appears when it does");
   auto menu = Adopt([[NSMenu alloc] init]);
   [menu setDelegate:static_cast<id>(self)];
   _statusItem = Retain([[NSStatusBar systemStatusBar] statusItemWithLength:kIconLength]);
@@ -189,39 +192,28 @@ TS_RETAINED(NSStatusItem, statusItem, StatusItem)
   return ![self doNotDisturbEnabled];
 }
 
-- (void)post:(NSString*)name {
-  [[NSNotificationCenter defaultCenter] postNotificationName:name object:self];
-}
-
-- (void)post:(NSString*)name with:(NSString*)key of:(id)sender {
-  id identifier = [sender representedObject];
-  [[NSNotificationCenter defaultCenter] postNotificationName:name
-                                                      object:self
-                                                    userInfo:identifier != nil ? @{key : identifier} : @{}];
-}
-
 - (void)checkForNewMessages:(id)sender {
-  [self post:@"TsGetNewMessagesNotification"];
+  TsPost(@"TsGetNewMessagesNotification", self);
 }
 
 - (void)toggleDoNotDisturb:(id)sender {
-  [self post:@"TsToggleDoNotDisturbNotification"];
+  TsPost(@"TsToggleDoNotDisturbNotification", self);
 }
 
 - (void)composeNewMessage:(id)sender {
-  [self post:@"TsComposeNewMessageNotification"];
+  TsPost(@"TsComposeNewMessageNotification", self);
 }
 
 - (void)showTabViewItem:(id)sender {
-  [self post:@"TsActivateTabForAccountNotification" with:@"account-db-id" of:sender];
+  TsPost(@"TsActivateTabForAccountNotification", self, InfoOf(sender, @"account-db-id"));
 }
 
 - (void)loginOAuth:(id)sender {
-  [self post:@"TsOpenOAuthWindowForAccountNotification" with:@"account-db-id" of:sender];
+  TsPost(@"TsOpenOAuthWindowForAccountNotification", self, InfoOf(sender, @"account-db-id"));
 }
 
 - (void)openMessage:(id)sender {
-  [self post:@"TsOpenMessageWithUniqueNotificationId" with:@"unique-id" of:sender];
+  TsPost(@"TsOpenMessageWithUniqueNotificationId", self, InfoOf(sender, @"unique-id"));
 }
 
 @end

@@ -1,6 +1,5 @@
 #include "Updates/TsUpdateWindow.h"
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 

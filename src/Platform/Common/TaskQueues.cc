@@ -1,10 +1,8 @@
 #include "Platform/TaskQueues.h"
 
 #include <deque>
-#include <mutex>
 #include <system_error>
 #include <thread>
-#include <utility>
 
 #include "Platform/Common/AutoreleaseScope.h"
 

@@ -14,6 +14,4 @@ void OfferDockMenu() {
 
 void DockMenuMayHaveChanged() {}
 
-bool IsDockAvailable() { return true; }
-
 }  // namespace tessaro::platform

@@ -4,7 +4,6 @@
 #include <fstream>
 #include <iterator>
 
-#include "Platform/Common/Deadline.h"
 #include "Platform/Files.h"
 #include "Platform/MainQueue.h"
 #include "Platform/TaskQueues.h"

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "Platform/Common/Deadline.h"
 #include "Platform/MainQueue.h"
 #include "Platform/macOS/CFRef.h"
 

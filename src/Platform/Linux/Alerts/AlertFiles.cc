@@ -114,13 +114,10 @@ std::vector<KeptAlert> AlertFiles::All() const noexcept {
   return alerts;
 }
 
-bool AlertFiles::Keep(const KeptAlert& alert) noexcept {
-  if (!isPrepared_) {
-    std::error_code error;
-    fs::create_directories(directory_, error);
-    fs::permissions(directory_, fs::perms::owner_all, error);
-    isPrepared_ = !error;
-  }
+bool AlertFiles::Keep(const KeptAlert& alert) const noexcept {
+  std::error_code error;
+  fs::create_directories(directory_, error);
+  fs::permissions(directory_, fs::perms::owner_all, error);
   const std::string contents = Serialised(alert);
   const fs::path file = FileOf(alert.key);
   // For the user only: the texts are mail. A power failure also ends the alerts on screen.

@@ -34,15 +34,14 @@ class AlertFiles {
   [[nodiscard]] std::vector<KeptAlert> All() const noexcept;
 
   // False when the file could not be written. The file of a scheduled alert survives a power failure.
-  [[nodiscard]] bool Keep(const KeptAlert& alert) noexcept;
+  [[nodiscard]] bool Keep(const KeptAlert& alert) const noexcept;
 
   void Remove(const UserNotifications::Key& key) const noexcept;
 
  private:
   [[nodiscard]] std::filesystem::path FileOf(const UserNotifications::Key& key) const;
 
-  std::filesystem::path directory_;
-  bool isPrepared_ = false;
+  const std::filesystem::path directory_;
 };
 
 }  // namespace tessaro::platform

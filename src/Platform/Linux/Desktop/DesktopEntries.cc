@@ -3,7 +3,6 @@
 #include <chrono>
 
 #include "Base/Lifetime.h"
-#include "Platform/Common/Deadline.h"
 #include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {

@@ -19,7 +19,6 @@
 #include "Base/Owned.h"
 #include "Base/TextPieces.h"
 #include "Base/UvHandle.h"
-#include "Platform/Common/Deadline.h"
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/MainQueue.h"
 

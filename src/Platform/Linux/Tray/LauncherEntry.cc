@@ -2,7 +2,7 @@
 
 #include <tuple>
 
-#include "Platform/DockMenu.h"
+#include "Base/TsLog.h"
 #include "Platform/Linux/Base/BusNames.h"
 
 namespace tessaro::platform {
@@ -19,6 +19,7 @@ constexpr char kLauncher[] = "com.canonical.Unity";
 
 LauncherEntry::LauncherEntry(const std::string& desktopId, MenuService::Source menu)
     : uri_("application://" + desktopId + ".desktop"), menuSource_(std::move(menu)) {
+  if (!HasOwner(kLauncher)) TsLogTextInfo("The Dock menu waits for a Dock: there is none yet");
   JoinBus();
 }
 
@@ -54,7 +55,5 @@ LauncherEntry::Properties LauncherEntry::CurrentProperties() {
 void LauncherEntry::Announce() {
   object_->emitSignal("Update").onInterface(kInterface).withArguments(uri_, CurrentProperties());
 }
-
-bool IsDockAvailable() { return HasOwner(kLauncher); }
 
 }  // namespace tessaro::platform

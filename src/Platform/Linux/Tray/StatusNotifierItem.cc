@@ -4,8 +4,8 @@
 
 #include <utility>
 
+#include "Base/TsLog.h"
 #include "Platform/Linux/Base/BusNames.h"
-#include "Platform/StatusBar.h"
 
 namespace tessaro::platform {
 
@@ -31,6 +31,9 @@ std::string NextBusName() {
 
 StatusNotifierItem::StatusNotifierItem(std::string applicationName, MenuService::Source menu)
     : applicationName_(std::move(applicationName)), busName_(NextBusName()), menuSource_(std::move(menu)) {
+  if (!HasOwner(kWatcher)) {
+    TsLogTextInfo("The desktop shows no status items yet; the status item appears when it does");
+  }
   JoinBus();
 }
 
@@ -127,7 +130,5 @@ void StatusNotifierItem::Emit(const char* signal) noexcept {
   // When the bus has just gone, the item is read again as soon as it is back.
   if (object_) static_cast<void>(TryOnBus([&] { object_->emitSignal(signal).onInterface(kInterface); }));
 }
-
-bool IsStatusBarAvailable() { return HasOwner(kWatcher); }
 
 }  // namespace tessaro::platform

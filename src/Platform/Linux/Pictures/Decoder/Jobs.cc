@@ -52,9 +52,7 @@ std::string SaverOf(const PictureFormat& format) {
 }
 
 bool Fits(const PictureJob& job, const SourceFile& source) {
-  const bool isTurned = source.orientation() >= 5;
-  const int width = isTurned ? source.height() : source.width();
-  const int height = isTurned ? source.width() : source.height();
+  const auto [width, height] = source.shownSize();
   return (job.maxWidth <= 0 || width <= job.maxWidth) && (job.maxHeight <= 0 || height <= job.maxHeight);
 }
 

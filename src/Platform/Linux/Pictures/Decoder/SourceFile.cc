@@ -107,15 +107,11 @@ Result<void> SourceFile::ReadHeader(Missing missing) {
   return {};
 }
 
-SourceFile::Size SourceFile::ShownSize() const {
-  return orientation_ >= 5 ? Size{height_, width_} : Size{width_, height_};
-}
-
 // Without an embedded profile the colours are sRGB already; a conversion would shift them.
 const char* SourceFile::ExportProfile() const { return hasProfile_ ? "srgb" : nullptr; }
 
 double SourceFile::FactorFor(const Fit& fit) const {
-  const Size shown = ShownSize();
+  const Size shown = shownSize();
   return std::max(static_cast<double>(shown.width) / fit.maxWidth, static_cast<double>(shown.height) / fit.maxHeight);
 }
 
@@ -147,10 +143,9 @@ VipsImagePtr SourceFile::DecodeLines(double factor) {
   const auto reduced = [factor](int length) { return std::max(1, static_cast<int>(std::lround(length / factor))); };
   const int width = reduced(width_);
   const int height = reduced(height_);
-  const bool isTurned = orientation_ >= 5;
   VipsImage* finished = nullptr;
-  vips_thumbnail_image(image.get(), &finished, isTurned ? height : width, "height", isTurned ? width : height, "size",
-                       VIPS_SIZE_FORCE, "export_profile", ExportProfile(), nullptr);
+  vips_thumbnail_image(image.get(), &finished, isTurned() ? height : width, "height", isTurned() ? width : height,
+                       "size", VIPS_SIZE_FORCE, "export_profile", ExportProfile(), nullptr);
   return VipsImagePtr(finished);
 }
 

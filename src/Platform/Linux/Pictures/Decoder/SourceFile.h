@@ -42,12 +42,13 @@ class SourceFile {
   // Once, after the header. Empty when decoding fails: see VipsFailure().
   [[nodiscard]] VipsImagePtr Decode(const Fit& fit);
 
-  // Size of the first frame, before it is turned.
-  [[nodiscard]] int width() const { return width_; }
-  [[nodiscard]] int height() const { return height_; }
+  struct Size {
+    int width;
+    int height;
+  };
+  // Of the first frame, as it is shown.
+  [[nodiscard]] Size shownSize() const { return isTurned() ? Size{height_, width_} : Size{width_, height_}; }
   [[nodiscard]] int frames() const { return frames_; }
-  // As in EXIF: 1 for an image that is shown as it is stored.
-  [[nodiscard]] int orientation() const { return orientation_; }
   [[nodiscard]] bool hasAlpha() const { return hasAlpha_; }
   // By the name of the loader: "jpeg", "png", "svg", "pdf" …
   [[nodiscard]] const std::string& format() const { return format_; }
@@ -55,12 +56,7 @@ class SourceFile {
   [[nodiscard]] bool isVector() const { return format_ == "svg" || format_ == "pdf"; }
 
  private:
-  struct Size {
-    int width;
-    int height;
-  };
-  // Size after turning.
-  [[nodiscard]] Size ShownSize() const;
+  [[nodiscard]] bool isTurned() const { return orientation_ >= 5; }
   // How many times the image is larger than the size it has to fit.
   [[nodiscard]] double FactorFor(const Fit& fit) const;
   // Decoders of other formats make smaller images themselves, or need all of the file at once.
@@ -78,7 +74,7 @@ class SourceFile {
   int width_ = 0;
   int height_ = 0;
   int frames_ = 1;
-  int orientation_ = 1;
+  int orientation_ = 1;  // as in EXIF: 1 for an image that is shown as it is stored
   bool hasAlpha_ = false;
   bool hasProfile_ = false;
 };

@@ -1,8 +1,0 @@
-#include "Platform/StatusBar.h"
-
-// The menu bar is always there, and shows status items by itself.
-namespace tessaro::platform {
-
-bool IsStatusBarAvailable() { return true; }
-
-}  // namespace tessaro::platform
