@@ -63,13 +63,14 @@ Transfer::Transfer(TransferEngine& engine, const HTTPRequest& request, HTTPTrans
     End(code);
     return;
   }
-  engine_.WatchTimeout(*this);
   engine_.Add(easy_.get());
+  timer_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+  WatchTimeout();
 }
 
 Transfer::~Transfer() {
   if (isDestroyed_ != nullptr) *isDestroyed_ = true;
-  if (easy_) engine_.Remove(*this, easy_.get());
+  if (easy_) engine_.Remove(easy_.get());
   engine_.Withdraw(*this);
 }
 
@@ -250,6 +251,16 @@ bool Transfer::Keep(std::span<const char> piece) {
   return client_.Keep(piece);
 }
 
+// Don't re-arm the timer on every packet; when it fires, check for activity since.
+void Transfer::WatchTimeout() {
+  const std::uint64_t now = uv_hrtime() / 1000000;
+  const std::uint64_t end = lastActivity_ + timeout_;
+  if (now >= end) return End(CURLE_OPERATION_TIMEDOUT);
+  uv_update_time(uv_default_loop());
+  uv_timer_start(
+      timer_.get(), [](uv_timer_t* timer) { OwnerOf<Transfer>(timer).WatchTimeout(); }, end - now, 0);
+}
+
 void Transfer::NoteActivity() {
   lastActivity_ = uv_now(uv_default_loop());
   engine_.Queue(*this);
@@ -306,8 +317,9 @@ void Transfer::DeliverResult() {
 void Transfer::End(CURLcode code) {
   if (easy_) {
     code = ResultFor(code);
-    engine_.Remove(*this, easy_.get());
+    engine_.Remove(easy_.get());
     easy_.reset();
+    timer_.reset();
   }
   pendingResult_ = code;
   engine_.Queue(*this);
@@ -315,7 +327,7 @@ void Transfer::End(CURLcode code) {
 
 // libcurl has no codes of their own for some responses.
 CURLcode Transfer::ResultFor(CURLcode code) const {
-  const bool isSent = deadline != 0;
+  const bool isSent = timer_ != nullptr;
   if (!isSent) return code;
   const bool isOtherProtocol = code == CURLE_UNSUPPORTED_PROTOCOL && RedirectCount() == 0;
   const bool isHeaderTooLong = code == CURLE_OUT_OF_MEMORY;

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Base/UvHandle.h"
 #include "Platform/HTTPTransfer.h"
 #include "Platform/Linux/Network/Transfers/BodyDecoder.h"
 #include "Platform/Linux/Network/Transfers/TransferEngine.h"
@@ -23,12 +24,8 @@ class Transfer final : public HTTPTransfer {
   Transfer(const Transfer&) = delete;
   Transfer& operator=(const Transfer&) = delete;
 
-  // The engine's notes. Times are milliseconds of the event loop's clock.
-  std::uint64_t deadline = 0;
+  // The engine's note.
   bool isQueued = false;
-
-  // When the transfer times out unless something arrives before.
-  [[nodiscard]] std::uint64_t TimesOutAt() const { return lastActivity_ + timeout_; }
 
   // The server has reset the stream of the current response before it ended the body.
   void NoteReset();
@@ -59,6 +56,7 @@ class Transfer final : public HTTPTransfer {
   [[nodiscard]] bool Keep(std::span<const char> piece);
   [[nodiscard]] bool FailDecoding(std::string reason);
 
+  void WatchTimeout();
   void NoteActivity();
   void DeliverResponse();
   void DeliverResult();
@@ -77,8 +75,9 @@ class Transfer final : public HTTPTransfer {
   const std::string url_;
   const std::string method_;
   const bool followRedirects_;
-  std::uint64_t timeout_;
-  std::uint64_t lastActivity_;
+  const std::uint64_t timeout_;  // milliseconds, as the next
+  std::uint64_t lastActivity_;   // by the event loop's clock
+  UvHandle<uv_timer_t> timer_;   // while the request is sent
   CurlEasy easy_;
   CurlList headers_;
   std::array<char, CURL_ERROR_SIZE> detail_{};

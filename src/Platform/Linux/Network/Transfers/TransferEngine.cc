@@ -130,8 +130,7 @@ void SetCommonOptions(CURL* easy, CURLSH* share, SocketWatches* watches) {
 TransferEngine::TransferEngine()
     : watches_([this](curl_socket_t socket, int events) { Act(socket, events); }),
       timer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)),
-      soon_(MakeUvHandle<uv_idle_t>(this, uv_idle_init)),
-      timeoutTimer_(MakeUvHandle<uv_timer_t>(this, uv_timer_init)) {
+      soon_(MakeUvHandle<uv_idle_t>(this, uv_idle_init)) {
   curl_global_init(CURL_GLOBAL_DEFAULT);
   multi_.reset(curl_multi_init());
   share_.reset(curl_share_init());
@@ -169,7 +168,6 @@ void TransferEngine::ShutDown() noexcept {
   watches_.Clear();
   timer_.reset();
   soon_.reset();
-  timeoutTimer_.reset();
 }
 
 CurlEasy TransferEngine::MakeEasy() {
@@ -182,8 +180,7 @@ void TransferEngine::Add(CURL* easy) {
   if (multi_) curl_multi_add_handle(multi_.get(), easy);
 }
 
-void TransferEngine::Remove(Transfer& transfer, CURL* easy) {
-  deadlines_.erase({transfer.deadline, &transfer});
+void TransferEngine::Remove(CURL* easy) {
   if (multi_) curl_multi_remove_handle(multi_.get(), easy);
 }
 
@@ -251,36 +248,6 @@ void TransferEngine::DeliverAll() {
     queue_.pop_front();
     transfer.isQueued = false;
     transfer.Deliver();
-  }
-}
-
-void TransferEngine::WatchTimeout(Transfer& transfer) {
-  transfer.deadline = transfer.TimesOutAt();
-  const auto place = deadlines_.emplace(transfer.deadline, &transfer).first;
-  if (place != deadlines_.begin() || !timeoutTimer_) return;
-  const std::uint64_t now = uv_hrtime() / 1000000;
-  uv_update_time(uv_default_loop());
-  uv_timer_start(
-      timeoutTimer_.get(), [](uv_timer_t* handle) { OwnerOf<TransferEngine>(handle).CheckTimeouts(); },
-      transfer.deadline > now ? transfer.deadline - now : 0, 0);
-}
-
-// Don't re-arm the timer on every packet; when it fires, check for activity since.
-void TransferEngine::CheckTimeouts() {
-  const std::uint64_t now = uv_now(uv_default_loop());
-  while (!deadlines_.empty() && deadlines_.begin()->first <= now) {
-    Transfer& transfer = *deadlines_.begin()->second;
-    deadlines_.erase(deadlines_.begin());
-    if (transfer.TimesOutAt() > now) {
-      WatchTimeout(transfer);
-    } else {
-      transfer.End(CURLE_OPERATION_TIMEDOUT);
-    }
-  }
-  if (!deadlines_.empty()) {
-    Transfer& next = *deadlines_.begin()->second;
-    deadlines_.erase(deadlines_.begin());
-    WatchTimeout(next);
   }
 }
 

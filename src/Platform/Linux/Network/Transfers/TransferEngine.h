@@ -2,11 +2,9 @@
 
 #include <curl/curl.h>
 
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -80,30 +78,24 @@ class TransferEngine final : public TransferLibrary {
   // For transfers.
   [[nodiscard]] CurlEasy MakeEasy();
   void Add(CURL* easy);
-  void Remove(Transfer& transfer, CURL* easy);
-  void Queue(Transfer& transfer);         // has events to deliver
-  void Withdraw(Transfer& transfer);      // is about to be destroyed
-  void WatchTimeout(Transfer& transfer);  // from now on
+  void Remove(CURL* easy);
+  void Queue(Transfer& transfer);     // has events to deliver
+  void Withdraw(Transfer& transfer);  // is about to be destroyed
 
  private:
-  using Deadline = std::pair<std::uint64_t, Transfer*>;
-
   void Configure();
   void SetTimer(long milliseconds);
   void ActSoon();
   void Act(curl_socket_t socket, int events);
   void Perform(curl_socket_t socket, int events);
   void DeliverAll();
-  void CheckTimeouts();
 
   CurlMulti multi_;
   CurlShare share_;
   SocketWatches watches_;
   UvHandle<uv_timer_t> timer_;
   UvHandle<uv_idle_t> soon_;  // in the next turn
-  UvHandle<uv_timer_t> timeoutTimer_;
   std::deque<Transfer*> queue_;
-  std::set<Deadline> deadlines_;
   bool isActing_ = false;
   bool isDue_ = false;
 };
