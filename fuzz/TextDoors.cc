@@ -11,7 +11,6 @@
 #include "Doors.h"
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/Common/UpdateDecision.h"
-#include "Platform/Common/UpdateSource.h"
 #include "Platform/HFSPath.h"
 #include "Platform/HTMLText.h"
 #include "Platform/Linux/Base/FileURI.h"

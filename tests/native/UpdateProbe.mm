@@ -14,7 +14,6 @@
 #include "Crashes/TsSentryLogger.h"
 #include "Platform/Common/CrashRecord.h"
 #include "Platform/Common/UpdateDecision.h"
-#include "Platform/Common/UpdateSource.h"
 #include "Platform/CrashReporter.h"
 #include "Probe.h"
 #include "TessaroNative/Dispatch.h"

@@ -32,8 +32,8 @@ constexpr timespec kMoment = {0, 50'000'000};
 
 struct Crash {
   int signal;
-  const siginfo_t& information;
-  const void* context;
+  siginfo_t* information;
+  void* context;
 };
 
 // Writes lines through a small buffer. Write errors are ignored.
@@ -122,10 +122,10 @@ void WriteReason(Writer& writer, const Crash& crash) {
   std::array<char, 64> name{};
   ReadThreadName(name);
   writer.Line("signal", crash.signal);
-  writer.Line("code", crash.information.si_code);
+  writer.Line("code", crash.information->si_code);
   // si_addr is valid only for kernel-raised signals; for kill() the union holds the sender's pid.
-  if (crash.information.si_code > 0) {
-    writer.Address("address", reinterpret_cast<std::uintptr_t>(crash.information.si_addr));
+  if (crash.information->si_code > 0) {
+    writer.Address("address", reinterpret_cast<std::uintptr_t>(crash.information->si_addr));
   }
   writer.Line("time", now.tv_sec * 1000 + now.tv_nsec / 1'000'000);
   writer.Line("process", getpid());
@@ -176,15 +176,15 @@ class CrashHandler {
  private:
   static void OnSignal(int signal, siginfo_t* information, void* context) {
     const int error = errno;
-    current.load()->Handle({signal, *information, context}, information, context);
+    current.load()->Handle({signal, information, context});
     errno = error;
   }
 
-  void Handle(const Crash& crash, siginfo_t* information, void* context) {
-    if (claim_ != nullptr && claim_(crash.signal, information, context)) return;
+  void Handle(const Crash& crash) {
+    if (claim_ != nullptr && claim_(crash.signal, crash.information, crash.context)) return;
     // A forked process has inherited the handler, but the record is its parent's.
     if (getpid() == process_) Record(crash);
-    LeaveToOthers(crash.signal, information);
+    LeaveToOthers(crash);
   }
 
   // The first thread that crashes is recorded; others that crash wait until the record is complete.
@@ -205,7 +205,8 @@ class CrashHandler {
   }
 
   // A fault is raised again as soon as the handler returns; a signal that was sent has to be sent again.
-  void LeaveToOthers(int signal, siginfo_t* information) {
+  void LeaveToOthers(const Crash& crash) {
+    const auto& [signal, information, context] = crash;
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
       if (kSignals[i] == signal) sigaction(signal, &previous_[i], nullptr);
     }

@@ -1,15 +1,16 @@
 #pragma once
 
+#include <array>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Base/Result.h"
-#include "Platform/Common/UpdateSource.h"
 #include "Platform/Updater.h"
 
 namespace tessaro::platform {
@@ -18,6 +19,23 @@ namespace tessaro::platform {
 // numbers by their value and words by their letters; a number is newer than a word. Of versions that are equal as far
 // as both go the longer one is newer, unless it goes on with a word: 1.0b2 < 1.0 < 1.0.1 < 1.1.
 [[nodiscard]] std::weak_ordering CompareVersions(std::string_view left, std::string_view right) noexcept;
+
+// Whether feeds and files may come from this address: over TLS, or from this very machine.
+[[nodiscard]] bool IsTrustworthyAddress(std::string_view url) noexcept;
+
+// The address with the parameters appended to its query, in order.
+[[nodiscard]] std::string WithParameters(std::string_view url, const std::vector<FeedParameter>& parameters);
+
+// Ed25519. Both are written in base64, with white space anywhere.
+using UpdateKey = std::array<std::uint8_t, 32>;
+using UpdateSignature = std::array<std::uint8_t, 64>;
+
+[[nodiscard]] std::optional<UpdateKey> UpdateKeyFrom(std::string_view base64) noexcept;
+[[nodiscard]] std::optional<UpdateSignature> UpdateSignatureFrom(std::string_view base64) noexcept;
+
+// Whether the owner of the key has signed exactly these bytes. Any thread; takes about two milliseconds a megabyte.
+[[nodiscard]] bool IsSigned(std::span<const char> file, const UpdateSignature& signature,
+                            const UpdateKey& key) noexcept;
 
 // Which of several elements with the same name counts: enclosures for this system (as "sparkle:os" names it), texts in
 // the first of these languages. Otherwise the first one that names no system or language.

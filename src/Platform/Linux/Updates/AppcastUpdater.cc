@@ -13,7 +13,6 @@
 #include "Base/TsLog.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Common/UpdateDecision.h"
-#include "Platform/Common/UpdateSource.h"
 #include "Platform/Files.h"
 #include "Platform/Linux/Base/WallClockTimer.h"
 #include "Platform/Linux/Updates/AppImage.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "Platform/Common/UpdateSource.h"
+#include "Platform/Common/UpdateDecision.h"
 
 namespace tessaro::platform {
 
