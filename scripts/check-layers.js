@@ -42,7 +42,7 @@ const subsystems = {
 const platformRooms = {
   'Platform/Linux/AppKit': ['Platform/Linux/Clipboard', 'Platform/Linux/Keyboard', 'Platform/Linux/Theme'],
   'Platform/Linux/Clipboard': ['Platform/Linux/AppKit'],
-  'Platform/Linux/Theme': ['Platform/Linux/AppKit', 'Platform/Linux/Desktop'],
+  'Platform/Linux/Theme': ['Platform/Linux/AppKit'],
   'Platform/Linux/Tray': ['Platform/Linux/AppKit'],
 };
 

@@ -74,6 +74,16 @@ test('font, scale and darkness follow the settings of the X session', async (t) 
   await becomes(person, { font, scale, background: background.light });
 });
 
+test('a program that changes settings without end leaves the main thread to other work', async (t) => {
+  const person = await startPerson(t);
+  const turn = await person.tell(({ dialogs }, changes) => {
+    dialogs.floodResources(changes);
+    const start = Date.now();
+    return new Promise((resolve) => setTimeout(() => resolve(Date.now() - start), 100));
+  }, 50000);
+  assert.ok(turn < 2000, `${turn} ms`);
+});
+
 test('the settings portal decides on darkness, and names the accent colour', async (t) => {
   startSettingsDaemon(t, 'Net/ThemeName "Adwaita-dark"');
   const person = await startPerson(t);

@@ -9,7 +9,7 @@
 #include "Contacts/TsRecipient.h"
 #import "Keychain/TsKeyChain.h"
 #include "Platform/Common/UpdateDecision.h"
-#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
+#include "Platform/Linux/AppKit/CocoaAdditions.h"
 #include "Probe.h"
 #import "StatusItem/TsStatusItemController.h"
 #include "Utilities/TsCallbackSlot.h"

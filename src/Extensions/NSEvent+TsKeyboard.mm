@@ -24,7 +24,7 @@ static bool IsControl(NSString* characters) {
 - (NSUInteger)ts_settledModifierFlags {
   const NSUInteger flags = [self modifierFlags];
   if ([self type] != kTsFlagsChanged || [self ts_virtualKeyCode] != kCapsLockKey) return flags;
-  return tessaro::platform::IsCapsLockOn() ? flags | kTsCapsLock : flags & ~kTsCapsLock;
+  return (flags & ~kTsCapsLock) | ([NSEvent modifierFlags] & kTsCapsLock);
 }
 
 - (unsigned short)ts_virtualKeyCode {

@@ -97,12 +97,8 @@ Ref<NSArray> FindSounds() {
 
 - (void)play {
   @synchronized([TsSound class]) {
-    platform::SoundPlayer& player = platform::SoundPlayer::Shared();
-    player.Stop();
-    std::string file = platform::SoundFileNamed(TsStdString(_name));
-    if (file.empty()) return;
-    player.Play(std::move(file),
-                [](const std::string& reason) { TsLogTextWarning("Couldn't play a sound: " + reason); });
+    platform::PlaySound(platform::SoundFileNamed(TsStdString(_name)),
+                        [](const std::string& reason) { TsLogTextWarning("Couldn't play a sound: " + reason); });
   }
 }
 

@@ -17,7 +17,4 @@ inline constexpr std::uint16_t kNoVirtualKey = 0xffff;
 // the first of the user's that has one; without a window system on an American keyboard. 0 for keys that type none.
 [[nodiscard]] char16_t CharacterOnKey(std::uint16_t virtualKeyCode);
 
-// Whether Caps Lock is on now. False where there is no window system to ask.
-[[nodiscard]] bool IsCapsLockOn();
-
 }  // namespace tessaro::platform

@@ -1,12 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "Base/Lifetime.h"
 
 namespace tessaro::platform {
 
@@ -17,31 +14,11 @@ namespace tessaro::platform {
 // This system's sound folders besides Cocoa's own, in search order.
 [[nodiscard]] std::vector<std::string> SystemSoundFolders() noexcept;
 
-// Plays one sound at a time. Any thread; no call waits for the audio system, and none connects to it before the first
-// sound.
-class SoundPlayer {
- public:
-  // Called on a thread of the player's when a sound could not be played. May be null.
-  using Failure = std::function<void(const std::string& reason)>;
+// Called on a thread of the player's when a sound could not be played. May be null.
+using SoundFailure = std::function<void(const std::string& reason)>;
 
-  static SoundPlayer& Shared();
-
-  // Cuts off the sound that is playing.
-  void Play(std::string file, Failure failure) noexcept;
-
-  void Stop() noexcept;
-
-  SoundPlayer(const SoundPlayer&) = delete;
-  SoundPlayer& operator=(const SoundPlayer&) = delete;
-
- private:
-  friend class Forever<SoundPlayer>;
-
-  SoundPlayer();
-  ~SoundPlayer();
-
-  struct Body;
-  std::shared_ptr<Body> body_;
-};
+// Plays a sound in the place of the one that is playing; without a file there is silence. Any thread. Doesn't wait for
+// the audio system, and doesn't connect to it before the first sound.
+void PlaySound(std::string file, SoundFailure failure) noexcept;
 
 }  // namespace tessaro::platform

@@ -2,7 +2,7 @@
 
 #include "Base/Ref.h"
 #include "Base/TsString.h"
-#include "Platform/Linux/Desktop/XSettings.h"
+#include "Platform/Linux/Theme/XSettings.h"
 #include "Probe.h"
 
 namespace {
@@ -100,6 +100,17 @@ id parseSessionSettings(std::string_view property) {
   return texts;
 }
 
+// Changes the X server's resources many times at once.
+void floodResources(int changes) {
+  const tessaro::platform::XConnection connection;
+  const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+  for (int i = 0; i < changes; ++i) {
+    xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, root, XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, 8, 0,
+                        nullptr);
+  }
+  std::free(xcb_get_input_focus_reply(connection.get(), xcb_get_input_focus(connection.get()), nullptr));
+}
+
 // As its close button would.
 void closeWindow(NSString* title) {
   for (NSWindow* window in [NSApp windows]) {
@@ -128,6 +139,6 @@ bool pressButton(NSString* title, NSString* buttonTitle) {
   return false;
 }
 
-PROBES("dialogs", windows, closeWindow, parseSessionSettings, pressButton);
+PROBES("dialogs", windows, closeWindow, floodResources, parseSessionSettings, pressButton);
 
 }  // namespace

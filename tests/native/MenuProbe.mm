@@ -7,7 +7,7 @@
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Menu/TsMainMenu.h"
 #include "Platform/Cocoa.h"
-#include "Platform/Linux/Keyboard/ShortcutText.h"
+#include "Platform/Linux/Keyboard/KeyEquivalents.h"
 #include "Probe.h"
 
 namespace {

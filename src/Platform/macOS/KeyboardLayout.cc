@@ -1,7 +1,6 @@
 #include "Platform/KeyboardLayout.h"
 
 #include <Carbon/Carbon.h>
-#include <CoreGraphics/CoreGraphics.h>
 
 #include <array>
 
@@ -40,10 +39,6 @@ char16_t CharacterOnKey(std::uint16_t virtualKeyCode) {
   const auto data = static_cast<CFDataRef>(TISGetInputSourceProperty(source.get(), kTISPropertyUnicodeKeyLayoutData));
   if (data == nullptr) return 0;
   return Translate(reinterpret_cast<const UCKeyboardLayout*>(CFDataGetBytePtr(data)), virtualKeyCode);
-}
-
-bool IsCapsLockOn() {
-  return (CGEventSourceFlagsState(kCGEventSourceStateCombinedSessionState) & kCGEventFlagMaskAlphaShift) != 0;
 }
 
 }  // namespace tessaro::platform

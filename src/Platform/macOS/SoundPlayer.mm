@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsString.h"
 #include "Platform/MainQueue.h"
@@ -30,6 +31,20 @@ std::string FileIn(const fs::path& folder, std::string_view name) {
   return {};
 }
 
+void PlayOnMainThread(const std::string& file, const SoundFailure& failure) {
+  static Forever<Ref<NSSound>> playing;
+  Ref<NSSound>& sound = *playing;
+  std::string reason;
+  const std::string exception = Guarded([&] {
+    [sound stop];
+    sound = file.empty() ? nullptr : Adopt([[NSSound alloc] initWithContentsOfFile:TsNSString(file) byReference:YES]);
+    if (!sound && !file.empty()) reason = "the file is no sound that the system can play: " + file;
+    if (sound && ![sound play]) reason = "the system does not play " + file;
+  });
+  if (!exception.empty()) reason = exception;
+  if (!reason.empty() && failure) failure(reason);
+}
+
 }  // namespace
 
 std::string SoundFileNamed(std::string_view name) noexcept {
@@ -46,38 +61,8 @@ std::string SoundFileNamed(std::string_view name) noexcept {
 // All of them are Cocoa's own.
 std::vector<std::string> SystemSoundFolders() noexcept { return {}; }
 
-// Main thread only.
-struct SoundPlayer::Body {
-  Ref<NSSound> sound;
-
-  void Play(const std::string& file, const Failure& failure) {
-    std::string reason;
-    const std::string exception = Guarded([&] {
-      [sound stop];
-      sound = Adopt([[NSSound alloc] initWithContentsOfFile:TsNSString(file) byReference:YES]);
-      if (!sound) reason = "the file is no sound that the system can play: " + file;
-      if (sound && ![sound play]) reason = "the system does not play " + file;
-    });
-    if (!exception.empty()) reason = exception;
-    if (!reason.empty()) failure(reason);
-  }
-};
-
-SoundPlayer& SoundPlayer::Shared() {
-  [[clang::no_destroy]] static SoundPlayer player;
-  return player;
-}
-
-SoundPlayer::SoundPlayer() : body_(std::make_shared<Body>()) {}
-SoundPlayer::~SoundPlayer() = default;
-
-void SoundPlayer::Play(std::string file, Failure failure) noexcept {
-  MainQueue::Shared().Post(
-      [body = body_, file = std::move(file), failure = std::move(failure)] { body->Play(file, failure); });
-}
-
-void SoundPlayer::Stop() noexcept {
-  MainQueue::Shared().Post([body = body_] { [body->sound stop]; });
+void PlaySound(std::string file, SoundFailure failure) noexcept {
+  MainQueue::Shared().Post([file = std::move(file), failure = std::move(failure)] { PlayOnMainThread(file, failure); });
 }
 
 }  // namespace tessaro::platform

@@ -23,11 +23,8 @@ typedef struct CGPDFDocument* CGPDFDocumentRef;
 typedef struct CGPDFPage* CGPDFPageRef;
 
 using CGDirectDisplayID = uint32_t;
-using CGEventFlags = uint64_t;
 using CGBitmapInfo = uint32_t;
 
-enum : CGEventFlags { kCGEventFlagMaskAlphaShift = 0x00010000 };
-enum CGEventSourceStateID : int32_t { kCGEventSourceStateCombinedSessionState = 0 };
 enum CGImageAlphaInfo : uint32_t { kCGImageAlphaPremultipliedLast = 1, kCGImageAlphaNoneSkipLast = 5 };
 enum : CGBitmapInfo { kCGBitmapByteOrder32Big = 4 << 12 };
 enum : int32_t { kCGErrorSuccess = 0 };
@@ -42,7 +39,6 @@ extern const CGRect CGRectNull;
 extern const CFStringRef kCGColorSpaceSRGB;
 
 CFDictionaryRef CGSessionCopyCurrentDictionary(void);
-CGEventFlags CGEventSourceFlagsState(CGEventSourceStateID state);
 bool CGPreflightScreenCaptureAccess(void) API_AVAILABLE(macos(11.0));
 bool CGRequestScreenCaptureAccess(void) API_AVAILABLE(macos(11.0));
 

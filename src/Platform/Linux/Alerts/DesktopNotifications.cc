@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "Base/TsUnicode.h"
-#include "Platform/Linux/Base/BusNames.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/SoundPlayer.h"
 
 namespace tessaro::platform {

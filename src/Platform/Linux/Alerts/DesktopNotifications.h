@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "Base/Result.h"
-#include "Platform/Linux/Base/BusService.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/UserNotifications.h"
 
 namespace tessaro::platform {

@@ -181,7 +181,7 @@ class ServedNotifications final : public UserNotifications, private DesktopNotif
 
   void Delivered(const Key& key, const UserNotification& notification) {
     if (notification.soundName && !server_->PlaysSounds()) {
-      SoundPlayer::Shared().Play(SoundFileNamed(*notification.soundName), nullptr);
+      PlaySound(SoundFileNamed(*notification.soundName), nullptr);
     }
     listener_.delivered(key);
   }

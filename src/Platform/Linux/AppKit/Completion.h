@@ -4,15 +4,13 @@
 namespace tessaro::platform {
 
 void CompleteApplication();
-void CompleteButtons();
 // Puts the files and texts of drags from other programs on the drag pasteboard: GNUstep announces such drags, but
 // leaves the pasteboard as it was, so no view would accept them.
 void CompleteDrags();
 void CompleteFonts();
 void CompleteMenus();
-void CompleteMenuItems();
 void CompleteToolbars();
-void CompleteToolbarItems();
+void CompleteViews();
 void CompleteWindows();
 
 }  // namespace tessaro::platform

@@ -2,7 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
-#include "Platform/Linux/Theme/DesktopTheme.h"
+#include "Platform/Linux/Theme/TsDesktopTheme.h"
 #include "Platform/WindowServer.h"
 
 namespace tessaro::platform {
@@ -19,12 +19,10 @@ void MeasureAgain(NSMenu* menu) {
 
 bool Complete() {
   CompleteApplication();
-  CompleteButtons();
   CompleteFonts();
   CompleteMenus();
-  CompleteMenuItems();
   CompleteToolbars();
-  CompleteToolbarItems();
+  CompleteViews();
   CompleteWindows();
   CompleteDrags();
   FollowDesktopLook();
@@ -34,9 +32,6 @@ bool Complete() {
 
 }  // namespace
 
-void CompleteAppKit() {
-  static const bool isComplete = Complete();
-  static_cast<void>(isComplete);
-}
+void CompleteAppKit() { [[maybe_unused]] static const bool isComplete = Complete(); }
 
 }  // namespace tessaro::platform

@@ -1,16 +1,33 @@
-#import <AppKit/AppKit.h>
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
+#include <utility>
+
+#include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/Keyboard/ModifierKeys.h"
 
-@interface NSApplication (Completion)
+@interface TsLocalMonitor : NSObject {
+  NSUInteger _mask;
+  std::function<NSEvent*(NSEvent*)> _handler;
+}
+- (instancetype)initWithMask:(NSUInteger)mask handler:(std::function<NSEvent*(NSEvent*)>)handler;
+- (NSEvent*)pass:(NSEvent*)event;
 @end
 
-@implementation NSApplication (Completion)
+@implementation TsLocalMonitor
 
-// GNUstep returns an uninitialised event in place of nil.
-- (NSEvent*)currentEvent {
-  return static_cast<int>([_current_event type]) == 0 ? nil : _current_event;
+- (instancetype)initWithMask:(NSUInteger)mask handler:(std::function<NSEvent*(NSEvent*)>)handler {
+  self = [super init];
+  if (self == nil) return nil;
+  _mask = mask;
+  _handler = std::move(handler);
+  return self;
+}
+
+- (NSEvent*)pass:(NSEvent*)event {
+  return (_mask & NSEventMaskFromType([event type])) != 0 ? _handler(event) : event;
 }
 
 @end
@@ -18,6 +35,30 @@
 namespace tessaro::platform {
 
 namespace {
+
+// ---- Events
+
+ReplacedMethod<void (*)(NSApplication*, SEL, NSEvent*)> sendEvent;
+
+NSMutableArray* Monitors() {
+  static Forever<Ref<NSMutableArray>> monitors(Adopt([[NSMutableArray alloc] init]));
+  return monitors->get();
+}
+
+void SendEvent(NSApplication* application, SEL selector, NSEvent* event) {
+  // A monitor may remove itself.
+  for (TsLocalMonitor* monitor in [[NSArray arrayWithArray:Monitors()] reverseObjectEnumerator]) {
+    event = [monitor pass:event];
+    if (event == nil) return;
+  }
+  sendEvent(application, selector, event);
+}
+
+void WatchEvents() {
+  [[maybe_unused]] static const bool isWatching = (sendEvent.With([NSApp class], "sendEvent:", SendEvent), true);
+}
+
+// ---- Hiding
 
 ReplacedMethod<void (*)(NSApplication*, SEL, id)> hide;
 ReplacedMethod<BOOL (*)(NSApplication*, SEL)> isHidden;
@@ -56,3 +97,40 @@ void CompleteApplication() {
 }
 
 }  // namespace tessaro::platform
+
+using namespace tessaro::platform;
+
+@interface NSApplication (Completion)
+@end
+
+@implementation NSApplication (Completion)
+
+// GNUstep returns an uninitialised event in place of nil.
+- (NSEvent*)currentEvent {
+  return static_cast<int>([_current_event type]) == 0 ? nil : _current_event;
+}
+
+@end
+
+@implementation NSEvent (Completion)
+
+// GNUstep's own always returns 0.
++ (NSEventModifierFlags)modifierFlags {
+  const HeldModifiers held = CurrentModifiers();
+  return (held.command ? NSCommandKeyMask : 0) | (held.option ? NSAlternateKeyMask : 0) |
+         (held.control ? NSControlKeyMask : 0) | (held.shift ? NSShiftKeyMask : 0) |
+         (held.capsLock ? NSAlphaShiftKeyMask : 0);
+}
+
++ (id)addLocalMonitorForEventsMatchingMask:(NSUInteger)mask handler:(std::function<NSEvent*(NSEvent*)>)handler {
+  WatchEvents();
+  auto monitor = Adopt([[TsLocalMonitor alloc] initWithMask:mask handler:std::move(handler)]);
+  [Monitors() addObject:monitor];
+  return monitor.Autoreleased();
+}
+
++ (void)removeMonitor:(id)monitor {
+  [Monitors() removeObjectIdenticalTo:monitor];
+}
+
+@end

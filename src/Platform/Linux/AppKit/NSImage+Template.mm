@@ -1,6 +1,4 @@
-#import "Platform/Linux/AppKit/NSImage+Template.h"
-
-#import <Foundation/NSString.h>
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
 #include "Platform/Linux/AppKit/SideTable.h"
 

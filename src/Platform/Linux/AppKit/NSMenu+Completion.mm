@@ -1,6 +1,4 @@
-#import "Platform/Linux/AppKit/NSMenu+Completion.h"
-
-#import <AppKit/AppKit.h>
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
 #include <algorithm>
 #include <vector>
@@ -8,8 +6,8 @@
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Platform/Linux/AppKit/Completion.h"
-#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
+#include "Platform/Linux/AppKit/SideTable.h"
 #include "Platform/Linux/Keyboard/KeyEquivalents.h"
 
 namespace {
@@ -31,6 +29,13 @@ NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
                           clickCount:1
                             pressure:1];
 }
+
+struct Properties {
+  bool isHidden = false;
+  Ref<NSAttributedString> title;
+};
+
+using ItemProperties = tessaro::platform::SideTable<NSMenuItem, Properties>;
 
 }  // namespace
 
@@ -58,6 +63,29 @@ NSEvent* MouseEvent(NSEventType type, NSPoint location, NSWindow* window) {
   [shown mouseDown:MouseEvent(NSLeftMouseDown, inWindow, window)];
   [self closeTransient];
   return NO;
+}
+
+@end
+
+@implementation NSMenuItem (Completion)
+
+- (BOOL)isHidden {
+  return ItemProperties::Shared().Get(self).isHidden;
+}
+
+- (void)setHidden:(BOOL)hidden {
+  if (hidden == [self isHidden]) return;
+  ItemProperties::Shared().Change(self, [hidden](Properties& properties) { properties.isHidden = hidden; });
+  [[self menu] itemChanged:self];
+}
+
+- (NSAttributedString*)attributedTitle {
+  return ItemProperties::Shared().Get(self).title.Autoreleased();
+}
+
+- (void)setAttributedTitle:(NSAttributedString*)title {
+  ItemProperties::Shared().Change(self, [title](Properties& properties) { properties.title = Copy(title); });
+  [self setTitle:[title string]];
 }
 
 @end
@@ -163,6 +191,17 @@ BOOL MenuPerformKeyEquivalent(NSMenu* menu, SEL, NSEvent* event) {
 
 ReplacedMethod<BOOL (*)(NSMenu*, SEL, NSEvent*)> performKeyEquivalent;
 
+ReplacedMethod<NSString* (*)(NSMenuItemCell*, SEL)> keyEquivalentString;
+
+NSString* KeyEquivalentString(NSMenuItemCell* cell, SEL) { return ShortcutText([cell menuItem]); }
+
+ReplacedMethod<void (*)(NSMenuItem*, SEL)> updateKeyEquivalent;
+int searchesPrevented = 0;
+
+void UpdateKeyEquivalent(NSMenuItem* item, SEL selector) {
+  if (searchesPrevented == 0) updateKeyEquivalent(item, selector);
+}
+
 // ---- The menu on the screen
 
 ReplacedMethod<void (*)(NSMenuView*, SEL, NSInteger)> attachSubmenu;
@@ -207,12 +246,18 @@ void RedrawChangedItem(NSMenuView* view, SEL, NSNotification* notification) {
 
 }  // namespace
 
+WithoutUserShortcuts::WithoutUserShortcuts() { ++searchesPrevented; }
+
+WithoutUserShortcuts::~WithoutUserShortcuts() { --searchesPrevented; }
+
 void CompleteMenus() {
   displayTransient.With([NSMenu class], "displayTransient", DisplayTransient);
   close.With([NSMenu class], "close", Close);
   closeTransient.With([NSMenu class], "closeTransient", CloseTransient);
   itemChanged.With([NSMenu class], "itemChanged:", ItemChanged);
   performKeyEquivalent.With([NSMenu class], "performKeyEquivalent:", MenuPerformKeyEquivalent);
+  updateKeyEquivalent.With([NSMenuItem class], "_updateKeyEquivalent", UpdateKeyEquivalent);
+  keyEquivalentString.With([NSMenuItemCell class], "_keyEquivalentString", KeyEquivalentString);
   attachSubmenu.With([NSMenuView class], "attachSubmenuForItemAtIndex:", AttachSubmenu);
   heightForItem.With([NSMenuView class], "heightForItem:", HeightForItem);
   rectOfItem.With([NSMenuView class], "rectOfItemAtIndex:", RectOfItem);

@@ -1,22 +1,11 @@
-#import "Platform/Linux/AppKit/NSPasteboard+Items.h"
-
-#import <AppKit/AppKit.h>
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
 #include "Base/Ref.h"
 #include "Platform/Linux/AppKit/SideTable.h"
 
-static NSString* const kFileURLType = @"public.file-url";
-
-// GNUstep returns a proxy of the pasteboard server's list, which can't be enumerated.
-static NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
-  NSArray* remote = [pasteboard types];
-  const NSUInteger count = [remote count];
-  NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
-  for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
-  return types;
-}
-
 namespace {
+
+NSString* const kFileURLType = @"public.file-url";
 
 struct Contents {
   Ref<NSArray> types;
@@ -24,6 +13,25 @@ struct Contents {
 };
 
 using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, Contents>;
+
+// GNUstep returns a proxy of the pasteboard server's list, which can't be enumerated.
+NSMutableArray* TypesOf(NSPasteboard* pasteboard) {
+  NSArray* remote = [pasteboard types];
+  const NSUInteger count = [remote count];
+  NSMutableArray* types = [NSMutableArray arrayWithCapacity:count];
+  for (NSUInteger i = 0; i < count; ++i) [types addObject:[remote objectAtIndex:i]];
+  return types;
+}
+
+void SetFile(NSPasteboardItem* item, NSString* path) {
+  [item setString:[[NSURL fileURLWithPath:path] absoluteString] forType:kFileURLType];
+}
+
+NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
+  if (![types containsObject:NSFilenamesPboardType]) return @[];
+  NSArray* paths = As<NSArray>([pasteboard propertyListForType:NSFilenamesPboardType]);
+  return paths != nil ? paths : @[];
+}
 
 }  // namespace
 
@@ -105,16 +113,6 @@ using ItemContents = tessaro::platform::SideTable<NSPasteboardItem, Contents>;
 }
 
 @end
-
-static void SetFile(NSPasteboardItem* item, NSString* path) {
-  [item setString:[[NSURL fileURLWithPath:path] absoluteString] forType:kFileURLType];
-}
-
-static NSArray* FilesOf(NSPasteboard* pasteboard, NSArray* types) {
-  if (![types containsObject:NSFilenamesPboardType]) return @[];
-  NSArray* paths = As<NSArray>([pasteboard propertyListForType:NSFilenamesPboardType]);
-  return paths != nil ? paths : @[];
-}
 
 // GNUstep makes images only of TIFF and vector graphics on pasteboards, although it can read the others.
 @interface NSBitmapImageRep (PasteboardTypes)

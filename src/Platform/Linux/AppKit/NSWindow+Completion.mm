@@ -1,6 +1,5 @@
-#import "Platform/Linux/AppKit/NSWindow+Completion.h"
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
-#import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSToolbarView.h>
 #include <X11/Xlib.h>
 
@@ -107,10 +106,6 @@ NSString* const NSWindowDidChangeBackingPropertiesNotification = @"NSWindowDidCh
 
 @implementation NSTitlebarAccessoryViewController (Layout)
 
-- (NSLayoutAttribute)layoutAttribute {
-  return NSLayoutAttributeRight;
-}
-
 - (void)setLayoutAttribute:(NSLayoutAttribute)attribute {
 }
 
@@ -119,8 +114,6 @@ NSString* const NSWindowDidChangeBackingPropertiesNotification = @"NSWindowDidCh
 namespace {
 
 using Accessories = tessaro::platform::SideTable<NSWindow, Ref<TsTitlebarAccessories>>;
-
-BOOL allowsAutomaticWindowTabbing = YES;
 
 }  // namespace
 
@@ -131,12 +124,7 @@ BOOL allowsAutomaticWindowTabbing = YES;
   return sheet != nil ? @[ sheet ] : @[];
 }
 
-+ (BOOL)allowsAutomaticWindowTabbing {
-  return allowsAutomaticWindowTabbing;
-}
-
 + (void)setAllowsAutomaticWindowTabbing:(BOOL)allows {
-  allowsAutomaticWindowTabbing = allows;
 }
 
 - (NSArray*)titlebarAccessoryViewControllers {

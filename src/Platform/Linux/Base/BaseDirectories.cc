@@ -1,8 +1,12 @@
 #include "Platform/Linux/Base/BaseDirectories.h"
 
 #include <dlfcn.h>
+#include <pwd.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
 #include "Base/TextPieces.h"
@@ -28,6 +32,12 @@ std::vector<fs::path> PathsIn(const char* variable, std::string_view otherwise) 
   return directories;
 }
 
+std::string AsFileName(std::string_view name) {
+  std::string file(name);
+  std::replace(file.begin(), file.end(), '/', '_');
+  return file.empty() || file.front() == '.' ? "_" + file : file;
+}
+
 }  // namespace
 
 fs::path AbsolutePathIn(const char* variable) {
@@ -50,6 +60,18 @@ fs::path OwnDirectory() noexcept {
   Dl_info module{};
   dladdr(reinterpret_cast<void*>(&OwnDirectory), &module);
   return fs::path(module.dli_fname).parent_path();
+}
+
+fs::path HomeDirectory() {
+  if (auto home = AbsolutePathIn("HOME"); !home.empty()) return home;
+  const passwd* entry = getpwuid(getuid());
+  return entry != nullptr && entry->pw_dir != nullptr ? entry->pw_dir : "/";
+}
+
+fs::path LogDirectory(std::string_view applicationName) { return StateHome() / AsFileName(applicationName) / "logs"; }
+
+fs::path CrashDirectory(std::string_view applicationName) {
+  return StateHome() / AsFileName(applicationName) / "crashes";
 }
 
 }  // namespace tessaro::platform

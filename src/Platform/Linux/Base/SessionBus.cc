@@ -1,6 +1,7 @@
 #include "Platform/Linux/Base/SessionBus.h"
 
 #include <poll.h>
+#include <systemd/sd-bus-protocol.h>
 
 #include <algorithm>
 #include <thread>
@@ -12,6 +13,9 @@ namespace tessaro::platform {
 
 namespace {
 
+constexpr char kBus[] = "org.freedesktop.DBus";
+constexpr char kBusPath[] = "/org/freedesktop/DBus";
+constexpr std::chrono::milliseconds kNamesDeadline{300};
 constexpr std::chrono::milliseconds kFirstRetry{250};
 constexpr std::chrono::milliseconds kLastRetry{4000};
 // The first request waits for the connection.
@@ -25,6 +29,30 @@ constexpr std::chrono::milliseconds kCallDeadline{1000};
 
 int UvEvents(short events) {
   return ((events & POLLIN) != 0 ? UV_READABLE : 0) | ((events & POLLOUT) != 0 ? UV_WRITABLE : 0);
+}
+
+bool IsMissedDeadline(const sdbus::Error& error) {
+  return error.getName() == SD_BUS_ERROR_TIMEOUT || error.getName() == SD_BUS_ERROR_NO_REPLY;
+}
+
+// Asks the bus itself. Raises sdbus::Error.
+template <typename Answer, typename... Arguments>
+Answer AskBus(sdbus::IConnection& bus, const char* method, const Arguments&... arguments) {
+  Answer answer{};
+  sdbus::createProxy(bus, kBus, kBusPath)
+      ->callMethod(method)
+      .onInterface(kBus)
+      .withTimeout(kNamesDeadline)
+      .withArguments(arguments...)
+      .storeResultsTo(answer);
+  return answer;
+}
+
+// Empty while the name has no owner.
+std::string UniqueNameOf(sdbus::IConnection& bus, const std::string& name) noexcept {
+  std::string owner;
+  TryOnBus([&] { owner = AskBus<std::string>(bus, "GetNameOwner", name); });
+  return owner;
 }
 
 }  // namespace
@@ -126,42 +154,98 @@ void SessionBus::ScheduleReconnection() noexcept {
 }
 
 void SessionBus::Process() noexcept {
-  bool isAlive = true;
+  Result<void> processed;
   WithAutoreleasePool([&] {
-    try {
+    processed = TryOnBus([this] {
       const auto end = std::chrono::steady_clock::now() + kTurn;
       while (connection_ && connection_->processPendingRequest() && std::chrono::steady_clock::now() < end) {
       }
-    } catch (const sdbus::Error& error) {
-      lastError_ = error.getName() + ": " + error.getMessage();
-      isAlive = false;
-    }
+    });
   });
-  if (isAlive) return Arm();
-  Disconnect();
-  ScheduleReconnection();
+  processed ? Arm() : Lose(processed.error().message);
 }
 
 void SessionBus::Arm() noexcept {
   if (!connection_) return;
-  try {
+  const auto armed = TryOnBus([this] {
     const auto data = connection_->getEventLoopPollData();
     uv_poll_start(poll_.get(), UvEvents(data.events),
                   [](uv_poll_t* handle, int, int) { OwnerOf<SessionBus>(handle).Process(); });
     const int milliseconds = data.getPollTimeout();
+    if (milliseconds < 0) return static_cast<void>(uv_timer_stop(timeout_.get()));
     // Without a delay, libuv 1.46 runs a timer in the turn of the one that starts it: a flood would hold the loop.
-    if (milliseconds < 0) {
-      uv_timer_stop(timeout_.get());
-      return;
-    }
     uv_timer_start(
         timeout_.get(), [](uv_timer_t* handle) { OwnerOf<SessionBus>(handle).Process(); },
         static_cast<std::uint64_t>(std::max(milliseconds, 1)), 0);
+  });
+  if (!armed) Lose(armed.error().message);
+}
+
+void SessionBus::Lose(const std::string& reason) noexcept {
+  lastError_ = reason;
+  Disconnect();
+  ScheduleReconnection();
+}
+
+void BusService::JoinBus() noexcept {
+  if (std::exchange(hasJoined_, true)) return;
+  const auto disappear = [this] {
+    retry_.reset();
+    Disappear();
+  };
+  subscription_ = SessionBus::Shared().Listen({[this] { TryToAppear(); }, disappear});
+}
+
+void BusService::LeaveBus() noexcept {
+  subscription_ = {};
+  retry_.reset();
+  if (std::exchange(hasJoined_, false)) Disappear();
+}
+
+void BusService::TryToAppear() noexcept {
+  try {
+    Appear(*SessionBus::Shared().Connection());
+    retryDelay_ = kFirstRetry;
   } catch (const sdbus::Error& error) {
-    lastError_ = error.getName() + ": " + error.getMessage();
-    Disconnect();
-    ScheduleReconnection();
+    Disappear();
+    if (!IsMissedDeadline(error)) return;
+    retry_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
+    uv_timer_start(
+        retry_.get(),
+        [](uv_timer_t* handle) { WithAutoreleasePool([handle] { OwnerOf<BusService>(handle).TryToAppear(); }); },
+        static_cast<std::uint64_t>(retryDelay_.count()), 0);
+    retryDelay_ *= 2;
   }
+}
+
+bool HasOwner(const std::string& name) noexcept {
+  auto* bus = SessionBus::Shared().Connection();
+  bool hasOwner = false;
+  if (bus != nullptr) TryOnBus([&] { hasOwner = AskBus<bool>(*bus, "NameHasOwner", name); });
+  return hasOwner;
+}
+
+std::string OwnerIdentity(sdbus::IConnection& bus, const std::string& name) noexcept {
+  const std::string owner = UniqueNameOf(bus, name);
+  std::string identity;
+  // Buses number their connections from the beginning.
+  if (!owner.empty()) TryOnBus([&] { identity = AskBus<std::string>(bus, "GetId") + owner; });
+  return identity;
+}
+
+void TakeName(sdbus::IConnection& bus, const std::string& name) {
+  if (UniqueNameOf(bus, name) != bus.getUniqueName()) bus.requestName(name);
+}
+
+sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name, std::function<void(bool hasOwner)> changed) {
+  const std::string rule = std::string("type='signal',sender='") + kBus + "',member='NameOwnerChanged',arg0='" + name;
+  return bus.addMatch(rule + "'", [changed = std::move(changed)](sdbus::Message& message) {
+    std::string changedName;
+    std::string oldOwner;
+    std::string newOwner;
+    message >> changedName >> oldOwner >> newOwner;
+    changed(!newOwner.empty());
+  });
 }
 
 }  // namespace tessaro::platform

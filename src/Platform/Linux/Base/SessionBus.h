@@ -10,6 +10,7 @@
 #include <string>
 
 #include "Base/Lifetime.h"
+#include "Base/Result.h"
 #include "Base/UvHandle.h"
 
 namespace tessaro::platform {
@@ -60,6 +61,7 @@ class SessionBus {
   void ScheduleReconnection() noexcept;
   void Process() noexcept;
   void Arm() noexcept;
+  void Lose(const std::string& reason) noexcept;
 
   std::unique_ptr<sdbus::IConnection> connection_;
   Opening opening_;  // one that has outlasted our patience
@@ -72,5 +74,71 @@ class SessionBus {
   UvHandle<uv_timer_t> timeout_;
   UvHandle<uv_timer_t> retry_;
 };
+
+// Base of everything that has objects or proxies on the session bus: makes them whenever there is a bus, and lets go of
+// them before the connection goes. Main thread only.
+//
+// The most derived class calls JoinBus(), at the end of its constructor or later, and LeaveBus() in its destructor.
+class BusService {
+ public:
+  BusService(const BusService&) = delete;
+  BusService& operator=(const BusService&) = delete;
+
+ protected:
+  BusService() = default;
+  ~BusService() = default;
+
+  // Appear() is called before this returns when there is a bus, and each time that the bus has come back. Joining twice
+  // is allowed.
+  void JoinBus() noexcept;
+
+  // Calls Disappear().
+  void LeaveBus() noexcept;
+
+  // Makes objects and proxies. An sdbus::Error that this raises is followed by Disappear(), and by another attempt when
+  // the bus has missed a deadline.
+  virtual void Appear(sdbus::IConnection& bus) = 0;
+
+  // Lets go of them. May be called twice.
+  virtual void Disappear() noexcept = 0;
+
+ private:
+  // Doubles with each attempt: a bus that hangs holds the main thread until its deadline.
+  static constexpr std::chrono::milliseconds kFirstRetry{2000};
+
+  void TryToAppear() noexcept;
+
+  bool hasJoined_ = false;
+  SessionBus::Subscription subscription_;
+  UvHandle<uv_timer_t> retry_;
+  std::chrono::milliseconds retryDelay_ = kFirstRetry;
+};
+
+// Runs calls that may raise sdbus::Error.
+template <typename Work>
+Result<void> TryOnBus(const Work& work) noexcept {
+  try {
+    work();
+    return {};
+  } catch (const sdbus::Error& error) {
+    return Fail(error.getName() + ": " + error.getMessage());
+  }
+}
+
+// Whether a process on the session bus owns the name now. False without a bus.
+[[nodiscard]] bool HasOwner(const std::string& name) noexcept;
+
+// Identifies the name's owner: successive owners differ, on this bus and others. Empty for a name without an owner, and
+// without a reply from the bus.
+[[nodiscard]] std::string OwnerIdentity(sdbus::IConnection& bus, const std::string& name) noexcept;
+
+// Takes a name for this process, or keeps it: parts of the application that are called by the same name share it.
+// Raises sdbus::Error when another process has it.
+void TakeName(sdbus::IConnection& bus, const std::string& name);
+
+// Calls `changed` whenever the name gets another owner or loses the one it had, until the slot is destroyed. Raises
+// sdbus::Error.
+[[nodiscard]] sdbus::Slot WatchOwner(sdbus::IConnection& bus, const std::string& name,
+                                     std::function<void(bool hasOwner)> changed);
 
 }  // namespace tessaro::platform

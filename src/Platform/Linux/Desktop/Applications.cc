@@ -9,9 +9,9 @@
 #include <system_error>
 
 #include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 
 namespace tessaro::platform {

@@ -12,10 +12,9 @@
 
 #include "Base/TsLog.h"
 #include "Platform/FilePanel.h"
-#include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/BusService.h"
 #include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/MainQueue.h"
 
 namespace tessaro::platform {

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "Platform/Linux/Base/BaseDirectories.h"
@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// ---- Entries
+// ---- Desktop entries of the XDG autostart folders
 
 constexpr char kGroup[] = G_KEY_FILE_DESKTOP_GROUP;
 constexpr char kSwitch[] = "X-GNOME-Autostart-enabled";
@@ -39,78 +39,61 @@ std::string ExecOf(std::string_view executable) {
   return quoted + '"';
 }
 
-// A desktop entry of the XDG autostart folders. Writing keeps the keys and comments that this class doesn't know.
-class AutostartEntry {
- public:
-  static AutostartEntry ForApplication(std::string_view name, std::string_view executable) {
-    GKeyFilePtr keys(g_key_file_new());
-    const auto set = [&](const char* key, const std::string& value) {
-      g_key_file_set_string(keys.get(), kGroup, key, value.c_str());
-    };
-    set("Type", "Application");
-    set("Name", std::string(name));
-    set("Exec", ExecOf(executable));
-    set(kSwitch, "true");
-    return AutostartEntry(std::move(keys));
-  }
+bool Has(const GKeyFilePtr& entry, const char* key) { return g_key_file_has_key(entry.get(), kGroup, key, nullptr); }
 
-  // Nothing for a file that is no desktop entry.
-  static std::optional<AutostartEntry> Read(const fs::path& file) {
-    GKeyFilePtr keys = ReadKeyFile(file);
-    if (!keys || !g_key_file_has_group(keys.get(), kGroup)) return std::nullopt;
-    return AutostartEntry(std::move(keys));
-  }
+bool IsTrue(const GKeyFilePtr& entry, const char* key) {
+  return g_key_file_get_boolean(entry.get(), kGroup, key, nullptr);
+}
 
-  [[nodiscard]] Result<void> Write(const std::filesystem::path& file) const { return WriteKeyFile(file, keys_.get()); }
+GKeyFilePtr NewEntry(const std::string& name, std::string_view executable) {
+  GKeyFilePtr entry(g_key_file_new());
+  const auto set = [&](const char* key, const std::string& value) {
+    g_key_file_set_string(entry.get(), kGroup, key, value.c_str());
+  };
+  set("Type", "Application");
+  set("Name", name);
+  set("Exec", ExecOf(executable));
+  set(kSwitch, "true");
+  return entry;
+}
 
-  [[nodiscard]] std::string DisplayName() const {
-    const GTextPtr name(g_key_file_get_locale_string(keys_.get(), kGroup, "Name", nullptr, nullptr));
-    return name != nullptr ? g_strchomp(name.get()) : "";
-  }
+// nullptr for a file that is no desktop entry.
+GKeyFilePtr ReadEntry(const fs::path& file) {
+  GKeyFilePtr entry = ReadKeyFile(file);
+  return entry && g_key_file_has_group(entry.get(), kGroup) ? std::move(entry) : nullptr;
+}
 
-  // The resolved path of the program; empty if missing.
-  [[nodiscard]] std::filesystem::path Program() const {
-    char** words = nullptr;
-    if (!g_shell_parse_argv(TextIn(keys_.get(), kGroup, "Exec").c_str(), nullptr, &words, nullptr)) return {};
-    const GStringListPtr owned(words);
-    std::string program = words[0];
-    for (auto at = program.find("%%"); at != std::string::npos; at = program.find("%%", at + 1)) program.erase(at, 1);
-    std::error_code error;
-    const fs::path path = program.starts_with('/') ? fs::path(program) : InSearchPath(program);
-    const fs::path resolved = path.empty() ? path : fs::canonical(path, error);
-    return error ? fs::path() : resolved;
-  }
+std::string DisplayNameOf(const GKeyFilePtr& entry) {
+  const GTextPtr name(g_key_file_get_locale_string(entry.get(), kGroup, "Name", nullptr, nullptr));
+  return name != nullptr ? g_strchomp(name.get()) : "";
+}
 
-  // Whether a session of this desktop starts it.
-  [[nodiscard]] bool IsSwitchedOn() const {
-    if (g_key_file_get_boolean(keys_.get(), kGroup, "Hidden", nullptr)) return false;
-    if (Has(kSwitch) && !g_key_file_get_boolean(keys_.get(), kGroup, kSwitch, nullptr)) return false;
-    const std::string wanted = TextIn(keys_.get(), kGroup, "TryExec");
-    if (!wanted.empty() && InSearchPath(wanted).empty()) return false;
-    return Has("OnlyShowIn") ? NamesThisDesktop("OnlyShowIn") : !NamesThisDesktop("NotShowIn");
-  }
+// The resolved path of the program that the entry starts; empty if missing.
+fs::path ProgramIn(const GKeyFilePtr& entry) {
+  char** words = nullptr;
+  if (!g_shell_parse_argv(TextIn(entry.get(), kGroup, "Exec").c_str(), nullptr, &words, nullptr)) return {};
+  const GStringListPtr owned(words);
+  std::string program = words[0];
+  for (auto at = program.find("%%"); at != std::string::npos; at = program.find("%%", at + 1)) program.erase(at, 1);
+  std::error_code error;
+  const fs::path path = program.starts_with('/') ? fs::path(program) : InSearchPath(program);
+  const fs::path resolved = path.empty() ? path : fs::canonical(path, error);
+  return error ? fs::path() : resolved;
+}
 
-  void SwitchOn() {
-    g_key_file_remove_key(keys_.get(), kGroup, "Hidden", nullptr);
-    g_key_file_set_boolean(keys_.get(), kGroup, kSwitch, TRUE);
-  }
+bool NamesThisDesktop(const GKeyFilePtr& entry, const char* key) {
+  const auto named = ListIn(entry.get(), kGroup, key);
+  const auto desktops = CurrentDesktops();
+  return std::find_first_of(named.begin(), named.end(), desktops.begin(), desktops.end()) != named.end();
+}
 
-  void Hide() { g_key_file_set_boolean(keys_.get(), kGroup, "Hidden", TRUE); }
-
- private:
-  explicit AutostartEntry(GKeyFilePtr keys) : keys_(std::move(keys)) {}
-
-  [[nodiscard]] bool Has(const char* key) const {
-    return g_key_file_has_key(keys_.get(), G_KEY_FILE_DESKTOP_GROUP, key, nullptr);
-  }
-  [[nodiscard]] bool NamesThisDesktop(const char* key) const {
-    const auto named = ListIn(keys_.get(), kGroup, key);
-    const auto desktops = CurrentDesktops();
-    return std::find_first_of(named.begin(), named.end(), desktops.begin(), desktops.end()) != named.end();
-  }
-
-  GKeyFilePtr keys_;
-};
+// Whether a session of this desktop starts the entry's program.
+bool IsSwitchedOn(const GKeyFilePtr& entry) {
+  if (IsTrue(entry, "Hidden") || (Has(entry, kSwitch) && !IsTrue(entry, kSwitch))) return false;
+  const std::string wanted = TextIn(entry.get(), kGroup, "TryExec");
+  if (!wanted.empty() && InSearchPath(wanted).empty()) return false;
+  return Has(entry, "OnlyShowIn") ? NamesThisDesktop(entry, "OnlyShowIn") : !NamesThisDesktop(entry, "NotShowIn");
+}
 
 // ---- Folders
 
@@ -165,12 +148,12 @@ fs::path StartedFile(const LoginApplication& application) {
 
 // The program that `file` starts, or that the file hidden by it would start.
 fs::path ProgramOf(const fs::path& file) {
-  const auto entry = AutostartEntry::Read(file);
+  const GKeyFilePtr entry = ReadEntry(file);
   if (!entry) return {};
-  fs::path program = entry->Program();
+  fs::path program = ProgramIn(entry);
   if (!program.empty()) return program;
-  const auto hidden = AutostartEntry::Read(FileBelow(file));
-  return hidden ? hidden->Program() : fs::path();
+  const GKeyFilePtr hidden = ReadEntry(FileBelow(file));
+  return hidden ? ProgramIn(hidden) : fs::path();
 }
 
 fs::path NewFile(const LoginApplication& application) {
@@ -187,24 +170,25 @@ Result<void> RemoveFile(const fs::path& file) {
   return Fail(file.native() + ": " + (error ? error.message() : "there is no such file"));
 }
 
+// Writing keeps the keys and comments that this file doesn't know.
 Result<void> SwitchOn(const fs::path& file) {
-  auto entry = AutostartEntry::Read(file);
+  const GKeyFilePtr entry = ReadEntry(file);
   if (!entry) return Fail(file.native() + " can't be read");
   // An entry without a program only hides the system's one.
-  if (entry->Program().empty()) return RemoveFile(file);
-  entry->SwitchOn();
-  return entry->Write(file.parent_path() == UserFolder() ? file : UserFolder() / file.filename());
+  if (ProgramIn(entry).empty()) return RemoveFile(file);
+  g_key_file_remove_key(entry.get(), kGroup, "Hidden", nullptr);
+  g_key_file_set_boolean(entry.get(), kGroup, kSwitch, TRUE);
+  return WriteKeyFile(UserFolder() / file.filename(), entry.get());
 }
 
 Result<void> SwitchOff(const fs::path& file) {
   const fs::path userFile = UserFolder() / file.filename();
-  auto below = AutostartEntry::Read(FileBelow(userFile));
-  if (!below) return RemoveFile(userFile);
+  GKeyFilePtr entry = ReadEntry(FileBelow(userFile));
+  if (!entry) return RemoveFile(userFile);
   // Removing the user's file would bring the system's one back: hide it.
-  auto own = AutostartEntry::Read(userFile);
-  AutostartEntry& entry = own ? *own : *below;
-  entry.Hide();
-  return entry.Write(userFile);
+  if (GKeyFilePtr own = ReadEntry(userFile)) entry = std::move(own);
+  g_key_file_set_boolean(entry.get(), kGroup, "Hidden", TRUE);
+  return WriteKeyFile(userFile, entry.get());
 }
 
 Result<void> Add(const LoginApplication& application) {
@@ -212,22 +196,22 @@ Result<void> Add(const LoginApplication& application) {
   for (const auto& [name, file] : EffectiveFiles()) {
     if (ProgramOf(file) == started) return SwitchOn(file);
   }
-  return AutostartEntry::ForApplication(application.displayName, started.native()).Write(NewFile(application));
+  return WriteKeyFile(NewFile(application), NewEntry(application.displayName, started.native()).get());
 }
 
 // The first file that the session starts and that `matches`; empty if missing.
 template <typename Matches>
 fs::path FirstActive(const Matches& matches) {
   for (const auto& [name, file] : EffectiveFiles()) {
-    const auto entry = AutostartEntry::Read(file);
-    if (entry && entry->IsSwitchedOn() && !entry->Program().empty() && matches(*entry)) return file;
+    const GKeyFilePtr entry = ReadEntry(file);
+    if (entry && IsSwitchedOn(entry) && !ProgramIn(entry).empty() && matches(entry)) return file;
   }
   return {};
 }
 
 fs::path FirstStarting(const LoginApplication& application) {
   return FirstActive(
-      [started = StartedFile(application)](const AutostartEntry& entry) { return entry.Program() == started; });
+      [started = StartedFile(application)](const GKeyFilePtr& entry) { return ProgramIn(entry) == started; });
 }
 
 }  // namespace
@@ -241,7 +225,7 @@ Result<void> SetStartsAtLogin(const LoginApplication& application, bool starts) 
 }
 
 Result<void> RemoveLoginItemNamed(const std::string& displayName) noexcept {
-  const fs::path file = FirstActive([&](const AutostartEntry& entry) { return entry.DisplayName() == displayName; });
+  const fs::path file = FirstActive([&](const GKeyFilePtr& entry) { return DisplayNameOf(entry) == displayName; });
   return file.empty() ? Result<void>() : SwitchOff(file);
 }
 

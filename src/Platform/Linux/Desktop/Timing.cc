@@ -4,8 +4,7 @@
 #include <utility>
 
 #include "Base/Lifetime.h"
-#include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/BusService.h"
+#include "Platform/Linux/Base/SessionBus.h"
 
 namespace tessaro::platform {
 

@@ -17,7 +17,7 @@
 #include "Base/UvHandle.h"
 #include "Platform/KeyboardLayout.h"
 #include "Platform/Linux/Base/XDisplay.h"
-#include "Platform/Linux/Keyboard/ModifierMasks.h"
+#include "Platform/Linux/Keyboard/ModifierKeys.h"
 #include "Platform/MainQueue.h"
 
 #undef Status  // Xlib defines it as int.
@@ -44,12 +44,19 @@ std::vector<KeyCode> KeyCodesOf(std::uint16_t virtualKeyCode) {
 // first hot key opens the connection. Main thread only.
 class KeyGrabs {
  public:
-  struct Listener {
-    explicit Listener(const HotKey& key) : key(key) {}
+  struct Listener : std::enable_shared_from_this<Listener> {
+    Listener(const HotKey& wanted, std::function<void()> handler) : key(wanted), pressed(std::move(handler)) {}
+
+    void Receive() const {
+      MainQueue::Shared().Post([listener = weak_from_this()] {
+        // The registration may have been destroyed since, or be destroyed by this call.
+        if (const auto kept = listener.lock()) kept->pressed();
+      });
+    }
 
     const HotKey key;
+    const std::function<void()> pressed;
     HotKeyStatus status = HotKeyStatus::Unsupported;
-    std::function<void()> receive;
   };
 
   static KeyGrabs& Shared() {
@@ -201,7 +208,7 @@ class KeyGrabs {
     const std::uint16_t virtualKeyCode = VirtualKeyCode(code);
     const unsigned held = masks_.Held(state);
     for (const Listener* listener : listeners_) {
-      if (listener->key.virtualKeyCode == virtualKeyCode && masks_.Of(listener->key) == held) listener->receive();
+      if (listener->key.virtualKeyCode == virtualKeyCode && masks_.Of(listener->key) == held) listener->Receive();
     }
   }
 
@@ -243,21 +250,13 @@ class KeyGrabs {
 }  // namespace
 
 struct HotKeyRegistration::Body : KeyGrabs::Listener {
-  Body(const HotKey& key, std::function<void()> pressed) : Listener(key), pressed(std::move(pressed)) {}
-
-  std::function<void()> pressed;
+  using Listener::Listener;
 };
 
 HotKeyStatus HotKeyStatusOf(const HotKey& key) noexcept { return KeyGrabs::Shared().Probe(key); }
 
 HotKeyRegistration::HotKeyRegistration(const HotKey& key, std::function<void()> pressed)
     : body_(std::make_shared<Body>(key, std::move(pressed))) {
-  body_->receive = [body = std::weak_ptr(body_)] {
-    MainQueue::Shared().Post([body] {
-      // The registration may have been destroyed since, or be destroyed by this call.
-      if (const auto kept = body.lock()) kept->pressed();
-    });
-  };
   KeyGrabs::Shared().Add(*body_);
 }
 

@@ -129,13 +129,6 @@ std::uint16_t VirtualKeyCode(std::uint16_t systemKeyCode) {
   return kTable[systemKeyCode];
 }
 
-bool IsCapsLockOn() {
-  Display* display = XDisplay();
-  XkbStateRec state{};
-  if (display == nullptr || XkbGetState(display, XkbUseCoreKbd, &state) != Success) return false;
-  return (state.locked_mods & LockMask) != 0;
-}
-
 bool IsOfOtherScript(char16_t character) noexcept {
   return (character >= 0x370 && character < 0x1e00) || (character >= 0x2e80 && character < 0xd800);
 }

@@ -1,10 +1,9 @@
-#include "Platform/Linux/Keyboard/ModifierMasks.h"
+#include "Platform/Linux/Keyboard/ModifierKeys.h"
 
 #include <X11/XKBlib.h>
 #include <X11/keysym.h>
 
 #include "Platform/Linux/Base/XDisplay.h"
-#include "Platform/Linux/Keyboard/ModifierKeys.h"
 
 namespace tessaro::platform {
 

@@ -9,8 +9,7 @@
 #include <utility>
 
 #include "Base/Lifetime.h"
-#include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/BusService.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Scripting/ScriptedObjects.h"
 #include "Platform/Linux/Scripting/ScriptingWire.h"
 

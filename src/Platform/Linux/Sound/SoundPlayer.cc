@@ -11,6 +11,7 @@ extern "C" {
 #include <alsa/asoundlib.h>
 }
 
+#include "Base/Lifetime.h"
 #include "Base/Owned.h"
 #include "Platform/TaskQueues.h"
 
@@ -45,83 +46,75 @@ Properties PropertiesOf(const std::string& file) {
 
 // Called once for each started sound, on the library's thread.
 void Finished(ca_context*, std::uint32_t, int result, void* data) {
-  const std::unique_ptr<SoundPlayer::Failure> failure(static_cast<SoundPlayer::Failure*>(data));
+  const std::unique_ptr<SoundFailure> failure(static_cast<SoundFailure*>(data));
   const bool isExpected = result == CA_SUCCESS || result == CA_ERROR_CANCELED || result == CA_ERROR_DESTROYED;
   if (!isExpected && *failure) (*failure)(ca_strerror(result));
 }
 
-int Start(const Context& context, const std::string& file, const SoundPlayer::Failure& failure) {
+int Start(const Context& context, const std::string& file, const SoundFailure& failure) {
   const Properties properties = PropertiesOf(file);
   if (!context || !properties) return CA_ERROR_OOM;
-  auto handler = std::make_unique<SoundPlayer::Failure>(failure);
+  auto handler = std::make_unique<SoundFailure>(failure);
   const int result = ca_context_play_full(context.get(), kSound, properties.get(), Finished, handler.get());
   if (result == CA_SUCCESS) static_cast<void>(handler.release());
   return result;
 }
 
-}  // namespace
-
 // The audio system may be slow or hang: one task at a time talks to it, and plays only the last of the requests that
 // came before.
-struct SoundPlayer::Body {
+class Player {
+ public:
   struct Request {
     std::string file;  // empty: silence
-    Failure failure;
+    SoundFailure failure;
   };
 
-  std::mutex mutex;
-  std::optional<Request> next;
-  bool isWorking = false;
-  SerialQueue queue;
-  Context context;  // used on the queue only
-
-  void Post(const std::shared_ptr<Body>& self, Request request) {
-    const std::lock_guard lock(mutex);
-    next = std::move(request);
-    if (std::exchange(isWorking, true)) return;
-    queue.Post([self] { self->Work(); });
+  void Post(Request request) {
+    const std::lock_guard lock(mutex_);
+    next_ = std::move(request);
+    if (std::exchange(isWorking_, true)) return;
+    queue_.Post([this] { Work(); });
   }
 
  private:
   std::optional<Request> Take() {
-    const std::lock_guard lock(mutex);
-    auto taken = std::exchange(next, std::nullopt);
-    if (!taken) isWorking = false;
+    const std::lock_guard lock(mutex_);
+    auto taken = std::exchange(next_, std::nullopt);
+    if (!taken) isWorking_ = false;
     return taken;
   }
 
   void Work() {
     const auto handler = snd_lib_error_set_local(IgnoreAlsaError);
     while (const auto request = Take()) {
-      if (context) ca_context_cancel(context.get(), kSound);
+      if (context_) ca_context_cancel(context_.get(), kSound);
       if (!request->file.empty()) Play(*request);
     }
     snd_lib_error_set_local(handler);
   }
 
   void Play(const Request& request) {
-    if (context && Start(context, request.file, request.failure) == CA_SUCCESS) return;
+    if (context_ && Start(context_, request.file, request.failure) == CA_SUCCESS) return;
     // The audio server may have been restarted.
-    context = Connect();
-    const int result = Start(context, request.file, request.failure);
+    context_ = Connect();
+    const int result = Start(context_, request.file, request.failure);
     if (result == CA_SUCCESS) return;
-    context.reset();
+    context_.reset();
     if (request.failure) request.failure(ca_strerror(result));
   }
+
+  std::mutex mutex_;
+  std::optional<Request> next_;
+  bool isWorking_ = false;
+  SerialQueue queue_;
+  Context context_;  // used on the queue only
 };
 
-SoundPlayer& SoundPlayer::Shared() {
-  static Forever<SoundPlayer> player;
-  return *player;
+}  // namespace
+
+void PlaySound(std::string file, SoundFailure failure) noexcept {
+  static Forever<Player> player;
+  player->Post({std::move(file), std::move(failure)});
 }
-
-SoundPlayer::SoundPlayer() : body_(std::make_shared<Body>()) {}
-SoundPlayer::~SoundPlayer() = default;
-
-void SoundPlayer::Play(std::string file, Failure failure) noexcept {
-  body_->Post(body_, {std::move(file), std::move(failure)});
-}
-
-void SoundPlayer::Stop() noexcept { body_->Post(body_, {}); }
 
 }  // namespace tessaro::platform

@@ -3,13 +3,12 @@
 #import <GNUstepGUI/GSTheme.h>
 
 #include "Base/Ref.h"
-#include "Platform/Linux/Desktop/DesktopLook.h"
+#include "Platform/Linux/Theme/DesktopLook.h"
 
 @class NSColorList;
 
 // GNUstep's look, drawn flat and in the desktop's colours. Main thread only.
 @interface TsDesktopTheme : GSTheme {
-  tessaro::platform::DesktopLook _look;
   Ref<NSColorList> _colors;
   Ref<NSDictionary> _defaults;
 }
@@ -27,3 +26,11 @@
 + (void)replaceMethods;
 
 @end
+
+namespace tessaro::platform {
+
+// Gives this process's windows the desktop's colours, font and scale, and follows their changes, unless the user has
+// chosen a theme of GNUstep's. Main thread only, once there is a window server; called once.
+void FollowDesktopLook();
+
+}  // namespace tessaro::platform

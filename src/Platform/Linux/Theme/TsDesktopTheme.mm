@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "Base/TsString.h"
+#include "Platform/SystemAppearance.h"
 
 using tessaro::platform::DesktopLook;
 
@@ -122,7 +124,6 @@ Ref<NSDictionary> NewDefaults(const DesktopLook& look) {
 }
 
 - (void)setLook:(const DesktopLook&)look {
-  _look = look;
   _colors = NewColours(look);
   _defaults = NewDefaults(look);
 }
@@ -157,3 +158,81 @@ Ref<NSDictionary> NewDefaults(const DesktopLook& look) {
 }
 
 @end
+
+namespace tessaro::platform {
+
+namespace {
+
+void SetFontIn(NSMenu* menu) {
+  NSMenuView* view = [menu menuRepresentation];
+  [view setFont:[view isHorizontal] ? [NSFont menuBarFontOfSize:0] : [NSFont menuFontOfSize:0]];
+  [menu sizeToFit];
+  for (NSMenuItem* item in [menu itemArray]) {
+    if ([item hasSubmenu]) SetFontIn([item submenu]);
+  }
+}
+
+// Fonts that a view has got before keep their difference in size.
+void SetFontIn(NSView* view, NSFont* before, NSFont* now) {
+  NSFont* font = [view respondsToSelector:@selector(font)] ? [static_cast<NSControl*>(view) font] : nil;
+  if ([[font familyName] isEqual:[before familyName]]) {
+    const CGFloat size = [font pointSize] - [before pointSize] + [now pointSize];
+    const bool isBold = ([[NSFontManager sharedFontManager] traitsOfFont:font] & NSBoldFontMask) != 0;
+    [static_cast<NSControl*>(view)
+        setFont:isBold ? [NSFont boldSystemFontOfSize:size] : [NSFont systemFontOfSize:size]];
+  }
+  for (NSView* each in [view subviews]) SetFontIn(each, before, now);
+}
+
+CGFloat Scale() { return [[NSScreen mainScreen] userSpaceScaleFactor]; }
+
+void Take(TsDesktopTheme* theme, const DesktopLook& look) {
+  if ([GSTheme theme] != theme) return;
+  NSFont* before = [NSFont systemFontOfSize:0];
+  const CGFloat scaleBefore = Scale();
+  [theme deactivate];
+  [theme setLook:look];
+  [theme activate];
+  NSFont* now = [NSFont systemFontOfSize:0];
+  for (NSWindow* window in Scale() != scaleBefore ? [NSApp windows] : @[]) {
+    // GNUstep learns of another scale only with another size.
+    if ([window styleMask] & NSTitledWindowMask) [window setContentSize:[[window contentView] bounds].size];
+  }
+  if ([before isEqual:now]) return;
+  SetFontIn([NSApp mainMenu]);
+  for (NSWindow* window in [NSApp windows]) SetFontIn([window contentView], before, now);
+}
+
+void Announce() {
+  for (NSWindow* window in [NSApp windows]) [[[window contentView] superview] setNeedsDisplay:YES];
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] postNotificationName:@"AppleInterfaceThemeChangedNotification"
+                                                                   object:nil
+                                                                 userInfo:nil
+                                                       deliverImmediately:YES];
+  } @catch (NSException*) {
+    // Without the notification server there are no observers either.
+  }
+}
+
+}  // namespace
+
+void FollowDesktopLook() {
+  NSString* chosen = [[NSUserDefaults standardUserDefaults] stringForKey:@"GSTheme"];
+  if ([chosen length] > 0 && ![chosen isEqual:@"GNUstep"]) return;
+  [TsDesktopTheme replaceMethods];
+  auto theme = Adopt([[TsDesktopTheme alloc] initWithLook:CurrentLook()]);
+  [GSTheme setTheme:theme];
+  SetFontIn([NSApp mainMenu]);
+  ListenForLookChanges([theme](const DesktopLook& look) { Take(theme, look); });
+}
+
+void AnnounceAppearanceChanges() {
+  static bool isListening = false;
+  if (std::exchange(isListening, true)) return;
+  ListenForLookChanges([wasDark = CurrentLook().isDark](const DesktopLook& look) mutable {
+    if (std::exchange(wasDark, look.isDark) != look.isDark) Announce();
+  });
+}
+
+}  // namespace tessaro::platform

@@ -3,7 +3,7 @@
 #include <tuple>
 
 #include "Base/TsLog.h"
-#include "Platform/Linux/Base/BusNames.h"
+#include "Platform/Linux/Base/SessionBus.h"
 
 namespace tessaro::platform {
 

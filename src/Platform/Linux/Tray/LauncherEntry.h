@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "Platform/Linux/Base/BusService.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {

@@ -5,7 +5,7 @@
 #include "Base/TsString.h"
 #include "Platform/Common/AutoreleaseScope.h"
 #include "Platform/Drawing.h"
-#include "Platform/Linux/AppKit/NSMenuItem+Completion.h"
+#include "Platform/Linux/AppKit/CocoaAdditions.h"
 #include "Platform/Linux/AppKit/SideTable.h"
 
 namespace tessaro::platform {

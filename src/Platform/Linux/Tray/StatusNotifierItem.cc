@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Base/TsLog.h"
-#include "Platform/Linux/Base/BusNames.h"
+#include "Platform/Linux/Base/SessionBus.h"
 
 namespace tessaro::platform {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "Platform/Linux/Base/BusService.h"
+#include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Tray/MenuService.h"
 
 namespace tessaro::platform {

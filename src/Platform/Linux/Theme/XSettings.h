@@ -13,7 +13,7 @@
 namespace tessaro::platform {
 
 // The settings that the X session's settings daemon publishes (XSETTINGS), and the X server's resource Xft.dpi. All are
-// missing without a display. Main thread only.
+// missing without a display. Lives as long as the process. Main thread only.
 class XSettings {
  public:
   using Values = std::map<std::string, std::variant<std::int32_t, std::string>, std::less<>>;

@@ -18,10 +18,9 @@
 #include "Base/Lifetime.h"
 #include "Base/TextPieces.h"
 #include "Platform/Common/AutoreleaseScope.h"
-#include "Platform/Linux/Base/BusNames.h"
-#include "Platform/Linux/Base/BusService.h"
-#include "Platform/Linux/Desktop/DesktopLook.h"
-#include "Platform/Linux/Desktop/XSettings.h"
+#include "Platform/Linux/Base/SessionBus.h"
+#include "Platform/Linux/Theme/DesktopLook.h"
+#include "Platform/Linux/Theme/XSettings.h"
 
 namespace tessaro::platform {
 
@@ -83,10 +82,7 @@ PortalValues ValuesOf(const std::map<std::string, std::map<std::string, sdbus::V
   return values;
 }
 
-const std::vector<std::string>& Spaces() {
-  static const auto& spaces = *new std::vector<std::string>{kAppearance, kInterface};
-  return spaces;
-}
+std::vector<std::string> Spaces() { return {kAppearance, kInterface}; }
 
 // The desktop's look from org.freedesktop.portal.Settings.
 class PortalSettings final : private BusService {

@@ -4,6 +4,22 @@
 #include "Platform/Linux/AppKit/Completion.h"
 #include "Platform/Linux/AppKit/ReplacedMethod.h"
 
+// GNUstep keeps a view's alpha value, but draws the view opaque. Hide views that are entirely transparent.
+
+@interface NSView (Alpha)
+@end
+
+@implementation NSView (Alpha)
+
+- (void)setAlphaValue:(CGFloat)alpha {
+  const BOOL wasClear = _alphaValue == 0;
+  const BOOL isClear = alpha == 0;
+  _alphaValue = alpha;
+  if (wasClear != isClear) [self setHidden:isClear];
+}
+
+@end
+
 namespace tessaro::platform {
 
 namespace {
@@ -26,6 +42,6 @@ BOOL PerformKeyEquivalent(NSButton* button, SEL selector, NSEvent* event) {
 
 }  // namespace
 
-void CompleteButtons() { performKeyEquivalent.With([NSButton class], "performKeyEquivalent:", PerformKeyEquivalent); }
+void CompleteViews() { performKeyEquivalent.With([NSButton class], "performKeyEquivalent:", PerformKeyEquivalent); }
 
 }  // namespace tessaro::platform

@@ -1,4 +1,4 @@
-#import <Foundation/Foundation.h>
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 
 #include <string>
 #include <string_view>
@@ -76,6 +76,70 @@ NSData* WriteLossless(id self, SEL selector, id list, NSPropertyListFormat forma
   const Class serialization = object_getClass([NSPropertyListSerialization class]);
   gnustepWriter.With(serialization, "dataFromPropertyList:format:errorDescription:", WriteLossless);
   gnustepReader.With(serialization, "propertyListWithData:options:format:error:", ReadSound);
+}
+
+@end
+
+// ---- Archives
+
+namespace {
+
+// More than any flat object takes.
+constexpr NSUInteger kMostBytes = 16384;
+
+// The object that a reference of the archive names; nil if missing.
+id Target(NSArray* objects, id reference) {
+  NSNumber* index = As<NSNumber>([As<NSDictionary>(reference) objectForKey:@"CF$UID"]);
+  if (index == nil) return nil;
+  const NSUInteger place = [index unsignedIntegerValue];
+  return place < [objects count] ? [objects objectAtIndex:place] : nil;
+}
+
+bool IsFlat(NSDictionary* object) {
+  for (NSString* key in object) {
+    const bool isReference = As<NSDictionary>([object objectForKey:key]) != nil;
+    if (isReference != [key isEqualToString:@"$class"]) return false;
+  }
+  return true;
+}
+
+// nil for data that are no sound property list.
+id PropertyList(NSData* data) {
+  if ([data length] > kMostBytes) return nil;
+  return [NSPropertyListSerialization propertyListWithData:data
+                                                   options:NSPropertyListImmutable
+                                                    format:nullptr
+                                                     error:nullptr];
+}
+
+// Whether the whole of the archive is one flat object of the class.
+bool IsArchiveOf(Class expected, id archive) {
+  NSArray* objects = As<NSArray>([As<NSDictionary>(archive) objectForKey:@"$objects"]);
+  NSDictionary* top = As<NSDictionary>([As<NSDictionary>(archive) objectForKey:@"$top"]);
+  NSDictionary* root = As<NSDictionary>(Target(objects, [top objectForKey:@"root"]));
+  NSDictionary* description = As<NSDictionary>(Target(objects, [root objectForKey:@"$class"]));
+  return root != nil && IsFlat(root) && [NSStringFromClass(expected) isEqual:[description objectForKey:@"$classname"]];
+}
+
+void SetError(NSError** error, NSString* reason) {
+  if (error == nullptr) return;
+  *error = [NSError errorWithDomain:NSCocoaErrorDomain
+                               code:NSFileReadCorruptFileError
+                           userInfo:@{NSLocalizedDescriptionKey : reason}];
+}
+
+}  // namespace
+
+@implementation NSKeyedUnarchiver (Class)
+
++ (id)unarchivedObjectOfClass:(Class)expected fromData:(NSData*)data error:(NSError**)error {
+  @try {
+    if (IsArchiveOf(expected, PropertyList(data))) return [NSKeyedUnarchiver unarchiveObjectWithData:data];
+    SetError(error, [NSString stringWithFormat:@"The data are no archive of %@", NSStringFromClass(expected)]);
+  } @catch (NSException* exception) {
+    SetError(error, [exception reason]);
+  }
+  return nil;
 }
 
 @end

@@ -1,7 +1,9 @@
-#include "Platform/Linux/Desktop/XSettings.h"
+#include "Platform/Linux/Theme/XSettings.h"
 
 #include <cstdlib>
 #include <utility>
+
+#include "Platform/MainQueue.h"
 
 namespace tessaro::platform {
 
@@ -103,16 +105,21 @@ std::int32_t XSettings::Number(std::string_view name) const {
   return number != nullptr ? *number : 0;
 }
 
-// Each reply may bring further events along, which the descriptor does not announce again.
+// Reads some of the events: a program that changes the settings without end must not stop all other work.
 void XSettings::ReadEvents() {
+  constexpr int kMostEvents = 1000;
   bool isChanged = false;
-  while (const XcbOwner<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
-    if (!IsOfInterest(*event)) continue;
-    isChanged = true;
-    Load();
+  for (int i = 0; i < kMostEvents; ++i) {
+    const XcbOwner<xcb_generic_event_t> event(xcb_poll_for_event(connection_.get()));
+    if (!event) break;
+    isChanged = IsOfInterest(*event) || isChanged;
   }
   if (!connection_) poll_.reset();
-  if (isChanged) changed_();
+  if (!isChanged) return;
+  Load();
+  changed_();
+  // Replies bring further events along, which the descriptor does not announce again.
+  MainQueue::Shared().Post([this] { ReadEvents(); });
 }
 
 bool XSettings::IsOfInterest(const xcb_generic_event_t& event) const {
