@@ -12,7 +12,7 @@
 #import "Extensions/NSDictionary+TsFile.h"
 #import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
-#import "Platform/Linux/AppKit/NSKeyedUnarchiver+Class.h"
+#import "Platform/Linux/AppKit/CocoaAdditions.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"
 #import "Shortcuts/MASShortcut.h"
 #include "Utilities/TsJSON.h"

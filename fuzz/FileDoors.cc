@@ -44,19 +44,19 @@ void DesktopEntry(std::string_view bytes) {
   if (const auto keys = platform::ReadKeyFile(file)) {
     static_cast<void>(platform::ListIn(keys.get(), "Default Applications", "text/html"));
   }
-  auto entry = platform::AutostartEntry::Read(file);
+  const platform::GKeyFilePtr entry = platform::ReadEntry(file);
   if (!entry) return;
-  static_cast<void>(entry->DisplayName());
-  static_cast<void>(entry->Program());
-  const bool wasOn = entry->IsSwitchedOn();
-  entry->Hide();
-  Expect(!entry->IsSwitchedOn(), "a hidden entry is switched off");
-  entry->SwitchOn();
-  Expect(entry->IsSwitchedOn() || !wasOn, "an entry can be switched on again");
+  static_cast<void>(platform::DisplayNameOf(entry));
+  static_cast<void>(platform::ProgramIn(entry));
+  const bool wasOn = platform::IsSwitchedOn(entry);
+  platform::Hide(entry);
+  Expect(!platform::IsSwitchedOn(entry), "a hidden entry is switched off");
+  platform::Show(entry);
+  Expect(platform::IsSwitchedOn(entry) || !wasOn, "an entry can be switched on again");
   const fs::path copy = Folder() / "copy.desktop";
-  Expect(entry->Write(copy).has_value(), "an entry can be written");
-  const auto again = platform::AutostartEntry::Read(copy);
-  Expect(again && again->DisplayName() == entry->DisplayName(), "what is written can be read");
+  Expect(platform::WriteKeyFile(copy, entry.get()).has_value(), "an entry can be written");
+  const auto again = platform::ReadEntry(copy);
+  Expect(again && platform::DisplayNameOf(again) == platform::DisplayNameOf(entry), "what is written can be read");
 }
 
 void KeptAlert(std::string_view bytes) {

@@ -13,7 +13,7 @@
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/HFSPath.h"
 #include "Platform/HTMLText.h"
-#include "Platform/Linux/Base/FileURI.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Network/Transfers/BodyDecoder.h"
 #include "Platform/Linux/Network/Transfers/RequestSyntax.h"
 

@@ -82,6 +82,8 @@ class Person {
       await this.xdotool('windowactivate', '--sync', mail);
       return false;
     }, 'the window below has the keyboard');
+    // The window manager knows earlier than the application.
+    await this.window('Mail');
   }
 
   isGone = (title) =>

@@ -8,9 +8,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/FileURI.h"
+#include "Base/TextPieces.h"
 #include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 
@@ -36,12 +36,9 @@ std::string TextOf(GDesktopAppInfo* application, const char* key) {
 
 // Empty for a malformed scheme.
 std::string TypeOfScheme(std::string_view scheme) {
-  std::string type = kSchemes;
-  for (const char c : scheme) {
-    if (!g_ascii_isalnum(c) && c != '+' && c != '-' && c != '.') return {};
-    type += g_ascii_tolower(c);
-  }
-  return scheme.empty() ? "" : type;
+  const auto isMalformed = [](char c) { return !IsLetterOrDigit(c) && c != '+' && c != '-' && c != '.'; };
+  if (scheme.empty() || std::any_of(scheme.begin(), scheme.end(), isMalformed)) return {};
+  return kSchemes + LowerCase(scheme);
 }
 
 bool Exists(const std::string& path) {
@@ -58,8 +55,7 @@ constexpr char kDefaultsGroup[] = "Default Applications";
 std::vector<std::string> FileNames() {
   std::vector<std::string> names;
   for (const std::string& desktop : CurrentDesktops()) {
-    const GTextPtr lower(g_ascii_strdown(desktop.c_str(), -1));
-    if (!desktop.empty()) names.push_back(std::string(lower.get()) + '-' + kListFile);
+    if (!desktop.empty()) names.push_back(LowerCase(desktop) + '-' + kListFile);
   }
   names.push_back(kListFile);
   return names;

@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "Base/Lifetime.h"
+#include "Base/TextPieces.h"
 #include "Platform/TaskQueues.h"
 
 namespace tessaro::platform {

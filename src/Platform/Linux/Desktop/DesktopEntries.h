@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "Base/Result.h"
-#include "Base/TextPieces.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 
 // Installed applications as their desktop entries describe them, and starting programs. Any thread; nothing throws.

@@ -12,8 +12,8 @@
 
 #include "Base/TsLog.h"
 #include "Platform/FilePanel.h"
-#include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Base/SessionBus.h"
 #include "Platform/MainQueue.h"
 

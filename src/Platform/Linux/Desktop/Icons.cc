@@ -7,8 +7,8 @@
 
 #include "Base/Lifetime.h"
 #include "Platform/Applications.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/Themes.h"
+#include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 #include "Platform/StandardDirectories.h"
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "Platform/Linux/Base/BaseDirectories.h"
 #include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Paths.h"
 
 namespace tessaro::platform {
 
@@ -95,6 +95,13 @@ bool IsSwitchedOn(const GKeyFilePtr& entry) {
   return Has(entry, "OnlyShowIn") ? NamesThisDesktop(entry, "OnlyShowIn") : !NamesThisDesktop(entry, "NotShowIn");
 }
 
+void Show(const GKeyFilePtr& entry) {
+  g_key_file_remove_key(entry.get(), kGroup, "Hidden", nullptr);
+  g_key_file_set_boolean(entry.get(), kGroup, kSwitch, TRUE);
+}
+
+void Hide(const GKeyFilePtr& entry) { g_key_file_set_boolean(entry.get(), kGroup, "Hidden", TRUE); }
+
 // ---- Folders
 
 constexpr char kFolder[] = "autostart";
@@ -176,8 +183,7 @@ Result<void> SwitchOn(const fs::path& file) {
   if (!entry) return Fail(file.native() + " can't be read");
   // An entry without a program only hides the system's one.
   if (ProgramIn(entry).empty()) return RemoveFile(file);
-  g_key_file_remove_key(entry.get(), kGroup, "Hidden", nullptr);
-  g_key_file_set_boolean(entry.get(), kGroup, kSwitch, TRUE);
+  Show(entry);
   return WriteKeyFile(UserFolder() / file.filename(), entry.get());
 }
 
@@ -187,7 +193,7 @@ Result<void> SwitchOff(const fs::path& file) {
   if (!entry) return RemoveFile(userFile);
   // Removing the user's file would bring the system's one back: hide it.
   if (GKeyFilePtr own = ReadEntry(userFile)) entry = std::move(own);
-  g_key_file_set_boolean(entry.get(), kGroup, "Hidden", TRUE);
+  Hide(entry);
   return WriteKeyFile(userFile, entry.get());
 }
 

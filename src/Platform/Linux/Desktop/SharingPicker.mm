@@ -3,17 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "Base/Ref.h"
+#include "Base/TextPieces.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
-#include "Platform/Linux/Base/FileURI.h"
 #include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Desktop/DesktopEntries.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Sharing.h"
@@ -24,7 +24,7 @@ namespace {
 
 constexpr std::array kBluetoothSenders = {"bluetooth-sendto", "blueman-sendto"};
 // These ignore attachments in mailto links.
-constexpr std::array<std::string_view, 3> kThunderbirds = {"thunderbird", "betterbird", "icedove"};
+constexpr std::array kThunderbirds = {"thunderbird", "betterbird", "icedove"};
 
 // A program that files can be handed to.
 struct ShareTarget {
@@ -78,9 +78,9 @@ std::vector<std::string> HandlersOfAll(const std::vector<std::string>& paths) {
 // ---- Mail
 
 bool IsThunderbird(const std::string& identifier) {
-  const GTextPtr lower(g_ascii_strdown(identifier.c_str(), -1));
-  return std::any_of(kThunderbirds.begin(), kThunderbirds.end(),
-                     [&](std::string_view name) { return std::string_view(lower.get()).find(name) != name.npos; });
+  return std::any_of(kThunderbirds.begin(), kThunderbirds.end(), [lower = LowerCase(identifier)](const char* name) {
+    return lower.find(name) != std::string::npos;
+  });
 }
 
 // The command line of the application, without the placeholders for files.

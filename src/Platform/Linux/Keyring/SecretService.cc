@@ -147,30 +147,29 @@ bool IsTimeout(const GError* error) {
          g_error_matches(error, G_DBUS_ERROR, G_DBUS_ERROR_TIMED_OUT);
 }
 
-const char* SentenceOf(int code) {
-  switch (code) {
-    case SecretFailure::kParameter:
-      return "The secret service does not accept texts with a NUL character.";
-    case SecretFailure::kUserCancelled:
-      return "The user dismissed the prompt.";
-    case SecretFailure::kNotAvailable:
-      return "The secret service is unavailable or did not reply in time.";
-    case SecretFailure::kAuthorizationFailed:
-      return "The secret service refused this application.";
-    case SecretFailure::kItemNotFound:
-      return "The item does not exist.";
-    case SecretFailure::kInteractionNotAllowed:
-      return "The keyring is locked and was not unlocked in time.";
-    case SecretFailure::kDecode:
-      return "The stored bytes are malformed.";
-    default:
-      return "The secret service failed.";
-  }
-}
+struct Sentence {
+  int code;
+  const char* text;
+};
+
+constexpr Sentence kSentences[] = {
+    {SecretFailure::kParameter, "The secret service does not accept texts with a NUL character."},
+    {SecretFailure::kUserCancelled, "The user dismissed the prompt."},
+    {SecretFailure::kNotAvailable, "The secret service is unavailable or did not reply in time."},
+    {SecretFailure::kAuthorizationFailed, "The secret service refused this application."},
+    {SecretFailure::kItemNotFound, "The item does not exist."},
+    {SecretFailure::kInteractionNotAllowed, "The keyring is locked and was not unlocked in time."},
+    {SecretFailure::kDecode, "The stored bytes are malformed."},
+};
 
 }  // namespace
 
-tl::unexpected<Failure> FailWith(int code) { return Fail(code, SentenceOf(code)); }
+tl::unexpected<Failure> FailWith(int code) {
+  for (const auto& [known, text] : kSentences) {
+    if (known == code) return Fail(code, text);
+  }
+  return Fail(code, "The secret service failed.");
+}
 
 void ReplyTimeout::Halve() { left_ = std::max(left_ / 2, std::min(whole_, kShortestTimeout)); }
 

@@ -3,7 +3,7 @@
 #include <dlfcn.h>
 
 #include "Base/Lifetime.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Network/Transfers/TransferLibrary.h"
 #include "Platform/MainQueue.h"
 

@@ -24,7 +24,7 @@
 #include "Base/Lifetime.h"
 #include "Base/UvHandle.h"
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Pictures/Decoder/PictureJob.h"
 #include "Platform/MainQueue.h"
 #include "Platform/Pictures.h"

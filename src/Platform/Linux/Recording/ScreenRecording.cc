@@ -18,8 +18,8 @@
 
 #include "Base/UvHandle.h"
 #include "Platform/Common/FileDescriptor.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
 #include "Platform/Linux/Base/GLibOwners.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/Linux/Base/XDisplay.h"
 #include "Platform/Linux/Recording/DisplayArea.h"
 #include "Platform/MainQueue.h"

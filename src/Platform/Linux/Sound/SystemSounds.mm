@@ -6,8 +6,8 @@
 #include <utility>
 
 #include "Platform/Files.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
-#include "Platform/Linux/Base/Themes.h"
+#include "Platform/Linux/Base/KeyFiles.h"
+#include "Platform/Linux/Base/Paths.h"
 #include "Platform/SoundPlayer.h"
 #include "Platform/StandardDirectories.h"
 

@@ -9,7 +9,7 @@
 #include "Base/Ref.h"
 #include "Base/TsString.h"
 #include "Platform/Drawing.h"
-#include "Platform/Linux/AppKit/NSImage+Template.h"
+#include "Platform/Linux/AppKit/CocoaAdditions.h"
 #include "Platform/Linux/Tray/MenuFeed.h"
 #include "Platform/Linux/Tray/StatusNotifierItem.h"
 #include "Platform/MainQueue.h"

@@ -12,7 +12,7 @@
 
 #include "Platform/Common/FileDescriptor.h"
 #include "Platform/Common/UpdateDecision.h"
-#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/Paths.h"
 
 namespace tessaro::platform {
 

@@ -1,4 +1,4 @@
-#include "Platform/Linux/Base/BaseDirectories.h"
+#include "Platform/Linux/Base/Paths.h"
 
 #include <dlfcn.h>
 #include <pwd.h>
@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "Base/TextPieces.h"
+#include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/StandardDirectories.h"
 
 namespace tessaro::platform {
@@ -72,6 +73,28 @@ fs::path LogDirectory(std::string_view applicationName) { return StateHome() / A
 
 fs::path CrashDirectory(std::string_view applicationName) {
   return StateHome() / AsFileName(applicationName) / "crashes";
+}
+
+// ---- file: URIs
+
+std::string PathOfFileURI(const std::string& uri) noexcept {
+  char* named = nullptr;
+  const GTextPtr path(g_filename_from_uri(uri.c_str(), &named, nullptr));
+  const GTextPtr host(named);
+  if (path == nullptr) return {};
+  const bool isLocal = host == nullptr || *host.get() == '\0' || g_ascii_strcasecmp(host.get(), "localhost") == 0;
+  return isLocal ? path.get() : "";
+}
+
+std::string FileURIOf(const std::string& path) noexcept {
+  if (path.empty() || HasNul(path)) return {};
+  const GTextPtr uri(g_filename_to_uri(AbsolutePath(path).c_str(), nullptr, nullptr));
+  return uri != nullptr ? uri.get() : "";
+}
+
+std::string AbsolutePath(const std::string& path) noexcept {
+  const GTextPtr absolute(g_canonicalize_filename(path.c_str(), nullptr));
+  return absolute.get();
 }
 
 }  // namespace tessaro::platform

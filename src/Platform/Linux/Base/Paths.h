@@ -1,11 +1,13 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 #include <vector>
 
+// Paths of this machine. Any thread.
 namespace tessaro::platform {
 
-// The folders of the XDG base directory standard, which wants relative paths to be ignored.
+// ---- The folders of the XDG base directory standard, which wants relative paths to be ignored
 
 [[nodiscard]] std::filesystem::path ConfigHome();
 [[nodiscard]] std::filesystem::path StateHome();
@@ -20,5 +22,15 @@ namespace tessaro::platform {
 
 // The folder that the module was loaded from; its programs lie beside it.
 [[nodiscard]] std::filesystem::path OwnDirectory() noexcept;
+
+// ---- file: URIs (RFC 8089)
+
+// Empty for a URI that names no file of this machine: another scheme, another host, or a malformed one.
+[[nodiscard]] std::string PathOfFileURI(const std::string& uri) noexcept;
+
+// The URI of a path, made absolute. Empty for a path that is empty or contains NUL.
+[[nodiscard]] std::string FileURIOf(const std::string& path) noexcept;
+
+[[nodiscard]] std::string AbsolutePath(const std::string& path) noexcept;
 
 }  // namespace tessaro::platform
