@@ -198,10 +198,8 @@ inWindows.test('a file that is no image can’t be edited, and an unwritable cop
 
 // ---- Films
 
-const facts = (file) =>
-  execFileSync('ffprobe', ['-v', 'error', '-show_entries', 'stream=codec_name,width,height', '-of', 'csv=p=0', file])
-    .toString()
-    .trim();
+const question = '-v error -show_entries stream=codec_name,width,height -of csv=p=0'.split(' ');
+const facts = (file) => execFileSync('ffprobe', [...question, file], { encoding: 'utf8' }).trim();
 
 test('the screen, or an area of it, is recorded until the user stops', async (t) => {
   const folder = path.join(temporaryDirectory(t), 'films');

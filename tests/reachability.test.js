@@ -136,32 +136,29 @@ test('previews, sounds, names, printing and clipping that hang delay nothing els
   write('Library/Sounds/quiet.wav', tone({ amplitude: 1000, seconds: 1 }));
   const [audio, bus] = [await startAudioServer(t, folder), await startBus(t, folder)];
   for (const server of [audio, bus]) server.pause();
-  const answers = await inOwnNetwork.with({
+  const scenario = async ({ eventually, home, ip, native, platform, sendMessage: send }, hostile, text) => {
+    // A name server that never replies.
+    ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
+    const answers = {};
+    native.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
+    for (let i = 0; i < 4; ++i) native.generatePreview(hostile, 2000 + i, home, () => {});
+    send(send('TsReachability', 'reachabilityWithHostName:', 'slow.example'), 'startNotifier');
+    native.playSoundWithName('quiet');
+    native.clipPage('todoist', { title: 'x' });
+    native.printPath(text);
+    const start = Date.now();
+    answers.opened = native.openFile(text, '', true);
+    answers.isOpenedSoon = Date.now() - start < 5000;
+    native.generatePreview(text, 64, home, (file) => (answers.preview = file !== null));
+    platform.background(1, () => (answers.task = true));
+    await eventually(() => Object.keys(answers).length >= 5, 'the answers', 15000).catch(() => {});
+    return answers;
+  };
+  const options = {
     within: [...ownNetwork, '--mount', 'sh', '-c', `mount --bind "${names}" /etc/resolv.conf && exec "$@"`, '-'],
     env: { ...audio.env, ...applications.env, DBUS_SESSION_BUS_ADDRESS: bus.address },
     home: folder,
-  })(
-    t,
-    async ({ eventually, home, ip, native, platform, sendMessage: send }, hostile, text) => {
-      // A name server that never replies.
-      ip('route add default via 10.9.0.254', 'neigh add 10.9.0.254 lladdr 02:00:00:00:00:01 dev near nud permanent');
-      const answers = {};
-      native.setNetworkReachabilityCallbackFunction((state) => (answers.reachable = state));
-      for (let i = 0; i < 4; ++i) native.generatePreview(hostile, 2000 + i, home, () => {});
-      send(send('TsReachability', 'reachabilityWithHostName:', 'slow.example'), 'startNotifier');
-      native.playSoundWithName('quiet');
-      native.clipPage('todoist', { title: 'x' });
-      native.printPath(text);
-      const start = Date.now();
-      answers.opened = native.openFile(text, '', true);
-      answers.isOpenedSoon = Date.now() - start < 5000;
-      native.generatePreview(text, 64, home, (file) => (answers.preview = file !== null));
-      platform.background(1, () => (answers.task = true));
-      await eventually(() => Object.keys(answers).length >= 5, 'the answers', 15000).catch(() => {});
-      return answers;
-    },
-    drawing,
-    letter,
-  );
+  };
+  const answers = await inOwnNetwork.with(options)(t, scenario, drawing, letter);
   assert.deepStrictEqual(answers, { opened: 0, isOpenedSoon: true, reachable: true, preview: true, task: true });
 });

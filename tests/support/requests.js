@@ -55,20 +55,17 @@ const client = scenarios({ uses: ['requests'] });
  * Makes the requests, [url, options] each, one after the other and gives the events of each. With `isTogether` the first
  * request is made alone, and the others all at once.
  */
-const request = (test, requests, { isTogether = false, ...options } = {}) =>
-  client.with(options)(
-    test,
-    async (fixture, list, together) => {
-      const all = [];
-      for (const args of list) {
-        all.push(fixture.request(...args));
-        await all.at(together ? 0 : -1);
-      }
-      return Promise.all(all);
-    },
-    requests,
-    isTogether,
-  );
+function request(test, requests, { isTogether = false, ...options } = {}) {
+  const ask = async (fixture, list, together) => {
+    const all = [];
+    for (const args of list) {
+      all.push(fixture.request(...args));
+      await all.at(together ? 0 : -1);
+    }
+    return Promise.all(all);
+  };
+  return client.with(options)(test, ask, requests, isTogether);
+}
 
 /** The events of a response whose body arrives in one piece. */
 const whole = (status, body) => [

@@ -68,10 +68,9 @@ class Resident {
   }
 
   /** Waits for the report of a number, and gives it. */
-  report(number) {
-    return eventually(() => this.reports.length > number && [this.reports[number]], `report ${number}`).then(
-      ([report]) => report,
-    );
+  async report(number) {
+    await eventually(() => this.reports.length > number, `report ${number}`);
+    return this.reports[number];
   }
 
   async kill() {
