@@ -5,6 +5,7 @@
 const { randomBytes } = require('crypto');
 const sharp = require('sharp');
 const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { buildDirectory } = require('./support/addon');
 const { scenarios, temporaryDirectory, temporaryFiles } = require('./support');
 
 const plain = scenarios();
@@ -260,6 +261,32 @@ test('the decoder program is replaced after a crash, and after a job for which i
   };
   assert.deepStrictEqual(await plain(t, work, png, target, 'SIGKILL'), [target, target]);
   assert.deepStrictEqual(await plain(t, work, png, target, 'SIGSTOP'), [null, target]);
+});
+
+test('a decoder that writes its reply without end is given up at once', async (t) => {
+  const { at, folder } = temporaryFiles(t);
+  const program = `#!/usr/bin/python3
+import os, socket
+jobs = socket.socket(fileno=0)
+while pipes := socket.recv_fds(jobs, 65536, 1)[1]:
+    if os.fork() == 0:
+        while True: os.write(pipes[0], b'+' * 65536)
+    os.close(pipes[0])
+`;
+  // Not links: the module looks for the program beside its real file.
+  for (const file of ['TessaroNative.node', 'TessaroNativeProbe.node'])
+    fs.copyFileSync(path.join(buildDirectory, file), at(file));
+  fs.writeFileSync(at('TessaroPictures'), program, { mode: 0o755 });
+  const png = await makeImage(folder, 'a.png');
+  const work = async ({ captureLog, eventually, log, native }, source, target) => {
+    captureLog();
+    const answers = [native.scaleImage(source, `${target}/b.png`, 100, 100)];
+    native.generatePreview(source, 64, target, (preview) => answers.push(preview));
+    await eventually(() => answers.length === 2, 'the preview');
+    return [...answers, log(2).filter((line) => line.endsWith("the decoder's reply is too long")).length];
+  };
+  const env = { TESSARO_BUILD_DIR: folder };
+  assert.deepStrictEqual(await plain.with({ env })(t, work, png, folder), [null, null, 2]);
 });
 
 // ---- The pasteboard

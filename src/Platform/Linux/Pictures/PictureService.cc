@@ -50,6 +50,8 @@ constexpr std::size_t kMostJobs = 8;
 // ---- The decoder
 
 constexpr char kProgram[] = "TessaroPictures";
+// A path, or a reason that names one.
+constexpr std::size_t kLongestReply = 2 * PictureJob::kMostBytes;
 
 tl::unexpected<Failure> LastError(const std::string& call) { return Fail(errno, call + ": " + std::strerror(errno)); }
 
@@ -154,12 +156,32 @@ bool DecoderProgram::Send(const std::string& job, int reply) const {
   return TEMP_FAILURE_RETRY(sendmsg(socket_.get(), &message, MSG_NOSIGNAL | MSG_DONTWAIT)) >= 0;
 }
 
-// The reply to a job as read from its pipe until the end.
-Result<std::string> ParsePictureReply(const std::string& text) {
-  if (text.empty()) return Fail("the decoder crashed, or exceeded its limits of time or memory");
-  if (text.front() == kPictureWritten) return text.substr(1);
-  return Fail(text.substr(1));
-}
+// The reply to a job. The job may be in the hands of its picture: it could send without end.
+class Reply {
+ public:
+  explicit Reply(FileDescriptor pipe) : pipe_(std::move(pipe)) {}
+
+  [[nodiscard]] int descriptor() const { return pipe_.get(); }
+
+  // Reads what has come, or a part of it. False when the reply is complete.
+  [[nodiscard]] bool Read() {
+    std::array<char, 4096> piece;
+    const ssize_t length = TEMP_FAILURE_RETRY(read(pipe_.get(), piece.data(), piece.size()));
+    if (length > 0) text_.append(piece.data(), static_cast<std::size_t>(length));
+    return length > 0 ? text_.size() <= kLongestReply : length < 0 && errno == EAGAIN;
+  }
+
+  [[nodiscard]] Result<std::string> Path() const {
+    if (text_.empty()) return Fail("the decoder crashed, or exceeded its limits of time or memory");
+    if (text_.size() > kLongestReply) return Fail("the decoder's reply is too long");
+    if (text_.front() == kPictureWritten) return text_.substr(1);
+    return Fail(text_.substr(1));
+  }
+
+ private:
+  FileDescriptor pipe_;
+  std::string text_;
+};
 
 // ---- Jobs
 
@@ -182,9 +204,8 @@ class RunningJob {
   void End(const Result<std::string>& path);
 
   PictureService& service_;
-  FileDescriptor reply_;
+  Reply reply_;
   PictureWritten written_;
-  std::string text_;
   bool isQuick_ = true;
   UvHandle<uv_poll_t> poll_;
   UvHandle<uv_timer_t> timer_;
@@ -225,7 +246,7 @@ class PictureService {
 };
 
 bool RunningJob::Watch() {
-  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, reply_.get());
+  poll_ = MakeUvHandle<uv_poll_t>(this, uv_poll_init, reply_.descriptor());
   timer_ = MakeUvHandle<uv_timer_t>(this, uv_timer_init);
   if (!poll_ || !timer_) return false;
   uv_timer_start(
@@ -236,13 +257,7 @@ bool RunningJob::Watch() {
 }
 
 void RunningJob::Read() {
-  std::array<char, 4096> piece;
-  ssize_t length = 0;
-  while ((length = TEMP_FAILURE_RETRY(read(reply_.get(), piece.data(), piece.size()))) > 0) {
-    text_.append(piece.data(), static_cast<std::size_t>(length));
-  }
-  if (length < 0 && errno == EAGAIN) return;
-  End(ParsePictureReply(text_));
+  if (!reply_.Read()) End(reply_.Path());
 }
 
 void RunningJob::TimePasses() {
@@ -260,21 +275,17 @@ void RunningJob::End(const Result<std::string>& path) {
 Result<std::string> PictureService::Wait(PictureJob job) {
   const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
   job.milliseconds = static_cast<int>((kLongestWait - kGrace).count());
-  const auto reply = program_.Begin(job);
-  if (!reply) return tl::unexpected(reply.error());
-  std::string text;
-  std::array<char, 4096> piece;
+  auto pipe = program_.Begin(job);
+  if (!pipe) return tl::unexpected(pipe.error());
+  Reply reply(std::move(*pipe));
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
     if (left <= 0ms) {
       program_.Kill();
       return Fail("the decoder does not answer");
     }
-    pollfd ready{reply->get(), POLLIN, 0};
-    if (poll(&ready, 1, static_cast<int>(left.count())) <= 0) continue;
-    const ssize_t length = TEMP_FAILURE_RETRY(read(reply->get(), piece.data(), piece.size()));
-    if (length <= 0) return ParsePictureReply(text);
-    text.append(piece.data(), static_cast<std::size_t>(length));
+    pollfd ready{reply.descriptor(), POLLIN, 0};
+    if (poll(&ready, 1, static_cast<int>(left.count())) > 0 && !reply.Read()) return reply.Path();
   }
 }
 
