@@ -6,7 +6,7 @@
 
 #include <functional>
 
-// What Cocoa has and the shared sources use, where GNUstep lacks it.
+// The parts of Cocoa that the shared sources use and GNUstep lacks.
 
 // GNUstep has no event monitors. Like Cocoa's, these get each event before the application's sendEvent:, the latest
 // monitor first, and return the event, a replacement, or nil to stop the event.

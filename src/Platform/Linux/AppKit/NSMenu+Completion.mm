@@ -1,7 +1,6 @@
 #import "Platform/Linux/AppKit/CocoaAdditions.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
@@ -97,33 +96,23 @@ namespace {
 // ---- Opening and closing
 
 // The menus on the screen.
-class OpenMenus {
- public:
-  void WillOpen(NSMenu* menu) {
-    if (menu == nil || Find(menu) != menus_.end()) return;
-    menus_.push_back(Retain(menu));
-    if ([[menu delegate] respondsToSelector:@selector(menuWillOpen:)]) [[menu delegate] menuWillOpen:menu];
-  }
-
-  void DidClose(NSMenu* menu) {
-    const auto position = Find(menu);
-    if (position == menus_.end()) return;
-    const Ref<NSMenu> closed = *position;
-    menus_.erase(position);
-    if ([[menu delegate] respondsToSelector:@selector(menuDidClose:)]) [[menu delegate] menuDidClose:menu];
-  }
-
- private:
-  std::vector<Ref<NSMenu>>::iterator Find(NSMenu* menu) {
-    return std::find_if(menus_.begin(), menus_.end(), [menu](const auto& open) { return open.get() == menu; });
-  }
-
-  std::vector<Ref<NSMenu>> menus_;
-};
-
-OpenMenus& Open() {
-  static Forever<OpenMenus> menus;
+NSMutableArray* OpenMenus() {
+  static Forever<Ref<NSMutableArray>> menus(Adopt([[NSMutableArray alloc] init]));
   return *menus;
+}
+
+void WillOpen(NSMenu* menu) {
+  if (menu == nil || [OpenMenus() indexOfObjectIdenticalTo:menu] != NSNotFound) return;
+  [OpenMenus() addObject:menu];
+  if ([[menu delegate] respondsToSelector:@selector(menuWillOpen:)]) [[menu delegate] menuWillOpen:menu];
+}
+
+void DidClose(NSMenu* menu) {
+  const Ref<NSMenu> closed = Retain(menu);
+  const NSUInteger count = [OpenMenus() count];
+  [OpenMenus() removeObjectIdenticalTo:menu];
+  if ([OpenMenus() count] == count) return;
+  if ([[menu delegate] respondsToSelector:@selector(menuDidClose:)]) [[menu delegate] menuDidClose:menu];
 }
 
 ReplacedMethod<void (*)(NSMenu*, SEL)> displayTransient;
@@ -131,18 +120,18 @@ ReplacedMethod<void (*)(NSMenu*, SEL)> close;
 ReplacedMethod<void (*)(NSMenu*, SEL)> closeTransient;
 
 void DisplayTransient(NSMenu* menu, SEL selector) {
-  Open().WillOpen(menu);
+  WillOpen(menu);
   displayTransient(menu, selector);
 }
 
 void Close(NSMenu* menu, SEL selector) {
   close(menu, selector);
-  Open().DidClose(menu);
+  DidClose(menu);
 }
 
 void CloseTransient(NSMenu* menu, SEL selector) {
   closeTransient(menu, selector);
-  Open().DidClose(menu);
+  DidClose(menu);
 }
 
 // ---- Changes
@@ -210,7 +199,7 @@ ReplacedMethod<NSRect (*)(NSMenuView*, SEL, NSInteger)> rectOfItem;
 ReplacedMethod<void (*)(NSMenuView*, SEL, NSNotification*)> redrawChangedItem;
 
 void AttachSubmenu(NSMenuView* view, SEL selector, NSInteger index) {
-  if (index >= 0) Open().WillOpen([[[view menu] itemAtIndex:index] submenu]);
+  if (index >= 0) WillOpen([[[view menu] itemAtIndex:index] submenu]);
   attachSubmenu(view, selector, index);
 }
 

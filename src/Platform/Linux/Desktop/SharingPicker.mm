@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,32 +27,17 @@ constexpr std::array kBluetoothSenders = {"bluetooth-sendto", "blueman-sendto"};
 // These ignore attachments in mailto links.
 constexpr std::array kThunderbirds = {"thunderbird", "betterbird", "icedove"};
 
+using Paths = std::vector<std::string>;
+
 // A program that files can be handed to.
 struct ShareTarget {
-  enum class Kind { Mail, Bluetooth, Application };
-
-  Kind kind = Kind::Application;
   std::string identifier;  // of the application; for Bluetooth, the path of the program that sends
-  std::string name;        // of the application
+  Ref<NSString> title;
+  bool isOpening = false;  // the files, not sending them
+  std::function<Result<void>(const Paths&)> share;
 };
 
-using Kind = ShareTarget::Kind;
-
-// ---- Targets
-
-ShareTarget TargetOf(Kind kind, const std::string& identifier) {
-  const auto application = FindApplication(identifier);
-  return {kind, identifier, application ? application->name : identifier};
-}
-
-void AddBluetooth(std::vector<ShareTarget>& targets) {
-  for (const char* program : kBluetoothSenders) {
-    const GTextPtr path(g_find_program_in_path(program));
-    if (path == nullptr) continue;
-    targets.push_back({Kind::Bluetooth, path.get(), ""});
-    return;
-  }
-}
+// ---- Applications
 
 bool TakesFiles(const std::string& identifier) {
   const DesktopEntryPtr application = FindDesktopEntry(identifier);
@@ -135,34 +121,35 @@ Result<void> ShareByBluetooth(const std::string& program, const std::vector<std:
   return Spawn(words);
 }
 
-// The targets that take all of these files, in the order of their kinds, the default application first within each.
-std::vector<ShareTarget> ShareTargets(const std::vector<std::string>& paths) {
-  if (paths.empty()) return {};
-  std::vector<ShareTarget> targets;
-  for (const std::string& identifier : HandlersOfScheme("mailto")) {
-    targets.push_back(TargetOf(Kind::Mail, identifier));
-  }
-  AddBluetooth(targets);
-  for (const std::string& identifier : HandlersOfAll(paths)) {
-    if (TakesFiles(identifier)) targets.push_back(TargetOf(Kind::Application, identifier));
-  }
-  return targets;
+// ---- Targets
+
+NSString* TitleWith(NSString* format, const std::string& identifier) {
+  const auto application = FindApplication(identifier);
+  return [NSString stringWithFormat:format, TsNSString(application ? application->name : identifier)];
 }
 
-// Starts the target: a new mail with the files, or the application with the files open.
-Result<void> ShareWith(const ShareTarget& target, const std::vector<std::string>& paths) {
-  switch (target.kind) {
-    case Kind::Mail:
-      return ShareByMail(target.identifier, paths);
-    case Kind::Bluetooth:
-      return ShareByBluetooth(target.identifier, paths);
-    case Kind::Application:
-      return OpenFiles(paths, target.identifier);
-  }
-  return Fail("unknown kind of target");
+void AddMail(std::vector<ShareTarget>& targets, const std::string& identifier) {
+  NSString* title = TitleWith(NSLocalizedString(@"Mail with %@", nil), identifier);
+  targets.push_back(
+      {identifier, Retain(title), false, [identifier](const Paths& paths) { return ShareByMail(identifier, paths); }});
 }
 
-// ---- The menu
+void AddBluetooth(std::vector<ShareTarget>& targets) {
+  for (const char* name : kBluetoothSenders) {
+    const GTextPtr path(g_find_program_in_path(name));
+    if (path == nullptr) continue;
+    const std::string program = path.get();
+    targets.push_back({program, Retain(NSLocalizedString(@"Send by Bluetooth", nil)), false,
+                       [program](const Paths& paths) { return ShareByBluetooth(program, paths); }});
+    return;
+  }
+}
+
+void AddOpening(std::vector<ShareTarget>& targets, const std::string& identifier) {
+  NSString* title = TitleWith(NSLocalizedString(@"Open with %@", nil), identifier);
+  targets.push_back(
+      {identifier, Retain(title), true, [identifier](const Paths& paths) { return OpenFiles(paths, identifier); }});
+}
 
 // Sharing with this application itself is pointless.
 bool IsOurs(const ShareTarget& target) {
@@ -170,24 +157,24 @@ bool IsOurs(const ShareTarget& target) {
   return ours != nil && [TsNSString(target.identifier) caseInsensitiveCompare:ours] == NSOrderedSame;
 }
 
-NSString* TitleOf(const ShareTarget& target) {
-  NSString* name = TsNSString(target.name);
-  switch (target.kind) {
-    case Kind::Mail:
-      return [NSString stringWithFormat:NSLocalizedString(@"Mail with %@", nil), name];
-    case Kind::Bluetooth:
-      return NSLocalizedString(@"Send by Bluetooth", nil);
-    case Kind::Application:
-      return [NSString stringWithFormat:NSLocalizedString(@"Open with %@", nil), name];
+// The targets that take all of these files; within each kind the default application comes first.
+std::vector<ShareTarget> ShareTargets(const Paths& paths) {
+  if (paths.empty()) return {};
+  std::vector<ShareTarget> targets;
+  for (const std::string& identifier : HandlersOfScheme("mailto")) AddMail(targets, identifier);
+  AddBluetooth(targets);
+  for (const std::string& identifier : HandlersOfAll(paths)) {
+    if (TakesFiles(identifier)) AddOpening(targets, identifier);
   }
-  return name;
+  std::erase_if(targets, IsOurs);
+  return targets;
 }
 
 }  // namespace
 
 // The menu's target while the menu is open.
 @interface TsSharingMenu : NSObject {
-  std::vector<std::string> _paths;
+  Paths _paths;
   std::vector<ShareTarget> _targets;
 }
 
@@ -203,17 +190,14 @@ NSString* TitleOf(const ShareTarget& target) {
   if (!self) return nil;
   _paths = std::move(paths);
   _targets = ShareTargets(_paths);
-  std::erase_if(_targets, IsOurs);
   return self;
 }
 
 - (Ref<NSMenu>)menu {
   auto menu = Adopt([[NSMenu alloc] initWithTitle:@""]);
   for (std::size_t i = 0; i < _targets.size(); ++i) {
-    if (i > 0 && _targets[i].kind == Kind::Application && _targets[i - 1].kind != Kind::Application) {
-      [menu addItem:[NSMenuItem separatorItem]];
-    }
-    const auto item = Adopt([[NSMenuItem alloc] initWithTitle:TitleOf(_targets[i])
+    if (i > 0 && _targets[i].isOpening && !_targets[i - 1].isOpening) [menu addItem:[NSMenuItem separatorItem]];
+    const auto item = Adopt([[NSMenuItem alloc] initWithTitle:_targets[i].title
                                                        action:@selector(share:)
                                                 keyEquivalent:@""]);
     [item setTarget:self];
@@ -237,7 +221,7 @@ NSString* TitleOf(const ShareTarget& target) {
 
 - (void)share:(NSMenuItem*)item {
   const ShareTarget& target = _targets[static_cast<std::size_t>([item tag])];
-  if (const auto shared = ShareWith(target, _paths); !shared) {
+  if (const auto shared = target.share(_paths); !shared) {
     TsLogError(@"Couldn't share files with %s: %s", target.identifier.c_str(), shared.error().message.c_str());
   }
 }
