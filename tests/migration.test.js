@@ -101,8 +101,8 @@ for (const style of ['framework', 'model']) {
     await store('', 'of no account');
     const result = await run(t, ({ log, native, report, send, transient }) => {
       const passwords = { 'ann@example.org': 'not this one', 'bob@example.org': 'in memory' };
-      for (const entry of Object.entries(passwords).map((each) => each.reverse()))
-        send(transient, 'setPassword:forAccount:', ...entry);
+      for (const [account, password] of Object.entries(passwords))
+        send(transient, 'setPassword:forAccount:', password, account);
       return { has: native.hasPreviousVersion(), report: report(null), log: log() };
     });
     const report = {
@@ -165,11 +165,7 @@ test('preferences are read in either format, or not at all', async (t) => {
     ['garbage', Buffer.from('bplist\xff\0', 'latin1'), {}],
     ['no dictionary', '<plist version="1.0"><array><true/></array></plist>', {}],
     ['a binary text beyond the end', Buffer.from(binaryPreferences).fill(0xec, 19, 20), {}],
-    [
-      'a text of 40 UTF-16 units beyond the end',
-      Buffer.from(binaryPreferences).fill(0x6f, 82, 83).fill(40, 84, 85),
-      {},
-    ],
+    ['40 UTF-16 units beyond the end', Buffer.from(binaryPreferences).fill(0x6f, 82, 83).fill(40, 84, 85), {}],
     ['deep XML', xml.replace('<true/>', '<array>'.repeat(1e5) + '</array>'.repeat(1e5)), {}],
     ['deep text', `{HideTabBar = ${'('.repeat(1e5)}${')'.repeat(1e5)};}`, {}],
     ['a date, which JSON cannot hold', plist({ ShowStatusBar: '<date>2015-01-01T00:00:00Z</date>' }), null],
@@ -269,9 +265,8 @@ test('a store of any size is read behind a link, whatever else it contains', asy
   const escapes = '>\\u3c00b\\u2600\\u0a00\\u4e00ob\\u@';
   const bomb = '<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;">';
   const inLatin = accountsStore([{ ...bob, username: 'bób' }]).text().replace('?>', ' encoding="ISO-8859-1"?>'); // prettier-ignore
-  const related = ['ann', 'bob'].map((name, i) =>
-    reported({ order: i + 1, username: `${name}@example.org`, bookmarks }),
-  );
+  const names = ['ann@example.org', 'bob@example.org'];
+  const related = names.map((username, i) => reported({ order: i + 1, username, bookmarks }));
   const rows = [
     ['an unknown entity', changed('<object', future), both],
     ['an unknown property', changed('</object>', property), both],
@@ -513,7 +508,7 @@ test('accounts are found, changed and saved', async (t) => {
     send(ann, 'deleteAllDownloadItems');
     equal([count(bob), send(item, 'path'), count(ann)], [0, null, 0]);
 
-    for (const isStored of [true, false]) {
+    for (const isStored of [false, true]) {
       send(bob, 'setPassword:storeInKeychain:', `stored: ${isStored}`, isStored);
       const inMemory = isStored ? {} : { 'bob@example.org': 'stored: false' };
       equal([send(bob, 'password'), get(transient, 'passwordsByAccount')], [`stored: ${isStored}`, inMemory]);
