@@ -1,7 +1,5 @@
 'use strict';
 
-// Changes of the main menu's items, and the reports that its menus open and close.
-
 const { test } = require('./support/node');
 const { scenarios } = require('./support');
 
@@ -78,10 +76,8 @@ inSession.test('titles reach the submenu, hidden items stay, other attributes ar
   equal(byPath([1, 0], { title: 5, visible: 'no', accelerator: 1, other: null }), 1);
   equal(mail().items[0], { title: 'New', key: 'n', modifiers: 0x100000, hidden: false });
   const refused = ['accelerator to 1', 'colour to red', 'other to <null>', 'title to 5', 'visible to no'];
-  equal(
-    errors().map((text) => text.replace(/0x[0-9a-f]+/, '0x')).sort(),
-    refused.map((each) => `<NSMenuItem: 0x> Cannot set menuItems item attribute ${each}`),
-  ); // prettier-ignore
+  const described = errors().map((text) => text.replace(/0x[0-9a-f]+/, '0x'));
+  equal(described.sort(), refused.map((each) => `<NSMenuItem: 0x> Cannot set menuItems item attribute ${each}`)); // prettier-ignore
 });
 
 test('a path of indices and titles leads to an item', async (t) => {
@@ -125,10 +121,7 @@ inSession.test('identifiers are collected once: the later of two wins, later ite
   menus.setMainMenu([{ title: applicationMenu, items: later }]);
   equal([byId(8, { title: 'x' }), byId(2, { title: 'y' }), mainMenu()[0].items[1].title], [0, 1, 'Same']);
   equal([byPath([0, 0], { title: 'z' }), errors()], [1, []]);
-});
-
-inSession.test('a new item at a hidden item’s address is visible', (fixture) => {
-  const { applicationMenu, byPath, equal, mainMenu, menus } = fixture;
+  // A new item at a hidden item’s address is visible.
   const items = Array.from({ length: 200 }, (_, i) => ({ title: `Item ${i}` }));
   for (let round = 0; round < 5; ++round) {
     menus.setMainMenu([{ title: applicationMenu, items }]);
@@ -161,10 +154,8 @@ inSession.test('menus report when they open and close, and may change then', asy
   const { systemWindow } = host.windowInfo(window);
   const moment = ['sleep', 0.2];
   // With the button held: whether a click keeps a menu open depends on how fast it is.
-  const [press, release] = [
-    ['mousedown', 1],
-    ['mouseup', 1],
-  ];
+  const press = ['mousedown', 1];
+  const release = ['mouseup', 1];
   const to = (x, y) => ['mousemove', '--window', systemWindow, x, y, ...moment];
   const hands = (...actions) => spawn('xdotool', actions.flat().map(String), { stdio: 'ignore' });
   const reports = [];

@@ -1,7 +1,5 @@
 'use strict';
 
-// The account menu as it is built, and the status item as it follows accounts, defaults and script.
-
 const { test } = require('./support/node');
 const { scenarios } = require('./support');
 
@@ -200,9 +198,9 @@ test('colours are six hexadecimal digits, and black where they are none', (t) =>
   return inSession.table(t, pairs, colorOf);
 });
 
-inSession.test('the item is there while there are accounts and the defaults allow it', async (fixture) => {
-  const { accounts, equal, hasItem, host, native } = fixture;
-  const steps = [
+inSession.test('the item is there while there are accounts, and follows the defaults and script', async (fixture) => {
+  const { accounts, assert, colorsOf, controller, equal, get, getAll, hasItem, host, native } = fixture;
+  const presence = [
     [() => {}, false],
     [() => native.setStatusItemTitle('3', false), false],
     [() => accounts(0), false],
@@ -220,14 +218,11 @@ inSession.test('the item is there while there are accounts and the defaults allo
     [() => accounts(1), true],
     [() => host.postNotification('TsNumberOfAccountsChanged', null, null), false],
   ];
-  for (const [step, isShown] of steps) {
+  for (const [step, isShown] of presence) {
     step();
     equal(hasItem(), isShown, `${step}`);
   }
-});
-
-inSession.test('icon, title and width follow script', async (fixture) => {
-  const { accounts, assert, colorsOf, controller, equal, get, getAll, host, native } = fixture;
+  // Icon, title and width follow script.
   accounts(1);
   native.setStatusItemTitle('3', false);
   const width = get(controller, 'statusItem.length') - 29;

@@ -1,8 +1,6 @@
 'use strict';
 
-// The status item in a real tray, its menu as a program on the bus reads it, and the Dock menu in a real launcher.
-
-const { assert, path, test } = require('./support/node');
+const { assert, test } = require('./support/node');
 const { scenarios, startBus, temporaryDirectory } = require('./support');
 
 const inSession = scenarios({
@@ -89,7 +87,7 @@ inSession.test('a program on the bus reads the item', async ({ assert, equal, na
 });
 
 inSession.test('a flood of requests leaves the event loop its turns', async (fixture) => {
-  const { account, assert, bus, contents, showItem } = fixture;
+  const { account, asked, assert, bus, call, contents, equal, eventually, layout, posted, showItem } = fixture;
   contents.accounts = Array.from({ length: 20 }, (_, id) => account(id, { count: 50, messages: 50 }));
   showItem(20);
   const ask = (method) => new Promise((resolve) => bus.callMenu(method, 0, resolve));
@@ -100,12 +98,9 @@ inSession.test('a flood of requests leaves the event loop its turns', async (fix
   turns.push(Date.now());
   const longest = Math.max(...turns.map((turn, index) => turn - (turns[index - 1] ?? turn)));
   assert.ok(longest < 1000, `${longest} ms`);
-});
-
-inSession.test('a row that a request names many times is shown and clicked once', async (fixture) => {
-  const { account, asked, call, contents, equal, eventually, layout, posted, showItem } = fixture;
+  // A row that a request names many times is shown and clicked once.
   contents.accounts = [account(1, { count: 1 })];
-  showItem();
+  await ask('AboutToShow');
   const [{ id }] = await layout();
   asked.length = 0;
   await call('AboutToShowGroup', 'ai', 200, Array(200).fill(0));
@@ -114,8 +109,8 @@ inSession.test('a row that a request names many times is shown and clicked once'
   equal([asked.length, posted.length], [1, 1]);
 });
 
-inSession.test('a program on the bus reads the menu: titles, marks, images, disabled rows', async (fixture) => {
-  const { account, asked, assert, call, contents, equal, host, layout, showItem } = fixture;
+inSession.test('a program on the bus reads the menu: titles, images and descriptions', async (fixture) => {
+  const { account, asked, assert, contents, equal, layout, showItem } = fixture;
   const read = async () =>
     (await layout()).map(({ id, 'icon-data': icon, ...row }) => {
       assert.ok(id > 0, `row ${id}`);
@@ -124,23 +119,17 @@ inSession.test('a program on the bus reads the menu: titles, marks, images, disa
   const commands = ['Get New Mail', 'Do Not Disturb', 'New Message'].map((label) => ({ label }));
   const separator = { type: 'separator' };
   const [first, second] = ['A__b', 'Account 2'].map((label) => ({ label, image: 'PNG' }));
-  host.setDefault('DoNotDisturb', true);
-  contents.accounts = [account(1, { count: 3, label: 'A_b' }), account(2, { signIn: true })];
+  contents.accounts = [account(1, { count: 3, label: 'A_b', messages: 1 }), account(2, { signIn: true })];
   showItem();
-  const mark = { 'toggle-type': 'checkmark', 'toggle-state': 1 };
-  const disturbed = [{ ...commands[0], enabled: false }, { ...commands[1], ...mark }]; // prettier-ignore
-  equal(await read(), [...disturbed, commands[2], separator, first, separator, second, { label: 'Sign In…' }]);
-  host.setDefault('DoNotDisturb', false);
-  contents.accounts[0] = account(1, { count: 3, label: 'A_b', messages: 1 });
-  await call('AboutToShow', 'i', 0);
   const text = 'Sender 1-0 - Subject 1-0';
   const message = { label: text, 'accessible-desc': `${text}, Snippet 1-0` };
-  equal((await read()).slice(0, 6), [...commands, separator, first, message]);
-  equal(asked, Array(2).fill(['status-item', true]));
+  equal(await read(), [...commands, separator, first, message, separator, second, { label: 'Sign In…' }]);
+  equal(asked, [['status-item', true]]);
 });
 
 inSession.test('rows keep their ids in a rebuilt menu, and only changes are announced', async (fixture) => {
-  const { account, assert, call, contents, equal, eventually, layout, message, showItem, watchSignals } = fixture;
+  const { account, assert, call, contents, equal, eventually } = fixture;
+  const { host, layout, message, showItem, values, watchSignals } = fixture;
   contents.accounts = [account(1, { count: 1, messages: 1 }), account(2)];
   showItem();
   const labelled = async () => (await layout()).filter(({ label }) => label);
@@ -163,35 +152,31 @@ inSession.test('rows keep their ids in a rebuilt menu, and only changes are anno
   contents.accounts.shift();
   equal((await rebuild(true))['Account 2'], first['Account 2']);
   await eventually(() => seen.length >= 3, 'the signals');
-  stop();
   const [[name, [[[id, { label }]], removed]], ...layouts] = seen;
   equal([name, id, label.data, removed], ['ItemsPropertiesUpdated', account1, 'Renamed', []]);
   equal(layouts.map(String), ['LayoutUpdated,2,0', 'LayoutUpdated,3,0']);
-});
-
-inSession.test('a mark is announced without a new layout', async (fixture) => {
-  const { call, equal, eventually, host, layout, showItem, values, watchSignals } = fixture;
-  showItem();
-  const [get, quiet] = (await layout()).map(({ id }) => id);
-  const { seen, stop } = await watchSignals();
+  // A mark is announced without a new layout.
+  const [get, quiet] = (await layout()).map((row) => row.id);
+  seen.length = 0;
   for (const value of [true, false]) {
     host.setDefault('DoNotDisturb', value);
     await call('AboutToShow', 'i', 0);
   }
-  const updates = () => seen.filter(([name]) => name === 'ItemsPropertiesUpdated').map(([, data]) => data);
+  const updates = () => seen.filter(([each]) => each === 'ItemsPropertiesUpdated').map(([, data]) => data);
   await eventually(() => updates().length === 2, 'the signals');
   stop();
   const mark = { 'toggle-type': 'checkmark', 'toggle-state': 1 };
-  const read = ([updated, removed]) => [updated.map(([id, all]) => [id, values(all)]), removed];
-  const [disturbed, normal] = updates().map(read);
+  const readUpdate = ([updated, gone]) => [updated.map(([row, all]) => [row, values(all)]), gone];
+  const [disturbed, normal] = updates().map(readUpdate);
   const [getLabel, quietLabel] = [{ label: 'Get New Mail' }, { label: 'Do Not Disturb' }]; // prettier-ignore
+  const noMarks = [[get, ['enabled']], [quiet, ['toggle-type', 'toggle-state']]]; // prettier-ignore
   equal(disturbed, [[[get, { ...getLabel, enabled: false }], [quiet, { ...quietLabel, ...mark }]], []]); // prettier-ignore
-  equal(normal[0], [[get, getLabel], [quiet, quietLabel]]); // prettier-ignore
-  equal(normal[1], [[get, ['enabled']], [quiet, ['toggle-type', 'toggle-state']]]); // prettier-ignore
+  equal(normal, [[[get, getLabel], [quiet, quietLabel]], noMarks]); // prettier-ignore
 });
 
-inSession.test('choosing rows over the bus', async (fixture) => {
-  const { account, assert, call, click, contents, equal, host, layout, posted, showItem } = fixture;
+inSession.test('rows are chosen over the bus, and may remove their own status item', async (fixture) => {
+  const { account, assert, busctl, call, click, contents, equal, eventually } = fixture;
+  const { host, layout, own, posted, showItem } = fixture;
   host.setDefault('DoNotDisturb', false);
   contents.accounts = [account('a b', { messages: 1 }), account(2, { signIn: true })];
   showItem();
@@ -216,53 +201,43 @@ inSession.test('choosing rows over the bus', async (fixture) => {
     ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 2 }],
     [compose, null],
   ]);
-});
-
-inSession.test('a row may remove its own status item', async (fixture) => {
-  const { busctl, click, eventually, host, layout, own, showItem } = fixture;
-  showItem();
-  host.on('notification', ({ name }) => name === 'TsComposeNewMessageNotification' && showItem(0));
+  host.on('notification', ({ name }) => name === compose && showItem(0));
   await click((await layout())[2].id);
   await eventually(async () => !(await busctl('list')).some(({ name }) => name === own), 'the name to go');
 });
 
-test('the item appears in a tray that starts later, or again, and leaves it', async (t) => {
-  const work = async ({ equal, eventually, isInTray, openPanel, showItem, trayItems }, directory) => {
-    showItem();
-    equal(await trayItems(), []);
-    for (const isLast of [false, true]) {
-      const panel = openPanel(directory);
-      await eventually(isInTray, 'the item in the tray');
-      if (isLast) showItem(0);
-      if (isLast) await eventually(async () => !(await isInTray()), 'the item to leave');
-      await panel.stop();
-    }
-  };
-  await inSession(t, work, temporaryDirectory(t));
+inSession.test('the item appears in a tray that starts later, or again, and leaves it', async (fixture) => {
+  const { equal, eventually, home, isInTray, openPanel, showItem, trayItems } = fixture;
+  showItem();
+  equal(await trayItems(), []);
+  for (const isLast of [false, true]) {
+    const panel = openPanel(home);
+    await eventually(isInTray, 'the item in the tray');
+    if (isLast) showItem(0);
+    if (isLast) await eventually(async () => !(await isInTray()), 'the item to leave');
+    await panel.stop();
+  }
 });
 
-test('a launcher shows the menu, follows its changes and chooses rows', async (t) => {
-  const work = async ({ account, asked, contents, equal, events, eventually, host, load, native }, directory) => {
-    contents.accounts = [account(1, { count: 3 })];
-    native.setStatusItemTitle('3', false);
-    equal(asked, []);
-    const launcher = new (load('host/desktop/launcher'))(directory);
-    await eventually(() => asked.length === 1, 'the launcher to read the menu');
-    contents.accounts = [account(2, { signIn: true })];
-    native.setStatusItemTitle('4', true);
-    native.setStatusItemTitle('5', true);
-    await eventually(() => asked.length === 2, 'the menu to be asked for again');
-    const isOpen = () => eventually(() => launcher.isMenuOpen(), 'it', 1000).catch(() => false);
-    await eventually(() => launcher.openMenu().then(isOpen), 'the menu');
-    const chosen = events.once(host, 'notification', { signal: AbortSignal.timeout(10000) });
-    await launcher.press('Up', 'Return');
-    const [{ name, userInfo }] = await chosen;
-    await launcher.stop();
-    return { name, userInfo, asked };
-  };
-  const { name, userInfo, asked } = await inSession(t, work, temporaryDirectory(t));
-  assert.deepStrictEqual([name, userInfo], ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 2 }]);
-  assert.deepStrictEqual(asked, Array(2).fill(['dock', false]));
+inSession.test('a launcher shows the menu, follows its changes and chooses rows', async (fixture) => {
+  const { account, asked, contents, equal, events, eventually, home, host, load, native } = fixture;
+  contents.accounts = [account(1, { count: 3 })];
+  native.setStatusItemTitle('3', false);
+  equal(asked, []);
+  const launcher = new (load('host/desktop/launcher'))(home);
+  await eventually(() => asked.length === 1, 'the launcher to read the menu');
+  contents.accounts = [account(2, { signIn: true })];
+  native.setStatusItemTitle('4', true);
+  native.setStatusItemTitle('5', true);
+  await eventually(() => asked.length === 2, 'the menu to be asked for again');
+  const isOpen = () => eventually(() => launcher.isMenuOpen(), 'it', 1000).catch(() => false);
+  await eventually(() => launcher.openMenu().then(isOpen), 'the menu');
+  const chosen = events.once(host, 'notification', { signal: AbortSignal.timeout(10000) });
+  await launcher.press('Up', 'Return');
+  const [{ name, userInfo }] = await chosen;
+  await launcher.stop();
+  equal([name, userInfo], ['TsOpenOAuthWindowForAccountNotification', { 'account-db-id': 2 }]);
+  equal(asked, Array(2).fill(['dock', false]));
 });
 
 test('the item returns with the bus', async (t) => {
@@ -298,15 +273,12 @@ test('the process may exit in the turn in which the item is removed, and in a cl
   assert.deepStrictEqual([removed.code, clicked.code], [7, 8], removed.stderr + clicked.stderr);
 });
 
-test('without a bus the item exists, and only a log line says that it waits', async (t) => {
-  const env = { DBUS_SESSION_BUS_ADDRESS: `unix:path=${path.join(temporaryDirectory(t), 'none')}` };
-  const state = await inSession.with({ env })(t, ({ captureLog, get, host, log, native, sendMessage, showItem }) => {
-    captureLog();
-    showItem();
-    native.setStatusItemTitle('3', false);
-    host.setKeepAlive(false);
-    return [get(sendMessage('TsStatusItemController', 'sharedInstance'), 'statusItem.title'), log()];
-  });
-  const waiting = 'The desktop shows no status items yet; the status item appears when it does';
-  assert.deepStrictEqual(state, ['3', [waiting]]);
+const withoutBus = inSession.with({ env: { DBUS_SESSION_BUS_ADDRESS: 'unix:path=/nonexistent/bus' } });
+withoutBus.test('without a bus the item exists, and only a log line says that it waits', (fixture) => {
+  const { captureLog, equal, get, log, native, sendMessage, showItem } = fixture;
+  captureLog();
+  showItem();
+  native.setStatusItemTitle('3', false);
+  equal(get(sendMessage('TsStatusItemController', 'sharedInstance'), 'statusItem.title'), '3');
+  equal(log(), ['The desktop shows no status items yet; the status item appears when it does']);
 });

@@ -15,17 +15,13 @@ namespace {
 Ref<NSMenu> MakeMenu(NSString* title, NSArray* items) {
   auto menu = Adopt([[NSMenu alloc] initWithTitle:title]);
   [menu setMenuChangedMessagesEnabled:NO];
-  for (NSDictionary* description in items) {
-    NSString* key = [description objectForKey:@"key"];
-    auto item = Adopt([[NSMenuItem alloc] initWithTitle:[description objectForKey:@"title"]
-                                                 action:@selector(performCommand:)
-                                          keyEquivalent:key != nil ? key : @""]);
-    [item setKeyEquivalentModifierMask:[[description objectForKey:@"modifiers"] unsignedIntegerValue]];
-    if (id commandId = [description objectForKey:@"commandId"]) [item setRepresentedObject:@{@"commandId" : commandId}];
-    [menu addItem:item];
-    if (id nested = [description objectForKey:@"items"]) {
-      [menu setSubmenu:MakeMenu([description objectForKey:@"title"], nested) forItem:item];
-    }
+  for (NSDictionary* each in items) {
+    NSString* name = [each objectForKey:@"title"];
+    NSString* key = [each objectForKey:@"key"];
+    id item = [menu addItemWithTitle:name action:@selector(performCommand:) keyEquivalent:key != nil ? key : @""];
+    [item setKeyEquivalentModifierMask:[[each objectForKey:@"modifiers"] unsignedIntegerValue]];
+    if (id commandId = [each objectForKey:@"commandId"]) [item setRepresentedObject:@{@"commandId" : commandId}];
+    if (id nested = [each objectForKey:@"items"]) [menu setSubmenu:MakeMenu(name, nested) forItem:item];
   }
   [menu setMenuChangedMessagesEnabled:YES];
   return menu;
@@ -41,15 +37,11 @@ id shortcutTexts() {
   return texts;
 }
 
-// ---- Keys
-
 bool processKey(NSEvent* event) { return ProcessKeyboardEvent(event); }
 
 void processModifiers(NSEvent* event) { ProcessKeyboardModifierKeysEvent(event); }
 
 id menuEventDescription(NSEvent* event) { return TsMenuEventDescription(event); }
-
-// ---- The patch
 
 NSInteger ReturnSeven(id, SEL) { return 7; }
 
@@ -58,8 +50,6 @@ bool replaceMethod(NSString* className, NSString* selector, NSString* alias) {
   return TsReplaceMethod(NSClassFromString(className), NSSelectorFromString(selector), NSSelectorFromString(alias),
                          reinterpret_cast<IMP>(ReturnSeven)) != nullptr;
 }
-
-// ---- Pasting
 
 bool hasFiles(NSString* type) { return hasFilesInPasteboard(type); }
 

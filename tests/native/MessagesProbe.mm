@@ -108,14 +108,12 @@ NSString* NameOf(NSColor* color) {
                                     byte([color blueComponent])];
 }
 
-// The colours of a picture's or a view's pixels, in hexadecimal or "clear", with the number of the pixels.
-id colorsOf(id drawn) {
-  NSView* view = As<NSView>(drawn);
-  const NSRect bounds = {NSZeroPoint, view != nil ? [view bounds].size : [drawn size]};
+// The colours of a picture's pixels, in hexadecimal or "clear", with the number of the pixels.
+id colorsOf(NSImage* image) {
+  const NSRect bounds = {NSZeroPoint, [image size]};
   const auto canvas = Adopt([[NSImage alloc] initWithSize:bounds.size]);
   [canvas lockFocus];
-  [view drawRect:bounds];
-  if (view == nil) [drawn drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
+  [image drawAtPoint:NSZeroPoint fromRect:NSZeroRect operation:NSCompositeSourceOver fraction:1];
   const auto pixels = Adopt([[NSBitmapImageRep alloc] initWithFocusedViewRect:bounds]);
   [canvas unlockFocus];
   NSCountedSet* colors = [NSCountedSet set];

@@ -12,12 +12,9 @@ const keyCodes = { d: 40, n: 57, comma: 59, space: 65, up: 111, left: 113, right
 
 /** Makes an event: of the mouse, or of a key, which is a press unless said otherwise. Synthetic ones have no place. */
 const eventsWith = (send) =>
-  function event(
-    modifiers,
-    { type = 10, keyCode = keyCodes.n, ignoring = 'n', characters = ignoring, isSynthetic } = {},
-  ) {
+  function event(flags, { type = 10, keyCode = keyCodes.n, ignoring = 'n', characters = ignoring, isSynthetic } = {}) {
     const message = 'location:modifierFlags:timestamp:windowNumber:context:';
-    const start = [type, isSynthetic ? [0, 0] : [5, 1], modifiers, 0, 0, null];
+    const start = [type, isSynthetic ? [0, 0] : [5, 1], flags, 0, 0, null];
     if (type === 1)
       return send('NSEvent', `mouseEventWithType:${message}eventNumber:clickCount:pressure:`, ...start, 0, 1, 0);
     const keys = 'characters:charactersIgnoringModifiers:isARepeat:keyCode:';
