@@ -30,25 +30,13 @@ int compareVersions(std::string left, std::string right) {
 
 bool isTrustworthyAddress(std::string address) { return platform::IsTrustworthyAddress(address); }
 
-platform::UpdateSettings Settings(std::string current, std::string system, std::string channel) {
-  return {std::move(current), std::move(system), std::move(channel), {"linux", {"de", "en"}}, "3.7"};
-}
-
-const char* Name(const std::optional<platform::Unsuitable>& judgement) {
-  // In the order of their declaration.
-  static constexpr const char* kNames[] = {"no version",    "not newer",      "skipped",
-                                           "other system",  "system too old", "system too new",
-                                           "other channel", "no file",        "not signed"};
-  return judgement ? kNames[static_cast<std::size_t>(*judgement)] : "suitable";
-}
-
-// {judgements, versions, update, url, length}, or the reason, a text.
+// {judgements, versions, update, url, length}, or the reason, a text. The judgement on a suitable item is -1.
 id decide(std::string_view feed, std::string current, std::string system, std::string channel) {
-  const auto decision = platform::DecideUpdate(feed, Settings(current, system, channel));
+  const auto decision = platform::DecideUpdate(feed, {current, system, channel, {"linux", {"de", "en"}}, "3.7"});
   if (!decision) return TsNSString(decision.error().message);
   NSMutableArray* judgements = [NSMutableArray array];
   NSMutableArray* versions = [NSMutableArray array];
-  for (const auto& each : decision->judgements) [judgements addObject:TsNSString(Name(each))];
+  for (const auto& each : decision->judgements) [judgements addObject:@(each ? static_cast<int>(*each) : -1)];
   for (const auto& each : decision->items) [versions addObject:TsNSString(each.version)];
   NSMutableDictionary* answer =
       [NSMutableDictionary dictionaryWithObjectsAndKeys:judgements, @"judgements", versions, @"versions", nil];
@@ -59,8 +47,6 @@ id decide(std::string_view feed, std::string current, std::string system, std::s
   }
   return answer;
 }
-
-// ---- Crashes
 
 id readCrashRecord(std::string_view record) {
   auto event = platform::ReadCrashRecord(record);

@@ -40,7 +40,12 @@ function makeAppImage(version, contents = '', { machine = process.arch === 'arm6
   return Buffer.concat([header, ...sections, ...texts, Buffer.from(contents)]);
 }
 
-const quoted = (text) => JSON.stringify(String(text));
+/** The texts of the entries that have a value. */
+const textOf = (all, format) =>
+  Object.entries(all)
+    .filter(([, value]) => value !== undefined)
+    .map(format)
+    .join('');
 
 /** Writes an application's bundle into `directory`; what is not given is not in its information. Gives its path. */
 function makeBundle(directory, { version, shortVersion, feed, publicKey } = {}) {
@@ -54,31 +59,18 @@ function makeBundle(directory, { version, shortVersion, feed, publicKey } = {}) 
     SUFeedURL: feed,
     SUPublicEDKey: publicKey,
   };
-  const lines = Object.entries(information)
-    .filter(([, value]) => value !== undefined)
-    .map(([key, value]) => `  ${key} = ${quoted(value)};`);
+  const text = textOf(information, ([key, value]) => `  ${key} = ${JSON.stringify(value)};\n`);
   fs.mkdirSync(path.join(bundle, 'Resources'), { recursive: true });
   fs.writeFileSync(path.join(bundle, 'TessaroHost'), '');
-  fs.writeFileSync(path.join(bundle, 'Resources', 'Info-gnustep.plist'), `{\n${lines.join('\n')}\n}\n`);
+  fs.writeFileSync(path.join(bundle, 'Resources', 'Info-gnustep.plist'), `{\n${text}}\n`);
   return bundle;
 }
 
-const attributes = (all) =>
-  Object.entries(all)
-    .filter(([, value]) => value !== undefined)
-    .map(([name, value]) => ` ${name}="${value}"`)
-    .join('');
-
 /** An item of a feed. `inside` is further XML. */
 function item({ version, url, signature, length, os, title = `Version ${version}`, inside = '' }) {
-  const enclosure = attributes({
-    url,
-    length,
-    type: 'application/octet-stream',
-    'sparkle:version': version,
-    'sparkle:edSignature': signature,
-    'sparkle:os': os,
-  });
+  const ours = { 'sparkle:version': version, 'sparkle:edSignature': signature, 'sparkle:os': os };
+  const attributes = { url, length, type: 'application/octet-stream', ...ours };
+  const enclosure = textOf(attributes, ([name, value]) => ` ${name}="${value}"`);
   return `<item><title>${title}</title>${inside}<enclosure${enclosure}/></item>`;
 }
 
