@@ -1,7 +1,5 @@
 'use strict';
 
-// Recipients as text, groups of the address book, and the picker with real clicks.
-
 const { assert, fs, test } = require('./support/node');
 const { eventually, scenarios, temporaryDirectory } = require('./support');
 const { startPerson } = require('./support/dialogs');

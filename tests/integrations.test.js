@@ -24,8 +24,6 @@ async function startAmong(t, applications) {
   return { call, tell: (...scenario) => resident.tell(...scenario), log: () => resident.tell(({ log }) => log()) };
 }
 
-// ---- Clipping
-
 test('installedClipperApps names the installed applications in a fixed order', async (t) => {
   const applications = new Applications(t);
   const { call } = await startAmong(t, applications);
@@ -70,15 +68,12 @@ test('task managers get their URL as one argument, escaped, without "(null)" for
   }
 });
 
-test('clipping to the clipboard copies a Markdown document', async (t) => {
-  const { call } = await startAmong(t, new Applications(t));
+test('clipping to the clipboard copies a Markdown document, unknown targets and odd pages are logged', async (t) => {
+  const { call, log, tell } = await startAmong(t, new Applications(t));
   await call('clipPage', 'clipboard', { title: 'T', account: 'A', html: '  x\n ', url: 'U', 'web-url': 'W' });
   const read = () => run('xclip', ['-selection', 'clipboard', '-o']).catch(() => null);
   await eventually(async () => (await read()) === '# T [A]\n\nx\n\n- <U>\n- <W>', 'the document is on the clipboard');
-});
 
-test('unknown targets and odd pages are logged', async (t) => {
-  const { log, tell } = await startAmong(t, new Applications(t));
   await tell(({ native }, page) => {
     const thrower = { get title() { throw new Error('no'); }, html: 5, attachments: [null, {}, Symbol.iterator] }; // prettier-ignore
     native.clipPage('Evernote', page);
@@ -103,9 +98,6 @@ test('unknown targets and odd pages are logged', async (t) => {
   await eventually(isLogged, expected.join('; '));
 });
 
-// ---- Applications that are scripted
-
-/** Starts an application that writes the messages it gets to a file. */
 async function startStandIn(t, applications, identifier) {
   const record = path.join(applications.home, 'messages.json');
   applications.add(identifier);
@@ -226,8 +218,6 @@ test('printing opens a viewer, and never prints without a dialog', async (t) => 
   for (const name of ['lp', 'lpr']) assert.ok(!fs.existsSync(applications.recordOf(name)), name);
 });
 
-// ---- HTML and archives
-
 const withoutDisplay = scenarios();
 
 withoutDisplay.test('HTML is converted to plain text', ({ equal, integrations }) => {
@@ -251,17 +241,15 @@ withoutDisplay.test('HTML is converted to plain text', ({ equal, integrations })
 
 test('hostile archives write nothing outside of their folder, and end at a limit', async (t) => {
   const folder = temporaryDirectory(t);
-  writeArchives(
-    folder,
-    `link = zipfile.ZipInfo('link'); link.external_attr = 0o120777 << 16; link.create_system = 3
+  const hostile = `link = zipfile.ZipInfo('link'); link.external_attr = 0o120777 << 16; link.create_system = 3
 make('up.zip', [('../up.txt', 'x'), ('a/../../up2.txt', 'x'), ('/tmp/ts-absolute.txt', 'x'), ('in.txt', 'y')])
 make('link.zip', [(link, '/tmp'), ('link/ts-through.txt', 'x')])
 make('many.zip', [(str(i), '') for i in range(10050)])
 make('bomb.zip', [(str(i), b'\\0' * (200 << 20)) for i in range(6)])
 open('damaged.zip', 'wb').write(open('up.zip', 'rb').read()[:60])
 make('whole.zip', [(zipfile.ZipInfo('in.txt'), 'content')])
-open('changed.zip', 'wb').write(open('whole.zip', 'rb').read().replace(b'content', b'changed'))`,
-  );
+open('changed.zip', 'wb').write(open('whole.zip', 'rb').read().replace(b'content', b'changed'))`;
+  writeArchives(folder, hostile);
   const rows = ['up', 'link', 'many', 'bomb', 'changed', 'damaged', 'missing'].map((name, i) => [name, i < 2]);
   const unpack = ({ integrations }, name, within) =>
     integrations.unpackZip(`${within}/${name}.zip`, `${within}/out/${name}`);
@@ -271,8 +259,6 @@ open('changed.zip', 'wb').write(open('whole.zip', 'rb').read().replace(b'content
   assert.deepStrictEqual(fs.readdirSync(path.join(folder, 'out', 'changed')), []);
   for (const file of ['/tmp/ts-absolute.txt', '/tmp/ts-through.txt']) assert.ok(!fs.existsSync(file));
 });
-
-// ---- The PDF entry and Timing
 
 const withHost = scenarios({ display: true, fixture: ({ captureLog }) => captureLog() ?? {} });
 

@@ -1,7 +1,5 @@
 'use strict';
 
-// The look of the module's windows follows the desktop, and every window works by keyboard alone.
-
 const sharp = require('sharp');
 const { assert, execFileSync, fs, os, path, spawn, test } = require('./support/node');
 const { eventually, hasPassed, root, scenarios, temporaryDirectory, useSession } = require('./support');
@@ -13,6 +11,7 @@ const background = { light: 'fafafa', dark: '2b2b2b' };
 const accent = '3584e4';
 
 const inSession = () => ({ env: { ...process.env, ...session.env }, timeout: 20000 });
+const run = (program, ...args) => execFileSync(program, args, inSession());
 
 /** The colours, the font and the scale that windows have now. */
 const lookOf = (person) =>
@@ -32,7 +31,6 @@ const lookOf = (person) =>
     };
   });
 
-/** Waits until the look has these values. */
 const becomes = (person, expected) =>
   eventually(async () => {
     const look = await lookOf(person);
@@ -106,11 +104,9 @@ test('the settings portal decides on darkness, and names the accent colour', asy
 
 test('the real settings portal is followed', async (t) => {
   const person = await startPerson(t);
-  const set = (key, value) =>
-    execFileSync('gsettings', ['set', 'org.gnome.desktop.interface', key, value], inSession());
-  const start =
-    'call org.freedesktop.DBus / org.freedesktop.DBus StartServiceByName su org.freedesktop.portal.Desktop 0';
-  execFileSync('busctl', ['--user', ...start.split(' ')], inSession());
+  const set = (...setting) => run('gsettings', 'set', 'org.gnome.desktop.interface', ...setting);
+  const start = ['StartServiceByName', 'su', 'org.freedesktop.portal.Desktop', '0'];
+  run('busctl', '--user', 'call', 'org.freedesktop.DBus', '/', 'org.freedesktop.DBus', ...start);
   set('color-scheme', 'prefer-dark');
   set('font-name', 'DejaVu Sans Mono 9');
   await becomes(person, { background: background.dark, font: 'DejaVu Sans Mono 12' });
@@ -149,7 +145,7 @@ test('a theme that the user has chosen is left alone', async (t) => {
 async function darkColumns(t, [x, y, width, height]) {
   const file = path.join(temporaryDirectory(t), 'row.png');
   const area = `${width}x${height}+${Math.round(x)}+${Math.round(y)}`;
-  execFileSync('import', ['-window', 'root', '-crop', area, file], inSession());
+  run('import', '-window', 'root', '-crop', area, file);
   const pixels = [...(await sharp(file).greyscale().raw().toBuffer())];
   return pixels.flatMap((shade, column) => (shade < 160 && !(pixels[column - 1] < 160) ? [column] : []));
 }
@@ -167,10 +163,9 @@ test('an alert has the desktop’s colours', async (t) => {
     send(send(alert, 'window'), 'makeKeyAndOrderFront:', null);
   });
   const id = await person.onDisplay('Alert');
-  const coloursOf = () =>
-    execFileSync('import', ['-window', id, '-depth', '8', '-format', '%c', 'histogram:info:'], inSession());
   await eventually(() => {
-    const counts = [...String(coloursOf()).matchAll(/(\d+):.*#(\w{6})/g)].map(([, count, hex]) => [hex, Number(count)]);
+    const histogram = run('import', '-window', id, '-depth', '8', '-format', '%c', 'histogram:info:');
+    const counts = [...String(histogram).matchAll(/(\d+):.*#(\w{6})/g)].map(([, count, hex]) => [hex, Number(count)]);
     const share = (hex) => (new Map(counts).get(hex.toUpperCase()) ?? 0) / counts.reduce((sum, [, n]) => sum + n, 0);
     return share(background.dark) > 0.6 && share(accent) > 0.02;
   }, 'a dark alert with a default button');
@@ -192,8 +187,6 @@ test('scaled text is spaced evenly', async (t) => {
   const gaps = strokes.slice(1).map((column, index) => column - strokes[index]);
   assert.ok(Math.max(...gaps) - Math.min(...gaps) <= 1, gaps.join());
 });
-
-// ---- The keyboard
 
 const contacts = JSON.stringify({
   'window-title': 'Recipients',
@@ -284,8 +277,6 @@ for (const { title, open, argument, stops, cancel = 'Escape', accepted, cancelle
   });
 }
 
-// ---- Sizes
-
 const reopened = windows.filter(({ cancelled }) => cancelled === undefined);
 
 test('a window that is opened again, in another look, is as large as before and drawn whole', async (t) => {
@@ -294,10 +285,8 @@ test('a window that is opened again, in another look, is as large as before and 
   const edges = async (id) => {
     const size = (await person.xdotool('getwindowgeometry', id)).match(/\d+x\d+/)[0];
     const pixel = ['-crop', '1x1+3+3', '-depth', '8', 'rgb:-'];
-    const corners = ['NorthEast', 'SouthEast'].map((gravity) =>
-      execFileSync('import', ['-window', id, '-gravity', gravity, ...pixel], inSession()).toString('hex'),
-    );
-    return [size, ...corners];
+    const colourOf = (gravity) => run('import', '-window', id, '-gravity', gravity, ...pixel).toString('hex');
+    return [size, ...['NorthEast', 'SouthEast'].map(colourOf)];
   };
   const sizes = [];
   for (const look of ['light', 'dark']) {
@@ -327,12 +316,11 @@ test('windows have the size again that the user has given them', async (t) => {
       await person.tell(open, argument);
       const { size } = await person.window(title, () => true);
       if (isFirst) {
-        const [width, height] = [Math.round(size[0]) + 60, Math.round(size[1]) + 40];
-        await person.xdotool('windowsize', await person.onDisplay(title), width, height);
-        const larger = await person.window(title, (window) => window.size[0] > size[0] && window.size[1] > size[1]);
-        given[title] = larger.size;
-      }
-      if (!isFirst) assert.deepStrictEqual(size, given[title], title);
+        const larger = size.map((length) => Math.round(length) + 50);
+        await person.xdotool('windowsize', await person.onDisplay(title), larger);
+        const isLarger = (window) => window.size.every((length, i) => length > size[i]);
+        given[title] = (await person.window(title, isLarger)).size;
+      } else assert.deepStrictEqual(size, given[title], title);
       await person.closeWindow(title);
     }
     await person.tell(({ native }) => native.synchronizeUserDefaults());

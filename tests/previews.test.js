@@ -1,10 +1,8 @@
 'use strict';
 
-// Previews of files, and the panel that shows them.
-
 const sharp = require('sharp');
 const { assert, fs, path, test } = require('./support/node');
-const { scenarios, serve, temporaryDirectory, temporaryFiles } = require('./support');
+const { scenarios, serve, temporaryFiles } = require('./support');
 
 const plain = scenarios();
 const inWindows = scenarios({
@@ -36,26 +34,24 @@ const svg = (contents, size = 'width="200" height="100"') =>
   `<svg xmlns="http://www.w3.org/2000/svg" xmlns:xlink="http://www.w3.org/1999/xlink" ${size}>${contents}</svg>`;
 
 /** Makes a preview for each [file, size, folder]: the calls of the callbacks, and the number of warnings. */
-const preview = (t, calls) =>
-  plain(
-    t,
-    async ({ captureLog, eventually, log, native, nextTurn }, all) => {
-      captureLog();
-      const answers = all.map(() => []);
-      let inside = true;
-      all.forEach((args, i) =>
-        native.generatePreview(...args, function (...values) {
-          answers[i].push([inside, this === null || this === globalThis, ...values]);
-        }),
-      );
-      inside = false;
-      await eventually(() => answers.every((each) => each.length > 0), 'all previews');
-      // A second call would come in one of the next turns.
-      for (let i = 0; i < 20; ++i) await nextTurn();
-      return { answers, warnings: log(2).length };
-    },
-    calls,
-  );
+function preview(t, calls) {
+  const makeEach = async ({ captureLog, eventually, log, native, nextTurn }, all) => {
+    captureLog();
+    const answers = all.map(() => []);
+    let inside = true;
+    all.forEach((args, i) =>
+      native.generatePreview(...args, function (...values) {
+        answers[i].push([inside, this === null || this === globalThis, ...values]);
+      }),
+    );
+    inside = false;
+    await eventually(() => answers.every((each) => each.length > 0), 'all previews');
+    // A second call would come in one of the next turns.
+    for (let i = 0; i < 20; ++i) await nextTurn();
+    return { answers, warnings: log(2).length };
+  };
+  return plain(t, makeEach, calls);
+}
 
 test('the preview of an image, a PDF or a text is a PNG of the size, delivered once on a later turn', async (t) => {
   const { at, write } = temporaryFiles(t);
@@ -95,10 +91,8 @@ test('the preview of an image, a PDF or a text is a PNG of the size, delivered o
 test('previews of one image are the same', async (t) => {
   const { at } = temporaryFiles(t);
   const image = path.join(__dirname, '..', 'docs', 'images', 'tour.png');
-  const { answers } = await preview(
-    t,
-    Array.from({ length: 12 }, (_, i) => [image, 640, at(`${i}`)]),
-  );
+  const calls = Array.from({ length: 12 }, (_, i) => [image, 640, at(`${i}`)]);
+  const { answers } = await preview(t, calls);
   const [first, ...others] = answers.map(([[, , picture]]) => fs.readFileSync(picture));
   assert.ok(others.every((each) => each.equals(first)));
 });
@@ -170,64 +164,60 @@ test('without a preview the callback receives null', async (t) => {
   assert.deepStrictEqual(fs.existsSync(at('p')) ? fs.readdirSync(at('p')) : [], []);
 });
 
-// ---- The panel
-
-test('the panel shows the preview; keys and buttons change the file; the callback runs once at its end', async (t) => {
-  const folder = temporaryDirectory(t);
-  const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => path.join(folder, name));
-  const contents = ['a text', svg('<rect width="200" height="100" fill="#fe0102"/>'), '\0\x01'];
-  files.forEach((file, index) => fs.writeFileSync(file, contents[index]));
-  const scenario = async (fixture, paths, screen) => {
-    const { attempt, clickUntil, eventually, keyUntil, native, nextTurn, open, run, search, shown } = fixture;
-    const closed = [];
-    native.quickLook(await open({ title: 'First' }), JSON.stringify(paths), 0, (...args) => closed.push(args));
-    const panel = await shown('one.txt');
-    await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
-    const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
-    await eventually(async () => {
-      await attempt('import', '-window', panel, screen);
-      return (await attempt('convert', screen, middle))?.startsWith('FE0102');
-    }, 'the picture');
-    const press = async (x, name) => {
-      const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
-      await clickUntil(panel, [x, height - 22], () => search(name), name);
-    };
-    await press(70, 'three.bin');
-    await run('xdotool', 'key', 'Right');
-    await press(30, 'two.svg');
-    await keyUntil(panel, 'Left', () => search('one.txt'), 'the first');
-    await keyUntil(panel, 'Escape', async () => !(await search('one.txt')), 'its end');
-    await eventually(() => closed.length > 0, 'the callback');
-    for (let i = 0; i < 50; ++i) await nextTurn();
-    return closed;
+inWindows.test('the panel shows the preview, keys and buttons change the file', async (fixture) => {
+  const { attempt, clickUntil, equal, eventually, fs, home, keyUntil } = fixture;
+  const { native, nextTurn, open, run, search, shown } = fixture;
+  const files = ['one.txt', 'two.svg', 'three.bin'].map((name) => `${home}/${name}`);
+  const screen = `${home}/screen.png`;
+  const drawing = '<rect width="200" height="100" fill="#fe0102"/>';
+  const svg = `<svg xmlns="http://www.w3.org/2000/svg" width="200" height="100">${drawing}</svg>`;
+  ['a text', svg, '\0\x01'].forEach((contents, i) => fs.writeFileSync(files[i], contents));
+  const closed = [];
+  native.quickLook(await open({ title: 'First' }), JSON.stringify(files), 0, (...args) => closed.push(args));
+  const panel = await shown('one.txt');
+  await keyUntil(panel, 'Right', () => search('two.svg'), 'the second');
+  const middle = ['-gravity', 'center', '-crop', '1x1+0+0', '-format', '%[hex:p{0,0}]', 'info:'];
+  await eventually(async () => {
+    await attempt('import', '-window', panel, screen);
+    return (await attempt('convert', screen, middle))?.startsWith('FE0102');
+  }, 'the picture');
+  const press = async (x, name) => {
+    const [, height] = (await run('xdotool', 'getwindowgeometry', '--shell', panel)).match(/HEIGHT=(\d+)/);
+    await clickUntil(panel, [x, height - 22], () => search(name), name);
   };
-  const closed = await inWindows(t, scenario, files, path.join(folder, 'screen.png'));
-  assert.deepStrictEqual(closed, [[files[0]]]);
+  await press(70, 'three.bin');
+  await run('xdotool', 'key', 'Right');
+  await press(30, 'two.svg');
+  await keyUntil(panel, 'Left', () => search('one.txt'), 'the first');
+  await keyUntil(panel, 'Escape', async () => !(await search('one.txt')), 'its end');
+  await eventually(() => closed.length > 0, 'the callback');
+  for (let i = 0; i < 50; ++i) await nextTurn();
+  // The callback runs once.
+  equal(closed, [[files[0]]]);
 });
 
-inWindows.test(
-  'a second request or the end of its window closes the panel; without window or files it never opens',
-  async ({ equal, eventually, fs, home, host, native, open, shown }) => {
-    const files = ['one.txt', 'two.txt'].map((name) => `${home}/${name}`);
-    for (const file of files) fs.writeFileSync(file, 'a text');
-    const ends = [];
-    const look = (name, window, paths, index) =>
-      native.quickLook(window, paths, index, (path) => ends.push([name, path]));
-    const both = JSON.stringify(files);
-    const window = await open({ title: 'First' });
-    look('first', window, both, 1);
-    await shown('two.txt');
-    look('again', window, both, 99);
-    await shown('one.txt');
-    host.closeWindow(window);
-    await eventually(() => ends.length === 2, 'both ends');
-    equal(ends.splice(0).flat(), ['first', files[1], 'again', files[0]]);
-    look(0, window, both, 0);
-    look(1, {}, both, 0);
-    const other = await open({ title: 'Second' });
-    ['[]', '{}', 'no JSON', '[1, null]'].forEach((paths, i) => look(2 + i, other, paths, 0));
-    await eventually(() => ends.length === 6, 'all ends');
-    const unopened = Array.from({ length: 6 }, (_, i) => [i, null]);
-    equal(ends, unopened);
-  },
-);
+inWindows.test('a second request or the end of its window closes the panel', async (fixture) => {
+  const { equal, eventually, fs, home, host, native, open, shown } = fixture;
+  const files = ['one.txt', 'two.txt'].map((name) => `${home}/${name}`);
+  for (const file of files) fs.writeFileSync(file, 'a text');
+  const ends = [];
+  const look = (name, window, paths, index) =>
+    native.quickLook(window, paths, index, (path) => ends.push([name, path]));
+  const both = JSON.stringify(files);
+  const window = await open({ title: 'First' });
+  look('first', window, both, 1);
+  await shown('two.txt');
+  look('again', window, both, 99);
+  await shown('one.txt');
+  host.closeWindow(window);
+  await eventually(() => ends.length === 2, 'both ends');
+  equal(ends.splice(0).flat(), ['first', files[1], 'again', files[0]]);
+  // Without a window or files the panel never opens.
+  look(0, window, both, 0);
+  look(1, {}, both, 0);
+  const other = await open({ title: 'Second' });
+  ['[]', '{}', 'no JSON', '[1, null]'].forEach((paths, i) => look(2 + i, other, paths, 0));
+  await eventually(() => ends.length === 6, 'all ends');
+  const unopened = Array.from({ length: 6 }, (_, i) => [i, null]);
+  equal(ends, unopened);
+});

@@ -3,7 +3,6 @@
 const { assert, execFileSync, fs, path, test } = require('./support/node');
 const { eventually, scenarios, temporaryDirectory, temporaryFiles } = require('./support');
 
-/** Scenarios in a home that several processes share, and its files. */
 function inHome(t) {
   const { folder: home, at, write } = temporaryFiles(t);
   const env = { XDG_CONFIG_HOME: at('config'), XDG_CONFIG_DIRS: at('xdg'), XDG_CURRENT_DESKTOP: 'Test:XFCE' };
@@ -11,8 +10,6 @@ function inHome(t) {
 }
 
 const document = (contents) => `<?xml version="1.0" encoding="UTF-8"?>\n<plist version="1.0">${contents}</plist>`;
-
-// ---- User defaults
 
 test('synchronised values survive a crash, and read back with their types', async (t) => {
   const run = inHome(t);
@@ -58,8 +55,6 @@ test('unsupported values are neither set nor read', async (t) => {
   });
   assert.deepStrictEqual([unset, errors], [null, Array(8).fill('Unknown type - cannot set value for key unset')]);
 });
-
-// ---- Start at login
 
 const ours = `"${process.execPath}"`;
 const entry = (exec, more = '') => `[Desktop Entry]\nType=Application\nName=Mail\nExec=${exec}\n${more}`;
@@ -116,16 +111,14 @@ test('an entry is recognised by its program, and counts only if the session woul
   await run.table(t, rows, ask, path.join(run.autostart, 'mail.desktop'));
 });
 
-test('foreign keys of an entry are kept', async (t) => {
+test('foreign keys are kept, and system-wide entries and those of other programs are left alone', async (t) => {
   const kept = ['# kept', 'X-Foreign=kept\nName[de]=Post', '[Desktop Action x]\nName=kept'];
   const text = `# kept\n${entry(ours, `Hidden=true\n${kept[1]}\n`)}\n${kept[2]}\n`;
   const { result, names, files } = await withAutostart(t, { user: { 'mine.desktop': text } }, switchOn);
   assert.deepStrictEqual([result, names], [true, ['mine.desktop']]);
   for (const part of kept) assert.ok(files['mine.desktop'].includes(part), part);
   assert.ok(!files['mine.desktop'].includes('Hidden'));
-});
 
-test('a system-wide entry is hidden and shown again, never changed', async (t) => {
   const system = { 'mail.desktop': entry(ours) };
   const off = await withAutostart(t, { system }, switchOff);
   assert.deepStrictEqual(off.result, [true, false]);
@@ -135,9 +128,7 @@ test('a system-wide entry is hidden and shown again, never changed', async (t) =
   const hiding = { 'mail.desktop': '[Desktop Entry]\nHidden=true\n' };
   const bare = await withAutostart(t, { system, user: hiding }, switchOn);
   assert.deepStrictEqual([bare.result, bare.names], [true, []]);
-});
 
-test("another program's entry and the previous version's second item are left alone", async (t) => {
   const foreign = entry('/bin/sh');
   const added = await withAutostart(t, { user: { 'node.desktop': foreign } }, switchOn);
   assert.deepStrictEqual([added.result, added.names], [true, ['node-2.desktop', 'node.desktop']]);
@@ -185,8 +176,6 @@ test('a program path may have any characters', async (t) => {
   assert.strictEqual(await run.with({ executable: percent })(t, switchOn), true);
   assert.match(fs.readFileSync(path.join(run.autostart, '100%u.desktop'), 'utf8'), /^Exec=.*\/100%%u"$/m);
 });
-
-// ---- Text replacements
 
 test('text replacements and substitution switches', async (t) => {
   const global = (contents) => document(`<dict>${contents}</dict>`);

@@ -1,7 +1,5 @@
 'use strict';
 
-// Global shortcuts: recorded with real keys, active while other windows have the keyboard, and refused with a reason.
-
 const { assert, test } = require('./support/node');
 const { eventually, scenarios } = require('./support');
 const { shift, control, option, command } = require('./support/keys');
@@ -59,8 +57,6 @@ const withoutDisplay = scenarios({
 });
 const inSession = withoutDisplay.with({ display: true });
 
-// ---- Values
-
 test('shortcuts are named by their modifiers’ symbols and their key', async (t) => {
   const names = [
     [46, command | shift, '⇧⌘M'],
@@ -103,8 +99,9 @@ test('a shortcut is valid unless its keys type something', (t) => {
   return inSession.table(t, rows, isValid);
 });
 
-inSession.test('archives are read back in each form', (fixture) => {
-  const { archive, equal, get, sendMessage: send } = fixture;
+inSession.test('archives are read back in each form, malformed ones are logged and ignored', (fixture) => {
+  const { archive, archiveOf, assert, bind, captureLog, command, equal, get, host, log } = fixture;
+  const { sendMessage: send, storedName } = fixture;
   const serialization = 'NSPropertyListSerialization';
   const base64 = archive(46, 0x100000).toString('base64');
   const list = send(serialization, 'propertyListWithData:options:format:error:', { base64 }, 0, null, null);
@@ -115,6 +112,19 @@ inSession.test('archives are read back in each form', (fixture) => {
   };
   const [xml, binary] = [100, 200];
   equal([base64, inFormat(xml), inFormat(binary)].map(unarchived), Array(3).fill('⌘M'));
+
+  captureLog();
+  const sound = archive(46, command);
+  const wrongClass = archiveOf([1]);
+  const truncated = sound.subarray(0, 100);
+  const values = { truncated, text: 'a text', number: 7, list: [sound], empty: Buffer.alloc(0), wrongClass };
+  for (const [name, value] of Object.entries(values)) {
+    host.setDefault(name, value);
+    bind(name);
+    equal(storedName(name), null);
+    assert.ok(log().some((text) => text.includes(`stored under ${name}`)), name); // prettier-ignore
+  }
+  equal(storedName('nothing'), null);
 });
 
 test('the transformer converts shortcuts to dictionaries and back', (t) => {
@@ -129,8 +139,6 @@ test('the transformer converts shortcuts to dictionaries and back', (t) => {
   };
   return inSession.table(t, rows, transform);
 });
-
-// ---- Recording
 
 inSession.test('a recording shows modifiers, refuses invalid shortcuts and accepts a valid one', async (fixture) => {
   const { captureLog, equal, host, log, openWindow, press, start, status, statuses, storedName } = fixture;
@@ -153,8 +161,8 @@ inSession.test('a recording shows modifiers, refuses invalid shortcuts and accep
   equal(['first', 'second'].map(storedName), ['⇧⌘K', null]);
 });
 
-inSession.test('Escape, Delete, Forward Delete and a stop restore the earlier shortcut', async (fixture) => {
-  const { archive, command, equal, eventually, host, key, native, openWindow } = fixture;
+inSession.test('a recording that is not accepted restores the earlier shortcut', async (fixture) => {
+  const { archive, command, equal, eventually, host, key, native, openWindow, press } = fixture;
   const { shift, start, status, statuses, stop, storedName } = fixture;
   await openWindow();
   const existing = { 'existing?': true };
@@ -178,11 +186,7 @@ inSession.test('Escape, Delete, Forward Delete and a stop restore the earlier sh
   }
   equal(statuses, [status(''), status('', ended), status('', existing), status('', ended)]);
   equal(native.getUserDefault('text'), 'as it was');
-});
-
-inSession.test('an accepted shortcut stays until a stop, which restores the earlier one', async (fixture) => {
-  const { archive, command, equal, host, openWindow, press, shift, start, stop, storedName } = fixture;
-  await openWindow();
+  // An accepted shortcut stays when another recording is stopped, and comes back when its next one is.
   host.setDefault('key', archive(46, command | shift));
   start('key');
   await press('ctrl+alt+k');
@@ -195,8 +199,6 @@ inSession.test('an accepted shortcut stays until a stop, which restores the earl
   stop();
   equal(storedName('key'), '⌥⌘K');
 });
-
-// ---- Binding
 
 inSession.test('a bound shortcut works in every application, with any locks on', async (fixture) => {
   const { bind, command, equal, eventually, hear, host, key, openWindow, shift } = fixture;
@@ -289,8 +291,6 @@ inSession.test('bindings survive changes of the layout and of modifier keys', as
   }
 });
 
-// ---- Conflicts and faults
-
 test('a shortcut of another process is refused and logged, and works there only', async (t) => {
   const other = await inSession.resident(t);
   await other.tell(({ bind, command, host, shift }) => host.setKeepAlive(true) ?? bind('theirs', 46, command | shift));
@@ -316,29 +316,11 @@ test('a shortcut of another process is refused and logged, and works there only'
   });
   await eventually(async () => (await other.tell(({ actions }) => actions)).length === 1, 'their shortcut');
 
-  // The shortcut is free when the other process has ended.
+  // The shortcut is free when the other process has ended. Registered keys don’t keep a process alive.
   await other.kill();
-  await inSession(t, async ({ bind, command, equal, hear, shift, whyTaken }) => {
-    bind('ours', 46, command | shift);
-    equal(whyTaken(46, command | shift), undefined);
-    equal(await hear(['ctrl+shift+m'], 1), ['ours']);
-  });
-});
-
-inSession.test('malformed archives in the user defaults are logged and ignored', (fixture) => {
-  const { archive, archiveOf, assert, bind, captureLog, command, equal, host, log, storedName } = fixture;
-  captureLog();
-  const sound = archive(46, command);
-  const wrongClass = archiveOf([1]);
-  const truncated = sound.subarray(0, 100);
-  const values = { truncated, text: 'a text', number: 7, list: [sound], empty: Buffer.alloc(0), wrongClass };
-  for (const [name, value] of Object.entries(values)) {
-    host.setDefault(name, value);
-    bind(name);
-    equal(storedName(name), null);
-    assert.ok(log().some((text) => text.includes(`stored under ${name}`)), name); // prettier-ignore
-  }
-  equal(storedName('nothing'), null);
+  const state = ({ bind, command, shift, whyTaken }) =>
+    bind('ours', 46, command | shift) ?? whyTaken(46, command | shift) ?? 'free';
+  for (let round = 0; round < 2; ++round) assert.strictEqual(await inSession(t, state), 'free');
 });
 
 inSession.test('listeners may throw, and may stop or restart the recording', async (fixture) => {
@@ -386,11 +368,4 @@ withoutDisplay.test(title, ({ bind, command, display, equal, shift, start, statu
   start('key');
   stop();
   equal([display.display, statuses, storedName('key')], [false, [], '⇧⌘M']);
-});
-
-test('registered keys don’t keep the process alive, and are released at its end', async (t) => {
-  for (let round = 0; round < 2; ++round) {
-    const state = ({ bind, whyTaken }) => bind('key', 96, 0) ?? whyTaken(96, 0) ?? 'free';
-    assert.strictEqual(await inSession(t, state), 'free');
-  }
 });

@@ -32,7 +32,7 @@ plain.test('the message text is the result of the current-state callback', ({ cu
 });
 
 collecting.test('a slot keeps only the last function and releases the earlier one', async (fixture) => {
-  const { callReachability, equal, native, nextTurn } = fixture;
+  const { callReachability, currentMessageText, equal, native, nextTurn } = fixture;
   const seen = [];
   let first = (value) => seen.push(`first ${value}`);
   const weak = new WeakRef(first);
@@ -45,11 +45,8 @@ collecting.test('a slot keeps only the last function and releases the earlier on
   gc();
   await nextTurn();
   equal([seen, weak.deref()], [['first true', 'second false'], undefined]);
-});
-
-collecting.test('a callback may replace itself, call the module and be called again at the same time', (fixture) => {
-  const { callReachability, currentMessageText, equal, native } = fixture;
-  const seen = [];
+  // A callback may replace itself, call the module and be called again at the same time.
+  seen.length = 0;
   native.setCurrentStateCallbackFunction(() => 'inner');
   native.setNetworkReachabilityCallbackFunction((value) => {
     native.setNetworkReachabilityCallbackFunction((later) => seen.push(`later ${later}`));
@@ -81,22 +78,20 @@ test('an exception of a callback reaches the calling script, or is an uncaught e
   assert.match(unhandled.stderr, /Error: mine/);
 });
 
-plain.test(
-  'promises and ticks of a callback called from the event loop have settled when it returns',
-  async ({ callReachabilityLater, equal, eventually, native, platform }) => {
-    const seen = [];
-    native.setNetworkReachabilityCallbackFunction(() => {
-      seen.push('call');
-      Promise.resolve().then(() => seen.push('promise'));
-      process.nextTick(() => seen.push('tick'));
-    });
-    // Both run in the same turn of the loop, one right behind the other.
-    callReachabilityLater(true);
-    platform.post(() => seen.push('end of the turn'));
-    await eventually(() => seen.includes('end of the turn'), 'the turn');
-    equal(seen, ['call', 'tick', 'promise', 'end of the turn']);
-  },
-);
+plain.test('promises and ticks of a callback have settled when the event loop goes on', async (fixture) => {
+  const { callReachabilityLater, equal, eventually, native, platform } = fixture;
+  const seen = [];
+  native.setNetworkReachabilityCallbackFunction(() => {
+    seen.push('call');
+    Promise.resolve().then(() => seen.push('promise'));
+    process.nextTick(() => seen.push('tick'));
+  });
+  // Both run in the same turn of the loop, one right behind the other.
+  callReachabilityLater(true);
+  platform.post(() => seen.push('end of the turn'));
+  await eventually(() => seen.includes('end of the turn'), 'the turn');
+  equal(seen, ['call', 'tick', 'promise', 'end of the turn']);
+});
 
 test('values that are no functions are kept, and fail inside the engine when they are called', async (t) => {
   const rows = ['text', 1, {}, null, undefined].map((value) => [value, 'TypeError']);

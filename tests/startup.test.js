@@ -46,14 +46,12 @@ plain.test('without a window server, functions that need one say so and answer "
 test('a worker is refused with an error, before and after the main thread has loaded the module', async (t) => {
   const message = 'TessaroNative works on the main thread only, not in a worker';
   for (const first of ['', `require(${JSON.stringify(root)});`]) {
-    const { code, stdout } = await runScript(
-      t,
-      `const { Worker } = require('worker_threads');
-       ${first}
-       const worker = new Worker('require(' + ${JSON.stringify(JSON.stringify(root))} + ')', { eval: true });
-       worker.on('error', ({ message }) => process.stdout.write(message));
-       worker.on('exit', () => { if (typeof require(${JSON.stringify(root)}).loadFScript !== 'function') process.exit(9); });`,
-    );
+    const source = `const { Worker } = require('worker_threads');
+      ${first}
+      const worker = new Worker('require(' + ${JSON.stringify(JSON.stringify(root))} + ')', { eval: true });
+      worker.on('error', ({ message }) => process.stdout.write(message));
+      worker.on('exit', () => { if (typeof require(${JSON.stringify(root)}).loadFScript !== 'function') process.exit(9); });`;
+    const { code, stdout } = await runScript(t, source);
     assert.deepStrictEqual([code, stdout], [0, message], first);
   }
 });

@@ -97,10 +97,8 @@ function storeOf(objects, entity, lists, owner, style) {
 
 const listsOfAccounts = { bookmarks: 'Bookmark', downloadItems: 'DownloadItem', signatures: 'Signature' };
 
-/** @param {keyof nameStyles} [style] */
 const accountsStore = (accounts, style) => storeOf(accounts, 'Account', listsOfAccounts, 'account', style);
 
-/** @param {keyof nameStyles} [style] */
 const workspacesStore = (workspaces, style) =>
   storeOf(workspaces, 'WorkspaceState', { appStates: 'GoogleAppState' }, 'workspaceState', style);
 
