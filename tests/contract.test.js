@@ -99,11 +99,8 @@ test('every function logs an exception and answers its "nothing"', async (t) => 
 });
 
 test('a violated condition of each kind ends the process with its place and text', async (t) => {
-  const kinds = new Map(
-    table()
-      .flatMap(violations)
-      .map((each) => [each.condition.replace(/\d+/g, 'N'), each]),
-  );
+  const all = table().flatMap(violations);
+  const kinds = new Map(all.map((each) => [each.condition.replace(/\d+/g, 'N'), each]));
   assert.ok(kinds.size >= 8, `${kinds.size} kinds of conditions`);
   const violate = ({ argument, native, print }, name, args) => {
     try {

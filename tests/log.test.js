@@ -7,11 +7,10 @@ const logging = scenarios({
   fixture: ({ fs, logText }) => ({
     ...{ error: 1, warning: 2, info: 4, debug: 8, write: logText },
     /** The texts of the module's files in a folder. */
-    files: (folder) =>
-      fs
-        .readdirSync(folder)
-        .filter((name) => name.startsWith('TessaroNative'))
-        .map((name) => fs.readFileSync(`${folder}/${name}`, 'utf8')),
+    files(folder) {
+      const names = fs.readdirSync(folder).filter((name) => name.startsWith('TessaroNative'));
+      return names.map((name) => fs.readFileSync(`${folder}/${name}`, 'utf8'));
+    },
   }),
 });
 

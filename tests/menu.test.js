@@ -11,20 +11,10 @@ const inSession = scenarios({
     const applicationMenu = 'TessaroHost';
     const twice = { title: 'Twice', commandId: 7 };
     const move = { title: 'Move', commandId: 3, items: [{ title: 'Archive', commandId: 4 }, twice] };
-    const menu = [
-      { title: applicationMenu, items: [{ title: 'About', commandId: 1 }, twice] },
-      {
-        title: 'Mail',
-        items: [
-          { title: 'New', commandId: 2, key: 'n', modifiers: 0x100000 },
-          move,
-          { title: 'Marker' },
-          { title: 'Behind', commandId: 5 },
-          { title: 'Second behind', commandId: 6 },
-        ],
-      },
-      { title: 'Empty', items: [] },
-    ];
+    const behind = ['Behind', 'Second behind'].map((title, i) => ({ title, commandId: 5 + i }));
+    const mail = [{ title: 'New', commandId: 2, key: 'n', modifiers: 0x100000 }, move, { title: 'Marker' }, ...behind];
+    const about = { title: applicationMenu, items: [{ title: 'About', commandId: 1 }, twice] };
+    const menu = [about, { title: 'Mail', items: mail }, { title: 'Empty', items: [] }];
     const described = (list) =>
       get(list, 'itemArray').map((item) => {
         const [title, key, submenu] = ['title', 'keyEquivalent', 'submenu'].map((name) => get(item, name));

@@ -151,13 +151,9 @@ test('without a preview the callback receives null', async (t) => {
   write('a.txt', 'a text');
   const calls = [
     ...Object.entries(files).map((file) => [write(...file), 64, at('p')]),
-    ...['missing', '.'].map((name) => [at(name), 64, at('p')]),
-    [at('a.txt'), 0, at('p')],
-    [at('a.txt'), -5, at('p')],
-    [at('a.txt'), 64, ''],
-    [at('a.txt'), 64, at('a.txt')],
-    [at('a.txt'), 64, at('a.txt/p')],
-    ['', 64, at('p')],
+    ...['', at('missing'), at('.')].map((file) => [file, 64, at('p')]),
+    ...[0, -5].map((size) => [at('a.txt'), size, at('p')]),
+    ...['', at('a.txt'), at('a.txt/p')].map((folder) => [at('a.txt'), 64, folder]),
   ];
   const { answers } = await preview(t, calls);
   assert.deepStrictEqual(answers, Array(calls.length).fill([[false, true, null]]));

@@ -88,7 +88,6 @@ static id Plain(id value) { return value == nil ? [NSNull null] : [NSString stri
 
 namespace {
 
-// Serves for as long as the process is let.
 void serve(NSString* name, NSString* record) {
   NSConnection* connection = [NSConnection defaultConnection];
   [connection setRootObject:Adopt([[TsStandIn alloc] initWithRecord:record])];

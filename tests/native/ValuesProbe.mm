@@ -32,12 +32,10 @@ id writeUnfit(NSString* name) {
 
 // Numbers as Foundation makes them, which scripts never do.
 id writeNumbers() {
-  NSArray* numbers = [NSArray arrayWithObjects:[NSNumber numberWithBool:YES], [NSNumber numberWithBool:NO],
-                                               [NSNumber numberWithChar:-1], [NSNumber numberWithUnsignedChar:255],
-                                               [NSNumber numberWithInt:1], [NSNumber numberWithLongLong:INT64_MIN],
-                                               [NSNumber numberWithUnsignedLongLong:UINT64_MAX],
-                                               [NSNumber numberWithFloat:0.5F], [NSNumber numberWithDouble:0.1], nil];
-  return TsConvertToJSONString(numbers);
+  const auto byte = static_cast<unsigned char>(255);
+  const auto small = static_cast<signed char>(-1);
+  return TsConvertToJSONString(
+      @[ Truth(true), Truth(false), @(small), @(byte), @1, @(INT64_MIN), @(UINT64_MAX), @0.5F, @0.1 ]);
 }
 
 PROBES("values", roundTrip, writeUnfit, writeNumbers);

@@ -41,11 +41,10 @@ function makeAppImage(version, contents = '', { machine = process.arch === 'arm6
 }
 
 /** The texts of the entries that have a value. */
-const textOf = (all, format) =>
-  Object.entries(all)
-    .filter(([, value]) => value !== undefined)
-    .map(format)
-    .join('');
+function textOf(all, format) {
+  const entries = Object.entries(all).filter(([, value]) => value !== undefined);
+  return entries.map(format).join('');
+}
 
 /** Writes an application's bundle into `directory`; what is not given is not in its information. Gives its path. */
 function makeBundle(directory, { version, shortVersion, feed, publicKey } = {}) {
