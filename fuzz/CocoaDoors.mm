@@ -10,7 +10,7 @@
 #import "Contacts/TsRecipient.h"
 #include "Doors.h"
 #import "Extensions/NSDictionary+TsFile.h"
-#import "Migration/TsAccounts.h"
+#import "Migration/TsMigration.h"
 #import "Migration/TsWorkspaceStates.h"
 #import "Platform/Linux/AppKit/CocoaAdditions.h"
 #include "Platform/Linux/Clipboard/PasteboardTargets.h"

@@ -58,23 +58,20 @@ const allowed = {
 };
 
 // The script bridge: the only files below `TessaroNative` that know the engine.
-const bridge = [
-  'TsCallbackSlot',
-  'TsEngineEntry',
-  'TsEngineVersions',
-  'TsEventEmitter',
-  'TsPendingCallback',
-  'TsScriptValues',
-].flatMap((name) => [`src/Utilities/${name}.h`, `src/Utilities/${name}.cc`, `src/Utilities/${name}.mm`]);
+const bridge = ['TsCallbackSlot', 'TsEngineEntry', 'TsScriptValues'].flatMap((name) => [
+  `src/Utilities/${name}.h`,
+  `src/Utilities/${name}.cc`,
+  `src/Utilities/${name}.mm`,
+]);
 
 const engine = /^(v8|node)[\w-]*\.h$/;
 const cocoa = /^(AddressBook|AppKit|Foundation|ScriptingBridge|objc)\/[\w+]+\.h$/;
 // Libraries that are no system's own, and where each is used.
 const portable = [
-  { header: /^spdlog\//, files: /^src\/Base\/TsLogging\.cc$/ },
+  { header: /^spdlog\//, files: /^src\/Base\/TsLog\.cc$/ },
   { header: /^tl\/expected\.hpp$/, files: /^src\/Base\/Result\.h$/ },
   { header: /^uv\.h$/, files: /^src\/(Base\/UvHandle\.h|Platform\/\w+\/.*)$/ },
-  { header: /^pthread\.h$/, files: /^src\/(Base\/TsLogging\.cc|Platform\/\w+\/.*)$/ },
+  { header: /^pthread\.h$/, files: /^src\/(Base\/TsLog\.cc|Platform\/\w+\/.*)$/ },
   { header: /^rapidjson\//, files: /^src\/Utilities\/TsJSON\.mm$/ },
   { header: /^pugixml\.hpp$/, files: /^src\/(Migration\/TsStoreFile|Platform\/Common\/UpdateDecision)\.(h|cc)$/ },
 ];

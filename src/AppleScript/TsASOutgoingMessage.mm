@@ -5,8 +5,8 @@
 
 #include "AppleScript/MailtoLink.h"
 #include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 #include "Platform/HFSPath.h"
 #include "Platform/MainQueue.h"

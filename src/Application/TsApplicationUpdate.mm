@@ -4,7 +4,6 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 #include "Extensions/NSApplication+TsBundle.h"
 #include "Extensions/NSEvent+TsKeyboard.h"
@@ -27,7 +26,7 @@ NSString* const kStable = @"stable";
 NSString* const kTest = @"test";
 
 NSDictionary* Parameter(NSString* key, NSString* displayKey, NSString* value) {
-  NSString* text = value != nil ? value : @"";
+  NSString* text = TsOrEmpty(value);
   return @{@"key" : key, @"value" : text, @"displayKey" : displayKey, @"displayValue" : text};
 }
 

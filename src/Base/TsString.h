@@ -5,8 +5,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Base/Ref.h"
+
+@class NSArray;
 
 // The text as UTF-8, NUL characters included; empty for nil. Lone surrogates become U+FFFD.
 [[nodiscard]] std::string TsStdString(NSString* string);
@@ -25,3 +28,7 @@
 
 // The same, autoreleased.
 [[nodiscard]] NSString* TsNSString(std::string_view utf8);
+[[nodiscard]] NSArray* TsNSArray(const std::vector<std::string>& texts);
+
+// A missing text would be formatted as "(null)", and can't stand in a collection.
+[[nodiscard]] inline NSString* TsOrEmpty(NSString* text) { return text != nil ? text : @""; }

@@ -61,3 +61,9 @@ Ref<NSString> TsNewString(std::string_view utf8) {
 }
 
 NSString* TsNSString(std::string_view utf8) { return TsNewString(utf8).Autoreleased(); }
+
+NSArray* TsNSArray(const std::vector<std::string>& texts) {
+  NSMutableArray* array = [NSMutableArray arrayWithCapacity:texts.size()];
+  for (const std::string& text : texts) [array addObject:TsNSString(text)];
+  return array;
+}

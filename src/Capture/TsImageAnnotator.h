@@ -3,7 +3,7 @@
 #import "Platform/Cocoa.h"
 
 #include "Base/Ref.h"
-#include "Utilities/TsPendingCallback.h"
+#include "Utilities/TsCallbackSlot.h"
 
 @class TsAnnotationView;
 

@@ -5,9 +5,10 @@
 #include <memory>
 
 #include "Base/Ref.h"
-#import "Capture/TsAreaSelection.h"
 #include "Platform/ScreenRecording.h"
-#include "Utilities/TsPendingCallback.h"
+#include "Utilities/TsCallbackSlot.h"
+
+@class TsAreaSelection;
 
 // Lets the user record the screen, or an area of it, as a film in `folder`, which is made when it is missing: a panel
 // asks which, and then stops the recording. One film is made at a time.

@@ -2,7 +2,6 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
 #import "Contacts/TsRecipient.h"
 #include "Utilities/Controls.h"
 #include "Utilities/TsJSON.h"

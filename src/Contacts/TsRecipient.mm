@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "Base/TsProperty.h"
+#include "Base/TsString.h"
 
 namespace platform = tessaro::platform;
 
@@ -157,7 +157,7 @@ NSDictionary* RecipientDictionary(TsRecipient* recipient) {
 }
 
 + (instancetype)recipient:(NSString*)address name:(NSString*)name {
-  return Adopt([[self alloc] initWithAddress:Copy(address) name:Copy(name != nil ? name : @"")]).Autoreleased();
+  return Adopt([[self alloc] initWithAddress:Copy(address) name:Copy(TsOrEmpty(name))]).Autoreleased();
 }
 
 + (instancetype)recipient:(NSString*)address person:(ABPerson*)person {

@@ -2,7 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
-#include "Base/TsLogging.h"
+#include "Base/TsLog.h"
 #include "Platform/CrashReporter.h"
 
 // A message was logged: {"level": "error", "warning", "info" or "debug", "message": a text}.

@@ -6,7 +6,6 @@
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
-#include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSApplication+TsBundle.h"
 #include "Platform/MainQueue.h"

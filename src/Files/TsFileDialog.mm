@@ -61,12 +61,6 @@ platform::FileRequest RequestOf(NSDictionary* options) {
   };
 }
 
-NSArray* Texts(const std::vector<std::string>& paths) {
-  NSMutableArray* texts = [NSMutableArray arrayWithCapacity:paths.size()];
-  for (const std::string& path : paths) [texts addObject:TsNSString(path)];
-  return texts;
-}
-
 }  // namespace
 
 void TsShowFileDialog(NSWindow* window, NSString* options, std::function<void(NSArray* paths)> answer) {
@@ -79,6 +73,6 @@ void TsShowFileDialog(NSWindow* window, NSString* options, std::function<void(NS
     return;
   }
   platform::AskForFiles(window, RequestOf(dictionary), [answer = std::move(answer)](const auto& paths) {
-    answer(paths.empty() ? nil : Texts(paths));
+    answer(paths.empty() ? nil : TsNSArray(paths));
   });
 }

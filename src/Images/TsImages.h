@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "Utilities/TsPendingCallback.h"
+#include "Utilities/TsCallbackSlot.h"
 
 // Images as files. Main thread only; failures are logged, and the path is nil.
 

@@ -9,10 +9,7 @@
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #import "Extensions/NSString+TsPath.h"
-#include "Integrations/TsApplications.h"
 #include "Integrations/TsClipTargets.h"
-#import "Integrations/TsDEVONthinkRecord.h"
-#import "Integrations/TsEvernoteNote.h"
 #include "Platform/Applications.h"
 #include "Platform/Cocoa.h"
 #include "Platform/HTMLText.h"
@@ -29,9 +26,6 @@ platform::SerialQueue& QueueOf(NSString* application) {
   static Forever<std::map<std::string, platform::SerialQueue>> queues;
   return (*queues)[TsStdString(application)];
 }
-
-// A missing text would be formatted as "(null)".
-NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
 
 NSString* TsTextFromHTML(NSString* html) { return TsNSString(platform::TextFromHTML(TsStdString(html))); }
 
@@ -57,8 +51,8 @@ void ClipToDEVONthink(const TsClippedPage& page) {
 void ClipToReceipts(const TsClippedPage& page) { [TsReceiptsApp importEMLWithPath:page.emlPath]; }
 
 void ClipToOmnifocus(const TsClippedPage& page) {
-  NSString* comment =
-      [NSString stringWithFormat:@"%@\n%@\n\n%@", OrEmpty(page.url), OrEmpty(page.webURL), TsTextFromHTML(page.html)];
+  NSString* comment = [NSString
+      stringWithFormat:@"%@\n%@\n\n%@", TsOrEmpty(page.url), TsOrEmpty(page.webURL), TsTextFromHTML(page.html)];
   [TsOmnifocus addActionWithContent:page.title comment:comment];
 }
 
@@ -66,20 +60,21 @@ void ClipToOmnifocus(const TsClippedPage& page) {
 void ClipToClipboard(const TsClippedPage& page) {
   NSString* text =
       [TsTextFromHTML(page.html) stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
-  NSString* body = [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, OrEmpty(page.url), OrEmpty(page.webURL)];
+  NSString* body =
+      [NSString stringWithFormat:@"%@\n\n- <%@>\n- <%@>", text, TsOrEmpty(page.url), TsOrEmpty(page.webURL)];
   auto result =
-      Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", OrEmpty(page.title), OrEmpty(page.account), body]);
+      Retain([NSString stringWithFormat:@"# %@ [%@]\n\n%@", TsOrEmpty(page.title), TsOrEmpty(page.account), body]);
   platform::MainQueue::Shared().Post([result] { [TsClipboard copy:result]; });
 }
 
 NSString* TextWithLinks(const TsClippedPage& page) {
-  return
-      [NSString stringWithFormat:@"%@\n\n%@\n%@", TsTextFromHTML(page.html), OrEmpty(page.url), OrEmpty(page.webURL)];
+  return [NSString
+      stringWithFormat:@"%@\n\n%@\n%@", TsTextFromHTML(page.html), TsOrEmpty(page.url), TsOrEmpty(page.webURL)];
 }
 
 void ClipToTodoist(const TsClippedPage& page) {
-  NSString* content = [NSString
-      stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", OrEmpty(page.title), OrEmpty(page.webURL), OrEmpty(page.url)];
+  NSString* content = [NSString stringWithFormat:@"%@ [Web](%@) | [Tessaro](%@)", TsOrEmpty(page.title),
+                                                 TsOrEmpty(page.webURL), TsOrEmpty(page.url)];
   [TsTodoist addActionWithContent:content comment:TextWithLinks(page)];
 }
 

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "Base/Lifetime.h"
-#include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
 #include "Base/TsUnicode.h"
@@ -177,6 +176,36 @@ NSDictionary* Written(const Result<void>& result, NSString* account, NSString* p
 
 - (void)logRemovalOf:(NSString*)account {
   TsLogInfo(@"Removed keychain entry '%@' (%@).", account, _service.get());
+}
+
+@end
+
+@implementation TsTransientKeychain
+
++ (TsTransientKeychain*)sharedInstance {
+  static Forever<Ref<TsTransientKeychain>> keychain(Adopt([[TsTransientKeychain alloc] init]));
+  return *keychain;
+}
+
+- (instancetype)init {
+  if ((self = [super init]) != nil) _passwordsByAccount = Adopt([[NSMutableDictionary alloc] init]);
+  return self;
+}
+
+- (NSMutableDictionary*)passwordsByAccount {
+  return _passwordsByAccount;
+}
+
+- (void)setPassword:(NSString*)password forAccount:(NSString*)account {
+  if (password != nil) {
+    [_passwordsByAccount setObject:password forKey:account];
+  } else {
+    [_passwordsByAccount removeObjectForKey:account];
+  }
+}
+
+- (NSString*)passwordForAccount:(NSString*)account {
+  return [_passwordsByAccount objectForKey:account];
 }
 
 @end

@@ -1,7 +1,6 @@
 #pragma once
 
 #import "Migration/TsAccount.h"
-#import "Migration/TsPersistence.h"
 
 // The accounts of the previous version. Main thread.
 @interface TsAccounts : TsPersistence

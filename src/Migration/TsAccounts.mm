@@ -1,4 +1,3 @@
-#import "Migration/TsAccounts.h"
 
 #include <utility>
 

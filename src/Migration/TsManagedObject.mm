@@ -3,15 +3,87 @@
 #import <objc/runtime.h>
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
 #include <optional>
 
 #include "Base/Lifetime.h"
+#include "Base/TsLog.h"
+#include "Base/TsNumberText.h"
 #include "Base/TsString.h"
-#include "Migration/TsStoreValue.h"
 
 namespace {
 
 constexpr int kNoStore = 134080;  // of the Cocoa error domain
+
+// ---- Values and the texts by which a store keeps them: dates as seconds since 2001, data as Base64
+
+Ref<NSNumber> NewInteger(std::string_view text) {
+  std::int64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return nullptr;
+  return Adopt([[NSNumber alloc] initWithLongLong:number]);
+}
+
+Ref<NSNumber> NewNumber(bool isBoolean, std::string_view text) {
+  if (isBoolean && (text == "1" || text == "true" || text == "YES")) return Retain([NSNumber numberWithBool:YES]);
+  if (isBoolean && (text == "0" || text == "false" || text == "NO")) return Retain([NSNumber numberWithBool:NO]);
+  if (auto integer = NewInteger(text)) return integer;
+  const auto number = TsNumberInText(text);
+  return number ? Adopt([[NSNumber alloc] initWithDouble:*number]) : nullptr;
+}
+
+Ref<NSDate> NewDate(std::string_view text) {
+  const auto seconds = TsNumberInText(text);
+  return seconds ? Adopt([[NSDate alloc] initWithTimeIntervalSinceReferenceDate:*seconds]) : nullptr;
+}
+
+Ref<NSData> NewData(std::string_view base64) {
+  const auto text = TsNewString(base64);
+  return Adopt([[NSData alloc] initWithBase64EncodedString:text options:NSDataBase64DecodingIgnoreUnknownCharacters]);
+}
+
+std::string NumberText(NSNumber* number) {
+  const double value = [number doubleValue];
+  const bool isInteger = value == static_cast<double>([number longLongValue]);
+  return isInteger ? std::to_string([number longLongValue]) : TsNumberText(value);
+}
+
+// NSNumber, NSString, NSDate or NSData, after the model's type; nil when `text` is no such value. A number is a boolean
+// when the store or, where that says nothing, the model calls it one and it is 0 or 1.
+Ref<NSObject> NewStoreValue(TsAttributeType type, std::string_view storedType, std::string_view text) {
+  switch (type) {
+    case TsAttributeType::Int16:
+    case TsAttributeType::Int32:
+    case TsAttributeType::Int64:
+    case TsAttributeType::Boolean:
+      return NewNumber(storedType.empty() ? type == TsAttributeType::Boolean : storedType == "bool", text);
+    case TsAttributeType::Text:
+      return TsNewString(text);
+    case TsAttributeType::Date:
+      return NewDate(text);
+    case TsAttributeType::Data:
+      return NewData(text);
+  }
+}
+
+std::string StoreValueText(TsAttributeType type, id value) {
+  switch (type) {
+    case TsAttributeType::Int16:
+    case TsAttributeType::Int32:
+    case TsAttributeType::Int64:
+    case TsAttributeType::Boolean:
+      return NumberText(value);
+    case TsAttributeType::Text:
+      return TsStdString(value);
+    case TsAttributeType::Date:
+      return TsNumberText([value timeIntervalSinceReferenceDate]);
+    case TsAttributeType::Data:
+      return TsStdString([value base64EncodedStringWithOptions:0]);
+  }
+}
+
+// ---- Objects
 
 BOOL Report(const Failure& failure, NSError** error) {
   if (error != nullptr) {
@@ -55,7 +127,7 @@ NSString* NameOf(const TsAttribute& attribute) {
 Ref<NSMutableDictionary> NewValues(const TsStoreFile& store, const std::string& identifier, const TsEntity& entity) {
   auto values = Adopt([[NSMutableDictionary alloc] initWithCapacity:entity.attributes.size()]);
   for (const auto& [attribute, type, text] : store.Values(identifier, entity)) {
-    const auto value = TsNewStoreValue(attribute->type, type, text);
+    const auto value = NewStoreValue(attribute->type, type, text);
     if (value) [values setObject:value forKey:NameOf(*attribute)];
   }
   return values;
@@ -91,7 +163,7 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
   if ([self values] == nil) return;
   for (const TsAttribute& attribute : self->_entity->attributes) {
     if (SetterOf(attribute.name) != sel_getName(accessor)) continue;
-    const auto text = value != nil ? std::optional(TsStoreValueText(attribute.type, value)) : std::nullopt;
+    const auto text = value != nil ? std::optional(StoreValueText(attribute.type, value)) : std::nullopt;
     self->_context->_store->SetValue(self->_identifier, attribute, text);
     self->_values = nullptr;
   }
@@ -252,3 +324,45 @@ NSArray* TsExported(NSArray* objects) {
 }
 
 @end
+
+@implementation TsPersistence
+
+- (instancetype)initWithPath:(NSString*)path {
+  self = [super init];
+  if (self) {
+    _context = Adopt([[TsManagedObjectContext alloc] init]);
+    NSError* error = nil;
+    if (![self attachPersistencePath:path error:&error]) TsLogWarning(@"Couldn't attach persistence. %@", error);
+  }
+  return self;
+}
+
+- (TsManagedObjectContext*)context {
+  return _context;
+}
+
+- (BOOL)attachPersistencePath:(NSString*)path error:(NSError**)error {
+  return [_context addStoreAtPath:path error:error];
+}
+
+- (BOOL)detachPersistence:(NSError**)error {
+  [_context removeStores];
+  return YES;
+}
+
+- (NSArray*)fetch:(std::string_view)entity forQuery:(NSString*)query {
+  NSError* error = nil;
+  NSArray* objects = [_context fetch:entity error:&error];
+  if (objects == nil) TsLogWarning(@"Could not execute %@ query. (%@)", query, error);
+  return objects;
+}
+
+@end
+
+double TsSortKey(NSNumber* number) {
+  return number != nil ? [number doubleValue] : -std::numeric_limits<double>::infinity();
+}
+
+double TsSortKey(NSDate* date) {
+  return date != nil ? [date timeIntervalSinceReferenceDate] : -std::numeric_limits<double>::infinity();
+}

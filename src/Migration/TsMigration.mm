@@ -3,7 +3,6 @@
 #include "Base/Ref.h"
 #include "Base/TsString.h"
 #import "Extensions/NSDictionary+TsFile.h"
-#import "Migration/TsAccounts.h"
 #import "Migration/TsWorkspaceStates.h"
 #include "Platform/StandardDirectories.h"
 

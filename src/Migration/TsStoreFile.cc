@@ -1,8 +1,8 @@
 #include "Migration/TsStoreFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
-#include <fstream>
 #include <unordered_set>
 #include <utility>
 
@@ -12,7 +12,7 @@
 namespace {
 
 // Ten times the store of a thousand accounts; a document takes up to sixteen times the memory of its file.
-constexpr std::uintmax_t kMostBytes = 64 << 20;
+constexpr std::size_t kMostBytes = 64 << 20;
 
 // Objects are on the second level and their values on the fourth; removing elements costs stack for each level.
 constexpr int kMostLevels = 64;
@@ -169,24 +169,10 @@ bool IsKnownEncoding(std::string_view name) {
   return std::any_of(std::begin(kKnown), std::end(kKnown), [&](auto known) { return TsIsSameName(known, name); });
 }
 
-Result<std::string> ReadFile(const std::filesystem::path& file) {
-  std::error_code failure;
-  const auto status = std::filesystem::status(file, failure);
-  if (status.type() == std::filesystem::file_type::not_found) return Fail(kReadNoSuchFile, "There is no such file.");
-  if (failure) return Fail(kReadUnknown, failure.message());
-  // A pipe or a device might never end.
-  if (!std::filesystem::is_regular_file(status)) return Fail(kReadUnknown, "It is not a file.");
-  const std::uintmax_t size = std::filesystem::file_size(file, failure);
-  if (failure) return Fail(kReadUnknown, failure.message());
-  if (size > kMostBytes) return Fail(kReadTooLarge, "The file is too large.");
-  std::string bytes(size, '\0');
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream.read(bytes.data(), static_cast<std::streamsize>(size)) && !stream.eof()) {
-    return Fail(kReadUnknown, "The file can't be read.");
-  }
-  // Another process may have shortened the file.
-  bytes.resize(static_cast<std::size_t>(stream.gcount()));
-  return bytes;
+// The Cocoa code for a system's error number.
+int ReadCodeOf(int error) {
+  if (error == ENOENT || error == ENOTDIR) return kReadNoSuchFile;
+  return error == EFBIG ? kReadTooLarge : kReadUnknown;
 }
 
 Result<void> Parse(const std::string& bytes, pugi::xml_document& document) {
@@ -224,8 +210,8 @@ Result<std::unique_ptr<TsStoreFile>> TsStoreFile::Open(std::filesystem::path fil
 }
 
 Result<void> TsStoreFile::Read() {
-  const auto bytes = ReadFile(file_);
-  if (!bytes) return tl::unexpected(bytes.error());
+  const auto bytes = tessaro::platform::ReadFile(file_, kMostBytes);
+  if (!bytes) return Fail(ReadCodeOf(bytes.error().code), bytes.error().message);
   if (auto parsed = Parse(*bytes, *document_); !parsed) return parsed;
   FindObjects();
   return {};

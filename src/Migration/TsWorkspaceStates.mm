@@ -1,14 +1,126 @@
 #import "Migration/TsWorkspaceStates.h"
 
+#include <iterator>
 #include <utility>
 
 #include "Base/TsLog.h"
 
 namespace {
 
+enum Type : std::size_t { Gmail, GoogleInbox, Calendar, Contacts };
+
+struct TypeDescription {
+  NSString* name;
+  NSString* prefix;
+  std::size_t lengthBeforeAccount;  // of the text form: the prefix, and what separates the account
+  NSString* label;
+  NSString* icon;
+};
+
+// In the order in which a text is compared with them.
+const TypeDescription kTypes[] = {
+    {@"Gmail", @"Ts_Gmail", 9, @"Gmail", @"Gmail_Template"},
+    {@"GoogleInbox", @"Ts_GoogleInbox", 15, @"Google Inbox", @"GoogleInbox_Template"},
+    {@"Calendar", @"Ts_Calendar", 12, @"Calendar", @"Calendar_Template"},
+    {@"Contacts", @"Ts_Contacts", 12, @"Contacts", @"Contacts_Template"},
+};
+
+bool IsTextOf(const TypeDescription& type, NSString* text) {
+  return [text hasPrefix:type.prefix] && [text length] >= type.lengthBeforeAccount;
+}
+
 bool IsActive(TsWorkspaceState* state) { return [[state active] boolValue] != NO; }
 
 }  // namespace
+
+@implementation TsGoogleAppIdentifier
+
+- (instancetype)initWithType:(std::size_t)type accountIdentifier:(NSString*)accountIdentifier {
+  self = [super init];
+  if (self) {
+    _type = type;
+    _accountIdentifier = Copy(accountIdentifier);
+  }
+  return self;
+}
+
++ (TsGoogleAppIdentifier*)identifierWithType:(std::size_t)type accountIdentifier:(NSString*)account {
+  return Adopt([[self alloc] initWithType:type accountIdentifier:account]).Autoreleased();
+}
+
+// The factory, the conversion and the question of one type.
+#define TYPE(type, Type)                                                                          \
+  +(TsGoogleAppIdentifier*)type##IdentifierWithAccountIdentifier : (NSString*)accountIdentifier { \
+    return [self identifierWithType:Type accountIdentifier:accountIdentifier];                    \
+  }                                                                                               \
+  -(TsGoogleAppIdentifier*)to##Type##Identifier {                                                 \
+    return [TsGoogleAppIdentifier identifierWithType:Type accountIdentifier:_accountIdentifier];  \
+  }                                                                                               \
+  -(BOOL)is##Type {                                                                               \
+    return _type == Type;                                                                         \
+  }
+
+TYPE(gmail, Gmail)
+TYPE(googleInbox, GoogleInbox)
+TYPE(calendar, Calendar)
+TYPE(contacts, Contacts)
+
++ (NSArray*)allWithAccountIdentifier:(NSString*)accountIdentifier {
+  NSMutableArray* all = [NSMutableArray arrayWithCapacity:std::size(kTypes)];
+  for (const std::size_t type : {Gmail, GoogleInbox, Calendar, Contacts}) {
+    [all addObject:[self identifierWithType:type accountIdentifier:accountIdentifier]];
+  }
+  return all;
+}
+
++ (TsGoogleAppIdentifier*)identifierWithDescription:(NSString*)description {
+  for (const std::size_t type : {Gmail, GoogleInbox, Calendar, Contacts}) {
+    if (!IsTextOf(kTypes[type], description)) continue;
+    NSString* account = [description substringFromIndex:kTypes[type].lengthBeforeAccount];
+    return [self identifierWithType:type accountIdentifier:account];
+  }
+  @throw [NSException exceptionWithName:@"UnknownIdentifier" reason:description userInfo:nil];
+}
+
+- (id)copyWithZone:(NSZone*)zone {
+  return Retain(self).Leak();
+}
+
+- (NSString*)accountIdentifier {
+  return _accountIdentifier;
+}
+
+- (NSString*)type {
+  return kTypes[_type].name;
+}
+
+- (NSString*)typeLabel {
+  return NSLocalizedString(kTypes[_type].label, nil);
+}
+
+- (NSImage*)defaultIcon {
+  return [NSImage imageNamed:kTypes[_type].icon];
+}
+
+- (NSString*)description {
+  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], _accountIdentifier.get()];
+}
+
+- (BOOL)isEqual:(id)other {
+  return [other isKindOfClass:[TsGoogleAppIdentifier class]] && [self isEqualToIdentifier:other];
+}
+
+- (BOOL)isEqualToIdentifier:(TsGoogleAppIdentifier*)identifier {
+  if (identifier == nil || _type != identifier->_type) return NO;
+  return _accountIdentifier == identifier->_accountIdentifier ||
+         [_accountIdentifier isEqualToString:identifier->_accountIdentifier];
+}
+
+- (NSUInteger)hash {
+  return 31 * [_accountIdentifier hash] + [[self type] hash];
+}
+
+@end
 
 @implementation TsGoogleAppState
 

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "Base/Lifetime.h"
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
 #include "Base/TsString.h"
 #include "Platform/Cocoa.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #import <Foundation/Foundation.h>
+#import <Foundation/NSString.h>
 
 @class NSEvent;
 
@@ -38,3 +39,9 @@
 @end
 
 extern NSString* const MASDictionaryTransformerName;
+
+// Whether a virtual key code is that of F1 to F20.
+[[nodiscard]] bool IsFunctionKey(unsigned short keyCode);
+
+// Whether it is that of a key that types its own name.
+[[nodiscard]] bool IsTypingKey(unsigned short keyCode);

@@ -1,10 +1,17 @@
 #import "Shortcuts/TsGlobalShortcut.h"
 
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
 #import "Shortcuts/MASShortcut.h"
-#import "Shortcuts/TsShortcutBinder.h"
 #import "Shortcuts/TsShortcutValidator.h"
 #include "Utilities/TsNotificationObserver.h"
 
@@ -22,7 +29,17 @@ constexpr unsigned short kW = 13;
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
 
-NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
+id StoredObject(NSString* defaultsKey) { return [Defaults() objectForKey:defaultsKey]; }
+
+MASShortcut* ShortcutFrom(id stored, NSString* defaultsKey) {
+  if (stored == nil) return nil;
+  NSError* error = nil;
+  MASShortcut* shortcut = [NSKeyedUnarchiver unarchivedObjectOfClass:[MASShortcut class]
+                                                            fromData:As<NSData>(stored)
+                                                               error:&error];
+  if (shortcut == nil) TsLogWarning(@"No shortcut is stored under %@: %@", defaultsKey, [error localizedDescription]);
+  return shortcut;
+}
 
 bool EndsRecording(MASShortcut* shortcut) {
   const unsigned short key = [shortcut keyCode];
@@ -37,15 +54,82 @@ bool IsReserved(MASShortcut* shortcut) {
 
 NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool isValid, bool isMonitoring) {
   return @{
-    @"shortcut" : OrEmpty(shortcut),
-    @"error" : OrEmpty(error),
+    @"shortcut" : TsOrEmpty(shortcut),
+    @"error" : TsOrEmpty(error),
     @"existing?" : @(isExisting),
     @"valid?" : @(isValid),
     @"monitoring?" : @(isMonitoring),
   };
 }
 
+MASShortcut* StoredShortcut(NSString* defaultsKey) { return ShortcutFrom(StoredObject(defaultsKey), defaultsKey); }
+
+// A key of the user defaults, the shortcut last read from it, and its registration.
+class BoundShortcut {
+ public:
+  BoundShortcut(NSString* defaultsKey, std::function<void()> action)
+      : defaultsKey_(Adopt<NSString>([defaultsKey copy])), action_(std::move(action)) {
+    Update();
+  }
+
+  void Update() {
+    id stored = StoredObject(defaultsKey_);
+    if (stored == stored_.get() || [stored isEqual:stored_]) return;
+    stored_ = Retain<NSObject>(stored);
+    registration_.reset();
+    MASShortcut* shortcut = ShortcutFrom(stored, defaultsKey_);
+    if (shortcut != nil) Listen(shortcut);
+  }
+
+ private:
+  void Listen(MASShortcut* shortcut) {
+    registration_.emplace(ToHotKey(shortcut), action_);
+    NSString* reason = WhyInactive(shortcut, registration_->Status());
+    if (reason != nil) TsLogWarning(@"The shortcut stored under %@ is not active: %@", defaultsKey_.get(), reason);
+  }
+
+  Ref<NSString> defaultsKey_;
+  std::function<void()> action_;
+  Ref<NSObject> stored_;
+  std::optional<tessaro::platform::HotKeyRegistration> registration_;
+};
+
 }  // namespace
+
+// Actions for the shortcuts stored in the standard user defaults, pressed in any application. Main thread only.
+@interface TsShortcutBinder : NSObject {
+  std::map<std::string, std::unique_ptr<BoundShortcut>> _bound;
+}
+
++ (instancetype)sharedBinder;
+
+// Calls `action` whenever the shortcut stored under the key is pressed; replaces the key's earlier action. A shortcut
+// that can't be registered is logged.
+- (void)bindShortcutWithDefaultsKey:(NSString*)key toAction:(std::function<void()>)action;
+
+@end
+
+@implementation TsShortcutBinder
+
++ (instancetype)sharedBinder {
+  static TsShortcutBinder* const binder = [[self alloc] init];
+  return binder;
+}
+
+- (instancetype)init {
+  self = [super init];
+  if (self == nil) return nil;
+  TsObserveOnMainQueue(NSUserDefaultsDidChangeNotification, [self](NSNotification*) {
+    for (const auto& [key, shortcut] : _bound) shortcut->Update();
+  });
+  return self;
+}
+
+- (void)bindShortcutWithDefaultsKey:(NSString*)key toAction:(std::function<void()>)action {
+  _bound[TsStdString(key)] = std::make_unique<BoundShortcut>(key, std::move(action));
+}
+
+@end
 
 @implementation TsGlobalShortcut
 
@@ -154,7 +238,7 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
 }
 
 - (NSString*)shortcutDescriptionForDefaultsKey:(NSString*)key {
-  return [TsStoredShortcut(key) description];
+  return [StoredShortcut(key) description];
 }
 
 @end

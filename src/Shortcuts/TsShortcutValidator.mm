@@ -3,7 +3,6 @@
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
 #import "Shortcuts/MASShortcut.h"
-#include "Shortcuts/ShortcutKeys.h"
 
 using tessaro::platform::HotKey;
 using tessaro::platform::HotKeyStatus;

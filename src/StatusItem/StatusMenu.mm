@@ -2,8 +2,8 @@
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
-#import "Extensions/NSColor+TsHex.h"
 #import "Extensions/NSString+TsFormat.h"
+#import "Extensions/TsColors.h"
 #import "StatusItem/TsStatusItemController.h"
 
 namespace {

@@ -2,9 +2,7 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
-#import "Extensions/NSColor+TsHex.h"
-#import "Extensions/NSImage+TsTint.h"
+#import "Extensions/TsColors.h"
 #include "Platform/DockMenu.h"
 #include "Platform/WindowServer.h"
 #include "StatusItem/StatusMenu.h"

@@ -25,8 +25,6 @@ constexpr CGFloat kListRowHeight = 22;
 constexpr CGFloat kScrollerWidth = 24;
 constexpr CGFloat kNoLimit = 1e7;
 
-NSString* OrEmpty(NSString* text) { return text != nil ? text : @""; }
-
 bool IsBlank(NSString* text) {
   NSCharacterSet* blanks = [NSCharacterSet whitespaceAndNewlineCharacterSet];
   return [[text stringByTrimmingCharactersInSet:blanks] length] == 0;
@@ -180,10 +178,10 @@ bool IsAttachable(NSString* path) {
 
 - (void)openWith:(const TsSupportMessage&)contents {
   if (![[self window] isVisible]) {
-    [_name setStringValue:OrEmpty(contents.name)];
-    [_email setStringValue:OrEmpty(contents.email)];
-    [_subject setStringValue:OrEmpty(contents.subject)];
-    [_message setString:OrEmpty(contents.message)];
+    [_name setStringValue:TsOrEmpty(contents.name)];
+    [_email setStringValue:TsOrEmpty(contents.email)];
+    [_subject setStringValue:TsOrEmpty(contents.subject)];
+    [_message setString:TsOrEmpty(contents.message)];
     [_attachments removeAllObjects];
     [_attachLog setState:NSOnState];
     [[self window] center];
@@ -227,10 +225,7 @@ bool IsAttachable(NSString* path) {
   request.button = TsStdString(NSLocalizedString(@"Attach", nil));
   request.allowsSeveral = true;
   platform::AskForFiles([self window], std::move(request), [self](const std::vector<std::string>& paths) {
-    if (paths.empty()) return;
-    NSMutableArray* chosen = [NSMutableArray array];
-    for (const std::string& path : paths) [chosen addObject:TsNSString(path)];
-    [self attachFiles:chosen];
+    if (!paths.empty()) [self attachFiles:TsNSArray(paths)];
   });
 }
 

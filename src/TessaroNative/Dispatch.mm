@@ -1,11 +1,10 @@
-#include "TessaroNative/Dispatch.h"
+#include "TessaroNative/FunctionTable.h"
 
 #import <Foundation/Foundation.h>
 
 #include <algorithm>
 #include <string>
 
-#include "Base/TsAssert.h"
 #include "Base/TsLog.h"
 #include "Platform/WindowServer.h"
 #include "Utilities/TsCallbackSlot.h"

@@ -1,9 +1,6 @@
 #include "TessaroNative/FunctionTable.h"
 
-#include <array>
 #include <utility>
-
-#include "TessaroNative/Dispatch.h"
 
 namespace {
 

@@ -76,6 +76,10 @@ struct ScriptFunction {
       : name(script), handlerName(text), slots(fills), nothing(result), needs(around), contract(tested), line(row) {}
 };
 
+// The way into every handler: tests the contract, provides what the handler needs, and lets no Objective-C exception
+// out into the engine.
+void Dispatch(const char* tableFile, const ScriptFunction& function, const ScriptArguments& args);
+
 // The whole script surface, in registration order.
 [[nodiscard]] std::span<const ScriptFunction> FunctionTable();
 

@@ -7,7 +7,6 @@
 #include "Application/AtomApplication.h"
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
-#include "Base/TsLogging.h"
 #include "Base/TsString.h"
 #include "Dock/TsDockMenu.h"
 #include "Extensions/NSApplication+TsBundle.h"
@@ -70,12 +69,6 @@ void TsMonitorReachability() {
   });
 }
 
-void TsRegisterServices() { TsRegisterServicesProvider(NSApp); }
-
-void TsInstallPDFServices() { [[TsPDFServices sharedInstance] install]; }
-
-void TsCreateUserNotification() { [TsUserNotification sharedInstance]; }
-
 void TsLogAppearance() {
   TsLogDebug(@"Dark Mode: %d %@ (%d)", TsIsDarkMode(), [NSApplication ts_osVersion],
              [NSApplication ts_isMojaveOrBetter]);
@@ -97,12 +90,12 @@ constexpr StartUpStep kStartUpSequence[] = {
     STEP(TsListenForComposeOutgoingMessage),
     STEP(TsListenForServiceProviderSearch),
     STEP(TsMonitorReachability),
-    STEP(TsRegisterServices),
+    {"TsRegisterServices", [] { TsRegisterServicesProvider(NSApp); }},
     STEP(TsActivateStatusItem),
     STEP(TsListenForStatusItemMenuNeedsUpdate),
     {"PFMoveToApplicationsFolderIfNecessary", platform::OfferMoveToApplicationsFolder},
-    STEP(TsInstallPDFServices),
-    STEP(TsCreateUserNotification),
+    {"TsInstallPDFServices", [] { [[TsPDFServices sharedInstance] install]; }},
+    {"TsCreateUserNotification", [] { [TsUserNotification sharedInstance]; }},
     STEP(TsLogAppearance),
 };
 

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "Base/Lifetime.h"
-#include "Utilities/TsEngineEntry.h"
 
 namespace platform = tessaro::platform;
 

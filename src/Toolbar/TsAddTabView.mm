@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Base/Ref.h"
-#import "Extensions/NSColor+TsHex.h"
+#import "Extensions/TsColors.h"
 #include "Platform/SystemAppearance.h"
 #include "Toolbar/TsTheme.h"
 

@@ -1,20 +1,21 @@
 #import "Toolbar/TsToolbarController.h"
 
-#include "Base/TsAssert.h"
 #include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SystemAppearance.h"
 #include "Toolbar/TsTheme.h"
-#import "Toolbar/TsToolbar.h"
 #include "Toolbar/TsToolbarDefinitions.h"
 #include "Utilities/TsCallbackSlot.h"
-#include "Window/WindowHandles.h"
+#include "Window/WindowUtils.h"
 
 namespace platform = tessaro::platform;
 
 namespace {
 
 constexpr NSSize kButtonSize = {48, 32};
+// Single precision, as in earlier versions.
+constexpr NSTimeInterval kPaletteCheckInterval = 0.1F;
 
 NSMutableArray* AllControllers() {
   static Forever<Ref<NSMutableArray>> controllers(Adopt([[NSMutableArray alloc] init]));
@@ -47,6 +48,47 @@ void SetImage(id owner, NSImage* image) {
 }
 
 }  // namespace
+
+@implementation TsToolbarItem
+
+@synthesize controller = _controller;
+
+- (void)validate {
+  [super validate];
+  if (_controller == nil) return;
+  const BOOL isEnabled = [_controller realValidateToolbarItem:self];
+  [As<NSControl>([self view]) setEnabled:isEnabled];
+  [self setEnabled:isEnabled];
+}
+
+@end
+
+@implementation TsToolbar
+
+@synthesize needToShowAddTabButton = _needToShowAddTabButton;
+@synthesize toolbarController = _toolbarController;
+
+- (void)runCustomizationPalette:(id)sender {
+  if ([_toolbarController isAddTabViewShowing]) {
+    [_toolbarController hideAddTabButton];
+    _needToShowAddTabButton = YES;
+  }
+  [NSTimer scheduledTimerWithTimeInterval:kPaletteCheckInterval
+                                   target:self
+                                 selector:@selector(timerFired:)
+                                 userInfo:nil
+                                  repeats:YES];
+  [super runCustomizationPalette:sender];
+}
+
+// There is no notification when the palette closes.
+- (void)timerFired:(NSTimer*)timer {
+  if ([self customizationPaletteIsRunning]) return;
+  [timer invalidate];
+  if (_needToShowAddTabButton) [_toolbarController showAddTabButton];
+}
+
+@end
 
 @implementation TsToolbarController
 
@@ -195,7 +237,7 @@ void SetImage(id owner, NSImage* image) {
   [button setAction:@selector(toolbarAction:)];
   [button setTarget:self];
   [item setView:button];
-  const auto menuItem = Adopt([[NSMenuItem alloc] initWithTitle:label != nil ? label : @""
+  const auto menuItem = Adopt([[NSMenuItem alloc] initWithTitle:TsOrEmpty(label)
                                                          action:@selector(toolbarAction:)
                                                   keyEquivalent:@""]);
   [menuItem setTarget:self];

@@ -3,6 +3,7 @@
 #import <Foundation/NSString.h>
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <variant>
@@ -66,3 +67,11 @@ class TsCallbackSlot {
 
 // The slot of that name. All are emptied when the script environment ends.
 [[nodiscard]] TsCallbackSlot& TsCallback(TsSlot slot);
+
+// Called once at the end of asynchronous work, with a text or with nil.
+using TsCompletion = std::function<void(NSString* result)>;
+
+// A completion that calls `function` with its result, once: calls after the first are ignored, and so is everything
+// after the end of the script environment. For a value that is no function it does nothing. It may be copied; main
+// thread only.
+[[nodiscard]] TsCompletion TsPendingCallback(v8::Local<v8::Value> function);

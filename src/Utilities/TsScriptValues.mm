@@ -11,9 +11,28 @@
 
 #include "Base/TsString.h"
 #include "Base/TsUnicode.h"
-#include "Utilities/TsEngineVersions.h"
 
 namespace {
+
+// How a string's characters are copied out of the engine, without a NUL after them. V8 has replaced the functions for
+// that: 12.4 has the former ones only, 13.6 both, later ones the `V2` functions only.
+#define TESSARO_V8_HAS_WRITE_V2 (V8_MAJOR_VERSION > 13 || (V8_MAJOR_VERSION == 13 && V8_MINOR_VERSION >= 6))
+
+void WriteLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, std::uint8_t* characters, int length) {
+#if TESSARO_V8_HAS_WRITE_V2
+  text->WriteOneByteV2(isolate, 0, static_cast<std::uint32_t>(length), characters);
+#else
+  text->WriteOneByte(isolate, characters, 0, length, v8::String::NO_NULL_TERMINATION);
+#endif
+}
+
+void WriteUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, std::uint16_t* characters, int length) {
+#if TESSARO_V8_HAS_WRITE_V2
+  text->WriteV2(isolate, 0, static_cast<std::uint32_t>(length), characters);
+#else
+  text->Write(isolate, characters, 0, length, v8::String::NO_NULL_TERMINATION);
+#endif
+}
 
 constexpr char kConversionFailed[] = "<string conversion failed>";
 constexpr std::size_t kHandleSize = sizeof(id);
@@ -23,7 +42,7 @@ static_assert(kHandleSize == 8, "script keeps object handles in Buffers of 8 byt
 
 Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
   const auto read = [&](std::uint8_t* characters) {
-    tessaro::engine::WriteLatin1(isolate, text, characters, length);
+    WriteLatin1(isolate, text, characters, length);
     return Adopt([[NSString alloc] initWithBytes:characters
                                           length:static_cast<NSUInteger>(length)
                                         encoding:NSISOLatin1StringEncoding]);
@@ -38,7 +57,7 @@ Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int l
 
 Ref<NSString> CopyUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
   std::u16string characters(static_cast<std::size_t>(length), u'\0');
-  tessaro::engine::WriteUtf16(isolate, text, reinterpret_cast<std::uint16_t*>(characters.data()), length);
+  WriteUtf16(isolate, text, reinterpret_cast<std::uint16_t*>(characters.data()), length);
   return TsNewString(std::move(characters));
 }
 

@@ -9,7 +9,116 @@
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
 #include "Utilities/TsPageState.h"
-#import "WebView/TsDraggingInfo.h"
+
+// The dragging information of a programmatic drop: a copy to a point, without a source window.
+@interface TsDraggingInfo : NSObject <NSDraggingInfo> {
+  NSPasteboard* _pasteboard;
+  NSPoint _draggingLocation;
+}
+
+@property(retain) NSPasteboard* pasteboard;
+@property NSPoint draggingLocation;
+
+@end
+
+@implementation TsDraggingInfo
+
+@synthesize pasteboard = _pasteboard;
+@synthesize draggingLocation = _draggingLocation;
+
+// With the system's drag pasteboard.
+- (instancetype)initWithLocation:(NSPoint)location {
+  self = [super init];
+  if (self == nil) return nil;
+  _draggingLocation = location;
+  [self setPasteboard:[NSPasteboard pasteboardWithName:NSDragPboard]];
+  return self;
+}
+
+- (void)dealloc {
+  [self setPasteboard:nil];
+  [super dealloc];
+}
+
+- (NSWindow*)draggingDestinationWindow {
+  return nil;
+}
+
+- (NSDragOperation)draggingSourceOperationMask {
+  return NSDragOperationCopy;
+}
+
+- (NSPoint)draggedImageLocation {
+  return [self draggingLocation];
+}
+
+- (NSImage*)draggedImage {
+  return nil;
+}
+
+- (NSPasteboard*)draggingPasteboard {
+  return [self pasteboard];
+}
+
+- (id)draggingSource {
+  return self;
+}
+
+- (NSInteger)draggingSequenceNumber {
+  return 0;
+}
+
+- (void)slideDraggedImageTo:(NSPoint)point {
+  TsLogDebug(@"slideDraggedImageTo: %@", NSStringFromPoint(point));
+}
+
+- (NSArray*)namesOfPromisedFilesDroppedAtDestination:(NSURL*)destination {
+  TsLogDebug(@"namesOfPromisedFilesDroppedAtDestination");
+  return [NSArray array];
+}
+
+// ---- Methods of Cocoa's protocol that GNUstep lacks
+
+- (NSInteger)draggingFormation {
+  TsLogDebug(@"draggingFormation");
+  return 0;
+}
+
+- (void)setDraggingFormation:(NSInteger)formation {
+  TsLogDebug(@"setDraggingFormation: %ld", static_cast<long>(formation));
+}
+
+- (BOOL)animatesToDestination {
+  return NO;
+}
+
+- (void)setAnimatesToDestination:(BOOL)animates {
+}
+
+- (NSInteger)numberOfValidItemsForDrop {
+  return 0;
+}
+
+- (void)setNumberOfValidItemsForDrop:(NSInteger)number {
+}
+
+// A programmatic drop has no items to enumerate.
+- (void)enumerateDraggingItemsWithOptions:(NSUInteger)options
+                                  forView:(NSView*)view
+                                  classes:(NSArray*)classes
+                            searchOptions:(NSDictionary*)searchOptions
+                               usingBlock:(__attribute__((noescape))TsDraggingItemBlock)block {
+  TsLogDebug(@"enumerateDraggingItemsWithOptions!");
+}
+
+- (NSInteger)springLoadingHighlight {
+  return 0;
+}
+
+- (void)resetSpringLoading {
+}
+
+@end
 
 // The host view's own methods, after the exchange.
 @interface NSObject (TsWebContentsViewAliases)

@@ -10,6 +10,11 @@
 
 // Main thread only.
 
+// The window of this application for a handle's reference to a window or a view. nil when the window is gone.
+//
+// `reference` may be any value: it is compared with living objects, never followed.
+[[nodiscard]] NSWindow* TsLivingWindow(const void* reference);
+
 // Adds the window delegate methods that the host's delegate class lacks.
 void TsInstallDelegateMethods();
 

@@ -7,7 +7,6 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
-#include "Base/TsProperty.h"
 #include "Extensions/TsHostClasses.h"
 #include "Platform/Cocoa.h"
 #include "Platform/MainQueue.h"
@@ -17,6 +16,14 @@
 namespace platform = tessaro::platform;
 
 namespace {
+
+bool Contains(NSView* view, const void* reference) {
+  if (view == reference) return true;
+  for (NSView* each in [view subviews]) {
+    if (Contains(each, reference)) return true;
+  }
+  return false;
+}
 
 NSString* const kDelayedNotification = @"TsDelayedNotification";
 constexpr std::chrono::seconds kSettlingTime{5};
@@ -48,6 +55,18 @@ Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
 }
 
 }  // namespace
+
+NSWindow* TsLivingWindow(const void* reference) {
+  if (reference == nullptr) return nil;
+  NSArray* windows = [NSApp windows];
+  for (NSWindow* window in windows) {
+    if (window == reference) return window;
+  }
+  for (NSWindow* window in windows) {
+    if (Contains([window contentView], reference)) return window;
+  }
+  return nil;
+}
 
 @implementation TsWindowUtils
 

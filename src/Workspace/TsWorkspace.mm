@@ -15,12 +15,6 @@ namespace {
 // A handler that stands for the system itself.
 NSString* const kSystemLibrary = @"com.apple.system-library";
 
-NSArray* Texts(const std::vector<std::string>& texts) {
-  NSMutableArray* array = [NSMutableArray arrayWithCapacity:texts.size()];
-  for (const std::string& text : texts) [array addObject:TsNSString(text)];
-  return array;
-}
-
 // A name from outside must not lead out of the folder.
 NSString* TsPathForImage(NSString* directory, NSString* name) {
   NSString* file =
@@ -115,7 +109,7 @@ NSArray* TsApplicationsForFileExtension(NSString* extension, NSInteger imageSize
             static_cast<unsigned long>(imageSize), directory);
   PrepareImageDirectory(directory);
   NSString* type = TsUTIForFileExtension(plain);
-  NSArray* handlers = Texts(platform::HandlersOfContentType(TsStdString(type)));
+  NSArray* handlers = TsNSArray(platform::HandlersOfContentType(TsStdString(type)));
   return TsAppsFromBundleIds(handlers, TsDefaultAppForUTI(type), imageSize, directory);
 }
 
@@ -123,7 +117,7 @@ NSArray* TsApplicationsForURLScheme(NSString* scheme, NSInteger imageSize, NSStr
   TsLogInfo(@"applicationsForScheme scheme %@, imageSize: %lu, targetDir: %@", scheme,
             static_cast<unsigned long>(imageSize), directory);
   PrepareImageDirectory(directory);
-  NSArray* handlers = Texts(platform::HandlersOfScheme(TsStdString(scheme)));
+  NSArray* handlers = TsNSArray(platform::HandlersOfScheme(TsStdString(scheme)));
   return TsAppsFromBundleIds(handlers, TsGetDefaultApplicationForURLScheme(scheme), imageSize, directory);
 }
 

@@ -10,7 +10,7 @@
 #include "Platform/MainQueue.h"
 #include "Platform/TaskQueues.h"
 #include "Probe.h"
-#include "TessaroNative/Dispatch.h"
+#include "TessaroNative/FunctionTable.h"
 #include "TessaroNative/StartUp.h"
 #include "TessaroNative/TsNetworkRequest.h"
 #include "Utilities/TsCallbackSlot.h"

@@ -1,7 +1,6 @@
 #import <AppKit/AppKit.h>
 
 #include "Application/AtomApplication.h"
-#include "Application/KeyCombinations.h"
 #include "Base/Ref.h"
 #include "Base/TsReplaceMethod.h"
 #import "Extensions/NSEvent+TsKeyboard.h"

@@ -16,7 +16,7 @@
 #include "Platform/Common/UpdateDecision.h"
 #include "Platform/CrashReporter.h"
 #include "Probe.h"
-#include "TessaroNative/Dispatch.h"
+#include "TessaroNative/FunctionTable.h"
 
 namespace platform = tessaro::platform;
 

@@ -1,18 +1,21 @@
 #import <AppKit/NSApplication.h>
+#import <Foundation/Foundation.h>
 
-#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "Application/AtomApplication.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
+#include "Extensions/NSApplication+TsBundle.h"
 #include "Files/TsFileDialog.h"
 #include "Platform/Files.h"
+#include "TessaroNative/StartUp.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsJSON.h"
+#include "Utilities/TsPageState.h"
 
 namespace platform = tessaro::platform;
 
@@ -29,6 +32,8 @@ std::optional<std::string_view> BytesOf(v8::Local<v8::Value> value) {
   return std::string_view(static_cast<const char*>(memory->Data()), memory->ByteLength());
 }
 
+NSString* const kFScriptFramework = @"~/Library/Frameworks/FScript.framework";
+
 }  // namespace
 
 void modifierKeys(const ScriptArguments& args) {
@@ -39,10 +44,10 @@ void modifierKeys(const ScriptArguments& args) {
 void TsIsAppHidden(const ScriptArguments& args) { args.GetReturnValue().Set(static_cast<bool>([NSApp isHidden])); }
 
 void showFileDialog(const ScriptArguments& args) {
-  auto callback = std::make_shared<TsCallbackSlot>();
-  callback->Set(args[2]);
   TsShowFileDialog(ToWindow(args[0]), convertToNSString(args[1]),
-                   [callback](NSArray* paths) { callback->Call({paths != nil ? TsConvertToJSONString(paths) : nil}); });
+                   [completion = TsPendingCallback(args[2])](NSArray* paths) {
+                     completion(paths != nil ? TsConvertToJSONString(paths) : nil);
+                   });
 }
 
 void TsWriteFile(const ScriptArguments& args) {
@@ -56,3 +61,32 @@ void TsWriteFile(const ScriptArguments& args) {
   TsLogError(@"Couldn't write %@", failure);
   ReturnString(args, failure);
 }
+
+@interface NSObject (FScriptMenuItem)
++ (void)insertInMainMenu;
+@end
+
+void loadFScript(const ScriptArguments&) {
+  NSString* path = [kFScriptFramework stringByExpandingTildeInPath];
+  if (![[NSFileManager defaultManager] fileExistsAtPath:path]) {
+    TsLogInfo(@"Couldn't find FScript at path %@", path);
+    return;
+  }
+  if ([[NSBundle bundleWithPath:path] load]) [NSClassFromString(@"FScriptMenuItem") insertInMainMenu];
+}
+
+void setCurrentURL(const ScriptArguments& args) {
+  v8::Isolate* isolate = args.GetIsolate();
+  SetCurrentURL(TsCopyString(isolate, args[0]), TsCopyString(isolate, args[1]), TsCopyString(isolate, args[2]));
+  args.GetReturnValue().SetNull();
+}
+
+void getBundlePath(const ScriptArguments& args) { ReturnString(args, [[NSBundle mainBundle] bundlePath]); }
+
+void getPreferredLanguages(const ScriptArguments& args) {
+  ReturnString(args, TsConvertToJSONString([NSLocale preferredLanguages]));
+}
+
+void isDarkMode(const ScriptArguments& args) { args.GetReturnValue().Set(TsIsDarkMode()); }
+
+void macOSVersion(const ScriptArguments& args) { ReturnString(args, [NSApplication ts_osVersion]); }

@@ -10,11 +10,22 @@ using ScriptArguments = v8::FunctionCallbackInfo<v8::Value>;
 
 using ScriptHandler = void(const ScriptArguments& args);
 
-// Module core
-ScriptHandler loadFScript, setCurrentURL, getBundlePath, getPreferredLanguages, isDarkMode, macOSVersion;
+// The application and its surroundings
+ScriptHandler loadFScript, setCurrentURL, getBundlePath, getPreferredLanguages, isDarkMode, macOSVersion, modifierKeys,
+    TsIsAppHidden, showFileDialog, TsWriteFile;
 
-// Status item
-ScriptHandler setStatusItemTitle;
+// Main menu and status item
+ScriptHandler updateMainMenuMenuItem, updateMainMenuMenuItemWithCommandId, setupMenuWillShowNotification,
+    setStatusItemTitle;
+
+// Windows, their toolbars, drops on them
+ScriptHandler reenableWindowUpdates, hasMainWindow, hasKeyWindow, hasSheets, closeMainWindow, closeKeyWindow,
+    hideWindowContent, TsResizeWindowContent, addToolbarToWindow, validateToolbarItems, selectToolbarItem,
+    toggleToolbarVisibility, isToolbarVisible, customizeToolbar, changeImageOfToolbarItem, showAddTabButton,
+    hideAddTabButton, dropFiles;
+
+// Support
+ScriptHandler openSupportAndFeedbackWindow, attachFilesToSupportAndFeedbackWindow;
 
 // User notifications and sounds
 ScriptHandler deliverUserNotification, removeUserNotifications, removeUserNotification, getSoundNames,
@@ -27,16 +38,6 @@ ScriptHandler getPasswordForAccount, setPasswordForAccount, removePasswordForAcc
 ScriptHandler getUserDefault, setUserDefault, removeUserDefault, synchronizeUserDefaults, getStartAtLogin,
     setStartAtLogin, migrateStartAtLogin, getTextReplacements;
 
-// Files, dialogs, sharing, support
-ScriptHandler openSupportAndFeedbackWindow, attachFilesToSupportAndFeedbackWindow, shareFiles, showFileDialog,
-    TsWriteFile;
-
-// Main menu
-ScriptHandler updateMainMenuMenuItem, updateMainMenuMenuItemWithCommandId, setupMenuWillShowNotification;
-
-// Application
-ScriptHandler modifierKeys, TsIsAppHidden;
-
 // Global shortcuts
 ScriptHandler startMonitoringKeyboardShortcuts, stopMonitoringKeyboardShortcuts, bindGlobalShortcutWithDefaultsKey,
     globalShortcutDescriptionForDefaultsKey;
@@ -46,17 +47,6 @@ ScriptHandler TsCreateRequest, isNetworkReachable;
 
 // Data of the previous version
 ScriptHandler hasPreviousVersion, getMigrationInfo;
-
-// Windows
-ScriptHandler reenableWindowUpdates, hasMainWindow, hasKeyWindow, hasSheets, closeMainWindow, closeKeyWindow,
-    hideWindowContent, TsResizeWindowContent;
-
-// Toolbar
-ScriptHandler addToolbarToWindow, validateToolbarItems, selectToolbarItem, toggleToolbarVisibility, isToolbarVisible,
-    customizeToolbar, changeImageOfToolbarItem, showAddTabButton, hideAddTabButton;
-
-// Drag and drop
-ScriptHandler dropFiles;
 
 // Pasteboard
 ScriptHandler saveGeneralPasteboard, restoreGeneralPasteboard, writeFileContentsToGeneralPasteboard,
@@ -69,10 +59,10 @@ ScriptHandler applicationsForFileExtension, applicationsForScheme, bundleId, def
 
 // Hand-offs to other applications
 ScriptHandler importIntoApplication, printPath, clipPage, installedClipperApps, uninstallPDFServices,
-    registerAppleEventForTimingApp;
+    registerAppleEventForTimingApp, HandlePerformService, shareFiles;
 
-// Mail from other applications, contacts
-ScriptHandler HandlePerformService, pickEmailAddresses, recipientsForGroupName;
+// Contacts
+ScriptHandler pickEmailAddresses, recipientsForGroupName;
 
 // Updates and crash events
 ScriptHandler checkForUpdates, setAppcastParameterCallback, fetchAppcast, getBuildNumber, getReleaseString,

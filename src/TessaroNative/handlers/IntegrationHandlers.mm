@@ -7,6 +7,8 @@
 #import "Integrations/TsPDFServices.h"
 #import "Integrations/TsTiming.h"
 #include "Platform/TaskQueues.h"
+#include "Services/TsServicesProvider.h"
+#include "Sharing/TsSharing.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsCallbackSlot.h"
@@ -103,3 +105,16 @@ void registerAppleEventForTimingApp(const ScriptArguments& args) {
 }
 
 void uninstallPDFServices(const ScriptArguments&) { [[TsPDFServices sharedInstance] uninstall]; }
+
+void HandlePerformService(const ScriptArguments& args) {
+  TsPerformService(convertToNSString(args[0]), convertToNSString(args[1]));
+}
+
+void shareFiles(const ScriptArguments& args) {
+  NSWindow* window = ToWindow(args[0]);
+  if (window == nil) return TsLogError(@"Need a window to share files from");
+  NSArray* paths = FromJSON<NSArray>(args[1], @"paths");
+  NSDictionary* place = FromJSON<NSDictionary>(args[2], @"rectangle");
+  if (paths == nil || place == nil) return;
+  TsShareFiles(window, paths, place);
+}

@@ -1,4 +1,5 @@
 #include "Menu/TsMainMenu.h"
+#import "StatusItem/TsStatusItemController.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 
@@ -25,3 +26,9 @@ void updateMainMenuMenuItem(const ScriptArguments& args) {
 }
 
 void setupMenuWillShowNotification(const ScriptArguments&) { TsSetupAppMenuNeedsUpdateNotification(); }
+
+void setStatusItemTitle(const ScriptArguments& args) {
+  TsStatusItemController* controller = [TsStatusItemController sharedInstance];
+  [controller setHasErrors:args[1]->IsTrue()];
+  [controller setTitle:args[0]->IsString() ? convertToNSString(args[0]) : nil];
+}

@@ -3,6 +3,7 @@
 #include <string>
 #include <utility>
 
+#include "Reachability/TsReachability.h"
 #include "TessaroNative/TsNetworkRequest.h"
 #include "TessaroNative/handlers/Handlers.h"
 
@@ -63,3 +64,5 @@ void TsCreateRequest(const ScriptArguments& args) {
   v8::Local<v8::Object> object;
   if (TsNetworkRequest::New(context, std::move(request)).ToLocal(&object)) args.GetReturnValue().Set(object);
 }
+
+void isNetworkReachable(const ScriptArguments& args) { args.GetReturnValue().Set(TsIsNetworkReachable()); }

@@ -6,7 +6,7 @@
 
 #include "Base/TsLog.h"
 #include "Utilities/TsJSON.h"
-#include "Window/WindowHandles.h"
+#include "Window/WindowUtils.h"
 
 void ReturnString(const ScriptArguments& args, NSString* string) {
   v8::Local<v8::String> result;

@@ -1,4 +1,4 @@
-#include "Base/TsLogging.h"
+#include "Base/TsLog.h"
 
 #include <pthread.h>
 #include <spdlog/async_logger.h>
@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <mutex>
 #include <thread>
@@ -290,4 +291,11 @@ void TsLogFacility::Flush() noexcept { pipeline_->Flush(); }
 std::filesystem::path TsLogFacility::File() noexcept {
   Flush();
   return pipeline_->File();
+}
+
+void TsAbort(const char* file, int line, const char* function, const char* text) {
+  TsLogFacility::Shared().Flush();
+  std::fprintf(stderr, "TessaroNative: %s:%d: %s: %s\n", file, line, function, text);
+  std::fflush(stderr);
+  std::abort();
 }

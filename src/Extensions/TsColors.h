@@ -9,3 +9,10 @@
 + (NSColor*)ts_colorWithHexColorString:(NSString*)string;
 
 @end
+
+@interface NSImage (TsTint)
+
+// A copy that has the image's shape in one flat colour.
+- (NSImage*)ts_tintedImageWithColor:(NSColor*)color;
+
+@end
