@@ -66,7 +66,17 @@ NSSize ContentSizeFor(NSSize image) {
 
 }  // namespace
 
-@interface TsImageAnnotator ()
+// The editor's window and its owner, which lives as long as the window is open.
+@interface TsImageAnnotator : NSObject {
+  Ref<NSString> _path;
+  TsCompletion _completion;
+  // A panel, because a window would get a main menu of its own.
+  Ref<NSPanel> _window;
+  TsAnnotationView* _canvas;
+  Ref<NSArray> _toolButtons;
+  NSButton* _undoButton;
+}
+
 - (instancetype)initWithPath:(NSString*)path image:(NSImage*)image completion:(const TsCompletion&)completion;
 @end
 

@@ -19,6 +19,7 @@ using platform::SecretFailure;
 
 NSString* const kPreviousVersionsService = @"Tessaro 3";
 NSString* const kSeparateService = @"Kolvar";
+constexpr int kMostRounds = 10;
 
 // The UTF-8 bytes of a password, without leaving a copy anywhere.
 Secret SecretOf(NSString* password) {
@@ -161,8 +162,8 @@ NSDictionary* Written(const Result<void>& result, NSString* account, NSString* p
 
 - (BOOL)removeAllPasswords {
   const std::string service = TsStdString(_service);
-  // Repeat for items that are added while others are removed.
-  for (;;) {
+  // Repeat for items that are added while others are removed; a faulty service may show an item for ever.
+  for (int round = 0; round < kMostRounds; ++round) {
     const auto items = _store->Find(service, std::nullopt);
     if (!items) return YES;
     const auto accounts = _store->Accounts(*items).value_or(platform::SecretStore::AccountNames());
@@ -172,6 +173,7 @@ NSDictionary* Written(const Result<void>& result, NSString* account, NSString* p
       [self logRemovalOf:isKnown ? TsNSString(*accounts[i]) : @"unknown"];
     }
   }
+  return NO;
 }
 
 - (void)logRemovalOf:(NSString*)account {

@@ -335,7 +335,7 @@ NSString* const kExportedBooleans[] = {@"isGmailChatBlocked", @"isGooglePlusBloc
   [exported setObject:OrNull([self password]) forKey:@"password"];
   [exported setObject:[NSNumber numberWithUnsignedInteger:[self numberOfDownloadItems]]
                forKey:@"numberOfDownloadItems"];
-  [exported setObject:[self exportedObjectsIn:"bookmarks"] forKey:@"bookmarks"];
+  [exported setObject:TsExported([self objectsIn:"bookmarks"]) forKey:@"bookmarks"];
   return exported;
 }
 

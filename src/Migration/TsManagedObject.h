@@ -39,9 +39,6 @@
 // The objects of a relationship, in the order of the store.
 - (NSArray*)objectsIn:(std::string_view)relationship;
 
-// Their -dictionaryWithValues, without making the objects; for entities whose class has none of its own.
-- (NSArray*)exportedObjectsIn:(std::string_view)relationship;
-
 // The one of a to-one relationship.
 - (id)objectIn:(std::string_view)relationship;
 

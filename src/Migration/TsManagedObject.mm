@@ -7,7 +7,6 @@
 #include <limits>
 #include <optional>
 
-#include "Base/Lifetime.h"
 #include "Base/TsLog.h"
 #include "Base/TsNumberText.h"
 #include "Base/TsString.h"
@@ -116,19 +115,11 @@ const TsRelationship& Named(const TsEntity* entity, std::string_view name) {
   return *std::find_if(all.begin(), all.end(), [&](const TsRelationship& each) { return each.name == name; });
 }
 
-// Every object of an entity has the same names, so each is made once.
-NSString* NameOf(const TsAttribute& attribute) {
-  static Forever<std::unordered_map<const TsAttribute*, Ref<NSString>>> names;
-  Ref<NSString>& name = (*names)[&attribute];
-  if (!name) name = TsNewString(attribute.name);
-  return name;
-}
-
 Ref<NSMutableDictionary> NewValues(const TsStoreFile& store, const std::string& identifier, const TsEntity& entity) {
   auto values = Adopt([[NSMutableDictionary alloc] initWithCapacity:entity.attributes.size()]);
   for (const auto& [attribute, type, text] : store.Values(identifier, entity)) {
     const auto value = NewStoreValue(attribute->type, type, text);
-    if (value) [values setObject:value forKey:NameOf(*attribute)];
+    if (value) [values setObject:value forKey:TsNSString(attribute->name)];
   }
   return values;
 }
@@ -138,23 +129,10 @@ Ref<NSMutableDictionary> NewExport(const TsStoreFile& store, const std::string& 
   auto exported = NewValues(store, identifier, entity);
   if ([exported count] == entity.attributes.size()) return exported;
   for (const TsAttribute& attribute : entity.attributes) {
-    NSString* name = NameOf(attribute);
+    NSString* name = TsNSString(attribute.name);
     if ([exported objectForKey:name] == nil) [exported setObject:[NSNull null] forKey:name];
   }
   return exported;
-}
-
-// `make` gives an object for each related identifier. Empty without a store.
-template <typename Make>
-NSArray* Related(const TsStoreFile* store, const std::string& identifier, const TsRelationship& relationship,
-                 const Make& make) {
-  NSMutableArray* objects = [NSMutableArray array];
-  if (store == nullptr) return objects;
-  const TsEntity& destination = *TsEntityNamed(relationship.destination);
-  for (const std::string& each : store->Related(identifier, relationship)) {
-    [objects addObject:make(*store, each, destination)];
-  }
-  return objects;
 }
 
 id Get(TsManagedObject* self, SEL accessor) { return [[self values] objectForKey:NSStringFromSelector(accessor)]; }
@@ -212,14 +190,15 @@ void Set(TsManagedObject* self, SEL accessor, id value) {
 }
 
 - (NSArray*)objectsIn:(std::string_view)relationship {
-  const auto object = [self](const TsStoreFile&, const std::string& identifier, const TsEntity& entity) {
-    return [_context object:identifier of:entity];
-  };
-  return Related([self store], _identifier, Named(_entity, relationship), object);
-}
-
-- (NSArray*)exportedObjectsIn:(std::string_view)relationship {
-  return Related([self store], _identifier, Named(_entity, relationship), NewExport);
+  NSMutableArray* objects = [NSMutableArray array];
+  const TsStoreFile* store = [self store];
+  if (store == nullptr) return objects;
+  const TsRelationship& description = Named(_entity, relationship);
+  const TsEntity& destination = *TsEntityNamed(description.destination);
+  for (const std::string& identifier : store->Related(_identifier, description)) {
+    [objects addObject:[_context object:identifier of:destination]];
+  }
+  return objects;
 }
 
 - (id)objectIn:(std::string_view)relationship {

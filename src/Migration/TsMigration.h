@@ -2,6 +2,31 @@
 
 #import <Foundation/Foundation.h>
 
+#import "Migration/TsAccount.h"
+
+// The accounts of the previous version. Main thread.
+@interface TsAccounts : TsPersistence
+
+// The previous version's own file.
++ (TsAccounts*)sharedInstance;
+
+// By "order", then by "username".
+- (NSArray*)all;
+
+// The first one that is not `sender`; nil if missing.
+- (TsAccount*)findByUsername:(NSString*)username;
+- (TsAccount*)findByUsername:(NSString*)username sender:(id)sender;
+- (TsAccount*)findByNickname:(NSString*)nickname;
+- (TsAccount*)findByNickname:(NSString*)nickname sender:(id)sender;
+
+// Whether any account has one.
+- (BOOL)hasBookmarks;
+
+// Whether the account is still there.
+- (BOOL)isAccessible:(TsAccount*)account;
+
+@end
+
 // The data of the previous major version. Nothing is cached or written; missing files give empty results. Main thread.
 @interface TsMigration : NSObject
 

@@ -11,23 +11,19 @@ enum Type : std::size_t { Gmail, GoogleInbox, Calendar, Contacts };
 
 struct TypeDescription {
   NSString* name;
-  NSString* prefix;
-  std::size_t lengthBeforeAccount;  // of the text form: the prefix, and what separates the account
   NSString* label;
-  NSString* icon;
 };
 
 // In the order in which a text is compared with them.
 const TypeDescription kTypes[] = {
-    {@"Gmail", @"Ts_Gmail", 9, @"Gmail", @"Gmail_Template"},
-    {@"GoogleInbox", @"Ts_GoogleInbox", 15, @"Google Inbox", @"GoogleInbox_Template"},
-    {@"Calendar", @"Ts_Calendar", 12, @"Calendar", @"Calendar_Template"},
-    {@"Contacts", @"Ts_Contacts", 12, @"Contacts", @"Contacts_Template"},
+    {@"Gmail", @"Gmail"},
+    {@"GoogleInbox", @"Google Inbox"},
+    {@"Calendar", @"Calendar"},
+    {@"Contacts", @"Contacts"},
 };
 
-bool IsTextOf(const TypeDescription& type, NSString* text) {
-  return [text hasPrefix:type.prefix] && [text length] >= type.lengthBeforeAccount;
-}
+// The text form without the account.
+NSString* PrefixOf(const TypeDescription& type) { return [NSString stringWithFormat:@"Ts_%@", type.name]; }
 
 bool IsActive(TsWorkspaceState* state) { return [[state active] boolValue] != NO; }
 
@@ -75,9 +71,10 @@ TYPE(contacts, Contacts)
 
 + (TsGoogleAppIdentifier*)identifierWithDescription:(NSString*)description {
   for (const std::size_t type : {Gmail, GoogleInbox, Calendar, Contacts}) {
-    if (!IsTextOf(kTypes[type], description)) continue;
-    NSString* account = [description substringFromIndex:kTypes[type].lengthBeforeAccount];
-    return [self identifierWithType:type accountIdentifier:account];
+    NSString* prefix = PrefixOf(kTypes[type]);
+    // Any character separates the account.
+    if (![description hasPrefix:prefix] || [description length] == [prefix length]) continue;
+    return [self identifierWithType:type accountIdentifier:[description substringFromIndex:[prefix length] + 1]];
   }
   @throw [NSException exceptionWithName:@"UnknownIdentifier" reason:description userInfo:nil];
 }
@@ -99,11 +96,11 @@ TYPE(contacts, Contacts)
 }
 
 - (NSImage*)defaultIcon {
-  return [NSImage imageNamed:kTypes[_type].icon];
+  return [NSImage imageNamed:[[self type] stringByAppendingString:@"_Template"]];
 }
 
 - (NSString*)description {
-  return [NSString stringWithFormat:@"Ts_%@_%@", [self type], _accountIdentifier.get()];
+  return [NSString stringWithFormat:@"%@_%@", PrefixOf(kTypes[_type]), _accountIdentifier.get()];
 }
 
 - (BOOL)isEqual:(id)other {

@@ -11,9 +11,11 @@
 #include "Base/TsString.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
+#include "Platform/HotKeys.h"
 #import "Shortcuts/MASShortcut.h"
-#import "Shortcuts/TsShortcutValidator.h"
 #include "Utilities/TsNotificationObserver.h"
+
+namespace platform = tessaro::platform;
 
 namespace {
 
@@ -28,6 +30,52 @@ constexpr unsigned short kQ = 12;
 constexpr unsigned short kW = 13;
 
 NSUserDefaults* Defaults() { return [NSUserDefaults standardUserDefaults]; }
+
+bool HasShortcut(NSMenuItem* item, MASShortcut* shortcut) {
+  NSString* key = [item keyEquivalent];
+  if ([key length] == 0 || [item isHidden]) return false;
+  // A capital letter implies Shift.
+  const bool isCapital = ![key isEqualToString:[key lowercaseString]];
+  constexpr NSUInteger kModifiers = kTsCommand | kTsOption | kTsControl | kTsShift;
+  const NSUInteger modifiers = ([item keyEquivalentModifierMask] & kModifiers) | (isCapital ? kTsShift : 0);
+  return modifiers == [shortcut modifierFlags] && [[key lowercaseString] isEqualToString:[shortcut keyEquivalent]];
+}
+
+NSMenuItem* FindItem(NSMenu* menu, MASShortcut* shortcut) {
+  for (NSMenuItem* item in [menu itemArray]) {
+    NSMenuItem* found = [item hasSubmenu]             ? FindItem([item submenu], shortcut)
+                        : HasShortcut(item, shortcut) ? item
+                                                      : nil;
+    if (found != nil) return found;
+  }
+  return nil;
+}
+
+// The shortcut as a system-wide hot key.
+platform::HotKey ToHotKey(MASShortcut* shortcut) {
+  const auto holds = [flags = [shortcut modifierFlags]](NSUInteger modifier) { return (flags & modifier) != 0; };
+  return {
+      .virtualKeyCode = [shortcut keyCode],
+      .command = holds(kTsCommand),
+      .option = holds(kTsOption),
+      .control = holds(kTsControl),
+      .shift = holds(kTsShift),
+  };
+}
+
+// Why a shortcut in this state does not work, in a sentence; nil when it works.
+NSString* WhyInactive(MASShortcut* shortcut, platform::HotKeyStatus status) {
+  switch (status) {
+    case platform::HotKeyStatus::Active:
+      return nil;
+    case platform::HotKeyStatus::Taken:
+      return [NSString stringWithFormat:@"%@ is already used by another application or by the system.", shortcut];
+    case platform::HotKeyStatus::NotOnKeyboard:
+      return [NSString stringWithFormat:@"This keyboard has no %@.", shortcut];
+    case platform::HotKeyStatus::Unsupported:
+      return @"This session doesn’t let applications have shortcuts outside their own windows.";
+  }
+}
 
 id StoredObject(NSString* defaultsKey) { return [Defaults() objectForKey:defaultsKey]; }
 
@@ -91,10 +139,52 @@ class BoundShortcut {
   Ref<NSString> defaultsKey_;
   std::function<void()> action_;
   Ref<NSObject> stored_;
-  std::optional<tessaro::platform::HotKeyRegistration> registration_;
+  std::optional<platform::HotKeyRegistration> registration_;
 };
 
 }  // namespace
+
+// Which shortcuts may be recorded. Main thread only.
+@interface TsShortcutValidator : NSObject
+
++ (instancetype)sharedValidator;
+
+// Whether the shortcut doesn't interfere with typing: a function key, or any key with Command or Control; with Option
+// alone, which types letters on many keyboards, only keys that type nothing.
+- (BOOL)isShortcutValid:(MASShortcut*)shortcut;
+
+// Whether the shortcut is unavailable: another application or an item of the main menu has it, or the keyboard or the
+// session doesn't support it. `explanation` says why in a sentence.
+- (BOOL)isShortcutAlreadyTakenBySystem:(MASShortcut*)shortcut explanation:(NSString**)explanation;
+
+@end
+
+@implementation TsShortcutValidator
+
++ (instancetype)sharedValidator {
+  static TsShortcutValidator* const validator = [[self alloc] init];
+  return validator;
+}
+
+- (BOOL)isShortcutValid:(MASShortcut*)shortcut {
+  if ([[shortcut keyCodeString] length] == 0) return NO;
+  if (IsFunctionKey([shortcut keyCode])) return YES;
+  const NSUInteger modifiers = [shortcut modifierFlags];
+  if (modifiers & (kTsCommand | kTsControl)) return YES;
+  return (modifiers & kTsOption) != 0 && !IsTypingKey([shortcut keyCode]);
+}
+
+- (BOOL)isShortcutAlreadyTakenBySystem:(MASShortcut*)shortcut explanation:(NSString**)explanation {
+  NSMenuItem* item = FindItem([NSApp mainMenu], shortcut);
+  NSString* reason =
+      item != nil ? [NSString stringWithFormat:@"%@ is the shortcut of the menu item “%@”.", shortcut, [item title]]
+                  : WhyInactive(shortcut, platform::HotKeyStatusOf(ToHotKey(shortcut)));
+  if (reason == nil) return NO;
+  if (explanation != nullptr) *explanation = reason;
+  return YES;
+}
+
+@end
 
 // Actions for the shortcuts stored in the standard user defaults, pressed in any application. Main thread only.
 @interface TsShortcutBinder : NSObject {

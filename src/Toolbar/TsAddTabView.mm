@@ -5,7 +5,6 @@
 #include "Base/Ref.h"
 #import "Extensions/TsColors.h"
 #include "Platform/SystemAppearance.h"
-#include "Toolbar/TsTheme.h"
 
 namespace {
 
@@ -71,20 +70,12 @@ void StrokePlus(NSRect area, const Look& look) {
 
 - (instancetype)initWithFrame:(NSRect)frame {
   self = [super initWithFrame:frame];
-  if (self == nil) return nil;
-  _isDarkMode = tessaro::platform::IsDarkMode();
-  TsObserveTheme(self, @selector(themeChanged:));
+  if (self) _isDarkMode = tessaro::platform::IsDarkMode();
   return self;
 }
 
-- (void)dealloc {
-  TsLeaveTheme(self);
-  [[NSNotificationCenter defaultCenter] removeObserver:self];
-  [super dealloc];
-}
-
-- (void)themeChanged:(NSNotification*)notification {
-  _isDarkMode = tessaro::platform::IsDarkMode();
+- (void)setIsDarkMode:(BOOL)isDarkMode {
+  _isDarkMode = isDarkMode;
   [self setNeedsDisplay:YES];
 }
 

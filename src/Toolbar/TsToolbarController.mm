@@ -4,7 +4,6 @@
 #include "Base/TsString.h"
 #include "Platform/MainQueue.h"
 #include "Platform/SystemAppearance.h"
-#include "Toolbar/TsTheme.h"
 #include "Toolbar/TsToolbarDefinitions.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Window/WindowUtils.h"
@@ -13,6 +12,7 @@ namespace platform = tessaro::platform;
 
 namespace {
 
+NSString* const kThemeChanged = @"AppleInterfaceThemeChangedNotification";
 constexpr NSSize kButtonSize = {48, 32};
 // Single precision, as in earlier versions.
 constexpr NSTimeInterval kPaletteCheckInterval = 0.1F;
@@ -45,6 +45,28 @@ NSToolbarItem* ItemWithView(NSToolbar* toolbar, id view) {
 
 void SetImage(id owner, NSImage* image) {
   if ([owner respondsToSelector:@selector(setImage:)]) [owner setImage:image];
+}
+
+// Sends `selector` to `observer` whenever the desktop's appearance changes. The notification server may be missing:
+// toolbars work without it.
+void ObserveTheme(id observer, SEL selector) {
+  platform::AnnounceAppearanceChanges();
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] addObserver:observer
+                                                        selector:selector
+                                                            name:kThemeChanged
+                                                          object:nil];
+  } @catch (NSException* exception) {
+    TsLogWarning(@"Changes of the appearance won't be noticed: %@", [exception reason]);
+  }
+}
+
+void LeaveTheme(id observer) {
+  @try {
+    [[NSDistributedNotificationCenter defaultCenter] removeObserver:observer name:kThemeChanged object:nil];
+  } @catch (NSException* exception) {
+    TsLogDebug(@"The appearance was not watched: %@", [exception reason]);
+  }
 }
 
 }  // namespace
@@ -103,7 +125,7 @@ void SetImage(id owner, NSImage* image) {
   self = [super init];
   if (self == nil) return nil;
   _isDarkMode = platform::IsDarkMode();
-  TsObserveTheme(self, @selector(darkModeChanged:));
+  ObserveTheme(self, @selector(darkModeChanged:));
   TsAssert([definition objectForKey:@"identifier"] != nil, "need an identifier");
   TsAssert([definition objectForKey:@"items"] != nil, "need toolbar items.");
   TsAssert(As<NSDictionary>([definition objectForKey:@"options"]) != nil, "need a dictionary of options.");
@@ -116,7 +138,7 @@ void SetImage(id owner, NSImage* image) {
 
 // The window may outlive the controller: clear everything that points here.
 - (void)dealloc {
-  TsLeaveTheme(self);
+  LeaveTheme(self);
   [[NSNotificationCenter defaultCenter] removeObserver:self];
   [_addTabViewController setActionDelegate:nil];
   for (TsToolbarItem* item in [_toolbarItems allValues]) [self releaseItem:item];
@@ -255,11 +277,12 @@ void SetImage(id owner, NSImage* image) {
 }
 
 - (void)darkModeChanged:(NSNotification*)notification {
-  platform::MainQueue::Shared().Post([kept = Retain(self)] { [kept refreshImages]; });
+  platform::MainQueue::Shared().Post([kept = Retain(self)] { [kept showAppearance]; });
 }
 
-- (void)refreshImages {
+- (void)showAppearance {
   _isDarkMode = platform::IsDarkMode();
+  [static_cast<TsAddTabView*>([_addTabViewController view]) setIsDarkMode:_isDarkMode];
   for (NSToolbarItem* item in [[self toolbar] items]) {
     NSDictionary* definition = TsDefinitionWithIdentifier(_toolbarDefinitions, [item itemIdentifier]);
     NSImage* image = definition != nil ? [self imageForItem:definition] : nil;

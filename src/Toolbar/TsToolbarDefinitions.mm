@@ -6,22 +6,16 @@
 namespace {
 
 NSString* SystemIdentifier(NSString* type) {
-  const struct {
-    NSString* type;
-    NSString* identifier;
-  } items[] = {
-      {@"space", NSToolbarSpaceItemIdentifier},
-      {@"flexible-space", NSToolbarFlexibleSpaceItemIdentifier},
-      {@"separator", NSToolbarSeparatorItemIdentifier},
-      {@"colors", NSToolbarShowColorsItemIdentifier},
-      {@"customize-toolbar", NSToolbarCustomizeToolbarItemIdentifier},
-      {@"print", NSToolbarPrintItemIdentifier},
-      {@"cloud-sharing", NSToolbarCloudSharingItemIdentifier},
+  NSDictionary* identifiers = @{
+    @"space" : NSToolbarSpaceItemIdentifier,
+    @"flexible-space" : NSToolbarFlexibleSpaceItemIdentifier,
+    @"separator" : NSToolbarSeparatorItemIdentifier,
+    @"colors" : NSToolbarShowColorsItemIdentifier,
+    @"customize-toolbar" : NSToolbarCustomizeToolbarItemIdentifier,
+    @"print" : NSToolbarPrintItemIdentifier,
+    @"cloud-sharing" : NSToolbarCloudSharingItemIdentifier,
   };
-  for (const auto& item : items) {
-    if ([type isEqualToString:item.type]) return item.identifier;
-  }
-  return nil;
+  return type != nil ? [identifiers objectForKey:type] : nil;
 }
 
 bool IsDefinition(id value) { return As<NSDictionary>(value) != nil; }

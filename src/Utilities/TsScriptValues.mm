@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -36,23 +35,15 @@ void WriteUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, std::uint16_t*
 
 constexpr char kConversionFailed[] = "<string conversion failed>";
 constexpr std::size_t kHandleSize = sizeof(id);
-constexpr std::size_t kShortText = 256;
 
 static_assert(kHandleSize == 8, "script keeps object handles in Buffers of 8 bytes");
 
 Ref<NSString> CopyLatin1(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {
-  const auto read = [&](std::uint8_t* characters) {
-    WriteLatin1(isolate, text, characters, length);
-    return Adopt([[NSString alloc] initWithBytes:characters
-                                          length:static_cast<NSUInteger>(length)
-                                        encoding:NSISOLatin1StringEncoding]);
-  };
-  if (static_cast<std::size_t>(length) <= kShortText) {
-    std::array<std::uint8_t, kShortText> characters;
-    return read(characters.data());
-  }
-  const auto characters = std::make_unique_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(length));
-  return read(characters.get());
+  std::string characters(static_cast<std::size_t>(length), '\0');
+  WriteLatin1(isolate, text, reinterpret_cast<std::uint8_t*>(characters.data()), length);
+  return Adopt([[NSString alloc] initWithBytes:characters.data()
+                                        length:characters.size()
+                                      encoding:NSISOLatin1StringEncoding]);
 }
 
 Ref<NSString> CopyUtf16(v8::Isolate* isolate, v8::Local<v8::String> text, int length) {

@@ -28,22 +28,14 @@ bool Contains(NSView* view, const void* reference) {
 NSString* const kDelayedNotification = @"TsDelayedNotification";
 constexpr std::chrono::seconds kSettlingTime{5};
 
-struct WindowEvent {
-  NSString* notification;
-  NSString* name;
-};
-
-NSString* EventNameOf(NSNotification* notification) {
-  const WindowEvent events[] = {
-      {NSWindowDidResignMainNotification, @"did-resign-main"},
-      {NSWindowDidBecomeMainNotification, @"did-become-main"},
-      {NSWindowDidResignKeyNotification, @"did-resign-key"},
-      {NSWindowDidBecomeKeyNotification, @"did-become-key"},
+// The windows' notifications that script learns of, and their names there.
+NSDictionary* EventNames() {
+  return @{
+    NSWindowDidResignMainNotification : @"did-resign-main",
+    NSWindowDidBecomeMainNotification : @"did-become-main",
+    NSWindowDidResignKeyNotification : @"did-resign-key",
+    NSWindowDidBecomeKeyNotification : @"did-become-key",
   };
-  for (const WindowEvent& event : events) {
-    if ([[notification name] isEqualToString:event.notification]) return event.name;
-  }
-  return nil;
 }
 
 Ref<NSNotification> DelayedCopyOf(NSNotification* notification) {
@@ -81,10 +73,7 @@ NSWindow* TsLivingWindow(const void* reference) {
 }
 
 - (void)registerCallbacks {
-  [self observe:NSWindowDidResignMainNotification with:@selector(windowNotification:)];
-  [self observe:NSWindowDidBecomeMainNotification with:@selector(windowNotification:)];
-  [self observe:NSWindowDidResignKeyNotification with:@selector(windowNotification:)];
-  [self observe:NSWindowDidBecomeKeyNotification with:@selector(windowNotification:)];
+  for (NSString* name in EventNames()) [self observe:name with:@selector(windowNotification:)];
   [self observe:NSWindowDidChangeBackingPropertiesNotification with:@selector(windowDidChangeScreenBacking:)];
 }
 
@@ -93,7 +82,7 @@ NSWindow* TsLivingWindow(const void* reference) {
 }
 
 - (void)windowNotification:(NSNotification*)notification {
-  NSString* name = EventNameOf(notification);
+  NSString* name = [EventNames() objectForKey:[notification name]];
   if (name == nil) {
     TsLogWarning(@"Unknown notification %@", [notification name]);
     return;
