@@ -228,9 +228,7 @@ void TsTakeScreenRecording(NSString* folder, const TsCompletion& completion) {
 - (void)addButtons:(const std::vector<Ref<NSButton>>&)buttons {
   TsRows rows([_panel contentView]);
   TsRow row = rows.FromBottom();
-  for (const auto& button : buttons) {
-    row.AddLeft(button);
-  }
+  for (const auto& button : buttons) row.AddLeft(button);
 }
 
 - (Ref<NSButton>)newButton:(NSString*)title action:(SEL)action key:(NSString*)key {

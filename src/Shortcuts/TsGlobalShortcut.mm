@@ -110,8 +110,6 @@ NSDictionary* Status(NSString* shortcut, NSString* error, bool isExisting, bool 
   };
 }
 
-MASShortcut* StoredShortcut(NSString* defaultsKey) { return ShortcutFrom(StoredObject(defaultsKey), defaultsKey); }
-
 // A key of the user defaults, the shortcut last read from it, and its registration.
 class BoundShortcut {
  public:
@@ -328,7 +326,7 @@ class BoundShortcut {
 }
 
 - (NSString*)shortcutDescriptionForDefaultsKey:(NSString*)key {
-  return [StoredShortcut(key) description];
+  return [ShortcutFrom(StoredObject(key), key) description];
 }
 
 @end

@@ -29,9 +29,6 @@
 
 @end
 
-@class TsToolbar;
-@class TsToolbarItem;
-
 // The toolbar of one window, defined by script: makes the items, validates them through script, and reports clicks. It
 // lives until its window closes. Main thread only.
 @interface TsToolbarController : NSObject <NSToolbarDelegate, TsAddTabViewDelegate> {

@@ -19,6 +19,11 @@
 @property(retain) NSPasteboard* pasteboard;
 @property NSPoint draggingLocation;
 
+// Enumerations in Cocoa, which GNUstep lacks.
+- (NSInteger)draggingFormation;
+- (void)setDraggingFormation:(NSInteger)formation;
+- (NSInteger)springLoadingHighlight;
+
 @end
 
 @implementation TsDraggingInfo
@@ -150,7 +155,7 @@ NSView* DropTargetAroundFocus(NSWindow* window) {
 }
 
 NSView* DropTargetFromTop(NSWindow* window) {
-  Class inspectable = TsHostClass(TsHostClassName::InspectableWebContentsView);
+  Class inspectable = TsHostInspectableWebContentsView();
   for (NSView* each in [[window contentView] subviews]) {
     if (![each isKindOfClass:inspectable]) continue;
     if (NSView* target = FirstSubviewOfKind(each, WebContentsView())) return target;

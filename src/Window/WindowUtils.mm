@@ -129,12 +129,12 @@ TS_RETAINED(NSColor, backgroundColor, BackgroundColor)
 @end
 
 bool TsIsBrowserWindow(id window) {
-  Class browserWindow = TsHostClass(TsHostClassName::Window);
+  Class browserWindow = TsHostWindow();
   return browserWindow != Nil && [window isKindOfClass:browserWindow];
 }
 
 void TsInstallDelegateMethods() {
-  Class delegate = TsHostClass(TsHostClassName::WindowDelegate);
+  Class delegate = TsHostWindowDelegate();
   if (delegate == Nil) return;
   const std::string encoding = std::string(@encode(BOOL)) + "@:@@" + @encode(NSPoint) + "@";
   class_addMethod(delegate, @selector(window:shouldDragDocumentWithEvent:from:withPasteboard:),

@@ -31,8 +31,9 @@ ScriptHandler openSupportAndFeedbackWindow, attachFilesToSupportAndFeedbackWindo
 ScriptHandler deliverUserNotification, removeUserNotifications, removeUserNotification, getSoundNames,
     playSoundWithName;
 
-// Passwords
-ScriptHandler getPasswordForAccount, setPasswordForAccount, removePasswordForAccount, removeAllPasswords;
+// Passwords, accounts of the previous version
+ScriptHandler getPasswordForAccount, setPasswordForAccount, removePasswordForAccount, removeAllPasswords,
+    hasPreviousVersion, getMigrationInfo;
 
 // Settings of the application and of the user
 ScriptHandler getUserDefault, setUserDefault, removeUserDefault, synchronizeUserDefaults, getStartAtLogin,
@@ -44,9 +45,6 @@ ScriptHandler startMonitoringKeyboardShortcuts, stopMonitoringKeyboardShortcuts,
 
 // Network, reachability
 ScriptHandler TsCreateRequest, isNetworkReachable;
-
-// Data of the previous version
-ScriptHandler hasPreviousVersion, getMigrationInfo;
 
 // Pasteboard
 ScriptHandler saveGeneralPasteboard, restoreGeneralPasteboard, writeFileContentsToGeneralPasteboard,

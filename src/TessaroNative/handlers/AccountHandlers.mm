@@ -1,5 +1,7 @@
+#include "Base/Ref.h"
 #include "Base/TsLog.h"
 #import "Keychain/TsKeyChain.h"
+#import "Migration/TsMigration.h"
 #include "TessaroNative/handlers/Handlers.h"
 #include "TessaroNative/handlers/Values.h"
 #include "Utilities/TsJSON.h"
@@ -29,4 +31,16 @@ void removePasswordForAccount(const ScriptArguments& args) {
 void removeAllPasswords(const ScriptArguments&) {
   [[TsKeychain sharedInstance] removeAllPasswords];
   TsLogInfo(@"Removed all keychain entries for app");
+}
+
+void hasPreviousVersion(const ScriptArguments& args) {
+  const auto migration = Adopt([[TsMigration alloc] init]);
+  args.GetReturnValue().Set([migration hasPreviousVersion] && [migration hasAccounts]);
+}
+
+void getMigrationInfo(const ScriptArguments& args) {
+  const auto migration = Adopt([[TsMigration alloc] init]);
+  NSString* json = TsConvertToJSONString([migration reportOf:convertToNSString(args[0])]);
+  if (json == nil) TsLogWarning(@"Couldn't convert to JSON");
+  ReturnStringOrNull(args, json);
 }
