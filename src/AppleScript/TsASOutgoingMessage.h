@@ -18,9 +18,6 @@ extern NSString* const TsComposeOutgoingMessageNotificationImageAttachMethodKey;
 extern NSString* const TsComposeOutgoingMessageNotificationImageSizeKey;
 extern NSString* const TsComposeOutgoingMessageNotificationImageFileTypeKey;
 
-// The value, or NSNull for nil: dictionaries can hold it, and JSON writes it as null.
-[[nodiscard]] id TsSanitizeValue(id value);
-
 // The elements of a scripted message, which gives recipients and attachments their specifiers.
 
 @interface TsASOutgoingMessageRecipient : NSObject {

@@ -59,6 +59,9 @@ NSScriptClassDescription* ClassDescription(id object) {
   return static_cast<NSScriptClassDescription*>([object classDescription]);
 }
 
+// Dictionaries can hold NSNull, and JSON writes it as null.
+id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
+
 NSArray* RecipientDictionaries(NSArray* recipients) {
   NSMutableArray* dictionaries = [NSMutableArray arrayWithCapacity:[recipients count]];
   for (TsASOutgoingMessageRecipient* recipient in recipients) {
@@ -89,8 +92,6 @@ NSString* NormalizedPath(NSString* path) {
 }
 
 }  // namespace
-
-id TsSanitizeValue(id value) { return value != nil ? value : [NSNull null]; }
 
 @implementation TsASOutgoingMessageRecipient
 

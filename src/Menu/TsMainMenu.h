@@ -2,7 +2,7 @@
 
 #import <AppKit/NSMenu.h>
 
-@class NSArray, NSDictionary, NSEvent, NSMutableDictionary, NSNumber;
+@class NSArray, NSDictionary, NSEvent, NSNumber;
 
 // Changes of single items of the application's main menu, and the news that a menu opens or has closed.
 // Main thread only. Failures are logged as errors.
@@ -11,18 +11,11 @@
 // title, and "event", what TsMenuEventDescription() says of the cause.
 extern "C" __attribute__((visibility("default"))) NSString* const TsAppMenuWillOpenNotificationName;
 
-// "title" (a string, the submenu's title as well), "visible" (a truth value), "accelerator" (a string as
-// "Cmd+Shift+N", or null for none). Other keys, and values of another kind, are logged and passed over.
-void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes);
+// Attributes of an item: "title" (a string, the submenu's title as well), "visible" (a truth value), "accelerator" (a
+// string as "Cmd+Shift+N", or null for none). Other keys, and values of another kind, are logged and passed over.
 
-// Adds the items that have a command identifier (what their represented object, a dictionary, holds under "commandId"),
-// and those of their submenus, in order: of two items with the same identifier the later one counts.
-void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items);
-
-// Made of the whole main menu at the first call, and kept: items added later are not in it.
-[[nodiscard]] NSMutableDictionary* TsGetMenuItemMap();
-
-// False when no item has the identifier.
+// The identifier is what an item's represented object, a dictionary, holds under "commandId"; of several items with the
+// same one the last counts. Items that are added after the first call are unknown. False when no item has it.
 bool TsMainMenuUpdateMenuItemWithCommandId(NSNumber* commandId, NSDictionary* attributes);
 
 // The path starts at the main menu's items. A number takes that item, and goes on in its submenu; a title skips the

@@ -81,6 +81,33 @@ bool SetAttribute(NSMenuItem* item, NSString* name, id value) {
   return false;
 }
 
+void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes) {
+  for (NSString* name in attributes) {
+    id value = [attributes objectForKey:name];
+    if (SetAttribute(item, name, value)) continue;
+    TsLogError(@"%@ Cannot set menuItems item attribute %@ to %@", item, name, value);
+  }
+}
+
+// ---- Items by command
+
+void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items) {
+  for (NSMenuItem* item in items) {
+    id commandId = [As<NSDictionary>([item representedObject]) objectForKey:kCommandId];
+    if (commandId != nil) [map setObject:item forKey:commandId];
+    TsBuildCommandIdDictionary(map, [[item submenu] itemArray]);
+  }
+}
+
+NSMutableDictionary* TsGetMenuItemMap() {
+  static Forever<Ref<NSMutableDictionary>> map([] {
+    auto built = Adopt([[NSMutableDictionary alloc] init]);
+    TsBuildCommandIdDictionary(built, [[NSApp mainMenu] itemArray]);
+    return built;
+  }());
+  return *map;
+}
+
 // ---- Items by path
 
 // Numbers that are no index give one beyond all items.
@@ -188,31 +215,6 @@ void ReturnDelegatesExceptOf(NSArray* menus) {
 }
 
 }  // namespace
-
-void TsUpdateMenuItem(NSMenuItem* item, NSDictionary* attributes) {
-  for (NSString* name in attributes) {
-    id value = [attributes objectForKey:name];
-    if (SetAttribute(item, name, value)) continue;
-    TsLogError(@"%@ Cannot set menuItems item attribute %@ to %@", item, name, value);
-  }
-}
-
-void TsBuildCommandIdDictionary(NSMutableDictionary* map, NSArray* items) {
-  for (NSMenuItem* item in items) {
-    id commandId = [As<NSDictionary>([item representedObject]) objectForKey:kCommandId];
-    if (commandId != nil) [map setObject:item forKey:commandId];
-    TsBuildCommandIdDictionary(map, [[item submenu] itemArray]);
-  }
-}
-
-NSMutableDictionary* TsGetMenuItemMap() {
-  static Forever<Ref<NSMutableDictionary>> map([] {
-    auto built = Adopt([[NSMutableDictionary alloc] init]);
-    TsBuildCommandIdDictionary(built, [[NSApp mainMenu] itemArray]);
-    return built;
-  }());
-  return *map;
-}
 
 bool TsMainMenuUpdateMenuItemWithCommandId(NSNumber* commandId, NSDictionary* attributes) {
   NSMenuItem* item = [TsGetMenuItemMap() objectForKey:commandId];

@@ -247,7 +247,7 @@ std::string_view OfEnclosure(const AppcastItem& item, std::string_view name) {
 }
 
 UpdateFile FileOf(const AppcastItem& item) {
-  const auto signature = UpdateSignatureFrom(OfEnclosure(item, "sparkle:edSignature"));
+  const auto signature = Decode<UpdateSignature>(OfEnclosure(item, "sparkle:edSignature"));
   return {std::string(OfEnclosure(item, "url")), LengthFrom(OfEnclosure(item, "length")),
           signature.value_or(UpdateSignature())};
 }
@@ -271,7 +271,7 @@ std::optional<Unsuitable> JudgeSystem(const AppcastItem& item, const UpdateSetti
 
 std::optional<Unsuitable> JudgeFile(const AppcastItem& item) {
   if (!IsTrustworthyAddress(OfEnclosure(item, "url"))) return Unsuitable::NoFile;
-  if (!UpdateSignatureFrom(OfEnclosure(item, "sparkle:edSignature"))) return Unsuitable::NotSigned;
+  if (!Decode<UpdateSignature>(OfEnclosure(item, "sparkle:edSignature"))) return Unsuitable::NotSigned;
   return std::nullopt;
 }
 
@@ -323,10 +323,6 @@ std::string WithParameters(std::string_view url, const std::vector<FeedParameter
 }
 
 std::optional<UpdateKey> UpdateKeyFrom(std::string_view base64) noexcept { return Decode<UpdateKey>(base64); }
-
-std::optional<UpdateSignature> UpdateSignatureFrom(std::string_view base64) noexcept {
-  return Decode<UpdateSignature>(base64);
-}
 
 bool IsSigned(std::span<const char> file, const UpdateSignature& signature, const UpdateKey& key) noexcept {
   // The library chooses its implementation for this processor.

@@ -31,7 +31,6 @@ using UpdateKey = std::array<std::uint8_t, 32>;
 using UpdateSignature = std::array<std::uint8_t, 64>;
 
 [[nodiscard]] std::optional<UpdateKey> UpdateKeyFrom(std::string_view base64) noexcept;
-[[nodiscard]] std::optional<UpdateSignature> UpdateSignatureFrom(std::string_view base64) noexcept;
 
 // Whether the owner of the key has signed exactly these bytes. Any thread; takes about two milliseconds a megabyte.
 [[nodiscard]] bool IsSigned(std::span<const char> file, const UpdateSignature& signature,
