@@ -8,8 +8,10 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "Base/TextPieces.h"
+#include "Platform/Files.h"
 #include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/StandardDirectories.h"
 
@@ -95,6 +97,22 @@ std::string FileURIOf(const std::string& path) noexcept {
 std::string AbsolutePath(const std::string& path) noexcept {
   const GTextPtr absolute(g_canonicalize_filename(path.c_str(), nullptr));
   return absolute.get();
+}
+
+// ---- Aliases, which are symbolic links here
+
+fs::path ResolveAlias(const fs::path& alias) noexcept {
+  std::error_code error;
+  if (!fs::is_symlink(alias, error)) return {};
+  fs::path target = fs::canonical(alias, error);
+  return error ? fs::path() : target;
+}
+
+Result<void> WriteAlias(const fs::path& alias, const fs::path& target) noexcept {
+  std::error_code error;
+  fs::create_symlink(target, alias, error);
+  if (error) return Fail(error.message());
+  return {};
 }
 
 }  // namespace tessaro::platform
