@@ -12,7 +12,11 @@ namespace tessaro::platform {
 namespace {
 
 constexpr char kService[] = "org.freedesktop.secrets";
+constexpr char kItem[] = "org.freedesktop.Secret.Item";
 constexpr char kPrompt[] = "org.freedesktop.Secret.Prompt";
+constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
+// A bus keeps at most 128 unanswered calls of a client unless its limit has been raised.
+constexpr std::size_t kMostCallsAtOnce = 64;
 // Long enough for a working service.
 constexpr std::chrono::milliseconds kShortestTimeout{50};
 
@@ -233,6 +237,40 @@ SecretServiceSession::Reply SecretServiceSession::Call(const char* path, const c
       g_dbus_connection_call_sync(bus_.get(), kService, path, interface, method, arguments, G_VARIANT_TYPE(type),
                                   G_DBUS_CALL_FLAGS_NONE, timeout_.Milliseconds(), nullptr, &error);
   return ReplyOf(value, error);
+}
+
+std::vector<SecretServiceSession::Reply> SecretServiceSession::GetEach(const std::vector<std::string>& paths,
+                                                                       const char* property) {
+  struct Pending {
+    SecretServiceSession* session;
+    std::size_t* open;
+    Reply* reply;
+  };
+  const auto finish = [](GObject* bus, GAsyncResult* result, gpointer data) {
+    const auto& pending = *static_cast<Pending*>(data);
+    GError* error = nullptr;
+    GVariant* value = g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, &error);
+    *pending.reply = pending.session->ReplyOf(value, error);
+    --*pending.open;
+  };
+  const ContextScope scope(context_.get());
+  std::size_t open = 0;
+  // Each call ends at its own deadline at the latest.
+  const auto waitUntilOpen = [&](std::size_t most) {
+    while (open > most) g_main_context_iteration(context_.get(), TRUE);
+  };
+  std::vector<Reply> replies(paths.size());
+  std::vector<Pending> calls(paths.size());
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    waitUntilOpen(kMostCallsAtOnce - 1);
+    calls[i] = {this, &open, &replies[i]};
+    ++open;
+    g_dbus_connection_call(bus_.get(), kService, paths[i].c_str(), kProperties, "Get",
+                           g_variant_new("(ss)", kItem, property), G_VARIANT_TYPE("(v)"), G_DBUS_CALL_FLAGS_NONE,
+                           timeout_.Milliseconds(), nullptr, finish, &calls[i]);
+  }
+  waitUntilOpen(0);
+  return replies;
 }
 
 Result<void> SecretServiceSession::Prompt(const char* path, std::chrono::milliseconds timeout) {

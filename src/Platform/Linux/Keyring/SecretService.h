@@ -7,6 +7,8 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "Platform/Linux/Base/GLibOwners.h"
 #include "Platform/SecretStore.h"
@@ -46,6 +48,9 @@ class SecretServiceSession {
   // Calls a method and waits for its reply of `type`.
   [[nodiscard]] Reply Call(const char* path, const char* interface, const char* method, GVariant* arguments,
                            const char* type);
+
+  // Reads a property of each item, all at once; the replies are in the order of `paths`.
+  [[nodiscard]] std::vector<Reply> GetEach(const std::vector<std::string>& paths, const char* property);
 
   // Shows a prompt and waits for the user.
   [[nodiscard]] Result<void> Prompt(const char* path, std::chrono::milliseconds timeout);

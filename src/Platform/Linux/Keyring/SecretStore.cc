@@ -59,10 +59,18 @@ SecretStore::Items ItemsOf(GVariant* searchReply) {
   return items;
 }
 
-std::optional<std::string> AccountOf(const Reply& attributes) {
+// The value of a property; null without a reply.
+GVariantPtr PropertyOf(const Reply& reply) {
+  if (!reply) return nullptr;
+  const GVariantPtr boxed(g_variant_get_child_value(reply->get(), 0));
+  return GVariantPtr(g_variant_get_variant(boxed.get()));
+}
+
+std::optional<std::string> AccountOf(const Reply& reply) {
+  const GVariantPtr attributes = PropertyOf(reply);
   const char* account = nullptr;
-  if (!attributes || !g_variant_is_of_type(attributes->get(), G_VARIANT_TYPE("a{ss}")) ||
-      !g_variant_lookup(attributes->get(), "account", "&s", &account)) {
+  if (!attributes || !g_variant_is_of_type(attributes.get(), G_VARIANT_TYPE("a{ss}")) ||
+      !g_variant_lookup(attributes.get(), "account", "&s", &account)) {
     return std::nullopt;
   }
   return account;
@@ -87,20 +95,13 @@ struct SecretStore::Body {
     return items;
   }
 
-  Reply Property(const std::string& path, const char* interface, const char* name) {
-    const Reply reply = Call([&](Session& open) {
-      return open.Call(path.c_str(), "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name),
-                       "(v)");
-    });
-    if (!reply) return tl::unexpected(reply.error());
-    const GVariantPtr boxed(g_variant_get_child_value(reply->get(), 0));
-    return GVariantPtr(g_variant_get_variant(boxed.get()));
-  }
-
   bool IsDefaultCollectionLocked() {
-    const Reply isLocked = Property(kDefaultCollection, kCollection, "Locked");
-    return isLocked && g_variant_is_of_type(isLocked->get(), G_VARIANT_TYPE_BOOLEAN) &&
-           g_variant_get_boolean(isLocked->get());
+    const GVariantPtr isLocked = PropertyOf(Call([](Session& open) {
+      return open.Call(kDefaultCollection, "org.freedesktop.DBus.Properties", "Get",
+                       g_variant_new("(ss)", kCollection, "Locked"), "(v)");
+    }));
+    return isLocked && g_variant_is_of_type(isLocked.get(), G_VARIANT_TYPE_BOOLEAN) &&
+           g_variant_get_boolean(isLocked.get());
   }
 
   Result<void> Unlock(const std::vector<std::string>& paths) {
@@ -195,16 +196,19 @@ Result<Secret> SecretStore::Read(const SecretItem& item) noexcept {
 }
 
 Result<SecretStore::AccountNames> SecretStore::Accounts(std::span<const SecretItem> items) noexcept {
+  std::vector<std::string> paths;
+  for (const SecretItem& item : items) paths.push_back(item.reference);
   AccountNames accounts;
   std::vector<std::string> nameless;
   for (const bool isRetry : {false, true}) {
+    if (!body_->IsConnected()) return FailWith(SecretFailure::kNotAvailable);
     accounts.clear();
-    for (const SecretItem& item : items) {
-      const Reply attributes = body_->Property(item.reference, kItem, "Attributes");
-      const bool isGone = !attributes && attributes.error().code == SecretFailure::kItemNotFound;
-      if (!attributes && !isGone) return tl::unexpected(attributes.error());
-      accounts.push_back(AccountOf(attributes));
-      if (!isGone && !accounts.back()) nameless.push_back(item.reference);
+    const auto replies = body_->session->GetEach(paths, "Attributes");
+    for (std::size_t i = 0; i < replies.size(); ++i) {
+      const bool isGone = !replies[i] && replies[i].error().code == SecretFailure::kItemNotFound;
+      if (!replies[i] && !isGone) return tl::unexpected(replies[i].error());
+      accounts.push_back(AccountOf(replies[i]));
+      if (!isGone && !accounts.back()) nameless.push_back(paths[i]);
     }
     if (nameless.empty() || isRetry) break;
     // The attributes of a collection that has not been unlocked in this login can't be read.
