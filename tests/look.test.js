@@ -179,8 +179,9 @@ test('scaled text is spaced evenly', async (t) => {
   await person.tell(({ native }) => native.openSupportAndFeedbackWindow('', 'l'.repeat(40), '', null, null));
   const title = 'Support and Feedback';
   await person.window(title);
-  const { centre, size } = await person.view(title, ({ text }) => text?.startsWith('ll'));
   const strokes = await eventually(async () => {
+    // The window manager may still be moving the window.
+    const { centre, size } = await person.view(title, ({ text }) => text?.startsWith('ll'));
     const columns = await darkColumns(t, [centre[0] - size[0] + 8, centre[1], 2 * size[0] - 16, 1]);
     return columns.length === 40 && columns;
   }, 'the text');

@@ -10,10 +10,14 @@ async function switchWindows(stage) {
   stage.module.setWindowNotificationCallbackFunction((event) => events.push(event));
   const other = stage.host.createWindow({ title: 'Compose', width: 420, height: 260 });
   await stage.until(() => stage.host.windowInfo(other).isKey);
+  // The window manager may move the keyboard back and forth before it stays.
+  const changesFrom = (first) => stage.until(() => events.includes('did-become-main', first));
+  const isOpenReported = await changesFrom(0);
   const picture = await stage.screenshot();
+  const opening = events.length;
   stage.module.closeKeyWindow();
   await stage.focusWindow();
-  const told = await stage.until(() => events.filter((event) => event === 'did-become-main').length === 2);
+  const told = isOpenReported && (await changesFrom(opening));
   return (told ? ok : failed)('Window events', `${events.join(', ')}; ${picture}`);
 }
 
