@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, execFile, fs, path, promisify, test } = require('./support/node');
+const { assert, execFile, fs, path, promisify, test } = require('./support');
 const { eventually, root, scenarios, startBus, temporaryDirectory } = require('./support');
 
 const run = promisify(execFile);

@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, fs, test } = require('./support/node');
-const { eventually, scenarios, temporaryDirectory } = require('./support');
+const { assert, eventually, fs, scenarios, temporaryDirectory, test } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const plain = scenarios({

@@ -1,8 +1,7 @@
 'use strict';
 
 const ts = require('typescript');
-const { assert, fs, path, test } = require('./support/node');
-const { probe, root, scenarios } = require('./support');
+const { assert, fs, path, probe, root, scenarios, test } = require('./support');
 
 // Arguments by the names of their types, and by "!" and the name some that no condition allows beside that type.
 const calling = scenarios({

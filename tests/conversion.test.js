@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, test } = require('./support/node');
-const { scenarios } = require('./support');
+const { assert, scenarios, test } = require('./support');
 
 const plain = scenarios();
 

@@ -2,7 +2,7 @@
 
 // File dialogs: the desktop's, shown by the real portal, and GNUstep's where there is none. With real clicks and keys.
 
-const { assert, execFile, fs, path, promisify, spawn, test } = require('./support/node');
+const { assert, execFile, fs, path, promisify, spawn, test } = require('./support');
 const { endWith, eventually, scenarios, startBus, temporaryDirectory, useSession } = require('./support');
 const { startPerson } = require('./support/dialogs');
 

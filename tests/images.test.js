@@ -2,9 +2,8 @@
 
 const { randomBytes } = require('crypto');
 const sharp = require('sharp');
-const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { assert, execFileSync, fs, path, scenarios, temporaryDirectory, temporaryFiles, test } = require('./support');
 const { buildDirectory } = require('./support/addon');
-const { scenarios, temporaryDirectory, temporaryFiles } = require('./support');
 
 const plain = scenarios();
 

@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support/node');
+const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support');
 const { Applications, eventually, scenarios, startScript, temporaryDirectory, temporaryFiles } = require('./support');
 
 const inSession = scenarios({ display: true, host: false, fixture: ({ captureLog }) => captureLog() ?? {} });

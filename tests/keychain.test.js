@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
+const { assert, fs, path, test } = require('./support');
 const { eventually, scenarios, startBus, startKeyring, temporaryDirectory, temporaryFiles } = require('./support');
 
 const status = { parameter: -50, unavailable: -25291, notFound: -25300, locked: -25308, decode: -26275 };

@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
-const { scenarios, temporaryDirectory } = require('./support');
+const { assert, fs, path, scenarios, temporaryDirectory, test } = require('./support');
 
 const logging = scenarios({
   fixture: ({ fs, logText }) => ({

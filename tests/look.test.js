@@ -1,7 +1,7 @@
 'use strict';
 
 const sharp = require('sharp');
-const { assert, execFileSync, fs, os, path, spawn, test } = require('./support/node');
+const { assert, execFileSync, fs, os, path, spawn, test } = require('./support');
 const { eventually, hasPassed, root, scenarios, temporaryDirectory, useSession } = require('./support');
 const { startPerson } = require('./support/dialogs');
 

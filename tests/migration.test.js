@@ -1,7 +1,7 @@
 'use strict';
 
 const { XMLParser } = require('fast-xml-parser');
-const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { assert, execFileSync, fs, path, test } = require('./support');
 const { accountsStore, previousVersion, reported, scenarios, startKeyring, Store } = require('./support');
 const { temporaryDirectory, workspacesStore } = require('./support');
 

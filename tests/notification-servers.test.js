@@ -2,7 +2,7 @@
 
 // Alerts on the screens of common notification servers, clicked with the real mouse.
 
-const { assert, execFile, promisify, test } = require('./support/node');
+const { assert, execFile, promisify, test } = require('./support');
 const { eventually, startClient, startDesktopServer, useSession } = require('./support');
 
 const session = useSession();

@@ -2,7 +2,7 @@
 
 // The npm package in an empty project.
 
-const { assert, execFileSync, fs, path, spawnSync, test } = require('./support/node');
+const { assert, execFileSync, fs, path, spawnSync, test } = require('./support');
 const { buildDirectory, root, temporaryDirectory } = require('./support');
 
 const skip = process.env.TESSARO_NODE !== undefined;

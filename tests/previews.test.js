@@ -1,8 +1,7 @@
 'use strict';
 
 const sharp = require('sharp');
-const { assert, fs, path, test } = require('./support/node');
-const { scenarios, serve, temporaryFiles } = require('./support');
+const { assert, fs, path, scenarios, serve, temporaryFiles, test } = require('./support');
 
 const plain = scenarios();
 const inWindows = scenarios({

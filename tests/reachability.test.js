@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, spawnSync, test } = require('./support/node');
+const { assert, spawnSync, test } = require('./support');
 const { Applications, scenarios, startAudioServer, startBus, temporaryFiles, tone } = require('./support');
 
 // A network namespace for the test, without a default route until the test adds one.

@@ -2,7 +2,7 @@
 
 // The services that the module offers to other GNUstep applications, used from a second process, and theirs.
 
-const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { assert, execFileSync, fs, path, test } = require('./support');
 const { eventually, node, root, scenarios, temporaryDirectory } = require('./support');
 const { redirectGNUstep } = require('../host/gnustepHome');
 

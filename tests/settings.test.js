@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, execFileSync, fs, path, test } = require('./support/node');
+const { assert, execFileSync, fs, path, test } = require('./support');
 const { eventually, scenarios, temporaryDirectory, temporaryFiles } = require('./support');
 
 function inHome(t) {

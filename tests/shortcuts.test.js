@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, test } = require('./support/node');
-const { eventually, scenarios } = require('./support');
+const { assert, eventually, scenarios, test } = require('./support');
 const { shift, control, option, command } = require('./support/keys');
 
 const withoutDisplay = scenarios({

@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
-const { root, runScript, scenarios } = require('./support');
+const { assert, fs, path, root, runScript, scenarios, test } = require('./support');
 
 const plain = scenarios();
 

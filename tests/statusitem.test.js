@@ -1,7 +1,6 @@
 'use strict';
 
-const { test } = require('./support/node');
-const { scenarios } = require('./support');
+const { scenarios, test } = require('./support');
 
 const inSession = scenarios({
   display: true,

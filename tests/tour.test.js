@@ -3,7 +3,7 @@
 // The reference host's tour through a mail session.
 
 const sharp = require('sharp');
-const { assert, fs, path, spawn, test } = require('./support/node');
+const { assert, fs, path, spawn, test } = require('./support');
 const { endWith, eventually, node, root, runScript, temporaryDirectory } = require('./support');
 
 test('the tour passes', async (t) => {

@@ -1,7 +1,6 @@
 'use strict';
 
-const { assert, test } = require('./support/node');
-const { scenarios, startBus, temporaryDirectory } = require('./support');
+const { assert, scenarios, startBus, temporaryDirectory, test } = require('./support');
 
 const inSession = scenarios({
   display: true,

@@ -1,6 +1,6 @@
 'use strict';
 
-const { assert, fs, path, test } = require('./support/node');
+const { assert, fs, path, test } = require('./support');
 const { eventually, feed, item, makeAppImage, makeBundle, makeKeys, scenarios, serve } = require('./support');
 const { temporaryDirectory, vocabulary } = require('./support');
 

@@ -3,7 +3,7 @@
 // The module in a Wayland session: a real compositor, its X server for the windows, and its seat for keys and clicks.
 // docs/linux.md says for each function what to expect.
 
-const { assert, execFile, fs, path, promisify, test } = require('./support/node');
+const { assert, execFile, fs, path, promisify, test } = require('./support');
 const { eventually, open, root, temporaryDirectory, useSession } = require('./support');
 
 // Before the people, who would take an X session.

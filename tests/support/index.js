@@ -3,8 +3,14 @@
 // The parts of Node.js that most tests use, and all support but dialogs.js, which gives every test that loads it a
 // display session.
 
-const parts =
-  'addon alerts applications audio bus certificates child cleanup keyring node notificationServer pace ' +
-  'requests scenario session stores updates';
+const { after, before, test } = require('node:test');
 
-module.exports = Object.assign({}, ...parts.split(' ').map((name) => require(`./${name}`)));
+const parts =
+  'addon alerts applications audio bus certificates child cleanup keyring notificationServer pace requests scenario ' +
+  'session stores updates';
+
+module.exports = Object.assign(
+  { after, assert: require('assert'), before, test, ...require('child_process'), fs: require('fs') },
+  { os: require('os'), path: require('path'), promisify: require('util').promisify },
+  ...parts.split(' ').map((name) => require(`./${name}`)),
+);
