@@ -38,7 +38,7 @@ test('V8’s settings come from the config.gypi of its headers', { skip: isSanit
   assert.deepStrictEqual(definitions, ['V8_31BIT_SMIS_ON_64BIT_ARCH', ...compression, 'V8_ENABLE_SANDBOX']);
 
   // The sandbox takes no memory of ours, so a response's body is copied instead of handed over.
-  const source = 'TessaroNative/NetworkRequestObject.cc';
+  const source = 'TessaroNative/TsNetworkRequest.cc';
   const object = path.join(folder, 'object.o');
   const compiler = command.replace(/ -Xclang -include-pch -Xclang \S+| -o .*/g, '').split(/ +/);
   run(...compiler, '-g0', '-c', path.join('src', source), '-o', object);

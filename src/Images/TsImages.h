@@ -9,7 +9,7 @@
 // Images as files. Main thread only; failures are logged, and the path is nil.
 
 // Writes a copy that is at most so many pixels wide and high, and returns its path. `target` is a file, or an existing
-// folder. See Platform/ImageScaling.h.
+// folder. See Platform/Pictures.h.
 [[nodiscard]] NSString* TsScaleImage(NSString* path, NSString* target, int maxWidth, int maxHeight);
 
 // Writes a PNG, at most `size` pixels wide and high, that shows the contents of a file, into `folder`, which is made
