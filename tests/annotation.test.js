@@ -172,9 +172,8 @@ test('the copy has the format of the image and a new name; cancelling and closin
     }
     return answers;
   };
-  const answers = await inWindows(t, scenario, jpeg);
   const copy = path.join(folder, 'photo annotated 2.jpg');
-  assert.deepStrictEqual(answers, [[copy], [null], [null]]);
+  assert.deepStrictEqual(await inWindows(t, scenario, jpeg), [[copy], [null], [null]]);
   const { format, width, height } = await sharp(copy).metadata();
   assert.deepStrictEqual([format, width, height], ['jpeg', 2000, 3000]);
   assert.strictEqual(fs.readdirSync(folder).length, 3);
@@ -276,8 +275,7 @@ test('the recorder program ends with the process that started it', async (t) => 
   await eventually(() => /^(Z|$)/.test(state()), 'the end of the recorder');
 });
 
-scenarios().test('without a display the callbacks receive null', async (fixture) => {
-  const { equal, eventually, home, native, run } = fixture;
+scenarios().test('without a display the callbacks receive null', async ({ equal, eventually, home, native, run }) => {
   const image = `${home}/a.png`;
   await run('convert', '-size', '30x20', 'xc:red', image);
   const answers = [];

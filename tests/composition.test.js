@@ -1,9 +1,7 @@
 'use strict';
 
-const { assert, execFile, fs, path, promisify, test } = require('./support');
+const { assert, execute, fs, path, test } = require('./support');
 const { eventually, root, scenarios, startBus, temporaryDirectory } = require('./support');
-
-const run = promisify(execFile);
 
 const name = 'org.tessaro.TessaroHost';
 const applicationPath = '/org/tessaro/TessaroHost';
@@ -27,7 +25,10 @@ async function startApplication(t, env = session.env) {
   const child = await applications.with({ env }).resident(t);
   const busctl = async (...args) => {
     const environment = { ...process.env, ...env };
-    const { stdout } = await run('busctl', ['--user', ...args.map(String)], { env: environment, maxBuffer: 1 << 26 });
+    const { stdout } = await execute('busctl', ['--user', ...args.map(String)], {
+      env: environment,
+      maxBuffer: 1 << 26,
+    });
     return stdout.trim();
   };
   const use = (verb, object, ...args) =>
@@ -40,8 +41,7 @@ async function startApplication(t, env = session.env) {
     set: (...args) => use('set-property', ...args),
     /** Makes a message, and gives its path. */
     async make(count = 0, ...properties) {
-      const made = await call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', count, ...properties);
-      return made.match(/^o "(.*)"$/)[1];
+      return (await call(applicationPath, 'MakeOutgoingMessage', 'a{sv}', count, ...properties)).match(/^o "(.*)"$/)[1];
     },
     /** Waits for the next messages that are composed: [time, message, options] each. */
     async composed(count) {
@@ -107,8 +107,7 @@ test('another process scripts the application', async (t) => {
       CcRecipients: 'aa{sv} 1 1 "address" s "dan@example.org"',
     };
     for (const [property, value] of Object.entries(values)) assert.strictEqual(await app.get(made, property), value);
-    const all = await app.get(applicationPath, 'OutgoingMessages');
-    assert.strictEqual(all, `ao 2 "${messagePath(0)}" "${made}"`);
+    assert.strictEqual(await app.get(applicationPath, 'OutgoingMessages'), `ao 2 "${messagePath(0)}" "${made}"`);
   });
 
   await t.test('a message that becomes visible is composed a second later, as it is then, each time', async () => {
@@ -234,7 +233,7 @@ test('another process scripts the application', async (t) => {
     const file = path.join(temporaryDirectory(t), 'org.tessaro.TessaroHost.desktop');
     fs.copyFileSync(path.join(root, 'host', 'TessaroHost.desktop'), file);
     const env = { ...process.env, ...session.env };
-    await run('gio', ['launch', file, 'mailto:ann@example.org?subject=Hi'], { env });
+    await execute('gio', ['launch', file, 'mailto:ann@example.org?subject=Hi'], { env });
     const [[, launched]] = await app.composed(1);
     assert.deepStrictEqual([launched.subject, launched.to], ['Hi', all('ann@example.org')]);
   });
@@ -247,8 +246,7 @@ test('the object comes back with the bus, and is missing without one', async (t)
   await app.make();
   await bus.stop();
   await startBus(t, directory);
-  const again = await eventually(() => app.make().catch(() => false), 'the application is back');
-  assert.strictEqual(again, messagePath(1));
+  assert.strictEqual(await eventually(() => app.make().catch(() => false), 'the application is back'), messagePath(1));
   assert.strictEqual(await app.call(applicationPath, 'OutgoingMessageWithUniqueID', 'x', 0), `o "${messagePath(0)}"`);
 });
 

@@ -105,8 +105,7 @@ test('every kind of crash is recorded; the process ends by its signal, or as an 
   };
   for (const [how, signal] of table) {
     const { code, signal: ended, stderr } = await crash(t, home, crashBy, how);
-    const expected = how.startsWith('handled') ? [42, null] : [null, signal];
-    assert.deepStrictEqual([code, ended], expected, `${how}: ${stderr}`);
+    assert.deepStrictEqual([code, ended], how.startsWith('handled') ? [42, null] : [null, signal], `${how}: ${stderr}`);
   }
   const events = await nextStart(t, home);
   assert.strictEqual(events.length, table.length);
@@ -135,8 +134,7 @@ test("the engine's own faults and those of forked processes are not recorded", a
     });
     return [...errors, updates.crashInFork()];
   };
-  const results = await inHome(home)(t, scenario, wasm);
-  assert.deepStrictEqual(results, ['RuntimeError', 'RuntimeError', 'RangeError', 11]);
+  assert.deepStrictEqual(await inHome(home)(t, scenario, wasm), ['RuntimeError', 'RuntimeError', 'RangeError', 11]);
   assert.deepStrictEqual(records(home), []);
 });
 
@@ -148,14 +146,12 @@ test('exactly one process reports a crash, after the crashed one has exited; a k
     assert.deepStrictEqual([await nextStart(t, home), records(home).length], [[], 1]);
     return living;
   };
-  const killed = await start();
-  await killed.kill();
+  await (await start()).kill();
   assert.deepStrictEqual([await nextStart(t, home), records(home)], [[], []]);
   const crashed = await start();
   crashed.tell(({ native }) => native.testCrash()).catch(() => {});
   await crashed.ended;
-  const events = await Promise.all(Array.from({ length: 4 }, () => nextStart(t, home)));
-  assert.strictEqual(events.flat().length, 1);
+  assert.strictEqual((await Promise.all(Array.from({ length: 4 }, () => nextStart(t, home)))).flat().length, 1);
   await eventually(() => records(home).length === 0, 'no record is left');
 });
 

@@ -2,12 +2,11 @@
 
 // File dialogs: the desktop's, shown by the real portal, and GNUstep's where there is none. With real clicks and keys.
 
-const { assert, execFile, fs, path, promisify, spawn, test } = require('./support');
+const { assert, execute, fs, path, spawn, test } = require('./support');
 const { endWith, eventually, scenarios, startBus, temporaryDirectory, useSession } = require('./support');
 const { startPerson } = require('./support/dialogs');
 
 const session = useSession();
-const run = promisify(execFile);
 
 const title = 'Files';
 const portal = 'org.freedesktop.portal.Desktop';
@@ -95,14 +94,12 @@ test('the dialog’s options become those of the portal’s request', async (t) 
     [{ type: 'save', folder: '/none', name: '..' }, { current_folder: undefined, current_name: undefined }],
     [{ folder: 7, name: {}, filters: [1, {}], 'allow-multiple?': 'no', type: [] }, { member: 'OpenFile', multiple: false, filters: [['*', [[0, '*']]]] }],
   ]; // prettier-ignore
-  await person.tell(
-    ({ host, native, report }, all) =>
-      all.forEach(([options], number) => {
-        const window = host.createWindow({ title: `Window ${number}` });
-        native.showFileDialog(window, JSON.stringify({ title: `Files ${number}`, ...options }), report);
-      }),
-    table,
-  );
+  await person.tell(({ host, native, report }, all) => {
+    for (const [number, [options]] of all.entries()) {
+      const window = host.createWindow({ title: `Window ${number}` });
+      native.showFileDialog(window, JSON.stringify({ title: `Files ${number}`, ...options }), report);
+    }
+  }, table);
   for (const [number, [, expected]] of table.entries()) {
     await dialog(person, true, `Files ${number}`);
     const find = () => requests().find((request) => request.title === `Files ${number}`);
@@ -121,27 +118,21 @@ test('files are chosen in the desktop’s dialog while the application goes on',
   const person = await startPerson(t);
   const id = await open(person, {});
   const [mail] = (await person.xdotool('search', '--onlyvisible', '--name', '^Mail$')).trim().split('\n');
-  const { stdout } = await run('xprop', ['-id', id, 'WM_TRANSIENT_FOR'], { env: person.environment });
+  const { stdout } = await execute('xprop', ['-id', id, 'WM_TRANSIENT_FOR'], { env: person.environment });
   assert.strictEqual(parseInt(stdout.split('# ')[1], 16), Number(mail));
   await person.goesOn();
 
-  await person.until(
-    () => person.reports.length > 0,
-    () => enterPath(person, path.join(folder, 'Report.pdf')),
-    'report 0',
-  );
+  const enter = () => enterPath(person, path.join(folder, 'Report.pdf'));
+  await person.until(() => person.reports.length > 0, enter, 'report 0');
   assert.deepStrictEqual(JSON.parse(person.reports[0]), [path.join(folder, 'Report.pdf')]);
   await dialog(person, false);
 
   // Several: the folder first, then everything in it.
   await open(person, { 'allow-multiple?': true });
   let attempts = 0;
-  await person.until(
-    () => person.reports.length > 1,
-    // The dialog may have missed the path.
-    () => (attempts++ % 4 === 0 ? enterPath(person, `${folder}/`) : person.key('ctrl+a', 'Return')),
-    'report 1',
-  );
+  // The dialog may have missed the path.
+  const choose = () => (attempts++ % 4 === 0 ? enterPath(person, `${folder}/`) : person.key('ctrl+a', 'Return'));
+  await person.until(() => person.reports.length > 1, choose, 'report 1');
   const several = ['Report.pdf', 'a.png', 'b.PNG'].map((name) => path.join(folder, name));
   assert.deepStrictEqual(JSON.parse(person.reports[1]).sort(), several);
 });
@@ -182,7 +173,7 @@ async function chooseInPanel(person, kind, name) {
 
 async function killPortal(person) {
   const call = ['call', 'org.freedesktop.DBus', '/', 'org.freedesktop.DBus', 'GetConnectionUnixProcessID', 's', portal];
-  const { stdout } = await run('busctl', [`--address=${session.env.DBUS_SESSION_BUS_ADDRESS}`, ...call]);
+  const { stdout } = await execute('busctl', [`--address=${session.env.DBUS_SESSION_BUS_ADDRESS}`, ...call]);
   process.kill(Number(stdout.split(' ')[1]), 'SIGKILL');
 }
 
@@ -216,8 +207,7 @@ test('without a portal, and when it is gone, GNUstep’s panel takes its place',
   await open(other, { folder });
   await killPortal(other);
   assert.deepStrictEqual(await chooseInPanel(other, 'NSOpenPanel', 'Report.pdf'), [path.join(folder, 'Report.pdf')]);
-  const log = await other.log();
-  assert.ok(log.some((text) => /No file dialog of the desktop's: the portal went away/.test(text)));
+  assert.ok((await other.log()).some((text) => /No file dialog of the desktop's: the portal went away/.test(text)));
 });
 
 test('a portal that never replies gives way to GNUstep’s panel', async (t) => {

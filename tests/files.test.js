@@ -97,8 +97,7 @@ test('at a limit of file sizes the old contents stay, and no temporary file is l
   const { folder, write: prepare } = temporaryFiles(t);
   const file = prepare('file', 'old');
   const both = (name) => [false, true].map((append) => [`${folder}/${name}`, 1 << 20, append]);
-  const files = ['file', 'new'].flatMap(both);
-  const results = await write(t, files, { within: ['prlimit', '--fsize=300000'] });
+  const results = await write(t, ['file', 'new'].flatMap(both), { within: ['prlimit', '--fsize=300000'] });
   for (const text of results) assert.match(String(text), /File too large/);
   assert.strictEqual(fs.readFileSync(file, 'utf8'), 'old');
   assert.deepStrictEqual(fs.readdirSync(folder), ['file']);

@@ -1,12 +1,12 @@
 'use strict';
 
-const { assert, execFile, execFileSync, fs, path, promisify, test } = require('./support');
+const { assert, execFileSync, execute, fs, path, test } = require('./support');
 const { Applications, eventually, scenarios, startScript, temporaryDirectory, temporaryFiles } = require('./support');
 
 const inSession = scenarios({ display: true, host: false, fixture: ({ captureLog }) => captureLog() ?? {} });
 const { session } = inSession;
 const run = (command, args) =>
-  promisify(execFile)(command, args, { env: { ...process.env, ...session.env } }).then(({ stdout }) => stdout);
+  execute(command, args, { env: { ...process.env, ...session.env } }).then(({ stdout }) => stdout);
 
 const page = {
   url: 'tessaro://mail/1?a=b&c="d"',

@@ -38,8 +38,7 @@ const [write, erase, list] = ['setPassword:forAccount:', 'removePasswordForAccou
 /** A table's rows are [call, result, …messages]. */
 async function expectCalls(t, run, table) {
   const calls = table.map(([call]) => call);
-  const results = await run(t, callEach, calls);
-  results.forEach((result, i) => assert.deepStrictEqual([table[i][0], ...result], table[i]));
+  (await run(t, callEach, calls)).forEach((result, i) => assert.deepStrictEqual([table[i][0], ...result], table[i]));
 }
 
 test('script stores, reads, changes and removes passwords', async (t) => {
@@ -223,8 +222,7 @@ test('the keychain reconnects after its service or the bus was killed', async (t
   await bus.stop();
   await ask(status.unavailable);
   await second.kill();
-  const again = await startBus(t, directory);
-  await startKeyring(t, directory, again);
+  await startKeyring(t, directory, await startBus(t, directory));
   await ask();
 });
 

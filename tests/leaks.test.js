@@ -30,13 +30,12 @@ const work = {
 };
 
 async function leakedAllocations(t, script, rounds) {
-  const { code, stderr } = await runScript(
-    t,
-    `const p = probe(), m = p.module;
-     for (let round = 0; round < ${rounds}; ++round) { ${script} }
-     setTimeout(() => {}, 500);`,
-    { env: { ASAN_OPTIONS: 'detect_leaks=1:exitcode=0', TESSARO_NATIVE_LOG: '' }, deadline: 120000 },
-  );
+  const source = `
+    const p = probe(), m = p.module;
+    for (let round = 0; round < ${rounds}; ++round) { ${script} }
+    setTimeout(() => {}, 500);`;
+  const env = { ASAN_OPTIONS: 'detect_leaks=1:exitcode=0', TESSARO_NATIVE_LOG: '' };
+  const { code, stderr } = await runScript(t, source, { env, deadline: 120000 });
   assert.strictEqual(code, 0, stderr);
   return Number(stderr.match(/leaked in (\d+) allocation/)?.[1] ?? 0);
 }

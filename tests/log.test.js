@@ -56,8 +56,7 @@ test('the file rolls over after a day, and one file is kept', async (t) => {
       return files(folder);
     });
   };
-  const days = await logging(t, scenario, logs);
-  days.forEach(([text, ...others], day) => {
+  (await logging(t, scenario, logs)).forEach(([text, ...others], day) => {
     assert.match(text, new RegExp(`^\\S+ \\S+ \\[info\\] day ${day} \\(tests/log\\.test\\.js:1 void log\\(\\)\\)\\n$`));
     assert.deepStrictEqual(others, []);
   });

@@ -144,8 +144,7 @@ test('a theme that the user has chosen is left alone', async (t) => {
 /** Where strokes begin in a row of the display's pixels. */
 async function darkColumns(t, [x, y, width, height]) {
   const file = path.join(temporaryDirectory(t), 'row.png');
-  const area = `${width}x${height}+${Math.round(x)}+${Math.round(y)}`;
-  run('import', '-window', 'root', '-crop', area, file);
+  run('import', '-window', 'root', '-crop', `${width}x${height}+${Math.round(x)}+${Math.round(y)}`, file);
   const pixels = [...(await sharp(file).greyscale().raw().toBuffer())];
   return pixels.flatMap((shade, column) => (shade < 160 && !(pixels[column - 1] < 160) ? [column] : []));
 }

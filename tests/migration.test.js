@@ -3,7 +3,7 @@
 const { XMLParser } = require('fast-xml-parser');
 const { assert, execFileSync, fs, path, test } = require('./support');
 const { accountsStore, previousVersion, reported, scenarios, startKeyring, Store } = require('./support');
-const { temporaryDirectory, workspacesStore } = require('./support');
+const { eventually, temporaryDirectory, workspacesStore } = require('./support');
 
 const migrating = scenarios({
   fixture({ captureLog, native, sendMessage: send }) {
@@ -307,8 +307,8 @@ test('a store that is being written is read as a whole or not at all', async (t)
     print('ready');
     for (;;) for (const text of [other, one]) fs.writeFileSync(file, text);
   };
-  const writer = run.start(t, overwrite, run.accounts, texts);
-  await writer.printed('"ready"\n');
+  const { output } = run.start(t, overwrite, run.accounts, texts);
+  await eventually(() => output.stdout !== '', 'the first text');
   const counts = await run(t, ({ report }) => {
     const counts = { 0: 0, 3: 0, 40: 0 };
     const end = Date.now() + 20000;

@@ -140,17 +140,15 @@ test('a thousand concurrent requests end, over at most 32 connections', async (t
   });
   const paths = Array.from({ length: 1000 }, (_, i) => `/${i}`);
   const calls = paths.map((path) => [url + path]);
-  const answers = await request(t, calls, { isTogether: true });
   const expected = paths.map((path) => whole(200, path));
-  assert.deepStrictEqual(answers, expected);
+  assert.deepStrictEqual(await request(t, calls, { isTogether: true }), expected);
   assert.ok(connections.size <= 32, `${connections.size} connections`);
 });
 
 test('starting again restarts the request, without further events of the earlier connection', async (t) => {
   let count = 0;
   const url = await serve(t, (_question, answer) => {
-    const name = `answer ${++count}`;
-    answer.write(name);
+    answer.write(`answer ${++count}`);
     setTimeout(() => answer.end(), 50);
   });
   const scenario = async (fixture, address) => {
@@ -184,8 +182,7 @@ test('an exception in a listener is uncaught, and the other listeners run', asyn
     await fixture.eventually(() => seen.length === 5, 'the exceptions');
     return [events, seen];
   };
-  const result = await client(t, scenario, url);
-  assert.deepStrictEqual(result, [
+  assert.deepStrictEqual(await client(t, scenario, url), [
     whole(200, 'body'),
     ['response', 'object is not a function', 'data', 'end', 'reaction'],
   ]);
@@ -242,8 +239,7 @@ test('garbage collection in any listener leaves the requests that are still refe
     await eventually(() => kept.size === 0, 'the end of every request');
     return lengths;
   };
-  const lengths = await collecting(t, scenario, url);
-  assert.deepStrictEqual(lengths, { 0: 50, 40000: 50, 80000: 50, 120000: 50, 160000: 50 });
+  assert.deepStrictEqual(await collecting(t, scenario, url), { 0: 50, 40000: 50, 80000: 50, 120000: 50, 160000: 50 });
 });
 
 test('a running request does not keep the process alive, and the process exits cleanly', async (t) => {
@@ -265,8 +261,7 @@ test('a running request does not keep the process alive, and the process exits c
     kept[0].on('data', raises ? raise : exit);
     setInterval(() => {}, 1000);
   };
-  const endings = ['by itself', 'process.exit()', 'process.exit() in a listener', 'an exception in a listener'];
-  for (const ending of endings) {
+  for (const ending of ['by itself', 'process.exit()', 'process.exit() in a listener', 'an exception in a listener']) {
     const { code, signal, stderr } = await client.ends(t, scenario, url, ending);
     assert.deepStrictEqual([code, signal, stderr], [0, null, ''], ending);
   }

@@ -64,8 +64,7 @@ test('many requests share one HTTP/2 connection, and each gets its own answer', 
   const url = await listen(t, server, 'https');
   const calls = Array.from({ length: 300 }, (_, i) => [`${url}/${i}`]);
   // Only after the first answer is it known how many the server takes at once.
-  const answers = await request(t, calls, { env: { SSL_CERT_FILE: own.file }, isTogether: true });
-  answers.forEach((events, i) => {
+  (await request(t, calls, { env: { SSL_CERT_FILE: own.file }, isTogether: true })).forEach((events, i) => {
     const [name, , body] = events.at(-1);
     assert.ok(name === 'end' && body === String(Buffer.alloc(i * 1000, `/${i}`)), `${i}: ${name}`);
   });
@@ -93,8 +92,7 @@ test('a reset stream disturbs no other, and a lost connection ends every request
   for (const others of ['/whole/1', '/begun']) {
     const paths = ['/whole/0', others === '/begun' ? '/lost' : '/reset', others, others];
     const calls = paths.map((path) => [url + path]);
-    const answers = await request(t, calls, options);
-    answers.forEach((events, i) => {
+    (await request(t, calls, options)).forEach((events, i) => {
       const [name, result] = outcome(events);
       const body = String(Buffer.alloc(20e6, paths[i]));
       assert.ok(paths[i].startsWith('/whole') ? result === body : result === -1005, `${paths[i]}: ${name}`);

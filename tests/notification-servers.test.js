@@ -2,13 +2,13 @@
 
 // Alerts on the screens of common notification servers, clicked with the real mouse.
 
-const { assert, execFile, promisify, test } = require('./support');
+const { assert, execute, test } = require('./support');
 const { eventually, startClient, startDesktopServer, useSession } = require('./support');
 
 const session = useSession();
 const environment = () => ({ ...process.env, ...session.env, NO_AT_BRIDGE: '1', GSETTINGS_BACKEND: 'memory' });
 const run = (command, ...args) =>
-  promisify(execFile)(command, args.map(String), { env: environment() }).then(
+  execute(command, args.map(String), { env: environment() }).then(
     ({ stdout }) => stdout,
     () => '',
   );

@@ -315,8 +315,7 @@ test('scheduled alerts survive a restart unchanged, also those that fall due wit
   for (const file of files) assert.strictEqual(fs.statSync(path.join(folder, file)).mode & 0o777, 0o600);
 
   // Truncated files and folders are ignored.
-  const truncated = fs.readFileSync(path.join(folder, files[0])).subarray(0, 60);
-  fs.writeFileSync(path.join(folder, 'a.alert'), truncated);
+  fs.writeFileSync(path.join(folder, 'a.alert'), fs.readFileSync(path.join(folder, files[0])).subarray(0, 60));
   fs.mkdirSync(path.join(folder, 'b.alert'));
 
   const second = await startClient(t, { home, env });
@@ -328,8 +327,7 @@ test('scheduled alerts survive a restart unchanged, also those that fall due wit
   assert.deepStrictEqual(await second.describe('nul\0é'), properties);
   await second.remove('nul\0é');
   await second.kill();
-  const third = await startClient(t, { home, env });
-  assert.deepStrictEqual(await third.alerts(), { delivered: ['due'], scheduled: [] });
+  assert.deepStrictEqual(await (await startClient(t, { home, env })).alerts(), { delivered: ['due'], scheduled: [] });
   assert.deepStrictEqual(server.calls('Notify').map(({ summary }) => summary), ['due']); // prettier-ignore
 });
 
@@ -359,8 +357,7 @@ test('alerts on screen outlive the process: they can be withdrawn, and their cli
   // Another server shows none of them.
   await server.kill();
   await startNotificationServer(t, bus);
-  const third = await startClient(t, options);
-  assert.deepStrictEqual((await third.alerts()).delivered, []);
+  assert.deepStrictEqual((await (await startClient(t, options)).alerts()).delivered, []);
   assert.deepStrictEqual(fs.readdirSync(path.join(options.home, 'state', 'node', 'alerts')), []);
 });
 

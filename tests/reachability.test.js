@@ -102,8 +102,7 @@ test('script receives each change of the default route, and the end of a burst',
     ];
     for (const [isReachable, ...lines] of steps) {
       ip(...lines);
-      const isSeen = () => native.isNetworkReachable() === isReachable && seen.at(-1)?.[1] === isReachable;
-      await eventually(isSeen, lines[0]);
+      await eventually(() => native.isNetworkReachable() === isReachable && seen.at(-1)?.[1] === isReachable, lines[0]);
       // The module's own monitor posts a change as well.
       const isPosted = () => (posts += notifications.takeRecorded().length) === 2;
       if (seen.length === 1) await eventually(isPosted, 'the posts of both monitors');

@@ -78,14 +78,9 @@ function run(file) {
   // The names of Unix sockets below it are limited to 107 bytes.
   const home = fs.mkdtempSync(path.join(os.tmpdir(), 'ts-'));
   homes.add(home);
-  const child = spawn(
-    process.env.TESSARO_NODE || process.execPath,
-    ['--test-reporter=spec', path.join(__dirname, file)],
-    {
-      env: environmentFor(home),
-      stdio: ['ignore', 'pipe', 'inherit'],
-    },
-  );
+  const args = ['--test-reporter=spec', path.join(__dirname, file)];
+  const options = { env: environmentFor(home), stdio: ['ignore', 'pipe', 'inherit'] };
+  const child = spawn(process.env.TESSARO_NODE || process.execPath, args, options);
   let output = '';
   child.stdout.setEncoding('utf8').on('data', (text) => (output += text));
   const closed = new Promise((resolve) => child.stdout.on('close', resolve));

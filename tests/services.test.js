@@ -37,8 +37,7 @@ test('another process searches, mails a selection, files, and to an address', as
     native.performService('TessaroHost/Mail To', '  Bob <bob@example.org> ');
     return platform.performWithFiles('TessaroHost/Mail Document', paths);
   };
-  const failure = await user.with({ home })(t, scenario, files);
-  assert.strictEqual(failure, '');
+  assert.strictEqual(await user.with({ home })(t, scenario, files), '');
   await child.report(3);
   assert.deepStrictEqual(child.reports, [
     ['search', 'quarterly “report”'],

@@ -122,8 +122,7 @@ test('foreign keys are kept, and system-wide entries and those of other programs
   assert.match(off.files['mail.desktop'], /^Hidden=true$/m);
   const on = await withAutostart(t, { system, user: off.files }, switchOn);
   assert.deepStrictEqual([on.result, on.names], [true, ['mail.desktop']]);
-  const hiding = { 'mail.desktop': '[Desktop Entry]\nHidden=true\n' };
-  const bare = await withAutostart(t, { system, user: hiding }, switchOn);
+  const bare = await withAutostart(t, { system, user: { 'mail.desktop': '[Desktop Entry]\nHidden=true\n' } }, switchOn);
   assert.deepStrictEqual([bare.result, bare.names], [true, []]);
 
   const foreign = entry('/bin/sh');

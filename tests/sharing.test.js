@@ -15,11 +15,8 @@ async function openMenu(person, ...values) {
   // Menus are windows without a name.
   const count = async () => (await person.xdotool('search', '--onlyvisible', '--name', '.*')).split('\n').length;
   const before = await count();
-  const share = ({ native, window }, texts) => native.shareFiles(window, ...texts);
-  await person.tell(
-    share,
-    values.map((value) => JSON.stringify(value)),
-  );
+  const texts = values.map((value) => JSON.stringify(value));
+  await person.tell(({ native, window }, all) => native.shareFiles(window, ...all), texts);
   await eventually(async () => (await count()) > before, 'the menu is open');
 }
 

@@ -6,13 +6,13 @@ const { assert, eventually, fs, path, temporaryDirectory, test } = require('./su
 const { startPerson } = require('./support/dialogs');
 
 const title = 'Support and Feedback';
-const notification = 'TsSupportAndFeedbackMessageNotification';
 
 async function start(t) {
   const person = await startPerson(t);
-  await person.tell(({ host, report }, name) => {
-    host.on('notification', (posted) => posted.name === name && report(posted.userInfo));
-  }, notification);
+  await person.tell(({ host, report }) => {
+    const isMessage = ({ name }) => name === 'TsSupportAndFeedbackMessageNotification';
+    host.on('notification', (posted) => isMessage(posted) && report(posted.userInfo));
+  });
   return person;
 }
 
@@ -129,8 +129,7 @@ test('the support window', async (t) => {
     await person.closeWindow(title);
     await eventually(async () => !(await isOpenAgain()), 'the dialog is gone');
     assert.strictEqual(await attach(person, '[1'), null);
-    const lines = (await person.log()).filter((text) => /^Couldn't parse attachments /.test(text));
-    assert.strictEqual(lines.length, 2);
+    assert.strictEqual((await person.log()).filter((text) => /^Couldn't parse attachments /.test(text)).length, 2);
     await person.isGone(title);
   });
 });

@@ -96,8 +96,7 @@ inWindows.test('script enables items, and gets the actions of items, views and m
   const { add, assert, calls, captureLog, controller, equal, get, getAll, item, log, native, open } = fixture;
   const { openWithToolbar, sendMessage, thrownBy } = fixture;
   const enabled = () => [get(item('inbox'), 'isEnabled'), ...getAll(item('archive'), 'isEnabled', 'view.isEnabled')];
-  const handle = await open({ title: 'First' });
-  add(handle);
+  add(await open({ title: 'First' }));
   native.validateToolbarItems(7);
   sendMessage(controller(), 'toolbarAction:', item('archive'));
   equal(enabled(), [0, 0, 0]);

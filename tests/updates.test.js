@@ -130,9 +130,8 @@ const inApplications = scenarios({
     const upTo = async (pattern) => {
       const lines = [];
       const isThere = () => lines.push(...news()) && lines.some((line) => pattern.test(line));
-      await eventually(isThere, `${pattern}`).catch(({ message }) =>
-        assert.fail(`${message}: ${JSON.stringify(lines)}`),
-      );
+      const fail = ({ message }) => assert.fail(`${message}: ${JSON.stringify(lines)}`);
+      await eventually(isThere, `${pattern}`).catch(fail);
       return lines;
     };
     /** Does something, and waits for the feed. */
@@ -383,8 +382,7 @@ test('only a signed AppImage of the version in the feed is installed, and its fi
   await inApplications.with(image.in({}, { home }))(t, installEach, patterns, file.length);
   assert.deepStrictEqual(fs.readFileSync(image.image), file);
   assert.strictEqual(fs.statSync(image.image).mode & 0o777, 0o750);
-  const left = fs.readdirSync(path.dirname(image.image));
-  assert.deepStrictEqual(left.sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
+  assert.deepStrictEqual(fs.readdirSync(path.dirname(image.image)).sort(), ['Tessaro.AppImage', 'TessaroHost.app']);
 
   const relaunches = async ({ native, nextTurn, posted }) => {
     native.setAppcastParameterCallback(() => '[]');

@@ -3,7 +3,7 @@
 // The module in a Wayland session: a real compositor, its X server for the windows, and its seat for keys and clicks.
 // docs/linux.md says for each function what to expect.
 
-const { assert, execFile, fs, path, promisify, test } = require('./support');
+const { assert, execute, fs, path, test } = require('./support');
 const { eventually, open, root, temporaryDirectory, useSession } = require('./support');
 
 // Before the people, who would take an X session.
@@ -17,8 +17,7 @@ const rows = [...page.matchAll(/^\| ([^|]*`[^|]*) \| ([^|]*) \|$/gm)].map(([, na
 }));
 
 test('the table has each function once', () => {
-  const names = rows.flatMap((row) => row.names);
-  assert.deepStrictEqual([...names].sort(), Object.keys(open('TessaroNative')).sort());
+  assert.deepStrictEqual(rows.flatMap((row) => row.names).sort(), Object.keys(open('TessaroNative')).sort());
 });
 
 /** The sentence, in quotation marks, of a function's row. */
@@ -79,7 +78,7 @@ test('the pasteboard is shared with other applications; what needs the whole dis
   assert.strictEqual(await person.tell(write, picture), true);
   const options = { env: { ...process.env, ...session.env }, encoding: 'buffer', maxBuffer: 1 << 26 };
   const paste = ['-selection', 'clipboard', '-o', '-t', 'image/png'];
-  const { stdout: pasted } = await promisify(execFile)('xclip', paste, options);
+  const { stdout: pasted } = await execute('xclip', paste, options);
   assert.deepStrictEqual(pasted, fs.readFileSync(picture));
   await person.tell(({ host, report }) => {
     host.on('notification', ({ name, userInfo }) => {

@@ -116,8 +116,7 @@ inWindows.test('content is resized below its top edge, also after impossible siz
   const frame = (title) => sendMessage(windowNamed(title), 'frame');
   const content = (title) => sendMessage(windowNamed(title), 'contentRectForFrameRect:', frame(title));
   const corner = ([x, y, , height]) => [x, y + height];
-  const sizes = { visible: [480, 220], hidden: [400, 200] };
-  for (const [state, size] of Object.entries(sizes)) {
+  for (const [state, size] of Object.entries({ visible: [480, 220], hidden: [400, 200] })) {
     if (state === 'hidden') sendMessage(windowNamed('First'), 'orderOut:', null);
     const before = corner(frame('First'));
     native.resizeWindowContent(handle, ...size);

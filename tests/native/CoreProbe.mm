@@ -19,14 +19,6 @@
 
 namespace {
 
-// The elements as Foundation's objects.
-template <typename Range, typename Convert>
-id List(const Range& range, Convert convert) {
-  NSMutableArray* list = [NSMutableArray array];
-  for (const auto& element : range) [list addObject:convert(element)];
-  return list;
-}
-
 v8::Local<v8::Value> TextOrNull(v8::Isolate* isolate, NSString* text) {
   v8::Local<v8::String> string;
   if (!ToScriptString(isolate, text).ToLocal(&string)) return v8::Null(isolate);

@@ -47,9 +47,7 @@ T ResultOf(NSInvocation* invocation) {
 NSArray* NumbersOf(NSInvocation* invocation) {
   std::vector<double> numbers([[invocation methodSignature] methodReturnLength] / sizeof(double));
   [invocation getReturnValue:numbers.data()];
-  NSMutableArray* values = [NSMutableArray array];
-  for (const double number : numbers) [values addObject:@(number)];
-  return values;
+  return List(numbers, [](double number) { return @(number); });
 }
 
 // Nil when the method gives nothing.

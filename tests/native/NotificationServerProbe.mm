@@ -19,12 +19,6 @@ using Hints = std::map<std::string, sdbus::Variant>;
 constexpr char kName[] = "org.freedesktop.Notifications";
 constexpr char kPath[] = "/org/freedesktop/Notifications";
 
-NSArray* TextsOf(const std::vector<std::string>& texts) {
-  NSMutableArray* objects = [NSMutableArray array];
-  for (const auto& text : texts) [objects addObject:TsNSString(text)];
-  return objects;
-}
-
 // Other programs also send hints of other types.
 NSDictionary* Described(const Hints& hints) {
   NSMutableDictionary* objects = [NSMutableDictionary dictionary];
@@ -59,7 +53,7 @@ class Server {
               @"application" : TsNSString(application),
               @"summary" : TsNSString(summary),
               @"body" : TsNSString(body),
-              @"actions" : TextsOf(actions),
+              @"actions" : List(actions, TsNSString),
               @"hints" : Described(hints)
             }];
           }

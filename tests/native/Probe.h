@@ -71,6 +71,14 @@ class ScriptCallback {
 
 [[nodiscard]] inline id OrNull(id value) { return value != nil ? value : [NSNull null]; }
 
+// The elements as Foundation's objects.
+template <typename Range, typename Convert>
+[[nodiscard]] id List(const Range& range, Convert convert) {
+  NSMutableArray* list = [NSMutableArray array];
+  for (const auto& element : range) [list addObject:convert(element)];
+  return list;
+}
+
 // Values of JSON, between script and a probe. Nil is undefined; other objects have a handle in script.
 void ReturnObject(ProbeArguments args, id value);
 [[nodiscard]] id ObjectFromScript(v8::Local<v8::Value> value);

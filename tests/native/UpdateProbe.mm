@@ -34,12 +34,11 @@ bool isTrustworthyAddress(std::string address) { return platform::IsTrustworthyA
 id decide(std::string_view feed, std::string current, std::string system, std::string channel) {
   const auto decision = platform::DecideUpdate(feed, {current, system, channel, {"linux", {"de", "en"}}, "3.7"});
   if (!decision) return TsNSString(decision.error().message);
-  NSMutableArray* judgements = [NSMutableArray array];
-  NSMutableArray* versions = [NSMutableArray array];
-  for (const auto& each : decision->judgements) [judgements addObject:@(each ? static_cast<int>(*each) : -1)];
-  for (const auto& each : decision->items) [versions addObject:TsNSString(each.version)];
-  NSMutableDictionary* answer =
-      [NSMutableDictionary dictionaryWithObjectsAndKeys:judgements, @"judgements", versions, @"versions", nil];
+  const auto judged = [](const auto& judgement) { return @(judgement ? static_cast<int>(*judgement) : -1); };
+  NSMutableDictionary* answer = [NSMutableDictionary dictionary];
+  [answer setObject:List(decision->judgements, judged) forKey:@"judgements"];
+  [answer setObject:List(decision->items, [](const auto& item) { return TsNSString(item.version); })
+             forKey:@"versions"];
   if (decision->update) {
     [answer setObject:TsNSString(decision->items[*decision->update].version) forKey:@"update"];
     [answer setObject:TsNSString(decision->file.url) forKey:@"url"];

@@ -6,7 +6,7 @@ const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-const { endWith } = require('./cleanup');
+const { endWith, killable } = require('./cleanup');
 const { eventually } = require('./pace');
 
 const sampleBytes = 2;
@@ -22,11 +22,7 @@ async function startAudioServer(test, directory) {
   const args = ['-n', '--daemonize=no', '--exit-idle-time=-1', '--use-pid-file=no'];
   for (const module of modules) args.push('-L', `module-${module}`);
   const server = spawn('pulseaudio', args, { env: environment, stdio: 'ignore' });
-  const ended = endWith(test, server);
-  const kill = async () => {
-    server.kill('SIGKILL');
-    await ended;
-  };
+  const kill = killable(test, server);
   await eventually(() => fs.existsSync(socket), 'the audio server listens');
 
   const format = ['--format=s16le', '--rate=8000', '--channels=1', '--latency-msec=20'];

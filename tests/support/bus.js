@@ -6,7 +6,7 @@ const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
 
-const { endWith } = require('./cleanup');
+const { killable } = require('./cleanup');
 const { eventually } = require('./pace');
 
 const configuration = (socket) => `<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -25,11 +25,7 @@ async function startBus(test, directory) {
   fs.writeFileSync(file, configuration(socket));
   const options = ['--nofork', '--nosyslog', '--print-address', `--config-file=${file}`];
   const daemon = spawn('dbus-daemon', options, { stdio: ['ignore', 'pipe', 'ignore'] });
-  const ended = endWith(test, daemon);
-  const stop = async () => {
-    daemon.kill('SIGKILL');
-    await ended;
-  };
+  const stop = killable(test, daemon);
   // The socket is there before the bus listens, the address afterwards.
   let isListening = false;
   daemon.stdout.once('data', () => (isListening = true));

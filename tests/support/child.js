@@ -1,14 +1,18 @@
 'use strict';
 
-// Runs script in a Node process of its own, with a home of its own, and tells how it ended.
+// Runs programs, and script in a Node process of its own, with a home of its own, and tells how it ended.
 
-const { spawn } = require('child_process');
+const { execFile, spawn } = require('child_process');
 const path = require('path');
+const { promisify } = require('util');
 
 const { root } = require('./addon');
 const { endWith, temporaryDirectory } = require('./cleanup');
 const { eventually, paced } = require('./pace');
 const { redirectGNUstep } = require('../../host/gnustepHome');
+
+/** Runs a program to its end, and gives its output: { stdout, stderr }. */
+const execute = promisify(execFile);
 
 // Node.js, or the script that starts it for the sanitized add-ons.
 const node = process.env.TESSARO_NODE || process.execPath;
@@ -37,9 +41,8 @@ function startScript(test, source, options = {}) {
   const home = options.home || temporaryDirectory(test);
   // The sanitizers' script has to start whatever it is.
   const executable = process.env.TESSARO_NODE || options.executable || node;
-  const nodeOptions = options.nodeOptions || [];
   const script = typeof source === 'function' ? source(home) : ['-e', prelude + source];
-  const [program, ...args] = [...(options.within || []), executable, ...nodeOptions, ...script];
+  const [program, ...args] = [...(options.within || []), executable, ...(options.nodeOptions || []), ...script];
   const child = spawn(program, args, {
     cwd: root,
     env: environmentFor(home, { TESSARO_EXECUTABLE: options.executable, ...options.env }),
@@ -61,11 +64,7 @@ function startScript(test, source, options = {}) {
     }
     return { code, signal, stderr: output.stderr };
   });
-  const printed = (text) =>
-    eventually(() => output.stdout === text, `printing ${JSON.stringify(text)}`).catch((error) => {
-      throw new Error(`${error.message}; so far ${JSON.stringify(output)}`);
-    });
-  return { process: child, home, output, ended, printed };
+  return { process: child, home, output, ended };
 }
 
 /** Runs a process to its end. One more option: `deadline` in milliseconds. */
@@ -85,4 +84,4 @@ async function evaluate(test, source, options) {
   return JSON.parse(result.stdout);
 }
 
-module.exports = { node, temporaryDirectory, startScript, runScript, evaluate, eventually };
+module.exports = { execute, node, temporaryDirectory, startScript, runScript, evaluate, eventually };

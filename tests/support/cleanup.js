@@ -48,6 +48,15 @@ function endWith(test, child) {
   return Promise.race([ended, failed]);
 }
 
+/** Ends a process with the test. Gives a function that ends the process at once, and waits until it is gone. */
+function killable(test, child) {
+  const ended = endWith(test, child);
+  return () => {
+    child.kill('SIGKILL');
+    return ended;
+  };
+}
+
 /** A directory that is gone when the test has ended. */
 function temporaryDirectory(test) {
   const directory = fs.mkdtempSync(path.join(os.tmpdir(), 'tessaro-test-'));
@@ -68,4 +77,4 @@ function temporaryFiles(test) {
   return { folder, at, write };
 }
 
-module.exports = { atEnd, endWith, temporaryDirectory, temporaryFiles };
+module.exports = { atEnd, endWith, killable, temporaryDirectory, temporaryFiles };

@@ -2,14 +2,9 @@
 
 // A process with windows of the module's, and a person in front of it, who sees and clicks.
 
-const { execFile } = require('child_process');
-const { promisify } = require('util');
-
-const { eventually } = require('./pace');
+const { eventually, execute } = require('./child');
 const { scenarios } = require('./scenario');
 const { press } = require('./windows');
-
-const run = promisify(execFile);
 
 const people = scenarios({
   display: true,
@@ -39,13 +34,13 @@ class Person {
   closeWindow = (title) => this.tell(({ dialogs }, name) => dialogs.closeWindow(name), title);
 
   xdotool(...args) {
-    return run('xdotool', args.flat(2).map(String), { env: this.environment }).then(({ stdout }) => stdout);
+    return execute('xdotool', args.flat(2).map(String), { env: this.environment }).then(({ stdout }) => stdout);
   }
 
   /** Mouse and keyboard: under a Wayland compositor they are at the compositor's display. */
   hands(...args) {
     const env = { ...this.environment, DISPLAY: this.environment.SEAT_DISPLAY ?? this.environment.DISPLAY };
-    return run('xdotool', args.flat(2).map(String), { env }).then(({ stdout }) => stdout);
+    return execute('xdotool', args.flat(2).map(String), { env }).then(({ stdout }) => stdout);
   }
 
   type = (text) => this.hands('type', '--delay', 40, text);

@@ -11,6 +11,6 @@ const parts =
 
 module.exports = Object.assign(
   { after, assert: require('assert'), before, test, ...require('child_process'), fs: require('fs') },
-  { os: require('os'), path: require('path'), promisify: require('util').promisify },
+  { os: require('os'), path: require('path') },
   ...parts.split(' ').map((name) => require(`./${name}`)),
 );

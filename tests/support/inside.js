@@ -59,10 +59,7 @@ const pieces = {
 };
 
 // Members that are loaded on demand: the host, the module and its probes.
-const elsewhere = {
-  host: () => require('../../host'),
-  native: () => probe().module,
-};
+const elsewhere = { host: () => require('../../host'), native: () => probe().module };
 
 // Further parts, as scenarios() names them.
 const parts = {
@@ -77,9 +74,7 @@ function makeFixture({ host, uses }, more) {
   // After the host, whose classes the module changes.
   const probes = probe();
   const base = { ...pieces, display };
-  const fixture = new Proxy(base, {
-    get: (_, name) => base[name] ?? elsewhere[name]?.() ?? probes[name],
-  });
+  const fixture = new Proxy(base, { get: (_, name) => base[name] ?? elsewhere[name]?.() ?? probes[name] });
   for (const part of [...uses.map((name) => parts[name]()), more]) Object.assign(base, part(fixture));
   return fixture;
 }

@@ -2,16 +2,13 @@
 
 // A gnome-keyring of the test's own, on a bus of its own.
 
-const { execFile, spawn } = require('child_process');
+const { spawn } = require('child_process');
 const fs = require('fs');
 const path = require('path');
-const { promisify } = require('util');
 
 const { startBus } = require('./bus');
-const { endWith } = require('./cleanup');
-const { eventually } = require('./pace');
-
-const run = promisify(execFile);
+const { eventually, execute } = require('./child');
+const { killable } = require('./cleanup');
 
 const collection = '/org/freedesktop/secrets/collection/login';
 // The daemon makes this alias of the login collection after the collection itself.
@@ -19,7 +16,7 @@ const defaultCollection = '/org/freedesktop/secrets/aliases/default';
 
 function dbusSend(environment, object, method, ...args) {
   const call = ['--session', '--print-reply', '--dest=org.freedesktop.secrets', object, method, ...args];
-  return run('dbus-send', call, { env: environment }).then(({ stdout }) => stdout);
+  return execute('dbus-send', call, { env: environment }).then(({ stdout }) => stdout);
 }
 
 /**
@@ -32,13 +29,11 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
   fs.mkdirSync(data, { recursive: true, mode: 0o700 });
   const environment = { ...process.env, DBUS_SESSION_BUS_ADDRESS: ownBus.address, XDG_DATA_HOME: data };
   delete environment.DISPLAY;
-  const daemon = spawn(
-    'gnome-keyring-daemon',
-    ['--foreground', ...(isUnlocked ? ['--unlock'] : []), '--components=secrets', `--control-directory=${data}`],
-    { env: environment, stdio: ['pipe', 'ignore', 'ignore'] },
-  );
+  const args = ['--foreground', '--components=secrets', `--control-directory=${data}`];
+  if (isUnlocked) args.push('--unlock');
+  const daemon = spawn('gnome-keyring-daemon', args, { env: environment, stdio: ['pipe', 'ignore', 'ignore'] });
   daemon.stdin.end('keyring');
-  const ended = endWith(test, daemon);
+  const kill = killable(test, daemon);
   const send = (...call) => dbusSend(environment, ...call);
   const service = (method, ...args) =>
     send('/org/freedesktop/secrets', `org.freedesktop.Secret.Service.${method}`, ...args);
@@ -49,12 +44,7 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
   };
   await eventually(async () => (await isLocked()) === String(!isUnlocked), 'the keyring is there');
   return {
-    address: ownBus.address,
-    bus: ownBus,
-    async kill() {
-      daemon.kill('SIGKILL');
-      await ended;
-    },
+    ...{ address: ownBus.address, bus: ownBus, kill },
     pause: () => daemon.kill('SIGSTOP'),
     resume: () => daemon.kill('SIGCONT'),
     lock: () => service('Lock', `array:objpath:${collection}`),
@@ -62,7 +52,7 @@ async function startKeyring(test, directory, bus, isUnlocked = true) {
     useMemory: () => service('SetAlias', 'string:default', 'objpath:/org/freedesktop/secrets/collection/session'),
     /** Runs `secret-tool` at the keyring, and gives its output. */
     async secretTool(args, input = '') {
-      const child = run('secret-tool', args, { env: environment, encoding: 'buffer' });
+      const child = execute('secret-tool', args, { env: environment, encoding: 'buffer' });
       // A lookup reads no input, and may have ended.
       child.child.stdin.on('error', () => {}).end(input);
       // Without an item secret-tool fails, and says nothing.

@@ -2,14 +2,11 @@
 
 // Notification servers for tests: one that obeys a test, and those of the distribution.
 
-const { execFile, spawn } = require('child_process');
-const { promisify } = require('util');
+const { spawn } = require('child_process');
 
+const { eventually, execute } = require('./child');
 const { endWith } = require('./cleanup');
-const { eventually } = require('./pace');
 const { scenarios } = require('./scenario');
-
-const run = promisify(execFile);
 
 const everything = ['actions', 'body', 'body-markup', 'inline-reply', 'persistence', 'sound'];
 
@@ -46,7 +43,7 @@ async function startDesktopServer(test, env, command, ...args) {
   endWith(test, spawn(command, args, { env, stdio: 'ignore' }));
   const question = ['--dest=org.freedesktop.DBus', '/', 'org.freedesktop.DBus.NameHasOwner'];
   const ask = () =>
-    run('dbus-send', ['--session', '--print-reply', ...question, 'string:org.freedesktop.Notifications'], { env });
+    execute('dbus-send', ['--session', '--print-reply', ...question, 'string:org.freedesktop.Notifications'], { env });
   await eventually(async () => (await ask()).stdout.includes('true'), `${command} serves`);
 }
 

@@ -114,8 +114,7 @@ function scenarios({ display = false, host = display, uses = [], fixture, env, .
     /** Runs the scenario for each row, which ends with the value that is expected of the others. */
     async table(t, rows, scenario, ...args) {
       const inputs = rows.map((row) => row.slice(0, -1));
-      const each = program('each', inside, [fixture, scenario], [inputs, ...args]);
-      const results = await evaluate(t, each, outside());
+      const results = await evaluate(t, program('each', inside, [fixture, scenario], [inputs, ...args]), outside());
       rows.forEach((row, i) => {
         const text = JSON.stringify(inputs[i])?.slice(0, 200);
         assert.deepStrictEqual(results[i], JSON.parse(JSON.stringify(row.at(-1) ?? null)), text);

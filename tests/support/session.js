@@ -12,11 +12,9 @@ const { eventually, paced } = require('./pace');
 /** Starts a session. `env` is the environment of everything in it; `end()` ends it. */
 async function startDisplaySession({ wayland = false } = {}) {
   const script = 'console.log(JSON.stringify(process.env)); process.stdin.resume();';
-  const session = spawn(
-    path.join(root, 'scripts', 'display-session'),
-    [wayland ? '--wayland' : '--own-display', process.execPath, '-e', script],
-    { env: { ...process.env, TESSARO_SESSION_DEADLINE: Math.ceil(paced(20)) }, stdio: ['pipe', 'pipe', 'inherit'] },
-  );
+  const args = [wayland ? '--wayland' : '--own-display', process.execPath, '-e', script];
+  const env = { ...process.env, TESSARO_SESSION_DEADLINE: Math.ceil(paced(20)) };
+  const session = spawn(path.join(root, 'scripts/display-session'), args, { env, stdio: ['pipe', 'pipe', 'inherit'] });
   let output = '';
   session.stdout.setEncoding('utf8').on('data', (text) => (output += text));
   const hasEnded = () => session.exitCode !== null || session.signalCode !== null;
