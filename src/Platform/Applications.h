@@ -43,6 +43,7 @@ struct Application {
 [[nodiscard]] Result<void> SetDefaultHandlerOfScheme(std::string_view scheme, std::string_view identifier) noexcept;
 
 // Icons as PNG data, `size` pixels wide and high; empty without an icon, or when the size isn't between 1 and 1024.
+// Main thread only.
 [[nodiscard]] std::vector<std::uint8_t> IconOfApplication(std::string_view identifier, int size) noexcept;
 [[nodiscard]] std::vector<std::uint8_t> IconOfContentType(const std::string& type, int size) noexcept;
 

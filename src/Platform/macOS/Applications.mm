@@ -9,6 +9,7 @@
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
 #include "Base/TsString.h"
+#include "Platform/Drawing.h"
 #include "Platform/macOS/AppleScriptText.h"
 #include "Platform/macOS/CFRef.h"
 #include "Platform/macOS/Guarded.h"
@@ -46,21 +47,9 @@ std::vector<std::string> DefaultFirst(std::vector<std::string> all, const std::s
 
 std::vector<std::uint8_t> PNGOf(NSImage* icon, int size) {
   if (icon == nil || size < 1 || size > kLargestIcon) return {};
-  const auto bitmap = Adopt([[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
-                                                                    pixelsWide:size
-                                                                    pixelsHigh:size
-                                                                 bitsPerSample:8
-                                                               samplesPerPixel:4
-                                                                      hasAlpha:YES
-                                                                      isPlanar:NO
-                                                                colorSpaceName:NSCalibratedRGBColorSpace
-                                                                   bytesPerRow:0
-                                                                  bitsPerPixel:0]);
-  [NSGraphicsContext saveGraphicsState];
-  [NSGraphicsContext setCurrentContext:[NSGraphicsContext graphicsContextWithBitmapImageRep:bitmap]];
-  [icon drawInRect:NSMakeRect(0, 0, size, size)];
-  [NSGraphicsContext restoreGraphicsState];
-  NSData* png = [bitmap representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+  const auto pixels =
+      DrawPixels(NSMakeSize(size, size), [icon, size] { [icon drawInRect:NSMakeRect(0, 0, size, size)]; });
+  NSData* png = [pixels representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
   const auto* bytes = static_cast<const std::uint8_t*>([png bytes]);
   return {bytes, bytes + [png length]};
 }
