@@ -15,12 +15,20 @@ platform::ReplacedMethod<NSData* (*)(id, SEL, id, NSPropertyListFormat, NSString
 platform::ReplacedMethod<id (*)(id, SEL, NSData*, NSPropertyListReadOptions, NSPropertyListFormat*, NSError**)>
     gnustepReader;
 
+// GNUstep's reader of XML compares a few bytes beyond the end: spaces stand there then.
+NSData* WithSlack(NSData* data, std::string_view bytes) {
+  if (bytes.starts_with("bplist")) return data;
+  auto list = Adopt([[NSMutableData alloc] initWithData:data]);
+  [list appendBytes:"                " length:16];
+  return list.Autoreleased();
+}
+
 id ReadSound(id self, SEL selector, NSData* data, NSPropertyListReadOptions options, NSPropertyListFormat* format,
              NSError** error) {
   const NSData* list = As<NSData>(data);
   const std::string_view bytes(static_cast<const char*>([list bytes]), [list length]);
   if (bytes.empty() || platform::IsSoundPropertyList(bytes)) {
-    return gnustepReader(self, selector, data, options, format, error);
+    return gnustepReader(self, selector, WithSlack(data, bytes), options, format, error);
   }
   if (error != nullptr) {
     *error = [NSError errorWithDomain:NSCocoaErrorDomain code:NSFileReadCorruptFileError userInfo:nil];
