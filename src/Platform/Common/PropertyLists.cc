@@ -223,6 +223,67 @@ bool IsSoundPropertyList(std::string_view list) noexcept {
   return IsShallowText(list);
 }
 
+// ---- GNUstep's own serialization
+
+namespace {
+
+// Goes through strings and arrays. A node is a code, a number of four bytes and its contents.
+class SerializedWalk {
+ public:
+  explicit SerializedWalk(std::string_view list) : rest_(list) {}
+
+  bool IsSound() {
+    if (rest_.empty()) return false;
+    sharesStrings_ = rest_.front() != 0;
+    rest_.remove_prefix(1);
+    return IsNodeSound(0);
+  }
+
+ private:
+  static constexpr std::size_t kNodeSize = 5;
+  enum Code : std::uint8_t { kReference, kCString, kString, kArray, kMutableArray };
+
+  bool IsNodeSound(int depth) {
+    if (rest_.size() < kNodeSize || depth > kDeepest) return false;
+    const auto code = static_cast<std::uint8_t>(rest_.front());
+    std::uint64_t count = 0;
+    for (const char byte : rest_.substr(1, kNodeSize - 1)) count = count << 8 | static_cast<std::uint8_t>(byte);
+    rest_.remove_prefix(kNodeSize);
+    switch (code) {
+      case kReference:
+        return sharesStrings_ && count < strings_;
+      case kCString:  // ends with NUL
+        return count > 0 && IsStringSound(count);
+      case kString:
+        return IsStringSound(2 * count);
+      case kArray:
+      case kMutableArray:
+        if (count > rest_.size() / kNodeSize) return false;
+        while (count-- > 0) {
+          if (!IsNodeSound(depth + 1)) return false;
+        }
+        return true;
+      default:
+        return false;
+    }
+  }
+
+  bool IsStringSound(std::uint64_t size) {
+    if (size > rest_.size()) return false;
+    rest_.remove_prefix(size);
+    ++strings_;
+    return true;
+  }
+
+  std::string_view rest_;
+  bool sharesStrings_ = false;
+  std::size_t strings_ = 0;
+};
+
+}  // namespace
+
+bool IsSoundSerialization(std::string_view list) noexcept { return SerializedWalk(list).IsSound(); }
+
 // ---- Escapes
 
 namespace {

@@ -21,4 +21,8 @@ namespace tessaro::platform {
 // exhausts the stack at deep ones. GNUstep's own serialization, which instantiates any class, is not sound.
 [[nodiscard]] bool IsSoundPropertyList(std::string_view list) noexcept;
 
+// Whether GNUstep's own serialization has strings and arrays of them only, and none beyond its end. NSDeserializer
+// allocates whatever size it reads, and instantiates any class.
+[[nodiscard]] bool IsSoundSerialization(std::string_view list) noexcept;
+
 }  // namespace tessaro::platform

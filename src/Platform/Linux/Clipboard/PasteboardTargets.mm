@@ -9,6 +9,7 @@
 
 #include "Base/Lifetime.h"
 #include "Base/TsLog.h"
+#include "Platform/Common/PropertyLists.h"
 #include "Platform/Linux/Clipboard/Selections.h"
 #include "Platform/MainQueue.h"
 
@@ -73,6 +74,7 @@ NSData* Serialized(id propertyList) {
 
 template <typename Kind>
 Kind* Deserialized(NSData* data) {
+  if (!IsSoundSerialization(Bytes(data))) return nil;
   @try {
     return As<Kind>([NSDeserializer deserializePropertyListFromData:data mutableContainers:NO]);
   } @catch (NSException*) {
