@@ -77,8 +77,9 @@ class Person {
       await this.xdotool('windowactivate', '--sync', mail);
       return false;
     }, 'the window below has the keyboard');
-    // The window manager knows earlier than the application.
-    await this.window('Mail');
+    // The application notices later than the window manager, and sometimes not at all.
+    const isKey = async () => (await this.windows()).some((each) => each.title === 'Mail' && each.isKey);
+    await eventually(isKey, 'the application notices', 5000).catch(() => {});
   }
 
   isGone = (title) =>
