@@ -39,7 +39,7 @@ inSession.test('a snapshot is taken and restored once, with every type', async (
   equal([native.saveGeneralPasteboard(), value()], [false, ['of the module']]);
   equal([native.restoreGeneralPasteboard(), native.restoreGeneralPasteboard()], [true, false]);
   equal([value(), `${await read('UTF8_STRING')}`], [[text], text]);
-  // Of the application's own contents, byte by byte.
+  // The application's own contents are saved byte by byte.
   const types = { a: '', b: 'AAH+/w==', 'public.html': 'PGI+' };
   const table = [
     [{ types }, Object.keys(types), '[]'],

@@ -9,6 +9,7 @@
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
+#include "Base/TsString.h"
 #import "Extensions/NSEvent+TsKeyboard.h"
 #include "Platform/Cocoa.h"
 #include "Utilities/TsNotificationObserver.h"
@@ -242,14 +243,14 @@ NSDictionary* TsMenuEventDescription(NSEvent* event) {
   NSString* characters =
       [event ts_holdsModifier:kTsCommand] ? [event ts_characters] : [event ts_charactersIgnoringModifiers];
   [description setObject:[NSNumber numberWithUnsignedShort:[event ts_virtualKeyCode]] forKey:@"key-code"];
-  [description setObject:characters != nil ? characters : @"" forKey:@"chars"];
+  [description setObject:TsOrEmpty(characters) forKey:@"chars"];
   return description;
 }
 
 void TsPostAppNeedsUpdateNotification(NSMenu* menu, NSEvent* event) {
   NSString* title = [menu title];
   NSDictionary* info = [NSDictionary dictionaryWithObjectsAndKeys:TsMenuEventDescription(event), @"event",  //
-                                                                  title != nil ? title : @"", @"menu", nil];
+                                                                  TsOrEmpty(title), @"menu", nil];
   TsPost(TsAppMenuWillOpenNotificationName, menu, info);
 }
 

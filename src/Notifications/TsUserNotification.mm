@@ -3,6 +3,7 @@
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
 #include "Base/TsLog.h"
+#include "Base/TsString.h"
 #include "Utilities/TsCallbackSlot.h"
 #include "Utilities/TsNotificationObserver.h"
 
@@ -110,7 +111,7 @@ TsAlert* FindAlert(NSArray* alerts, NSString* identifier) {
     return;
   }
   NSString* response = [[notification response] string];
-  TsCallback(TsSlot::NotificationActivation).Call({identifier, type, response != nil ? response : @""});
+  TsCallback(TsSlot::NotificationActivation).Call({identifier, type, TsOrEmpty(response)});
 }
 
 // ---- The centre's delegate

@@ -2,6 +2,7 @@
 
 #include "Base/Lifetime.h"
 #include "Base/Ref.h"
+#include "Base/TsString.h"
 #import "Extensions/NSString+TsFormat.h"
 #import "Extensions/TsColors.h"
 #import "StatusItem/TsStatusItemController.h"
@@ -44,7 +45,7 @@ Ref<NSImage> DrawBadge(NSColor* color, NSString* text) {
 NSImage* Badge(NSColor* color, NSString* text) {
   static Forever<Ref<NSMutableDictionary>> kept(Adopt([[NSMutableDictionary alloc] init]));
   NSMutableDictionary* badges = *kept;
-  NSArray* key = [NSArray arrayWithObjects:text != nil ? text : @"", color, nil];
+  NSArray* key = [NSArray arrayWithObjects:TsOrEmpty(text), color, nil];
   if (NSImage* badge = [badges objectForKey:key]) return badge;
   if ([badges count] == kMostBadgesKept) [badges removeAllObjects];
   auto badge = DrawBadge(color, text);
@@ -65,8 +66,7 @@ NSString* Shortened(NSString* title) {
 NSAttributedString* SmallTitle(NSString* title) {
   static Forever<Ref<NSDictionary>> smallType(
       Retain(@{NSFontAttributeName : [NSFont menuBarFontOfSize:[NSFont smallSystemFontSize]]}));
-  return Adopt([[NSAttributedString alloc] initWithString:title != nil ? title : @"" attributes:*smallType])
-      .Autoreleased();
+  return Adopt([[NSAttributedString alloc] initWithString:TsOrEmpty(title) attributes:*smallType]).Autoreleased();
 }
 
 }  // namespace

@@ -15,12 +15,13 @@ platform::ReplacedMethod<NSData* (*)(id, SEL, id, NSPropertyListFormat, NSString
 platform::ReplacedMethod<id (*)(id, SEL, NSData*, NSPropertyListReadOptions, NSPropertyListFormat*, NSError**)>
     gnustepReader;
 
-// GNUstep's reader of XML compares a few bytes beyond the end: spaces stand there then.
+// GNUstep's reader of XML compares a few bytes beyond the end of its data: append spaces for it to read.
 NSData* WithSlack(NSData* data, std::string_view bytes) {
-  if (bytes.starts_with("bplist")) return data;
-  auto list = Adopt([[NSMutableData alloc] initWithData:data]);
-  [list appendBytes:"                " length:16];
-  return list.Autoreleased();
+  constexpr std::string_view kSlack = "                ";
+  if (bytes.empty() || bytes.starts_with("bplist")) return data;
+  NSMutableData* list = [NSMutableData dataWithData:data];
+  [list appendBytes:kSlack.data() length:kSlack.size()];
+  return list;
 }
 
 id ReadSound(id self, SEL selector, NSData* data, NSPropertyListReadOptions options, NSPropertyListFormat* format,

@@ -4,6 +4,7 @@
 
 #include "Base/TsLog.h"
 #include "Base/TsReplaceMethod.h"
+#include "Base/TsString.h"
 
 NSString* const kABPersonFlags = @"ABPersonFlags";
 
@@ -100,10 +101,7 @@ Ref<NSScrollView> NewScrollView(NSTableView* table, NSRect frame) {
   return scrollView;
 }
 
-NSString* DisplayName(ABPerson* person) {
-  NSString* name = [person screenNameWithFormat:ADScreenNameLastNameFirst];
-  return name != nil ? name : @"";
-}
+NSString* DisplayName(ABPerson* person) { return TsOrEmpty([person screenNameWithFormat:ADScreenNameLastNameFirst]); }
 
 // The framework raises for damaged records.
 template <typename Read>

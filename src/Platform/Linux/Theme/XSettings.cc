@@ -109,17 +109,20 @@ std::int32_t XSettings::Number(std::string_view name) const {
 void XSettings::ReadEvents() {
   constexpr int kMostEvents = 1000;
   bool isChanged = false;
-  for (int i = 0; i < kMostEvents; ++i) {
+  int events = 0;
+  for (; events < kMostEvents; ++events) {
     const XcbOwner<xcb_generic_event_t> event(xcb_poll_for_event(connection_.get()));
     if (!event) break;
     isChanged = IsOfInterest(*event) || isChanged;
   }
   if (!connection_) poll_.reset();
-  if (!isChanged) return;
-  Load();
-  changed_();
-  // Replies bring further events along, which the descriptor does not announce again.
-  MainQueue::Shared().Post([this] { ReadEvents(); });
+  if (isChanged) {
+    Load();
+    changed_();
+  }
+  // The descriptor does not announce events that have been read ahead: those beyond the limit, and those that came
+  // with a reply.
+  if (isChanged || events == kMostEvents) MainQueue::Shared().Post([this] { ReadEvents(); });
 }
 
 bool XSettings::IsOfInterest(const xcb_generic_event_t& event) const {

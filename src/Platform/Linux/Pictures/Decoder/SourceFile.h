@@ -46,7 +46,7 @@ class SourceFile {
     int width;
     int height;
   };
-  // Of the first frame, as it is shown.
+  // The size of the first frame, with its orientation applied.
   [[nodiscard]] Size shownSize() const { return isTurned() ? Size{height_, width_} : Size{width_, height_}; }
   [[nodiscard]] int frames() const { return frames_; }
   [[nodiscard]] bool hasAlpha() const { return hasAlpha_; }
